@@ -1,0 +1,57 @@
+# Compile options that every target of the project shares. Warnings are errors in all presets.
+add_library(nimbara_options INTERFACE)
+target_compile_options(nimbara_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
+  -Woverloaded-virtual -Werror)
+target_compile_definitions(nimbara_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS
+  QT_NO_FOREACH QT_STRICT_ITERATORS)
+if(NIMBARA_SANITIZE)
+  target_compile_options(nimbara_options INTERFACE
+    -fsanitize=${NIMBARA_SANITIZE} -fno-omit-frame-pointer)
+  if(NIMBARA_SANITIZE MATCHES "undefined")
+    target_compile_options(nimbara_options INTERFACE -fno-sanitize-recover=undefined)
+  endif()
+  target_link_options(nimbara_options INTERFACE -fsanitize=${NIMBARA_SANITIZE})
+endif()
+
+# nimbara_room(<name> SOURCES <file>... LINKS <target>...)
+#
+# One static library per folder under src/: target nimbara_<name>. LINKS names the floors below that
+# the room may use; scripts/check holds the includes against the same order.
+function(nimbara_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(nimbara_${name} STATIC ${ROOM_SOURCES})
+  target_include_directories(nimbara_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(nimbara_${name} PUBLIC ${ROOM_LINKS} PRIVATE nimbara_options)
+endfunction()
+
+# nimbara_test(<name> [APP core|gui|widgets] SOURCES <file>... LINKS <target>... [TIMEOUT <s>])
+#
+# One test executable per room. It runs with the offscreen platform, in a private home and with the
+# settings, data and cache folders below it, so that no test touches the developer's own files.
+function(nimbara_test name)
+  cmake_parse_arguments(TEST "" "APP;TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+  if(NOT TEST_APP)
+    set(TEST_APP core)
+  endif()
+  if(NOT TEST_TIMEOUT)
+    set(TEST_TIMEOUT 120)
+  endif()
+  set(target test_${name})
+  add_executable(${target} ${PROJECT_SOURCE_DIR}/tests/support/test_main.cpp ${TEST_SOURCES})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${target} PRIVATE nimbara_options nimbara_test_support Qt6::Test ${TEST_LINKS})
+  if(TEST_APP STREQUAL "widgets")
+    target_compile_definitions(${target} PRIVATE NIMBARA_TEST_WIDGETS)
+    target_link_libraries(${target} PRIVATE Qt6::Widgets)
+  elseif(TEST_APP STREQUAL "gui")
+    target_compile_definitions(${target} PRIVATE NIMBARA_TEST_GUI)
+    target_link_libraries(${target} PRIVATE Qt6::Gui)
+  endif()
+  set(home ${CMAKE_BINARY_DIR}/test-home/${name})
+  file(MAKE_DIRECTORY ${home})
+  add_test(NAME ${name} COMMAND ${target})
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}" ENVIRONMENT
+    "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;XDG_CACHE_HOME=${home}/cache;LANG=C.UTF-8;ASAN_OPTIONS=detect_leaks=0:abort_on_error=1;UBSAN_OPTIONS=print_stacktrace=1")
+endfunction()

@@ -1,0 +1,81 @@
+#include "app/gst_log_hook.h"
+
+#include "app/log.h"
+
+#include <QDateTime>
+
+#include <mutex>
+
+namespace nimbara {
+
+namespace {
+
+constexpr std::int64_t windowSeconds = 60;
+constexpr std::int32_t linesPerWindow = 5;
+
+void gstLogHook(GstDebugCategory *category,
+    GstDebugLevel level,
+    const gchar *file,
+    const gchar *function,
+    gint line,
+    GObject * /*object*/,
+    GstDebugMessage *message,
+    gpointer /*userData*/)
+{
+    static std::mutex mutex;
+    static RepeatFilter filter;
+    const std::lock_guard lock(mutex);
+    const GstLogEntry entry { level,
+        QString::fromUtf8(category != nullptr ? gst_debug_category_get_name(category) : nullptr),
+        QString::fromUtf8(file),
+        line,
+        QString::fromUtf8(function),
+        QString::fromUtf8(message != nullptr ? gst_debug_message_get(message) : nullptr) };
+    for (const QString &text : gstLogLines(filter, entry, QDateTime::currentSecsSinceEpoch())) {
+        logLine(text);
+    }
+}
+
+} // namespace
+
+RepeatFilter::Verdict RepeatFilter::count(const QString &key, std::int64_t nowSeconds)
+{
+    Window &window = m_windows[key];
+    if (nowSeconds - window.start < windowSeconds) {
+        return { window.count++ < linesPerWindow, 0 };
+    }
+    const std::int32_t omitted = std::max(window.count - linesPerWindow, 0);
+    window = { nowSeconds, 1 };
+    return { true, omitted };
+}
+
+std::vector<QString> gstLogLines(
+    RepeatFilter &filter, const GstLogEntry &entry, std::int64_t nowSeconds)
+{
+    const QString key = QStringLiteral("%1:%2").arg(entry.file).arg(entry.line);
+    const RepeatFilter::Verdict verdict = filter.count(key, nowSeconds);
+    std::vector<QString> lines;
+    if (verdict.omitted > 0) {
+        lines.push_back(
+            QStringLiteral("GST (%1 repeticiones omitidas de %2)").arg(verdict.omitted).arg(key));
+    }
+    if (verdict.pass) {
+        // One call for all the texts: a "%" inside a message is never taken for a place.
+        lines.push_back(QStringLiteral("GST %1 %2 %3:%4 %5 : %6")
+                            .arg(QString::number(entry.level),
+                                entry.category,
+                                entry.file,
+                                QString::number(entry.line),
+                                entry.function,
+                                entry.message));
+    }
+    return lines;
+}
+
+void installGstLogHook()
+{
+    gst_debug_set_default_threshold(GST_LEVEL_WARNING);
+    gst_debug_add_log_function(gstLogHook, nullptr, nullptr);
+}
+
+} // namespace nimbara

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "app/clock.h"
+#include "media/audio_block.h"
+#include "media/frame.h"
+#include "media/gst_handles.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+
+namespace nimbara {
+
+/// One live picture that a layer can show (camera, screen capture, media file or network stream,
+/// test bars): the GStreamer pipeline "nimbara-source", which decodes or captures, converts to RGBA
+/// at the profile's size and leaves the newest picture, and the media's sound as 48 kHz stereo, in
+/// application sinks.
+///
+/// Interface thread only, except for destruction, which may block and belongs on a background task
+/// (`Retirement`). GStreamer's threads only fill the two sinks and link decoded pads.
+class Media {
+public:
+    /// Builds the pipeline and asks for PLAYING.
+    ///
+    /// `width`, `height`: the profile's size. `device`: a capture device, or none. `uri`: a media
+    /// location (UTF-8 text), or empty. `test`: test bars when there is neither device nor uri.
+    /// `screen`: capture the screen. Throws `Error` with the operator's text.
+    Media(const Clock &clock,
+        std::int32_t width,
+        std::int32_t height,
+        GstDevice *device,
+        const QString &uri,
+        bool test,
+        bool screen);
+    Media(const Media &) = delete;
+    Media &operator=(const Media &) = delete;
+    Media(Media &&) = delete;
+    Media &operator=(Media &&) = delete;
+    ~Media();
+
+    /// One non-blocking read: bus, media sound, newest picture, no-frame watchdog.
+    void pollSource();
+
+    /// The newest picture; none before the first, and none after a failure.
+    [[nodiscard]] const FramePtr &frame() const { return m_frame; }
+
+    /// The pending message for the operator, empty when there is none. Taking it empties the
+    /// picture, so that the layer shows nothing stale.
+    [[nodiscard]] QString takeMessage();
+
+    /// Still read; false after end of stream, an error or the watchdog.
+    [[nodiscard]] bool active() const { return m_active; }
+    /// The pipeline reported end of stream.
+    [[nodiscard]] bool ended() const { return m_ended; }
+    /// Built from a capture device.
+    [[nodiscard]] bool isDevice() const { return m_isDevice; }
+    /// Diagnostic description for the log.
+    [[nodiscard]] const QString &label() const { return m_label; }
+    /// Number of pictures taken so far.
+    [[nodiscard]] std::uint64_t frameCount() const { return m_frameCount; }
+    /// The media's sound, at most one second.
+    [[nodiscard]] AudioFifo &audioFifo() { return m_audioFifo; }
+
+private:
+    /// The links that GStreamer's threads may touch; outlives the pipeline's signal handlers.
+    struct Branches;
+
+    const Clock &m_clock;
+    bool m_active = true;
+    bool m_ended = false;
+    bool m_isDevice = false;
+    std::int64_t m_lastFrameTime = 0;
+    std::uint64_t m_frameCount = 0;
+    QString m_message;
+    QString m_label;
+    FramePtr m_frame;
+    AudioFifo m_audioFifo;
+    std::shared_ptr<Branches> m_branches;
+    Pipeline m_pipeline;
+};
+
+using MediaPtr = std::shared_ptr<Media>;
+
+} // namespace nimbara

@@ -1,0 +1,58 @@
+#include "media/media_factory.h"
+
+#include "app/error.h"
+
+#include <QUrl>
+
+#include <algorithm>
+#include <array>
+
+namespace nimbara {
+
+void checkMediaLocation(const QString &location)
+{
+    static constexpr std::array schemes { "file", "https", "http", "rtsp", "rtsps", "rtmp", "rtmps" };
+    const QUrl url(location, QUrl::TolerantMode);
+    const bool known = std::any_of(schemes.begin(), schemes.end(), [&](const char *scheme) {
+        return url.scheme() == QLatin1String(scheme);
+    });
+    if (!url.isValid() || !known) {
+        throw Error(QStringLiteral("URL multimedia no compatible"));
+    }
+}
+
+MediaFactory::MediaFactory(const Clock &clock, std::shared_ptr<Retirement> retirement)
+    : m_clock(clock)
+    , m_retirement(std::move(retirement))
+{
+}
+
+MediaPtr MediaFactory::camera(FrameSize size, GstDevice *device) const
+{
+    return make(size, device, {}, true, false);
+}
+
+MediaPtr MediaFactory::testBars(FrameSize size) const { return make(size, nullptr, {}, true, false); }
+
+MediaPtr MediaFactory::screen(FrameSize size) const { return make(size, nullptr, {}, false, true); }
+
+MediaPtr MediaFactory::media(FrameSize size, const QString &location) const
+{
+    checkMediaLocation(location);
+    return make(size, nullptr, location, false, false);
+}
+
+MediaPtr MediaFactory::make(
+    FrameSize size, GstDevice *device, const QString &uri, bool test, bool screen) const
+{
+    auto source = std::make_unique<Media>(
+        m_clock, size.width, size.height, device, uri, test, screen);
+    return { source.release(), [weak = std::weak_ptr(m_retirement)](Media *dropped) {
+                std::unique_ptr<Media> last(dropped);
+                if (const auto retirement = weak.lock()) {
+                    retirement->retire(std::move(last));
+                }
+            } };
+}
+
+} // namespace nimbara

@@ -7,8 +7,14 @@ Error::Error(const QString &text)
 {
 }
 
-QString Error::text() const { return errorText(*this); }
+QString Error::text() const
+{
+    return errorText(*this);
+}
 
-QString errorText(const std::exception &error) { return QString::fromUtf8(error.what()); }
+QString errorText(const std::exception &error)
+{
+    return QString::fromUtf8(error.what());
+}
 
 } // namespace nimbara

@@ -49,8 +49,8 @@ RepeatFilter::Verdict RepeatFilter::count(const QString &key, std::int64_t nowSe
     return { true, omitted };
 }
 
-std::vector<QString> gstLogLines(
-    RepeatFilter &filter, const GstLogEntry &entry, std::int64_t nowSeconds)
+std::vector<QString>
+gstLogLines(RepeatFilter &filter, const GstLogEntry &entry, std::int64_t nowSeconds)
 {
     const QString key = QStringLiteral("%1:%2").arg(entry.file).arg(entry.line);
     const RepeatFilter::Verdict verdict = filter.count(key, nowSeconds);

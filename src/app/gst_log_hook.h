@@ -13,8 +13,8 @@ namespace nimbara {
 
 /// Lets the first lines of one source location through and counts the rest.
 ///
-/// Per key at most 5 lines pass in any window of 60 s. The number dropped is told once, when the key
-/// logs again after its window. Not thread-safe; the hook holds a mutex around it.
+/// Per key at most 5 lines pass in any window of 60 s. The number dropped is told once, when the
+/// key logs again after its window. Not thread-safe; the hook holds a mutex around it.
 class RepeatFilter {
 public:
     struct Verdict {
@@ -45,8 +45,8 @@ struct GstLogEntry {
 
 /// The log lines that `entry` causes at `nowSeconds`: none, its own, or the summary of the window
 /// before and its own.
-std::vector<QString> gstLogLines(
-    RepeatFilter &filter, const GstLogEntry &entry, std::int64_t nowSeconds);
+std::vector<QString>
+gstLogLines(RepeatFilter &filter, const GstLogEntry &entry, std::int64_t nowSeconds);
 
 /// Sets GStreamer's default threshold to WARNING and sends its lines to the log file through a
 /// `RepeatFilter`. Call once, after `gst_init`. GStreamer's own output to standard error stays.

@@ -47,6 +47,9 @@ QString tr(const QString &text)
     return text;
 }
 
-QString tr(const char *text) { return tr(QString::fromUtf8(text)); }
+QString tr(const char *text)
+{
+    return tr(QString::fromUtf8(text));
+}
 
 } // namespace nimbara_i18n

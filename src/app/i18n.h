@@ -7,8 +7,8 @@
 /// The interface language. Every text that the operator sees is written in Spanish in the code and
 /// passes through `tr` before it is shown.
 ///
-/// Language and table are written once, at start-up on the interface thread, before any other thread
-/// may read them.
+/// Language and table are written once, at start-up on the interface thread, before any other
+/// thread may read them.
 namespace nimbara_i18n {
 
 /// The current language, "es" or "en"; "es" until start-up settles it.
@@ -21,9 +21,9 @@ QString startLanguage(const QString &setting, const QLocale &system);
 /// Spanish text → English twin, compared exactly.
 const QHash<QString, QString> &english();
 
-/// The text to show: the English twin when the language is "en" and there is one. A text that begins
-/// with "Fuente sin señal: " keeps its detail behind a translated prefix. Anything else is returned
-/// as it is.
+/// The text to show: the English twin when the language is "en" and there is one. A text that
+/// begins with "Fuente sin señal: " keeps its detail behind a translated prefix. Anything else is
+/// returned as it is.
 QString tr(const QString &text);
 QString tr(const char *text); ///< The same for UTF-8.
 

@@ -10,35 +10,35 @@ using nimbara_i18n::tr;
 
 namespace {
 
-    struct KindRow {
-        const char *word;
-        const char *name;
-    };
-    constexpr std::array<KindRow, 8> kindRows { {
-        { "camera", "Cámara" },
-        { "image", "Imagen" },
-        { "text", "Texto" },
-        { "video", "Video" },
-        { "screen", "Pantalla" },
-        { "color", "Color" },
-        { "verse", "Versículo" },
-        { "subtitle", "Subtítulos (IA)" },
-    } };
+struct KindRow {
+    const char *word;
+    const char *name;
+};
+constexpr std::array<KindRow, 8> kindRows { {
+    { "camera", "Cámara" },
+    { "image", "Imagen" },
+    { "text", "Texto" },
+    { "video", "Video" },
+    { "screen", "Pantalla" },
+    { "color", "Color" },
+    { "verse", "Versículo" },
+    { "subtitle", "Subtítulos (IA)" },
+} };
 
-    const KindRow *rowOf(LayerKind kind)
-    {
-        const auto value = static_cast<std::int32_t>(kind);
-        const bool known = value >= 0 && value < static_cast<std::int32_t>(kindRows.size());
-        return known ? &kindRows.at(static_cast<std::size_t>(value)) : nullptr;
-    }
+const KindRow *rowOf(LayerKind kind)
+{
+    const auto value = static_cast<std::int32_t>(kind);
+    const bool known = value >= 0 && value < static_cast<std::int32_t>(kindRows.size());
+    return known ? &kindRows.at(static_cast<std::size_t>(value)) : nullptr;
+}
 
-    void setBox(Layer &layer, double x, double y, double w, double h)
-    {
-        layer.x = x;
-        layer.y = y;
-        layer.w = w;
-        layer.h = h;
-    }
+void setBox(Layer &layer, double x, double y, double w, double h)
+{
+    layer.x = x;
+    layer.y = y;
+    layer.w = w;
+    layer.h = h;
+}
 
 } // namespace
 

@@ -10,8 +10,8 @@
 
 namespace nimbara {
 
-/// What a layer shows. The values are the 32-bit integers of the record; anything outside draws as a
-/// missing picture.
+/// What a layer shows. The values are the 32-bit integers of the record; anything outside draws as
+/// a missing picture.
 enum class LayerKind : std::int32_t {
     Camera = 0,
     Image = 1,
@@ -37,18 +37,18 @@ bool isText(LayerKind kind);
 
 /// Alignment bits of a layer, as project files hold them.
 namespace align {
-    constexpr std::int32_t left = 1;
-    constexpr std::int32_t right = 2;
-    constexpr std::int32_t horizontalCentre = 4;
-    constexpr std::int32_t justify = 8;
-    constexpr std::int32_t top = 32;
-    constexpr std::int32_t bottom = 64;
-    constexpr std::int32_t verticalCentre = 128;
-    constexpr std::int32_t horizontalMask = left | right | horizontalCentre | justify;
+constexpr std::int32_t left = 1;
+constexpr std::int32_t right = 2;
+constexpr std::int32_t horizontalCentre = 4;
+constexpr std::int32_t justify = 8;
+constexpr std::int32_t top = 32;
+constexpr std::int32_t bottom = 64;
+constexpr std::int32_t verticalCentre = 128;
+constexpr std::int32_t horizontalMask = left | right | horizontalCentre | justify;
 } // namespace align
 
-/// One picture source or text in a box of the output frame. A plain value: a copy shares the decoded
-/// image and the media source with the layer it came from.
+/// One picture source or text in a box of the output frame. A plain value: a copy shares the
+/// decoded image and the media source with the layer it came from.
 struct Layer {
     static constexpr std::int32_t minSize = 8;
     static constexpr std::int32_t maxSize = 400;

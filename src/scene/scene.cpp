@@ -10,25 +10,25 @@ using nimbara_i18n::tr;
 
 namespace {
 
-    Scene defaultHallScene()
-    {
-        Layer background;
-        background.kind = LayerKind::Color;
-        background.name = tr("Fondo");
-        background.fill = QColor(8, 24, 48);
+Scene defaultHallScene()
+{
+    Layer background;
+    background.kind = LayerKind::Color;
+    background.name = tr("Fondo");
+    background.fill = QColor(8, 24, 48);
 
-        Layer subtitles;
-        subtitles.kind = LayerKind::Subtitle;
-        subtitles.name = tr("Subtítulos (IA)");
-        subtitles.x = 0.05;
-        subtitles.y = 0.08;
-        subtitles.w = 0.9;
-        subtitles.h = 0.84;
-        subtitles.size = 72;
-        subtitles.align = align::left | align::top;
-        subtitles.background = QColor(0, 0, 0, 0);
-        return { tr("Escena 1"), { background, subtitles } };
-    }
+    Layer subtitles;
+    subtitles.kind = LayerKind::Subtitle;
+    subtitles.name = tr("Subtítulos (IA)");
+    subtitles.x = 0.05;
+    subtitles.y = 0.08;
+    subtitles.w = 0.9;
+    subtitles.h = 0.84;
+    subtitles.size = 72;
+    subtitles.align = align::left | align::top;
+    subtitles.background = QColor(0, 0, 0, 0);
+    return { tr("Escena 1"), { background, subtitles } };
+}
 
 } // namespace
 
@@ -42,13 +42,25 @@ Scene defaultScene(bool isHall)
     return { tr("Escena 1"), { camera } };
 }
 
-std::vector<Scene> &SceneSets::scenes(SceneSet which) { return set(which).scenes; }
+std::vector<Scene> &SceneSets::scenes(SceneSet which)
+{
+    return set(which).scenes;
+}
 
-const std::vector<Scene> &SceneSets::scenes(SceneSet which) const { return set(which).scenes; }
+const std::vector<Scene> &SceneSets::scenes(SceneSet which) const
+{
+    return set(which).scenes;
+}
 
-std::int32_t SceneSets::currentIndex(SceneSet which) const { return set(which).current; }
+std::int32_t SceneSets::currentIndex(SceneSet which) const
+{
+    return set(which).current;
+}
 
-void SceneSets::setCurrentIndex(SceneSet which, std::int32_t index) { set(which).current = index; }
+void SceneSets::setCurrentIndex(SceneSet which, std::int32_t index)
+{
+    set(which).current = index;
+}
 
 Scene &SceneSets::currentScene()
 {

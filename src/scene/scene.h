@@ -27,8 +27,8 @@ enum class SceneSet : std::int32_t {
 /// The scene that an empty set gets: a camera (streams), or background and subtitles (hall).
 Scene defaultScene(bool isHall);
 
-/// Both sets, the current scene of each and the set that PREVIEW edits. A set never stays empty once
-/// its current scene was asked for.
+/// Both sets, the current scene of each and the set that PREVIEW edits. A set never stays empty
+/// once its current scene was asked for.
 class SceneSets {
 public:
     [[nodiscard]] SceneSet editing() const { return m_editing; }

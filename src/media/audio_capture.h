@@ -37,12 +37,12 @@ ProcessedBlock processBlock(const AudioBlock &block, const GainState &gainState)
 /// Meter position 0..100 of a peak: −60 dBFS or less is 0, 0 dBFS is 100, truncated.
 int meterValue(double peak);
 
-/// The operator's audio input: the GStreamer pipeline "nimbara-audio". Interface thread only, except
-/// for destruction, which belongs on a background task.
+/// The operator's audio input: the GStreamer pipeline "nimbara-audio". Interface thread only,
+/// except for destruction, which belongs on a background task.
 class AudioCapture {
 public:
-    /// Builds the pipeline and asks for PLAYING. Without a device: a quiet test tone. Throws `Error`
-    /// with the operator's text.
+    /// Builds the pipeline and asks for PLAYING. Without a device: a quiet test tone. Throws
+    /// `Error` with the operator's text.
     AudioCapture(const Clock &clock, GstDevice *device);
     AudioCapture(const AudioCapture &) = delete;
     AudioCapture &operator=(const AudioCapture &) = delete;
@@ -55,7 +55,7 @@ public:
     void pull(const GainState &gainState);
 
     /// Receiver of every processed block, called inside `pull`. Never empty.
-    std::function<void(const AudioBlock &)> listener = [](const AudioBlock &) { };
+    std::function<void(const AudioBlock &)> listener = [](const AudioBlock &) {};
 
     /// Still delivering; false after any failure.
     [[nodiscard]] bool running() const { return m_running; }

@@ -6,24 +6,28 @@
 #include <utility>
 
 /// Owning handles for GStreamer and GLib. How ownership arrives is named at the call:
-/// `adopt` takes over a reference that the caller owns (transfer full), `sink` takes a floating one,
-/// `retain` adds one to a borrowed object (transfer none).
+/// `adopt` takes over a reference that the caller owns (transfer full), `sink` takes a floating
+/// one, `retain` adds one to a borrowed object (transfer none).
 namespace nimbara {
 
 namespace detail {
-    template <typename T> struct RefTraits {
-        static void ref(T *object) { gst_object_ref(object); }
-        static void unref(T *object) { gst_object_unref(object); }
-        static void sink(T *object) { gst_object_ref_sink(object); }
-    };
-    template <typename T> struct MiniTraits {
-        static void ref(T *object) { gst_mini_object_ref(GST_MINI_OBJECT_CAST(object)); }
-        static void unref(T *object) { gst_mini_object_unref(GST_MINI_OBJECT_CAST(object)); }
-    };
-    template <> struct RefTraits<GstCaps> : MiniTraits<GstCaps> { };
-    template <> struct RefTraits<GstSample> : MiniTraits<GstSample> { };
-    template <> struct RefTraits<GstBuffer> : MiniTraits<GstBuffer> { };
-    template <> struct RefTraits<GstMessage> : MiniTraits<GstMessage> { };
+template <typename T> struct RefTraits {
+    static void ref(T *object) { gst_object_ref(object); }
+    static void unref(T *object) { gst_object_unref(object); }
+    static void sink(T *object) { gst_object_ref_sink(object); }
+};
+template <typename T> struct MiniTraits {
+    static void ref(T *object) { gst_mini_object_ref(GST_MINI_OBJECT_CAST(object)); }
+    static void unref(T *object) { gst_mini_object_unref(GST_MINI_OBJECT_CAST(object)); }
+};
+template <> struct RefTraits<GstCaps> : MiniTraits<GstCaps> {
+};
+template <> struct RefTraits<GstSample> : MiniTraits<GstSample> {
+};
+template <> struct RefTraits<GstBuffer> : MiniTraits<GstBuffer> {
+};
+template <> struct RefTraits<GstMessage> : MiniTraits<GstMessage> {
+};
 } // namespace detail
 
 /// One counted reference to a GstObject or GstMiniObject, or none.

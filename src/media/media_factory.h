@@ -8,7 +8,8 @@
 namespace nimbara {
 
 /// Refuses a location that no source can play: throws `Error` "URL multimedia no compatible" unless
-/// it is a valid URL whose scheme is file, https, http, rtsp, rtsps, rtmp or rtmps (case-sensitive).
+/// it is a valid URL whose scheme is file, https, http, rtsp, rtsps, rtmp or rtmps
+/// (case-sensitive).
 void checkMediaLocation(const QString &location);
 
 /// Makes the four kinds of source. Whoever drops the last reference, on whatever thread, the source
@@ -26,8 +27,8 @@ public:
     [[nodiscard]] MediaPtr media(FrameSize size, const QString &location) const;
 
 private:
-    [[nodiscard]] MediaPtr make(
-        FrameSize size, GstDevice *device, const QString &uri, bool test, bool screen) const;
+    [[nodiscard]] MediaPtr
+    make(FrameSize size, GstDevice *device, const QString &uri, bool test, bool screen) const;
 
     const Clock &m_clock;
     std::shared_ptr<Retirement> m_retirement;

@@ -20,8 +20,8 @@ public:
         if (!object) {
             return;
         }
-        auto task = std::async(
-            std::launch::async, [held = std::move(object)]() mutable { held.reset(); });
+        auto task = std::async(std::launch::async,
+            [held = std::move(object)]() mutable { held.reset(); });
         const std::lock_guard lock(m_mutex);
         m_tasks.push_back(std::move(task));
     }

@@ -17,7 +17,8 @@ using TestApplication = QCoreApplication;
 
 #include <cstdio>
 
-// Runs every registered test class of one room. "test_x ClassName [function…]" runs one class alone.
+// Runs every registered test class of one room. "test_x ClassName [function…]" runs one class
+// alone.
 int main(int argc, char **argv)
 {
     TestApplication application(argc, argv);

@@ -25,5 +25,5 @@ template <typename Test> struct TestRegistration {
 /// Adds a Qt Test class to the room's executable.
 #define NIMBARA_TEST(Test)                                                                         \
     namespace {                                                                                    \
-        const nimbara::testing::TestRegistration<Test> registration##Test;                         \
+    const nimbara::testing::TestRegistration<Test> registration##Test;                             \
     }

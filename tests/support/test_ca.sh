@@ -1,0 +1,25 @@
+#!/bin/sh
+# test_ca.sh FOLDER
+#
+# Makes a test authority and a server certificate for "localhost" and 127.0.0.1 signed by it:
+# FOLDER/ca.pem, FOLDER/server.pem, FOLDER/server.key. A folder that already has them is left alone.
+set -eu
+folder=$1
+mkdir -p "$folder"
+[ -s "$folder/server.pem" ] && exit 0
+
+work=$(mktemp -d "$folder/.making.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+curve='-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes'
+# shellcheck disable=SC2086
+openssl req -x509 $curve -days 30 -subj '/CN=Test authority' \
+  -addext 'basicConstraints=critical,CA:TRUE' -addext 'keyUsage=critical,keyCertSign' \
+  -keyout "$work/ca.key" -out "$work/ca.pem" 2>/dev/null
+# shellcheck disable=SC2086
+openssl req $curve -subj '/CN=localhost' -keyout "$work/server.key" -out "$work/server.csr" 2>/dev/null
+printf 'subjectAltName=DNS:localhost,IP:127.0.0.1\nextendedKeyUsage=serverAuth\n' > "$work/server.ext"
+openssl x509 -req -in "$work/server.csr" -CA "$work/ca.pem" -CAkey "$work/ca.key" -CAcreateserial \
+  -days 30 -extfile "$work/server.ext" -out "$work/server.pem" 2>/dev/null
+# The certificate goes last: it marks the folder as complete.
+mv "$work/ca.pem" "$work/server.key" "$folder/"
+mv "$work/server.pem" "$folder/"

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QUrl>
 
 #include <cstdint>
 
@@ -14,6 +15,17 @@ struct Endpoint {
     std::uint16_t port = 443;
     /// PEM certificates of authorities trusted besides the system's; empty in production.
     QByteArray trustedCaPem;
+    QString pathPrefix = QStringLiteral("/v1/"); ///< begins and ends with "/"
+
+    /// The URL of `path`, which follows the prefix: no leading slash, percent-encoded already, and
+    /// with its query if it has one.
+    [[nodiscard]] QUrl url(const QString &path) const;
 };
+
+/// The OpenAI API: https://api.openai.com/v1/
+Endpoint openAiEndpoint();
+
+/// The API.Bible service: https://rest.api.bible/v1/
+Endpoint apiBibleEndpoint();
 
 } // namespace nimbara

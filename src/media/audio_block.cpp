@@ -24,7 +24,8 @@ std::size_t AudioFifo::pop(std::span<float> into)
 
 void AudioFifo::drop(std::size_t count)
 {
-    const auto end = m_values.begin() + static_cast<std::ptrdiff_t>(std::min(count, m_values.size()));
+    const auto end
+        = m_values.begin() + static_cast<std::ptrdiff_t>(std::min(count, m_values.size()));
     m_values.erase(m_values.begin(), end);
 }
 

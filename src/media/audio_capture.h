@@ -1,41 +1,15 @@
 #pragma once
 
 #include "app/clock.h"
-#include "media/audio_block.h"
+#include "media/audio_levels.h"
 #include "media/gst_handles.h"
 
 #include <QString>
 
-#include <array>
+#include <cstdint>
 #include <functional>
 
 namespace nimbara {
-
-/// What the operator set for the input.
-struct GainState {
-    bool muted = false;
-    double gain = 1.0; ///< linear, 0..2
-};
-
-/// Largest absolute value of one block, left and right.
-struct AudioLevels {
-    std::array<double, 2> peak {};
-};
-
-/// A block after gain and mute, with its levels before and after.
-struct ProcessedBlock {
-    AudioBlock block;
-    AudioLevels input;
-    AudioLevels output;
-};
-
-/// Applies gain and mute. Values that are not finite count as 0; the result is clamped to −1..1.
-/// Throws `Error` "Bloque de audio incompleto" for an odd count and "Ganancia invalida" for a gain
-/// that is not finite or outside 0..2.
-ProcessedBlock processBlock(const AudioBlock &block, const GainState &gainState);
-
-/// Meter position 0..100 of a peak: −60 dBFS or less is 0, 0 dBFS is 100, truncated.
-int meterValue(double peak);
 
 /// The operator's audio input: the GStreamer pipeline "nimbara-audio". Interface thread only,
 /// except for destruction, which belongs on a background task.
@@ -65,6 +39,10 @@ public:
     [[nodiscard]] const AudioLevels &outputLevels() const { return m_outputLevels; }
 
 private:
+    void build(GstDevice *device);
+    bool takeBusMessage();
+    bool takeSample(GstSample *sample, const GainState &gainState);
+    void watchSilence();
     void stop(const QString &text);
 
     const Clock &m_clock;
@@ -74,7 +52,7 @@ private:
     AudioLevels m_inputLevels;
     AudioLevels m_outputLevels;
     ElementRef m_sink;
-    Pipeline m_pipeline;
+    Pipeline m_pipeline; ///< last, so that it stops before the sink is let go
 };
 
 } // namespace nimbara

@@ -8,13 +8,13 @@ namespace nimbara {
 
 namespace {
 
-    void checkSize(std::int32_t width, std::int32_t height)
-    {
-        const auto valid = [](std::int32_t side) { return side >= 1 && side <= Frame::maxSide; };
-        if (!valid(width) || !valid(height)) {
-            throw Error(QStringLiteral("Invalid frame dimensions"));
-        }
+void checkSize(std::int32_t width, std::int32_t height)
+{
+    const auto valid = [](std::int32_t side) { return side >= 1 && side <= Frame::maxSide; };
+    if (!valid(width) || !valid(height)) {
+        throw Error(QStringLiteral("Invalid frame dimensions"));
     }
+}
 
 } // namespace
 

@@ -3,12 +3,13 @@
 #include "app/clock.h"
 #include "media/audio_block.h"
 #include "media/frame.h"
-#include "media/gst_handles.h"
+#include "media/source_pipeline.h"
 
 #include <QString>
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace nimbara {
 
@@ -25,14 +26,16 @@ public:
     ///
     /// `width`, `height`: the profile's size. `device`: a capture device, or none. `uri`: a media
     /// location (UTF-8 text), or empty. `test`: test bars when there is neither device nor uri.
-    /// `screen`: capture the screen. Throws `Error` with the operator's text.
+    /// `screen`: capture the screen, by the first of `screens` that this installation has. Throws
+    /// `Error` with the operator's text.
     Media(const Clock &clock,
         std::int32_t width,
         std::int32_t height,
         GstDevice *device,
         const QString &uri,
         bool test,
-        bool screen);
+        bool screen,
+        const ScreenElements &screens = screenElements());
     Media(const Media &) = delete;
     Media &operator=(const Media &) = delete;
     Media(Media &&) = delete;
@@ -63,8 +66,25 @@ public:
     [[nodiscard]] AudioFifo &audioFifo() { return m_audioFifo; }
 
 private:
-    /// The links that GStreamer's threads may touch; outlives the pipeline's signal handlers.
-    struct Branches;
+    /// The heads that decoded pads are linked to. Shared with the decoder's signal handler, so that
+    /// GStreamer's threads never touch the source itself; holds neither decoder nor pipeline, which
+    /// would keep each other alive.
+    struct Branches {
+        ElementRef videoConvert;
+        ElementRef audioConvert;
+    };
+
+    static void padAdded(GstElement *element, GstPad *pad, gpointer source);
+    void linkDecodedPads();
+    bool takeBusMessage();
+    void takeSound();
+    void takePicture(const SampleRef &sample, std::int64_t now);
+    void describeFirstPicture(const SampleRef &sample);
+    bool pictureIsOpaque();
+    [[nodiscard]] bool streamsEnded() const;
+    [[nodiscard]] bool pictureEnded() const;
+    void fail(const QString &message);
+    void deactivate();
 
     const Clock &m_clock;
     bool m_active = true;
@@ -76,8 +96,10 @@ private:
     QString m_label;
     FramePtr m_frame;
     AudioFifo m_audioFifo;
-    std::shared_ptr<Branches> m_branches;
-    Pipeline m_pipeline;
+    std::vector<float> m_soundBuffer; ///< reused between polls
+    CapsRef m_pictureCaps; ///< of the picture before conversion, which `m_opaque` was read from
+    bool m_opaque = true;
+    SourcePipeline m_parts;
 };
 
 using MediaPtr = std::shared_ptr<Media>;

@@ -16,7 +16,10 @@ void checkMediaLocation(const QString &location);
 /// is destroyed on a background task: stopping a pipeline may block. Interface thread only.
 class MediaFactory {
 public:
-    MediaFactory(const Clock &clock, std::shared_ptr<Retirement> retirement);
+    /// `screens`: the ways to capture the screen.
+    MediaFactory(const Clock &clock,
+        std::shared_ptr<Retirement> retirement,
+        ScreenElements screens = screenElements());
 
     /// All throw `Error` with the operator's text when the source cannot be built.
     [[nodiscard]] MediaPtr camera(FrameSize size, GstDevice *device) const;
@@ -32,6 +35,7 @@ private:
 
     const Clock &m_clock;
     std::shared_ptr<Retirement> m_retirement;
+    ScreenElements m_screens;
 };
 
 } // namespace nimbara

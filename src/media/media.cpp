@@ -1,0 +1,264 @@
+#include "media/media.h"
+
+#include "app/error.h"
+#include "media/gst_build.h"
+#include "media/gst_maps.h"
+
+#include <gst/app/gstappsink.h>
+
+#include <cstring>
+
+namespace nimbara {
+
+namespace {
+
+constexpr std::int64_t deviceTimeoutUs = 4'000'000;
+constexpr std::int64_t sourceTimeoutUs = 10'000'000;
+constexpr int soundSamplesPerPoll = 8;
+constexpr std::size_t soundFrameBytes = sizeof(float) * audioChannels;
+
+SampleRef tryPull(const ElementRef &sink)
+{
+    return SampleRef::adopt(gst_app_sink_try_pull_sample(GST_APP_SINK_CAST(sink.get()), 0));
+}
+
+bool sinkEnded(const ElementRef &sink)
+{
+    return gst_app_sink_is_eos(GST_APP_SINK_CAST(sink.get())) != FALSE;
+}
+
+PadRef sinkPad(const ElementRef &element)
+{
+    return PadRef::adopt(gst_element_get_static_pad(element.get(), "sink"));
+}
+
+bool isFed(const ElementRef &head)
+{
+    return gst_pad_is_linked(sinkPad(head).get()) != FALSE;
+}
+
+void linkTo(const ElementRef &head, GstPad *pad)
+{
+    const PadRef sink = sinkPad(head);
+    if (gst_pad_is_linked(sink.get()) == FALSE) {
+        gst_pad_link(pad, sink.get());
+    }
+}
+
+QString errorDescription(GstMessage *message)
+{
+    GError *parsedError = nullptr;
+    gchar *parsedDebug = nullptr;
+    gst_message_parse_error(message, &parsedError, &parsedDebug);
+    const GErrorPtr error(parsedError);
+    const GCharPtr debug(parsedDebug);
+    QString text = error ? QString::fromUtf8(error->message) : QStringLiteral("error");
+    if (debug) {
+        text += QStringLiteral(" [%1]").arg(QString::fromUtf8(debug.get()));
+    }
+    return text;
+}
+
+} // namespace
+
+Media::Media(const Clock &clock,
+    std::int32_t width,
+    std::int32_t height,
+    GstDevice *device,
+    const QString &uri,
+    bool test,
+    bool screen,
+    const ScreenElements &screens)
+    : m_clock(clock)
+    , m_isDevice(device != nullptr)
+    , m_lastFrameTime(clock.monotonicUs())
+    , m_parts(buildSourcePipeline({ { width, height }, device, uri, test, screen }, screens))
+{
+    m_label = m_parts.label;
+    if (!uri.isEmpty()) {
+        linkDecodedPads();
+    }
+    if (!m_parts.pipeline.play()) {
+        throw Error(QStringLiteral("No se pudo iniciar fuente"));
+    }
+}
+
+Media::~Media() = default;
+
+void Media::linkDecodedPads()
+{
+    auto branches = std::make_unique<std::shared_ptr<Branches>>(
+        std::make_shared<Branches>(Branches { m_parts.videoConvert, m_parts.audioConvert }));
+    g_signal_connect_data(
+        m_parts.source.get(),
+        "pad-added",
+        G_CALLBACK(&Media::padAdded),
+        branches.release(),
+        [](gpointer held, GClosure *) { delete static_cast<std::shared_ptr<Branches> *>(held); },
+        GConnectFlags {});
+}
+
+/// On a thread of the decoder. A second stream of a kind stays unlinked, as do all other kinds.
+void Media::padAdded(GstElement * /*element*/, GstPad *pad, gpointer source)
+{
+    const auto branches = *static_cast<std::shared_ptr<Branches> *>(source);
+    auto caps = CapsRef::adopt(gst_pad_get_current_caps(pad));
+    if (!caps) {
+        caps = CapsRef::adopt(gst_pad_query_caps(pad, nullptr));
+    }
+    if (!caps || gst_caps_get_size(caps.get()) == 0) {
+        return;
+    }
+    const gchar *name = gst_structure_get_name(gst_caps_get_structure(caps.get(), 0));
+    if (g_str_has_prefix(name, "video/") != FALSE) {
+        linkTo(branches->videoConvert, pad);
+    }
+    if (g_str_has_prefix(name, "audio/") != FALSE) {
+        linkTo(branches->audioConvert, pad);
+    }
+}
+
+QString Media::takeMessage()
+{
+    if (!m_message.isEmpty()) {
+        m_frame.reset();
+    }
+    return std::exchange(m_message, {});
+}
+
+void Media::pollSource()
+{
+    if (!m_active || takeBusMessage()) {
+        return;
+    }
+    takeSound();
+    const SampleRef sample = tryPull(m_parts.videoSink);
+    const std::int64_t now = m_clock.monotonicUs();
+    if (sample) {
+        takePicture(sample, now);
+    } else if (streamsEnded()) {
+        m_ended = true;
+        deactivate();
+    } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)
+        && !pictureEnded()) {
+        fail(m_isDevice ? QStringLiteral("Cámara sin cuadros; se vuelve a abrir")
+                        : QStringLiteral("Fuente sin frames durante 10 segundos"));
+    }
+}
+
+/// True when the source is over.
+bool Media::takeBusMessage()
+{
+    const auto message = MessageRef::adopt(gst_bus_pop_filtered(m_parts.pipeline.bus(),
+        static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS)));
+    if (!message) {
+        return false;
+    }
+    if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS) {
+        m_ended = true;
+        deactivate();
+    } else {
+        fail(QStringLiteral("Fuente sin señal: ") + errorDescription(message.get()));
+    }
+    return true;
+}
+
+/// Every branch that is fed has run dry. The pipeline itself reports its end only when each of its
+/// sinks has one, and a branch that no stream feeds never has.
+bool Media::streamsEnded() const
+{
+    const bool picture = isFed(m_parts.videoConvert);
+    const bool sound = isFed(m_parts.audioConvert);
+    return (picture || sound) && (!picture || sinkEnded(m_parts.videoSink))
+        && (!sound || sinkEnded(m_parts.audioSink));
+}
+
+/// The picture has ended while the sound plays on, as in a song with one still picture.
+bool Media::pictureEnded() const
+{
+    return isFed(m_parts.videoConvert) && sinkEnded(m_parts.videoSink);
+}
+
+void Media::takeSound()
+{
+    for (int taken = 0; taken < soundSamplesPerPoll; ++taken) {
+        const SampleRef sample = tryPull(m_parts.audioSink);
+        if (!sample) {
+            return;
+        }
+        const BufferMap map(gst_sample_get_buffer(sample.get()));
+        if (!map || map.size() % soundFrameBytes != 0) {
+            continue;
+        }
+        m_soundBuffer.resize(map.size() / sizeof(float));
+        std::memcpy(m_soundBuffer.data(), map.data(), map.size());
+        m_audioFifo.push(m_soundBuffer);
+    }
+}
+
+void Media::takePicture(const SampleRef &sample, std::int64_t now)
+{
+    m_lastFrameTime = now;
+    if (m_frameCount == 0) {
+        describeFirstPicture(sample);
+    }
+    ++m_frameCount;
+    GstVideoInfo info;
+    GstCaps *caps = gst_sample_get_caps(sample.get());
+    if (caps == nullptr || gst_video_info_from_caps(&info, caps) == FALSE) {
+        return;
+    }
+    const VideoFrameMap map(info, gst_sample_get_buffer(sample.get()));
+    if (!map) {
+        return;
+    }
+    try {
+        m_frame = std::make_shared<const Frame>(info.width,
+            info.height,
+            map.rows(),
+            map.stride(),
+            pictureIsOpaque());
+    } catch (const Error &error) {
+        fail(error.text());
+    }
+}
+
+void Media::describeFirstPicture(const SampleRef &sample)
+{
+    m_label += QStringLiteral(" primer cuadro caps=")
+        + gst_build::text(gst_sample_get_caps(sample.get()));
+    const auto pad = PadRef::adopt(gst_element_get_static_pad(m_parts.source.get(), "src"));
+    if (pad) {
+        const auto caps = CapsRef::adopt(gst_pad_get_current_caps(pad.get()));
+        m_label += QStringLiteral(" fuente caps=") + gst_build::text(caps.get());
+    }
+}
+
+/// The picture is opaque unless it had an alpha channel before its conversion to RGBA.
+bool Media::pictureIsOpaque()
+{
+    auto caps = CapsRef::adopt(gst_pad_get_current_caps(sinkPad(m_parts.videoConvert).get()));
+    if (caps.get() != m_pictureCaps.get()) {
+        GstVideoInfo info;
+        m_opaque = caps && gst_video_info_from_caps(&info, caps.get()) != FALSE
+            && !GST_VIDEO_INFO_HAS_ALPHA(&info);
+        m_pictureCaps = std::move(caps);
+    }
+    return m_opaque;
+}
+
+void Media::fail(const QString &message)
+{
+    m_message = message;
+    deactivate();
+}
+
+/// The pipeline stays as it is until its destruction, since stopping it may block; only its
+/// messages, which nobody reads any more, are no longer kept.
+void Media::deactivate()
+{
+    m_active = false;
+    gst_bus_set_flushing(m_parts.pipeline.bus(), TRUE);
+}
+
+} // namespace nimbara

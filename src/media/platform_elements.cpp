@@ -1,0 +1,40 @@
+#include "media/platform_elements.h"
+
+#include "media/gst_build.h"
+
+#include <QtGlobal>
+
+namespace nimbara {
+
+DesktopSession currentSession()
+{
+    return { qgetenv("WAYLAND_DISPLAY").toStdString(),
+        qgetenv("DISPLAY").toStdString(),
+        qgetenv("XDG_SESSION_TYPE").toStdString() };
+}
+
+ScreenElements screenElements(const DesktopSession &session)
+{
+    ScreenElements elements { { "avfvideosrc", { { "capture-screen", true } } } };
+    const bool wayland = !session.waylandDisplay.empty() || session.type == "wayland";
+    if (!wayland && !session.xDisplay.empty()) {
+        // Damage tracking costs a round trip per changed rectangle and tears under load.
+        elements.push_back({ "ximagesrc", { { "use-damage", false }, { "show-pointer", true } } });
+    }
+    return elements;
+}
+
+ElementRef makeScreenSource(const ScreenElements &elements)
+{
+    for (const ScreenElement &candidate : elements) {
+        if (auto element = gst_build::make(candidate.factory.c_str(), "source")) {
+            for (const auto &[name, on] : candidate.switches) {
+                g_object_set(element.get(), name.c_str(), static_cast<gboolean>(on), nullptr);
+            }
+            return element;
+        }
+    }
+    return {};
+}
+
+} // namespace nimbara

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <glib-object.h>
+
+#include <cstdint>
+#include <span>
+
+namespace nimbara {
+
+/// One way to encode: the element's factory, the raw video format it is fed (nothing for sound) and
+/// its settings. `configure` gets the video bit rate in bit/s.
+struct EncoderChoice {
+    const char *factory;
+    const char *inputFormat;
+    void (*configure)(GObject *encoder, std::int32_t bitrate);
+};
+
+/// The encoders of a stream or a recording, best first: the platform's hardware encoder where there
+/// is one, then the portable one. Never empty.
+std::span<const EncoderChoice> videoEncoders(bool isStream);
+std::span<const EncoderChoice> audioEncoders(bool isStream);
+
+/// The first of `choices` that this GStreamer has; the last one when it has none of them, so that
+/// the error names the portable encoder.
+const EncoderChoice &firstAvailable(std::span<const EncoderChoice> choices);
+
+} // namespace nimbara

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "media/audio_block.h"
+#include "output/step_fade.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace nimbara {
+
+/// Appends the blocks of one capture to its FIFO. Where blocks are missing between two (the capture
+/// lets its oldest go when nobody reads for a while) the seam is faded, so that it does not click
+/// later, when the FIFO is read. Interface thread only.
+class InputWriter {
+public:
+    void append(AudioFifo &fifo, const AudioBlock &block);
+
+private:
+    std::uint64_t m_nextPts = 0; ///< ns; 0: unknown
+    StereoValue m_last {};
+    StepFade m_fade;
+    std::vector<float> m_values;
+};
+
+} // namespace nimbara

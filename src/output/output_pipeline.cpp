@@ -1,0 +1,246 @@
+#include "output/output_pipeline.h"
+
+#include "app/error.h"
+#include "output/encoders.h"
+
+#include <gst/app/gstappsrc.h>
+
+#include <initializer_list>
+
+namespace nimbara {
+
+namespace {
+
+constexpr std::int32_t maxSide = 4096;
+constexpr std::int32_t minBitrate = 500'000;
+constexpr std::int32_t maxBitrate = 20'000'000;
+constexpr guint64 inputMaxTime = 500'000'000; // ns
+constexpr guint64 videoQueueMaxTime = 1'000'000'000; // ns
+
+void checkProfile(const OutputProfile &profile)
+{
+    const auto valid = [](std::int32_t side) { return side >= 1 && side <= maxSide; };
+    if (!valid(profile.width) || !valid(profile.height) || profile.bitrate < minBitrate
+        || profile.bitrate > maxBitrate) {
+        throw Error(QStringLiteral("Perfil de salida invalido"));
+    }
+}
+
+void setCaps(GstElement *element, GstCaps *adopted)
+{
+    const auto caps = CapsRef::adopt(adopted);
+    g_object_set(element, "caps", caps.get(), nullptr);
+}
+
+/// Builds the pipeline element by element. Everything that is made belongs to the pipeline, so an
+/// error on the way releases it.
+class Builder {
+public:
+    explicit Builder(const OutputProfile &profile)
+        : m_profile(profile)
+    {
+    }
+
+    OutputPipeline build()
+    {
+        makeVideo();
+        makeAudio();
+        m_muxer = make(m_profile.isStream ? "flvmux" : "webmmux");
+        m_sink = make(m_profile.isStream ? "rtmp2sink" : "filesink");
+        if (m_profile.isStream) {
+            configureStream();
+        } else {
+            configureRecording();
+        }
+        linkAll();
+        return { ElementRef::retain(m_videoSrc),
+            ElementRef::retain(m_audioSrc),
+            std::move(m_pipeline) };
+    }
+
+private:
+    GstElement *make(const char *factory) const
+    {
+        GstElement *element = gst_element_factory_make(factory, nullptr);
+        if (element == nullptr) {
+            throw Error(QStringLiteral("Componente no disponible: ") + QLatin1String(factory));
+        }
+        gst_bin_add(m_pipeline.bin(), element);
+        return element;
+    }
+
+    GstElement *makeFilter(GstCaps *adopted) const
+    {
+        GstElement *filter = make("capsfilter");
+        setCaps(filter, adopted);
+        return filter;
+    }
+
+    /// When the input is full the oldest data goes: pushing never waits.
+    GstElement *makeInput(GstCaps *adopted, guint64 maxBuffers) const
+    {
+        GstElement *source = make("appsrc");
+        setCaps(source, adopted);
+        g_object_set(source,
+            "is-live",
+            TRUE,
+            "format",
+            GST_FORMAT_TIME,
+            "block",
+            FALSE,
+            "max-buffers",
+            maxBuffers,
+            "max-bytes",
+            guint64 { 0 },
+            "max-time",
+            inputMaxTime,
+            "leaky-type",
+            GST_APP_LEAKY_TYPE_DOWNSTREAM,
+            nullptr);
+        return source;
+    }
+
+    void makeVideo()
+    {
+        m_videoSrc = makeInput(gst_caps_new_simple("video/x-raw",
+                                   "format",
+                                   G_TYPE_STRING,
+                                   "RGBA",
+                                   "width",
+                                   G_TYPE_INT,
+                                   m_profile.width,
+                                   "height",
+                                   G_TYPE_INT,
+                                   m_profile.height,
+                                   "framerate",
+                                   GST_TYPE_FRACTION,
+                                   30,
+                                   1,
+                                   nullptr),
+            3);
+        m_videoConvert = make("videoconvert");
+        const EncoderChoice &choice = firstAvailable(videoEncoders(m_profile.isStream));
+        m_videoFilter = makeFilter(gst_caps_new_simple("video/x-raw",
+            "format",
+            G_TYPE_STRING,
+            choice.inputFormat,
+            nullptr));
+        m_videoEncoder = make(choice.factory);
+        choice.configure(G_OBJECT(m_videoEncoder), m_profile.bitrate);
+        m_videoQueue = make("queue");
+        g_object_set(m_videoQueue, "max-size-time", videoQueueMaxTime, nullptr);
+    }
+
+    void makeAudio()
+    {
+        m_audioSrc = makeInput(gst_caps_new_simple("audio/x-raw",
+                                   "format",
+                                   G_TYPE_STRING,
+                                   "F32LE",
+                                   "rate",
+                                   G_TYPE_INT,
+                                   48000,
+                                   "channels",
+                                   G_TYPE_INT,
+                                   2,
+                                   "layout",
+                                   G_TYPE_STRING,
+                                   "interleaved",
+                                   nullptr),
+            32);
+        m_audioConvert = make("audioconvert");
+        m_audioResample = make("audioresample");
+        const EncoderChoice &choice = firstAvailable(audioEncoders(m_profile.isStream));
+        m_audioEncoder = make(choice.factory);
+        choice.configure(G_OBJECT(m_audioEncoder), m_profile.bitrate);
+        m_audioQueue = make("queue");
+    }
+
+    void configureStream() const
+    {
+        if (!m_profile.location.startsWith(QLatin1String("rtmps://"))
+            && !m_profile.location.startsWith(QLatin1String("rtmp://"))) {
+            throw Error(QStringLiteral("Destino debe usar RTMP o RTMPS"));
+        }
+        g_object_set(m_muxer, "streamable", TRUE, nullptr);
+        g_object_set(m_sink,
+            "location",
+            m_profile.location.toUtf8().constData(),
+            "sync",
+            FALSE,
+            "async-connect",
+            FALSE,
+            nullptr);
+    }
+
+    void configureRecording() const
+    {
+        if (m_profile.location.isEmpty()) {
+            throw Error(QStringLiteral("Selecciona archivo de grabacion"));
+        }
+        g_object_set(m_sink,
+            "location",
+            m_profile.location.toUtf8().constData(),
+            "sync",
+            FALSE,
+            nullptr);
+    }
+
+    void linkAll()
+    {
+        link({ m_videoSrc, m_videoConvert, m_videoFilter, m_videoEncoder });
+        link({ m_audioSrc, m_audioConvert, m_audioResample, m_audioEncoder });
+        if (m_profile.isStream) {
+            GstElement *parse = make("h264parse");
+            GstElement *filter = makeFilter(gst_caps_new_simple("video/x-h264",
+                "stream-format",
+                G_TYPE_STRING,
+                "avc",
+                "alignment",
+                G_TYPE_STRING,
+                "au",
+                nullptr));
+            link({ m_videoEncoder, parse, filter, m_videoQueue });
+            link({ m_audioEncoder, make("aacparse"), m_audioQueue });
+        } else {
+            link({ m_videoEncoder, m_videoQueue });
+            link({ m_audioEncoder, m_audioQueue });
+        }
+        link({ m_videoQueue, m_muxer });
+        link({ m_audioQueue, m_muxer, m_sink });
+    }
+
+    static void link(std::initializer_list<GstElement *> chain)
+    {
+        for (const auto *next = chain.begin() + 1; next != chain.end(); ++next) {
+            if (!gst_element_link(*(next - 1), *next)) {
+                throw Error(QStringLiteral("No se pudieron enlazar codecs/salida"));
+            }
+        }
+    }
+
+    const OutputProfile &m_profile;
+    Pipeline m_pipeline { "nimbara-output" };
+    GstElement *m_videoSrc = nullptr; // all borrowed from the pipeline
+    GstElement *m_videoConvert = nullptr;
+    GstElement *m_videoFilter = nullptr;
+    GstElement *m_videoEncoder = nullptr;
+    GstElement *m_videoQueue = nullptr;
+    GstElement *m_audioSrc = nullptr;
+    GstElement *m_audioConvert = nullptr;
+    GstElement *m_audioResample = nullptr;
+    GstElement *m_audioEncoder = nullptr;
+    GstElement *m_audioQueue = nullptr;
+    GstElement *m_muxer = nullptr;
+    GstElement *m_sink = nullptr;
+};
+
+} // namespace
+
+OutputPipeline buildOutputPipeline(const OutputProfile &profile)
+{
+    checkProfile(profile);
+    return Builder(profile).build();
+}
+
+} // namespace nimbara

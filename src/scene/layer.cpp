@@ -75,6 +75,28 @@ bool isText(LayerKind kind)
     return kind == LayerKind::Text || kind == LayerKind::Verse || kind == LayerKind::Subtitle;
 }
 
+HorizontalAlign horizontalAlign(std::int32_t bits)
+{
+    if ((bits & align::right) != 0) {
+        return HorizontalAlign::Right;
+    }
+    const bool centred = (bits & align::horizontalCentre) != 0;
+    return centred ? HorizontalAlign::Centre : HorizontalAlign::Left;
+}
+
+std::int32_t withHorizontalAlign(std::int32_t bits, HorizontalAlign choice)
+{
+    const std::int32_t others = bits & ~align::horizontalMask;
+    switch (choice) {
+    case HorizontalAlign::Centre:
+        return others | align::horizontalCentre;
+    case HorizontalAlign::Right:
+        return others | align::right;
+    default:
+        return others | align::left;
+    }
+}
+
 Layer newLayer(LayerKind kind)
 {
     Layer layer;

@@ -45,7 +45,16 @@ constexpr std::int32_t top = 32;
 constexpr std::int32_t bottom = 64;
 constexpr std::int32_t verticalCentre = 128;
 constexpr std::int32_t horizontalMask = left | right | horizontalCentre | justify;
+constexpr std::int32_t verticalMask = top | bottom | verticalCentre;
 } // namespace align
+
+/// The operator's choice of alignment, numbered as the list shows it.
+enum class HorizontalAlign : std::int32_t { Left = 0, Centre = 1, Right = 2 };
+
+/// How alignment bits place the text across; justified text and no bit at all are left.
+HorizontalAlign horizontalAlign(std::int32_t bits);
+/// The bits with another horizontal alignment; the vertical bits stay as they are.
+std::int32_t withHorizontalAlign(std::int32_t bits, HorizontalAlign choice);
 
 /// One picture source or text in a box of the output frame. A plain value: a copy shares the
 /// decoded image and the media source with the layer it came from.

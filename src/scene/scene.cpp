@@ -1,5 +1,6 @@
 #include "scene/scene.h"
 
+#include "app/error.h"
 #include "app/i18n.h"
 
 #include <algorithm>
@@ -42,6 +43,13 @@ Scene defaultScene(bool isHall)
     return { tr("Escena 1"), { camera } };
 }
 
+bool hasSubtitle(const Scene &scene)
+{
+    return std::any_of(scene.layers.begin(), scene.layers.end(), [](const Layer &layer) {
+        return layer.kind == LayerKind::Subtitle;
+    });
+}
+
 std::vector<Scene> &SceneSets::scenes(SceneSet which)
 {
     return set(which).scenes;
@@ -77,6 +85,9 @@ Scene &SceneSets::currentScene()
 std::int32_t SceneSets::addLayer(Layer layer)
 {
     Scene &scene = currentScene();
+    if (layer.kind == LayerKind::Subtitle && hasSubtitle(scene)) {
+        throw Error(QStringLiteral("Esta escena ya tiene una fuente de subtítulos."));
+    }
     const auto place = static_cast<std::int32_t>(scene.layers.size());
     if (layer.name.isEmpty()) {
         layer.name = displayName(layer.kind) + QLatin1Char(' ') + QString::number(place + 1);

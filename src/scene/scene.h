@@ -27,6 +27,9 @@ enum class SceneSet : std::int32_t {
 /// The scene that an empty set gets: a camera (streams), or background and subtitles (hall).
 Scene defaultScene(bool isHall);
 
+/// Whether the scene has a subtitle layer, visible or not. Operations add one at most.
+bool hasSubtitle(const Scene &scene);
+
 /// Both sets, the current scene of each and the set that PREVIEW edits. A set never stays empty
 /// once its current scene was asked for.
 class SceneSets {
@@ -48,7 +51,8 @@ public:
     [[nodiscard]] Scene &currentScene();
 
     /// Names an unnamed layer after its kind and its place ("Texto 3"), and appends it to the
-    /// current scene, in front of all others. Returns its index.
+    /// current scene, in front of all others. Returns its index. Throws `Error` "Esta escena ya
+    /// tiene una fuente de subtítulos." for a second subtitle layer, changing nothing.
     std::int32_t addLayer(Layer layer);
 
 private:

@@ -1,0 +1,185 @@
+#include "app/error.h"
+#include "media/media_factory.h"
+#include "scene/project_file.h"
+#include "scene/project_resources.h"
+#include "support/test_registry.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+using namespace nimbara;
+
+namespace {
+
+/// While it lives, no file of this process grows beyond `bytes`: a full disk.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes)
+        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit full { bytes, m_before.rlim_max };
+        setrlimit(RLIMIT_FSIZE, &full);
+    }
+    FullDisk(const FullDisk &) = delete;
+    FullDisk &operator=(const FullDisk &) = delete;
+    FullDisk(FullDisk &&) = delete;
+    FullDisk &operator=(FullDisk &&) = delete;
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        static_cast<void>(std::signal(SIGXFSZ, m_handler));
+    }
+
+private:
+    rlimit m_before {};
+    void (*m_handler)(int);
+};
+
+template <typename Operation> QString refusal(Operation operation)
+{
+    try {
+        operation();
+        return {};
+    } catch (const Error &error) {
+        return error.text();
+    }
+}
+
+} // namespace
+
+class ProjectFileTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsUpToFourMebibytes();
+    void readsRegularFilesOnly_data();
+    void readsRegularFilesOnly();
+    void savesInOneStep();
+    void failedSaveLeavesTheOldFile();
+    void refusesToSaveWhatCannotBeOpened();
+    void attachesWhatTheLayersShow();
+
+private:
+    [[nodiscard]] QString path(const char *name) const
+    {
+        return m_folder.filePath(QString::fromLatin1(name));
+    }
+    [[nodiscard]] QByteArray contents(const char *name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    QTemporaryDir m_folder;
+};
+
+void ProjectFileTest::readsUpToFourMebibytes()
+{
+    const QByteArray largest(maxProjectBytes, ' ');
+    QFile file(path("largest.nimbara"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(largest), maxProjectBytes);
+    QVERIFY(file.flush());
+    QCOMPARE(readProjectFile(file.fileName()).size(), maxProjectBytes);
+    QCOMPARE(file.write(" "), 1);
+    QVERIFY(file.flush());
+    QCOMPARE(refusal([&] { readProjectFile(file.fileName()); }),
+        QStringLiteral("Proyecto inválido"));
+}
+
+void ProjectFileTest::readsRegularFilesOnly_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::newRow("missing") << path("ninguno.nimbara");
+    QTest::newRow("folder") << m_folder.path();
+    QTest::newRow("endless device") << QStringLiteral("/dev/zero");
+    QTest::newRow("pipe without a writer") << path("tubo");
+    QTest::newRow("link to a device") << path("enlace");
+}
+
+void ProjectFileTest::readsRegularFilesOnly()
+{
+    QFETCH(QString, file);
+    ::mkfifo(QFile::encodeName(path("tubo")).constData(), 0600);
+    QFile::link(QStringLiteral("/dev/zero"), path("enlace"));
+    QCOMPARE(refusal([&] { readProjectFile(file); }), QStringLiteral("Proyecto inválido"));
+}
+
+void ProjectFileTest::savesInOneStep()
+{
+    writeProjectFile(path("culto.nimbara"), "uno");
+    writeProjectFile(path("culto.nimbara"), "segundo");
+    QCOMPARE(readProjectFile(path("culto.nimbara")), QByteArrayLiteral("segundo"));
+    QCOMPARE(QDir(m_folder.path()).entryList({ QStringLiteral("culto*") }).size(), 1);
+}
+
+void ProjectFileTest::failedSaveLeavesTheOldFile()
+{
+    const auto message = QStringLiteral("No se pudo guardar proyecto");
+    writeProjectFile(path("lleno.nimbara"), "el de antes");
+    QString full;
+    {
+        const FullDisk disk(1000);
+        full = refusal([&] { writeProjectFile(path("lleno.nimbara"), QByteArray(50'000, 'x')); });
+    }
+    QCOMPARE(full, message);
+    QCOMPARE(contents("lleno.nimbara"), QByteArrayLiteral("el de antes"));
+    QCOMPARE(refusal([&] { writeProjectFile(path("no/hay.nimbara"), "x"); }), message);
+    QCOMPARE(refusal([&] { writeProjectFile(m_folder.path(), "x"); }), message);
+}
+
+void ProjectFileTest::refusesToSaveWhatCannotBeOpened()
+{
+    writeProjectFile(path("grande.nimbara"), "el de antes");
+    const QByteArray large(maxProjectBytes + 1, ' ');
+    QCOMPARE(refusal([&] { writeProjectFile(path("grande.nimbara"), large); }),
+        QStringLiteral("No se pudo guardar proyecto"));
+    QCOMPARE(contents("grande.nimbara"), QByteArrayLiteral("el de antes"));
+}
+
+void ProjectFileTest::attachesWhatTheLayersShow()
+{
+    Project project = fromJson(R"({"version":3,"gain":1,
+        "scenes":[{"layers":[{"kind":"image","name":"Logo","path":"/logo.png"},
+            {"kind":"image","name":"Rota","path":"/rota.png"},
+            {"kind":"video","name":"FTP","uri":"ftp://x/y.mp4"},
+            {"kind":"video","name":"Vacío"},{"kind":"text","path":"/logo.png"}]}],
+        "hall":[{"layers":[{"kind":"screen","name":"Captura"},{"kind":"image","path":"/logo.png"},
+            {"kind":"video","uri":"file:///v.mp4"}]}]})");
+    const auto source = std::make_shared<int>();
+    QStringList decoded;
+    const LayerFactories factories {
+        [&](const QString &path) {
+            decoded << path;
+            if (path == QStringLiteral("/rota.png")) {
+                throw Error(QStringLiteral("Imagen inválida o demasiado grande"));
+            }
+            return std::make_shared<const Frame>(2, 2);
+        },
+        [&](const QString &location) {
+            checkMediaLocation(location);
+            return MediaPtr(source, nullptr);
+        },
+        []() -> MediaPtr { throw std::runtime_error("sin pantalla"); },
+    };
+    const QStringList warnings = attachResources(project, factories);
+    QCOMPARE(warnings,
+        (QStringList { QStringLiteral("Rota: Imagen inválida o demasiado grande"),
+            QStringLiteral("FTP: URL multimedia no compatible"),
+            QStringLiteral("Captura: sin pantalla") }));
+    QCOMPARE(decoded, (QStringList { QStringLiteral("/logo.png"), QStringLiteral("/rota.png") }));
+    const auto &streams = project.streams[0].layers;
+    const auto &hall = project.hall[0].layers;
+    QVERIFY(streams[0].image && !streams[1].image && !streams[4].image);
+    QCOMPARE(hall[1].image, streams[0].image);
+    QCOMPARE(source.use_count(), 2L); // this one and the hall's video
+}
+
+NIMBARA_TEST(ProjectFileTest)
+#include "project_file_test.moc"

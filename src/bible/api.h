@@ -1,0 +1,63 @@
+#pragma once
+
+#include "app/endpoints.h"
+#include "bible/reference.h"
+
+#include <QJsonObject>
+#include <QList>
+#include <QNetworkAccessManager>
+#include <QString>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+
+namespace bible {
+
+/// A Bible that the service offers.
+struct ListedBible {
+    QString id; ///< the service's identifier
+    QString text; ///< for the operator: "Reina Valera 1960 (RVR60)"
+
+    bool operator==(const ListedBible &) const = default;
+};
+
+/// The entry that a new list starts at: the first that mentions "1960", else the first; -1 in an
+/// empty list.
+std::int32_t preferredBible(const QList<ListedBible> &bibles);
+
+/// The service's passage syntax: "JHN.3", "JHN.3.16", "JHN.3.16-JHN.3.18". Empty when the book is
+/// not in the table.
+QString passageId(const Ref &ref);
+
+/// Client of the API.Bible web service, for Bibles whose text may not be shipped.
+///
+/// Interface thread only. Every callback comes from the event loop, except that of a refused
+/// reference, which comes at once; none comes after the client is gone. An empty error means
+/// success; errors are translated for the operator and never hold the key. Nothing is retried, and
+/// a newer request does not cancel an older one.
+class Api {
+public:
+    using BiblesCallback = std::function<void(const QList<ListedBible> &, const QString &error)>;
+    using TextCallback = std::function<void(const QString &text, const QString &error)>;
+
+    explicit Api(nimbara::Endpoint endpoint = nimbara::apiBibleEndpoint(),
+        std::chrono::milliseconds timeout = std::chrono::seconds(15));
+
+    /// Lists the Bibles of a language, "spa", that the key may read, in the service's order.
+    void bibles(const QString &key, const QString &language, BiblesCallback done);
+
+    /// Fetches a passage as one line of plain text; a range has its verse numbers.
+    void passage(const QString &key, const QString &bibleId, const Ref &ref, TextCallback done);
+
+private:
+    void apiBibleGet(const QString &path,
+        const QString &key,
+        std::function<void(const QJsonObject &, const QString &error)> done);
+
+    nimbara::Endpoint m_endpoint;
+    std::chrono::milliseconds m_timeout;
+    QNetworkAccessManager m_network;
+};
+
+} // namespace bible

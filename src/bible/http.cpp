@@ -1,0 +1,49 @@
+#include "bible/http.h"
+
+#include "app/endpoint_tls.h"
+
+#include <QNetworkAccessManager>
+
+#include <algorithm>
+#include <utility>
+
+namespace bible::http {
+
+QNetworkRequest
+request(const nimbara::Endpoint &endpoint, const QString &path, std::chrono::milliseconds timeout)
+{
+    QNetworkRequest request(endpoint.url(path));
+    request.setTransferTimeout(static_cast<int>(timeout.count()));
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+        QNetworkRequest::SameOriginRedirectPolicy);
+    request.setSslConfiguration(nimbara::tlsConfiguration(endpoint));
+    return request;
+}
+
+QByteArray headerValue(const QString &key)
+{
+    QByteArray value = key.toUtf8();
+    const auto isControl = [](char c) { return (c >= 0 && c < 0x20) || c == 0x7f; };
+    value.erase(std::remove_if(value.begin(), value.end(), isControl), value.end());
+    return value;
+}
+
+void follow(QNetworkReply *reply, std::function<void(const Reply &)> done)
+{
+    QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received) {
+        if (received > maxBody) {
+            reply->abort();
+        }
+    });
+    const auto finish = [reply, done = std::move(done)] {
+        reply->deleteLater();
+        Reply result;
+        result.ok = reply->error() == QNetworkReply::NoError;
+        result.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        result.body = reply->readAll();
+        done(result);
+    };
+    QObject::connect(reply, &QNetworkReply::finished, reply->manager(), finish);
+}
+
+} // namespace bible::http

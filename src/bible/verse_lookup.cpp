@@ -1,0 +1,134 @@
+#include "bible/verse_lookup.h"
+
+#include "app/error.h"
+#include "app/i18n.h"
+
+#include <QFutureWatcher>
+#include <QPointer>
+
+#include <utility>
+
+namespace bible {
+
+using nimbara_i18n::tr;
+
+VerseLookup::VerseLookup(Api &api, VerseTranslator &translator, QFuture<void> ready)
+    : m_api(api)
+    , m_translator(translator)
+    , m_ready(std::move(ready))
+{
+}
+
+void VerseLookup::lookupVerse(LayerId layer, const QString &typed, const Source &source)
+{
+    const Ref ref = requireReference(typed);
+    if (m_ready.isFinished()) {
+        showBuiltIn(layer, ref, source);
+    } else {
+        showWhenReady(newRequest(layer, ref, source));
+    }
+}
+
+void VerseLookup::showWhenReady(const Request &request)
+{
+    auto *watcher = new QFutureWatcher<void>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, request] {
+        watcher->deleteLater();
+        if (!takeTurn(request)) {
+            return;
+        }
+        try {
+            showBuiltIn(request.layer, request.ref, request.source);
+        } catch (const nimbara::Error &error) {
+            failed(error.text());
+        }
+    });
+    watcher->setFuture(m_ready);
+}
+
+void VerseLookup::showBuiltIn(LayerId layer, const Ref &ref, const Source &source)
+{
+    const QString lang = builtInLanguage(source.choice);
+    const Bible &bible = lang == QLatin1String("en") ? english() : spanish();
+    const VerseUpdate update = builtInVerse(bible, ref, lang);
+    const Request request = newRequest(layer, ref, source);
+    updateLayer(layer, update);
+    if (source.choice == QLatin1String("api")) {
+        askApiBible(request);
+    } else if (const auto target = translationTarget(source.choice)) {
+        askTranslation(request, update.text, *target);
+    } else {
+        forget(layer);
+        statusChanged(readyStatus(label(ref, lang)));
+    }
+}
+
+void VerseLookup::askApiBible(const Request &request)
+{
+    const QString key = apiBibleKey();
+    if (key.isEmpty() || request.source.apiBibleId.isEmpty()) {
+        forget(request.layer);
+        statusChanged(
+            tr("Versículo mostrado con RV1909: configura la clave y la Biblia de API.Bible "
+               "en la pestaña Traducción IA y Biblia."));
+        return;
+    }
+    statusChanged(tr("Consultando API.Bible..."));
+    const auto done = [self = QPointer(this), request](const QString &text, const QString &error) {
+        if (self) {
+            self->finish(request,
+                passageOutcome(request.ref, request.source.apiBibleName, text, error));
+        }
+    };
+    m_api.passage(key, request.source.apiBibleId, request.ref, done);
+}
+
+void VerseLookup::askTranslation(const Request &request,
+    const QString &verse,
+    const QString &target)
+{
+    const QString key = openAiKey();
+    if (key.isEmpty()) {
+        forget(request.layer);
+        statusChanged(tr("Versículo en español; para traducirlo a otro idioma añade la API key de "
+                         "OpenAI."));
+        return;
+    }
+    statusChanged(tr("Traduciendo versículo..."));
+    const auto done = [self = QPointer(this), request](const QString &text, const QString &error) {
+        if (self) {
+            self->finish(request, translationOutcome(request.ref, text, error));
+        }
+    };
+    m_translator.translateVerse(key, verse, target, done);
+}
+
+void VerseLookup::finish(const Request &request, const VerseOutcome &outcome)
+{
+    if (!takeTurn(request)) {
+        return;
+    }
+    if (outcome.update) {
+        updateLayer(request.layer, *outcome.update);
+    }
+    statusChanged(outcome.status);
+}
+
+VerseLookup::Request VerseLookup::newRequest(LayerId layer, const Ref &ref, const Source &source)
+{
+    const std::uint64_t turn = ++m_lastTurn;
+    m_current.insert(layer, turn);
+    return { layer, turn, ref, source };
+}
+
+bool VerseLookup::takeTurn(const Request &request)
+{
+    const auto current = m_current.constFind(request.layer);
+    if (current == m_current.constEnd() || *current != request.turn) {
+        return false;
+    }
+    m_current.erase(current);
+    return holdsVerse(request.layer);
+}
+
+} // namespace bible

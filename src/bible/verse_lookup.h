@@ -1,0 +1,90 @@
+#pragma once
+
+#include "bible/api.h"
+#include "bible/verse_flow.h"
+#include "bible/verse_translator.h"
+
+#include <QFuture>
+#include <QHash>
+#include <QObject>
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+
+namespace bible {
+
+/// Shows a verse in a layer: a built-in text at once and then, where the choice asks for it, the
+/// online text in its place.
+///
+/// The owner names a layer by a number of its own that stays with that layer and is never given to
+/// another, however layers and scenes change meanwhile. A newer lookup for a layer makes what is
+/// still under way for it void, and nothing is said or written for a layer that `holdsVerse`
+/// denies.
+///
+/// Interface thread only; nothing here waits. Client and translator must outlive the lookup.
+class VerseLookup final : public QObject {
+public:
+    using LayerId = std::uint64_t;
+
+    /// What the operator chose, as it is when the lookup is asked for.
+    struct Source {
+        QString choice; ///< `bibleChoice`
+        QString apiBibleId; ///< identifier of the chosen API.Bible Bible; may be empty
+        QString apiBibleName; ///< its entry in the list, "Reina Valera 1960 (RVR60)"; may be empty
+    };
+
+    /// `ready` is finished once the built-in Bibles are loaded.
+    VerseLookup(Api &api, VerseTranslator &translator, QFuture<void> ready = prepare());
+
+    /// Looks `typed` up for the layer. Throws nimbara::Error, with the layer and what is under way
+    /// for it unchanged, when the reference is not recognised, or not in the Bible. While the
+    /// Bibles are still loading, only the first is known at once; the rest follows from the event
+    /// loop.
+    void lookupVerse(LayerId layer, const QString &typed, const Source &source);
+
+    /// Drops what is under way for a layer: it was deleted, or its text was changed by hand.
+    void forget(LayerId layer) { m_current.remove(layer); }
+
+    /// Gets messages for the status line, translated.
+    std::function<void(const QString &text)> statusChanged = [](const QString &) {};
+
+    /// Gets the failure of a lookup that had to wait for the Bibles, in Spanish like a thrown one.
+    std::function<void(const QString &error)> failed = [](const QString &) {};
+
+    /// Whether the layer is still there and still a verse layer. Asked before anything that comes
+    /// later than the call of `lookupVerse`.
+    std::function<bool(LayerId layer)> holdsVerse = [](LayerId) { return true; };
+
+    /// Writes the layer.
+    std::function<void(LayerId layer, const VerseUpdate &update)> updateLayer
+        = [](LayerId, const VerseUpdate &) {};
+
+    /// The operator's keys, empty without one. Asked only when one is needed, and not kept.
+    std::function<QString()> apiBibleKey = [] { return QString(); };
+    std::function<QString()> openAiKey = [] { return QString(); };
+
+private:
+    struct Request {
+        LayerId layer;
+        std::uint64_t turn;
+        Ref ref;
+        Source source;
+    };
+
+    void showWhenReady(const Request &request);
+    void showBuiltIn(LayerId layer, const Ref &ref, const Source &source);
+    void askApiBible(const Request &request);
+    void askTranslation(const Request &request, const QString &verse, const QString &target);
+    void finish(const Request &request, const VerseOutcome &outcome);
+    [[nodiscard]] Request newRequest(LayerId layer, const Ref &ref, const Source &source);
+    [[nodiscard]] bool takeTurn(const Request &request);
+
+    Api &m_api;
+    VerseTranslator &m_translator;
+    QFuture<void> m_ready;
+    std::uint64_t m_lastTurn = 0;
+    QHash<LayerId, std::uint64_t> m_current; ///< the turn whose result a layer waits for
+};
+
+} // namespace bible

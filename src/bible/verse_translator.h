@@ -1,0 +1,34 @@
+#pragma once
+
+#include "app/endpoints.h"
+
+#include <QNetworkAccessManager>
+#include <QString>
+
+#include <chrono>
+#include <functional>
+
+namespace bible {
+
+/// Translates a verse with the OpenAI API. Interface thread only; the callback comes from the event
+/// loop, and not after the translator is gone.
+class VerseTranslator {
+public:
+    /// An empty error means success. The error is translated for the operator; it says the same for
+    /// every failure.
+    using Callback = std::function<void(const QString &text, const QString &error)>;
+
+    explicit VerseTranslator(nimbara::Endpoint endpoint = nimbara::openAiEndpoint(),
+        std::chrono::milliseconds timeout = std::chrono::seconds(20));
+
+    /// `target` is the language's name as the operator wrote it.
+    void
+    translateVerse(const QString &key, const QString &text, const QString &target, Callback done);
+
+private:
+    nimbara::Endpoint m_endpoint;
+    std::chrono::milliseconds m_timeout;
+    QNetworkAccessManager m_network;
+};
+
+} // namespace bible

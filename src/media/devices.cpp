@@ -1,0 +1,140 @@
+#include "media/devices.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+
+namespace nimbara {
+
+namespace {
+
+struct DeviceMonitorStop {
+    void operator()(GstDeviceMonitor *monitor) const
+    {
+        gst_device_monitor_stop(monitor);
+        gst_object_unref(monitor);
+    }
+};
+
+/// A text that the device carries among its properties or as an object property; empty without.
+QString deviceText(GstDevice *device, const GstStructure *properties, const char *key)
+{
+    if (properties != nullptr && gst_structure_has_field_typed(properties, key, G_TYPE_STRING)) {
+        return QString::fromUtf8(gst_structure_get_string(properties, key));
+    }
+    const GParamSpec *spec = g_object_class_find_property(G_OBJECT_GET_CLASS(device), key);
+    if (spec == nullptr || G_PARAM_SPEC_VALUE_TYPE(spec) != G_TYPE_STRING) {
+        return {};
+    }
+    gchar *value = nullptr;
+    g_object_get(device, key, &value, nullptr);
+    return QString::fromUtf8(GCharPtr(value).get());
+}
+
+template <std::size_t Count>
+QString firstText(GstDevice *device,
+    const GstStructure *properties,
+    const std::array<const char *, Count> &keys)
+{
+    for (const char *key : keys) {
+        const QString text = deviceText(device, properties, key);
+        if (!text.isEmpty()) {
+            return QLatin1String(key) + QLatin1Char('=') + text;
+        }
+    }
+    return {};
+}
+
+/// What stays the same while a device is away, as the providers name it: PipeWire's node name, the
+/// unique identifiers of macOS, Windows and capture cards, PulseAudio's source name, the bus
+/// position of a Video4Linux device.
+constexpr std::array persistentKeys { "node.name",
+    "avf.unique_id",
+    "unique-id",
+    "persistent-id",
+    "device.strid",
+    "internal-name",
+    "v4l2.device.bus_info",
+    "device.bus_path" };
+/// What only says where it is at the moment.
+constexpr std::array placeKeys { "object.serial", "object.path", "device.path", "sysfs.path" };
+
+} // namespace
+
+CaptureDevice describeDevice(GstDevice *device)
+{
+    const GCharPtr name(gst_device_get_display_name(device));
+    const GCharPtr deviceClass(gst_device_get_device_class(device));
+    const StructurePtr properties(gst_device_get_properties(device));
+    CaptureDevice described;
+    described.name = QString::fromUtf8(name.get());
+    described.kind = g_str_has_prefix(deviceClass.get(), "Video/Source") != FALSE
+        ? DeviceKind::Video
+        : DeviceKind::Audio;
+    described.identity = QStringList { QString::fromUtf8(deviceClass.get()),
+        described.name,
+        firstText(device, properties.get(), persistentKeys) }
+                             .join(QLatin1Char('\n'));
+    described.place = firstText(device, properties.get(), placeKeys);
+    described.device = DeviceRef::retain(device);
+    return described;
+}
+
+DeviceLists findDevices()
+{
+    const std::unique_ptr<GstDeviceMonitor, DeviceMonitorStop> monitor(gst_device_monitor_new());
+    gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
+    gst_device_monitor_add_filter(monitor.get(), "Audio/Source", nullptr);
+    gst_device_monitor_start(monitor.get());
+    DeviceLists lists;
+    GList *found = gst_device_monitor_get_devices(monitor.get());
+    for (const GList *item = found; item != nullptr; item = item->next) {
+        CaptureDevice device = describeDevice(GST_DEVICE_CAST(item->data));
+        auto &list = device.kind == DeviceKind::Video ? lists.video : lists.audio;
+        list.push_back(std::move(device));
+    }
+    g_list_free_full(found, gst_object_unref);
+    return lists;
+}
+
+const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices, const CaptureDevice &lost)
+{
+    const auto same = [&](const CaptureDevice &device) { return device.identity == lost.identity; };
+    const auto first = std::find_if(devices.begin(), devices.end(), same);
+    if (first == devices.end()) {
+        return nullptr;
+    }
+    if (std::find_if(std::next(first), devices.end(), same) == devices.end()) {
+        return &*first;
+    }
+    const auto there = std::find_if(devices.begin(),
+        devices.end(),
+        [&](const CaptureDevice &device) { return same(device) && device.place == lost.place; });
+    return there == devices.end() ? nullptr : &*there;
+}
+
+void DeviceDiscovery::start()
+{
+    if (running()) {
+        m_again = true;
+        return;
+    }
+    m_search = std::async(std::launch::async, findDevices);
+}
+
+std::optional<DeviceLists> DeviceDiscovery::poll()
+{
+    if (!running() || m_search.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+        return std::nullopt;
+    }
+    DeviceLists lists = m_search.get();
+    if (std::exchange(m_again, false)) {
+        start();
+        return std::nullopt;
+    }
+    return lists;
+}
+
+} // namespace nimbara

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QImage>
+#include <QPoint>
+#include <QRect>
+
+#include <cstdint>
+#include <vector>
+
+namespace nimbara {
+
+/// Where a text has ink: one byte per pixel, 0 to 255, in a rectangle of the canvas. One mask is
+/// blended several times, as shadow and as text.
+class Coverage {
+public:
+    Coverage() = default;
+
+    /// The alpha of `ink`, a premultiplied ARGB32 picture at `place` on the canvas.
+    Coverage(const QImage &ink, QPoint place);
+
+    /// The part of one row that has ink, as columns of the mask; none when `first` = `end`.
+    struct Span {
+        std::int32_t first = 0;
+        std::int32_t end = 0;
+    };
+
+    [[nodiscard]] const QRect &rect() const { return m_rect; }
+    [[nodiscard]] Span ink(std::int32_t row) const { return m_ink[row]; }
+    [[nodiscard]] const std::uint8_t *row(std::int32_t row) const
+    {
+        return m_values.data() + std::ptrdiff_t { row } * m_rect.width();
+    }
+
+private:
+    QRect m_rect;
+    std::vector<std::uint8_t> m_values;
+    std::vector<Span> m_ink;
+};
+
+/// One use of a mask: moved by whole pixels and weakened.
+struct Stamp {
+    const Coverage *coverage = nullptr;
+    QPoint offset;
+    double alpha = 1; ///< 0..1
+};
+
+/// A picture of part of a canvas: premultiplied RGBA bytes, its top-left corner at `place`.
+struct Sprite {
+    QImage image;
+    QPoint place;
+
+    [[nodiscard]] QRect rect() const { return { place, image.size() }; }
+};
+
+/// Paints the stamps one over the other onto the sprite, all in one colour (whose alpha does not
+/// count).
+void blendStamps(Sprite &sprite, QRgb color, const std::vector<Stamp> &stamps);
+
+} // namespace nimbara

@@ -36,9 +36,9 @@ struct Project {
 };
 
 constexpr qint64 maxProjectBytes = 4'194'304;
-/// Scenes and layers of one file together. Far beyond any service; it keeps a crafted file from
-/// claiming the memory of a running one.
-constexpr std::size_t maxProjectItems = 100'000;
+/// Scenes and layers of one file together. More do not fit when each has its members written; the
+/// limit keeps a file of empty ones from claiming the time and memory of a running service.
+constexpr std::size_t maxProjectItems = 50'000;
 /// Boxes read from a file reach at most this many frames away, so that they stay drawable.
 constexpr double maxBoxReach = 100;
 

@@ -1,9 +1,11 @@
 #include "app/gst_log_hook.h"
 
 #include "app/log.h"
+#include "app/secret_texts.h"
 
 #include <QDateTime>
 
+#include <cstdio>
 #include <mutex>
 
 namespace nimbara {
@@ -12,6 +14,31 @@ namespace {
 
 constexpr std::int64_t windowSeconds = 60;
 constexpr std::int32_t linesPerWindow = 5;
+
+QString messageText(GstDebugMessage *message)
+{
+    return QString::fromUtf8(message != nullptr ? gst_debug_message_get(message) : nullptr);
+}
+
+/// GStreamer's own output to standard error, which a desktop session keeps in a log of its own:
+/// unchanged, except that a line with a secret is printed without it.
+void printWithoutSecrets(GstDebugCategory *category,
+    GstDebugLevel level,
+    const gchar *file,
+    const gchar *function,
+    gint line,
+    GObject *object,
+    GstDebugMessage *message,
+    gpointer userData)
+{
+    const QString text = messageText(message);
+    const QString clean = withoutSecrets(text);
+    if (clean == text) {
+        gst_debug_log_default(category, level, file, function, line, object, message, userData);
+        return;
+    }
+    std::fprintf(stderr, "%s:%d:%s: %s\n", file, line, function, clean.toUtf8().constData());
+}
 
 void gstLogHook(GstDebugCategory *category,
     GstDebugLevel level,
@@ -30,7 +57,7 @@ void gstLogHook(GstDebugCategory *category,
         QString::fromUtf8(file),
         line,
         QString::fromUtf8(function),
-        QString::fromUtf8(message != nullptr ? gst_debug_message_get(message) : nullptr) };
+        withoutSecrets(messageText(message)) };
     for (const QString &text : gstLogLines(filter, entry, QDateTime::currentSecsSinceEpoch())) {
         logLine(text);
     }
@@ -75,6 +102,9 @@ gstLogLines(RepeatFilter &filter, const GstLogEntry &entry, std::int64_t nowSeco
 void installGstLogHook()
 {
     gst_debug_set_default_threshold(GST_LEVEL_WARNING);
+    if (gst_debug_remove_log_function(gst_debug_log_default) > 0) {
+        gst_debug_add_log_function(printWithoutSecrets, nullptr, nullptr);
+    }
     gst_debug_add_log_function(gstLogHook, nullptr, nullptr);
 }
 

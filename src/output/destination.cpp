@@ -2,6 +2,7 @@
 
 #include "app/error.h"
 #include "app/log.h"
+#include "app/secret_texts.h"
 
 #include <QRegularExpression>
 #include <QUrl>
@@ -88,6 +89,7 @@ void Destination::start(const QString &server, const QString &key, FrameSize siz
         keyFound(given);
     }
     given = checkedKey(given);
+    hideSecret(given);
     logLine(startLogLine(m_name, url, given));
     m_output = std::make_unique<Output>(size.width,
         size.height,

@@ -27,6 +27,11 @@ BufferRef sharedBuffer(const FramePtr &frame)
         [](gpointer held) { delete static_cast<FramePtr *>(held); }));
 }
 
+std::uint64_t audioDuration(std::span<const float> values)
+{
+    return gst_util_uint64_scale(values.size() / audioChannels, GST_SECOND, audioRate);
+}
+
 BufferRef copiedBuffer(std::span<const float> block)
 {
     auto buffer = BufferRef::adopt(gst_buffer_new_allocate(nullptr, block.size_bytes(), nullptr));
@@ -106,12 +111,11 @@ void Output::pushAudio(std::span<const float> block)
     if (!m_running || m_stopping || block.empty()) {
         return;
     }
-    const std::uint64_t frames = block.size() / audioChannels;
-    const std::uint64_t duration = gst_util_uint64_scale(frames, GST_SECOND, audioRate);
-    if (!push(m_audioSrc, copiedBuffer(block), m_nextAudioPts, duration)) {
+    const AudioTimeline::Piece piece = m_audioTimeline.place(block, m_nextAudioPts);
+    if (!push(m_audioSrc, copiedBuffer(piece.values), piece.pts, audioDuration(piece.values))) {
         fail(QStringLiteral("No se pudo enviar audio a salida"));
     }
-    m_nextAudioPts += duration;
+    m_nextAudioPts += audioDuration(block);
 }
 
 void Output::pollOutput()

@@ -26,6 +26,14 @@ void checkProfile(const OutputProfile &profile)
     }
 }
 
+/// The sink finds application and key behind the host. It would log any other location whole.
+bool namesStream(const QString &location)
+{
+    const qsizetype host = location.indexOf(QLatin1String("://")) + 3;
+    return location.indexOf(QLatin1Char('/'), host) != location.lastIndexOf(QLatin1Char('/'))
+        && !location.endsWith(QLatin1Char('/'));
+}
+
 void setCaps(GstElement *element, GstCaps *adopted)
 {
     const auto caps = CapsRef::adopt(adopted);
@@ -162,6 +170,9 @@ private:
             && !m_profile.location.startsWith(QLatin1String("rtmp://"))) {
             throw Error(QStringLiteral("Destino debe usar RTMP o RTMPS"));
         }
+        if (!namesStream(m_profile.location)) {
+            throw Error(QStringLiteral("No se pudo iniciar salida"));
+        }
         g_object_set(m_muxer, "streamable", TRUE, nullptr);
         g_object_set(m_sink,
             "location",
@@ -183,6 +194,8 @@ private:
             m_profile.location.toUtf8().constData(),
             "sync",
             FALSE,
+            "buffer-mode",
+            2, // unbuffered: what is recorded survives the end of the process
             nullptr);
     }
 

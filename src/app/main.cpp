@@ -1,0 +1,68 @@
+#include "app/error.h"
+#include "app/gst_environment.h"
+#include "app/gst_log_hook.h"
+#include "app/i18n.h"
+#include "app/log.h"
+#include "app/studio_application.h"
+#include "ui/studio_window.h"
+#include "ui/style.h"
+
+#include <QMessageBox>
+#include <QSettings>
+
+
+namespace {
+
+void settleLanguage()
+{
+    const QSettings settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"));
+    nimbara_i18n::language() = nimbara_i18n::startLanguage(
+        settings.value(QStringLiteral("language")).toString(), QLocale::system());
+}
+
+void startGstreamer()
+{
+    nimbara::pointGstreamerAtBundle(QCoreApplication::applicationDirPath());
+    gst_init(nullptr, nullptr);
+    nimbara::installGstLogHook();
+    nimbara::logLine(QStringLiteral("=== Inicio Vesperline 0.4.0 ==="));
+}
+
+void showFailure(const QString &text)
+{
+    QMessageBox::critical(nullptr,
+        nimbara_i18n::tr("No se pudo iniciar Ardenvale Vesperline"),
+        nimbara_i18n::tr(text),
+        QMessageBox::Ok);
+}
+
+/// The window lives inside, so that every pipeline is gone when this returns.
+int runStudio(nimbara::StudioApplication &application)
+{
+    nimbara::StudioWindow window(false);
+    window.show();
+    return application.runLoop();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const auto application = nimbara::StudioApplication::create(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("NimbaraStudio"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("0.4.0"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Halvenmoor"));
+    settleLanguage();
+    application->translateToolkit(nimbara_i18n::language());
+    startGstreamer();
+    application->setStyleSheet(nimbara::applicationStyleSheet());
+
+    int exitCode = 1;
+    try {
+        exitCode = runStudio(*application);
+    } catch (const std::exception &error) {
+        showFailure(nimbara::errorText(error));
+    }
+    gst_deinit();
+    return exitCode;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "compositor/captions.h"
+#include "compositor/program_state.h"
+#include "scene/profile.h"
+#include "scene/scene.h"
+
+#include <QString>
+
+namespace nimbara {
+
+/// What stands on the operator's desk: the scenes being prepared, what is on air, and the controls
+/// that both read. Interface thread only.
+struct Stage {
+    SceneSets scenes;
+    ProgramState program;
+    StreamProfile profile = StreamProfile::Landscape;
+    QString title; ///< the lower-third field as it stands now
+    bool band = false; ///< the band switch as it stands now
+    Captions captions;
+
+    [[nodiscard]] FrameSize streamFrame() const { return streamSize(profile); }
+    /// The size of the set that PREVIEW edits.
+    [[nodiscard]] FrameSize previewFrame() const
+    {
+        return scenes.editingHall() ? hallSize : streamFrame();
+    }
+};
+
+} // namespace nimbara

@@ -1,0 +1,81 @@
+#include "studio/studio.h"
+
+#include "app/i18n.h"
+#include "compositor/load_image.h"
+
+namespace nimbara {
+
+Studio::Studio(const Clock &clock)
+    : m_clock(clock)
+    , m_retirement(std::make_shared<Retirement>())
+    , m_factory(clock, m_retirement)
+    , m_sources(clock, m_factory, [this](const QString &text) { status(text); })
+    , m_audio(m_retirement, [this](const QString &text) { status(text); })
+    , m_programAudio(clock)
+    , m_program(clock,
+          m_factory,
+          m_sources,
+          m_stage,
+          m_pictures,
+          [this](const QString &text) { status(text); })
+    , m_layers(m_factory, m_stage, [this](const QString &text) { status(text); })
+    , m_outputs(m_retirement)
+    , m_schedule(clock.monotonicUs())
+{
+    for (const SceneSet set : { SceneSet::Hall, SceneSet::Streams }) {
+        m_stage.scenes.setEditing(set);
+        static_cast<void>(m_stage.scenes.currentScene()); // gives an empty set its default scene
+    }
+    m_sources.setCamera(m_factory.testBars(m_stage.streamFrame()), -1);
+}
+
+Studio::~Studio() = default;
+
+void Studio::tick()
+{
+    readInputs();
+    const std::int64_t now = m_clock.monotonicUs();
+    const std::optional<std::int64_t> frameTime = m_schedule.due(now);
+    if (!frameTime) {
+        return;
+    }
+    m_sources.logFirstFrame();
+    const Pictures pictures = composePictures(now);
+    onPictures(pictures);
+    feedOutputs(pictures.streams, *frameTime);
+}
+
+void Studio::readInputs()
+{
+    m_sources.poll(m_stage);
+    m_sources.reopenCamera(m_stage.streamFrame());
+    m_audio.pull();
+    m_retirement->reap();
+}
+
+Pictures Studio::composePictures(std::int64_t now)
+{
+    const FramePtr camera = m_sources.cameraFrame();
+    Pictures pictures { m_pictures.preview(m_stage, camera),
+        m_pictures.streams(m_stage, camera),
+        m_pictures.hall(m_stage, camera) };
+    m_diagnostics.observe(m_stage, m_sources, pictures.preview);
+    pictures.streams = m_stage.program.fade(pictures.streams, now);
+    return pictures;
+}
+
+void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
+{
+    const ProgramBlock block = m_programAudio.next(m_stage, m_audio);
+    if (!m_outputs.any()) {
+        return;
+    }
+    const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
+    const Outputs::Stopped stopped = m_outputs.push(toFrame(streams), block, timeNs);
+    if (stopped.recording) {
+        status(nimbara_i18n::tr(*stopped.recording));
+    }
+    onOutputsStepped();
+}
+
+} // namespace nimbara

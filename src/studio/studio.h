@@ -1,0 +1,76 @@
+#pragma once
+
+#include "compositor/frame_schedule.h"
+#include "media/media_factory.h"
+#include "output/outputs.h"
+#include "studio/audio_input.h"
+#include "studio/diagnostics.h"
+#include "studio/layer_maker.h"
+#include "studio/program_audio_desk.h"
+#include "studio/program_control.h"
+#include "studio/program_pictures.h"
+#include "studio/report.h"
+#include "studio/sources.h"
+#include "studio/stage.h"
+
+#include <functional>
+#include <memory>
+
+namespace nimbara {
+
+/// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick
+/// that drives them. Interface thread only; nothing in it waits.
+class Studio {
+public:
+    /// Starts on test bars, with the default scenes and both programs black. `clock` must outlive
+    /// the studio.
+    explicit Studio(const Clock &clock);
+    Studio(const Studio &) = delete;
+    Studio &operator=(const Studio &) = delete;
+    Studio(Studio &&) = delete;
+    Studio &operator=(Studio &&) = delete;
+    ~Studio();
+
+    /// One run of the frame clock; call about every 5 ms. Makes a frame when one is due.
+    void tick();
+
+    [[nodiscard]] Stage &stage() { return m_stage; }
+    [[nodiscard]] Sources &sources() { return m_sources; }
+    [[nodiscard]] AudioInput &audio() { return m_audio; }
+    [[nodiscard]] ProgramAudioDesk &programAudio() { return m_programAudio; }
+    [[nodiscard]] ProgramControl &program() { return m_program; }
+    [[nodiscard]] LayerMaker &layers() { return m_layers; }
+    [[nodiscard]] Outputs &outputs() { return m_outputs; }
+    [[nodiscard]] const MediaFactory &mediaFactory() const { return m_factory; }
+    /// Frame slots that a stall skipped since the start.
+    [[nodiscard]] std::uint64_t missedSlots() const { return m_schedule.skipped(); }
+
+    /// One line for the operator, already translated. Never empty.
+    Report status = [](const QString &) {};
+    /// The pictures of each frame, after the fade. Never empty.
+    std::function<void(const Pictures &)> onPictures = [](const Pictures &) {};
+    /// After each frame that an output took: buttons, labels and guards may have changed. Never
+    /// empty.
+    std::function<void()> onOutputsStepped = [] {};
+
+private:
+    void readInputs();
+    [[nodiscard]] Pictures composePictures(std::int64_t now);
+    void feedOutputs(const QImage &streams, std::int64_t frameTime);
+
+    const Clock &m_clock;
+    std::shared_ptr<Retirement> m_retirement;
+    MediaFactory m_factory;
+    Stage m_stage;
+    ProgramPictures m_pictures;
+    Sources m_sources;
+    AudioInput m_audio;
+    ProgramAudioDesk m_programAudio;
+    ProgramControl m_program;
+    LayerMaker m_layers;
+    Outputs m_outputs;
+    Diagnostics m_diagnostics;
+    FrameSchedule m_schedule;
+};
+
+} // namespace nimbara

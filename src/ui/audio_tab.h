@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSlider>
+#include <QWidget>
+
+namespace nimbara {
+
+/// "Audio": gain, mute, meters and the levels of the program mix.
+class AudioTab : public QWidget {
+    Q_OBJECT
+public:
+    explicit AudioTab(QWidget *parent = nullptr);
+
+    /// Meter positions before and after gain.
+    void showLevels(int before, int after);
+    void showMuted(bool muted);
+    [[nodiscard]] int gain() const { return m_gain->value(); }
+    void setGain(int percent) { m_gain->setValue(percent); }
+
+Q_SIGNALS:
+    void gainChanged(int percent);
+    void mutePressed();
+    void sourceLevelChanged(int percent);
+    void voiceLevelChanged(int percent);
+
+private:
+    void layOut();
+
+    QSlider *m_gain;
+    QPushButton *m_mute;
+    QProgressBar *m_before;
+    QProgressBar *m_after;
+    QSlider *m_sourceLevel;
+    QSlider *m_voiceLevel;
+};
+
+/// Sets a level bar, 0..100, and its colour: green, amber above 69, red above 89. The bar is
+/// restyled only when its colour changes.
+void meter(QProgressBar *bar, int value);
+
+} // namespace nimbara

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QWidget>
+
+namespace nimbara {
+
+/// The row that sends PREVIEW to the programs: scene list, lower third, band, fade, TAKE, OFF AIR.
+class ControlRow : public QWidget {
+    Q_OBJECT
+public:
+    explicit ControlRow(QWidget *parent = nullptr);
+
+    /// Fills the scene list without its change signal.
+    void showScenes(const QStringList &names, int current);
+    /// The TAKE button names where it sends to.
+    void showEditSet(bool hall);
+    /// Sets the lower third and the band, as an opened project does.
+    void showTitle(const QString &title, bool band);
+
+    [[nodiscard]] QString title() const { return m_title->text(); }
+    [[nodiscard]] bool band() const { return m_band->isChecked(); }
+
+Q_SIGNALS:
+    void sceneChosen(int index);
+    void titleChanged(const QString &title);
+    void bandChanged(bool on);
+    void fadeChanged(bool on);
+    void takePressed();
+    void offAirPressed();
+
+private:
+    QComboBox *m_scenes;
+    QLineEdit *m_title;
+    QCheckBox *m_band;
+    QCheckBox *m_fade;
+    QPushButton *m_take;
+    QPushButton *m_offAir;
+};
+
+} // namespace nimbara

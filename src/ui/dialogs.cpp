@@ -1,0 +1,76 @@
+#include "ui/dialogs.h"
+
+#include <QColorDialog>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QRegularExpression>
+
+namespace nimbara {
+
+namespace {
+
+/// ".webm" of "WebM (*.webm)"; empty when the filter names several endings.
+QString onlySuffix(const QString &filter)
+{
+    static const QRegularExpression pattern(QStringLiteral("\\*(\\.[A-Za-z0-9]+)"));
+    auto matches = pattern.globalMatch(filter);
+    const QString first = matches.hasNext() ? matches.next().captured(1) : QString();
+    return matches.hasNext() ? QString() : first;
+}
+
+} // namespace
+
+QString QtDialogs::openFile(const QString &title, const QString &startPath, const QString &filter)
+{
+    return QFileDialog::getOpenFileName(m_parent, title, startPath, filter);
+}
+
+QString QtDialogs::saveFile(const QString &title, const QString &startPath, const QString &filter)
+{
+    QFileDialog dialog(m_parent, title, startPath, filter);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    // Set on the dialog, so that its question about an existing file sees the whole name.
+    dialog.setDefaultSuffix(onlySuffix(filter));
+    if (!startPath.isEmpty() && !QFileInfo(startPath).isDir()) {
+        dialog.selectFile(startPath);
+    }
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
+std::optional<QString>
+QtDialogs::text(const QString &title, const QString &label, const QString &proposed)
+{
+    bool accepted = false;
+    const QString answer
+        = QInputDialog::getText(m_parent, title, label, QLineEdit::Normal, proposed, &accepted);
+    return accepted ? std::optional(answer) : std::nullopt;
+}
+
+std::optional<QColor> QtDialogs::color(const QColor &current, bool withAlpha)
+{
+    const auto options
+        = withAlpha ? QColorDialog::ShowAlphaChannel : QColorDialog::ColorDialogOptions();
+    const QColor chosen = QColorDialog::getColor(current, m_parent, QString(), options);
+    return chosen.isValid() ? std::optional(chosen) : std::nullopt;
+}
+
+bool QtDialogs::question(const QString &title, const QString &text)
+{
+    QMessageBox box(QMessageBox::Question,
+        title,
+        text,
+        QMessageBox::Yes | QMessageBox::No,
+        m_parent);
+    box.setDefaultButton(QMessageBox::NoButton);
+    return box.exec() == QMessageBox::Yes;
+}
+
+void QtDialogs::warning(const QString &title, const QString &text)
+{
+    QMessageBox::warning(m_parent, title, text, QMessageBox::Ok);
+}
+
+} // namespace nimbara

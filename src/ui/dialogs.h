@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QColor>
+#include <QString>
+
+#include <optional>
+
+class QWidget;
+
+namespace nimbara {
+
+/// The questions that the window puts to the operator. A seam: tests answer from a script.
+///
+/// All texts are already translated. Interface thread only; an answer may run a nested event loop,
+/// during which the frame timer goes on.
+class Dialogs {
+public:
+    Dialogs() = default;
+    Dialogs(const Dialogs &) = delete;
+    Dialogs &operator=(const Dialogs &) = delete;
+    Dialogs(Dialogs &&) = delete;
+    Dialogs &operator=(Dialogs &&) = delete;
+    virtual ~Dialogs() = default;
+
+    /// An existing file; empty when cancelled.
+    virtual QString openFile(const QString &title, const QString &startPath, const QString &filter)
+        = 0;
+    /// A file to write; empty when cancelled. The dialog asks before an existing one is replaced.
+    virtual QString saveFile(const QString &title, const QString &startPath, const QString &filter)
+        = 0;
+    /// A line of text; none when cancelled.
+    virtual std::optional<QString>
+    text(const QString &title, const QString &label, const QString &proposed) = 0;
+    /// A colour; none when cancelled.
+    virtual std::optional<QColor> color(const QColor &current, bool withAlpha) = 0;
+    /// Yes or No, without a default button; false for anything but Yes.
+    virtual bool question(const QString &title, const QString &text) = 0;
+    /// A warning box with an OK button.
+    virtual void warning(const QString &title, const QString &text) = 0;
+};
+
+/// The toolkit's dialogs, on top of `parent`, which must outlive them.
+class QtDialogs final : public Dialogs {
+public:
+    explicit QtDialogs(QWidget *parent)
+        : m_parent(parent)
+    {
+    }
+    QString
+    openFile(const QString &title, const QString &startPath, const QString &filter) override;
+    QString
+    saveFile(const QString &title, const QString &startPath, const QString &filter) override;
+    std::optional<QString>
+    text(const QString &title, const QString &label, const QString &proposed) override;
+    std::optional<QColor> color(const QColor &current, bool withAlpha) override;
+    bool question(const QString &title, const QString &text) override;
+    void warning(const QString &title, const QString &text) override;
+
+private:
+    QWidget *m_parent;
+};
+
+} // namespace nimbara

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "app/error.h"
+#include "app/i18n.h"
+#include "ui/dialogs.h"
+
+#include <QString>
+
+#include <functional>
+
+namespace nimbara {
+
+/// Runs what a button started. A failure is shown on the status line and in a warning box.
+class ErrorGuard {
+public:
+    ErrorGuard(Dialogs &dialogs, std::function<void(const QString &)> showStatus)
+        : m_dialogs(dialogs)
+        , m_showStatus(std::move(showStatus))
+    {
+    }
+
+    template <typename Operation> void run(Operation &&operation) const
+    {
+        try {
+            operation();
+        } catch (const std::exception &error) {
+            const QString text = nimbara_i18n::tr(errorText(error));
+            m_showStatus(text);
+            m_dialogs.warning(nimbara_i18n::tr("Ardenvale Vesperline"), text);
+        }
+    }
+
+private:
+    Dialogs &m_dialogs;
+    std::function<void(const QString &)> m_showStatus;
+};
+
+} // namespace nimbara

@@ -1,0 +1,38 @@
+#include "ui/project_row.h"
+
+#include "app/i18n.h"
+#include "ui/controls.h"
+
+#include <QHBoxLayout>
+
+namespace nimbara {
+
+ProjectRow::ProjectRow(QWidget *parent)
+    : QWidget(parent)
+    , m_format(named(new QComboBox, "format", nimbara_i18n::tr("Horizontal o vertical")))
+    , m_open(makeButton("Abrir proyecto", "openProject"))
+    , m_save(makeButton("Guardar proyecto", "saveProject"))
+    , m_credits(makeButton("Créditos", "credits"))
+{
+    m_format->addItems({ nimbara_i18n::tr("Horizontal · 1920 × 1080"),
+        nimbara_i18n::tr("Vertical · 1080 × 1920") });
+    setFormatEnabled(true);
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(m_format);
+    row->addWidget(m_open);
+    row->addWidget(m_save);
+    row->addWidget(m_credits);
+    row->addStretch();
+    connect(m_format, &QComboBox::currentIndexChanged, this, &ProjectRow::formatChosen);
+}
+
+void ProjectRow::setFormatEnabled(bool enabled)
+{
+    m_format->setEnabled(enabled);
+    m_format->setToolTip(
+        nimbara_i18n::tr(enabled ? "Horizontal o vertical"
+                                 : "Detén transmisiones y grabación para cambiar el formato"));
+}
+
+} // namespace nimbara

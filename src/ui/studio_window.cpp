@@ -1,0 +1,386 @@
+#include "ui/studio_window.h"
+
+#include "app/i18n.h"
+#include "app/log.h"
+#include "output/destination.h"
+#include "scene/scene_ops.h"
+#include "ui/audio_tab.h"
+#include "ui/control_row.h"
+#include "ui/header_row.h"
+#include "ui/monitors.h"
+#include "ui/outputs_tab.h"
+#include "ui/project_row.h"
+#include "ui/scene_tab.h"
+#include "ui/sources_tab.h"
+#include "ui/translation_tab.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDeadlineTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QProcess>
+#include <QScreen>
+#include <QShortcut>
+#include <QTabWidget>
+#include <QTextEdit>
+#include <QVBoxLayout>
+
+#include <chrono>
+#include <thread>
+
+namespace nimbara {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto frameTimerInterval = 5ms;
+constexpr auto recordingPatience = 5000ms;
+constexpr auto recordingPollSpacing = 10ms;
+
+std::array<OutputsTab::Preset, OutputsTab::slots> destinationRows()
+{
+    std::array<OutputsTab::Preset, OutputsTab::slots> rows;
+    for (std::size_t slot = 0; slot < rows.size(); ++slot) {
+        const DestinationPreset &preset = destinationPresets().at(slot);
+        rows.at(slot) = { QString::fromUtf8(preset.name), QString::fromUtf8(preset.server) };
+    }
+    return rows;
+}
+
+QStringList screenNames()
+{
+    QStringList names;
+    for (const QScreen *screen : QGuiApplication::screens()) {
+        names << screen->name();
+    }
+    return names;
+}
+
+} // namespace
+
+StudioWindow::StudioWindow(bool /*quiet*/, std::unique_ptr<Dialogs> dialogs)
+    : m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
+    , m_studio(m_clock)
+    , m_dialogs(dialogs ? std::move(dialogs) : std::make_unique<QtDialogs>(this))
+    , m_guard(*m_dialogs, [this](const QString &text) { showStatus(text); })
+    , m_header(new HeaderRow)
+    , m_project(new ProjectRow)
+    , m_monitors(new Monitors)
+    , m_controls(new ControlRow)
+    , m_tabs(new QTabWidget)
+    , m_sceneTab(new SceneTab)
+    , m_sourcesTab(new SourcesTab)
+    , m_audioTab(new AudioTab)
+    , m_outputsTab(new OutputsTab(destinationRows()))
+    , m_translationTab(new TranslationTab)
+    , m_status(new QLabel)
+    , m_hallScreen(std::make_unique<Picture>())
+{
+    layOut();
+    connectStudio();
+    connectRows();
+    connectTabs();
+    connectShortcuts();
+    showScene();
+    select(0);
+
+    m_frameTimer.setTimerType(Qt::PreciseTimer);
+    m_frameTimer.setInterval(frameTimerInterval);
+    connect(&m_frameTimer, &QTimer::timeout, this, [this] { m_studio.tick(); });
+    m_frameTimer.start();
+}
+
+StudioWindow::~StudioWindow()
+{
+    m_frameTimer.stop();
+    m_hallScreen->hide();
+    // The studio goes before the widgets that its reports touch.
+    m_studio.status = [](const QString &) {};
+    m_studio.onPictures = [](const Pictures &) {};
+    m_studio.onOutputsStepped = [] {};
+}
+
+void StudioWindow::layOut()
+{
+    setWindowTitle(nimbara_i18n::tr("Vesperline · Ardenvale"));
+    setWindowIcon(QIcon(QStringLiteral(":/logo.png")));
+    resize(1320, 920);
+
+    m_tabs->setObjectName(QStringLiteral("tabs"));
+    m_tabs->setMinimumHeight(250);
+    m_tabs->setMaximumHeight(330);
+    m_tabs->addTab(m_sourcesTab, nimbara_i18n::tr("Fuentes y pantallas"));
+    m_tabs->addTab(m_audioTab, nimbara_i18n::tr("Audio"));
+    m_tabs->addTab(m_outputsTab, nimbara_i18n::tr("Transmitir y grabar"));
+    m_tabs->addTab(m_translationTab, nimbara_i18n::tr("Traducción IA y Biblia"));
+    m_tabs->insertTab(0, m_sceneTab, nimbara_i18n::tr("Escena y fuentes"));
+    m_tabs->setCurrentIndex(0);
+
+    m_status->setObjectName(QStringLiteral("status"));
+    m_status->setWordWrap(true);
+
+    auto *central = new QWidget;
+    auto *rows = new QVBoxLayout(central);
+    rows->setContentsMargins(20, 14, 20, 14);
+    rows->setSpacing(12);
+    rows->addWidget(m_header);
+    rows->addWidget(m_project);
+    rows->addWidget(m_monitors, 3);
+    rows->addWidget(m_controls);
+    rows->addWidget(m_tabs);
+    rows->addWidget(m_status);
+    setCentralWidget(central);
+
+    m_hallScreen->setWindowTitle(nimbara_i18n::tr("Ardenvale Vesperline · Programa"));
+    m_hallScreen->setObjectName(QStringLiteral("hallWindow"));
+    m_hallScreen->onHidden = [this] { m_sourcesTab->setHallShown(false); };
+    m_sourcesTab->showScreens(screenNames());
+}
+
+void StudioWindow::connectStudio()
+{
+    m_studio.status = [this](const QString &text) { showStatus(text); };
+    m_studio.onPictures = [this](const Pictures &pictures) { showPictures(pictures); };
+    m_studio.onOutputsStepped = [this] { showOutputs(); };
+    m_studio.audio().onLevels
+        = [this](int before, int after) { m_audioTab->showLevels(before, after); };
+}
+
+void StudioWindow::connectRows()
+{
+    connect(m_header, &HeaderRow::languageChosen, this, &StudioWindow::setLanguage);
+    connect(m_monitors, &Monitors::editSetChosen, this, &StudioWindow::setEditSet);
+    connect(m_controls, &ControlRow::takePressed, this, [this] { m_studio.program().take(); });
+    connect(m_controls, &ControlRow::offAirPressed, this, [this] { m_studio.program().offAir(); });
+    connect(m_controls, &ControlRow::titleChanged, this, [this](const QString &title) {
+        m_studio.stage().title = title;
+    });
+    connect(m_controls, &ControlRow::bandChanged, this, [this](bool on) {
+        m_studio.stage().band = on;
+    });
+    connect(m_controls, &ControlRow::fadeChanged, this, [this](bool on) {
+        m_studio.stage().program.setFadeEnabled(on);
+    });
+    connect(m_controls, &ControlRow::sceneChosen, this, [this](int index) {
+        SceneSets &scenes = m_studio.stage().scenes;
+        scenes.setCurrentIndex(scenes.editing(), index);
+        select(-1);
+    });
+
+    Canvas *canvas = m_monitors->canvas();
+    canvas->scene = [this] { return &m_studio.stage().scenes.currentScene(); };
+    canvas->onSelectionChanged = [this] {
+        m_sceneTab->showLayers(m_studio.stage().scenes.currentScene(),
+            m_monitors->canvas()->selected());
+    };
+    canvas->onActivated = [this] { m_tabs->setCurrentWidget(m_sceneTab); };
+}
+
+void StudioWindow::connectTabs()
+{
+    connect(m_sceneTab, &SceneTab::layerSelected, this, &StudioWindow::select);
+    connect(m_sceneTab, &SceneTab::layerChecked, this, [this](int index, bool visible) {
+        Scene &scene = m_studio.stage().scenes.currentScene();
+        if (setLayerVisible(scene, index, visible)) {
+            m_monitors->canvas()->onSelectionChanged();
+        }
+    });
+    const auto guarded = [this](void (StudioWindow::*operation)()) {
+        return [this, operation] { m_guard.run([this, operation] { (this->*operation)(); }); };
+    };
+    connect(m_sourcesTab,
+        &SourcesTab::loadImagePressed,
+        this,
+        guarded(&StudioWindow::loadImageFile));
+    connect(m_sourcesTab,
+        &SourcesTab::loadVideoPressed,
+        this,
+        guarded(&StudioWindow::loadVideoFile));
+    connect(m_sourcesTab,
+        &SourcesTab::networkSourcePressed,
+        this,
+        guarded(&StudioWindow::addNetworkSource));
+    connect(m_outputsTab,
+        &OutputsTab::recordPressed,
+        this,
+        guarded(&StudioWindow::toggleRecording));
+
+    connect(m_audioTab, &AudioTab::gainChanged, this, [this](int percent) {
+        m_guard.run([this, percent] { m_studio.audio().setGainPercent(percent); });
+    });
+    connect(m_audioTab, &AudioTab::mutePressed, this, [this] {
+        AudioInput &audio = m_studio.audio();
+        audio.setMuted(!audio.gainState().muted);
+        m_audioTab->showMuted(audio.gainState().muted);
+    });
+    connect(m_audioTab, &AudioTab::sourceLevelChanged, this, [this](int percent) {
+        m_studio.programAudio().levels().source = percent;
+    });
+    connect(m_audioTab, &AudioTab::voiceLevelChanged, this, [this](int percent) {
+        m_studio.programAudio().levels().voice = percent;
+    });
+}
+
+void StudioWindow::connectShortcuts()
+{
+    auto *space = new QShortcut(Qt::Key_Space, this);
+    connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
+}
+
+void StudioWindow::showStatus(const QString &text)
+{
+    m_status->setText(text);
+    logLine(QStringLiteral("UI: ") + text);
+}
+
+void StudioWindow::showPictures(const Pictures &pictures)
+{
+    m_monitors->canvas()->setFrame(pictures.preview);
+    m_monitors->streams()->setFrame(pictures.streams);
+    m_monitors->hall()->setFrame(pictures.hall);
+    m_hallScreen->setFrame(pictures.hall);
+}
+
+void StudioWindow::showOutputs()
+{
+    const Outputs &outputs = m_studio.outputs();
+    m_outputsTab->showRecording(recordingButtonText(outputs.recording().state()));
+    m_project->setFormatEnabled(!outputs.any());
+}
+
+void StudioWindow::showScene()
+{
+    SceneSets &scenes = m_studio.stage().scenes;
+    static_cast<void>(scenes.currentScene());
+    QStringList names;
+    for (const Scene &scene : scenes.editedScenes()) {
+        names << scene.name;
+    }
+    m_controls->showScenes(names, scenes.currentIndex(scenes.editing()));
+}
+
+void StudioWindow::setEditSet(int index)
+{
+    m_studio.program().setEditSet(index);
+    const FrameSize size = m_studio.stage().previewFrame();
+    m_controls->showEditSet(m_studio.stage().scenes.editingHall());
+    showScene();
+    m_monitors->canvas()->setAspect(static_cast<double>(size.width) / size.height);
+}
+
+void StudioWindow::select(std::int32_t layer)
+{
+    m_monitors->canvas()->setSelected(layer);
+}
+
+void StudioWindow::setLanguage(int index)
+{
+    const QString chosen = index == 1 ? QStringLiteral("en") : QStringLiteral("es");
+    if (chosen == nimbara_i18n::language()) {
+        return;
+    }
+    if (m_studio.outputs().any()) {
+        showStatus(nimbara_i18n::tr("Detén las salidas antes de cambiar el idioma."));
+        m_header->showCurrentLanguage();
+        return;
+    }
+    m_settings.setValue(QStringLiteral("language"), chosen);
+    m_settings.sync();
+    const bool restart = m_dialogs->question(nimbara_i18n::tr("Idioma"),
+        nimbara_i18n::tr("El idioma cambiará al volver a abrir la app. ¿Reiniciar ahora?"));
+    if (restart) {
+        QProcess::startDetached(QCoreApplication::applicationFilePath(), {});
+        close();
+    }
+}
+
+void StudioWindow::takeFromKeyboard()
+{
+    const QWidget *focus = QApplication::focusWidget();
+    const bool typing = qobject_cast<const QLineEdit *>(focus) != nullptr
+        || qobject_cast<const QPlainTextEdit *>(focus) != nullptr
+        || qobject_cast<const QTextEdit *>(focus) != nullptr;
+    if (!typing) {
+        m_studio.program().take();
+    }
+}
+
+void StudioWindow::loadImageFile()
+{
+    const QString path = m_dialogs->openFile(nimbara_i18n::tr("Imagen"),
+        QString(),
+        nimbara_i18n::tr("Imágenes (*.png *.jpg *.jpeg *.bmp *.webp)"));
+    if (!path.isEmpty()) {
+        select(m_studio.layers().addImage(path));
+    }
+}
+
+void StudioWindow::loadVideoFile()
+{
+    const QString path = m_dialogs->openFile(nimbara_i18n::tr("Video"),
+        QString(),
+        nimbara_i18n::tr("Videos (*.webm *.mp4 *.mov *.mkv)"));
+    if (!path.isEmpty()) {
+        select(m_studio.layers().addVideoFile(path));
+    }
+}
+
+void StudioWindow::addNetworkSource()
+{
+    const auto location = m_dialogs->text(nimbara_i18n::tr("Fuente de red"),
+        nimbara_i18n::tr("URL HTTP(S) / RTSP / RTMP"),
+        QString());
+    if (location) {
+        select(m_studio.layers().addMedia(*location));
+    }
+}
+
+void StudioWindow::toggleRecording()
+{
+    Recording &recording = m_studio.outputs().recording();
+    if (recording.exists()) {
+        recording.finish();
+        showOutputs();
+        return;
+    }
+    const QString path = m_dialogs->saveFile(nimbara_i18n::tr("Grabar Programa"),
+        QString(),
+        nimbara_i18n::tr("WebM (*.webm)"));
+    if (path.isEmpty() || recording.exists()) {
+        return;
+    }
+    recording.start(path, m_studio.stage().streamFrame());
+    showOutputs();
+    showStatus(nimbara_i18n::tr(Recording::startedText()));
+}
+
+void StudioWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_studio.outputs().any()
+        && !m_dialogs->question(nimbara_i18n::tr("Cerrar"),
+            nimbara_i18n::tr("Hay salidas activas. ¿Detenerlas y cerrar?"))) {
+        event->ignore();
+        return;
+    }
+    m_frameTimer.stop();
+    waitForRecording();
+    m_hallScreen->hide();
+    event->accept();
+}
+
+void StudioWindow::waitForRecording()
+{
+    Recording &recording = m_studio.outputs().recording();
+    recording.finish();
+    const QDeadlineTimer deadline(recordingPatience);
+    while (recording.exists() && !deadline.hasExpired()) {
+        recording.poll();
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        std::this_thread::sleep_for(recordingPollSpacing);
+    }
+}
+
+} // namespace nimbara

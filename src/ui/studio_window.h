@@ -1,0 +1,93 @@
+#pragma once
+
+#include "app/clock.h"
+#include "studio/studio.h"
+#include "ui/dialogs.h"
+#include "ui/error_guard.h"
+
+#include <QMainWindow>
+#include <QSettings>
+#include <QTimer>
+
+#include <memory>
+
+class QLabel;
+class QTabWidget;
+
+namespace nimbara {
+
+class AudioTab;
+class ControlRow;
+class HeaderRow;
+class Monitors;
+class OutputsTab;
+class Picture;
+class ProjectRow;
+class SceneTab;
+class SourcesTab;
+class TranslationTab;
+
+/// The one main window. It owns the studio for the life of the process, hands it what the operator
+/// did and shows what it reports. Interface thread only.
+class StudioWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    /// Builds everything and starts the frame timer. `quiet`: never opens the first-run assistant.
+    /// `dialogs` answers the window's questions; none: the toolkit's boxes.
+    explicit StudioWindow(bool quiet, std::unique_ptr<Dialogs> dialogs = nullptr);
+    StudioWindow(const StudioWindow &) = delete;
+    StudioWindow &operator=(const StudioWindow &) = delete;
+    StudioWindow(StudioWindow &&) = delete;
+    StudioWindow &operator=(StudioWindow &&) = delete;
+    ~StudioWindow() override;
+
+    /// Shows one line for the operator, already translated, and logs it.
+    void showStatus(const QString &text);
+
+    [[nodiscard]] Studio &studio() { return m_studio; }
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void layOut();
+    void connectStudio();
+    void connectRows();
+    void connectTabs();
+    void connectShortcuts();
+
+    void showPictures(const Pictures &pictures);
+    void showOutputs();
+    void showScene();
+    void setEditSet(int index);
+    void setLanguage(int index);
+    void takeFromKeyboard();
+    void select(std::int32_t layer);
+    void loadImageFile();
+    void loadVideoFile();
+    void addNetworkSource();
+    void toggleRecording();
+    void waitForRecording();
+
+    SystemClock m_clock;
+    QSettings m_settings;
+    Studio m_studio;
+    std::unique_ptr<Dialogs> m_dialogs;
+    ErrorGuard m_guard;
+    QTimer m_frameTimer;
+
+    HeaderRow *m_header;
+    ProjectRow *m_project;
+    Monitors *m_monitors;
+    ControlRow *m_controls;
+    QTabWidget *m_tabs;
+    SceneTab *m_sceneTab;
+    SourcesTab *m_sourcesTab;
+    AudioTab *m_audioTab;
+    OutputsTab *m_outputsTab;
+    TranslationTab *m_translationTab;
+    QLabel *m_status;
+    std::unique_ptr<Picture> m_hallScreen;
+};
+
+} // namespace nimbara

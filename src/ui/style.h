@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QString>
+
+namespace nimbara {
+
+/// The application-wide style sheet.
+QString applicationStyleSheet();
+
+} // namespace nimbara

@@ -40,7 +40,9 @@ void follow(QNetworkReply *reply, std::function<void(const Reply &)> done)
         Reply result;
         result.ok = reply->error() == QNetworkReply::NoError;
         result.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-        result.body = reply->readAll();
+        if (reply->isReadable()) { // a reply that was given up is closed
+            result.body = reply->readAll();
+        }
         done(result);
     };
     QObject::connect(reply, &QNetworkReply::finished, reply->manager(), finish);

@@ -2,6 +2,7 @@
 #include "media/media_factory.h"
 #include "scene/project_file.h"
 #include "scene/project_resources.h"
+#include "support/full_disk.h"
 #include "support/test_registry.h"
 
 #include <QDir>
@@ -9,38 +10,11 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace nimbara;
 
 namespace {
-
-/// While it lives, no file of this process grows beyond `bytes`: a full disk.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes)
-        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit full { bytes, m_before.rlim_max };
-        setrlimit(RLIMIT_FSIZE, &full);
-    }
-    FullDisk(const FullDisk &) = delete;
-    FullDisk &operator=(const FullDisk &) = delete;
-    FullDisk(FullDisk &&) = delete;
-    FullDisk &operator=(FullDisk &&) = delete;
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        static_cast<void>(std::signal(SIGXFSZ, m_handler));
-    }
-
-private:
-    rlimit m_before {};
-    void (*m_handler)(int);
-};
 
 template <typename Operation> QString refusal(Operation operation)
 {
@@ -125,7 +99,7 @@ void ProjectFileTest::failedSaveLeavesTheOldFile()
     writeProjectFile(path("lleno.nimbara"), "el de antes");
     QString full;
     {
-        const FullDisk disk(1000);
+        const nimbara::testing::FullDisk disk(1000);
         full = refusal([&] { writeProjectFile(path("lleno.nimbara"), QByteArray(50'000, 'x')); });
     }
     QCOMPARE(full, message);

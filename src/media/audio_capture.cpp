@@ -21,6 +21,11 @@ constexpr std::int64_t quietUs = 2'000'000;
 constexpr std::int64_t lostUs = 5'000'000;
 constexpr std::size_t frameBytes = sizeof(float) * audioChannels;
 
+QString refusedText()
+{
+    return QStringLiteral("No se pudo iniciar audio");
+}
+
 ElementRef makeInput(GstDevice *device)
 {
     if (device != nullptr) {
@@ -69,9 +74,7 @@ AudioCapture::AudioCapture(const Clock &clock, GstDevice *device)
     , m_pipeline("nimbara-audio")
 {
     build(device);
-    if (!m_pipeline.play()) {
-        throw Error(QStringLiteral("No se pudo iniciar audio"));
-    }
+    play(device != nullptr);
     m_running = true;
     m_lastBufferTime = m_clock.monotonicUs();
 }
@@ -94,9 +97,22 @@ void AudioCapture::build(GstDevice *device)
     }
 }
 
+void AudioCapture::play(bool isDevice)
+{
+    const bool refused = isDevice ? m_start.begin(m_pipeline) == PipelineStart::Outcome::Refused
+                                  : !m_pipeline.play();
+    if (refused) {
+        throw Error(refusedText());
+    }
+}
+
 void AudioCapture::pull(const GainState &gainState)
 {
     if (!m_running || takeBusMessage()) {
+        return;
+    }
+    if (m_start.poll() == PipelineStart::Outcome::Refused) {
+        stop(refusedText());
         return;
     }
     for (int taken = 0; taken < samplesPerPull; ++taken) {

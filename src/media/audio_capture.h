@@ -2,7 +2,7 @@
 
 #include "app/clock.h"
 #include "media/audio_levels.h"
-#include "media/gst_handles.h"
+#include "media/pipeline_start.h"
 
 #include <QString>
 
@@ -40,6 +40,7 @@ public:
 
 private:
     void build(GstDevice *device);
+    void play(bool isDevice);
     bool takeBusMessage();
     bool takeSample(GstSample *sample, const GainState &gainState);
     void watchSilence();
@@ -52,7 +53,9 @@ private:
     AudioLevels m_inputLevels;
     AudioLevels m_outputLevels;
     ElementRef m_sink;
-    Pipeline m_pipeline; ///< last, so that it stops before the sink is let go
+    Pipeline m_pipeline;
+    PipelineStart
+        m_start; ///< last, so that a device's start has come back before its pipeline stops
 };
 
 } // namespace nimbara

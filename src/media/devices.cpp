@@ -10,14 +10,6 @@ namespace nimbara {
 
 namespace {
 
-struct DeviceMonitorStop {
-    void operator()(GstDeviceMonitor *monitor) const
-    {
-        gst_device_monitor_stop(monitor);
-        gst_object_unref(monitor);
-    }
-};
-
 /// A text that the device carries among its properties or as an object property; empty without.
 QString deviceText(GstDevice *device, const GstStructure *properties, const char *key)
 {
@@ -82,23 +74,6 @@ CaptureDevice describeDevice(GstDevice *device)
     return described;
 }
 
-DeviceLists findDevices()
-{
-    const std::unique_ptr<GstDeviceMonitor, DeviceMonitorStop> monitor(gst_device_monitor_new());
-    gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
-    gst_device_monitor_add_filter(monitor.get(), "Audio/Source", nullptr);
-    gst_device_monitor_start(monitor.get());
-    DeviceLists lists;
-    GList *found = gst_device_monitor_get_devices(monitor.get());
-    for (const GList *item = found; item != nullptr; item = item->next) {
-        CaptureDevice device = describeDevice(GST_DEVICE_CAST(item->data));
-        auto &list = device.kind == DeviceKind::Video ? lists.video : lists.audio;
-        list.push_back(std::move(device));
-    }
-    g_list_free_full(found, gst_object_unref);
-    return lists;
-}
-
 const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices, const CaptureDevice &lost)
 {
     const auto same = [&](const CaptureDevice &device) { return device.identity == lost.identity; };
@@ -115,13 +90,78 @@ const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices, const 
     return there == devices.end() ? nullptr : &*there;
 }
 
+struct DeviceDiscovery::Monitor {
+    GstRef<GstDeviceMonitor> monitor;
+
+    void stop()
+    {
+        if (monitor) {
+            gst_device_monitor_stop(monitor.get());
+            monitor.reset();
+        }
+    }
+
+    void start()
+    {
+        monitor = GstRef<GstDeviceMonitor>::adopt(gst_device_monitor_new());
+        gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
+        gst_device_monitor_add_filter(monitor.get(), "Audio/Source", nullptr);
+        // Nobody reads its news; the device list is asked for instead.
+        const auto bus = BusRef::adopt(gst_device_monitor_get_bus(monitor.get()));
+        gst_bus_set_flushing(bus.get(), TRUE);
+        gst_device_monitor_start(monitor.get());
+    }
+
+    [[nodiscard]] DeviceLists devices() const
+    {
+        DeviceLists lists;
+        GList *found = gst_device_monitor_get_devices(monitor.get());
+        for (const GList *item = found; item != nullptr; item = item->next) {
+            CaptureDevice device = describeDevice(GST_DEVICE_CAST(item->data));
+            auto &list = device.kind == DeviceKind::Video ? lists.video : lists.audio;
+            list.push_back(std::move(device));
+        }
+        g_list_free_full(found, gst_object_unref);
+        return lists;
+    }
+};
+
+DeviceDiscovery::DeviceDiscovery()
+    : m_monitor(std::make_shared<Monitor>())
+{
+}
+
+DeviceDiscovery::~DeviceDiscovery()
+{
+    if (m_search.valid()) {
+        m_search.wait();
+    }
+    m_monitor->stop();
+}
+
 void DeviceDiscovery::start()
 {
+    begin(Search::Fresh);
+}
+
+void DeviceDiscovery::lookAgain()
+{
+    begin(Search::Known);
+}
+
+void DeviceDiscovery::begin(Search search)
+{
     if (running()) {
-        m_again = true;
+        m_next = std::max(m_next.value_or(search), search);
         return;
     }
-    m_search = std::async(std::launch::async, findDevices);
+    m_search = std::async(std::launch::async, [monitor = m_monitor, search] {
+        if (search == Search::Fresh || !monitor->monitor) {
+            monitor->stop();
+            monitor->start();
+        }
+        return monitor->devices();
+    });
 }
 
 std::optional<DeviceLists> DeviceDiscovery::poll()
@@ -130,8 +170,8 @@ std::optional<DeviceLists> DeviceDiscovery::poll()
         return std::nullopt;
     }
     DeviceLists lists = m_search.get();
-    if (std::exchange(m_again, false)) {
-        start();
+    if (m_next) {
+        begin(*std::exchange(m_next, std::nullopt));
         return std::nullopt;
     }
     return lists;

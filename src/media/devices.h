@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <future>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -31,33 +32,51 @@ struct DeviceLists {
 /// audio device.
 CaptureDevice describeDevice(GstDevice *device);
 
-/// Asks the system for its video and audio sources. Any thread; may take seconds, so the interface
-/// thread uses `DeviceDiscovery`.
-DeviceLists findDevices();
-
 /// The device that was lost, among those that are there now; null when it is not there. Never
 /// another device in its place: of several that look the same, only the one at the old place is
 /// taken. The result points into `devices`.
 const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices,
     const CaptureDevice &lost);
 
-/// Looks for devices on a background task. Interface thread only; the destructor waits for a search
-/// that is still under way.
+/// Looks for devices on background tasks, because a media service may answer late or never.
+///
+/// The system's monitor is kept running from one search to the next: starting and stopping it while
+/// devices come and go is where media services have been seen to fail. The lists still change only
+/// when somebody asks. Interface thread only; the destructor waits for a search under way.
 class DeviceDiscovery {
 public:
-    /// Begins a search. When one is under way another follows it, so that a device plugged in just
-    /// now is not missed.
+    DeviceDiscovery();
+    DeviceDiscovery(const DeviceDiscovery &) = delete;
+    DeviceDiscovery &operator=(const DeviceDiscovery &) = delete;
+    DeviceDiscovery(DeviceDiscovery &&) = delete;
+    DeviceDiscovery &operator=(DeviceDiscovery &&) = delete;
+    ~DeviceDiscovery();
+
+    /// Begins a search from scratch, with a new monitor: what the operator's refresh asks for.
     void start();
+
+    /// Begins a search among what the running monitor has seen, which is quick: what a lost camera
+    /// asks for again and again. The first search of all is from scratch anyway.
+    void lookAgain();
 
     /// A result is still to come.
     [[nodiscard]] bool running() const { return m_search.valid(); }
 
-    /// The result of the last search asked for, once, when it is there. Never waits.
+    /// The result, once, when it is there. Never waits. A search asked for while another was under
+    /// way follows it, so that a device plugged in just now is not missed, and the result is its
+    /// own.
     std::optional<DeviceLists> poll();
 
 private:
+    enum class Search { Known, Fresh };
+    /// A running monitor. Touched by the task alone while one is under way.
+    struct Monitor;
+
+    void begin(Search search);
+
+    std::shared_ptr<Monitor> m_monitor;
     std::future<DeviceLists> m_search;
-    bool m_again = false;
+    std::optional<Search> m_next;
 };
 
 } // namespace nimbara

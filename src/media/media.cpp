@@ -45,6 +45,11 @@ void linkTo(const ElementRef &head, GstPad *pad)
     }
 }
 
+QString refusedText()
+{
+    return QStringLiteral("No se pudo iniciar fuente");
+}
+
 QString errorDescription(GstMessage *message)
 {
     GError *parsedError = nullptr;
@@ -78,12 +83,20 @@ Media::Media(const Clock &clock,
     if (!uri.isEmpty()) {
         linkDecodedPads();
     }
-    if (!m_parts.pipeline.play()) {
-        throw Error(QStringLiteral("No se pudo iniciar fuente"));
-    }
+    play();
 }
 
 Media::~Media() = default;
+
+void Media::play()
+{
+    const bool refused = m_isDevice
+        ? m_start.begin(m_parts.pipeline) == PipelineStart::Outcome::Refused
+        : !m_parts.pipeline.play();
+    if (refused) {
+        throw Error(refusedText());
+    }
+}
 
 void Media::linkDecodedPads()
 {
@@ -131,12 +144,17 @@ void Media::pollSource()
     if (!m_active || takeBusMessage()) {
         return;
     }
+    const PipelineStart::Outcome start = m_start.poll();
+    if (start == PipelineStart::Outcome::Refused) {
+        fail(refusedText());
+        return;
+    }
     takeSound();
     const SampleRef sample = tryPull(m_parts.videoSink);
     const std::int64_t now = m_clock.monotonicUs();
     if (sample) {
         takePicture(sample, now);
-    } else if (streamsEnded()) {
+    } else if (start == PipelineStart::Outcome::Playing && streamsEnded()) {
         m_ended = true;
         deactivate();
     } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)

@@ -3,6 +3,7 @@
 #include "app/clock.h"
 #include "media/audio_block.h"
 #include "media/frame.h"
+#include "media/pipeline_start.h"
 #include "media/source_pipeline.h"
 
 #include <QString>
@@ -74,6 +75,7 @@ private:
         ElementRef audioConvert;
     };
 
+    void play();
     static void padAdded(GstElement *element, GstPad *pad, gpointer source);
     void linkDecodedPads();
     bool takeBusMessage();
@@ -100,6 +102,8 @@ private:
     CapsRef m_pictureCaps; ///< of the picture before conversion, which `m_opaque` was read from
     bool m_opaque = true;
     SourcePipeline m_parts;
+    PipelineStart
+        m_start; ///< last, so that a device's start has come back before its pipeline stops
 };
 
 using MediaPtr = std::shared_ptr<Media>;

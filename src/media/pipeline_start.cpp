@@ -1,0 +1,32 @@
+#include "media/pipeline_start.h"
+
+#include <chrono>
+
+namespace nimbara {
+
+namespace {
+
+constexpr std::chrono::milliseconds moment { 30 }; // less than a frame
+
+} // namespace
+
+PipelineStart::Outcome PipelineStart::begin(const Pipeline &pipeline)
+{
+    m_outcome = Outcome::Underway;
+    m_change = std::async(std::launch::async, [held = ElementRef::retain(pipeline.element())] {
+        return gst_element_set_state(held.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
+    });
+    m_change.wait_for(moment);
+    return poll();
+}
+
+PipelineStart::Outcome PipelineStart::poll()
+{
+    if (m_change.valid()
+        && m_change.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
+        m_outcome = m_change.get() ? Outcome::Playing : Outcome::Refused;
+    }
+    return m_outcome;
+}
+
+} // namespace nimbara

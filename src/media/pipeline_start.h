@@ -1,0 +1,36 @@
+#pragma once
+
+#include "media/gst_handles.h"
+
+#include <future>
+
+namespace nimbara {
+
+/// Brings the pipeline of a capture device to PLAYING without making the interface thread wait.
+///
+/// Opening a device may block: a camera service takes a tenth of a second, and half a minute for a
+/// device that has just gone away. So the change runs on a background task; the caller waits for a
+/// moment only, which is enough to learn that a device refuses at once.
+///
+/// One thread. The pipeline may be let go of at any time, but must not be stopped before this is
+/// destroyed, which waits for the change to come back.
+class PipelineStart {
+public:
+    enum class Outcome {
+        Underway, ///< not known yet
+        Playing, ///< PLAYING, or on its way there
+        Refused,
+    };
+
+    /// Begins the change and waits for it for at most the moment.
+    Outcome begin(const Pipeline &pipeline);
+
+    /// The outcome so far. Never waits.
+    Outcome poll();
+
+private:
+    std::future<bool> m_change;
+    Outcome m_outcome = Outcome::Playing;
+};
+
+} // namespace nimbara

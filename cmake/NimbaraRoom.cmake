@@ -26,12 +26,14 @@ function(nimbara_room name)
   target_link_libraries(nimbara_${name} PUBLIC ${ROOM_LINKS} PRIVATE nimbara_options)
 endfunction()
 
-# nimbara_test(<name> [APP core|gui|widgets] SOURCES <file>... LINKS <target>... [TIMEOUT <s>])
+# nimbara_test(<name> [APP core|gui|widgets] SOURCES <file>... LINKS <target>... [TIMEOUT <s>]
+#   [LAUNCHER <command>...] [ENVIRONMENT <NAME=value>...])
 #
 # One test executable per room. It runs with the offscreen platform, in a private home and with the
 # settings, data and cache folders below it, so that no test touches the developer's own files.
+# LAUNCHER runs the executable given as its last argument; ENVIRONMENT adds to the variables.
 function(nimbara_test name)
-  cmake_parse_arguments(TEST "" "APP;TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+  cmake_parse_arguments(TEST "" "APP;TIMEOUT" "SOURCES;LINKS;LABELS;LAUNCHER;ENVIRONMENT" ${ARGN})
   if(NOT TEST_APP)
     set(TEST_APP core)
   endif()
@@ -51,7 +53,7 @@ function(nimbara_test name)
   endif()
   set(home ${CMAKE_BINARY_DIR}/test-home/${name})
   file(MAKE_DIRECTORY ${home})
-  add_test(NAME ${name} COMMAND ${target})
+  add_test(NAME ${name} COMMAND ${TEST_LAUNCHER} $<TARGET_FILE:${target}>)
   set_tests_properties(${name} PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}" ENVIRONMENT
-    "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;XDG_CACHE_HOME=${home}/cache;LANG=C.UTF-8;ASAN_OPTIONS=detect_leaks=0:abort_on_error=1;UBSAN_OPTIONS=print_stacktrace=1")
+    "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;XDG_CACHE_HOME=${home}/cache;LANG=C.UTF-8;ASAN_OPTIONS=detect_leaks=0:abort_on_error=1;UBSAN_OPTIONS=print_stacktrace=1;${TEST_ENVIRONMENT}")
 endfunction()

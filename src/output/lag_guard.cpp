@@ -9,7 +9,6 @@ namespace nimbara {
 namespace {
 
 constexpr std::size_t windowBlocks = 12; // 0.4 s: two windows see any lag within a second
-constexpr std::size_t steadyBlocks = 30; // 1 s: start-up is not yet a clock to follow
 constexpr std::size_t stretchMargin = 240; // 5 ms: not one stretch per block
 
 StereoValue frameAt(std::span<const float> values, std::size_t frame)
@@ -48,7 +47,6 @@ void LagGuard::changeSource(AudioFifo *fifo, std::size_t blockFrames)
 {
     m_source = fifo;
     m_seam = true;
-    m_steadyBlocks = 0;
     m_gap = longestGap + 1;
     startWindow();
     if (fifo != nullptr && fifo->size() / audioChannels > blockFrames + maxLag) {
@@ -67,7 +65,7 @@ std::optional<splicing::Splice> LagGuard::plannedSplice(const AudioFifo &fifo,
     }
     const std::size_t most = splicing::mostStretch(blockFrames);
     const std::size_t missing = blockFrames - std::min(depth, blockFrames);
-    if (m_steadyBlocks < steadyBlocks || missing == 0 || missing > most) {
+    if (!m_flowing || m_seam || missing == 0 || missing > most) {
         return std::nullopt;
     }
     const auto splice
@@ -98,10 +96,8 @@ void LagGuard::readPlain(AudioFifo *fifo, std::span<float> into)
     m_seam = false;
     countGap(taken, silence.size() / audioChannels);
     if (m_flowing) {
-        ++m_steadyBlocks;
         observe(fifo->size() / audioChannels);
     } else {
-        m_steadyBlocks = 0;
         startWindow();
     }
 }

@@ -23,8 +23,8 @@ namespace nimbara {
 /// Interface thread only.
 class LagGuard {
 public:
-    static constexpr std::size_t maxLag = 2880; ///< stereo frames (60 ms) that may rest
-    static constexpr std::size_t targetLag = 960; ///< stereo frames (20 ms) left by a cut
+    static constexpr std::size_t maxLag = 2160; ///< stereo frames (45 ms) that may rest
+    static constexpr std::size_t targetLag = 720; ///< stereo frames (15 ms) left by a cut
 
     static constexpr std::uint64_t longestGap
         = 48000; ///< stereo frames; longer is no gap but silence
@@ -59,7 +59,6 @@ private:
     StereoValue m_last {}; ///< last values given out
     bool m_flowing = false; ///< the last values came from a FIFO
     bool m_seam = false; ///< the next values come from another FIFO than the last
-    std::size_t m_steadyBlocks = 0; ///< full blocks since the sound last broke off
     std::size_t m_windowBlocks = 0;
     std::size_t m_smallestRest = 0; ///< of the current window, stereo frames
     std::size_t m_excess = 0; ///< stereo frames to be cut out

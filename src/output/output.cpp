@@ -27,11 +27,6 @@ BufferRef sharedBuffer(const FramePtr &frame)
         [](gpointer held) { delete static_cast<FramePtr *>(held); }));
 }
 
-std::uint64_t audioDuration(std::span<const float> values)
-{
-    return gst_util_uint64_scale(values.size() / audioChannels, GST_SECOND, audioRate);
-}
-
 BufferRef copiedBuffer(std::span<const float> block)
 {
     auto buffer = BufferRef::adopt(gst_buffer_new_allocate(nullptr, block.size_bytes(), nullptr));
@@ -111,11 +106,12 @@ void Output::pushAudio(std::span<const float> block)
     if (!m_running || m_stopping || block.empty()) {
         return;
     }
-    const AudioTimeline::Piece piece = m_audioTimeline.place(block, m_nextAudioPts);
-    if (!push(m_audioSrc, copiedBuffer(piece.values), piece.pts, audioDuration(piece.values))) {
+    const std::uint64_t frames = block.size() / audioChannels;
+    const std::uint64_t duration = gst_util_uint64_scale(frames, GST_SECOND, audioRate);
+    if (!push(m_audioSrc, copiedBuffer(block), m_nextAudioPts, duration)) {
         fail(QStringLiteral("No se pudo enviar audio a salida"));
     }
-    m_nextAudioPts += audioDuration(block);
+    m_nextAudioPts += duration;
 }
 
 void Output::pollOutput()

@@ -2,7 +2,6 @@
 
 #include "media/frame.h"
 #include "media/gst_handles.h"
-#include "output/audio_timeline.h"
 
 #include <QString>
 
@@ -50,8 +49,9 @@ public:
     /// than the output's stops the output. Nothing happens when not running or stopping.
     void pushVideo(const FramePtr &frame);
 
-    /// Queues one block of interleaved stereo values at 48 kHz, end to end with the one before
-    /// (`AudioTimeline`). Nothing happens when not running, stopping, or for an empty block.
+    /// Queues one block of interleaved stereo values at 48 kHz. It is encoded end to end with the
+    /// one before (`AudioTimeline`). Nothing happens when not running, stopping, or for an empty
+    /// block.
     void pushAudio(std::span<const float> block);
 
     /// Reads one error or end-of-stream message, without waiting.
@@ -78,7 +78,6 @@ private:
     std::int32_t m_height;
     std::uint64_t m_nextVideoPts = 0; ///< ns
     std::uint64_t m_nextAudioPts = 0; ///< ns
-    AudioTimeline m_audioTimeline;
     std::int64_t m_baseTime = -1; ///< ns, tick time of the first stamp; −1: none yet
     bool m_stopping = false;
     bool m_running = false;

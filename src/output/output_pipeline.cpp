@@ -2,6 +2,7 @@
 
 #include "app/error.h"
 #include "output/encoders.h"
+#include "output/sound_probe.h"
 
 #include <gst/app/gstappsrc.h>
 
@@ -156,6 +157,7 @@ private:
                                    "interleaved",
                                    nullptr),
             32);
+        keepSoundWhole(m_audioSrc);
         m_audioConvert = make("audioconvert");
         m_audioResample = make("audioresample");
         const EncoderChoice &choice = firstAvailable(audioEncoders(m_profile.isStream));

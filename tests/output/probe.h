@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace nimbara::testing {
+
+/// What ffprobe finds in a media file.
+struct Probe {
+    QString videoCodec;
+    int width = 0;
+    int height = 0;
+    QString audioCodec;
+    int audioRate = 0;
+    int audioChannels = 0;
+    double duration = 0; ///< seconds, as the container states it; 0 when it does not
+    std::vector<double> videoTimes; ///< presentation times of the packets, seconds
+    std::vector<double> audioTimes;
+};
+
+Probe probe(const QString &path);
+
+/// What ffmpeg complains about when it decodes the whole file; empty when all is well.
+QByteArray decodeErrors(const QString &path);
+
+} // namespace nimbara::testing

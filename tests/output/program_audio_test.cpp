@@ -1,0 +1,80 @@
+#include "output/program_audio.h"
+#include "support/test_registry.h"
+
+#include <QTest>
+
+#include <algorithm>
+
+using namespace nimbara;
+
+class ProgramAudioTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void mixes_data()
+    {
+        QTest::addColumn<float>("sound");
+        QTest::addColumn<float>("voice");
+        QTest::addColumn<int>("soundLevel");
+        QTest::addColumn<int>("voiceLevel");
+        QTest::addColumn<bool>("isMedia");
+        QTest::addColumn<bool>("muted");
+        QTest::addColumn<double>("gain");
+        QTest::addColumn<float>("mixed");
+        const auto row = [](const char *name) -> QTestData & { return QTest::newRow(name); };
+        row("sum") << 0.5F << 0.25F << 100 << 100 << false << false << 1.0 << 0.75F;
+        row("levels") << 0.5F << 0.5F << 50 << 10 << false << false << 1.0 << 0.3F;
+        row("voice alone") << 0.5F << 0.25F << 0 << 100 << false << false << 1.0 << 0.25F;
+        row("no voice") << 0.5F << 0.25F << 100 << 0 << false << false << 1.0 << 0.5F;
+        row("too loud") << 0.8F << 0.8F << 100 << 100 << false << false << 1.0 << 1.0F;
+        row("too low") << -0.8F << -0.8F << 100 << 100 << false << false << 1.0 << -1.0F;
+        row("the input has its gain already")
+            << 0.5F << 0.0F << 100 << 100 << false << true << 2.0 << 0.5F;
+        row("media gain") << 0.25F << 0.0F << 100 << 100 << true << false << 2.0 << 0.5F;
+        row("media gain clamps first") << 0.8F << 0.0F << 50 << 100 << true << false << 2.0 << 0.5F;
+        row("media muted, voice stays")
+            << 0.5F << 0.25F << 100 << 100 << true << true << 1.0 << 0.25F;
+    }
+
+    void mixes()
+    {
+        QFETCH(float, sound);
+        QFETCH(float, voice);
+        QFETCH(int, soundLevel);
+        QFETCH(int, voiceLevel);
+        QFETCH(bool, isMedia);
+        QFETCH(bool, muted);
+        QFETCH(double, gain);
+        QFETCH(float, mixed);
+        const std::vector<float> sounds(programBlockValues, sound);
+        const std::vector<float> voices(100, voice); // then the voice is over
+        const GainState state { muted, gain };
+        const auto mediaGain = isMedia ? std::optional(state) : std::nullopt;
+        const ProgramBlock block
+            = mixProgramBlock(sounds, mediaGain, voices, { soundLevel, voiceLevel });
+        QCOMPARE(block.front(), mixed);
+        QCOMPARE(block[99], mixed);
+        const ProgramBlock alone = mixProgramBlock(sounds, mediaGain, {}, { soundLevel, 0 });
+        QVERIFY(std::equal(block.begin() + 100, block.end(), alone.begin() + 100));
+    }
+
+    void drainsBothQueuesOnce()
+    {
+        ProgramAudio audio;
+        AudioFifo voice(10 * AudioFifo::defaultLimit);
+        const GainState gain;
+        const MixLevels levels;
+        QCOMPARE(audio.next({}, gain, voice, levels), ProgramBlock {}); // no source, no voice
+
+        AudioFifo input;
+        const std::vector<float> half(programBlockValues + 10, 0.5F);
+        input.push(half);
+        voice.push(half);
+        const ProgramBlock block = audio.next({ &input, false }, gain, voice, levels);
+        QCOMPARE(input.size(), 10U);
+        QCOMPARE(voice.size(), 10U);
+        QCOMPARE(block.back(), 1.0F);
+    }
+};
+
+NIMBARA_TEST(ProgramAudioTest)
+#include "program_audio_test.moc"

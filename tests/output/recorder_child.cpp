@@ -1,0 +1,32 @@
+#include "output/outputs.h"
+#include "output/program_feed.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+// Records a still program into the file named by the first argument until it is killed, and tells
+// the number of ticks after each.
+int main(int argc, char **argv)
+{
+    if (argc != 2) {
+        return 2;
+    }
+    const QCoreApplication application(argc, argv);
+    gst_init(nullptr, nullptr);
+    nimbara::Recording recording(std::make_shared<nimbara::Retirement>());
+    recording.start(QString::fromUtf8(argv[1]), { 160, 90 });
+    nimbara::testing::ProgramFeed feed({ 160, 90 }, true);
+    while (recording.exists()) {
+        {
+            const nimbara::testing::Tick tick = feed.next();
+            recording.push(tick.frame, tick.block, tick.tNs);
+        }
+        if (!feed.wait()) {
+            return 1;
+        }
+        std::printf("%d\n", feed.count());
+        std::fflush(stdout);
+    }
+    return 1;
+}

@@ -1,0 +1,125 @@
+#include "output/outputs.h"
+#include "output/probe.h"
+#include "output/program_feed.h"
+#include "support/test_registry.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+
+namespace {
+
+constexpr FrameSize small { 64, 36 };
+
+/// Threads and open files of this process.
+std::pair<int, int> load()
+{
+    const auto entries = [](const char *path) {
+        return static_cast<int>(
+            QDir(QString::fromLatin1(path)).entryList(QDir::AllEntries | QDir::System).size());
+    };
+    return { entries("/proc/self/task"), entries("/proc/self/fd") };
+}
+
+} // namespace
+
+class RecordingTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void goesThroughItsStates()
+    {
+        const auto retirement = std::make_shared<Retirement>();
+        Outputs outputs(retirement);
+        Recording &recording = outputs.recording();
+        QVERIFY(!outputs.any());
+        QCOMPARE(recordingButtonText(recording.state()), QStringLiteral("● Grabar"));
+        recording.finish(); // nothing to finish
+
+        const QString path = m_dir.filePath(QStringLiteral("states.webm"));
+        recording.start(path, small);
+        QVERIFY(outputs.any());
+        QCOMPARE(recordingButtonText(recording.state()), QStringLiteral("■ Detener grabación"));
+        ProgramFeed feed(small);
+        for (int i = 0; i < 10; ++i) {
+            const Tick tick = feed.next();
+            QVERIFY(!outputs.push(tick.frame, tick.block, tick.tNs).recording);
+        }
+        recording.finish();
+        recording.finish();
+        QCOMPARE(recordingButtonText(recording.state()), QStringLiteral("Finalizando..."));
+        std::optional<QString> status;
+        QTRY_VERIFY_WITH_TIMEOUT(status || (status = recording.poll()), 20000);
+        QCOMPARE(*status, QStringLiteral("Grabación guardada correctamente"));
+        QCOMPARE(recording.state(), RecordingState::idle);
+        QVERIFY(!outputs.any() && !recording.poll());
+        QCOMPARE(probe(path).videoCodec, QStringLiteral("vp8"));
+        QTRY_COMPARE((retirement->reap(), retirement->pending()), 0U);
+    }
+
+    void tellsWhyItStopped()
+    {
+        Outputs outputs(std::make_shared<Retirement>());
+        outputs.recording().start(m_dir.filePath(QStringLiteral("size.webm")), small);
+        const Tick tick = ProgramFeed({ 36, 64 }).next();
+        const auto stopped = outputs.push(tick.frame, tick.block, tick.tNs);
+        QCOMPARE(stopped.recording, QStringLiteral("El formato cambio durante salida"));
+        QVERIFY(stopped.destinations.empty());
+        QCOMPARE(outputs.recording().state(), RecordingState::idle);
+    }
+
+    void survivesTheEndOfTheProcess()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("killed.webm"));
+        QProcess child;
+        child.start(QStringLiteral(NIMBARA_RECORDER), { path });
+        int ticks = 0;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            [&] {
+                while (child.canReadLine()) {
+                    ticks = child.readLine().toInt();
+                }
+                return ticks >= 240; // 8 s of program
+            }(),
+            30000);
+        child.kill();
+        QVERIFY(child.waitForFinished());
+
+        const Probe found = probe(path);
+        const double recorded = ticks / 30.0;
+        QVERIFY2(found.videoTimes.back() > recorded - 1.0, qPrintable(QString::number(recorded)));
+        QVERIFY(found.audioTimes.back() > recorded - 1.0);
+        QVERIFY(decodeErrors(path).count('\n') <= 1); // the last block may be cut short
+    }
+
+    void startsAndStopsLeaveNothingBehind()
+    {
+        const auto retirement = std::make_shared<Retirement>();
+        Outputs outputs(retirement);
+        std::pair<int, int> before;
+        for (int i = 0; i < 200; ++i) {
+            outputs.destination(0).start(QStringLiteral("rtmp://127.0.0.1:1/app"),
+                QStringLiteral("abcdef"),
+                small);
+            const Tick tick = ProgramFeed(small).next();
+            outputs.push(tick.frame, tick.block, tick.tNs);
+            outputs.stopStreams();
+            QTRY_VERIFY_WITH_TIMEOUT((retirement->reap(), retirement->pending() < 8), 20000);
+            if (i == 19) { // pools and caches are warm
+                QTRY_COMPARE_WITH_TIMEOUT((retirement->reap(), retirement->pending()), 0U, 20000);
+                before = load();
+            }
+        }
+        QTRY_COMPARE_WITH_TIMEOUT((retirement->reap(), retirement->pending()), 0U, 20000);
+        QTRY_VERIFY(load().first <= before.first + 2 && load().second <= before.second + 2);
+    }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+NIMBARA_TEST(RecordingTest)
+#include "recording_test.moc"

@@ -1,0 +1,73 @@
+#!/bin/sh
+# A real RTMP server for tests: nginx with its RTMP module, and stunnel in front of it for RTMPS.
+#
+# usage: rtmp_server.sh DIR RTMP_PORT RTMPS_PORT
+#
+# Everything lives below DIR. Application "live" records what is published to DIR/rec/KEY.flv;
+# application "closed" refuses every publisher. DIR/ca.pem is the authority of the RTMPS
+# certificate, which is made for "localhost" and 127.0.0.1. Runs until it is told to stop (TERM).
+set -eu
+dir=$1
+rtmp_port=$2
+rtmps_port=$3
+PATH=$PATH:/usr/sbin
+mkdir -p "$dir/rec" "$dir/logs"
+
+modules=
+for candidate in /usr/lib/nginx/modules /usr/lib64/nginx/modules /usr/local/lib/nginx/modules; do
+  if [ -e "$candidate/ngx_rtmp_module.so" ]; then
+    modules=$candidate
+  fi
+done
+[ -n "$modules" ] || { echo "nginx has no RTMP module" >&2; exit 1; }
+
+cat >"$dir/nginx.conf" <<CONF
+load_module $modules/ngx_rtmp_module.so;
+daemon off;
+master_process off;
+pid $dir/nginx.pid;
+error_log $dir/logs/error.log notice;
+events { worker_connections 64; }
+rtmp {
+  server {
+    listen 127.0.0.1:$rtmp_port;
+    application live {
+      live on;
+      record all;
+      record_path $dir/rec;
+    }
+    application closed {
+      live on;
+      deny publish all;
+    }
+  }
+}
+CONF
+
+if [ ! -e "$dir/server.pem" ]; then
+  openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 30 \
+    -subj "/CN=Test authority" -keyout "$dir/ca.key" -out "$dir/ca.pem" 2>/dev/null
+  openssl req -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -subj "/CN=localhost" \
+    -keyout "$dir/server.key" -out "$dir/server.csr" 2>/dev/null
+  printf 'subjectAltName=DNS:localhost,IP:127.0.0.1\n' >"$dir/san.cnf"
+  openssl x509 -req -days 30 -in "$dir/server.csr" -CA "$dir/ca.pem" -CAkey "$dir/ca.key" \
+    -CAcreateserial -extfile "$dir/san.cnf" -out "$dir/server.crt" 2>/dev/null
+  cat "$dir/server.key" "$dir/server.crt" >"$dir/server.pem"
+fi
+cat >"$dir/stunnel.conf" <<CONF
+foreground = yes
+pid =
+debug = warning
+[rtmps]
+accept = 127.0.0.1:$rtmps_port
+connect = 127.0.0.1:$rtmp_port
+cert = $dir/server.pem
+CONF
+
+nginx -p "$dir" -e "$dir/logs/error.log" -c "$dir/nginx.conf" &
+nginx_pid=$!
+stunnel4 "$dir/stunnel.conf" 2>"$dir/logs/stunnel.log" &
+stunnel_pid=$!
+trap 'kill $nginx_pid $stunnel_pid 2>/dev/null; wait; exit 0' TERM INT HUP
+wait $nginx_pid
+kill $stunnel_pid 2>/dev/null || true

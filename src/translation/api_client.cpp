@@ -79,7 +79,8 @@ void ApiClient::follow(QNetworkReply *reply, Call call)
 void ApiClient::finish(QNetworkReply *reply, const Call &call)
 {
     reply->deleteLater();
-    const QByteArray body = reply->readAll();
+    // An aborted reply is closed already.
+    const QByteArray body = reply->isOpen() ? reply->readAll() : QByteArray();
     if (isStale(call)) {
         return;
     }

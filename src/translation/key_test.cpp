@@ -24,7 +24,7 @@ QString outcome(QNetworkReply *reply, std::int64_t elapsedMs, const QString &key
             + QStringLiteral(" ms. ") + nimbara_i18n::tr("La traducción está lista para usarse.");
     }
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    QString detail = api::errorMessage(reply->readAll());
+    QString detail = reply->isOpen() ? api::errorMessage(reply->readAll()) : QString();
     if (detail.isEmpty()) {
         detail = reply->errorString();
     }

@@ -6,6 +6,8 @@
 set -eu
 folder=$1
 mkdir -p "$folder"
+exec 9> "$folder/.lock"
+flock 9
 [ -s "$folder/server.pem" ] && exit 0
 
 work=$(mktemp -d "$folder/.making.XXXXXX")

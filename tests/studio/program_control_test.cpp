@@ -1,0 +1,163 @@
+#include "studio/studio_fixture.h"
+#include "support/clips.h"
+#include "support/test_registry.h"
+
+using namespace nimbara;
+using namespace nimbara::testing;
+
+class ProgramControlTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void startsBlackWithBarsInPreview()
+    {
+        StudioFixture desk;
+        desk.studio.tick();
+        QCOMPARE(desk.frames, 1);
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));
+        QCOMPARE(centre(desk.pictures.hall), QColor(Qt::black));
+        QVERIFY(desk.runUntil(
+            [&] { return isNear(desk.pictures.preview.pixelColor(100, 100), Qt::white); }));
+    }
+
+    void takeFadesOverFourTenthsOfASecond()
+    {
+        StudioFixture desk;
+        desk.setLayers({ colorLayer(QColor(200, 0, 0)) });
+        desk.studio.program().take();
+        desk.clock.advanceUs(400'000);
+        desk.studio.tick();
+        QCOMPARE(centre(desk.pictures.streams), QColor(200, 0, 0));
+
+        desk.setLayers({ colorLayer(QColor(0, 0, 200)) });
+        desk.studio.program().take();
+        for (const double progress : { 0.25, 0.5, 0.75 }) {
+            desk.clock.advanceUs(100'000);
+            desk.studio.tick();
+            const QColor expected(static_cast<int>(200 * (1 - progress)),
+                0,
+                static_cast<int>(200 * progress));
+            QVERIFY2(isNear(centre(desk.pictures.streams), expected),
+                qPrintable(centre(desk.pictures.streams).name()));
+        }
+        desk.clock.advanceUs(100'000);
+        desk.studio.tick();
+        QCOMPARE(centre(desk.pictures.streams), QColor(0, 0, 200));
+    }
+
+    void takeDuringAFadeStartsFromThePictureOnAir()
+    {
+        StudioFixture desk;
+        desk.setLayers({ colorLayer(QColor(200, 0, 0)) });
+        desk.studio.program().take();
+        desk.clock.advanceUs(200'000); // half of black → red
+        desk.studio.tick();
+        desk.setLayers({ colorLayer(QColor(0, 200, 0)) });
+        desk.studio.program().take();
+        desk.studio.tick();
+        desk.clock.advanceUs(40'000); // a tenth of red → green: the old overlay is gone
+        desk.studio.tick();
+        QVERIFY2(isNear(centre(desk.pictures.streams), QColor(180, 20, 0)),
+            qPrintable(centre(desk.pictures.streams).name()));
+    }
+
+    void offAirFadesToBlackAndCutsWithoutFade()
+    {
+        StudioFixture desk;
+        desk.studio.stage().program.setFadeEnabled(false);
+        desk.setLayers({ colorLayer(Qt::white) });
+        desk.studio.stage().title = QStringLiteral("Culto");
+        desk.studio.program().take();
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::white));
+        QVERIFY(!isNear(desk.pictures.streams.pixelColor(90, 850), Qt::white)); // the title band
+
+        desk.studio.stage().program.setFadeEnabled(true);
+        desk.studio.program().offAir();
+        desk.clock.advanceUs(200'000);
+        desk.studio.tick();
+        QVERIFY(isNear(centre(desk.pictures.streams), QColor(127, 127, 127)));
+        desk.clock.advanceUs(200'000);
+        desk.studio.tick();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));
+        QCOMPARE(desk.pictures.streams.pixelColor(90, 850), QColor(Qt::black));
+        QCOMPARE(desk.statuses.last(), QStringLiteral("Programa en negro (fuera del aire)."));
+    }
+
+    void previewEditsNeverReachTheProgram()
+    {
+        StudioFixture desk;
+        desk.studio.stage().program.setFadeEnabled(false);
+        desk.setLayers({ colorLayer(Qt::red) });
+        desk.studio.program().take();
+        Scene &scene = desk.studio.stage().scenes.currentScene();
+        scene.layers[0].fill = Qt::green;
+        scene.layers[0].x = 0.6;
+        scene.layers.push_back(colorLayer(Qt::blue));
+        desk.studio.stage().title = QStringLiteral("typed after TAKE");
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
+        QCOMPARE(desk.pictures.streams.pixelColor(90, 850), QColor(Qt::red));
+        scene.layers.clear();
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
+    }
+
+    void setsActOnTheirOwnProgramAlone()
+    {
+        StudioFixture desk;
+        desk.studio.stage().program.setFadeEnabled(false);
+        desk.setLayers({ colorLayer(Qt::red) });
+        desk.studio.program().take();
+        desk.studio.program().setEditSet(1);
+        QCOMPARE(desk.statuses.last(),
+            QStringLiteral("Editando las escenas de las pantallas de sala."));
+        desk.setLayers({ colorLayer(Qt::blue) });
+        desk.studio.program().take();
+        QCOMPARE(desk.statuses.last(), QStringLiteral("Escena enviada a las pantallas de sala."));
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
+        QCOMPARE(centre(desk.pictures.hall), QColor(Qt::blue));
+        desk.studio.program().offAir();
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
+        QCOMPARE(centre(desk.pictures.hall), QColor(Qt::black));
+    }
+
+    void everyTakeRestartsAFile()
+    {
+        StudioFixture desk;
+        const auto place = static_cast<std::size_t>(desk.studio.layers().addVideoFile(clip({})));
+        const auto layer
+            = [&]() -> Layer & { return desk.studio.stage().scenes.currentScene().layers[place]; };
+        std::weak_ptr<Media> first = layer().source;
+        desk.studio.program().take();
+        QVERIFY(layer().source != first.lock());
+        QCOMPARE(desk.studio.stage().program.streams().layers[place].source, layer().source);
+        const auto shown = [&] {
+            const FramePtr frame = layer().source->frame();
+            return frame ? readClip(*frame).number : -1;
+        };
+        QVERIFY(desk.runUntil([&] { return shown() > 20; }));
+        desk.studio.program().take();
+        QVERIFY(desk.runUntil([&] { return shown() >= 0 && shown() < 20; }));
+        QVERIFY(desk.runUntil([&] { return first.expired(); })); // destroyed in the background
+    }
+
+    void failingTakeLeavesBothPrograms()
+    {
+        StudioFixture desk;
+        desk.studio.stage().program.setFadeEnabled(false);
+        desk.setLayers({ colorLayer(Qt::red) });
+        desk.studio.program().take();
+        Layer broken = newLayer(LayerKind::Video);
+        broken.uri = QStringLiteral("file://[broken");
+        desk.setLayers({ colorLayer(Qt::green), broken });
+        desk.studio.program().take();
+        QCOMPARE(desk.statuses.last(), QStringLiteral("URL multimedia no compatible"));
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
+    }
+};
+
+NIMBARA_TEST(ProgramControlTest)
+#include "program_control_test.moc"

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "studio/studio.h"
+#include "support/manual_clock.h"
+
+#include <QStringList>
+#include <QTest>
+
+namespace nimbara::testing {
+
+/// A studio with a hand-cranked clock that keeps what it reports.
+struct StudioFixture {
+    ManualClock clock;
+    Studio studio { clock };
+    QStringList statuses;
+    Pictures pictures;
+    int frames = 0;
+
+    StudioFixture()
+    {
+        studio.status = [this](const QString &text) { statuses << text; };
+        studio.onPictures = [this](const Pictures &made) {
+            pictures = made;
+            ++frames;
+        };
+    }
+
+    /// One frame period, then the tick that makes the frame.
+    void frame()
+    {
+        clock.advanceUs(FrameSchedule::periodUs);
+        studio.tick();
+    }
+
+    /// Runs frames until the condition holds; false when it never does. Live sources get real time.
+    template <typename Condition> bool runUntil(Condition condition)
+    {
+        for (int i = 0; i < 3000; ++i) {
+            if (condition()) {
+                return true;
+            }
+            frame();
+            QTest::qWait(2);
+        }
+        return condition();
+    }
+
+    /// Replaces the layers of the edited set's current scene.
+    void setLayers(std::vector<Layer> layers)
+    {
+        studio.stage().scenes.currentScene().layers = std::move(layers);
+    }
+};
+
+/// A layer that fills the whole frame with one colour.
+inline Layer colorLayer(const QColor &fill)
+{
+    Layer layer = newLayer(LayerKind::Color);
+    layer.fill = fill;
+    return layer;
+}
+
+inline QColor centre(const QImage &picture)
+{
+    return picture.pixelColor(picture.width() / 2, picture.height() / 2);
+}
+
+/// Whether each channel is within two steps: fades and scaling round.
+inline bool isNear(const QColor &a, const QColor &b)
+{
+    return std::abs(a.red() - b.red()) <= 2 && std::abs(a.green() - b.green()) <= 2
+        && std::abs(a.blue() - b.blue()) <= 2;
+}
+
+} // namespace nimbara::testing

@@ -6,7 +6,7 @@ namespace nimbara {
 
 namespace {
 
-/// From this size on the painter fills outlines instead of using its glyph cache. It fills the
+/// Above this size the painter fills outlines instead of using its glyph cache. It fills the
 /// text as one path, at a cost that grows with the square of a line's length; glyph by glyph
 /// the same pixels come several times faster.
 constexpr double outlineSize = 64;
@@ -64,7 +64,7 @@ bool GlyphOutlines::isColoured(const QRawFont &font)
 void drawGlyphs(QPainter &painter, const QGlyphRun &run, QPointF offset, GlyphOutlines &outlines)
 {
     const QRawFont font = run.rawFont();
-    if (font.pixelSize() < outlineSize) {
+    if (font.pixelSize() <= outlineSize) {
         painter.drawGlyphRun(offset, run);
         return;
     }

@@ -32,7 +32,7 @@ QRect inkOf(const LaidText &laid, const QRectF &area)
     }
     // Slanted letters and stacked marks reach beyond their lines, by less than one line.
     const double reach = laid.fontHeight;
-    const QRectF ink = laid.bounds.adjusted(-reach, -reach, reach, reach);
+    const QRectF ink = laid.lines.adjusted(-reach, -reach, reach, reach);
     return (laid.clipped ? ink.intersected(area) : ink).toAlignedRect().adjusted(-1, -1, 1, 1);
 }
 

@@ -82,12 +82,9 @@ double leadIn(double room, double used, std::int32_t alignment, int end, int cen
     return (alignment & centre) != 0 ? (room - used) / 2 : 0;
 }
 
-/// Vertical room; a centred block lies on whole pixels, as the painter rounds it.
 double topOf(const QRectF &area, double height, std::int32_t alignment)
 {
-    const double room
-        = leadIn(area.height(), height, alignment, align::bottom, align::verticalCentre);
-    return (alignment & align::bottom) != 0 ? room : -qRound(-room);
+    return leadIn(area.height(), height, alignment, align::bottom, align::verticalCentre);
 }
 
 double leftOf(const QRectF &area, double width, std::int32_t alignment)
@@ -114,13 +111,15 @@ LaidText layText(const QString &text, const QFont &font, const QRectF &area, std
         line.setPosition({ area.x() + leftOf(area, line.horizontalAdvance(), alignment),
             area.y() + top + line.y() });
     }
-    double left = leftOf(area, extent.width, alignment);
-    if ((alignment & align::right) == 0) {
-        left = qRound(left);
-    }
+    const double left = leftOf(area, extent.width, alignment);
     laid.runs = layout.glyphRuns();
     laid.bounds = { area.x() + left, area.y() + top, extent.width, extent.height };
     laid.clipped = !area.contains(laid.bounds);
+    laid.lines = laid.bounds;
+    if ((alignment & align::justify) != 0) {
+        laid.lines.setLeft(std::min(laid.lines.left(), area.left()));
+        laid.lines.setRight(std::max(laid.lines.right(), area.right()));
+    }
     laid.fontHeight = metrics.height();
     return laid;
 }

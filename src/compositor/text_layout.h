@@ -14,7 +14,8 @@ namespace nimbara {
 /// toolkit's painter would put it.
 struct LaidText {
     QList<QGlyphRun> runs; ///< shaped glyphs at their canvas positions
-    QRectF bounds; ///< the lines' rectangle; glyphs may reach a little beyond
+    QRectF bounds; ///< the lines' rectangle before they are stretched to justify them
+    QRectF lines; ///< the lines' rectangle as drawn; glyphs may reach a little beyond
     bool clipped = false; ///< the text is larger than its area, which clips it
     double fontHeight = 0; ///< of one line, in pixels
 };

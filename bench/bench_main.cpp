@@ -1,0 +1,68 @@
+#include "bench.h"
+
+#include <QGuiApplication>
+#include <QStringList>
+
+#include <gst/gst.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+namespace nimbara::bench {
+
+std::vector<Case> &cases()
+{
+    static std::vector<Case> all;
+    return all;
+}
+
+double frameCopyMs()
+{
+    constexpr std::size_t bytes = std::size_t { 1920 } * 1080 * 4;
+    static const std::vector<std::uint8_t> from(bytes, 7);
+    static std::vector<std::uint8_t> onto(bytes);
+    return medianMs(31, [] { std::memcpy(onto.data(), from.data(), bytes); });
+}
+
+namespace {
+
+void report(const Case &item)
+{
+    // Other loads come and go: the unit is measured on both sides of what it measures.
+    const double before = frameCopyMs();
+    const double cost = item.run();
+    const double copy = (before + frameCopyMs()) / 2;
+    std::printf("%s\t%.4f\t%.2f\n", item.key, cost, cost / copy);
+    std::fflush(stdout);
+}
+
+} // namespace
+
+} // namespace nimbara::bench
+
+// "nimbara_bench KEY…" runs those cases, without a key all of them. One line per case, separated by
+// tabs: key, median in milliseconds, ratio to copying one frame.
+int main(int argc, char **argv)
+{
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    const QGuiApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("NimbaraStudio"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Halvenmoor"));
+    gst_init(nullptr, nullptr);
+
+    QStringList keys = QCoreApplication::arguments().mid(1);
+    const bool all = keys.isEmpty();
+    for (const auto &item : nimbara::bench::cases()) {
+        if (all || keys.removeAll(QString::fromUtf8(item.key)) > 0) {
+            nimbara::bench::report(item);
+        }
+    }
+    for (const QString &unknown : keys) {
+        std::fprintf(stderr, "no case %s\n", qPrintable(unknown));
+    }
+    return keys.isEmpty() ? 0 : 2;
+}

@@ -1,0 +1,182 @@
+#include "bench.h"
+#include "compositor/composer.h"
+#include "compositor/program_state.h"
+#include "scene/profile.h"
+
+#include <array>
+#include <memory>
+
+using namespace nimbara;
+
+namespace {
+
+/// A camera's pictures: a new frame each time.
+class MovingCamera {
+public:
+    MovingCamera()
+    {
+        for (std::size_t index = 0; index < m_frames.size(); ++index) {
+            auto frame = std::make_shared<Frame>(landscapeSize.width, landscapeSize.height);
+            for (std::size_t byte = 0; byte < frame->pixels.size(); ++byte) {
+                if (byte % 4 != 3) {
+                    frame->pixels[byte] = static_cast<std::uint8_t>(byte / 8000 + index * 5);
+                }
+            }
+            m_frames.at(index) = std::move(frame);
+        }
+    }
+    FramePtr next() { return m_frames.at(m_next++ % m_frames.size()); }
+
+private:
+    std::array<FramePtr, 3> m_frames;
+    std::size_t m_next = 0;
+};
+
+/// A picture with transparent corners, as logos have.
+FramePtr logo()
+{
+    auto frame = std::make_shared<Frame>(900, 900);
+    frame->opaque = false;
+    for (int y = 0; y < 900; ++y) {
+        for (int x = 0; x < 900; ++x) {
+            const int fromCentre = (x - 450) * (x - 450) + (y - 450) * (y - 450);
+            auto *pixel = frame->pixels.data() + (y * 900 + x) * 4;
+            pixel[0] = 220;
+            pixel[1] = static_cast<std::uint8_t>(x / 4);
+            pixel[3]
+                = static_cast<std::uint8_t>(std::clamp((450 * 450 - fromCentre) / 500, 0, 255));
+        }
+    }
+    return frame;
+}
+
+Layer logoLayer()
+{
+    Layer layer = newLayer(LayerKind::Image);
+    layer.image = logo();
+    layer.opacity = 0.9;
+    return layer;
+}
+
+/// A moving camera, two lines of 56 px text with box and shadow, a scaled logo at opacity 0.9.
+Scene streamScene(const char *text)
+{
+    Layer words = newLayer(LayerKind::Text);
+    words.text = QString::fromUtf8(text);
+    return { QStringLiteral("Culto"), { Layer {}, words, logoLayer() } };
+}
+
+constexpr const char *twoLines = "Bienvenidos a la casa de oración de todos los pueblos\n"
+                                 "Domingo a las once · culto en español y en inglés";
+
+Composition streamComposition(const char *text)
+{
+    Composition composition;
+    composition.scene = streamScene(text);
+    composition.size = landscapeSize;
+    return composition;
+}
+
+Composition hallComposition(const QStringList &phrases)
+{
+    Composition composition;
+    composition.scene = defaultScene(true);
+    composition.size = hallSize;
+    composition.isHall = true;
+    composition.captions = { phrases, QStringLiteral("\n"), true };
+    return composition;
+}
+
+const QStringList &phrases()
+{
+    static const QStringList list {
+        QStringLiteral("For God so loved the world that he gave his one and only Son."),
+        QStringLiteral("Whoever believes in him shall not perish but have eternal life."),
+        QStringLiteral("The light shines in the darkness, and the darkness has not overcome it."),
+        QStringLiteral("In the beginning was the Word, and the Word was with God."),
+        QStringLiteral("He makes me lie down in green pastures, he leads me beside quiet waters."),
+        QStringLiteral("Come to me, all you who are weary and burdened, and I will give you rest."),
+        QStringLiteral("I am the way and the truth and the life, said Jesus to Thomas."),
+    };
+    return list;
+}
+
+double streamSceneMs()
+{
+    Composer composer(std::make_shared<PaintCache>());
+    MovingCamera camera;
+    Composition composition = streamComposition(twoLines);
+    return bench::medianMs(101, [&] {
+        composition.camera = camera.next();
+        return composer.compose(composition);
+    });
+}
+
+double hallStillMs()
+{
+    Composer composer(std::make_shared<PaintCache>());
+    const Composition composition = hallComposition(phrases().mid(0, 2));
+    return bench::medianMs(501, [&] { return composer.compose(composition); });
+}
+
+double hallNewCaptionMs()
+{
+    Composer composer(std::make_shared<PaintCache>());
+    int turn = 0;
+    return bench::medianMs(51, [&] {
+        const qsizetype first = turn++ % phrases().size();
+        // The number keeps every caption new, so that no earlier one is found again.
+        const QString newest = phrases().at((first + 1) % phrases().size());
+        return composer.compose(
+            hallComposition({ phrases().at(first), newest + QStringLiteral(" (%1)").arg(turn) }));
+    });
+}
+
+double threePicturesMs()
+{
+    const auto cache = std::make_shared<PaintCache>();
+    Composer preview(cache);
+    Composer streams(cache);
+    Composer hall(cache);
+    MovingCamera camera;
+    Composition prepared = streamComposition("Lo que viene:\nel coro de los jóvenes");
+    prepared.isPreview = true;
+    Composition onAir = streamComposition(twoLines);
+    const Composition still = hallComposition(phrases().mid(0, 2));
+    return bench::medianMs(101, [&] {
+        const FramePtr picture = camera.next();
+        prepared.camera = picture;
+        onAir.camera = picture;
+        return std::array { preview.compose(prepared),
+            streams.compose(onAir),
+            hall.compose(still) };
+    });
+}
+
+/// What a fade adds to the composed picture.
+double fadeMs()
+{
+    Composer composer(std::make_shared<PaintCache>());
+    MovingCamera camera;
+    Composition composition = streamComposition(twoLines);
+    const auto compose = [&] {
+        composition.camera = camera.next();
+        return composer.compose(composition);
+    };
+    ProgramState program;
+    program.takeStreams({}, {}, false, compose(), 0);
+    std::vector<double> times;
+    for (int i = 0; i < 101; ++i) {
+        const QImage picture = compose();
+        times.push_back(bench::timeMs([&] { return program.fade(picture, 100'000 + i); }));
+    }
+    return bench::median(times);
+}
+
+} // namespace
+
+NIMBARA_BENCH_CASE("stream-scene", streamSceneMs)
+NIMBARA_BENCH_CASE("hall-still", hallStillMs)
+NIMBARA_BENCH_CASE("hall-new-caption", hallNewCaptionMs)
+NIMBARA_BENCH_CASE("three-pictures", threePicturesMs)
+NIMBARA_BENCH_CASE("fade", fadeMs)

@@ -1,0 +1,309 @@
+#include "compositor/composer.h"
+#include "support/test_registry.h"
+
+#include <QTest>
+
+using namespace nimbara;
+
+namespace {
+
+constexpr FrameSize canvasSize { 160, 90 };
+
+/// A picture in four colours: red, green above blue, yellow.
+FramePtr quarters(std::int32_t width, std::int32_t height, int alpha = 255)
+{
+    auto frame = std::make_shared<Frame>(width, height);
+    frame->opaque = alpha == 255;
+    for (std::int32_t y = 0; y < height; ++y) {
+        for (std::int32_t x = 0; x < width; ++x) {
+            const bool right = x >= width / 2;
+            const bool lower = y >= height / 2;
+            auto *pixel = frame->pixels.data() + (y * width + x) * 4;
+            pixel[0] = right == lower ? (right ? 255 : 255) : 0;
+            pixel[1] = right ? 255 : 0;
+            pixel[2] = !right && lower ? 255 : 0;
+            pixel[3] = static_cast<std::uint8_t>(alpha);
+        }
+    }
+    return frame;
+}
+
+const QColor topLeft(255, 0, 0);
+const QColor topRight(0, 255, 0);
+const QColor bottomLeft(0, 0, 255);
+const QColor bottomRight(255, 255, 0);
+
+Layer at(LayerKind kind, double x, double y, double w, double h)
+{
+    Layer layer;
+    layer.kind = kind;
+    layer.x = x;
+    layer.y = y;
+    layer.w = w;
+    layer.h = h;
+    return layer;
+}
+
+Layer colored(const QColor &fill, double x = 0, double y = 0, double w = 1, double h = 1)
+{
+    Layer layer = at(LayerKind::Color, x, y, w, h);
+    layer.fill = fill;
+    return layer;
+}
+
+QImage rendered(const std::vector<Layer> &layers, const FramePtr &camera = nullptr)
+{
+    PaintCache cache;
+    return renderScene({ {}, layers }, canvasSize, camera, cache);
+}
+
+bool near(const QColor &a, const QColor &b, int tolerance = 2)
+{
+    return qAbs(a.red() - b.red()) <= tolerance && qAbs(a.green() - b.green()) <= tolerance
+        && qAbs(a.blue() - b.blue()) <= tolerance;
+}
+
+} // namespace
+
+class DrawingTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void fitsAndCovers_data();
+    void fitsAndCovers();
+    void unscaledPicturesStayUnscaled();
+    void pictureFillsItsPlace_data();
+    void pictureFillsItsPlace();
+    void shrunkPictureShowsEveryPixelsShare();
+    void missingPictures_data();
+    void missingPictures();
+    void layersGoBackToFront();
+    void hiddenLayersLeaveNoTrace();
+    void opacityMixes_data();
+    void opacityMixes();
+    void boxesAreClippedByTheCanvas();
+    void transparentPictureShowsWhatIsBelow();
+    void everyPixelIsOpaque();
+};
+
+void DrawingTest::fitsAndCovers_data()
+{
+    QTest::addColumn<QSize>("picture");
+    QTest::addColumn<QRectF>("box");
+    QTest::addColumn<bool>("cover");
+    QTest::addColumn<QRectF>("source");
+    QTest::addColumn<QRectF>("target");
+    const QRectF box(10, 20, 160, 90);
+    QTest::newRow("4:3 fitted") << QSize(400, 300) << box << false << QRectF(0, 0, 400, 300)
+                                << QRectF(30, 20, 120, 90);
+    QTest::newRow("4:3 covering") << QSize(400, 300) << box << true << QRectF(0, 37.5, 400, 225)
+                                  << box;
+    QTest::newRow("tall fitted") << QSize(90, 160) << box << false << QRectF(0, 0, 90, 160)
+                                 << QRectF(64.6875, 20, 50.625, 90);
+    QTest::newRow("tall covering")
+        << QSize(90, 160) << box << true << QRectF(0, 54.6875, 90, 50.625) << box;
+    QTest::newRow("wide covering a square") << QSize(300, 100) << QRectF(0, 0, 50, 50) << true
+                                            << QRectF(100, 0, 100, 100) << QRectF(0, 0, 50, 50);
+    QTest::newRow("same shape") << QSize(320, 180) << box << true << QRectF(0, 0, 320, 180) << box;
+}
+
+void DrawingTest::fitsAndCovers()
+{
+    QFETCH(QSize, picture);
+    QFETCH(QRectF, box);
+    QFETCH(bool, cover);
+    QFETCH(QRectF, source);
+    QFETCH(QRectF, target);
+    const PictureFit fit = fitPicture({ picture.width(), picture.height() }, box, cover);
+    QCOMPARE(fit.source, source);
+    QCOMPARE(fit.target, target);
+}
+
+void DrawingTest::unscaledPicturesStayUnscaled()
+{
+    // 0.05 × 1920 and 0.85 × 1080 are not quite whole in floating point.
+    const QRectF box = pixelBox(QRectF(0.05, 0.15, 0.9, 0.85), { 1920, 1080 });
+    QCOMPARE(box.x(), 96.0);
+    QVERIFY(fitPicture({ 1728, 918 }, box, false).unscaled());
+    QVERIFY(fitPicture({ 1728, 918 }, box, true).unscaled());
+    QVERIFY(!fitPicture({ 864, 459 }, box, false).unscaled());
+}
+
+void DrawingTest::pictureFillsItsPlace_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<bool>("cover");
+    QTest::addColumn<QRect>("place"); ///< where picture is expected; black around it
+    for (const auto kind : { LayerKind::Camera, LayerKind::Image }) {
+        const int number = static_cast<int>(kind);
+        const auto row = [number](const char *text) {
+            return qPrintable(QStringLiteral("%1, kind %2").arg(QLatin1String(text)).arg(number));
+        };
+        QTest::newRow(row("unscaled")) << number << QSize(160, 90) << false << QRect(0, 0, 160, 90);
+        QTest::newRow(row("fitted 4:3"))
+            << number << QSize(40, 30) << false << QRect(20, 0, 120, 90);
+        QTest::newRow(row("covering 4:3"))
+            << number << QSize(40, 30) << true << QRect(0, 0, 160, 90);
+        QTest::newRow(row("shrunk"))
+            << number << QSize(1600, 1200) << false << QRect(20, 0, 120, 90);
+    }
+}
+
+void DrawingTest::pictureFillsItsPlace()
+{
+    QFETCH(int, kind);
+    QFETCH(QSize, size);
+    QFETCH(bool, cover);
+    QFETCH(QRect, place);
+    Layer layer = at(static_cast<LayerKind>(kind), 0, 0, 1, 1);
+    layer.cover = cover;
+    const FramePtr picture = quarters(size.width(), size.height());
+    layer.image = picture;
+    const QImage image = rendered({ layer }, picture);
+    QVERIFY(near(image.pixelColor(place.topLeft() + QPoint(2, 2)), topLeft));
+    QVERIFY(near(image.pixelColor(place.topRight() + QPoint(-2, 2)), topRight));
+    QVERIFY(near(image.pixelColor(place.bottomLeft() + QPoint(2, -2)), bottomLeft));
+    QVERIFY(near(image.pixelColor(place.bottomRight() - QPoint(2, 2)), bottomRight));
+    QVERIFY(near(image.pixelColor(place.center() - QPoint(8, 8)), topLeft));
+    if (place.left() > 2) {
+        QCOMPARE(image.pixelColor(place.left() - 2, 45), QColor(Qt::black));
+        QCOMPARE(image.pixelColor(place.right() + 2, 45), QColor(Qt::black));
+    }
+}
+
+void DrawingTest::shrunkPictureShowsEveryPixelsShare()
+{
+    // Stripes of one pixel: a scaler that picks single pixels shows black or white.
+    auto stripes = std::make_shared<Frame>(1600, 900);
+    for (std::size_t pixel = 0; pixel < stripes->pixels.size(); pixel += 4) {
+        const std::uint8_t value = (pixel / 4) % 2 == 0 ? 255 : 0;
+        std::fill_n(stripes->pixels.begin() + static_cast<std::ptrdiff_t>(pixel), 3, value);
+    }
+    Layer layer = at(LayerKind::Image, 0, 0, 1, 1);
+    layer.image = stripes;
+    const QImage image = rendered({ layer });
+    for (const int x : { 3, 50, 77, 120, 156 }) {
+        QVERIFY(near(image.pixelColor(x, 40), QColor(128, 128, 128), 12));
+    }
+}
+
+void DrawingTest::missingPictures_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<bool>("placeholder");
+    QTest::newRow("camera") << 0 << false;
+    QTest::newRow("image") << 1 << true;
+    QTest::newRow("video") << 3 << true;
+    QTest::newRow("screen") << 4 << true;
+    QTest::newRow("unknown kind") << 9 << true;
+}
+
+void DrawingTest::missingPictures()
+{
+    QFETCH(int, kind);
+    QFETCH(bool, placeholder);
+    const QImage image
+        = rendered({ colored(Qt::white), at(static_cast<LayerKind>(kind), 0.25, 0.25, 0.5, 0.5) });
+    const QColor dark(55, 55, 55); // white under black of alpha 200
+    QVERIFY(near(image.pixelColor(80, 45), placeholder ? dark : QColor(Qt::white)));
+    QCOMPARE(image.pixelColor(20, 45), QColor(Qt::white));
+}
+
+void DrawingTest::layersGoBackToFront()
+{
+    const QImage image = rendered({ colored(Qt::red, 0, 0, 0.6, 1),
+        colored(Qt::green, 0.4, 0, 0.6, 1),
+        colored(Qt::blue, 0.45, 0.4, 0.1, 0.2) });
+    QCOMPARE(image.pixelColor(10, 45), QColor(Qt::red));
+    QCOMPARE(image.pixelColor(70, 10), QColor(Qt::green));
+    QCOMPARE(image.pixelColor(80, 45), QColor(Qt::blue));
+
+    // What covers the canvas hides what is below, and only that.
+    const QImage covered
+        = rendered({ colored(Qt::red), colored(Qt::white), colored(Qt::blue, 0, 0, 0.5, 1) });
+    QCOMPARE(covered.pixelColor(10, 45), QColor(Qt::blue));
+    QCOMPARE(covered.pixelColor(150, 45), QColor(Qt::white));
+}
+
+void DrawingTest::hiddenLayersLeaveNoTrace()
+{
+    Layer hidden = colored(Qt::red);
+    hidden.visible = false;
+    Layer clear = colored(Qt::green);
+    clear.opacity = 0;
+    QCOMPARE(rendered({ hidden, clear }), rendered({}));
+    QCOMPARE(rendered({}).pixelColor(80, 45), QColor(Qt::black));
+}
+
+void DrawingTest::opacityMixes_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("colour") << 5 << QSize();
+    QTest::newRow("unscaled camera") << 0 << QSize(160, 90);
+    QTest::newRow("scaled camera") << 0 << QSize(80, 45);
+    QTest::newRow("image") << 1 << QSize(80, 45);
+}
+
+void DrawingTest::opacityMixes()
+{
+    QFETCH(int, kind);
+    QFETCH(QSize, size);
+    Layer layer = at(static_cast<LayerKind>(kind), 0, 0, 1, 1);
+    layer.fill = topLeft;
+    layer.opacity = 0.25;
+    FramePtr picture;
+    if (!size.isEmpty()) {
+        picture = quarters(size.width(), size.height());
+        layer.image = picture;
+    }
+    const QImage image = rendered({ colored(Qt::white), layer }, picture);
+    QVERIFY(near(image.pixelColor(20, 20), QColor(255, 191, 191), 3));
+}
+
+void DrawingTest::boxesAreClippedByTheCanvas()
+{
+    Layer outside = at(LayerKind::Image, -0.5, -0.5, 1, 1);
+    outside.image = quarters(160, 90);
+    const QImage image = rendered({ outside });
+    QVERIFY(near(image.pixelColor(40, 20), bottomRight));
+    QCOMPARE(image.pixelColor(120, 60), QColor(Qt::black));
+
+    Layer far = at(LayerKind::Image, 40, 40, 3, 3);
+    far.image = outside.image;
+    Layer words = at(LayerKind::Text, -30, 0, 1, 1);
+    words.text = QStringLiteral("lejos");
+    Layer flat = at(LayerKind::Camera, 0.2, 0.2, 0, 0.5);
+    QCOMPARE(rendered({ far, words, flat }, outside.image), rendered({}));
+}
+
+void DrawingTest::transparentPictureShowsWhatIsBelow()
+{
+    for (const QSize size : { QSize(160, 90), QSize(80, 45) }) {
+        Layer layer = at(LayerKind::Image, 0, 0, 1, 1);
+        layer.image = quarters(size.width(), size.height(), 128);
+        const QImage image = rendered({ colored(Qt::white), layer });
+        QVERIFY(near(image.pixelColor(20, 20), QColor(255, 127, 127), 3));
+        QVERIFY(near(image.pixelColor(140, 80), QColor(255, 255, 127), 3));
+    }
+}
+
+void DrawingTest::everyPixelIsOpaque()
+{
+    Layer words = at(LayerKind::Text, 0.1, 0.1, 0.8, 0.8);
+    words.text = QStringLiteral("Aleluya 🎉");
+    words.size = 300;
+    words.opacity = 0.6;
+    Layer picture = at(LayerKind::Image, 0.2, 0, 0.5, 0.5);
+    picture.image = quarters(33, 17, 90);
+    const QImage image = rendered({ colored(QColor(9, 9, 9, 60)), words, picture });
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            QCOMPARE(image.constScanLine(y)[x * 4 + 3], uchar { 255 });
+        }
+    }
+    QVERIFY(!image.hasAlphaChannel());
+}
+
+NIMBARA_TEST(DrawingTest)
+#include "drawing_test.moc"

@@ -1,6 +1,7 @@
 #include "output/output_pipeline.h"
 
 #include "app/error.h"
+#include "output/audio_timeline.h"
 #include "output/encoders.h"
 #include "output/sound_probe.h"
 
@@ -17,6 +18,10 @@ constexpr std::int32_t minBitrate = 500'000;
 constexpr std::int32_t maxBitrate = 20'000'000;
 constexpr guint64 inputMaxTime = 500'000'000; // ns
 constexpr guint64 videoQueueMaxTime = 1'000'000'000; // ns
+/// ns; how long the stream muxer waits for the other of picture and sound. Out of patience it sends
+/// what it has, and gives what comes next a later time than its own: sound and picture stutter. A
+/// stall of the program must not use it up, as long as the sound of the stall is made up for.
+constexpr guint64 muxerPatience = AudioTimeline::longestFill / audioRate * GST_SECOND;
 
 void checkProfile(const OutputProfile &profile)
 {
@@ -175,7 +180,7 @@ private:
         if (!namesStream(m_profile.location)) {
             throw Error(QStringLiteral("No se pudo iniciar salida"));
         }
-        g_object_set(m_muxer, "streamable", TRUE, nullptr);
+        g_object_set(m_muxer, "streamable", TRUE, "latency", muxerPatience, nullptr);
         g_object_set(m_sink,
             "location",
             m_profile.location.toUtf8().constData(),

@@ -66,6 +66,9 @@ Probe probe(const QString &path)
         const QJsonObject packet = value.toObject();
         const bool isVideo = packet[text("codec_type")].toString() == text("video");
         auto &times = isVideo ? found.videoTimes : found.audioTimes;
+        if (isVideo && packet[text("flags")].toString().startsWith(text("K"))) {
+            found.keyTimes.push_back(packet[text("pts_time")].toString().toDouble());
+        }
         times.push_back(packet[text("pts_time")].toString().toDouble());
     }
     return found;

@@ -18,6 +18,7 @@ struct Probe {
     int audioChannels = 0;
     double duration = 0; ///< seconds, as the container states it; 0 when it does not
     std::vector<double> videoTimes; ///< presentation times of the packets, seconds
+    std::vector<double> keyTimes; ///< of the video's key frames
     std::vector<double> audioTimes;
 };
 

@@ -44,16 +44,7 @@ rtmp {
 }
 CONF
 
-if [ ! -e "$dir/server.pem" ]; then
-  openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 30 \
-    -subj "/CN=Test authority" -keyout "$dir/ca.key" -out "$dir/ca.pem" 2>/dev/null
-  openssl req -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -subj "/CN=localhost" \
-    -keyout "$dir/server.key" -out "$dir/server.csr" 2>/dev/null
-  printf 'subjectAltName=DNS:localhost,IP:127.0.0.1\n' >"$dir/san.cnf"
-  openssl x509 -req -days 30 -in "$dir/server.csr" -CA "$dir/ca.pem" -CAkey "$dir/ca.key" \
-    -CAcreateserial -extfile "$dir/san.cnf" -out "$dir/server.crt" 2>/dev/null
-  cat "$dir/server.key" "$dir/server.crt" >"$dir/server.pem"
-fi
+"$(dirname "$0")/test_ca.sh" "$dir"
 cat >"$dir/stunnel.conf" <<CONF
 foreground = yes
 pid =
@@ -62,6 +53,7 @@ debug = warning
 accept = 127.0.0.1:$rtmps_port
 connect = 127.0.0.1:$rtmp_port
 cert = $dir/server.pem
+key = $dir/server.key
 CONF
 
 nginx -p "$dir" -e "$dir/logs/error.log" -c "$dir/nginx.conf" &

@@ -1,0 +1,207 @@
+#include "app/gst_log_hook.h"
+#include "app/log.h"
+#include "output/outputs.h"
+#include "output/probe.h"
+#include "output/program_feed.h"
+#include "support/rtmp_peer.h"
+#include "support/test_registry.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gio/gio.h>
+
+#include <vector>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+
+namespace {
+
+constexpr FrameSize small { 160, 90 };
+const auto key = QStringLiteral("k3y-of-the-stream");
+const auto live = QStringLiteral("live");
+
+/// What the streams trust while this lives: the authority alone.
+class TrustedAuthority {
+public:
+    explicit TrustedAuthority(const QString &file)
+    {
+        GTlsDatabase *database
+            = g_tls_file_database_new(QFile::encodeName(file).constData(), nullptr);
+        g_tls_backend_set_default_database(g_tls_backend_get_default(), database);
+        g_object_unref(database);
+    }
+    TrustedAuthority(const TrustedAuthority &) = delete;
+    TrustedAuthority &operator=(const TrustedAuthority &) = delete;
+    ~TrustedAuthority()
+    {
+        g_tls_backend_set_default_database(g_tls_backend_get_default(), nullptr);
+    }
+};
+
+} // namespace
+
+class StreamTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        installGstLogHook();
+        m_peer = std::make_unique<RtmpPeer>();
+    }
+
+    void init()
+    {
+        QFile::remove(logFilePath());
+        m_retirement = std::make_shared<Retirement>();
+        m_outputs = std::make_unique<Outputs>(m_retirement);
+    }
+
+    void cleanup()
+    {
+        m_outputs.reset();
+        QTRY_COMPARE_WITH_TIMEOUT((m_retirement->reap(), m_retirement->pending()), 0U, 20000);
+        QFile log(logFilePath());
+        QVERIFY(!log.open(QIODevice::ReadOnly) || !log.readAll().contains(key.toUtf8()));
+    }
+
+    void cleanupTestCase() { m_peer.reset(); }
+
+    // Before anything trusts the authority: TLS sessions are resumed within a process.
+    void tellsAFailureOfItsOwn_data()
+    {
+        QTest::addColumn<QString>("server");
+        QTest::newRow("refused publisher") << m_peer->rtmp(QStringLiteral("closed"));
+        QTest::newRow("no such application") << m_peer->rtmp(QStringLiteral("nothing"));
+        QTest::newRow("unknown certificate") << m_peer->rtmps(live);
+        QTest::newRow("nobody listens")
+            << QStringLiteral("rtmp://127.0.0.1:%1/live").arg(freePort());
+        QTest::newRow("no such host") << QStringLiteral("rtmp://host.invalid/live");
+    }
+
+    void tellsAFailureOfItsOwn()
+    {
+        QFETCH(QString, server);
+        m_outputs->destination(0).start(m_peer->rtmp(live), key + QStringLiteral("-good"), small);
+        m_outputs->destination(2).start(server, key, small);
+        ProgramFeed feed(small);
+        std::vector<std::size_t> stopped;
+        QTRY_VERIFY_WITH_TIMEOUT(!stopped.empty() || !(stopped = push(feed).destinations).empty(),
+            20000);
+        QCOMPARE(stopped, std::vector<std::size_t> { 2 });
+        QVERIFY(m_outputs->destination(0).running() && !m_outputs->destination(2).running());
+        const QString status = m_outputs->destination(2).statusText();
+        const QRegularExpression text(QStringLiteral(
+            "^Fallo de salida \\(codigo \\d+\\)\\. Revisa destino, permisos y codecs\\.$"));
+        QVERIFY2(text.match(status).hasMatch(), qPrintable(status));
+        QCOMPARE(m_outputs->destination(2).buttonText(), QStringLiteral("Iniciar"));
+    }
+
+    void reachesTheServer_data()
+    {
+        QTest::addColumn<bool>("secure");
+        QTest::newRow("rtmp") << false;
+        QTest::newRow("rtmps") << true;
+    }
+
+    void reachesTheServer()
+    {
+        QFETCH(bool, secure);
+        const TrustedAuthority trusted(m_peer->authorityFile());
+        const QString name = key + QString::number(secure ? 1 : 0);
+        const QString server = secure ? m_peer->rtmps(live) : m_peer->rtmp(live);
+        m_outputs->destination(3).start(server, name, small);
+        ProgramFeed feed(small);
+        for (int i = 0; i < 150; ++i) {
+            QVERIFY(push(feed).destinations.empty());
+            QVERIFY(feed.wait());
+            if (i == 74) {
+                feed.skip(1'000'000'000); // a stall
+            }
+        }
+        Probe found;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (found = probe(m_peer->recordedFile(name)), found.videoTimes.size() > 125),
+            20000);
+        m_outputs->stopStreams();
+        QCOMPARE(m_outputs->destination(3).statusText(), QStringLiteral("Detenido"));
+        QCOMPARE(found.videoCodec, QStringLiteral("h264"));
+        QCOMPARE(found.width, small.width);
+        QCOMPARE(found.height, small.height);
+        QCOMPARE(found.audioCodec, QStringLiteral("aac"));
+        QCOMPARE(found.audioRate, 48000);
+        QCOMPARE(found.audioChannels, 2);
+        for (std::size_t i = 1; i < found.videoTimes.size(); ++i) {
+            const double step = found.videoTimes[i] - found.videoTimes[i - 1];
+            const double expected = i == 75 ? 1.0333 : 0.0333;
+            QVERIFY2(std::abs(step - expected) < 0.0015, qPrintable(QString::number(step)));
+        }
+        QVERIFY(found.audioTimes.size() > 200);
+        for (std::size_t i = 1; i < found.audioTimes.size(); ++i) { // 1024 frames each
+            const double step = found.audioTimes[i] - found.audioTimes[i - 1];
+            QVERIFY2(std::abs(step - 0.0213) < 0.0015, qPrintable(QString::number(step)));
+        }
+        QCOMPARE(found.keyTimes.size(), 3U); // every two seconds
+    }
+
+    void aServerThatStopsReadingHoldsNothingUp()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("meanwhile.webm"));
+        m_outputs->destination(0).start(m_peer->rtmp(live), key + QStringLiteral("-frozen"), small);
+        ProgramFeed feed(small);
+        for (int i = 0; i < 30; ++i) {
+            push(feed);
+            QVERIFY(feed.wait());
+        }
+        m_peer->freeze(true);
+        m_outputs->recording().start(path, small);
+        std::vector<std::weak_ptr<const Frame>> pictures;
+        for (int i = 0; i < 600; ++i) {
+            const Tick tick = feed.next();
+            pictures.push_back(tick.frame);
+            QVERIFY(m_outputs->push(tick.frame, tick.block, tick.tNs).destinations.empty());
+            QThread::usleep(500);
+        }
+        const auto held = std::count_if(pictures.begin(), pictures.end(), [](const auto &picture) {
+            return !picture.expired();
+        });
+        QVERIFY2(held < 12, qPrintable(QString::number(held)));
+        QVERIFY(m_outputs->recording().exists());
+        m_outputs->stopStreams(); // returns while the server still does not read
+        QTRY_COMPARE_WITH_TIMEOUT((m_retirement->reap(), m_retirement->pending()), 0U, 20000);
+        m_peer->freeze(false);
+    }
+
+    void stopsWhileItConnects()
+    {
+        QTcpServer mute; // takes the connection and never says a word
+        QVERIFY(mute.listen(QHostAddress::LocalHost));
+        m_outputs->destination(1).start(
+            QStringLiteral("rtmps://127.0.0.1:%1/live").arg(mute.serverPort()),
+            key,
+            small);
+        ProgramFeed feed(small);
+        QTRY_VERIFY_WITH_TIMEOUT((push(feed), mute.hasPendingConnections()), 20000);
+        m_outputs->stopStreams();
+        QTRY_COMPARE_WITH_TIMEOUT((m_retirement->reap(), m_retirement->pending()), 0U, 20000);
+    }
+
+private:
+    Outputs::Stopped push(ProgramFeed &feed)
+    {
+        const Tick tick = feed.next();
+        return m_outputs->push(tick.frame, tick.block, tick.tNs);
+    }
+
+    std::unique_ptr<RtmpPeer> m_peer;
+    std::shared_ptr<Retirement> m_retirement;
+    std::unique_ptr<Outputs> m_outputs;
+};
+
+NIMBARA_TEST(StreamTest)
+#include "stream_test.moc"

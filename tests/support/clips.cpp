@@ -1,0 +1,172 @@
+#include "support/clips.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QUrl>
+
+#include <stdexcept>
+
+namespace nimbara::testing {
+
+namespace {
+
+constexpr int counterBits = 16;
+
+QString pictureFilter()
+{
+    QStringList filters { QStringLiteral("drawbox=x=0:y=0:w=iw:h=ih/8:color=black:t=fill"),
+        QStringLiteral("drawbox=x=0:y=ih*7/8:w=iw:h=ih/8:color=black:t=fill"),
+        QStringLiteral("drawbox=x=0:y=ih*7/8:w=iw:h=ih/8:color=white:t=fill:"
+                       "enable='lt(mod(t\\,1)\\,0.0999)'") };
+    for (int bit = 0; bit < counterBits; ++bit) {
+        filters += QStringLiteral("drawbox=x=iw*%1/16:y=0:w=iw/16:h=ih/8:color=white:t=fill:"
+                                  "enable='gte(bitand(n\\,%2)\\,1)'")
+                       .arg(bit)
+                       .arg(1 << bit);
+    }
+    return filters.join(QLatin1Char(','));
+}
+
+QStringList videoInput(const ClipSpec &spec)
+{
+    return { QStringLiteral("-f"),
+        QStringLiteral("lavfi"),
+        QStringLiteral("-i"),
+        QStringLiteral("color=c=gray:s=%1x%2:r=%3:d=%4,%5,format=%6")
+            .arg(spec.width)
+            .arg(spec.height)
+            .arg(spec.rate)
+            .arg(spec.seconds)
+            .arg(pictureFilter(), spec.pixelFormat) };
+}
+
+QStringList audioInput(const ClipSpec &spec)
+{
+    return { QStringLiteral("-f"),
+        QStringLiteral("lavfi"),
+        QStringLiteral("-i"),
+        QStringLiteral("aevalsrc=0.5*sin(2*PI*1000*t)*lt(mod(t\\,1)\\,0.1):s=%1:d=%2")
+            .arg(spec.audioRate)
+            .arg(spec.seconds) };
+}
+
+/// ffmpeg writes the turn only while it copies a stream.
+QStringList turnArguments(const ClipSpec &spec)
+{
+    ClipSpec upright = spec;
+    upright.rotate = 0;
+    return { QStringLiteral("-v"),
+        QStringLiteral("error"),
+        QStringLiteral("-i"),
+        clip(upright),
+        QStringLiteral("-c"),
+        QStringLiteral("copy"),
+        QStringLiteral("-metadata:s:v:0"),
+        QStringLiteral("rotate=%1").arg(spec.rotate) };
+}
+
+QStringList ffmpegArguments(const ClipSpec &spec)
+{
+    if (spec.rotate != 0) {
+        return turnArguments(spec);
+    }
+    QStringList arguments { QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y") };
+    QStringList output;
+    if (!spec.videoCodec.isEmpty()) {
+        arguments += videoInput(spec);
+        output += { QStringLiteral("-c:v"), spec.videoCodec, QStringLiteral("-g"), spec.rate };
+    }
+    if (!spec.audioCodec.isEmpty()) {
+        arguments += audioInput(spec);
+        output += { QStringLiteral("-c:a"),
+            spec.audioCodec,
+            QStringLiteral("-ac"),
+            QString::number(spec.audioChannels) };
+    }
+    return arguments + output + spec.extra;
+}
+
+void runFfmpeg(const QStringList &arguments)
+{
+    QProcess ffmpeg;
+    ffmpeg.start(QStringLiteral("ffmpeg"), arguments);
+    if (!ffmpeg.waitForStarted() || !ffmpeg.waitForFinished(120'000) || ffmpeg.exitCode() != 0) {
+        throw std::runtime_error("ffmpeg: " + ffmpeg.readAllStandardError().toStdString());
+    }
+}
+
+/// Blocks are read at their centre.
+int brightness(const Frame &frame, double x, double y)
+{
+    const auto column = static_cast<std::size_t>(x * frame.width);
+    const auto row = static_cast<std::size_t>(y * frame.height);
+    return frame.pixels[(row * static_cast<std::size_t>(frame.width) + column) * 4 + 1];
+}
+
+} // namespace
+
+QString clipFolder()
+{
+    const QString folder = QStringLiteral(NIMBARA_CLIP_FOLDER);
+    QDir().mkpath(folder);
+    return folder;
+}
+
+QString clip(const ClipSpec &spec)
+{
+    const QStringList arguments = ffmpegArguments(spec);
+    const QByteArray key = QCryptographicHash::hash(arguments.join(QLatin1Char('\n')).toUtf8(),
+        QCryptographicHash::Sha256);
+    const QString name
+        = QString::fromLatin1(key.toHex().left(16)) + QLatin1Char('.') + spec.container;
+    const QString path = QDir(clipFolder()).filePath(name);
+    if (!QFile::exists(path)) {
+        // Made aside and moved, so that no other program finds half a clip.
+        const QTemporaryDir aside(QDir(clipFolder()).filePath(QStringLiteral("making-XXXXXX")));
+        const QString made = aside.filePath(name);
+        runFfmpeg(arguments + QStringList { made });
+        if (!QFile::rename(made, path) && !QFile::exists(path)) {
+            throw std::runtime_error("the clip cannot be moved into its folder");
+        }
+    }
+    return path;
+}
+
+QString truncatedClip(const ClipSpec &spec, double fraction)
+{
+    const QString whole = clip(spec);
+    const QString path = whole + QStringLiteral(".%1.cut").arg(fraction);
+    QFile from(whole);
+    QFile into(path);
+    if (!from.open(QIODevice::ReadOnly) || !into.open(QIODevice::WriteOnly)) {
+        throw std::runtime_error("the clip cannot be cut");
+    }
+    into.write(from.read(static_cast<qint64>(static_cast<double>(from.size()) * fraction)));
+    return path;
+}
+
+QString fileLocation(const QString &path)
+{
+    return QUrl::fromLocalFile(path).toString();
+}
+
+ClipPicture readClip(const Frame &frame)
+{
+    ClipPicture picture;
+    int number = 0;
+    for (int bit = 0; bit < counterBits; ++bit) {
+        const int level = brightness(frame, (bit + 0.5) / counterBits, 1.0 / 16);
+        if (level > 80 && level < 170) {
+            return picture;
+        }
+        number |= level >= 170 ? 1 << bit : 0;
+    }
+    picture.number = number;
+    picture.flash = brightness(frame, 0.5, 15.0 / 16) > 128;
+    return picture;
+}
+
+} // namespace nimbara::testing

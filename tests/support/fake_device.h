@@ -1,0 +1,35 @@
+#pragma once
+
+#include "media/gst_handles.h"
+
+#include <string>
+
+namespace nimbara::testing {
+
+/// A capture device that exists in this program only.
+struct FakeDeviceSpec {
+    std::string name = "Camera";
+    std::string deviceClass = "Video/Source";
+    std::string caps = "video/x-raw"; ///< what it offers
+    std::string properties; ///< a structure as text, e.g. "properties,node.name=cam"; may be empty
+    /// What it opens: a pipeline description with a free source pad. Empty: nothing can be opened.
+    std::string opens = "videotestsrc is-live=true";
+};
+
+DeviceRef fakeDevice(const FakeDeviceSpec &spec);
+
+/// Hides an element from this program while it lives, as if its plug-in were not installed.
+class HiddenElement {
+public:
+    explicit HiddenElement(const char *factory);
+    HiddenElement(const HiddenElement &) = delete;
+    HiddenElement &operator=(const HiddenElement &) = delete;
+    HiddenElement(HiddenElement &&) = delete;
+    HiddenElement &operator=(HiddenElement &&) = delete;
+    ~HiddenElement();
+
+private:
+    GstPluginFeature *m_feature;
+};
+
+} // namespace nimbara::testing

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class QProcess;
+
+namespace nimbara::testing {
+
+/// A camera or microphone of the running PipeWire service (pipewire_session.sh). It is there for as
+/// long as this lives.
+class VirtualDevice {
+public:
+    /// `colour`: a pattern of videotestsrc, "red" or "blue". 640 × 480, 30 frames per second.
+    static VirtualDevice camera(const QString &node, const QString &name, const QString &colour);
+    /// A steady tone at 44.1 kHz.
+    static VirtualDevice microphone(const QString &node, const QString &name);
+
+    VirtualDevice(VirtualDevice &&) noexcept;
+    VirtualDevice &operator=(VirtualDevice &&) noexcept;
+    ~VirtualDevice();
+
+    /// Pulls the plug.
+    void unplug();
+
+private:
+    explicit VirtualDevice(const QStringList &pipeline);
+
+    std::unique_ptr<QProcess> m_process;
+};
+
+} // namespace nimbara::testing

@@ -1,0 +1,148 @@
+"""A desktop of its own for the shipped program: X server, window manager, session bus, private home.
+
+The program is driven as an operator would: its controls are found through the accessibility bus by
+their name, then clicked and typed into with real X events.
+"""
+
+import os
+import pathlib
+import subprocess
+import tempfile
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi  # noqa: E402
+
+PATIENCE = 60.0  # seconds that a condition may take on a loaded machine
+
+
+def wait_for(what, condition, patience=PATIENCE):
+    """Returns the first true value of the condition; fails with `what` when it never comes."""
+    deadline = time.monotonic() + patience
+    while time.monotonic() < deadline:
+        value = condition()
+        if value:
+            return value
+        time.sleep(0.05)
+    raise AssertionError(f"never happened: {what}")
+
+
+class Desktop:
+    """An X server with a window manager. Close it at the end."""
+
+    def __init__(self, size="1920x1080x24"):
+        read, write = os.pipe()
+        self.server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", size, "-nolisten", "tcp"],
+            pass_fds=[write],
+            stderr=subprocess.DEVNULL,
+        )
+        os.close(write)
+        with os.fdopen(read) as told:  # the whole line: the server fails when the pipe goes early
+            self.display = ":" + told.readline().strip()
+        os.environ["DISPLAY"] = self.display
+        self.manager = subprocess.Popen(["openbox"], stderr=subprocess.DEVNULL)
+        # The accessibility bus must be there before the program looks for it.
+        Atspi.init()
+        Atspi.get_desktop(0).get_child_count()
+
+    def close(self):
+        self.manager.terminate()
+        self.server.terminate()
+        self.server.wait()
+
+
+def x(*words):
+    subprocess.run(["xdotool", *words], check=True)
+
+
+class Program:
+    """One run of the shipped program in a home of its own."""
+
+    def __init__(self, executable, language="es", home=None):
+        self.home = pathlib.Path(home or tempfile.mkdtemp(prefix="studio-home-"))
+        settings = self.home / "config" / "Halvenmoor" / "NimbaraStudio.conf"
+        settings.parent.mkdir(parents=True, exist_ok=True)
+        if not settings.exists():
+            settings.write_text(f"[General]\nlanguage={language}\nonboarding_complete=true\n")
+        self.log_path = self.home / "data" / "Halvenmoor" / "NimbaraStudio" / "Vesperline.log"
+        environment = dict(
+            os.environ,
+            HOME=str(self.home),
+            XDG_CONFIG_HOME=str(self.home / "config"),
+            XDG_DATA_HOME=str(self.home / "data"),
+            XDG_CACHE_HOME=str(self.home / "cache"),
+            XDG_RUNTIME_DIR=str(self.home),
+            QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+        )
+        os.chmod(self.home, 0o700)
+        self.process = subprocess.Popen([executable], env=environment, stderr=subprocess.DEVNULL)
+        wait_for("the main window", lambda: self.find("AL AIRE  →", "ON AIR  →"))
+
+    # What the program says.
+
+    def log(self):
+        return self.log_path.read_text() if self.log_path.exists() else ""
+
+    def statuses(self):
+        return [line.split("  UI: ", 1)[1] for line in self.log().splitlines() if "  UI: " in line]
+
+    def wait_status(self, text, patience=PATIENCE):
+        return wait_for(
+            f"status {text!r}; the log ends {self.log()[-600:]!r}",
+            lambda: [status for status in self.statuses() if text in status],
+            patience,
+        )[-1]
+
+    # Its controls.
+
+    def application(self):
+        desktop = Atspi.get_desktop(0)
+        for index in range(desktop.get_child_count()):
+            child = desktop.get_child_at_index(index)
+            if child is not None and child.get_process_id() == self.process.pid:
+                return child
+        return None
+
+    def walk(self, node):
+        yield node
+        for index in range(node.get_child_count()):
+            child = node.get_child_at_index(index)
+            if child is not None:
+                yield from self.walk(child)
+
+    def find(self, *names, role=None):
+        root = self.application()
+        if root is None:
+            return None
+        try:
+            for node in self.walk(root):
+                if node.get_name() in names and (role is None or node.get_role_name() == role):
+                    if node.get_state_set().contains(Atspi.StateType.SHOWING):
+                        return node
+        except gi.repository.GLib.Error:  # the tree changed under the walk
+            pass
+        return None
+
+    def click(self, *names, role=None, button="1"):
+        node = wait_for(f"control {names}", lambda: self.find(*names, role=role))
+        box = node.get_extents(Atspi.CoordType.SCREEN)
+        x("mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2), "click", button)
+
+    def enter_path(self, title, path):
+        """Types a path into the file dialog of that title and accepts it."""
+        wait_for(f"dialog {title}", lambda: self.find(title, role="dialog") or self.find(title, role="file chooser"))
+        time.sleep(0.3)
+        x("type", "--delay", "5", str(path))
+        x("key", "Return")
+
+    def close(self):
+        if self.process.poll() is None:
+            self.process.terminate()
+            try:
+                self.process.wait(10)
+            except subprocess.TimeoutExpired:
+                self.process.kill()
+                self.process.wait()

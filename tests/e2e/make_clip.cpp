@@ -1,0 +1,50 @@
+#include "support/clips.h"
+
+#include <cstdio>
+#include <exception>
+#include <map>
+
+// Makes a test clip and prints its path: make_clip width=1440 height=1080 rate=25 …
+// A value of extra is split at blanks; cut=0.4 gives the first part of the file's bytes.
+int main(int argc, char **argv)
+{
+    std::map<QString, QString> given;
+    for (int i = 1; i < argc; ++i) {
+        const QString word = QString::fromLocal8Bit(argv[i]);
+        given[word.section(QLatin1Char('='), 0, 0)] = word.section(QLatin1Char('='), 1);
+    }
+    nimbara::testing::ClipSpec spec;
+    const auto text = [&](const char *key, QString &into) {
+        if (const auto found = given.find(QLatin1String(key)); found != given.end()) {
+            into = found->second;
+        }
+    };
+    const auto number = [&](const char *key, auto &into) {
+        if (const auto found = given.find(QLatin1String(key)); found != given.end()) {
+            into = static_cast<std::remove_reference_t<decltype(into)>>(found->second.toDouble());
+        }
+    };
+    number("width", spec.width);
+    number("height", spec.height);
+    number("seconds", spec.seconds);
+    number("channels", spec.audioChannels);
+    number("rotate", spec.rotate);
+    text("rate", spec.rate);
+    text("video", spec.videoCodec);
+    text("audio", spec.audioCodec);
+    text("container", spec.container);
+    QString extra;
+    text("extra", extra);
+    spec.extra = extra.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    double cut = 0;
+    number("cut", cut);
+    try {
+        const QString path
+            = cut > 0 ? nimbara::testing::truncatedClip(spec, cut) : nimbara::testing::clip(spec);
+        std::puts(qPrintable(path));
+    } catch (const std::exception &error) {
+        static_cast<void>(std::fprintf(stderr, "%s\n", error.what()));
+        return 1;
+    }
+    return 0;
+}

@@ -4,53 +4,52 @@
 #include <QJsonDocument>
 
 #include <algorithm>
-#include <utility>
 
 namespace nimbara::testing {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-QString script(const char *name)
-{
-    return QStringLiteral(NIMBARA_SUPPORT_FOLDER "/") + QLatin1String(name);
-}
+const QString scripts = QStringLiteral(NIMBARA_SUPPORT_FOLDER "/");
+const QString packages = QStringLiteral(NIMBARA_PEER_FOLDER "/node");
+const QString authority = QStringLiteral(NIMBARA_PEER_FOLDER "/ca");
 
-void run(const QString &program, const QString &folder)
+void run(const QString &script, const QString &folder)
 {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(program, { folder });
-    if (!process.waitForFinished(120000) || process.exitCode() != 0) {
-        qFatal("%s failed", qPrintable(program));
+    if (QProcess::execute(scripts + script, { folder }) != 0) {
+        qFatal("%s failed", qPrintable(script));
     }
 }
 
 } // namespace
 
+QString field(const QJsonObject &object, const char *name)
+{
+    return object.value(QLatin1String(name)).toString();
+}
+
 ApiPeer::ApiPeer()
 {
-    const QString packages = QStringLiteral(NIMBARA_PEER_FOLDER "/node");
-    const QString authority = QStringLiteral(NIMBARA_PEER_FOLDER "/ca");
-    run(script("node_packages.sh"), packages);
-    run(script("test_ca.sh"), authority);
-    QFile pem(authority + QStringLiteral("/ca.pem"));
-    if (!pem.open(QIODevice::ReadOnly)) {
-        qFatal("no test authority");
+    run(u"node_packages.sh"_s, packages);
+    run(u"test_ca.sh"_s, authority);
+    QFile pem(authority + u"/ca.pem"_s);
+    if (pem.open(QIODevice::ReadOnly)) {
+        m_endpoint.trustedCaPem = pem.readAll();
     }
-    m_endpoint.host = QStringLiteral("127.0.0.1");
-    m_endpoint.trustedCaPem = pem.readAll();
+    m_endpoint.host = u"127.0.0.1"_s;
     m_endpoint.port = 0;
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(QStringLiteral("node"),
-        { script("api_peer.mjs"),
+    m_process.start(u"node"_s,
+        { scripts + u"api_peer.mjs"_s,
             packages,
-            authority + QStringLiteral("/server.pem"),
-            authority + QStringLiteral("/server.key") });
-    while (m_endpoint.port == 0 && m_process.waitForReadyRead(30000)) {
+            authority + u"/server.pem"_s,
+            authority + u"/server.key"_s });
+    while (m_endpoint.port == 0) {
+        if (!m_process.waitForReadyRead(30000)) {
+            qFatal("the API peer did not start");
+        }
         readLines();
-    }
-    if (m_endpoint.port == 0) {
-        qFatal("the API peer did not start");
     }
     QObject::connect(&m_process, &QProcess::readyReadStandardOutput, &m_process, [this] {
         readLines();
@@ -67,60 +66,56 @@ void ApiPeer::readLines()
 {
     while (m_process.canReadLine()) {
         const QJsonObject event = QJsonDocument::fromJson(m_process.readLine()).object();
-        if (event.value(QLatin1String("event")) == QLatin1String("listening")) {
-            m_endpoint.port
-                = static_cast<std::uint16_t>(event.value(QLatin1String("port")).toInt());
+        if (field(event, "event") == u"listening") {
+            m_endpoint.port = static_cast<std::uint16_t>(event.value(u"port").toInt());
         }
         events.push_back(event);
-        onEvent(event);
+        if (onEvent) {
+            onEvent(event);
+        }
     }
 }
 
-void ApiPeer::command(const QJsonObject &command)
+void ApiPeer::live(const QByteArray &mode)
 {
-    m_process.write(QJsonDocument(command).toJson(QJsonDocument::Compact) + '\n');
-}
-
-void ApiPeer::live(const QString &mode)
-{
-    const int before = count(QStringLiteral("live"));
-    command({ { QStringLiteral("do"), QStringLiteral("live") }, { QStringLiteral("mode"), mode } });
-    while (count(QStringLiteral("live")) == before) {
-        if (!m_process.waitForReadyRead(30000)) {
-            qFatal("the API peer does not answer");
-        }
+    const int before = count("live");
+    command(R"({"do":"live","mode":")" + mode + "\"}");
+    while (count("live") == before && m_process.waitForReadyRead(30000)) {
         readLines();
     }
 }
 
-void ApiPeer::sendEvent(const QJsonObject &event)
+void ApiPeer::send(const QByteArray &text, bool fin, bool mask)
 {
-    command({ { QStringLiteral("do"), QStringLiteral("send") },
-        { QStringLiteral("text"), QString::fromUtf8(QJsonDocument(event).toJson()) } });
+    const QJsonObject object { { u"do"_s, u"send"_s },
+        { u"text"_s, QString::fromUtf8(text) },
+        { u"fin"_s, fin },
+        { u"mask"_s, mask } };
+    command(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
-void ApiPeer::answer(const QJsonObject &request, const QJsonObject &reply, int status)
+void ApiPeer::answer(const QJsonObject &request, const QByteArray &body, int status)
 {
-    command({ { QStringLiteral("do"), QStringLiteral("answer") },
-        { QStringLiteral("id"), request.value(QLatin1String("id")) },
-        { QStringLiteral("status"), status },
-        { QStringLiteral("text"), QString::fromUtf8(QJsonDocument(reply).toJson()) } });
+    command(R"({"do":"answer","id":)" + QByteArray::number(request.value(u"id").toInt())
+        + ",\"status\":" + QByteArray::number(status) + ",\"base64\":\"" + body.toBase64() + "\"}");
 }
 
-std::vector<QJsonObject> ApiPeer::of(const QString &kind, const QString &pathEnd) const
+void ApiPeer::drop(const QJsonObject &request)
+{
+    command(R"({"do":"drop","id":)" + QByteArray::number(request.value(u"id").toInt()) + '}');
+}
+
+std::vector<QJsonObject> ApiPeer::of(const char *kind, const char *pathEnd) const
 {
     std::vector<QJsonObject> found;
-    std::copy_if(events.begin(),
-        events.end(),
-        std::back_inserter(found),
-        [&](const QJsonObject &event) {
-            return event.value(QLatin1String("event")).toString() == kind
-                && event.value(QLatin1String("path")).toString().endsWith(pathEnd);
-        });
+    std::copy_if(events.begin(), events.end(), std::back_inserter(found), [&](const auto &event) {
+        return field(event, "event") == QLatin1String(kind)
+            && field(event, "path").endsWith(QLatin1String(pathEnd));
+    });
     return found;
 }
 
-int ApiPeer::count(const QString &kind, const QString &pathEnd) const
+int ApiPeer::count(const char *kind, const char *pathEnd) const
 {
     return static_cast<int>(of(kind, pathEnd).size());
 }

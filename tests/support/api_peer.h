@@ -4,19 +4,21 @@
 
 #include <QJsonObject>
 #include <QProcess>
-#include <QString>
 
 #include <functional>
 #include <vector>
 
 namespace nimbara::testing {
 
+/// A text field of an event, a request or a message.
+QString field(const QJsonObject &object, const char *name);
+
 /// A Node server over TLS on this machine that stands in for the API: see api_peer.mjs for its
 /// events and commands. Events arrive by the event loop.
 class ApiPeer {
 public:
-    /// Starts the server and waits until it listens; installs its packages when they are missing.
-    /// Fails the program when that cannot be done.
+    /// Waits until the server listens; installs its packages when they are missing. Ends the
+    /// program when that cannot be done.
     ApiPeer();
     ApiPeer(const ApiPeer &) = delete;
     ApiPeer &operator=(const ApiPeer &) = delete;
@@ -27,20 +29,20 @@ public:
     /// Where it answers, and the authority that signed its certificate.
     [[nodiscard]] const Endpoint &endpoint() const { return m_endpoint; }
 
-    void command(const QJsonObject &command);
-    void live(const QString &mode); ///< in force when this returns
-    void sendEvent(const QJsonObject &event); ///< a text message on the live session
-    void answer(const QJsonObject &request, const QJsonObject &reply, int status = 200);
+    void command(const QByteArray &json) { m_process.write(json + '\n'); }
+    void live(const QByteArray &mode); ///< in force when this returns
+    /// A text message, or a fragment of one, on the live session.
+    void send(const QByteArray &text, bool fin = true, bool mask = false);
+    void answer(const QJsonObject &request, const QByteArray &body, int status = 200);
+    void drop(const QJsonObject &request);
 
-    /// All events so far, in their order.
-    std::vector<QJsonObject> events;
-    /// Called for each, after it was kept.
-    std::function<void(const QJsonObject &)> onEvent = [](const QJsonObject &) {};
+    std::vector<QJsonObject> events; ///< all so far
+    std::function<void(const QJsonObject &)> onEvent; ///< called for each, when it is set
 
     /// The events of this kind; requests only of a path that ends so.
-    [[nodiscard]] std::vector<QJsonObject> of(const QString &kind,
-        const QString &pathEnd = QString()) const;
-    [[nodiscard]] int count(const QString &kind, const QString &pathEnd = QString()) const;
+    [[nodiscard]] std::vector<QJsonObject> of(const char *kind,
+        const char *pathEnd = nullptr) const;
+    [[nodiscard]] int count(const char *kind, const char *pathEnd = nullptr) const;
 
 private:
     void readLines();

@@ -1,9 +1,9 @@
 // api_peer.mjs PACKAGE_FOLDER CERTIFICATE KEY
 //
-// A server over TLS that a test steers: every request and every live event is reported as a line of
-// JSON on standard output, and nothing is answered before a command on standard input says so.
-//   {do:"answer", id, status, headers, text | base64}   {do:"drop", id}
-// and those of ws_peer.mjs. Ends with its standard input.
+// A server over TLS that a test steers: every request and live event is reported as a line of JSON
+// on standard output, and nothing is answered before a command on standard input says so:
+//   {do:"answer", id, status, headers, base64}   {do:"drop", id}   and those of ws_peer.mjs.
+// Ends with its standard input.
 import { readFileSync } from 'node:fs';
 import { createServer } from 'node:https';
 import { createInterface } from 'node:readline';
@@ -17,32 +17,23 @@ let last = 0;
 
 async function formParts(body, type) {
   const form = await new Response(body, { headers: { 'content-type': type } }).formData();
-  const parts = [];
-  for (const [name, value] of form) {
-    if (typeof value === 'string') parts.push({ name, value });
-    else {
-      const bytes = Buffer.from(await value.arrayBuffer());
-      parts.push({ name, file: value.name, type: value.type, base64: bytes.toString('base64') });
-    }
-  }
-  return parts;
+  return Promise.all([...form].map(async ([name, value]) => typeof value === 'string'
+    ? { name, value }
+    : { name, file: value.name, type: value.type,
+        base64: Buffer.from(await value.arrayBuffer()).toString('base64') }));
 }
 
 async function receive(request, response) {
   const id = ++last;
   open.set(id, response);
-  response.on('close', () => {
-    if (open.delete(id)) report({ event: 'gone', id });
-  });
+  response.on('close', () => { if (open.delete(id)) report({ event: 'gone', id }); });
   const chunks = [];
   for await (const chunk of request) chunks.push(chunk);
   const body = Buffer.concat(chunks);
-  const type = request.headers['content-type'] ?? '';
+  const { method, url: path, headers } = request;
+  const type = headers['content-type'] ?? '';
   const form = type.startsWith('multipart/form-data') ? await formParts(body, type) : undefined;
-  report({
-    event: 'request', id, method: request.method, path: request.url, headers: request.headers,
-    body: form ? undefined : body.toString(), form,
-  });
+  report({ event: 'request', id, method, path, headers, body: form ? '' : body.toString(), form });
 }
 
 const server = createServer(
@@ -52,19 +43,14 @@ server.on('tlsClientError', () => {});
 
 const commands = {
   ...attachLive(server, folder, report),
-  answer: ({ id, status, headers, text, base64 }) => {
+  answer: ({ id, status, headers, base64 }) => {
     const response = open.get(id);
-    if (!response) return;
     open.delete(id);
-    response.writeHead(status ?? 200, headers ?? {});
-    response.end(base64 === undefined ? text ?? '' : Buffer.from(base64, 'base64'));
+    response?.writeHead(status, headers).end(Buffer.from(base64, 'base64'));
   },
   drop: ({ id }) => open.get(id)?.destroy(),
 };
 createInterface({ input: process.stdin })
-  .on('line', (line) => {
-    const command = JSON.parse(line);
-    commands[command.do](command);
-  })
+  .on('line', (line) => { const command = JSON.parse(line); commands[command.do](command); })
   .on('close', () => process.exit(0));
 server.listen(0, '127.0.0.1', () => report({ event: 'listening', port: server.address().port }));

@@ -1,15 +1,10 @@
 // The live side of the API peer: an independent WebSocket implementation, steered by the test.
 //
-// Commands: {do:"live", mode} says how the next connections are met:
-//   accept    upgrade them
-//   trickle   upgrade them and write every byte by itself
-//   reject    answer the upgrade with 401 and headers longer than the client shows
-//   plain     no TLS: hang up as soon as the connection is made
-//   mute      never answer the upgrade
-//   hangup    hang up instead of answering the upgrade
-//   half      hang up in the middle of the answer
-// {do:"send", text, fin, mask}, {do:"ping", data}, {do:"close"}, {do:"terminate"}, {do:"raw",
-// base64}, {do:"deaf"} act on the open session.
+// {do:"live", mode} says how connections are met from now on: "accept", "trickle" (every byte is
+// written by itself), "reject" (401 and long headers), "plain" (hang up before TLS), "mute" (no
+// answer), "hangup" (instead of an answer), "half" (hang up within the answer). The others act on
+// the open session: "send" {text, fin, mask}, "ping" {data}, "close", "terminate", "raw" {base64},
+// "deaf" (stop reading).
 import { createRequire } from 'node:module';
 
 const rejection = 'HTTP/1.1 401 Unauthorized\r\nX-Padding: ' + 'x'.repeat(200) + '\r\n\r\n';
@@ -23,10 +18,9 @@ function trickle(socket) {
     write(waiting.shift());
     setImmediate(step);
   };
-  socket.write = (data, encoding) => {
-    const bytes = Buffer.from(data, typeof encoding === 'string' ? encoding : undefined);
+  socket.write = (data) => {
     const idle = waiting.length === 0;
-    for (const byte of bytes) waiting.push(Buffer.from([byte]));
+    for (const byte of Buffer.from(data)) waiting.push(Buffer.from([byte]));
     if (idle) step();
     return true;
   };
@@ -40,7 +34,7 @@ export function attachLive(server, folder, report) {
 
   function adopt(ws) {
     session = ws;
-    ws.on('message', (data, binary) => report({ event: 'text', text: data.toString(), binary }));
+    ws.on('message', (data) => report({ event: 'text', text: data.toString() }));
     ws.on('pong', (data) => report({ event: 'pong', data: data.toString() }));
     ws.on('close', () => report({ event: 'closed' }));
     ws.on('error', (error) => report({ event: 'fault', text: error.message }));
@@ -65,11 +59,8 @@ export function attachLive(server, folder, report) {
   });
 
   return {
-    live: (command) => {
-      mode = command.mode;
-      report({ event: 'live', mode });
-    },
-    send: ({ text, fin, mask }) => session.send(text, { fin: fin ?? true, mask: mask ?? false }),
+    live: (command) => { mode = command.mode; report({ event: 'live', mode }); },
+    send: ({ text, fin, mask }) => session.send(text, { fin, mask }),
     ping: ({ data }) => session.ping(data),
     close: () => session.close(1001, 'going away'),
     terminate: () => session.terminate(),

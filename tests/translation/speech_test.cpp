@@ -9,21 +9,18 @@
 #include <QtEndian>
 
 #include <cmath>
-#include <numbers>
+#include <functional>
 #include <random>
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 /// The segmenter on minutes of spoken Spanish and English with what a church sounds like between.
 class SpeechTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
     void cutsASermon();
-
-private:
-    AudioBlock m_sermon;
 };
 
 namespace {
@@ -32,12 +29,9 @@ namespace {
 AudioBlock speak(const QString &voice, const QString &text)
 {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("speech.wav"));
-    QProcess process;
-    process.start(QStringLiteral("espeak-ng"),
-        { QStringLiteral("-v"), voice, QStringLiteral("-w"), path, text });
-    QFile file(path);
-    if (!process.waitForFinished() || !file.open(QIODevice::ReadOnly)) {
+    QFile file(folder.filePath(u"speech.wav"_s));
+    QProcess::execute(u"espeak-ng"_s, { u"-v"_s, voice, u"-w"_s, file.fileName(), text });
+    if (!file.open(QIODevice::ReadOnly)) {
         qFatal("espeak-ng does not speak");
     }
     const QByteArray wav = file.readAll();
@@ -48,8 +42,7 @@ AudioBlock speak(const QString &voice, const QString &text)
     AudioBlock block;
     for (double at = 0; at + 1 < static_cast<double>((wav.size() - 44) / 2); at += step) {
         const auto whole = static_cast<qsizetype>(at);
-        const double part = at - static_cast<double>(whole);
-        const double value = sample(whole) * (1 - part) + sample(whole + 1) * part;
+        const double value = std::lerp(sample(whole), sample(whole + 1), at - std::floor(at));
         block.samples.insert(block.samples.end(), 2, static_cast<float>(value));
     }
     return block;
@@ -59,38 +52,60 @@ AudioBlock sound(int ms, const std::function<double(double seconds)> &level)
 {
     AudioBlock block;
     for (int frame = 0; frame < ms * 48; ++frame) {
-        block.samples.insert(block.samples.end(), 2, static_cast<float>(level(frame / 48000.0)));
+        const auto value = static_cast<float>(level(frame / 48000.0));
+        block.samples.insert(block.samples.end(), 2, value);
     }
     return block;
 }
 
-double sine(double hertz, double seconds)
+/// Four minutes.
+AudioBlock sermon()
 {
-    return std::sin(2 * std::numbers::pi * hertz * seconds);
+    const QString verse = u"Porque de tal manera amó Dios al mundo que ha dado a su Hijo unigénito "
+                          "para que todo aquel que en él cree no se pierda mas tenga vida eterna y "
+                          "esto hermanos es lo que hoy queremos recordar juntos en esta casa"_s;
+    const QString psalm = u"He makes me lie down in green pastures he leads me beside still waters "
+                          "he restores my soul and guides me along the right paths"_s;
+    const std::vector<AudioBlock> sentences {
+        speak(u"es"_s, u"Hermanos, abramos la Biblia. Juan tres dieciséis."_s),
+        speak(u"es"_s, verse),
+        speak(u"es"_s, u"Amén."_s),
+        speak(u"en"_s, u"Let us pray. The Lord is my shepherd; I shall not want."_s),
+        speak(u"en"_s, psalm),
+    };
+    std::mt19937 random(7);
+    const auto noise = [&] { return static_cast<double>(random()) / 2147483648.0 - 1; };
+    const auto sine = [](double hertz, double t) { return std::sin(6.283185307 * hertz * t); };
+    const std::vector<AudioBlock> between {
+        sound(2600, [](double) { return 0.0; }),
+        sound(300, [](double) { return 0.0; }),
+        sound(4000, [&](double t) { return 0.005 * sine(60, t); }), // mains hum
+        sound(3000, [&](double t) { return 0.1 * (sine(220, t) + sine(277, t)); }), // music
+        sound(2000, [&](double t) { return (std::fmod(t, 0.12) < 0.05 ? 0.3 : 0.03) * noise(); }),
+    };
+    AudioBlock all;
+    while (all.samples.size() < std::size_t { 240 } * 96000) {
+        for (const auto *choice : { &sentences, &between }) {
+            const AudioBlock &next = (*choice)[random() % choice->size()];
+            all.samples.insert(all.samples.end(), next.samples.begin(), next.samples.end());
+        }
+    }
+    return all;
 }
 
-void append(AudioBlock &to, const AudioBlock &block)
-{
-    to.samples.insert(to.samples.end(), block.samples.begin(), block.samples.end());
-}
-
-/// What the segmenter hears, by plain arithmetic.
+/// What the segmenter hears, by plain arithmetic; both channels are alike.
 PhraseSamples heardBy(const AudioBlock &block)
 {
     PhraseSamples heard;
     for (std::size_t i = 0; i + 5 < block.samples.size(); i += 6) {
-        double sum = 0;
-        for (std::size_t frame = 0; frame < 3; ++frame) {
-            const double left = block.samples[i + frame * 2];
-            const double right = block.samples[i + frame * 2 + 1];
-            sum += std::clamp((left + right) * 0.5, -1.0, 1.0);
-        }
+        const double sum = static_cast<double>(block.samples[i])
+            + static_cast<double>(block.samples[i + 2]) + static_cast<double>(block.samples[i + 4]);
         heard.push_back(static_cast<std::int16_t>(sum / 3 * 32767));
     }
     return heard;
 }
 
-/// Samples that the segmenter takes for voice.
+/// Samples that count as voice.
 std::ptrdiff_t voiced(std::span<const std::int16_t> samples)
 {
     return std::count_if(samples.begin(), samples.end(), [](std::int16_t sample) {
@@ -100,54 +115,18 @@ std::ptrdiff_t voiced(std::span<const std::int16_t> samples)
 
 } // namespace
 
-void SpeechTest::initTestCase()
-{
-    const std::vector<AudioBlock> sentences {
-        speak(QStringLiteral("es"),
-            QStringLiteral("Hermanos, abramos la Biblia. Juan tres dieciséis.")),
-        speak(QStringLiteral("es"),
-            QStringLiteral(
-                "Porque de tal manera amó Dios al mundo que ha dado a su Hijo unigénito para "
-                "que todo aquel que en él cree no se pierda mas tenga vida eterna y esto "
-                "hermanos es lo que hoy queremos recordar juntos en esta casa")),
-        speak(QStringLiteral("es"), QStringLiteral("Amén.")),
-        speak(QStringLiteral("en"),
-            QStringLiteral("Let us pray. The Lord is my shepherd; I shall not want.")),
-        speak(QStringLiteral("en"),
-            QStringLiteral(
-                "He makes me lie down in green pastures he leads me beside still waters he "
-                "restores my soul and guides me along the right paths")),
-    };
-    std::mt19937 random(7);
-    const auto noise = [&] { return static_cast<double>(random()) / 4294967296.0 * 2 - 1; };
-    const std::vector<AudioBlock> between {
-        sound(2600, [](double) { return 0.0; }),
-        sound(4000, [](double t) { return 0.005 * sine(60, t); }), // mains hum
-        sound(3000,
-            [](double t) { return 0.2 * (sine(220, t) + sine(277, t) + sine(330, t)) / 3; }),
-        sound(2000,
-            [&](double t) { return 0.3 * noise() * (std::fmod(t, 0.12) < 0.05 ? 1 : 0.1); }),
-        sound(300, [](double) { return 0.0; }),
-        sound(800, [](double t) { return 0.002 * sine(50, t); }),
-    };
-    while (m_sermon.samples.size() < std::size_t { 240 } * 96000) {
-        append(m_sermon, sentences[random() % sentences.size()]);
-        append(m_sermon, between[random() % between.size()]);
-    }
-    append(m_sermon, between[0]);
-}
-
 void SpeechTest::cutsASermon()
 {
+    const AudioBlock sound = sermon();
     Segmenter segmenter;
     std::vector<PhraseSamples> phrases;
-    inPieces(m_sermon, 1024, [&](const AudioBlock &piece) {
+    inPieces(sound, 1024, [&](const AudioBlock &piece) {
         for (auto &phrase : segmenter.push(piece)) {
             phrases.push_back(std::move(phrase));
         }
     });
     QVERIFY(phrases.size() > 40);
-    const PhraseSamples heard = heardBy(m_sermon);
+    const PhraseSamples heard = heardBy(sound);
     auto end = heard.begin(); // of the phrase before
     std::ptrdiff_t lost = 0;
     for (const PhraseSamples &phrase : phrases) {

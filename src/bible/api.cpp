@@ -56,7 +56,7 @@ QList<ListedBible> readBibles(const QJsonObject &reply)
 {
     QList<ListedBible> listed;
     const QJsonArray data = reply.value(QLatin1String("data")).toArray();
-    for (const QJsonValue &element : data) {
+    for (const auto &element : data) {
         const QJsonObject entry = element.toObject();
         listed.append({ entry.value(QLatin1String("id")).toString(),
             entry.value(QLatin1String("name")).toString() + QStringLiteral(" (")
@@ -83,7 +83,7 @@ QString passageId(const Ref &ref)
         return {};
     }
     const std::string_view code = books.at(static_cast<std::size_t>(ref.book)).code;
-    const QString chapter = QString::fromUtf8(code.data(), static_cast<qsizetype>(code.size()))
+    QString chapter = QString::fromUtf8(code.data(), static_cast<qsizetype>(code.size()))
         + QLatin1Char('.') + QString::number(ref.chapter);
     if (ref.verseFrom == 0) {
         return chapter;

@@ -21,7 +21,7 @@ struct Reply {
 };
 
 /// A longer body is cut off and counts as a failed reply: no passage or list comes near.
-constexpr qint64 maxBody = 8 * 1024 * 1024;
+constexpr qint64 maxBody = qint64 { 8 } * 1024 * 1024;
 
 /// A request below the endpoint's root. It is given up when nothing arrives for `timeout`, and
 /// follows redirects within the same origin only, so that a key never reaches another host.

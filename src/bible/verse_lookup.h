@@ -66,8 +66,8 @@ public:
 
 private:
     struct Request {
-        LayerId layer;
-        std::uint64_t turn;
+        LayerId layer = 0;
+        std::uint64_t turn = 0;
         Ref ref;
         Source source;
     };

@@ -33,9 +33,9 @@ QString outputText(const QByteArray &body)
     QString text;
     const QJsonObject reply = QJsonDocument::fromJson(body).object();
     const QJsonArray output = reply.value(QLatin1String("output")).toArray();
-    for (const QJsonValue &item : output) {
+    for (const auto &item : output) {
         const QJsonArray content = item.toObject().value(QLatin1String("content")).toArray();
-        for (const QJsonValue &element : content) {
+        for (const auto &element : content) {
             const QJsonObject piece = element.toObject();
             if (piece.value(QLatin1String("type")).toString() == QLatin1String("output_text")) {
                 text += piece.value(QLatin1String("text")).toString();

@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <string>
 #include <vector>
 
 namespace nimbara::bench {
 
-/// One thing worth timing. `run` gives its cost in milliseconds, usually a median of many runs.
+/// One thing worth timing. `run` gives its cost in milliseconds, usually a median of many runs;
+/// `tell` instead gives named figures that are no single cost.
 struct Case {
     const char *key;
     double (*run)();
+    std::string (*tell)() = nullptr;
 };
 
 /// Every case linked into the benchmark.
@@ -18,6 +21,10 @@ std::vector<Case> &cases();
 
 struct CaseRegistration {
     CaseRegistration(const char *key, double (*run)()) { cases().push_back({ key, run }); }
+    CaseRegistration(const char *key, std::string (*tell)())
+    {
+        cases().push_back({ key, nullptr, tell });
+    }
 };
 
 /// The middle one of `values`, which must not be empty.

@@ -78,8 +78,13 @@ void ProgramState::offAirHall()
 
 void ProgramState::clear()
 {
-    m_streams = {};
+    clearStreams();
     m_hall = {};
+}
+
+void ProgramState::clearStreams()
+{
+    m_streams = {};
     m_title.clear();
     m_band = false;
     m_fadeProgress = 1;

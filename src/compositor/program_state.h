@@ -43,8 +43,10 @@ public:
     /// OFF AIR of the hall: a cut to black.
     void offAirHall();
 
-    /// Both programs black at once, no title and no fade: a project was opened or the stream
-    /// profile changed.
+    /// The stream program black at once, no title and no fade: the stream profile changed.
+    void clearStreams();
+
+    /// The same of both programs: a project was opened.
     void clear();
 
     /// The picture that goes out at `nowUs`: `picture`, the new stream program, itself when no fade

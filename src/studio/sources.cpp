@@ -21,21 +21,23 @@ Sources::Sources(const Clock &clock, const MediaFactory &factory, Report status)
 {
 }
 
-void Sources::setCamera(MediaPtr camera, std::int32_t index)
+void Sources::setBars(MediaPtr camera, std::int32_t index)
 {
     m_camera = std::move(camera);
     m_cameraIndex = index;
+    m_device.reset();
     m_firstFrameLogged = false;
+}
+
+void Sources::setCamera(MediaPtr camera, std::int32_t index, const CaptureDevice &device)
+{
+    setBars(std::move(camera), index);
+    m_device = device;
 }
 
 FramePtr Sources::cameraFrame() const
 {
     return m_camera ? m_camera->frame() : nullptr;
-}
-
-void Sources::setVideoDevices(std::vector<DeviceRef> devices)
-{
-    m_videoDevices = std::move(devices);
 }
 
 void Sources::poll(const Stage &stage)
@@ -71,17 +73,34 @@ void Sources::pollOnce(Media *source)
     }
 }
 
+bool Sources::cameraLost() const
+{
+    return m_device && m_camera && !m_camera->active();
+}
+
 void Sources::reopenCamera(FrameSize size)
 {
-    const bool lost = m_camera && m_camera->isDevice() && !m_camera->active() && m_cameraIndex >= 0
-        && m_cameraIndex < static_cast<std::int32_t>(m_videoDevices.size());
-    if (!lost || m_clock.monotonicUs() - m_lastReopenAttempt <= reopenSpacingUs) {
+    if (const std::optional<DeviceLists> devices = m_search.poll()) {
+        reopenFrom(*devices, size);
+    }
+    const std::int64_t now = m_clock.monotonicUs();
+    if (cameraLost() && !m_search.running() && now - m_lastReopenAttempt > reopenSpacingUs) {
+        m_lastReopenAttempt = now;
+        m_search.start();
+    }
+}
+
+void Sources::reopenFrom(const DeviceLists &devices, FrameSize size)
+{
+    if (!cameraLost()) {
         return;
     }
-    m_lastReopenAttempt = m_clock.monotonicUs();
-    const DeviceRef &device = m_videoDevices[static_cast<std::size_t>(m_cameraIndex)];
     try {
-        setCamera(m_factory.camera(size, device.get()), m_cameraIndex);
+        const CaptureDevice *found = findAgain(devices.video, *m_device);
+        if (found == nullptr) {
+            throw Error(QStringLiteral("el dispositivo no está conectado"));
+        }
+        setCamera(m_factory.camera(size, found->device.get()), m_cameraIndex, *found);
         logLine(QStringLiteral("Cámara reabierta: ") + m_camera->label());
     } catch (const Error &error) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());

@@ -2,15 +2,23 @@
 
 #include "app/i18n.h"
 #include "compositor/load_image.h"
+#include "studio/profile_change.h"
 
 namespace nimbara {
 
-Studio::Studio(const Clock &clock)
+Studio::Studio(const Clock &clock, std::unique_ptr<CapturePermission> permission)
     : m_clock(clock)
     , m_retirement(std::make_shared<Retirement>())
     , m_factory(clock, m_retirement)
     , m_sources(clock, m_factory, [this](const QString &text) { status(text); })
     , m_audio(m_retirement, [this](const QString &text) { status(text); })
+    , m_devices(clock,
+          m_factory,
+          permission ? std::move(permission) : systemCapturePermission(),
+          m_stage,
+          m_sources,
+          m_audio,
+          [this](const QString &text) { status(text); })
     , m_programAudio(clock)
     , m_program(clock,
           m_factory,
@@ -26,7 +34,7 @@ Studio::Studio(const Clock &clock)
         m_stage.scenes.setEditing(set);
         static_cast<void>(m_stage.scenes.currentScene()); // gives an empty set its default scene
     }
-    m_sources.setCamera(m_factory.testBars(m_stage.streamFrame()), -1);
+    m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
 }
 
 Studio::~Studio() = default;
@@ -49,8 +57,16 @@ void Studio::readInputs()
 {
     m_sources.poll(m_stage);
     m_sources.reopenCamera(m_stage.streamFrame());
+    m_devices.poll();
     m_audio.pull();
     m_retirement->reap();
+}
+
+void Studio::changeProfile(StreamProfile profile)
+{
+    if (!m_outputs.any()) {
+        nimbara::changeProfile(profile, m_factory, m_stage, m_sources, status);
+    }
 }
 
 Pictures Studio::composePictures(std::int64_t now)

@@ -4,6 +4,7 @@
 #include "media/media_factory.h"
 #include "output/outputs.h"
 #include "studio/audio_input.h"
+#include "studio/device_connection.h"
 #include "studio/diagnostics.h"
 #include "studio/layer_maker.h"
 #include "studio/program_audio_desk.h"
@@ -24,7 +25,8 @@ class Studio {
 public:
     /// Starts on test bars, with the default scenes and both programs black. `clock` must outlive
     /// the studio.
-    explicit Studio(const Clock &clock);
+    /// `permission`: for cameras and microphones; none: the system's.
+    explicit Studio(const Clock &clock, std::unique_ptr<CapturePermission> permission = nullptr);
     Studio(const Studio &) = delete;
     Studio &operator=(const Studio &) = delete;
     Studio(Studio &&) = delete;
@@ -37,11 +39,16 @@ public:
     [[nodiscard]] Stage &stage() { return m_stage; }
     [[nodiscard]] Sources &sources() { return m_sources; }
     [[nodiscard]] AudioInput &audio() { return m_audio; }
+    [[nodiscard]] DeviceConnection &devices() { return m_devices; }
     [[nodiscard]] ProgramAudioDesk &programAudio() { return m_programAudio; }
     [[nodiscard]] ProgramControl &program() { return m_program; }
     [[nodiscard]] LayerMaker &layers() { return m_layers; }
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
     [[nodiscard]] const MediaFactory &mediaFactory() const { return m_factory; }
+
+    /// Changes the shape of the streams (`nimbara::changeProfile`). Does nothing while an output
+    /// runs.
+    void changeProfile(StreamProfile profile);
     /// Frame slots that a stall skipped since the start.
     [[nodiscard]] std::uint64_t missedSlots() const { return m_schedule.skipped(); }
 
@@ -65,6 +72,7 @@ private:
     ProgramPictures m_pictures;
     Sources m_sources;
     AudioInput m_audio;
+    DeviceConnection m_devices;
     ProgramAudioDesk m_programAudio;
     ProgramControl m_program;
     LayerMaker m_layers;

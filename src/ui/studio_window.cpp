@@ -6,6 +6,7 @@
 #include "scene/scene_ops.h"
 #include "ui/audio_tab.h"
 #include "ui/control_row.h"
+#include "ui/hall_screen.h"
 #include "ui/header_row.h"
 #include "ui/monitors.h"
 #include "ui/outputs_tab.h"
@@ -77,12 +78,13 @@ StudioWindow::StudioWindow(bool /*quiet*/, std::unique_ptr<Dialogs> dialogs)
     , m_outputsTab(new OutputsTab(destinationRows()))
     , m_translationTab(new TranslationTab)
     , m_status(new QLabel)
-    , m_hallScreen(std::make_unique<Picture>())
+    , m_hallScreen(std::make_unique<HallScreen>())
 {
     layOut();
     connectStudio();
     connectRows();
     connectTabs();
+    connectDevices();
     connectShortcuts();
     showScene();
     select(0);
@@ -134,8 +136,6 @@ void StudioWindow::layOut()
     rows->addWidget(m_status);
     setCentralWidget(central);
 
-    m_hallScreen->setWindowTitle(nimbara_i18n::tr("Ardenvale Vesperline · Programa"));
-    m_hallScreen->setObjectName(QStringLiteral("hallWindow"));
     m_hallScreen->onHidden = [this] { m_sourcesTab->setHallShown(false); };
     m_sourcesTab->showScreens(screenNames());
 }
@@ -224,6 +224,53 @@ void StudioWindow::connectTabs()
     });
 }
 
+void StudioWindow::connectDevices()
+{
+    m_studio.devices().onDevices = [this](const QStringList &cameras, const QStringList &audio) {
+        m_sourcesTab->showDevices(cameras, audio);
+    };
+    connect(m_sourcesTab, &SourcesTab::refreshPressed, this, [this] {
+        m_studio.devices().refreshDevices();
+    });
+    connect(m_sourcesTab, &SourcesTab::connectPressed, this, [this] {
+        m_guard.run([this] {
+            m_studio.devices().connectSources(
+                { m_sourcesTab->cameraEntry(), m_sourcesTab->audioEntry() });
+        });
+    });
+    connect(m_sourcesTab, &SourcesTab::hallScreenPressed, this, &StudioWindow::toggleHallScreen);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &StudioWindow::screenRemoved);
+    connect(m_project, &ProjectRow::formatChosen, this, [this](int entry) {
+        m_guard.run([this, entry] {
+            m_studio.changeProfile(entry == 1 ? StreamProfile::Portrait : StreamProfile::Landscape);
+        });
+        showPreviewShape();
+    });
+    m_studio.devices().refreshDevices();
+}
+
+void StudioWindow::toggleHallScreen()
+{
+    if (m_hallScreen->isVisible()) {
+        m_hallScreen->hide();
+        return;
+    }
+    const QList<QScreen *> screens = QGuiApplication::screens();
+    const int chosen = m_sourcesTab->screenEntry();
+    if (chosen < 0 || chosen >= screens.size()) {
+        return;
+    }
+    m_hallScreen->showOn(*screens.at(chosen));
+    m_sourcesTab->setHallShown(true);
+}
+
+void StudioWindow::screenRemoved()
+{
+    m_hallScreen->hide();
+    m_sourcesTab->showScreens(screenNames());
+    showStatus(nimbara_i18n::tr("Pantalla desconectada; Programa y salidas continúan."));
+}
+
 void StudioWindow::connectShortcuts()
 {
     auto *space = new QShortcut(Qt::Key_Space, this);
@@ -265,9 +312,14 @@ void StudioWindow::showScene()
 void StudioWindow::setEditSet(int index)
 {
     m_studio.program().setEditSet(index);
-    const FrameSize size = m_studio.stage().previewFrame();
     m_controls->showEditSet(m_studio.stage().scenes.editingHall());
     showScene();
+    showPreviewShape();
+}
+
+void StudioWindow::showPreviewShape()
+{
+    const FrameSize size = m_studio.stage().previewFrame();
     m_monitors->canvas()->setAspect(static_cast<double>(size.width) / size.height);
 }
 

@@ -18,10 +18,10 @@ namespace nimbara {
 
 class AudioTab;
 class ControlRow;
+class HallScreen;
 class HeaderRow;
 class Monitors;
 class OutputsTab;
-class Picture;
 class ProjectRow;
 class SceneTab;
 class SourcesTab;
@@ -54,12 +54,14 @@ private:
     void connectStudio();
     void connectRows();
     void connectTabs();
+    void connectDevices();
     void connectShortcuts();
 
     void showPictures(const Pictures &pictures);
     void showOutputs();
     void showScene();
     void setEditSet(int index);
+    void showPreviewShape();
     void setLanguage(int index);
     void takeFromKeyboard();
     void select(std::int32_t layer);
@@ -68,6 +70,8 @@ private:
     void addNetworkSource();
     void toggleRecording();
     void waitForRecording();
+    void toggleHallScreen();
+    void screenRemoved();
 
     SystemClock m_clock;
     QSettings m_settings;
@@ -87,7 +91,7 @@ private:
     OutputsTab *m_outputsTab;
     TranslationTab *m_translationTab;
     QLabel *m_status;
-    std::unique_ptr<Picture> m_hallScreen;
+    std::unique_ptr<HallScreen> m_hallScreen;
 };
 
 } // namespace nimbara

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "ui/dialogs.h"
+
+#include <QStringList>
+
+#include <deque>
+
+namespace nimbara::testing {
+
+/// Answers the window's questions from what the test put in, and keeps what was asked.
+class ScriptedDialogs final : public Dialogs {
+public:
+    std::deque<QString> files; ///< for open and save, in order; none left: cancelled
+    std::deque<QString> texts;
+    std::deque<bool> answers;
+    QStringList asked; ///< titles and texts of every box, "title: text"
+
+    QString openFile(const QString &title, const QString &, const QString &filter) override
+    {
+        return nextFile(title, filter);
+    }
+    QString saveFile(const QString &title, const QString &, const QString &filter) override
+    {
+        return nextFile(title, filter);
+    }
+    std::optional<QString>
+    text(const QString &title, const QString &label, const QString &proposed) override
+    {
+        asked << title + QStringLiteral(": ") + label + QLatin1Char('|') + proposed;
+        return take(texts);
+    }
+    std::optional<QColor> color(const QColor &, bool) override { return std::nullopt; }
+    bool question(const QString &title, const QString &text) override
+    {
+        asked << title + QStringLiteral(": ") + text;
+        return take(answers).value_or(false);
+    }
+    void warning(const QString &title, const QString &text) override
+    {
+        asked << title + QStringLiteral(": ") + text;
+    }
+
+private:
+    template <typename Value> static std::optional<Value> take(std::deque<Value> &script)
+    {
+        if (script.empty()) {
+            return std::nullopt;
+        }
+        Value next = script.front();
+        script.pop_front();
+        return next;
+    }
+    QString nextFile(const QString &title, const QString &filter)
+    {
+        asked << title + QStringLiteral(": ") + filter;
+        return take(files).value_or(QString());
+    }
+};
+
+} // namespace nimbara::testing

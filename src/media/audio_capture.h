@@ -54,8 +54,8 @@ private:
     AudioLevels m_outputLevels;
     ElementRef m_sink;
     Pipeline m_pipeline;
-    PipelineStart
-        m_start; ///< last, so that a device's start has come back before its pipeline stops
+    /// Last, so that a device's start has come back before its pipeline stops.
+    PipelineStart m_start;
 };
 
 } // namespace nimbara

@@ -24,9 +24,7 @@ Frame::Frame(std::int32_t frameWidth, std::int32_t frameHeight)
 {
     checkSize(width, height);
     pixels.resize(static_cast<std::size_t>(width) * height * 4);
-    for (std::size_t alpha = 3; alpha < pixels.size(); alpha += 4) {
-        pixels[alpha] = 255;
-    }
+    makeOpaque(*this);
 }
 
 Frame::Frame(std::int32_t frameWidth,
@@ -49,6 +47,14 @@ Frame::Frame(std::int32_t frameWidth,
         const std::uint8_t *row = rows + y * stride;
         pixels.insert(pixels.end(), row, row + packed);
     }
+}
+
+void makeOpaque(Frame &frame)
+{
+    for (std::size_t alpha = 3; alpha < frame.pixels.size(); alpha += 4) {
+        frame.pixels[alpha] = 255;
+    }
+    frame.opaque = true;
 }
 
 QImage imageView(const Frame &frame)

@@ -44,6 +44,9 @@ struct Frame {
 
 using FramePtr = std::shared_ptr<const Frame>;
 
+/// Sets every alpha byte to 255 and marks the frame opaque.
+void makeOpaque(Frame &frame);
+
 /// A view of the frame for painting, without a copy: valid while `frame` lives. Opaque frames get a
 /// format without alpha, which draws several times faster.
 QImage imageView(const Frame &frame);

@@ -76,6 +76,7 @@ Media::Media(const Clock &clock,
     const ScreenElements &screens)
     : m_clock(clock)
     , m_isDevice(device != nullptr)
+    , m_isTestBars(test && device == nullptr && uri.isEmpty() && !screen)
     , m_lastFrameTime(clock.monotonicUs())
     , m_parts(buildSourcePipeline({ { width, height }, device, uri, test, screen }, screens))
 {
@@ -230,12 +231,17 @@ void Media::takePicture(const SampleRef &sample, std::int64_t now)
     if (!map) {
         return;
     }
+    readAlpha();
     try {
-        m_frame = std::make_shared<const Frame>(info.width,
+        auto frame = std::make_shared<Frame>(info.width,
             info.height,
             map.rows(),
             map.stride(),
-            pictureIsOpaque());
+            !m_hasAlpha);
+        if (m_hasPadding) {
+            makeOpaque(*frame);
+        }
+        m_frame = std::move(frame);
     } catch (const Error &error) {
         fail(error.text());
     }
@@ -252,17 +258,21 @@ void Media::describeFirstPicture(const SampleRef &sample)
     }
 }
 
-/// The picture is opaque unless it had an alpha channel before its conversion to RGBA.
-bool Media::pictureIsOpaque()
+/// What the fourth byte of the RGBA picture is worth: the conversion passes on the padding of
+/// formats such as BGRx, which a screen capture leaves at 0, as if it were alpha.
+void Media::readAlpha()
 {
     auto caps = CapsRef::adopt(gst_pad_get_current_caps(sinkPad(m_parts.videoConvert).get()));
-    if (caps.get() != m_pictureCaps.get()) {
-        GstVideoInfo info;
-        m_opaque = caps && gst_video_info_from_caps(&info, caps.get()) != FALSE
-            && !GST_VIDEO_INFO_HAS_ALPHA(&info);
-        m_pictureCaps = std::move(caps);
+    if (caps.get() == m_pictureCaps.get()) {
+        return;
     }
-    return m_opaque;
+    GstVideoInfo info;
+    const bool known = caps && gst_video_info_from_caps(&info, caps.get()) != FALSE;
+    // The test bars may be drawn as RGBA from the start, and are opaque nevertheless.
+    m_hasAlpha = !m_isTestBars && (!known || GST_VIDEO_INFO_HAS_ALPHA(&info));
+    m_hasPadding
+        = !m_hasAlpha && GST_VIDEO_INFO_IS_RGB(&info) && GST_VIDEO_INFO_COMP_PSTRIDE(&info, 0) == 4;
+    m_pictureCaps = std::move(caps);
 }
 
 void Media::fail(const QString &message)

@@ -82,7 +82,7 @@ private:
     void takeSound();
     void takePicture(const SampleRef &sample, std::int64_t now);
     void describeFirstPicture(const SampleRef &sample);
-    bool pictureIsOpaque();
+    void readAlpha();
     [[nodiscard]] bool streamsEnded() const;
     [[nodiscard]] bool pictureEnded() const;
     void fail(const QString &message);
@@ -92,6 +92,7 @@ private:
     bool m_active = true;
     bool m_ended = false;
     bool m_isDevice = false;
+    bool m_isTestBars = false;
     std::int64_t m_lastFrameTime = 0;
     std::uint64_t m_frameCount = 0;
     QString m_message;
@@ -99,11 +100,12 @@ private:
     FramePtr m_frame;
     AudioFifo m_audioFifo;
     std::vector<float> m_soundBuffer; ///< reused between polls
-    CapsRef m_pictureCaps; ///< of the picture before conversion, which `m_opaque` was read from
-    bool m_opaque = true;
+    CapsRef m_pictureCaps; ///< of the picture before conversion, which the next two were read from
+    bool m_hasAlpha = false; ///< its pixels carry an alpha channel
+    bool m_hasPadding = false; ///< its pixels carry a byte without meaning
     SourcePipeline m_parts;
-    PipelineStart
-        m_start; ///< last, so that a device's start has come back before its pipeline stops
+    /// Last, so that a device's start has come back before its pipeline stops.
+    PipelineStart m_start;
 };
 
 using MediaPtr = std::shared_ptr<Media>;

@@ -5,6 +5,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <system_error>
 
 namespace nimbara {
 
@@ -20,10 +21,14 @@ public:
         if (!object) {
             return;
         }
-        auto task = std::async(std::launch::async,
-            [held = std::move(object)]() mutable { held.reset(); });
-        const std::lock_guard lock(m_mutex);
-        m_tasks.push_back(std::move(task));
+        try {
+            auto task = std::async(std::launch::async,
+                [held = std::move(object)]() mutable { held.reset(); });
+            const std::lock_guard lock(m_mutex);
+            m_tasks.push_back(std::move(task));
+        } catch (const std::system_error &) {
+            // The system has no thread left: the object went away right here, with the task.
+        }
     }
 
     /// Collects the tasks that have finished, without waiting for the others.

@@ -11,7 +11,7 @@ struct FakeDeviceSpec {
     std::string name = "Camera";
     std::string deviceClass = "Video/Source";
     std::string caps = "video/x-raw"; ///< what it offers
-    std::string properties; ///< a structure as text, e.g. "properties,node.name=cam"; may be empty
+    std::string properties {}; ///< a structure as text: "properties,node.name=cam"; may be empty
     /// What it opens: a pipeline description with a free source pad. Empty: nothing can be opened.
     std::string opens = "videotestsrc is-live=true";
 };

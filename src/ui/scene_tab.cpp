@@ -5,31 +5,20 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLineEdit>
+#include <QMenu>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
-#include <initializer_list>
+#include <array>
 
 namespace nimbara {
 
 namespace {
 
-struct ButtonText {
-    const char *spanish;
-    const char *name;
-};
-
-QHBoxLayout *makeDisabledRow(std::initializer_list<ButtonText> texts)
+QString itemText(const Layer &layer)
 {
-    auto *row = new QHBoxLayout;
-    for (const ButtonText &text : texts) {
-        QPushButton *button = makeButton(text.spanish, text.name);
-        button->setEnabled(false);
-        row->addWidget(button);
-    }
-    row->addStretch();
-    return row;
+    return QString::fromUtf8(layer.visible ? "👁  " : "🚫  ") + layer.name
+        + QStringLiteral("   ·  ") + displayName(layer.kind);
 }
 
 } // namespace
@@ -39,52 +28,90 @@ SceneTab::SceneTab(QWidget *parent)
     , m_layers(named(new QListWidget,
           "layers",
           nimbara_i18n::tr("Fuentes de la escena (arriba = encima)")))
+    , m_verse(named(new QLineEdit, "quickVerse", nimbara_i18n::tr("Cita")))
+    , m_properties(new PropertiesPanel)
 {
     m_layers->setMinimumWidth(260);
     auto *columns = new QHBoxLayout(this);
     columns->addLayout(makeSceneColumn(), 1);
-    columns->addLayout(makePropertiesColumn(), 1);
-    connect(m_layers, &QListWidget::currentItemChanged, this, [this](const QListWidgetItem *item) {
-        if (item != nullptr) {
-            Q_EMIT layerSelected(item->data(Qt::UserRole).toInt());
-        }
-    });
-    connect(m_layers, &QListWidget::itemChanged, this, &SceneTab::itemChanged);
+    columns->addWidget(m_properties, 1);
+    connectList();
 }
 
 QVBoxLayout *SceneTab::makeSceneColumn()
 {
     auto *column = new QVBoxLayout;
+    const auto addButton
+        = [this](QHBoxLayout *row, const char *spanish, const char *name, auto pressed) {
+              QPushButton *button = makeButton(spanish, name);
+              connect(button, &QPushButton::clicked, this, pressed);
+              row->addWidget(button);
+              return button;
+          };
+
     column->addWidget(new QLabel(nimbara_i18n::tr("Escenas")));
-    column->addLayout(makeDisabledRow({ { "+ Escena", "newScene" },
-        { "Renombrar", "renameScene" },
-        { "Duplicar", "duplicateScene" },
-        { "Eliminar escena", "deleteScene" } }));
+    auto *scenes = new QHBoxLayout;
+    addButton(scenes, "+ Escena", "newScene", &SceneTab::newScenePressed);
+    addButton(scenes, "Renombrar", "renameScene", &SceneTab::renameScenePressed);
+    addButton(scenes, "Duplicar", "duplicateScene", &SceneTab::duplicateScenePressed);
+    addButton(scenes, "Eliminar escena", "deleteScene", &SceneTab::deleteScenePressed);
+    scenes->addStretch();
+    column->addLayout(scenes);
+
     column->addWidget(new QLabel(nimbara_i18n::tr("Fuentes de la escena (arriba = encima)")));
     column->addWidget(m_layers, 1);
 
     auto *verseRow = new QHBoxLayout;
-    auto *verse = named(new QLineEdit, "quickVerse");
-    verse->setPlaceholderText(
+    m_verse->setPlaceholderText(
         nimbara_i18n::tr("Cita bíblica rápida: Juan 3:16, Salmos 23, 1 Co 13:4-7  ⏎"));
-    verse->setEnabled(false);
-    verseRow->addWidget(verse, 1);
-    verseRow->addLayout(makeDisabledRow({ { "Mostrar versículo", "showVerse" } }));
+    verseRow->addWidget(m_verse, 1);
+    const auto requestVerse = [this] { Q_EMIT verseRequested(m_verse->text()); };
+    connect(m_verse, &QLineEdit::returnPressed, this, requestVerse);
+    addButton(verseRow, "Mostrar versículo", "showVerse", requestVerse);
     column->addLayout(verseRow);
-    column->addLayout(makeDisabledRow({ { "+ Fuente", "addSource" },
-        { "▲", "layerUp" },
-        { "▼", "layerDown" },
-        { "Eliminar", "deleteLayer" } }));
+
+    auto *layers = new QHBoxLayout;
+    QPushButton *add = makeButton("+ Fuente", "addSource");
+    add->setMenu(makeSourceMenu());
+    layers->addWidget(add);
+    addButton(layers, "▲", "layerUp", [this] { Q_EMIT moveLayerPressed(1); });
+    addButton(layers, "▼", "layerDown", [this] { Q_EMIT moveLayerPressed(-1); });
+    addButton(layers, "Eliminar", "deleteLayer", &SceneTab::deleteLayerPressed);
+    layers->addStretch();
+    column->addLayout(layers);
     return column;
 }
 
-QVBoxLayout *SceneTab::makePropertiesColumn()
+QMenu *SceneTab::makeSourceMenu()
 {
-    auto *column = new QVBoxLayout;
-    column->addWidget(
-        new QLabel(nimbara_i18n::tr("Selecciona una fuente en la lista o en Preparación.")));
-    column->addStretch();
-    return column;
+    static constexpr std::array entries { "Cámara / capturadora",
+        "Imagen...",
+        "Texto",
+        "Video...",
+        "Fuente de red...",
+        "Captura de pantalla",
+        "Color sólido",
+        "Subtítulos (IA): posición y estilo",
+        "Versículo bíblico" };
+    auto *menu = new QMenu(this);
+    for (std::size_t place = 0; place < entries.size(); ++place) {
+        menu->addAction(nimbara_i18n::tr(entries.at(place)), this, [this, place] {
+            Q_EMIT addSourceChosen(static_cast<SourceEntry>(place));
+        });
+    }
+    return menu;
+}
+
+void SceneTab::connectList()
+{
+    connect(m_layers, &QListWidget::currentItemChanged, this, [this](const QListWidgetItem *item) {
+        if (item != nullptr) {
+            Q_EMIT layerSelected(item->data(Qt::UserRole).toInt());
+        }
+    });
+    connect(m_layers, &QListWidget::itemChanged, this, [this](const QListWidgetItem *item) {
+        Q_EMIT layerChecked(item->data(Qt::UserRole).toInt(), item->checkState() == Qt::Checked);
+    });
 }
 
 void SceneTab::showLayers(const Scene &scene, std::int32_t selected)
@@ -93,9 +120,7 @@ void SceneTab::showLayers(const Scene &scene, std::int32_t selected)
     m_layers->clear();
     for (auto index = static_cast<std::int32_t>(scene.layers.size()) - 1; index >= 0; --index) {
         const Layer &layer = scene.layers[static_cast<std::size_t>(index)];
-        auto *item = new QListWidgetItem(QString::fromUtf8(layer.visible ? "👁  " : "🚫  ")
-                + layer.name + QStringLiteral("   ·  ") + displayName(layer.kind),
-            m_layers);
+        auto *item = new QListWidgetItem(itemText(layer), m_layers);
         item->setData(Qt::UserRole, index);
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
         item->setCheckState(layer.visible ? Qt::Checked : Qt::Unchecked);
@@ -106,9 +131,13 @@ void SceneTab::showLayers(const Scene &scene, std::int32_t selected)
     }
 }
 
-void SceneTab::itemChanged(const QListWidgetItem *item)
+void SceneTab::showLayerName(const Layer &layer, std::int32_t index)
 {
-    Q_EMIT layerChecked(item->data(Qt::UserRole).toInt(), item->checkState() == Qt::Checked);
+    const QSignalBlocker blocker(m_layers);
+    const int row = m_layers->count() - 1 - index;
+    if (QListWidgetItem *item = m_layers->item(row)) {
+        item->setText(itemText(layer));
+    }
 }
 
 } // namespace nimbara

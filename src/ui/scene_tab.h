@@ -1,18 +1,34 @@
 #pragma once
 
 #include "scene/scene.h"
+#include "ui/properties_panel.h"
 
+#include <QLineEdit>
 #include <QListWidget>
 #include <QWidget>
 
 #include <cstdint>
-#include <functional>
 
+class QMenu;
 class QVBoxLayout;
 
 namespace nimbara {
 
-/// "Escena y fuentes": the scenes of the edited set and the layers of the scene in PREVIEW.
+/// What the menu of "+ Fuente" adds, in its order.
+enum class SourceEntry : std::int32_t {
+    Camera,
+    Image,
+    Text,
+    Video,
+    Network,
+    Screen,
+    Color,
+    Subtitle,
+    Verse,
+};
+
+/// "Escena y fuentes": the scenes of the edited set, the layers of the scene in PREVIEW and the
+/// properties of the selected one.
 class SceneTab : public QWidget {
     Q_OBJECT
 public:
@@ -20,8 +36,19 @@ public:
 
     /// Refills the layer list, front layer first, and marks the selected one.
     void showLayers(const Scene &scene, std::int32_t selected);
+    /// Writes a layer's name into its list entry.
+    void showLayerName(const Layer &layer, std::int32_t index);
+    [[nodiscard]] PropertiesPanel *properties() const { return m_properties; }
 
 Q_SIGNALS:
+    void newScenePressed();
+    void renameScenePressed();
+    void duplicateScenePressed();
+    void deleteScenePressed();
+    void addSourceChosen(nimbara::SourceEntry entry);
+    void moveLayerPressed(int delta);
+    void deleteLayerPressed();
+    void verseRequested(const QString &reference);
     /// The operator selected a layer in the list.
     void layerSelected(int index);
     /// The operator checked or unchecked a layer.
@@ -29,10 +56,12 @@ Q_SIGNALS:
 
 private:
     QVBoxLayout *makeSceneColumn();
-    QVBoxLayout *makePropertiesColumn();
-    void itemChanged(const QListWidgetItem *item);
+    QMenu *makeSourceMenu();
+    void connectList();
 
     QListWidget *m_layers;
+    QLineEdit *m_verse;
+    PropertiesPanel *m_properties;
 };
 
 } // namespace nimbara

@@ -3,7 +3,6 @@
 #include "app/i18n.h"
 #include "app/log.h"
 #include "output/destination.h"
-#include "scene/scene_ops.h"
 #include "ui/audio_tab.h"
 #include "ui/control_row.h"
 #include "ui/hall_screen.h"
@@ -11,6 +10,7 @@
 #include "ui/monitors.h"
 #include "ui/outputs_tab.h"
 #include "ui/project_row.h"
+#include "ui/scene_editor.h"
 #include "ui/scene_tab.h"
 #include "ui/sources_tab.h"
 #include "ui/translation_tab.h"
@@ -81,13 +81,16 @@ StudioWindow::StudioWindow(bool /*quiet*/, std::unique_ptr<Dialogs> dialogs)
     , m_hallScreen(std::make_unique<HallScreen>())
 {
     layOut();
+    m_editor = std::make_unique<SceneEditor>(m_studio,
+        *m_dialogs,
+        m_guard,
+        SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
     connectStudio();
     connectRows();
     connectTabs();
     connectDevices();
     connectShortcuts();
-    showScene();
-    select(0);
+    m_editor->showScenes(0);
 
     m_frameTimer.setTimerType(Qt::PreciseTimer);
     m_frameTimer.setInterval(frameTimerInterval);
@@ -164,49 +167,23 @@ void StudioWindow::connectRows()
     connect(m_controls, &ControlRow::fadeChanged, this, [this](bool on) {
         m_studio.stage().program.setFadeEnabled(on);
     });
-    connect(m_controls, &ControlRow::sceneChosen, this, [this](int index) {
-        SceneSets &scenes = m_studio.stage().scenes;
-        scenes.setCurrentIndex(scenes.editing(), index);
-        select(-1);
-    });
-
-    Canvas *canvas = m_monitors->canvas();
-    canvas->scene = [this] { return &m_studio.stage().scenes.currentScene(); };
-    canvas->onSelectionChanged = [this] {
-        m_sceneTab->showLayers(m_studio.stage().scenes.currentScene(),
-            m_monitors->canvas()->selected());
-    };
-    canvas->onActivated = [this] { m_tabs->setCurrentWidget(m_sceneTab); };
+    m_monitors->canvas()->onActivated = [this] { m_tabs->setCurrentWidget(m_sceneTab); };
 }
 
 void StudioWindow::connectTabs()
 {
-    connect(m_sceneTab, &SceneTab::layerSelected, this, &StudioWindow::select);
-    connect(m_sceneTab, &SceneTab::layerChecked, this, [this](int index, bool visible) {
-        Scene &scene = m_studio.stage().scenes.currentScene();
-        if (setLayerVisible(scene, index, visible)) {
-            m_monitors->canvas()->onSelectionChanged();
-        }
-    });
-    const auto guarded = [this](void (StudioWindow::*operation)()) {
-        return [this, operation] { m_guard.run([this, operation] { (this->*operation)(); }); };
-    };
-    connect(m_sourcesTab,
-        &SourcesTab::loadImagePressed,
-        this,
-        guarded(&StudioWindow::loadImageFile));
-    connect(m_sourcesTab,
-        &SourcesTab::loadVideoPressed,
-        this,
-        guarded(&StudioWindow::loadVideoFile));
-    connect(m_sourcesTab,
-        &SourcesTab::networkSourcePressed,
-        this,
-        guarded(&StudioWindow::addNetworkSource));
-    connect(m_outputsTab,
-        &OutputsTab::recordPressed,
-        this,
-        guarded(&StudioWindow::toggleRecording));
+    const auto guard
+        = [this](auto operation) { return [this, operation] { m_guard.run(operation); }; };
+    connect(m_sourcesTab, &SourcesTab::loadImagePressed, this, guard([this] {
+        m_editor->addImage();
+    }));
+    connect(m_sourcesTab, &SourcesTab::loadVideoPressed, this, guard([this] {
+        m_editor->addVideo();
+    }));
+    connect(m_sourcesTab, &SourcesTab::networkSourcePressed, this, guard([this] {
+        m_editor->addNetworkSource();
+    }));
+    connect(m_outputsTab, &OutputsTab::recordPressed, this, guard([this] { toggleRecording(); }));
 
     connect(m_audioTab, &AudioTab::gainChanged, this, [this](int percent) {
         m_guard.run([this, percent] { m_studio.audio().setGainPercent(percent); });
@@ -298,34 +275,18 @@ void StudioWindow::showOutputs()
     m_project->setFormatEnabled(!outputs.any());
 }
 
-void StudioWindow::showScene()
-{
-    SceneSets &scenes = m_studio.stage().scenes;
-    static_cast<void>(scenes.currentScene());
-    QStringList names;
-    for (const Scene &scene : scenes.editedScenes()) {
-        names << scene.name;
-    }
-    m_controls->showScenes(names, scenes.currentIndex(scenes.editing()));
-}
-
 void StudioWindow::setEditSet(int index)
 {
     m_studio.program().setEditSet(index);
     m_controls->showEditSet(m_studio.stage().scenes.editingHall());
-    showScene();
     showPreviewShape();
+    m_editor->showScenes(-1);
 }
 
 void StudioWindow::showPreviewShape()
 {
     const FrameSize size = m_studio.stage().previewFrame();
     m_monitors->canvas()->setAspect(static_cast<double>(size.width) / size.height);
-}
-
-void StudioWindow::select(std::int32_t layer)
-{
-    m_monitors->canvas()->setSelected(layer);
 }
 
 void StudioWindow::setLanguage(int index)
@@ -357,36 +318,6 @@ void StudioWindow::takeFromKeyboard()
         || qobject_cast<const QTextEdit *>(focus) != nullptr;
     if (!typing) {
         m_studio.program().take();
-    }
-}
-
-void StudioWindow::loadImageFile()
-{
-    const QString path = m_dialogs->openFile(nimbara_i18n::tr("Imagen"),
-        QString(),
-        nimbara_i18n::tr("Imágenes (*.png *.jpg *.jpeg *.bmp *.webp)"));
-    if (!path.isEmpty()) {
-        select(m_studio.layers().addImage(path));
-    }
-}
-
-void StudioWindow::loadVideoFile()
-{
-    const QString path = m_dialogs->openFile(nimbara_i18n::tr("Video"),
-        QString(),
-        nimbara_i18n::tr("Videos (*.webm *.mp4 *.mov *.mkv)"));
-    if (!path.isEmpty()) {
-        select(m_studio.layers().addVideoFile(path));
-    }
-}
-
-void StudioWindow::addNetworkSource()
-{
-    const auto location = m_dialogs->text(nimbara_i18n::tr("Fuente de red"),
-        nimbara_i18n::tr("URL HTTP(S) / RTSP / RTMP"),
-        QString());
-    if (location) {
-        select(m_studio.layers().addMedia(*location));
     }
 }
 

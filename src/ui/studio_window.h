@@ -23,6 +23,7 @@ class HeaderRow;
 class Monitors;
 class OutputsTab;
 class ProjectRow;
+class SceneEditor;
 class SceneTab;
 class SourcesTab;
 class TranslationTab;
@@ -59,15 +60,10 @@ private:
 
     void showPictures(const Pictures &pictures);
     void showOutputs();
-    void showScene();
     void setEditSet(int index);
     void showPreviewShape();
     void setLanguage(int index);
     void takeFromKeyboard();
-    void select(std::int32_t layer);
-    void loadImageFile();
-    void loadVideoFile();
-    void addNetworkSource();
     void toggleRecording();
     void waitForRecording();
     void toggleHallScreen();
@@ -92,6 +88,7 @@ private:
     TranslationTab *m_translationTab;
     QLabel *m_status;
     std::unique_ptr<HallScreen> m_hallScreen;
+    std::unique_ptr<SceneEditor> m_editor;
 };
 
 } // namespace nimbara

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "studio/studio.h"
+#include "ui/canvas.h"
+#include "ui/control_row.h"
+#include "ui/dialogs.h"
+#include "ui/error_guard.h"
+#include "ui/scene_tab.h"
+
+#include <QObject>
+
+#include <cstdint>
+#include <tuple>
+
+namespace nimbara {
+
+/// Turns what the operator does in the scene tab, the scene list and on the canvas into scene
+/// operations, and shows the result in all three. Interface thread only.
+class SceneEditor : public QObject {
+    Q_OBJECT
+public:
+    struct Views {
+        Canvas &canvas;
+        SceneTab &tab;
+        ControlRow &controls;
+    };
+
+    SceneEditor(Studio &studio, Dialogs &dialogs, const ErrorGuard &guard, Views views);
+
+    /// Shows the scenes of the edited set and the layers of the current one, and selects a layer.
+    void showScenes(std::int32_t selected);
+    /// Brings the properties up to date: built anew for another layer, else only its position.
+    void refreshProps();
+
+    /// The three ways to bring in a file or a stream; each asks the operator. They throw `Error`.
+    void addImage();
+    void addVideo();
+    void addNetworkSource();
+
+private:
+    void connectTab();
+    void connectProperties();
+    void connectCanvas();
+    void addSource(SourceEntry entry);
+    void addSubtitles();
+    void askNewScene();
+    void askRenameScene();
+    void askDeleteScene();
+    void moveSelected(int delta);
+    void deleteSelected();
+    void changeImageOfSelected();
+    void restartVideoOfSelected();
+    void select(std::int32_t layer);
+    [[nodiscard]] Scene &scene();
+    [[nodiscard]] Layer *selectedLayer();
+    [[nodiscard]] std::optional<FrameSize> contentSize(const Layer &layer) const;
+
+    /// What the panel was built for: set, scene, layer and how often the scene has changed its
+    /// shape.
+    using PanelKey = std::tuple<SceneSet, std::int32_t, std::int32_t, std::uint64_t>;
+    [[nodiscard]] PanelKey panelKey();
+
+    Studio &m_studio;
+    Dialogs &m_dialogs;
+    const ErrorGuard &m_guard;
+    Views m_views;
+    std::uint64_t m_shape = 0; ///< grows whenever layers or scenes come, go or change places
+    std::optional<PanelKey> m_panelKey;
+};
+
+} // namespace nimbara

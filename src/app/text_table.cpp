@@ -361,6 +361,12 @@ constexpr std::array pairs {
     TextPair { "Servidor RTMP/RTMPS inválido. Separa la clave del servidor.",
         "Invalid RTMP/RTMPS server. Keep the key apart from the server." },
     TextPair { "Clave de transmisión inválida", "Invalid stream key" },
+    TextPair { "Detén salidas antes de abrir/guardar proyecto",
+        "Stop the outputs before opening or saving a project" },
+    TextPair { "Proyecto inválido", "Invalid project" },
+    TextPair { "Versión de proyecto inválida", "Invalid project version" },
+    TextPair { "No se pudo guardar proyecto", "The project could not be saved" },
+    TextPair { "Escribe cualquier idioma...", "Type any language..." },
     TextPair { "Otro RTMP", "Other RTMP" },
     TextPair {
         "Aquí aparecerá la traducción en vivo: se escribe de izquierda a derecha y hacia abajo, "

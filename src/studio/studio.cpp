@@ -28,6 +28,11 @@ Studio::Studio(const Clock &clock, std::unique_ptr<CapturePermission> permission
           [this](const QString &text) { status(text); })
     , m_layers(m_factory, m_stage, [this](const QString &text) { status(text); })
     , m_outputs(m_retirement)
+    , m_projects(m_factory,
+          m_outputs,
+          m_stage,
+          m_sources,
+          [this](const QString &text) { status(text); })
     , m_schedule(clock.monotonicUs())
 {
     for (const SceneSet set : { SceneSet::Hall, SceneSet::Streams }) {
@@ -58,6 +63,7 @@ void Studio::readInputs()
     m_sources.poll(m_stage);
     m_sources.reopenCamera(m_stage.streamFrame());
     m_devices.poll();
+    m_projects.poll();
     m_audio.pull();
     m_retirement->reap();
 }

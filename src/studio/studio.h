@@ -10,6 +10,7 @@
 #include "studio/program_audio_desk.h"
 #include "studio/program_control.h"
 #include "studio/program_pictures.h"
+#include "studio/project_desk.h"
 #include "studio/report.h"
 #include "studio/sources.h"
 #include "studio/stage.h"
@@ -44,6 +45,7 @@ public:
     [[nodiscard]] ProgramControl &program() { return m_program; }
     [[nodiscard]] LayerMaker &layers() { return m_layers; }
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
+    [[nodiscard]] ProjectDesk &projects() { return m_projects; }
     [[nodiscard]] const MediaFactory &mediaFactory() const { return m_factory; }
 
     /// Changes the shape of the streams (`nimbara::changeProfile`). Does nothing while an output
@@ -77,6 +79,7 @@ private:
     ProgramControl m_program;
     LayerMaker m_layers;
     Outputs m_outputs;
+    ProjectDesk m_projects;
     Diagnostics m_diagnostics;
     FrameSchedule m_schedule;
 };

@@ -4,6 +4,7 @@
 #include "ui/controls.h"
 
 #include <QHBoxLayout>
+#include <QSignalBlocker>
 
 namespace nimbara {
 
@@ -17,6 +18,7 @@ ProjectRow::ProjectRow(QWidget *parent)
     m_format->addItems({ nimbara_i18n::tr("Horizontal · 1920 × 1080"),
         nimbara_i18n::tr("Vertical · 1080 × 1920") });
     setFormatEnabled(true);
+    m_credits->setEnabled(false);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(m_format);
@@ -25,6 +27,12 @@ ProjectRow::ProjectRow(QWidget *parent)
     row->addWidget(m_credits);
     row->addStretch();
     connect(m_format, &QComboBox::currentIndexChanged, this, &ProjectRow::formatChosen);
+}
+
+void ProjectRow::showFormat(int entry)
+{
+    const QSignalBlocker blocker(m_format);
+    m_format->setCurrentIndex(entry);
 }
 
 void ProjectRow::setFormatEnabled(bool enabled)

@@ -15,8 +15,8 @@ public:
     /// The format can be changed only while no output runs; the tooltip says why.
     void setFormatEnabled(bool enabled);
     [[nodiscard]] int format() const { return m_format->currentIndex(); }
-    /// Selects a format as the operator would.
-    void setFormat(int entry) { m_format->setCurrentIndex(entry); }
+    /// Shows a format without the change signal.
+    void showFormat(int entry);
     [[nodiscard]] QPushButton *openButton() const { return m_open; }
     [[nodiscard]] QPushButton *saveButton() const { return m_save; }
     [[nodiscard]] QPushButton *creditsButton() const { return m_credits; }

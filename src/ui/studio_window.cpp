@@ -89,6 +89,7 @@ StudioWindow::StudioWindow(bool /*quiet*/, std::unique_ptr<Dialogs> dialogs)
     connectRows();
     connectTabs();
     connectDevices();
+    connectProjects();
     connectShortcuts();
     m_editor->showScenes(0);
 
@@ -224,6 +225,62 @@ void StudioWindow::connectDevices()
         showPreviewShape();
     });
     m_studio.devices().refreshDevices();
+}
+
+void StudioWindow::connectProjects()
+{
+    connect(m_project->openButton(), &QPushButton::clicked, this, [this] {
+        m_guard.run([this] { openProject(); });
+    });
+    connect(m_project->saveButton(), &QPushButton::clicked, this, [this] {
+        m_guard.run([this] { saveProject(); });
+    });
+    m_studio.projects().onOpened = [this](const Project &project, const QStringList &warnings) {
+        showProject(project, warnings);
+    };
+    m_studio.projects().onFailed = [this](const QString &text) {
+        // From the frame timer: the box must not hold up the tick that found the failure.
+        QTimer::singleShot(0, this, [this, text] { m_guard.run([&text] { throw Error(text); }); });
+    };
+}
+
+void StudioWindow::openProject()
+{
+    ProjectDesk &projects = m_studio.projects();
+    projects.requireIdleOutputs();
+    const QString path = m_dialogs->openFile(nimbara_i18n::tr("Abrir proyecto"),
+        projects.lastPath(),
+        nimbara_i18n::tr("Ardenvale Vesperline (*.nimbara)"));
+    if (!path.isEmpty()) {
+        projects.openProject(path);
+    }
+}
+
+void StudioWindow::saveProject()
+{
+    ProjectDesk &projects = m_studio.projects();
+    projects.requireIdleOutputs();
+    const QString path = m_dialogs->saveFile(nimbara_i18n::tr("Guardar proyecto"),
+        projects.lastPath(),
+        nimbara_i18n::tr("Ardenvale Vesperline (*.nimbara)"));
+    if (!path.isEmpty()) {
+        projects.saveProject(path, m_audioTab->gain());
+    }
+}
+
+void StudioWindow::showProject(const Project &project, const QStringList &warnings)
+{
+    m_project->showFormat(project.profile == StreamProfile::Portrait ? 1 : 0);
+    m_controls->showTitle(project.title, project.band);
+    m_audioTab->setGain(project.gain);
+    showPreviewShape();
+    m_editor->showScenes(0);
+    if (!warnings.isEmpty()) {
+        QTimer::singleShot(0, this, [this, warnings] {
+            m_dialogs->warning(nimbara_i18n::tr("Abrir proyecto"),
+                warnings.join(QLatin1Char('\n')));
+        });
+    }
 }
 
 void StudioWindow::toggleHallScreen()

@@ -66,6 +66,10 @@ private:
     void takeFromKeyboard();
     void toggleRecording();
     void waitForRecording();
+    void connectProjects();
+    void openProject();
+    void saveProject();
+    void showProject(const Project &project, const QStringList &warnings);
     void toggleHallScreen();
     void screenRemoved();
 

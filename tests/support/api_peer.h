@@ -20,11 +20,8 @@ public:
     /// Waits until the server listens; installs its packages when they are missing. Ends the
     /// program when that cannot be done.
     ApiPeer();
-    ApiPeer(const ApiPeer &) = delete;
-    ApiPeer &operator=(const ApiPeer &) = delete;
-    ApiPeer(ApiPeer &&) = delete;
-    ApiPeer &operator=(ApiPeer &&) = delete;
     ~ApiPeer();
+    Q_DISABLE_COPY_MOVE(ApiPeer)
 
     /// Where it answers, and the authority that signed its certificate.
     [[nodiscard]] const Endpoint &endpoint() const { return m_endpoint; }

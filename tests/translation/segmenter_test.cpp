@@ -15,7 +15,6 @@ class SegmenterTest : public QObject {
 private Q_SLOTS:
     void cuts_data();
     void cuts();
-    void doesNotDependOnTheBlocks();
     void flushKeepsWhatWasSaid();
     void survivesBadSamples();
     void writesWavFiles();
@@ -71,25 +70,6 @@ void SegmenterTest::cuts()
     QFETCH(Stretches, stretches);
     Segmenter segmenter;
     QTEST(lengths(segmenter.push(signal(stretches))), "expected");
-}
-
-void SegmenterTest::doesNotDependOnTheBlocks()
-{
-    AudioBlock voice = signal({ { 3100, 0.2 }, { 400, 0 }, { 2500, -0.3 }, { 90, 0.007 } });
-    const AudioBlock more = signal({ { 3000, 0.1 }, { 800, 0 }, { 1300, 0.4 }, { 900, 0 } });
-    voice.samples.insert(voice.samples.end(), more.samples.begin(), more.samples.end());
-    const auto expected = Segmenter().push(voice);
-    QCOMPARE(expected.size(), std::size_t { 4 });
-    for (const int frames : { 1, 7, 1024 }) {
-        Segmenter segmenter;
-        std::vector<PhraseSamples> phrases;
-        inPieces(voice, frames, [&](const AudioBlock &piece) {
-            for (auto &phrase : segmenter.push(piece)) {
-                phrases.push_back(std::move(phrase));
-            }
-        });
-        QVERIFY(phrases == expected);
-    }
 }
 
 void SegmenterTest::flushKeepsWhatWasSaid()

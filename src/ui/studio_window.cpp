@@ -92,6 +92,8 @@ StudioWindow::StudioWindow(bool /*quiet*/, std::unique_ptr<Dialogs> dialogs)
     connectProjects();
     connectShortcuts();
     m_editor->showScenes(0);
+    // Space and the arrow keys work from the first moment.
+    m_monitors->canvas()->setFocus();
 
     m_frameTimer.setTimerType(Qt::PreciseTimer);
     m_frameTimer.setInterval(frameTimerInterval);

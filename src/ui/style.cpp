@@ -37,7 +37,9 @@ QString applicationStyleSheet()
         "QCheckBox::indicator:disabled { border-color: #3a4c60; }"
         "QCheckBox:disabled, QLabel:disabled, QComboBox:disabled, QLineEdit:disabled"
         " { color: #708196; }"
-        "QComboBox::drop-down { border: none; width: 22px; }"
+        "QScrollBar:vertical { background: #17273a; width: 11px; margin: 0; border-radius: 5px; }"
+        "QScrollBar::handle:vertical { background: #3f6288; min-height: 26px; border-radius: 5px; }"
+        "QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }"
         "QListView { border: 1px solid #31465f; border-radius: 6px; }"
         "QListView::item:selected { background: #245b8b; color: #eaf2fa; }"
         "QToolTip { background: #1a2a3d; color: #eaf2fa; border: 1px solid #476789; }");

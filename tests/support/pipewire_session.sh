@@ -26,6 +26,12 @@ fi
 
 pipewire >"$NIMBARA_PIPEWIRE_SESSION/pipewire.log" 2>&1 &
 service=$!
+# The session manager gives up at once when it finds no service.
+tries=0
+until [ -S "$XDG_RUNTIME_DIR/pipewire-0" ] || [ "$tries" -gt 150 ]; do
+    tries=$((tries + 1))
+    sleep 0.1
+done
 wireplumber >"$NIMBARA_PIPEWIRE_SESSION/wireplumber.log" 2>&1 &
 manager=$!
 trap 'kill "$manager" "$service" 2>/dev/null || true; wait' EXIT

@@ -158,8 +158,7 @@ void Media::pollSource()
     } else if (start == PipelineStart::Outcome::Playing && streamsEnded()) {
         m_ended = true;
         deactivate();
-    } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)
-        && !pictureEnded()) {
+    } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)) {
         fail(m_isDevice ? QStringLiteral("Cámara sin cuadros; se vuelve a abrir")
                         : QStringLiteral("Fuente sin frames durante 10 segundos"));
     }
@@ -190,12 +189,6 @@ bool Media::streamsEnded() const
     const bool sound = isFed(m_parts.audioConvert);
     return (picture || sound) && (!picture || sinkEnded(m_parts.videoSink))
         && (!sound || sinkEnded(m_parts.audioSink));
-}
-
-/// The picture has ended while the sound plays on, as in a song with one still picture.
-bool Media::pictureEnded() const
-{
-    return isFed(m_parts.videoConvert) && sinkEnded(m_parts.videoSink);
 }
 
 void Media::takeSound()

@@ -84,7 +84,6 @@ private:
     void describeFirstPicture(const SampleRef &sample);
     void readAlpha();
     [[nodiscard]] bool streamsEnded() const;
-    [[nodiscard]] bool pictureEnded() const;
     void fail(const QString &message);
     void deactivate();
 

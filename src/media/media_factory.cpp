@@ -13,12 +13,12 @@ void checkMediaLocation(const QString &location)
 {
     static constexpr std::array
         schemes { "file", "https", "http", "rtsp", "rtsps", "rtmp", "rtmps" };
-    // The scheme is compared as it was entered: a parsed URL has it in lower case.
-    const QString scheme = location.section(QLatin1Char(':'), 0, 0);
-    const bool known = std::any_of(schemes.begin(), schemes.end(), [&](const char *candidate) {
-        return scheme == QLatin1String(candidate);
+    // A parsed URL has its scheme in lower case; what counts is what was entered.
+    const QUrl url(location, QUrl::TolerantMode);
+    const bool known = std::any_of(schemes.begin(), schemes.end(), [&](const char *scheme) {
+        return url.scheme() == QLatin1String(scheme) && location.startsWith(url.scheme());
     });
-    if (!known || !QUrl(location, QUrl::TolerantMode).isValid()) {
+    if (!known || !url.isValid()) {
         throw Error(QStringLiteral("URL multimedia no compatible"));
     }
 }

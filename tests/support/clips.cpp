@@ -50,7 +50,16 @@ QStringList audioInput(const ClipSpec &spec)
         QStringLiteral("-i"),
         QStringLiteral("aevalsrc=0.5*sin(2*PI*1000*t)*lt(mod(t\\,1)\\,0.1):s=%1:d=%2")
             .arg(spec.audioRate)
-            .arg(spec.seconds) };
+            .arg(spec.soundSeconds > 0 ? spec.soundSeconds : spec.seconds) };
+}
+
+QStringList subtitleInput()
+{
+    const QByteArray text = "1\n00:00:00,000 --> 00:00:09,000\nAmén\n\n";
+    return { QStringLiteral("-f"),
+        QStringLiteral("srt"),
+        QStringLiteral("-i"),
+        QStringLiteral("data:text/plain;base64,") + QString::fromLatin1(text.toBase64()) };
 }
 
 /// ffmpeg writes the turn only while it copies a stream.
@@ -85,6 +94,9 @@ QStringList ffmpegArguments(const ClipSpec &spec)
             spec.audioCodec,
             QStringLiteral("-ac"),
             QString::number(spec.audioChannels) };
+    }
+    if (spec.subtitles) {
+        arguments += subtitleInput();
     }
     return arguments + output + spec.extra;
 }

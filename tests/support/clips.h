@@ -23,6 +23,8 @@ struct ClipSpec {
     QString pixelFormat = QStringLiteral("yuv420p");
     int audioRate = 48000;
     int audioChannels = 2;
+    double soundSeconds = 0; ///< 0: as long as the picture
+    bool subtitles = false; ///< a text stream beside the others
     int rotate = 0; ///< degrees, as a phone declares it in the container
     QStringList extra; ///< further ffmpeg output options
 };

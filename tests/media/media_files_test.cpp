@@ -1,0 +1,273 @@
+#include "app/clock.h"
+#include "media/media_factory.h"
+#include "poll.h"
+#include "support/clips.h"
+#include "support/manual_clock.h"
+#include "support/test_registry.h"
+
+#include <QFile>
+#include <QTest>
+#include <QTransform>
+
+#include <algorithm>
+#include <cmath>
+
+namespace nimbara::testing {
+
+namespace {
+
+/// What a file delivered from its start to its end.
+struct Playback {
+    int firstNumber = -1;
+    int lastNumber = -1;
+    bool flash = false;
+    float loudest = 0;
+    QString message;
+};
+
+Playback playToEnd(Media &media)
+{
+    Playback result;
+    pollUntil(media, [&] {
+        for (AudioFifo &fifo = media.audioFifo(); !fifo.empty(); fifo.drop(1)) {
+            result.loudest = std::max(result.loudest, std::abs(fifo.at(0)));
+        }
+        if (media.frame()) {
+            const ClipPicture picture = readClip(*media.frame());
+            result.firstNumber = result.firstNumber < 0 ? picture.number : result.firstNumber;
+            result.lastNumber = picture.number;
+            result.flash = result.flash || picture.flash;
+        }
+        return !media.active();
+    });
+    result.message = media.takeMessage();
+    return result;
+}
+
+/// The picture turned clockwise.
+Frame turned(const Frame &frame, int degrees)
+{
+    const QImage image = imageView(frame)
+                             .transformed(QTransform().rotate(degrees))
+                             .convertToFormat(QImage::Format_RGBA8888);
+    return { image.width(), image.height(), image.constBits(), image.bytesPerLine(), true };
+}
+
+} // namespace
+
+class MediaFilesTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void playsToTheEnd_data();
+    void playsToTheEnd();
+    void reportsBrokenFiles_data();
+    void reportsBrokenFiles();
+    void standsUpright_data();
+    void standsUpright();
+    void playsSoundWithThePicture();
+    void playsSoundBeyondThePicture();
+    void declaresSoundAloneSilent();
+    void opensNamesAsTheyAreWritten();
+
+private:
+    MediaPtr open(const ClipSpec &spec, FrameSize size = { 320, 180 })
+    {
+        return m_factory.media(size, fileLocation(clip(spec)));
+    }
+
+    SystemClock m_clock;
+    std::shared_ptr<Retirement> m_retirement = std::make_shared<Retirement>();
+    MediaFactory m_factory { m_clock, m_retirement };
+};
+
+void MediaFilesTest::playsToTheEnd_data()
+{
+    QTest::addColumn<ClipSpec>("spec");
+    QTest::addColumn<int>("lastNumber");
+
+    const auto row = [](const char *name, int lastNumber, auto change) {
+        ClipSpec spec;
+        spec.seconds = 0.4;
+        change(spec);
+        QTest::newRow(name) << spec << lastNumber;
+    };
+    row("H.264 and AAC in MP4", 11, [](ClipSpec &) {});
+    row("25 frames per second", 9, [](ClipSpec &spec) { spec.rate = QStringLiteral("25"); });
+    row("59.94 frames per second", 23, [](ClipSpec &spec) {
+        spec.rate = QStringLiteral("60000/1001");
+    });
+    row("variable frame rate", 9, [](ClipSpec &spec) {
+        spec.extra = QStringList { QStringLiteral("-vf"),
+            QStringLiteral("select='not(mod(n\\,3))'"),
+            QStringLiteral("-vsync"),
+            QStringLiteral("vfr") };
+    });
+    row("VP9 and Opus in WebM", 11, [](ClipSpec &spec) {
+        spec.videoCodec = QStringLiteral("libvpx-vp9");
+        spec.audioCodec = QStringLiteral("libopus");
+        spec.container = QStringLiteral("webm");
+        spec.extra = QStringList { QStringLiteral("-cpu-used"),
+            QStringLiteral("8"),
+            QStringLiteral("-deadline"),
+            QStringLiteral("realtime") };
+    });
+    row("Matroska with subtitles", 11, [](ClipSpec &spec) {
+        spec.audioCodec = QStringLiteral("flac");
+        spec.container = QStringLiteral("mkv");
+        spec.subtitles = true;
+    });
+    row("two streams of each kind", 11, [](ClipSpec &spec) {
+        spec.extra = QStringList { QStringLiteral("-map"),
+            QStringLiteral("0"),
+            QStringLiteral("-map"),
+            QStringLiteral("0"),
+            QStringLiteral("-map"),
+            QStringLiteral("1"),
+            QStringLiteral("-map"),
+            QStringLiteral("1") };
+    });
+    row("5.1 sound at 44.1 kHz", 11, [](ClipSpec &spec) {
+        spec.audioChannels = 6;
+        spec.audioRate = 44100;
+        spec.audioCodec = QStringLiteral("ac3");
+        spec.container = QStringLiteral("mkv");
+    });
+    row("no sound", 11, [](ClipSpec &spec) { spec.audioCodec.clear(); });
+    row("no picture", -1, [](ClipSpec &spec) { spec.videoCodec.clear(); });
+    row("4K", 11, [](ClipSpec &spec) {
+        spec.width = 3840;
+        spec.height = 2160;
+        spec.extra = QStringList { QStringLiteral("-preset"), QStringLiteral("ultrafast") };
+    });
+}
+
+void MediaFilesTest::playsToTheEnd()
+{
+    QFETCH(ClipSpec, spec);
+    const MediaPtr media = open(spec);
+    const Playback played = playToEnd(*media);
+
+    QCOMPARE(played.message, QString());
+    QVERIFY(media->ended());
+    QTEST(played.lastNumber, "lastNumber");
+    const bool hasPicture = !spec.videoCodec.isEmpty();
+    QCOMPARE(media->frame() != nullptr, hasPicture);
+    QVERIFY(!hasPicture || (played.firstNumber < 6 && media->frame()->opaque));
+    QCOMPARE(played.flash, hasPicture);
+    QCOMPARE(played.loudest > 0.05F, !spec.audioCodec.isEmpty());
+}
+
+void MediaFilesTest::reportsBrokenFiles_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("message");
+    ClipSpec spec;
+    spec.seconds = 0.4;
+    QTest::newRow("index lost") << truncatedClip(spec, 0.5)
+                                << QStringLiteral("This file contains no playable streams.");
+    QTest::newRow("empty") << truncatedClip(spec, 0) << QStringLiteral("Stream contains no data.");
+    QTest::newRow("no media") << QStringLiteral("/etc/passwd")
+                              << QStringLiteral("This appears to be a text file");
+    spec.container = QStringLiteral("mkv");
+    QTest::newRow("end lost") << truncatedClip(spec, 0.8) << QString();
+}
+
+void MediaFilesTest::reportsBrokenFiles()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, message);
+    const MediaPtr media = m_factory.media({ 320, 180 }, fileLocation(path));
+    const Playback played = playToEnd(*media);
+    QCOMPARE(media->ended(), message.isEmpty());
+    QCOMPARE(media->frame() != nullptr, message.isEmpty());
+    // The decoder may lose an error that comes while it still builds itself; then the watchdog
+    // speaks.
+    const QString silent = QStringLiteral("Fuente sin frames durante 10 segundos");
+    const QString expected
+        = message.isEmpty() ? message : QStringLiteral("Fuente sin señal: ") + message;
+    QVERIFY2(played.message == expected || played.message.startsWith(expected + QLatin1String(" ["))
+            || (!message.isEmpty() && played.message == silent),
+        qPrintable(played.message));
+}
+
+void MediaFilesTest::standsUpright_data()
+{
+    QTest::addColumn<int>("degrees");
+    for (const int degrees : { 90, 180, 270 }) {
+        QTest::addRow("%d", degrees) << degrees;
+    }
+}
+
+/// As a phone writes them: the pixels lie on their side, the container says how to turn them.
+void MediaFilesTest::standsUpright()
+{
+    QFETCH(int, degrees);
+    ClipSpec spec;
+    spec.seconds = 0.4;
+    spec.rotate = degrees;
+    const FrameSize size = degrees == 180 ? FrameSize { 320, 180 } : FrameSize { 180, 320 };
+    const MediaPtr media = open(spec, size);
+    QVERIFY(pollUntil(*media, [&] { return !media->active(); }));
+    QVERIFY(media->frame());
+    QCOMPARE(readClip(turned(*media->frame(), degrees)).number, 11);
+}
+
+void MediaFilesTest::playsSoundWithThePicture()
+{
+    ClipSpec spec;
+    spec.seconds = 1.4;
+    const MediaPtr media = open(spec);
+    double soundSeconds = 0;
+    QVERIFY(pollUntil(*media, [&] {
+        soundSeconds
+            += static_cast<double>(media->audioFifo().size()) / (audioRate * audioChannels);
+        media->audioFifo().clear();
+        return media->frame() && readClip(*media->frame()).number >= 30;
+    }));
+    QVERIFY(readClip(*media->frame()).flash);
+    QVERIFY2(std::abs(soundSeconds - 1) < 0.4, qPrintable(QString::number(soundSeconds)));
+}
+
+void MediaFilesTest::playsSoundBeyondThePicture()
+{
+    ClipSpec spec;
+    spec.seconds = 0.8;
+    spec.soundSeconds = 1.6;
+    const MediaPtr media = open(spec);
+    QVERIFY(pollUntil(*media, [&] { return !media->active(); }));
+    QVERIFY(media->ended());
+    QVERIFY(media->frame());
+    QCOMPARE(readClip(*media->frame()).number, 23);
+    QCOMPARE(media->audioFifo().size(), AudioFifo::defaultLimit);
+}
+
+void MediaFilesTest::declaresSoundAloneSilent()
+{
+    ClipSpec spec;
+    spec.videoCodec.clear();
+    ManualClock clock;
+    const MediaFactory factory(clock, m_retirement);
+    const MediaPtr media = factory.media({ 320, 180 }, fileLocation(clip(spec)));
+    QVERIFY(pollUntil(*media, [&] { return !media->audioFifo().empty(); }));
+    clock.advanceUs(10'000'001);
+    media->pollSource();
+    QCOMPARE(media->takeMessage(), QStringLiteral("Fuente sin frames durante 10 segundos"));
+}
+
+void MediaFilesTest::opensNamesAsTheyAreWritten()
+{
+    ClipSpec spec;
+    spec.seconds = 0.1;
+    const QString path = clipFolder() + QStringLiteral("/coro y órgano.mp4");
+    QVERIFY(QFile::exists(path) || QFile::copy(clip(spec), path));
+    const MediaPtr media = m_factory.media({ 320, 180 }, QStringLiteral("file://") + path);
+    QCOMPARE(playToEnd(*media).lastNumber, 2);
+}
+
+} // namespace nimbara::testing
+
+using nimbara::testing::MediaFilesTest;
+NIMBARA_TEST(MediaFilesTest)
+
+#include "media_files_test.moc"

@@ -49,7 +49,7 @@ QString checkedServer(const QString &text)
 QString checkedKey(const QString &text)
 {
     static const QRegularExpression forbidden(QStringLiteral(R"([\s?#])"));
-    const QString key = text.trimmed();
+    QString key = text.trimmed();
     if (key.isEmpty() || key.contains(forbidden)) {
         throw Error(QStringLiteral("Clave de transmisión inválida"));
     }

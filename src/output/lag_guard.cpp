@@ -92,7 +92,7 @@ void LagGuard::readPlain(AudioFifo *fifo, std::span<float> into)
         m_fade.start(taken > 0 ? frameAt(sound, taken - 1) : m_last, {});
     }
     m_fade.apply(silence);
-    m_flowing = silence.empty();
+    m_flowing = fifo != nullptr && silence.empty();
     m_seam = false;
     countGap(taken, silence.size() / audioChannels);
     if (m_flowing) {

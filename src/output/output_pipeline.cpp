@@ -1,6 +1,7 @@
 #include "output/output_pipeline.h"
 
 #include "app/error.h"
+#include "media/gst_build.h"
 #include "output/audio_timeline.h"
 #include "output/encoders.h"
 #include "output/sound_probe.h"
@@ -40,10 +41,9 @@ bool namesStream(const QString &location)
         && !location.endsWith(QLatin1Char('/'));
 }
 
-void setCaps(GstElement *element, GstCaps *adopted)
+CapsRef capsOf(const QString &text)
 {
-    const auto caps = CapsRef::adopt(adopted);
-    g_object_set(element, "caps", caps.get(), nullptr);
+    return CapsRef::adopt(gst_caps_from_string(text.toLatin1().constData()));
 }
 
 /// Builds the pipeline element by element. Everything that is made belongs to the pipeline, so an
@@ -83,19 +83,20 @@ private:
         return element;
     }
 
-    GstElement *makeFilter(GstCaps *adopted) const
+    [[nodiscard]] GstElement *makeFilter(const CapsRef &caps) const
     {
         GstElement *filter = make("capsfilter");
-        setCaps(filter, adopted);
+        g_object_set(filter, "caps", caps.get(), nullptr);
         return filter;
     }
 
     /// When the input is full the oldest data goes: pushing never waits.
-    GstElement *makeInput(GstCaps *adopted, guint64 maxBuffers) const
+    [[nodiscard]] GstElement *makeInput(const CapsRef &caps, guint64 maxBuffers) const
     {
         GstElement *source = make("appsrc");
-        setCaps(source, adopted);
         g_object_set(source,
+            "caps",
+            caps.get(),
             "is-live",
             TRUE,
             "format",
@@ -116,29 +117,13 @@ private:
 
     void makeVideo()
     {
-        m_videoSrc = makeInput(gst_caps_new_simple("video/x-raw",
-                                   "format",
-                                   G_TYPE_STRING,
-                                   "RGBA",
-                                   "width",
-                                   G_TYPE_INT,
-                                   m_profile.width,
-                                   "height",
-                                   G_TYPE_INT,
-                                   m_profile.height,
-                                   "framerate",
-                                   GST_TYPE_FRACTION,
-                                   30,
-                                   1,
-                                   nullptr),
-            3);
+        const QString caps
+            = QStringLiteral("video/x-raw, format=RGBA, width=%1, height=%2, framerate=30/1");
+        m_videoSrc = makeInput(capsOf(caps.arg(m_profile.width).arg(m_profile.height)), 3);
         m_videoConvert = make("videoconvert");
         const EncoderChoice &choice = firstAvailable(videoEncoders(m_profile.isStream));
-        m_videoFilter = makeFilter(gst_caps_new_simple("video/x-raw",
-            "format",
-            G_TYPE_STRING,
-            choice.inputFormat,
-            nullptr));
+        m_videoFilter = makeFilter(
+            capsOf(QStringLiteral("video/x-raw, format=") + QLatin1String(choice.inputFormat)));
         m_videoEncoder = make(choice.factory);
         choice.configure(G_OBJECT(m_videoEncoder), m_profile.bitrate);
         m_videoQueue = make("queue");
@@ -147,21 +132,7 @@ private:
 
     void makeAudio()
     {
-        m_audioSrc = makeInput(gst_caps_new_simple("audio/x-raw",
-                                   "format",
-                                   G_TYPE_STRING,
-                                   "F32LE",
-                                   "rate",
-                                   G_TYPE_INT,
-                                   48000,
-                                   "channels",
-                                   G_TYPE_INT,
-                                   2,
-                                   "layout",
-                                   G_TYPE_STRING,
-                                   "interleaved",
-                                   nullptr),
-            32);
+        m_audioSrc = makeInput(gst_build::audioBlockCaps(), 32);
         keepSoundWhole(m_audioSrc);
         m_audioConvert = make("audioconvert");
         m_audioResample = make("audioresample");
@@ -212,14 +183,8 @@ private:
         link({ m_audioSrc, m_audioConvert, m_audioResample, m_audioEncoder });
         if (m_profile.isStream) {
             GstElement *parse = make("h264parse");
-            GstElement *filter = makeFilter(gst_caps_new_simple("video/x-h264",
-                "stream-format",
-                G_TYPE_STRING,
-                "avc",
-                "alignment",
-                G_TYPE_STRING,
-                "au",
-                nullptr));
+            GstElement *filter = makeFilter(
+                capsOf(QStringLiteral("video/x-h264, stream-format=avc, alignment=au")));
             link({ m_videoEncoder, parse, filter, m_videoQueue });
             link({ m_audioEncoder, make("aacparse"), m_audioQueue });
         } else {

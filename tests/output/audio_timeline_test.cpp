@@ -44,7 +44,7 @@ private Q_SLOTS:
         AudioTimeline line;
         Encoder encoder;
         const std::vector<float> silence(3200);
-        for (std::uint64_t tick = 0; tick < 30 * 3600; ++tick) {
+        for (std::uint64_t tick = 0; tick < 30ULL * 3600; ++tick) {
             QVERIFY(encoder.take(line.place(silence, tick * 33'333'000)));
         }
         QVERIFY(encoder.frames < 30ULL * 3600 * 1600); // some were left out

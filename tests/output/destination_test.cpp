@@ -82,29 +82,16 @@ private Q_SLOTS:
         }
     }
 
-    void checksTheKey_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("result");
-        const auto row = [](const char *text, const QString &result) {
-            QTest::newRow(text) << QString::fromUtf8(text) << result;
-        };
-        row("abc-1", QStringLiteral("abc-1"));
-        row(" \tabc\n", QStringLiteral("abc"));
-        row("a/b&c=%20", QStringLiteral("a/b&c=%20"));
-        row("", badKey);
-        row("   ", badKey);
-        row("a b", badKey);
-        row("a\tb", badKey);
-        row("a?b", badKey);
-        row("a#b", badKey);
-    }
-
     void checksTheKey()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, result);
-        QCOMPARE(resultOf([&] { return checkedKey(text); }), result);
+        const auto checked = [](const char *text) {
+            return resultOf([&] { return checkedKey(QString::fromUtf8(text)); });
+        };
+        QCOMPARE(checked(" \tabc-1\n"), QStringLiteral("abc-1"));
+        QCOMPARE(checked("a/b&c=%20"), QStringLiteral("a/b&c=%20"));
+        for (const char *text : { "", "   ", "a b", "a\tb", "a?b", "a#b" }) {
+            QCOMPARE(checked(text), badKey);
+        }
     }
 
     void joinsServerAndKey()
@@ -114,26 +101,19 @@ private Q_SLOTS:
         QCOMPARE(streamLocation(QStringLiteral("rtmp://host/app/"), QStringLiteral("k")), joined);
     }
 
-    void logsTheStartWithoutTheKey_data()
-    {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("told");
-        QTest::newRow("3") << QStringLiteral("abc")
-                           << QStringLiteral("3 caracteres, empieza \"abc\"");
-        QTest::newRow("4") << QStringLiteral("abcd")
-                           << QStringLiteral("4 caracteres, empieza \"abcd\"");
-        QTest::newRow("5") << QStringLiteral("abcde")
-                           << QStringLiteral("5 caracteres, empieza \"abcd\"");
-        QTest::newRow("20") << QStringLiteral("%1%2-fghijklmnopqrst")
-                            << QStringLiteral("20 caracteres, empieza \"%1%2\"");
-    }
-
     void logsTheStartWithoutTheKey()
     {
-        QFETCH(QString, key);
-        QFETCH(QString, told);
-        QCOMPARE(startLogLine(QStringLiteral("YouTube"), QStringLiteral("rtmp://h/a%20b"), key),
-            QStringLiteral("Salida YouTube: servidor=rtmp://h/a%20b clave: ") + told);
+        const auto line = [](const char *key) {
+            return startLogLine(QStringLiteral("YouTube"),
+                QStringLiteral("rtmp://h/a%20b"),
+                QString::fromUtf8(key));
+        };
+        const auto begin = QStringLiteral("Salida YouTube: servidor=rtmp://h/a%20b clave: ");
+        QCOMPARE(line("abc"), begin + QStringLiteral("3 caracteres, empieza \"abc\""));
+        QCOMPARE(line("abcd"), begin + QStringLiteral("4 caracteres, empieza \"abcd\""));
+        QCOMPARE(line("abcde"), begin + QStringLiteral("5 caracteres, empieza \"abcd\""));
+        QCOMPARE(line("%1%2-fghijklmnopqrst"),
+            begin + QStringLiteral("20 caracteres, empieza \"%1%2\""));
     }
 
     void fetchesAMissingKey()
@@ -165,34 +145,21 @@ private Q_SLOTS:
         QCOMPARE(slot.statusText(), QStringLiteral("Detenido"));
     }
 
-    void aFailedStartLeavesTheSlotIdle_data()
-    {
-        QTest::addColumn<QString>("server");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<int>("width");
-        QTest::addColumn<QString>("text");
-        const auto server = QStringLiteral("rtmp://127.0.0.1:1/app");
-        const auto key = QStringLiteral("abcdef");
-        QTest::newRow("server") << QStringLiteral("rtmp://") << key << 64 << badServer;
-        QTest::newRow("no key anywhere") << server << QString() << 64 << badKey;
-        QTest::newRow("profile") << server << key << 5000
-                                 << QStringLiteral("Perfil de salida invalido");
-        QTest::newRow("no application") << QStringLiteral("rtmp://127.0.0.1:1") << key << 64
-                                        << QStringLiteral("No se pudo iniciar salida");
-    }
-
     void aFailedStartLeavesTheSlotIdle()
     {
-        QFETCH(QString, server);
-        QFETCH(QString, key);
-        QFETCH(int, width);
-        QFETCH(QString, text);
         Destination slot(QStringLiteral("Twitch"), std::make_shared<Retirement>());
-        QCOMPARE(resultOf([&] {
-            slot.start(server, key, { width, 36 });
-            return QString();
-        }),
-            text);
+        const auto start = [&](const char *server, const char *key, int width) {
+            return resultOf([&] {
+                slot.start(QString::fromUtf8(server), QString::fromUtf8(key), { width, 36 });
+                return QString();
+            });
+        };
+        const char *server = "rtmp://127.0.0.1:1/app";
+        QCOMPARE(start("rtmp://", "abcdef", 64), badServer);
+        QCOMPARE(start(server, "", 64), badKey); // nor in the store
+        QCOMPARE(start(server, "abcdef", 5000), QStringLiteral("Perfil de salida invalido"));
+        QCOMPARE(start("rtmp://127.0.0.1:1", "abcdef", 64), // no application
+            QStringLiteral("No se pudo iniciar salida"));
         QVERIFY(!slot.running());
         QCOMPARE(slot.statusText(), QStringLiteral("Detenido"));
     }

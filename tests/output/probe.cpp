@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QVariantMap>
 
 #include <stdexcept>
 
@@ -11,82 +12,58 @@ namespace nimbara::testing {
 
 namespace {
 
-QByteArray
-run(const QString &program, const QStringList &arguments, QProcess::ProcessChannel channel)
+/// Runs a command whose "%1" is the path; what it printed to `channel`.
+QByteArray run(const char *command, const QString &path, QProcess::ProcessChannel channel)
 {
+    QStringList words = QProcess::splitCommand(QString::fromLatin1(command));
+    words.replaceInStrings(QStringLiteral("%1"), path);
     QProcess process;
-    process.setProcessChannelMode(QProcess::SeparateChannels);
-    process.start(program, arguments);
+    process.start(words.takeFirst(), words);
     if (!process.waitForFinished(30000)) {
-        throw std::runtime_error("cannot run " + program.toStdString());
+        throw std::runtime_error(std::string("cannot run ") + command);
     }
-    return channel == QProcess::StandardOutput ? process.readAllStandardOutput()
-                                               : process.readAllStandardError();
-}
-
-QString text(const char *name)
-{
-    return QString::fromLatin1(name);
-}
-
-void readStream(const QJsonObject &stream, Probe &found)
-{
-    if (stream[text("codec_type")].toString() == text("video")) {
-        found.videoCodec = stream[text("codec_name")].toString();
-        found.width = stream[text("width")].toInt();
-        found.height = stream[text("height")].toInt();
-    } else {
-        found.audioCodec = stream[text("codec_name")].toString();
-        found.audioRate = stream[text("sample_rate")].toString().toInt();
-        found.audioChannels = stream[text("channels")].toInt();
-    }
+    process.setReadChannel(channel);
+    return process.readAll();
 }
 
 } // namespace
 
 Probe probe(const QString &path)
 {
-    const QByteArray json = run(text("ffprobe"),
-        { text("-v"),
-            text("quiet"),
-            text("-of"),
-            text("json"),
-            text("-show_streams"),
-            text("-show_format"),
-            text("-show_packets"),
-            path },
-        QProcess::StandardOutput);
-    const QJsonObject all = QJsonDocument::fromJson(json).object();
+    const QByteArray json
+        = run("ffprobe -v quiet -of json -show_streams -show_format -show_packets %1",
+            path,
+            QProcess::StandardOutput);
+    const QVariantMap all = QJsonDocument::fromJson(json).object().toVariantMap();
     Probe found;
-    for (const auto &stream : all[text("streams")].toArray()) {
-        readStream(stream.toObject(), found);
-    }
-    found.duration = all[text("format")].toObject()[text("duration")].toString().toDouble();
-    for (const auto &value : all[text("packets")].toArray()) {
-        const QJsonObject packet = value.toObject();
-        const bool isVideo = packet[text("codec_type")].toString() == text("video");
-        auto &times = isVideo ? found.videoTimes : found.audioTimes;
-        if (isVideo && packet[text("flags")].toString().startsWith(text("K"))) {
-            found.keyTimes.push_back(packet[text("pts_time")].toString().toDouble());
+    const auto word = [](const QVariant &map, const char *name) {
+        return map.toMap().value(QString::fromLatin1(name)).toString();
+    };
+    const auto isVideo
+        = [&](const QVariant &of) { return word(of, "codec_type") == QLatin1String("video"); };
+    for (const auto &stream : all[QStringLiteral("streams")].toList()) {
+        const QString codec = word(stream, "codec_name") + QLatin1Char(' ');
+        if (isVideo(stream)) {
+            found.video = codec + word(stream, "width") + QLatin1Char('x') + word(stream, "height");
+        } else {
+            found.audio
+                = codec + word(stream, "sample_rate") + QLatin1Char(' ') + word(stream, "channels");
         }
-        times.push_back(packet[text("pts_time")].toString().toDouble());
+    }
+    found.duration = word(all[QStringLiteral("format")], "duration").toDouble();
+    for (const auto &packet : all[QStringLiteral("packets")].toList()) {
+        const double time = word(packet, "pts_time").toDouble();
+        (isVideo(packet) ? found.videoTimes : found.audioTimes).push_back(time);
+        if (isVideo(packet) && word(packet, "flags").startsWith(QLatin1Char('K'))) {
+            found.keyTimes.push_back(time);
+        }
     }
     return found;
 }
 
 QByteArray decodeErrors(const QString &path)
 {
-    return run(text("ffmpeg"),
-        { text("-nostdin"),
-            text("-v"),
-            text("error"),
-            text("-xerror"),
-            text("-i"),
-            path,
-            text("-f"),
-            text("null"),
-            text("-") },
-        QProcess::StandardError);
+    return run("ffmpeg -nostdin -v error -xerror -i %1 -f null -", path, QProcess::StandardError);
 }
 
 } // namespace nimbara::testing

@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QString>
-#include <QStringList>
 
 #include <vector>
 
@@ -10,12 +9,8 @@ namespace nimbara::testing {
 
 /// What ffprobe finds in a media file.
 struct Probe {
-    QString videoCodec;
-    int width = 0;
-    int height = 0;
-    QString audioCodec;
-    int audioRate = 0;
-    int audioChannels = 0;
+    QString video; ///< "vp8 1920x1080"; empty: none
+    QString audio; ///< "vorbis 48000 2": rate and channels; empty: none
     double duration = 0; ///< seconds, as the container states it; 0 when it does not
     std::vector<double> videoTimes; ///< presentation times of the packets, seconds
     std::vector<double> keyTimes; ///< of the video's key frames

@@ -29,6 +29,8 @@ std::pair<int, int> load()
 
 class RecordingTest : public QObject {
     Q_OBJECT
+    QTemporaryDir m_dir;
+
 private Q_SLOTS:
     void goesThroughItsStates()
     {
@@ -56,7 +58,7 @@ private Q_SLOTS:
         QCOMPARE(*status, QStringLiteral("Grabación guardada correctamente"));
         QCOMPARE(recording.state(), RecordingState::idle);
         QVERIFY(!outputs.any() && !recording.poll());
-        QCOMPARE(probe(path).videoCodec, QStringLiteral("vp8"));
+        QCOMPARE(probe(path).video, QStringLiteral("vp8 64x36"));
         QTRY_COMPARE((retirement->reap(), retirement->pending()), 0U);
     }
 
@@ -116,9 +118,6 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT((retirement->reap(), retirement->pending()), 0U, 20000);
         QTRY_VERIFY(load().first <= before.first + 2 && load().second <= before.second + 2);
     }
-
-private:
-    QTemporaryDir m_dir;
 };
 
 NIMBARA_TEST(RecordingTest)

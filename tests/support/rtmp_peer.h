@@ -14,8 +14,7 @@ class RtmpPeer {
 public:
     /// Waits until both ports answer. Throws std::runtime_error with the server's words.
     RtmpPeer();
-    RtmpPeer(const RtmpPeer &) = delete;
-    RtmpPeer &operator=(const RtmpPeer &) = delete;
+    Q_DISABLE_COPY_MOVE(RtmpPeer)
     ~RtmpPeer();
 
     /// Server URLs without the key. Application "live" records, "closed" refuses every publisher.

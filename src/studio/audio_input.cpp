@@ -26,10 +26,11 @@ void AudioInput::setCapture(std::unique_ptr<AudioCapture> capture)
 {
     m_retirement->retire(std::move(m_capture));
     m_fifo.clear();
+    m_writer = {};
     m_capture = std::move(capture);
     if (m_capture) {
         m_capture->listener = [this](const AudioBlock &block) {
-            m_fifo.push(block.samples);
+            m_writer.append(m_fifo, block);
             onBlock(block);
         };
     }

@@ -2,6 +2,7 @@
 
 #include "media/audio_capture.h"
 #include "media/retirement.h"
+#include "output/input_writer.h"
 #include "studio/report.h"
 
 #include <functional>
@@ -43,6 +44,7 @@ private:
     std::unique_ptr<AudioCapture> m_capture;
     GainState m_gainState;
     AudioFifo m_fifo;
+    InputWriter m_writer; ///< fades the seams where a stall has cost blocks
 };
 
 } // namespace nimbara

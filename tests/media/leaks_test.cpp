@@ -1,0 +1,197 @@
+#include "app/clock.h"
+#include "app/error.h"
+#include "media/audio_capture.h"
+#include "media/devices.h"
+#include "media/media_factory.h"
+#include "poll.h"
+#include "support/clips.h"
+#include "support/fake_device.h"
+#include "support/test_registry.h"
+
+#include <QTest>
+
+#include <functional>
+#include <map>
+
+namespace nimbara::testing {
+
+namespace {
+
+constexpr FrameSize size { 160, 90 };
+
+/// GStreamer's leak tracer, switched on by GST_TRACERS=leaks before the program starts; null
+/// without.
+GstTracer *leakTracer()
+{
+    GList *tracers = gst_tracing_get_active_tracers();
+    GstTracer *found = nullptr;
+    for (const GList *item = tracers; item != nullptr; item = item->next) {
+        if (g_str_equal(G_OBJECT_TYPE_NAME(item->data), "GstLeaksTracer") != FALSE) {
+            found = GST_TRACER(item->data);
+        }
+    }
+    g_list_free_full(tracers, gst_object_unref);
+    return found;
+}
+
+/// Every object of GStreamer that somebody still holds, with its description.
+std::map<gpointer, QString> aliveObjects()
+{
+    GstStructure *info = nullptr;
+    g_signal_emit_by_name(leakTracer(), "get-live-objects", &info);
+    // The tracer names the objects without holding them; freeing its list would let them go, so it
+    // stays.
+    const GValue *list = gst_structure_get_value(info, "live-objects-list");
+    std::map<gpointer, QString> alive;
+    for (guint i = 0; i < gst_value_list_get_size(list); ++i) {
+        const auto *entry = gst_value_get_structure(gst_value_list_get_value(list, i));
+        const GValue *object = gst_structure_get_value(entry, "object");
+        alive.emplace(g_value_peek_pointer(object),
+            QString::fromUtf8(GCharPtr(gst_structure_to_string(entry)).get()));
+    }
+    return alive;
+}
+
+using Scenario = std::function<void()>;
+
+} // namespace
+
+/// Runs with GST_TRACERS=leaks.
+class LeaksTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void noticesAnObjectThatStays();
+    void leavesNothingBehind_data();
+    void leavesNothingBehind();
+
+private:
+    void play(const MediaPtr &media)
+    {
+        QVERIFY(pollUntil(*media, [&] { return media->frameCount() >= 3 || !media->active(); }));
+    }
+
+    static void expectError(const Scenario &action) { QVERIFY_EXCEPTION_THROWN(action(), Error); }
+
+    void capture(const char *opens)
+    {
+        const DeviceRef device
+            = fakeDevice({ .deviceClass = "Audio/Source", .caps = "audio/x-raw", .opens = opens });
+        AudioCapture capture(m_clock, *opens == '\0' ? nullptr : device.get());
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                capture.pull({});
+                return capture.inputLevels().peak[0] > 0 || !capture.running();
+            },
+            20'000));
+    }
+
+    SystemClock m_clock;
+    std::shared_ptr<Retirement> m_retirement = std::make_shared<Retirement>();
+    MediaFactory m_factory { m_clock, m_retirement, { { "videotestsrc", {} } } };
+};
+
+void LeaksTest::initTestCase()
+{
+    QVERIFY2(leakTracer() != nullptr, "needs GST_TRACERS=leaks in the environment");
+}
+
+void LeaksTest::noticesAnObjectThatStays()
+{
+    const auto before = aliveObjects().size();
+    const auto caps = CapsRef::adopt(gst_caps_new_empty_simple("video/x-raw"));
+    QCOMPARE(aliveObjects().size(), before + 1);
+}
+
+void LeaksTest::leavesNothingBehind_data()
+{
+    QTest::addColumn<Scenario>("scenario");
+    const auto row
+        = [](const char *name, const Scenario &scenario) { QTest::newRow(name) << scenario; };
+    const auto media
+        = [this](const QString &path) { play(m_factory.media(size, fileLocation(path))); };
+    const auto camera = [this](const char *opens) {
+        const DeviceRef device = fakeDevice({ .opens = opens });
+        play(m_factory.camera(size, device.get()));
+    };
+    ClipSpec spec;
+    spec.seconds = 0.4;
+    ClipSpec portrait = spec;
+    portrait.rotate = 90;
+    row("test bars", [this] { play(m_factory.testBars(size)); });
+    row("screen", [this] { play(m_factory.screen(size)); });
+    row("camera", [=] { camera("videotestsrc is-live=true"); });
+    row("camera that ends", [=] { camera("videotestsrc num-buffers=2"); });
+    row("camera that fails", [=] { camera("videotestsrc ! identity error-after=2"); });
+    row("camera that cannot open", [=, this] {
+        expectError([&] { camera("filesrc location=/nonexistent ! rawvideoparse"); });
+        expectError([&] { camera("audiotestsrc"); });
+        expectError([&] { camera(""); });
+    });
+    row("file", [=] { media(clip(spec)); });
+    row("portrait file", [=] { media(clip(portrait)); });
+    row("file that ends", [=, this] {
+        const MediaPtr whole = m_factory.media(size, fileLocation(clip(spec)));
+        QVERIFY(pollUntil(*whole, [&] { return !whole->active(); }));
+    });
+    row("file dropped at once",
+        [=, this] { (void)m_factory.media(size, fileLocation(clip(spec))); });
+    row("broken file", [=] { media(QStringLiteral("/etc/passwd")); });
+    row("no file", [=, this] { expectError([&] { media(QStringLiteral("/nonexistent")); }); });
+    row("no server",
+        [this] { play(m_factory.media(size, QStringLiteral("http://127.0.0.1:9/a.mp4"))); });
+    row("missing components", [this] {
+        for (const char *element : { "appsink", "audioresample", "videoscale", "videotestsrc" }) {
+            const HiddenElement hidden(element);
+            expectError([&] { (void)m_factory.testBars(size); });
+        }
+        const HiddenElement hidden("audioresample");
+        expectError([&] { (void)AudioCapture(m_clock, nullptr); });
+    });
+    row("tone", [this] { capture(""); });
+    row("microphone", [this] { capture("audiotestsrc is-live=true"); });
+    row("microphone that fails", [this] { capture("audiotestsrc ! identity error-after=1"); });
+    row("microphone that cannot open", [this] {
+        expectError([&] { capture("filesrc location=/nonexistent ! rawaudioparse"); });
+        expectError([&] { capture("videotestsrc"); });
+    });
+    row("device search", [] {
+        DeviceDiscovery discovery;
+        discovery.start();
+        QVERIFY(QTest::qWaitFor([&] { return discovery.poll().has_value(); }, 20'000));
+        discovery.lookAgain();
+    });
+}
+
+void LeaksTest::leavesNothingBehind()
+{
+    QFETCH(Scenario, scenario);
+    scenario(); // once for what GStreamer makes at first use and keeps
+    const auto settled = [this] {
+        m_retirement->reap();
+        return m_retirement->pending() == 0;
+    };
+    QVERIFY(QTest::qWaitFor(settled, 20'000));
+    const auto before = aliveObjects();
+    scenario();
+    QVERIFY(QTest::qWaitFor(settled, 20'000));
+    QStringList left;
+    const bool clean = QTest::qWaitFor(
+        [&] {
+            left.clear();
+            for (const auto &[object, description] : aliveObjects()) {
+                left += before.contains(object) ? QStringList() : QStringList { description };
+            }
+            return left.isEmpty();
+        },
+        10'000);
+    QVERIFY2(clean, qPrintable(left.join(QLatin1Char('\n'))));
+}
+
+} // namespace nimbara::testing
+
+using nimbara::testing::LeaksTest;
+NIMBARA_TEST(LeaksTest)
+
+#include "leaks_test.moc"

@@ -8,8 +8,8 @@
 
 namespace nimbara {
 
-/// Canvases in opaque RGBA byte order that are used again once nobody else holds them, so that a
-/// frame costs no fresh memory. Interface thread only.
+/// Canvases in opaque RGBA byte order (RGBX8888) that are used again once nobody else holds them,
+/// so that a frame costs no fresh memory. Interface thread only.
 class CanvasPool {
 public:
     static constexpr std::size_t maxCanvases = 8;

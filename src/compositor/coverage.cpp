@@ -1,6 +1,7 @@
 #include "compositor/coverage.h"
 
 #include <algorithm>
+#include <array>
 
 namespace nimbara {
 
@@ -15,16 +16,18 @@ struct RowLight {
     std::int32_t end = 0;
 };
 
-std::uint16_t sixteenBits(double alpha)
+/// An alpha of 0..1 as what full ink (255) is multiplied with to cover in 16 bits.
+std::uint16_t inkFactor(double alpha)
 {
-    return static_cast<std::uint16_t>(std::clamp(alpha, 0.0, 1.0) * one + 0.5);
+    return static_cast<std::uint16_t>(std::clamp(alpha, 0.0, 1.0) * 257 + 0.5);
 }
 
-void dim(std::uint16_t *through, const std::uint8_t *ink, std::int32_t count, std::uint32_t alpha)
+/// Sixteen-bit products throughout, which vector units of any age have.
+void dim(std::uint16_t *through, const std::uint8_t *ink, std::int32_t count, std::uint16_t alpha)
 {
     for (std::int32_t i = 0; i < count; ++i) {
-        const auto covered = static_cast<std::uint16_t>((ink[i] * 257U * alpha) >> 16U);
-        const auto open = static_cast<std::uint16_t>(one - covered);
+        const auto open
+            = static_cast<std::uint16_t>(one - static_cast<std::uint16_t>(ink[i] * alpha));
         through[i] = static_cast<std::uint16_t>((std::uint32_t { through[i] } * open) >> 16U);
     }
 }
@@ -46,58 +49,123 @@ void dimRow(RowLight &light, const Stamp &stamp, const QRect &sprite, std::int32
     dim(light.through.data() + first,
         stamp.coverage->row(maskRow) + (first - shift),
         end - first,
-        sixteenBits(stamp.alpha));
+        inkFactor(stamp.alpha));
     light.first = std::min(light.first, first);
     light.end = std::max(light.end, end);
 }
 
-std::uint8_t mixed(std::uint8_t below, std::uint32_t above, std::uint32_t through)
+/// The four bytes of a pixel, 16 bits apart, so that one multiplication takes them all.
+std::uint64_t spread(std::uint32_t pixel)
 {
-    return static_cast<std::uint8_t>((below * through + above * (one - through) + 32768) >> 16U);
+    const std::uint64_t wide = pixel;
+    return (wide & 0x00ff00ffU) | ((wide & 0xff00ff00U) << 24U);
 }
 
-void paintRow(std::uint8_t *pixels, const RowLight &light, QRgb color)
+std::uint32_t gathered(std::uint64_t wide)
+{
+    return static_cast<std::uint32_t>((wide & 0x00ff00ffU) | ((wide >> 24U) & 0xff00ff00U));
+}
+
+/// What the colour adds to a pixel for each amount of light that still comes through, 0..256.
+using ColorShares = std::array<std::uint64_t, 257>;
+
+ColorShares colorShares(QRgb color)
+{
+    const auto red = static_cast<std::uint32_t>(qRed(color));
+    const auto green = static_cast<std::uint32_t>(qGreen(color));
+    const auto blue = static_cast<std::uint32_t>(qBlue(color));
+    const std::uint64_t opaque = spread(red | (green << 8U) | (blue << 16U) | 0xff000000U);
+    constexpr std::uint64_t half = 0x0080008000800080U;
+    ColorShares shares {};
+    for (std::uint64_t through = 0; through < shares.size(); ++through) {
+        shares.at(through) = opaque * (256 - through) + half;
+    }
+    return shares;
+}
+
+void paintRow(std::uint32_t *pixels, const RowLight &light, const ColorShares &shares)
 {
     for (std::int32_t x = light.first; x < light.end; ++x) {
-        const std::uint32_t through = light.through[x];
-        if (through > one - 8) { // rounding of untouched pixels
-            continue;
+        const std::uint32_t through = (light.through[x] + 128U) >> 8U;
+        if (through < 256) {
+            const std::uint64_t mixed = spread(pixels[x]) * through + shares[through];
+            pixels[x] = gathered((mixed >> 8U) & 0x00ff00ff00ff00ffU);
         }
-        std::uint8_t *pixel = pixels + std::ptrdiff_t { x } * 4;
-        pixel[0] = mixed(pixel[0], qRed(color), through);
-        pixel[1] = mixed(pixel[1], qGreen(color), through);
-        pixel[2] = mixed(pixel[2], qBlue(color), through);
-        pixel[3] = mixed(pixel[3], 255, through);
     }
+}
+
+/// Paint over paint: what the first leaves open, the second covers by its share.
+std::uint8_t together(std::uint32_t a, std::uint32_t b)
+{
+    return static_cast<std::uint8_t>(a + b - (a * b + 127) / 255);
+}
+
+/// Adds the alpha of a row; returns the columns that got ink.
+Coverage::Span addRow(std::uint8_t *values, const QRgb *pixels, std::int32_t count)
+{
+    std::uint32_t any = 0;
+    for (std::int32_t x = 0; x < count; ++x) {
+        any |= pixels[x];
+    }
+    if (any == 0) {
+        return {};
+    }
+    Coverage::Span span { count, 0 };
+    for (std::int32_t x = 0; x < count; ++x) {
+        const std::uint32_t alpha = pixels[x] >> 24U;
+        if (alpha != 0) {
+            values[x] = together(values[x], alpha);
+            span.first = std::min(span.first, x);
+            span.end = x + 1;
+        }
+    }
+    return span;
 }
 
 } // namespace
 
-Coverage::Coverage(const QImage &ink, QPoint place)
-    : m_rect(place, ink.size())
-    , m_values(static_cast<std::size_t>(ink.width()) * ink.height())
-    , m_ink(ink.height())
+Coverage::Coverage(const QRect &rect)
+    : m_rect(rect)
+    , m_values(static_cast<std::size_t>(rect.width()) * rect.height())
+    , m_ink(rect.height())
 {
-    std::uint8_t *values = m_values.data();
-    for (std::int32_t y = 0; y < ink.height(); ++y, values += ink.width()) {
-        const auto *pixels = reinterpret_cast<const QRgb *>(ink.constScanLine(y));
-        std::transform(pixels, pixels + ink.width(), values, [](QRgb pixel) {
-            return static_cast<std::uint8_t>(pixel >> 24U);
-        });
-        const auto isInk = [](std::uint8_t value) { return value != 0; };
-        std::uint8_t *end = values + ink.width();
-        std::uint8_t *first = std::find_if(values, end, isInk);
-        while (end != first && !isInk(end[-1])) {
-            --end;
+}
+
+void Coverage::add(const QImage &ink, const QRect &place)
+{
+    const QRect part = place & m_rect;
+    for (std::int32_t y = part.top(); y <= part.bottom(); ++y) {
+        const std::int32_t row = y - m_rect.top();
+        const std::int32_t left = part.left() - m_rect.left();
+        const auto *pixels = reinterpret_cast<const QRgb *>(ink.constScanLine(y - place.top()));
+        const Span added = addRow(m_values.data() + std::ptrdiff_t { row } * m_rect.width() + left,
+            pixels + (part.left() - place.left()),
+            part.width());
+        Span &whole = m_ink[row];
+        if (added.first < added.end) {
+            const bool first = whole.first == whole.end;
+            whole = { first ? added.first + left : std::min(whole.first, added.first + left),
+                std::max(whole.end, added.end + left) };
         }
-        m_ink[y] = { static_cast<std::int32_t>(first - values),
-            static_cast<std::int32_t>(end - values) };
     }
+}
+
+QRect Coverage::inkRect() const
+{
+    QRect rect;
+    for (std::int32_t row = 0; row < m_rect.height(); ++row) {
+        const Span span = m_ink[row];
+        if (span.first < span.end) {
+            rect |= QRect(m_rect.left() + span.first, m_rect.top() + row, span.end - span.first, 1);
+        }
+    }
+    return rect;
 }
 
 void blendStamps(Sprite &sprite, QRgb color, const std::vector<Stamp> &stamps)
 {
     const QRect rect = sprite.rect();
+    const ColorShares shares = colorShares(color);
     RowLight light;
     light.through.resize(rect.width());
     for (std::int32_t row = 0; row < rect.height(); ++row) {
@@ -108,7 +176,7 @@ void blendStamps(Sprite &sprite, QRgb color, const std::vector<Stamp> &stamps)
             dimRow(light, stamp, rect, row);
         }
         if (light.first < light.end) {
-            paintRow(sprite.image.scanLine(row), light, color);
+            paintRow(reinterpret_cast<std::uint32_t *>(sprite.image.scanLine(row)), light, shares);
         }
     }
 }

@@ -15,8 +15,13 @@ class Coverage {
 public:
     Coverage() = default;
 
-    /// The alpha of `ink`, a premultiplied ARGB32 picture at `place` on the canvas.
-    Coverage(const QImage &ink, QPoint place);
+    /// No ink yet. `rect`: in pixels of the canvas.
+    explicit Coverage(const QRect &rect);
+
+    /// Adds ink: the alpha of the top-left part of a premultiplied ARGB32 picture, `place` being
+    /// that part's rectangle on the canvas. Ink over ink adds up like paint; what lies outside the
+    /// mask is lost.
+    void add(const QImage &ink, const QRect &place);
 
     /// The part of one row that has ink, as columns of the mask; none when `first` = `end`.
     struct Span {
@@ -31,6 +36,9 @@ public:
         return m_values.data() + std::ptrdiff_t { row } * m_rect.width();
     }
 
+    /// The smallest rectangle of the canvas that holds all ink.
+    [[nodiscard]] QRect inkRect() const;
+
 private:
     QRect m_rect;
     std::vector<std::uint8_t> m_values;
@@ -44,16 +52,16 @@ struct Stamp {
     double alpha = 1; ///< 0..1
 };
 
-/// A picture of part of a canvas: premultiplied RGBA bytes, its top-left corner at `place`.
+/// A picture of part of a canvas, its top-left corner at `place`.
 struct Sprite {
-    QImage image;
+    QImage image; ///< premultiplied RGBA bytes; as a native view once it is painted
     QPoint place;
 
     [[nodiscard]] QRect rect() const { return { place, image.size() }; }
 };
 
 /// Paints the stamps one over the other onto the sprite, all in one colour (whose alpha does not
-/// count).
+/// count). The sprite holds RGBA bytes in either format.
 void blendStamps(Sprite &sprite, QRgb color, const std::vector<Stamp> &stamps);
 
 } // namespace nimbara

@@ -1,5 +1,7 @@
 #include "compositor/draw_layer.h"
 
+#include "compositor/native_pixels.h"
+
 namespace nimbara {
 
 namespace {
@@ -32,7 +34,6 @@ LayerPainter::LayerPainter(QPainter &painter, PaintCache &cache)
     , m_cache(cache)
     , m_canvas(painter.window())
 {
-    painter.setRenderHints(QPainter::SmoothPixmapTransform | QPainter::TextAntialiasing);
 }
 
 void LayerPainter::draw(const Layer &layer,
@@ -50,7 +51,8 @@ void LayerPainter::draw(const Layer &layer,
         drawPicture(layer, box, picture);
     } else if (layer.kind != LayerKind::Camera) {
         m_painter.setOpacity(layer.opacity);
-        m_painter.fillRect(box, layer.kind == LayerKind::Color ? layer.fill : placeholderColor);
+        m_painter.fillRect(box,
+            nativeColor(layer.kind == LayerKind::Color ? layer.fill : placeholderColor));
     }
 }
 
@@ -77,7 +79,7 @@ void LayerPainter::drawPicture(const Layer &layer, const QRectF &box, const Fram
         return;
     }
     m_painter.setOpacity(layer.opacity);
-    m_painter.drawImage(spot.fit.target, imageView(*picture), spot.fit.source);
+    m_painter.drawImage(spot.fit.target, nativeView(*picture), spot.fit.source);
 }
 
 void LayerPainter::lay(const SpritePtr &sprite)

@@ -18,7 +18,8 @@ FramePtr layerPicture(const Layer &layer, const FramePtr &camera);
 /// Draws layers onto one canvas through a cache. Holds the sprites that it laid down.
 class LayerPainter {
 public:
-    /// `painter` draws on the canvas in its pixels, without a transformation.
+    /// `painter` draws on a native view of the canvas (`toNative`) in its pixels, without a
+    /// transformation.
     LayerPainter(QPainter &painter, PaintCache &cache);
 
     /// Draws a layer with its opacity, whether visible or not. `box` in canvas pixels;
@@ -46,7 +47,7 @@ private:
 /// Whether the layer hides everything below it on the whole canvas. `box`, `picture`: as above.
 bool coversCanvas(const Layer &layer, const QRectF &box, FrameSize canvas, const FramePtr &picture);
 
-/// Draws one layer: box, frame height and picture as above, by its kind. `camera`: the camera's
+/// Draws one layer by its kind: painter, box and frame height as above. `camera`: the camera's
 /// newest picture, or none.
 void drawLayer(QPainter &painter,
     const Layer &layer,

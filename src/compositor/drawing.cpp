@@ -1,5 +1,7 @@
 #include "compositor/drawing.h"
 
+#include "compositor/native_pixels.h"
+
 namespace nimbara {
 
 namespace {
@@ -74,6 +76,7 @@ std::vector<SpritePtr> paint(QImage &canvas, const Drawing &drawing, PaintCache 
     if (!covered) {
         canvas.fill(Qt::black);
     }
+    toNative(canvas);
     QPainter painter(&canvas);
     LayerPainter layers(painter, cache);
     for (std::size_t index = first; index < drawing.layers.size(); ++index) {
@@ -83,6 +86,8 @@ std::vector<SpritePtr> paint(QImage &canvas, const Drawing &drawing, PaintCache 
     if (drawing.overlay) {
         layers.draw(*drawing.overlay);
     }
+    painter.end();
+    fromNative(canvas);
     return layers.takeSprites();
 }
 

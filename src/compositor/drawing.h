@@ -35,8 +35,8 @@ Drawing describe(const Scene &scene, FrameSize size, const FramePtr &camera);
 /// The whole composition. Its subtitle layers must be filled.
 Drawing describe(const Composition &composition);
 
-/// Draws onto a canvas of the drawing's size and returns the sprites used. The canvas must not be
-/// shared.
+/// Draws onto a canvas (`CanvasPool`) of the drawing's size and returns the sprites used. The
+/// canvas must not be shared.
 std::vector<SpritePtr> paint(QImage &canvas, const Drawing &drawing, PaintCache &cache);
 
 } // namespace nimbara

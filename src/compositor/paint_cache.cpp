@@ -1,5 +1,6 @@
 #include "compositor/paint_cache.h"
 
+#include "compositor/native_pixels.h"
 #include "compositor/paint_text.h"
 
 #include <algorithm>
@@ -51,7 +52,7 @@ SpritePtr PaintCache::text(const TextBlock &block)
         found->lastUse = m_now;
         return found->sprite;
     }
-    auto sprite = std::make_shared<const Sprite>(paintText(block, m_outlines));
+    auto sprite = std::make_shared<const Sprite>(paintText(block, m_ink));
     m_texts.push_back({ block, sprite, m_now });
     return sprite;
 }
@@ -74,7 +75,7 @@ QImage PaintCache::source(const PictureSpot &spot)
 {
     const int times = halvings(spot);
     if (times == 0) {
-        return imageView(*spot.picture);
+        return nativeView(*spot.picture);
     }
     const auto found
         = std::find_if(m_halved.begin(), m_halved.end(), [&](const HalvedEntry &entry) {

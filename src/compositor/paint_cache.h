@@ -1,7 +1,7 @@
 #pragma once
 
 #include "compositor/canvas_pool.h"
-#include "compositor/glyph_outlines.h"
+#include "compositor/glyph_ink.h"
 #include "compositor/paint_picture.h"
 #include "compositor/text_block.h"
 
@@ -19,11 +19,12 @@ using SpritePtr = std::shared_ptr<const Sprite>;
 /// and whole compositions.
 ///
 /// A sprite that nobody holds leaves when it was not asked for during `patience` compositions, when
-/// its picture is gone, or when the unheld ones take more than `maxIdleBytes`. Interface thread
-/// only.
+/// its picture is gone, or when the unheld ones take more than `maxIdleBytes`. Patience is short:
+/// what a composer shows is held by it, and memory given back soon is warm when the next caption
+/// needs it. Interface thread only.
 class PaintCache {
 public:
-    static constexpr std::uint64_t patience = 120;
+    static constexpr std::uint64_t patience = 12;
     static constexpr std::int64_t maxIdleBytes = 96LL * 1024 * 1024;
 
     [[nodiscard]] SpritePtr text(const TextBlock &block);
@@ -70,7 +71,7 @@ private:
     void dropIdle();
 
     std::uint64_t m_now = 0; ///< counts compositions
-    GlyphOutlines m_outlines;
+    GlyphInk m_ink;
     CanvasPool m_canvases;
     std::vector<TextEntry> m_texts;
     std::vector<PictureEntry> m_pictures;

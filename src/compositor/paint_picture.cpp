@@ -1,5 +1,7 @@
 #include "compositor/paint_picture.h"
 
+#include "compositor/native_pixels.h"
+
 #include <QPainter>
 
 #include <algorithm>
@@ -9,7 +11,7 @@ namespace nimbara {
 
 bool drawsDirectly(const PictureSpot &spot)
 {
-    return spot.fit.unscaled() && (spot.picture->opaque || !spot.still);
+    return spot.fit.pixelForPixel() && (spot.picture->opaque || !spot.still);
 }
 
 int halvings(const PictureSpot &spot)
@@ -26,12 +28,10 @@ int halvings(const PictureSpot &spot)
 QImage halved(const Frame &picture, int times)
 {
     const auto side = [times](std::int32_t pixels) { return std::max(pixels >> times, 1); };
-    const QImage small = imageView(picture).scaled(side(picture.width),
+    return nativeView(picture).scaled(side(picture.width),
         side(picture.height),
         Qt::IgnoreAspectRatio,
         Qt::SmoothTransformation);
-    return small.convertToFormat(
-        picture.opaque ? QImage::Format_RGBX8888 : QImage::Format_RGBA8888_Premultiplied);
 }
 
 Sprite paintPicture(const PictureSpot &spot, const QImage &image)
@@ -40,7 +40,7 @@ Sprite paintPicture(const PictureSpot &spot, const QImage &image)
     if (rect.isEmpty()) {
         return {};
     }
-    Sprite sprite { QImage(rect.size(), QImage::Format_RGBA8888_Premultiplied), rect.topLeft() };
+    Sprite sprite { QImage(rect.size(), QImage::Format_ARGB32_Premultiplied), rect.topLeft() };
     sprite.image.fill(Qt::transparent);
     const double scaleX = static_cast<double>(image.width()) / spot.picture->width;
     const double scaleY = static_cast<double>(image.height()) / spot.picture->height;

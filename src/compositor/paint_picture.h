@@ -24,10 +24,11 @@ bool drawsDirectly(const PictureSpot &spot);
 /// counts: 0 for a picture that shrinks to more than half.
 int halvings(const PictureSpot &spot);
 
-/// The picture shrunk to 1 / 2^`times` of its sides, each pixel the average of those it replaces.
+/// A native view of the picture shrunk to 1 / 2^`times` of its sides, each pixel the average of
+/// those it replaces.
 QImage halved(const Frame &picture, int times);
 
-/// Paints the spot into a sprite. `image`: the picture, halved or not.
+/// Paints the spot into a sprite. `image`: a native view of the picture, halved or not.
 Sprite paintPicture(const PictureSpot &spot, const QImage &image);
 
 } // namespace nimbara

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "compositor/coverage.h"
-#include "compositor/glyph_outlines.h"
+#include "compositor/glyph_ink.h"
 #include "compositor/text_block.h"
 
 namespace nimbara {
@@ -9,6 +9,6 @@ namespace nimbara {
 /// Paints a block of text into a sprite, clipped to the block's canvas: laid over a picture, it
 /// gives what drawing the box and every pass straight onto the picture would give. The sprite is
 /// empty when nothing of the block lies on the canvas.
-Sprite paintText(const TextBlock &block, GlyphOutlines &outlines);
+Sprite paintText(const TextBlock &block, GlyphInk &glyphs);
 
 } // namespace nimbara

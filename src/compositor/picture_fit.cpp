@@ -33,6 +33,12 @@ QRectF inscribed(QSizeF shape, const QRectF &bounds)
 
 } // namespace
 
+bool PictureFit::pixelForPixel() const
+{
+    const auto isWhole = [](QPointF point) { return point == QPointF(point.toPoint()); };
+    return source.size() == target.size() && isWhole(source.topLeft()) && isWhole(target.topLeft());
+}
+
 PictureFit fitPicture(FrameSize picture, const QRectF &box, bool cover)
 {
     const QRectF whole(0, 0, picture.width, picture.height);

@@ -12,8 +12,8 @@ struct PictureFit {
     QRectF target;
     bool operator==(const PictureFit &) const = default;
 
-    /// One picture pixel becomes one canvas pixel.
-    [[nodiscard]] bool unscaled() const { return source.size() == target.size(); }
+    /// Every canvas pixel in the target is one whole picture pixel.
+    [[nodiscard]] bool pixelForPixel() const;
 };
 
 /// Fit: the whole picture, as large as the box allows, centred in it. Cover: the largest centred

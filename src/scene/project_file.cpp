@@ -14,7 +14,7 @@ QByteArray readProjectFile(const QString &path)
     QFile file(path);
     if (QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly)) {
         // One byte more than allowed tells a file that is too large, whatever size it claims.
-        const QByteArray bytes = file.read(maxProjectBytes + 1);
+        QByteArray bytes = file.read(maxProjectBytes + 1);
         if (file.error() == QFileDevice::NoError && bytes.size() <= maxProjectBytes) {
             return bytes;
         }

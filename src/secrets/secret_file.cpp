@@ -11,6 +11,7 @@
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #ifdef Q_OS_UNIX
 #include <unistd.h>
@@ -116,8 +117,8 @@ QString SecretFile::defaultPath()
         + QStringLiteral("/secrets.json");
 }
 
-SecretFile::SecretFile(const QString &path)
-    : m_path(path)
+SecretFile::SecretFile(QString path)
+    : m_path(std::move(path))
 {
 }
 

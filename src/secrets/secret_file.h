@@ -16,7 +16,7 @@ public:
     /// "secrets.json" in the platform's writable application-data folder.
     static QString defaultPath();
 
-    explicit SecretFile(const QString &path = defaultPath());
+    explicit SecretFile(QString path = defaultPath());
 
     /// The account's secret; empty when there is none, or no readable file with a JSON object.
     [[nodiscard]] QString readSecretFile(const QString &account) const;

@@ -123,9 +123,9 @@ void DrawingTest::unscaledPicturesStayUnscaled()
     // 0.05 × 1920 and 0.85 × 1080 are not quite whole in floating point.
     const QRectF box = pixelBox(QRectF(0.05, 0.15, 0.9, 0.85), { 1920, 1080 });
     QCOMPARE(box.x(), 96.0);
-    QVERIFY(fitPicture({ 1728, 918 }, box, false).unscaled());
-    QVERIFY(fitPicture({ 1728, 918 }, box, true).unscaled());
-    QVERIFY(!fitPicture({ 864, 459 }, box, false).unscaled());
+    QVERIFY(fitPicture({ 1728, 918 }, box, false).pixelForPixel());
+    QVERIFY(fitPicture({ 1728, 918 }, box, true).pixelForPixel());
+    QVERIFY(!fitPicture({ 864, 459 }, box, false).pixelForPixel());
 }
 
 void DrawingTest::pictureFillsItsPlace_data()
@@ -137,14 +137,15 @@ void DrawingTest::pictureFillsItsPlace_data()
     for (const auto kind : { LayerKind::Camera, LayerKind::Image }) {
         const int number = static_cast<int>(kind);
         const auto row = [number](const char *text) {
-            return qPrintable(QStringLiteral("%1, kind %2").arg(QLatin1String(text)).arg(number));
+            return QStringLiteral("%1, kind %2").arg(QLatin1String(text)).arg(number).toUtf8();
         };
-        QTest::newRow(row("unscaled")) << number << QSize(160, 90) << false << QRect(0, 0, 160, 90);
-        QTest::newRow(row("fitted 4:3"))
+        QTest::newRow(row("unscaled").constData())
+            << number << QSize(160, 90) << false << QRect(0, 0, 160, 90);
+        QTest::newRow(row("fitted 4:3").constData())
             << number << QSize(40, 30) << false << QRect(20, 0, 120, 90);
-        QTest::newRow(row("covering 4:3"))
+        QTest::newRow(row("covering 4:3").constData())
             << number << QSize(40, 30) << true << QRect(0, 0, 160, 90);
-        QTest::newRow(row("shrunk"))
+        QTest::newRow(row("shrunk").constData())
             << number << QSize(1600, 1200) << false << QRect(20, 0, 120, 90);
     }
 }

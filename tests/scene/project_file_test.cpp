@@ -31,16 +31,6 @@ template <typename Operation> QString refusal(Operation operation)
 class ProjectFileTest : public QObject {
     Q_OBJECT
 
-private Q_SLOTS:
-    void readsUpToFourMebibytes();
-    void readsRegularFilesOnly_data();
-    void readsRegularFilesOnly();
-    void savesInOneStep();
-    void failedSaveLeavesTheOldFile();
-    void refusesToSaveWhatCannotBeOpened();
-    void attachesWhatTheLayersShow();
-
-private:
     [[nodiscard]] QString path(const char *name) const
     {
         return m_folder.filePath(QString::fromLatin1(name));
@@ -51,6 +41,15 @@ private:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
     QTemporaryDir m_folder;
+
+private Q_SLOTS:
+    void readsUpToFourMebibytes();
+    void readsRegularFilesOnly_data();
+    void readsRegularFilesOnly();
+    void savesInOneStep();
+    void failedSaveLeavesTheOldFile();
+    void refusesToSaveWhatCannotBeOpened();
+    void attachesWhatTheLayersShow();
 };
 
 void ProjectFileTest::readsUpToFourMebibytes()

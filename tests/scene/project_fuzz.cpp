@@ -7,8 +7,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QList>
 
-#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -32,7 +32,7 @@ constexpr long mostMebibytes = 400;
 
 class Mutator {
 public:
-    Mutator(std::vector<QByteArray> corpus, unsigned seed)
+    Mutator(QList<QByteArray> corpus, unsigned seed)
         : m_corpus(std::move(corpus))
         , m_random(seed)
     {
@@ -40,7 +40,7 @@ public:
 
     QByteArray next()
     {
-        QByteArray file = m_corpus[below(m_corpus.size())];
+        QByteArray file = oneOf(m_corpus);
         for (std::size_t steps = below(5); steps > 0; --steps) {
             mutate(file);
         }
@@ -54,6 +54,10 @@ public:
 
 private:
     std::size_t below(std::size_t bound) { return m_random() % bound; }
+    const QByteArray &oneOf(const QList<QByteArray> &list)
+    {
+        return list.at(static_cast<qsizetype>(below(static_cast<std::size_t>(list.size()))));
+    }
     qsizetype placeIn(const QByteArray &file)
     {
         return static_cast<qsizetype>(below(static_cast<std::size_t>(file.size()) + 1));
@@ -73,14 +77,11 @@ private:
         case 2:
             file.insert(placeIn(file), file.mid(place, length * 8));
             break;
-        case 3: {
-            const QByteArray &other = m_corpus[below(m_corpus.size())];
-            file = file.left(place) + other.mid(placeIn(other));
+        case 3:
+            file = file.left(place) + oneOf(m_corpus).mid(place + length);
             break;
-        }
         case 4:
-            file.insert(place,
-                QByteArray("[{\"\\,0]}", 8).mid(length % 8, 1).repeated(length * 40));
+            file.insert(place, QByteArray(R"([{"\,0]})").mid(length % 7, 1).repeated(length * 40));
             break;
         default:
             replaceValue(file, place);
@@ -90,54 +91,30 @@ private:
     /// Puts another value after the next colon, so that the document stays one more often than not.
     void replaceValue(QByteArray &file, qsizetype from)
     {
-        static constexpr std::array values { "0",
-            "-1",
-            "-0",
-            "4",
-            "0.01",
-            "1e308",
-            "-1e308",
-            "1e999",
-            "NaN",
-            "2147483648",
-            "-9223372036854775809",
-            "99.5",
-            "null",
-            "true",
-            "[]",
-            "{}",
-            "[[]]",
-            "\"\"",
-            "\"#12345678\"",
-            "\"#g\"",
-            "\"\\ud800\"",
-            "\"\\u0000\"",
-            "\"subtitle\"",
-            "\"image\"",
-            "{\"layers\":[{}]}",
-            "[{\"layers\":[{},7]}]" };
         const qsizetype colon = file.indexOf(':', from);
         if (colon >= 0) {
             const qsizetype end = file.indexOf(',', colon);
             const qsizetype length = end < 0 ? 1 : end - colon - 1;
-            file.replace(colon + 1, length, values.at(below(values.size())));
+            file.replace(colon + 1, length, oneOf(m_values));
         }
     }
 
     void inflate(QByteArray &file)
     {
         const qsizetype place = qMax<qsizetype>(file.indexOf('[', placeIn(file)) + 1, 0);
-        static constexpr std::array seeds { "{},",
-            "[],",
-            "0,",
-            "{\"layers\":[{},{}]},",
-            "[[{}]],",
-            " " };
-        const QByteArray seed = seeds.at(below(seeds.size()));
+        const QByteArray seed = oneOf(m_seeds);
         file.insert(place, seed.repeated((maxProjectBytes - file.size()) / seed.size() - 64));
     }
 
-    std::vector<QByteArray> m_corpus;
+    const QList<QByteArray> m_values = QByteArray(
+        R"(0 -1 -0 4 0.01 1e308 -1e308 1e999 NaN 2147483648 -9223372036854775809 99.5 null
+true [] {} [[]] "" "#12345678" "#g" "\ud800" "\u0000" "subtitle" "image" {"layers":[{}]}
+[{"layers":[{},7]}])")
+                                           .simplified()
+                                           .split(' ');
+    const QList<QByteArray> m_seeds
+        = QByteArray(R"({}, [], 0, {"layers":[{},{}]}, [[{}]],)").split(' ');
+    QList<QByteArray> m_corpus;
     std::mt19937 m_random;
 };
 
@@ -220,9 +197,9 @@ void tryFile(const QByteArray &file, Outcome &outcome)
 }
 
 /// The corpus folder's files and one written by the program itself.
-std::vector<QByteArray> corpusIn(const char *folder)
+QList<QByteArray> corpusIn(const char *folder)
 {
-    std::vector<QByteArray> corpus;
+    QList<QByteArray> corpus;
     const QDir dir(QString::fromUtf8(folder));
     for (const QString &name : dir.entryList(QDir::Files, QDir::Name)) {
         corpus.push_back(readProjectFile(dir.filePath(name)));

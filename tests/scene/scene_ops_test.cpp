@@ -1,5 +1,5 @@
 #include "app/error.h"
-#include "scene/box_compare.h"
+#include "scene/layer_geometry.h"
 #include "scene/profile.h"
 #include "scene/scene_ops.h"
 #include "support/test_registry.h"
@@ -20,39 +20,34 @@ SceneSets setsWith(std::initializer_list<const char *> names, std::int32_t curre
     return sets;
 }
 
-QString namesOf(const SceneSets &sets)
+/// The names of scenes or layers in their order.
+template <typename Items> QString namesOf(const Items &items)
 {
     QStringList names;
-    for (const Scene &scene : sets.scenes(sets.editing())) {
-        names << scene.name;
+    for (const auto &item : items) {
+        names << item.name;
     }
     return names.join(QLatin1Char(','));
 }
 
-Scene sceneOf(const QString &letters)
+Scene threeLayers()
 {
     Scene scene;
-    for (const QChar letter : letters) {
-        scene.layers.emplace_back().name = letter;
+    for (const char letter : { 'a', 'b', 'c' }) {
+        scene.layers.emplace_back().name = QLatin1Char(letter);
     }
     return scene;
 }
 
-QString lettersOf(const Scene &scene)
+template <typename Operation> QString refusal(Operation operation)
 {
-    QString letters;
-    for (const Layer &layer : scene.layers) {
-        letters += layer.name;
+    try {
+        operation();
+        return {};
+    } catch (const Error &error) {
+        return error.text();
     }
-    return letters;
 }
-
-/// A source that counts its holders; nothing plays it.
-struct CountedSource {
-    std::shared_ptr<int> owner = std::make_shared<int>();
-    [[nodiscard]] MediaPtr share() const { return { owner, nullptr }; }
-    [[nodiscard]] long holders() const { return owner.use_count() - 1; }
-};
 
 } // namespace
 
@@ -60,49 +55,59 @@ class SceneOpsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void emptySetsGetTheirDefaultScene();
-    void currentIndexIsClamped();
+    void kindsGoThroughTheirWords();
+    void horizontalEditsKeepTheVerticalBits();
+    void setsAreNeverEmpty();
     void newScenesAreNamedAndBecomeCurrent();
     void duplicatesShareTheirSources();
-    void deletingMakesThePreviousSceneCurrent_data();
     void deletingMakesThePreviousSceneCurrent();
-    void lastSceneStays();
     void addedLayersAreNamedInFront();
-    void secondSubtitleLayerIsRefused();
-    void madeLayersAreNamedAfterTheirFile();
     void changedImageKeepsTheBox();
-    void movesLayers_data();
-    void movesLayers();
-    void deletesLayers_data();
-    void deletesLayers();
-    void showsAndHides();
+    void layersMoveHideAndGo();
 };
 
-void SceneOpsTest::emptySetsGetTheirDefaultScene()
+void SceneOpsTest::kindsGoThroughTheirWords()
 {
-    SceneSets sets;
-    const Scene streams = sets.currentScene();
-    QCOMPARE(streams.name, QStringLiteral("Escena 1"));
-    QCOMPARE(lettersOf(streams), QStringLiteral("Cámara"));
-
-    sets.setEditing(SceneSet::Hall);
-    const Scene hall = sets.currentScene();
-    QCOMPARE(hall.layers.size(), std::size_t { 2 });
-    QCOMPARE(hall.layers[0].fill, QColor(QStringLiteral("#081830")));
-    const Layer &subtitles = hall.layers[1];
-    QCOMPARE(subtitles.kind, LayerKind::Subtitle);
-    QCOMPARE(boxOf(subtitles), (Box { 0.05, 0.08, 0.9, 0.84 }));
-    QCOMPARE(subtitles.size, 72);
-    QCOMPARE(subtitles.align, 33);
-    QCOMPARE(subtitles.background.alpha(), 0);
-    QCOMPARE(sets.scenes(SceneSet::Streams).size(), std::size_t { 1 });
+    const auto words = QStringLiteral("camera image text video screen color verse subtitle");
+    const auto names
+        = QStringLiteral("Cámara,Imagen,Texto,Video,Pantalla,Color,Versículo,Subtítulos (IA)");
+    for (int i = 0; i < 8; ++i) {
+        const auto kind = static_cast<LayerKind>(i);
+        QCOMPARE(wordOfKind(kind), words.split(QLatin1Char(' ')).at(i));
+        QCOMPARE(kindFromWord(wordOfKind(kind)), kind);
+        QCOMPARE(displayName(kind), names.split(QLatin1Char(',')).at(i));
+    }
+    QCOMPARE(kindFromWord(QStringLiteral("Camera ")), LayerKind::Camera);
+    QCOMPARE(wordOfKind(static_cast<LayerKind>(8)), QStringLiteral("camera"));
+    QVERIFY(displayName(static_cast<LayerKind>(-1)).isEmpty());
 }
 
-void SceneOpsTest::currentIndexIsClamped()
+void SceneOpsTest::horizontalEditsKeepTheVerticalBits()
 {
-    SceneSets sets = setsWith({ "a", "b", "c" }, 7);
+    const int rows[][4] { { 132, 1, 0, 129 },
+        { 33, 0, 1, 36 },
+        { 66, 2, 2, 66 },
+        { 72, 0, 2, 66 } };
+    for (const auto &[bits, shown, chosen, result] : rows) {
+        QCOMPARE(static_cast<int>(horizontalAlign(bits)), shown);
+        QCOMPARE(withHorizontalAlign(bits, static_cast<HorizontalAlign>(chosen)), result);
+    }
+}
+
+void SceneOpsTest::setsAreNeverEmpty()
+{
+    SceneSets sets;
+    QCOMPARE(sets.currentScene().name, QStringLiteral("Escena 1"));
+    QCOMPARE(namesOf(sets.currentScene().layers), QStringLiteral("Cámara"));
+    sets.setEditing(SceneSet::Hall);
+    QCOMPARE(namesOf(sets.currentScene().layers), QStringLiteral("Fondo,Subtítulos (IA)"));
+    QCOMPARE(sets.currentScene().layers[0].fill, QColor(8, 24, 48));
+    const Layer &subtitles = sets.currentScene().layers[1];
+    QCOMPARE(boxOf(subtitles), (Box { 0.05, 0.08, 0.9, 0.84 }));
+    QVERIFY(subtitles.size == 72 && subtitles.align == 33 && subtitles.background.alpha() == 0);
+
+    sets = setsWith({ "a", "b", "c" }, 7);
     QCOMPARE(sets.currentScene().name, QStringLiteral("c"));
-    QCOMPARE(sets.currentIndex(SceneSet::Streams), 2);
     sets.setCurrentIndex(SceneSet::Streams, -4);
     QCOMPARE(sets.currentScene().name, QStringLiteral("a"));
     QCOMPARE(sets.currentIndex(SceneSet::Streams), 0);
@@ -113,189 +118,108 @@ void SceneOpsTest::newScenesAreNamedAndBecomeCurrent()
     SceneSets sets = setsWith({ "a", "b", "c" }, 0);
     QCOMPARE(proposedSceneName(sets), QStringLiteral("Escena 4"));
     QVERIFY(newScene(sets, QStringLiteral("  Culto \n")));
-    QCOMPARE(namesOf(sets), QStringLiteral("a,b,c,Culto"));
     QCOMPARE(sets.currentIndex(SceneSet::Streams), 3);
-    QCOMPARE(lettersOf(sets.currentScene()), QStringLiteral("Cámara"));
-
     QVERIFY(!newScene(sets, QStringLiteral(" \t ")));
     QVERIFY(!renameScene(sets, QString()));
+    QCOMPARE(namesOf(sets.editedScenes()), QStringLiteral("a,b,c,Culto"));
     QVERIFY(renameScene(sets, QStringLiteral(" Final ")));
-    QCOMPARE(namesOf(sets), QStringLiteral("a,b,c,Final"));
-
+    QCOMPARE(namesOf(sets.editedScenes()), QStringLiteral("a,b,c,Final"));
     sets.setEditing(SceneSet::Hall);
     QVERIFY(newScene(sets, QStringLiteral("Sala")));
-    QCOMPARE(lettersOf(sets.currentScene()), QStringLiteral("FondoSubtítulos (IA)"));
+    QCOMPARE(sets.currentScene().layers.size(), std::size_t { 2 });
 }
 
 void SceneOpsTest::duplicatesShareTheirSources()
 {
-    const CountedSource source;
+    const auto owner = std::make_shared<int>(); // stands for a source: counts its holders
     SceneSets sets = setsWith({ "a", "Culto", "z" }, 1);
-    sets.addLayer(videoLayer(QStringLiteral("rtsp://camara/1"), source.share()));
+    sets.addLayer(videoLayer(QStringLiteral("rtsp://camara/1"), MediaPtr(owner, nullptr)));
     duplicateScene(sets);
-    QCOMPARE(namesOf(sets), QStringLiteral("a,Culto,Culto copia,z"));
+    QCOMPARE(namesOf(sets.editedScenes()), QStringLiteral("a,Culto,Culto copia,z"));
     QCOMPARE(sets.currentIndex(SceneSet::Streams), 2);
-    QCOMPARE(source.holders(), 2L);
+    QCOMPARE(owner.use_count(), 3L);
 
     sets.currentScene().layers[0].opacity = 0.5;
     QCOMPARE(sets.editedScenes()[1].layers[0].opacity, 1.0);
     deleteScene(sets);
-    QCOMPARE(namesOf(sets), QStringLiteral("a,Culto,z"));
-    QCOMPARE(source.holders(), 1L);
-}
-
-void SceneOpsTest::deletingMakesThePreviousSceneCurrent_data()
-{
-    QTest::addColumn<int>("current");
-    QTest::addColumn<QString>("names");
-    QTest::addColumn<int>("next");
-
-    QTest::newRow("first") << 0 << QStringLiteral("b,c") << 0;
-    QTest::newRow("middle") << 1 << QStringLiteral("a,c") << 0;
-    QTest::newRow("last") << 2 << QStringLiteral("a,b") << 1;
-    QTest::newRow("beyond the end") << 9 << QStringLiteral("a,b") << 1;
+    QCOMPARE(owner.use_count(), 2L);
+    QCOMPARE(deleteLayer(sets.currentScene(), 0), -1);
+    QCOMPARE(owner.use_count(), 1L);
 }
 
 void SceneOpsTest::deletingMakesThePreviousSceneCurrent()
 {
-    QFETCH(int, current);
-    QFETCH(QString, names);
-    QFETCH(int, next);
-    SceneSets sets = setsWith({ "a", "b", "c" }, current);
-    deleteScene(sets);
-    QCOMPARE(namesOf(sets), names);
-    QCOMPARE(sets.currentIndex(SceneSet::Streams), next);
-}
-
-void SceneOpsTest::lastSceneStays()
-{
+    const std::array left { "b,c", "a,c", "a,b", "a,b" };
+    for (int current = 0; current < 4; ++current) {
+        SceneSets sets = setsWith({ "a", "b", "c" }, current);
+        deleteScene(sets);
+        QCOMPARE(namesOf(sets.editedScenes()), QLatin1String(left.at(current)));
+        QCOMPARE(sets.currentIndex(SceneSet::Streams), std::clamp(current - 1, 0, 1));
+    }
     SceneSets sets = setsWith({ "Única" }, 0);
     QCOMPARE(deleteSceneQuestion(sets), QStringLiteral("¿Eliminar la escena \"Única\"?"));
-    try {
-        deleteScene(sets);
-        QFAIL("the only scene was deleted");
-    } catch (const Error &error) {
-        QCOMPARE(error.text(), QStringLiteral("Debe quedar al menos una escena"));
-    }
-    QCOMPARE(namesOf(sets), QStringLiteral("Única"));
+    QCOMPARE(refusal([&] { deleteScene(sets); }),
+        QStringLiteral("Debe quedar al menos una escena"));
+    QCOMPARE(namesOf(sets.editedScenes()), QStringLiteral("Única"));
 }
 
 void SceneOpsTest::addedLayersAreNamedInFront()
 {
     SceneSets sets = setsWith({ "a" }, 0);
-    QCOMPARE(sets.addLayer(newLayer(LayerKind::Camera)), 0);
-    QCOMPARE(sets.addLayer(screenLayer({})), 1);
-    QCOMPARE(sets.addLayer(newLayer(LayerKind::Text)), 2);
-    QCOMPARE(lettersOf(sets.currentScene()), QStringLiteral("Cámara 1Pantalla 2Texto 3"));
-    QCOMPARE(boxOf(sets.currentScene().layers[2]), (Box { 0.08, 0.72, 0.84, 0.2 }));
-}
-
-void SceneOpsTest::secondSubtitleLayerIsRefused()
-{
-    SceneSets sets = setsWith({ "a" }, 0);
     sets.addLayer(newLayer(LayerKind::Subtitle));
+    sets.addLayer(screenLayer({}));
+    QCOMPARE(sets.addLayer(newLayer(LayerKind::Text)), 2);
+    sets.addLayer(videoLayer(QStringLiteral("file:///videos/Himno%20final.mp4"), {}));
+    sets.addLayer(videoLayer(QStringLiteral("rtsp://camara/1"), {}));
+    const auto names
+        = QStringLiteral("Subtítulos (IA),Pantalla 2,Texto 3,Himno final.mp4,rtsp://camara/1");
+    QCOMPARE(namesOf(sets.currentScene().layers), names);
+
     sets.currentScene().layers[0].visible = false;
-    const Scene before = sets.currentScene();
-    try {
-        sets.addLayer(newLayer(LayerKind::Subtitle));
-        QFAIL("two subtitle layers in one scene");
-    } catch (const Error &error) {
-        QCOMPARE(error.text(), QStringLiteral("Esta escena ya tiene una fuente de subtítulos."));
-    }
-    QVERIFY(sets.currentScene() == before);
-}
-
-void SceneOpsTest::madeLayersAreNamedAfterTheirFile()
-{
-    const auto picture = std::make_shared<Frame>(500, 500);
-    const Layer image = imageLayer(QStringLiteral("/fotos/logo.png"), picture, landscapeSize);
-    QCOMPARE(image.name, QStringLiteral("logo.png"));
-    QCOMPARE(image.image, picture);
-    COMPARE_BOX(boxOf(image), (Box { 0.55, 0.05, 0.4, 0.4 * 1920 / 1080 }));
-
-    const auto named
-        = [](const char *location) { return videoLayer(QString::fromUtf8(location), {}).name; };
-    QCOMPARE(named("file:///videos/Himno%20final.mp4"), QStringLiteral("Himno final.mp4"));
-    QCOMPARE(named("rtsp://camara/1"), QStringLiteral("rtsp://camara/1"));
+    QCOMPARE(refusal([&] { sets.addLayer(newLayer(LayerKind::Subtitle)); }),
+        QStringLiteral("Esta escena ya tiene una fuente de subtítulos."));
+    QCOMPARE(namesOf(sets.currentScene().layers), names);
 }
 
 void SceneOpsTest::changedImageKeepsTheBox()
 {
+    const auto square = std::make_shared<Frame>(50, 50);
+    const auto tall = std::make_shared<Frame>(10, 200);
     Scene scene;
-    scene.layers.push_back(imageLayer(QStringLiteral("/a.png"), {}, landscapeSize));
-    const Box box = boxOf(scene.layers[0]);
+    scene.layers = { imageLayer(QStringLiteral("/fotos/logo.png"), square, landscapeSize) };
     const Scene program = scene;
-    const auto picture = std::make_shared<Frame>(10, 200);
-    QVERIFY(!changeImage(scene, -1, QStringLiteral("/b.png"), picture));
-    QVERIFY(changeImage(scene, 0, QStringLiteral("/fotos/b.png"), picture));
-    QCOMPARE(boxOf(scene.layers[0]), box);
+    QCOMPARE(program.layers[0].name, QStringLiteral("logo.png"));
+    QCOMPARE(boxOf(program.layers[0]), newImageBox(square->size(), landscapeSize));
+
+    QVERIFY(!changeImage(scene, -1, QStringLiteral("/b.png"), tall));
+    QVERIFY(changeImage(scene, 0, QStringLiteral("/fotos/b.png"), tall));
+    QCOMPARE(boxOf(scene.layers[0]), boxOf(program.layers[0]));
     QCOMPARE(scene.layers[0].path, QStringLiteral("/fotos/b.png"));
     QCOMPARE(scene.layers[0].name, QStringLiteral("b.png"));
-    QCOMPARE(scene.layers[0].image, picture);
-    QVERIFY(!program.layers[0].image);
+    QVERIFY(scene.layers[0].image == tall && program.layers[0].image == square);
 }
 
-void SceneOpsTest::movesLayers_data()
+void SceneOpsTest::layersMoveHideAndGo()
 {
-    QTest::addColumn<int>("selected");
-    QTest::addColumn<int>("delta");
-    QTest::addColumn<QString>("order");
-    QTest::addColumn<int>("selection");
+    Scene scene = threeLayers();
+    QCOMPARE(moveLayer(scene, 2, 1), 2); // already in front
+    QCOMPARE(moveLayer(scene, 0, -1), 0); // already at the back
+    QCOMPARE(moveLayer(scene, -1, 1), -1);
+    QCOMPARE(namesOf(scene.layers), QStringLiteral("a,b,c"));
+    QCOMPARE(moveLayer(scene, 0, 1), 1);
+    QCOMPARE(moveLayer(scene, 2, -1), 1);
+    QCOMPARE(namesOf(scene.layers), QStringLiteral("b,c,a"));
 
-    QTest::newRow("forward") << 0 << 1 << QStringLiteral("bac") << 1;
-    QTest::newRow("backward") << 2 << -1 << QStringLiteral("acb") << 1;
-    QTest::newRow("front forward") << 2 << 1 << QStringLiteral("abc") << 2;
-    QTest::newRow("back backward") << 0 << -1 << QStringLiteral("abc") << 0;
-    QTest::newRow("none") << -1 << 1 << QStringLiteral("abc") << -1;
-}
-
-void SceneOpsTest::movesLayers()
-{
-    QFETCH(int, selected);
-    QFETCH(int, delta);
-    QFETCH(QString, order);
-    QFETCH(int, selection);
-    Scene scene = sceneOf(QStringLiteral("abc"));
-    QCOMPARE(moveLayer(scene, selected, delta), selection);
-    QCOMPARE(lettersOf(scene), order);
-}
-
-void SceneOpsTest::deletesLayers_data()
-{
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<int>("selected");
-    QTest::addColumn<QString>("after");
-    QTest::addColumn<int>("selection");
-
-    const auto row = [](const char *name, const char *before, int at, const char *after, int then) {
-        QTest::newRow(name) << QString::fromLatin1(before) << at << QString::fromLatin1(after)
-                            << then;
-    };
-    row("first", "abc", 0, "bc", 0);
-    row("last", "abc", 2, "ab", 1);
-    row("only", "a", 0, "", -1);
-    row("none selected", "ab", -1, "ab", -1);
-}
-
-void SceneOpsTest::deletesLayers()
-{
-    QFETCH(QString, before);
-    QFETCH(int, selected);
-    QFETCH(QString, after);
-    QFETCH(int, selection);
-    Scene scene = sceneOf(before);
-    QCOMPARE(deleteLayer(scene, selected), selection);
-    QCOMPARE(lettersOf(scene), after);
-}
-
-void SceneOpsTest::showsAndHides()
-{
-    Scene scene = sceneOf(QStringLiteral("ab"));
     QVERIFY(!setLayerVisible(scene, 1, true));
     QVERIFY(setLayerVisible(scene, 1, false));
-    QVERIFY(!scene.layers[1].visible);
-    QVERIFY(scene.layers[0].visible);
-    QVERIFY(!setLayerVisible(scene, 2, false));
+    QVERIFY(scene.layers[0].visible && !scene.layers[1].visible);
+    QVERIFY(!setLayerVisible(scene, 3, false));
+
+    QCOMPARE(deleteLayer(scene, -1), -1);
+    QCOMPARE(deleteLayer(scene, 0), 0);
+    QCOMPARE(deleteLayer(scene, 1), 0); // the last: its neighbour is selected
+    QCOMPARE(namesOf(scene.layers), QStringLiteral("c"));
+    QCOMPARE(deleteLayer(scene, 0), -1);
 }
 
 NIMBARA_TEST(SceneOpsTest)

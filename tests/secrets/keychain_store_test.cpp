@@ -18,22 +18,13 @@ namespace {
 constexpr int patience = 30'000; // for a loaded machine
 const QString account = QStringLiteral("openai");
 
-QByteArray outputOf(const char *program, const QStringList &arguments)
+QString outputOf(const char *command)
 {
+    QStringList arguments = QString::fromLatin1(command).split(QLatin1Char(' '));
     QProcess process;
-    process.start(QString::fromLatin1(program), arguments);
-    return process.waitForFinished(patience) ? process.readAllStandardOutput() : "(missing)";
-}
-
-/// What another program of the desktop finds for an account of the service.
-QByteArray lookUp(const QString &name)
-{
-    return outputOf("secret-tool",
-        { QStringLiteral("lookup"),
-            QStringLiteral("server"),
-            QStringLiteral("NimbaraStudio"),
-            QStringLiteral("user"),
-            name });
+    process.start(arguments.takeFirst(), arguments);
+    return process.waitForFinished(patience) ? QString::fromUtf8(process.readAllStandardOutput())
+                                             : QStringLiteral("(missing)");
 }
 
 } // namespace
@@ -42,17 +33,6 @@ QByteArray lookUp(const QString &name)
 class KeychainStoreTest : public QObject {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void keepsOneSecretPerAccount_data();
-    void keepsOneSecretPerAccount();
-    void unknownAccountIsEmpty();
-    void stoppedServiceLeavesTheThreadFree();
-    void lockedServiceRefuses();
-    void outlivesItsBus_data();
-    void outlivesItsBus();
-
-private:
     bool write(const QString &name, const QString &value)
     {
         std::optional<bool> written;
@@ -71,6 +51,14 @@ private:
 
     KeychainStore m_store;
     pid_t m_service = 0;
+
+private Q_SLOTS:
+    void initTestCase();
+    void keepsOneSecretPerAccount();
+    void stoppedServiceLeavesTheThreadFree();
+    void lockedServiceRefuses();
+    void outlivesItsBus_data();
+    void outlivesItsBus();
 };
 
 void KeychainStoreTest::initTestCase()
@@ -79,28 +67,19 @@ void KeychainStoreTest::initTestCase()
     QVERIFY2(m_service > 0, "run this under tests/support/secret_service.sh");
 }
 
-void KeychainStoreTest::keepsOneSecretPerAccount_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("value");
-    QTest::newRow("new") << account << QStringLiteral("sk-uno");
-    QTest::newRow("replaced") << account << QStringLiteral("sk-dos ñ \U0001F511");
-    QTest::newRow("another") << QStringLiteral("stream-Otro RTMP") << QStringLiteral("clave");
-    QTest::newRow("emptied") << QStringLiteral("stream-Otro RTMP") << QString();
-}
-
 void KeychainStoreTest::keepsOneSecretPerAccount()
 {
-    QFETCH(QString, name);
-    QFETCH(QString, value);
-    QVERIFY(write(name, value));
-    QCOMPARE(read(name), value);
-    QCOMPARE(QString::fromUtf8(lookUp(name)), value);
-}
-
-void KeychainStoreTest::unknownAccountIsEmpty()
-{
-    QCOMPARE(read(QStringLiteral("apibible")), QString());
+    const auto other = QStringLiteral("stream-Otro RTMP");
+    QCOMPARE(read(account), QString());
+    QVERIFY(write(account, QStringLiteral("sk-uno")));
+    QVERIFY(write(account, QStringLiteral("sk-dos ñ \U0001F511")));
+    QVERIFY(write(other, QStringLiteral("clave")));
+    QCOMPARE(read(account), QStringLiteral("sk-dos ñ \U0001F511"));
+    // What another program of the desktop finds under the service's name.
+    QCOMPARE(outputOf("secret-tool lookup server NimbaraStudio user openai"),
+        QStringLiteral("sk-dos ñ \U0001F511"));
+    QVERIFY(write(other, QString()));
+    QCOMPARE(read(other), QString());
 }
 
 void KeychainStoreTest::stoppedServiceLeavesTheThreadFree()
@@ -130,7 +109,7 @@ void KeychainStoreTest::stoppedServiceLeavesTheThreadFree()
 void KeychainStoreTest::lockedServiceRefuses()
 {
     QVERIFY(write(account, QStringLiteral("sk-cuatro")));
-    outputOf("secret-tool", { QStringLiteral("lock"), QStringLiteral("--collection=login") });
+    outputOf("secret-tool lock --collection=login");
     QCOMPARE(read(account), QString()); // nobody is there to unlock it
     QVERIFY(!write(account, QStringLiteral("sk-cinco")));
 }

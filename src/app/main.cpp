@@ -10,14 +10,14 @@
 #include <QMessageBox>
 #include <QSettings>
 
-
 namespace {
 
 void settleLanguage()
 {
     const QSettings settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"));
-    nimbara_i18n::language() = nimbara_i18n::startLanguage(
-        settings.value(QStringLiteral("language")).toString(), QLocale::system());
+    nimbara_i18n::language()
+        = nimbara_i18n::startLanguage(settings.value(QStringLiteral("language")).toString(),
+            QLocale::system());
 }
 
 void startGstreamer()

@@ -15,7 +15,8 @@ void explainFatal(QtMsgType type, const QMessageLogContext & /*context*/, const 
     static_cast<void>(std::fprintf(stderr, "%s\n", qPrintable(text)));
     if (type == QtFatalMsg) {
         static_cast<void>(std::fputs(
-            "No hay pantalla gráfica. Inicia sesión en el escritorio y abre el programa desde allí, "
+            "No hay pantalla gráfica. Inicia sesión en el escritorio y abre el programa desde "
+            "allí, "
             "o indica la pantalla, por ejemplo: DISPLAY=:0\n"
             "There is no graphical display. Log in to the desktop and open the program there, or "
             "name the display, for example: DISPLAY=:0\n",

@@ -1,14 +1,12 @@
 #include "app/text_table.h"
 
-#include <array>
-
 namespace nimbara_i18n {
 
 namespace {
 
 // Every whole text of the interface: labels, questions, status messages, error texts. A text that
 // ends with a blank or a colon and a blank is a beginning that its caller continues.
-constexpr std::array pairs {
+constexpr TextPair pairs[] = {
     TextPair { "Producir · compartir · traducir", "Produce · share · translate" },
     TextPair { "AL AIRE  →", "ON AIR  →" },
     TextPair { "API key de OpenAI · no se incluye en proyectos",

@@ -178,7 +178,9 @@ void TextReferenceTest::layerMatchesThePainter()
                           .toAlignedRect();
     const double mean = meanDifference(actual, expected, box);
     QVERIFY2(meanDifference(expected, below, box) > 1, "the text leaves no trace");
-    QVERIFY2(mean < 1, qPrintable(QStringLiteral("mean difference %1").arg(mean)));
+    // The painter gives some fonts below 64 px (Korean here) a gamma that depends on what lies
+    // below.
+    QVERIFY2(mean < 0.3, qPrintable(QStringLiteral("mean difference %1").arg(mean)));
     QVERIFY2(unchangedAround(actual, below, box), "the layer reaches far beyond its box");
 }
 
@@ -221,7 +223,7 @@ void TextReferenceTest::overlaysMatchThePainter()
     const QImage actual = Composer(std::make_shared<PaintCache>()).compose(composition);
     const double mean = meanDifference(actual, expected, actual.rect());
     QVERIFY(meanDifference(expected, below, actual.rect()) > 1);
-    QVERIFY2(mean < 0.5, qPrintable(QStringLiteral("mean difference %1").arg(mean)));
+    QVERIFY2(mean < 0.1, qPrintable(QStringLiteral("mean difference %1").arg(mean)));
 }
 
 NIMBARA_TEST(TextReferenceTest)

@@ -40,7 +40,7 @@ FramePtr logo()
     for (int y = 0; y < 900; ++y) {
         for (int x = 0; x < 900; ++x) {
             const int fromCentre = (x - 450) * (x - 450) + (y - 450) * (y - 450);
-            auto *pixel = frame->pixels.data() + (y * 900 + x) * 4;
+            auto *pixel = frame->pixels.data() + y * frame->stride() + std::ptrdiff_t { x } * 4;
             pixel[0] = 220;
             pixel[1] = static_cast<std::uint8_t>(x / 4);
             pixel[3]

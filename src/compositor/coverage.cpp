@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace nimbara {
 
@@ -19,7 +20,7 @@ struct RowLight {
 /// An alpha of 0..1 as what full ink (255) is multiplied with to cover in 16 bits.
 std::uint16_t inkFactor(double alpha)
 {
-    return static_cast<std::uint16_t>(std::clamp(alpha, 0.0, 1.0) * 257 + 0.5);
+    return static_cast<std::uint16_t>(std::lround(std::clamp(alpha, 0.0, 1.0) * 257));
 }
 
 /// Sixteen-bit products throughout, which vector units of any age have.

@@ -12,8 +12,9 @@ namespace {
 
 /// Holds the largest picture at 8 bytes per pixel; formats that do not tell their size before
 /// decoding are stopped by this.
+constexpr std::int64_t bytesPerMiB = std::int64_t { 1024 } * 1024;
 constexpr int allocationLimitMiB
-    = static_cast<int>(std::int64_t { Frame::maxSide } * Frame::maxSide * 8 / (1024 * 1024));
+    = std::int64_t { Frame::maxSide } * Frame::maxSide * 8 / bytesPerMiB;
 
 class AllocationLimit {
 public:

@@ -3,6 +3,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace nimbara {
@@ -31,7 +32,7 @@ bool sameShape(const QImage &a, const QImage &b)
 void paintOver(QImage &canvas, const QImage &picture, const QImage &over, double opacity)
 {
     if (sameShape(canvas, picture) && sameShape(canvas, over)) {
-        const auto weight = static_cast<std::uint16_t>(opacity * 256 + 0.5);
+        const auto weight = static_cast<std::uint16_t>(std::lround(opacity * 256));
         for (int y = 0; y < canvas.height(); ++y) {
             mix(canvas.scanLine(y),
                 picture.constScanLine(y),

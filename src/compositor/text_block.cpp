@@ -88,7 +88,8 @@ layerText(const Layer &layer, const QRectF &box, std::int32_t frameHeight, const
 
 TextBlock titleBand(const QString &title, FrameSize canvas)
 {
-    const QRectF band(canvas.width / 25,
+    // Whole pixels, cut off.
+    const QRect band(canvas.width / 25,
         canvas.height * 78 / 100,
         canvas.width * 23 / 25,
         canvas.height * 15 / 100);
@@ -106,7 +107,7 @@ TextBlock titleBand(const QString &title, FrameSize canvas)
 
 TextBlock automaticCaption(const QString &caption, FrameSize canvas)
 {
-    const QRectF area(canvas.width / 20,
+    const QRect area(canvas.width / 20,
         canvas.height / 8,
         canvas.width * 18 / 20,
         canvas.height * 3 / 4);

@@ -1,4 +1,5 @@
 #include "compositor/composer.h"
+#include "compositor/load_image.h"
 #include "support/test_registry.h"
 
 #include <QTest>
@@ -18,8 +19,8 @@ FramePtr quarters(std::int32_t width, std::int32_t height, int alpha = 255)
         for (std::int32_t x = 0; x < width; ++x) {
             const bool right = x >= width / 2;
             const bool lower = y >= height / 2;
-            auto *pixel = frame->pixels.data() + (y * width + x) * 4;
-            pixel[0] = right == lower ? (right ? 255 : 255) : 0;
+            auto *pixel = frame->pixels.data() + y * frame->stride() + std::ptrdiff_t { x } * 4;
+            pixel[0] = right == lower ? 255 : 0;
             pixel[1] = right ? 255 : 0;
             pixel[2] = !right && lower ? 255 : 0;
             pixel[3] = static_cast<std::uint8_t>(alpha);
@@ -83,6 +84,7 @@ private Q_SLOTS:
     void boxesAreClippedByTheCanvas();
     void transparentPictureShowsWhatIsBelow();
     void everyPixelIsOpaque();
+    void sourceShowsItsNewestPicture();
 };
 
 void DrawingTest::fitsAndCovers_data()
@@ -304,6 +306,35 @@ void DrawingTest::everyPixelIsOpaque()
         }
     }
     QVERIFY(!image.hasAlphaChannel());
+}
+
+void DrawingTest::sourceShowsItsNewestPicture()
+{
+    const SystemClock clock;
+    Layer layer = at(LayerKind::Video, 0, 0, 1, 1);
+    layer.source = std::make_shared<Media>(clock,
+        canvasSize.width,
+        canvasSize.height,
+        nullptr,
+        QString(),
+        true,
+        false);
+    const auto hasPicture = [&layer] {
+        layer.source->pollSource();
+        return layer.source->frame() != nullptr;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(hasPicture(), 20'000);
+    const FramePtr first = layer.source->frame();
+    Composer composer(std::make_shared<PaintCache>());
+    Composition composition;
+    composition.scene.layers = { layer };
+    composition.size = canvasSize;
+    const QImage shown = composer.compose(composition);
+    QCOMPARE(toFrame(shown)->pixels, first->pixels);
+    QCOMPARE(composer.compose(composition).cacheKey(), shown.cacheKey());
+
+    QTRY_VERIFY_WITH_TIMEOUT(hasPicture() && layer.source->frame() != first, 20'000);
+    QVERIFY(composer.compose(composition).cacheKey() != shown.cacheKey());
 }
 
 NIMBARA_TEST(DrawingTest)

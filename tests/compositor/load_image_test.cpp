@@ -64,6 +64,15 @@ QByteArray withOrientation(const QByteArray &jpeg, char orientation)
 
 class LoadImageTest : public QObject {
     Q_OBJECT
+    QString write(const QString &name, const QByteArray &content)
+    {
+        QFile file(m_folder.filePath(name));
+        const bool written = file.open(QIODevice::WriteOnly) && file.write(content) >= 0;
+        return written ? file.fileName() : QString();
+    }
+
+    QTemporaryDir m_folder;
+
 private Q_SLOTS:
     void readsEveryFormat_data();
     void readsEveryFormat();
@@ -73,16 +82,6 @@ private Q_SLOTS:
     void refusesWhatIsNoPicture();
     void acceptsTheLargestSide();
     void frameHoldsTheImagesBytes();
-
-private:
-    QString write(const QString &name, const QByteArray &content)
-    {
-        QFile file(m_folder.filePath(name));
-        const bool written = file.open(QIODevice::WriteOnly) && file.write(content) >= 0;
-        return written ? file.fileName() : QString();
-    }
-
-    QTemporaryDir m_folder;
 };
 
 void LoadImageTest::readsEveryFormat_data()

@@ -116,10 +116,10 @@ QImage texturedCanvas(int width, int height)
     for (int y = 0; y < height; ++y) {
         uchar *row = canvas.scanLine(y);
         for (int x = 0; x < width; ++x) {
-            row[x * 4] = static_cast<uchar>(x / 8);
-            row[x * 4 + 1] = static_cast<uchar>(y / 5);
-            row[x * 4 + 2] = static_cast<uchar>((x + y) / 12);
-            row[x * 4 + 3] = 255;
+            *row++ = static_cast<uchar>(x / 8);
+            *row++ = static_cast<uchar>(y / 5);
+            *row++ = static_cast<uchar>((x + y) / 12);
+            *row++ = 255;
         }
     }
     return canvas;

@@ -38,8 +38,9 @@ void follow(QNetworkReply *reply, std::function<void(const Reply &)> done)
     const auto finish = [reply, done = std::move(done)] {
         reply->deleteLater();
         Reply result;
-        result.ok = reply->error() == QNetworkReply::NoError;
         result.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        // A server may end an HTTP/2 stream without an error and without an answer.
+        result.ok = reply->error() == QNetworkReply::NoError && result.status != 0;
         if (reply->isReadable()) { // a reply that was given up is closed
             result.body = reply->readAll();
         }

@@ -15,7 +15,7 @@ namespace bible::http {
 
 /// A whole reply.
 struct Reply {
-    bool ok = false; ///< no network and no HTTP error
+    bool ok = false; ///< there was an answer, without network or HTTP error
     int status = 0; ///< HTTP status; 0 without one, as on a time-out
     QByteArray body;
 };

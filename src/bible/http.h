@@ -15,7 +15,7 @@ namespace bible::http {
 
 /// A whole reply.
 struct Reply {
-    bool ok = false; ///< there was an answer, without network or HTTP error
+    bool ok = false; ///< no network and no HTTP error
     int status = 0; ///< HTTP status; 0 without one, as on a time-out
     QByteArray body;
 };
@@ -23,8 +23,9 @@ struct Reply {
 /// A longer body is cut off and counts as a failed reply: no passage or list comes near.
 constexpr qint64 maxBody = qint64 { 8 } * 1024 * 1024;
 
-/// A request below the endpoint's root. It is given up when nothing arrives for `timeout`, and
-/// follows redirects within the same origin only, so that a key never reaches another host.
+/// An HTTP/1.1 request below the endpoint's root. It is given up when nothing arrives for
+/// `timeout`, and follows redirects within the same origin only, so that a key never reaches
+/// another host.
 QNetworkRequest
 request(const nimbara::Endpoint &endpoint, const QString &path, std::chrono::milliseconds timeout);
 

@@ -29,11 +29,6 @@ const std::array<DestinationPreset, destinationCount> &destinationPresets()
     return presets;
 }
 
-QString destinationAccount(const QString &name)
-{
-    return QStringLiteral("stream-") + name;
-}
-
 QString checkedServer(const QString &text)
 {
     const QUrl url(text.trimmed(), QUrl::TolerantMode);
@@ -83,14 +78,10 @@ Destination::~Destination()
 void Destination::start(const QString &server, const QString &key, FrameSize size)
 {
     const QString url = checkedServer(server);
-    QString given = key.trimmed();
-    if (given.isEmpty()) {
-        given = readKey(destinationAccount(m_name));
-        keyFound(given);
-    }
-    given = checkedKey(given);
+    const QString given = checkedKey(key);
     hideSecret(given);
-    logLine(startLogLine(m_name, url, given));
+    // The key may have been pasted into the server's path as well.
+    logLine(startLogLine(m_name, withoutSecrets(url), given));
     m_output = std::make_unique<Output>(size.width,
         size.height,
         true,

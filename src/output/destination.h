@@ -8,7 +8,6 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <span>
 
@@ -24,9 +23,6 @@ constexpr std::size_t destinationCount = 4;
 
 /// The four slots in their order.
 const std::array<DestinationPreset, destinationCount> &destinationPresets();
-
-/// Account of a slot's key in the secure store: "stream-" + name.
-QString destinationAccount(const QString &name);
 
 /// The server field's text as a fully encoded URL without the key. Throws `Error` unless it is a
 /// valid rtmp or rtmps URL with a host and without user information, query and fragment.
@@ -54,16 +50,9 @@ public:
     /// Hands an output that is left to the retirement.
     ~Destination();
 
-    /// Reads the secure store; returns an empty text when it has no such account.
-    std::function<QString(const QString &account)> readKey
-        = [](const QString &) { return QString(); };
-    /// Receives a key that came from the store, for the slot's key field. Called inside `start`,
-    /// also when the start fails afterwards.
-    std::function<void(const QString &key)> keyFound = [](const QString &) {};
-
-    /// Starts sending frames of `size`. `server` and `key` are the texts of the two fields; an
-    /// empty key is looked up with `readKey`. Throws `Error` with the operator's text; the slot
-    /// stays idle and keeps its status then. Call it only when idle.
+    /// Starts sending frames of `size`. `server` and `key` are the texts of the two fields. Throws
+    /// `Error` with the operator's text; the slot stays idle and keeps its status then. Call it
+    /// only when idle.
     void start(const QString &server, const QString &key, FrameSize size);
 
     /// Drops the output, if any; the status becomes "Detenido".

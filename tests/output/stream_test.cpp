@@ -5,14 +5,13 @@
 #include "output/program_feed.h"
 #include "support/rtmp_peer.h"
 #include "support/test_registry.h"
+#include "support/trusted_authority.h"
 
 #include <QFile>
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <gio/gio.h>
 
 #include <vector>
 
@@ -24,23 +23,6 @@ namespace {
 constexpr FrameSize small { 160, 90 };
 const auto key = QStringLiteral("k3y-of-the-stream");
 const auto live = QStringLiteral("live");
-
-/// What the streams trust while this lives: the authority alone.
-class TrustedAuthority {
-public:
-    explicit TrustedAuthority(const QString &file)
-    {
-        GTlsDatabase *database
-            = g_tls_file_database_new(QFile::encodeName(file).constData(), nullptr);
-        g_tls_backend_set_default_database(g_tls_backend_get_default(), database);
-        g_object_unref(database);
-    }
-    Q_DISABLE_COPY_MOVE(TrustedAuthority)
-    ~TrustedAuthority()
-    {
-        g_tls_backend_set_default_database(g_tls_backend_get_default(), nullptr);
-    }
-};
 
 } // namespace
 

@@ -26,9 +26,10 @@ constexpr TextPair pairs[] = {
         "is synthetic; it is not played on speakers. Music and noise reduce quality." },
     TextPair { "Atrás", "Back" },
     TextPair { "Audio de consola / capturadora", "Mixer / capture card audio" },
-    TextPair { "Audio del video cuando esté en Programa", "Video sound while it is on Program" },
+    TextPair { "Audio del video cuando esté en Programa",
+        "Play the video's sound while on Program" },
     TextPair { "Audio detenido; video continúa. ", "Audio stopped; video continues. " },
-    TextPair { "Banda", "Band" },
+    TextPair { "Banda", "Banner" },
     TextPair { "Barras de prueba", "Test bars" },
     TextPair { "Bienvenido a Ardenvale Vesperline", "Welcome to Ardenvale Vesperline" },
     TextPair { "Cargar imagen", "Load image" },
@@ -38,7 +39,7 @@ constexpr TextPair pairs[] = {
         "Ardenvale Vesperline · credits and licenses" },
     TextPair { "Cerrar", "Close" },
     TextPair { "Clave de emisión (se lee del Llavero al iniciar)",
-        "Broadcast key (read from the keychain at start)" },
+        "Stream key (read from the keychain when streaming starts)" },
     TextPair { "Clave de transmisión", "Stream key" },
     TextPair { "Claves guardadas en Llavero / Credential Manager.",
         "Keys saved in Keychain / Credential Manager." },
@@ -83,7 +84,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Iniciar destinos seleccionados", "Start selected destinations" },
     TextPair { "Iniciar traducción", "Start translation" },
     TextPair { "No se pudo iniciar Ardenvale Vesperline", "Ardenvale Vesperline could not start" },
-    TextPair { "Original en salidas", "Original in outputs" },
+    TextPair { "Original en salidas", "Original sound in outputs" },
     TextPair { "PREPARACIÓN", "PREVIEW" },
     TextPair { "PROGRAMA · lo que ve la iglesia", "PROGRAM · what the church sees" },
     TextPair { "Pantalla desconectada; Programa y salidas continúan.",
@@ -103,7 +104,7 @@ constexpr TextPair pairs[] = {
         "You can add your API key now or later. It is not needed to produce or stream.\nThe API is "
         "billed separately; audio is only sent once you start the AI." },
     TextPair { "Quitar silencio", "Unmute" },
-    TextPair { "Señal de prueba (sin altavoces)", "Test signal (no speakers)" },
+    TextPair { "Señal de prueba (sin altavoces)", "Test signal (not played on speakers)" },
     TextPair { "Siguiente", "Next" },
     TextPair { "Silenciar", "Mute" },
     TextPair { "Sin entrada / silencio", "No input / silence" },
@@ -148,9 +149,10 @@ constexpr TextPair pairs[] = {
     TextPair { "Esa cita no existe en la Biblia", "That reference does not exist in the Bible" },
     TextPair { "Versículo mostrado con RV1909: configura la clave y la Biblia de API.Bible en la "
                "pestaña Traducción IA y Biblia.",
-        "Verse shown from RV1909: set the API.Bible key and Bible in the AI translation and Bible "
-        "tab." },
-    TextPair { "Consultando API.Bible...", "Asking API.Bible..." },
+        "Verse shown from RV1909: set the API.Bible key and choose its Bible in the AI translation "
+        "and "
+        "Bible tab." },
+    TextPair { "Consultando API.Bible...", "Looking it up on API.Bible..." },
     TextPair { "se mantiene RV1909", "keeping RV1909" },
     TextPair { "Versículo listo: ", "Verse ready: " },
     TextPair { "API.Bible", "API.Bible" },
@@ -169,7 +171,7 @@ constexpr TextPair pairs[] = {
         "API.Bible key (rest.api.bible) · kept in the secure store" },
     TextPair { "Buscar Biblias en español", "Find Spanish Bibles" },
     TextPair { "Usar", "Use" },
-    TextPair { "Biblia de API.Bible", "API.Bible Bible" },
+    TextPair { "Biblia de API.Bible", "Bible from API.Bible" },
     TextPair { "Las Biblias con derechos (RVR1960, NVI, etc.) se consultan en línea con tu propia "
                "licencia de API.Bible; la app no guarda su texto.",
         "Copyrighted Bibles (RVR1960, NVI, etc.) are read online under your own API.Bible license; "
@@ -227,9 +229,9 @@ constexpr TextPair pairs[] = {
     TextPair { "inglés", "English" },
     TextPair { "Probar API key ahora", "Test API key now" },
     TextPair { "Probando la API de OpenAI...", "Testing the OpenAI API..." },
-    TextPair { "API OK: respondió en ", "API OK: it answered in " },
+    TextPair { "API OK: respondió en ", "API OK: it responded in " },
     TextPair { "La traducción está lista para usarse.", "Translation is ready to use." },
-    TextPair { "API con error HTTP ", "API failed with HTTP error " },
+    TextPair { "API con error HTTP ", "The API returned HTTP error " },
     TextPair { "Limpiar pantalla de subtítulos", "Clear subtitles from the screen" },
     TextPair { "Aquí aparecerá la traducción en vivo: se escribe de izquierda a derecha y hacia "
                "abajo, sin moverse, hasta llenar el cuadro; entonces se limpia y empieza arriba.",
@@ -326,8 +328,9 @@ constexpr TextPair pairs[] = {
     TextPair { "Grabación guardada correctamente", "Recording saved successfully" },
     TextPair { "WebM (*.webm)", "WebM (*.webm)" },
     TextPair { "Cámara sin cuadros; se vuelve a abrir",
-        "Camera without frames; it is being reopened" },
-    TextPair { "Fuente sin frames durante 10 segundos", "Source without frames for 10 seconds" },
+        "No picture from the camera; reopening it" },
+    TextPair { "Fuente sin frames durante 10 segundos",
+        "No frames from the source for 10 seconds" },
     TextPair { "Falta componente de fuente multimedia", "A media source component is missing" },
     TextPair { "Faltan componentes para audio multimedia", "Media audio components are missing" },
     TextPair { "Fuente: no se pudo enlazar conversion",
@@ -371,6 +374,104 @@ constexpr TextPair pairs[] = {
         "sin moverse; al llenarse salen las frases de arriba y la nueva queda resaltada.",
         "The live translation will appear here: it is written left to right and downwards, without "
         "moving; when it is full the phrases at the top leave and the new one stands out." },
+    TextPair { "Condiciones de uso: puedes instalar y usar Ardenvale Vesperline en los equipos de "
+               "tu iglesia para producir, grabar y transmitir tus servicios. Respondes del "
+               "contenido que emites, de sus derechos y de las condiciones de cada plataforma. El "
+               "programa se entrega tal cual, sin garantía.",
+        "Terms of use: you may install and use Ardenvale Vesperline on your church's computers to "
+        "produce, record and stream your services. You answer for what you broadcast, for the "
+        "rights to it and for each platform's terms. The program comes as it is, without "
+        "warranty." },
+    TextPair {
+        "GStreamer: LGPL-2.1-or-later; Qt Core/Gui/Widgets/Network: LGPL-3.0. Sus licencias "
+        "permiten reemplazar estas bibliotecas, volver a enlazar el programa con ellas y "
+        "depurarlo. La distribución oficial incluye los avisos y las fuentes completas.\nBiblias "
+        "incluidas: Reina-Valera 1909 y King James Version, de dominio público.",
+        "GStreamer: LGPL-2.1-or-later; Qt Core/Gui/Widgets/Network: LGPL-3.0. Their licenses allow "
+        "you to replace these libraries, to relink the program with them and to debug it. The "
+        "official distribution includes the notices and the complete sources.\nBuilt-in Bibles: "
+        "Reina-Valera 1909 and King James Version, in the public domain." },
+    TextPair {
+        "La traducción es automática y puede contener errores. El audio seleccionado se envía a "
+        "OpenAI solo al activar IA. La voz es sintética. API con facturación separada.",
+        "Translation is automatic and may contain errors. The selected audio is sent to OpenAI "
+        "only while the AI is on. The voice is synthetic. The API is billed separately." },
+    TextPair { "Esta versión requiere pruebas de hardware y emisión antes de usarla en un culto.",
+        "Test this version with your hardware and your broadcast before you use it in a service." },
+    TextPair { "Registro técnico: ", "Technical log: " },
+    TextPair { "Acepto las condiciones de uso y licencias de terceros",
+        "I accept the terms of use and the third-party licenses" },
+    TextPair { "Leer condiciones y créditos", "Read terms and credits" },
+    TextPair { "Prepara escenas con cámaras, textos, videos y versículos, y envíalas con un botón "
+               "a las pantallas de la sala y a las redes. Puedes transmitir a varias plataformas y "
+               "grabar al mismo tiempo.\n\nEmpieza con las barras de prueba: pulsa AL AIRE y verás "
+               "el Programa. Después conecta tu cámara y tu audio en \"Fuentes y pantallas\".",
+        "Prepare scenes with cameras, texts, videos and verses, and send them with one button to "
+        "the hall screens and to the streams. You can stream to several platforms and record at "
+        "the same time.\n\nStart with the test bars: press ON AIR and you will see the Program. "
+        "Then connect your camera and your audio in \"Sources and screens\"." },
+    TextPair { "API", "API" },
+    TextPair { "No se pudo guardar en el almacén seguro. Desmarca guardar para mantenerla solo en "
+               "memoria.",
+        "The key could not be saved in the secure store. Uncheck saving to keep it in memory "
+        "only." },
+    TextPair { "Guardando la clave...", "Saving the key..." },
+    TextPair { "Cancelar", "Cancel" },
+    TextPair { "Audio", "Audio" },
+    TextPair { "Ardenvale Vesperline (*.nimbara)", "Ardenvale Vesperline (*.nimbara)" },
+    TextPair { "Juan 3:16", "John 3:16" },
+    TextPair { "Componente no disponible: ", "Component not available: " },
+    TextPair { "Fallo de salida (codigo %1). Revisa destino, permisos y codecs.",
+        "The output failed (code %1). Check the destination, its permissions and the codecs." },
+    TextPair { "el dispositivo no está conectado", "the device is not connected" },
+    TextPair { "Conecta una entrada de voz antes de iniciar IA",
+        "Connect a voice input before starting the AI" },
+    TextPair { "No se pudo guardar API en almacén seguro",
+        "The API key could not be saved in the secure store" },
+    TextPair { "No se pudo guardar en el almacén seguro del sistema",
+        "The keys could not be saved in the system's secure store" },
+    TextPair { "Ingresa tu API key", "Enter your API key" },
+    TextPair { "IA: ", "AI: " },
+    TextPair { "IA activa; conectando modo en vivo...", "AI on; connecting live mode..." },
+    TextPair { "Modo en vivo no disponible; se usa modo por trozos.",
+        "Live mode is not available; working phrase by phrase." },
+    TextPair { "IA pausada tras 3 horas; inicia otra sesion si corresponde.",
+        "AI paused after 3 hours; start another session if you need one." },
+    TextPair { "IA con retraso; se omite un segmento.",
+        "The AI is running late; one phrase is skipped." },
+    TextPair { "Se omitió un segmento lento para no detener la pantalla.",
+        "A slow phrase was skipped so as not to hold up the screen." },
+    TextPair { "Subtítulo actualizado · ", "Subtitle updated · " },
+    TextPair { " s después de la frase", " s after the phrase" },
+    TextPair { "(repetido, descartado) ", "(repeated, discarded) " },
+    TextPair { "Transcripcion", "Transcription" },
+    TextPair { "Traduccion", "Translation" },
+    TextPair { "Voz", "Voice" },
+    TextPair { "Sin cuota/saldo disponible en el proyecto API. Revisa Facturación del proyecto.",
+        "The API project has no quota or credit left. Check the project's billing." },
+    TextPair { "Limite temporal de la API; se reintenta con el siguiente segmento.",
+        "The API's rate limit was reached; it goes on with the next phrase." },
+    TextPair { "API key o permisos no validos.", "Invalid API key or permissions." },
+    TextPair { "No se pudo completar la solicitud. HTTP %1. Revisa conexion y acceso al modelo.",
+        "The request could not be completed. HTTP %1. Check the connection and the access to the "
+        "model." },
+    TextPair { "Modo en vivo rechazado: ", "Live mode refused: " },
+    TextPair { "Conexión en vivo cerrada por el servidor.",
+        "The server closed the live connection." },
+    TextPair { "Conexión en vivo falló: ", "The live connection failed: " },
+    TextPair { "Conexión en vivo perdida.", "The live connection was lost." },
+    TextPair { "Modo en vivo activo (por turnos).", "Live mode on (turn by turn)." },
+    TextPair { "Modo en vivo activo (texto mientras se habla).",
+        "Live mode on (text while speaking)." },
+    TextPair { "Modelo en vivo no disponible (", "Live model not available (" },
+    TextPair { "); se intenta por turnos.", "); trying turn by turn." },
+    TextPair { "Error en vivo: ", "Live mode error: " },
+    TextPair { "respuesta no válida del servidor", "invalid answer from the server" },
+    TextPair { "la red no responde", "the network does not respond" },
+    TextPair { "El texto no cabe en su recuadro: 1 línea oculta",
+        "The text does not fit its box: 1 line hidden" },
+    TextPair { "El texto no cabe en su recuadro: %1 líneas ocultas",
+        "The text does not fit its box: %1 lines hidden" },
 };
 
 } // namespace

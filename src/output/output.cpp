@@ -1,6 +1,7 @@
 #include "output/output.h"
 
 #include "app/error.h"
+#include "app/i18n.h"
 #include "media/audio_block.h"
 #include "output/output_pipeline.h"
 
@@ -52,7 +53,7 @@ QString failureText(GstMessage *message)
     if (!error) {
         return QStringLiteral("Fallo de salida");
     }
-    return QStringLiteral("Fallo de salida (codigo %1). Revisa destino, permisos y codecs.")
+    return nimbara_i18n::tr("Fallo de salida (codigo %1). Revisa destino, permisos y codecs.")
         .arg(error->code);
 }
 

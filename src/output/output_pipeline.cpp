@@ -1,6 +1,7 @@
 #include "output/output_pipeline.h"
 
 #include "app/error.h"
+#include "app/i18n.h"
 #include "media/gst_build.h"
 #include "output/audio_timeline.h"
 #include "output/encoders.h"
@@ -77,7 +78,7 @@ private:
     {
         GstElement *element = gst_element_factory_make(factory, nullptr);
         if (element == nullptr) {
-            throw Error(QStringLiteral("Componente no disponible: ") + QLatin1String(factory));
+            throw Error(nimbara_i18n::tr("Componente no disponible: ") + QLatin1String(factory));
         }
         gst_bin_add(m_pipeline.bin(), element);
         return element;

@@ -1,6 +1,7 @@
 #include "translation/api_request.h"
 
 #include "app/endpoint_tls.h"
+#include "app/i18n.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -8,6 +9,8 @@
 #include <algorithm>
 
 namespace nimbara::api {
+
+using nimbara_i18n::tr;
 
 namespace {
 
@@ -56,19 +59,18 @@ describeError(int status, const QByteArray &body, const QByteArray &requestId, c
     QString text;
     if (status == 429 && code == QLatin1String("insufficient_quota")) {
         failure.fatal = true;
-        text = QStringLiteral("Sin cuota/saldo disponible en el proyecto API. "
-                              "Revisa Facturación del proyecto.");
+        text
+            = tr("Sin cuota/saldo disponible en el proyecto API. Revisa Facturación del proyecto.");
     } else if (status == 429) {
-        text = QStringLiteral("Limite temporal de la API; se reintenta con el siguiente segmento.");
+        text = tr("Limite temporal de la API; se reintenta con el siguiente segmento.");
     } else if (status == 401 || status == 403) {
         failure.fatal = true;
-        text = QStringLiteral("API key o permisos no validos.");
+        text = tr("API key o permisos no validos.");
     } else {
-        text = QStringLiteral("No se pudo completar la solicitud. HTTP %1. "
-                              "Revisa conexion y acceso al modelo.")
+        text = tr("No se pudo completar la solicitud. HTTP %1. Revisa conexion y acceso al modelo.")
                    .arg(status);
     }
-    failure.message = tag + QStringLiteral(": ") + text;
+    failure.message = tr(tag) + QStringLiteral(": ") + text;
     if (!requestId.isEmpty()) {
         failure.message += QStringLiteral(" ID: ") + QString::fromLatin1(requestId);
     }

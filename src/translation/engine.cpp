@@ -1,6 +1,7 @@
 #include "translation/engine.h"
 
 #include "app/error.h"
+#include "app/i18n.h"
 #include "translation/api_messages.h"
 #include "translation/languages.h"
 #include "translation/voice.h"
@@ -162,7 +163,7 @@ void Translation::translate(std::int32_t sequence, const QString &text)
     const std::int32_t generation = requestGeneration();
     const bool repeated = m_memory.isRepeated(text);
     if (repeated) {
-        heard(QStringLiteral("(repetido, descartado) ") + text);
+        heard(nimbara_i18n::tr("(repetido, descartado) ") + text);
     } else if (!text.trimmed().isEmpty()) {
         heard(text);
     }
@@ -229,8 +230,8 @@ void Translation::show(const PhraseOrder::Released &phrase)
     const double delay = phrase.phraseTimeMs == 0
         ? 0.0
         : static_cast<double>(m_clock.wallMs() - phrase.phraseTimeMs) / 1000.0;
-    statusChanged(QStringLiteral("Subtítulo actualizado · ") + QString::number(delay, 'f', 1)
-        + QStringLiteral(" s después de la frase"));
+    statusChanged(nimbara_i18n::tr("Subtítulo actualizado · ") + QString::number(delay, 'f', 1)
+        + nimbara_i18n::tr(" s después de la frase"));
     if (m_voice && isCurrent(generation)) {
         speak(phrase.text);
     }

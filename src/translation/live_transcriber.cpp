@@ -1,5 +1,6 @@
 #include "translation/live_transcriber.h"
 
+#include "app/i18n.h"
 #include "translation/api_request.h"
 
 #include <QJsonDocument>
@@ -7,6 +8,8 @@
 #include <utility>
 
 namespace nimbara {
+
+using nimbara_i18n::tr;
 
 LiveTranscriber::LiveTranscriber(const Clock &clock, Endpoint endpoint)
     : m_clock(clock)
@@ -22,13 +25,12 @@ void LiveTranscriber::connectSocket()
         // The key goes before the text is cut: half a key is a secret too.
         QByteArray safe = block;
         safe.replace(m_apiKey.toUtf8(), "***");
-        fail(QStringLiteral("Modo en vivo rechazado: ") + QString::fromUtf8(safe.left(120)));
+        fail(tr("Modo en vivo rechazado: ") + QString::fromUtf8(safe.left(120)));
     };
     m_socket.message = [this](const QByteArray &message) { handleEvent(message); };
     m_socket.closed = [this] { fail(QStringLiteral("Conexión en vivo cerrada por el servidor.")); };
-    m_socket.failed = [this](const QString &reason) {
-        fail(QStringLiteral("Conexión en vivo falló: ") + reason);
-    };
+    m_socket.failed
+        = [this](const QString &reason) { fail(tr("Conexión en vivo falló: ") + tr(reason)); };
     m_socket.lost = [this] {
         if (m_socket.isHandshaken()) {
             fail(QStringLiteral("Conexión en vivo perdida."));
@@ -87,12 +89,12 @@ void LiveTranscriber::handleError(const QString &message)
 {
     if (!m_active && !m_settings.turnMode) {
         m_settings.turnMode = true;
-        status(QStringLiteral("Modelo en vivo no disponible (") + shown(message, 80)
-            + QStringLiteral("); se intenta por turnos."));
+        status(tr("Modelo en vivo no disponible (") + shown(message, 80)
+            + tr("); se intenta por turnos."));
         configure();
         return;
     }
-    const QString text = QStringLiteral("Error en vivo: ") + shown(message, 160);
+    const QString text = tr("Error en vivo: ") + shown(message, 160);
     if (m_active) {
         status(text);
     } else {

@@ -1,0 +1,169 @@
+#!/usr/bin/env python3
+"""Every text of the sources that an operator may see has an English twin in the text table.
+
+The texts are found by their look, not by the call around them: a text may reach the operator through
+a variable, an error or a table of its own. What looks like words and is not for the operator stands
+in the lists below.
+
+usage: text_table_test.py SOURCE_FOLDER [unittest arguments]
+"""
+
+import pathlib
+import re
+import sys
+import unittest
+
+SOURCES = pathlib.Path()
+
+WITHOUT_TWIN = {
+    "names": [
+        *"Arial Emoji Facebook Halvenmoor Twitch".split(),
+        *["Sans Serif", "/../Resources/gstreamer", "/Vesperline.log"],
+        "<span style='font-size:24px;font-weight:700'>Ardenvale Vesperline</span>…",
+    ],
+    "names of languages, sent to the model as they stand": [
+        *"Portuguese French German Italian Korean Japanese Russian Arabic Hindi Tagalog Vietnamese".split(),
+        *["English", "Spanish", "Swahili", "Chinese (Mandarin)", "Haitian Creole"],
+    ],
+    "instructions to the model": [
+        "Translate this Bible passage faithfully into ",
+        ". Return only the translated passage, no commentary.",
+        "You are the live interpreter of a Christian church service…",
+        " as a human interpreter would…",
+        "New text: ",
+        "Responde solo: OK",
+        "Previous original: ",
+        "\\nPrevious translation: ",
+        "Prédica cristiana en una iglesia.",
+        "Prédica cristiana en una iglesia, pantallas de la sala, transmisión a YouTube y Facebook.",
+        "Christian sermon in a church.",
+        "Christian sermon in a church, hall screens, livestream to YouTube and Facebook.",
+        "Church sermon.",
+    ],
+    "protocols and formats": [
+        "Authorization",
+        "Bearer ",
+        "Audio/Source",
+        "Video/Source",
+        "video/x-raw, format=…",
+        "video/x-h264, stream-format=avc, alignment=au",
+    ],
+    "the log's own lines": [
+        "=== Inicio Vesperline 0.4.0 ===",
+        "GST (%1 repeticiones omitidas de %2)",
+        "Abrir cámara índice %1 : %2",
+        "Audio: %1 ms recortados, %2 ms alargados, %3 ms de silencio",
+        "Cámara creada: ",
+        "Cámara reabierta: ",
+        "Cámara: no se pudo reabrir: ",
+        "Cámara: primer cuadro recibido. ",
+        " primer cuadro caps=",
+        " fuente caps=",
+        "DIAG frames=…",
+        "IA escuchó: ",
+        'Salida %1: servidor=%2 clave: %3 caracteres, empieza \\"%4\\"',
+    ],
+    "both languages in one": ["No hay pantalla gráfica. Inicia sesión en el escritorio…"],
+    "translated by its beginning": ["Fuente sin señal: ", "Source lost signal: "],
+    "for the compiler": ["RGBA bytes are native pixels the other way round"],
+}
+# The book table holds its own names in both languages; a style sheet is not read by operators.
+WHOLE_FILES = {"app/text_table.cpp", "bible/books.cpp", "ui/style.cpp"}
+
+TOKEN = re.compile(
+    r"""(?P<comment>//[^\n]*|/\*.*?\*/)|(?P<include>\#include[^\n]*)|'(?:\\.|[^'\\\n])+'"""
+    r"""|"(?P<text>(?:\\.|[^"\\\n])*)"|(?P<word>[A-Za-z_]\w*)|(?P<blank>\s+)|.""",
+    re.DOTALL,
+)
+# Two words, a sign of Spanish, or one whole capitalised word.
+WORDS = re.compile(r"[^\W\d_]{2,},? [a-zà-ÿ]{2,}|[À-ÿ¿¡]|^\W*[A-ZÀ-Ý][a-zà-ÿ]{2,}(?:\W.*)?$", re.DOTALL)
+
+
+def texts(source):
+    """(call, text) of each string literal; neighbouring literals are one text."""
+    call, text = "", None
+    calls = []
+    for token in TOKEN.finditer(source):
+        if token["comment"] or token["include"] or token["blank"]:
+            continue
+        if token["text"] is not None:
+            text = (text or "") + token["text"]
+            continue
+        if text is not None:
+            yield calls[-1] if calls else "", text
+            text = None
+        sign = token.group()
+        if sign == "(":
+            calls.append(call)
+        elif sign == ")" and calls:
+            calls.pop()
+        call = token["word"] or ""
+
+
+def without_twin(source, known):
+    return [
+        text
+        for call, text in texts(source)
+        if text not in known and (call == "tr" or WORDS.search(text))
+    ]
+
+
+def twins():
+    table = re.findall(
+        r'TextPair\s*\{((?:\s*"(?:\\.|[^"\\])*")+),((?:\s*"(?:\\.|[^"\\])*")+)\s*\}',
+        (SOURCES / "app" / "text_table.cpp").read_text(),
+    )
+    return {
+        "".join(re.findall(r'"((?:\\.|[^"\\])*)"', spanish)): "".join(re.findall(r'"((?:\\.|[^"\\])*)"', english))
+        for spanish, english in table
+    }
+
+
+class TextTableTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        self.twins = twins()
+        self.assertGreaterEqual(len(self.twins), 241)
+
+    def test_every_text_has_a_twin(self):
+        listed = [text for group in WITHOUT_TWIN.values() for text in group]
+        whole = {text for text in listed if not text.endswith("…")}
+        beginnings = tuple(text[:-1] for text in listed if text.endswith("…"))
+        missing, used = [], set()
+        for path in sorted(SOURCES.rglob("*.[ch]*")):
+            name = path.relative_to(SOURCES).as_posix()
+            if name in WHOLE_FILES:
+                continue
+            for text in without_twin(path.read_text(), self.twins):
+                if text in whole or text.startswith(beginnings):
+                    used.add(text)
+                else:
+                    missing.append(f"{name}: {text!r}")
+        self.assertEqual(missing, [], "add the English twins to app/text_table.cpp")
+        unused = [text for text in whole if text not in used]
+        unused += [start for start in beginnings if not any(text.startswith(start) for text in used)]
+        self.assertEqual(unused, [], "listed above, but no longer in the sources or in the table")
+
+    def test_twins_are_english(self):
+        spanish = {key: twin for key, twin in self.twins.items() if re.search("[áéíóúñ¿¡]", twin)}
+        self.assertEqual(spanish, {})
+
+    def test_finds_what_it_is_for(self):
+        source = """
+            // "Un comentario no cuenta"
+            #include "scene/una ruta.h"
+            constexpr const char *later = "No se pudo "
+                "abrir";  /* "tampoco" */
+            throw Error(QStringLiteral("Proyecto roto"));
+            status(tr("listo"), 'x', "key");
+            make("Detener", "Detener");
+        """
+        self.assertEqual(
+            without_twin(source, {"Detener"}), ["No se pudo abrir", "Proyecto roto", "listo"]
+        )
+
+
+if __name__ == "__main__":
+    SOURCES = pathlib.Path(sys.argv.pop(1))
+    unittest.main()

@@ -54,18 +54,33 @@ void VerseLookup::showBuiltIn(LayerId layer, const Ref &ref, const Source &sourc
     const Request request = newRequest(layer, ref, source);
     updateLayer(layer, update);
     if (source.choice == QLatin1String("api")) {
-        askApiBible(request);
+        withKey(apiBibleKey, request, [this, request](const QString &key) {
+            askApiBible(request, key);
+        });
     } else if (const auto target = translationTarget(source.choice)) {
-        askTranslation(request, update.text, *target);
+        withKey(openAiKey,
+            request,
+            [this, request, verse = update.text, name = *target](
+                const QString &key) { askTranslation(request, verse, name, key); });
     } else {
         forget(layer);
         statusChanged(readyStatus(label(ref, lang)));
     }
 }
 
-void VerseLookup::askApiBible(const Request &request)
+void VerseLookup::withKey(const KeySource &source,
+    const Request &request,
+    std::function<void(const QString &key)> step)
 {
-    const QString key = apiBibleKey();
+    source([self = QPointer(this), request, step = std::move(step)](const QString &key) {
+        if (self && self->isCurrent(request)) {
+            step(key);
+        }
+    });
+}
+
+void VerseLookup::askApiBible(const Request &request, const QString &key)
+{
     if (key.isEmpty() || request.source.apiBibleId.isEmpty()) {
         forget(request.layer);
         statusChanged(
@@ -85,9 +100,9 @@ void VerseLookup::askApiBible(const Request &request)
 
 void VerseLookup::askTranslation(const Request &request,
     const QString &verse,
-    const QString &target)
+    const QString &target,
+    const QString &key)
 {
-    const QString key = openAiKey();
     if (key.isEmpty()) {
         forget(request.layer);
         statusChanged(tr("Versículo en español; para traducirlo a otro idioma añade la API key de "
@@ -121,13 +136,18 @@ VerseLookup::Request VerseLookup::newRequest(LayerId layer, const Ref &ref, cons
     return { layer, turn, ref, source };
 }
 
-bool VerseLookup::takeTurn(const Request &request)
+bool VerseLookup::isCurrent(const Request &request) const
 {
     const auto current = m_current.constFind(request.layer);
-    if (current == m_current.constEnd() || *current != request.turn) {
+    return current != m_current.constEnd() && *current == request.turn;
+}
+
+bool VerseLookup::takeTurn(const Request &request)
+{
+    if (!isCurrent(request)) {
         return false;
     }
-    m_current.erase(current);
+    m_current.remove(request.layer);
     return holdsVerse(request.layer);
 }
 

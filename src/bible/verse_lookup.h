@@ -60,9 +60,11 @@ public:
     std::function<void(LayerId layer, const VerseUpdate &update)> updateLayer
         = [](LayerId, const VerseUpdate &) {};
 
-    /// The operator's keys, empty without one. Asked only when one is needed, and not kept.
-    std::function<QString()> apiBibleKey = [] { return QString(); };
-    std::function<QString()> openAiKey = [] { return QString(); };
+    /// Gets a key to hand to its receiver, empty without one, at once or later: a store of secrets
+    /// may wait for the operator. Asked only when a key is needed, and not kept.
+    using KeySource = std::function<void(std::function<void(const QString &key)> receiver)>;
+    KeySource apiBibleKey = [](const auto &receiver) { receiver({}); };
+    KeySource openAiKey = [](const auto &receiver) { receiver({}); };
 
 private:
     struct Request {
@@ -74,10 +76,18 @@ private:
 
     void showWhenReady(const Request &request);
     void showBuiltIn(LayerId layer, const Ref &ref, const Source &source);
-    void askApiBible(const Request &request);
-    void askTranslation(const Request &request, const QString &verse, const QString &target);
+    void askApiBible(const Request &request, const QString &key);
+    void askTranslation(const Request &request,
+        const QString &verse,
+        const QString &target,
+        const QString &key);
+    /// Runs `step` with the key, unless the request is void by then.
+    void withKey(const KeySource &source,
+        const Request &request,
+        std::function<void(const QString &key)> step);
     void finish(const Request &request, const VerseOutcome &outcome);
     [[nodiscard]] Request newRequest(LayerId layer, const Ref &ref, const Source &source);
+    [[nodiscard]] bool isCurrent(const Request &request) const;
     [[nodiscard]] bool takeTurn(const Request &request);
 
     Api &m_api;

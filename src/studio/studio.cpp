@@ -6,7 +6,7 @@
 
 namespace nimbara {
 
-Studio::Studio(const Clock &clock, std::unique_ptr<CapturePermission> permission)
+Studio::Studio(const Clock &clock, StudioPeers peers)
     : m_clock(clock)
     , m_retirement(std::make_shared<Retirement>())
     , m_factory(clock, m_retirement)
@@ -14,7 +14,7 @@ Studio::Studio(const Clock &clock, std::unique_ptr<CapturePermission> permission
     , m_audio(m_retirement, [this](const QString &text) { status(text); })
     , m_devices(clock,
           m_factory,
-          permission ? std::move(permission) : systemCapturePermission(),
+          peers.permission ? std::move(peers.permission) : systemCapturePermission(),
           m_stage,
           m_sources,
           m_audio,
@@ -33,6 +33,8 @@ Studio::Studio(const Clock &clock, std::unique_ptr<CapturePermission> permission
           m_stage,
           m_sources,
           [this](const QString &text) { status(text); })
+    , m_translation(clock, peers.openAi, m_stage, m_audio, m_programAudio)
+    , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const QString &text) { status(text); })
     , m_schedule(clock.monotonicUs())
 {
     for (const SceneSet set : { SceneSet::Hall, SceneSet::Streams }) {
@@ -55,6 +57,7 @@ void Studio::tick()
     m_sources.logFirstFrame();
     const Pictures pictures = composePictures(now);
     onPictures(pictures);
+    m_translation.clearOldCaptions();
     feedOutputs(pictures.streams, *frameTime);
 }
 

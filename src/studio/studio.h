@@ -14,11 +14,20 @@
 #include "studio/report.h"
 #include "studio/sources.h"
 #include "studio/stage.h"
+#include "studio/translation_desk.h"
+#include "studio/verse_desk.h"
 
 #include <functional>
 #include <memory>
 
 namespace nimbara {
+
+/// What the studio reaches outside itself. Tests put their own in place.
+struct StudioPeers {
+    std::unique_ptr<CapturePermission> permission; ///< cameras and microphones; none: the system's
+    Endpoint openAi = openAiEndpoint();
+    Endpoint apiBible = apiBibleEndpoint();
+};
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick
 /// that drives them. Interface thread only; nothing in it waits.
@@ -26,8 +35,7 @@ class Studio {
 public:
     /// Starts on test bars, with the default scenes and both programs black. `clock` must outlive
     /// the studio.
-    /// `permission`: for cameras and microphones; none: the system's.
-    explicit Studio(const Clock &clock, std::unique_ptr<CapturePermission> permission = nullptr);
+    explicit Studio(const Clock &clock, StudioPeers peers = {});
     Studio(const Studio &) = delete;
     Studio &operator=(const Studio &) = delete;
     Studio(Studio &&) = delete;
@@ -45,6 +53,8 @@ public:
     [[nodiscard]] ProgramControl &program() { return m_program; }
     [[nodiscard]] LayerMaker &layers() { return m_layers; }
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
+    [[nodiscard]] TranslationDesk &translation() { return m_translation; }
+    [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
     [[nodiscard]] const MediaFactory &mediaFactory() const { return m_factory; }
 
@@ -80,6 +90,8 @@ private:
     LayerMaker m_layers;
     Outputs m_outputs;
     ProjectDesk m_projects;
+    TranslationDesk m_translation;
+    VerseDesk m_verses;
     Diagnostics m_diagnostics;
     FrameSchedule m_schedule;
 };

@@ -16,6 +16,31 @@ QPushButton *makeButton(const char *spanish, const char *name, QWidget *parent)
     return button;
 }
 
+QLineEdit *makeKeyField(const char *name, const char *spanish)
+{
+    auto *field = named(new QLineEdit, name, nimbara_i18n::tr(spanish));
+    field->setEchoMode(QLineEdit::Password);
+    field->setPlaceholderText(nimbara_i18n::tr(spanish));
+    return field;
+}
+
+QLabel *makeNote(const char *spanish)
+{
+    auto *note = new QLabel(nimbara_i18n::tr(spanish));
+    note->setWordWrap(true);
+    return note;
+}
+
+QComboBox *
+makeList(std::initializer_list<const char *> entries, const char *name, const char *spanish)
+{
+    auto *list = named(new QComboBox, name, nimbara_i18n::tr(spanish));
+    for (const char *entry : entries) {
+        list->addItem(nimbara_i18n::tr(entry));
+    }
+    return list;
+}
+
 void refill(QComboBox *list, const QStringList &texts, int current)
 {
     const QSignalBlocker blocker(list);

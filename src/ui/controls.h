@@ -1,9 +1,13 @@
 #pragma once
 
 #include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QString>
 #include <QWidget>
+
+#include <initializer_list>
 
 namespace nimbara {
 
@@ -21,6 +25,16 @@ Widget *named(Widget *widget, const char *name, const QString &accessibleName = 
     }
     return widget;
 }
+
+/// A field for a secret: its text is hidden. `spanish` is its placeholder and accessible name.
+QLineEdit *makeKeyField(const char *name, const char *spanish);
+
+/// A word-wrapped label; `spanish` passes through the text table.
+QLabel *makeNote(const char *spanish);
+
+/// A list of entries, each through the text table; `spanish` is its accessible name.
+QComboBox *
+makeList(std::initializer_list<const char *> entries, const char *name, const char *spanish);
 
 /// Fills a list anew without its change signal, keeping the current row where it still exists.
 void refill(QComboBox *list, const QStringList &texts, int current);

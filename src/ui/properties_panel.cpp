@@ -169,8 +169,6 @@ void PropertiesPanel::addVerseRows(QFormLayout &form, const Layer &shown)
     const auto request = [this, reference] { Q_EMIT verseRequested(reference->text()); };
     connect(reference, &QLineEdit::returnPressed, this, request);
     connect(find, &QPushButton::clicked, this, request);
-    reference->setEnabled(false);
-    find->setEnabled(false);
     form.addRow(label("Cita"), reference);
     form.addRow(find);
     form.addRow(label("Biblia"), makeNote(shown.reference.section(referenceDot, 1)));

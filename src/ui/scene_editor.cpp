@@ -158,6 +158,19 @@ void SceneEditor::refreshProps()
     m_views.tab.properties()->rebuild();
 }
 
+void SceneEditor::rebuildProps()
+{
+    ++m_shape;
+    m_views.tab.showLayers(scene(), m_views.canvas.selected());
+    refreshProps();
+}
+
+void SceneEditor::showLayer(std::int32_t layer)
+{
+    ++m_shape;
+    select(layer);
+}
+
 void SceneEditor::askNewScene()
 {
     SceneSets &scenes = m_studio.stage().scenes;

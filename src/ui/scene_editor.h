@@ -31,6 +31,12 @@ public:
     void showScenes(std::int32_t selected);
     /// Brings the properties up to date: built anew for another layer, else only its position.
     void refreshProps();
+    /// Shows the layer list and the properties anew: a layer was written from elsewhere.
+    void rebuildProps();
+    /// Selects a layer that was added or found elsewhere.
+    void showLayer(std::int32_t layer);
+    /// The selected layer's index, or none (-1).
+    [[nodiscard]] std::int32_t selected() const { return m_views.canvas.selected(); }
 
     /// The three ways to bring in a file or a stream; each asks the operator. They throw `Error`.
     void addImage();

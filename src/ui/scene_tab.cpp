@@ -67,8 +67,7 @@ QVBoxLayout *SceneTab::makeSceneColumn()
     verseRow->addWidget(m_verse, 1);
     const auto requestVerse = [this] { Q_EMIT verseRequested(m_verse->text()); };
     connect(m_verse, &QLineEdit::returnPressed, this, requestVerse);
-    addButton(verseRow, "Mostrar versículo", "showVerse", requestVerse)->setEnabled(false);
-    m_verse->setEnabled(false);
+    addButton(verseRow, "Mostrar versículo", "showVerse", requestVerse);
     column->addLayout(verseRow);
 
     auto *layers = new QHBoxLayout;

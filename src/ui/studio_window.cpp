@@ -3,6 +3,7 @@
 #include "app/i18n.h"
 #include "app/log.h"
 #include "output/destination.h"
+#include "secrets/keychain_store.h"
 #include "ui/audio_tab.h"
 #include "ui/control_row.h"
 #include "ui/hall_screen.h"
@@ -13,7 +14,9 @@
 #include "ui/scene_editor.h"
 #include "ui/scene_tab.h"
 #include "ui/sources_tab.h"
+#include "ui/translation_controls.h"
 #include "ui/translation_tab.h"
+#include "ui/verse_controls.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -62,10 +65,13 @@ QStringList screenNames()
 
 } // namespace
 
-StudioWindow::StudioWindow(bool /*quiet*/, std::unique_ptr<Dialogs> dialogs)
+StudioWindow::StudioWindow(bool /*quiet*/, StudioServices services)
     : m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
-    , m_studio(m_clock)
-    , m_dialogs(dialogs ? std::move(dialogs) : std::make_unique<QtDialogs>(this))
+    , m_keychain(
+          services.keychain ? std::move(services.keychain) : std::make_unique<KeychainStore>())
+    , m_secrets(*m_keychain)
+    , m_studio(m_clock, { nullptr, services.openAi, services.apiBible })
+    , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
     , m_guard(*m_dialogs, [this](const QString &text) { showStatus(text); })
     , m_header(new HeaderRow)
     , m_project(new ProjectRow)
@@ -86,6 +92,20 @@ StudioWindow::StudioWindow(bool /*quiet*/, std::unique_ptr<Dialogs> dialogs)
         m_guard,
         SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
     connectStudio();
+    m_translation = std::make_unique<TranslationControls>(m_studio,
+        m_secrets,
+        m_settings,
+        m_guard,
+        *m_translationTab);
+    m_verses = std::make_unique<VerseControls>(m_studio,
+        m_secrets,
+        m_settings,
+        m_guard,
+        VerseControls::Views { *m_sceneTab,
+            *m_editor,
+            *m_translationTab->bible(),
+            *m_translationTab,
+            *m_translation });
     connectRows();
     connectTabs();
     connectDevices();
@@ -311,6 +331,14 @@ void StudioWindow::connectShortcuts()
 {
     auto *space = new QShortcut(Qt::Key_Space, this);
     connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
+    auto *toSpanish = new QShortcut(Qt::Key_F1, this);
+    connect(toSpanish, &QShortcut::activated, this, [this] {
+        m_translation->setTarget(QStringLiteral("Spanish"));
+    });
+    auto *toEnglish = new QShortcut(Qt::Key_F2, this);
+    connect(toEnglish, &QShortcut::activated, this, [this] {
+        m_translation->setTarget(QStringLiteral("English"));
+    });
 }
 
 void StudioWindow::showStatus(const QString &text)
@@ -408,6 +436,7 @@ void StudioWindow::closeEvent(QCloseEvent *event)
         return;
     }
     m_frameTimer.stop();
+    m_studio.translation().pause();
     waitForRecording();
     m_hallScreen->hide();
     event->accept();

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/clock.h"
+#include "app/endpoints.h"
+#include "secrets/secret_store.h"
 #include "studio/studio.h"
 #include "ui/dialogs.h"
 #include "ui/error_guard.h"
@@ -26,7 +28,17 @@ class ProjectRow;
 class SceneEditor;
 class SceneTab;
 class SourcesTab;
+class TranslationControls;
 class TranslationTab;
+class VerseControls;
+
+/// What the window reaches outside itself. Tests put their own in place.
+struct StudioServices {
+    std::unique_ptr<Dialogs> dialogs; ///< answers its questions; none: the toolkit's boxes
+    std::unique_ptr<SystemKeyStore> keychain; ///< none: the platform's store
+    Endpoint openAi = openAiEndpoint();
+    Endpoint apiBible = apiBibleEndpoint();
+};
 
 /// The one main window. It owns the studio for the life of the process, hands it what the operator
 /// did and shows what it reports. Interface thread only.
@@ -34,8 +46,7 @@ class StudioWindow : public QMainWindow {
     Q_OBJECT
 public:
     /// Builds everything and starts the frame timer. `quiet`: never opens the first-run assistant.
-    /// `dialogs` answers the window's questions; none: the toolkit's boxes.
-    explicit StudioWindow(bool quiet, std::unique_ptr<Dialogs> dialogs = nullptr);
+    explicit StudioWindow(bool quiet, StudioServices services = {});
     StudioWindow(const StudioWindow &) = delete;
     StudioWindow &operator=(const StudioWindow &) = delete;
     StudioWindow(StudioWindow &&) = delete;
@@ -75,6 +86,8 @@ private:
 
     SystemClock m_clock;
     QSettings m_settings;
+    std::unique_ptr<SystemKeyStore> m_keychain;
+    SecretStore m_secrets;
     Studio m_studio;
     std::unique_ptr<Dialogs> m_dialogs;
     ErrorGuard m_guard;
@@ -93,6 +106,8 @@ private:
     QLabel *m_status;
     std::unique_ptr<HallScreen> m_hallScreen;
     std::unique_ptr<SceneEditor> m_editor;
+    std::unique_ptr<TranslationControls> m_translation;
+    std::unique_ptr<VerseControls> m_verses;
 };
 
 } // namespace nimbara

@@ -1,66 +1,28 @@
 #include "ui/translation_tab.h"
 
 #include "app/i18n.h"
+#include "translation/languages.h"
 #include "ui/controls.h"
 
 #include <QGridLayout>
-#include <QGroupBox>
+#include <QSignalBlocker>
 
 namespace nimbara {
 
 namespace {
-
-QLineEdit *makeKeyField(const char *name, const char *spanish)
-{
-    auto *field = named(new QLineEdit, name, nimbara_i18n::tr(spanish));
-    field->setEchoMode(QLineEdit::Password);
-    field->setPlaceholderText(nimbara_i18n::tr(spanish));
-    return field;
-}
 
 QCheckBox *makeCheck(const char *spanish, const char *name)
 {
     return named(new QCheckBox(nimbara_i18n::tr(spanish)), name);
 }
 
-QLabel *makeNote(const char *spanish)
-{
-    auto *note = new QLabel(nimbara_i18n::tr(spanish));
-    note->setWordWrap(true);
-    return note;
-}
-
 QComboBox *makeTargetList()
 {
     auto *list = named(new QComboBox, "target", nimbara_i18n::tr("Idioma de la traducción"));
     list->setEditable(true);
-    list->addItems({ QStringLiteral("English"),
-        QStringLiteral("Spanish"),
-        QStringLiteral("Portuguese"),
-        QStringLiteral("French"),
-        QStringLiteral("German"),
-        QStringLiteral("Italian"),
-        QStringLiteral("Korean"),
-        QStringLiteral("Chinese (Mandarin)"),
-        QStringLiteral("Japanese"),
-        QStringLiteral("Russian"),
-        QStringLiteral("Arabic"),
-        QStringLiteral("Hindi"),
-        QStringLiteral("Tagalog"),
-        QStringLiteral("Vietnamese"),
-        QStringLiteral("Haitian Creole"),
-        QStringLiteral("Swahili") });
+    list->setInsertPolicy(QComboBox::NoInsert);
+    list->addItems(languages::targets());
     list->lineEdit()->setPlaceholderText(nimbara_i18n::tr("Escribe cualquier idioma..."));
-    return list;
-}
-
-QComboBox *
-makeList(std::initializer_list<const char *> entries, const char *name, const char *spanish)
-{
-    auto *list = named(new QComboBox, name, nimbara_i18n::tr(spanish));
-    for (const char *entry : entries) {
-        list->addItem(nimbara_i18n::tr(entry));
-    }
     return list;
 }
 
@@ -84,34 +46,28 @@ TranslationTab::TranslationTab(QWidget *parent)
           { "Frases seguidas", "Cada frase en su renglón", "Renglón en blanco entre frases" },
           "separator",
           "Cómo se separan las frases en pantalla (cada pausa es una frase)"))
-    , m_status(makeNote("IA pausada · frases de 1,5 a 5 s + tiempo de API"))
-    , m_heard(makeNote("Escuchado (texto original que reconoce la IA): "))
-    , m_bibleChoice(makeList({ "Automática según idioma de subtítulos",
-                                 "Español · Reina-Valera 1909 (incluida)",
-                                 "Inglés · King James Version (incluida)",
-                                 "API.Bible (p. ej. Reina-Valera 1960, con tu clave)" },
-          "bibleChoice",
-          "Biblia para versículos"))
-    , m_bibleKey(makeKeyField("bibleKey",
-          "Clave de API.Bible (rest.api.bible) · se guarda en el almacén seguro"))
-    , m_findBibles(makeButton("Buscar Biblias en español", "findBibles"))
-    , m_bibles(named(new QComboBox, "bibles", nimbara_i18n::tr("Biblia de API.Bible")))
+    , m_status(named(makeNote("IA pausada · frases de 1,5 a 5 s + tiempo de API"), "aiStatus"))
+    , m_heard(named(makeNote("Escuchado (texto original que reconoce la IA): "), "heard"))
+    , m_bible(new BibleGroup)
 {
     auto *content = new QWidget;
     auto *grid = new QGridLayout(content);
-    addTranslationRows(*grid);
-    grid->addWidget(makeBibleGroup(), 8, 0, 1, 4);
+    addRows(*grid);
+    grid->addWidget(m_bible, 8, 0, 1, 4);
     setWidget(content);
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
-    disableControls();
+    m_showSubtitles->setChecked(true);
+    // Both words of the button fit, so that nothing moves when it changes.
+    const int narrow = m_start->minimumWidth();
+    showRunning(true);
+    m_start->setMinimumWidth(std::max(narrow, m_start->sizeHint().width()));
+    showRunning(false);
+    connectControls();
 }
 
-void TranslationTab::addTranslationRows(QGridLayout &grid)
+void TranslationTab::addRows(QGridLayout &grid)
 {
-    m_live->setChecked(true);
-    m_showSubtitles->setChecked(true);
-    m_separator->setCurrentIndex(1);
     grid.addWidget(m_apiKey, 0, 0, 1, 2);
     grid.addWidget(m_saveKey, 0, 2);
     grid.addWidget(m_testKey, 0, 3);
@@ -144,49 +100,32 @@ void TranslationTab::addTranslationRows(QGridLayout &grid)
     grid.setRowStretch(9, 1);
 }
 
-QGroupBox *TranslationTab::makeBibleGroup()
+void TranslationTab::connectControls()
 {
-    auto *group = new QGroupBox(nimbara_i18n::tr("Biblia para versículos"));
-    auto *grid = new QGridLayout(group);
-    m_bibles->setMinimumWidth(260);
-    grid->addWidget(new QLabel(nimbara_i18n::tr("Usar")), 0, 0);
-    grid->addWidget(m_bibleChoice, 0, 1, 1, 2);
-    grid->addWidget(m_bibleKey, 1, 0, 1, 2);
-    grid->addWidget(m_findBibles, 1, 2);
-    grid->addWidget(new QLabel(nimbara_i18n::tr("Biblia de API.Bible")), 2, 0);
-    grid->addWidget(m_bibles, 2, 1, 1, 2);
-    grid->addWidget(makeNote(
-                        "Las Biblias con derechos (RVR1960, NVI, etc.) se consultan en línea con "
-                        "tu propia licencia de API.Bible; la app no guarda su texto."),
-        3,
-        0,
-        1,
-        3);
-    grid->setColumnStretch(1, 1);
-    return group;
+    connect(m_testKey, &QPushButton::clicked, this, &TranslationTab::testKeyPressed);
+    connect(m_start, &QPushButton::clicked, this, &TranslationTab::startPressed);
+    connect(m_toSpanish, &QPushButton::clicked, this, &TranslationTab::spanishPressed);
+    connect(m_toEnglish, &QPushButton::clicked, this, &TranslationTab::englishPressed);
+    connect(m_clear, &QPushButton::clicked, this, &TranslationTab::clearPressed);
+    connect(m_target, &QComboBox::currentTextChanged, this, &TranslationTab::targetEdited);
+    connect(m_live, &QCheckBox::toggled, this, &TranslationTab::liveModeChanged);
+    connect(m_showSubtitles, &QCheckBox::toggled, this, &TranslationTab::showSubtitlesChanged);
+    connect(m_separator, &QComboBox::currentIndexChanged, this, &TranslationTab::separatorChosen);
 }
 
-void TranslationTab::disableControls()
+void TranslationTab::showSettings(const Settings &settings)
 {
-    const std::array<QWidget *, 16> controls { m_apiKey,
-        m_saveKey,
-        m_testKey,
-        m_target,
-        m_toSpanish,
-        m_toEnglish,
-        m_start,
-        m_voice,
-        m_live,
-        m_showSubtitles,
-        m_clear,
-        m_separator,
-        m_bibleChoice,
-        m_bibleKey,
-        m_findBibles,
-        m_bibles };
-    for (QWidget *control : controls) {
-        control->setEnabled(false);
-    }
+    const QSignalBlocker target(m_target);
+    const QSignalBlocker live(m_live);
+    const QSignalBlocker separator(m_separator);
+    m_target->setCurrentText(settings.target);
+    m_live->setChecked(settings.live);
+    m_separator->setCurrentIndex(settings.separator);
+}
+
+void TranslationTab::showRunning(bool running)
+{
+    m_start->setText(nimbara_i18n::tr(running ? "Pausar traducción" : "Iniciar traducción"));
 }
 
 } // namespace nimbara

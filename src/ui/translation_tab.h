@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/bible_group.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -8,7 +10,6 @@
 #include <QScrollArea>
 
 class QGridLayout;
-class QGroupBox;
 
 namespace nimbara {
 
@@ -19,13 +20,46 @@ class TranslationTab : public QScrollArea {
 public:
     explicit TranslationTab(QWidget *parent = nullptr);
 
-    /// Space typed here is text, not TAKE.
-    [[nodiscard]] const QLineEdit *apiKey() const { return m_apiKey; }
+    /// What the controls stand at when the program starts.
+    struct Settings {
+        QString target;
+        bool live = true;
+        int separator = 1;
+    };
+    /// Shows the settings without the signals of their controls.
+    void showSettings(const Settings &settings);
+
+    [[nodiscard]] QString apiKey() const { return m_apiKey->text(); }
+    void showApiKey(const QString &key) { m_apiKey->setText(key); }
+    [[nodiscard]] bool saveKey() const { return m_saveKey->isChecked(); }
+    void setSaveKey(bool save) { m_saveKey->setChecked(save); }
+
+    [[nodiscard]] QString target() const { return m_target->currentText(); }
+    void showTarget(const QString &language) { m_target->setCurrentText(language); }
+    [[nodiscard]] bool voice() const { return m_voice->isChecked(); }
+
+    void showRunning(bool running);
+    /// The start button cannot be pressed while a key is being fetched or stored.
+    void setStartEnabled(bool enabled) { m_start->setEnabled(enabled); }
+    void showStatus(const QString &text) { m_status->setText(text); }
+    void showHeard(const QString &text) { m_heard->setText(text); }
+
+    [[nodiscard]] BibleGroup *bible() const { return m_bible; }
+
+Q_SIGNALS:
+    void testKeyPressed();
+    void startPressed();
+    void spanishPressed(); ///< preached in English, shown in Spanish
+    void englishPressed(); ///< preached in Spanish, shown in English
+    void targetEdited(const QString &language);
+    void liveModeChanged(bool on);
+    void separatorChosen(int entry);
+    void showSubtitlesChanged(bool on);
+    void clearPressed();
 
 private:
-    void addTranslationRows(QGridLayout &grid);
-    QGroupBox *makeBibleGroup();
-    void disableControls();
+    void addRows(QGridLayout &grid);
+    void connectControls();
 
     QLineEdit *m_apiKey;
     QCheckBox *m_saveKey;
@@ -41,10 +75,7 @@ private:
     QComboBox *m_separator;
     QLabel *m_status;
     QLabel *m_heard;
-    QComboBox *m_bibleChoice;
-    QLineEdit *m_bibleKey;
-    QPushButton *m_findBibles;
-    QComboBox *m_bibles;
+    BibleGroup *m_bible;
 };
 
 } // namespace nimbara

@@ -38,7 +38,7 @@ struct Desk {
             layers[layer] = update;
             ++writes;
         };
-        lookup->apiBibleKey = lookup->openAiKey = [this] { return key; };
+        lookup->apiBibleKey = lookup->openAiKey = [this](const auto &receiver) { receiver(key); };
     }
     void ask(const QString &typed, const QString &choice, VerseLookup::LayerId layer = 1) const
     {

@@ -166,7 +166,7 @@ private Q_SLOTS:
         ManualClock clock;
         auto owned = std::make_unique<FakePermission>(PermissionStatus::Undetermined);
         FakePermission &permission = *owned;
-        Studio studio(clock, std::move(owned));
+        Studio studio(clock, StudioPeers { std::move(owned) });
         QStringList statuses;
         studio.status = [&](const QString &text) { statuses << text; };
         QStringList cameras;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTest>
 
 #include <memory>
 #include <vector>
@@ -21,6 +22,15 @@ template <typename Test> struct TestRegistration {
 };
 
 } // namespace nimbara::testing
+
+// The toolkit's patience of 5 s is too short on a busy machine. A condition that comes true ends
+// the wait at once, so a long one costs nothing.
+#undef QTRY_VERIFY
+#undef QTRY_VERIFY2
+#undef QTRY_COMPARE
+#define QTRY_VERIFY(condition) QTRY_VERIFY_WITH_TIMEOUT((condition), 60000)
+#define QTRY_VERIFY2(condition, message) QTRY_VERIFY2_WITH_TIMEOUT((condition), message, 60000)
+#define QTRY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT((actual), (expected), 60000)
 
 /// Adds a Qt Test class to the room's executable.
 #define NIMBARA_TEST(Test)                                                                         \

@@ -29,8 +29,14 @@ namespace {
 /// The real window with scripted answers.
 struct Desk {
     ScriptedDialogs *dialogs = new ScriptedDialogs;
-    StudioWindow window { true, std::unique_ptr<Dialogs>(dialogs) };
+    StudioWindow window { true, services() };
 
+    StudioServices services() const
+    {
+        StudioServices services;
+        services.dialogs.reset(dialogs);
+        return services;
+    }
     Desk()
     {
         window.show();

@@ -80,7 +80,8 @@ void Destination::start(const QString &server, const QString &key, FrameSize siz
     const QString url = checkedServer(server);
     const QString given = checkedKey(key);
     hideSecret(given);
-    // The key may have been pasted into the server's path as well.
+    // The key may have been pasted into the server's path as well, where it is encoded.
+    hideSecret(QUrl(QStringLiteral("rtmp://host/") + given).path(QUrl::FullyEncoded).mid(1));
     logLine(startLogLine(m_name, withoutSecrets(url), given));
     m_output = std::make_unique<Output>(size.width,
         size.height,

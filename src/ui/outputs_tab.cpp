@@ -6,6 +6,8 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 
+#include <initializer_list>
+
 namespace nimbara {
 
 OutputsTab::OutputsTab(std::span<const Preset, slots> presets, QWidget *parent)
@@ -17,28 +19,41 @@ OutputsTab::OutputsTab(std::span<const Preset, slots> presets, QWidget *parent)
 {
     auto *grid = new QGridLayout(this);
     for (std::size_t slot = 0; slot < slots; ++slot) {
-        const Row row = makeRow(presets[slot], slot);
-        const int line = static_cast<int>(slot);
-        grid->addWidget(row.enabled, line, 0);
-        grid->addWidget(row.server, line, 1);
-        grid->addWidget(row.key, line, 2);
-        grid->addWidget(row.toggle, line, 3);
-        grid->addWidget(row.state, line, 4);
-        m_rows.at(slot) = row;
+        m_rows.at(slot) = makeRow(presets[slot], slot);
+        addRow(grid, slot);
     }
+    addButtons(grid);
+    grid->setColumnStretch(1, 3);
+    grid->setColumnStretch(2, 2);
+    grid->setColumnStretch(4, 3);
+    grid->setRowStretch(static_cast<int>(slots) + 1, 1);
+}
+
+void OutputsTab::addRow(QGridLayout *grid, std::size_t slot)
+{
+    const Row &row = m_rows.at(slot);
+    int column = 0;
+    for (QWidget *widget : std::initializer_list<QWidget *> { row.enabled,
+             row.server,
+             row.key,
+             row.toggle,
+             row.state }) {
+        grid->addWidget(widget, static_cast<int>(slot), column++);
+    }
+    connect(row.toggle, &QPushButton::clicked, this, [this, slot] { Q_EMIT togglePressed(slot); });
+}
+
+void OutputsTab::addButtons(QGridLayout *grid)
+{
     auto *buttons = new QHBoxLayout;
     for (QPushButton *button : { m_startSelected, m_stopStreams, m_saveKeys, m_record }) {
         buttons->addWidget(button);
     }
     buttons->addStretch();
-    grid->addLayout(buttons, static_cast<int>(slots), 0, 1, 5);
-    grid->setColumnStretch(1, 3);
-    grid->setColumnStretch(2, 2);
-    grid->setColumnStretch(4, 2);
-    grid->setRowStretch(static_cast<int>(slots) + 1, 1);
-    for (QPushButton *button : { m_startSelected, m_stopStreams, m_saveKeys }) {
-        button->setEnabled(false);
-    }
+    grid->addLayout(buttons, static_cast<int>(slots), 0, 1, grid->columnCount());
+    connect(m_startSelected, &QPushButton::clicked, this, &OutputsTab::startSelectedPressed);
+    connect(m_stopStreams, &QPushButton::clicked, this, &OutputsTab::stopStreamsPressed);
+    connect(m_saveKeys, &QPushButton::clicked, this, &OutputsTab::saveKeysPressed);
     connect(m_record, &QPushButton::clicked, this, &OutputsTab::recordPressed);
 }
 
@@ -63,13 +78,45 @@ OutputsTab::Row OutputsTab::makeRow(const Preset &preset, std::size_t slot)
     row.toggle->setObjectName(name("toggle"));
     row.state->setObjectName(name("state"));
     row.state->setWordWrap(true);
-    for (QWidget *widget : { static_cast<QWidget *>(row.enabled),
-             static_cast<QWidget *>(row.server),
-             static_cast<QWidget *>(row.key),
-             static_cast<QWidget *>(row.toggle) }) {
-        widget->setEnabled(false);
-    }
     return row;
+}
+
+bool OutputsTab::isSelected(std::size_t slot) const
+{
+    return m_rows.at(slot).enabled->isChecked();
+}
+
+QString OutputsTab::server(std::size_t slot) const
+{
+    return m_rows.at(slot).server->text();
+}
+
+QString OutputsTab::key(std::size_t slot) const
+{
+    return m_rows.at(slot).key->text();
+}
+
+void OutputsTab::setKey(std::size_t slot, const QString &key)
+{
+    m_rows.at(slot).key->setText(key);
+}
+
+void OutputsTab::showDestination(std::size_t slot,
+    const QString &buttonText,
+    const QString &stateText,
+    bool waiting)
+{
+    const Row &row = m_rows.at(slot);
+    const QString text = nimbara_i18n::tr(buttonText);
+    row.toggle->setText(text);
+    row.toggle->setAccessibleName(text + QLatin1Char(' ') + row.enabled->text());
+    row.toggle->setEnabled(!waiting);
+    row.state->setText(nimbara_i18n::tr(stateText));
+}
+
+void OutputsTab::showSaving(bool saving)
+{
+    m_saveKeys->setEnabled(!saving);
 }
 
 void OutputsTab::showRecording(const QString &buttonText)

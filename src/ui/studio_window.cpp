@@ -6,6 +6,7 @@
 #include "secrets/keychain_store.h"
 #include "ui/audio_tab.h"
 #include "ui/control_row.h"
+#include "ui/destination_controls.h"
 #include "ui/hall_screen.h"
 #include "ui/header_row.h"
 #include "ui/monitors.h"
@@ -91,6 +92,8 @@ StudioWindow::StudioWindow(bool /*quiet*/, StudioServices services)
         *m_dialogs,
         m_guard,
         SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
+    m_destinations
+        = std::make_unique<DestinationControls>(m_studio, m_secrets, m_guard, *m_outputsTab);
     connectStudio();
     m_translation = std::make_unique<TranslationControls>(m_studio,
         m_secrets,
@@ -207,6 +210,7 @@ void StudioWindow::connectTabs()
         m_editor->addNetworkSource();
     }));
     connect(m_outputsTab, &OutputsTab::recordPressed, this, guard([this] { toggleRecording(); }));
+    connect(m_destinations.get(), &DestinationControls::changed, this, &StudioWindow::showOutputs);
 
     connect(m_audioTab, &AudioTab::gainChanged, this, [this](int percent) {
         m_guard.run([this, percent] { m_studio.audio().setGainPercent(percent); });
@@ -359,6 +363,7 @@ void StudioWindow::showOutputs()
 {
     const Outputs &outputs = m_studio.outputs();
     m_outputsTab->showRecording(recordingButtonText(outputs.recording().state()));
+    m_destinations->showDestinations();
     m_project->setFormatEnabled(!outputs.any());
 }
 
@@ -436,6 +441,7 @@ void StudioWindow::closeEvent(QCloseEvent *event)
         return;
     }
     m_frameTimer.stop();
+    m_destinations->callOffStarts();
     m_studio.translation().pause();
     waitForRecording();
     m_hallScreen->hide();

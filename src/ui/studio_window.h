@@ -20,6 +20,7 @@ namespace nimbara {
 
 class AudioTab;
 class ControlRow;
+class DestinationControls;
 class HallScreen;
 class HeaderRow;
 class Monitors;
@@ -106,6 +107,7 @@ private:
     QLabel *m_status;
     std::unique_ptr<HallScreen> m_hallScreen;
     std::unique_ptr<SceneEditor> m_editor;
+    std::unique_ptr<DestinationControls> m_destinations;
     std::unique_ptr<TranslationControls> m_translation;
     std::unique_ptr<VerseControls> m_verses;
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <mutex>
 
 namespace nimbara {
 
@@ -90,32 +91,51 @@ const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices, const 
     return there == devices.end() ? nullptr : &*there;
 }
 
-struct DeviceDiscovery::Monitor {
-    GstRef<GstDeviceMonitor> monitor;
+namespace {
 
-    void stop()
+/// The system's device monitor. One for the process, which is never stopped: stopping it makes a
+/// media service's library release devices that came and went a second time, and that has ended the
+/// process in the middle of its work. Any thread.
+class SystemMonitor {
+public:
+    static SystemMonitor &instance()
     {
-        if (monitor) {
-            gst_device_monitor_stop(monitor.get());
-            monitor.reset();
-        }
+        static SystemMonitor monitor;
+        return monitor;
     }
 
+    /// The first call takes as long as the system needs to start looking.
+    DeviceLists search()
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_monitor == nullptr) {
+            start();
+        }
+        return devices();
+    }
+
+private:
+    /// Keeps no monitor when nothing can be watched, so that the next search tries again.
     void start()
     {
-        monitor = GstRef<GstDeviceMonitor>::adopt(gst_device_monitor_new());
-        gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
-        gst_device_monitor_add_filter(monitor.get(), "Audio/Source", nullptr);
+        auto started = GstRef<GstDeviceMonitor>::adopt(gst_device_monitor_new());
+        gst_device_monitor_add_filter(started.get(), "Video/Source", nullptr);
+        gst_device_monitor_add_filter(started.get(), "Audio/Source", nullptr);
         // Nobody reads its news; the device list is asked for instead.
-        const auto bus = BusRef::adopt(gst_device_monitor_get_bus(monitor.get()));
+        const auto bus = BusRef::adopt(gst_device_monitor_get_bus(started.get()));
         gst_bus_set_flushing(bus.get(), TRUE);
-        gst_device_monitor_start(monitor.get());
+        if (gst_device_monitor_start(started.get()) != FALSE) {
+            m_monitor = started.release();
+        }
     }
 
     [[nodiscard]] DeviceLists devices() const
     {
         DeviceLists lists;
-        GList *found = gst_device_monitor_get_devices(monitor.get());
+        if (m_monitor == nullptr) {
+            return lists;
+        }
+        GList *found = gst_device_monitor_get_devices(m_monitor);
         for (const GList *item = found; item != nullptr; item = item->next) {
             CaptureDevice device = describeDevice(GST_DEVICE_CAST(item->data));
             auto &list = device.kind == DeviceKind::Video ? lists.video : lists.audio;
@@ -124,44 +144,27 @@ struct DeviceDiscovery::Monitor {
         g_list_free_full(found, gst_object_unref);
         return lists;
     }
+
+    std::mutex m_mutex;
+    GstDeviceMonitor *m_monitor = nullptr; ///< runs until the process ends
 };
 
-DeviceDiscovery::DeviceDiscovery()
-    : m_monitor(std::make_shared<Monitor>())
-{
-}
+} // namespace
 
 DeviceDiscovery::~DeviceDiscovery()
 {
     if (m_search.valid()) {
         m_search.wait();
     }
-    m_monitor->stop();
 }
 
 void DeviceDiscovery::start()
 {
-    begin(Search::Fresh);
-}
-
-void DeviceDiscovery::lookAgain()
-{
-    begin(Search::Known);
-}
-
-void DeviceDiscovery::begin(Search search)
-{
     if (running()) {
-        m_next = std::max(m_next.value_or(search), search);
+        m_again = true;
         return;
     }
-    m_search = std::async(std::launch::async, [monitor = m_monitor, search] {
-        if (search == Search::Fresh || !monitor->monitor) {
-            monitor->stop();
-            monitor->start();
-        }
-        return monitor->devices();
-    });
+    m_search = std::async(std::launch::async, [] { return SystemMonitor::instance().search(); });
 }
 
 std::optional<DeviceLists> DeviceDiscovery::poll()
@@ -170,8 +173,8 @@ std::optional<DeviceLists> DeviceDiscovery::poll()
         return std::nullopt;
     }
     DeviceLists lists = m_search.get();
-    if (m_next) {
-        begin(*std::exchange(m_next, std::nullopt));
+    if (std::exchange(m_again, false)) {
+        start();
         return std::nullopt;
     }
     return lists;

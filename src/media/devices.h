@@ -40,24 +40,21 @@ const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices,
 
 /// Looks for devices on background tasks, because a media service may answer late or never.
 ///
-/// The system's monitor is kept running from one search to the next: starting and stopping it while
-/// devices come and go is where media services have been seen to fail. The lists still change only
-/// when somebody asks. Interface thread only; the destructor waits for a search under way.
+/// The system's monitor is started by the first search of all and runs until the process ends. The
+/// lists still change only when somebody asks. Interface thread only; the destructor waits for a
+/// search under way.
 class DeviceDiscovery {
 public:
-    DeviceDiscovery();
+    DeviceDiscovery() = default;
     DeviceDiscovery(const DeviceDiscovery &) = delete;
     DeviceDiscovery &operator=(const DeviceDiscovery &) = delete;
     DeviceDiscovery(DeviceDiscovery &&) = delete;
     DeviceDiscovery &operator=(DeviceDiscovery &&) = delete;
     ~DeviceDiscovery();
 
-    /// Begins a search from scratch, with a new monitor: what the operator's refresh asks for.
+    /// Begins a search. The first takes as long as the system needs to start looking; the next ones
+    /// are quick.
     void start();
-
-    /// Begins a search among what the running monitor has seen, which is quick: what a lost camera
-    /// asks for again and again. The first search of all is from scratch anyway.
-    void lookAgain();
 
     /// A result is still to come.
     [[nodiscard]] bool running() const { return m_search.valid(); }
@@ -68,15 +65,8 @@ public:
     std::optional<DeviceLists> poll();
 
 private:
-    enum class Search { Known, Fresh };
-    /// A running monitor. Touched by the task alone while one is under way.
-    struct Monitor;
-
-    void begin(Search search);
-
-    std::shared_ptr<Monitor> m_monitor;
     std::future<DeviceLists> m_search;
-    std::optional<Search> m_next;
+    bool m_again = false; ///< another search was asked for while one was under way
 };
 
 } // namespace nimbara

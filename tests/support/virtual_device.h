@@ -13,7 +13,8 @@ namespace nimbara::testing {
 /// long as this lives.
 class VirtualDevice {
 public:
-    /// `colour`: a pattern of videotestsrc, "red" or "blue". 640 × 480, 30 frames per second.
+    /// Node and name without blanks. `colour`: a pattern of videotestsrc, "red" or "blue". 640 ×
+    /// 480, 30 frames per second.
     static VirtualDevice camera(const QString &node, const QString &name, const QString &colour);
     /// A steady tone at 44.1 kHz.
     static VirtualDevice microphone(const QString &node, const QString &name);

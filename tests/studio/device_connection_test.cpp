@@ -1,8 +1,7 @@
 #include "studio/studio_fixture.h"
 #include "support/fake_permission.h"
 #include "support/test_registry.h"
-
-#include <QProcess>
+#include "support/virtual_device.h"
 
 #include <memory>
 
@@ -11,64 +10,15 @@ using namespace nimbara::testing;
 
 namespace {
 
-/// A camera or microphone in another process, as the system sees them.
-class Provider {
-public:
-    Provider(const QString &name, const QString &mediaClass, const QStringList &source)
-        : m_arguments(QStringList { QStringLiteral("-q") } + source
-            + QStringList { QStringLiteral("!"),
-                QStringLiteral("pipewiresink"),
-                QStringLiteral("mode=provide"),
-                QStringLiteral(
-                    "stream-properties=p,media.class=%1,node.name=%2,node.description=%2")
-                    .arg(mediaClass, name) })
-    {
-        start();
-    }
-    ~Provider() { stop(); }
-    Provider(const Provider &) = delete;
-    Provider &operator=(const Provider &) = delete;
-    Provider(Provider &&) = delete;
-    Provider &operator=(Provider &&) = delete;
-
-    void start()
-    {
-        m_process.start(QStringLiteral("gst-launch-1.0"), m_arguments);
-        m_process.waitForStarted();
-    }
-    void stop()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-
-private:
-    QStringList m_arguments;
-    QProcess m_process;
-};
-
-std::unique_ptr<Provider> camera(const QString &name, const QString &pattern, int width, int height)
+/// Devices whose node is named like them.
+std::unique_ptr<VirtualDevice> camera(const QString &name, const QString &colour, FrameSize size)
 {
-    return std::make_unique<Provider>(name,
-        QStringLiteral("Video/Source"),
-        QStringList { QStringLiteral("videotestsrc"),
-            QStringLiteral("is-live=true"),
-            QStringLiteral("pattern=") + pattern,
-            QStringLiteral("!"),
-            QStringLiteral("video/x-raw,format=YUY2,framerate=30/1,width=%1,height=%2")
-                .arg(width)
-                .arg(height) });
+    return std::make_unique<VirtualDevice>(VirtualDevice::camera(name, name, colour, size));
 }
 
-std::unique_ptr<Provider> microphone(const QString &name, int rate, int channels)
+std::unique_ptr<VirtualDevice> microphone(const QString &name, int rate, int channels)
 {
-    return std::make_unique<Provider>(name,
-        QStringLiteral("Audio/Source"),
-        QStringList { QStringLiteral("audiotestsrc"),
-            QStringLiteral("is-live=true"),
-            QStringLiteral("volume=0.5"),
-            QStringLiteral("!"),
-            QStringLiteral("audio/x-raw,rate=%1,channels=%2").arg(rate).arg(channels) });
+    return std::make_unique<VirtualDevice>(VirtualDevice::microphone(name, name, rate, channels));
 }
 
 /// A studio that has listed the devices.
@@ -111,8 +61,8 @@ class DeviceConnectionTest : public QObject {
 private Q_SLOTS:
     void camerasAndMicrophonesAreListedConnectedAndFoundAgain()
     {
-        auto first = camera(QStringLiteral("Altar"), QStringLiteral("red"), 1280, 720);
-        const auto second = camera(QStringLiteral("Coro"), QStringLiteral("blue"), 640, 480);
+        auto first = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 1280, 720 });
+        const auto second = camera(QStringLiteral("Coro"), QStringLiteral("blue"), { 640, 480 });
         auto consola = microphone(QStringLiteral("Consola"), 44100, 1);
         const auto desk2 = microphone(QStringLiteral("Ambiente"), 48000, 2);
         DeviceFixture desk;
@@ -135,7 +85,7 @@ private Q_SLOTS:
         desk.studio.devices().connectSources(choice);
         QCOMPARE(desk.studio.sources().camera(), connected); // no flicker
 
-        first->stop();
+        first->unplug();
         const auto told = [&] {
             return desk.statuses.contains(QStringLiteral("Cámara sin cuadros; se vuelve a abrir"))
                 || !desk.statuses.filter(QStringLiteral("Fuente sin señal: ")).isEmpty();
@@ -146,11 +96,12 @@ private Q_SLOTS:
         desk.frame();
         QCOMPARE(desk.frames, frames + 1);
 
-        first->start(); // the system gives it another number
+        // The system gives it another number.
+        first = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 1280, 720 });
         QVERIFY(desk.runUntil([&] { return isRed(centre(desk.pictures.streams)); }));
         QVERIFY(desk.studio.sources().camera() != connected);
 
-        consola->stop();
+        consola->unplug();
         QVERIFY(desk.runUntil([&] {
             return !desk.statuses.filter(QStringLiteral("Audio detenido; video continúa. "))
                         .isEmpty();
@@ -162,7 +113,7 @@ private Q_SLOTS:
 
     void permissionIsAskedAnsweredAndDenied()
     {
-        const auto provider = camera(QStringLiteral("Altar"), QStringLiteral("red"), 640, 480);
+        const auto provider = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 640, 480 });
         ManualClock clock;
         auto owned = std::make_unique<FakePermission>(PermissionStatus::Undetermined);
         FakePermission &permission = *owned;
@@ -172,8 +123,15 @@ private Q_SLOTS:
         QStringList cameras;
         studio.devices().onDevices
             = [&](const QStringList &video, const QStringList &) { cameras = video; };
-        studio.devices().refreshDevices();
-        QTRY_VERIFY_WITH_TIMEOUT((studio.tick(), !cameras.isEmpty()), 30'000);
+        QVERIFY(QTest::qWaitFor(
+            [&, tries = 0]() mutable {
+                if (tries++ % 50 == 0) {
+                    studio.devices().refreshDevices();
+                }
+                studio.tick();
+                return !cameras.isEmpty();
+            },
+            60'000));
 
         const MediaPtr bars = studio.sources().camera();
         studio.devices().connectSources({ 0, 0 }); // nothing to ask for

@@ -21,13 +21,18 @@ VirtualDevice::VirtualDevice(const QStringList &pipeline)
     }
 }
 
-VirtualDevice VirtualDevice::camera(const QString &node, const QString &name, const QString &colour)
+VirtualDevice VirtualDevice::camera(const QString &node,
+    const QString &name,
+    const QString &colour,
+    FrameSize size)
 {
     return VirtualDevice(QStringList { QStringLiteral("videotestsrc"),
         QStringLiteral("is-live=true"),
         QStringLiteral("pattern=") + colour,
         QStringLiteral("!"),
-        QStringLiteral("video/x-raw,format=YUY2,width=640,height=480,framerate=30/1"),
+        QStringLiteral("video/x-raw,format=YUY2,width=%1,height=%2,framerate=30/1")
+            .arg(size.width)
+            .arg(size.height),
         QStringLiteral("!"),
         QStringLiteral("pipewiresink"),
         QStringLiteral("mode=provide"),
@@ -38,12 +43,13 @@ VirtualDevice VirtualDevice::camera(const QString &node, const QString &name, co
 
 /// In its default mode the sink is a follower, which outlives a reader that is late; as a driver
 /// ("provide") it stalls for good.
-VirtualDevice VirtualDevice::microphone(const QString &node, const QString &name)
+VirtualDevice
+VirtualDevice::microphone(const QString &node, const QString &name, int rate, int channels)
 {
     return VirtualDevice(QStringList { QStringLiteral("audiotestsrc"),
         QStringLiteral("is-live=true"),
         QStringLiteral("!"),
-        QStringLiteral("audio/x-raw,format=F32LE,rate=44100,channels=2"),
+        QStringLiteral("audio/x-raw,format=F32LE,rate=%1,channels=%2").arg(rate).arg(channels),
         QStringLiteral("!"),
         QStringLiteral("pipewiresink"),
         QStringLiteral("stream-properties=p,media.class=Audio/Source,node.name=%1,"

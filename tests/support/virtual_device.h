@@ -1,5 +1,7 @@
 #pragma once
 
+#include "media/frame.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -13,11 +15,15 @@ namespace nimbara::testing {
 /// long as this lives.
 class VirtualDevice {
 public:
-    /// Node and name without blanks. `colour`: a pattern of videotestsrc, "red" or "blue". 640 ×
-    /// 480, 30 frames per second.
-    static VirtualDevice camera(const QString &node, const QString &name, const QString &colour);
-    /// A steady tone at 44.1 kHz.
-    static VirtualDevice microphone(const QString &node, const QString &name);
+    /// Node and name without blanks. `colour`: a pattern of videotestsrc, "red" or "blue". 30
+    /// frames per second.
+    static VirtualDevice camera(const QString &node,
+        const QString &name,
+        const QString &colour,
+        FrameSize size = { 640, 480 });
+    /// A steady tone. `rate` in hertz.
+    static VirtualDevice
+    microphone(const QString &node, const QString &name, int rate = 44100, int channels = 2);
 
     VirtualDevice(VirtualDevice &&) noexcept;
     VirtualDevice &operator=(VirtualDevice &&) noexcept;

@@ -18,7 +18,6 @@ ProjectRow::ProjectRow(QWidget *parent)
     m_format->addItems({ nimbara_i18n::tr("Horizontal · 1920 × 1080"),
         nimbara_i18n::tr("Vertical · 1080 × 1920") });
     setFormatEnabled(true);
-    m_credits->setEnabled(false);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(m_format);

@@ -6,10 +6,12 @@
 #include "secrets/keychain_store.h"
 #include "ui/audio_tab.h"
 #include "ui/control_row.h"
+#include "ui/credits.h"
 #include "ui/destination_controls.h"
 #include "ui/hall_screen.h"
 #include "ui/header_row.h"
 #include "ui/monitors.h"
+#include "ui/onboarding.h"
 #include "ui/outputs_tab.h"
 #include "ui/project_row.h"
 #include "ui/scene_editor.h"
@@ -41,6 +43,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr const char *onboardingSetting = "onboarding_complete";
 constexpr auto frameTimerInterval = 5ms;
 constexpr auto recordingPatience = 5000ms;
 constexpr auto recordingPollSpacing = 10ms;
@@ -66,7 +69,7 @@ QStringList screenNames()
 
 } // namespace
 
-StudioWindow::StudioWindow(bool /*quiet*/, StudioServices services)
+StudioWindow::StudioWindow(bool quiet, StudioServices services)
     : m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
     , m_keychain(
           services.keychain ? std::move(services.keychain) : std::make_unique<KeychainStore>())
@@ -122,6 +125,9 @@ StudioWindow::StudioWindow(bool /*quiet*/, StudioServices services)
     m_frameTimer.setInterval(frameTimerInterval);
     connect(&m_frameTimer, &QTimer::timeout, this, [this] { m_studio.tick(); });
     m_frameTimer.start();
+    if (!quiet && !m_settings.value(QLatin1String(onboardingSetting)).toBool()) {
+        QTimer::singleShot(0, this, &StudioWindow::onboarding);
+    }
 }
 
 StudioWindow::~StudioWindow()
@@ -261,6 +267,7 @@ void StudioWindow::connectProjects()
     connect(m_project->saveButton(), &QPushButton::clicked, this, [this] {
         m_guard.run([this] { saveProject(); });
     });
+    connect(m_project->creditsButton(), &QPushButton::clicked, this, [this] { showCredits(this); });
     m_studio.projects().onOpened = [this](const Project &project, const QStringList &warnings) {
         showProject(project, warnings);
     };
@@ -307,6 +314,18 @@ void StudioWindow::showProject(const Project &project, const QStringList &warnin
                 warnings.join(QLatin1Char('\n')));
         });
     }
+}
+
+void StudioWindow::onboarding()
+{
+    auto *assistant = new Onboarding(m_secrets, *m_dialogs, this);
+    assistant->setAttribute(Qt::WA_DeleteOnClose);
+    assistant->onKey = [this](const QString &key) { m_translationTab->showApiKey(key); };
+    connect(assistant, &QDialog::accepted, this, [this] {
+        m_settings.setValue(QLatin1String(onboardingSetting), true);
+        m_settings.sync();
+    });
+    assistant->open();
 }
 
 void StudioWindow::toggleHallScreen()

@@ -59,6 +59,10 @@ public:
 
     [[nodiscard]] Studio &studio() { return m_studio; }
 
+    /// Opens the first-run assistant on top of the window, which goes on under it. Finishing it is
+    /// remembered; cancelling is not, so that it opens again at the next start.
+    void onboarding();
+
 protected:
     void closeEvent(QCloseEvent *event) override;
 

@@ -1,6 +1,8 @@
 #include "bench.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -19,6 +21,12 @@ double oneStartMs(const QTemporaryDir &home)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral("data")));
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
+    QFile settings(home.filePath(QStringLiteral("config/Halvenmoor/NimbaraStudio.conf")));
+    QDir().mkpath(QFileInfo(settings).path());
+    if (settings.open(QIODevice::WriteOnly)) {
+        settings.write("[General]\nonboarding_complete=true\n"); // no assistant over the window
+    }
+    settings.close();
     const QString log
         = home.filePath(QStringLiteral("data/Halvenmoor/NimbaraStudio/Vesperline.log"));
     QFile::remove(log);

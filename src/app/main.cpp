@@ -52,6 +52,7 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("NimbaraStudio"));
     QCoreApplication::setApplicationVersion(QStringLiteral("0.4.0"));
     QCoreApplication::setOrganizationName(QStringLiteral("Halvenmoor"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.halvenmoor.NimbaraStudio"));
     settleLanguage();
     application->translateToolkit(nimbara_i18n::language());
     startGstreamer();

@@ -64,6 +64,8 @@ public:
 
     [[nodiscard]] const QString &name() const { return m_name; }
     [[nodiscard]] bool running() const { return m_output != nullptr; }
+    /// The first pictures go out: a running slot whose encoder is ready.
+    [[nodiscard]] bool ready() const { return m_output != nullptr && m_output->ready(); }
     /// Untranslated.
     [[nodiscard]] QString buttonText() const;
     /// Untranslated: "Detenido", the sending notice, or the error that stopped the output.

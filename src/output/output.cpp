@@ -4,6 +4,8 @@
 #include "app/i18n.h"
 #include "media/audio_block.h"
 #include "output/output_pipeline.h"
+#include "output/stream_end.h"
+#include "output/warm_up.h"
 
 #include <gst/app/gstappsrc.h>
 
@@ -70,16 +72,28 @@ Output::Output(std::int32_t width,
     OutputPipeline built = buildOutputPipeline({ width, height, isStream, location, bitrate });
     m_videoSrc = std::move(built.videoSrc);
     m_audioSrc = std::move(built.audioSrc);
+    m_streamSink = std::move(built.streamSink);
     m_pipeline = std::move(built.pipeline);
     if (!m_pipeline.play()) {
         throw Error(QStringLiteral("No se pudo iniciar salida"));
     }
+    m_ready = warmUp(m_videoSrc.get(), built.videoEncoder.get());
     m_running = true;
+}
+
+Output::~Output()
+{
+    if (m_running && m_streamSink) {
+        endStream(m_streamSink.get(), m_pipeline.bus());
+    }
 }
 
 void Output::stamp(std::int64_t tNs)
 {
     if (m_baseTime == -1) {
+        if (!ready()) {
+            return;
+        }
         m_baseTime = tNs;
     }
     const auto elapsed = static_cast<std::uint64_t>(std::max<std::int64_t>(tNs - m_baseTime, 0));
@@ -96,6 +110,9 @@ void Output::pushVideo(const FramePtr &frame)
         fail(QStringLiteral("El formato cambio durante salida"));
         return;
     }
+    if (!takes()) {
+        return;
+    }
     if (!push(m_videoSrc, sharedBuffer(frame), m_nextVideoPts, frameDuration)) {
         fail(QStringLiteral("No se pudo enviar video a salida"));
     }
@@ -104,7 +121,7 @@ void Output::pushVideo(const FramePtr &frame)
 
 void Output::pushAudio(std::span<const float> block)
 {
-    if (!m_running || m_stopping || block.empty()) {
+    if (!takes() || block.empty()) {
         return;
     }
     const std::uint64_t frames = block.size() / audioChannels;

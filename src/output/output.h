@@ -5,7 +5,9 @@
 
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <span>
 
 namespace nimbara {
@@ -20,6 +22,9 @@ constexpr std::int32_t outputBitrate = 6'000'000;
 /// Once per frame tick the owner calls `stamp`, `pushVideo`, `pushAudio` and `pollOutput`, in this
 /// order. None of them waits: the queues in front of the encoders drop their oldest data, so a slow
 /// disk or network never holds up the caller. A failure clears `running` and leaves `error`.
+///
+/// An encoder needs some tenths of a second to get ready, in which those queues would let go of the
+/// first pictures. So the time line begins when it is `ready`; until then pushing does nothing.
 ///
 /// Interface thread only, except for destruction, which may block and belongs on a background task
 /// (`Retirement`). No text of this class holds `location`, which ends in the stream key.
@@ -39,7 +44,7 @@ public:
     Output &operator=(const Output &) = delete;
     Output(Output &&) = delete;
     Output &operator=(Output &&) = delete;
-    ~Output() = default;
+    ~Output();
 
     /// Sets the presentation time of the next picture and block. `tNs` is the tick's scheduled time
     /// from any fixed origin; the time line starts at 0 with the first stamp and never below.
@@ -61,6 +66,8 @@ public:
     /// `finished` turns true, which `pollOutput` finds.
     void finish();
 
+    /// The encoder is ready: what is pushed after the next stamp is taken.
+    [[nodiscard]] bool ready() const { return m_ready->load(); }
     /// Live; false after any failure and after end of stream.
     [[nodiscard]] bool running() const { return m_running; }
     /// End of stream came back: a recording's file is complete.
@@ -73,6 +80,7 @@ public:
 
 private:
     void fail(const QString &text);
+    [[nodiscard]] bool takes() const { return m_running && !m_stopping && m_baseTime != -1; }
 
     std::int32_t m_width;
     std::int32_t m_height;
@@ -83,8 +91,10 @@ private:
     bool m_running = false;
     bool m_finished = false;
     QString m_error;
+    std::shared_ptr<const std::atomic<bool>> m_ready;
     ElementRef m_videoSrc;
     ElementRef m_audioSrc;
+    ElementRef m_streamSink; ///< none for a recording
     Pipeline m_pipeline; ///< last: goes to NULL before anything else is released
 };
 

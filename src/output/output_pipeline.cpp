@@ -70,6 +70,8 @@ public:
         linkAll();
         return { ElementRef::retain(m_videoSrc),
             ElementRef::retain(m_audioSrc),
+            ElementRef::retain(m_videoEncoder),
+            ElementRef::retain(m_profile.isStream ? m_sink : nullptr),
             std::move(m_pipeline) };
     }
 

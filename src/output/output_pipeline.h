@@ -17,10 +17,12 @@ struct OutputProfile {
     std::int32_t bitrate = 0; ///< bit/s
 };
 
-/// A pipeline that is not started yet, and its two inputs.
+/// A pipeline that is not started yet, with its two inputs.
 struct OutputPipeline {
     ElementRef videoSrc;
     ElementRef audioSrc;
+    ElementRef videoEncoder;
+    ElementRef streamSink; ///< none for a recording
     Pipeline pipeline;
 };
 

@@ -54,6 +54,9 @@ public:
     /// The bus alone, for the close handler, which no longer makes frames. Returns as `push`.
     std::optional<QString> poll();
 
+    /// The first pictures go into the file: a recording whose encoder is ready.
+    [[nodiscard]] bool ready() const { return m_output != nullptr && m_output->ready(); }
+
     [[nodiscard]] RecordingState state() const;
     /// An output exists: recording or finishing.
     [[nodiscard]] bool exists() const { return m_output != nullptr; }

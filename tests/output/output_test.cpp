@@ -150,6 +150,7 @@ private Q_SLOTS:
         QFETCH(int, stallMs);
         const QString path = m_dir.filePath(QStringLiteral("grabación 1.webm"));
         Output output(width, height, false, path, outputBitrate);
+        QTRY_VERIFY(output.ready());
         ProgramFeed feed({ width, height });
         for (int i = 0; i < 75; ++i) {
             push(output, feed.next());

@@ -16,6 +16,9 @@ int main(int argc, char **argv)
     gst_init(nullptr, nullptr);
     nimbara::Recording recording(std::make_shared<nimbara::Retirement>());
     recording.start(QString::fromUtf8(argv[1]), { 160, 90 });
+    while (!recording.ready()) {
+        QThread::msleep(1);
+    }
     nimbara::testing::ProgramFeed feed({ 160, 90 }, true);
     while (recording.exists()) {
         {

@@ -45,6 +45,7 @@ private Q_SLOTS:
         recording.start(path, small);
         QVERIFY(outputs.any());
         QCOMPARE(recordingButtonText(recording.state()), QStringLiteral("■ Detener grabación"));
+        QTRY_VERIFY(recording.ready());
         ProgramFeed feed(small);
         for (int i = 0; i < 10; ++i) {
             const Tick tick = feed.next();

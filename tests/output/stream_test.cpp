@@ -7,12 +7,15 @@
 #include "support/test_registry.h"
 #include "support/trusted_authority.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <array>
+#include <random>
 #include <vector>
 
 using namespace nimbara;
@@ -110,6 +113,7 @@ private Q_SLOTS:
         const QTemporaryDir dir;
         const QString file = dir.filePath(QStringLiteral("same.webm"));
         m_outputs->recording().start(file, small); // both get every picture
+        QTRY_VERIFY(m_outputs->destination(3).ready() && m_outputs->recording().ready());
         ProgramFeed feed(small);
         for (int i = 0; i < 150; ++i) {
             QVERIFY(push(feed).destinations.empty());
@@ -169,6 +173,74 @@ private Q_SLOTS:
         m_outputs->stopStreams(); // returns while the server still does not read
         QTRY_COMPARE_WITH_TIMEOUT((m_retirement->reap(), m_retirement->pending()), 0U, 20000);
         m_peer->freeze(false);
+    }
+
+    void aServerThatDiesStopsItsOwnSlotAlone()
+    {
+        auto dying = std::make_unique<RtmpPeer>();
+        const QString name = key + QStringLiteral("-dying");
+        const QString file = dying->recordedFile(name);
+        m_outputs->destination(0).start(m_peer->rtmp(live), key + QStringLiteral("-alive"), small);
+        m_outputs->destination(1).start(dying->rtmp(live), name, small);
+        ProgramFeed feed(small);
+        QTRY_VERIFY_WITH_TIMEOUT((push(feed), QFile(file).size() > 10'000), 20000);
+        dying.reset();
+        std::vector<std::size_t> stopped;
+        QTRY_VERIFY_WITH_TIMEOUT(!stopped.empty() || !(stopped = push(feed).destinations).empty(),
+            20000);
+        QCOMPARE(stopped, std::vector<std::size_t> { 1 });
+        QVERIFY(m_outputs->destination(0).running());
+    }
+
+    void startsAndStopsLeaveNothingBehind()
+    {
+        QTcpServer mute; // takes connections and never says a word
+        QVERIFY(mute.listen(QHostAddress::LocalHost));
+        const auto url = QStringLiteral("rtmp://127.0.0.1:%1/live");
+        const std::array servers { m_peer->rtmp(live),
+            m_peer->rtmp(QStringLiteral("closed")),
+            url.arg(mute.serverPort()),
+            url.arg(freePort()) };
+        m_outputs->destination(0).start(m_peer->rtmp(live),
+            key + QStringLiteral("-through"),
+            small);
+        ProgramFeed feed(small);
+        std::minstd_rand dice(1); // always the same order // NOLINT(cert-msc51-cpp)
+        const auto toggle = [&](int times) {
+            for (int i = 0; i < times; ++i) {
+                Destination &slot = m_outputs->destination(1 + dice() % 3);
+                if (slot.running()) {
+                    slot.stop();
+                } else {
+                    slot.start(servers.at(dice() % servers.size()),
+                        key + QString::number(i),
+                        small);
+                }
+                push(feed);
+            }
+            m_outputs->destination(1).stop();
+            m_outputs->destination(2).stop();
+            m_outputs->destination(3).stop();
+            while (const auto *taken = mute.nextPendingConnection()) {
+                delete taken;
+            }
+        };
+        const auto held = [](const char *what) {
+            return QDir(QStringLiteral("/proc/self/") + QLatin1String(what))
+                .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
+                .size();
+        };
+        const auto settled = [&] { return (m_retirement->reap(), m_retirement->pending()) == 0U; };
+        const auto received
+            = [&] { return QFile(m_peer->recordedFile(key + QStringLiteral("-through"))).size(); };
+        QTRY_VERIFY_WITH_TIMEOUT((push(feed), received() > 0), 20000);
+        const auto threads = held("task");
+        const auto files = held("fd");
+        toggle(400);
+        QTRY_VERIFY_WITH_TIMEOUT((push(feed), settled()), 30000);
+        // What Qt and GLib keep for later use does not grow with the number of starts.
+        QTRY_VERIFY_WITH_TIMEOUT(held("task") <= threads + 4 && held("fd") <= files + 6, 30000);
+        QVERIFY(m_outputs->destination(0).running());
     }
 
     void stopsWhileItConnects()

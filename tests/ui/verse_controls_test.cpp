@@ -1,0 +1,223 @@
+#include "app/log.h"
+#include "support/api_peer.h"
+#include "support/test_registry.h"
+#include "ui/desk.h"
+
+#include <QComboBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QRegularExpression>
+#include <QSettings>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr const char *key = "llave-que-nadie-ve";
+
+StudioServices servicesOf(const ApiPeer &peer)
+{
+    StudioServices services;
+    services.apiBible = peer.endpoint();
+    services.openAi = peer.endpoint();
+    return services;
+}
+
+struct VerseDeskWindow : Desk {
+    explicit VerseDeskWindow(const ApiPeer &peer)
+        : Desk(servicesOf(peer))
+    {
+        find<QComboBox>("target")->setCurrentText(u"Spanish"_s);
+    }
+    std::vector<Layer> &layers() { return window.studio().stage().scenes.currentScene().layers; }
+    void type(const char *field, const QString &text)
+    {
+        auto *edit = find<QLineEdit>(field);
+        edit->clear();
+        QTest::keyClicks(edit, text);
+        QTest::keyClick(edit, Qt::Key_Return);
+    }
+    void choose(int entry) { find<QComboBox>("bibleChoice")->setCurrentIndex(entry); }
+};
+
+} // namespace
+
+/// Typed references in the real window, with both services played by a server of this machine.
+class VerseControlsTest : public QObject {
+    Q_OBJECT
+    ApiPeer m_peer;
+
+    QJsonObject awaitRequest(int count = 1)
+    {
+        if (!QTest::qWaitFor([&] { return m_peer.count("request") >= count; }, 60'000)) {
+            qFatal("no request came");
+        }
+        return m_peer.of("request").back();
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        QSettings(u"Halvenmoor"_s, u"NimbaraStudio"_s).clear();
+        QFile::remove(logFilePath());
+        m_peer.events.clear();
+        bible::prepare().waitForFinished();
+    }
+    void cleanup()
+    {
+        QFile log(logFilePath());
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        QVERIFY2(!log.readAll().contains(key), "the key is in the log");
+    }
+
+    void aQuickReferenceMakesItsLayer()
+    {
+        VerseDeskWindow desk(m_peer);
+        desk.type("quickVerse", u"Juan 3:16"_s);
+        QCOMPARE(desk.layers().size(), 2U);
+        const Layer layer = desk.layers().back();
+        QCOMPARE(layer.name, u"Juan 3:16"_s);
+        QCOMPARE(layer.reference, u"Juan 3:16 · Reina-Valera 1909"_s);
+        QVERIFY(layer.text.startsWith(u"Porque de tal manera"));
+        QCOMPARE((std::array { layer.x, layer.y, layer.w, layer.h }),
+            (std::array { 0.08, 0.62, 0.84, 0.3 }));
+        QCOMPARE(layer.size, 48);
+        QCOMPARE(desk.status(), u"Versículo listo: Juan 3:16"_s);
+        QVERIFY(desk.find<QListWidget>("layers")->item(0)->text().contains(u"Juan 3:16"_s));
+        QCOMPARE(desk.find<QPlainTextEdit>("layerText")->toPlainText(), layer.text);
+
+        desk.choose(2); // King James, into the same layer
+        desk.find<QLineEdit>("quickVerse")->setText(u"Ps 23:1"_s);
+        desk.press("showVerse");
+        QCOMPARE(desk.layers().size(), 2U);
+        QCOMPARE(desk.layers().back().reference, u"Psalms 23:1 · King James Version"_s);
+        QCOMPARE(m_peer.count("request"), 0);
+    }
+
+    void thePanelLooksUpItsOwnLayer()
+    {
+        VerseDeskWindow desk(m_peer);
+        desk.type("quickVerse", u"Juan 3:16"_s);
+        desk.type("verseReference", u"Judas 1:2"_s); // builds the panel anew under the field
+        QCOMPARE(desk.layers().back().name, u"Judas 1:2"_s);
+        desk.find<QLineEdit>("verseReference")->setText(u"Rut 1:1"_s);
+        desk.press("findVerse");
+        QCOMPARE(desk.layers().back().name, u"Rut 1:1"_s);
+    }
+
+    void tellsWhatCannotBeShown_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("error");
+        const QString unknown = u"Cita no reconocida. Ejemplo: Juan 3:16 o Salmos 23"_s;
+        QTest::newRow("no book") << u"xyz 3:16"_s << unknown;
+        QTest::newRow("no chapter") << u"Juan 0:1"_s << unknown;
+        QTest::newRow("empty") << QString() << unknown;
+        QTest::newRow("no such chapter") << u"Judas 2:1"_s << u"Esa cita no existe en la Biblia"_s;
+    }
+    void tellsWhatCannotBeShown()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, error);
+        VerseDeskWindow desk(m_peer);
+        desk.type("quickVerse", u"Juan 3:16"_s);
+        const Layer before = desk.layers().back();
+        desk.type("quickVerse", typed);
+        QVERIFY(desk.layers().back() == before);
+        QCOMPARE(desk.status(), error);
+        QCOMPARE(desk.dialogs->asked.last(), u"Ardenvale Vesperline: "_s + error);
+    }
+
+    void saysHowMuchIsHidden()
+    {
+        VerseDeskWindow desk(m_peer);
+        desk.type("quickVerse", u"Salmos 119"_s);
+        const QRegularExpression told(
+            u"^Versículo listo: Salmos 119 · El texto no cabe en su recuadro: (\\d+) líneas "
+            "ocultas$"_s);
+        const auto match = told.match(desk.status());
+        QVERIFY2(match.hasMatch(), qPrintable(desk.status()));
+        QVERIFY(match.captured(1).toInt() > 100);
+        desk.type("quickVerse", u"Juan 11:35"_s);
+        QCOMPARE(desk.status(), u"Versículo listo: Juan 11:35"_s);
+    }
+
+    void listsBiblesAndTakesTheirText()
+    {
+        VerseDeskWindow desk(m_peer);
+        desk.press("findBibles");
+        QTRY_COMPARE(desk.status(), u"Escribe tu clave de API.Bible"_s);
+        desk.find<QLineEdit>("bibleKey")->setText(QLatin1String(key));
+        desk.choose(3);
+        desk.type("quickVerse", u"Juan 3:16"_s);
+        QVERIFY(desk.status().startsWith(u"Versículo mostrado con RV1909"));
+
+        desk.press("findBibles");
+        QCOMPARE(desk.status(), u"Consultando API.Bible..."_s);
+        m_peer.answer(awaitRequest(),
+            R"({"data":[{"id":"b1","name":"Biblia del Oso","abbreviation":"BDO"},)"
+            R"({"id":"b2","name":"Reina Valera 1960","abbreviation":"RVR60"}]})");
+        QTRY_COMPARE(desk.status(), u"Biblias disponibles: 2"_s);
+        QCOMPARE(desk.find<QComboBox>("bibles")->currentText(), u"Reina Valera 1960 (RVR60)"_s);
+        const QSettings stored(u"Halvenmoor"_s, u"NimbaraStudio"_s);
+        QCOMPARE(stored.value(u"apibible_id"_s).toString(), u"b2"_s);
+        QCOMPARE(stored.value(u"bible_choice"_s).toString(), u"api"_s);
+
+        desk.type("quickVerse", u"Juan 3:16"_s);
+        QVERIFY(desk.layers().back().text.startsWith(u"Porque de tal manera")); // at once
+        const QJsonObject asked = awaitRequest(2);
+        QVERIFY(field(asked, "path").contains(u"bibles/b2/passages/JHN.3.16"));
+        m_peer.answer(asked, R"({"data":{"content":" En  línea "}})");
+        QTRY_COMPARE(desk.status(), u"Versículo listo: Juan 3:16"_s);
+        QCOMPARE(desk.layers().back().text, u"En línea"_s);
+        QCOMPARE(desk.layers().back().reference, u"Juan 3:16 · Reina Valera 1960"_s);
+        QCOMPARE(desk.find<QPlainTextEdit>("layerText")->toPlainText(), u"En línea"_s);
+    }
+
+    void aRefusedOrLateReplyKeepsTheBuiltInText()
+    {
+        VerseDeskWindow desk(m_peer);
+        QSettings(u"Halvenmoor"_s, u"NimbaraStudio"_s).setValue(u"apibible_id"_s, u"b2"_s);
+        desk.find<QLineEdit>("bibleKey")->setText(QLatin1String(key));
+        desk.choose(3);
+        desk.type("quickVerse", u"Juan 3:16"_s);
+        m_peer.answer(awaitRequest(), "{}", 403);
+        QTRY_COMPARE(desk.status(),
+            u"API.Bible: clave no válida o sin permiso para esa Biblia · se mantiene RV1909"_s);
+        QVERIFY(desk.layers().back().text.startsWith(u"Porque de tal manera"));
+
+        desk.type("quickVerse", u"Juan 3:17"_s);
+        const QJsonObject late = awaitRequest(2);
+        desk.press("deleteLayer");
+        const QString before = desk.status();
+        m_peer.answer(late, R"({"data":{"content":"tarde"}})");
+        QTRY_COMPARE(m_peer.count("gone") + m_peer.count("request"), 2);
+        QTest::qWait(100); // the reply has nothing to show
+        QCOMPARE(desk.layers().size(), 1U);
+        QCOMPARE(desk.status(), before);
+    }
+
+    void translatesForOtherLanguages()
+    {
+        VerseDeskWindow desk(m_peer);
+        desk.find<QComboBox>("target")->setCurrentText(u"Português"_s);
+        desk.type("quickVerse", u"Juan 3:16"_s);
+        QTRY_COMPARE(desk.status(),
+            u"Versículo en español; para traducirlo a otro idioma añade la API key de OpenAI."_s);
+        desk.find<QLineEdit>("apiKey")->setText(QLatin1String(key));
+        desk.type("quickVerse", u"Juan 3:16"_s);
+        QCOMPARE(desk.status(), u"Traduciendo versículo..."_s);
+        m_peer.answer(awaitRequest(),
+            R"({"output":[{"content":[{"type":"output_text","text":"Porque Deus"}]}]})");
+        QTRY_COMPARE(desk.status(), u"Versículo listo: John 3:16"_s);
+        QCOMPARE(desk.layers().back().text, u"Porque Deus"_s);
+        QCOMPARE(desk.layers().back().reference, u"John 3:16 · traducción automática"_s);
+    }
+};
+
+NIMBARA_TEST(VerseControlsTest)
+#include "verse_controls_test.moc"

@@ -4,7 +4,6 @@
 #include "app/i18n.h"
 #include "media/audio_block.h"
 #include "output/output_pipeline.h"
-#include "output/stream_end.h"
 #include "output/warm_up.h"
 
 #include <gst/app/gstappsrc.h>
@@ -72,7 +71,7 @@ Output::Output(std::int32_t width,
     OutputPipeline built = buildOutputPipeline({ width, height, isStream, location, bitrate });
     m_videoSrc = std::move(built.videoSrc);
     m_audioSrc = std::move(built.audioSrc);
-    m_streamSink = std::move(built.streamSink);
+    m_streamEnd = std::move(built.streamEnd);
     m_pipeline = std::move(built.pipeline);
     if (!m_pipeline.play()) {
         throw Error(QStringLiteral("No se pudo iniciar salida"));
@@ -83,8 +82,8 @@ Output::Output(std::int32_t width,
 
 Output::~Output()
 {
-    if (m_running && m_streamSink) {
-        endStream(m_streamSink.get(), m_pipeline.bus());
+    if (m_running) {
+        m_streamEnd.end(m_pipeline.bus());
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "media/frame.h"
 #include "media/gst_handles.h"
+#include "output/stream_end.h"
 
 #include <QString>
 
@@ -94,7 +95,7 @@ private:
     std::shared_ptr<const std::atomic<bool>> m_ready;
     ElementRef m_videoSrc;
     ElementRef m_audioSrc;
-    ElementRef m_streamSink; ///< none for a recording
+    StreamEnd m_streamEnd;
     Pipeline m_pipeline; ///< last: goes to NULL before anything else is released
 };
 

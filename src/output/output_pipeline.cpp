@@ -71,7 +71,7 @@ public:
         return { ElementRef::retain(m_videoSrc),
             ElementRef::retain(m_audioSrc),
             ElementRef::retain(m_videoEncoder),
-            ElementRef::retain(m_profile.isStream ? m_sink : nullptr),
+            m_profile.isStream ? StreamEnd(m_sink) : StreamEnd(),
             std::move(m_pipeline) };
     }
 

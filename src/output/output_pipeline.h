@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/gst_handles.h"
+#include "output/stream_end.h"
 
 #include <QString>
 
@@ -22,7 +23,7 @@ struct OutputPipeline {
     ElementRef videoSrc;
     ElementRef audioSrc;
     ElementRef videoEncoder;
-    ElementRef streamSink; ///< none for a recording
+    StreamEnd streamEnd;
     Pipeline pipeline;
 };
 

@@ -1,7 +1,6 @@
 #include "output/stream_end.h"
 
 #include <chrono>
-#include <memory>
 #include <thread>
 
 namespace nimbara {
@@ -9,6 +8,7 @@ namespace nimbara {
 namespace {
 
 using namespace std::chrono_literals;
+using Flag = std::shared_ptr<std::atomic<bool>>;
 
 constexpr auto longestWait = 3000ms; ///< a server that takes longer has hardly heard of us
 constexpr auto pollSpacing = 10ms;
@@ -16,6 +16,21 @@ constexpr auto pollSpacing = 10ms;
 struct FreeStructure {
     void operator()(GstStructure *structure) const { gst_structure_free(structure); }
 };
+
+/// Headers alone do not make the sink connect.
+GstPadProbeReturn noteData(GstPad * /*pad*/, GstPadProbeInfo *info, gpointer userData)
+{
+    if (GST_BUFFER_FLAG_IS_SET(GST_PAD_PROBE_INFO_BUFFER(info), GST_BUFFER_FLAG_HEADER)) {
+        return GST_PAD_PROBE_OK;
+    }
+    (*static_cast<Flag *>(userData))->store(true);
+    return GST_PAD_PROBE_REMOVE;
+}
+
+PadRef inputOf(GstElement *sink)
+{
+    return PadRef::adopt(gst_element_get_static_pad(sink, "sink"));
+}
 
 /// The sink counts bytes once the server has let it publish.
 bool isConnected(GstElement *sink)
@@ -37,12 +52,26 @@ bool hasFailed(GstElement *sink, GstBus *bus)
 
 } // namespace
 
-void endStream(GstElement *sink, GstBus *bus)
+StreamEnd::StreamEnd(GstElement *sink)
+    : m_sink(ElementRef::retain(sink))
 {
-    const auto input = GstRef<GstPad>::adopt(gst_element_get_static_pad(sink, "sink"));
-    gst_pad_send_event(input.get(), gst_event_new_flush_start());
+    auto connects = std::make_shared<std::atomic<bool>>(false);
+    m_connects = connects;
+    gst_pad_add_probe(inputOf(sink).get(),
+        GST_PAD_PROBE_TYPE_BUFFER,
+        noteData,
+        new Flag(std::move(connects)),
+        [](gpointer flag) { delete static_cast<Flag *>(flag); });
+}
+
+void StreamEnd::end(GstBus *bus) const
+{
+    if (!m_sink) {
+        return;
+    }
+    gst_pad_send_event(inputOf(m_sink.get()).get(), gst_event_new_flush_start());
     const auto deadline = std::chrono::steady_clock::now() + longestWait;
-    while (!isConnected(sink) && !hasFailed(sink, bus)
+    while (m_connects->load() && !isConnected(m_sink.get()) && !hasFailed(m_sink.get(), bus)
         && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(pollSpacing);
     }

@@ -17,6 +17,7 @@
 #include "ui/scene_editor.h"
 #include "ui/scene_tab.h"
 #include "ui/sources_tab.h"
+#include "ui/steady_tabs.h"
 #include "ui/translation_controls.h"
 #include "ui/translation_tab.h"
 #include "ui/verse_controls.h"
@@ -29,13 +30,17 @@
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QTabWidget>
 #include <QTextEdit>
 #include <QVBoxLayout>
 
 #include <chrono>
+#include <initializer_list>
 #include <thread>
+#include <utility>
 
 namespace nimbara {
 
@@ -44,6 +49,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr const char *onboardingSetting = "onboarding_complete";
+constexpr int smallestRowsHeight = 400; ///< pixels; the monitors and a row below them
 constexpr auto frameTimerInterval = 5ms;
 constexpr auto recordingPatience = 5000ms;
 constexpr auto recordingPollSpacing = 10ms;
@@ -56,6 +62,28 @@ std::array<OutputsTab::Preset, OutputsTab::slots> destinationRows()
         rows.at(slot) = { QString::fromUtf8(preset.name), QString::fromUtf8(preset.server) };
     }
     return rows;
+}
+
+/// Rows with their stretch factors. A screen too small for them, such as that of an old laptop,
+/// shows them behind a scroll bar.
+QScrollArea *scrollable(std::initializer_list<std::pair<QWidget *, int>> widgets)
+{
+    auto *content = new QWidget;
+    auto *rows = new QVBoxLayout(content);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(12);
+    for (const auto &[widget, stretch] : widgets) {
+        rows->addWidget(widget, stretch);
+    }
+    auto *area = new QScrollArea;
+    area->setWidget(content);
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setMinimumSize(content->minimumSizeHint().width()
+            + area->verticalScrollBar()->sizeHint().width(),
+        smallestRowsHeight);
+    return area;
 }
 
 QStringList screenNames()
@@ -81,7 +109,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_project(new ProjectRow)
     , m_monitors(new Monitors)
     , m_controls(new ControlRow)
-    , m_tabs(new QTabWidget)
+    , m_tabs(new SteadyTabs)
     , m_sceneTab(new SceneTab)
     , m_sourcesTab(new SourcesTab)
     , m_audioTab(new AudioTab)
@@ -144,7 +172,7 @@ void StudioWindow::layOut()
 {
     setWindowTitle(nimbara_i18n::tr("Vesperline · Ardenvale"));
     setWindowIcon(QIcon(QStringLiteral(":/logo.png")));
-    resize(1320, 920);
+    resize(QSize(1320, 920).boundedTo(screen()->availableSize()));
 
     m_tabs->setObjectName(QStringLiteral("tabs"));
     m_tabs->setMinimumHeight(250);
@@ -160,15 +188,15 @@ void StudioWindow::layOut()
     m_status->setWordWrap(true);
 
     auto *central = new QWidget;
-    auto *rows = new QVBoxLayout(central);
-    rows->setContentsMargins(20, 14, 20, 14);
-    rows->setSpacing(12);
-    rows->addWidget(m_header);
-    rows->addWidget(m_project);
-    rows->addWidget(m_monitors, 3);
-    rows->addWidget(m_controls);
-    rows->addWidget(m_tabs);
-    rows->addWidget(m_status);
+    auto *column = new QVBoxLayout(central);
+    column->setContentsMargins(20, 14, 20, 14);
+    column->setSpacing(12);
+    column->addWidget(scrollable({ { m_header, 0 },
+        { m_project, 0 },
+        { m_monitors, 3 },
+        { m_controls, 0 },
+        { m_tabs, 0 } }));
+    column->addWidget(m_status);
     setCentralWidget(central);
 
     m_hallScreen->onHidden = [this] { m_sourcesTab->setHallShown(false); };

@@ -42,6 +42,12 @@ QString applicationStyleSheet()
         "QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }"
         "QListView { border: 1px solid #31465f; border-radius: 6px; }"
         "QListView::item:selected { background: #245b8b; color: #eaf2fa; }"
+        // Beside the border, not over it and over the first row.
+        "QGroupBox { margin-top: 20px; }"
+        "QGroupBox::title { subcontrol-origin: margin; left: 4px; }"
+        "QComboBox::drop-down { border: none; width: 22px; }"
+        "QComboBox::down-arrow { image: url(:/arrow-down.png); width: 10px; height: 6px; }"
+        "QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }"
         "QToolTip { background: #1a2a3d; color: #eaf2fa; border: 1px solid #476789; }");
 }
 

@@ -61,12 +61,14 @@ def x(*words):
 class Program:
     """One run of the shipped program in a home of its own."""
 
-    def __init__(self, executable, language="es", home=None):
+    def __init__(self, executable, language="es", home=None, onboarded=True):
         self.home = pathlib.Path(home or tempfile.mkdtemp(prefix="studio-home-"))
         settings = self.home / "config" / "Halvenmoor" / "NimbaraStudio.conf"
         settings.parent.mkdir(parents=True, exist_ok=True)
         if not settings.exists():
-            settings.write_text(f"[General]\nlanguage={language}\nonboarding_complete=true\n")
+            settings.write_text(
+                f"[General]\nlanguage={language}\nonboarding_complete={str(onboarded).lower()}\n"
+            )
         self.log_path = self.home / "data" / "Halvenmoor" / "NimbaraStudio" / "Vesperline.log"
         environment = dict(
             os.environ,

@@ -131,7 +131,10 @@ class Program:
     def click(self, *names, role=None, button="1"):
         node = wait_for(f"control {names}", lambda: self.find(*names, role=role))
         box = node.get_extents(Atspi.CoordType.SCREEN)
-        x("mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2), "click", button)
+        # The toolkit tells places in its own pixels, the X server wants the screen's.
+        scale = float(os.environ.get("QT_SCALE_FACTOR", "1"))
+        middle = (scale * (box.x + box.width / 2), scale * (box.y + box.height / 2))
+        x("mousemove", *(str(int(place)) for place in middle), "click", button)
 
     def enter_path(self, title, path):
         """Types a path into the file dialog of that title and accepts it."""

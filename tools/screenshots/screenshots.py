@@ -93,6 +93,7 @@ class Photographer:
     def tabs(self):
         studio = self.open(onboarded=True)
         try:
+            x("key", self.say("F1", "F2"))  # subtitles, and so verses, in the reader's language
             x("key", "space")
             studio.click(self.say("Pantallas de sala", "Hall screens"), role="check box")
             x("key", "space")

@@ -2,6 +2,7 @@
 
 #include "app/error.h"
 
+#include <QFileInfo>
 #include <QImageReader>
 
 #include <algorithm>
@@ -16,22 +17,16 @@ constexpr std::int64_t bytesPerMiB = std::int64_t { 1024 } * 1024;
 constexpr int allocationLimitMiB
     = std::int64_t { Frame::maxSide } * Frame::maxSide * 8 / bytesPerMiB;
 
-class AllocationLimit {
-public:
-    AllocationLimit()
-        : m_before(QImageReader::allocationLimit())
-    {
+/// The toolkit keeps one limit for the process: set before the first picture, from whatever thread,
+/// and never again.
+void settleAllocationLimit()
+{
+    static const bool settled = [] {
         QImageReader::setAllocationLimit(allocationLimitMiB);
-    }
-    AllocationLimit(const AllocationLimit &) = delete;
-    AllocationLimit &operator=(const AllocationLimit &) = delete;
-    AllocationLimit(AllocationLimit &&) = delete;
-    AllocationLimit &operator=(AllocationLimit &&) = delete;
-    ~AllocationLimit() { QImageReader::setAllocationLimit(m_before); }
-
-private:
-    int m_before;
-};
+        return true;
+    }();
+    static_cast<void>(settled);
+}
 
 bool tooLarge(const QSize &size)
 {
@@ -40,7 +35,11 @@ bool tooLarge(const QSize &size)
 
 QImage decoded(const QString &path)
 {
-    const AllocationLimit limit;
+    // Opening a pipe waits for its writer, and a device may never end.
+    if (!QFileInfo(path).isFile()) {
+        return {};
+    }
+    settleAllocationLimit();
     QImageReader reader(path);
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);

@@ -11,7 +11,7 @@ namespace nimbara {
 ///
 /// The size is checked before any pixel is decoded, so that a small file cannot claim the memory of
 /// a huge picture. Throws `Error` "Imagen inválida o demasiado grande" when the file cannot be
-/// decoded or is wider or higher than 8192 pixels.
+/// decoded, is no regular file, or is wider or higher than 8192 pixels. Any thread.
 FramePtr loadImage(const QString &path);
 
 /// A frame with the image's pixels, in straight-alpha RGBA. An image without an alpha channel makes

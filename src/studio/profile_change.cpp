@@ -64,8 +64,9 @@ void changeProfile(StreamProfile profile,
     Sources &sources,
     const Report &status)
 {
+    MediaPtr bars = factory.testBars(streamSize(profile)); // may throw: nothing has changed yet
     stage.profile = profile;
-    sources.setBars(factory.testBars(stage.streamFrame()), Sources::standIn);
+    sources.setBars(std::move(bars), Sources::standIn);
     stage.program.clearStreams();
     SourceRebuild sourcesOfLayers(factory, stage.streamFrame());
     for (Scene &scene : stage.scenes.scenes(SceneSet::Streams)) {

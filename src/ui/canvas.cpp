@@ -145,11 +145,9 @@ void Canvas::mouseMoveEvent(QMouseEvent *event)
     }
 }
 
-void Canvas::mouseReleaseEvent(QMouseEvent *event)
+void Canvas::mouseReleaseEvent(QMouseEvent * /*event*/)
 {
-    if (event->button() == Qt::LeftButton) {
-        m_mode = Mode::Idle;
-    }
+    m_mode = Mode::Idle;
 }
 
 void Canvas::mouseDoubleClickEvent(QMouseEvent *event)

@@ -64,13 +64,16 @@ bool QtDialogs::question(const QString &title, const QString &text)
         text,
         QMessageBox::Yes | QMessageBox::No,
         m_parent);
+    box.setTextFormat(Qt::PlainText); // names and paths may look like markup
     box.setDefaultButton(QMessageBox::NoButton);
     return box.exec() == QMessageBox::Yes;
 }
 
 void QtDialogs::warning(const QString &title, const QString &text)
 {
-    QMessageBox::warning(m_parent, title, text, QMessageBox::Ok);
+    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, m_parent);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
 }
 
 } // namespace nimbara

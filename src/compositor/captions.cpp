@@ -2,8 +2,6 @@
 
 #include "app/i18n.h"
 
-#include <algorithm>
-
 namespace nimbara {
 
 namespace {
@@ -48,13 +46,6 @@ void fillSubtitles(Scene &scene, const Captions &captions, bool isPreview)
             layer.text = placeholder();
         }
     }
-}
-
-bool hasSubtitles(const Scene &scene)
-{
-    return std::any_of(scene.layers.begin(), scene.layers.end(), [](const Layer &layer) {
-        return layer.kind == LayerKind::Subtitle;
-    });
 }
 
 } // namespace nimbara

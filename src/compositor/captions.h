@@ -23,7 +23,4 @@ struct Captions {
 /// ones too. In the preview an empty layer gets a placeholder, in the language of the interface.
 void fillSubtitles(Scene &scene, const Captions &captions, bool isPreview);
 
-/// Whether the scene has a subtitle layer, visible or not.
-bool hasSubtitles(const Scene &scene);
-
 } // namespace nimbara

@@ -30,7 +30,7 @@ std::optional<TextBlock> overlay(const Composition &composition)
             ? std::optional(titleBand(composition.title, composition.size))
             : std::nullopt;
     }
-    if (hasSubtitles(composition.scene) || !captions.shown || captions.text().isEmpty()) {
+    if (hasSubtitle(composition.scene) || !captions.shown || captions.text().isEmpty()) {
         return std::nullopt;
     }
     return automaticCaption(captions.text(), composition.size);

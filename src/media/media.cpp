@@ -91,9 +91,9 @@ Media::~Media() = default;
 
 void Media::play()
 {
-    const bool refused = m_isDevice
-        ? m_start.begin(m_parts.pipeline) == PipelineStart::Outcome::Refused
-        : !m_parts.pipeline.play();
+    const bool refused = m_isTestBars
+        ? !m_parts.pipeline.play()
+        : m_start.begin(m_parts.pipeline) == PipelineStart::Outcome::Refused;
     if (refused) {
         throw Error(refusedText());
     }

@@ -23,7 +23,8 @@ namespace nimbara {
 /// (`Retirement`). GStreamer's threads only fill the two sinks and link decoded pads.
 class Media {
 public:
-    /// Builds the pipeline and asks for PLAYING.
+    /// Builds the pipeline and asks for PLAYING, on a background task unless it shows test bars. A
+    /// refusal that does not come in a moment is told by `startOutcome` and `pollSource`.
     ///
     /// `width`, `height`: the profile's size. `device`: a capture device, or none. `uri`: a media
     /// location (UTF-8 text), or empty. `test`: test bars when there is neither device nor uri.
@@ -61,6 +62,8 @@ public:
     [[nodiscard]] bool isDevice() const { return m_isDevice; }
     /// Diagnostic description for the log.
     [[nodiscard]] const QString &label() const { return m_label; }
+    /// How the start has come along: opening a file or a device may take its time.
+    [[nodiscard]] PipelineStart::Outcome startOutcome() { return m_start.poll(); }
     /// Number of pictures taken so far.
     [[nodiscard]] std::uint64_t frameCount() const { return m_frameCount; }
     /// The media's sound, at most one second.
@@ -103,7 +106,7 @@ private:
     bool m_hasAlpha = false; ///< its pixels carry an alpha channel
     bool m_hasPadding = false; ///< its pixels carry a byte without meaning
     SourcePipeline m_parts;
-    /// Last, so that a device's start has come back before its pipeline stops.
+    /// Last, so that the start has come back before its pipeline stops.
     PipelineStart m_start;
 };
 

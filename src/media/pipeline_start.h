@@ -6,11 +6,12 @@
 
 namespace nimbara {
 
-/// Brings the pipeline of a capture device to PLAYING without making the interface thread wait.
+/// Brings the pipeline of a source to PLAYING without making the interface thread wait.
 ///
-/// Opening a device may block: a camera service takes a tenth of a second, and half a minute for a
-/// device that has just gone away. So the change runs on a background task; the caller waits for a
-/// moment only, which is enough to learn that a device refuses at once.
+/// Opening one may block: a camera service takes a tenth of a second, and half a minute for a
+/// device that has just gone away; a file's network share may never answer. So the change runs on a
+/// background task; the caller waits for a moment only, which is enough to learn that a device
+/// refuses at once.
 ///
 /// One thread. The pipeline may be let go of at any time, but must not be stopped before this is
 /// destroyed, which waits for the change to come back.

@@ -5,6 +5,7 @@
 
 #include <QHash>
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 
@@ -31,14 +32,19 @@ bool needsImage(const Layer &layer)
     return layer.kind == LayerKind::Image && !layer.path.isEmpty();
 }
 
-void attach(Layer &layer, const ImageLoader &images, const LayerFactories &factories)
+bool needsSource(const Layer &layer)
+{
+    return layer.kind == LayerKind::Screen
+        || (layer.kind == LayerKind::Video && !layer.uri.isEmpty());
+}
+
+void attach(Layer &layer, const LayerFactories &factories)
 {
     if (needsImage(layer)) {
-        layer.image = images(layer.path);
-    } else if (layer.kind == LayerKind::Video && !layer.uri.isEmpty()) {
-        layer.source = factories.media(layer.uri);
-    } else if (layer.kind == LayerKind::Screen) {
-        layer.source = factories.screen();
+        layer.image = factories.loadImage(layer.path);
+    } else {
+        layer.source
+            = layer.kind == LayerKind::Screen ? factories.screen() : factories.media(layer.uri);
     }
 }
 
@@ -65,23 +71,49 @@ ImageLoader decodeImages(const Project &project, const ImageLoader &load)
     };
 }
 
-QStringList attachResources(Project &project, const LayerFactories &factories)
+ResourceAttachment::ResourceAttachment(Project project, LayerFactories factories)
+    : m_project(std::move(project))
+    , m_factories(std::move(factories))
 {
-    const ImageLoader images = decodeImages(project, factories.loadImage);
-    QStringList warnings;
-    for (auto *set : { &project.streams, &project.hall }) {
+    m_factories.loadImage = decodeImages(m_project, m_factories.loadImage);
+    for (auto *set : { &m_project.streams, &m_project.hall }) {
         for (Scene &scene : *set) {
             for (Layer &layer : scene.layers) {
-                try {
-                    attach(layer, images, factories);
-                } catch (const std::exception &error) {
-                    warnings << layer.name + QStringLiteral(": ")
-                            + nimbara_i18n::tr(errorText(error));
+                if (needsImage(layer) || needsSource(layer)) {
+                    m_waiting.push_back(&layer);
                 }
             }
         }
     }
-    return warnings;
+    std::reverse(m_waiting.begin(), m_waiting.end());
+}
+
+bool ResourceAttachment::step()
+{
+    if (m_waiting.empty()) {
+        return false;
+    }
+    Layer &layer = *m_waiting.back();
+    m_waiting.pop_back();
+    try {
+        attach(layer, m_factories);
+    } catch (const std::exception &error) {
+        warn(layer, errorText(error));
+    }
+    return true;
+}
+
+void ResourceAttachment::warn(const Layer &layer, const QString &reason)
+{
+    m_warnings << layer.name + QStringLiteral(": ") + nimbara_i18n::tr(reason);
+}
+
+QStringList attachResources(Project &project, const LayerFactories &factories)
+{
+    ResourceAttachment attachment(std::move(project), factories);
+    while (attachment.step()) { }
+    project = std::move(attachment.project());
+    return attachment.warnings();
 }
 
 } // namespace nimbara

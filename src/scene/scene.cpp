@@ -50,6 +50,19 @@ bool hasSubtitle(const Scene &scene)
     });
 }
 
+std::int32_t addLayer(Scene &scene, Layer layer)
+{
+    if (layer.kind == LayerKind::Subtitle && hasSubtitle(scene)) {
+        throw Error(QStringLiteral("Esta escena ya tiene una fuente de subtítulos."));
+    }
+    const auto place = static_cast<std::int32_t>(scene.layers.size());
+    if (layer.name.isEmpty()) {
+        layer.name = displayName(layer.kind) + QLatin1Char(' ') + QString::number(place + 1);
+    }
+    scene.layers.push_back(std::move(layer));
+    return place;
+}
+
 std::vector<Scene> &SceneSets::scenes(SceneSet which)
 {
     return set(which).scenes;
@@ -84,16 +97,7 @@ Scene &SceneSets::currentScene()
 
 std::int32_t SceneSets::addLayer(Layer layer)
 {
-    Scene &scene = currentScene();
-    if (layer.kind == LayerKind::Subtitle && hasSubtitle(scene)) {
-        throw Error(QStringLiteral("Esta escena ya tiene una fuente de subtítulos."));
-    }
-    const auto place = static_cast<std::int32_t>(scene.layers.size());
-    if (layer.name.isEmpty()) {
-        layer.name = displayName(layer.kind) + QLatin1Char(' ') + QString::number(place + 1);
-    }
-    scene.layers.push_back(std::move(layer));
-    return place;
+    return nimbara::addLayer(currentScene(), std::move(layer));
 }
 
 } // namespace nimbara

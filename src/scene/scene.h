@@ -30,6 +30,11 @@ Scene defaultScene(bool isHall);
 /// Whether the scene has a subtitle layer, visible or not. Operations add one at most.
 bool hasSubtitle(const Scene &scene);
 
+/// Names an unnamed layer after its kind and its place ("Texto 3"), and appends it to the scene, in
+/// front of all others. Returns its index. Throws `Error` "Esta escena ya tiene una fuente de
+/// subtítulos." for a second subtitle layer, changing nothing.
+std::int32_t addLayer(Scene &scene, Layer layer);
+
 /// Both sets, the current scene of each and the set that PREVIEW edits. A set never stays empty
 /// once its current scene was asked for.
 class SceneSets {
@@ -50,9 +55,7 @@ public:
     /// the current index is clamped to the set and stored back.
     [[nodiscard]] Scene &currentScene();
 
-    /// Names an unnamed layer after its kind and its place ("Texto 3"), and appends it to the
-    /// current scene, in front of all others. Returns its index. Throws `Error` "Esta escena ya
-    /// tiene una fuente de subtítulos." for a second subtitle layer, changing nothing.
+    /// `nimbara::addLayer` to the current scene.
     std::int32_t addLayer(Layer layer);
 
 private:

@@ -1,7 +1,6 @@
 #include "studio/layer_maker.h"
 
 #include "app/i18n.h"
-#include "compositor/load_image.h"
 #include "scene/scene_ops.h"
 
 #include <QUrl>
@@ -15,11 +14,6 @@ LayerMaker::LayerMaker(const MediaFactory &factory, Stage &stage, Report status)
     , m_stage(stage)
     , m_status(std::move(status))
 {
-}
-
-std::int32_t LayerMaker::addImage(const QString &path)
-{
-    return m_stage.scenes.addLayer(imageLayer(path, loadImage(path), m_stage.previewFrame()));
 }
 
 std::int32_t LayerMaker::addVideoFile(const QString &path)

@@ -6,14 +6,13 @@
 
 namespace nimbara {
 
-/// Adds layers that need something opened: a picture file, a media location, the screen. Each ends
+/// Adds layers that need something opened: a media location, the screen. Each ends
 /// in front of the edited set's current scene. Interface thread only. The operations return the new
 /// layer's index and throw `Error`, with nothing added, when the thing cannot be opened.
 class LayerMaker {
 public:
     LayerMaker(const MediaFactory &factory, Stage &stage, Report status);
 
-    std::int32_t addImage(const QString &path);
     /// A file on this computer; its "file:" URL becomes the location.
     std::int32_t addVideoFile(const QString &path);
     /// A location as the operator typed it, a network stream or a "file:" URL.

@@ -2,25 +2,28 @@
 
 #include "app/error.h"
 #include "app/i18n.h"
-#include "compositor/load_image.h"
-#include "studio/profile_change.h"
-
-#include <chrono>
 
 namespace nimbara {
 
 namespace {
 
-template <typename Result> bool isReady(const std::future<Result> &task)
+/// The scenes as a file holds them: a write that hangs keeps no picture and no pipeline alive.
+std::vector<Scene> plain(std::vector<Scene> scenes)
 {
-    return task.valid() && task.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    for (Scene &scene : scenes) {
+        for (Layer &layer : scene.layers) {
+            layer.image.reset();
+            layer.source.reset();
+        }
+    }
+    return scenes;
 }
 
 Project projectOf(const Stage &stage, std::int32_t gain)
 {
     return { stage.profile,
-        stage.scenes.scenes(SceneSet::Streams),
-        stage.scenes.scenes(SceneSet::Hall),
+        plain(stage.scenes.scenes(SceneSet::Streams)),
+        plain(stage.scenes.scenes(SceneSet::Hall)),
         stage.scenes.currentIndex(SceneSet::Streams),
         stage.scenes.currentIndex(SceneSet::Hall),
         stage.band,
@@ -40,6 +43,7 @@ ProjectDesk::ProjectDesk(const MediaFactory &factory,
     , m_stage(stage)
     , m_sources(sources)
     , m_status(std::move(status))
+    , m_opening(factory)
 {
 }
 
@@ -53,67 +57,46 @@ void ProjectDesk::requireIdleOutputs() const
 void ProjectDesk::saveProject(const QString &path, std::int32_t gain)
 {
     requireIdleOutputs();
-    if (m_saving.valid() || m_opening.valid()) {
-        return;
-    }
-    m_pendingPath = path;
-    m_saving = std::async(std::launch::async,
-        [path, json = toJson(projectOf(m_stage, gain))] { writeProjectFile(path, json); });
+    m_saves.save(path, projectOf(m_stage, gain));
 }
 
 void ProjectDesk::openProject(const QString &path)
 {
     requireIdleOutputs();
-    if (m_saving.valid() || m_opening.valid()) {
-        return;
+    if (m_opening.bars() || m_saves.isSaving(path)) {
+        throw Error(QStringLiteral("Espera a que termine de abrirse o guardarse el proyecto."));
     }
-    m_pendingPath = path;
-    m_opening = std::async(std::launch::async, [path] {
-        Project project = fromJson(readProjectFile(path));
-        ImageLoader images = decodeImages(project, loadImage);
-        return Read { std::move(project), std::move(images) };
-    });
+    m_opening.start(path, readFile);
 }
 
-template <typename Step> void ProjectDesk::guarded(Step step)
+void ProjectDesk::poll()
 {
+    for (const ProjectSaves::Done &done : m_saves.poll()) {
+        if (done.failure.isEmpty()) {
+            succeeded(done.path);
+        } else {
+            onFailed(done.failure);
+        }
+    }
     try {
-        step();
+        if (auto opened = m_opening.poll()) {
+            requireIdleOutputs(); // one may have started meanwhile
+            takeOver(std::move(*opened));
+        }
     } catch (const std::exception &error) {
         onFailed(errorText(error));
     }
 }
 
-void ProjectDesk::poll()
+void ProjectDesk::takeOver(ProjectOpening::Opened opened)
 {
-    if (isReady(m_saving)) {
-        guarded([this] {
-            m_saving.get();
-            succeeded(m_pendingPath);
-        });
-    }
-    if (isReady(m_opening)) {
-        guarded([this] {
-            Read read = m_opening.get();
-            requireIdleOutputs(); // one may have started meanwhile
-            takeOver(std::move(read));
-        });
-    }
-}
-
-void ProjectDesk::takeOver(Read read)
-{
-    Project &project = read.project;
+    Project &project = opened.project;
     if (project.profile != m_stage.profile) {
+        MediaPtr bars = m_factory.testBars(streamSize(project.profile)); // may throw
         m_stage.profile = project.profile;
-        m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::standIn);
+        m_sources.setBars(std::move(bars), Sources::standIn);
     }
-    const QStringList warnings = attachResources(project,
-        { read.images,
-            [this](const QString &location) {
-                return m_factory.media(m_stage.streamFrame(), location);
-            },
-            [this] { return m_factory.screen(m_stage.streamFrame()); } });
+    ++m_stage.projects;
     m_stage.scenes.scenes(SceneSet::Streams) = project.streams;
     m_stage.scenes.scenes(SceneSet::Hall) = project.hall;
     m_stage.scenes.setCurrentIndex(SceneSet::Streams, project.currentStreams);
@@ -121,8 +104,8 @@ void ProjectDesk::takeOver(Read read)
     m_stage.program.clear();
     m_stage.band = project.band;
     m_stage.title = project.title;
-    onOpened(project, warnings);
-    succeeded(m_pendingPath);
+    onOpened(project, opened.warnings);
+    succeeded(opened.path);
 }
 
 void ProjectDesk::succeeded(const QString &path)

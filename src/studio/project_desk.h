@@ -2,7 +2,8 @@
 
 #include "media/media_factory.h"
 #include "output/outputs.h"
-#include "scene/project_resources.h"
+#include "studio/project_opening.h"
+#include "studio/project_saves.h"
 #include "studio/report.h"
 #include "studio/sources.h"
 #include "studio/stage.h"
@@ -11,7 +12,6 @@
 #include <QStringList>
 
 #include <functional>
-#include <future>
 
 namespace nimbara {
 
@@ -30,10 +30,12 @@ public:
     /// asked before the operator is.
     void requireIdleOutputs() const;
 
-    /// Begins to save. `gain`: the input gain slider, 0..200 percent. Throws as above.
+    /// Begins to save the stage as it is now, whatever else is under way. `gain`: the input gain
+    /// slider, 0..200 percent. Throws as above.
     void saveProject(const QString &path, std::int32_t gain);
 
-    /// Begins to open. Throws as above.
+    /// Begins to open. Throws as above, and `Error` "Espera a que termine de abrirse o guardarse el
+    /// proyecto." while another project is being opened or this one is being saved.
     void openProject(const QString &path);
 
     /// Takes over what a background task has finished. Call on every run of the frame clock.
@@ -48,15 +50,12 @@ public:
     /// Saving or opening failed and nothing changed; the operator's text, untranslated.
     std::function<void(const QString &text)> onFailed = [](const QString &) {};
 
-private:
-    struct Read {
-        Project project;
-        ImageLoader images;
-    };
+    /// Reads a project file, on a background task; another reader plays a disk that hangs.
+    ProjectOpening::FileReader readFile = readProjectFile;
 
-    void takeOver(Read read);
+private:
+    void takeOver(ProjectOpening::Opened opened);
     void succeeded(const QString &path);
-    template <typename Step> void guarded(Step step);
 
     const MediaFactory &m_factory;
     const Outputs &m_outputs;
@@ -64,9 +63,8 @@ private:
     Sources &m_sources;
     Report m_status;
     QString m_lastPath;
-    QString m_pendingPath;
-    std::future<void> m_saving;
-    std::future<Read> m_opening;
+    ProjectSaves m_saves;
+    ProjectOpening m_opening;
 };
 
 } // namespace nimbara

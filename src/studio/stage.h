@@ -7,6 +7,8 @@
 
 #include <QString>
 
+#include <cstdint>
+
 namespace nimbara {
 
 /// What stands on the operator's desk: the scenes being prepared, what is on air, and the controls
@@ -18,6 +20,7 @@ struct Stage {
     QString title; ///< the lower-third field as it stands now
     bool band = false; ///< the band switch as it stands now
     Captions captions;
+    std::uint64_t projects = 0; ///< opened so far; the scenes are others after each
 
     [[nodiscard]] FrameSize streamFrame() const { return streamSize(profile); }
     /// The size of the set that PREVIEW edits.

@@ -27,6 +27,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           m_pictures,
           [this](const QString &text) { status(text); })
     , m_layers(m_factory, m_stage, [this](const QString &text) { status(text); })
+    , m_images(m_stage)
     , m_outputs(m_retirement)
     , m_projects(m_factory,
           m_outputs,
@@ -67,6 +68,7 @@ void Studio::readInputs()
     m_sources.reopenCamera(m_stage.streamFrame());
     m_devices.poll();
     m_projects.poll();
+    m_images.poll();
     m_audio.pull();
     m_retirement->reap();
 }

@@ -6,6 +6,7 @@
 #include "studio/audio_input.h"
 #include "studio/device_connection.h"
 #include "studio/diagnostics.h"
+#include "studio/image_intake.h"
 #include "studio/layer_maker.h"
 #include "studio/program_audio_desk.h"
 #include "studio/program_control.h"
@@ -52,6 +53,7 @@ public:
     [[nodiscard]] ProgramAudioDesk &programAudio() { return m_programAudio; }
     [[nodiscard]] ProgramControl &program() { return m_program; }
     [[nodiscard]] LayerMaker &layers() { return m_layers; }
+    [[nodiscard]] ImageIntake &images() { return m_images; }
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
@@ -88,6 +90,7 @@ private:
     ProgramAudioDesk m_programAudio;
     ProgramControl m_program;
     LayerMaker m_layers;
+    ImageIntake m_images;
     Outputs m_outputs;
     ProjectDesk m_projects;
     TranslationDesk m_translation;

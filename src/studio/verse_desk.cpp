@@ -93,7 +93,7 @@ void VerseDesk::write(bible::VerseLookup::LayerId place, const bible::VerseUpdat
     layer->reference = update.reference;
     layer->name = update.name.value_or(layer->name);
     m_hiddenLines = hiddenLines(*layer, m_stage.previewFrame());
-    onLayerWritten();
+    onLayerWritten(static_cast<std::int32_t>(place));
 }
 
 void VerseDesk::tell(const QString &text)

@@ -36,8 +36,8 @@ public:
     /// Where the operator's keys come from, asked when one is needed. Never empty.
     void setKeys(bible::VerseLookup::KeySource apiBible, bible::VerseLookup::KeySource openAi);
 
-    /// A verse layer of the current scene has another text or name. Never empty.
-    std::function<void()> onLayerWritten = [] {};
+    /// The verse layer at this index of the current scene has another text or name. Never empty.
+    std::function<void(std::int32_t layer)> onLayerWritten = [](std::int32_t) {};
     /// A lookup that had to wait for the Bibles has failed; the operator's text, untranslated.
     /// Never empty.
     std::function<void(const QString &text)> onFailed = [](const QString &) {};

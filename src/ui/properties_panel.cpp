@@ -26,6 +26,7 @@ QString label(const char *spanish)
 QLabel *makeNote(const QString &text)
 {
     auto *note = new QLabel(text);
+    note->setTextFormat(Qt::PlainText); // names of files and sources may look like markup
     note->setWordWrap(true);
     return note;
 }
@@ -213,9 +214,10 @@ void PropertiesPanel::addStyleRows(QFormLayout &form, const Layer &shown)
     form.addRow(label("Tamaño"), size);
 
     form.addRow(makeCheck("Negrita", "bold", &Layer::bold));
-    form.addRow(label("Color del texto"), makeColorButton("textColor", &Layer::color, false));
+    form.addRow(label("Color del texto"),
+        makeColorButton("Color del texto", "textColor", &Layer::color, false));
     form.addRow(label("Fondo (con transparencia)"),
-        makeColorButton("backgroundColor", &Layer::background, true));
+        makeColorButton("Fondo (con transparencia)", "backgroundColor", &Layer::background, true));
     form.addRow(makeCheck("Sombra / contorno oscuro", "shadow", &Layer::shadow));
 
     auto *alignment = named(new QComboBox, "textAlign", label("Alineación"));
@@ -238,7 +240,7 @@ void PropertiesPanel::addPictureRows(QFormLayout &form, const Layer &shown)
     }
     switch (shown.kind) {
     case LayerKind::Color:
-        form.addRow(label("Color"), makeColorButton("fillColor", &Layer::fill, false));
+        form.addRow(label("Color"), makeColorButton("Color", "fillColor", &Layer::fill, false));
         break;
     case LayerKind::Image: {
         form.addRow(label("Archivo"), makeNote(QFileInfo(shown.path).fileName()));
@@ -266,12 +268,15 @@ void PropertiesPanel::addPictureRows(QFormLayout &form, const Layer &shown)
     }
 }
 
-QWidget *PropertiesPanel::makeColorButton(const char *name, QColor Layer::*field, bool withAlpha)
+QWidget *PropertiesPanel::makeColorButton(const char *spanish,
+    const char *name,
+    QColor Layer::*field,
+    bool withAlpha)
 {
     const Layer *shown = layer();
     auto *button = new ColorButton(shown->*field,
         [this, withAlpha](const QColor &current) { return askColor(current, withAlpha); });
-    button->setObjectName(QLatin1String(name));
+    named(button, name, label(spanish));
     connect(button, &ColorButton::colorChosen, this, [this, field](const QColor &color) {
         edit([field, &color](Layer &edited) { edited.*field = color; });
     });

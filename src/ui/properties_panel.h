@@ -50,7 +50,8 @@ private:
     void addVerseRows(QFormLayout &form, const Layer &shown);
     void addPictureRows(QFormLayout &form, const Layer &shown);
     QWidget *makeAlignmentGrid();
-    QWidget *makeColorButton(const char *name, QColor Layer::*field, bool withAlpha);
+    QWidget *
+    makeColorButton(const char *spanish, const char *name, QColor Layer::*field, bool withAlpha);
     QWidget *makeCheck(const char *spanish, const char *name, bool Layer::*field);
     void fitToFrame();
     void setBoxOf(const nimbara::Box &box);

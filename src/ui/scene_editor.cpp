@@ -1,8 +1,10 @@
 #include "ui/scene_editor.h"
 
+#include "app/error.h"
 #include "app/i18n.h"
-#include "compositor/load_image.h"
 #include "scene/scene_ops.h"
+
+#include <QTimer>
 
 namespace nimbara {
 
@@ -29,6 +31,7 @@ SceneEditor::SceneEditor(Studio &studio, Dialogs &dialogs, const ErrorGuard &gua
     connectCanvas();
     connectTab();
     connectProperties();
+    connectImages();
 }
 
 void SceneEditor::connectCanvas()
@@ -96,6 +99,17 @@ void SceneEditor::connectProperties()
     });
 }
 
+void SceneEditor::connectImages()
+{
+    ImageIntake &images = m_studio.images();
+    images.onAdded = [this](std::int32_t layer) { showLayer(layer); };
+    images.onChanged = [this](std::int32_t layer) { showWritten(layer); };
+    images.onFailed = [this](const QString &text) {
+        // From the frame timer: the box must not hold up the tick that found the failure.
+        QTimer::singleShot(0, this, [this, text] { m_guard.run([&text] { throw Error(text); }); });
+    };
+}
+
 Scene &SceneEditor::scene()
 {
     return m_studio.stage().scenes.currentScene();
@@ -158,11 +172,13 @@ void SceneEditor::refreshProps()
     m_views.tab.properties()->rebuild();
 }
 
-void SceneEditor::rebuildProps()
+void SceneEditor::showWritten(std::int32_t layer)
 {
-    ++m_shape;
     m_views.tab.showLayers(scene(), m_views.canvas.selected());
-    refreshProps();
+    if (layer == m_views.canvas.selected()) {
+        ++m_shape;
+        refreshProps();
+    }
 }
 
 void SceneEditor::showLayer(std::int32_t layer)
@@ -238,7 +254,7 @@ void SceneEditor::addSource(SourceEntry entry)
 
 void SceneEditor::addSubtitles()
 {
-    if (hasSubtitles(scene())) {
+    if (hasSubtitle(scene())) {
         m_studio.status(label("Esta escena ya tiene una fuente de subtítulos."));
         return;
     }
@@ -251,9 +267,7 @@ void SceneEditor::addImage()
 {
     const QString path = m_dialogs.openFile(label("Imagen"), QString(), imageFilter());
     if (!path.isEmpty()) {
-        const std::int32_t added = m_studio.layers().addImage(path);
-        ++m_shape;
-        select(added);
+        m_studio.images().add(path);
     }
 }
 
@@ -302,11 +316,7 @@ void SceneEditor::changeImageOfSelected()
     if (path.isEmpty()) {
         return;
     }
-    const std::int32_t selected = m_views.canvas.selected();
-    if (changeImage(scene(), selected, path, loadImage(path))) {
-        ++m_shape;
-        select(selected);
-    }
+    m_studio.images().change(m_views.canvas.selected(), path);
 }
 
 void SceneEditor::restartVideoOfSelected()

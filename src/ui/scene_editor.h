@@ -31,14 +31,16 @@ public:
     void showScenes(std::int32_t selected);
     /// Brings the properties up to date: built anew for another layer, else only its position.
     void refreshProps();
-    /// Shows the layer list and the properties anew: a layer was written from elsewhere.
-    void rebuildProps();
+    /// A layer was written from elsewhere: shows the layer list anew, and the properties when they
+    /// are that layer's. Typing into another layer's goes on.
+    void showWritten(std::int32_t layer);
     /// Selects a layer that was added or found elsewhere.
     void showLayer(std::int32_t layer);
     /// The selected layer's index, or none (-1).
     [[nodiscard]] std::int32_t selected() const { return m_views.canvas.selected(); }
 
-    /// The three ways to bring in a file or a stream; each asks the operator. They throw `Error`.
+    /// The three ways to bring in a file or a stream; each asks the operator. They throw `Error`;
+    /// a picture that cannot be decoded is told of later.
     void addImage();
     void addVideo();
     void addNetworkSource();
@@ -55,6 +57,7 @@ private:
     void moveSelected(int delta);
     void deleteSelected();
     void changeImageOfSelected();
+    void connectImages();
     void restartVideoOfSelected();
     void select(std::int32_t layer);
     [[nodiscard]] Scene &scene();

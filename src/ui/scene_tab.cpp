@@ -74,8 +74,12 @@ QVBoxLayout *SceneTab::makeSceneColumn()
     QPushButton *add = makeButton("+ Fuente", "addSource");
     add->setMenu(makeSourceMenu());
     layers->addWidget(add);
-    addButton(layers, "▲", "layerUp", [this] { Q_EMIT moveLayerPressed(1); });
-    addButton(layers, "▼", "layerDown", [this] { Q_EMIT moveLayerPressed(-1); });
+    addButton(layers, "▲", "layerUp", [this] {
+        Q_EMIT moveLayerPressed(1);
+    })->setAccessibleName(nimbara_i18n::tr("Subir la fuente"));
+    addButton(layers, "▼", "layerDown", [this] {
+        Q_EMIT moveLayerPressed(-1);
+    })->setAccessibleName(nimbara_i18n::tr("Bajar la fuente"));
     addButton(layers, "Eliminar", "deleteLayer", &SceneTab::deleteLayerPressed);
     layers->addStretch();
     column->addLayout(layers);
@@ -117,25 +121,36 @@ void SceneTab::connectList()
 void SceneTab::showLayers(const Scene &scene, std::int32_t selected)
 {
     const QSignalBlocker blocker(m_layers);
-    m_layers->clear();
-    for (auto index = static_cast<std::int32_t>(scene.layers.size()) - 1; index >= 0; --index) {
-        const Layer &layer = scene.layers[static_cast<std::size_t>(index)];
-        auto *item = new QListWidgetItem(itemText(layer), m_layers);
-        item->setData(Qt::UserRole, index);
-        item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
-        item->setCheckState(layer.visible ? Qt::Checked : Qt::Unchecked);
-        item->setToolTip(nimbara_i18n::tr("Marca para mostrar, desmarca para ocultar"));
-        if (index == selected) {
-            m_layers->setCurrentItem(item);
-        }
+    // Entries stay and are written anew: the mouse may be pressed on one of them right now.
+    const auto count = static_cast<int>(scene.layers.size());
+    while (m_layers->count() > count) {
+        delete m_layers->takeItem(m_layers->count() - 1);
     }
+    while (m_layers->count() < count) {
+        auto *item = new QListWidgetItem(m_layers);
+        item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+        item->setToolTip(nimbara_i18n::tr("Marca para mostrar, desmarca para ocultar"));
+    }
+    for (std::int32_t index = 0; index < count; ++index) {
+        const Layer &layer = scene.layers[static_cast<std::size_t>(index)];
+        QListWidgetItem *item = m_layers->item(rowOf(index));
+        item->setText(itemText(layer));
+        item->setData(Qt::UserRole, index);
+        item->setCheckState(layer.visible ? Qt::Checked : Qt::Unchecked);
+    }
+    const bool marked = selected >= 0 && selected < count;
+    m_layers->setCurrentRow(marked ? rowOf(selected) : -1);
+}
+
+int SceneTab::rowOf(std::int32_t layer) const
+{
+    return m_layers->count() - 1 - layer;
 }
 
 void SceneTab::showLayerName(const Layer &layer, std::int32_t index)
 {
     const QSignalBlocker blocker(m_layers);
-    const int row = m_layers->count() - 1 - index;
-    if (QListWidgetItem *item = m_layers->item(row)) {
+    if (QListWidgetItem *item = m_layers->item(rowOf(index))) {
         item->setText(itemText(layer));
     }
 }

@@ -34,7 +34,7 @@ class SceneTab : public QWidget {
 public:
     explicit SceneTab(QWidget *parent = nullptr);
 
-    /// Refills the layer list, front layer first, and marks the selected one.
+    /// Writes the layer list anew, front layer first, and marks the selected one.
     void showLayers(const Scene &scene, std::int32_t selected);
     /// Writes a layer's name into its list entry.
     void showLayerName(const Layer &layer, std::int32_t index);
@@ -58,6 +58,8 @@ private:
     QVBoxLayout *makeSceneColumn();
     QMenu *makeSourceMenu();
     void connectList();
+    /// The list row of a layer: the front layer comes first.
+    [[nodiscard]] int rowOf(std::int32_t layer) const;
 
     QListWidget *m_layers;
     QLineEdit *m_verse;

@@ -14,6 +14,7 @@
 #include "ui/onboarding.h"
 #include "ui/outputs_tab.h"
 #include "ui/project_row.h"
+#include "ui/return_key.h"
 #include "ui/scene_editor.h"
 #include "ui/scene_tab.h"
 #include "ui/sources_tab.h"
@@ -86,6 +87,17 @@ QScrollArea *scrollable(std::initializer_list<std::pair<QWidget *, int>> widgets
     return area;
 }
 
+/// One warning per line, as many as fit a small screen, and how many more there are.
+QString shortened(const QStringList &warnings)
+{
+    constexpr int mostLines = 20;
+    QStringList lines = warnings.mid(0, mostLines);
+    if (warnings.size() > mostLines) {
+        lines << nimbara_i18n::tr("… y %1 más").arg(warnings.size() - mostLines);
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
 QStringList screenNames()
 {
     QStringList names;
@@ -117,6 +129,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_translationTab(new TranslationTab)
     , m_status(new QLabel)
     , m_hallScreen(std::make_unique<HallScreen>())
+    , m_returnKey(std::make_unique<ReturnKey>(*this))
 {
     layOut();
     m_editor = std::make_unique<SceneEditor>(m_studio,
@@ -185,6 +198,7 @@ void StudioWindow::layOut()
     m_tabs->setCurrentIndex(0);
 
     m_status->setObjectName(QStringLiteral("status"));
+    m_status->setTextFormat(Qt::PlainText);
     m_status->setWordWrap(true);
 
     auto *central = new QWidget;
@@ -338,8 +352,7 @@ void StudioWindow::showProject(const Project &project, const QStringList &warnin
     m_editor->showScenes(0);
     if (!warnings.isEmpty()) {
         QTimer::singleShot(0, this, [this, warnings] {
-            m_dialogs->warning(nimbara_i18n::tr("Abrir proyecto"),
-                warnings.join(QLatin1Char('\n')));
+            m_dialogs->warning(nimbara_i18n::tr("Abrir proyecto"), shortened(warnings));
         });
     }
 }

@@ -23,6 +23,7 @@ class ControlRow;
 class DestinationControls;
 class HallScreen;
 class HeaderRow;
+class ReturnKey;
 class Monitors;
 class OutputsTab;
 class ProjectRow;
@@ -110,6 +111,7 @@ private:
     TranslationTab *m_translationTab;
     QLabel *m_status;
     std::unique_ptr<HallScreen> m_hallScreen;
+    std::unique_ptr<ReturnKey> m_returnKey;
     std::unique_ptr<SceneEditor> m_editor;
     std::unique_ptr<DestinationControls> m_destinations;
     std::unique_ptr<TranslationControls> m_translation;

@@ -44,7 +44,7 @@ VerseControls::VerseControls(Studio &studio,
     VerseDesk &desk = m_studio.verses();
     desk.setKeys([this](const auto &receiver) { withKey(receiver); },
         [this](const auto &receiver) { m_views.openAi.withKey(receiver); });
-    desk.onLayerWritten = [this] { m_views.editor.rebuildProps(); };
+    desk.onLayerWritten = [this](std::int32_t layer) { m_views.editor.showWritten(layer); };
     desk.onFailed = [this](const QString &text) { m_guard.run([&text] { throw Error(text); }); };
 }
 

@@ -54,6 +54,10 @@ void VerseLookup::showBuiltIn(LayerId layer, const Ref &ref, const Source &sourc
     const Request request = newRequest(layer, ref, source);
     updateLayer(layer, update);
     if (source.choice == QLatin1String("api")) {
+        if (source.apiBibleId.isEmpty()) {
+            askApiBible(request, {}); // nothing to ask a key for
+            return;
+        }
         withKey(apiBibleKey, request, [this, request](const QString &key) {
             askApiBible(request, key);
         });

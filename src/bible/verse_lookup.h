@@ -17,8 +17,8 @@ namespace bible {
 /// Shows a verse in a layer: a built-in text at once and then, where the choice asks for it, the
 /// online text in its place.
 ///
-/// The owner names a layer by a number of its own that stays with that layer and is never given to
-/// another, however layers and scenes change meanwhile. A newer lookup for a layer makes what is
+/// The owner names a layer by a number of its own; what a number means is the owner's to say when
+/// an answer comes. A newer lookup for a layer makes what is
 /// still under way for it void, and nothing is said or written for a layer that `holdsVerse`
 /// denies.
 ///

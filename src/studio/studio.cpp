@@ -56,9 +56,9 @@ void Studio::tick()
         return;
     }
     m_sources.logFirstFrame();
+    m_translation.clearOldCaptions();
     const Pictures pictures = composePictures(now);
     onPictures(pictures);
-    m_translation.clearOldCaptions();
     feedOutputs(pictures.streams, *frameTime);
 }
 

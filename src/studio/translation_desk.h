@@ -47,7 +47,7 @@ public:
     void setSeparator(CaptionSeparator separator);
     void setCaptionsShown(bool shown) { m_stage.captions.shown = shown; }
     void clearCaptions();
-    /// Takes captions away that are too old. Call on each frame, after its pictures are shown.
+    /// Takes captions away that are too old. Call on each frame, before its pictures.
     void clearOldCaptions();
 
     /// One small request with the operator's key, whether or not a run is on.

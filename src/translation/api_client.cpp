@@ -84,7 +84,7 @@ void ApiClient::finish(QNetworkReply *reply, const Call &call)
     if (isStale(call)) {
         return;
     }
-    if (reply->error() == QNetworkReply::NoError) {
+    if (reply->error() == QNetworkReply::NoError && httpStatus(reply) != 0) {
         call.onSuccess(body);
         return;
     }

@@ -51,7 +51,13 @@ void Translation::connectLive()
             translate(m_order.take(phraseTimeMs), text);
         }
     };
+    m_live.phraseEnded = [this] { m_seam.endPhrase(); };
+    m_live.phraseDone = [this] { m_seam.phraseDone(); };
     m_live.unavailable = [this] {
+        // The session is gone with what it had not transcribed: that goes by the other road.
+        for (const AudioBlock &block : m_seam.take()) {
+            segment(block);
+        }
         statusChanged(QStringLiteral("Modo en vivo no disponible; se usa modo por trozos."));
     };
 }
@@ -85,6 +91,7 @@ void Translation::start(const QString &key,
 void Translation::stopEngine()
 {
     m_live.stop();
+    m_seam.clear();
     m_segmenter.clear();
     m_pendingSegments.clear();
     m_inFlight = 0;
@@ -110,10 +117,17 @@ void Translation::processAudio(const AudioBlock &block)
         // glued to the first words after the session, however much later.
         takePhrase(m_segmenter.flush());
         if (isCurrent(generation)) {
+            m_seam.add(block);
             m_live.pushAudio(block);
         }
         return;
     }
+    segment(block);
+}
+
+void Translation::segment(const AudioBlock &block)
+{
+    const std::int32_t generation = requestGeneration();
     for (const PhraseSamples &phrase : m_segmenter.push(block)) {
         if (isCurrent(generation)) {
             takePhrase(phrase);

@@ -6,6 +6,7 @@
 #include "translation/api_client.h"
 #include "translation/live_transcriber.h"
 #include "translation/phrase_order.h"
+#include "translation/seam_buffer.h"
 #include "translation/segmenter.h"
 #include "translation/transcript_memory.h"
 
@@ -70,6 +71,7 @@ private:
     };
 
     void connectLive();
+    void segment(const AudioBlock &block);
     void takePhrase(const PhraseSamples &samples);
     void startUploads();
     void upload(const PendingSegment &segment);
@@ -85,6 +87,7 @@ private:
     const Clock &m_clock;
     ApiClient m_api;
     LiveTranscriber m_live;
+    SeamBuffer m_seam; ///< what the live session still owes a transcript
     Segmenter m_segmenter;
     PhraseOrder m_order;
     TranscriptMemory m_memory;

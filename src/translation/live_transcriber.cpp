@@ -82,6 +82,7 @@ void LiveTranscriber::handleEvent(const QByteArray &message)
         handleCompleted(event.value(QLatin1String("transcript")).toString());
     } else if (type == QLatin1String("input_audio_buffer.speech_stopped")) {
         m_lastSpeechTime = m_clock.wallMs();
+        phraseEnded();
     }
 }
 
@@ -106,6 +107,7 @@ void LiveTranscriber::handleCompleted(const QString &transcript)
 {
     const QString text = transcript.trimmed();
     m_partialText.clear();
+    phraseDone();
     if (!text.isEmpty()) {
         turn(text, m_lastSpeechTime == 0 ? m_clock.wallMs() : m_lastSpeechTime);
     }
@@ -166,14 +168,20 @@ void LiveTranscriber::endPhraseIfDue()
     }
     sendAudio();
     if (m_audio.endPhrase()) {
-        m_socket.sendText(live::audioCommit());
+        sendCommit();
     }
+}
+
+void LiveTranscriber::sendCommit()
+{
+    m_socket.sendText(live::audioCommit());
+    phraseEnded();
 }
 
 void LiveTranscriber::commit()
 {
     if (m_audio.takeCommit() && m_active) {
-        m_socket.sendText(live::audioCommit());
+        sendCommit();
     }
 }
 

@@ -46,6 +46,10 @@ public:
     /// Gets the text of a finished phrase and when it ended, in milliseconds since the epoch.
     std::function<void(const QString &text, std::int64_t phraseTimeMs)> turn
         = [](const QString &, std::int64_t) {};
+    /// The audio given so far ends a phrase.
+    std::function<void()> phraseEnded = [] {};
+    /// The earliest phrase that ended is transcribed, perhaps as nothing. Comes before its `turn`.
+    std::function<void()> phraseDone = [] {};
     std::function<void()> unavailable = [] {}; ///< the session could not be made or was lost
 
 private:
@@ -56,6 +60,7 @@ private:
     void handleCompleted(const QString &transcript);
     void endPhraseIfDue();
     void sendAudio();
+    void sendCommit();
     void fail(const QString &text);
     [[nodiscard]] QString shown(const QString &peerText, qsizetype length) const;
 

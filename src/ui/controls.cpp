@@ -28,6 +28,7 @@ QLabel *makeNote(const char *spanish)
 {
     auto *note = new QLabel(nimbara_i18n::tr(spanish));
     note->setWordWrap(true);
+    note->setTextFormat(Qt::PlainText);
     return note;
 }
 

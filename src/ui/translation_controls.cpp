@@ -52,14 +52,14 @@ void TranslationControls::showStored()
     const CaptionSeparator separator
         = captionSeparator(m_settings.value(setting(separatorSetting), 1).toInt());
     const bool live = m_settings.value(setting(liveSetting), true).toBool();
-    m_tab.showSettings(
-        { m_settings.value(setting(targetSetting), languages::defaultTarget()).toString(),
-            live,
-            static_cast<int>(separator) });
+    const QString target
+        = m_settings.value(setting(targetSetting), languages::defaultTarget()).toString();
     TranslationDesk &desk = m_studio.translation();
+    m_tab.showSettings({ target, live, static_cast<int>(separator) });
     desk.setLiveMode(live);
     desk.setSeparator(separator);
-    desk.setSource(m_settings.value(setting(sourceSetting)).toString());
+    desk.setSource(
+        m_settings.value(setting(sourceSetting), languages::sourceFor(target)).toString());
     const QString key = m_secrets.readSecretFile(secret_account::openAi());
     if (!key.isEmpty()) {
         m_tab.showApiKey(key);
@@ -81,6 +81,7 @@ void TranslationControls::connectTab()
     });
     connect(tab, &TranslationTab::targetEdited, this, [this](const QString &language) {
         m_settings.setValue(setting(targetSetting), language.trimmed());
+        setSource(languages::sourceFor(language.trimmed()));
     });
     connect(tab, &TranslationTab::liveModeChanged, this, [this, &desk](bool on) {
         m_settings.setValue(setting(liveSetting), on);
@@ -120,6 +121,12 @@ void TranslationControls::withKey(std::function<void(const QString &key)> receiv
         });
 }
 
+void TranslationControls::shutDown()
+{
+    m_shutDown = true;
+    m_studio.translation().pause();
+}
+
 void TranslationControls::toggleTranslation()
 {
     TranslationDesk &desk = m_studio.translation();
@@ -131,7 +138,8 @@ void TranslationControls::toggleTranslation()
     m_guard.run([this, &desk] {
         desk.requireVoiceInput();
         m_tab.setStartEnabled(false);
-        if (!m_tab.saveKey()) {
+        // An empty field is filled from the store, and must not empty it first.
+        if (!m_tab.saveKey() || m_tab.apiKey().trimmed().isEmpty()) {
             start();
             return;
         }
@@ -152,9 +160,11 @@ void TranslationControls::toggleTranslation()
 void TranslationControls::start()
 {
     withKey([this](const QString &key) {
+        if (m_shutDown) {
+            return;
+        }
         settle([this, &key] {
             TranslationDesk &desk = m_studio.translation();
-            desk.requireVoiceInput();
             const QString target = m_tab.target().trimmed();
             desk.start(key, target.isEmpty() ? languages::defaultTarget() : target, m_tab.voice());
             m_tab.showRunning(true);
@@ -162,14 +172,18 @@ void TranslationControls::start()
     });
 }
 
+void TranslationControls::setSource(const QString &source)
+{
+    m_studio.translation().setSource(source);
+    m_settings.setValue(setting(sourceSetting), source);
+}
+
 void TranslationControls::setTarget(const QString &language)
 {
     TranslationDesk &desk = m_studio.translation();
     m_tab.showTarget(language);
     m_settings.setValue(setting(targetSetting), language);
-    const QString source = languages::sourceFor(language);
-    desk.setSource(source);
-    m_settings.setValue(setting(sourceSetting), source);
+    setSource(languages::sourceFor(language));
     if (desk.running()) {
         desk.stopForRestart();
         m_tab.showRunning(false);

@@ -27,6 +27,9 @@ public:
     /// Starts or pauses. While the store is asked for the key the start button is out of use.
     void toggleTranslation();
 
+    /// Ends a run, and a start that still waits for its key, as the window does before it closes.
+    void shutDown();
+
     /// Shows the screens in "Spanish" or "English"; a run that is on begins again.
     void setTarget(const QString &language);
 
@@ -38,6 +41,7 @@ private:
     void showStored();
     void connectTab();
     void start();
+    void setSource(const QString &source);
     void testKey();
     void showEngineStatus(const QString &text);
     void showHeard(const QString &text);
@@ -49,6 +53,7 @@ private:
     QSettings &m_settings;
     const ErrorGuard &m_guard;
     TranslationTab &m_tab;
+    bool m_shutDown = false;
 };
 
 } // namespace nimbara

@@ -8,6 +8,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTest>
+#include <QtEndian>
 
 #include <algorithm>
 #include <array>
@@ -39,6 +40,7 @@ private Q_SLOTS:
     void changesRoads_data();
     void changesRoads();
     void sendsWhatWasSaidBeforeTheSession();
+    void keepsWhatALostSessionOwes();
 
 private:
     void start(bool live = false, bool voice = false, const QString &source = u"es"_s);
@@ -69,6 +71,17 @@ const QString liveActive = u"Modo en vivo activo (texto mientras se habla)."_s;
 QJsonObject bodyOf(const QJsonObject &request)
 {
     return QJsonDocument::fromJson(field(request, "body").toUtf8()).object();
+}
+
+QByteArray fileOf(const QJsonObject &upload)
+{
+    const QJsonArray parts = upload[u"form"].toArray();
+    for (const auto &part : parts) {
+        if (part.toObject().contains(u"file")) {
+            return QByteArray::fromBase64(field(part.toObject(), "base64").toLatin1());
+        }
+    }
+    return {};
 }
 
 } // namespace
@@ -471,6 +484,32 @@ void EngineTest::sendsWhatWasSaidBeforeTheSession()
     translate(await(responses, 1).at(0), u"two"_s);
     transcribe(await(transcriptions, 1).at(0), u"uno"_s);
     translate(await(responses, 2).at(1), u"one"_s);
+    QTRY_COMPARE(m_captions, (QStringList { u"one"_s, u"two"_s }));
+    QCOMPARE(m_peer.count("request", transcriptions), 1);
+}
+
+/// One phrase is transcribed, the second is being spoken when the connection breaks: it goes whole
+/// by the other road, and the first does not go again.
+void EngineTest::keepsWhatALostSessionOwes()
+{
+    startLive();
+    speak();
+    turn(u"uno"_s);
+    translate(await(responses, 1).at(0), u"one"_s);
+    QTRY_COMPARE(m_captions, QStringList { u"one"_s });
+    inPieces(signal({ { 1500, 0.2 } }), 960, [this](const AudioBlock &piece) {
+        m_engine->processAudio(piece);
+    });
+    m_peer.command(R"({"do":"terminate"})");
+    QTRY_VERIFY(m_statuses.contains(u"Modo en vivo no disponible; se usa modo por trozos."_s));
+    m_engine->processAudio(signal({ { 800, 0 } }));
+    const QJsonObject upload = await(transcriptions, 1).at(0);
+    const QByteArray wav = fileOf(upload);
+    const auto rate = qFromLittleEndian<quint32>(wav.constData() + 24);
+    const double seconds = static_cast<double>(wav.size() - 44) / 2 / rate;
+    QVERIFY2(seconds >= 1.5 && seconds < 2.6, qPrintable(QString::number(seconds)));
+    transcribe(upload, u"dos"_s);
+    translate(await(responses, 2).at(1), u"two"_s);
     QTRY_COMPARE(m_captions, (QStringList { u"one"_s, u"two"_s }));
     QCOMPARE(m_peer.count("request", transcriptions), 1);
 }

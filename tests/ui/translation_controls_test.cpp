@@ -202,7 +202,10 @@ private Q_SLOTS:
             QTest::keyClick(&desk.window, Qt::Key_F2);
             QCOMPARE(desk.status(), u"Pantallas en inglés."_s);
             QVERIFY(!desk.window.studio().translation().running());
+            desk.find<QComboBox>("target")->setCurrentText(u"Spanish"_s);
+            QCOMPARE(stored(u"source_language"_s), u"en"_s);
             desk.find<QComboBox>("target")->setCurrentText(u" Tagalog "_s);
+            QCOMPARE(stored(u"source_language"_s), QString());
             desk.find<QCheckBox>("liveMode")->setChecked(false);
             desk.find<QComboBox>("separator")->setCurrentIndex(2);
             QCOMPARE(desk.window.studio().stage().captions.separator, u"\n\n"_s);

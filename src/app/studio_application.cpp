@@ -50,7 +50,7 @@ void StudioApplication::translateToolkit(const QString &language)
 
 int StudioApplication::runLoop()
 {
-    const int exitCode = exec();
+    const int exitCode = m_failure ? 1 : exec();
     if (m_failure) {
         std::rethrow_exception(std::exchange(m_failure, nullptr));
     }

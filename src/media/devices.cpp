@@ -6,6 +6,8 @@
 #include <array>
 #include <chrono>
 #include <mutex>
+#include <system_error>
+#include <thread>
 
 namespace nimbara {
 
@@ -93,6 +95,9 @@ const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices, const 
 
 namespace {
 
+/// How long the end of the program waits for a search under way.
+constexpr std::chrono::seconds farewell { 3 };
+
 /// The system's device monitor. One for the process, which is never stopped: stopping it makes a
 /// media service's library release devices that came and went a second time, and that has ended the
 /// process in the middle of its work. Any thread.
@@ -154,7 +159,7 @@ private:
 DeviceDiscovery::~DeviceDiscovery()
 {
     if (m_search.valid()) {
-        m_search.wait();
+        m_search.wait_for(farewell);
     }
 }
 
@@ -164,7 +169,14 @@ void DeviceDiscovery::start()
         m_again = true;
         return;
     }
-    m_search = std::async(std::launch::async, [] { return SystemMonitor::instance().search(); });
+    std::packaged_task<DeviceLists()> task([] { return SystemMonitor::instance().search(); });
+    auto search = task.get_future();
+    try {
+        std::thread(std::move(task)).detach();
+    } catch (const std::system_error &) {
+        return; // no thread to be had; the operator may ask again
+    }
+    m_search = std::move(search);
 }
 
 std::optional<DeviceLists> DeviceDiscovery::poll()

@@ -1,6 +1,7 @@
 #include "media/media.h"
 
 #include "app/error.h"
+#include "app/secret_texts.h"
 #include "media/gst_build.h"
 #include "media/gst_maps.h"
 
@@ -176,7 +177,9 @@ bool Media::takeBusMessage()
         m_ended = true;
         deactivate();
     } else {
-        fail(QStringLiteral("Fuente sin señal: ") + errorDescription(message.get()));
+        // A library repeats the location, which may hold a password.
+        fail(
+            QStringLiteral("Fuente sin señal: ") + withoutSecrets(errorDescription(message.get())));
     }
     return true;
 }

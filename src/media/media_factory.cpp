@@ -1,6 +1,7 @@
 #include "media/media_factory.h"
 
 #include "app/error.h"
+#include "app/secret_texts.h"
 
 #include <QUrl>
 
@@ -21,6 +22,8 @@ void checkMediaLocation(const QString &location)
     if (!known || !url.isValid()) {
         throw Error(QStringLiteral("URL multimedia no compatible"));
     }
+    hideSecret(url.password(QUrl::FullyEncoded));
+    hideSecret(url.password(QUrl::FullyDecoded));
 }
 
 MediaFactory::MediaFactory(const Clock &clock,

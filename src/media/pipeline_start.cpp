@@ -1,6 +1,7 @@
 #include "media/pipeline_start.h"
 
 #include <chrono>
+#include <system_error>
 
 namespace nimbara {
 
@@ -13,9 +14,14 @@ constexpr std::chrono::milliseconds moment { 30 }; // less than a frame
 PipelineStart::Outcome PipelineStart::begin(const Pipeline &pipeline)
 {
     m_outcome = Outcome::Underway;
-    m_change = std::async(std::launch::async, [held = ElementRef::retain(pipeline.element())] {
-        return gst_element_set_state(held.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
-    });
+    try {
+        m_change = std::async(std::launch::async, [held = ElementRef::retain(pipeline.element())] {
+            return gst_element_set_state(held.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
+        });
+    } catch (const std::system_error &) { // no thread to be had
+        m_outcome = Outcome::Refused;
+        return m_outcome;
+    }
     m_change.wait_for(moment);
     return poll();
 }

@@ -108,8 +108,11 @@ void OutputsTab::showDestination(std::size_t slot,
 {
     const Row &row = m_rows.at(slot);
     const QString text = nimbara_i18n::tr(buttonText);
-    row.toggle->setText(text);
-    row.toggle->setAccessibleName(text + QLatin1Char(' ') + row.enabled->text());
+    // On every frame: a screen reader is told of changes alone.
+    if (row.toggle->text() != text || row.toggle->accessibleName().isEmpty()) {
+        row.toggle->setText(text);
+        row.toggle->setAccessibleName(text + QLatin1Char(' ') + row.enabled->text());
+    }
     row.toggle->setEnabled(!waiting);
     row.state->setText(nimbara_i18n::tr(stateText));
 }

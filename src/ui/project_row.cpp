@@ -36,6 +36,9 @@ void ProjectRow::showFormat(int entry)
 
 void ProjectRow::setFormatEnabled(bool enabled)
 {
+    if (enabled == m_format->isEnabled() && !m_format->toolTip().isEmpty()) {
+        return; // on every frame: a screen reader is told of changes alone
+    }
     m_format->setEnabled(enabled);
     m_format->setToolTip(
         nimbara_i18n::tr(enabled ? "Horizontal o vertical"

@@ -18,6 +18,9 @@ using nimbara_i18n::tr;
 
 namespace {
 
+/// Objects and arrays of one file: the items, each scene's list, and room for what is unknown.
+constexpr std::size_t maxProjectContainers = 3 * maxProjectItems;
+
 /// Reads the members of one object. What is missing or of another type takes the default.
 class Members {
 public:
@@ -187,6 +190,26 @@ void readSets(Project &project, const Members &members, std::int32_t version)
     project.currentHall = members.integer("currentHall", 0, 0, last(project.hall));
 }
 
+/// How many objects and arrays the text opens, outside its strings.
+std::size_t containersIn(const QByteArray &json)
+{
+    std::size_t count = 0;
+    bool inString = false;
+    bool escaped = false;
+    for (const char byte : json) {
+        if (escaped) {
+            escaped = false;
+        } else if (inString && byte == '\\') {
+            escaped = true;
+        } else if (byte == '"') {
+            inString = !inString;
+        } else if (!inString && (byte == '{' || byte == '[')) {
+            ++count;
+        }
+    }
+    return count;
+}
+
 QString cutTitle(const QString &title)
 {
     QString cut = title.left(Project::maxTitle);
@@ -200,7 +223,8 @@ QString cutTitle(const QString &title)
 
 Project fromJson(const QByteArray &json)
 {
-    if (json.size() > maxProjectBytes) {
+    // A parsed object takes many times the memory of its two brackets: counted before it is parsed.
+    if (json.size() > maxProjectBytes || containersIn(json) > maxProjectContainers) {
         throw Error(QStringLiteral("Proyecto inválido"));
     }
     const Members members(QJsonDocument::fromJson(json).object());

@@ -10,7 +10,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace nimbara;
 
@@ -48,6 +51,8 @@ private Q_SLOTS:
     void readsRegularFilesOnly();
     void savesInOneStep();
     void failedSaveLeavesTheOldFile();
+    void aReadOnlyFolderKeepsItsFile();
+    void aKilledSaveLeavesAWholeFile();
     void refusesToSaveWhatCannotBeOpened();
     void attachesWhatTheLayersShow();
 };
@@ -105,6 +110,50 @@ void ProjectFileTest::failedSaveLeavesTheOldFile()
     QCOMPARE(contents("lleno.nimbara"), QByteArrayLiteral("el de antes"));
     QCOMPARE(refusal([&] { writeProjectFile(path("no/hay.nimbara"), "x"); }), message);
     QCOMPARE(refusal([&] { writeProjectFile(m_folder.path(), "x"); }), message);
+}
+
+void ProjectFileTest::aReadOnlyFolderKeepsItsFile()
+{
+    const QString folder = path("solo-lectura");
+    const QString file = folder + QStringLiteral("/culto.nimbara");
+    QVERIFY(QDir().mkdir(folder));
+    writeProjectFile(file, "el de antes");
+    QCOMPARE(::chmod(QFile::encodeName(m_folder.path()).constData(), 0755), 0);
+    QCOMPARE(::chmod(QFile::encodeName(folder).constData(), 0555), 0);
+    const uid_t user = geteuid();
+    constexpr uid_t nobody = 65534;
+    if (user == 0) {
+        QCOMPARE(seteuid(nobody), 0); // nothing is read-only to the superuser
+    }
+    const QString told = refusal([&] { writeProjectFile(file, "x"); });
+    const QByteArray kept = contents("solo-lectura/culto.nimbara");
+    QCOMPARE(seteuid(user), 0);
+    QCOMPARE(::chmod(QFile::encodeName(folder).constData(), 0755), 0);
+    QCOMPARE(told, QStringLiteral("No se pudo guardar proyecto"));
+    QCOMPARE(kept, QByteArrayLiteral("el de antes"));
+}
+
+void ProjectFileTest::aKilledSaveLeavesAWholeFile()
+{
+    const QByteArray even(2'000'000, 'a');
+    const QByteArray odd(3'000'000, 'b');
+    const QString file = path("muerte.nimbara");
+    writeProjectFile(file, even);
+    for (int round = 0; round < 25; ++round) {
+        const pid_t saver = fork();
+        QVERIFY(saver >= 0);
+        if (saver == 0) {
+            for (;;) {
+                writeProjectFile(file, odd);
+                writeProjectFile(file, even);
+            }
+        }
+        QTest::qSleep(1 + round); // another point of the save each time
+        QCOMPARE(::kill(saver, SIGKILL), 0);
+        QCOMPARE(::waitpid(saver, nullptr, 0), saver);
+        const QByteArray found = readProjectFile(file);
+        QVERIFY2(found == even || found == odd, qPrintable(QString::number(found.size())));
+    }
 }
 
 void ProjectFileTest::refusesToSaveWhatCannotBeOpened()

@@ -27,7 +27,7 @@ constexpr double mostSeconds = 20;
 constexpr long mostMebibytes = 4000;
 #else
 constexpr double mostSeconds = 1;
-constexpr long mostMebibytes = 400;
+constexpr long mostMebibytes = 200;
 #endif
 
 class Mutator {

@@ -6,6 +6,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <chrono>
+#include <future>
+
 using namespace nimbara;
 using namespace nimbara::testing;
 
@@ -98,6 +101,88 @@ private Q_SLOTS:
         QCOMPARE(warnings,
             QStringList({ QStringLiteral("Logo: Imagen inválida o demasiado grande"),
                 QStringLiteral("Anuncio: URL multimedia no compatible") }));
+    }
+
+    void savesGoOnWhileAnOpenHangs()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("culto.nimbara"));
+        StudioFixture desk;
+        ProjectDesk &projects = desk.studio.projects();
+        // A network share that has gone away. Nothing waits for it, not even the end of the test.
+        projects.readFile = [](const QString &) -> QByteArray {
+            std::promise<QByteArray>().get_future().wait_for(std::chrono::hours(1));
+            return {};
+        };
+        projects.openProject(QStringLiteral("/red/viejo.nimbara"));
+        QString refusal;
+        try {
+            projects.openProject(path);
+        } catch (const Error &error) {
+            refusal = error.text();
+        }
+        QCOMPARE(refusal,
+            QStringLiteral("Espera a que termine de abrirse o guardarse el proyecto."));
+        for (const char *title : { "uno", "dos", "tres" }) { // the last two while one is written
+            desk.studio.stage().title = QLatin1String(title);
+            projects.saveProject(path, 100);
+        }
+        QVERIFY(desk.runUntil([&] { return projects.lastPath() == path; }));
+        QCOMPARE(fromJson(readProjectFile(path)).title, QStringLiteral("tres"));
+    }
+
+    void theLastSaveIsWrittenBeforeTheEnd()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("culto.nimbara"));
+        {
+            StudioFixture desk;
+            for (const char *title : { "uno", "dos" }) {
+                desk.studio.stage().title = QLatin1String(title);
+                desk.studio.projects().saveProject(path, 100);
+            }
+        }
+        QCOMPARE(fromJson(readProjectFile(path)).title, QStringLiteral("dos"));
+    }
+
+    void aLargeProjectOpens()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("grande.nimbara"));
+        Project large;
+        for (int scene = 0; scene < 100; ++scene) {
+            std::vector<Layer> layers;
+            for (int layer = 0; layer < 20; ++layer) {
+                layers.push_back(newLayer(static_cast<LayerKind>(layer % 8)));
+                layers.back().name = QString::number(layer);
+                layers.back().path = folder.filePath(QStringLiteral("falta.png"));
+                layers.back().uri = QStringLiteral("file:///falta/%1.mp4").arg(scene);
+                if (layers.back().kind == LayerKind::Video && scene >= 10) {
+                    layers.back().uri = QStringLiteral("ftp://falta");
+                }
+            }
+            large.streams.push_back({ QString::number(scene), layers });
+        }
+        large.currentStreams = 99;
+        large.hall = { defaultScene(true) };
+        writeProjectFile(path, toJson(large));
+        StudioFixture desk;
+        QStringList warnings;
+        desk.studio.projects().onOpened
+            = [&](const Project &, const QStringList &told) { warnings = told; };
+        desk.studio.projects().openProject(path);
+        QVERIFY(desk.runUntil([&] { return !desk.studio.projects().lastPath().isEmpty(); }));
+        const auto &scenes = desk.studio.stage().scenes.scenes(SceneSet::Streams);
+        QCOMPARE(scenes.size(), 100U);
+        QCOMPARE(scenes[99].layers.size(), 20U);
+        QCOMPARE(desk.studio.stage().scenes.currentScene().name, QStringLiteral("99"));
+        // Each image and video, and each screen where there is none.
+        const auto told
+            = [&](const char *reason) { return warnings.filter(QString::fromUtf8(reason)).size(); };
+        QCOMPARE(told("Imagen inválida"), 300);
+        QCOMPARE(told("URL multimedia"), 270);
+        QVERIFY(told("No se pudo iniciar fuente") >= 30);
+        QVERIFY(!scenes[0].layers[3].source);
     }
 
     void failuresChangeNothing_data()

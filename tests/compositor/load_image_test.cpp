@@ -4,9 +4,12 @@
 
 #include <QFile>
 #include <QImage>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
+
+#include <sys/stat.h>
 
 using namespace nimbara;
 
@@ -80,7 +83,10 @@ private Q_SLOTS:
     void rotatedPhotoComesUpright();
     void refusesWhatIsNoPicture_data();
     void refusesWhatIsNoPicture();
-    void acceptsTheLargestSide();
+    void readsWhatOtherProgramsMake_data();
+    void readsWhatOtherProgramsMake();
+    void neverOpensAPipe();
+    void acceptsTheLargestPicture();
     void frameHoldsTheImagesBytes();
 };
 
@@ -181,13 +187,74 @@ void LoadImageTest::refusesWhatIsNoPicture()
     QVERIFY_EXCEPTION_THROWN((void)loadImage(path + QStringLiteral(".missing")), Error);
 }
 
-void LoadImageTest::acceptsTheLargestSide()
+void LoadImageTest::readsWhatOtherProgramsMake_data()
 {
-    QImage image(8192, 2, QImage::Format_RGB32);
-    image.fill(Qt::green);
-    const QString path = m_folder.filePath(QStringLiteral("wide.png"));
-    QVERIFY(image.save(path));
-    QCOMPARE(loadImage(path)->size(), (FrameSize { 8192, 2 }));
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("arguments"); // of ImageMagick, before the file's name
+    QTest::addColumn<FrameSize>("size");
+    const auto red = [](const char *size) {
+        return QStringList { QStringLiteral("-size"),
+            QLatin1String(size),
+            QStringLiteral("xc:rgb(200,40,90)") };
+    };
+    QTest::newRow("CMYK JPEG") << "cmyk.jpg"
+                               << red("64x32")
+            + QStringList({ QStringLiteral("-colorspace"), QStringLiteral("CMYK") })
+                               << FrameSize { 64, 32 };
+    QTest::newRow("16-bit PNG") << "deep.png"
+                                << red("64x32")
+            + QStringList({ QStringLiteral("-depth"), QStringLiteral("16") })
+                                << FrameSize { 64, 32 };
+    QTest::newRow("animated WebP: its first picture")
+        << "moving.webp"
+        << red("64x32") + QStringList({ QStringLiteral("xc:blue"), QStringLiteral("xc:green") })
+        << FrameSize { 64, 32 };
+}
+
+void LoadImageTest::readsWhatOtherProgramsMake()
+{
+    QFETCH(QString, name);
+    QFETCH(QStringList, arguments);
+    const QString path = m_folder.filePath(name);
+    QProcess maker;
+    maker.start(QStringLiteral("convert"), arguments << path);
+    QVERIFY2(maker.waitForFinished(300'000) && maker.exitCode() == 0,
+        maker.readAllStandardError().constData());
+    const FramePtr frame = loadImage(path);
+    QTEST(frame->size(), "size");
+    const QColor centre = imageView(*frame).pixelColor(frame->width / 2, frame->height / 2);
+    // Inks and lossy coding round.
+    QVERIFY2(qAbs(centre.red() - 200) < 12 && qAbs(centre.green() - 40) < 12
+            && qAbs(centre.blue() - 90) < 12,
+        qPrintable(centre.name()));
+}
+
+void LoadImageTest::neverOpensAPipe()
+{
+    const QString pipe = m_folder.filePath(QStringLiteral("pipe.png"));
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    for (const QString &path : { pipe, m_folder.path(), QStringLiteral("/dev/zero") }) {
+        QVERIFY_EXCEPTION_THROWN((void)loadImage(path), Error);
+    }
+}
+
+void LoadImageTest::acceptsTheLargestPicture()
+{
+    const QString path = m_folder.filePath(QStringLiteral("large.png"));
+    QProcess maker;
+    maker.start(QStringLiteral("ffmpeg"),
+        { QStringLiteral("-loglevel"),
+            QStringLiteral("error"),
+            QStringLiteral("-f"),
+            QStringLiteral("lavfi"),
+            QStringLiteral("-i"),
+            QStringLiteral("color=0x00ff00:s=8192x8192"),
+            QStringLiteral("-frames:v"),
+            QStringLiteral("1"),
+            path });
+    QVERIFY2(maker.waitForFinished(300'000) && maker.exitCode() == 0,
+        maker.readAllStandardError().constData());
+    QCOMPARE(loadImage(path)->size(), (FrameSize { 8192, 8192 }));
 }
 
 void LoadImageTest::frameHoldsTheImagesBytes()

@@ -14,6 +14,7 @@ public:
     std::deque<QString> files; ///< for open and save, in order; none left: cancelled
     std::deque<QString> texts;
     std::deque<bool> answers;
+    std::deque<QColor> colors;
     QStringList asked; ///< titles and texts of every box, "title: text"
 
     QString openFile(const QString &title, const QString &, const QString &filter) override
@@ -30,7 +31,7 @@ public:
         asked << title + QStringLiteral(": ") + label + QLatin1Char('|') + proposed;
         return take(texts);
     }
-    std::optional<QColor> color(const QColor &, bool) override { return std::nullopt; }
+    std::optional<QColor> color(const QColor &, bool) override { return take(colors); }
     bool question(const QString &title, const QString &text) override
     {
         asked << title + QStringLiteral(": ") + text;

@@ -4,20 +4,13 @@
 #include "app/i18n.h"
 #include "app/log.h"
 
+#include <utility>
+
 namespace nimbara {
 
 using nimbara_i18n::tr;
 
 namespace {
-
-QStringList namesOf(const std::vector<CaptureDevice> &devices)
-{
-    QStringList names;
-    for (const CaptureDevice &device : devices) {
-        names << device.name;
-    }
-    return names;
-}
 
 struct PermissionTexts {
     const char *denied;
@@ -36,16 +29,28 @@ constexpr PermissionTexts microphoneTexts {
     "Pidiendo permiso de micrófono a macOS...",
 };
 
-/// The device behind a list entry whose first `fixed` entries are no devices; none for those.
-const CaptureDevice *
+constexpr std::int32_t fixedCameras = 1;
+constexpr std::int32_t fixedAudio = 2;
+
+/// The device behind a list entry whose first `fixed` entries are no devices; none for those and
+/// for an entry that is not listed.
+std::optional<CaptureDevice>
 deviceOf(const std::vector<CaptureDevice> &devices, std::int32_t entry, std::int32_t fixed)
 {
     const auto place = static_cast<std::size_t>(entry - fixed);
-    return entry >= fixed && place < devices.size() ? &devices[place] : nullptr;
+    return entry >= fixed && place < devices.size() ? std::optional(devices[place]) : std::nullopt;
 }
 
-constexpr std::int32_t fixedCameras = 1;
-constexpr std::int32_t fixedAudio = 2;
+/// The chosen device as it is there now. Throws `Error` when it is not.
+const CaptureDevice &deviceAmong(const std::vector<CaptureDevice> &present,
+    const std::optional<CaptureDevice> &chosen)
+{
+    const CaptureDevice *found = chosen ? findAgain(present, *chosen) : nullptr;
+    if (found == nullptr) {
+        throw Error(QStringLiteral("el dispositivo no está conectado"));
+    }
+    return *found;
+}
 
 } // namespace
 
@@ -75,24 +80,38 @@ void DeviceConnection::poll()
 {
     if (std::optional<DeviceLists> found = m_discovery.poll()) {
         m_devices = std::move(*found);
-        onDevices(namesOf(m_devices.video), namesOf(m_devices.audio));
+        onDevices(m_devices);
+    }
+    const std::optional<DeviceLists> present = m_lookup.poll();
+    if (present && m_wanted) {
+        connectWanted(*std::exchange(m_wanted, std::nullopt), *present);
     }
 }
 
 void DeviceConnection::connectSources(const DeviceChoice &choice)
 {
-    const bool allowed = (choice.camera < fixedCameras || mayUse(CaptureKind::Camera, choice))
-        && (choice.audio < fixedAudio || mayUse(CaptureKind::Microphone, choice));
+    m_wanted.reset();
+    const bool allowed = (choice.camera < fixedCameras || mayUse(CaptureKind::Camera))
+        && (choice.audio < fixedAudio || mayUse(CaptureKind::Microphone));
     if (!allowed) {
         return;
     }
-    m_audio.setCapture(nullptr);
-    if (connectCamera(choice.camera) && connectAudio(choice.audio)) {
-        m_status(tr("Fuentes abiertas. Prepara una escena y pulsa AL AIRE."));
+    Wanted wanted { choice,
+        deviceOf(m_devices.video, choice.camera, fixedCameras),
+        deviceOf(m_devices.audio, choice.audio, fixedAudio) };
+    if (!wanted.camera && !wanted.audio) {
+        connectWanted(wanted, {});
+        return;
+    }
+    m_lookup.start();
+    if (m_lookup.running()) {
+        m_wanted = std::move(wanted);
+    } else {
+        connectWanted(wanted, m_devices); // no thread to be had
     }
 }
 
-bool DeviceConnection::mayUse(CaptureKind kind, const DeviceChoice &choice)
+bool DeviceConnection::mayUse(CaptureKind kind)
 {
     const PermissionTexts &texts = kind == CaptureKind::Camera ? cameraTexts : microphoneTexts;
     switch (m_permission->status(kind)) {
@@ -103,42 +122,58 @@ bool DeviceConnection::mayUse(CaptureKind kind, const DeviceChoice &choice)
         return false;
     case PermissionStatus::Undetermined:
         m_status(tr(texts.asking));
-        m_permission->request(kind, [this, choice] { connectSources(choice); });
+        m_permission->request(kind, [this] { onAnswered(); });
         return false;
     }
     return false;
 }
 
-bool DeviceConnection::showsAlready(std::int32_t entry) const
+/// A camera that is away keeps the sound from nothing: the microphone is connected all the same.
+void DeviceConnection::connectWanted(const Wanted &wanted, const DeviceLists &present)
+{
+    m_audio.setCapture(nullptr);
+    const bool camera = connectCamera(wanted, present.video);
+    if (connectAudio(wanted, present.audio) && camera) {
+        m_status(tr("Fuentes abiertas. Prepara una escena y pulsa AL AIRE."));
+    }
+}
+
+/// A camera that was opened again by itself is the chosen one, whatever its number is by now.
+bool DeviceConnection::showsAlready(const Wanted &wanted,
+    const std::vector<CaptureDevice> &present) const
 {
     if (!m_sources.camera() || !m_sources.camera()->active()) {
         return false;
     }
-    const CaptureDevice *device = deviceOf(m_devices.video, entry, fixedCameras);
     const std::optional<CaptureDevice> &shown = m_sources.cameraDevice();
-    if (device == nullptr || !shown) {
-        return device == nullptr && !shown && m_sources.cameraIndex() == entry - fixedCameras;
+    if (!wanted.camera || !shown) {
+        return !wanted.camera && !shown
+            && m_sources.cameraIndex() == wanted.choice.camera - fixedCameras;
     }
-    return device->identity == shown->identity && device->place == shown->place;
+    const CaptureDevice *found = findAgain(present, *wanted.camera);
+    return found != nullptr && found == findAgain(present, *shown);
 }
 
-bool DeviceConnection::connectCamera(std::int32_t entry)
+bool DeviceConnection::connectCamera(const Wanted &wanted,
+    const std::vector<CaptureDevice> &present)
 {
-    const CaptureDevice *device = deviceOf(m_devices.video, entry, fixedCameras);
-    const std::int32_t index = entry - fixedCameras;
+    const bool bars = wanted.choice.camera == 0;
+    const std::int32_t index = wanted.choice.camera - fixedCameras;
+    const QString name = wanted.camera ? wanted.camera->name : QString();
     logLine(QStringLiteral("Abrir cámara índice %1 : %2")
                 .arg(index)
-                .arg(device != nullptr ? device->name : tr("Barras de prueba")));
-    if (showsAlready(entry)) {
+                .arg(bars ? tr("Barras de prueba") : name));
+    if (showsAlready(wanted, present)) {
         return true;
     }
     try {
-        if (device != nullptr) {
-            m_sources.setCamera(m_factory.camera(m_stage.streamFrame(), device->device.get()),
-                index,
-                *device);
-        } else {
+        if (bars) {
             m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
+        } else {
+            const CaptureDevice &device = deviceAmong(present, wanted.camera);
+            m_sources.setCamera(m_factory.camera(m_stage.streamFrame(), device.device.get()),
+                index,
+                device);
         }
     } catch (const Error &error) {
         m_status(tr("Cámara: ") + tr(error.text()));
@@ -148,15 +183,15 @@ bool DeviceConnection::connectCamera(std::int32_t entry)
     return true;
 }
 
-bool DeviceConnection::connectAudio(std::int32_t entry)
+bool DeviceConnection::connectAudio(const Wanted &wanted, const std::vector<CaptureDevice> &present)
 {
-    if (entry <= 0) {
+    if (wanted.choice.audio == 0) {
         return true;
     }
-    const CaptureDevice *device = deviceOf(m_devices.audio, entry, fixedAudio);
     try {
-        m_audio.setCapture(std::make_unique<AudioCapture>(m_clock,
-            device != nullptr ? device->device.get() : nullptr));
+        const bool tone = wanted.choice.audio > 0 && wanted.choice.audio < fixedAudio;
+        GstDevice *device = tone ? nullptr : deviceAmong(present, wanted.audio).device.get();
+        m_audio.setCapture(std::make_unique<AudioCapture>(m_clock, device));
     } catch (const Error &error) {
         m_status(tr("Audio: ") + tr(error.text()));
         return false;

@@ -8,14 +8,13 @@
 #include "studio/sources.h"
 #include "studio/stage.h"
 
-#include <QStringList>
-
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace nimbara {
 
-/// What the operator chose in the two device lists.
+/// What the operator chose in the two device lists. Below 0: a device that has left the list.
 struct DeviceChoice {
     std::int32_t camera = 0; ///< 0: test bars; from 1: the video devices in order
     std::int32_t audio = 0; ///< 0: silence; 1: test signal; from 2: the audio devices in order
@@ -39,20 +38,34 @@ public:
     /// Collects a finished search. Call on every run of the frame clock.
     void poll();
 
-    /// Opens the chosen devices. Where the operator must first allow it, the request is made and
-    /// the same choice is connected again once it is answered. A camera that works already stays in
-    /// place.
+    /// Opens what is chosen. A device is looked up first, in the background, because one that was
+    /// away has come back under another number; the lists stay as they are. A camera that works
+    /// already stays in place; one that is not there leaves the camera as it is.
+    ///
+    /// Where the operator must first allow it, the request is made and nothing else; `onAnswered`
+    /// tells when to call again.
     void connectSources(const DeviceChoice &choice);
 
-    /// The names of the cameras and of the audio inputs, in the order of the choice. Never empty.
-    std::function<void(const QStringList &cameras, const QStringList &audio)> onDevices
-        = [](const QStringList &, const QStringList &) {};
+    /// The cameras and audio inputs in the order of the choice. Never empty.
+    std::function<void(const DeviceLists &devices)> onDevices = [](const DeviceLists &) {};
+    /// The operator has answered a request for permission: whoever knows what is chosen by now
+    /// calls `connectSources` again. Never empty.
+    std::function<void()> onAnswered = [] {};
 
 private:
-    bool mayUse(CaptureKind kind, const DeviceChoice &choice);
-    bool connectCamera(std::int32_t entry);
-    bool connectAudio(std::int32_t entry);
-    [[nodiscard]] bool showsAlready(std::int32_t entry) const;
+    /// A choice with the devices that its entries meant when it was made.
+    struct Wanted {
+        DeviceChoice choice;
+        std::optional<CaptureDevice> camera;
+        std::optional<CaptureDevice> audio;
+    };
+
+    bool mayUse(CaptureKind kind);
+    void connectWanted(const Wanted &wanted, const DeviceLists &present);
+    bool connectCamera(const Wanted &wanted, const std::vector<CaptureDevice> &present);
+    bool connectAudio(const Wanted &wanted, const std::vector<CaptureDevice> &present);
+    [[nodiscard]] bool showsAlready(const Wanted &wanted,
+        const std::vector<CaptureDevice> &present) const;
 
     const Clock &m_clock;
     const MediaFactory &m_factory;
@@ -62,7 +75,9 @@ private:
     AudioInput &m_audio;
     Report m_status;
     DeviceDiscovery m_discovery;
-    DeviceLists m_devices;
+    DeviceLists m_devices; ///< as listed
+    DeviceDiscovery m_lookup;
+    std::optional<Wanted> m_wanted; ///< to be connected once it is looked up
 };
 
 } // namespace nimbara

@@ -17,8 +17,11 @@ HallScreen::HallScreen()
     setAttribute(Qt::WA_QuitOnClose, false);
 }
 
-void HallScreen::showOn(const QScreen &screen)
+void HallScreen::showOn(QScreen &screen)
 {
+    // A window that was full screen elsewhere would keep that screen as its own.
+    setWindowState(Qt::WindowNoState);
+    setScreen(&screen);
     setGeometry(screen.geometry());
     showFullScreen();
     activateWindow();

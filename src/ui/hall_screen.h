@@ -14,7 +14,7 @@ public:
     HallScreen();
 
     /// Covers the screen with the window and gives it the keyboard.
-    void showOn(const QScreen &screen);
+    void showOn(QScreen &screen);
 
 protected:
     /// Esc and F hide the window.

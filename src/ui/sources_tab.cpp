@@ -30,7 +30,7 @@ SourcesTab::SourcesTab(QWidget *parent)
     , m_networkSource(makeButton("Fuente de red", "networkSource"))
     , m_hallScreen(makeButton(showHall, "hallScreen"))
 {
-    showDevices({}, {});
+    showDevices({});
     layOut();
     connectButtons();
 }
@@ -63,20 +63,44 @@ void SourcesTab::connectButtons()
     connect(m_hallScreen, &QPushButton::clicked, this, &SourcesTab::hallScreenPressed);
 }
 
-void SourcesTab::showDevices(const QStringList &cameras, const QStringList &microphones)
+void SourcesTab::showDevices(const DeviceLists &devices)
 {
-    refill(m_cameras, QStringList { nimbara_i18n::tr("Barras de prueba") } + cameras, 0);
-    refill(m_microphones,
-        QStringList { nimbara_i18n::tr("Sin entrada / silencio"),
-            nimbara_i18n::tr("Señal de prueba (sin altavoces)") }
-            + microphones,
-        0);
+    relist(m_cameras, { nimbara_i18n::tr("Barras de prueba") }, m_listedCameras, devices.video);
+    relist(m_microphones,
+        { nimbara_i18n::tr("Sin entrada / silencio"),
+            nimbara_i18n::tr("Señal de prueba (sin altavoces)") },
+        m_listedMicrophones,
+        devices.audio);
+}
+
+void SourcesTab::relist(QComboBox *list,
+    const QStringList &fixed,
+    Listed &listed,
+    const std::vector<CaptureDevice> &devices)
+{
+    int current = list->currentIndex();
+    const int first = static_cast<int>(fixed.size());
+    if (current >= 0) { // otherwise the chosen one was away already
+        const bool isDevice = current >= first;
+        listed.chosen = isDevice ? std::optional(listed.devices.at(current - first)) : std::nullopt;
+    }
+    if (listed.chosen) {
+        const CaptureDevice *found = findAgain(devices, *listed.chosen);
+        current = found == nullptr ? -1 : first + static_cast<int>(found - devices.data());
+        list->setPlaceholderText(listed.chosen->name);
+    }
+    QStringList names = fixed;
+    for (const CaptureDevice &device : devices) {
+        names << device.name;
+    }
+    listed.devices = devices;
+    refill(list, names, listed.chosen ? current : std::max(current, 0));
 }
 
 void SourcesTab::showScreens(const QStringList &names)
 {
-    const int last = static_cast<int>(names.size()) - 1;
-    refill(m_screens, names, std::clamp(m_screens->currentIndex(), 0, std::max(last, 0)));
+    const int chosen = static_cast<int>(names.indexOf(m_screens->currentText()));
+    refill(m_screens, names, std::max(chosen, 0));
 }
 
 void SourcesTab::setHallShown(bool shown)

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "media/devices.h"
+
 #include <QComboBox>
 #include <QPushButton>
 #include <QWidget>
+
+#include <optional>
 
 class QGridLayout;
 
@@ -14,13 +18,16 @@ class SourcesTab : public QWidget {
 public:
     explicit SourcesTab(QWidget *parent = nullptr);
 
-    /// Fills both device lists behind their fixed entries; the first entry becomes current.
-    void showDevices(const QStringList &cameras, const QStringList &microphones);
+    /// Fills both device lists behind their fixed entries. What is chosen stays chosen, found again
+    /// as the same device; none is chosen while that device is not there, so that nothing else
+    /// takes its place on air.
+    void showDevices(const DeviceLists &devices);
+    /// Fills the list of screens; the chosen one stays chosen while it is there.
     void showScreens(const QStringList &names);
     void setHallShown(bool shown);
 
+    /// Entries from 0; -1: the chosen device has left the list.
     [[nodiscard]] int cameraEntry() const { return m_cameras->currentIndex(); }
-    [[nodiscard]] QString cameraText() const { return m_cameras->currentText(); }
     [[nodiscard]] int audioEntry() const { return m_microphones->currentIndex(); }
     [[nodiscard]] int screenEntry() const { return m_screens->currentIndex(); }
 
@@ -33,6 +40,16 @@ Q_SIGNALS:
     void hallScreenPressed();
 
 private:
+    /// The devices of one list and the one that was chosen, also while it is away.
+    struct Listed {
+        std::vector<CaptureDevice> devices;
+        std::optional<CaptureDevice> chosen;
+    };
+    static void relist(QComboBox *list,
+        const QStringList &fixed,
+        Listed &listed,
+        const std::vector<CaptureDevice> &devices);
+
     void layOut();
     void connectButtons();
 
@@ -45,6 +62,8 @@ private:
     QPushButton *m_loadVideo;
     QPushButton *m_networkSource;
     QPushButton *m_hallScreen;
+    Listed m_listedCameras;
+    Listed m_listedMicrophones;
 };
 
 } // namespace nimbara

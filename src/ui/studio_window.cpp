@@ -278,20 +278,18 @@ void StudioWindow::connectTabs()
 
 void StudioWindow::connectDevices()
 {
-    m_studio.devices().onDevices = [this](const QStringList &cameras, const QStringList &audio) {
-        m_sourcesTab->showDevices(cameras, audio);
-    };
+    m_studio.devices().onDevices
+        = [this](const DeviceLists &devices) { m_sourcesTab->showDevices(devices); };
+    m_studio.devices().onAnswered = [this] { connectSources(); };
     connect(m_sourcesTab, &SourcesTab::refreshPressed, this, [this] {
         m_studio.devices().refreshDevices();
     });
-    connect(m_sourcesTab, &SourcesTab::connectPressed, this, [this] {
-        m_guard.run([this] {
-            m_studio.devices().connectSources(
-                { m_sourcesTab->cameraEntry(), m_sourcesTab->audioEntry() });
-        });
-    });
+    connect(m_sourcesTab, &SourcesTab::connectPressed, this, &StudioWindow::connectSources);
     connect(m_sourcesTab, &SourcesTab::hallScreenPressed, this, &StudioWindow::toggleHallScreen);
     connect(qGuiApp, &QGuiApplication::screenRemoved, this, &StudioWindow::screenRemoved);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, [this] {
+        m_sourcesTab->showScreens(screenNames());
+    });
     connect(m_project, &ProjectRow::formatChosen, this, [this](int entry) {
         m_guard.run([this, entry] {
             m_studio.changeProfile(entry == 1 ? StreamProfile::Portrait : StreamProfile::Landscape);
@@ -299,6 +297,14 @@ void StudioWindow::connectDevices()
         showPreviewShape();
     });
     m_studio.devices().refreshDevices();
+}
+
+void StudioWindow::connectSources()
+{
+    m_guard.run([this] {
+        m_studio.devices().connectSources(
+            { m_sourcesTab->cameraEntry(), m_sourcesTab->audioEntry() });
+    });
 }
 
 void StudioWindow::connectProjects()

@@ -73,6 +73,7 @@ private:
     void connectRows();
     void connectTabs();
     void connectDevices();
+    void connectSources();
     void connectShortcuts();
 
     void showPictures(const Pictures &pictures);

@@ -1,14 +1,21 @@
 #include "studio/studio_fixture.h"
+#include "support/clips.h"
 #include "support/fake_permission.h"
 #include "support/test_registry.h"
 #include "support/virtual_device.h"
 
+#include <QProcess>
+#include <QTemporaryDir>
+
 #include <memory>
+#include <optional>
 
 using namespace nimbara;
 using namespace nimbara::testing;
 
 namespace {
+
+constexpr const char *opened = "Fuentes abiertas. Prepara una escena y pulsa AL AIRE.";
 
 /// Devices whose node is named like them.
 std::unique_ptr<VirtualDevice> camera(const QString &name, const QString &colour, FrameSize size)
@@ -23,35 +30,84 @@ std::unique_ptr<VirtualDevice> microphone(const QString &name, int rate, int cha
 
 /// A studio that has listed the devices.
 struct DeviceFixture : StudioFixture {
-    QStringList cameras;
-    QStringList microphones;
+    DeviceLists devices;
     int before = 0;
     int after = 0;
 
-    DeviceFixture()
+    explicit DeviceFixture(StudioPeers peers = {})
+        : StudioFixture(std::move(peers))
     {
-        studio.devices().onDevices = [this](const QStringList &video, const QStringList &audio) {
-            cameras = video;
-            microphones = audio;
-        };
+        studio.devices().onDevices = [this](const DeviceLists &found) { devices = found; };
         studio.audio().onLevels = [this](int input, int output) {
             before = input;
             after = output;
         };
     }
-    bool findDevices(int video, int audio)
+    bool findDevices(std::size_t video, std::size_t audio)
     {
         return runUntil([&, tries = 0]() mutable {
             if (tries++ % 400 == 0) {
                 studio.devices().refreshDevices();
             }
-            return cameras.size() >= video && microphones.size() >= audio;
+            return devices.video.size() == video && devices.audio.size() == audio;
         });
     }
-    int entryOf(const QStringList &list, const QString &name, int fixed) const
+    /// The choice of two devices by their names.
+    DeviceChoice choose(const char *video, const char *audio) const
     {
-        return static_cast<int>(list.indexOf(name)) + fixed;
+        return { entryOf(devices.video, video) + 1, entryOf(devices.audio, audio) + 2 };
     }
+    /// Connects and waits for what the studio says to it.
+    QString connected(const DeviceChoice &choice)
+    {
+        statuses.clear();
+        studio.devices().connectSources(choice);
+        static_cast<void>(runUntil([&] { return !statuses.isEmpty(); }));
+        return statuses.join(QLatin1Char('|'));
+    }
+    bool told(const char *text) const
+    {
+        return !statuses.filter(QString::fromUtf8(text)).isEmpty();
+    }
+
+private:
+    static std::int32_t entryOf(const std::vector<CaptureDevice> &list, const char *name)
+    {
+        const auto found = std::find_if(list.begin(), list.end(), [&](const CaptureDevice &device) {
+            return device.name == QLatin1String(name);
+        });
+        return static_cast<std::int32_t>(found - list.begin());
+    }
+};
+
+bool isRed(const QColor &color)
+{
+    return color.red() > 200 && color.blue() < 60;
+}
+
+/// An X server for the screen capture.
+class VirtualScreen {
+public:
+    VirtualScreen()
+    {
+        m_server.start(QStringLiteral("Xvfb"),
+            { QStringLiteral("-displayfd"), QStringLiteral("1") });
+        QVERIFY(m_server.waitForReadyRead(30'000));
+        qputenv("DISPLAY", ":" + m_server.readLine().trimmed());
+    }
+    VirtualScreen(const VirtualScreen &) = delete;
+    VirtualScreen &operator=(const VirtualScreen &) = delete;
+    VirtualScreen(VirtualScreen &&) = delete;
+    VirtualScreen &operator=(VirtualScreen &&) = delete;
+    ~VirtualScreen()
+    {
+        qunsetenv("DISPLAY");
+        m_server.kill();
+        m_server.waitForFinished();
+    }
+
+private:
+    QProcess m_server;
 };
 
 } // namespace
@@ -59,115 +115,199 @@ struct DeviceFixture : StudioFixture {
 class DeviceConnectionTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void camerasAndMicrophonesAreListedConnectedAndFoundAgain()
+    void aConnectedCameraComesBackByItself()
     {
-        auto first = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 1280, 720 });
-        const auto second = camera(QStringLiteral("Coro"), QStringLiteral("blue"), { 640, 480 });
-        auto consola = microphone(QStringLiteral("Consola"), 44100, 1);
-        const auto desk2 = microphone(QStringLiteral("Ambiente"), 48000, 2);
+        auto altar = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 1280, 720 });
+        const auto choir = camera(QStringLiteral("Coro"), QStringLiteral("blue"), { 640, 480 });
+        auto console = microphone(QStringLiteral("Consola"), 44100, 1);
         DeviceFixture desk;
-        QVERIFY2(desk.findDevices(2, 2), qPrintable(desk.cameras.join(QLatin1Char('|'))));
-        QVERIFY(desk.cameras.contains(QStringLiteral("Coro")));
-        QVERIFY(desk.microphones.contains(QStringLiteral("Ambiente")));
-
-        const DeviceChoice choice { desk.entryOf(desk.cameras, QStringLiteral("Altar"), 1),
-            desk.entryOf(desk.microphones, QStringLiteral("Consola"), 2) };
-        desk.studio.devices().connectSources(choice);
-        QCOMPARE(desk.statuses.last(),
-            QStringLiteral("Fuentes abiertas. Prepara una escena y pulsa AL AIRE."));
+        QVERIFY(desk.findDevices(2, 1));
+        const DeviceChoice choice = desk.choose("Altar", "Consola");
+        QCOMPARE(desk.connected(choice), QString::fromUtf8(opened));
         desk.studio.program().take();
-        const auto isRed
-            = [](const QColor &color) { return color.red() > 200 && color.blue() < 60; };
         QVERIFY(desk.runUntil([&] { return isRed(centre(desk.pictures.streams)); }));
         QVERIFY(desk.runUntil([&] { return desk.before > 60; }));
-
         const MediaPtr connected = desk.studio.sources().camera();
-        desk.studio.devices().connectSources(choice);
+        QCOMPARE(desk.connected(choice), QString::fromUtf8(opened));
         QCOMPARE(desk.studio.sources().camera(), connected); // no flicker
 
-        first->unplug();
-        const auto told = [&] {
-            return desk.statuses.contains(QStringLiteral("Cámara sin cuadros; se vuelve a abrir"))
-                || !desk.statuses.filter(QStringLiteral("Fuente sin señal: ")).isEmpty();
-        };
-        QVERIFY(desk.runUntil(told));
+        altar->unplug();
+        QVERIFY(desk.runUntil([&] {
+            return desk.told("Cámara sin cuadros; se vuelve a abrir")
+                || desk.told("Fuente sin señal: ");
+        }));
         QVERIFY(desk.runUntil([&] { return centre(desk.pictures.streams) == QColor(Qt::black); }));
         const int frames = desk.frames;
         desk.frame();
         QCOMPARE(desk.frames, frames + 1);
 
         // The system gives it another number.
-        first = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 1280, 720 });
+        altar = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 1280, 720 });
         QVERIFY(desk.runUntil([&] { return isRed(centre(desk.pictures.streams)); }));
-        QVERIFY(desk.studio.sources().camera() != connected);
+        const MediaPtr reopened = desk.studio.sources().camera();
+        QVERIFY(reopened != connected);
 
-        consola->unplug();
-        QVERIFY(desk.runUntil([&] {
-            return !desk.statuses.filter(QStringLiteral("Audio detenido; video continúa. "))
-                        .isEmpty();
-        }));
+        console->unplug();
+        QVERIFY(desk.runUntil([&] { return desk.told("Audio detenido; video continúa. "); }));
         QCOMPARE(desk.studio.audio().capture(), nullptr);
         QVERIFY(desk.studio.audio().fifo().empty());
         QVERIFY(isRed(centre(desk.pictures.streams)));
+
+        // The lists are the old ones; the camera that works is left alone.
+        console = microphone(QStringLiteral("Consola"), 44100, 1);
+        QVERIFY(desk.runUntil([&] { return desk.connected(choice) == QString::fromUtf8(opened); }));
+        QCOMPARE(desk.studio.sources().camera(), reopened);
+        desk.before = 0;
+        QVERIFY(desk.runUntil([&] { return desk.before > 60; }));
     }
 
-    void permissionIsAskedAnsweredAndDenied()
+    /// A camera that is gone, and a choice that names no device at all.
+    void whatIsNotThereIsReplacedByNothing()
     {
-        const auto provider = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 640, 480 });
-        ManualClock clock;
-        auto owned = std::make_unique<FakePermission>(PermissionStatus::Undetermined);
-        FakePermission &permission = *owned;
-        Studio studio(clock, StudioPeers { std::move(owned) });
-        QStringList statuses;
-        studio.status = [&](const QString &text) { statuses << text; };
-        QStringList cameras;
-        studio.devices().onDevices
-            = [&](const QStringList &video, const QStringList &) { cameras = video; };
-        QVERIFY(QTest::qWaitFor(
-            [&, tries = 0]() mutable {
-                if (tries++ % 50 == 0) {
-                    studio.devices().refreshDevices();
-                }
-                studio.tick();
-                return !cameras.isEmpty();
-            },
-            60'000));
+        auto altar = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 640, 480 });
+        const auto console = microphone(QStringLiteral("Consola"), 48000, 2);
+        DeviceFixture desk;
+        QVERIFY(desk.findDevices(1, 1));
+        const DeviceChoice choice = desk.choose("Altar", "Consola");
+        altar->unplug();
+        // The service takes a moment to notice.
+        const QString away = QStringLiteral("Cámara: el dispositivo no está conectado");
+        QVERIFY(desk.runUntil([&] {
+            return desk.connected(choice) == away
+                || desk.connected({ 0, 0 }) != QString::fromUtf8(opened);
+        }));
+        QCOMPARE(desk.statuses, QStringList { away });
+        QCOMPARE(desk.studio.sources().cameraIndex(), Sources::testBars);
+        QVERIFY(desk.studio.audio().capture() != nullptr); // the sound is there all the same
+        for (const std::int32_t entry : { -1, 7 }) {
+            QCOMPARE(desk.connected({ 0, entry }),
+                QStringLiteral("Audio: el dispositivo no está conectado"));
+            QCOMPARE(desk.studio.audio().capture(), nullptr); // no test tone
+        }
+    }
 
-        const MediaPtr bars = studio.sources().camera();
-        studio.devices().connectSources({ 0, 0 }); // nothing to ask for
-        QVERIFY(permission.asked().empty());
-        studio.devices().connectSources({ 1, 0 });
-        QCOMPARE(statuses.last(), QStringLiteral("Pidiendo permiso de cámara a macOS..."));
-        QCOMPARE(studio.sources().camera(), bars);
-        permission.answer(CaptureKind::Camera, PermissionStatus::Denied);
-        QVERIFY(statuses.last().startsWith(QStringLiteral("macOS bloqueó la cámara.")));
-        QCOMPARE(studio.sources().camera(), bars);
-        permission.answer(CaptureKind::Camera, PermissionStatus::Granted); // in the settings
-        studio.devices().connectSources({ 1, 0 });
-        QVERIFY(studio.sources().camera() != bars);
+    void permissionIsAskedAndAnswered_data()
+    {
+        QTest::addColumn<CaptureKind>("kind");
+        QTest::addColumn<PermissionStatus>("answer");
+        QTest::addColumn<QString>("asking");
+        QTest::addColumn<QString>("said");
+        const QString askCamera = QStringLiteral("Pidiendo permiso de cámara a macOS...");
+        const QString askMicrophone = QStringLiteral("Pidiendo permiso de micrófono a macOS...");
+        QTest::newRow("camera granted") << CaptureKind::Camera << PermissionStatus::Granted
+                                        << askCamera << QString::fromUtf8(opened);
+        QTest::newRow("camera denied")
+            << CaptureKind::Camera << PermissionStatus::Denied << askCamera
+            << QStringLiteral("macOS bloqueó la cámara. Ve a Configuración del Sistema → "
+                              "Privacidad y seguridad → Cámara y activa Vesperline.");
+        QTest::newRow("microphone granted") << CaptureKind::Microphone << PermissionStatus::Granted
+                                            << askMicrophone << QString::fromUtf8(opened);
+        QTest::newRow("microphone denied")
+            << CaptureKind::Microphone << PermissionStatus::Denied << askMicrophone
+            << QStringLiteral("macOS bloqueó el micrófono. Ve a Configuración del Sistema → "
+                              "Privacidad y seguridad → Micrófono y activa Vesperline.");
+    }
+
+    void permissionIsAskedAndAnswered()
+    {
+        QFETCH(CaptureKind, kind);
+        QFETCH(PermissionStatus, answer);
+        QFETCH(QString, asking);
+        QFETCH(QString, said);
+        const auto altar = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 640, 480 });
+        const auto console = microphone(QStringLiteral("Consola"), 48000, 2);
+        auto owned = std::make_unique<FakePermission>(PermissionStatus::Granted);
+        FakePermission &permission = *owned;
+        permission.answer(kind, PermissionStatus::Undetermined);
+        DeviceFixture desk({ std::move(owned) });
+        QVERIFY(desk.findDevices(1, 1));
+        DeviceChoice chosen = desk.choose("Altar", "Consola");
+        desk.studio.devices().onAnswered = [&] { desk.studio.devices().connectSources(chosen); };
+        const auto nothingBuilt = [&, bars = desk.studio.sources().camera()] {
+            return desk.studio.sources().camera() == bars && !desk.studio.audio().capture();
+        };
+        QCOMPARE(desk.connected({ 0, 0 }), QString::fromUtf8(opened));
+        QVERIFY(permission.asked().empty()); // nothing to ask for
+        QCOMPARE(desk.connected(chosen), asking);
+        QVERIFY(nothingBuilt());
+
+        desk.statuses.clear();
+        permission.answer(kind, answer);
+        QVERIFY(desk.runUntil([&] { return !desk.statuses.isEmpty(); }));
+        QCOMPARE(desk.statuses, QStringList { said });
+        QCOMPARE(permission.asked(), std::vector { kind });
+        if (answer == PermissionStatus::Denied) {
+            QVERIFY(nothingBuilt());
+            permission.answer(kind, PermissionStatus::Granted); // in the settings
+            QCOMPARE(desk.connected(chosen), QString::fromUtf8(opened));
+        }
+        QVERIFY(desk.studio.sources().cameraDevice());
+        QVERIFY(desk.studio.audio().capture());
     }
 
     void aNewShapeRebuildsTheStreamsAlone()
     {
-        StudioFixture desk;
-        desk.studio.program().setEditSet(1);
-        desk.setLayers({ colorLayer(Qt::blue) });
-        desk.studio.program().take();
-        desk.studio.program().setEditSet(0);
-        desk.setLayers({ colorLayer(Qt::red) });
-        desk.studio.program().take();
-        desk.studio.changeProfile(StreamProfile::Portrait);
-        desk.frame();
-        QCOMPARE(desk.pictures.streams.size(), QSize(1080, 1920));
-        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));
-        QCOMPARE(centre(desk.pictures.hall), QColor(Qt::blue));
-        QVERIFY(desk.runUntil([&] {
-            const FramePtr frame = desk.studio.sources().cameraFrame();
-            return frame && frame->size() == portraitSize;
-        }));
-        desk.studio.changeProfile(StreamProfile::Landscape);
-        desk.frame();
-        QCOMPARE(desk.pictures.streams.size(), QSize(1920, 1080));
+        const VirtualScreen screen;
+        const auto altar = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 640, 480 });
+        const QString video = clip({});
+        DeviceFixture desk;
+        QVERIFY(desk.findDevices(1, 0));
+        QCOMPARE(desk.connected({ 1, 0 }), QString::fromUtf8(opened));
+        const auto fill = [&](int set) {
+            desk.studio.program().setEditSet(set);
+            desk.setLayers({});
+            desk.studio.layers().addVideoFile(video);
+            desk.studio.layers().addScreenCapture();
+            desk.studio.program().take();
+        };
+        fill(1);
+        fill(0);
+        const auto sources = [&](SceneSet set) {
+            std::vector<MediaPtr> all;
+            for (const Layer &layer : desk.studio.stage().scenes.scenes(set).front().layers) {
+                all.push_back(layer.source);
+            }
+            return all;
+        };
+        const auto hall = sources(SceneSet::Hall);
+        std::vector<std::weak_ptr<Media>> old { desk.studio.sources().camera() };
+        for (const MediaPtr &source : sources(SceneSet::Streams)) {
+            old.push_back(source);
+        }
+        QCOMPARE(old.size(), 3U);
+
+        const QTemporaryDir folder;
+        Recording &recording = desk.studio.outputs().recording();
+        recording.start(folder.filePath(QStringLiteral("programa.webm")), landscapeSize);
+        desk.studio.changeProfile(StreamProfile::Portrait); // refused
+        QCOMPARE(desk.studio.stage().profile, StreamProfile::Landscape);
+        QVERIFY(desk.runUntil([&] { return recording.ready(); }));
+        recording.finish();
+        QVERIFY(desk.runUntil([&] { return !recording.exists(); }));
+
+        for (const StreamProfile profile : { StreamProfile::Portrait, StreamProfile::Landscape }) {
+            const FrameSize size = streamSize(profile);
+            desk.studio.changeProfile(profile);
+            desk.frame();
+            QCOMPARE(desk.pictures.streams.size(), QSize(size.width, size.height));
+            QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));
+            QVERIFY(desk.runUntil([&] {
+                return std::all_of(old.begin(), old.end(), [](const auto &source) {
+                    return source.expired();
+                });
+            }));
+            std::vector<MediaPtr> fresh = sources(SceneSet::Streams);
+            fresh.push_back(desk.studio.sources().camera());
+            QVERIFY(desk.runUntil([&] {
+                return std::all_of(fresh.begin(), fresh.end(), [&](const MediaPtr &source) {
+                    return source && source->frame() && source->frame()->size() == size;
+                });
+            }));
+            old.assign(fresh.begin(), fresh.end());
+            QCOMPARE(sources(SceneSet::Hall), hall);
+        }
+        QCOMPARE(desk.connected({ 1, 0 }), QString::fromUtf8(opened));
+        QVERIFY(desk.studio.sources().cameraDevice());
     }
 };
 

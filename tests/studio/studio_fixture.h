@@ -11,12 +11,13 @@ namespace nimbara::testing {
 /// A studio with a hand-cranked clock that keeps what it reports.
 struct StudioFixture {
     ManualClock clock;
-    Studio studio { clock };
+    Studio studio;
     QStringList statuses;
     Pictures pictures;
     int frames = 0;
 
-    StudioFixture()
+    explicit StudioFixture(StudioPeers peers = {})
+        : studio(clock, std::move(peers))
     {
         studio.status = [this](const QString &text) { statuses << text; };
         studio.onPictures = [this](const Pictures &made) {

@@ -43,11 +43,15 @@ VirtualDevice VirtualDevice::camera(const QString &node,
 
 /// In its default mode the sink is a follower, which outlives a reader that is late; as a driver
 /// ("provide") it stalls for good.
-VirtualDevice
-VirtualDevice::microphone(const QString &node, const QString &name, int rate, int channels)
+VirtualDevice VirtualDevice::microphone(const QString &node,
+    const QString &name,
+    int rate,
+    int channels,
+    int tone)
 {
     return VirtualDevice(QStringList { QStringLiteral("audiotestsrc"),
         QStringLiteral("is-live=true"),
+        QStringLiteral("freq=%1").arg(tone),
         QStringLiteral("!"),
         QStringLiteral("audio/x-raw,format=F32LE,rate=%1,channels=%2").arg(rate).arg(channels),
         QStringLiteral("!"),

@@ -21,9 +21,12 @@ public:
         const QString &name,
         const QString &colour,
         FrameSize size = { 640, 480 });
-    /// A steady tone. `rate` in hertz.
-    static VirtualDevice
-    microphone(const QString &node, const QString &name, int rate = 44100, int channels = 2);
+    /// A steady tone, 0.8 of full scale. `rate` and `tone` in hertz.
+    static VirtualDevice microphone(const QString &node,
+        const QString &name,
+        int rate = 44100,
+        int channels = 2,
+        int tone = 440);
 
     VirtualDevice(VirtualDevice &&) noexcept;
     VirtualDevice &operator=(VirtualDevice &&) noexcept;

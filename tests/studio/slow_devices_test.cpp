@@ -1,0 +1,70 @@
+#include "studio/studio_fixture.h"
+#include "support/fake_device.h"
+#include "support/test_registry.h"
+
+#include <semaphore>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+
+namespace {
+
+std::binary_semaphore gate(0); ///< open: the provider may answer
+
+gboolean startLate(GstDeviceProvider *provider)
+{
+    gate.acquire();
+    const DeviceRef device = fakeDevice({ .name = "Altar" });
+    gst_device_provider_device_add(provider, device.get());
+    return TRUE;
+}
+
+void initLateClass(gpointer type, gpointer /*data*/)
+{
+    auto *provider = static_cast<GstDeviceProviderClass *>(type);
+    provider->start = startLate;
+    provider->stop = [](GstDeviceProvider *) {};
+    gst_device_provider_class_set_static_metadata(provider,
+        "Late cameras",
+        "Video/Source",
+        "Answers when it is told to",
+        "Nimbara");
+}
+
+} // namespace
+
+/// A program of its own: its first search meets a service that takes its time.
+class SlowDevicesTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void theStudioRunsWhileAServiceIsSilent()
+    {
+        const GType type = g_type_register_static_simple(GST_TYPE_DEVICE_PROVIDER,
+            "NimbaraLateProvider",
+            sizeof(GstDeviceProviderClass),
+            initLateClass,
+            sizeof(GstDeviceProvider),
+            nullptr,
+            GTypeFlags {});
+        QVERIFY(gst_device_provider_register(nullptr, "latecameras", GST_RANK_PRIMARY, type));
+        StudioFixture desk;
+        QStringList cameras;
+        desk.studio.devices().onDevices = [&](const DeviceLists &devices) {
+            for (const CaptureDevice &device : devices.video) {
+                cameras << device.name;
+            }
+        };
+        desk.studio.devices().refreshDevices(); // waiting here would be for ever
+        for (int i = 0; i < 90; ++i) {
+            desk.frame();
+        }
+        QCOMPARE(desk.frames, 90);
+        QVERIFY(desk.runUntil([&] { return centre(desk.pictures.preview) != QColor(Qt::black); }));
+        QVERIFY(cameras.isEmpty());
+        gate.release();
+        QVERIFY(desk.runUntil([&] { return cameras.contains(QStringLiteral("Altar")); }));
+    }
+};
+
+NIMBARA_TEST(SlowDevicesTest)
+#include "slow_devices_test.moc"

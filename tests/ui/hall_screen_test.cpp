@@ -1,0 +1,184 @@
+#include "support/test_registry.h"
+#include "ui/desk.h"
+#include "ui/hall_screen.h"
+
+#include <QComboBox>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QTabWidget>
+#include <QTemporaryDir>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+
+namespace {
+
+constexpr const char *showText = "Pantallas de sala en el monitor elegido";
+constexpr const char *hideText = "Ocultar pantallas de sala (Esc)";
+
+/// The studio's window on the first of two screens; the second has the size of the hall program.
+struct HallDesk : Desk {
+    HallDesk() { find<QTabWidget>("tabs")->setCurrentIndex(1); }
+
+    static HallScreen *hall()
+    {
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (widget->objectName() == QLatin1String("hallWindow")) {
+                return qobject_cast<HallScreen *>(widget);
+            }
+        }
+        return nullptr;
+    }
+    QString buttonText() { return find<QPushButton>("hallScreen")->text(); }
+    void showOn(int screen)
+    {
+        find<QComboBox>("screens")->setCurrentIndex(screen);
+        press("hallScreen");
+    }
+    /// Puts one colour on the hall's air.
+    void air(const QColor &color)
+    {
+        Layer layer = newLayer(LayerKind::Color);
+        layer.fill = color;
+        window.studio().program().setEditSet(1);
+        window.studio().stage().scenes.currentScene().layers = { layer };
+        window.studio().program().take();
+    }
+};
+
+/// What stands on the screen where the window is.
+QImage onScreen(QWidget &widget)
+{
+    return widget.screen()
+        ->grabWindow(widget.winId())
+        .toImage()
+        .convertToFormat(QImage::Format_RGBA8888);
+}
+
+} // namespace
+
+class HallScreenTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void coversTheChosenScreenExactly()
+    {
+        HallDesk desk;
+        QCOMPARE(desk.find<QComboBox>("screens")->count(), 2);
+        QCOMPARE(desk.buttonText(), QString::fromUtf8(showText));
+        QVERIFY(!HallDesk::hall()->isVisible());
+        for (const int index : { 1, 0, 1 }) {
+            QScreen *screen = QGuiApplication::screens().at(index);
+            desk.showOn(index);
+            HallScreen &hall = *HallDesk::hall();
+            QTRY_COMPARE_WITH_TIMEOUT(hall.geometry(), screen->geometry(), 30'000);
+            QCOMPARE(hall.frameGeometry(), screen->geometry());
+            QCOMPARE(hall.screen(), screen);
+            QVERIFY(hall.isFullScreen());
+            QCOMPARE(hall.cursor().shape(), Qt::BlankCursor);
+            QCOMPARE(desk.buttonText(), QString::fromUtf8(hideText));
+            desk.press("hallScreen");
+            QVERIFY(!hall.isVisible());
+            QCOMPARE(desk.buttonText(), QString::fromUtf8(showText));
+        }
+    }
+
+    void keysAndADoubleClickHideIt()
+    {
+        HallDesk desk;
+        HallScreen &hall = *HallDesk::hall();
+        for (const int key : { int(Qt::Key_Escape), int(Qt::Key_F) }) {
+            desk.showOn(1);
+            QTest::keyClick(&hall, Qt::Key_Space);
+            QTest::mouseClick(&hall, Qt::LeftButton);
+            QVERIFY(hall.isVisible());
+            QTest::keyClick(&hall, Qt::Key(key));
+            QVERIFY(!hall.isVisible());
+            QCOMPARE(desk.buttonText(), QString::fromUtf8(showText));
+        }
+        desk.showOn(1);
+        hall.showNormal();
+        QTest::mouseDClick(&hall, Qt::LeftButton);
+        QVERIFY(hall.isVisible()); // only while it is full screen
+        hall.showFullScreen();
+        QTest::mouseDClick(&hall, Qt::LeftButton);
+        QVERIFY(!hall.isVisible());
+        QCOMPARE(desk.buttonText(), QString::fromUtf8(showText));
+    }
+
+    void showsTheComposedPicturePixelForPixel()
+    {
+        HallDesk desk;
+        desk.air(QColor(200, 30, 40));
+        Layer text = newLayer(LayerKind::Text);
+        text.text = QStringLiteral("Canten al Señor un cántico nuevo");
+        desk.window.studio().stage().scenes.currentScene().layers.push_back(text);
+        desk.window.studio().program().take();
+        QImage composed;
+        const auto forward = desk.window.studio().onPictures;
+        desk.window.studio().onPictures = [&](const Pictures &pictures) {
+            composed = pictures.hall;
+            forward(pictures);
+        };
+        desk.showOn(1);
+        const auto matches = [&] {
+            const QImage shown = onScreen(*HallDesk::hall());
+            return shown.size() == QSize(1920, 1080)
+                && shown == composed.convertToFormat(QImage::Format_RGBA8888);
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(matches(), 30'000);
+        QVERIFY(composed.pixelColor(5, 5) == QColor(200, 30, 40));
+    }
+
+    /// What changed while it was hidden is there with its first picture.
+    void opensOnTheNewestPicture()
+    {
+        HallDesk desk;
+        const auto corner = [] { return onScreen(*HallDesk::hall()).pixelColor(100, 100); };
+        desk.air(Qt::red);
+        desk.showOn(1);
+        QTRY_COMPARE_WITH_TIMEOUT(corner(), QColor(Qt::red), 30'000);
+        desk.press("hallScreen");
+        int frames = 0;
+        const auto forward = desk.window.studio().onPictures;
+        desk.window.studio().onPictures = [&](const Pictures &pictures) {
+            forward(pictures);
+            frames += pictures.hall.pixelColor(100, 100) == QColor(Qt::blue) ? 1 : 0;
+        };
+        desk.air(Qt::blue);
+        QTRY_VERIFY_WITH_TIMEOUT(frames > 0, 30'000);
+        desk.window.studio().onPictures = [](const Pictures &) {}; // no later picture helps
+        desk.showOn(1);
+        QVERIFY(QTest::qWaitForWindowExposed(HallDesk::hall(), 30'000));
+        QCOMPARE(corner(), QColor(Qt::blue));
+    }
+
+    /// The toolkit's own announcement; the platform of the tests cannot take a screen away.
+    void aScreenThatGoesAwayHidesItAlone()
+    {
+        const QTemporaryDir folder;
+        HallDesk desk;
+        Recording &recording = desk.window.studio().outputs().recording();
+        recording.start(folder.filePath(QStringLiteral("culto.webm")), landscapeSize);
+        desk.showOn(1);
+        auto *screens = desk.find<QComboBox>("screens");
+        screens->addItem(QStringLiteral("gone"));
+        Q_EMIT qGuiApp->screenRemoved(QGuiApplication::screens().at(1));
+        QVERIFY(!HallDesk::hall()->isVisible());
+        QCOMPARE(desk.buttonText(), QString::fromUtf8(showText));
+        QCOMPARE(desk.status(),
+            QStringLiteral("Pantalla desconectada; Programa y salidas continúan."));
+        QCOMPARE(screens->count(), 2);
+        QTRY_VERIFY_WITH_TIMEOUT(recording.ready(), 30'000);
+        QCOMPARE(recording.state(), RecordingState::recording);
+
+        screens->clear();
+        Q_EMIT qGuiApp->screenAdded(QGuiApplication::screens().at(1));
+        QCOMPARE(screens->count(), 2);
+        screens->setCurrentIndex(1);
+        Q_EMIT qGuiApp->screenAdded(QGuiApplication::screens().at(1));
+        QCOMPARE(screens->currentText(), QStringLiteral("Sala"));
+    }
+};
+
+NIMBARA_TEST(HallScreenTest)
+#include "hall_screen_test.moc"

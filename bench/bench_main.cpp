@@ -1,6 +1,6 @@
 #include "bench.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QStringList>
 
 #include <gst/gst.h>
@@ -54,7 +54,7 @@ int main(int argc, char **argv)
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
-    const QGuiApplication application(argc, argv);
+    const QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("NimbaraStudio"));
     QCoreApplication::setOrganizationName(QStringLiteral("Halvenmoor"));
     gst_init(nullptr, nullptr);

@@ -161,6 +161,8 @@ void MediaFactoryTest::capturesTheScreen()
 
 void MediaFactoryTest::destroysOnABackgroundTask()
 {
+    // Sources of the tests before.
+    QTRY_VERIFY_WITH_TIMEOUT((m_retirement->reap(), m_retirement->pending() == 0), 20'000);
     MediaPtr layer = m_factory.testBars(size);
     MediaPtr copied = layer;
     layer.reset();

@@ -174,6 +174,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
 StudioWindow::~StudioWindow()
 {
     m_frameTimer.stop();
+    m_studio.translation().pause();
     m_hallScreen->hide();
     // The studio goes before the widgets that its reports touch.
     m_studio.status = [](const QString &) {};
@@ -400,6 +401,7 @@ void StudioWindow::screenRemoved()
 void StudioWindow::connectShortcuts()
 {
     auto *space = new QShortcut(Qt::Key_Space, this);
+    space->setAutoRepeat(false); // a key that is held down is one TAKE
     connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
     auto *toSpanish = new QShortcut(Qt::Key_F1, this);
     connect(toSpanish, &QShortcut::activated, this, [this] {
@@ -508,7 +510,7 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     }
     m_frameTimer.stop();
     m_destinations->callOffStarts();
-    m_studio.translation().pause();
+    m_translation->shutDown();
     waitForRecording();
     m_hallScreen->hide();
     event->accept();

@@ -21,7 +21,7 @@ namespace nimbara {
 class WebSocketClient {
 public:
     /// Bytes waiting for the network beyond which it counts as stalled: ten seconds of speech.
-    static constexpr std::int64_t stallLimit = 192LL * 1024;
+    static constexpr std::int64_t stallLimit = 640LL * 1024;
 
     /// Always TLS, whatever the endpoint's scheme.
     explicit WebSocketClient(Endpoint endpoint);

@@ -1,10 +1,10 @@
+#include "studio/profile_change.h"
 #include "studio/studio_fixture.h"
 #include "support/clips.h"
 #include "support/fake_permission.h"
 #include "support/test_registry.h"
 #include "support/virtual_device.h"
 
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -52,6 +52,16 @@ struct DeviceFixture : StudioFixture {
             return devices.video.size() == video && devices.audio.size() == audio;
         });
     }
+    /// Polls with the clock at a stand, so that no source is given up before it has started.
+    template <typename Condition> bool pollUntil(Condition condition)
+    {
+        return QTest::qWaitFor(
+            [&] {
+                studio.tick();
+                return condition();
+            },
+            60'000);
+    }
     /// The choice of two devices by their names.
     DeviceChoice choose(const char *video, const char *audio) const
     {
@@ -84,31 +94,6 @@ bool isRed(const QColor &color)
 {
     return color.red() > 200 && color.blue() < 60;
 }
-
-/// An X server for the screen capture.
-class VirtualScreen {
-public:
-    VirtualScreen()
-    {
-        m_server.start(QStringLiteral("Xvfb"),
-            { QStringLiteral("-displayfd"), QStringLiteral("1") });
-        QVERIFY(m_server.waitForReadyRead(30'000));
-        qputenv("DISPLAY", ":" + m_server.readLine().trimmed());
-    }
-    VirtualScreen(const VirtualScreen &) = delete;
-    VirtualScreen &operator=(const VirtualScreen &) = delete;
-    VirtualScreen(VirtualScreen &&) = delete;
-    VirtualScreen &operator=(VirtualScreen &&) = delete;
-    ~VirtualScreen()
-    {
-        qunsetenv("DISPLAY");
-        m_server.kill();
-        m_server.waitForFinished();
-    }
-
-private:
-    QProcess m_server;
-};
 
 } // namespace
 
@@ -247,7 +232,11 @@ private Q_SLOTS:
 
     void aNewShapeRebuildsTheStreamsAlone()
     {
-        const VirtualScreen screen;
+        // A picture of this program's own stands for the screen.
+        const SystemClock clock;
+        const MediaFactory factory(clock,
+            std::make_shared<Retirement>(),
+            { { "videotestsrc", { { "is-live", true } } } });
         const auto altar = camera(QStringLiteral("Altar"), QStringLiteral("red"), { 640, 480 });
         const QString video = clip({});
         DeviceFixture desk;
@@ -257,7 +246,9 @@ private Q_SLOTS:
             desk.studio.program().setEditSet(set);
             desk.setLayers({});
             desk.studio.layers().addVideoFile(video);
-            desk.studio.layers().addScreenCapture();
+            Layer screen = newLayer(LayerKind::Screen);
+            screen.source = factory.screen(landscapeSize);
+            desk.studio.stage().scenes.addLayer(screen);
             desk.studio.program().take();
         };
         fill(1);
@@ -287,18 +278,22 @@ private Q_SLOTS:
 
         for (const StreamProfile profile : { StreamProfile::Portrait, StreamProfile::Landscape }) {
             const FrameSize size = streamSize(profile);
-            desk.studio.changeProfile(profile);
+            changeProfile(profile,
+                factory,
+                desk.studio.stage(),
+                desk.studio.sources(),
+                desk.studio.status);
             desk.frame();
             QCOMPARE(desk.pictures.streams.size(), QSize(size.width, size.height));
             QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));
-            QVERIFY(desk.runUntil([&] {
+            QVERIFY(desk.pollUntil([&] {
                 return std::all_of(old.begin(), old.end(), [](const auto &source) {
                     return source.expired();
                 });
             }));
             std::vector<MediaPtr> fresh = sources(SceneSet::Streams);
             fresh.push_back(desk.studio.sources().camera());
-            QVERIFY(desk.runUntil([&] {
+            QVERIFY(desk.pollUntil([&] {
                 return std::all_of(fresh.begin(), fresh.end(), [&](const MediaPtr &source) {
                     return source && source->frame() && source->frame()->size() == size;
                 });

@@ -1,3 +1,4 @@
+#include "app/memory_policy.h"
 #include "bench.h"
 
 #include <QApplication>
@@ -51,6 +52,7 @@ void report(const Case &item)
 // tabs: key, median in milliseconds, ratio to copying one frame.
 int main(int argc, char **argv)
 {
+    nimbara::keepFreedPictures();
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }

@@ -3,6 +3,7 @@
 #include "app/gst_log_hook.h"
 #include "app/i18n.h"
 #include "app/log.h"
+#include "app/memory_policy.h"
 #include "app/studio_application.h"
 #include "ui/studio_window.h"
 #include "ui/style.h"
@@ -48,6 +49,7 @@ int runStudio(nimbara::StudioApplication &application)
 
 int main(int argc, char **argv)
 {
+    nimbara::keepFreedPictures();
     const auto application = nimbara::StudioApplication::create(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("NimbaraStudio"));
     QCoreApplication::setApplicationVersion(QStringLiteral("0.4.0"));

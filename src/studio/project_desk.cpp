@@ -79,18 +79,18 @@ void ProjectDesk::poll()
         }
     }
     try {
-        if (auto opened = m_opening.poll()) {
+        if (const auto opened = m_opening.poll()) {
             requireIdleOutputs(); // one may have started meanwhile
-            takeOver(std::move(*opened));
+            takeOver(*opened);
         }
     } catch (const std::exception &error) {
         onFailed(errorText(error));
     }
 }
 
-void ProjectDesk::takeOver(ProjectOpening::Opened opened)
+void ProjectDesk::takeOver(const ProjectOpening::Opened &opened)
 {
-    Project &project = opened.project;
+    const Project &project = opened.project;
     if (project.profile != m_stage.profile) {
         MediaPtr bars = m_factory.testBars(streamSize(project.profile)); // may throw
         m_stage.profile = project.profile;

@@ -54,7 +54,7 @@ public:
     ProjectOpening::FileReader readFile = readProjectFile;
 
 private:
-    void takeOver(ProjectOpening::Opened opened);
+    void takeOver(const ProjectOpening::Opened &opened);
     void succeeded(const QString &path);
 
     const MediaFactory &m_factory;

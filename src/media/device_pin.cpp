@@ -7,10 +7,10 @@ namespace nimbara {
 void pinToDevice(GstElement *element)
 {
     constexpr const char *property = "stream-properties";
-    const GParamSpec *spec = element == nullptr
+    const GParamSpec *declared = element == nullptr
         ? nullptr
         : g_object_class_find_property(G_OBJECT_GET_CLASS(element), property);
-    if (spec == nullptr || G_PARAM_SPEC_VALUE_TYPE(spec) != GST_TYPE_STRUCTURE) {
+    if (declared == nullptr || G_PARAM_SPEC_VALUE_TYPE(declared) != GST_TYPE_STRUCTURE) {
         return;
     }
     GstStructure *current = nullptr;

@@ -7,7 +7,6 @@
 #include <chrono>
 #include <mutex>
 #include <system_error>
-#include <thread>
 
 namespace nimbara {
 
@@ -19,8 +18,8 @@ QString deviceText(GstDevice *device, const GstStructure *properties, const char
     if (properties != nullptr && gst_structure_has_field_typed(properties, key, G_TYPE_STRING)) {
         return QString::fromUtf8(gst_structure_get_string(properties, key));
     }
-    const GParamSpec *spec = g_object_class_find_property(G_OBJECT_GET_CLASS(device), key);
-    if (spec == nullptr || G_PARAM_SPEC_VALUE_TYPE(spec) != G_TYPE_STRING) {
+    const GParamSpec *declared = g_object_class_find_property(G_OBJECT_GET_CLASS(device), key);
+    if (declared == nullptr || G_PARAM_SPEC_VALUE_TYPE(declared) != G_TYPE_STRING) {
         return {};
     }
     gchar *value = nullptr;
@@ -158,9 +157,7 @@ private:
 
 DeviceDiscovery::~DeviceDiscovery()
 {
-    if (m_search.valid()) {
-        m_search.wait_for(farewell);
-    }
+    static_cast<void>(m_search.isReady(farewell));
 }
 
 void DeviceDiscovery::start()
@@ -169,22 +166,19 @@ void DeviceDiscovery::start()
         m_again = true;
         return;
     }
-    std::packaged_task<DeviceLists()> task([] { return SystemMonitor::instance().search(); });
-    auto search = task.get_future();
     try {
-        std::thread(std::move(task)).detach();
+        m_search.start([] { return SystemMonitor::instance().search(); });
     } catch (const std::system_error &) {
-        return; // no thread to be had; the operator may ask again
+        // No thread to be had; the operator may ask again.
     }
-    m_search = std::move(search);
 }
 
 std::optional<DeviceLists> DeviceDiscovery::poll()
 {
-    if (!running() || m_search.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+    if (!m_search.isReady()) {
         return std::nullopt;
     }
-    DeviceLists lists = m_search.get();
+    DeviceLists lists = m_search.take();
     if (std::exchange(m_again, false)) {
         start();
         return std::nullopt;

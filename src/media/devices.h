@@ -1,10 +1,10 @@
 #pragma once
 
+#include "app/background_task.h"
 #include "media/gst_handles.h"
 
 #include <QString>
 
-#include <future>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -41,8 +41,8 @@ const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices,
 /// Looks for devices on background tasks, because a media service may answer late or never.
 ///
 /// The system's monitor is started by the first search of all and runs until the process ends. The
-/// lists still change only when somebody asks. Interface thread only; the destructor waits for a
-/// search under way.
+/// lists still change only when somebody asks. Interface thread only; the destructor waits a
+/// moment for a search under way.
 class DeviceDiscovery {
 public:
     DeviceDiscovery() = default;
@@ -57,7 +57,7 @@ public:
     void start();
 
     /// A result is still to come.
-    [[nodiscard]] bool running() const { return m_search.valid(); }
+    [[nodiscard]] bool running() const { return m_search.isUnderWay(); }
 
     /// The result, once, when it is there. Never waits. A search asked for while another was under
     /// way follows it, so that a device plugged in just now is not missed, and the result is its
@@ -65,7 +65,7 @@ public:
     std::optional<DeviceLists> poll();
 
 private:
-    std::future<DeviceLists> m_search;
+    BackgroundTask<DeviceLists> m_search;
     bool m_again = false; ///< another search was asked for while one was under way
 };
 

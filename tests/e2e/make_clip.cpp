@@ -13,7 +13,7 @@ int main(int argc, char **argv)
         const QString word = QString::fromLocal8Bit(argv[i]);
         given[word.section(QLatin1Char('='), 0, 0)] = word.section(QLatin1Char('='), 1);
     }
-    nimbara::testing::ClipSpec spec;
+    nimbara::testing::ClipSpec wanted;
     const auto text = [&](const char *key, QString &into) {
         if (const auto found = given.find(QLatin1String(key)); found != given.end()) {
             into = found->second;
@@ -24,23 +24,23 @@ int main(int argc, char **argv)
             into = static_cast<std::remove_reference_t<decltype(into)>>(found->second.toDouble());
         }
     };
-    number("width", spec.width);
-    number("height", spec.height);
-    number("seconds", spec.seconds);
-    number("channels", spec.audioChannels);
-    number("rotate", spec.rotate);
-    text("rate", spec.rate);
-    text("video", spec.videoCodec);
-    text("audio", spec.audioCodec);
-    text("container", spec.container);
+    number("width", wanted.width);
+    number("height", wanted.height);
+    number("seconds", wanted.seconds);
+    number("channels", wanted.audioChannels);
+    number("rotate", wanted.rotate);
+    text("rate", wanted.rate);
+    text("video", wanted.videoCodec);
+    text("audio", wanted.audioCodec);
+    text("container", wanted.container);
     QString extra;
     text("extra", extra);
-    spec.extra = extra.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    wanted.extra = extra.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     double cut = 0;
     number("cut", cut);
     try {
-        const QString path
-            = cut > 0 ? nimbara::testing::truncatedClip(spec, cut) : nimbara::testing::clip(spec);
+        const QString path = cut > 0 ? nimbara::testing::truncatedClip(wanted, cut)
+                                     : nimbara::testing::clip(wanted);
         std::puts(qPrintable(path));
     } catch (const std::exception &error) {
         static_cast<void>(std::fprintf(stderr, "%s\n", error.what()));

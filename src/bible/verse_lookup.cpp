@@ -68,7 +68,7 @@ void VerseLookup::showBuiltIn(LayerId layer, const Ref &ref, const Source &sourc
                 const QString &key) { askTranslation(request, verse, name, key); });
     } else {
         forget(layer);
-        statusChanged(readyStatus(label(ref, lang)));
+        statusChanged(layer, readyStatus(label(ref, lang)));
     }
 }
 
@@ -87,12 +87,12 @@ void VerseLookup::askApiBible(const Request &request, const QString &key)
 {
     if (key.isEmpty() || request.source.apiBibleId.isEmpty()) {
         forget(request.layer);
-        statusChanged(
+        statusChanged(request.layer,
             tr("Versículo mostrado con RV1909: configura la clave y la Biblia de API.Bible "
                "en la pestaña Traducción IA y Biblia."));
         return;
     }
-    statusChanged(tr("Consultando API.Bible..."));
+    statusChanged(request.layer, tr("Consultando API.Bible..."));
     const auto done = [self = QPointer(this), request](const QString &text, const QString &error) {
         if (self) {
             self->finish(request,
@@ -109,11 +109,12 @@ void VerseLookup::askTranslation(const Request &request,
 {
     if (key.isEmpty()) {
         forget(request.layer);
-        statusChanged(tr("Versículo en español; para traducirlo a otro idioma añade la API key de "
-                         "OpenAI."));
+        statusChanged(request.layer,
+            tr("Versículo en español; para traducirlo a otro idioma añade la API key de "
+               "OpenAI."));
         return;
     }
-    statusChanged(tr("Traduciendo versículo..."));
+    statusChanged(request.layer, tr("Traduciendo versículo..."));
     const auto done = [self = QPointer(this), request](const QString &text, const QString &error) {
         if (self) {
             self->finish(request, translationOutcome(request.ref, text, error));
@@ -130,7 +131,7 @@ void VerseLookup::finish(const Request &request, const VerseOutcome &outcome)
     if (outcome.update) {
         updateLayer(request.layer, *outcome.update);
     }
-    statusChanged(outcome.status);
+    statusChanged(request.layer, outcome.status);
 }
 
 VerseLookup::Request VerseLookup::newRequest(LayerId layer, const Ref &ref, const Source &source)

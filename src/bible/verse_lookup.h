@@ -47,7 +47,8 @@ public:
     void forget(LayerId layer) { m_current.remove(layer); }
 
     /// Gets messages for the status line, translated.
-    std::function<void(const QString &text)> statusChanged = [](const QString &) {};
+    std::function<void(LayerId layer, const QString &text)> statusChanged
+        = [](LayerId, const QString &) {};
 
     /// Gets the failure of a lookup that had to wait for the Bibles, in Spanish like a thrown one.
     std::function<void(const QString &error)> failed = [](const QString &) {};

@@ -9,17 +9,6 @@ namespace nimbara {
 
 namespace {
 
-Layer quickLayer()
-{
-    Layer layer = newLayer(LayerKind::Verse);
-    layer.x = 0.08;
-    layer.y = 0.62;
-    layer.w = 0.84;
-    layer.h = 0.3;
-    layer.size = 48;
-    return layer;
-}
-
 QString hiddenLinesText(std::int32_t lines)
 {
     return lines == 1
@@ -36,7 +25,7 @@ VerseDesk::VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &st
     , m_translator(openAi)
     , m_lookup(m_api, m_translator)
 {
-    m_lookup.statusChanged = [this](const QString &text) { tell(text); };
+    m_lookup.statusChanged = [this](auto place, const QString &text) { tell(place, text); };
     m_lookup.failed = [this](const QString &text) { onFailed(text); };
     m_lookup.holdsVerse = [this](auto place) { return verseLayer(place) != nullptr; };
     m_lookup.updateLayer
@@ -61,7 +50,7 @@ std::int32_t VerseDesk::quickVerseLayer()
             return index;
         }
     }
-    return m_stage.scenes.addLayer(quickLayer());
+    return m_stage.scenes.addLayer(newLayer(LayerKind::Verse));
 }
 
 void VerseDesk::listBibles(const QString &key, bible::Api::BiblesCallback done)
@@ -92,14 +81,14 @@ void VerseDesk::write(bible::VerseLookup::LayerId place, const bible::VerseUpdat
     layer->text = update.text;
     layer->reference = update.reference;
     layer->name = update.name.value_or(layer->name);
-    m_hiddenLines = hiddenLines(*layer, m_stage.previewFrame());
     onLayerWritten(static_cast<std::int32_t>(place));
 }
 
-void VerseDesk::tell(const QString &text)
+void VerseDesk::tell(bible::VerseLookup::LayerId place, const QString &text)
 {
-    m_status(
-        m_hiddenLines == 0 ? text : text + QStringLiteral(" · ") + hiddenLinesText(m_hiddenLines));
+    const Layer *layer = verseLayer(place);
+    const std::int32_t hidden = layer == nullptr ? 0 : hiddenLines(*layer, m_stage.previewFrame());
+    m_status(hidden == 0 ? text : text + QStringLiteral(" · ") + hiddenLinesText(hidden));
 }
 
 } // namespace nimbara

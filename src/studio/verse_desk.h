@@ -45,14 +45,13 @@ public:
 private:
     [[nodiscard]] Layer *verseLayer(bible::VerseLookup::LayerId place);
     void write(bible::VerseLookup::LayerId place, const bible::VerseUpdate &update);
-    void tell(const QString &text);
+    void tell(bible::VerseLookup::LayerId place, const QString &text);
 
     Stage &m_stage;
     Report m_status;
     bible::Api m_api;
     bible::VerseTranslator m_translator;
     bible::VerseLookup m_lookup;
-    std::int32_t m_hiddenLines = 0; ///< of the verse written last
 };
 
 } // namespace nimbara

@@ -31,7 +31,7 @@ struct Desk {
         , translator(endpoint)
         , lookup(std::make_unique<VerseLookup>(api, translator, std::move(ready)))
     {
-        lookup->statusChanged = [this](const QString &text) { said << text; };
+        lookup->statusChanged = [this](auto, const QString &text) { said << text; };
         lookup->failed = [this](const QString &text) { failures << text; };
         lookup->holdsVerse = [this](auto layer) { return !gone.contains(layer); };
         lookup->updateLayer = [this](auto layer, const VerseUpdate &update) {

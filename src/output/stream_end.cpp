@@ -13,10 +13,6 @@ using Flag = std::shared_ptr<std::atomic<bool>>;
 constexpr auto longestWait = 3000ms; ///< a server that takes longer has hardly heard of us
 constexpr auto pollSpacing = 10ms;
 
-struct FreeStructure {
-    void operator()(GstStructure *structure) const { gst_structure_free(structure); }
-};
-
 /// Headers alone do not make the sink connect.
 GstPadProbeReturn noteData(GstPad * /*pad*/, GstPadProbeInfo *info, gpointer userData)
 {
@@ -37,7 +33,7 @@ bool isConnected(GstElement *sink)
 {
     GstStructure *raw = nullptr;
     g_object_get(sink, "stats", &raw, nullptr);
-    const std::unique_ptr<GstStructure, FreeStructure> stats(raw);
+    const StructurePtr stats(raw);
     guint64 sent = 0;
     return stats && gst_structure_get_uint64(stats.get(), "out-bytes-total", &sent) != FALSE
         && sent > 0;

@@ -1,9 +1,9 @@
 #include "studio/program_audio_desk.h"
 
 #include "app/log.h"
+#include "translation/voice.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace nimbara {
 
@@ -29,7 +29,7 @@ Media *heardMedia(const Scene &program)
 
 ProgramAudioDesk::ProgramAudioDesk(const Clock &clock)
     : m_clock(clock)
-    , m_voice(std::numeric_limits<std::size_t>::max())
+    , m_voice(voiceQueueLimit)
     , m_lastLog(clock.monotonicUs())
 {
 }

@@ -1,6 +1,7 @@
 #include "media/platform_elements.h"
 
 #include "media/gst_build.h"
+#include "media/x11_screen_source.h"
 
 #include <QtGlobal>
 
@@ -18,8 +19,8 @@ ScreenElements screenElements(const DesktopSession &session)
     ScreenElements elements { { "avfvideosrc", { { "capture-screen", true } } } };
     const bool wayland = !session.waylandDisplay.empty() || session.type == "wayland";
     if (!wayland && !session.xDisplay.empty()) {
-        // Damage tracking costs a round trip per changed rectangle and tears under load.
-        elements.push_back({ "ximagesrc", { { "use-damage", false }, { "show-pointer", true } } });
+        registerX11ScreenSource();
+        elements.push_back({ x11ScreenSource, {} });
     }
     return elements;
 }

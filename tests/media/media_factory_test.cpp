@@ -141,7 +141,7 @@ void MediaFactoryTest::picksTheScreenElement()
     const ScreenElements elements = screenElements(session);
     QCOMPARE(elements.size(), x11 ? 2U : 1U);
     QCOMPARE(elements.front().factory, std::string("avfvideosrc"));
-    QCOMPARE(elements.back().factory, std::string(x11 ? "ximagesrc" : "avfvideosrc"));
+    QCOMPARE(elements.back().factory, std::string(x11 ? "x11screensrc" : "avfvideosrc"));
 }
 
 void MediaFactoryTest::capturesTheScreen()

@@ -1,0 +1,122 @@
+#include "app/clock.h"
+#include "app/error.h"
+#include "media/media_factory.h"
+#include "poll.h"
+#include "support/test_registry.h"
+
+#include <QProcess>
+#include <QTest>
+
+namespace nimbara::testing {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr FrameSize size { 640, 360 };
+
+/// An X server of the test's own, which the studio and the desktop's tools then use.
+class Server {
+public:
+    Server()
+    {
+        m_process.start(u"Xvfb"_s,
+            { u"-noreset"_s, u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x720x24"_s });
+        if (m_process.waitForReadyRead(30'000)) {
+            qputenv("DISPLAY", ':' + m_process.readAllStandardOutput().trimmed());
+        }
+    }
+    Server(const Server &) = delete;
+    Server &operator=(const Server &) = delete;
+    ~Server() { kill(); }
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    static bool run(const QString &tool, const QStringList &words)
+    {
+        return QProcess::execute(tool, words) == 0;
+    }
+
+private:
+    QProcess m_process;
+};
+
+} // namespace
+
+/// Real screens of a real X server.
+class X11ScreenTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_retirement = std::make_shared<Retirement>(); }
+    void cleanup() { m_retirement.reset(); }
+
+    void showsWhatIsOnTheScreen()
+    {
+        const Server server;
+        QVERIFY(Server::run(u"xsetroot"_s, { u"-solid"_s, u"#3264c8"_s }));
+        QVERIFY(Server::run(u"xsetroot"_s, { u"-cursor_name"_s, u"left_ptr"_s }));
+        QVERIFY(Server::run(u"xdotool"_s, { u"mousemove"_s, u"640"_s, u"360"_s }));
+        const MediaPtr screen = factory().screen(size);
+        const std::array<int, 4> blue { 0x32, 0x64, 0xc8, 255 };
+        QVERIFY(pollUntil(*screen,
+            [&] { return screen->frame() && pixelAt(*screen->frame(), 0.1, 0.1) == blue; }));
+        QVERIFY2(pixelAt(*screen->frame(), 0.503, 0.506) != blue, "the pointer is not seen");
+        QCOMPARE(screen->takeMessage(), QString());
+    }
+
+    /// Captures come and go while others read, and the rest of the desktop is answered.
+    void capturesStandInNobodysWay()
+    {
+        const Server server;
+        const MediaPtr first = factory().screen(size);
+        QVERIFY(pollUntil(*first, [&] { return first->frame() != nullptr; }));
+        for (int round = 0; round < 40; ++round) {
+            const MediaPtr other = factory().screen(size);
+            QVERIFY(pollUntil(*other, [&] { return other->frame() != nullptr; }));
+            const auto before = first->frameCount();
+            QVERIFY(pollUntil(*first, [&] { return first->frameCount() > before; }));
+        }
+        QVERIFY(Server::run(u"xdotool"_s, { u"getmouselocation"_s }));
+    }
+
+    void aServerThatGoesIsTold()
+    {
+        Server server;
+        const MediaPtr screen = factory().screen(size);
+        QVERIFY(pollUntil(*screen, [&] { return screen->frame() != nullptr; }));
+        server.kill();
+        QString message;
+        QVERIFY(pollUntil(*screen, [&] { return !(message = screen->takeMessage()).isEmpty(); }));
+        QVERIFY2(message.contains(u"The X11 screen cannot be read"_s), qPrintable(message));
+        QVERIFY(!screen->frame());
+
+        // Told at once, or by the source itself on a machine too busy to know it yet.
+        bool refused = false;
+        try {
+            const MediaPtr none = factory().screen(size);
+            refused = pollUntil(*none,
+                [&] { return none->startOutcome() == PipelineStart::Outcome::Refused; });
+        } catch (const Error &error) {
+            refused = QString::fromUtf8(error.what()) == u"No se pudo iniciar fuente"_s;
+        }
+        QVERIFY(refused);
+    }
+
+private:
+    MediaFactory factory()
+    {
+        return { m_clock, m_retirement, screenElements({ {}, ":0", "x11" }) };
+    }
+
+    SystemClock m_clock;
+    std::shared_ptr<Retirement> m_retirement;
+};
+
+} // namespace nimbara::testing
+
+using nimbara::testing::X11ScreenTest;
+NIMBARA_TEST(X11ScreenTest)
+#include "x11_screen_test.moc"

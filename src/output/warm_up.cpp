@@ -11,11 +11,17 @@ namespace {
 
 using Flag = std::shared_ptr<std::atomic<bool>>;
 
-/// The first picture stays here, all others pass.
-GstPadProbeReturn keepFirst(GstPad * /*pad*/, GstPadProbeInfo * /*info*/, gpointer userData)
+/// The first encoded picture stays here and the next one will not build upon it; all others pass.
+GstPadProbeReturn keepFirst(GstPad *pad, GstPadProbeInfo * /*info*/, gpointer userData)
 {
     const Flag &ready = *static_cast<Flag *>(userData);
-    return ready->exchange(true) ? GST_PAD_PROBE_REMOVE : GST_PAD_PROBE_DROP;
+    if (*ready) {
+        return GST_PAD_PROBE_REMOVE;
+    }
+    gst_pad_send_event(pad,
+        gst_video_event_new_upstream_force_key_unit(GST_CLOCK_TIME_NONE, FALSE, 0));
+    *ready = true;
+    return GST_PAD_PROBE_DROP;
 }
 
 BufferRef blackPicture(GstAppSrc *source)
@@ -34,7 +40,7 @@ BufferRef blackPicture(GstAppSrc *source)
 std::shared_ptr<const std::atomic<bool>> warmUp(GstElement *source, GstElement *encoder)
 {
     auto ready = std::make_shared<std::atomic<bool>>(false);
-    const auto pad = PadRef::adopt(gst_element_get_static_pad(encoder, "sink"));
+    const auto pad = PadRef::adopt(gst_element_get_static_pad(encoder, "src"));
     gst_pad_add_probe(pad.get(),
         GST_PAD_PROBE_TYPE_BUFFER,
         keepFirst,

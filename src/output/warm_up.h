@@ -8,8 +8,9 @@
 namespace nimbara {
 
 /// Sends one black picture into `source`, an app source with its caps set in a pipeline that plays,
-/// and takes it out again in front of `encoder`. On its way the formats are agreed on and the
-/// encoder makes itself ready, which lasts longer than the source's queue holds pictures.
+/// and takes it out again behind `encoder`. On its way the formats are agreed on and the encoder
+/// touches all of its memory, which lasts longer than the source's queue holds pictures. The first
+/// picture after it is a key frame.
 ///
 /// The flag turns true, on a streaming thread, once the encoder is ready. Nothing else may be
 /// pushed into the source before.

@@ -44,14 +44,14 @@ class ServiceTest(unittest.TestCase):
         self.studio.close()
 
     def load_video(self, path):
-        self.studio.click("Fuentes y pantallas")
+        self.studio.click("Fuentes y pantallas", role="page tab")
         self.studio.click("Cargar video")
         self.studio.enter_path("Video", path)
         self.studio.wait_status("Video/red preparado")
 
     def start_recording(self, name):
         path = os.path.join(self.folder.name, name)
-        self.studio.click("Transmitir y grabar")
+        self.studio.click("Transmitir y grabar", role="page tab")
         self.studio.click("● Grabar")
         self.studio.enter_path("Grabar Programa", path)
         self.studio.wait_status("Grabando Programa y audio seleccionado.")
@@ -128,7 +128,7 @@ class ServiceTest(unittest.TestCase):
 
     def test_truncated_clip_is_told_and_the_program_goes_on(self):
         clip = make_clip(seconds=20, cut=0.5)
-        self.studio.click("Fuentes y pantallas")
+        self.studio.click("Fuentes y pantallas", role="page tab")
         self.studio.click("Cargar video")
         self.studio.enter_path("Video", clip)
         self.studio.wait_status("Fuente sin señal: ")
@@ -164,7 +164,7 @@ class ServiceTest(unittest.TestCase):
         self.assertGreater(times[-1], 4.0)
 
     def test_full_disk_is_told_and_the_program_goes_on(self):
-        self.studio.click("Transmitir y grabar")
+        self.studio.click("Transmitir y grabar", role="page tab")
         self.studio.click("● Grabar")
         full = os.path.join(self.folder.name, "full.webm")
         os.symlink("/dev/full", full)

@@ -129,7 +129,7 @@ class StreamingTest(unittest.TestCase):
 
     def open(self, program=None):
         self.studio = Program(program or PROGRAM)
-        self.studio.click("Transmitir y grabar")
+        self.studio.click("Transmitir y grabar", role="page tab")
 
     def type_into(self, name, text):
         self.studio.click(name, role="text" if name.startswith("RTMP") else "password text")

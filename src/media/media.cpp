@@ -103,7 +103,7 @@ void Media::play()
 void Media::linkDecodedPads()
 {
     auto branches = std::make_unique<std::shared_ptr<Branches>>(
-        std::make_shared<Branches>(Branches { m_parts.videoConvert, m_parts.audioConvert }));
+        std::make_shared<Branches>(Branches { m_parts.pictureHead, m_parts.audioConvert }));
     g_signal_connect_data(
         m_parts.source.get(),
         "pad-added",
@@ -126,7 +126,7 @@ void Media::padAdded(GstElement * /*element*/, GstPad *pad, gpointer source)
     }
     const gchar *name = gst_structure_get_name(gst_caps_get_structure(caps.get(), 0));
     if (g_str_has_prefix(name, "video/") != FALSE) {
-        linkTo(branches->videoConvert, pad);
+        linkTo(branches->pictureHead, pad);
     }
     if (g_str_has_prefix(name, "audio/") != FALSE) {
         linkTo(branches->audioConvert, pad);
@@ -188,7 +188,7 @@ bool Media::takeBusMessage()
 /// sinks has one, and a branch that no stream feeds never has.
 bool Media::streamsEnded() const
 {
-    const bool picture = isFed(m_parts.videoConvert);
+    const bool picture = isFed(m_parts.pictureHead);
     const bool sound = isFed(m_parts.audioConvert);
     return (picture || sound) && (!picture || sinkEnded(m_parts.videoSink))
         && (!sound || sinkEnded(m_parts.audioSink));
@@ -258,7 +258,7 @@ void Media::describeFirstPicture(const SampleRef &sample)
 /// formats such as BGRx, which a screen capture leaves at 0, as if it were alpha.
 void Media::readAlpha()
 {
-    auto caps = CapsRef::adopt(gst_pad_get_current_caps(sinkPad(m_parts.videoConvert).get()));
+    auto caps = CapsRef::adopt(gst_pad_get_current_caps(sinkPad(m_parts.pictureHead).get()));
     if (caps.get() == m_pictureCaps.get()) {
         return;
     }

@@ -74,7 +74,7 @@ private:
     /// GStreamer's threads never touch the source itself; holds neither decoder nor pipeline, which
     /// would keep each other alive.
     struct Branches {
-        ElementRef videoConvert;
+        ElementRef pictureHead;
         ElementRef audioConvert;
     };
 

@@ -5,6 +5,8 @@
 #include "media/device_pin.h"
 #include "media/gst_build.h"
 
+#include <algorithm>
+
 namespace nimbara {
 
 namespace {
@@ -15,6 +17,9 @@ using namespace gst_build;
 struct PictureChain {
     ElementRef requestFilter = make("capsfilter");
     ElementRef squarePixels = make("capssetter");
+    ElementRef reduce; ///< makes pictures that are larger than the profile smaller; media only
+    ElementRef reduced; ///< says how small
+    ElementRef convert = make("videoconvert");
     ElementRef upright; ///< turns pictures by the orientation they carry; media only
     ElementRef scale = make("videoscale");
     ElementRef outputFilter = make("capsfilter");
@@ -63,14 +68,39 @@ QString startLabel(const SourceRequest &request, GstElement *element)
     return label + (request.uri.isEmpty() ? QStringLiteral(" (prueba)") : QStringLiteral(" (uri)"));
 }
 
+/// A 4K picture costs a third when it is made smaller before its colours are converted. The longer
+/// side of the profile bounds both sides: the picture may yet be turned.
+void reduceBeforeConversion(SourcePipeline &built, PictureChain &chain, FrameSize size)
+{
+    chain.reduce = make("videoscale");
+    chain.reduced = make("capsfilter");
+    if (!complete({ &chain.reduce, &chain.reduced })) {
+        throw Error(QStringLiteral("Falta componente de fuente multimedia"));
+    }
+    add(built.pipeline, { &chain.reduce, &chain.reduced });
+    const gint longest = std::max(size.width, size.height);
+    setCaps(chain.reduced,
+        CapsRef::adopt(gst_caps_new_simple("video/x-raw",
+            "width",
+            GST_TYPE_INT_RANGE,
+            1,
+            longest,
+            "height",
+            GST_TYPE_INT_RANGE,
+            1,
+            longest,
+            nullptr)));
+    built.pictureHead = chain.reduce;
+}
+
 void makePictureChain(SourcePipeline &built, PictureChain &chain, const SourceRequest &request)
 {
-    built.videoConvert = make("videoconvert");
     built.videoSink = make("appsink");
+    built.pictureHead = chain.convert;
     if (!complete({ &built.source,
             &chain.requestFilter,
             &chain.squarePixels,
-            &built.videoConvert,
+            &chain.convert,
             &chain.scale,
             &chain.outputFilter,
             &built.videoSink })) {
@@ -80,7 +110,7 @@ void makePictureChain(SourcePipeline &built, PictureChain &chain, const SourceRe
         { &built.source,
             &chain.requestFilter,
             &chain.squarePixels,
-            &built.videoConvert,
+            &chain.convert,
             &chain.scale,
             &chain.outputFilter,
             &built.videoSink });
@@ -91,6 +121,9 @@ void makePictureChain(SourcePipeline &built, PictureChain &chain, const SourceRe
         // Passes pictures through untouched until one carries a turn (portrait phone videos).
         gst_util_set_object_arg(G_OBJECT(chain.upright.get()), "video-direction", "auto");
         add(built.pipeline, { &chain.upright });
+    }
+    if (!request.uri.isEmpty()) {
+        reduceBeforeConversion(built, chain, request.size);
     }
 }
 
@@ -153,9 +186,10 @@ void buildSoundBranch(SourcePipeline &built)
 
 void linkPictureChain(const SourcePipeline &built, const PictureChain &chain)
 {
-    const bool head = chain.upright ? link({ &built.videoConvert, &chain.upright, &chain.scale })
-                                    : link({ &built.videoConvert, &chain.scale });
-    if (!head || !link({ &chain.scale, &chain.outputFilter, &built.videoSink })) {
+    const bool reduced = !chain.reduce || link({ &chain.reduce, &chain.reduced, &chain.convert });
+    const bool converted = chain.upright ? link({ &chain.convert, &chain.upright, &chain.scale })
+                                         : link({ &chain.convert, &chain.scale });
+    if (!reduced || !converted || !link({ &chain.scale, &chain.outputFilter, &built.videoSink })) {
         throw Error(QStringLiteral("Fuente: no se pudo enlazar conversion"));
     }
 }
@@ -177,7 +211,7 @@ void linkCapture(SourcePipeline &built, const PictureChain &chain, const SourceR
             nullptr)));
     g_object_set(chain.squarePixels.get(), "replace", FALSE, "join", TRUE, nullptr);
     built.label += QStringLiteral(" pedido=") + text(mode.get());
-    if (!link({ &built.source, &chain.requestFilter, &chain.squarePixels, &built.videoConvert })) {
+    if (!link({ &built.source, &chain.requestFilter, &chain.squarePixels, &chain.convert })) {
         throw Error(QStringLiteral("Fuente no ofrece video raw compatible"));
     }
 }

@@ -20,7 +20,7 @@ struct SourceRequest {
 /// The linked pipeline "nimbara-source", not yet playing, and the elements that its owner talks to.
 struct SourcePipeline {
     ElementRef source; ///< captures or decodes; named "source"
-    ElementRef videoConvert; ///< head of the picture branch
+    ElementRef pictureHead; ///< of the picture branch: takes raw pictures of any kind
     ElementRef videoSink; ///< its end: RGBA at the profile's size
     ElementRef audioConvert; ///< head of the sound branch
     ElementRef audioSink; ///< its end: the system's block format
@@ -29,7 +29,7 @@ struct SourcePipeline {
 };
 
 /// Builds and links the pipeline. A URI decoder's pads do not exist yet: whoever takes the pipeline
-/// links them to `videoConvert` and `audioConvert`. Throws `Error` with the operator's text;
+/// links them to `pictureHead` and `audioConvert`. Throws `Error` with the operator's text;
 /// nothing stays behind then.
 SourcePipeline buildSourcePipeline(const SourceRequest &request, const ScreenElements &screens);
 

@@ -23,10 +23,10 @@ def video_times(path):
     return sorted(float(line.split(",")[0]) for line in out.split() if line.strip(","))
 
 
-def pictures(path, width, height):
-    """Each picture as grey bytes, decoded at a small size."""
+def pictures(path, width, height, turn=""):
+    """Each picture as grey bytes, decoded at a small size; `turn` is a filter to put it upright."""
     words = ["ffmpeg", "-v", "error", "-i", str(path), "-vsync", "passthrough"]
-    words += ["-vf", f"scale={width}:{height}:flags=area,format=gray", "-f", "rawvideo", "-"]
+    words += ["-vf", f"{turn}scale={width}:{height}:flags=area,format=gray", "-f", "rawvideo", "-"]
     data = subprocess.run(words, check=True, capture_output=True).stdout
     size = width * height
     return [data[i : i + size] for i in range(0, len(data) - size + 1, size)]
@@ -62,11 +62,11 @@ class Clip:
         return self.level(picture, 0.5, 15 / 16) > 128
 
 
-def read_clip(path, shape):
+def read_clip(path, shape, on_its_side=False):
     """(time, number or None, flash) of each picture."""
-    clip = Clip(shape)
+    clip = Clip(shape, (1080, 1920), (270, 480)) if on_its_side else Clip(shape)
     times = video_times(path)
-    frames = pictures(path, clip.width, clip.height)
+    frames = pictures(path, clip.width, clip.height, "transpose=clock," if on_its_side else "")
     return [(t, clip.number(p), clip.flashes(p)) for t, p in zip(times, frames)]
 
 

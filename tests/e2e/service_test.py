@@ -133,7 +133,7 @@ class ServiceTest(unittest.TestCase):
         self.studio.click("Cargar video")
         self.studio.enter_path("Video", clip)
         self.studio.wait_status("Fuente sin señal: ")
-        path = self.record_on_air("after.webm", 3)
+        path = self.record_on_air("after.webm", 8)
         self.check_even(path)
 
     def test_stalls_leave_the_time_stamps_on_schedule(self):

@@ -18,8 +18,7 @@ public:
     /// Marks an entry of the choice, 0..3, without its signal.
     void showChoice(int entry);
 
-    [[nodiscard]] QString key() const { return m_key->text(); }
-    void showKey(const QString &key) { m_key->setText(key); }
+    [[nodiscard]] QLineEdit *key() const { return m_key; }
 
     /// Refills the list and then makes `current` its entry, which tells of it. An empty list has
     /// none.

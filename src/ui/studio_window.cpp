@@ -368,7 +368,7 @@ void StudioWindow::onboarding()
 {
     auto *assistant = new Onboarding(m_secrets, *m_dialogs, this);
     assistant->setAttribute(Qt::WA_DeleteOnClose);
-    assistant->onKey = [this](const QString &key) { m_translationTab->showApiKey(key); };
+    assistant->onKey = [this](const QString &key) { m_translationTab->apiKey()->setText(key); };
     connect(assistant, &QDialog::accepted, this, [this] {
         m_settings.setValue(QLatin1String(onboardingSetting), true);
         m_settings.sync();

@@ -3,9 +3,9 @@
 #include "app/error.h"
 #include "app/i18n.h"
 #include "app/log.h"
-#include "app/secret_texts.h"
 #include "translation/heard_line.h"
 #include "translation/languages.h"
+#include "ui/key_field.h"
 
 #include <utility>
 
@@ -62,7 +62,7 @@ void TranslationControls::showStored()
         m_settings.value(setting(sourceSetting), languages::sourceFor(target)).toString());
     const QString key = m_secrets.readSecretFile(secret_account::openAi());
     if (!key.isEmpty()) {
-        m_tab.showApiKey(key);
+        m_tab.apiKey()->setText(key);
         m_tab.setSaveKey(true);
     }
 }
@@ -105,20 +105,7 @@ template <typename Step> void TranslationControls::settle(Step step)
 
 void TranslationControls::withKey(std::function<void(const QString &key)> receiver)
 {
-    const QString typed = m_tab.apiKey().trimmed();
-    if (!typed.isEmpty()) {
-        hideSecret(typed);
-        receiver(typed);
-        return;
-    }
-    m_secrets.readSecret(secret_account::openAi(),
-        [this, receiver = std::move(receiver)](const QString &stored) {
-            hideSecret(stored.trimmed());
-            if (m_tab.apiKey().trimmed().isEmpty()) {
-                m_tab.showApiKey(stored);
-            }
-            receiver(m_tab.apiKey().trimmed());
-        });
+    nimbara::withKey(m_tab.apiKey(), m_secrets, secret_account::openAi(), std::move(receiver));
 }
 
 void TranslationControls::shutDown()
@@ -139,12 +126,12 @@ void TranslationControls::toggleTranslation()
         desk.requireVoiceInput();
         m_tab.setStartEnabled(false);
         // An empty field is filled from the store, and must not empty it first.
-        if (!m_tab.saveKey() || m_tab.apiKey().trimmed().isEmpty()) {
+        if (!m_tab.saveKey() || m_tab.apiKey()->text().trimmed().isEmpty()) {
             start();
             return;
         }
         m_secrets.writeSecret(secret_account::openAi(),
-            m_tab.apiKey().trimmed(),
+            m_tab.apiKey()->text().trimmed(),
             [this](bool stored) {
                 if (stored) {
                     start();

@@ -5,7 +5,10 @@
 #include "ui/controls.h"
 
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QSignalBlocker>
+
+#include <initializer_list>
 
 namespace nimbara {
 
@@ -57,6 +60,7 @@ TranslationTab::TranslationTab(QWidget *parent)
     setWidget(content);
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
+    setAccessibleName(nimbara_i18n::tr("Traducción IA y Biblia"));
     m_showSubtitles->setChecked(true);
     // Both words of the button fit, so that nothing moves when it changes.
     const int narrow = m_start->minimumWidth();
@@ -68,24 +72,23 @@ TranslationTab::TranslationTab(QWidget *parent)
 
 void TranslationTab::addRows(QGridLayout &grid)
 {
-    grid.addWidget(m_apiKey, 0, 0, 1, 2);
-    grid.addWidget(m_saveKey, 0, 2);
-    grid.addWidget(m_testKey, 0, 3);
-    grid.addWidget(new QLabel(nimbara_i18n::tr("Idioma de la traducción")), 1, 0);
-    grid.addWidget(m_target, 1, 1);
-    grid.addWidget(m_toSpanish, 1, 2);
-    grid.addWidget(m_toEnglish, 1, 3);
-    grid.addWidget(m_voice, 2, 0);
-    grid.addWidget(m_live, 2, 1);
-    grid.addWidget(m_showSubtitles, 2, 2);
-    grid.addWidget(m_clear, 2, 3);
-    grid.addWidget(makeNote("Cómo se separan las frases en pantalla (cada pausa es una frase)"),
-        3,
-        0,
-        1,
-        2);
-    grid.addWidget(m_separator, 3, 2);
-    grid.addWidget(m_start, 3, 3);
+    // Each row shares its width in its own way: in columns of the grid the longest caption of every
+    // row would add up to more than a small screen has.
+    auto *label = new QLabel(nimbara_i18n::tr("Idioma de la traducción"));
+    auto *separatorNote
+        = makeNote("Cómo se separan las frases en pantalla (cada pausa es una frase)");
+    int row = 0;
+    for (const std::initializer_list<QWidget *> widgets :
+        { std::initializer_list<QWidget *> { m_apiKey, m_saveKey, m_testKey },
+            { label, m_target, m_toSpanish, m_toEnglish },
+            { m_voice, m_live, m_showSubtitles, m_clear },
+            { separatorNote, m_separator, m_start } }) {
+        auto *line = new QHBoxLayout;
+        for (QWidget *widget : widgets) {
+            line->addWidget(widget);
+        }
+        grid.addLayout(line, row++, 0, 1, 4);
+    }
     grid.addWidget(m_status, 4, 0, 1, 4);
     grid.addWidget(m_heard, 5, 0, 1, 4);
     grid.addWidget(
@@ -96,7 +99,6 @@ void TranslationTab::addRows(QGridLayout &grid)
         0,
         1,
         4);
-    grid.setColumnStretch(1, 1);
     grid.setRowStretch(9, 1);
 }
 

@@ -29,8 +29,7 @@ public:
     /// Shows the settings without the signals of their controls.
     void showSettings(const Settings &settings);
 
-    [[nodiscard]] QString apiKey() const { return m_apiKey->text(); }
-    void showApiKey(const QString &key) { m_apiKey->setText(key); }
+    [[nodiscard]] QLineEdit *apiKey() const { return m_apiKey; }
     [[nodiscard]] bool saveKey() const { return m_saveKey->isChecked(); }
     void setSaveKey(bool save) { m_saveKey->setChecked(save); }
 

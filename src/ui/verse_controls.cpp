@@ -2,7 +2,7 @@
 
 #include "app/error.h"
 #include "app/i18n.h"
-#include "app/secret_texts.h"
+#include "ui/key_field.h"
 
 #include <algorithm>
 #include <array>
@@ -51,7 +51,7 @@ VerseControls::VerseControls(Studio &studio,
 void VerseControls::showStored()
 {
     m_views.bible.showChoice(entryOf(m_settings.value(choiceSetting).toString()));
-    m_views.bible.showKey(m_secrets.readSecretFile(secret_account::apiBible()));
+    m_views.bible.key()->setText(m_secrets.readSecretFile(secret_account::apiBible()));
     const QString id = m_settings.value(idSetting).toString();
     if (!id.isEmpty()) {
         const QString name = m_settings.value(nameSetting).toString();
@@ -99,21 +99,12 @@ void VerseControls::showQuickVerse(const QString &typed)
     showVerse(layer, typed);
 }
 
-void VerseControls::withKey(const std::function<void(const QString &key)> &receiver)
+void VerseControls::withKey(std::function<void(const QString &key)> receiver)
 {
-    const QString typed = m_views.bible.key().trimmed();
-    if (!typed.isEmpty()) {
-        hideSecret(typed);
-        receiver(typed);
-        return;
-    }
-    m_secrets.readSecret(secret_account::apiBible(), [this, receiver](const QString &stored) {
-        hideSecret(stored.trimmed());
-        if (m_views.bible.key().trimmed().isEmpty()) {
-            m_views.bible.showKey(stored);
-        }
-        receiver(m_views.bible.key().trimmed());
-    });
+    nimbara::withKey(m_views.bible.key(),
+        m_secrets,
+        secret_account::apiBible(),
+        std::move(receiver));
 }
 
 void VerseControls::findBibles()

@@ -42,7 +42,7 @@ private:
     void showQuickVerse(const QString &typed);
     void findBibles();
     void listBibles(const QString &key);
-    void withKey(const std::function<void(const QString &key)> &receiver);
+    void withKey(std::function<void(const QString &key)> receiver);
     [[nodiscard]] bible::VerseLookup::Source source() const;
 
     Studio &m_studio;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Takes the pictures of scripts/screenshots. usage: screenshots.py PROGRAM SIZE..."""
+"""Takes the pictures of scripts/screenshots. usage: screenshots.py PROGRAM SIZE LANGUAGE"""
 
 import os
 import pathlib
@@ -137,16 +137,14 @@ class Photographer:
 
 
 def main():
-    program, *sizes = sys.argv[1:]
-    for size in sizes:
-        for language in ("es", "en"):
-            photographer = Photographer(os.path.abspath(program), language, size)
-            desktop = Desktop(photographer.screen)
-            try:
-                photographer.first_start()
-                photographer.tabs()
-            finally:
-                desktop.close()
+    program, size, language = sys.argv[1:]
+    photographer = Photographer(os.path.abspath(program), language, size)
+    desktop = Desktop(photographer.screen)
+    try:
+        photographer.first_start()
+        photographer.tabs()
+    finally:
+        desktop.close()
 
 
 if __name__ == "__main__":

@@ -17,11 +17,15 @@ DesktopSession currentSession()
 ScreenElements screenElements(const DesktopSession &session)
 {
     ScreenElements elements { { "avfvideosrc", { { "capture-screen", true } } } };
+#ifdef NIMBARA_X11
     const bool wayland = !session.waylandDisplay.empty() || session.type == "wayland";
     if (!wayland && !session.xDisplay.empty()) {
         registerX11ScreenSource();
         elements.push_back({ x11ScreenSource, {} });
     }
+#else
+    static_cast<void>(session);
+#endif
     return elements;
 }
 

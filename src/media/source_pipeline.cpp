@@ -4,6 +4,7 @@
 #include "media/device_mode.h"
 #include "media/device_pin.h"
 #include "media/gst_build.h"
+#include "media/picture_bound.h"
 
 #include <algorithm>
 
@@ -78,18 +79,7 @@ void reduceBeforeConversion(SourcePipeline &built, PictureChain &chain, FrameSiz
         throw Error(QStringLiteral("Falta componente de fuente multimedia"));
     }
     add(built.pipeline, { &chain.reduce, &chain.reduced });
-    const gint longest = std::max(size.width, size.height);
-    setCaps(chain.reduced,
-        CapsRef::adopt(gst_caps_new_simple("video/x-raw",
-            "width",
-            GST_TYPE_INT_RANGE,
-            1,
-            longest,
-            "height",
-            GST_TYPE_INT_RANGE,
-            1,
-            longest,
-            nullptr)));
+    boundPictures(chain.reduce, chain.reduced, std::max(size.width, size.height));
     built.pictureHead = chain.reduce;
 }
 

@@ -1,19 +1,16 @@
 #include "media/x11_screen.h"
 
+#include "media/x11_reply.h"
+
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <sys/shm.h>
+#include <utility>
+#include <xcb/randr.h>
 #include <xcb/xfixes.h>
 
 namespace nimbara {
 
 namespace {
-
-struct Free {
-    void operator()(void *reply) const { std::free(reply); }
-};
-template <typename T> using Reply = std::unique_ptr<T, Free>;
 
 constexpr std::uint32_t allPlanes = ~0U;
 
@@ -26,33 +23,59 @@ const xcb_screen_t *screenOf(const xcb_setup_t *setup, int number)
     return screens.rem > 0 ? screens.data : nullptr;
 }
 
+const xcb_visualtype_t *rootVisual(const xcb_screen_t &screen)
+{
+    for (auto depth = xcb_screen_allowed_depths_iterator(&screen); depth.rem > 0;
+         xcb_depth_next(&depth)) {
+        for (auto visual = xcb_depth_visuals_iterator(depth.data); visual.rem > 0;
+             xcb_visualtype_next(&visual)) {
+            if (visual.data->visual_id == screen.root_visual) {
+                return visual.data;
+            }
+        }
+    }
+    return nullptr;
+}
+
 /// Its pictures are packed rows of B, G, R and a byte without meaning.
 bool isPlain(const xcb_setup_t *setup, const xcb_screen_t &screen)
 {
     const auto *formats = xcb_setup_pixmap_formats(setup);
-    const int count = xcb_setup_pixmap_formats_length(setup);
-    const auto *format = std::find_if(formats, formats + count, [&](const xcb_format_t &each) {
+    const auto *end = formats + xcb_setup_pixmap_formats_length(setup);
+    const auto *format = std::find_if(formats, end, [&](const xcb_format_t &each) {
         return each.depth == screen.root_depth;
     });
-    return setup->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST && format != formats + count
-        && format->bits_per_pixel == 32;
+    const auto *visual = rootVisual(screen);
+    return setup->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST && format != end
+        && format->bits_per_pixel == 32 && visual != nullptr && visual->red_mask == 0xff0000
+        && visual->green_mask == 0xff00 && visual->blue_mask == 0xff;
 }
 
-bool offers(xcb_connection_t *connection, xcb_extension_t *extension)
+/// RANDR answers with what it knew when the program's version was current.
+bool knowsMonitors(xcb_connection_t *connection)
 {
-    const auto *data = xcb_get_extension_data(connection, extension);
-    return data != nullptr && data->present != 0;
+    if (!offersExtension(connection, &xcb_randr_id)) {
+        return false;
+    }
+    const X11Reply<xcb_randr_query_version_reply_t> version(
+        xcb_randr_query_version_reply(connection,
+            xcb_randr_query_version(connection, 1, 5),
+            nullptr));
+    return version
+        && std::pair(version->major_version, version->minor_version)
+        >= std::pair<std::uint32_t, std::uint32_t>(1, 5);
 }
 
 /// XFIXES answers nothing before it was told which version the program knows.
 bool knowsPointer(xcb_connection_t *connection)
 {
-    if (!offers(connection, &xcb_xfixes_id)) {
+    if (!offersExtension(connection, &xcb_xfixes_id)) {
         return false;
     }
-    const Reply<xcb_xfixes_query_version_reply_t> version(xcb_xfixes_query_version_reply(connection,
-        xcb_xfixes_query_version(connection, 1, 0),
-        nullptr));
+    const X11Reply<xcb_xfixes_query_version_reply_t> version(
+        xcb_xfixes_query_version_reply(connection,
+            xcb_xfixes_query_version(connection, 1, 0),
+            nullptr));
     return version != nullptr;
 }
 
@@ -88,85 +111,83 @@ std::unique_ptr<X11Screen> X11Screen::open()
 X11Screen::X11Screen(Connection connection, const xcb_screen_t &screen)
     : m_connection(std::move(connection))
     , m_root(screen.root)
-    , m_size { screen.width_in_pixels, screen.height_in_pixels }
-    , m_canShare(offers(m_connection.get(), &xcb_shm_id))
+    , m_hasMonitors(knowsMonitors(m_connection.get()))
     , m_hasPointer(knowsPointer(m_connection.get()))
+    , m_area { 0, 0, { screen.width_in_pixels, screen.height_in_pixels } }
 {
-    m_size = askSize().value_or(m_size);
-    share();
-}
-
-X11Screen::~X11Screen()
-{
-    unshare();
+    m_area = askArea().value_or(m_area);
+    m_shared.share(m_connection.get(), bytes());
 }
 
 std::size_t X11Screen::bytes() const
 {
-    return static_cast<std::size_t>(m_size.width) * static_cast<std::size_t>(m_size.height) * 4;
+    return static_cast<std::size_t>(m_area.size.width)
+        * static_cast<std::size_t>(m_area.size.height) * 4;
 }
 
-std::optional<FrameSize> X11Screen::askSize()
+std::optional<X11Screen::Area> X11Screen::askArea() const
 {
-    const Reply<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(m_connection.get(),
+    if (const auto monitor = mainMonitor()) {
+        return monitor;
+    }
+    const X11Reply<xcb_get_geometry_reply_t> root(xcb_get_geometry_reply(m_connection.get(),
         xcb_get_geometry(m_connection.get(), m_root),
         nullptr));
-    if (!geometry) {
+    if (!root) {
         return std::nullopt;
     }
-    return FrameSize { geometry->width, geometry->height };
+    return Area { 0, 0, { root->width, root->height } };
 }
 
-/// Without shared memory (a server elsewhere, a container) pictures are sent instead.
-void X11Screen::share()
+/// The primary monitor; where none is named so, the first.
+std::optional<X11Screen::Area> X11Screen::mainMonitor() const
 {
-    if (!m_canShare) {
-        return;
+    if (!m_hasMonitors) {
+        return std::nullopt;
     }
-    const int id = shmget(IPC_PRIVATE, bytes(), IPC_CREAT | 0600);
-    if (id < 0) {
-        return;
+    const X11Reply<xcb_randr_get_monitors_reply_t> reply(
+        xcb_randr_get_monitors_reply(m_connection.get(),
+            xcb_randr_get_monitors(m_connection.get(), m_root, 1),
+            nullptr));
+    if (!reply) {
+        return std::nullopt;
     }
-    void *memory = shmat(id, nullptr, 0);
-    if (memory != reinterpret_cast<void *>(-1)) {
-        const auto segment = xcb_generate_id(m_connection.get());
-        const Reply<xcb_generic_error_t> refused(xcb_request_check(m_connection.get(),
-            xcb_shm_attach_checked(m_connection.get(), segment, static_cast<unsigned>(id), 0)));
-        if (refused) {
-            shmdt(memory);
-            m_canShare = false;
-        } else {
-            m_shared = { segment, static_cast<std::uint8_t *>(memory) };
+    std::optional<Area> chosen;
+    for (auto monitor = xcb_randr_get_monitors_monitors_iterator(reply.get()); monitor.rem > 0;
+         xcb_randr_monitor_info_next(&monitor)) {
+        const auto &info = *monitor.data;
+        if ((!chosen || info.primary != 0) && info.width > 0 && info.height > 0) {
+            chosen = Area { info.x, info.y, { info.width, info.height } };
         }
     }
-    shmctl(id, IPC_RMID, nullptr); // goes away with its last user
+    return chosen;
 }
 
-void X11Screen::unshare()
+/// Servers tell everyone of a new keyboard; unread it would wait for ever.
+void X11Screen::dropEvents() const
 {
-    if (m_shared.memory != nullptr) {
-        xcb_shm_detach(m_connection.get(), m_shared.segment);
-        shmdt(m_shared.memory);
-        m_shared = {};
-    }
+    while (const X11Reply<xcb_generic_event_t> event { xcb_poll_for_event(m_connection.get()) }) { }
 }
 
 X11Screen::Read X11Screen::read(std::uint8_t *pixels)
 {
-    const auto now = askSize();
+    dropEvents();
+    const auto now = askArea();
     if (!now) {
         return Read::Lost;
     }
-    if (*now != m_size) {
-        unshare();
-        m_size = *now;
-        share();
-        return Read::Resized;
+    if (*now != m_area) {
+        const bool sameSize = now->size == m_area.size;
+        m_area = *now;
+        if (!sameSize) {
+            m_shared.share(m_connection.get(), bytes());
+            return Read::Resized;
+        }
     }
-    const bool taken = m_shared.memory != nullptr ? readShared(pixels) : readSent(pixels);
-    if (!taken) {
-        // The size may have changed between the two requests: the next read tells.
-        return askSize().value_or(m_size) != m_size ? read(pixels) : Read::Lost;
+    if (!readShared(pixels) && !readSent(pixels)) {
+        // The screen may have become smaller between the two requests.
+        const auto after = askArea();
+        return after && *after != m_area ? read(pixels) : Read::Lost;
     }
     drawPointer(pixels);
     return Read::Picture;
@@ -174,34 +195,37 @@ X11Screen::Read X11Screen::read(std::uint8_t *pixels)
 
 bool X11Screen::readShared(std::uint8_t *pixels)
 {
-    const Reply<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(m_connection.get(),
+    if (m_shared.memory() == nullptr) {
+        return false;
+    }
+    const X11Reply<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(m_connection.get(),
         xcb_shm_get_image(m_connection.get(),
             m_root,
-            0,
-            0,
-            static_cast<std::uint16_t>(m_size.width),
-            static_cast<std::uint16_t>(m_size.height),
+            m_area.x,
+            m_area.y,
+            static_cast<std::uint16_t>(m_area.size.width),
+            static_cast<std::uint16_t>(m_area.size.height),
             allPlanes,
             XCB_IMAGE_FORMAT_Z_PIXMAP,
-            m_shared.segment,
+            m_shared.segment(),
             0),
         nullptr));
     if (reply) {
-        std::memcpy(pixels, m_shared.memory, bytes());
+        std::memcpy(pixels, m_shared.memory(), bytes());
     }
     return reply != nullptr;
 }
 
 bool X11Screen::readSent(std::uint8_t *pixels)
 {
-    const Reply<xcb_get_image_reply_t> reply(xcb_get_image_reply(m_connection.get(),
+    const X11Reply<xcb_get_image_reply_t> reply(xcb_get_image_reply(m_connection.get(),
         xcb_get_image(m_connection.get(),
             XCB_IMAGE_FORMAT_Z_PIXMAP,
             m_root,
-            0,
-            0,
-            static_cast<std::uint16_t>(m_size.width),
-            static_cast<std::uint16_t>(m_size.height),
+            m_area.x,
+            m_area.y,
+            static_cast<std::uint16_t>(m_area.size.width),
+            static_cast<std::uint16_t>(m_area.size.height),
             allPlanes),
         nullptr));
     if (!reply || static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) < bytes()) {
@@ -211,12 +235,12 @@ bool X11Screen::readSent(std::uint8_t *pixels)
     return true;
 }
 
-void X11Screen::drawPointer(std::uint8_t *pixels)
+void X11Screen::drawPointer(std::uint8_t *pixels) const
 {
     if (!m_hasPointer) {
         return;
     }
-    const Reply<xcb_xfixes_get_cursor_image_reply_t> pointer(
+    const X11Reply<xcb_xfixes_get_cursor_image_reply_t> pointer(
         xcb_xfixes_get_cursor_image_reply(m_connection.get(),
             xcb_xfixes_get_cursor_image(m_connection.get()),
             nullptr));
@@ -224,15 +248,14 @@ void X11Screen::drawPointer(std::uint8_t *pixels)
         return;
     }
     const std::uint32_t *image = xcb_xfixes_get_cursor_image_cursor_image(pointer.get());
-    const int left = pointer->x - pointer->xhot;
-    const int top = pointer->y - pointer->yhot;
-    for (int row = std::max(0, -top); row < std::min<int>(pointer->height, m_size.height - top);
-         ++row) {
-        for (int column = std::max(0, -left);
-             column < std::min<int>(pointer->width, m_size.width - left);
-             ++column) {
-            const auto place
-                = static_cast<std::size_t>(top + row) * static_cast<std::size_t>(m_size.width)
+    const int left = pointer->x - pointer->xhot - m_area.x;
+    const int top = pointer->y - pointer->yhot - m_area.y;
+    const auto [width, height] = m_area.size;
+    const int rows = std::min<int>(pointer->height, height - top);
+    const int columns = std::min<int>(pointer->width, width - left);
+    for (int row = std::max(0, -top); row < rows; ++row) {
+        for (int column = std::max(0, -left); column < columns; ++column) {
+            const auto place = static_cast<std::size_t>(top + row) * static_cast<std::size_t>(width)
                 + static_cast<std::size_t>(left + column);
             blend(pixels + place * 4, image[row * pointer->width + column]);
         }

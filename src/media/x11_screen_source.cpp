@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace {
 
@@ -20,7 +21,8 @@ struct Capture {
     std::unique_ptr<X11Screen> screen; ///< from start to stop; streaming thread
     int rateNumerator = usualRate;
     int rateDenominator = 1;
-    std::mutex mutex; ///< of the two below
+    std::mutex mutex; ///< of what follows
+    std::optional<FrameSize> size; ///< of the screen, while there is one
     GstClockID pause = nullptr; ///< what the streaming thread waits for
     bool flushing = false;
 };
@@ -41,10 +43,17 @@ Capture &captureOf(gpointer source)
     return *static_cast<X11ScreenSrc *>(source)->capture;
 }
 
+void keepSize(Capture &capture, std::optional<FrameSize> size)
+{
+    const std::lock_guard lock(capture.mutex);
+    capture.size = size;
+}
+
 gboolean start(GstBaseSrc *source)
 {
-    captureOf(source).screen = X11Screen::open();
-    if (!captureOf(source).screen) {
+    Capture &capture = captureOf(source);
+    capture.screen = X11Screen::open();
+    if (!capture.screen) {
         GST_ELEMENT_ERROR(source,
             RESOURCE,
             OPEN_READ,
@@ -52,11 +61,13 @@ gboolean start(GstBaseSrc *source)
             (nullptr));
         return FALSE;
     }
+    keepSize(capture, capture.screen->size());
     return TRUE;
 }
 
 gboolean stop(GstBaseSrc *source)
 {
+    keepSize(captureOf(source), std::nullopt);
     captureOf(source).screen.reset();
     return TRUE;
 }
@@ -65,16 +76,21 @@ gboolean stop(GstBaseSrc *source)
 GstCaps *getCaps(GstBaseSrc *source, GstCaps *filter)
 {
     GstCaps *caps = gst_pad_get_pad_template_caps(GST_BASE_SRC_PAD(source));
-    if (const X11Screen *screen = captureOf(source).screen.get()) {
+    std::optional<FrameSize> size;
+    {
+        Capture &capture = captureOf(source);
+        const std::lock_guard lock(capture.mutex);
+        size = capture.size;
+    }
+    if (size) {
         caps = gst_caps_make_writable(caps);
-        const FrameSize size = screen->size();
         gst_caps_set_simple(caps,
             "width",
             G_TYPE_INT,
-            size.width,
+            size->width,
             "height",
             G_TYPE_INT,
-            size.height,
+            size->height,
             nullptr);
     }
     if (filter != nullptr) {
@@ -122,6 +138,12 @@ gboolean unlockStop(GstBaseSrc *source)
     return TRUE;
 }
 
+bool isFlushing(Capture &capture)
+{
+    const std::lock_guard lock(capture.mutex);
+    return capture.flushing;
+}
+
 /// Waits until the clock reaches that time; false when the element is told to let go.
 bool waitFor(Capture &capture, GstClock *clock, GstClockTime time)
 {
@@ -156,9 +178,10 @@ GstClockTime nextSlot(GstElement *element, Capture &capture, GstClockTime durati
     return reached ? slot : GST_CLOCK_TIME_NONE;
 }
 
-/// A buffer with the picture; nullptr when the server is lost or takes no more pictures.
-GstBuffer *takePicture(GstBaseSrc *source, X11Screen &screen)
+/// A buffer with the picture; nullptr when the server is lost or nobody takes the picture.
+GstBuffer *takePicture(GstBaseSrc *source, Capture &capture)
 {
+    X11Screen &screen = *capture.screen;
     for (;;) {
         const FrameSize size = screen.size();
         const auto bytes = static_cast<gsize>(size.width) * static_cast<gsize>(size.height) * 4;
@@ -173,7 +196,11 @@ GstBuffer *takePicture(GstBaseSrc *source, X11Screen &screen)
             return buffer;
         }
         gst_clear_buffer(&buffer);
-        if (outcome == X11Screen::Read::Lost || !gst_base_src_negotiate(source)) {
+        if (outcome == X11Screen::Read::Lost) {
+            return nullptr;
+        }
+        keepSize(capture, screen.size());
+        if (!gst_base_src_negotiate(source)) {
             return nullptr;
         }
     }
@@ -188,8 +215,11 @@ GstFlowReturn create(GstPushSrc *source, GstBuffer **made)
     if (!GST_CLOCK_TIME_IS_VALID(slot)) {
         return GST_FLOW_FLUSHING;
     }
-    GstBuffer *buffer = takePicture(GST_BASE_SRC(source), *capture.screen);
+    GstBuffer *buffer = takePicture(GST_BASE_SRC(source), capture);
     if (buffer == nullptr) {
+        if (isFlushing(capture)) {
+            return GST_FLOW_FLUSHING;
+        }
         GST_ELEMENT_ERROR(source, RESOURCE, READ, ("The X11 screen cannot be read"), (nullptr));
         return GST_FLOW_ERROR;
     }

@@ -1,7 +1,9 @@
 #include "output/encoders.h"
 
+#include "media/gst_build.h"
 #include "media/gst_handles.h"
 
+#include <algorithm>
 #include <array>
 
 namespace nimbara {
@@ -61,13 +63,13 @@ void configureAac(GObject *encoder, std::int32_t /*bitrate*/)
 void keepDefaults(GObject * /*encoder*/, std::int32_t /*bitrate*/) { }
 
 constexpr std::array streamVideo {
-    EncoderChoice { "vtenc_h264", "NV12", configureVideoToolbox },
+    EncoderChoice { "vtenc_h264", "NV12", configureVideoToolbox, true },
     EncoderChoice { "openh264enc", "I420", configureOpenH264 },
 };
 constexpr std::array recordingVideo { EncoderChoice { "vp8enc", "I420", configureVp8 } };
 constexpr std::array streamAudio {
     EncoderChoice { "atenc", nullptr, configureAac },
-    EncoderChoice { "voaacenc", nullptr, configureAac },
+    EncoderChoice { "voaacenc", nullptr, configureAac, 1600 },
 };
 constexpr std::array recordingAudio { EncoderChoice { "vorbisenc", nullptr, keepDefaults } };
 
@@ -94,6 +96,14 @@ const EncoderChoice &firstAvailable(std::span<const EncoderChoice> choices)
         }
     }
     return choices.back();
+}
+
+bool delaysPictures(GstElement *encoder)
+{
+    const QString factory = gst_build::factoryName(encoder);
+    return std::any_of(streamVideo.begin(), streamVideo.end(), [&](const EncoderChoice &choice) {
+        return choice.delays && factory == QLatin1String(choice.factory);
+    });
 }
 
 } // namespace nimbara

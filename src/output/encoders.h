@@ -1,6 +1,6 @@
 #pragma once
 
-#include <glib-object.h>
+#include <gst/gst.h>
 
 #include <cstdint>
 #include <span>
@@ -13,6 +13,7 @@ struct EncoderChoice {
     const char *factory;
     const char *inputFormat;
     void (*configure)(GObject *encoder, std::int32_t bitrate);
+    std::uint64_t leadFrames = 0; ///< sound frames of its own that it puts in front and counts in
 };
 
 /// The encoders of a stream or a recording, best first: the platform's hardware encoder where there
@@ -23,5 +24,8 @@ std::span<const EncoderChoice> audioEncoders(bool isStream);
 /// The first of `choices` that this GStreamer has; the last one when it has none of them, so that
 /// the error names the portable encoder.
 const EncoderChoice &firstAvailable(std::span<const EncoderChoice> choices);
+
+/// `encoder` was made by a video encoder's factory that delays pictures.
+bool delaysPictures(GstElement *encoder);
 
 } // namespace nimbara

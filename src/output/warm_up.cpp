@@ -1,6 +1,7 @@
 #include "output/warm_up.h"
 
 #include "media/gst_handles.h"
+#include "output/encoders.h"
 
 #include <gst/app/gstappsrc.h>
 #include <gst/video/video.h>
@@ -11,15 +12,17 @@ namespace {
 
 using Flag = std::shared_ptr<std::atomic<bool>>;
 
-/// The first encoded picture stays here and the next one will not build upon it; all others pass.
+/// The first picture stays here and the next one will not build upon it; all others pass.
 GstPadProbeReturn keepFirst(GstPad *pad, GstPadProbeInfo * /*info*/, gpointer userData)
 {
     const Flag &ready = *static_cast<Flag *>(userData);
     if (*ready) {
         return GST_PAD_PROBE_REMOVE;
     }
-    gst_pad_send_event(pad,
-        gst_video_event_new_upstream_force_key_unit(GST_CLOCK_TIME_NONE, FALSE, 0));
+    if (gst_pad_get_direction(pad) == GST_PAD_SRC) {
+        gst_pad_send_event(pad,
+            gst_video_event_new_upstream_force_key_unit(GST_CLOCK_TIME_NONE, FALSE, 0));
+    }
     *ready = true;
     return GST_PAD_PROBE_DROP;
 }
@@ -40,7 +43,8 @@ BufferRef blackPicture(GstAppSrc *source)
 std::shared_ptr<const std::atomic<bool>> warmUp(GstElement *source, GstElement *encoder)
 {
     auto ready = std::make_shared<std::atomic<bool>>(false);
-    const auto pad = PadRef::adopt(gst_element_get_static_pad(encoder, "src"));
+    const auto pad = PadRef::adopt(
+        gst_element_get_static_pad(encoder, delaysPictures(encoder) ? "sink" : "src"));
     gst_pad_add_probe(pad.get(),
         GST_PAD_PROBE_TYPE_BUFFER,
         keepFirst,

@@ -194,20 +194,29 @@ void MediaFilesTest::reportsBrokenFiles()
 void MediaFilesTest::standsUpright_data()
 {
     QTest::addColumn<int>("degrees");
-    for (const int degrees : { 90, 180, 270 }) {
-        QTest::addRow("%d", degrees) << degrees;
-    }
+    QTest::addColumn<FrameSize>("clip");
+    QTest::addColumn<FrameSize>("profile");
+    QTest::newRow("90") << 90 << FrameSize { 320, 180 } << FrameSize { 180, 320 };
+    QTest::newRow("180") << 180 << FrameSize { 320, 180 } << FrameSize { 320, 180 };
+    QTest::newRow("270") << 270 << FrameSize { 320, 180 } << FrameSize { 180, 320 };
+    QTest::newRow("larger than the profile")
+        << 90 << FrameSize { 1280, 720 } << FrameSize { 180, 320 };
+    QTest::newRow("larger, of another shape")
+        << 270 << FrameSize { 640, 480 } << FrameSize { 240, 320 };
 }
 
 /// As a phone writes them: the pixels lie on their side, the container says how to turn them.
 void MediaFilesTest::standsUpright()
 {
     QFETCH(int, degrees);
+    QFETCH(FrameSize, clip);
+    QFETCH(FrameSize, profile);
     ClipSpec spec;
     spec.seconds = 0.4;
     spec.rotate = degrees;
-    const FrameSize size = degrees == 180 ? FrameSize { 320, 180 } : FrameSize { 180, 320 };
-    const MediaPtr media = open(spec, size);
+    spec.width = clip.width;
+    spec.height = clip.height;
+    const MediaPtr media = open(spec, profile);
     QVERIFY(pollUntil(*media, [&] { return !media->active(); }));
     QVERIFY(media->frame());
     QCOMPARE(readClip(turned(*media->frame(), degrees)).number, 11);

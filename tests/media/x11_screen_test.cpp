@@ -64,6 +64,12 @@ private Q_SLOTS:
         QVERIFY(pollUntil(*screen,
             [&] { return screen->frame() && pixelAt(*screen->frame(), 0.1, 0.1) == blue; }));
         QVERIFY2(pixelAt(*screen->frame(), 0.503, 0.506) != blue, "the pointer is not seen");
+
+        // A second monitor, which becomes the main one in the middle of the service.
+        QVERIFY(Server::run(u"xrandr"_s,
+            { u"--setmonitor"_s, u"*main"_s, u"640/160x360/90+640+360"_s, u"none"_s }));
+        QVERIFY(pollUntil(*screen, [&] { return pixelAt(*screen->frame(), 0.006, 0.02) != blue; }));
+        QCOMPARE(pixelAt(*screen->frame(), 0.5, 0.5), blue);
         QCOMPARE(screen->takeMessage(), QString());
     }
 

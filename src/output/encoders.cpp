@@ -3,7 +3,6 @@
 #include "media/gst_build.h"
 #include "media/gst_handles.h"
 
-#include <algorithm>
 #include <array>
 
 namespace nimbara {
@@ -63,7 +62,7 @@ void configureAac(GObject *encoder, std::int32_t /*bitrate*/)
 void keepDefaults(GObject * /*encoder*/, std::int32_t /*bitrate*/) { }
 
 constexpr std::array streamVideo {
-    EncoderChoice { "vtenc_h264", "NV12", configureVideoToolbox, true },
+    EncoderChoice { "vtenc_h264", "NV12", configureVideoToolbox },
     EncoderChoice { "openh264enc", "I420", configureOpenH264 },
 };
 constexpr std::array recordingVideo { EncoderChoice { "vp8enc", "I420", configureVp8 } };
@@ -100,10 +99,7 @@ const EncoderChoice &firstAvailable(std::span<const EncoderChoice> choices)
 
 bool delaysPictures(GstElement *encoder)
 {
-    const QString factory = gst_build::factoryName(encoder);
-    return std::any_of(streamVideo.begin(), streamVideo.end(), [&](const EncoderChoice &choice) {
-        return choice.delays && factory == QLatin1String(choice.factory);
-    });
+    return gst_build::factoryName(encoder) == QLatin1String(streamVideo.front().factory);
 }
 
 } // namespace nimbara

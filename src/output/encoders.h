@@ -25,7 +25,7 @@ std::span<const EncoderChoice> audioEncoders(bool isStream);
 /// the error names the portable encoder.
 const EncoderChoice &firstAvailable(std::span<const EncoderChoice> choices);
 
-/// `encoder` was made by a video encoder's factory that delays pictures.
+/// `encoder` hands a picture out only when later ones came in, as the platform's hardware does.
 bool delaysPictures(GstElement *encoder);
 
 } // namespace nimbara

@@ -44,6 +44,12 @@ bool push(const ElementRef &source, BufferRef buffer, std::uint64_t pts, std::ui
     return gst_app_src_push_buffer(GST_APP_SRC(source.get()), buffer.release()) == GST_FLOW_OK;
 }
 
+QString failureText(int code)
+{
+    return nimbara_i18n::tr("Fallo de salida (codigo %1). Revisa destino, permisos y codecs.")
+        .arg(code);
+}
+
 /// The operator's text of an error on the bus. The code alone: messages and their debug texts may
 /// hold the location.
 QString failureText(GstMessage *message)
@@ -54,8 +60,7 @@ QString failureText(GstMessage *message)
     if (!error) {
         return QStringLiteral("Fallo de salida");
     }
-    return nimbara_i18n::tr("Fallo de salida (codigo %1). Revisa destino, permisos y codecs.")
-        .arg(error->code);
+    return failureText(error->code);
 }
 
 } // namespace
@@ -72,6 +77,7 @@ Output::Output(std::int32_t width,
     m_videoSrc = std::move(built.videoSrc);
     m_audioSrc = std::move(built.audioSrc);
     m_streamEnd = std::move(built.streamEnd);
+    m_stallWatch = std::move(built.stallWatch);
     m_pipeline = std::move(built.pipeline);
     if (!m_pipeline.play()) {
         throw Error(QStringLiteral("No se pudo iniciar salida"));
@@ -82,7 +88,7 @@ Output::Output(std::int32_t width,
 
 Output::~Output()
 {
-    if (m_running) {
+    if (m_running || m_stalled) {
         m_streamEnd.end(m_pipeline.bus());
     }
 }
@@ -136,6 +142,10 @@ void Output::pollOutput()
     const auto wanted = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS);
     const auto message = MessageRef::adopt(gst_bus_pop_filtered(m_pipeline.bus(), wanted));
     if (!message) {
+        m_stalled = m_running && m_stallWatch.stalled(m_nextVideoPts);
+        if (m_stalled) {
+            fail(failureText(GST_RESOURCE_ERROR_WRITE));
+        }
         return;
     }
     if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_ERROR) {

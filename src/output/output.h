@@ -2,6 +2,7 @@
 
 #include "media/frame.h"
 #include "media/gst_handles.h"
+#include "output/stall_watch.h"
 #include "output/stream_end.h"
 
 #include <QString>
@@ -22,7 +23,8 @@ constexpr std::int32_t outputBitrate = 6'000'000;
 ///
 /// Once per frame tick the owner calls `stamp`, `pushVideo`, `pushAudio` and `pollOutput`, in this
 /// order. None of them waits: the queues in front of the encoders drop their oldest data, so a slow
-/// disk or network never holds up the caller. A failure clears `running` and leaves `error`.
+/// disk or network never holds up the caller. A failure clears `running` and leaves `error`; a
+/// server that has long stopped reading (`StallWatch`) is one.
 ///
 /// An encoder needs some tenths of a second to get ready, in which those queues would let go of the
 /// first pictures. So the time line begins when it is `ready`; until then pushing does nothing.
@@ -60,7 +62,7 @@ public:
     /// block.
     void pushAudio(std::span<const float> block);
 
-    /// Reads one error or end-of-stream message, without waiting.
+    /// Reads one error or end-of-stream message, without waiting, and looks for a stalled server.
     void pollOutput();
 
     /// Ends the stream on both inputs, once; nothing more is pushed. The file is complete when
@@ -96,6 +98,8 @@ private:
     ElementRef m_videoSrc;
     ElementRef m_audioSrc;
     StreamEnd m_streamEnd;
+    StallWatch m_stallWatch;
+    bool m_stalled = false; ///< the server has stopped reading
     Pipeline m_pipeline; ///< last: goes to NULL before anything else is released
 };
 

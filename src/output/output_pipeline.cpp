@@ -72,6 +72,7 @@ public:
             ElementRef::retain(m_audioSrc),
             ElementRef::retain(m_videoEncoder),
             m_profile.isStream ? StreamEnd(m_sink) : StreamEnd(),
+            m_profile.isStream ? StallWatch(m_sink) : StallWatch(),
             std::move(m_pipeline) };
     }
 
@@ -142,6 +143,7 @@ private:
         const EncoderChoice &choice = firstAvailable(audioEncoders(m_profile.isStream));
         m_audioEncoder = make(choice.factory);
         choice.configure(G_OBJECT(m_audioEncoder), m_profile.bitrate);
+        m_soundDelay = gst_util_uint64_scale(choice.leadFrames, GST_SECOND, audioRate);
         m_audioQueue = make("queue");
     }
 
@@ -194,6 +196,10 @@ private:
             link({ m_videoEncoder, m_videoQueue });
             link({ m_audioEncoder, m_audioQueue });
         }
+        // The receiver hears the lead as sound, so everything comes late by it; so does the
+        // picture.
+        gst_pad_set_offset(PadRef::adopt(gst_element_get_static_pad(m_videoQueue, "src")).get(),
+            static_cast<gint64>(m_soundDelay));
         link({ m_videoQueue, m_muxer });
         link({ m_audioQueue, m_muxer, m_sink });
     }
@@ -209,6 +215,7 @@ private:
 
     const OutputProfile &m_profile;
     Pipeline m_pipeline { "nimbara-output" };
+    guint64 m_soundDelay = 0; ///< ns
     GstElement *m_videoSrc = nullptr; // all borrowed from the pipeline
     GstElement *m_videoConvert = nullptr;
     GstElement *m_videoFilter = nullptr;

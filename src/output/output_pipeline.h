@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/gst_handles.h"
+#include "output/stall_watch.h"
 #include "output/stream_end.h"
 
 #include <QString>
@@ -24,6 +25,7 @@ struct OutputPipeline {
     ElementRef audioSrc;
     ElementRef videoEncoder;
     StreamEnd streamEnd;
+    StallWatch stallWatch;
     Pipeline pipeline;
 };
 

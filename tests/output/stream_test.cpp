@@ -175,6 +175,31 @@ private Q_SLOTS:
         m_peer->freeze(false);
     }
 
+    void aServerThatTakesNothingIsToldInTheEnd()
+    {
+        QTcpServer mute;
+        QVERIFY(mute.listen(QHostAddress::LocalHost));
+        const auto url = QStringLiteral("rtmp://127.0.0.1:%1/live").arg(mute.serverPort());
+        m_outputs->destination(0).start(m_peer->rtmp(live), key + QStringLiteral("-taken"), small);
+        m_outputs->destination(1).start(url, key, small);
+        const auto ready = [&](std::size_t slot) { return m_outputs->destination(slot).ready(); };
+        QTRY_VERIFY_WITH_TIMEOUT(ready(0) && ready(1), 20000);
+        ProgramFeed feed(small);
+        push(feed);
+        feed.skip(600'000'000'000); // a stall of the program is not the server's
+        std::vector<std::size_t> stopped;
+        int ticks = 0;
+        for (; stopped.empty() && ticks < 1200; ++ticks) {
+            stopped = push(feed).destinations;
+            QThread::usleep(1000);
+        }
+        QCOMPARE(stopped, std::vector<std::size_t> { 1 });
+        QVERIFY2(ticks > 860, qPrintable(QString::number(ticks))); // 30 s of the program's time
+        QCOMPARE(m_outputs->destination(1).statusText(),
+            QStringLiteral("Fallo de salida (codigo 10). Revisa destino, permisos y codecs."));
+        QVERIFY(m_outputs->destination(0).running());
+    }
+
     void aServerThatDiesStopsItsOwnSlotAlone()
     {
         auto dying = std::make_unique<RtmpPeer>();

@@ -6,8 +6,8 @@
 
 namespace nimbara {
 
-/// Lets pictures of at most that many pixels a side pass from `scaler` (a videoscale) to `filter` (a
-/// capsfilter behind it) untouched, and makes larger ones smaller in their own shape.
+/// Lets pictures of at most that many pixels a side pass from `scaler` (a videoscale) to `filter`
+/// (a capsfilter behind it) untouched, and makes larger ones smaller in their own shape.
 ///
 /// Left to itself the scaler would take on the shape that is wanted at the end of the pipeline,
 /// before a turn that the pictures carry is known. Call before data flows; the size is chosen on

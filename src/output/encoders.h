@@ -10,9 +10,9 @@ namespace nimbara {
 /// One way to encode: the element's factory, the raw video format it is fed (nothing for sound) and
 /// its settings. `configure` gets the video bit rate in bit/s.
 struct EncoderChoice {
-    const char *factory;
-    const char *inputFormat;
-    void (*configure)(GObject *encoder, std::int32_t bitrate);
+    const char *factory = nullptr;
+    const char *inputFormat = nullptr;
+    void (*configure)(GObject *encoder, std::int32_t bitrate) = nullptr;
     std::uint64_t leadFrames = 0; ///< sound frames of its own that it puts in front and counts in
 };
 

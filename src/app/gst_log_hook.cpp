@@ -49,6 +49,8 @@ void gstLogHook(GstDebugCategory *category,
     GstDebugMessage *message,
     gpointer /*userData*/)
 {
+    // Before the lock: what a message describes may log a line of its own while it is written out.
+    const QString text = withoutSecrets(messageText(message));
     static std::mutex mutex;
     static RepeatFilter filter;
     const std::lock_guard lock(mutex);
@@ -57,9 +59,9 @@ void gstLogHook(GstDebugCategory *category,
         QString::fromUtf8(file),
         line,
         QString::fromUtf8(function),
-        withoutSecrets(messageText(message)) };
-    for (const QString &text : gstLogLines(filter, entry, QDateTime::currentSecsSinceEpoch())) {
-        logLine(text);
+        text };
+    for (const QString &out : gstLogLines(filter, entry, QDateTime::currentSecsSinceEpoch())) {
+        logLine(out);
     }
 }
 

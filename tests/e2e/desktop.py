@@ -61,7 +61,7 @@ def x(*words):
 class Program:
     """One run of the shipped program in a home of its own."""
 
-    def __init__(self, executable, language="es", home=None, onboarded=True):
+    def __init__(self, executable, language="es", home=None, onboarded=True, debug=None):
         self.home = pathlib.Path(home or tempfile.mkdtemp(prefix="studio-home-"))
         settings = self.home / "config" / "Halvenmoor" / "NimbaraStudio.conf"
         settings.parent.mkdir(parents=True, exist_ok=True)
@@ -80,7 +80,14 @@ class Program:
             QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
         )
         os.chmod(self.home, 0o700)
-        self.process = subprocess.Popen([executable], env=environment, stderr=subprocess.DEVNULL)
+        errors = subprocess.DEVNULL
+        if debug:  # its GStreamer talks as the variable says, and what it says is kept
+            self.error_path, self.debug_path = self.home / "stderr.txt", self.home / "gst.txt"
+            environment.update(GST_DEBUG=debug, GST_DEBUG_FILE=str(self.debug_path))
+            errors = os.open(self.error_path, os.O_WRONLY | os.O_CREAT)
+        self.process = subprocess.Popen([executable], env=environment, stderr=errors)
+        if debug:
+            os.close(errors)
         wait_for("the main window", lambda: self.find("AL AIRE  →", "ON AIR  →"))
 
     # What the program says.
@@ -142,6 +149,12 @@ class Program:
         time.sleep(0.3)
         x("type", "--delay", "5", str(path))
         x("key", "Return")
+
+    def load_video(self, path):
+        self.click("Fuentes y pantallas", role="page tab")
+        self.click("Cargar video")
+        self.enter_path("Video", path)
+        self.wait_status("Video/red preparado")
 
     def close(self):
         if self.process.poll() is None:

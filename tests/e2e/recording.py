@@ -70,6 +70,14 @@ def read_clip(path, shape, on_its_side=False):
     return [(t, clip.number(p), clip.flashes(p)) for t, p in zip(times, frames)]
 
 
+def beep_offsets(path, shown):
+    """How long after each flash the nearest beep comes, in seconds; `shown` is what `read_clip` gave."""
+    flashes = onsets((time, flash) for time, _, flash in shown)
+    beeps = beep_onsets(path)
+    inner = [f for f in flashes if 0.5 < f - shown[0][0] and f < shown[-1][0] - 0.5]
+    return [min((b - f for b in beeps), key=abs, default=9) for f in inner]
+
+
 def onsets(flags):
     """The times at which a (time, flag) sequence turns on; one that starts on does not count."""
     flags = list(flags)

@@ -25,7 +25,7 @@ void VerseLookup::lookupVerse(LayerId layer, const QString &typed, const Source 
     if (m_ready.isFinished()) {
         showBuiltIn(layer, ref, source);
     } else {
-        showWhenReady(newRequest(layer, ref, source));
+        showWhenReady({ layer, ref, source });
     }
 }
 
@@ -34,7 +34,7 @@ void VerseLookup::showWhenReady(const Request &request)
     auto *watcher = new QFutureWatcher<void>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, request] {
         watcher->deleteLater();
-        if (!takeTurn(request)) {
+        if (!holdsVerse(request.layer)) {
             return;
         }
         try {
@@ -51,33 +51,27 @@ void VerseLookup::showBuiltIn(LayerId layer, const Ref &ref, const Source &sourc
     const QString lang = builtInLanguage(source.choice);
     const Bible &bible = lang == QLatin1String("en") ? english() : spanish();
     const VerseUpdate update = builtInVerse(bible, ref, lang);
-    const Request request = newRequest(layer, ref, source);
+    const Request request { layer, ref, source };
     updateLayer(layer, update);
     if (source.choice == QLatin1String("api")) {
         if (source.apiBibleId.isEmpty()) {
             askApiBible(request, {}); // nothing to ask a key for
             return;
         }
-        withKey(apiBibleKey, request, [this, request](const QString &key) {
-            askApiBible(request, key);
-        });
+        withKey(apiBibleKey, [this, request](const QString &key) { askApiBible(request, key); });
     } else if (const auto target = translationTarget(source.choice)) {
         withKey(openAiKey,
-            request,
             [this, request, verse = update.text, name = *target](
                 const QString &key) { askTranslation(request, verse, name, key); });
     } else {
-        forget(layer);
         statusChanged(layer, readyStatus(label(ref, lang)));
     }
 }
 
-void VerseLookup::withKey(const KeySource &source,
-    const Request &request,
-    std::function<void(const QString &key)> step)
+void VerseLookup::withKey(const KeySource &source, std::function<void(const QString &key)> step)
 {
-    source([self = QPointer(this), request, step = std::move(step)](const QString &key) {
-        if (self && self->isCurrent(request)) {
+    source([self = QPointer(this), step = std::move(step)](const QString &key) {
+        if (self) {
             step(key);
         }
     });
@@ -86,7 +80,6 @@ void VerseLookup::withKey(const KeySource &source,
 void VerseLookup::askApiBible(const Request &request, const QString &key)
 {
     if (key.isEmpty() || request.source.apiBibleId.isEmpty()) {
-        forget(request.layer);
         statusChanged(request.layer,
             tr("Versículo mostrado con RV1909: configura la clave y la Biblia de API.Bible "
                "en la pestaña Traducción IA y Biblia."));
@@ -108,7 +101,6 @@ void VerseLookup::askTranslation(const Request &request,
     const QString &key)
 {
     if (key.isEmpty()) {
-        forget(request.layer);
         statusChanged(request.layer,
             tr("Versículo en español; para traducirlo a otro idioma añade la API key de "
                "OpenAI."));
@@ -125,35 +117,13 @@ void VerseLookup::askTranslation(const Request &request,
 
 void VerseLookup::finish(const Request &request, const VerseOutcome &outcome)
 {
-    if (!takeTurn(request)) {
+    if (!holdsVerse(request.layer)) {
         return;
     }
     if (outcome.update) {
         updateLayer(request.layer, *outcome.update);
     }
     statusChanged(request.layer, outcome.status);
-}
-
-VerseLookup::Request VerseLookup::newRequest(LayerId layer, const Ref &ref, const Source &source)
-{
-    const std::uint64_t turn = ++m_lastTurn;
-    m_current.insert(layer, turn);
-    return { layer, turn, ref, source };
-}
-
-bool VerseLookup::isCurrent(const Request &request) const
-{
-    const auto current = m_current.constFind(request.layer);
-    return current != m_current.constEnd() && *current == request.turn;
-}
-
-bool VerseLookup::takeTurn(const Request &request)
-{
-    if (!isCurrent(request)) {
-        return false;
-    }
-    m_current.remove(request.layer);
-    return holdsVerse(request.layer);
 }
 
 } // namespace bible

@@ -5,7 +5,6 @@
 #include "bible/verse_translator.h"
 
 #include <QFuture>
-#include <QHash>
 #include <QObject>
 #include <QString>
 
@@ -18,9 +17,8 @@ namespace bible {
 /// online text in its place.
 ///
 /// The owner names a layer by a number of its own; what a number means is the owner's to say when
-/// an answer comes. A newer lookup for a layer makes what is
-/// still under way for it void, and nothing is said or written for a layer that `holdsVerse`
-/// denies.
+/// an answer comes. A newer lookup does not cancel an older one: whichever
+/// answer arrives last stands. Nothing is said or written for a layer that `holdsVerse` denies.
 ///
 /// Interface thread only; nothing here waits. Client and translator must outlive the lookup.
 class VerseLookup final : public QObject {
@@ -42,9 +40,6 @@ public:
     /// Bibles are still loading, only the first is known at once; the rest follows from the event
     /// loop.
     void lookupVerse(LayerId layer, const QString &typed, const Source &source);
-
-    /// Drops what is under way for a layer: it was deleted, or its text was changed by hand.
-    void forget(LayerId layer) { m_current.remove(layer); }
 
     /// Gets messages for the status line, translated.
     std::function<void(LayerId layer, const QString &text)> statusChanged
@@ -70,7 +65,6 @@ public:
 private:
     struct Request {
         LayerId layer = 0;
-        std::uint64_t turn = 0;
         Ref ref;
         Source source;
     };
@@ -82,20 +76,13 @@ private:
         const QString &verse,
         const QString &target,
         const QString &key);
-    /// Runs `step` with the key, unless the request is void by then.
-    void withKey(const KeySource &source,
-        const Request &request,
-        std::function<void(const QString &key)> step);
+    /// Runs `step` with the key, unless this is gone by then.
+    void withKey(const KeySource &source, std::function<void(const QString &key)> step);
     void finish(const Request &request, const VerseOutcome &outcome);
-    [[nodiscard]] Request newRequest(LayerId layer, const Ref &ref, const Source &source);
-    [[nodiscard]] bool isCurrent(const Request &request) const;
-    [[nodiscard]] bool takeTurn(const Request &request);
 
     Api &m_api;
     VerseTranslator &m_translator;
     QFuture<void> m_ready;
-    std::uint64_t m_lastTurn = 0;
-    QHash<LayerId, std::uint64_t> m_current; ///< the turn whose result a layer waits for
 };
 
 } // namespace bible

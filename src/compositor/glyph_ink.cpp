@@ -82,7 +82,9 @@ void GlyphInk::startScratch(QPainter &painter, const QSize &size)
     if (painter.isActive() && room == m_scratch.size()) {
         return;
     }
-    painter.end();
+    if (painter.isActive()) {
+        painter.end();
+    }
     if (room != m_scratch.size()) {
         m_scratch = QImage(room, QImage::Format_ARGB32_Premultiplied);
     }

@@ -61,5 +61,5 @@ nginx_pid=$!
 stunnel4 "$dir/stunnel.conf" 2>"$dir/logs/stunnel.log" &
 stunnel_pid=$!
 trap 'kill $nginx_pid $stunnel_pid 2>/dev/null; wait; exit 0' TERM INT HUP
-wait $nginx_pid
+wait $nginx_pid || true # killed, perhaps
 kill $stunnel_pid 2>/dev/null || true

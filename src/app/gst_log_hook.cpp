@@ -20,8 +20,20 @@ QString messageText(GstDebugMessage *message)
     return QString::fromUtf8(message != nullptr ? gst_debug_message_get(message) : nullptr);
 }
 
-/// GStreamer's own output to standard error, which a desktop session keeps in a log of its own:
-/// unchanged, except that a line with a secret is printed without it.
+/// Where GStreamer's own output goes: what GST_DEBUG_FILE names ("-": standard output), else
+/// standard error. GStreamer has begun the file, so it is continued; it stays open until the end.
+std::FILE *ownOutput()
+{
+    const QByteArray named = qgetenv("GST_DEBUG_FILE");
+    if (named == "-") {
+        return stdout;
+    }
+    std::FILE *file = named.isEmpty() ? nullptr : std::fopen(named.constData(), "a");
+    return file != nullptr ? file : stderr;
+}
+
+/// GStreamer's own output: unchanged, except that a line with a secret is printed without it. A
+/// desktop session keeps standard error in a log of its own. `userData`: the open file.
 void printWithoutSecrets(GstDebugCategory *category,
     GstDebugLevel level,
     const gchar *file,
@@ -37,7 +49,12 @@ void printWithoutSecrets(GstDebugCategory *category,
         gst_debug_log_default(category, level, file, function, line, object, message, userData);
         return;
     }
-    std::fprintf(stderr, "%s:%d:%s: %s\n", file, line, function, clean.toUtf8().constData());
+    std::fprintf(static_cast<std::FILE *>(userData),
+        "%s:%d:%s: %s\n",
+        file,
+        line,
+        function,
+        clean.toUtf8().constData());
 }
 
 void gstLogHook(GstDebugCategory *category,
@@ -105,7 +122,7 @@ void installGstLogHook()
 {
     gst_debug_set_default_threshold(GST_LEVEL_WARNING);
     if (gst_debug_remove_log_function(gst_debug_log_default) > 0) {
-        gst_debug_add_log_function(printWithoutSecrets, nullptr, nullptr);
+        gst_debug_add_log_function(printWithoutSecrets, ownOutput(), nullptr);
     }
     gst_debug_add_log_function(gstLogHook, nullptr, nullptr);
 }

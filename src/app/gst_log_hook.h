@@ -49,8 +49,8 @@ std::vector<QString>
 gstLogLines(RepeatFilter &filter, const GstLogEntry &entry, std::int64_t nowSeconds);
 
 /// Sets GStreamer's default threshold to WARNING and sends its lines to the log file through a
-/// `RepeatFilter`. Call once, after `gst_init`. GStreamer's own output to standard error stays. No
-/// line of either holds a secret that `hideSecret` knows.
+/// `RepeatFilter`. Call once, after `gst_init`. GStreamer's own output to standard error, or where
+/// GST_DEBUG_FILE says, stays. No line of either holds a secret that `hideSecret` knows.
 void installGstLogHook();
 
 } // namespace nimbara

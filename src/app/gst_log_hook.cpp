@@ -3,6 +3,7 @@
 #include "app/log.h"
 #include "app/secret_texts.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 
 #include <cstdio>
@@ -24,10 +25,14 @@ QString messageText(GstDebugMessage *message)
 /// standard error. GStreamer has begun the file, so it is continued; it stays open until the end.
 std::FILE *ownOutput()
 {
-    const QByteArray named = qgetenv("GST_DEBUG_FILE");
+    QByteArray named = qgetenv("GST_DEBUG_FILE");
     if (named == "-") {
         return stdout;
     }
+    if (named.contains("%r")) { // a random number, which GStreamer does not tell
+        return stderr;
+    }
+    named.replace("%p", QByteArray::number(QCoreApplication::applicationPid()));
     std::FILE *file = named.isEmpty() ? nullptr : std::fopen(named.constData(), "a");
     return file != nullptr ? file : stderr;
 }
@@ -49,12 +54,9 @@ void printWithoutSecrets(GstDebugCategory *category,
         gst_debug_log_default(category, level, file, function, line, object, message, userData);
         return;
     }
-    std::fprintf(static_cast<std::FILE *>(userData),
-        "%s:%d:%s: %s\n",
-        file,
-        line,
-        function,
-        clean.toUtf8().constData());
+    auto *out = static_cast<std::FILE *>(userData);
+    std::fprintf(out, "%s:%d:%s: %s\n", file, line, function, clean.toUtf8().constData());
+    std::fflush(out);
 }
 
 void gstLogHook(GstDebugCategory *category,

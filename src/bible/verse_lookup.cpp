@@ -22,7 +22,7 @@ VerseLookup::VerseLookup(Api &api, VerseTranslator &translator, QFuture<void> re
 void VerseLookup::lookupVerse(LayerId layer, const QString &typed, const Source &source)
 {
     const Ref ref = requireReference(typed);
-    if (m_ready.isFinished()) {
+    if (m_ready.isFinished() && m_waiting == 0) {
         showBuiltIn(layer, ref, source);
     } else {
         showWhenReady({ layer, ref, source });
@@ -31,9 +31,11 @@ void VerseLookup::lookupVerse(LayerId layer, const QString &typed, const Source 
 
 void VerseLookup::showWhenReady(const Request &request)
 {
+    ++m_waiting;
     auto *watcher = new QFutureWatcher<void>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, request] {
         watcher->deleteLater();
+        --m_waiting;
         if (!holdsVerse(request.layer)) {
             return;
         }
@@ -58,9 +60,12 @@ void VerseLookup::showBuiltIn(LayerId layer, const Ref &ref, const Source &sourc
             askApiBible(request, {}); // nothing to ask a key for
             return;
         }
-        withKey(apiBibleKey, [this, request](const QString &key) { askApiBible(request, key); });
+        withKey(apiBibleKey, layer, [this, request](const QString &key) {
+            askApiBible(request, key);
+        });
     } else if (const auto target = translationTarget(source.choice)) {
         withKey(openAiKey,
+            layer,
             [this, request, verse = update.text, name = *target](
                 const QString &key) { askTranslation(request, verse, name, key); });
     } else {
@@ -68,10 +73,12 @@ void VerseLookup::showBuiltIn(LayerId layer, const Ref &ref, const Source &sourc
     }
 }
 
-void VerseLookup::withKey(const KeySource &source, std::function<void(const QString &key)> step)
+void VerseLookup::withKey(const KeySource &source,
+    LayerId layer,
+    std::function<void(const QString &key)> step)
 {
-    source([self = QPointer(this), step = std::move(step)](const QString &key) {
-        if (self) {
+    source([self = QPointer(this), layer, step = std::move(step)](const QString &key) {
+        if (self && self->holdsVerse(layer)) {
             step(key);
         }
     });

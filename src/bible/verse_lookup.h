@@ -76,13 +76,15 @@ private:
         const QString &verse,
         const QString &target,
         const QString &key);
-    /// Runs `step` with the key, unless this is gone by then.
-    void withKey(const KeySource &source, std::function<void(const QString &key)> step);
+    /// Runs `step` with the key, unless this or the layer is gone by then.
+    void
+    withKey(const KeySource &source, LayerId layer, std::function<void(const QString &key)> step);
     void finish(const Request &request, const VerseOutcome &outcome);
 
     Api &m_api;
     VerseTranslator &m_translator;
     QFuture<void> m_ready;
+    int m_waiting = 0; ///< lookups that the loaded Bibles have not reached yet
 };
 
 } // namespace bible

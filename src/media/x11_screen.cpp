@@ -127,16 +127,18 @@ std::size_t X11Screen::bytes() const
 
 std::optional<X11Screen::Area> X11Screen::askArea() const
 {
-    if (const auto monitor = mainMonitor()) {
-        return monitor;
-    }
     const X11Reply<xcb_get_geometry_reply_t> root(xcb_get_geometry_reply(m_connection.get(),
         xcb_get_geometry(m_connection.get(), m_root),
         nullptr));
     if (!root) {
         return std::nullopt;
     }
-    return Area { 0, 0, { root->width, root->height } };
+    // In the middle of a change of mode a monitor may reach beyond the root window.
+    const auto monitor = mainMonitor();
+    const bool inside = monitor && monitor->x >= 0 && monitor->y >= 0
+        && monitor->x + monitor->size.width <= root->width
+        && monitor->y + monitor->size.height <= root->height;
+    return inside ? *monitor : Area { 0, 0, { root->width, root->height } };
 }
 
 /// The primary monitor; where none is named so, the first.

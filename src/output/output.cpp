@@ -88,7 +88,7 @@ Output::Output(std::int32_t width,
 
 Output::~Output()
 {
-    if (m_running || m_stalled) {
+    if (!m_busEnded) {
         m_streamEnd.end(m_pipeline.bus());
     }
 }
@@ -142,12 +142,12 @@ void Output::pollOutput()
     const auto wanted = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS);
     const auto message = MessageRef::adopt(gst_bus_pop_filtered(m_pipeline.bus(), wanted));
     if (!message) {
-        m_stalled = m_running && m_stallWatch.stalled(m_nextVideoPts);
-        if (m_stalled) {
+        if (m_running && m_stallWatch.stalled(m_nextVideoPts)) {
             fail(failureText(GST_RESOURCE_ERROR_WRITE));
         }
         return;
     }
+    m_busEnded = true;
     if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_ERROR) {
         fail(failureText(message.get()));
         return;

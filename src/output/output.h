@@ -77,7 +77,7 @@ public:
     [[nodiscard]] bool finished() const { return m_finished; }
     /// End of stream has been sent.
     [[nodiscard]] bool stopping() const { return m_stopping; }
-    /// Why the output stopped, untranslated; empty while it runs and after a clean end.
+    /// Why the output stopped, translated; empty while it runs and after a clean end.
     [[nodiscard]] const QString &error() const { return m_error; }
     [[nodiscard]] FrameSize size() const { return { m_width, m_height }; }
 
@@ -99,7 +99,7 @@ private:
     ElementRef m_audioSrc;
     StreamEnd m_streamEnd;
     StallWatch m_stallWatch;
-    bool m_stalled = false; ///< the server has stopped reading
+    bool m_busEnded = false; ///< the pipeline itself has told its end
     Pipeline m_pipeline; ///< last: goes to NULL before anything else is released
 };
 

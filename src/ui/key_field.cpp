@@ -22,11 +22,12 @@ void withKey(QLineEdit *field,
             if (!shown) {
                 return;
             }
-            hideSecret(stored.trimmed());
             if (shown->text().trimmed().isEmpty()) {
                 shown->setText(stored);
             }
-            receiver(shown->text().trimmed());
+            const QString key = shown->text().trimmed();
+            hideSecret(key);
+            receiver(key);
         });
 }
 

@@ -20,6 +20,7 @@ import threading
 import time
 import unittest
 
+import gi.repository.GLib
 from desktop import Desktop, Program, wait_for, x
 from recording import beep_offsets, probe, read_clip, video_times
 
@@ -252,7 +253,11 @@ class StreamingTest(unittest.TestCase):
         self.assertLess(statistics.median(gauge.answers), 0.5)
 
     def failures(self):
-        return [n for n in self.studio.walk(self.studio.application()) if n.get_name().startswith(FAILED)]
+        while True:
+            try:
+                return [n for n in self.studio.walk(self.studio.application()) if n.get_name().startswith(FAILED)]
+            except gi.repository.GLib.Error:  # the tree changed under the walk
+                time.sleep(0.05)
 
     def wait_failed(self, name):
         """The failure stands beside the button of its own slot, which can start again."""
@@ -288,6 +293,8 @@ class StreamingTest(unittest.TestCase):
             if what == "killed":
                 wait_for("something of it", lambda: dying.size("k3y-e2e-bad") > 20_000)
                 dying.signal(signal.SIGKILL)
+            if what == "never reading":  # the failure before it has gone
+                wait_for("the new start", lambda: not self.failures())
             since = time.monotonic()
             self.wait_failed("Facebook")
             self.assertIsNotNone(self.studio.find("Detener Twitch"))

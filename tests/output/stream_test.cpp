@@ -185,13 +185,18 @@ private Q_SLOTS:
         const auto ready = [&](std::size_t slot) { return m_outputs->destination(slot).ready(); };
         QTRY_VERIFY_WITH_TIMEOUT(ready(0) && ready(1), 20000);
         ProgramFeed feed(small);
-        push(feed);
-        feed.skip(600'000'000'000); // a stall of the program is not the server's
-        std::vector<std::size_t> stopped;
         int ticks = 0;
-        for (; stopped.empty() && ticks < 1200; ++ticks) {
+        std::vector<std::size_t> stopped;
+        const auto tick = [&] {
+            ++ticks;
             stopped = push(feed).destinations;
-            QThread::usleep(1000);
+        };
+        const QString file = m_peer->recordedFile(key + QStringLiteral("-taken"));
+        QTRY_VERIFY_WITH_TIMEOUT((tick(), QFile(file).size() > 10'000), 20000);
+        feed.skip(600'000'000'000); // a stall of the program is not the server's
+        while (stopped.empty() && ticks < 2000) {
+            tick();
+            QThread::usleep(3000);
         }
         QCOMPARE(stopped, std::vector<std::size_t> { 1 });
         QVERIFY2(ticks > 860, qPrintable(QString::number(ticks))); // 30 s of the program's time

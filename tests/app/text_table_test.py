@@ -48,6 +48,13 @@ WITHOUT_TWIN = {
         "video/x-raw, format=…",
         "video/x-h264, stream-format=avc, alignment=au",
     ],
+    "an element's errors and description, in GStreamer's language": [
+        "The X11 screen cannot be opened",
+        "The X11 screen cannot be read",
+        "Captures an X11 screen without holding the server",
+        "Source/Video",
+        "Nimbara",
+    ],
     "the log's own lines": [
         "=== Inicio Vesperline 0.4.0 ===",
         "GST (%1 repeticiones omitidas de %2)",

@@ -106,6 +106,9 @@ private Q_SLOTS:
         desk.press("showVerse");
         QCOMPARE(desk.layers().size(), 2U);
         QCOMPARE(desk.layers().back().reference, u"Psalms 23:1 · King James Version"_s);
+        desk.choose(1); // Reina-Valera, whatever language was typed
+        desk.press("showVerse");
+        QCOMPARE(desk.layers().back().reference, u"Salmos 23:1 · Reina-Valera 1909"_s);
         QCOMPARE(m_peer.count("request"), 0);
     }
 

@@ -13,7 +13,7 @@ int main(int argc, char **argv)
         const QString word = QString::fromLocal8Bit(argv[i]);
         given[word.section(QLatin1Char('='), 0, 0)] = word.section(QLatin1Char('='), 1);
     }
-    nimbara::testing::ClipSpec wanted;
+    nimbara::testing::ClipRecipe wanted;
     const auto text = [&](const char *key, QString &into) {
         if (const auto found = given.find(QLatin1String(key)); found != given.end()) {
             into = found->second;

@@ -78,8 +78,8 @@ private:
 /// One source or capture, used and let go.
 void ChurnTest::openOne(int turn)
 {
-    ClipSpec spec;
-    spec.seconds = 0.4;
+    ClipRecipe recipe;
+    recipe.seconds = 0.4;
     switch (turn % 5) {
     case 0: {
         const MediaPtr bars = m_factory.testBars(size);
@@ -87,7 +87,7 @@ void ChurnTest::openOne(int turn)
         break;
     }
     case 1: {
-        const MediaPtr plays = m_factory.media(size, fileLocation(clip(spec)));
+        const MediaPtr plays = m_factory.media(size, fileLocation(clip(recipe)));
         QVERIFY(pollUntil(*plays, [&] { return plays->frame() != nullptr; }));
         break;
     }

@@ -120,9 +120,9 @@ void LeaksTest::leavesNothingBehind_data()
         const DeviceRef device = fakeDevice({ .opens = opens });
         play(m_factory.camera(size, device.get()));
     };
-    ClipSpec spec;
-    spec.seconds = 0.4;
-    ClipSpec portrait = spec;
+    ClipRecipe recipe;
+    recipe.seconds = 0.4;
+    ClipRecipe portrait = recipe;
     portrait.rotate = 90;
     row("test bars", [this] { play(m_factory.testBars(size)); });
     row("screen", [this] { play(m_factory.screen(size)); });
@@ -134,14 +134,14 @@ void LeaksTest::leavesNothingBehind_data()
         expectError([&] { camera("audiotestsrc"); });
         expectError([&] { camera(""); });
     });
-    row("file", [=] { media(clip(spec)); });
+    row("file", [=] { media(clip(recipe)); });
     row("portrait file", [=] { media(clip(portrait)); });
     row("file that ends", [=, this] {
-        const MediaPtr whole = m_factory.media(size, fileLocation(clip(spec)));
+        const MediaPtr whole = m_factory.media(size, fileLocation(clip(recipe)));
         QVERIFY(pollUntil(*whole, [&] { return !whole->active(); }));
     });
     row("file dropped at once",
-        [=, this] { (void)m_factory.media(size, fileLocation(clip(spec))); });
+        [=, this] { (void)m_factory.media(size, fileLocation(clip(recipe))); });
     row("broken file", [=] { media(QStringLiteral("/etc/passwd")); });
     row("no file", [=, this] { expectError([&] { media(QStringLiteral("/nonexistent")); }); });
     row("no server",

@@ -71,9 +71,9 @@ private Q_SLOTS:
     void opensNamesAsTheyAreWritten();
 
 private:
-    MediaPtr open(const ClipSpec &spec, FrameSize size = { 320, 180 })
+    MediaPtr open(const ClipRecipe &recipe, FrameSize size = { 320, 180 })
     {
-        return m_factory.media(size, fileLocation(clip(spec)));
+        return m_factory.media(size, fileLocation(clip(recipe)));
     }
 
     SystemClock m_clock;
@@ -83,42 +83,42 @@ private:
 
 void MediaFilesTest::playsToTheEnd_data()
 {
-    QTest::addColumn<ClipSpec>("spec");
+    QTest::addColumn<ClipRecipe>("recipe");
     QTest::addColumn<int>("lastNumber");
 
     const auto row = [](const char *name, int lastNumber, auto change) {
-        ClipSpec spec;
-        spec.seconds = 0.4;
-        change(spec);
-        QTest::newRow(name) << spec << lastNumber;
+        ClipRecipe recipe;
+        recipe.seconds = 0.4;
+        change(recipe);
+        QTest::newRow(name) << recipe << lastNumber;
     };
-    row("H.264 and AAC in MP4", 11, [](ClipSpec &) {});
-    row("25 frames per second", 9, [](ClipSpec &spec) { spec.rate = QStringLiteral("25"); });
-    row("59.94 frames per second", 23, [](ClipSpec &spec) {
-        spec.rate = QStringLiteral("60000/1001");
+    row("H.264 and AAC in MP4", 11, [](ClipRecipe &) {});
+    row("25 frames per second", 9, [](ClipRecipe &recipe) { recipe.rate = QStringLiteral("25"); });
+    row("59.94 frames per second", 23, [](ClipRecipe &recipe) {
+        recipe.rate = QStringLiteral("60000/1001");
     });
-    row("variable frame rate", 9, [](ClipSpec &spec) {
-        spec.extra = QStringList { QStringLiteral("-vf"),
+    row("variable frame rate", 9, [](ClipRecipe &recipe) {
+        recipe.extra = QStringList { QStringLiteral("-vf"),
             QStringLiteral("select='not(mod(n\\,3))'"),
             QStringLiteral("-vsync"),
             QStringLiteral("vfr") };
     });
-    row("VP9 and Opus in WebM", 11, [](ClipSpec &spec) {
-        spec.videoCodec = QStringLiteral("libvpx-vp9");
-        spec.audioCodec = QStringLiteral("libopus");
-        spec.container = QStringLiteral("webm");
-        spec.extra = QStringList { QStringLiteral("-cpu-used"),
+    row("VP9 and Opus in WebM", 11, [](ClipRecipe &recipe) {
+        recipe.videoCodec = QStringLiteral("libvpx-vp9");
+        recipe.audioCodec = QStringLiteral("libopus");
+        recipe.container = QStringLiteral("webm");
+        recipe.extra = QStringList { QStringLiteral("-cpu-used"),
             QStringLiteral("8"),
             QStringLiteral("-deadline"),
             QStringLiteral("realtime") };
     });
-    row("Matroska with subtitles", 11, [](ClipSpec &spec) {
-        spec.audioCodec = QStringLiteral("flac");
-        spec.container = QStringLiteral("mkv");
-        spec.subtitles = true;
+    row("Matroska with subtitles", 11, [](ClipRecipe &recipe) {
+        recipe.audioCodec = QStringLiteral("flac");
+        recipe.container = QStringLiteral("mkv");
+        recipe.subtitles = true;
     });
-    row("two streams of each kind", 11, [](ClipSpec &spec) {
-        spec.extra = QStringList { QStringLiteral("-map"),
+    row("two streams of each kind", 11, [](ClipRecipe &recipe) {
+        recipe.extra = QStringList { QStringLiteral("-map"),
             QStringLiteral("0"),
             QStringLiteral("-map"),
             QStringLiteral("0"),
@@ -127,50 +127,51 @@ void MediaFilesTest::playsToTheEnd_data()
             QStringLiteral("-map"),
             QStringLiteral("1") };
     });
-    row("5.1 sound at 44.1 kHz", 11, [](ClipSpec &spec) {
-        spec.audioChannels = 6;
-        spec.audioRate = 44100;
-        spec.audioCodec = QStringLiteral("ac3");
-        spec.container = QStringLiteral("mkv");
+    row("5.1 sound at 44.1 kHz", 11, [](ClipRecipe &recipe) {
+        recipe.audioChannels = 6;
+        recipe.audioRate = 44100;
+        recipe.audioCodec = QStringLiteral("ac3");
+        recipe.container = QStringLiteral("mkv");
     });
-    row("no sound", 11, [](ClipSpec &spec) { spec.audioCodec.clear(); });
-    row("no picture", -1, [](ClipSpec &spec) { spec.videoCodec.clear(); });
-    row("4K", 11, [](ClipSpec &spec) {
-        spec.width = 3840;
-        spec.height = 2160;
-        spec.extra = QStringList { QStringLiteral("-preset"), QStringLiteral("ultrafast") };
+    row("no sound", 11, [](ClipRecipe &recipe) { recipe.audioCodec.clear(); });
+    row("no picture", -1, [](ClipRecipe &recipe) { recipe.videoCodec.clear(); });
+    row("4K", 11, [](ClipRecipe &recipe) {
+        recipe.width = 3840;
+        recipe.height = 2160;
+        recipe.extra = QStringList { QStringLiteral("-preset"), QStringLiteral("ultrafast") };
     });
 }
 
 void MediaFilesTest::playsToTheEnd()
 {
-    QFETCH(ClipSpec, spec);
-    const MediaPtr media = open(spec);
+    QFETCH(ClipRecipe, recipe);
+    const MediaPtr media = open(recipe);
     const Playback played = playToEnd(*media);
 
     QCOMPARE(played.message, QString());
     QVERIFY(media->ended());
     QTEST(played.lastNumber, "lastNumber");
-    const bool hasPicture = !spec.videoCodec.isEmpty();
+    const bool hasPicture = !recipe.videoCodec.isEmpty();
     QCOMPARE(media->frame() != nullptr, hasPicture);
     QVERIFY(!hasPicture || (played.firstNumber < 6 && media->frame()->opaque));
     QCOMPARE(played.flash, hasPicture);
-    QCOMPARE(played.loudest > 0.05F, !spec.audioCodec.isEmpty());
+    QCOMPARE(played.loudest > 0.05F, !recipe.audioCodec.isEmpty());
 }
 
 void MediaFilesTest::reportsBrokenFiles_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("message");
-    ClipSpec spec;
-    spec.seconds = 0.4;
-    QTest::newRow("index lost") << truncatedClip(spec, 0.5)
+    ClipRecipe recipe;
+    recipe.seconds = 0.4;
+    QTest::newRow("index lost") << truncatedClip(recipe, 0.5)
                                 << QStringLiteral("This file contains no playable streams.");
-    QTest::newRow("empty") << truncatedClip(spec, 0) << QStringLiteral("Stream contains no data.");
+    QTest::newRow("empty") << truncatedClip(recipe, 0)
+                           << QStringLiteral("Stream contains no data.");
     QTest::newRow("no media") << QStringLiteral("/etc/passwd")
                               << QStringLiteral("This appears to be a text file");
-    spec.container = QStringLiteral("mkv");
-    QTest::newRow("end lost") << truncatedClip(spec, 0.8) << QString();
+    recipe.container = QStringLiteral("mkv");
+    QTest::newRow("end lost") << truncatedClip(recipe, 0.8) << QString();
 }
 
 void MediaFilesTest::reportsBrokenFiles()
@@ -211,12 +212,12 @@ void MediaFilesTest::standsUpright()
     QFETCH(int, degrees);
     QFETCH(FrameSize, clip);
     QFETCH(FrameSize, profile);
-    ClipSpec spec;
-    spec.seconds = 0.4;
-    spec.rotate = degrees;
-    spec.width = clip.width;
-    spec.height = clip.height;
-    const MediaPtr media = open(spec, profile);
+    ClipRecipe recipe;
+    recipe.seconds = 0.4;
+    recipe.rotate = degrees;
+    recipe.width = clip.width;
+    recipe.height = clip.height;
+    const MediaPtr media = open(recipe, profile);
     QVERIFY(pollUntil(*media, [&] { return !media->active(); }));
     QVERIFY(media->frame());
     QCOMPARE(readClip(turned(*media->frame(), degrees)).number, 11);
@@ -224,9 +225,9 @@ void MediaFilesTest::standsUpright()
 
 void MediaFilesTest::playsSoundWithThePicture()
 {
-    ClipSpec spec;
-    spec.seconds = 1.4;
-    const MediaPtr media = open(spec);
+    ClipRecipe recipe;
+    recipe.seconds = 1.4;
+    const MediaPtr media = open(recipe);
     double soundSeconds = 0;
     QVERIFY(pollUntil(*media, [&] {
         soundSeconds
@@ -240,10 +241,10 @@ void MediaFilesTest::playsSoundWithThePicture()
 
 void MediaFilesTest::playsSoundBeyondThePicture()
 {
-    ClipSpec spec;
-    spec.seconds = 0.8;
-    spec.soundSeconds = 1.6;
-    const MediaPtr media = open(spec);
+    ClipRecipe recipe;
+    recipe.seconds = 0.8;
+    recipe.soundSeconds = 1.6;
+    const MediaPtr media = open(recipe);
     QVERIFY(pollUntil(*media, [&] { return !media->active(); }));
     QVERIFY(media->ended());
     QVERIFY(media->frame());
@@ -253,11 +254,11 @@ void MediaFilesTest::playsSoundBeyondThePicture()
 
 void MediaFilesTest::declaresSoundAloneSilent()
 {
-    ClipSpec spec;
-    spec.videoCodec.clear();
+    ClipRecipe recipe;
+    recipe.videoCodec.clear();
     ManualClock clock;
     const MediaFactory factory(clock, m_retirement);
-    const MediaPtr media = factory.media({ 320, 180 }, fileLocation(clip(spec)));
+    const MediaPtr media = factory.media({ 320, 180 }, fileLocation(clip(recipe)));
     QVERIFY(pollUntil(*media, [&] { return !media->audioFifo().empty(); }));
     clock.advanceUs(10'000'001);
     media->pollSource();
@@ -266,10 +267,10 @@ void MediaFilesTest::declaresSoundAloneSilent()
 
 void MediaFilesTest::opensNamesAsTheyAreWritten()
 {
-    ClipSpec spec;
-    spec.seconds = 0.1;
+    ClipRecipe recipe;
+    recipe.seconds = 0.1;
     const QString path = clipFolder() + QStringLiteral("/coro y órgano.mp4");
-    QVERIFY(QFile::exists(path) || QFile::copy(clip(spec), path));
+    QVERIFY(QFile::exists(path) || QFile::copy(clip(recipe), path));
     const MediaPtr media = m_factory.media({ 320, 180 }, QStringLiteral("file://") + path);
     QCOMPARE(playToEnd(*media).lastNumber, 2);
 }

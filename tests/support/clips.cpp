@@ -30,27 +30,27 @@ QString pictureFilter()
     return filters.join(QLatin1Char(','));
 }
 
-QStringList videoInput(const ClipSpec &spec)
+QStringList videoInput(const ClipRecipe &recipe)
 {
     return { QStringLiteral("-f"),
         QStringLiteral("lavfi"),
         QStringLiteral("-i"),
         QStringLiteral("color=c=gray:s=%1x%2:r=%3:d=%4,%5,format=%6")
-            .arg(spec.width)
-            .arg(spec.height)
-            .arg(spec.rate)
-            .arg(spec.seconds)
-            .arg(pictureFilter(), spec.pixelFormat) };
+            .arg(recipe.width)
+            .arg(recipe.height)
+            .arg(recipe.rate)
+            .arg(recipe.seconds)
+            .arg(pictureFilter(), recipe.pixelFormat) };
 }
 
-QStringList audioInput(const ClipSpec &spec)
+QStringList audioInput(const ClipRecipe &recipe)
 {
     return { QStringLiteral("-f"),
         QStringLiteral("lavfi"),
         QStringLiteral("-i"),
         QStringLiteral("aevalsrc=0.5*sin(2*PI*1000*t)*lt(mod(t\\,1)\\,0.1):s=%1:d=%2")
-            .arg(spec.audioRate)
-            .arg(spec.soundSeconds > 0 ? spec.soundSeconds : spec.seconds) };
+            .arg(recipe.audioRate)
+            .arg(recipe.soundSeconds > 0 ? recipe.soundSeconds : recipe.seconds) };
 }
 
 QStringList subtitleInput()
@@ -63,9 +63,9 @@ QStringList subtitleInput()
 }
 
 /// ffmpeg writes the turn only while it copies a stream.
-QStringList turnArguments(const ClipSpec &spec)
+QStringList turnArguments(const ClipRecipe &recipe)
 {
-    ClipSpec upright = spec;
+    ClipRecipe upright = recipe;
     upright.rotate = 0;
     return { QStringLiteral("-v"),
         QStringLiteral("error"),
@@ -74,31 +74,31 @@ QStringList turnArguments(const ClipSpec &spec)
         QStringLiteral("-c"),
         QStringLiteral("copy"),
         QStringLiteral("-metadata:s:v:0"),
-        QStringLiteral("rotate=%1").arg(spec.rotate) };
+        QStringLiteral("rotate=%1").arg(recipe.rotate) };
 }
 
-QStringList ffmpegArguments(const ClipSpec &spec)
+QStringList ffmpegArguments(const ClipRecipe &recipe)
 {
-    if (spec.rotate != 0) {
-        return turnArguments(spec);
+    if (recipe.rotate != 0) {
+        return turnArguments(recipe);
     }
     QStringList arguments { QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y") };
     QStringList output;
-    if (!spec.videoCodec.isEmpty()) {
-        arguments += videoInput(spec);
-        output += { QStringLiteral("-c:v"), spec.videoCodec, QStringLiteral("-g"), spec.rate };
+    if (!recipe.videoCodec.isEmpty()) {
+        arguments += videoInput(recipe);
+        output += { QStringLiteral("-c:v"), recipe.videoCodec, QStringLiteral("-g"), recipe.rate };
     }
-    if (!spec.audioCodec.isEmpty()) {
-        arguments += audioInput(spec);
+    if (!recipe.audioCodec.isEmpty()) {
+        arguments += audioInput(recipe);
         output += { QStringLiteral("-c:a"),
-            spec.audioCodec,
+            recipe.audioCodec,
             QStringLiteral("-ac"),
-            QString::number(spec.audioChannels) };
+            QString::number(recipe.audioChannels) };
     }
-    if (spec.subtitles) {
+    if (recipe.subtitles) {
         arguments += subtitleInput();
     }
-    return arguments + output + spec.extra;
+    return arguments + output + recipe.extra;
 }
 
 void runFfmpeg(const QStringList &arguments)
@@ -127,13 +127,13 @@ QString clipFolder()
     return folder;
 }
 
-QString clip(const ClipSpec &spec)
+QString clip(const ClipRecipe &recipe)
 {
-    const QStringList arguments = ffmpegArguments(spec);
+    const QStringList arguments = ffmpegArguments(recipe);
     const QByteArray key = QCryptographicHash::hash(arguments.join(QLatin1Char('\n')).toUtf8(),
         QCryptographicHash::Sha256);
     const QString name
-        = QString::fromLatin1(key.toHex().left(16)) + QLatin1Char('.') + spec.container;
+        = QString::fromLatin1(key.toHex().left(16)) + QLatin1Char('.') + recipe.container;
     const QString path = QDir(clipFolder()).filePath(name);
     if (!QFile::exists(path)) {
         // Made aside and moved, so that no other program finds half a clip.
@@ -147,9 +147,9 @@ QString clip(const ClipSpec &spec)
     return path;
 }
 
-QString truncatedClip(const ClipSpec &spec, double fraction)
+QString truncatedClip(const ClipRecipe &recipe, double fraction)
 {
-    const QString whole = clip(spec);
+    const QString whole = clip(recipe);
     const QString path = whole + QStringLiteral(".%1.cut").arg(fraction);
     QFile from(whole);
     QFile into(path);

@@ -12,7 +12,7 @@ namespace nimbara::testing {
 /// The picture is mid grey. Its top eighth holds the frame number as 16 black (0) or white (1)
 /// blocks, lowest bit on the left. The bottom eighth turns from black to white for the first tenth
 /// of every second, while the sound, silent otherwise, beeps (1 kHz).
-struct ClipSpec {
+struct ClipRecipe {
     int width = 320;
     int height = 180;
     QString rate = QStringLiteral("30"); ///< frames per second, also as a fraction: "60000/1001"
@@ -31,10 +31,10 @@ struct ClipSpec {
 
 /// The path of the clip. Throws std::runtime_error with ffmpeg's words when it cannot be made.
 /// Several test programs may ask for one clip at the same time.
-QString clip(const ClipSpec &spec);
+QString clip(const ClipRecipe &recipe);
 
 /// A copy of the clip cut to the first `fraction` of its bytes.
-QString truncatedClip(const ClipSpec &spec, double fraction);
+QString truncatedClip(const ClipRecipe &recipe, double fraction);
 
 /// The folder of the clips: exists, and is private to this build.
 QString clipFolder();

@@ -59,23 +59,23 @@ GType fakeDeviceType()
 
 } // namespace
 
-DeviceRef fakeDevice(const FakeDeviceSpec &spec)
+DeviceRef fakeDevice(const FakeDeviceRecipe &recipe)
 {
-    const auto caps = CapsRef::adopt(gst_caps_from_string(spec.caps.c_str()));
-    const StructurePtr properties(spec.properties.empty()
+    const auto caps = CapsRef::adopt(gst_caps_from_string(recipe.caps.c_str()));
+    const StructurePtr properties(recipe.properties.empty()
             ? nullptr
-            : gst_structure_from_string(spec.properties.c_str(), nullptr));
+            : gst_structure_from_string(recipe.properties.c_str(), nullptr));
     auto *device = GST_DEVICE_CAST(g_object_new(fakeDeviceType(),
         "display-name",
-        spec.name.c_str(),
+        recipe.name.c_str(),
         "device-class",
-        spec.deviceClass.c_str(),
+        recipe.deviceClass.c_str(),
         "caps",
         caps.get(),
         "properties",
         properties.get(),
         nullptr));
-    reinterpret_cast<FakeDevice *>(device)->opens = g_strdup(spec.opens.c_str());
+    reinterpret_cast<FakeDevice *>(device)->opens = g_strdup(recipe.opens.c_str());
     return DeviceRef::sink(device);
 }
 

@@ -7,7 +7,7 @@
 namespace nimbara::testing {
 
 /// A capture device that exists in this program only.
-struct FakeDeviceSpec {
+struct FakeDeviceRecipe {
     std::string name = "Camera";
     std::string deviceClass = "Video/Source";
     std::string caps = "video/x-raw"; ///< what it offers
@@ -16,7 +16,7 @@ struct FakeDeviceSpec {
     std::string opens = "videotestsrc is-live=true";
 };
 
-DeviceRef fakeDevice(const FakeDeviceSpec &spec);
+DeviceRef fakeDevice(const FakeDeviceRecipe &recipe);
 
 /// Hides an element from this program while it lives, as if its plug-in were not installed.
 class HiddenElement {

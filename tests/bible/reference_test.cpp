@@ -98,11 +98,10 @@ void ReferenceTest::examples()
     for (const auto &[typed, wanted] : examples) {
         QVERIFY2(bible::parse(QString::fromUtf8(typed)) == wanted, typed);
     }
-    for (const char *typed : { "", "Juan", "3:16", "j 1", "xyz 3:16", "1 jn 1:9", "1 sm 3" }) {
-        QVERIFY2(bible::parse(QString::fromUtf8(typed)) == Ref {}, typed);
-    }
-    for (const char *typed : { "jn 3 16", "Juan 3-4", "Juan 3:16 y 17", "Juan 3:16-" }) {
-        QVERIFY2(bible::parse(QString::fromUtf8(typed)) == Ref {}, typed);
+    const auto unknown
+        = u"|Juan|3:16|j 1|xyz 3:16|1 jn 1:9|1 sm 3|jn 3 16|Juan 3-4|Juan 3:16 y 17|Juan 3:16-"_s;
+    for (const QString &typed : unknown.split(u'|')) {
+        QVERIFY2(bible::parse(typed) == Ref {}, qPrintable(typed));
     }
 }
 

@@ -11,78 +11,37 @@ class I18nTest : public QObject {
 private Q_SLOTS:
     void cleanup() { nimbara_i18n::language() = QStringLiteral("es"); }
 
-    void startLanguage_data()
-    {
-        QTest::addColumn<QString>("setting");
-        QTest::addColumn<QString>("locale");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("stored English wins") << "en"
-                                             << "es_MX"
-                                             << "en";
-        QTest::newRow("stored Spanish wins") << "es"
-                                             << "en_US"
-                                             << "es";
-        QTest::newRow("nothing stored, Spanish system") << ""
-                                                        << "es_CO"
-                                                        << "es";
-        QTest::newRow("nothing stored, Korean system") << ""
-                                                       << "ko_KR"
-                                                       << "en";
-        QTest::newRow("unknown on English system") << "fr"
-                                                   << "en_US"
-                                                   << "en";
-        QTest::newRow("unknown on Spanish system") << "fr"
-                                                   << "es_ES"
-                                                   << "es";
-        QTest::newRow("case matters") << "EN"
-                                      << "es_ES"
-                                      << "es";
-    }
     void startLanguage()
     {
-        QFETCH(QString, setting);
-        QFETCH(QString, locale);
-        QTEST(nimbara_i18n::startLanguage(setting, QLocale(locale)), "expected");
+        for (const auto &[setting, locale, expected] : { std::tuple { "en", "es_MX", "en" },
+                 { "es", "en_US", "es" },
+                 { "", "es_CO", "es" },
+                 { "", "ko_KR", "en" },
+                 { "fr", "en_US", "en" },
+                 { "fr", "es_ES", "es" },
+                 { "EN", "es_ES", "es" } }) {
+            QCOMPARE(
+                nimbara_i18n::startLanguage(QLatin1String(setting), QLocale(QLatin1String(locale))),
+                QLatin1String(expected));
+        }
     }
 
-    void translates_data()
-    {
-        QTest::addColumn<QString>("language");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("plain") << "en"
-                               << "Cámara"
-                               << "Camera";
-        QTest::newRow("another key") << "en"
-                                     << "Cámara: "
-                                     << "Camera: ";
-        QTest::newRow("signal prefix") << "en"
-                                       << "Fuente sin señal: no route [x.c:1]"
-                                       << "Source lost signal: no route [x.c:1]";
-        QTest::newRow("prefix inside") << "en"
-                                       << "X Fuente sin señal: y"
-                                       << "X Fuente sin señal: y";
-        QTest::newRow("unknown") << "en"
-                                 << "Cámara 7"
-                                 << "Cámara 7";
-        QTest::newRow("Spanish") << "es"
-                                 << "Cámara"
-                                 << "Cámara";
-        QTest::newRow("Spanish prefix") << "es"
-                                        << "Fuente sin señal: x"
-                                        << "Fuente sin señal: x";
-        QTest::newRow("twin") << "en"
-                              << "Fundido 0.4 s"
-                              << "Fade 0.4 s";
-    }
     void translates()
     {
-        QFETCH(QString, language);
-        QFETCH(QString, text);
-        QFETCH(QString, shown);
-        nimbara_i18n::language() = language;
-        QCOMPARE(nimbara_i18n::tr(text), shown);
-        QCOMPARE(nimbara_i18n::tr(text.toUtf8().constData()), shown);
+        for (const auto &[language, text, shown] : { std::tuple { "en", "Cámara", "Camera" },
+                 { "en", "Cámara: ", "Camera: " },
+                 { "en", "Cámara 7", "Cámara 7" },
+                 { "en", "Fundido 0.4 s", "Fade 0.4 s" },
+                 { "en",
+                     "Fuente sin señal: no route [x.c:1]",
+                     "Source lost signal: no route [x.c:1]" },
+                 { "en", "X Fuente sin señal: y", "X Fuente sin señal: y" },
+                 { "es", "Cámara", "Cámara" },
+                 { "es", "Fuente sin señal: x", "Fuente sin señal: x" } }) {
+            nimbara_i18n::language() = QLatin1String(language);
+            QCOMPARE(nimbara_i18n::tr(text), QString::fromUtf8(shown));
+            QCOMPARE(nimbara_i18n::tr(QString::fromUtf8(text)), QString::fromUtf8(shown));
+        }
     }
 
     // What a caller appends after a text, a line break or a file pattern must survive translation.

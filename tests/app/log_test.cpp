@@ -41,14 +41,6 @@ private Q_SLOTS:
             QStringLiteral("/Halvenmoor/NimbaraStudio/Vesperline.log")));
     }
 
-    void deletedFileComesBack()
-    {
-        nimbara::logLine(QStringLiteral("one"));
-        QVERIFY(QFile::remove(nimbara::logFilePath()));
-        nimbara::logLine(QStringLiteral("two"));
-        QCOMPARE(logLines().size(), 1);
-    }
-
     void unwritableFileIsSkipped()
     {
         QVERIFY(QDir().mkpath(nimbara::logFilePath())); // a folder stands where the file should be

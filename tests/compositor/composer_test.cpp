@@ -57,9 +57,17 @@ bool isBlack(const QImage &image)
     return image == composed(empty());
 }
 
-QStringList texts(const Scene &scene)
+/// Camera, picture, subtitles and title.
+Composition busy()
 {
-    return { scene.layers.at(0).text, scene.layers.at(0).reference };
+    Composition composition
+        = withCaptions({ QStringLiteral("Una"), QStringLiteral("Otra") }, false);
+    Layer picture = newLayer(LayerKind::Image);
+    picture.image = filled(90);
+    composition.scene.layers = { Layer {}, picture, subtitle() };
+    composition.camera = filled(30);
+    composition.title = QStringLiteral("Título");
+    return composition;
 }
 
 } // namespace
@@ -67,13 +75,10 @@ QStringList texts(const Scene &scene)
 class ComposerTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void subtitlesAreFilled_data();
     void subtitlesAreFilled();
     void placeholderStaysInThePreview();
     void titleBandFollowsTitleAndSwitch();
     void automaticCaptionFollowsItsRules();
-    void unchangedCompositionHandsItsPictureOn();
-    void changeIsDrawn_data();
     void changeIsDrawn();
     void invisibleChangesAreNotDrawn();
     void composersShareEqualPictures();
@@ -81,50 +86,36 @@ private Q_SLOTS:
     void cacheForgetsWhatNobodyShows();
 };
 
-void ComposerTest::subtitlesAreFilled_data()
-{
-    QTest::addColumn<QStringList>("phrases");
-    QTest::addColumn<QString>("separator");
-    QTest::addColumn<bool>("shown");
-    QTest::addColumn<QStringList>("expected"); ///< text and second text
-    const QString blank = QStringLiteral(" ");
-    const QString line = QStringLiteral("\n");
-    const QString gap = QStringLiteral("\n\n");
-    const QStringList three { QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c") };
-    QTest::newRow("none") << QStringList() << line << true << QStringList { {}, {} };
-    QTest::newRow("one") << three.mid(0, 1) << line << true
-                         << QStringList { QStringLiteral("a"), {} };
-    QTest::newRow("flowing") << three << blank << true
-                             << QStringList { QStringLiteral("a b c"), {} };
-    QTest::newRow("lines") << three << line << true
-                           << QStringList { QStringLiteral("a\nb"), QStringLiteral("c") };
-    QTest::newRow("gaps") << three << gap << true
-                          << QStringList { QStringLiteral("a\n\nb"), QStringLiteral("\nc") };
-    QTest::newRow("switched off") << three << line << false << QStringList { {}, {} };
-}
-
 void ComposerTest::subtitlesAreFilled()
 {
-    QFETCH(QStringList, phrases);
-    QFETCH(QString, separator);
-    QFETCH(bool, shown);
-    QFETCH(QStringList, expected);
-    Scene scene { {}, { subtitle() } };
-    scene.layers[0].text = QStringLiteral("viejo");
-    scene.layers[0].reference = QStringLiteral("viejo");
-    scene.layers[0].visible = false;
-    fillSubtitles(scene, { phrases, separator, shown }, false);
-    QCOMPARE(texts(scene), expected);
-
-    Scene preview { {}, { subtitle(), newLayer(LayerKind::Verse) } };
-    const QString verse = preview.layers[1].text;
-    fillSubtitles(preview, { phrases, separator, shown }, true);
-    if (expected[0].isEmpty()) {
-        QVERIFY(preview.layers[0].text.startsWith(QStringLiteral("Aquí aparecerá la traducción")));
-    } else {
-        QCOMPARE(texts(preview), expected);
+    for (const auto &[phrases, separator, shown, text, newest] :
+        { std::tuple { "", "\n", true, "", "" },
+            { "a", "\n", true, "a", "" },
+            { "abc", " ", true, "a b c", "" },
+            { "abc", "\n", true, "a\nb", "c" },
+            { "abc", "\n\n", true, "a\n\nb", "\nc" },
+            { "abc", "\n", false, "", "" } }) {
+        const Captions captions {
+            QString(QLatin1String(phrases)).split(QString(), Qt::SkipEmptyParts),
+            QLatin1String(separator),
+            shown
+        };
+        for (const bool isPreview : { false, true }) {
+            Scene scene { {}, { subtitle(), newLayer(LayerKind::Verse) } };
+            const Layer verse = scene.layers[1];
+            scene.layers[0].text = scene.layers[0].reference = QStringLiteral("viejo");
+            scene.layers[0].visible = false;
+            fillSubtitles(scene, captions, isPreview);
+            if (isPreview && *text == '\0') {
+                QVERIFY(scene.layers[0].text.startsWith(
+                    QStringLiteral("Aquí aparecerá la traducción")));
+            } else {
+                QCOMPARE(scene.layers[0].text, QLatin1String(text));
+            }
+            QCOMPARE(scene.layers[0].reference, QLatin1String(newest));
+            QVERIFY(scene.layers[1] == verse);
+        }
     }
-    QCOMPARE(preview.layers[1].text, verse);
 }
 
 void ComposerTest::placeholderStaysInThePreview()
@@ -176,56 +167,37 @@ void ComposerTest::automaticCaptionFollowsItsRules()
     QVERIFY(isBlack(composed(hidden)));
 }
 
-void ComposerTest::unchangedCompositionHandsItsPictureOn()
-{
-    Composer composer(std::make_shared<PaintCache>());
-    Composition composition = withCaptions({ QStringLiteral("Una"), QStringLiteral("Otra") });
-    Layer picture = newLayer(LayerKind::Image);
-    picture.image = filled(90);
-    composition.scene.layers = { Layer {}, picture, subtitle() };
-    composition.camera = filled(30);
-    const qint64 key = composer.compose(composition).cacheKey();
-    QCOMPARE(composer.compose(composition).cacheKey(), key);
-}
-
-void ComposerTest::changeIsDrawn_data()
-{
-    using Change = std::function<void(Composition &)>;
-    QTest::addColumn<QVariant>("change");
-    const auto row = [](const char *name, const Change &change) {
-        QTest::newRow(name) << QVariant::fromValue(std::make_shared<Change>(change));
-    };
-    row("camera frame", [](Composition &c) { c.camera = filled(31); });
-    row("equal camera frame", [](Composition &c) { c.camera = filled(30); });
-    row("no camera", [](Composition &c) { c.camera.reset(); });
-    row("image", [](Composition &c) { c.scene.layers[1].image = filled(91); });
-    row("caption", [](Composition &c) { c.captions.phrases.append(QStringLiteral("Más")); });
-    row("captions off", [](Composition &c) { c.captions.shown = false; });
-    row("title", [](Composition &c) { c.title = QStringLiteral("Otro"); });
-    row("box", [](Composition &c) { c.scene.layers[1].x += 0.1; });
-    row("opacity", [](Composition &c) { c.scene.layers[1].opacity = 0.5; });
-    row("visibility", [](Composition &c) { c.scene.layers[1].visible = false; });
-    row("order", [](Composition &c) { std::swap(c.scene.layers[0], c.scene.layers[1]); });
-    row("text style", [](Composition &c) { c.scene.layers[2].bold = false; });
-    row("size", [](Composition &c) { c.size = { 180, 320 }; });
-}
-
 void ComposerTest::changeIsDrawn()
 {
-    QFETCH(QVariant, change);
-    Composer composer(std::make_shared<PaintCache>());
-    Composition composition
-        = withCaptions({ QStringLiteral("Una"), QStringLiteral("Otra") }, false);
-    Layer picture = newLayer(LayerKind::Image);
-    picture.image = filled(90);
-    composition.scene.layers = { Layer {}, picture, subtitle() };
-    composition.camera = filled(30);
-    composition.title = QStringLiteral("Título");
-    const QImage before = composer.compose(composition);
-    (*change.value<std::shared_ptr<std::function<void(Composition &)>>>())(composition);
-    const QImage after = composer.compose(composition);
-    QVERIFY(after.cacheKey() != before.cacheKey());
-    QCOMPARE(after, composed(composition)); // nothing stale in it
+    using Change = std::function<void(Composition &)>;
+    const std::vector<std::pair<const char *, Change>> changes {
+        { "camera frame", [](auto &c) { c.camera = filled(31); } },
+        { "equal camera frame", [](auto &c) { c.camera = filled(30); } },
+        { "no camera", [](auto &c) { c.camera.reset(); } },
+        { "image", [](auto &c) { c.scene.layers[1].image = filled(91); } },
+        { "caption", [](auto &c) { c.captions.phrases.append(QStringLiteral("Más")); } },
+        { "captions off", [](auto &c) { c.captions.shown = false; } },
+        { "title", [](auto &c) { c.title = QStringLiteral("Otro"); } },
+        { "box", [](auto &c) { c.scene.layers[1].x += 0.1; } },
+        { "opacity", [](auto &c) { c.scene.layers[1].opacity = 0.5; } },
+        { "visibility", [](auto &c) { c.scene.layers[1].visible = false; } },
+        { "order", [](auto &c) { std::swap(c.scene.layers[0], c.scene.layers[1]); } },
+        { "text style", [](auto &c) { c.scene.layers[2].bold = false; } },
+        { "size",
+            [](auto &c) {
+                c.size = { 180, 320 };
+            } },
+    };
+    for (const auto &[name, change] : changes) {
+        Composer composer(std::make_shared<PaintCache>());
+        Composition composition = busy();
+        const QImage before = composer.compose(composition);
+        QCOMPARE(composer.compose(composition).cacheKey(), before.cacheKey());
+        change(composition);
+        const QImage after = composer.compose(composition);
+        QVERIFY2(after.cacheKey() != before.cacheKey(), name);
+        QVERIFY2(after == composed(composition), name); // nothing stale in it
+    }
 }
 
 void ComposerTest::invisibleChangesAreNotDrawn()

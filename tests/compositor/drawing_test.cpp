@@ -1,5 +1,4 @@
 #include "compositor/composer.h"
-#include "compositor/load_image.h"
 #include "support/test_registry.h"
 
 #include <QTest>
@@ -69,55 +68,36 @@ bool near(const QColor &a, const QColor &b, int tolerance = 2)
 class DrawingTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void fitsAndCovers_data();
     void fitsAndCovers();
     void unscaledPicturesStayUnscaled();
-    void pictureFillsItsPlace_data();
     void pictureFillsItsPlace();
     void shrunkPictureShowsEveryPixelsShare();
-    void missingPictures_data();
     void missingPictures();
     void layersGoBackToFront();
     void hiddenLayersLeaveNoTrace();
-    void opacityMixes_data();
     void opacityMixes();
     void boxesAreClippedByTheCanvas();
     void transparentPictureShowsWhatIsBelow();
     void everyPixelIsOpaque();
-    void sourceShowsItsNewestPicture();
 };
-
-void DrawingTest::fitsAndCovers_data()
-{
-    QTest::addColumn<QSize>("picture");
-    QTest::addColumn<QRectF>("box");
-    QTest::addColumn<bool>("cover");
-    QTest::addColumn<QRectF>("source");
-    QTest::addColumn<QRectF>("target");
-    const QRectF box(10, 20, 160, 90);
-    QTest::newRow("4:3 fitted") << QSize(400, 300) << box << false << QRectF(0, 0, 400, 300)
-                                << QRectF(30, 20, 120, 90);
-    QTest::newRow("4:3 covering") << QSize(400, 300) << box << true << QRectF(0, 37.5, 400, 225)
-                                  << box;
-    QTest::newRow("tall fitted") << QSize(90, 160) << box << false << QRectF(0, 0, 90, 160)
-                                 << QRectF(64.6875, 20, 50.625, 90);
-    QTest::newRow("tall covering")
-        << QSize(90, 160) << box << true << QRectF(0, 54.6875, 90, 50.625) << box;
-    QTest::newRow("wide covering a square") << QSize(300, 100) << QRectF(0, 0, 50, 50) << true
-                                            << QRectF(100, 0, 100, 100) << QRectF(0, 0, 50, 50);
-    QTest::newRow("same shape") << QSize(320, 180) << box << true << QRectF(0, 0, 320, 180) << box;
-}
 
 void DrawingTest::fitsAndCovers()
 {
-    QFETCH(QSize, picture);
-    QFETCH(QRectF, box);
-    QFETCH(bool, cover);
-    QFETCH(QRectF, source);
-    QFETCH(QRectF, target);
-    const PictureFit fit = fitPicture({ picture.width(), picture.height() }, box, cover);
-    QCOMPARE(fit.source, source);
-    QCOMPARE(fit.target, target);
+    const QRectF box(10, 20, 160, 90);
+    const QRectF square(0, 0, 50, 50);
+    const FrameSize tall { 90, 160 };
+    const FrameSize old { 400, 300 };
+    for (const auto &[picture, into, cover, source, target] :
+        { std::tuple { old, box, false, QRectF(0, 0, 400, 300), QRectF(30, 20, 120, 90) },
+            { old, box, true, QRectF(0, 37.5, 400, 225), box },
+            { tall, box, false, QRectF(0, 0, 90, 160), QRectF(64.6875, 20, 50.625, 90) },
+            { tall, box, true, QRectF(0, 54.6875, 90, 50.625), box },
+            { FrameSize { 300, 100 }, square, true, QRectF(100, 0, 100, 100), square },
+            { FrameSize { 320, 180 }, box, true, QRectF(0, 0, 320, 180), box } }) {
+        const PictureFit fit = fitPicture(picture, into, cover);
+        QCOMPARE(fit.source, source);
+        QCOMPARE(fit.target, target);
+    }
 }
 
 void DrawingTest::unscaledPicturesStayUnscaled()
@@ -130,47 +110,29 @@ void DrawingTest::unscaledPicturesStayUnscaled()
     QVERIFY(!fitPicture({ 864, 459 }, box, false).pixelForPixel());
 }
 
-void DrawingTest::pictureFillsItsPlace_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<bool>("cover");
-    QTest::addColumn<QRect>("place"); ///< where picture is expected; black around it
-    for (const auto kind : { LayerKind::Camera, LayerKind::Image }) {
-        const int number = static_cast<int>(kind);
-        const auto row = [number](const char *text) {
-            return QStringLiteral("%1, kind %2").arg(QLatin1String(text)).arg(number).toUtf8();
-        };
-        QTest::newRow(row("unscaled").constData())
-            << number << QSize(160, 90) << false << QRect(0, 0, 160, 90);
-        QTest::newRow(row("fitted 4:3").constData())
-            << number << QSize(40, 30) << false << QRect(20, 0, 120, 90);
-        QTest::newRow(row("covering 4:3").constData())
-            << number << QSize(40, 30) << true << QRect(0, 0, 160, 90);
-        QTest::newRow(row("shrunk").constData())
-            << number << QSize(1600, 1200) << false << QRect(20, 0, 120, 90);
-    }
-}
-
 void DrawingTest::pictureFillsItsPlace()
 {
-    QFETCH(int, kind);
-    QFETCH(QSize, size);
-    QFETCH(bool, cover);
-    QFETCH(QRect, place);
-    Layer layer = at(static_cast<LayerKind>(kind), 0, 0, 1, 1);
-    layer.cover = cover;
-    const FramePtr picture = quarters(size.width(), size.height());
-    layer.image = picture;
-    const QImage image = rendered({ layer }, picture);
-    QVERIFY(near(image.pixelColor(place.topLeft() + QPoint(2, 2)), topLeft));
-    QVERIFY(near(image.pixelColor(place.topRight() + QPoint(-2, 2)), topRight));
-    QVERIFY(near(image.pixelColor(place.bottomLeft() + QPoint(2, -2)), bottomLeft));
-    QVERIFY(near(image.pixelColor(place.bottomRight() - QPoint(2, 2)), bottomRight));
-    QVERIFY(near(image.pixelColor(place.center() - QPoint(8, 8)), topLeft));
-    if (place.left() > 2) {
-        QCOMPARE(image.pixelColor(place.left() - 2, 45), QColor(Qt::black));
-        QCOMPARE(image.pixelColor(place.right() + 2, 45), QColor(Qt::black));
+    // Black shows around the place.
+    for (const auto &[size, cover, place] :
+        { std::tuple { QSize(160, 90), false, QRect(0, 0, 160, 90) },
+            { QSize(40, 30), false, QRect(20, 0, 120, 90) },
+            { QSize(40, 30), true, QRect(0, 0, 160, 90) },
+            { QSize(1600, 1200), false, QRect(20, 0, 120, 90) } }) {
+        for (const auto kind : { LayerKind::Camera, LayerKind::Image }) {
+            Layer layer = at(kind, 0, 0, 1, 1);
+            layer.cover = cover;
+            layer.image = quarters(size.width(), size.height());
+            const QImage image = rendered({ layer }, layer.image);
+            QVERIFY(near(image.pixelColor(place.topLeft() + QPoint(2, 2)), topLeft));
+            QVERIFY(near(image.pixelColor(place.topRight() + QPoint(-2, 2)), topRight));
+            QVERIFY(near(image.pixelColor(place.bottomLeft() + QPoint(2, -2)), bottomLeft));
+            QVERIFY(near(image.pixelColor(place.bottomRight() - QPoint(2, 2)), bottomRight));
+            QVERIFY(near(image.pixelColor(place.center() - QPoint(8, 8)), topLeft));
+            if (place.left() > 2) {
+                QCOMPARE(image.pixelColor(place.left() - 2, 45), QColor(Qt::black));
+                QCOMPARE(image.pixelColor(place.right() + 2, 45), QColor(Qt::black));
+            }
+        }
     }
 }
 
@@ -190,26 +152,17 @@ void DrawingTest::shrunkPictureShowsEveryPixelsShare()
     }
 }
 
-void DrawingTest::missingPictures_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<bool>("placeholder");
-    QTest::newRow("camera") << 0 << false;
-    QTest::newRow("image") << 1 << true;
-    QTest::newRow("video") << 3 << true;
-    QTest::newRow("screen") << 4 << true;
-    QTest::newRow("unknown kind") << 9 << true;
-}
-
 void DrawingTest::missingPictures()
 {
-    QFETCH(int, kind);
-    QFETCH(bool, placeholder);
-    const QImage image
-        = rendered({ colored(Qt::white), at(static_cast<LayerKind>(kind), 0.25, 0.25, 0.5, 0.5) });
-    const QColor dark(55, 55, 55); // white under black of alpha 200
-    QVERIFY(near(image.pixelColor(80, 45), placeholder ? dark : QColor(Qt::white)));
-    QCOMPARE(image.pixelColor(20, 45), QColor(Qt::white));
+    const QColor dark(55, 55, 55); // white under the placeholder, black of alpha 200
+    const int unknown = 9;
+    for (const int kind : { 0, 1, 3, 4, unknown }) {
+        const Layer layer = at(static_cast<LayerKind>(kind), 0.25, 0.25, 0.5, 0.5);
+        const QImage image = rendered({ colored(Qt::white), layer });
+        const bool isCamera = layer.kind == LayerKind::Camera;
+        QVERIFY(near(image.pixelColor(80, 45), isCamera ? QColor(Qt::white) : dark));
+        QCOMPARE(image.pixelColor(20, 45), QColor(Qt::white));
+    }
 }
 
 void DrawingTest::layersGoBackToFront()
@@ -238,30 +191,19 @@ void DrawingTest::hiddenLayersLeaveNoTrace()
     QCOMPARE(rendered({}).pixelColor(80, 45), QColor(Qt::black));
 }
 
-void DrawingTest::opacityMixes_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<QSize>("size");
-    QTest::newRow("colour") << 5 << QSize();
-    QTest::newRow("unscaled camera") << 0 << QSize(160, 90);
-    QTest::newRow("scaled camera") << 0 << QSize(80, 45);
-    QTest::newRow("image") << 1 << QSize(80, 45);
-}
-
 void DrawingTest::opacityMixes()
 {
-    QFETCH(int, kind);
-    QFETCH(QSize, size);
-    Layer layer = at(static_cast<LayerKind>(kind), 0, 0, 1, 1);
-    layer.fill = topLeft;
-    layer.opacity = 0.25;
-    FramePtr picture;
-    if (!size.isEmpty()) {
-        picture = quarters(size.width(), size.height());
+    for (const auto &[kind, picture] : { std::pair { LayerKind::Color, FramePtr() },
+             { LayerKind::Camera, quarters(160, 90) }, // unscaled
+             { LayerKind::Camera, quarters(80, 45) },
+             { LayerKind::Image, quarters(80, 45) } }) {
+        Layer layer = at(kind, 0, 0, 1, 1);
+        layer.fill = topLeft;
         layer.image = picture;
+        layer.opacity = 0.25;
+        const QImage image = rendered({ colored(Qt::white), layer }, picture);
+        QVERIFY(near(image.pixelColor(20, 20), QColor(255, 191, 191), 3));
     }
-    const QImage image = rendered({ colored(Qt::white), layer }, picture);
-    QVERIFY(near(image.pixelColor(20, 20), QColor(255, 191, 191), 3));
 }
 
 void DrawingTest::boxesAreClippedByTheCanvas()
@@ -306,35 +248,6 @@ void DrawingTest::everyPixelIsOpaque()
         }
     }
     QVERIFY(!image.hasAlphaChannel());
-}
-
-void DrawingTest::sourceShowsItsNewestPicture()
-{
-    const SystemClock clock;
-    Layer layer = at(LayerKind::Video, 0, 0, 1, 1);
-    layer.source = std::make_shared<Media>(clock,
-        canvasSize.width,
-        canvasSize.height,
-        nullptr,
-        QString(),
-        true,
-        false);
-    const auto hasPicture = [&layer] {
-        layer.source->pollSource();
-        return layer.source->frame() != nullptr;
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(hasPicture(), 20'000);
-    const FramePtr first = layer.source->frame();
-    Composer composer(std::make_shared<PaintCache>());
-    Composition composition;
-    composition.scene.layers = { layer };
-    composition.size = canvasSize;
-    const QImage shown = composer.compose(composition);
-    QCOMPARE(toFrame(shown)->pixels, first->pixels);
-    QCOMPARE(composer.compose(composition).cacheKey(), shown.cacheKey());
-
-    QTRY_VERIFY_WITH_TIMEOUT(hasPicture() && layer.source->frame() != first, 20'000);
-    QVERIFY(composer.compose(composition).cacheKey() != shown.cacheKey());
 }
 
 NIMBARA_TEST(DrawingTest)

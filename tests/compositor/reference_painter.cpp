@@ -14,29 +14,13 @@ void outlined(QPainter &painter, const QRectF &area, int flags, const QString &t
     const QColor color = painter.pen().color();
     if (d > 0) {
         painter.setPen(QColor(0, 0, 0, 200));
-        painter.drawText(area.translated(d, d), flags, text);
-        painter.drawText(area.translated(-d, d), flags, text);
-        painter.drawText(area.translated(d, -d), flags, text);
-        painter.drawText(area.translated(-d, -d), flags, text);
-        painter.drawText(area.translated(0, 1.5 * d), flags, text);
+        for (const QPointF by :
+            { QPointF(d, d), { -d, d }, { d, -d }, { -d, -d }, { 0, 1.5 * d } }) {
+            painter.drawText(area.translated(by), flags, text);
+        }
     }
     painter.setPen(color);
     painter.drawText(area, flags, text);
-}
-
-/// Calls `visit` with the difference of every colour channel in a part of two pictures.
-template <typename Visit>
-void eachDifference(const QImage &a, const QImage &b, const QRect &part, Visit visit)
-{
-    for (int y = part.top(); y <= part.bottom(); ++y) {
-        const uchar *rowA = a.constScanLine(y);
-        const uchar *rowB = b.constScanLine(y);
-        for (int byte = part.left() * 4; byte < (part.right() + 1) * 4; ++byte) {
-            if (byte % 4 != 3) {
-                visit(std::abs(rowA[byte] - rowB[byte]));
-            }
-        }
-    }
 }
 
 } // namespace
@@ -128,17 +112,14 @@ QImage texturedCanvas(int width, int height)
 double meanDifference(const QImage &a, const QImage &b, const QRect &part)
 {
     std::int64_t sum = 0;
-    eachDifference(a, b, part, [&sum](int difference) { sum += difference; });
+    for (int y = part.top(); y <= part.bottom(); ++y) {
+        for (int byte = part.left() * 4; byte < (part.right() + 1) * 4; ++byte) {
+            if (byte % 4 != 3) { // colours, not alpha
+                sum += std::abs(a.constScanLine(y)[byte] - b.constScanLine(y)[byte]);
+            }
+        }
+    }
     return static_cast<double>(sum) / (3.0 * part.width() * part.height());
-}
-
-int largestDifference(const QImage &a, const QImage &b, const QRect &part)
-{
-    int largest = 0;
-    eachDifference(a, b, part, [&largest](int difference) {
-        largest = std::max(largest, difference);
-    });
-    return largest;
 }
 
 } // namespace nimbara::testing

@@ -22,7 +22,4 @@ QImage texturedCanvas(int width, int height);
 /// The mean difference of two pictures' colour channels in a part of them, 0..255.
 double meanDifference(const QImage &a, const QImage &b, const QRect &part);
 
-/// The largest difference of a colour channel.
-int largestDifference(const QImage &a, const QImage &b, const QRect &part);
-
 } // namespace nimbara::testing

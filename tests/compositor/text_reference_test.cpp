@@ -36,17 +36,14 @@ Layer textLayer(const QString &text)
     return layer;
 }
 
-/// No pixel of the canvas changed more than a shadow's reach away from the box.
+/// No pixel of the canvas changed more than a shadow's reach above or below the box.
 bool unchangedAround(const QImage &actual, const QImage &below, const QRect &box)
 {
-    const QRect around = box.adjusted(-40, -40, 40, 40) & actual.rect();
-    const QRect above(0, 0, actual.width(), around.top());
-    const QRect under(0,
-        around.bottom() + 1,
-        actual.width(),
-        actual.height() - around.bottom() - 1);
-    return largestDifference(actual, below, above) == 0
-        && largestDifference(actual, below, under) == 0;
+    QRect above = actual.rect();
+    QRect under = actual.rect();
+    above.setBottom(box.top() - 41);
+    under.setTop(box.bottom() + 41);
+    return meanDifference(actual, below, above) + meanDifference(actual, below, under) <= 0;
 }
 
 using Change = std::function<void(Layer &)>;

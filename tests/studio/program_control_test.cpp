@@ -22,40 +22,28 @@ private Q_SLOTS:
     void takeFadesOverFourTenthsOfASecond()
     {
         StudioFixture desk;
-        desk.setLayers({ colorLayer(QColor(200, 0, 0)) });
-        desk.studio.program().take();
-        desk.clock.advanceUs(400'000);
-        desk.studio.tick();
+        desk.take({ colorLayer(QColor(200, 0, 0)) });
+        desk.frame(400'000);
         QCOMPARE(centre(desk.pictures.streams), QColor(200, 0, 0));
 
-        desk.setLayers({ colorLayer(QColor(0, 0, 200)) });
-        desk.studio.program().take();
-        for (const double progress : { 0.25, 0.5, 0.75 }) {
-            desk.clock.advanceUs(100'000);
-            desk.studio.tick();
-            const QColor expected(static_cast<int>(200 * (1 - progress)),
-                0,
-                static_cast<int>(200 * progress));
-            QVERIFY2(isNear(centre(desk.pictures.streams), expected),
+        desk.take({ colorLayer(QColor(0, 0, 200)) });
+        for (const int blue : { 50, 100, 150 }) {
+            desk.frame(100'000);
+            QVERIFY2(isNear(centre(desk.pictures.streams), QColor(200 - blue, 0, blue)),
                 qPrintable(centre(desk.pictures.streams).name()));
         }
-        desk.clock.advanceUs(100'000);
-        desk.studio.tick();
+        desk.frame(100'000);
         QCOMPARE(centre(desk.pictures.streams), QColor(0, 0, 200));
     }
 
     void takeDuringAFadeStartsFromThePictureOnAir()
     {
         StudioFixture desk;
-        desk.setLayers({ colorLayer(QColor(200, 0, 0)) });
-        desk.studio.program().take();
-        desk.clock.advanceUs(200'000); // half of black → red
+        desk.take({ colorLayer(QColor(200, 0, 0)) });
+        desk.frame(200'000); // half of black → red
+        desk.take({ colorLayer(QColor(0, 200, 0)) });
         desk.studio.tick();
-        desk.setLayers({ colorLayer(QColor(0, 200, 0)) });
-        desk.studio.program().take();
-        desk.studio.tick();
-        desk.clock.advanceUs(40'000); // a tenth of red → green: the old overlay is gone
-        desk.studio.tick();
+        desk.frame(40'000); // a tenth of red → green: the old overlay is gone
         QVERIFY2(isNear(centre(desk.pictures.streams), QColor(180, 20, 0)),
             qPrintable(centre(desk.pictures.streams).name()));
     }
@@ -64,20 +52,17 @@ private Q_SLOTS:
     {
         StudioFixture desk;
         desk.studio.stage().program.setFadeEnabled(false);
-        desk.setLayers({ colorLayer(Qt::white) });
         desk.studio.stage().title = QStringLiteral("Culto");
-        desk.studio.program().take();
+        desk.take({ colorLayer(Qt::white) });
         desk.frame();
         QCOMPARE(centre(desk.pictures.streams), QColor(Qt::white));
         QVERIFY(!isNear(desk.pictures.streams.pixelColor(90, 850), Qt::white)); // the title band
 
         desk.studio.stage().program.setFadeEnabled(true);
         desk.studio.program().offAir();
-        desk.clock.advanceUs(200'000);
-        desk.studio.tick();
+        desk.frame(200'000);
         QVERIFY(isNear(centre(desk.pictures.streams), QColor(127, 127, 127)));
-        desk.clock.advanceUs(200'000);
-        desk.studio.tick();
+        desk.frame(200'000);
         QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));
         QCOMPARE(desk.pictures.streams.pixelColor(90, 850), QColor(Qt::black));
         QCOMPARE(desk.statuses.last(), QStringLiteral("Programa en negro (fuera del aire)."));
@@ -87,17 +72,15 @@ private Q_SLOTS:
     {
         StudioFixture desk;
         desk.studio.stage().program.setFadeEnabled(false);
-        desk.setLayers({ colorLayer(Qt::red) });
-        desk.studio.program().take();
-        Scene &scene = desk.studio.stage().scenes.currentScene();
-        scene.layers[0].fill = Qt::green;
-        scene.layers[0].x = 0.6;
-        scene.layers.push_back(colorLayer(Qt::blue));
+        desk.take({ colorLayer(Qt::red) });
+        desk.scene().layers[0].fill = Qt::green;
+        desk.scene().layers[0].x = 0.6;
+        desk.scene().layers.push_back(colorLayer(Qt::blue));
         desk.studio.stage().title = QStringLiteral("typed after TAKE");
         desk.frame();
         QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
         QCOMPARE(desk.pictures.streams.pixelColor(90, 850), QColor(Qt::red));
-        scene.layers.clear();
+        desk.setLayers({});
         desk.frame();
         QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
     }
@@ -106,29 +89,31 @@ private Q_SLOTS:
     {
         StudioFixture desk;
         desk.studio.stage().program.setFadeEnabled(false);
-        desk.setLayers({ colorLayer(Qt::red) });
-        desk.studio.program().take();
+        desk.take({ colorLayer(Qt::red) });
         desk.studio.program().setEditSet(1);
         QCOMPARE(desk.statuses.last(),
             QStringLiteral("Editando las escenas de las pantallas de sala."));
-        desk.setLayers({ colorLayer(Qt::blue) });
-        desk.studio.program().take();
+        const auto show = [&](const QColor &streams, const QColor &hall) {
+            desk.frame();
+            QCOMPARE(centre(desk.pictures.streams), streams);
+            QCOMPARE(centre(desk.pictures.hall), hall);
+        };
+        desk.take({ colorLayer(Qt::blue) });
         QCOMPARE(desk.statuses.last(), QStringLiteral("Escena enviada a las pantallas de sala."));
-        desk.frame();
-        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
-        QCOMPARE(centre(desk.pictures.hall), QColor(Qt::blue));
+        show(Qt::red, Qt::blue);
         desk.studio.program().offAir();
-        desk.frame();
-        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
-        QCOMPARE(centre(desk.pictures.hall), QColor(Qt::black));
+        show(Qt::red, Qt::black);
+        desk.take({ colorLayer(Qt::blue) });
+        desk.studio.program().setEditSet(0);
+        desk.studio.program().offAir();
+        show(Qt::black, Qt::blue);
     }
 
     void everyTakeRestartsAFile()
     {
         StudioFixture desk;
         const auto place = static_cast<std::size_t>(desk.studio.layers().addVideoFile(clip({})));
-        const auto layer
-            = [&]() -> Layer & { return desk.studio.stage().scenes.currentScene().layers[place]; };
+        const auto layer = [&]() -> Layer & { return desk.scene().layers[place]; };
         std::weak_ptr<Media> first = layer().source;
         desk.studio.program().take();
         QVERIFY(layer().source != first.lock());
@@ -147,12 +132,10 @@ private Q_SLOTS:
     {
         StudioFixture desk;
         desk.studio.stage().program.setFadeEnabled(false);
-        desk.setLayers({ colorLayer(Qt::red) });
-        desk.studio.program().take();
+        desk.take({ colorLayer(Qt::red) });
         Layer broken = newLayer(LayerKind::Video);
         broken.uri = QStringLiteral("file://[broken");
-        desk.setLayers({ colorLayer(Qt::green), broken });
-        desk.studio.program().take();
+        desk.take({ colorLayer(Qt::green), broken });
         QCOMPARE(desk.statuses.last(), QStringLiteral("URL multimedia no compatible"));
         desk.frame();
         QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));

@@ -26,10 +26,10 @@ struct StudioFixture {
         };
     }
 
-    /// One frame period, then the tick that makes the frame.
-    void frame()
+    /// Some time, one frame period at least, then the tick that makes the frame.
+    void frame(std::int64_t afterUs = FrameSchedule::periodUs)
     {
-        clock.advanceUs(FrameSchedule::periodUs);
+        clock.advanceUs(afterUs);
         studio.tick();
     }
 
@@ -50,6 +50,14 @@ struct StudioFixture {
     void setLayers(std::vector<Layer> layers)
     {
         studio.stage().scenes.currentScene().layers = std::move(layers);
+    }
+    Scene &scene() { return studio.stage().scenes.currentScene(); }
+
+    /// Those layers, then TAKE.
+    void take(std::vector<Layer> layers)
+    {
+        setLayers(std::move(layers));
+        studio.program().take();
     }
 };
 

@@ -134,39 +134,32 @@ private Q_SLOTS:
         QVERIFY(overflowing > 1000); // at this size hardly a chapter fits
     }
 
-    void extremes_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<bool>("fits");
-        QTest::newRow("the shortest verse") << u"Juan 11:35"_s << true;
-        QTest::newRow("the longest verse") << u"Ester 8:9"_s << false;
-        QTest::newRow("the longest chapter") << u"Salmos 119"_s << false;
-        QTest::newRow("an empty verse") << u"Jonás 1:16-17"_s << true;
-    }
     /// A box that is as many lines higher as are told to be hidden shows all, in any profile.
     void extremes()
     {
-        QFETCH(QString, typed);
-        QFETCH(bool, fits);
         VerseStage on;
         PaintCache cache;
-        for (const QString &lang : { u"es"_s, u"en"_s }) {
-            on.show(typed, lang);
-            for (const auto profile : { StreamProfile::Landscape, StreamProfile::Portrait }) {
-                const FrameSize size = streamSize(profile);
-                Layer layer = on.layer();
-                const int hidden = hiddenLines(layer, size);
-                QVERIFY2(profile == StreamProfile::Portrait || (hidden == 0) == fits,
-                    qPrintable(QString::number(hidden)));
-                const QImage picture = renderScene({ {}, { layer } }, size, {}, cache);
-                QVERIFY(inkIn(picture, picture.rect()) == Ink::Inside);
-                QFont font(layer.font, -1, layer.bold ? QFont::Bold : QFont::Normal);
-                font.setPixelSize(size.height * layer.size / 1080);
-                const double line = QFontMetricsF(font).lineSpacing() / size.height;
-                layer.h += (hidden - 2) * line;
-                QVERIFY(hidden < 2 || hiddenLines(layer, size) == 2);
-                layer.h += 2 * line;
-                QCOMPARE(hiddenLines(layer, size), 0);
+        for (const auto &[typed, fits] : { std::pair { "Juan 11:35", true }, // the shortest verse
+                 { "Ester 8:9", false }, // the longest one
+                 { "Salmos 119", false }, // the longest chapter
+                 { "Jonás 1:16-17", true } }) { // an empty verse
+            for (const QString &lang : { u"es"_s, u"en"_s }) {
+                on.show(QString::fromUtf8(typed), lang);
+                for (const auto profile : { StreamProfile::Landscape, StreamProfile::Portrait }) {
+                    const FrameSize size = streamSize(profile);
+                    Layer layer = on.layer();
+                    const int hidden = hiddenLines(layer, size);
+                    QVERIFY2(profile == StreamProfile::Portrait || (hidden == 0) == fits, typed);
+                    const QImage picture = renderScene({ {}, { layer } }, size, {}, cache);
+                    QVERIFY(inkIn(picture, picture.rect()) == Ink::Inside);
+                    QFont font(layer.font, -1, layer.bold ? QFont::Bold : QFont::Normal);
+                    font.setPixelSize(size.height * layer.size / 1080);
+                    const double line = QFontMetricsF(font).lineSpacing() / size.height;
+                    layer.h += (hidden - 2) * line;
+                    QVERIFY(hidden < 2 || hiddenLines(layer, size) == 2);
+                    layer.h += 2 * line;
+                    QCOMPARE(hiddenLines(layer, size), 0);
+                }
             }
         }
     }

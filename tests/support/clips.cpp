@@ -30,70 +30,55 @@ QString pictureFilter()
     return filters.join(QLatin1Char(','));
 }
 
+QStringList words(const QString &text)
+{
+    return text.split(QLatin1Char(' '));
+}
+
 QStringList videoInput(const ClipRecipe &recipe)
 {
-    return { QStringLiteral("-f"),
-        QStringLiteral("lavfi"),
-        QStringLiteral("-i"),
-        QStringLiteral("color=c=gray:s=%1x%2:r=%3:d=%4,%5,format=%6")
-            .arg(recipe.width)
-            .arg(recipe.height)
-            .arg(recipe.rate)
-            .arg(recipe.seconds)
-            .arg(pictureFilter(), recipe.pixelFormat) };
+    return words(QStringLiteral("-f lavfi -i color=c=gray:s=%1x%2:r=%3:d=%4,%5,format=%6")
+                     .arg(recipe.width)
+                     .arg(recipe.height)
+                     .arg(recipe.rate)
+                     .arg(recipe.seconds)
+                     .arg(pictureFilter(), recipe.pixelFormat));
 }
 
 QStringList audioInput(const ClipRecipe &recipe)
 {
-    return { QStringLiteral("-f"),
-        QStringLiteral("lavfi"),
-        QStringLiteral("-i"),
-        QStringLiteral("aevalsrc=0.5*sin(2*PI*1000*t)*lt(mod(t\\,1)\\,0.1):s=%1:d=%2")
-            .arg(recipe.audioRate)
-            .arg(recipe.soundSeconds > 0 ? recipe.soundSeconds : recipe.seconds) };
+    return words(QStringLiteral("-f lavfi -i "
+                                "aevalsrc=0.5*sin(2*PI*1000*t)*lt(mod(t\\,1)\\,0.1):s=%1:d=%2")
+                     .arg(recipe.audioRate)
+                     .arg(recipe.soundSeconds > 0 ? recipe.soundSeconds : recipe.seconds));
 }
 
 QStringList subtitleInput()
 {
     const QByteArray text = "1\n00:00:00,000 --> 00:00:09,000\nAmén\n\n";
-    return { QStringLiteral("-f"),
-        QStringLiteral("srt"),
-        QStringLiteral("-i"),
-        QStringLiteral("data:text/plain;base64,") + QString::fromLatin1(text.toBase64()) };
-}
-
-/// ffmpeg writes the turn only while it copies a stream.
-QStringList turnArguments(const ClipRecipe &recipe)
-{
-    ClipRecipe upright = recipe;
-    upright.rotate = 0;
-    return { QStringLiteral("-v"),
-        QStringLiteral("error"),
-        QStringLiteral("-i"),
-        clip(upright),
-        QStringLiteral("-c"),
-        QStringLiteral("copy"),
-        QStringLiteral("-metadata:s:v:0"),
-        QStringLiteral("rotate=%1").arg(recipe.rotate) };
+    return words(
+        QStringLiteral("-f srt -i data:text/plain;base64,") + QString::fromLatin1(text.toBase64()));
 }
 
 QStringList ffmpegArguments(const ClipRecipe &recipe)
 {
-    if (recipe.rotate != 0) {
-        return turnArguments(recipe);
+    if (recipe.rotate != 0) { // ffmpeg writes the turn only while it copies a stream
+        ClipRecipe upright = recipe;
+        upright.rotate = 0;
+        return words(QStringLiteral("-v error -i"))
+            << clip(upright)
+            << words(QStringLiteral("-c copy -metadata:s:v:0 rotate=%1").arg(recipe.rotate));
     }
-    QStringList arguments { QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y") };
+    QStringList arguments = words(QStringLiteral("-v error -y"));
     QStringList output;
     if (!recipe.videoCodec.isEmpty()) {
         arguments += videoInput(recipe);
-        output += { QStringLiteral("-c:v"), recipe.videoCodec, QStringLiteral("-g"), recipe.rate };
+        output += words(QStringLiteral("-c:v %1 -g %2").arg(recipe.videoCodec, recipe.rate));
     }
     if (!recipe.audioCodec.isEmpty()) {
         arguments += audioInput(recipe);
-        output += { QStringLiteral("-c:a"),
-            recipe.audioCodec,
-            QStringLiteral("-ac"),
-            QString::number(recipe.audioChannels) };
+        output += words(
+            QStringLiteral("-c:a %1 -ac %2").arg(recipe.audioCodec).arg(recipe.audioChannels));
     }
     if (recipe.subtitles) {
         arguments += subtitleInput();

@@ -16,7 +16,6 @@ public:
     [[nodiscard]] std::int64_t monotonicUs() const override { return m_us; }
     [[nodiscard]] std::int64_t wallMs() const override { return m_wallMs + m_us / 1000; }
     void advanceUs(std::int64_t us) { m_us += us; }
-    void setUs(std::int64_t us) { m_us = us; }
 
 private:
     std::atomic<std::int64_t> m_us;

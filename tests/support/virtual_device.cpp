@@ -8,14 +8,14 @@
 
 namespace nimbara::testing {
 
-VirtualDevice::VirtualDevice(const QStringList &pipeline)
+VirtualDevice::VirtualDevice(const QString &pipeline)
     : m_process(std::make_unique<QProcess>())
 {
     m_process->setProcessChannelMode(QProcess::ForwardedChannels);
     // A test that crashes takes its devices with it.
     m_process->setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
     m_process->start(QStringLiteral("gst-launch-1.0"),
-        QStringList { QStringLiteral("-q") } + pipeline);
+        (QStringLiteral("-q ") + pipeline).split(QLatin1Char(' ')));
     if (!m_process->waitForStarted()) {
         throw std::runtime_error("gst-launch-1.0 does not start");
     }
@@ -26,19 +26,15 @@ VirtualDevice VirtualDevice::camera(const QString &node,
     const QString &colour,
     FrameSize size)
 {
-    return VirtualDevice(QStringList { QStringLiteral("videotestsrc"),
-        QStringLiteral("is-live=true"),
-        QStringLiteral("pattern=") + colour,
-        QStringLiteral("!"),
-        QStringLiteral("video/x-raw,format=YUY2,width=%1,height=%2,framerate=30/1")
+    return VirtualDevice(
+        QStringLiteral("videotestsrc is-live=true pattern=%1 ! "
+                       "video/x-raw,format=YUY2,width=%2,height=%3,framerate=30/1 ! "
+                       "pipewiresink mode=provide stream-properties=p,media.class=Video/Source,"
+                       "node.name=%4,node.description=%5")
+            .arg(colour)
             .arg(size.width)
-            .arg(size.height),
-        QStringLiteral("!"),
-        QStringLiteral("pipewiresink"),
-        QStringLiteral("mode=provide"),
-        QStringLiteral("stream-properties=p,media.class=Video/Source,node.name=%1,"
-                       "node.description=%2")
-            .arg(node, name) });
+            .arg(size.height)
+            .arg(node, name));
 }
 
 /// In its default mode the sink is a follower, which outlives a reader that is late; as a driver
@@ -49,16 +45,14 @@ VirtualDevice VirtualDevice::microphone(const QString &node,
     int channels,
     int tone)
 {
-    return VirtualDevice(QStringList { QStringLiteral("audiotestsrc"),
-        QStringLiteral("is-live=true"),
-        QStringLiteral("freq=%1").arg(tone),
-        QStringLiteral("!"),
-        QStringLiteral("audio/x-raw,format=F32LE,rate=%1,channels=%2").arg(rate).arg(channels),
-        QStringLiteral("!"),
-        QStringLiteral("pipewiresink"),
-        QStringLiteral("stream-properties=p,media.class=Audio/Source,node.name=%1,"
-                       "node.description=%2,node.autoconnect=false")
-            .arg(node, name) });
+    return VirtualDevice(QStringLiteral("audiotestsrc is-live=true freq=%1 ! "
+                                        "audio/x-raw,format=F32LE,rate=%2,channels=%3 ! "
+                                        "pipewiresink stream-properties=p,media.class=Audio/Source,"
+                                        "node.name=%4,node.description=%5,node.autoconnect=false")
+                             .arg(tone)
+                             .arg(rate)
+                             .arg(channels)
+                             .arg(node, name));
 }
 
 VirtualDevice::VirtualDevice(VirtualDevice &&) noexcept = default;

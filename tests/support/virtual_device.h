@@ -36,7 +36,7 @@ public:
     void unplug();
 
 private:
-    explicit VirtualDevice(const QStringList &pipeline);
+    explicit VirtualDevice(const QString &pipeline);
 
     std::unique_ptr<QProcess> m_process;
 };

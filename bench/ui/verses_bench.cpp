@@ -1,10 +1,9 @@
 #include "bench.h"
 #include "bible/builtin.h"
-#include "ui/studio_window.h"
+#include "ui/watched_window.h"
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -12,7 +11,6 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <ctime>
 #include <malloc.h>
 #include <string>
 #include <thread>
@@ -28,19 +26,6 @@ double liveMiB()
 {
     const struct mallinfo2 info = mallinfo2();
     return static_cast<double>(info.uordblks + info.hblkhd) / 1048576;
-}
-
-/// What the body costs the interface thread itself, whatever else the machine does meanwhile.
-template <typename Body> double threadMs(Body body)
-{
-    const auto now = [] {
-        timespec time {};
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) * 1000 + static_cast<double>(time.tv_nsec) / 1e6;
-    };
-    const double start = now();
-    body();
-    return now() - start;
 }
 
 /// The engine alone: a lookup while the Bibles are still being loaded, then the longest chapter and
@@ -76,61 +61,23 @@ std::string engine()
     return text.data();
 }
 
-/// The real window, watched from outside: what one turn of its event loop costs, and how long
-/// the programs wait for their next picture.
-class WatchedWindow {
-public:
-    WatchedWindow()
-    {
-        auto shown = m_window.studio().onPictures;
-        m_window.studio().onPictures = [this, shown](const Pictures &pictures) {
-            const auto now = SteadyClock::now();
-            const double gap = std::chrono::duration<double, std::milli>(now - m_last).count();
-            m_longestGap = std::max(m_longestGap, gap);
-            m_last = now;
-            shown(pictures);
-        };
-        m_window.show();
-        turnFor(2s); // pictures on the way, everything painted once
-        m_missed = m_window.studio().missedSlots();
-    }
-
-    /// Types the reference and presses the button; tells the figures of the second after it.
-    std::string lookUp(const char *name, const QString &typed)
-    {
-        m_longestGap = 0;
-        m_window.findChild<QLineEdit *>(QStringLiteral("quickVerse"))->setText(typed);
-        auto *button = m_window.findChild<QPushButton *>(QStringLiteral("showVerse"));
-        const double press = threadMs([button] { button->click(); });
-        const double turn = turnFor(1s);
-        std::array<char, 100> text {};
-        std::snprintf(text.data(),
-            text.size(),
-            "%s: press %.1f ms, longest turn %.1f ms, picture gap %.1f ms\t",
-            name,
-            press,
-            turn,
-            m_longestGap);
-        return text.data();
-    }
-    [[nodiscard]] unsigned long long missed() { return m_window.studio().missedSlots() - m_missed; }
-
-private:
-    double turnFor(std::chrono::milliseconds time)
-    {
-        double longest = 0;
-        for (const auto end = SteadyClock::now() + time; SteadyClock::now() < end;) {
-            longest = std::max(longest, threadMs([] { QCoreApplication::processEvents(); }));
-            std::this_thread::sleep_for(1ms);
-        }
-        return longest;
-    }
-
-    StudioWindow m_window { true };
-    SteadyClock::time_point m_last = SteadyClock::now();
-    double m_longestGap = 0;
-    unsigned long long m_missed = 0;
-};
+/// Types the reference and presses the button; tells the figures of the second after it.
+std::string windowLookUp(WatchedWindow &window, const char *name, const QString &typed)
+{
+    window.window().findChild<QLineEdit *>(QStringLiteral("quickVerse"))->setText(typed);
+    const double press = threadMs([&window] { window.press("showVerse"); });
+    const WatchedWindow::Figures after = window.runFor(1s);
+    std::array<char, 100> text {};
+    std::snprintf(text.data(),
+        text.size(),
+        "%s: press %.1f ms, longest turn %.1f ms, picture gap %.1f ms, missed %llu\t",
+        name,
+        press,
+        after.turn,
+        after.gap,
+        after.missed);
+    return text.data();
+}
 
 /// What lookups cost the interface, a short one for comparison first; then the time that loading
 /// takes where nothing waits for it, and the memory of both Bibles.
@@ -141,10 +88,9 @@ std::string tellVerses()
     std::string told = engine();
     {
         WatchedWindow window;
-        told += window.lookUp("short", QStringLiteral("Juan 11:35"));
-        told += window.lookUp("longest", QStringLiteral("Salmos 119"));
-        told += window.lookUp("again", QStringLiteral("Salmos 119"));
-        told += "missed " + std::to_string(window.missed());
+        told += windowLookUp(window, "short", QStringLiteral("Juan 11:35"));
+        told += windowLookUp(window, "longest", QStringLiteral("Salmos 119"));
+        told += windowLookUp(window, "again", QStringLiteral("Salmos 119"));
     }
     const double before = liveMiB();
     bible::Bible spanish;
@@ -156,7 +102,7 @@ std::string tellVerses()
     std::array<char, 80> text {};
     std::snprintf(text.data(),
         text.size(),
-        "\tloading both %.0f ms, %.1f MiB",
+        "loading both %.0f ms, %.1f MiB",
         loading,
         liveMiB() - before);
     return told + text.data();

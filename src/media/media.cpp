@@ -137,6 +137,7 @@ QString Media::takeMessage()
 {
     if (!m_message.isEmpty()) {
         m_frame.reset();
+        m_sample = {};
     }
     return std::exchange(m_message, {});
 }
@@ -152,10 +153,10 @@ void Media::pollSource()
         return;
     }
     takeSound();
-    const SampleRef sample = tryPull(m_parts.videoSink);
+    SampleRef sample = tryPull(m_parts.videoSink);
     const std::int64_t now = m_clock.monotonicUs();
     if (sample) {
-        takePicture(sample, now);
+        takePicture(std::move(sample), now);
     } else if (start == PipelineStart::Outcome::Playing && streamsEnded()) {
         m_ended = true;
         deactivate();
@@ -211,13 +212,29 @@ void Media::takeSound()
     }
 }
 
-void Media::takePicture(const SampleRef &sample, std::int64_t now)
+void Media::takePicture(SampleRef sample, std::int64_t now)
 {
     m_lastFrameTime = now;
     if (m_frameCount == 0) {
         describeFirstPicture(sample);
     }
-    ++m_frameCount;
+    readAlpha();
+    m_sample = std::move(sample);
+    if (++m_frameCount == 1) {
+        static_cast<void>(frame()); // tells now of a size that no picture can have
+    }
+}
+
+const FramePtr &Media::frame()
+{
+    if (m_sample) {
+        copyPicture(std::exchange(m_sample, {}));
+    }
+    return m_frame;
+}
+
+void Media::copyPicture(const SampleRef &sample)
+{
     GstVideoInfo info;
     GstCaps *caps = gst_sample_get_caps(sample.get());
     if (caps == nullptr || gst_video_info_from_caps(&info, caps) == FALSE) {
@@ -227,7 +244,6 @@ void Media::takePicture(const SampleRef &sample, std::int64_t now)
     if (!map) {
         return;
     }
-    readAlpha();
     try {
         auto frame = std::make_shared<Frame>(info.width,
             info.height,

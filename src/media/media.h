@@ -47,8 +47,9 @@ public:
     /// One non-blocking read: bus, media sound, newest picture, no-frame watchdog.
     void pollSource();
 
-    /// The newest picture; none before the first, and none after a failure.
-    [[nodiscard]] const FramePtr &frame() const { return m_frame; }
+    /// The newest picture; none before the first, and none after a failure. Copied out of the
+    /// pipeline when it is first asked for: many sources play while nobody looks.
+    [[nodiscard]] const FramePtr &frame();
 
     /// The pending message for the operator, empty when there is none. Taking it empties the
     /// picture, so that the layer shows nothing stale.
@@ -83,7 +84,8 @@ private:
     void linkDecodedPads();
     bool takeBusMessage();
     void takeSound();
-    void takePicture(const SampleRef &sample, std::int64_t now);
+    void takePicture(SampleRef sample, std::int64_t now);
+    void copyPicture(const SampleRef &sample);
     void describeFirstPicture(const SampleRef &sample);
     void readAlpha();
     [[nodiscard]] bool streamsEnded() const;
@@ -106,6 +108,7 @@ private:
     bool m_hasAlpha = false; ///< its pixels carry an alpha channel
     bool m_hasPadding = false; ///< its pixels carry a byte without meaning
     SourcePipeline m_parts;
+    SampleRef m_sample; ///< a picture newer than the frame, or none; goes before its pipeline
     /// Last, so that the start has come back before its pipeline stops.
     PipelineStart m_start;
 };

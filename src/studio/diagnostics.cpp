@@ -25,7 +25,7 @@ QString centreText(const Frame *frame)
     return QStringLiteral("%1,%2,%3").arg(pixel[0]).arg(pixel[1]).arg(pixel[2]);
 }
 
-QString diagnosticLine(const Stage &stage, const Media &camera, const QImage &preview)
+QString diagnosticLine(const Stage &stage, Media &camera, const QImage &preview)
 {
     const Frame *frame = camera.frame().get();
     const auto &scenes = stage.scenes.scenes(stage.scenes.editing());
@@ -75,7 +75,7 @@ std::uint64_t cornerChecksum(const Frame *frame)
 
 void Diagnostics::observe(const Stage &stage, const Sources &sources, const QImage &preview)
 {
-    const Media *camera = sources.camera().get();
+    Media *camera = sources.camera().get();
     const std::uint64_t frames = camera != nullptr ? camera->frameCount() : 0;
     if (frames == 0 || frames % periodFrames != 0 || frames == m_lastFrame) {
         return;

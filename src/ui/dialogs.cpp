@@ -1,5 +1,7 @@
 #include "ui/dialogs.h"
 
+#include "app/i18n.h"
+
 #include <QColorDialog>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -18,6 +20,14 @@ QString onlySuffix(const QString &filter)
     auto matches = pattern.globalMatch(filter);
     const QString first = matches.hasNext() ? matches.next().captured(1) : QString();
     return matches.hasNext() ? QString() : first;
+}
+
+/// The first lines, as many as fit a small screen, and how many more there are.
+QString shortened(const QStringList &lines)
+{
+    const QStringList first = lines.mid(0, QtDialogs::mostLines);
+    return first.join(QLatin1Char('\n')) + QLatin1Char('\n')
+        + nimbara_i18n::tr("… y %1 más").arg(lines.size() - first.size());
 }
 
 } // namespace
@@ -73,6 +83,11 @@ void QtDialogs::warning(const QString &title, const QString &text)
 {
     QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, m_parent);
     box.setTextFormat(Qt::PlainText);
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    if (lines.size() > mostLines) {
+        box.setText(shortened(lines));
+        box.setDetailedText(text);
+    }
     box.exec();
 }
 

@@ -35,13 +35,15 @@ public:
     virtual std::optional<QColor> color(const QColor &current, bool withAlpha) = 0;
     /// Yes or No, without a default button; false for anything but Yes.
     virtual bool question(const QString &title, const QString &text) = 0;
-    /// A warning box with an OK button.
+    /// A warning box with an OK button. Every line of a long text can be read.
     virtual void warning(const QString &title, const QString &text) = 0;
 };
 
 /// The toolkit's dialogs, on top of `parent`, which must outlive them.
 class QtDialogs final : public Dialogs {
 public:
+    static constexpr int mostLines = 20; ///< of a warning; a longer one has the rest in its details
+
     explicit QtDialogs(QWidget *parent)
         : m_parent(parent)
     {

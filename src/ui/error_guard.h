@@ -24,10 +24,16 @@ public:
         try {
             operation();
         } catch (const std::exception &error) {
-            const QString text = nimbara_i18n::tr(errorText(error));
-            m_showStatus(text);
-            m_dialogs.warning(nimbara_i18n::tr("Ardenvale Vesperline"), text);
+            tell(errorText(error));
         }
+    }
+
+    /// Shows a failure; `untranslated` is the operator's text.
+    void tell(const QString &untranslated) const
+    {
+        const QString text = nimbara_i18n::tr(untranslated);
+        m_showStatus(text);
+        m_dialogs.warning(nimbara_i18n::tr("Ardenvale Vesperline"), text);
     }
 
 private:

@@ -8,12 +8,14 @@
 #include "ui/control_row.h"
 #include "ui/credits.h"
 #include "ui/destination_controls.h"
-#include "ui/hall_screen.h"
+#include "ui/hall_controls.h"
 #include "ui/header_row.h"
 #include "ui/monitors.h"
 #include "ui/onboarding.h"
 #include "ui/outputs_tab.h"
+#include "ui/project_controls.h"
 #include "ui/project_row.h"
+#include "ui/recording_controls.h"
 #include "ui/return_key.h"
 #include "ui/scene_editor.h"
 #include "ui/scene_tab.h"
@@ -25,7 +27,6 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDeadlineTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -40,7 +41,6 @@
 
 #include <chrono>
 #include <initializer_list>
-#include <thread>
 #include <utility>
 
 namespace nimbara {
@@ -52,8 +52,6 @@ namespace {
 constexpr const char *onboardingSetting = "onboarding_complete";
 constexpr int smallestRowsHeight = 400; ///< pixels; the monitors and a row below them
 constexpr auto frameTimerInterval = 5ms;
-constexpr auto recordingPatience = 5000ms;
-constexpr auto recordingPollSpacing = 10ms;
 
 std::array<OutputsTab::Preset, OutputsTab::slots> destinationRows()
 {
@@ -87,26 +85,6 @@ QScrollArea *scrollable(std::initializer_list<std::pair<QWidget *, int>> widgets
     return area;
 }
 
-/// One warning per line, as many as fit a small screen, and how many more there are.
-QString shortened(const QStringList &warnings)
-{
-    constexpr int mostLines = 20;
-    QStringList lines = warnings.mid(0, mostLines);
-    if (warnings.size() > mostLines) {
-        lines << nimbara_i18n::tr("… y %1 más").arg(warnings.size() - mostLines);
-    }
-    return lines.join(QLatin1Char('\n'));
-}
-
-QStringList screenNames()
-{
-    QStringList names;
-    for (const QScreen *screen : QGuiApplication::screens()) {
-        names << screen->name();
-    }
-    return names;
-}
-
 } // namespace
 
 StudioWindow::StudioWindow(bool quiet, StudioServices services)
@@ -128,7 +106,8 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_outputsTab(new OutputsTab(destinationRows()))
     , m_translationTab(new TranslationTab)
     , m_status(new QLabel)
-    , m_hallScreen(std::make_unique<HallScreen>())
+    , m_hall(std::make_unique<HallControls>(*m_sourcesTab,
+          [this](const QString &text) { showStatus(text); }))
     , m_returnKey(std::make_unique<ReturnKey>(*this))
 {
     layOut();
@@ -138,6 +117,11 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
     m_destinations
         = std::make_unique<DestinationControls>(m_studio, m_secrets, m_guard, *m_outputsTab);
+    m_recording = std::make_unique<RecordingControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
+    m_projects = std::make_unique<ProjectControls>(m_studio,
+        *m_dialogs,
+        m_guard,
+        ProjectControls::Views { *m_project, *m_controls, *m_audioTab });
     connectStudio();
     m_translation = std::make_unique<TranslationControls>(m_studio,
         m_secrets,
@@ -156,7 +140,6 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     connectRows();
     connectTabs();
     connectDevices();
-    connectProjects();
     connectShortcuts();
     m_editor->showScenes(0);
     // Space and the arrow keys work from the first moment.
@@ -175,7 +158,6 @@ StudioWindow::~StudioWindow()
 {
     m_frameTimer.stop();
     m_studio.translation().pause();
-    m_hallScreen->hide();
     // The studio goes before the widgets that its reports touch.
     m_studio.status = [](const QString &) {};
     m_studio.onPictures = [](const Pictures &) {};
@@ -213,9 +195,6 @@ void StudioWindow::layOut()
         { m_tabs, 0 } }));
     column->addWidget(m_status);
     setCentralWidget(central);
-
-    m_hallScreen->onHidden = [this] { m_sourcesTab->setHallShown(false); };
-    m_sourcesTab->showScreens(screenNames());
 }
 
 void StudioWindow::connectStudio()
@@ -230,6 +209,7 @@ void StudioWindow::connectStudio()
 void StudioWindow::connectRows()
 {
     connect(m_header, &HeaderRow::languageChosen, this, &StudioWindow::setLanguage);
+    connect(m_project->creditsButton(), &QPushButton::clicked, this, [this] { showCredits(this); });
     connect(m_monitors, &Monitors::editSetChosen, this, &StudioWindow::setEditSet);
     connect(m_controls, &ControlRow::takePressed, this, [this] { m_studio.program().take(); });
     connect(m_controls, &ControlRow::offAirPressed, this, [this] { m_studio.program().offAir(); });
@@ -258,8 +238,12 @@ void StudioWindow::connectTabs()
     connect(m_sourcesTab, &SourcesTab::networkSourcePressed, this, guard([this] {
         m_editor->addNetworkSource();
     }));
-    connect(m_outputsTab, &OutputsTab::recordPressed, this, guard([this] { toggleRecording(); }));
+    connect(m_recording.get(), &RecordingControls::changed, this, &StudioWindow::showOutputs);
     connect(m_destinations.get(), &DestinationControls::changed, this, &StudioWindow::showOutputs);
+    connect(m_projects.get(), &ProjectControls::opened, this, [this] {
+        showPreviewShape();
+        m_editor->showScenes(0);
+    });
 
     connect(m_audioTab, &AudioTab::gainChanged, this, [this](int percent) {
         m_guard.run([this, percent] { m_studio.audio().setGainPercent(percent); });
@@ -286,11 +270,6 @@ void StudioWindow::connectDevices()
         m_studio.devices().refreshDevices();
     });
     connect(m_sourcesTab, &SourcesTab::connectPressed, this, &StudioWindow::connectSources);
-    connect(m_sourcesTab, &SourcesTab::hallScreenPressed, this, &StudioWindow::toggleHallScreen);
-    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &StudioWindow::screenRemoved);
-    connect(qGuiApp, &QGuiApplication::screenAdded, this, [this] {
-        m_sourcesTab->showScreens(screenNames());
-    });
     connect(m_project, &ProjectRow::formatChosen, this, [this](int entry) {
         m_guard.run([this, entry] {
             m_studio.changeProfile(entry == 1 ? StreamProfile::Portrait : StreamProfile::Landscape);
@@ -308,62 +287,6 @@ void StudioWindow::connectSources()
     });
 }
 
-void StudioWindow::connectProjects()
-{
-    connect(m_project->openButton(), &QPushButton::clicked, this, [this] {
-        m_guard.run([this] { openProject(); });
-    });
-    connect(m_project->saveButton(), &QPushButton::clicked, this, [this] {
-        m_guard.run([this] { saveProject(); });
-    });
-    connect(m_project->creditsButton(), &QPushButton::clicked, this, [this] { showCredits(this); });
-    m_studio.projects().onOpened = [this](const Project &project, const QStringList &warnings) {
-        showProject(project, warnings);
-    };
-    m_studio.projects().onFailed = [this](const QString &text) {
-        // From the frame timer: the box must not hold up the tick that found the failure.
-        QTimer::singleShot(0, this, [this, text] { m_guard.run([&text] { throw Error(text); }); });
-    };
-}
-
-void StudioWindow::openProject()
-{
-    ProjectDesk &projects = m_studio.projects();
-    projects.requireIdleOutputs();
-    const QString path = m_dialogs->openFile(nimbara_i18n::tr("Abrir proyecto"),
-        projects.lastPath(),
-        nimbara_i18n::tr("Ardenvale Vesperline (*.nimbara)"));
-    if (!path.isEmpty()) {
-        projects.openProject(path);
-    }
-}
-
-void StudioWindow::saveProject()
-{
-    ProjectDesk &projects = m_studio.projects();
-    projects.requireIdleOutputs();
-    const QString path = m_dialogs->saveFile(nimbara_i18n::tr("Guardar proyecto"),
-        projects.lastPath(),
-        nimbara_i18n::tr("Ardenvale Vesperline (*.nimbara)"));
-    if (!path.isEmpty()) {
-        projects.saveProject(path, m_audioTab->gain());
-    }
-}
-
-void StudioWindow::showProject(const Project &project, const QStringList &warnings)
-{
-    m_project->showFormat(project.profile == StreamProfile::Portrait ? 1 : 0);
-    m_controls->showTitle(project.title, project.band);
-    m_audioTab->setGain(project.gain);
-    showPreviewShape();
-    m_editor->showScenes(0);
-    if (!warnings.isEmpty()) {
-        QTimer::singleShot(0, this, [this, warnings] {
-            m_dialogs->warning(nimbara_i18n::tr("Abrir proyecto"), shortened(warnings));
-        });
-    }
-}
-
 void StudioWindow::onboarding()
 {
     auto *assistant = new Onboarding(m_secrets, *m_dialogs, this);
@@ -374,28 +297,6 @@ void StudioWindow::onboarding()
         m_settings.sync();
     });
     assistant->open();
-}
-
-void StudioWindow::toggleHallScreen()
-{
-    if (m_hallScreen->isVisible()) {
-        m_hallScreen->hide();
-        return;
-    }
-    const QList<QScreen *> screens = QGuiApplication::screens();
-    const int chosen = m_sourcesTab->screenEntry();
-    if (chosen < 0 || chosen >= screens.size()) {
-        return;
-    }
-    m_hallScreen->showOn(*screens.at(chosen));
-    m_sourcesTab->setHallShown(true);
-}
-
-void StudioWindow::screenRemoved()
-{
-    m_hallScreen->hide();
-    m_sourcesTab->showScreens(screenNames());
-    showStatus(nimbara_i18n::tr("Pantalla desconectada; Programa y salidas continúan."));
 }
 
 void StudioWindow::connectShortcuts()
@@ -424,15 +325,14 @@ void StudioWindow::showPictures(const Pictures &pictures)
     m_monitors->canvas()->setFrame(pictures.preview);
     m_monitors->streams()->setFrame(pictures.streams);
     m_monitors->hall()->setFrame(pictures.hall);
-    m_hallScreen->setFrame(pictures.hall);
+    m_hall->setFrame(pictures.hall);
 }
 
 void StudioWindow::showOutputs()
 {
-    const Outputs &outputs = m_studio.outputs();
-    m_outputsTab->showRecording(recordingButtonText(outputs.recording().state()));
+    m_recording->showRecording();
     m_destinations->showDestinations();
-    m_project->setFormatEnabled(!outputs.any());
+    m_project->setFormatEnabled(!m_studio.outputs().any());
 }
 
 void StudioWindow::setEditSet(int index)
@@ -481,25 +381,6 @@ void StudioWindow::takeFromKeyboard()
     }
 }
 
-void StudioWindow::toggleRecording()
-{
-    Recording &recording = m_studio.outputs().recording();
-    if (recording.exists()) {
-        recording.finish();
-        showOutputs();
-        return;
-    }
-    const QString path = m_dialogs->saveFile(nimbara_i18n::tr("Grabar Programa"),
-        QString(),
-        nimbara_i18n::tr("WebM (*.webm)"));
-    if (path.isEmpty() || recording.exists()) {
-        return;
-    }
-    recording.start(path, m_studio.stage().streamFrame());
-    showOutputs();
-    showStatus(nimbara_i18n::tr(Recording::startedText()));
-}
-
 void StudioWindow::closeEvent(QCloseEvent *event)
 {
     if (m_studio.outputs().any()
@@ -511,21 +392,9 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     m_frameTimer.stop();
     m_destinations->callOffStarts();
     m_translation->shutDown();
-    waitForRecording();
-    m_hallScreen->hide();
+    m_recording->finish();
+    m_hall->hide();
     event->accept();
-}
-
-void StudioWindow::waitForRecording()
-{
-    Recording &recording = m_studio.outputs().recording();
-    recording.finish();
-    const QDeadlineTimer deadline(recordingPatience);
-    while (recording.exists() && !deadline.hasExpired()) {
-        recording.poll();
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        std::this_thread::sleep_for(recordingPollSpacing);
-    }
 }
 
 } // namespace nimbara

@@ -21,12 +21,14 @@ namespace nimbara {
 class AudioTab;
 class ControlRow;
 class DestinationControls;
-class HallScreen;
+class HallControls;
 class HeaderRow;
-class ReturnKey;
 class Monitors;
 class OutputsTab;
+class ProjectControls;
 class ProjectRow;
+class RecordingControls;
+class ReturnKey;
 class SceneEditor;
 class SceneTab;
 class SourcesTab;
@@ -82,14 +84,6 @@ private:
     void showPreviewShape();
     void setLanguage(int index);
     void takeFromKeyboard();
-    void toggleRecording();
-    void waitForRecording();
-    void connectProjects();
-    void openProject();
-    void saveProject();
-    void showProject(const Project &project, const QStringList &warnings);
-    void toggleHallScreen();
-    void screenRemoved();
 
     SystemClock m_clock;
     QSettings m_settings;
@@ -111,10 +105,12 @@ private:
     OutputsTab *m_outputsTab;
     TranslationTab *m_translationTab;
     QLabel *m_status;
-    std::unique_ptr<HallScreen> m_hallScreen;
+    std::unique_ptr<HallControls> m_hall;
     std::unique_ptr<ReturnKey> m_returnKey;
     std::unique_ptr<SceneEditor> m_editor;
     std::unique_ptr<DestinationControls> m_destinations;
+    std::unique_ptr<RecordingControls> m_recording;
+    std::unique_ptr<ProjectControls> m_projects;
     std::unique_ptr<TranslationControls> m_translation;
     std::unique_ptr<VerseControls> m_verses;
 };

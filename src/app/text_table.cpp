@@ -137,6 +137,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Versículo bíblico", "Bible verse" },
     TextPair { "Escribe la cita en Propiedades, p. ej. Juan 3:16",
         "Type the reference in Properties, e.g. John 3:16" },
+    TextPair { "Propiedades", "Properties" },
     TextPair { "Cita bíblica rápida: Juan 3:16, Salmos 23, 1 Co 13:4-7  ⏎",
         "Quick Bible reference: John 3:16, Psalm 23, 1 Cor 13:4-7  ⏎" },
     TextPair { "Mostrar versículo", "Show verse" },

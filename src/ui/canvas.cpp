@@ -55,7 +55,6 @@ void Canvas::setFrame(const QImage &frame)
 void Canvas::setAspect(double aspect)
 {
     m_aspect = aspect;
-    m_mode = Mode::Idle;
     setSelected(-1);
 }
 
@@ -63,6 +62,7 @@ void Canvas::setSelected(std::int32_t index)
 {
     const Scene *current = scene();
     m_selected = current != nullptr && isInside(*current, index) ? index : -1;
+    m_mode = Mode::Idle; // a drag goes on with no other layer than it began with
     update();
     onSelectionChanged();
 }

@@ -3,6 +3,7 @@
 #include "app/i18n.h"
 #include "ui/controls.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QFileInfo>
 #include <QFontComboBox>
@@ -39,7 +40,7 @@ const QString referenceDot = QStringLiteral(" · ");
 PropertiesPanel::PropertiesPanel(QWidget *parent)
     : QScrollArea(parent)
 {
-    setObjectName(QStringLiteral("properties"));
+    named(this, "properties", label("Propiedades"));
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -54,8 +55,24 @@ template <typename Edit> void PropertiesPanel::edit(Edit change)
     }
 }
 
-void PropertiesPanel::rebuild()
+QWidget *PropertiesPanel::focusedControl() const
 {
+    QWidget *focused = QApplication::focusWidget();
+    return focused != nullptr && isAncestorOf(focused) ? focused : nullptr;
+}
+
+bool PropertiesPanel::isTyping() const
+{
+    const QWidget *focused = focusedControl();
+    return qobject_cast<const QLineEdit *>(focused) != nullptr
+        || qobject_cast<const QPlainTextEdit *>(focused) != nullptr
+        || qobject_cast<const QAbstractSpinBox *>(focused) != nullptr;
+}
+
+void PropertiesPanel::rebuild(bool sameLayer)
+{
+    const QWidget *focused = sameLayer ? focusedControl() : nullptr;
+    const QString focusedName = focused != nullptr ? focused->objectName() : QString();
     m_position = nullptr;
     // One of the old controls may have asked for this: it must live until its signal is over.
     if (QWidget *old = takeWidget()) {
@@ -83,6 +100,10 @@ void PropertiesPanel::rebuild()
         form->addRow(makeNote(label("Selecciona una fuente en la lista o en Preparación.")));
     }
     setWidget(content);
+    if (focused != nullptr) {
+        auto *successor = content->findChild<QWidget *>(focusedName);
+        (successor != nullptr ? successor : this)->setFocus();
+    }
 }
 
 void PropertiesPanel::refreshPosition()
@@ -303,7 +324,7 @@ void PropertiesPanel::fitToFrame()
 {
     if (const Layer *edited = layer()) {
         setBoxOf(fittedBox(edited->kind, contentSize(*edited), profileSize()));
-        rebuild();
+        rebuild(true);
     }
 }
 

@@ -31,8 +31,11 @@ public:
     std::function<std::optional<QColor>(const QColor &, bool withAlpha)> askColor
         = [](const QColor &, bool) { return std::nullopt; };
 
-    /// Builds the panel for the layer, from nothing.
-    void rebuild();
+    /// Builds the panel for the layer, from nothing. `sameLayer`: it was built for that one, and
+    /// the focus stays at the control where it is.
+    void rebuild(bool sameLayer);
+    /// The operator is writing into one of the fields.
+    [[nodiscard]] bool isTyping() const;
     /// Shows the layer's box in the position fields and leaves the rest alone.
     void refreshPosition();
 
@@ -44,6 +47,8 @@ Q_SIGNALS:
     void verseRequested(const QString &reference);
 
 private:
+    /// The control with the focus; none when it is outside.
+    [[nodiscard]] QWidget *focusedControl() const;
     void addCommonRows(QFormLayout &form, const Layer &shown);
     void addTextRows(QFormLayout &form, const Layer &shown);
     void addStyleRows(QFormLayout &form, const Layer &shown);

@@ -1,6 +1,5 @@
 #include "ui/scene_editor.h"
 
-#include "app/error.h"
 #include "app/i18n.h"
 #include "scene/scene_ops.h"
 
@@ -102,11 +101,18 @@ void SceneEditor::connectProperties()
 void SceneEditor::connectImages()
 {
     ImageIntake &images = m_studio.images();
-    images.onAdded = [this](std::int32_t layer) { showLayer(layer); };
+    images.onAdded = [this](std::int32_t layer) {
+        // Decoding took its time: the operator may have gone on to another layer's text.
+        if (m_views.tab.properties()->isTyping()) {
+            m_views.tab.showLayers(scene(), m_views.canvas.selected());
+        } else {
+            showLayer(layer);
+        }
+    };
     images.onChanged = [this](std::int32_t layer) { showWritten(layer); };
     images.onFailed = [this](const QString &text) {
         // From the frame timer: the box must not hold up the tick that found the failure.
-        QTimer::singleShot(0, this, [this, text] { m_guard.run([&text] { throw Error(text); }); });
+        QTimer::singleShot(0, this, [this, text] { m_guard.tell(text); });
     };
 }
 
@@ -155,9 +161,7 @@ void SceneEditor::select(std::int32_t layer)
 SceneEditor::PanelKey SceneEditor::panelKey()
 {
     const SceneSets &scenes = m_studio.stage().scenes;
-    return { scenes.editing(),
-        scenes.currentIndex(scenes.editing()),
-        m_views.canvas.selected(),
+    return { { scenes.editing(), scenes.currentIndex(scenes.editing()), m_views.canvas.selected() },
         m_shape };
 }
 
@@ -168,8 +172,9 @@ void SceneEditor::refreshProps()
         m_views.tab.properties()->refreshPosition();
         return;
     }
+    const bool sameLayer = m_panelKey && m_panelKey->layer == key.layer;
     m_panelKey = key;
-    m_views.tab.properties()->rebuild();
+    m_views.tab.properties()->rebuild(sameLayer);
 }
 
 void SceneEditor::showWritten(std::int32_t layer)

@@ -64,9 +64,13 @@ private:
     [[nodiscard]] Layer *selectedLayer();
     [[nodiscard]] std::optional<FrameSize> contentSize(const Layer &layer) const;
 
-    /// What the panel was built for: set, scene, layer and how often the scene has changed its
-    /// shape.
-    using PanelKey = std::tuple<SceneSet, std::int32_t, std::int32_t, std::uint64_t>;
+    /// What the panel was built for: set, scene and layer, and how often the scene had changed its
+    /// shape by then.
+    struct PanelKey {
+        std::tuple<SceneSet, std::int32_t, std::int32_t> layer;
+        std::uint64_t shape;
+        bool operator==(const PanelKey &) const = default;
+    };
     [[nodiscard]] PanelKey panelKey();
 
     Studio &m_studio;

@@ -2,6 +2,7 @@
 #include "compositor/load_image.h"
 #include "support/test_registry.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QImage>
 #include <QImageWriter>
@@ -120,11 +121,18 @@ void LoadImageTest::rotatedPhotoComesUpright()
 
 void LoadImageTest::refusesWhatIsNoPicture()
 {
+    QImage nothing(10'000, 10'000, QImage::Format_Grayscale8);
+    nothing.fill(0);
+    QByteArray bomb; // 100 MB in a small file
+    QBuffer buffer(&bomb);
+    QVERIFY(nothing.save(&buffer, "png"));
+    QVERIFY(bomb.size() < 1'000'000);
     for (const QByteArray &content : { QByteArray(),
              QByteArray("no picture at all"),
              claimed(Frame::maxSide + 1, 1),
              claimed(1, Frame::maxSide + 1),
              claimed(60'000, 60'000),
+             bomb,
              claimed(64, 64).left(30) }) {
         QFile file(path("refused.png"));
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) >= 0);

@@ -35,6 +35,9 @@ struct Desk {
     void press(const QString &name) { QTest::mouseClick(find<QPushButton>(name), Qt::LeftButton); }
     void press(const char *name) { press(QString::fromLatin1(name)); }
     QString status() { return find<QLabel>("status")->text(); }
+    Stage &stage() { return window.studio().stage(); }
+    /// Of the scene in PREVIEW.
+    std::vector<Layer> &layers() { return stage().scenes.currentScene().layers; }
 
 private:
     static StudioServices withDialogs(StudioServices services, Dialogs *dialogs)

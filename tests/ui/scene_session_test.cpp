@@ -5,17 +5,17 @@
 #include "ui/canvas.h"
 #include "ui/desk.h"
 
+#include <QAbstractSpinBox>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDoubleSpinBox>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QSet>
 #include <QSlider>
-#include <QSpinBox>
 #include <QTemporaryDir>
+#include <QTimer>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -23,11 +23,52 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// Driven by mouse and keys alone.
 struct SessionDesk : Desk {
-    Scene &scene() { return window.studio().stage().scenes.currentScene(); }
-    void add(int entry) { find<QPushButton>("addSource")->menu()->actions().at(entry)->trigger(); }
-    void check(const char *name, bool on) { find<QCheckBox>(name)->setChecked(on); }
-    void select(int row) { find<QListWidget>("layers")->setCurrentRow(row); }
+    template <typename Widget> Widget *focused(const char *name)
+    {
+        auto *widget = find<Widget>(name);
+        widget->setFocus();
+        return widget;
+    }
+    void keys(QWidget *widget, Qt::Key key, int times = 1)
+    {
+        for (int i = 0; i < times; ++i) {
+            QTest::keyClick(widget, key);
+        }
+    }
+    /// Chooses an entry of the menu of "+ Fuente".
+    void add(int entry)
+    {
+        auto *button = focused<QPushButton>("addSource");
+        QTimer::singleShot(0, button->menu(), [this, menu = button->menu(), entry] {
+            keys(menu, Qt::Key_Down, entry); // Return opened it at its first
+            keys(menu, Qt::Key_Return);
+        });
+        keys(button, Qt::Key_Return);
+    }
+    void turnSwitch(const char *name) { keys(focused<QCheckBox>(name), Qt::Key_Return); }
+    void type(const char *field, int value)
+    {
+        auto *spin = focused<QAbstractSpinBox>(field);
+        spin->selectAll();
+        QTest::keyClicks(spin, QString::number(value));
+        keys(spin, Qt::Key_Tab);
+    }
+    void choose(const char *list, int entry)
+    {
+        auto *choices = focused<QComboBox>(list);
+        keys(choices, Qt::Key_Home);
+        keys(choices, Qt::Key_Down, entry);
+    }
+    void select(int row)
+    {
+        auto *list = find<QListWidget>("layers");
+        list->scrollToItem(list->item(row));
+        const QPoint middle = list->visualItemRect(list->item(row)).center();
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, middle);
+    }
+    std::size_t selected() { return static_cast<std::size_t>(find<Canvas>("canvas")->selected()); }
     QStringList listed()
     {
         const auto *list = find<QListWidget>("layers");
@@ -37,11 +78,20 @@ struct SessionDesk : Desk {
         }
         return texts;
     }
+    /// The digits that end the layers' names, front layer first.
+    QString order()
+    {
+        QString digits;
+        for (auto layer = layers().rbegin(); layer != layers().rend(); ++layer) {
+            digits += layer->name.back();
+        }
+        return digits;
+    }
     /// The scene as PREVIEW shows it, with what moves standing still: the camera is one grey
     /// picture, a clip has played to its end, and the screen shows nothing.
     QImage still()
     {
-        Scene frozen = scene();
+        Scene frozen = stage().scenes.currentScene();
         for (Layer &layer : frozen.layers) {
             if (layer.kind == LayerKind::Screen) {
                 layer.source.reset();
@@ -53,10 +103,19 @@ struct SessionDesk : Desk {
         return composer.compose(
             { frozen, {}, false, landscapeSize, false, true, grey, Captions {} });
     }
+    /// The layers as a file holds them.
+    std::vector<Layer> plainLayers()
+    {
+        std::vector<Layer> plain = layers();
+        for (Layer &layer : plain) {
+            layer.image.reset();
+            layer.source.reset();
+        }
+        return plain;
+    }
     bool clipsHaveEnded()
     {
-        const auto &layers = scene().layers;
-        return std::all_of(layers.begin(), layers.end(), [](const Layer &layer) {
+        return std::all_of(layers().begin(), layers().end(), [](const Layer &layer) {
             return layer.kind != LayerKind::Video
                 || (layer.source && layer.source->ended() && layer.source->frame());
         });
@@ -88,100 +147,126 @@ private Q_SLOTS:
         QVERIFY(logo.save(picture));
         const QString project = folder.filePath(u"culto.nimbara"_s);
         SessionDesk desk;
+        QVERIFY(QTest::qWaitForWindowActive(&desk.window));
 
         // Every kind, each from the menu.
         desk.press("deleteLayer");
-        QVERIFY(desk.scene().layers.empty());
+        QVERIFY(desk.layers().empty());
         desk.dialogs->files = { picture, clip({}) };
         for (const int entry : { 0, 1, 2, 3, 5, 6, 7, 8 }) {
-            const auto before = desk.scene().layers.size();
+            const auto before = desk.layers().size();
             desk.add(entry);
-            QTRY_COMPARE_WITH_TIMEOUT(desk.scene().layers.size(), before + 1, 30'000);
+            QTRY_COMPARE_WITH_TIMEOUT(desk.layers().size(), before + 1, 30'000);
         }
-        const auto kindsThere = [&] {
-            QSet<int> kinds;
-            for (const Layer &layer : desk.scene().layers) {
-                kinds << static_cast<int>(layer.kind);
-            }
-            return kinds.size();
-        };
-        QCOMPARE(kindsThere(), 8);
+        QSet<LayerKind> kinds;
+        for (const Layer &layer : desk.layers()) {
+            kinds << layer.kind;
+        }
+        QCOMPARE(kinds.size(), 8);
         QVERIFY2(desk.dialogs->asked.size() == 2, qPrintable(desk.dialogs->asked.join(u'\n')));
         desk.add(7); // a second one is refused
-        QCOMPARE(desk.scene().layers.size(), 8U);
+        QCOMPARE(desk.layers().size(), 8U);
 
         style(desk);
         order(desk);
+        QTest::keyClicks(desk.focused<QLineEdit>("title"), u"Bienvenidos"_s);
+        desk.turnSwitch("band");
+        desk.find<QSlider>("gain")->setValue(120);
         save(desk, project);
         const QStringList listed = desk.listed();
         QTRY_VERIFY_WITH_TIMEOUT(desk.clipsHaveEnded(), 60'000);
+        const std::vector<Layer> layers = desk.plainLayers();
         const QImage before = desk.still();
 
         // Next Sunday.
         desk.dialogs->answers = { true };
         desk.press("newScene"); // cancelled
         desk.press("deleteScene");
+        desk.press("take");
+        desk.find<QLineEdit>("title")->clear();
+        desk.turnSwitch("band");
+        desk.find<QSlider>("gain")->setValue(90);
         QVERIFY(desk.listed() != listed);
         desk.dialogs->files = { project };
         desk.press("openProject");
+        const auto boxes = desk.dialogs->asked.size();
         QTRY_COMPARE_WITH_TIMEOUT(desk.listed(), listed, 30'000);
         QTRY_VERIFY_WITH_TIMEOUT(desk.clipsHaveEnded(), 60'000);
-        QVERIFY(desk.scene().layers != std::vector<Layer> {});
         const QImage after = desk.still();
         QCOMPARE(after, before);
         QVERIFY(after.pixelColor(100, 100) != QColor(Qt::black));
-        QVERIFY(desk.window.studio().stage().program.streams().layers.empty());
+        QVERIFY(desk.plainLayers() == layers);
+        QCOMPARE(desk.find<QComboBox>("scenes")->count(), 2);
+        QCOMPARE(desk.find<QSlider>("gain")->value(), 120);
+        QCOMPARE(desk.stage().title, u"Bienvenidos"_s);
+        QVERIFY(desk.stage().band);
+        QVERIFY(desk.stage().program.streams().layers.empty()); // black until TAKE
+        QCOMPARE(desk.dialogs->asked.size(), boxes); // and no warning
     }
 
 private:
     /// Each layer gets something of its own through its panel.
     static void style(SessionDesk &desk)
     {
-        const auto count = static_cast<int>(desk.scene().layers.size());
+        const auto count = static_cast<int>(desk.layers().size());
         for (int row = 0; row < count; ++row) {
             desk.select(row);
-            const LayerKind kind
-                = desk.scene().layers[desk.find<Canvas>("canvas")->selected()].kind;
-            auto *name = desk.find<QLineEdit>("layerName");
+            const LayerKind kind = desk.layers()[desk.selected()].kind;
+            auto *name = desk.focused<QLineEdit>("layerName");
             name->selectAll();
             QTest::keyClicks(name, u"Capa %1"_s.arg(row));
-            desk.find<QSlider>("opacity")->setValue(95 - row);
-            desk.find<QDoubleSpinBox>("positionW")->setValue(20 + row * 5);
-            desk.find<QDoubleSpinBox>("positionX")->setValue(row * 4);
-            desk.find<QDoubleSpinBox>("positionY")->setValue(row * 6);
+            desk.keys(desk.focused<QSlider>("opacity"), Qt::Key_Left, 5 + row);
+            desk.type("positionW", 20 + row * 5);
+            desk.type("positionX", row * 4);
+            desk.type("positionY", row * 6);
             if (isPicture(kind)) {
-                desk.check("cover", true);
+                desk.turnSwitch("cover");
             }
             if (isText(kind)) {
-                desk.find<QSpinBox>("textSize")->setValue(30 + row);
-                desk.check("bold", false);
+                desk.type("textSize", 30 + row);
+                desk.turnSwitch("bold");
                 desk.dialogs->colors = { QColor(10, 200, 30), QColor(90, 0, 0, 77) };
                 desk.press("textColor");
                 desk.press("backgroundColor");
-                desk.find<QComboBox>("textAlign")->setCurrentIndex(row % 3);
+                desk.choose("textAlign", row % 3);
             }
             if (kind == LayerKind::Text) {
-                desk.find<QPlainTextEdit>("layerText")->setPlainText(u"Bienvenidos\nWelcome"_s);
+                auto *text = desk.focused<QPlainTextEdit>("layerText");
+                text->selectAll();
+                QTest::keyClicks(text, u"Bienvenidos"_s);
+                desk.keys(text, Qt::Key_Return);
+                QTest::keyClicks(text, u"Welcome"_s);
+                QCOMPARE(desk.layers()[desk.selected()].text, u"Bienvenidos\nWelcome"_s);
             }
             if (kind == LayerKind::Color) {
                 desk.dialogs->colors = { QColor(1, 99, 150) };
                 desk.press("fillColor");
             }
         }
+        const Layer &front = desk.layers().back();
+        QCOMPARE(front.name, u"Capa 0"_s);
+        QCOMPARE(front.opacity, 0.95);
+        QCOMPARE(front.w, 0.2);
     }
 
     /// Layers change places, one is hidden, and a copy of the scene loses one.
     static void order(SessionDesk &desk)
     {
+        QCOMPARE(desk.order(), u"01234567"_s);
         desk.select(0);
         desk.press("layerDown");
         desk.select(6);
         desk.press("layerUp");
-        desk.find<QListWidget>("layers")->item(3)->setCheckState(Qt::Unchecked);
+        QCOMPARE(desk.order(), u"10234657"_s);
+        desk.select(3);
+        desk.keys(desk.focused<QListWidget>("layers"), Qt::Key_Return);
+        QCOMPARE(desk.listed().filter(QString::fromUtf8("🚫  ")), desk.listed().mid(3, 1));
         desk.press("duplicateScene");
         desk.select(2);
         desk.press("deleteLayer");
-        desk.find<QComboBox>("scenes")->setCurrentIndex(0);
+        QCOMPARE(desk.order(), u"1034657"_s);
+        desk.choose("scenes", 0);
+        QCOMPARE(desk.order(), u"10234657"_s);
     }
 
     static void save(SessionDesk &desk, const QString &path)

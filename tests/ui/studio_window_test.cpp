@@ -3,63 +3,28 @@
 #include "support/clips.h"
 #include "support/test_registry.h"
 #include "ui/canvas.h"
+#include "ui/desk.h"
 #include "ui/hall_screen.h"
 #include "ui/picture.h"
-#include "ui/scripted_dialogs.h"
-#include "ui/studio_window.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QPushButton>
 #include <QSettings>
 #include <QSlider>
 #include <QTabWidget>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace nimbara;
 using namespace nimbara::testing;
 
-namespace {
-
-/// The real window with scripted answers.
-struct Desk {
-    ScriptedDialogs *dialogs = new ScriptedDialogs;
-    StudioWindow window { true, services() };
-
-    StudioServices services() const
-    {
-        StudioServices services;
-        services.dialogs.reset(dialogs);
-        return services;
-    }
-    Desk()
-    {
-        window.show();
-        window.activateWindow();
-    }
-    template <typename Widget> Widget *find(const char *name)
-    {
-        auto *widget = window.findChild<Widget *>(QLatin1String(name));
-        if (widget == nullptr) {
-            qFatal("no widget named %s", name);
-        }
-        return widget;
-    }
-    void press(const char *name) { QTest::mouseClick(find<QPushButton>(name), Qt::LeftButton); }
-    QString status() { return find<QLabel>("status")->text(); }
-    Stage &stage() { return window.studio().stage(); }
-    bool isOnAir() { return !stage().program.streams().layers.empty(); }
-};
-
-} // namespace
-
 class StudioWindowTest : public QObject {
     Q_OBJECT
+
+    static bool isOnAir(Desk &desk) { return !desk.stage().program.streams().layers.empty(); }
+
 private Q_SLOTS:
     void init() { QFile::remove(logFilePath()); }
 
@@ -87,10 +52,10 @@ private Q_SLOTS:
         title->setFocus();
         QTest::keyClicks(title, QStringLiteral("a b"));
         QCOMPARE(title->text(), QStringLiteral("a b"));
-        QVERIFY(!desk.isOnAir());
+        QVERIFY(!isOnAir(desk));
         desk.find<Canvas>("canvas")->setFocus();
         QTest::keyClick(&desk.window, Qt::Key_Space);
-        QVERIFY(desk.isOnAir());
+        QVERIFY(isOnAir(desk));
         QCOMPARE(desk.stage().program.title(), QStringLiteral("a b"));
     }
 
@@ -98,7 +63,7 @@ private Q_SLOTS:
     {
         Desk desk;
         desk.press("take");
-        QVERIFY(desk.isOnAir());
+        QVERIFY(isOnAir(desk));
         desk.press("editHall");
         QVERIFY(!desk.find<QPushButton>("editStreams")->isChecked());
         QCOMPARE(desk.find<QPushButton>("take")->text(), QStringLiteral("A PANTALLAS  →"));
@@ -108,10 +73,10 @@ private Q_SLOTS:
         QCOMPARE(desk.stage().program.hall().layers.size(), 2U);
         desk.press("offair");
         QVERIFY(desk.stage().program.hall().layers.empty());
-        QVERIFY(desk.isOnAir());
+        QVERIFY(isOnAir(desk));
         desk.press("editStreams");
         desk.press("offair");
-        QVERIFY(!desk.isOnAir());
+        QVERIFY(!isOnAir(desk));
         QFile log(logFilePath());
         QVERIFY(log.open(QIODevice::ReadOnly));
         QVERIFY(log.readAll().contains("  UI: Programa en negro (fuera del aire)."));
@@ -155,16 +120,6 @@ private Q_SLOTS:
             30'000);
         QCOMPARE(desk.status(), text);
         QCOMPARE(desk.find<QListWidget>("layers")->count(), 1);
-    }
-
-    void uncheckingHidesALayerInItsPlace()
-    {
-        Desk desk;
-        auto *list = desk.find<QListWidget>("layers");
-        QVERIFY(list->item(0)->text().startsWith(QString::fromUtf8("👁  Cámara   ·  ")));
-        list->item(0)->setCheckState(Qt::Unchecked);
-        QVERIFY(list->item(0)->text().startsWith(QString::fromUtf8("🚫  ")));
-        QVERIFY(!desk.stage().scenes.currentScene().layers[0].visible);
     }
 
     void recordingRunsThroughItsButton()

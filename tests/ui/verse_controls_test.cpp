@@ -35,7 +35,6 @@ struct VerseDeskWindow : Desk {
     {
         find<QComboBox>("target")->setCurrentText(u"Spanish"_s);
     }
-    std::vector<Layer> &layers() { return window.studio().stage().scenes.currentScene().layers; }
     void type(const char *field, const QString &text)
     {
         auto *edit = find<QLineEdit>(field);

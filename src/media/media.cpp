@@ -92,9 +92,10 @@ Media::~Media() = default;
 
 void Media::play()
 {
+    const auto moment = m_isDevice ? PipelineStart::deviceMoment : PipelineStart::mediaMoment;
     const bool refused = m_isTestBars
         ? !m_parts.pipeline.play()
-        : m_start.begin(m_parts.pipeline) == PipelineStart::Outcome::Refused;
+        : m_start.begin(m_parts.pipeline, moment) == PipelineStart::Outcome::Refused;
     if (refused) {
         throw Error(refusedText());
     }

@@ -1,17 +1,11 @@
 #include "media/pipeline_start.h"
 
-#include <chrono>
 #include <system_error>
 
 namespace nimbara {
 
-namespace {
-
-constexpr std::chrono::milliseconds moment { 30 }; // less than a frame
-
-} // namespace
-
-PipelineStart::Outcome PipelineStart::begin(const Pipeline &pipeline)
+PipelineStart::Outcome PipelineStart::begin(const Pipeline &pipeline,
+    std::chrono::milliseconds moment)
 {
     m_outcome = Outcome::Underway;
     try {

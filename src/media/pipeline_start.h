@@ -2,6 +2,7 @@
 
 #include "media/gst_handles.h"
 
+#include <chrono>
 #include <future>
 
 namespace nimbara {
@@ -23,8 +24,13 @@ public:
         Refused,
     };
 
+    /// Less than a frame: a device that refuses within it leaves the one before in its place.
+    static constexpr std::chrono::milliseconds deviceMoment { 30 };
+    /// For what starts by the dozen, as the clips of a project do.
+    static constexpr std::chrono::milliseconds mediaMoment { 3 };
+
     /// Begins the change and waits for it for at most the moment.
-    Outcome begin(const Pipeline &pipeline);
+    Outcome begin(const Pipeline &pipeline, std::chrono::milliseconds moment = deviceMoment);
 
     /// The outcome so far. Never waits.
     Outcome poll();

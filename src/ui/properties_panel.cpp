@@ -86,6 +86,7 @@ void PropertiesPanel::rebuild(bool sameLayer)
     auto *formOwner = new QWidget;
     auto *form = new QFormLayout(formOwner);
     form->setContentsMargins(0, 0, 0, 0);
+    form->setRowWrapPolicy(QFormLayout::WrapLongRows); // on a small screen
     column->addWidget(formOwner);
     column->addStretch();
 

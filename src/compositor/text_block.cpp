@@ -56,8 +56,12 @@ QColor dimmed(QColor color)
 std::vector<TextDraw> layerDraws(const Layer &layer, const QRectF &area, std::int32_t frameHeight)
 {
     const auto bright = passes(layer, frameHeight, layer.color);
-    if (layer.kind == LayerKind::Subtitle && !layer.reference.isEmpty()) {
+    if (layer.kind == LayerKind::Subtitle) {
+        // From the top in any layer, so that a phrase stays where it is when the next one comes.
         const std::int32_t top = (layer.align & align::horizontalMask) | align::top;
+        if (layer.reference.isEmpty()) {
+            return { { layer.text, area, top, bright, false } };
+        }
         return {
             { layer.text, area, top, passes(layer, frameHeight, dimmed(layer.color)), false },
             { layer.reference, area, top, bright, true },

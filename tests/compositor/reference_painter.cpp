@@ -43,8 +43,11 @@ void paintTextLayer(QImage &canvas, const Layer &layer, int frameHeight)
     painter.setFont(font);
     const double d = layer.shadow ? std::max(frameHeight * layer.size / 19440, 2) : 0;
     QRectF area = box.adjusted(12, 8, -12, -8);
+    int flags = layer.align | Qt::TextWordWrap;
+    if (layer.kind == LayerKind::Subtitle) {
+        flags = (layer.align & 15) | Qt::AlignTop | Qt::TextWordWrap;
+    }
     if (layer.kind == LayerKind::Subtitle && !layer.reference.isEmpty()) {
-        const int flags = (layer.align & 15) | Qt::AlignTop | Qt::TextWordWrap;
         QColor dim = layer.color;
         dim.setAlphaF(dim.alphaF() * 0.55F);
         painter.setPen(dim);
@@ -59,7 +62,7 @@ void paintTextLayer(QImage &canvas, const Layer &layer, int frameHeight)
     painter.setPen(layer.color);
     outlined(painter,
         area,
-        layer.align | Qt::TextWordWrap,
+        flags,
         verse ? layer.text + QLatin1Char('\n') + layer.reference : layer.text,
         d);
 }

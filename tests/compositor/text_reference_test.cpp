@@ -133,6 +133,10 @@ void TextReferenceTest::layerMatchesThePainter_data()
         layer.opacity = 0.7;
         layer.size = 90;
     });
+    addRow("a caption alone, of a centred layer", spanish, [](Layer &layer) {
+        layer.kind = LayerKind::Subtitle;
+        layer.align = align::horizontalCentre | align::verticalCentre;
+    });
     addRow("two texts", spanish, subtitle("La frase más nueva."));
     addRow("two texts, blank line, large", spanish, subtitle("\nLa frase más nueva.", 72));
     addRow("verse", spanish, [](Layer &layer) {

@@ -1,6 +1,7 @@
 #include "support/api_peer.h"
 
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include <algorithm>
@@ -91,6 +92,21 @@ void ApiPeer::send(const QByteArray &text, bool fin, bool mask)
         { u"text"_s, QString::fromUtf8(text) },
         { u"fin"_s, fin },
         { u"mask"_s, mask } };
+    command(QJsonDocument(object).toJson(QJsonDocument::Compact));
+}
+
+void ApiPeer::serve(const QList<QPair<QString, QString>> &phrases,
+    int delayMs,
+    const QByteArray &voice)
+{
+    QJsonArray script;
+    for (const auto &[heard, caption] : phrases) {
+        script.append(QJsonObject { { u"heard"_s, heard }, { u"caption"_s, caption } });
+    }
+    const QJsonObject object { { u"do"_s, u"serve"_s },
+        { u"delay"_s, delayMs },
+        { u"phrases"_s, phrases.isEmpty() ? QJsonValue() : script },
+        { u"voice"_s, QString::fromLatin1(voice.toBase64()) } };
     command(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 

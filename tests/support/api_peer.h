@@ -3,6 +3,8 @@
 #include "app/endpoints.h"
 
 #include <QJsonObject>
+#include <QList>
+#include <QPair>
 #include <QProcess>
 
 #include <functional>
@@ -30,6 +32,11 @@ public:
     void live(const QByteArray &mode); ///< in force when this returns
     /// A text message, or a fragment of one, on the live session.
     void send(const QByteArray &text, bool fin = true, bool mask = false);
+    /// Answers by itself from now on, each time after the delay: the phrases are heard in this
+    /// order, and each has its caption. Without phrases no more.
+    void serve(const QList<QPair<QString, QString>> &phrases,
+        int delayMs = 0,
+        const QByteArray &voice = {});
     void answer(const QJsonObject &request, const QByteArray &body, int status = 200);
     void drop(const QJsonObject &request);
 

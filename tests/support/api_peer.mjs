@@ -1,19 +1,24 @@
-// api_peer.mjs PACKAGE_FOLDER CERTIFICATE KEY
+// api_peer.mjs PACKAGE_FOLDER CERTIFICATE KEY [PORT]
 //
 // A server over TLS that a test steers: every request and live event is reported as a line of JSON
-// on standard output, and nothing is answered before a command on standard input says so:
-//   {do:"answer", id, status, headers, base64}   {do:"drop", id}   and those of ws_peer.mjs.
+// on standard output, with its time in milliseconds since the epoch, and nothing is answered before a
+// command on standard input says so:
+//   {do:"answer", id, status, headers, base64}   {do:"drop", id}   and those of ws_peer.mjs;
+//   {do:"serve", …} answers by itself from then on: api_service.mjs; without phrases no more.
 // Ends with its standard input.
 import { readFileSync } from 'node:fs';
 import { createServer } from 'node:https';
 import { createInterface } from 'node:readline';
 
+import { makeService } from './api_service.mjs';
 import { attachLive } from './ws_peer.mjs';
 
-const [folder, certificate, key] = process.argv.slice(2);
-const report = (event) => process.stdout.write(JSON.stringify(event) + '\n');
+const [folder, certificate, key, port = '0'] = process.argv.slice(2);
+const report = (event) =>
+  process.stdout.write(JSON.stringify({ ...event, at: performance.timeOrigin + performance.now() }) + '\n');
 const open = new Map();
 let last = 0;
+let service = null;
 
 async function formParts(body, type) {
   const form = await new Response(body, { headers: { 'content-type': type } }).formData();
@@ -34,6 +39,7 @@ async function receive(request, response) {
   const type = headers['content-type'] ?? '';
   const form = type.startsWith('multipart/form-data') ? await formParts(body, type) : undefined;
   report({ event: 'request', id, method, path, headers, body: form ? '' : body.toString(), form });
+  service?.answer(path, body.toString(), (text) => { open.delete(id); response.end(text); });
 }
 
 const server = createServer(
@@ -42,7 +48,8 @@ const server = createServer(
 server.on('tlsClientError', () => {});
 
 const commands = {
-  ...attachLive(server, folder, report),
+  ...attachLive(server, folder, report, (text, write) => service?.answerLive(text, write)),
+  serve: (script) => { service = script.phrases ? makeService(script) : null; },
   answer: ({ id, status, headers, base64 }) => {
     const response = open.get(id);
     open.delete(id);
@@ -53,4 +60,4 @@ const commands = {
 createInterface({ input: process.stdin })
   .on('line', (line) => { const command = JSON.parse(line); commands[command.do](command); })
   .on('close', () => process.exit(0));
-server.listen(0, '127.0.0.1', () => report({ event: 'listening', port: server.address().port }));
+server.listen(Number(port), '127.0.0.1', () => report({ event: 'listening', port: server.address().port }));

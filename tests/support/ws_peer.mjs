@@ -26,7 +26,7 @@ function trickle(socket) {
   };
 }
 
-export function attachLive(server, folder, report) {
+export function attachLive(server, folder, report, answer) {
   const { WebSocketServer } = createRequire(folder + '/')('ws');
   const sessions = new WebSocketServer({ noServer: true });
   let mode = 'accept';
@@ -34,7 +34,10 @@ export function attachLive(server, folder, report) {
 
   function adopt(ws) {
     session = ws;
-    ws.on('message', (data) => report({ event: 'text', text: data.toString() }));
+    ws.on('message', (data) => {
+      report({ event: 'text', text: data.toString() });
+      answer(data.toString(), (text) => ws.send(text));
+    });
     ws.on('pong', (data) => report({ event: 'pong', data: data.toString() }));
     ws.on('close', () => report({ event: 'closed' }));
     ws.on('error', (error) => report({ event: 'fault', text: error.message }));

@@ -29,6 +29,7 @@ pid $dir/nginx.pid;
 error_log $dir/logs/error.log notice;
 events { worker_connections 64; }
 rtmp {
+  access_log off;
   server {
     listen 127.0.0.1:$rtmp_port;
     application live {

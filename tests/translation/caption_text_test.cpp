@@ -15,7 +15,6 @@ private Q_SLOTS:
     void dropsTheOldestFromTheTop();
     void keepsANewestThatDoesNotFit();
     void clearsAfterFortySeconds();
-    void holdsNinetyMinutes();
 };
 
 namespace {
@@ -101,23 +100,6 @@ void CaptionTextTest::clearsAfterFortySeconds()
     QVERIFY(captions.clearOld(46001));
     QVERIFY(captions.captionText().isEmpty() && captions.captionPhrases().isEmpty());
     QVERIFY(!captions.clearOld(90000));
-}
-
-void CaptionTextTest::holdsNinetyMinutes()
-{
-    CaptionText captions;
-    const QStringList phrases { u"Y dijo Dios: sea la luz."_s,
-        u"Porque de tal manera amó Dios al mundo, que ha dado a su Hijo unigénito."_s,
-        u"Amén."_s };
-    qsizetype most = 0;
-    qsizetype mostInFirstMinutes = 0;
-    for (std::int64_t second = 1; second < 90 * 60; second += 4) {
-        captions.addCaption(phrases.at(second % 3), roomy, second * 1000);
-        QVERIFY(!captions.clearOld(second * 1000 + 3900));
-        most = std::max(most, captions.captionText().size());
-        mostInFirstMinutes = second < 300 ? most : mostInFirstMinutes;
-    }
-    QCOMPARE(most, mostInFirstMinutes);
 }
 
 NIMBARA_TEST(CaptionTextTest)

@@ -1,14 +1,10 @@
 #include "support/test_registry.h"
 #include "translation/heard_line.h"
-#include "translation/languages.h"
 #include "translation/phrase_order.h"
 #include "translation/transcript_memory.h"
 #include "translation/voice.h"
 
 #include <QTest>
-
-#include <algorithm>
-#include <array>
 
 using namespace nimbara;
 using namespace Qt::StringLiterals;
@@ -16,34 +12,12 @@ using namespace Qt::StringLiterals;
 class PhrasesTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void releasesEveryPermutationInOrder();
     void skipsALatePhrase();
     void tellsRepetitions();
     void givesBoundedContext();
     void speaksOnlyTheNewestPhrase();
     void keepsPartialTextsOutOfTheLog();
-    void knowsWhatIsPreached();
 };
-
-void PhrasesTest::releasesEveryPermutationInOrder()
-{
-    std::array<std::int32_t, 5> arrival { 0, 1, 2, 3, 4 };
-    do {
-        PhraseOrder order;
-        for (std::int32_t i = 0; i < 5; ++i) {
-            QCOMPARE(order.take(100 + i), i);
-        }
-        QString shown;
-        for (const std::int32_t sequence : arrival) {
-            order.store(sequence, u" %1 "_s.arg(sequence));
-            while (const auto phrase = order.next()) {
-                QCOMPARE(phrase->phraseTimeMs, 100 + shown.size());
-                shown += phrase->text;
-            }
-        }
-        QCOMPARE(shown, u"01234"_s);
-    } while (std::next_permutation(arrival.begin(), arrival.end()));
-}
 
 void PhrasesTest::skipsALatePhrase()
 {
@@ -119,13 +93,6 @@ void PhrasesTest::keepsPartialTextsOutOfTheLog()
     QVERIFY(!heard::logText(u"… hermanos"_s));
     QCOMPARE(*heard::logText(u"…hermanos"_s), u"IA escuchó: …hermanos"_s);
     QCOMPARE(heard::label(u"a"_s + u"b"_s.repeated(300)), u"Escuchado: "_s + u"b"_s.repeated(300));
-}
-
-void PhrasesTest::knowsWhatIsPreached()
-{
-    QCOMPARE(languages::sourceFor(u"Spanish"_s), u"en"_s);
-    QCOMPARE(languages::sourceFor(languages::defaultTarget()), u"es"_s);
-    QVERIFY(languages::sourceFor(languages::targets().at(12)).isEmpty());
 }
 
 NIMBARA_TEST(PhrasesTest)

@@ -147,8 +147,8 @@ def hall():
 
 
 def loudness(path, hertz):
-    """Of each 50 ms of the sound: the level of that frequency, and of all."""
-    words = ["ffmpeg", "-v", "error", "-i", str(path), "-ac", "1", "-ar", str(RATE), "-f", "f32le", "-"]
+    """Of each 50 ms of the left channel: the level of that frequency, and of all."""
+    words = ["ffmpeg", "-v", "error", "-i", str(path), "-af", "pan=mono|c0=c0", "-ar", str(RATE), "-f", "f32le", "-"]
     data = array.array("f", subprocess.run(words, check=True, capture_output=True).stdout)
     length = RATE // 20
     turn = [complex(math.cos(a), math.sin(a)) for a in (2 * math.pi * hertz * i / RATE for i in range(length))]

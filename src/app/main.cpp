@@ -26,7 +26,7 @@ void startGstreamer()
     nimbara::pointGstreamerAtBundle(QCoreApplication::applicationDirPath());
     gst_init(nullptr, nullptr);
     nimbara::installGstLogHook();
-    nimbara::logLine(QStringLiteral("=== Inicio Vesperline 0.4.0 ==="));
+    nimbara::logLine(QStringLiteral("=== Inicio Vesperline " NIMBARA_VERSION " ==="));
 }
 
 void showFailure(const QString &text)
@@ -52,7 +52,7 @@ int main(int argc, char **argv)
     nimbara::keepFreedPictures();
     const auto application = nimbara::StudioApplication::create(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("NimbaraStudio"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("0.4.0"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(NIMBARA_VERSION));
     QCoreApplication::setOrganizationName(QStringLiteral("Halvenmoor"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.halvenmoor.NimbaraStudio"));
     settleLanguage();

@@ -1,6 +1,7 @@
 #include "app/studio_application.h"
 
 #include <QLibraryInfo>
+#include <QLocale>
 
 #include <cstdio>
 #include <cstdlib>
@@ -42,6 +43,9 @@ StudioApplication::StudioApplication(int &argc, char **argv)
 
 void StudioApplication::translateToolkit(const QString &language)
 {
+    if (QLocale(language).language() != QLocale::system().language()) {
+        QLocale::setDefault(QLocale(language));
+    }
     const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
     if (m_toolkitTexts.load(QStringLiteral("qtbase_") + language, folder)) {
         installTranslator(&m_toolkitTexts);

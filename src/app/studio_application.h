@@ -18,7 +18,8 @@ public:
 
     StudioApplication(int &argc, char **argv);
 
-    /// Loads the toolkit's own texts (the buttons of its boxes) in the language, where installed.
+    /// Loads the toolkit's own texts (the buttons of its boxes) in the language, where installed,
+    /// and has it name kinds of files and write numbers in that language.
     void translateToolkit(const QString &language);
 
     /// Runs the event loop. An exception that left an event handler ends the loop and is thrown

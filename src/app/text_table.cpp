@@ -15,6 +15,7 @@ constexpr TextPair pairs[] = {
         "OpenAI API key · read from the secure store when translation starts" },
     TextPair { "API key opcional", "API key (optional)" },
     TextPair { "Abrir carpeta del registro", "Open log folder" },
+    TextPair { "No se pudo abrir la carpeta: ", "The folder could not be opened: " },
     TextPair { "Abrir proyecto", "Open project" },
     TextPair { ". Elige cámara y audio, pulsa Conectar fuentes y luego AL AIRE.",
         ". Choose camera and audio, press Connect sources and then ON AIR." },
@@ -42,7 +43,7 @@ constexpr TextPair pairs[] = {
         "Stream key (read from the keychain when streaming starts)" },
     TextPair { "Clave de transmisión", "Stream key" },
     TextPair { "Claves guardadas en Llavero / Credential Manager.",
-        "Keys saved in Keychain / Credential Manager." },
+        "Keys saved in this computer's secure store." },
     TextPair { "Conectar fuentes", "Connect sources" },
     TextPair { "Créditos", "Credits" },
     TextPair { "Cámara / capturadora", "Camera / capture card" },
@@ -54,7 +55,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Detenido", "Stopped" },
     TextPair { "Entrada", "Input" },
     TextPair { "Enviando · confirma recepción en la plataforma",
-        "Sending · check reception on the platform" },
+        "Streaming · check on the platform that it arrives" },
     TextPair { "Finalizando...", "Finishing..." },
     TextPair { "Formato cambiado. Reconecta las fuentes para el perfil elegido.",
         "Format changed. Reconnect the sources for the chosen profile." },
@@ -76,7 +77,7 @@ constexpr TextPair pairs[] = {
         "Outputs are active. Stop them and close?" },
     TextPair { "Horizontal · 1920 × 1080", "Landscape · 1920 × 1080" },
     TextPair { "IA pausada · frases de 1,5 a 5 s + tiempo de API",
-        "AI paused · phrases of 1.5 to 5 s + API time" },
+        "AI paused · phrases of 1.5–5 s plus API time" },
     TextPair { "Imagen", "Image" },
     TextPair { "Imágenes (*.png *.jpg *.jpeg *.bmp *.webp)",
         "Images (*.png *.jpg *.jpeg *.bmp *.webp)" },
@@ -84,7 +85,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Iniciar destinos seleccionados", "Start selected destinations" },
     TextPair { "Iniciar traducción", "Start translation" },
     TextPair { "No se pudo iniciar Ardenvale Vesperline", "Ardenvale Vesperline could not start" },
-    TextPair { "Original en salidas", "Original sound in outputs" },
+    TextPair { "Original en salidas", "Original sound in the outputs" },
     TextPair { "PREPARACIÓN", "PREVIEW" },
     TextPair { "PROGRAMA · lo que ve la iglesia", "PROGRAM · what the church sees" },
     TextPair { "Pantalla desconectada; Programa y salidas continúan.",
@@ -122,7 +123,7 @@ constexpr TextPair pairs[] = {
         "Video/network ready; its audio stays silent until the scene is sent to Program." },
     TextPair { "Videos (*.webm *.mp4 *.mov *.mkv)", "Videos (*.webm *.mp4 *.mov *.mkv)" },
     TextPair { "Voz sintética en transmisión/grabación", "Synthetic voice in stream/recording" },
-    TextPair { "Voz traducida en salidas", "Translated voice in outputs" },
+    TextPair { "Voz traducida en salidas", "Translated voice in the outputs" },
     TextPair { "macOS bloqueó el micrófono. Ve a Configuración del Sistema → Privacidad y "
                "seguridad → Micrófono y activa Vesperline.",
         "macOS blocked the microphone. Go to System Settings → Privacy & Security → Microphone and "
@@ -194,7 +195,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Bajar la fuente", "Move source down" },
     TextPair { "… y %1 más", "… and %1 more" },
     TextPair { "Espera a que termine de abrirse o guardarse el proyecto.",
-        "Wait until the project has been opened or saved." },
+        "Wait for the project to finish opening or saving." },
     TextPair { "Alinear en pantalla", "Align on screen" },
     TextPair { "Rellenar el recuadro (recorta bordes, sin franjas negras)",
         "Fill the box (crops edges, no black bars)" },
@@ -249,7 +250,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Renglón en blanco entre frases", "Blank line between phrases" },
     TextPair { "Cómo se separan las frases en pantalla (cada pausa es una frase)",
         "How phrases are separated on screen (each pause is a phrase)" },
-    TextPair { "Modo en vivo (texto mientras se habla)", "Live mode (text while speaking)" },
+    TextPair { "Modo en vivo (texto mientras se habla)", "Live mode (text as they speak)" },
     TextPair { "Escuchado (texto original que reconoce la IA): ",
         "Heard (original text recognized by the AI): " },
     TextPair { "Escena 1", "Scene 1" },
@@ -366,7 +367,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Fallo de salida", "The output failed" },
     TextPair { "Destino debe usar RTMP o RTMPS", "The destination must use RTMP or RTMPS" },
     TextPair { "Servidor RTMP/RTMPS inválido. Separa la clave del servidor.",
-        "Invalid RTMP/RTMPS server. Keep the key apart from the server." },
+        "Invalid RTMP/RTMPS server. Put the stream key in its own field." },
     TextPair { "Clave de transmisión inválida", "Invalid stream key" },
     TextPair { "Detén salidas antes de abrir/guardar proyecto",
         "Stop the outputs before opening or saving a project" },
@@ -379,14 +380,15 @@ constexpr TextPair pairs[] = {
         "Aquí aparecerá la traducción en vivo: se escribe de izquierda a derecha y hacia abajo, "
         "sin moverse; al llenarse salen las frases de arriba y la nueva queda resaltada.",
         "The live translation will appear here: it is written left to right and downwards, without "
-        "moving; when it is full the phrases at the top leave and the new one stands out." },
+        "moving; when it is full the oldest lines drop off the top and the newest is "
+        "highlighted." },
     TextPair { "Condiciones de uso: puedes instalar y usar Ardenvale Vesperline en los equipos de "
                "tu iglesia para producir, grabar y transmitir tus servicios. Respondes del "
                "contenido que emites, de sus derechos y de las condiciones de cada plataforma. El "
                "programa se entrega tal cual, sin garantía.",
         "Terms of use: you may install and use Ardenvale Vesperline on your church's computers to "
-        "produce, record and stream your services. You answer for what you broadcast, for the "
-        "rights to it and for each platform's terms. The program comes as it is, without "
+        "produce, record and stream your services. You are responsible for what you broadcast, for "
+        "the rights to it and for each platform's terms. The program is provided as is, without "
         "warranty." },
     TextPair {
         "GStreamer: LGPL-2.1-or-later; Qt Core/Gui/Widgets/Network: LGPL-3.0. Sus licencias "
@@ -403,7 +405,8 @@ constexpr TextPair pairs[] = {
         "Translation is automatic and may contain errors. The selected audio is sent to OpenAI "
         "only while the AI is on. The voice is synthetic. The API is billed separately." },
     TextPair { "Esta versión requiere pruebas de hardware y emisión antes de usarla en un culto.",
-        "Test this version with your hardware and your broadcast before you use it in a service." },
+        "Test this version with your hardware and a test broadcast before you use it in a "
+        "service." },
     TextPair { "Registro técnico: ", "Technical log: " },
     TextPair { "Acepto las condiciones de uso y licencias de terceros",
         "I accept the terms of use and the third-party licenses" },
@@ -412,14 +415,14 @@ constexpr TextPair pairs[] = {
                "a las pantallas de la sala y a las redes. Puedes transmitir a varias plataformas y "
                "grabar al mismo tiempo.\n\nEmpieza con las barras de prueba: pulsa AL AIRE y verás "
                "el Programa. Después conecta tu cámara y tu audio en \"Fuentes y pantallas\".",
-        "Prepare scenes with cameras, texts, videos and verses, and send them with one button to "
+        "Prepare scenes with cameras, text, videos and verses, and send them with one button to "
         "the hall screens and to the streams. You can stream to several platforms and record at "
         "the same time.\n\nStart with the test bars: press ON AIR and you will see the Program. "
         "Then connect your camera and your audio in \"Sources and screens\"." },
     TextPair { "API", "API" },
     TextPair { "No se pudo guardar en el almacén seguro. Desmarca guardar para mantenerla solo en "
                "memoria.",
-        "The key could not be saved in the secure store. Uncheck saving to keep it in memory "
+        "The key could not be saved in the secure store. Uncheck the box to keep the key in memory "
         "only." },
     TextPair { "Guardando la clave...", "Saving the key..." },
     TextPair { "Cancelar", "Cancel" },
@@ -444,7 +447,7 @@ constexpr TextPair pairs[] = {
     TextPair { "IA pausada tras 3 horas; inicia otra sesion si corresponde.",
         "AI paused after 3 hours; start another session if you need one." },
     TextPair { "IA con retraso; se omite un segmento.",
-        "The AI is running late; one phrase is skipped." },
+        "The AI is falling behind; skipping one phrase." },
     TextPair { "Se omitió un segmento lento para no detener la pantalla.",
         "A slow phrase was skipped so as not to hold up the screen." },
     TextPair { "Subtítulo actualizado · ", "Subtitle updated · " },
@@ -456,10 +459,10 @@ constexpr TextPair pairs[] = {
     TextPair { "Sin cuota/saldo disponible en el proyecto API. Revisa Facturación del proyecto.",
         "The API project has no quota or credit left. Check the project's billing." },
     TextPair { "Limite temporal de la API; se reintenta con el siguiente segmento.",
-        "The API's rate limit was reached; it goes on with the next phrase." },
+        "The API's rate limit was reached; it will retry with the next phrase." },
     TextPair { "API key o permisos no validos.", "Invalid API key or permissions." },
     TextPair { "No se pudo completar la solicitud. HTTP %1. Revisa conexion y acceso al modelo.",
-        "The request could not be completed. HTTP %1. Check the connection and the access to the "
+        "The request could not be completed. HTTP %1. Check the connection and your access to the "
         "model." },
     TextPair { "Modo en vivo rechazado: ", "Live mode refused: " },
     TextPair { "Conexión en vivo cerrada por el servidor.",
@@ -468,12 +471,12 @@ constexpr TextPair pairs[] = {
     TextPair { "Conexión en vivo perdida.", "The live connection was lost." },
     TextPair { "Modo en vivo activo (por turnos).", "Live mode on (turn by turn)." },
     TextPair { "Modo en vivo activo (texto mientras se habla).",
-        "Live mode on (text while speaking)." },
+        "Live mode on (text as they speak)." },
     TextPair { "Modelo en vivo no disponible (", "Live model not available (" },
     TextPair { "); se intenta por turnos.", "); trying turn by turn." },
     TextPair { "Error en vivo: ", "Live mode error: " },
     TextPair { "respuesta no válida del servidor", "invalid answer from the server" },
-    TextPair { "la red no responde", "the network does not respond" },
+    TextPair { "la red no responde", "the network is not responding" },
     TextPair { "El texto no cabe en su recuadro: 1 línea oculta",
         "The text does not fit its box: 1 line hidden" },
     TextPair { "El texto no cabe en su recuadro: %1 líneas ocultas",

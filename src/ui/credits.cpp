@@ -33,10 +33,22 @@ constexpr const char *aiNotes
 constexpr const char *rehearse
     = "Esta versión requiere pruebas de hardware y emisión antes de usarla en un culto.";
 
-void openLogFolder()
+/// A desktop without a file browser is told of the folder instead.
+void openLogFolder(QWidget *parent)
 {
     const QString folder = QFileInfo(logFilePath()).absolutePath();
-    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+    if (QDesktopServices::openUrl(QUrl::fromLocalFile(folder))) {
+        return;
+    }
+    auto *box = named(new QMessageBox(QMessageBox::Warning,
+                          nimbara_i18n::tr("Abrir carpeta del registro"),
+                          nimbara_i18n::tr("No se pudo abrir la carpeta: ") + folder,
+                          QMessageBox::Ok,
+                          parent),
+        "folderBox");
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);
+    box->open();
 }
 
 } // namespace
@@ -63,11 +75,14 @@ void showCredits(QWidget *parent)
     box->addButton(folder, QMessageBox::ActionRole);
     box->setDefaultButton(box->addButton(QMessageBox::Ok));
     box->setEscapeButton(QMessageBox::Ok);
-    QObject::connect(box, &QMessageBox::buttonClicked, box, [folder](QAbstractButton *clicked) {
-        if (clicked == folder) {
-            openLogFolder();
-        }
-    });
+    QObject::connect(box,
+        &QMessageBox::buttonClicked,
+        parent,
+        [folder, parent](QAbstractButton *clicked) {
+            if (clicked == folder) {
+                openLogFolder(parent);
+            }
+        });
     box->open();
 }
 

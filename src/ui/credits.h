@@ -12,7 +12,8 @@ QString creditsText(const QString &logPath);
 
 /// Opens the credits box on top of `parent`, which it blocks, and returns at once: the program and
 /// the hall screen go on under it. The box offers to open the folder that holds the log file; the
-/// desktop does that. Interface thread only; the box goes with `parent`.
+/// desktop does that, or else a box tells where it is. Interface thread only; the box goes with
+/// `parent`.
 void showCredits(QWidget *parent);
 
 } // namespace nimbara

@@ -5,9 +5,13 @@
 #include <QColorDialog>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QRegularExpression>
+#include <QScreen>
+#include <QSplitter>
+#include <QTreeView>
 
 namespace nimbara {
 
@@ -30,11 +34,36 @@ QString shortened(const QStringList &lines)
         + nimbara_i18n::tr("… y %1 más").arg(lines.size() - first.size());
 }
 
+/// Room for whole dates and names of places. A dialog of the desktop's own has no such parts.
+void widen(QFileDialog &dialog)
+{
+    auto *columns = dialog.findChild<QTreeView *>(QStringLiteral("treeView"));
+    auto *places = dialog.findChild<QSplitter *>(QStringLiteral("splitter"));
+    if (columns == nullptr || places == nullptr) {
+        return;
+    }
+    columns->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    columns->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    places->setSizes({ 160, 740 });
+    dialog.resize(QSize(900, 560).boundedTo(dialog.screen()->availableSize()));
+}
+
+QString askForFile(QFileDialog &dialog, const QString &startPath)
+{
+    if (!startPath.isEmpty() && !QFileInfo(startPath).isDir()) {
+        dialog.selectFile(startPath);
+    }
+    widen(dialog);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
 } // namespace
 
 QString QtDialogs::openFile(const QString &title, const QString &startPath, const QString &filter)
 {
-    return QFileDialog::getOpenFileName(m_parent, title, startPath, filter);
+    QFileDialog dialog(m_parent, title, startPath, filter);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    return askForFile(dialog, startPath);
 }
 
 QString QtDialogs::saveFile(const QString &title, const QString &startPath, const QString &filter)
@@ -44,10 +73,7 @@ QString QtDialogs::saveFile(const QString &title, const QString &startPath, cons
     dialog.setFileMode(QFileDialog::AnyFile);
     // Set on the dialog, so that its question about an existing file sees the whole name.
     dialog.setDefaultSuffix(onlySuffix(filter));
-    if (!startPath.isEmpty() && !QFileInfo(startPath).isDir()) {
-        dialog.selectFile(startPath);
-    }
-    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+    return askForFile(dialog, startPath);
 }
 
 std::optional<QString>

@@ -62,19 +62,19 @@ OutputsTab::Row OutputsTab::makeRow(const Preset &preset, std::size_t slot)
     const auto name = [slot](const char *part) {
         return QStringLiteral("%1%2").arg(QLatin1String(part)).arg(slot + 1);
     };
-    Row row { new QCheckBox(nimbara_i18n::tr(preset.name)),
+    const QString title = nimbara_i18n::tr(preset.name);
+    Row row { new QCheckBox(title),
         new QLineEdit(preset.server),
         new QLineEdit,
         makeButton("Iniciar", ""),
         new QLabel(nimbara_i18n::tr("Detenido")) };
     row.enabled->setObjectName(name("destination"));
     row.server->setObjectName(name("server"));
-    row.server->setAccessibleName(QStringLiteral("RTMP ") + preset.name);
+    row.server->setAccessibleName(QStringLiteral("RTMP ") + title);
     row.key->setObjectName(name("key"));
     row.key->setEchoMode(QLineEdit::Password);
     row.key->setPlaceholderText(nimbara_i18n::tr("Clave de transmisión"));
-    row.key->setAccessibleName(
-        nimbara_i18n::tr("Clave de transmisión") + QLatin1Char(' ') + preset.name);
+    row.key->setAccessibleName(nimbara_i18n::tr("Clave de transmisión") + QLatin1Char(' ') + title);
     row.toggle->setObjectName(name("toggle"));
     row.state->setObjectName(name("state"));
     row.state->setWordWrap(true);

@@ -187,7 +187,7 @@ void PropertiesPanel::addVerseRows(QFormLayout &form, const Layer &shown)
     auto *reference = named(new QLineEdit(shown.reference.section(referenceDot, 0, 0)),
         "verseReference",
         label("Cita"));
-    reference->setPlaceholderText(QStringLiteral("Juan 3:16"));
+    reference->setPlaceholderText(label("Juan 3:16"));
     auto *find = makeButton("Buscar versículo", "findVerse");
     const auto request = [this, reference] { Q_EMIT verseRequested(reference->text()); };
     connect(reference, &QLineEdit::returnPressed, this, request);

@@ -5,6 +5,8 @@ The texts are found by their look, not by the call around them: a text may reach
 a variable, an error or a table of its own. What looks like words and is not for the operator stands
 in the lists below.
 
+The guides quote these texts as they stand.
+
 usage: text_table_test.py SOURCE_FOLDER [unittest arguments]
 """
 
@@ -14,6 +16,7 @@ import sys
 import unittest
 
 SOURCES = pathlib.Path()
+REQUIRED = pathlib.Path(__file__).with_name("required_texts.tsv")
 
 WITHOUT_TWIN = {
     "names": [
@@ -56,7 +59,7 @@ WITHOUT_TWIN = {
         "Nimbara",
     ],
     "the log's own lines": [
-        "=== Inicio Vesperline 0.4.0 ===",
+        "=== Inicio Vesperline ",
         "GST (%1 repeticiones omitidas de %2)",
         "Abrir cámara índice %1 : %2",
         "Audio: %1 ms recortados, %2 ms alargados, %3 ms de silencio",
@@ -73,6 +76,11 @@ WITHOUT_TWIN = {
     "both languages in one": ["No hay pantalla gráfica. Inicia sesión en el escritorio…"],
     "translated by its beginning": ["Fuente sin señal: ", "Source lost signal: "],
     "for the compiler": ["RGBA bytes are native pixels the other way round"],
+}
+# What the guides quote of elsewhere: the toolkit's buttons, keys, files, the desktop.
+QUOTED = {
+    *"ES EN Sí Yes Esc F ▲ ▼ NimbaraStudio Vesperline.log Portuguese French".split(),
+    *["Fuente sin señal: ", "Source lost signal: ", "Contraseñas y claves", "Passwords and Keys"],
 }
 # The book table holds its own names in both languages; a style sheet is not read by operators.
 WHOLE_FILES = {"app/text_table.cpp", "bible/books.cpp", "ui/style.cpp"}
@@ -131,7 +139,16 @@ class TextTableTest(unittest.TestCase):
 
     def setUp(self):
         self.twins = twins()
-        self.assertGreaterEqual(len(self.twins), 241)
+
+    def test_required_texts_are_there(self):
+        """The texts that may not be reworded, and the twins of some."""
+        wrong = []
+        for line in REQUIRED.read_text().splitlines():
+            key, _, twin = line.replace('"', '\\"').partition("\t")
+            found = self.twins.get(key)
+            if found is None or (twin and found != twin):
+                wrong.append((key, found))
+        self.assertEqual(wrong, [])
 
     def test_every_text_has_a_twin(self):
         listed = [text for group in WITHOUT_TWIN.values() for text in group]
@@ -155,6 +172,17 @@ class TextTableTest(unittest.TestCase):
     def test_twins_are_english(self):
         spanish = {key: twin for key, twin in self.twins.items() if re.search("[áéíóúñ¿¡]", twin)}
         self.assertEqual(spanish, {})
+
+    def test_guides_quote_the_interface(self):
+        """A text in italics is one of the interface, or its beginning."""
+        shown = {"guia.md": [*self.twins, *QUOTED], "guide.md": [*self.twins.values(), *QUOTED]}
+        for name, texts in shown.items():
+            flat = [" ".join(text.split()).replace('\\"', '"') for text in texts]
+            guide = (SOURCES.parent / "docs" / name).read_text()
+            quotes = [" ".join(quote.split()) for quote in re.findall(r"(?<!\*)\*([^*]+)\*(?!\*)", guide)]
+            self.assertGreater(len(quotes), 50)
+            wrong = [q for q in quotes if not any(text.startswith(q.rstrip(" …")) for text in flat)]
+            self.assertEqual(wrong, [], name)
 
     def test_finds_what_it_is_for(self):
         source = """

@@ -129,16 +129,30 @@ class OnboardingTest : public QObject {
 
     QList<QUrl> m_opened;
 
+    static QString say(const char *spanish, const char *english)
+    {
+        return QString::fromUtf8(
+            nimbara_i18n::language() == QLatin1String("en") ? english : spanish);
+    }
+
 public Q_SLOTS:
     void keepUrl(const QUrl &url) { m_opened << url; }
 
 private Q_SLOTS:
+    void initTestCase_data() // each test in both languages
+    {
+        QTest::addColumn<QString>("language");
+        QTest::newRow("Spanish") << "es";
+        QTest::newRow("English") << "en";
+    }
     void init()
     {
         QSettings settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"));
         settings.remove(QStringLiteral("onboarding_complete"));
         settings.sync();
         cleanup();
+        QFETCH_GLOBAL(QString, language);
+        nimbara_i18n::language() = language;
         m_opened.clear();
         QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "keepUrl");
     }
@@ -155,6 +169,11 @@ private Q_SLOTS:
         FirstRun run;
         QVERIFY(run.assistant()->isVisible());
         QVERIFY(run.assistant()->isModal());
+        QCOMPARE(run.assistant()->windowTitle(),
+            say("Bienvenido a Ardenvale Vesperline", "Welcome to Ardenvale Vesperline"));
+        QCOMPARE(run.button(QWizard::BackButton)->text(), say("Atrás", "Back"));
+        QCOMPARE(run.button(QWizard::NextButton)->text(), say("Siguiente", "Next"));
+        QCOMPARE(run.button(QWizard::FinishButton)->text(), say("Terminar", "Finish"));
         QVERIFY(!run.button(QWizard::NextButton)->isEnabled());
         run.check("terms");
         QVERIFY(run.button(QWizard::NextButton)->isEnabled());
@@ -216,9 +235,11 @@ private Q_SLOTS:
         run.enterKey(QStringLiteral("sk-a1"), true);
         run.press(QWizard::FinishButton);
         QTRY_COMPARE_WITH_TIMEOUT(run.desk.dialogs->asked,
-            QStringList { QStringLiteral(
+            QStringList { say(
                 "API: No se pudo guardar en el almacén seguro. Desmarca guardar para mantenerla "
-                "solo en memoria.") },
+                "solo en memoria.",
+                "API: The key could not be saved in the secure store. Uncheck the box to keep the "
+                "key in memory only.") },
             30000);
         QVERIFY(run.assistant()->isVisible());
         QVERIFY(!isComplete());
@@ -281,6 +302,7 @@ private Q_SLOTS:
     void creditsTellTheSameInBothLanguages()
     {
         const QString path = QStringLiteral("/home/ana/Vesperline.log");
+        nimbara_i18n::language() = QStringLiteral("es");
         const QStringList spanish = creditsText(path).split(QStringLiteral("\n\n"));
         nimbara_i18n::language() = QStringLiteral("en");
         const QStringList english = creditsText(path).split(QStringLiteral("\n\n"));
@@ -313,6 +335,17 @@ private Q_SLOTS:
         QCOMPARE(m_opened,
             QList<QUrl> { QUrl::fromLocalFile(QFileInfo(logFilePath()).absolutePath()) });
         QVERIFY(QFileInfo(m_opened.first().toLocalFile()).isDir());
+    }
+
+    void creditsNameTheFolderThatTheDesktopCannotOpen()
+    {
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file")); // this platform opens nothing
+        Desk desk;
+        desk.press("credits");
+        desk.press("openLogFolder");
+        QCOMPARE(desk.find<QMessageBox>("folderBox")->text(),
+            say("No se pudo abrir la carpeta: ", "The folder could not be opened: ")
+                + QFileInfo(logFilePath()).absolutePath());
     }
 };
 

@@ -181,6 +181,8 @@ private Q_SLOTS:
         QSettings settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"));
         QCOMPARE(settings.value(QStringLiteral("language")).toString(), QStringLiteral("en"));
         settings.remove(QStringLiteral("language"));
+        desk.find<QComboBox>("language")->setCurrentIndex(0); // of this run: no question
+        QCOMPARE(desk.dialogs->asked.size(), 1);
     }
 
     void portraitFormatTurnsThePreview()

@@ -1,0 +1,230 @@
+#include "app/i18n.h"
+#include "app/log.h"
+#include "app/text_table.h"
+#include "support/test_registry.h"
+#include "ui/desk.h"
+#include "ui/style.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QFile>
+#include <QListWidget>
+#include <QMenu>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QStyle>
+#include <QStyleOptionComboBox>
+#include <QTabWidget>
+#include <QWizard>
+
+#include <array>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+
+namespace {
+
+constexpr std::array kinds { LayerKind::Camera,
+    LayerKind::Image,
+    LayerKind::Text,
+    LayerKind::Video,
+    LayerKind::Screen,
+    LayerKind::Color,
+    LayerKind::Subtitle,
+    LayerKind::Verse };
+
+/// What an operator may read, or a screen reader say, of a widget.
+QStringList textsOf(const QWidget &widget)
+{
+    QStringList texts { widget.windowTitle(), widget.toolTip(), widget.accessibleName() };
+    for (const char *name : { "text", "title", "subTitle", "placeholderText", "plainText" }) {
+        texts << widget.property(name).toString();
+    }
+    for (const QAction *action : widget.actions()) {
+        texts << action->text();
+    }
+    if (const auto *list = qobject_cast<const QComboBox *>(&widget)) {
+        for (int item = 0; item < list->count(); ++item) {
+            texts << list->itemText(item);
+        }
+    }
+    if (const auto *tabs = qobject_cast<const QTabWidget *>(&widget)) {
+        for (int tab = 0; tab < tabs->count(); ++tab) {
+            texts << tabs->tabText(tab);
+        }
+    }
+    if (const auto *list = qobject_cast<const QListWidget *>(&widget)) {
+        for (int row = 0; row < list->count(); ++row) {
+            texts << list->item(row)->text() << list->item(row)->toolTip();
+        }
+    }
+    return texts;
+}
+
+/// The keys, whole words, that stand in the text though their twins read otherwise.
+QStringList spanishIn(const QString &text)
+{
+    QStringList found;
+    for (const auto &pair : nimbara_i18n::textPairs()) {
+        const QString key = QString::fromUtf8(pair.spanish).trimmed();
+        if (key != QString::fromUtf8(pair.english).trimmed() && text.contains(key)
+            && text.contains(QRegularExpression(
+                QStringLiteral("(?<!\\pL)%1(?!\\pL)").arg(QRegularExpression::escape(key)),
+                QRegularExpression::UseUnicodePropertiesOption))) {
+            found << key + QStringLiteral(" in: ") + text;
+        }
+    }
+    return found;
+}
+
+/// One line each; empty when there is none.
+QString spanishShown()
+{
+    QStringList found;
+    for (const QWidget *widget : QApplication::allWidgets()) {
+        for (const QString &text : textsOf(*widget)) {
+            found << spanishIn(text);
+        }
+    }
+    return found.join(QLatin1Char('\n'));
+}
+
+/// A layer of each kind in the scene, as an opened project would bring them.
+void addEveryKind(Desk &desk)
+{
+    for (const LayerKind kind : kinds) {
+        desk.window.studio().stage().scenes.addLayer(newLayer(kind));
+    }
+    desk.press("editHall"); // and back, which lists them
+    desk.press("editStreams");
+}
+
+bool showsWholeText(const QWidget &widget)
+{
+    if (const auto *list = qobject_cast<const QComboBox *>(&widget)) {
+        QStyleOptionComboBox option;
+        option.initFrom(list);
+        const int room
+            = list->style()
+                  ->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, list)
+                  .width();
+        return list->isEditable()
+            || room >= list->fontMetrics().horizontalAdvance(list->currentText());
+    }
+    const auto *label = qobject_cast<const QLabel *>(&widget);
+    if (label != nullptr && label->wordWrap()) {
+        return label->height() >= label->heightForWidth(label->width());
+    }
+    const bool hasText = label != nullptr || qobject_cast<const QAbstractButton *>(&widget);
+    return !hasText || widget.minimumWidth() == widget.maximumWidth()
+        || widget.width() >= widget.sizeHint().width();
+}
+
+bool isInsideEveryParent(const QWidget &widget)
+{
+    for (const QWidget *inner = &widget; !inner->isWindow(); inner = inner->parentWidget()) {
+        if (inner->x() < 0 || inner->geometry().right() >= inner->parentWidget()->width()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The widgets that show part of their text alone, one line each.
+QString cutOff(const QWidget &window)
+{
+    QStringList found;
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        const QString text = widget->property("text").toString();
+        if (widget->isVisible() && !(showsWholeText(*widget) && isInsideEveryParent(*widget))) {
+            found << QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ')
+                    + widget->objectName() + QLatin1Char(' ') + text;
+        }
+    }
+    return found.join(QLatin1Char('\n'));
+}
+
+} // namespace
+
+class TextsTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { qApp->setStyleSheet(applicationStyleSheet()); }
+    void cleanupTestCase() { qApp->setStyleSheet(QString()); }
+    void cleanup() { nimbara_i18n::language() = QStringLiteral("es"); }
+
+    // Whatever an operator presses, with nothing connected and nothing typed.
+    void englishWindowSpeaksNoSpanish()
+    {
+        nimbara_i18n::language() = QStringLiteral("en");
+        QFile::remove(logFilePath());
+        Desk desk;
+        addEveryKind(desk);
+        auto *list = desk.find<QListWidget>("layers");
+        for (int row = 0; row < list->count(); ++row) {
+            list->setCurrentRow(row);
+            QCOMPARE(spanishShown(), QString());
+        }
+        for (const QAction *entry : desk.find<QPushButton>("addSource")->menu()->actions()) {
+            const_cast<QAction *>(entry)->trigger();
+        }
+        QList<QPointer<QPushButton>> buttons;
+        for (QPushButton *button : desk.window.findChildren<QPushButton *>()) {
+            buttons << button;
+        }
+        for (const auto &button : buttons) {
+            if (button && button->menu() == nullptr) {
+                button->click();
+            }
+        }
+        desk.window.onboarding();
+        const auto log = [] {
+            QFile file(logFilePath());
+            return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+        };
+        // The last answer due, of the key store.
+        QTRY_VERIFY_WITH_TIMEOUT(log().contains(QStringLiteral("  UI: Keys saved")), 30'000);
+        QCOMPARE(spanishShown(), QString());
+        QVERIFY(desk.window.findChild<QWizard *>() != nullptr);
+        QVERIFY(desk.window.findChild<QWidget *>(QStringLiteral("creditsBox")) != nullptr);
+        QCOMPARE(spanishIn(desk.dialogs->asked.join(QLatin1Char('\n'))), QStringList());
+        for (const QString &line : log().split(QLatin1Char('\n'))) {
+            if (line.contains(QStringLiteral("  UI: "))) {
+                QCOMPARE(spanishIn(line), QStringList());
+            }
+        }
+    }
+
+    void nothingIsCutOffOnASmallScreen_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::newRow("Spanish") << "es";
+        QTest::newRow("English") << "en";
+    }
+    void nothingIsCutOffOnASmallScreen()
+    {
+        QFETCH(QString, language);
+        nimbara_i18n::language() = language;
+        Desk desk;
+        desk.window.resize(1024, 768);
+        QVERIFY(QTest::qWaitForWindowExposed(&desk.window));
+        QCOMPARE(desk.window.size(), QSize(1024, 768));
+        auto *tabs = desk.find<QTabWidget>("tabs");
+        for (int tab = 0; tab < tabs->count(); ++tab) {
+            tabs->setCurrentIndex(tab);
+            QCoreApplication::processEvents(); // the layout follows
+            QCOMPARE(cutOff(desk.window), QString());
+        }
+        tabs->setCurrentIndex(0);
+        addEveryKind(desk);
+        auto *list = desk.find<QListWidget>("layers");
+        for (int row = 0; row < list->count(); ++row) {
+            list->setCurrentRow(row);
+            QCoreApplication::processEvents();
+            QCOMPARE(cutOff(desk.window), QString());
+        }
+    }
+};
+
+NIMBARA_TEST(TextsTest)
+#include "texts_test.moc"

@@ -59,24 +59,26 @@ def x(*words):
 
 
 class Program:
-    """One run of the shipped program in a home of its own."""
+    """One run of the shipped program in a home of its own, started there.
 
-    def __init__(self, executable, language="es", home=None, onboarded=True, debug=None):
+    `language` and `onboarded` become its settings; without a language nothing is written before its
+    first start. `runtime` is the folder for sockets, the home unless named.
+    """
+
+    def __init__(self, executable, language="es", home=None, onboarded=True, debug=None, runtime=None):
         self.home = pathlib.Path(home or tempfile.mkdtemp(prefix="studio-home-"))
-        settings = self.home / "config" / "Halvenmoor" / "NimbaraStudio.conf"
-        settings.parent.mkdir(parents=True, exist_ok=True)
-        if not settings.exists():
-            settings.write_text(
+        self.settings_path = self.home / ".config" / "Halvenmoor" / "NimbaraStudio.conf"
+        if language and not self.settings_path.exists():
+            self.settings_path.parent.mkdir(parents=True, exist_ok=True)
+            self.settings_path.write_text(
                 f"[General]\nlanguage={language}\nonboarding_complete={str(onboarded).lower()}\n"
             )
-        self.log_path = self.home / "data" / "Halvenmoor" / "NimbaraStudio" / "Vesperline.log"
-        environment = dict(
-            os.environ,
+        data = self.home / ".local" / "share" / "Halvenmoor" / "NimbaraStudio"
+        self.log_path, self.keys_path = data / "Vesperline.log", data / "secrets.json"
+        environment = {name: value for name, value in os.environ.items() if not name.startswith("XDG_")}
+        environment.update(
             HOME=str(self.home),
-            XDG_CONFIG_HOME=str(self.home / "config"),
-            XDG_DATA_HOME=str(self.home / "data"),
-            XDG_CACHE_HOME=str(self.home / "cache"),
-            XDG_RUNTIME_DIR=str(self.home),
+            XDG_RUNTIME_DIR=str(runtime or self.home),
             QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
         )
         os.chmod(self.home, 0o700)
@@ -85,7 +87,10 @@ class Program:
             self.error_path, self.debug_path = self.home / "stderr.txt", self.home / "gst.txt"
             environment.update(GST_DEBUG=debug, GST_DEBUG_FILE=str(self.debug_path))
             errors = os.open(self.error_path, os.O_WRONLY | os.O_CREAT)
-        self.process = subprocess.Popen([executable], env=environment, stderr=errors)
+        self.process = subprocess.Popen(
+            [os.path.abspath(executable)], cwd=self.home, env=environment, stderr=errors
+        )
+        self.pid = self.process.pid
         if debug:
             os.close(errors)
         wait_for("the main window", lambda: self.find("AL AIRE  →", "ON AIR  →"))
@@ -107,13 +112,14 @@ class Program:
 
     # Its controls.
 
-    def application(self):
+    def applications(self):
+        """All that run on this desktop, by their process."""
         desktop = Atspi.get_desktop(0)
-        for index in range(desktop.get_child_count()):
-            child = desktop.get_child_at_index(index)
-            if child is not None and child.get_process_id() == self.process.pid:
-                return child
-        return None
+        children = [desktop.get_child_at_index(index) for index in range(desktop.get_child_count())]
+        return {child.get_process_id(): child for child in children if child is not None}
+
+    def application(self):
+        return self.applications().get(self.pid)
 
     def walk(self, node):
         yield node

@@ -1,5 +1,5 @@
 #include "bench.h"
-#include "studio/studio.h"
+#include "studio/studio_run.h"
 
 #include <QString>
 #include <QTemporaryDir>
@@ -8,18 +8,13 @@
 
 #include <chrono>
 #include <cstdio>
-#include <fstream>
 #include <string>
-#include <sys/resource.h>
 #include <thread>
-#include <vector>
 
 namespace {
 
 using namespace nimbara;
 using namespace nimbara::bench;
-using namespace std::chrono_literals;
-using SteadyClock = std::chrono::steady_clock;
 
 /// How long the whole studio runs; NIMBARA_BENCH_SECONDS shortens it while developing.
 int runSeconds()
@@ -27,35 +22,6 @@ int runSeconds()
     const int given = qEnvironmentVariableIntValue("NIMBARA_BENCH_SECONDS");
     return given > 0 ? given : 60;
 }
-
-double processCpuSeconds()
-{
-    rusage usage {};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval &time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-double residentMiB()
-{
-    std::ifstream status("/proc/self/statm");
-    long total = 0;
-    long resident = 0;
-    status >> total >> resident;
-    return static_cast<double>(resident) * 4096 / 1048576;
-}
-
-struct StudioRun {
-    int frames = 0;
-    std::int64_t missed = 0;
-    double seconds = 0;
-    double cpuSeconds = 0;
-    double memoryAt10 = 0;
-    double memoryAtEnd = 0;
-    std::vector<double> ticks; ///< ms of the ticks that made a frame
-};
 
 /// Camera, two lines of text with box and shadow on the streams; background and caption in the
 /// hall.
@@ -81,43 +47,10 @@ StudioRun runStudio(int seconds)
     const QTemporaryDir folder;
     const SystemClock clock;
     Studio studio(clock);
-    StudioRun run;
-    studio.onPictures = [&run](const Pictures &) { ++run.frames; };
     prepareScenes(studio);
     studio.outputs().recording().start(folder.filePath(QStringLiteral("bench.webm")),
         studio.stage().streamFrame());
-
-    const double cpuBefore = processCpuSeconds();
-    const auto start = SteadyClock::now();
-    const auto end = start + std::chrono::seconds(seconds);
-    auto next = start;
-    while (SteadyClock::now() < end) {
-        const int before = run.frames;
-        const double ms = timeMs([&studio] { studio.tick(); });
-        if (run.frames != before) {
-            run.ticks.push_back(ms);
-        }
-        if (run.memoryAt10 == 0 && SteadyClock::now() - start > 10s) {
-            run.memoryAt10 = residentMiB();
-        }
-        next = std::max(next + 5ms, SteadyClock::now());
-        std::this_thread::sleep_until(next);
-    }
-    run.seconds = std::chrono::duration<double>(SteadyClock::now() - start).count();
-    run.cpuSeconds = processCpuSeconds() - cpuBefore;
-    run.memoryAtEnd = residentMiB();
-    run.missed = static_cast<std::int64_t>(studio.missedSlots());
-    return run;
-}
-
-double percentile(std::vector<double> values, double part)
-{
-    if (values.empty()) {
-        return 0;
-    }
-    const auto place = static_cast<std::ptrdiff_t>(part * static_cast<double>(values.size() - 1));
-    std::nth_element(values.begin(), values.begin() + place, values.end());
-    return values[static_cast<std::size_t>(place)];
+    return runFor(studio, std::chrono::seconds(seconds));
 }
 
 std::string tellStudio()

@@ -50,6 +50,7 @@ int runStudio(nimbara::StudioApplication &application)
 int main(int argc, char **argv)
 {
     nimbara::keepFreedPictures();
+    nimbara::forbidCoreDumps();
     const auto application = nimbara::StudioApplication::create(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("NimbaraStudio"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NIMBARA_VERSION));

@@ -8,4 +8,8 @@ namespace nimbara {
 /// library has no such setting.
 void keepFreedPictures();
 
+/// A crash leaves no image of the memory behind, in which keys lie (setrlimit(2)). Does nothing
+/// where the system has no such limit. Call it once, at start.
+void forbidCoreDumps();
+
 } // namespace nimbara

@@ -41,7 +41,7 @@ QString withoutSecrets(QString text)
     Secrets &known = secrets();
     const std::lock_guard lock(known.mutex);
     for (const QString &secret : std::as_const(known.texts)) {
-        text.replace(secret, QLatin1String("***"));
+        text.replace(secret, QLatin1String("***"), Qt::CaseInsensitive);
     }
     return text;
 }

@@ -53,6 +53,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Detener", "Stop" },
     TextPair { "Detener transmisiones", "Stop streams" },
     TextPair { "Detenido", "Stopped" },
+    TextPair { "Buscando la clave guardada…", "Looking for the saved key…" },
     TextPair { "Entrada", "Input" },
     TextPair { "Enviando · confirma recepción en la plataforma",
         "Streaming · check on the platform that it arrives" },

@@ -56,6 +56,19 @@ QString streamLocation(const QString &server, const QString &key)
     return server.endsWith(QLatin1Char('/')) ? server + key : server + QLatin1Char('/') + key;
 }
 
+void hideStreamKey(const QString &key)
+{
+    const QString given = key.trimmed();
+    const QUrl url(QStringLiteral("rtmp://host/") + given);
+    for (const QString &form :
+        { given, url.path(QUrl::FullyEncoded).mid(1), url.path(QUrl::FullyDecoded).mid(1) }) {
+        hideSecret(form);
+        for (const QString &piece : form.split(QLatin1Char('/'))) {
+            hideSecret(piece);
+        }
+    }
+}
+
 QString startLogLine(const QString &name, const QString &server, const QString &key)
 {
     // One call for all the texts: a "%" inside one is never taken for a place.
@@ -79,9 +92,7 @@ void Destination::start(const QString &server, const QString &key, FrameSize siz
 {
     const QString url = checkedServer(server);
     const QString given = checkedKey(key);
-    hideSecret(given);
-    // The key may have been pasted into the server's path as well, where it is encoded.
-    hideSecret(QUrl(QStringLiteral("rtmp://host/") + given).path(QUrl::FullyEncoded).mid(1));
+    hideStreamKey(given); // it may have been pasted into the server field as well
     logLine(startLogLine(m_name, withoutSecrets(url), given));
     m_output = std::make_unique<Output>(size.width,
         size.height,

@@ -35,6 +35,10 @@ QString checkedKey(const QString &text);
 /// the server lacks.
 QString streamLocation(const QString &server, const QString &key);
 
+/// Hides a stream key (`hideSecret`) in every form in which a text may hold it: whole, as part of a
+/// URL, and the pieces that a server sees on either side of a "/".
+void hideStreamKey(const QString &key);
+
 /// The log line of a start: name, server, length and at most four first characters of the key.
 QString startLogLine(const QString &name, const QString &server, const QString &key);
 

@@ -88,9 +88,7 @@ Output::Output(std::int32_t width,
 
 Output::~Output()
 {
-    if (!m_busEnded) {
-        m_streamEnd.end(m_pipeline.bus());
-    }
+    m_streamEnd.end(m_pipeline.bus());
 }
 
 void Output::stamp(std::int64_t tNs)
@@ -147,8 +145,8 @@ void Output::pollOutput()
         }
         return;
     }
-    m_busEnded = true;
     if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_ERROR) {
+        m_streamEnd.note(message.get());
         fail(failureText(message.get()));
         return;
     }

@@ -99,7 +99,6 @@ private:
     ElementRef m_audioSrc;
     StreamEnd m_streamEnd;
     StallWatch m_stallWatch;
-    bool m_busEnded = false; ///< the pipeline itself has told its end
     Pipeline m_pipeline; ///< last: goes to NULL before anything else is released
 };
 

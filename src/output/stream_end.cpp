@@ -40,10 +40,15 @@ bool isConnected(GstElement *sink)
 }
 
 /// The sink could not connect. Errors of others only tell that it takes no more data.
+bool isFailureOf(GstElement *sink, GstMessage *error)
+{
+    return error != nullptr && GST_MESSAGE_SRC(error) == GST_OBJECT_CAST(sink);
+}
+
 bool hasFailed(GstElement *sink, GstBus *bus)
 {
     const auto message = MessageRef::adopt(gst_bus_pop_filtered(bus, GST_MESSAGE_ERROR));
-    return message && GST_MESSAGE_SRC(message.get()) == GST_OBJECT_CAST(sink);
+    return isFailureOf(sink, message.get());
 }
 
 } // namespace
@@ -60,9 +65,14 @@ StreamEnd::StreamEnd(GstElement *sink)
         [](gpointer flag) { delete static_cast<Flag *>(flag); });
 }
 
+void StreamEnd::note(GstMessage *error)
+{
+    m_hasFailed = m_hasFailed || (m_sink && isFailureOf(m_sink.get(), error));
+}
+
 void StreamEnd::end(GstBus *bus) const
 {
-    if (!m_sink) {
+    if (!m_sink || m_hasFailed) {
         return;
     }
     gst_pad_send_event(inputOf(m_sink.get()).get(), gst_event_new_flush_start());

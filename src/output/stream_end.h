@@ -20,11 +20,16 @@ public:
     /// `sink` has not been started yet. It opens its connection for the first data.
     explicit StreamEnd(GstElement *sink);
 
+    /// Every error that the owner reads off the bus before `end`: after one of the sink's own there
+    /// is nothing to wait for.
+    void note(GstMessage *error);
+
     /// May wait, so it belongs on a background task. `bus`: of the sink's pipeline; errors are read
     /// off it.
     void end(GstBus *bus) const;
 
 private:
+    bool m_hasFailed = false;
     ElementRef m_sink;
     std::shared_ptr<const std::atomic<bool>> m_connects; ///< data has reached the sink
 };

@@ -24,9 +24,15 @@ namespace {
 constexpr auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 constexpr qint64 largestFile = 1 << 20;
 
+enum class FileState {
+    Sound, ///< its secrets are known; no file and an empty one have none
+    Broken, ///< it holds something else
+    Unreadable, ///< for now, perhaps: the secrets in it may be whole
+};
+
 struct Contents {
     QJsonObject secrets;
-    bool broken = false; ///< there is a file, and it holds something else
+    FileState state = FileState::Sound;
 };
 
 Contents contentsOf(const QString &path)
@@ -35,19 +41,25 @@ Contents contentsOf(const QString &path)
     if (!info.exists()) {
         return {};
     }
+    if (!info.isFile()) {
+        return { {}, FileState::Broken };
+    }
     QFile file(path);
-    if (!info.isFile() || !file.open(QIODevice::ReadOnly)) {
-        return { {}, true };
+    if (!file.open(QIODevice::ReadOnly)) {
+        return { {}, FileState::Unreadable };
     }
     const QByteArray bytes = file.read(largestFile + 1);
-    if (bytes.isEmpty() && file.error() == QFileDevice::NoError) {
+    if (file.error() != QFileDevice::NoError) {
+        return { {}, FileState::Unreadable };
+    }
+    if (bytes.isEmpty()) {
         return {};
     }
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
     if (bytes.size() > largestFile || !document.isObject()) {
-        return { {}, true };
+        return { {}, FileState::Broken };
     }
-    return { document.object() };
+    return { document.object(), FileState::Sound };
 }
 
 /// Replaces what `to` names. Never copies, unlike QFile's: a copy would be readable by others.
@@ -134,7 +146,8 @@ bool SecretFile::writeSecretFile(const QString &account, const QString &value)
     target.dir().mkpath(QStringLiteral("."));
     removeLeftovers(target);
     Contents contents = contentsOf(m_path);
-    if (contents.broken && !keepAside(m_path)) {
+    if (contents.state == FileState::Unreadable
+        || (contents.state == FileState::Broken && !keepAside(m_path))) {
         return false;
     }
     if (value.isEmpty()) {

@@ -2,7 +2,6 @@
 
 #include "app/error.h"
 #include "app/i18n.h"
-#include "app/secret_texts.h"
 
 #include <QPointer>
 
@@ -39,7 +38,8 @@ void DestinationControls::showDestinations()
         const Destination &destination = m_studio.outputs().destination(slot);
         m_tab.showDestination(slot,
             destination.buttonText(),
-            destination.statusText(),
+            isWaiting(slot) ? QStringLiteral("Buscando la clave guardada…")
+                            : destination.statusText(),
             isWaiting(slot));
     }
 }
@@ -109,6 +109,7 @@ void DestinationControls::stopStreams()
 
 void DestinationControls::start(std::size_t slot)
 {
+    hideKeys();
     m_studio.outputs().destination(slot).start(m_tab.server(slot),
         m_tab.key(slot),
         m_studio.stage().streamFrame());
@@ -150,21 +151,34 @@ void DestinationControls::keyArrived(std::size_t slot, std::uint64_t ticket, con
     startSelectedFrom(slot + 1);
 }
 
+void DestinationControls::hideKeys() const
+{
+    for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        hideStreamKey(m_tab.key(slot));
+    }
+}
+
+void DestinationControls::showSaving(bool saving)
+{
+    m_isSaving = saving;
+    m_tab.showSaving(saving);
+}
+
 void DestinationControls::saveKeys()
 {
+    hideKeys();
     Keys keys;
     for (std::size_t slot = 0; slot < keys.size(); ++slot) {
         keys.at(slot) = m_tab.key(slot);
-        hideSecret(keys.at(slot).trimmed());
     }
-    m_tab.showSaving(true);
+    showSaving(true);
     saveKeysFrom(0, keys);
 }
 
 void DestinationControls::saveKeysFrom(std::size_t slot, const Keys &keys)
 {
     if (slot == keys.size()) {
-        m_tab.showSaving(false);
+        showSaving(false);
         m_studio.status(nimbara_i18n::tr("Claves guardadas en Llavero / Credential Manager."));
         return;
     }
@@ -178,7 +192,7 @@ void DestinationControls::saveKeysFrom(std::size_t slot, const Keys &keys)
                 self->saveKeysFrom(slot + 1, keys);
                 return;
             }
-            self->m_tab.showSaving(false);
+            self->showSaving(false);
             self->m_guard.run([] {
                 throw Error(QStringLiteral("No se pudo guardar en el almacén seguro del sistema"));
             });

@@ -31,6 +31,8 @@ public:
     void showDestinations();
     /// Calls off the starts that wait for a key, as the window does before it closes.
     void callOffStarts();
+    /// Keys are on their way to the store.
+    [[nodiscard]] bool isSaving() const { return m_isSaving; }
 
 Q_SIGNALS:
     /// A slot was started or stopped by the operator.
@@ -49,6 +51,8 @@ private:
     void startSelected();
     void startSelectedFrom(std::size_t slot);
     void stopStreams();
+    void hideKeys() const;
+    void showSaving(bool saving);
     void saveKeys();
     void saveKeysFrom(std::size_t slot, const Keys &keys);
     [[nodiscard]] bool isWaiting(std::size_t slot) const;
@@ -63,6 +67,7 @@ private:
     OutputsTab &m_tab;
     std::array<PendingStart, destinationCount> m_pending {};
     std::uint64_t m_lastTicket = 0;
+    bool m_isSaving = false;
 };
 
 } // namespace nimbara

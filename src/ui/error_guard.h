@@ -33,12 +33,18 @@ public:
     {
         const QString text = nimbara_i18n::tr(untranslated);
         m_showStatus(text);
-        m_dialogs.warning(nimbara_i18n::tr("Ardenvale Vesperline"), text);
+        if (m_hasBoxes) {
+            m_dialogs.warning(nimbara_i18n::tr("Ardenvale Vesperline"), text);
+        }
     }
+
+    /// From now on the status line alone: a box would hold up a window that closes.
+    void withoutBoxes() { m_hasBoxes = false; }
 
 private:
     Dialogs &m_dialogs;
     std::function<void(const QString &)> m_showStatus;
+    bool m_hasBoxes = true;
 };
 
 } // namespace nimbara

@@ -56,12 +56,12 @@ void RecordingControls::toggle()
     m_studio.status(nimbara_i18n::tr(Recording::startedText()));
 }
 
-void RecordingControls::finish()
+void RecordingControls::finish(const std::function<bool()> &underWay)
 {
     Recording &recording = m_studio.outputs().recording();
     recording.finish();
     const QDeadlineTimer deadline(patience);
-    while (recording.exists() && !deadline.hasExpired()) {
+    while ((recording.exists() || underWay()) && !deadline.hasExpired()) {
         recording.poll();
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
         std::this_thread::sleep_for(pollSpacing);

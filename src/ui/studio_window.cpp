@@ -392,7 +392,8 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     m_frameTimer.stop();
     m_destinations->callOffStarts();
     m_translation->shutDown();
-    m_recording->finish();
+    m_guard.withoutBoxes();
+    m_recording->finish([this] { return m_destinations->isSaving(); });
     m_hall->hide();
     event->accept();
 }

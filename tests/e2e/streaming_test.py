@@ -28,6 +28,7 @@ PROGRAM = ""
 MAKE_CLIP = ""
 FRAME = 1 / 30
 NAMES = ("YouTube", "Facebook", "Twitch", "Otro RTMP")
+CLIP = ["width=1280", "height=720", "seconds=120", "audio=aac"]
 FAILED = "Fallo de salida (codigo "
 SENDING = "Enviando · confirma recepción en la plataforma"
 SUPPORT = pathlib.Path(__file__).resolve().parent.parent / "support"
@@ -189,7 +190,7 @@ class StreamingTest(unittest.TestCase):
         uneven = [b[0] - a[0] for a, b in zip(shown, shown[1:]) if abs(b[0] - a[0] - FRAME) > 0.0014]
         self.assertLessEqual(len(uneven), lost, uneven)
         numbers = [number for _, number, _ in shown if number is not None]
-        self.assertGreater(len(numbers), 0.8 * len(shown))
+        self.assertGreater(len(numbers), 0.5 * len(shown))
         self.assertEqual(numbers, sorted(numbers))
         offsets = beep_offsets(path, shown)
         print(f"{key}: beep after flash, ms:", [round(o * 1000) for o in offsets])
@@ -198,7 +199,7 @@ class StreamingTest(unittest.TestCase):
 
     def test_one_destination_is_whole_and_closing_asks(self):
         """What a small machine has to manage: every picture, a key frame every 2 s."""
-        self.open(clip=["width=1280", "height=720", "seconds=60", "audio=aac"])
+        self.open(clip=CLIP)
         self.fill("Twitch", self.platform.rtmp, "k3y-e2e-one")
         self.studio.click("Iniciar Twitch")
         self.wait_received("k3y-e2e-one")
@@ -213,7 +214,8 @@ class StreamingTest(unittest.TestCase):
 
         x("key", "alt+F4")
         self.studio.click("No", "&No")
-        gauge.watch(1)
+        size = self.platform.size("k3y-e2e-one")
+        wait_for("more at the server", lambda: self.platform.size("k3y-e2e-one") > size + 100_000)
         self.assertIsNone(self.studio.process.poll())
         x("key", "alt+F4")
         self.studio.click("Sí", "&Sí")
@@ -221,12 +223,14 @@ class StreamingTest(unittest.TestCase):
         self.assertEqual(self.studio.process.wait(60), 0)
         print(f"closed {time.monotonic() - started:.1f} s after the answer")
         self.assertGreater(float(probe(path)["format"]["duration"]), 2)
+        decoded = subprocess.run(["ffmpeg", "-v", "error", "-xerror", "-i", path, "-f", "null", "-"], capture_output=True)
+        self.assertEqual((decoded.returncode, decoded.stderr), (0, b""))
         self.assertGreaterEqual(share, 0.99)
         self.assertTrue(all(abs(s - 2) < 0.05 for s in spacing), spacing)
 
     def test_four_destinations_and_a_recording(self):
         """More than two cores can encode: pictures go, but neither the interface nor the memory."""
-        self.open()
+        self.open(clip=CLIP)
         keys = [f"k3y-e2e-four-{i}" for i in range(4)]
         for name, key in zip(NAMES, keys):
             self.fill(name, self.platform.rtmp, key)
@@ -246,6 +250,7 @@ class StreamingTest(unittest.TestCase):
         for key in keys:
             share, spacing = self.check_stream(key)
             print(f"{key}: {share:.0%} of the pictures, key frames", [round(s, 1) for s in spacing])
+            self.check_time(key)
         times = video_times(path)
         print(f"recording: {len(times) / (round((times[-1] - times[0]) / FRAME) + 1):.0%} of the pictures")
         # The queues of five outputs hold 3 pictures each, and the encoders a few.
@@ -267,8 +272,10 @@ class StreamingTest(unittest.TestCase):
         self.assertEqual(len(self.failures()), 1)
 
     def test_a_bad_destination_is_noticed_by_no_other(self):
-        """Refused, killed in mid-stream, accepting and never reading: beside one that works."""
+        """Refused, killed in mid-stream, accepting and never reading: beside one that works. The program
+        shows test bars, whose noise moves."""
         self.open()
+        self.studio.click("AL AIRE  →")
         self.fill("Twitch", self.platform.rtmp, "k3y-e2e-good")
         self.studio.click("Iniciar Twitch")
         self.wait_received("k3y-e2e-good", 20_000)
@@ -385,6 +392,7 @@ class StreamingTest(unittest.TestCase):
         self.studio.wait_status("Proyecto guardado")
         stop.set()
         watcher.join()
+        limits = pathlib.Path(f"/proc/{self.studio.process.pid}/limits").read_text()
         self.studio.close()
         paths = [*self.studio.home.rglob("*"), pathlib.Path(project)]
         told = {path: path.read_bytes() for path in paths if path.is_file()}
@@ -394,6 +402,7 @@ class StreamingTest(unittest.TestCase):
         self.assertEqual(subprocess.run(ask, capture_output=True, text=True).stdout, key)
         self.assertIn(b"rtmp2", told[self.studio.error_path] + told[self.studio.debug_path])
         self.assertIn(b"NimbaraStudio", b"".join(words))
+        self.assertRegex(limits, r"Max core file size +0 ")
         for where, text in [*told.items(), *(("words", text) for text in words)]:
             self.assertNotIn(b"9d8f7c", text, where)
         for path in (self.studio.error_path, self.studio.debug_path, self.studio.log_path):

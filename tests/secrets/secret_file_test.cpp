@@ -11,6 +11,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace nimbara;
@@ -144,6 +145,21 @@ private Q_SLOTS:
             const nimbara::testing::FullDisk disk(64);
             written = file.writeSecretFile(account, QString(5'000, u'x'));
         }
+        QVERIFY(!written);
+        QCOMPARE(file.readSecretFile(account), u"la de antes"_s);
+        QCOMPARE(names("*").size(), 1);
+    }
+
+    void aFileThatCannotBeOpenedIsLeftAlone()
+    {
+        SecretFile file(m_path);
+        QVERIFY(file.writeSecretFile(account, u"la de antes"_s));
+        rlimit before {};
+        QCOMPARE(::getrlimit(RLIMIT_NOFILE, &before), 0);
+        const rlimit none { 0, before.rlim_max };
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &none), 0);
+        const bool written = file.writeSecretFile(account, u"la nueva"_s);
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &before), 0);
         QVERIFY(!written);
         QCOMPARE(file.readSecretFile(account), u"la de antes"_s);
         QCOMPARE(names("*").size(), 1);

@@ -228,6 +228,11 @@ void DestinationControlsTest::startsOrSaysWhy_data()
         key,
         QStringLiteral("No se pudo iniciar salida"),
         end);
+    row("key in the host's place",
+        QStringLiteral("rtmp://My-Own-K3y"),
+        QStringLiteral("My-Own-K3y"),
+        QStringLiteral("No se pudo iniciar salida"),
+        QStringLiteral("servidor=rtmp://*** clave: 10 caracteres"));
     refused(QStringLiteral("rtmp://")); // untouched
     refused(QStringLiteral(" "));
     refused(QStringLiteral("http://host/app"));
@@ -258,10 +263,9 @@ void DestinationControlsTest::startsOrSaysWhy()
             QStringList { QStringLiteral("Ardenvale Vesperline: ") + error });
     }
     const QString log = textOf(logFilePath());
-    QCOMPARE(log.contains(QStringLiteral("Salida Otro RTMP: servidor=rtmp://127.0.0.1:")),
-        !logged.isEmpty());
+    QCOMPARE(log.contains(QStringLiteral("Salida Otro RTMP: ")), !logged.isEmpty());
     QVERIFY2(log.contains(logged), qPrintable(log));
-    QVERIFY(key.trimmed().size() < 5 || !log.contains(key.trimmed()));
+    QVERIFY(key.trimmed().size() < 5 || !log.contains(key.trimmed(), Qt::CaseInsensitive));
 }
 
 void DestinationControlsTest::sendsToAServer_data()

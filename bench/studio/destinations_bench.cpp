@@ -1,0 +1,165 @@
+#include "bench.h"
+#include "studio/studio_run.h"
+#include "support/rtmp_peer.h"
+
+#include <QDir>
+#include <QString>
+#include <QTcpServer>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace nimbara;
+using namespace nimbara::bench;
+using namespace std::chrono_literals;
+
+const auto live = QStringLiteral("live");
+
+/// Test bars, whose patch of noise never stands still, under a line of text.
+void prepareScene(Studio &studio)
+{
+    Layer text = newLayer(LayerKind::Text);
+    text.text = QStringLiteral("Bienvenidos al servicio de hoy");
+    studio.stage().scenes.addLayer(text);
+    studio.program().take();
+}
+
+std::string told(const char *name, const StudioRun &run)
+{
+    std::array<char, 200> line {};
+    std::snprintf(line.data(),
+        line.size(),
+        "\n  %-14s fps %.2f  missed %lld  tick p50 %.2f ms, p99 %.2f ms, most %.1f ms  "
+        "%.2f cores  %.0f MiB",
+        name,
+        run.frames / run.seconds,
+        static_cast<long long>(run.missed),
+        percentile(run.ticks, 0.5),
+        percentile(run.ticks, 0.99),
+        percentile(run.ticks, 1),
+        run.cpuSeconds / run.seconds,
+        run.memoryAtEnd);
+    return line.data();
+}
+
+/// A platform beside the one that is well.
+struct Beside {
+    const char *name;
+    QString server; ///< empty: none
+    const testing::RtmpPeer *freezes = nullptr; ///< stops reading after some seconds
+};
+
+/// Keeps the second destination going: it is started again whenever it has failed.
+std::string tellBeside(Studio &studio, const Beside &beside)
+{
+    Destination &slot = studio.outputs().destination(1);
+    int starts = 0;
+    int ticks = 0;
+    const StudioRun run = runFor(studio, 15s, [&] {
+        if (!beside.server.isEmpty() && !slot.running()) {
+            slot.start(beside.server, QStringLiteral("beside"), landscapeSize);
+            ++starts;
+        }
+        if (++ticks == 600 && beside.freezes != nullptr) {
+            beside.freezes->freeze(true);
+        }
+    });
+    slot.stop();
+    return told(beside.name, run) + "  starts " + std::to_string(starts);
+}
+
+std::string tellFive(Studio &studio, const QString &server)
+{
+    const QTemporaryDir folder;
+    Outputs &outputs = studio.outputs();
+    for (std::size_t slot = 1; slot < destinationCount; ++slot) {
+        outputs.destination(slot).start(server, QString::number(slot), landscapeSize);
+    }
+    outputs.recording().start(folder.filePath(QStringLiteral("five.webm")), landscapeSize);
+    const StudioRun run = runFor(studio, 30s);
+    for (std::size_t slot = 1; slot < destinationCount; ++slot) {
+        outputs.destination(slot).stop();
+    }
+    outputs.recording().finish();
+    runFor(studio, 2s);
+    return told("five outputs", run);
+}
+
+/// Starts and stops in turn, of which the interface thread has to pay every one.
+std::string tellStarts(Studio &studio, const QString &server)
+{
+    std::array<double, 2> longest {}; // ms: stop, start
+    const auto threads = [] {
+        return static_cast<int>(QDir(QStringLiteral("/proc/self/task"))
+                                    .entryList(QDir::Dirs | QDir::NoDotAndDotDot)
+                                    .size());
+    };
+    const int threadsBefore = threads();
+    const double before = runFor(studio, 1s).memoryAtEnd;
+    for (std::size_t i = 0; i < 200; ++i) {
+        Destination &slot = studio.outputs().destination(1 + i / 2 % 3);
+        const bool starts = !slot.running();
+        const double ms = timeMs([&] {
+            if (starts) {
+                slot.start(server, QStringLiteral("again-%1").arg(i), landscapeSize);
+            } else {
+                slot.stop();
+            }
+        });
+        longest.at(starts ? 1 : 0) = std::max(longest.at(starts ? 1 : 0), ms);
+        runFor(studio, 100ms);
+    }
+    const double after = runFor(studio, 5s).memoryAtEnd;
+    std::array<char, 160> line {};
+    std::snprintf(line.data(),
+        line.size(),
+        "\n  200 starts and stops: longest start %.1f ms, stop %.1f ms; threads %d, then %d; "
+        "%.0f MiB, then %.0f",
+        longest[1],
+        longest[0],
+        threadsBefore,
+        threads(),
+        before,
+        after);
+    return line.data();
+}
+
+/// The frame times of a studio that streams to one platform, beside a second one that is not well,
+/// and with all that it can send at once.
+std::string tellDestinations()
+{
+    const testing::RtmpPeer platform;
+    const testing::RtmpPeer freezing;
+    QTcpServer mute; // takes connections and never answers
+    mute.listen(QHostAddress::LocalHost);
+    const auto url = QStringLiteral("rtmp://127.0.0.1:%1/live");
+    const SystemClock clock;
+    Studio studio(clock);
+    prepareScene(studio);
+    Destination &first = studio.outputs().destination(0);
+    first.start(platform.rtmp(live), QStringLiteral("first"), landscapeSize);
+    runFor(studio, 3s);
+    const std::array besides { Beside { "alone", {} },
+        Beside { "well", platform.rtmp(live) },
+        Beside { "refused", platform.rtmp(QStringLiteral("closed")) },
+        Beside { "nobody there", url.arg(testing::freePort()) },
+        Beside { "never answers", url.arg(mute.serverPort()) },
+        Beside { "stops reading", freezing.rtmp(live), &freezing } };
+    std::string text;
+    for (const Beside &beside : besides) {
+        text += tellBeside(studio, beside);
+    }
+    text += tellStarts(studio, platform.rtmp(live));
+    text += tellFive(studio, platform.rtmp(live));
+    return text + (first.running() ? "" : "\n  the first one FAILED");
+}
+
+} // namespace
+
+NIMBARA_BENCH_CASE("destinations", tellDestinations)

@@ -182,7 +182,8 @@ class StreamingTest(unittest.TestCase):
         return len(times) / (round((times[-1] - times[0]) / FRAME) + 1), [b - a for a, b in zip(keys, keys[1:])]
 
     def check_time(self, key):
-        """30 pictures a second, which run forward, and each flash with its beep within 50 ms."""
+        """30 pictures a second, which run forward, and each flash with its beep within 50 ms: from the picture
+        in which it begins, where that one was not lost."""
         path = os.path.join(self.folder.name, f"{key}.copy")  # the server goes on writing
         shutil.copyfile(self.platform.received(key), path)
         shown = read_clip(path, (1280, 720))
@@ -195,7 +196,8 @@ class StreamingTest(unittest.TestCase):
         offsets = beep_offsets(path, shown)
         print(f"{key}: beep after flash, ms:", [round(o * 1000) for o in offsets])
         self.assertGreaterEqual(len(offsets), 10)
-        self.assertTrue(all(abs(o) <= 0.05 for o in offsets), offsets)
+        self.assertLessEqual(abs(statistics.median(offsets)), 0.05)
+        self.assertTrue(all(abs(o) <= 0.05 + (FRAME if lost else 0) for o in offsets), offsets)
 
     def test_one_destination_is_whole_and_closing_asks(self):
         """What a small machine has to manage: every picture, a key frame every 2 s."""

@@ -155,6 +155,17 @@ class ServiceTest(unittest.TestCase):
         times = video_times(path)
         self.assertGreater(times[-1], 4.0)
 
+    def test_another_language_restarts_the_program(self):
+        self.studio.click("ES", role="combo box")
+        x("key", "Down", "Return")
+        self.studio.click("Sí")
+        self.studio.process.wait(30)
+        old = self.studio.pid
+        others = lambda: [pid for pid in self.studio.applications() if pid != old]
+        self.studio.pid = wait_for("the program again", others)[0]
+        self.addCleanup(os.kill, self.studio.pid, signal.SIGTERM)
+        wait_for("the window in English", lambda: self.studio.find("ON AIR  →"))
+
     def test_full_disk_is_told_and_the_program_goes_on(self):
         self.studio.click("Transmitir y grabar", role="page tab")
         self.studio.click("● Grabar")

@@ -10,6 +10,8 @@ namespace nimbara {
 struct GainState {
     bool muted = false;
     double gain = 1.0; ///< linear, 0..2
+
+    bool operator==(const GainState &) const = default;
 };
 
 /// Largest absolute value of one block, left and right.

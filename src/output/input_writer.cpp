@@ -1,5 +1,7 @@
 #include "output/input_writer.h"
 
+#include <utility>
+
 namespace nimbara {
 
 namespace {
@@ -14,7 +16,8 @@ void InputWriter::append(AudioFifo &fifo, const AudioBlock &block)
         return;
     }
     m_values = block.samples;
-    if (m_nextPts != 0 && block.pts > m_nextPts + seamNs) {
+    const bool missing = m_nextPts != 0 && block.pts > m_nextPts + seamNs;
+    if (std::exchange(m_stepExpected, false) || missing) {
         m_fade.start(m_last, { m_values[0], m_values[1] });
     }
     m_fade.apply(m_values);

@@ -40,10 +40,23 @@ ProgramBlock ProgramAudio::next(const Source &source,
     ProgramBlock spoken;
     m_guard.take(source.fifo, sound);
     voice.pop(spoken);
-    return mixProgramBlock(sound,
-        source.isMedia ? std::optional(gain) : std::nullopt,
-        spoken,
-        levels);
+    const Mix mix { source.isMedia ? std::optional(gain) : std::nullopt, levels };
+    ProgramBlock block = mixProgramBlock(sound, mix.gain, spoken, levels);
+    fadeStep(mix, block);
+    return block;
+}
+
+void ProgramAudio::fadeStep(const Mix &mix, ProgramBlock &block)
+{
+    if (mix != m_mix) {
+        m_mix = mix;
+        m_fade.start(m_last, { block[0], block[1] });
+    }
+    m_fade.apply(block);
+    for (float &value : block) {
+        value = std::clamp(value, -1.0F, 1.0F);
+    }
+    m_last = { block[block.size() - 2], block.back() };
 }
 
 } // namespace nimbara

@@ -18,6 +18,8 @@ using ProgramBlock = std::array<float, programBlockValues>;
 struct MixLevels {
     int source = 100; ///< "Original en salidas"
     int voice = 100; ///< "Voz traducida en salidas"
+
+    bool operator==(const MixLevels &) const = default;
 };
 
 /// Mixes one block: each value of `sound` and of `voice` at their levels, clamped to −1..1. Values
@@ -39,7 +41,8 @@ public:
         bool isMedia = false; ///< gain and mute are still to be applied
     };
 
-    /// Drains one block of the source and of the synthetic voice and mixes them.
+    /// Drains one block of the source and of the synthetic voice and mixes them. Where gain or
+    /// levels are not those of the block before, the step is faded.
     ProgramBlock
     next(const Source &source, const GainState &gain, AudioFifo &voice, const MixLevels &levels);
 
@@ -47,7 +50,19 @@ public:
     LagGuard::Report takeReport() { return m_guard.takeReport(); }
 
 private:
+    /// What the values of a block were multiplied by.
+    struct Mix {
+        std::optional<GainState> gain; ///< of media
+        MixLevels levels;
+
+        bool operator==(const Mix &) const = default;
+    };
+    void fadeStep(const Mix &mix, ProgramBlock &block);
+
     LagGuard m_guard;
+    Mix m_mix;
+    StereoValue m_last {}; ///< last values given out
+    StepFade m_fade;
 };
 
 } // namespace nimbara

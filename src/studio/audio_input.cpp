@@ -56,7 +56,20 @@ void AudioInput::setGainPercent(int percent)
     if (gain < 0.0 || gain > 2.0) {
         throw Error(QStringLiteral("Ganancia fuera de 0 a 2"));
     }
-    m_gainState.gain = gain;
+    setGainState({ m_gainState.muted, gain });
+}
+
+void AudioInput::setMuted(bool muted)
+{
+    setGainState({ muted, m_gainState.gain });
+}
+
+void AudioInput::setGainState(const GainState &state)
+{
+    if (state != m_gainState) {
+        m_gainState = state;
+        m_writer.expectStep();
+    }
 }
 
 } // namespace nimbara

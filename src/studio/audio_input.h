@@ -26,7 +26,7 @@ public:
     /// The slider's position, 0..200 percent. Throws `Error` "Ganancia fuera de 0 a 2" and keeps
     /// the gain for any other value.
     void setGainPercent(int percent);
-    void setMuted(bool muted) { m_gainState.muted = muted; }
+    void setMuted(bool muted);
     [[nodiscard]] const GainState &gainState() const { return m_gainState; }
 
     /// What the outputs mix from.
@@ -39,12 +39,14 @@ public:
     std::function<void(int before, int after)> onLevels = [](int, int) {};
 
 private:
+    void setGainState(const GainState &state);
+
     std::shared_ptr<Retirement> m_retirement;
     Report m_status;
     std::unique_ptr<AudioCapture> m_capture;
     GainState m_gainState;
     AudioFifo m_fifo;
-    InputWriter m_writer; ///< fades the seams where a stall has cost blocks
+    InputWriter m_writer; ///< fades the seams between blocks that do not meet
 };
 
 } // namespace nimbara

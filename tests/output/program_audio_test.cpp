@@ -4,6 +4,8 @@
 #include <QTest>
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 using namespace nimbara;
 
@@ -73,6 +75,32 @@ private Q_SLOTS:
         QCOMPARE(input.size(), 10U);
         QCOMPARE(voice.size(), 10U);
         QCOMPARE(block.back(), 1.0F);
+    }
+
+    /// Gain, mute and levels may jump at any time: the sound goes over, and is the new one at the
+    /// end of the block.
+    void fadesItsSteps()
+    {
+        ProgramAudio audio;
+        AudioFifo media;
+        AudioFifo voice;
+        float last = 0;
+        const auto next = [&](const GainState &gain, const MixLevels &levels) {
+            media.push(std::vector<float>(programBlockValues, 0.4F));
+            const ProgramBlock block = audio.next({ &media, true }, gain, voice, levels);
+            for (std::size_t i = 0; i < block.size(); i += 2) {
+                const float step = std::abs(block[i] - std::exchange(last, block[i]));
+                if (step > 0.01F) {
+                    return -1.0F;
+                }
+            }
+            return last;
+        };
+        QCOMPARE(next({}, {}), 0.4F);
+        QCOMPARE(next({ false, 0.0 }, {}), 0.0F);
+        QCOMPARE(next({ false, 2.0 }, {}), 0.8F);
+        QCOMPARE(next({ true, 2.0 }, {}), 0.0F);
+        QCOMPARE(next({ false, 2.0 }, { 50, 100 }), 0.4F);
     }
 };
 

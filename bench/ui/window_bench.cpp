@@ -2,6 +2,7 @@
 #include "ui/audio_tab.h"
 #include "ui/hall_screen.h"
 #include "ui/monitors.h"
+#include "ui/style.h"
 
 #include <QApplication>
 #include <QScreen>
@@ -60,6 +61,7 @@ QImage picture(int number)
 /// size, the meters, and the hall window on a 1920 × 1080 screen.
 std::string tellWindow()
 {
+    qApp->setStyleSheet(applicationStyleSheet());
     Monitors monitors;
     monitors.resize(1280, 330);
     monitors.show();

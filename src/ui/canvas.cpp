@@ -99,10 +99,7 @@ void Canvas::paintEvent(QPaintEvent * /*event*/)
     painter.fillRect(rect(), groundColor);
     const QRectF area = frameArea();
     if (!m_frame.isNull()) {
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        painter.setCompositionMode(QPainter::CompositionMode_Source);
-        painter.drawImage(area, m_frame);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+        m_framePainter.draw(painter, area, m_frame);
     }
     painter.setPen(QPen(frameColor, 1));
     painter.drawRect(area);

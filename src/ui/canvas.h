@@ -2,6 +2,7 @@
 
 #include "scene/canvas_geometry.h"
 #include "scene/scene.h"
+#include "ui/frame_painter.h"
 
 #include <QImage>
 #include <QWidget>
@@ -55,6 +56,7 @@ private:
     void showPointerShape(const Scene &scene, QPointF pointer);
 
     QImage m_frame;
+    FramePainter m_framePainter;
     double m_aspect = 16.0 / 9.0;
     std::int32_t m_selected = -1;
     Mode m_mode = Mode::Idle;

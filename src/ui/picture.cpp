@@ -34,8 +34,7 @@ void Picture::paintEvent(QPaintEvent * /*event*/)
     if (target != QRectF(rect())) {
         painter.fillRect(rect(), Qt::black);
     }
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(target, m_frame);
+    m_framePainter.draw(painter, target, m_frame);
 }
 
 void Picture::hideEvent(QHideEvent *event)

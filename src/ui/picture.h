@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/frame_painter.h"
+
 #include <QImage>
 #include <QWidget>
 
@@ -26,6 +28,7 @@ protected:
 
 private:
     QImage m_frame;
+    FramePainter m_framePainter;
 };
 
 /// The largest rectangle of `content`'s shape inside `area`, centred.

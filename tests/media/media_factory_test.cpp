@@ -105,21 +105,26 @@ void MediaFactoryTest::namesWhatIsMissing()
 
 void MediaFactoryTest::refusesWhatDoesNotFit()
 {
+    const auto refusal = [](auto make) {
+        return errorOf([&] {
+            // Told at once, or by the source itself on a machine too busy to know it yet.
+            const MediaPtr late = make();
+            QTRY_VERIFY_WITH_TIMEOUT(late->startOutcome() == PipelineStart::Outcome::Refused,
+                30'000);
+            throw Error(QStringLiteral("No se pudo iniciar fuente"));
+        });
+    };
     const auto camera = [&](const char *opens) {
-        const DeviceRef device = fakeDevice({ .opens = opens });
-        return errorOf([&] { (void)m_factory.camera(size, device.get()); });
+        return refusal([&, device = fakeDevice({ .opens = opens })] {
+            return m_factory.camera(size, device.get());
+        });
     };
     QCOMPARE(camera(""), QStringLiteral("Falta componente de fuente multimedia"));
     QCOMPARE(camera("audiotestsrc"), QStringLiteral("Fuente no ofrece video raw compatible"));
     QCOMPARE(camera("filesrc location=/nonexistent ! rawvideoparse"),
         QStringLiteral("No se pudo iniciar fuente"));
-    QString missing = errorOf([&] {
-        // Told at once, or by the source itself on a machine too busy to know it yet.
-        const MediaPtr late = m_factory.media(size, QStringLiteral("file:///nonexistent"));
-        QTRY_VERIFY_WITH_TIMEOUT(late->startOutcome() == PipelineStart::Outcome::Refused, 30'000);
-        throw Error(QStringLiteral("No se pudo iniciar fuente"));
-    });
-    QCOMPARE(missing, QStringLiteral("No se pudo iniciar fuente"));
+    QCOMPARE(refusal([&] { return m_factory.media(size, QStringLiteral("file:///nonexistent")); }),
+        QStringLiteral("No se pudo iniciar fuente"));
 }
 
 void MediaFactoryTest::picksTheScreenElement_data()

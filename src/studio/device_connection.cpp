@@ -41,15 +41,16 @@ deviceOf(const std::vector<CaptureDevice> &devices, std::int32_t entry, std::int
     return entry >= fixed && place < devices.size() ? std::optional(devices[place]) : std::nullopt;
 }
 
-/// The chosen device as it is there now. Throws `Error` when it is not.
-const CaptureDevice &deviceAmong(const std::vector<CaptureDevice> &present,
+/// The chosen device as it is there now; null when it is not.
+const CaptureDevice *deviceAmong(const std::vector<CaptureDevice> &present,
     const std::optional<CaptureDevice> &chosen)
 {
-    const CaptureDevice *found = chosen ? findAgain(present, *chosen) : nullptr;
-    if (found == nullptr) {
-        throw Error(QStringLiteral("el dispositivo no está conectado"));
-    }
-    return *found;
+    return chosen ? findAgain(present, *chosen) : nullptr;
+}
+
+QString awayText()
+{
+    return tr("el dispositivo no está conectado");
 }
 
 } // namespace
@@ -132,8 +133,9 @@ bool DeviceConnection::mayUse(CaptureKind kind)
 void DeviceConnection::connectWanted(const Wanted &wanted, const DeviceLists &present)
 {
     m_audio.setCapture(nullptr);
-    const bool camera = connectCamera(wanted, present.video);
-    if (connectAudio(wanted, present.audio) && camera) {
+    const Outcome camera = connectCamera(wanted, present.video);
+    if (camera != Outcome::Failed && connectAudio(wanted, present.audio)
+        && camera == Outcome::Connected) {
         m_status(tr("Fuentes abiertas. Prepara una escena y pulsa AL AIRE."));
     }
 }
@@ -154,7 +156,7 @@ bool DeviceConnection::showsAlready(const Wanted &wanted,
     return found != nullptr && found == findAgain(present, *shown);
 }
 
-bool DeviceConnection::connectCamera(const Wanted &wanted,
+DeviceConnection::Outcome DeviceConnection::connectCamera(const Wanted &wanted,
     const std::vector<CaptureDevice> &present)
 {
     const bool bars = wanted.choice.camera == 0;
@@ -164,23 +166,27 @@ bool DeviceConnection::connectCamera(const Wanted &wanted,
                 .arg(index)
                 .arg(bars ? tr("Barras de prueba") : name));
     if (showsAlready(wanted, present)) {
-        return true;
+        return Outcome::Connected;
+    }
+    const CaptureDevice *device = deviceAmong(present, wanted.camera);
+    if (!bars && device == nullptr) {
+        m_status(tr("Cámara: ") + awayText());
+        return Outcome::Away;
     }
     try {
         if (bars) {
             m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
         } else {
-            const CaptureDevice &device = deviceAmong(present, wanted.camera);
-            m_sources.setCamera(m_factory.camera(m_stage.streamFrame(), device.device.get()),
+            m_sources.setCamera(m_factory.camera(m_stage.streamFrame(), device->device.get()),
                 index,
-                device);
+                *device);
         }
     } catch (const Error &error) {
         m_status(tr("Cámara: ") + tr(error.text()));
-        return false;
+        return Outcome::Failed;
     }
     logLine(QStringLiteral("Cámara creada: ") + m_sources.camera()->label());
-    return true;
+    return Outcome::Connected;
 }
 
 bool DeviceConnection::connectAudio(const Wanted &wanted, const std::vector<CaptureDevice> &present)
@@ -190,8 +196,13 @@ bool DeviceConnection::connectAudio(const Wanted &wanted, const std::vector<Capt
     }
     try {
         const bool tone = wanted.choice.audio > 0 && wanted.choice.audio < fixedAudio;
-        GstDevice *device = tone ? nullptr : deviceAmong(present, wanted.audio).device.get();
-        m_audio.setCapture(std::make_unique<AudioCapture>(m_clock, device));
+        const CaptureDevice *device = deviceAmong(present, wanted.audio);
+        if (!tone && device == nullptr) {
+            m_status(tr("Audio: ") + awayText());
+            return false;
+        }
+        m_audio.setCapture(
+            std::make_unique<AudioCapture>(m_clock, tone ? nullptr : device->device.get()));
     } catch (const Error &error) {
         m_status(tr("Audio: ") + tr(error.text()));
         return false;

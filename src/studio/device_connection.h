@@ -40,7 +40,8 @@ public:
 
     /// Opens what is chosen. A device is looked up first, in the background, because one that was
     /// away has come back under another number; the lists stay as they are. A camera that works
-    /// already stays in place; one that is not there leaves the camera as it is.
+    /// already stays in place; one that is not there leaves the camera as it is, one that cannot be
+    /// opened ends the attempt.
     ///
     /// Where the operator must first allow it, the request is made and nothing else; `onAnswered`
     /// tells when to call again.
@@ -60,9 +61,15 @@ private:
         std::optional<CaptureDevice> audio;
     };
 
+    enum class Outcome {
+        Connected,
+        Away, ///< the device is not there
+        Failed, ///< it is there, but cannot be opened
+    };
+
     bool mayUse(CaptureKind kind);
     void connectWanted(const Wanted &wanted, const DeviceLists &present);
-    bool connectCamera(const Wanted &wanted, const std::vector<CaptureDevice> &present);
+    Outcome connectCamera(const Wanted &wanted, const std::vector<CaptureDevice> &present);
     bool connectAudio(const Wanted &wanted, const std::vector<CaptureDevice> &present);
     [[nodiscard]] bool showsAlready(const Wanted &wanted,
         const std::vector<CaptureDevice> &present) const;

@@ -14,7 +14,9 @@ std::binary_semaphore gate(0); ///< open: the provider may answer
 gboolean startLate(GstDeviceProvider *provider)
 {
     gate.acquire();
+    const DeviceRef broken = fakeDevice({ .name = "Rota", .opens = "" });
     const DeviceRef device = fakeDevice({ .name = "Altar" });
+    gst_device_provider_device_add(provider, broken.get());
     gst_device_provider_device_add(provider, device.get());
     return TRUE;
 }
@@ -63,6 +65,16 @@ private Q_SLOTS:
         QVERIFY(cameras.isEmpty());
         gate.release();
         QVERIFY(desk.runUntil([&] { return cameras.contains(QStringLiteral("Altar")); }));
+
+        // A camera that cannot be built ends the attempt.
+        const auto broken = static_cast<std::int32_t>(cameras.indexOf(QStringLiteral("Rota")));
+        QVERIFY(broken >= 0);
+        desk.studio.devices().connectSources({ broken + 1, 1 });
+        QVERIFY(desk.runUntil([&] { return !desk.statuses.isEmpty(); }));
+        QCOMPARE(desk.statuses,
+            QStringList { QStringLiteral("Cámara: Falta componente de fuente multimedia") });
+        QCOMPARE(desk.studio.audio().capture(), nullptr);
+        QVERIFY(desk.studio.sources().camera()->active());
     }
 };
 

@@ -65,6 +65,29 @@ private Q_SLOTS:
         }
     }
 
+    /// However often a clock that is too fast costs sound.
+    void correctionsOfTheSoundAreLoggedOnceAMinute()
+    {
+        QFile::remove(logFilePath());
+        StudioFixture desk;
+        AudioInput &input = desk.studio.audio();
+        ProgramAudioDesk audio(desk.clock);
+        for (int frame = 0; frame < 150 * 30; ++frame) { // two and a half minutes
+            desk.clock.advanceUs(FrameSchedule::periodUs);
+            input.fifo().push(std::vector<float>(programBlockValues + 200, 0.1F));
+            audio.next(desk.studio.stage(), input);
+        }
+        QFile log(logFilePath());
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        static const QRegularExpression line(QStringLiteral("Audio: (\\d+) ms recortados, 0 ms "));
+        auto found = line.globalMatch(QString::fromUtf8(log.readAll()));
+        qint64 lines = 0;
+        for (; found.hasNext(); ++lines) {
+            QVERIFY(std::abs(found.next().captured(1).toInt() - 3750) < 100); // 6.25 % of a minute
+        }
+        QCOMPARE(lines, 2);
+    }
+
     void brokenRecordingNeverStopsThePrograms()
     {
         StudioFixture desk;

@@ -21,6 +21,8 @@ VirtualDevice::VirtualDevice(const QString &pipeline)
     }
 }
 
+/// In its default mode the sink is a follower of the graph, which outlives a reader that is late;
+/// as a driver ("provide") it stalls for good.
 VirtualDevice VirtualDevice::camera(const QString &node,
     const QString &name,
     const QString &colour,
@@ -29,16 +31,14 @@ VirtualDevice VirtualDevice::camera(const QString &node,
     return VirtualDevice(
         QStringLiteral("videotestsrc is-live=true pattern=%1 ! "
                        "video/x-raw,format=YUY2,width=%2,height=%3,framerate=30/1 ! "
-                       "pipewiresink mode=provide stream-properties=p,media.class=Video/Source,"
-                       "node.name=%4,node.description=%5")
+                       "pipewiresink stream-properties=p,media.class=Video/Source,"
+                       "node.name=%4,node.description=%5,node.autoconnect=false")
             .arg(colour)
             .arg(size.width)
             .arg(size.height)
             .arg(node, name));
 }
 
-/// In its default mode the sink is a follower, which outlives a reader that is late; as a driver
-/// ("provide") it stalls for good.
 VirtualDevice VirtualDevice::microphone(const QString &node,
     const QString &name,
     int rate,

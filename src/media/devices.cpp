@@ -97,9 +97,13 @@ namespace {
 /// How long the end of the program waits for a search under way.
 constexpr std::chrono::seconds farewell { 3 };
 
-/// The system's device monitor. One for the process, which is never stopped: stopping it makes a
-/// media service's library release devices that came and went a second time, and that has ended the
-/// process in the middle of its work. Any thread.
+/// The providers of a device monitor with the filters "Video/Source" and "Audio/Source". One for
+/// the process, and never stopped: stopping it makes a media service's library release devices that
+/// came and went a second time, and that has ended the process in the middle of its work. Any
+/// thread.
+///
+/// The monitor itself would ask a provider whose service is not there to probe, which loses file
+/// descriptors each time. Here such a provider is started again by the next search.
 class SystemMonitor {
 public:
     static SystemMonitor &instance()
@@ -112,45 +116,88 @@ public:
     DeviceLists search()
     {
         const std::lock_guard lock(m_mutex);
-        if (m_monitor == nullptr) {
-            start();
+        if (m_providers.empty()) {
+            findProviders();
         }
-        return devices();
-    }
-
-private:
-    /// Keeps no monitor when nothing can be watched, so that the next search tries again.
-    void start()
-    {
-        auto started = GstRef<GstDeviceMonitor>::adopt(gst_device_monitor_new());
-        gst_device_monitor_add_filter(started.get(), "Video/Source", nullptr);
-        gst_device_monitor_add_filter(started.get(), "Audio/Source", nullptr);
-        // Nobody reads its news; the device list is asked for instead.
-        const auto bus = BusRef::adopt(gst_device_monitor_get_bus(started.get()));
-        gst_bus_set_flushing(bus.get(), TRUE);
-        if (gst_device_monitor_start(started.get()) != FALSE) {
-            m_monitor = started.release();
+        for (Provider &provider : m_providers) {
+            start(provider);
         }
-    }
-
-    [[nodiscard]] DeviceLists devices() const
-    {
         DeviceLists lists;
-        if (m_monitor == nullptr) {
-            return lists;
+        const QStringList hidden = hiddenProviders();
+        for (const Provider &provider : m_providers) {
+            if (provider.answers && !hidden.contains(provider.name)) {
+                addDevices(provider.element, lists);
+            }
         }
-        GList *found = gst_device_monitor_get_devices(m_monitor);
-        for (const GList *item = found; item != nullptr; item = item->next) {
-            CaptureDevice device = describeDevice(GST_DEVICE_CAST(item->data));
-            auto &list = device.kind == DeviceKind::Video ? lists.video : lists.audio;
-            list.push_back(std::move(device));
-        }
-        g_list_free_full(found, gst_object_unref);
         return lists;
     }
 
+private:
+    struct Provider {
+        QString name;
+        GstDeviceProvider *element; ///< lives until the process ends
+        bool answers = false;
+    };
+
+    void findProviders()
+    {
+        const auto monitor = GstRef<GstDeviceMonitor>::adopt(gst_device_monitor_new());
+        gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
+        gst_device_monitor_add_filter(monitor.get(), "Audio/Source", nullptr);
+        gchar **names = gst_device_monitor_get_providers(monitor.get());
+        for (gchar **name = names; name != nullptr && *name != nullptr; ++name) {
+            GstDeviceProvider *element = gst_device_provider_factory_get_by_name(*name);
+            if (element != nullptr) {
+                m_providers.push_back({ QString::fromUtf8(*name), element });
+            }
+        }
+        g_strfreev(names);
+    }
+
+    static void start(Provider &provider)
+    {
+        if (provider.answers) {
+            return;
+        }
+        provider.answers = gst_device_provider_can_monitor(provider.element) == FALSE
+            || gst_device_provider_start(provider.element) != FALSE;
+        // Nobody reads its news; the device list is asked for instead.
+        const auto bus = BusRef::adopt(gst_device_provider_get_bus(provider.element));
+        gst_bus_set_flushing(bus.get(), TRUE);
+    }
+
+    /// Those whose devices another one names as well.
+    [[nodiscard]] QStringList hiddenProviders() const
+    {
+        QStringList hidden;
+        for (const Provider &provider : m_providers) {
+            gchar **names = gst_device_provider_get_hidden_providers(provider.element);
+            for (gchar **name = names; name != nullptr && *name != nullptr; ++name) {
+                hidden << QString::fromUtf8(*name);
+            }
+            g_strfreev(names);
+        }
+        return hidden;
+    }
+
+    static void addDevices(GstDeviceProvider *provider, DeviceLists &lists)
+    {
+        GList *found = gst_device_provider_get_devices(provider);
+        for (const GList *item = found; item != nullptr; item = item->next) {
+            GstDevice *device = GST_DEVICE_CAST(item->data);
+            if (gst_device_has_classes(device, "Video/Source") == FALSE
+                && gst_device_has_classes(device, "Audio/Source") == FALSE) {
+                continue;
+            }
+            CaptureDevice described = describeDevice(device);
+            auto &list = described.kind == DeviceKind::Video ? lists.video : lists.audio;
+            list.push_back(std::move(described));
+        }
+        g_list_free_full(found, gst_object_unref);
+    }
+
     std::mutex m_mutex;
-    GstDeviceMonitor *m_monitor = nullptr; ///< runs until the process ends
+    std::vector<Provider> m_providers;
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "app/clock.h"
 #include "app/error.h"
 #include "media/audio_capture.h"
+#include "media/devices.h"
 #include "media/media_factory.h"
 #include "poll.h"
 #include "support/clips.h"
@@ -80,7 +81,7 @@ void ChurnTest::openOne(int turn)
 {
     ClipRecipe recipe;
     recipe.seconds = 0.4;
-    switch (turn % 5) {
+    switch (turn % 6) {
     case 0: {
         const MediaPtr bars = m_factory.testBars(size);
         QVERIFY(pollUntil(*bars, [&] { return bars->frame() != nullptr; }));
@@ -105,6 +106,12 @@ void ChurnTest::openOne(int turn)
             QCOMPARE(error.text(), QStringLiteral("No se pudo iniciar fuente"));
         }
         break;
+    case 4: { // for a camera that is lost, every 3 s
+        DeviceDiscovery discovery;
+        discovery.start();
+        QVERIFY(QTest::qWaitFor([&] { return discovery.poll().has_value(); }, 20'000));
+        break;
+    }
     default:
         m_retirement->retire(std::make_unique<AudioCapture>(m_clock, nullptr));
         break;

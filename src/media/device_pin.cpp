@@ -4,6 +4,22 @@
 
 namespace nimbara {
 
+namespace {
+
+/// PipeWire takes the memory of its pictures away when a device changes or goes, also from under a
+/// conversion that is still reading them, which ends the process. A copy at arrival is short.
+void readCopies(GstElement *element)
+{
+    constexpr const char *property = "always-copy";
+    const GParamSpec *declared
+        = g_object_class_find_property(G_OBJECT_GET_CLASS(element), property);
+    if (declared != nullptr && G_PARAM_SPEC_VALUE_TYPE(declared) == G_TYPE_BOOLEAN) {
+        g_object_set(element, property, TRUE, nullptr);
+    }
+}
+
+} // namespace
+
 void pinToDevice(GstElement *element)
 {
     constexpr const char *property = "stream-properties";
@@ -19,6 +35,7 @@ void pinToDevice(GstElement *element)
         current != nullptr ? current : gst_structure_new_empty("properties"));
     gst_structure_set(properties.get(), "node.dont-reconnect", G_TYPE_STRING, "true", nullptr);
     g_object_set(element, property, properties.get(), nullptr);
+    readCopies(element);
 }
 
 } // namespace nimbara

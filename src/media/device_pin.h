@@ -5,8 +5,8 @@
 namespace nimbara {
 
 /// Keeps a capture element on its device: asks the sound or camera service not to hand the stream
-/// another device when its own goes away. Elements of other services are left alone; null is
-/// allowed.
+/// another device when its own goes away, and makes it read copies of what arrives. Elements of
+/// other services are left alone; null is allowed.
 void pinToDevice(GstElement *element);
 
 } // namespace nimbara

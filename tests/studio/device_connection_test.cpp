@@ -82,6 +82,7 @@ private Q_SLOTS:
         const DeviceChoice choice = desk.choose("Altar", "Consola");
         QCOMPARE(desk.connected(choice), QString::fromUtf8(opened));
         desk.studio.program().take();
+        QVERIFY(desk.pollUntil([&] { return desk.studio.sources().cameraFrame() != nullptr; }));
         QVERIFY(desk.runUntil([&] { return isRed(centre(desk.pictures.streams)); }));
         QVERIFY(desk.runUntil([&] { return desk.before > 60; }));
         const MediaPtr connected = desk.studio.sources().camera();

@@ -15,6 +15,7 @@ constexpr TextPair pairs[] = {
         "OpenAI API key · read from the secure store when translation starts" },
     TextPair { "API key opcional", "API key (optional)" },
     TextPair { "Abrir carpeta del registro", "Open log folder" },
+    TextPair { "Carpeta", "Folder" },
     TextPair { "No se pudo abrir la carpeta: ", "The folder could not be opened: " },
     TextPair { "Abrir proyecto", "Open project" },
     TextPair { ". Elige cámara y audio, pulsa Conectar fuentes y luego AL AIRE.",

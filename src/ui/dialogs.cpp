@@ -4,6 +4,7 @@
 
 #include <QColorDialog>
 #include <QFileDialog>
+#include <QFileIconProvider>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QInputDialog>
@@ -34,6 +35,15 @@ QString shortened(const QStringList &lines)
         + nimbara_i18n::tr("… y %1 más").arg(lines.size() - first.size());
 }
 
+/// Names folders in the interface's language, for which the toolkit has no Spanish word.
+class FileKinds final : public QFileIconProvider {
+public:
+    QString type(const QFileInfo &info) const override
+    {
+        return info.isDir() ? nimbara_i18n::tr("Carpeta") : QFileIconProvider::type(info);
+    }
+};
+
 /// Room for whole dates and names of places. A dialog of the desktop's own has no such parts.
 void widen(QFileDialog &dialog)
 {
@@ -53,6 +63,8 @@ QString askForFile(QFileDialog &dialog, const QString &startPath)
     if (!startPath.isEmpty() && !QFileInfo(startPath).isDir()) {
         dialog.selectFile(startPath);
     }
+    static FileKinds kinds; // the dialog's threads read it until they end
+    dialog.setIconProvider(&kinds);
     widen(dialog);
     return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }

@@ -29,6 +29,8 @@ TABS = {
     "outputs": ("Transmitir y grabar", "Stream and record"),
     "translation": ("Traducción IA y Biblia", "AI translation and Bible"),
 }
+# In the order of the menu.
+KINDS = ["camera", "image", "text", "video", "network", "screen", "color", "subtitles", "verse-source"]
 WINDOW = "^Vesperline · Ardenvale$"
 
 
@@ -103,13 +105,15 @@ class Photographer:
 
     def take_box(self, name, spanish, english):
         """A box, which goes away afterwards."""
-        self.take(name, f"^{self.say(spanish, english)}$")
+        self.take(name, f"^({self.say(spanish, english)})$")
         x("key", "Escape")
-        wait_for("the box's end", lambda: window_id(f"^{self.say(spanish, english)}$") is None)
+        wait_for("the box's end", lambda: window_id(f"^({self.say(spanish, english)})$") is None)
 
     def open(self, home, onboarded):
         os.environ["LC_ALL"] = self.say("es_ES.UTF-8", "en_US.UTF-8")
-        self.studio = Program(self.program, self.language, home=home, onboarded=onboarded)
+        self.studio = Program(
+            self.program, self.language, home=home, onboarded=onboarded, runtime=tempfile.mkdtemp()
+        )
         os.environ["LC_ALL"] = "C.UTF-8"  # the tools need one that is installed, to find titles by
         target = wait_for("the main window", lambda: window_id(WINDOW))
         x("windowmove", "--sync", target, "0", "0")
@@ -180,40 +184,32 @@ class Photographer:
         x("key", "Return")
         self.click("Eliminar escena", "Delete scene")
         self.take_box("delete-scene", "Eliminar escena", "Delete scene")
-        self.add("Fuente de red...", "Network source...")
+        self.add("network")
         self.take_box("network-source", "Fuente de red", "Network source")
-        self.add("Imagen...", "Image...")
+        self.add("image")
         self.studio.enter_path(self.say("Imagen", "Image"), home.video)
         self.take_box("warning", "Ardenvale Vesperline", "Ardenvale Vesperline")
 
-    def add(self, spanish, english):
+    def add(self, kind):
         self.click("+ Fuente", "+ Source")
-        self.click(spanish, english, role="menu item")
+        x("key", "--delay", "30", *["Down"] * (KINDS.index(kind) + 1), "Return")
 
     def properties(self, home):
         """Each kind of source, the upper and the lower part of its properties."""
-        kinds = {
-            "camera": ("Cámara / capturadora", "Camera / capture card"),
-            "image": ("Imagen...", "Image..."),
-            "text": ("Texto", "Text"),
-            "video": ("Video...", "Video..."),
-            "screen": ("Captura de pantalla", "Screen capture"),
-            "color": ("Color sólido", "Solid color"),
-            "subtitle": ("Subtítulos (IA): posición y estilo", "Subtitles (AI): position and style"),
-            "verse-source": ("Versículo bíblico", "Bible verse"),
-        }
-        for name, titles in kinds.items():
-            self.add(*titles)
-            if name == "image":
+        for kind in KINDS:
+            if kind == "network":
+                continue  # a video to the interface
+            self.add(kind)
+            if kind == "image":
                 self.studio.enter_path(self.say("Imagen", "Image"), home.image)
-            if name == "video":
+            if kind == "video":
                 self.studio.enter_path("Video", home.video)
-            self.take(f"{name}-upper")
+            self.take(f"{kind}-upper")
             self.wheel(0.52, 0.85)
-            self.take(f"{name}-lower")
-            if name == "color":
+            self.take(f"{kind}-lower")
+            if kind == "color":
                 self.click("Color", "Color", role="push button")
-                self.take_box("color-box", self.say("Seleccionar color", "Select Color"), "Select Color")
+                self.take_box("color-box", "Seleccionar color|Select Color", "Select Color")
 
     def projects(self, home):
         self.click("Guardar proyecto", "Save project")
@@ -233,7 +229,7 @@ class Photographer:
         self.take_box("close-question", "Cerrar", "Close")
 
     def run(self):
-        home = Home(self.say("Vídeos", "Videos"), self.say("Imágenes", "Pictures"))
+        home = Home("Videos", self.say("Fotos", "Pictures"))  # names that the keyboard types
         try:
             self.open(home.path, onboarded=False)
             self.first_start()
@@ -251,7 +247,8 @@ class Photographer:
             self.verse()
             self.scenes(home)
             self.properties(home)
-            self.recording(home)
+            if not self.is_small:  # its button is beyond the edge there
+                self.recording(home)
         finally:
             if self.studio:
                 self.studio.close()

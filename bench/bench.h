@@ -58,6 +58,9 @@ template <typename Body> double medianMs(int runs, Body body)
     return median(std::move(times));
 }
 
+/// Memory of this process that is in the machine's.
+double residentMiB();
+
 /// The unit of account: copying one 1920 × 1080 RGBA frame, on this machine at this moment.
 double frameCopyMs();
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <vector>
 
 namespace nimbara::bench {
@@ -25,6 +26,15 @@ double frameCopyMs()
     static const std::vector<std::uint8_t> from(bytes, 7);
     static std::vector<std::uint8_t> onto(bytes);
     return medianMs(31, [] { std::memcpy(onto.data(), from.data(), bytes); });
+}
+
+double residentMiB()
+{
+    std::ifstream status("/proc/self/statm");
+    long total = 0;
+    long resident = 0;
+    status >> total >> resident;
+    return static_cast<double>(resident) * 4096 / 1048576;
 }
 
 namespace {

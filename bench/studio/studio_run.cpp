@@ -3,7 +3,6 @@
 #include "bench.h"
 
 #include <algorithm>
-#include <fstream>
 #include <sys/resource.h>
 #include <thread>
 
@@ -11,19 +10,6 @@ namespace nimbara::bench {
 
 using namespace std::chrono_literals;
 using SteadyClock = std::chrono::steady_clock;
-
-namespace {
-
-double residentMiB()
-{
-    std::ifstream status("/proc/self/statm");
-    long total = 0;
-    long resident = 0;
-    status >> total >> resident;
-    return static_cast<double>(resident) * 4096 / 1048576;
-}
-
-} // namespace
 
 double processCpuSeconds()
 {

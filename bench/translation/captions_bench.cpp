@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdio>
-#include <fstream>
 #include <random>
 #include <string>
 
@@ -15,15 +14,6 @@ using namespace nimbara::bench;
 
 constexpr int spacing = 4; ///< seconds between two captions
 constexpr int captionsPerMinute = 60 / spacing;
-
-double residentMiB()
-{
-    std::ifstream status("/proc/self/statm");
-    long total = 0;
-    long resident = 0;
-    status >> total >> resident;
-    return static_cast<double>(resident) * 4096 / 1048576;
-}
 
 /// Ninety minutes of captions, no two alike, in the hall and in the streams.
 class Sermon {

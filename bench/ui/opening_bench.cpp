@@ -7,7 +7,7 @@
 
 #include <array>
 #include <chrono>
-#include <fstream>
+#include <cmath>
 #include <string>
 
 namespace {
@@ -53,15 +53,6 @@ Project clipProject(const QStringList &locations)
     return project;
 }
 
-long residentMiB()
-{
-    std::ifstream status("/proc/self/statm");
-    long total = 0;
-    long resident = 0;
-    status >> total >> resident;
-    return resident / 256;
-}
-
 /// From the press of the button until the project stands on the desk.
 std::string open(WatchedWindow &window, const Project &project, const QString &path)
 {
@@ -94,7 +85,7 @@ std::string tellClips()
         folder.filePath(QStringLiteral("c.nimbara")));
     told.append("\tstarting: ").append(window.runFor(5s).text());
     told.append("\trunning: ").append(window.runFor(5s).text());
-    told.append("\t").append(std::to_string(residentMiB())).append(" MiB");
+    told.append("\t").append(std::to_string(std::lround(residentMiB()))).append(" MiB");
     told.append("\tan empty one: ");
     told.append(open(window, {}, folder.filePath(QStringLiteral("e.nimbara"))));
     told.append("\tthen: ").append(window.runFor(5s).text());

@@ -93,7 +93,7 @@ QByteArray circle(QPoint from, int radius)
                             .arg(from.y())
                             .toLatin1();
     for (int i = 1; i <= moves; ++i) {
-        const double angle = 2 * M_PI * i / (2 * movesPerSecond); // a turn every two seconds
+        const double angle = 2 * M_PI * i / (2.2 * movesPerSecond); // ends elsewhere than it began
         script += QStringLiteral("mousemove %1 %2\nsleep 0.0165\n")
                       .arg(from.x() + qRound(radius * std::sin(angle)))
                       .arg(from.y() + qRound(radius * (1 - std::cos(angle)) / 2))
@@ -163,6 +163,7 @@ std::string tellDrag()
     const auto front = static_cast<std::int32_t>(scene.layers.size()) - 1;
     window.window().findChild<Canvas *>(QStringLiteral("canvas"))->setSelected(front);
     std::string told = std::to_string(scene.layers.size()) + " layers\t";
+    window.runFor(2s);
     told.append("still: ").append(window.runFor(5s).text()).append("\t");
     told += select(window, "photo", front) + select(window, "text", front - 2);
     told += drag(window, "text moved", front - 2, 0.5, 0.5);

@@ -182,8 +182,7 @@ class StreamingTest(unittest.TestCase):
         return len(times) / (round((times[-1] - times[0]) / FRAME) + 1), [b - a for a, b in zip(keys, keys[1:])]
 
     def check_time(self, key):
-        """30 pictures a second, which run forward, and each flash with its beep within 50 ms. Where pictures
-        were lost, those in which flashes begin are among them, and the middle flash counts."""
+        """30 pictures a second, which run forward, and each flash with its beep within 50 ms."""
         path = os.path.join(self.folder.name, f"{key}.copy")  # the server goes on writing
         shutil.copyfile(self.platform.received(key), path)
         shown = read_clip(path, (1280, 720))
@@ -191,13 +190,12 @@ class StreamingTest(unittest.TestCase):
         uneven = [b[0] - a[0] for a, b in zip(shown, shown[1:]) if abs(b[0] - a[0] - FRAME) > 0.0014]
         self.assertLessEqual(len(uneven), lost, uneven)
         numbers = [number for _, number, _ in shown if number is not None]
-        self.assertGreater(len(numbers), 0.5 * len(shown))
+        self.assertGreater(len(numbers), 0.8 * len(shown))
         self.assertEqual(numbers, sorted(numbers))
         offsets = beep_offsets(path, shown)
         print(f"{key}: beep after flash, ms:", [round(o * 1000) for o in offsets])
         self.assertGreaterEqual(len(offsets), 10)
-        self.assertLessEqual(abs(statistics.median(offsets)), 0.05)
-        self.assertTrue(lost or all(abs(o) <= 0.05 for o in offsets), offsets)
+        self.assertTrue(all(abs(o) <= 0.05 for o in offsets), offsets)
 
     def test_one_destination_is_whole_and_closing_asks(self):
         """What a small machine has to manage: every picture, a key frame every 2 s."""

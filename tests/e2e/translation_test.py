@@ -83,10 +83,9 @@ class Microphone:
     STEP = RATE // 100
 
     def __init__(self, name):
-        words = ["gst-launch-1.0", "-q", "fdsrc", "fd=0", "do-timestamp=true", f"blocksize={2 * self.STEP}", "!"]
-        words += ["rawaudioparse", "pcm-format=s16le", f"sample-rate={RATE}", "num-channels=1", "!", "audioconvert"]
-        words += ["!", f"audio/x-raw,format=F32LE,rate={RATE},channels=2", "!", "pipewiresink"]
-        words += [f"stream-properties=p,media.class=Audio/Source,node.name={name},node.description={name},node.autoconnect=false"]
+        node = json.dumps({"media.class": "Audio/Source", "node.name": name, "node.description": name})
+        words = ["pw-cat", "--playback", "--target", "0", "--latency", "10ms", "--properties", node]
+        words += ["--rate", str(RATE), "--channels", "1", "--format", "s16", "-"]
         self.process = subprocess.Popen(words, stdin=subprocess.PIPE)
         self.waiting = b""
         self.writer = threading.Thread(target=self.write)

@@ -8,16 +8,15 @@
 
 namespace nimbara::testing {
 
-VirtualDevice::VirtualDevice(const QString &pipeline)
+VirtualDevice::VirtualDevice(const QString &program, const QStringList &arguments)
     : m_process(std::make_unique<QProcess>())
 {
     m_process->setProcessChannelMode(QProcess::ForwardedChannels);
     // A test that crashes takes its devices with it.
     m_process->setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    m_process->start(QStringLiteral("gst-launch-1.0"),
-        (QStringLiteral("-q ") + pipeline).split(QLatin1Char(' ')));
+    m_process->start(program, arguments);
     if (!m_process->waitForStarted()) {
-        throw std::runtime_error("gst-launch-1.0 does not start");
+        throw std::runtime_error(program.toStdString() + " does not start");
     }
 }
 
@@ -28,31 +27,38 @@ VirtualDevice VirtualDevice::camera(const QString &node,
     const QString &colour,
     FrameSize size)
 {
-    return VirtualDevice(
-        QStringLiteral("videotestsrc is-live=true pattern=%1 ! "
-                       "video/x-raw,format=YUY2,width=%2,height=%3,framerate=30/1 ! "
-                       "pipewiresink stream-properties=p,media.class=Video/Source,"
-                       "node.name=%4,node.description=%5,node.autoconnect=false")
-            .arg(colour)
-            .arg(size.width)
-            .arg(size.height)
-            .arg(node, name));
+    const QString pipeline
+        = QStringLiteral("videotestsrc is-live=true pattern=%1 ! "
+                         "video/x-raw,format=YUY2,width=%2,height=%3,framerate=30/1 ! "
+                         "pipewiresink stream-properties=p,media.class=Video/Source,"
+                         "node.name=%4,node.description=%5,node.autoconnect=false")
+              .arg(colour)
+              .arg(size.width)
+              .arg(size.height)
+              .arg(node, name);
+    return VirtualDevice(QStringLiteral("gst-launch-1.0"),
+        QStringList { QStringLiteral("-q") } + pipeline.split(QLatin1Char(' ')));
 }
 
+/// The service fetches the sound when it wants it. A GStreamer sink that hands it over stops for
+/// good in one of six starts.
 VirtualDevice VirtualDevice::microphone(const QString &node,
     const QString &name,
     int rate,
     int channels,
     int tone)
 {
-    return VirtualDevice(QStringLiteral("audiotestsrc is-live=true freq=%1 ! "
-                                        "audio/x-raw,format=F32LE,rate=%2,channels=%3 ! "
-                                        "pipewiresink stream-properties=p,media.class=Audio/Source,"
-                                        "node.name=%4,node.description=%5,node.autoconnect=false")
-                             .arg(tone)
-                             .arg(rate)
-                             .arg(channels)
-                             .arg(node, name));
+    const QString command
+        = QStringLiteral("exec pw-cat --playback --target 0 --latency 10ms --properties "
+                         "'{media.class=Audio/Source node.name=%1 node.description=%2}' "
+                         "--rate %4 --channels %5 --format f32 - "
+                         "< <(exec ffmpeg -v quiet -f lavfi -i 'aevalsrc=0.8*sin(2*PI*%3*t):s=%4' "
+                         "-ac %5 -f f32le -)")
+              .arg(node, name)
+              .arg(tone)
+              .arg(rate)
+              .arg(channels);
+    return VirtualDevice(QStringLiteral("bash"), { QStringLiteral("-c"), command });
 }
 
 VirtualDevice::VirtualDevice(VirtualDevice &&) noexcept = default;

@@ -36,7 +36,7 @@ public:
     void unplug();
 
 private:
-    explicit VirtualDevice(const QString &pipeline);
+    VirtualDevice(const QString &program, const QStringList &arguments);
 
     std::unique_ptr<QProcess> m_process;
 };

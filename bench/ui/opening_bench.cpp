@@ -78,7 +78,7 @@ std::string tellClips()
 {
     const QTemporaryDir folder;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
-    const ClipFiles clips(50, 10);
+    const ClipFiles clips(50, 60);
     WatchedWindow window;
     std::string told = open(window,
         clipProject(clips.locations()),

@@ -99,8 +99,10 @@ void AudioCapture::build(GstDevice *device)
 
 void AudioCapture::play(bool isDevice)
 {
-    const bool refused = isDevice ? m_start.begin(m_pipeline) == PipelineStart::Outcome::Refused
-                                  : !m_pipeline.play();
+    const bool refused = isDevice
+        ? m_start.begin(m_pipeline, GST_STATE_PLAYING, PipelineStart::deviceMoment)
+            == PipelineStart::Outcome::Refused
+        : !m_pipeline.play();
     if (refused) {
         throw Error(refusedText());
     }

@@ -74,10 +74,12 @@ Media::Media(const Clock &clock,
     const QString &uri,
     bool test,
     bool screen,
-    const ScreenElements &screens)
+    const ScreenElements &screens,
+    std::shared_ptr<OpeningSlots> holding)
     : m_clock(clock)
     , m_isDevice(device != nullptr)
     , m_isTestBars(test && device == nullptr && uri.isEmpty() && !screen)
+    , m_isFile(uri.startsWith(QLatin1String("file:")))
     , m_lastFrameTime(clock.monotonicUs())
     , m_parts(buildSourcePipeline({ { width, height }, device, uri, test, screen }, screens))
 {
@@ -85,7 +87,11 @@ Media::Media(const Clock &clock,
     if (!uri.isEmpty()) {
         linkDecodedPads();
     }
-    play();
+    if (m_isFile && holding) {
+        m_playback.hold(m_parts.pipeline, std::move(holding));
+    } else {
+        play();
+    }
 }
 
 Media::~Media() = default;
@@ -95,7 +101,7 @@ void Media::play()
     const auto moment = m_isDevice ? PipelineStart::deviceMoment : PipelineStart::mediaMoment;
     const bool refused = m_isTestBars
         ? !m_parts.pipeline.play()
-        : m_start.begin(m_parts.pipeline, moment) == PipelineStart::Outcome::Refused;
+        : m_playback.play(m_parts.pipeline, moment) == PipelineStart::Outcome::Refused;
     if (refused) {
         throw Error(refusedText());
     }
@@ -143,22 +149,36 @@ QString Media::takeMessage()
     return std::exchange(m_message, {});
 }
 
+void Media::setShown(bool shown)
+{
+    if (m_isFile && m_active) {
+        m_playback.setPlaying(shown);
+    }
+}
+
 void Media::pollSource()
 {
     if (!m_active || takeBusMessage()) {
         return;
     }
-    const PipelineStart::Outcome start = m_start.poll();
+    const PipelineStart::Outcome start = startOutcome();
     if (start == PipelineStart::Outcome::Refused) {
         fail(refusedText());
-        return;
+    } else if (m_playback.isHeld()) {
+        m_lastFrameTime = m_clock.monotonicUs(); // none is due
+    } else {
+        pollStreams(start);
     }
+}
+
+void Media::pollStreams(PipelineStart::Outcome start)
+{
     takeSound();
     SampleRef sample = tryPull(m_parts.videoSink);
     const std::int64_t now = m_clock.monotonicUs();
     if (sample) {
         takePicture(std::move(sample), now);
-    } else if (start == PipelineStart::Outcome::Playing && streamsEnded()) {
+    } else if (start == PipelineStart::Outcome::Accepted && streamsEnded()) {
         m_ended = true;
         deactivate();
     } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)) {

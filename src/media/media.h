@@ -3,7 +3,7 @@
 #include "app/clock.h"
 #include "media/audio_block.h"
 #include "media/frame.h"
-#include "media/pipeline_start.h"
+#include "media/playback.h"
 #include "media/source_pipeline.h"
 
 #include <QString>
@@ -28,8 +28,9 @@ public:
     ///
     /// `width`, `height`: the profile's size. `device`: a capture device, or none. `uri`: a media
     /// location (UTF-8 text), or empty. `test`: test bars when there is neither device nor uri.
-    /// `screen`: capture the screen, by the first of `screens` that this installation has. Throws
-    /// `Error` with the operator's text.
+    /// `screen`: capture the screen, by the first of `screens` that this installation has. With
+    /// `holding`, a file is opened and held at its first picture until it is shown. Throws `Error`
+    /// with the operator's text.
     Media(const Clock &clock,
         std::int32_t width,
         std::int32_t height,
@@ -37,12 +38,17 @@ public:
         const QString &uri,
         bool test,
         bool screen,
-        const ScreenElements &screens = screenElements());
+        const ScreenElements &screens = screenElements(),
+        std::shared_ptr<OpeningSlots> holding = {});
     Media(const Media &) = delete;
     Media &operator=(const Media &) = delete;
     Media(Media &&) = delete;
     Media &operator=(Media &&) = delete;
     ~Media();
+
+    /// Whether anyone sees it. A file that nobody sees is held where it is, since a computer that
+    /// shows two clips cannot decode fifty; everything else plays on.
+    void setShown(bool shown);
 
     /// One non-blocking read: bus, media sound, newest picture, no-frame watchdog.
     void pollSource();
@@ -64,7 +70,10 @@ public:
     /// Diagnostic description for the log.
     [[nodiscard]] const QString &label() const { return m_label; }
     /// How the start has come along: opening a file or a device may take its time.
-    [[nodiscard]] PipelineStart::Outcome startOutcome() { return m_start.poll(); }
+    [[nodiscard]] PipelineStart::Outcome startOutcome()
+    {
+        return m_playback.poll(m_parts.pipeline);
+    }
     /// Number of pictures taken so far.
     [[nodiscard]] std::uint64_t frameCount() const { return m_frameCount; }
     /// The media's sound, at most one second.
@@ -80,6 +89,7 @@ private:
     };
 
     void play();
+    void pollStreams(PipelineStart::Outcome start);
     static void padAdded(GstElement *element, GstPad *pad, gpointer source);
     void linkDecodedPads();
     bool takeBusMessage();
@@ -97,6 +107,7 @@ private:
     bool m_ended = false;
     bool m_isDevice = false;
     bool m_isTestBars = false;
+    bool m_isFile = false;
     std::int64_t m_lastFrameTime = 0;
     std::uint64_t m_frameCount = 0;
     QString m_message;
@@ -109,8 +120,8 @@ private:
     bool m_hasPadding = false; ///< its pixels carry a byte without meaning
     SourcePipeline m_parts;
     SampleRef m_sample; ///< a picture newer than the frame, or none; goes before its pipeline
-    /// Last, so that the start has come back before its pipeline stops.
-    PipelineStart m_start;
+    /// Last, so that a change of state has come back before its pipeline stops.
+    Playback m_playback;
 };
 
 using MediaPtr = std::shared_ptr<Media>;

@@ -32,6 +32,7 @@ MediaFactory::MediaFactory(const Clock &clock,
     : m_clock(clock)
     , m_retirement(std::move(retirement))
     , m_screens(std::move(screens))
+    , m_slots(std::make_shared<OpeningSlots>(OpeningSlots::max()))
 {
 }
 
@@ -56,11 +57,18 @@ MediaPtr MediaFactory::media(FrameSize size, const QString &location) const
     return make(size, nullptr, location, false, false);
 }
 
+MediaPtr MediaFactory::heldMedia(FrameSize size, const QString &location) const
+{
+    checkMediaLocation(location);
+    return make(size, nullptr, location, false, false, m_slots);
+}
+
 MediaPtr MediaFactory::make(FrameSize size,
     GstDevice *device,
     const QString &uri,
     bool test,
-    bool screen) const
+    bool screen,
+    std::shared_ptr<OpeningSlots> holding) const
 {
     auto source = std::make_unique<Media>(m_clock,
         size.width,
@@ -69,7 +77,8 @@ MediaPtr MediaFactory::make(FrameSize size,
         uri,
         test,
         screen,
-        m_screens);
+        m_screens,
+        std::move(holding));
     return { source.release(), [weak = std::weak_ptr(m_retirement)](Media *dropped) {
                 std::unique_ptr<Media> last(dropped);
                 if (const auto retirement = weak.lock()) {

@@ -28,14 +28,21 @@ public:
     /// Checks the location first (`checkMediaLocation`), before any pipeline exists. The text
     /// itself, not a re-encoded form, is handed to the decoder.
     [[nodiscard]] MediaPtr media(FrameSize size, const QString &location) const;
+    /// The same, but a file is opened, beside few others at a time, and held until it is shown.
+    [[nodiscard]] MediaPtr heldMedia(FrameSize size, const QString &location) const;
 
 private:
-    [[nodiscard]] MediaPtr
-    make(FrameSize size, GstDevice *device, const QString &uri, bool test, bool screen) const;
+    [[nodiscard]] MediaPtr make(FrameSize size,
+        GstDevice *device,
+        const QString &uri,
+        bool test,
+        bool screen,
+        std::shared_ptr<OpeningSlots> holding = {}) const;
 
     const Clock &m_clock;
     std::shared_ptr<Retirement> m_retirement;
     ScreenElements m_screens;
+    std::shared_ptr<OpeningSlots> m_slots;
 };
 
 } // namespace nimbara

@@ -4,14 +4,15 @@
 
 namespace nimbara {
 
-PipelineStart::Outcome PipelineStart::begin(const Pipeline &pipeline,
-    std::chrono::milliseconds moment)
+PipelineStart::Outcome
+PipelineStart::begin(const Pipeline &pipeline, GstState state, std::chrono::milliseconds moment)
 {
     m_outcome = Outcome::Underway;
     try {
-        m_change = std::async(std::launch::async, [held = ElementRef::retain(pipeline.element())] {
-            return gst_element_set_state(held.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
-        });
+        m_change = std::async(std::launch::async,
+            [state, held = ElementRef::retain(pipeline.element())] {
+                return gst_element_set_state(held.get(), state) != GST_STATE_CHANGE_FAILURE;
+            });
     } catch (const std::system_error &) { // no thread to be had
         m_outcome = Outcome::Refused;
         return m_outcome;
@@ -24,7 +25,7 @@ PipelineStart::Outcome PipelineStart::poll()
 {
     if (m_change.valid()
         && m_change.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
-        m_outcome = m_change.get() ? Outcome::Playing : Outcome::Refused;
+        m_outcome = m_change.get() ? Outcome::Accepted : Outcome::Refused;
     }
     return m_outcome;
 }

@@ -7,7 +7,7 @@
 
 namespace nimbara {
 
-/// Brings the pipeline of a source to PLAYING without making the interface thread wait.
+/// Changes the state of a source's pipeline without making the interface thread wait.
 ///
 /// Opening one may block: a camera service takes a tenth of a second, and half a minute for a
 /// device that has just gone away; a file's network share may never answer. So the change runs on a
@@ -20,7 +20,7 @@ class PipelineStart {
 public:
     enum class Outcome {
         Underway, ///< not known yet
-        Playing, ///< PLAYING, or on its way there
+        Accepted, ///< the pipeline is in the state, or on its way there
         Refused,
     };
 
@@ -29,15 +29,16 @@ public:
     /// For what starts by the dozen, as the clips of a project do.
     static constexpr std::chrono::milliseconds mediaMoment { 3 };
 
-    /// Begins the change and waits for it for at most the moment.
-    Outcome begin(const Pipeline &pipeline, std::chrono::milliseconds moment = deviceMoment);
+    /// Begins the change and waits for it for at most the moment. The change before must have come
+    /// back.
+    Outcome begin(const Pipeline &pipeline, GstState state, std::chrono::milliseconds moment);
 
     /// The outcome so far. Never waits.
     Outcome poll();
 
 private:
     std::future<bool> m_change;
-    Outcome m_outcome = Outcome::Playing;
+    Outcome m_outcome = Outcome::Accepted;
 };
 
 } // namespace nimbara

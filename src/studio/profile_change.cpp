@@ -43,7 +43,7 @@ private:
     {
         try {
             return layer.kind == LayerKind::Screen ? m_factory.screen(m_size)
-                                                   : m_factory.media(m_size, layer.uri);
+                                                   : m_factory.heldMedia(m_size, layer.uri);
         } catch (const Error &) {
             m_failure = m_failure ? m_failure : std::current_exception();
             return nullptr;

@@ -5,6 +5,8 @@
 
 #include <QElapsedTimer>
 
+#include <utility>
+
 namespace nimbara {
 
 namespace {
@@ -54,28 +56,28 @@ void ProjectOpening::beginAttaching(Read read)
     const FrameSize size = streamSize(read.project.profile);
     m_attachment.emplace(std::move(read.project),
         LayerFactories { std::move(read.images),
-            [this, size](const QString &location) { return m_factory.media(size, location); },
+            [this, size](const QString &location) { return m_factory.heldMedia(size, location); },
             [this, size] { return m_factory.screen(size); } });
 }
 
-/// Whether each source has started or been refused; those refused are let go of, with a warning.
-bool ProjectOpening::sourcesStarted()
+/// The sources whose fate is not known. Those refused are let go of, with a warning.
+int ProjectOpening::sourcesUnderway()
 {
-    bool all = true;
+    int underway = 0;
     for (auto *set : { &m_attachment->project().streams, &m_attachment->project().hall }) {
         for (Scene &scene : *set) {
             for (Layer &layer : scene.layers) {
-                const auto outcome
-                    = layer.source ? layer.source->startOutcome() : PipelineStart::Outcome::Playing;
+                const auto outcome = layer.source ? layer.source->startOutcome()
+                                                  : PipelineStart::Outcome::Accepted;
                 if (outcome == PipelineStart::Outcome::Refused) {
                     layer.source.reset();
                     m_attachment->warn(layer, QStringLiteral("No se pudo iniciar fuente"));
                 }
-                all = all && outcome != PipelineStart::Outcome::Underway;
+                underway += outcome == PipelineStart::Outcome::Underway ? 1 : 0;
             }
         }
     }
-    return all;
+    return underway;
 }
 
 std::optional<ProjectOpening::Opened> ProjectOpening::poll()
@@ -94,8 +96,11 @@ std::optional<ProjectOpening::Opened> ProjectOpening::poll()
             return std::nullopt;
         }
     }
+    if (const int before = std::exchange(m_underway, sourcesUnderway()); m_underway != before) {
+        m_patience.setRemainingTime(startPatience);
+    }
     // A source that takes longer tells of its fate itself.
-    if (!sourcesStarted() && !m_patience.hasExpired()) {
+    if (m_underway > 0 && !m_patience.hasExpired()) {
         return std::nullopt;
     }
     Opened opened { m_path, std::move(m_attachment->project()), m_attachment->warnings() };

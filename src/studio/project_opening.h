@@ -53,7 +53,7 @@ private:
         ImageLoader images;
     };
     void beginAttaching(Read read);
-    [[nodiscard]] bool sourcesStarted();
+    [[nodiscard]] int sourcesUnderway();
 
     const MediaFactory &m_factory;
     QString m_path;
@@ -61,6 +61,7 @@ private:
     std::shared_ptr<std::atomic<bool>> m_calledOff;
     std::optional<ResourceAttachment> m_attachment;
     QDeadlineTimer m_patience; ///< for the step under way
+    int m_underway = 0; ///< sources that have neither started nor been refused
 };
 
 } // namespace nimbara

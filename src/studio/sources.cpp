@@ -43,30 +43,38 @@ FramePtr Sources::cameraFrame() const
 void Sources::poll(const Stage &stage)
 {
     m_polled.clear();
-    pollOnce(m_camera.get());
+    pollOnce(m_camera.get(), true);
+    pollLayers(stage.program.streams().layers, true);
+    pollLayers(stage.program.hall().layers, true);
     for (const SceneSet set : { SceneSet::Streams, SceneSet::Hall }) {
-        for (const Scene &scene : stage.scenes.scenes(set)) {
-            pollLayers(scene.layers);
+        const std::vector<Scene> &scenes = stage.scenes.scenes(set);
+        const auto current = static_cast<std::size_t>(stage.scenes.currentIndex(set));
+        if (current < scenes.size()) {
+            pollLayers(scenes[current].layers, true);
         }
     }
-    pollLayers(stage.program.streams().layers);
-    pollLayers(stage.program.hall().layers);
-}
-
-void Sources::pollLayers(const std::vector<Layer> &layers)
-{
-    for (const Layer &layer : layers) {
-        pollOnce(layer.source.get());
+    for (const SceneSet set : { SceneSet::Streams, SceneSet::Hall }) {
+        for (const Scene &scene : stage.scenes.scenes(set)) {
+            pollLayers(scene.layers, false);
+        }
     }
 }
 
-void Sources::pollOnce(Media *source)
+void Sources::pollLayers(const std::vector<Layer> &layers, bool shown)
+{
+    for (const Layer &layer : layers) {
+        pollOnce(layer.source.get(), shown);
+    }
+}
+
+void Sources::pollOnce(Media *source, bool shown)
 {
     if (source == nullptr
         || std::find(m_polled.begin(), m_polled.end(), source) != m_polled.end()) {
         return;
     }
     m_polled.push_back(source);
+    source->setShown(shown);
     source->pollSource();
     if (const QString message = source->takeMessage(); !message.isEmpty()) {
         m_status(nimbara_i18n::tr(message));

@@ -34,7 +34,8 @@ public:
     /// The camera's newest picture, or none.
     [[nodiscard]] FramePtr cameraFrame() const;
 
-    /// Reads each distinct source once, the camera first, and shows what it has to say.
+    /// Reads each distinct source once, the camera first, and shows what it has to say. Files that
+    /// neither a program nor a current scene shows are held.
     void poll(const Stage &stage);
 
     /// Looks for a lost camera in the background, at most every 3 s, and builds it anew once the
@@ -47,8 +48,8 @@ public:
 private:
     [[nodiscard]] bool cameraLost() const;
     void reopenFrom(const DeviceLists &devices, FrameSize size);
-    void pollOnce(Media *source);
-    void pollLayers(const std::vector<Layer> &layers);
+    void pollOnce(Media *source, bool shown);
+    void pollLayers(const std::vector<Layer> &layers, bool shown);
 
     const Clock &m_clock;
     const MediaFactory &m_factory;

@@ -69,6 +69,7 @@ private Q_SLOTS:
     void playsSoundBeyondThePicture();
     void declaresSoundAloneSilent();
     void opensNamesAsTheyAreWritten();
+    void holdsWhatNobodySees();
 
 private:
     MediaPtr open(const ClipRecipe &recipe, FrameSize size = { 320, 180 })
@@ -273,6 +274,43 @@ void MediaFilesTest::opensNamesAsTheyAreWritten()
     QVERIFY(QFile::exists(path) || QFile::copy(clip(recipe), path));
     const MediaPtr media = m_factory.media({ 320, 180 }, QStringLiteral("file://") + path);
     QCOMPARE(playToEnd(*media).lastNumber, 2);
+}
+
+void MediaFilesTest::holdsWhatNobodySees()
+{
+    ClipRecipe recipe;
+    recipe.seconds = 0.8;
+    ManualClock clock;
+    const MediaFactory factory(clock, m_retirement);
+    const QString path = fileLocation(clip(recipe));
+    // One that is refused and one that is let go of while it opens leave room for the next.
+    const MediaPtr none = factory.heldMedia({ 320, 180 }, QStringLiteral("file:///nonexistent"));
+    QTRY_COMPARE_WITH_TIMEOUT(none->startOutcome(), PipelineStart::Outcome::Refused, 20'000);
+    (void)factory.heldMedia({ 320, 180 }, path);
+    const MediaPtr media = factory.heldMedia({ 320, 180 }, path);
+    QTRY_COMPARE_WITH_TIMEOUT(media->startOutcome(), PipelineStart::Outcome::Accepted, 20'000);
+    const auto beside = [&] { return playToEnd(*open(recipe)).lastNumber; };
+
+    QCOMPARE(beside(), 23);
+    clock.advanceUs(60'000'000);
+    media->pollSource();
+    QCOMPARE(media->frameCount(), 0U);
+    QVERIFY(media->active());
+
+    const auto nextNumber = [&] {
+        const auto before = media->frameCount();
+        pollUntil(*media, [&] { return media->frameCount() > before; });
+        return media->frame() ? readClip(*media->frame()).number : -1;
+    };
+    media->setShown(true);
+    QVERIFY(nextNumber() < 6);
+    media->setShown(false);
+    media->pollSource();
+    QCOMPARE(beside(), 23);
+    media->setShown(true);
+    QVERIFY(nextNumber() < 18);
+    QCOMPARE(playToEnd(*media).lastNumber, 23);
+    QVERIFY(media->ended());
 }
 
 } // namespace nimbara::testing

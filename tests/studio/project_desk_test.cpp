@@ -1,9 +1,11 @@
 #include "app/error.h"
 #include "studio/studio_fixture.h"
+#include "support/clips.h"
 #include "support/test_registry.h"
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <QUrl>
 
 #include <chrono>
 #include <future>
@@ -105,6 +107,32 @@ private Q_SLOTS:
             desk.saveAs("dos");
         }
         QCOMPARE(fromJson(readProjectFile(path)).title, QStringLiteral("dos"));
+    }
+
+    void clipsPlayWhileTheirSceneIsShown()
+    {
+        ProjectFixture desk;
+        Project project;
+        for (int scene = 0; scene < 2; ++scene) {
+            Layer video = newLayer(LayerKind::Video);
+            video.uri = QUrl::fromLocalFile(clip({})).toString();
+            project.streams.push_back({ QString::number(scene), { video } });
+        }
+        project.hall = { defaultScene(true) };
+        writeProjectFile(desk.path, toJson(project));
+        QVERIFY(desk.open());
+        auto &scenes = desk.studio.stage().scenes;
+        const auto frames = [&](std::size_t scene) {
+            return scenes.scenes(SceneSet::Streams)[scene].layers[0].source->frameCount();
+        };
+        QVERIFY(desk.runUntil([&] { return frames(0) > 3; }));
+        QCOMPARE(frames(1), 0U);
+        scenes.setCurrentIndex(SceneSet::Streams, 1);
+        QVERIFY(desk.runUntil([&] { return frames(1) > 0; }));
+        const auto seen = frames(0);
+        const auto other = frames(1);
+        QVERIFY(desk.runUntil([&] { return frames(1) > other + 3; }));
+        QCOMPARE(frames(0), seen);
     }
 
     void aLargeProjectOpens()

@@ -41,7 +41,7 @@ VirtualDevice VirtualDevice::camera(const QString &node,
 }
 
 /// The service fetches the sound when it wants it. A GStreamer sink that hands it over stops for
-/// good in one of six starts.
+/// good in six of forty starts.
 VirtualDevice VirtualDevice::microphone(const QString &node,
     const QString &name,
     int rate,

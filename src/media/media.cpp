@@ -319,6 +319,7 @@ void Media::fail(const QString &message)
 void Media::deactivate()
 {
     m_active = false;
+    m_playback.freeSlot();
     gst_bus_set_flushing(m_parts.pipeline.bus(), TRUE);
 }
 

@@ -39,9 +39,11 @@ public:
     /// waits.
     PipelineStart::Outcome poll(const Pipeline &pipeline);
 
+    /// Lets the next pipeline open. For one that broke on its way, too.
+    void freeSlot();
+
 private:
     [[nodiscard]] bool mayChange();
-    void freeSlot();
 
     GstState m_wanted = GST_STATE_NULL;
     GstState m_asked = GST_STATE_NULL;

@@ -283,9 +283,12 @@ void MediaFilesTest::holdsWhatNobodySees()
     ManualClock clock;
     const MediaFactory factory(clock, m_retirement);
     const QString path = fileLocation(clip(recipe));
-    // One that is refused and one that is let go of while it opens leave room for the next.
+    // One that is refused, one that breaks and one that is let go of while it opens leave room for
+    // the next.
     const MediaPtr none = factory.heldMedia({ 320, 180 }, QStringLiteral("file:///nonexistent"));
     QTRY_COMPARE_WITH_TIMEOUT(none->startOutcome(), PipelineStart::Outcome::Refused, 20'000);
+    const MediaPtr broken = factory.heldMedia({ 320, 180 }, QStringLiteral("file:///etc/passwd"));
+    QVERIFY(pollUntil(*broken, [&] { return !broken->active(); }));
     (void)factory.heldMedia({ 320, 180 }, path);
     const MediaPtr media = factory.heldMedia({ 320, 180 }, path);
     QTRY_COMPARE_WITH_TIMEOUT(media->startOutcome(), PipelineStart::Outcome::Accepted, 20'000);

@@ -1,4 +1,4 @@
-#include "app/memory_policy.h"
+#include "base/memory_policy.h"
 #include "bench.h"
 
 #include <QApplication>

@@ -1,49 +1,76 @@
 #!/usr/bin/env python3
-"""Holds the includes against the floors of the house. Prints each wrong arrow and exits with 1."""
+"""Holds the includes against the floors of the house and the rooms in them. Prints each wrong arrow
+and exits with 1."""
 
 import pathlib
 import re
 import sys
 
+# The floors, lowest first: folder → the folders that it may use.
 BELOW = {
-    "app": set(),
-    "media": {"app"},
-    "secrets": {"app"},
-    "scene": {"media", "app"},
-    "compositor": {"scene", "media", "app"},
-    "output": {"media", "app"},
-    "translation": {"scene", "media", "app"},
-    "bible": {"app"},
-    "studio": {"compositor", "output", "translation", "bible", "secrets", "scene", "media", "app"},
-    "ui": {"studio", "compositor", "output", "translation", "bible", "secrets", "scene", "media", "app"},
+    "base": set(),
+    "net": {"base"},
+    "secrets": {"base"},
+    "signal": {"base"},
+    "document": {"signal", "media", "base"},
+    "media": {"signal", "base"},
+    "compositor": {"document", "media", "signal", "base"},
+    "output": {"media", "signal", "base"},
+    "translation": {"document", "signal", "net", "base"},
+    "bible": {"net", "base"},
 }
-# The process entry is the highest floor, though it stands in the lowest folder.
-ENTRY = {"app/main.cpp", "app/studio_application.cpp", "app/studio_application.h"}
+BELOW["studio"] = set(BELOW)
+BELOW["ui"] = set(BELOW)
+BELOW["app"] = set(BELOW)
+# Rooms in a folder, lowest first; a room uses those before it. Files beside the rooms may use all.
+ROOMS = {
+    "media": ["gst", "x11", "capture", "sources"],
+    "compositor": ["text", "scene"],
+    "output": ["mix", "encode", "sink"],
+    "translation": ["service", "pipeline"],
+    "ui": ["kit", "editor", "outputs", "captions", "shell"],
+}
 WIDGETS = re.compile(
     r"#include <(QApplication|QWidget|QMainWindow|QDialog|QLabel|QPushButton|QtWidgets.*|QMessageBox|Q(H|V)?BoxLayout|QGridLayout|QFormLayout)>"
 )
 RAW_GST = re.compile(r"\bgst_\w+\s*\(")
 GST_ROOMS = {"media", "output"}
-GST_FILES = {"app/gst_log_hook.cpp", "app/gst_log_hook.h", "app/main.cpp"}
+GST_FILES = {"base/gst_log_hook.cpp", "base/gst_log_hook.h", "app/main.cpp"}
 INCLUDE = re.compile(r'#include "([a-z_]+)/([^"]+)"')
+
+
+def room_of(name: str):
+    parts = name.split("/")
+    return parts[1] if len(parts) == 3 else None
+
+
+def runs_up(name: str, included: str) -> bool:
+    """Whether an include within one folder goes to a higher room."""
+    order = ROOMS.get(name.split("/")[0], [])
+    here, there = room_of(name), room_of(included)
+    if here not in order:
+        return False
+    return there not in order or order.index(there) > order.index(here)
 
 
 def faults(path: pathlib.Path, root: pathlib.Path):
     name = path.relative_to(root).as_posix()
-    room = name.split("/")[0]
-    is_entry = name in ENTRY
-    allowed = set(BELOW) if is_entry else BELOW[room] | {room}
+    folder = name.split("/")[0]
+    allowed = BELOW[folder] | {folder}
     for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
         include = INCLUDE.match(line)
         if include:
+            target = f"{include[1]}/{include[2]}"
             if include[1] not in allowed:
-                yield f"{name}:{number}: {room} may not include {include[1]}"
-            if include[2] == "studio_window.h" and not (is_entry or name.startswith("ui/studio_window")):
+                yield f"{name}:{number}: {folder} may not include {include[1]}"
+            if include[1] == folder and runs_up(name, target):
+                yield f"{name}:{number}: an arrow up to {target}"
+            if target.endswith("/studio_window.h") and folder != "app" and "/studio_window" not in name:
                 yield f"{name}:{number}: only the window's own files include studio_window.h"
-        if WIDGETS.match(line) and room != "ui" and not is_entry:
+        if WIDGETS.match(line) and folder not in {"ui", "app"}:
             yield f"{name}:{number}: a widget below the ui floor"
         code = line.split("//")[0]
-        if RAW_GST.search(code) and room not in GST_ROOMS and name not in GST_FILES:
+        if RAW_GST.search(code) and folder not in GST_ROOMS and name not in GST_FILES:
             yield f"{name}:{number}: raw GStreamer call outside media and output"
 
 

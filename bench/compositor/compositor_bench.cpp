@@ -1,7 +1,7 @@
 #include "bench.h"
-#include "compositor/composer.h"
-#include "compositor/program_state.h"
-#include "scene/profile.h"
+#include "compositor/scene/composer.h"
+#include "compositor/scene/program_state.h"
+#include "document/profile.h"
 
 #include <array>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "bench.h"
-#include "studio/program_pictures.h"
-#include "translation/caption_text.h"
+#include "studio/programs/program_pictures.h"
+#include "translation/pipeline/caption_text.h"
 
 #include <array>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/clock.h"
-#include "media/audio_capture.h"
+#include "base/clock.h"
+#include "media/capture/audio_capture.h"
 
 #include <atomic>
 #include <chrono>

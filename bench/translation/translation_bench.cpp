@@ -1,8 +1,8 @@
 #include "bench.h"
 #include "support/api_peer.h"
-#include "translation/engine.h"
-#include "translation/segmenter.h"
-#include "translation/wav.h"
+#include "translation/pipeline/engine.h"
+#include "translation/pipeline/segmenter.h"
+#include "translation/pipeline/wav.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

@@ -1,8 +1,8 @@
 #include "bench.h"
-#include "scene/canvas_geometry.h"
-#include "scene/scene_ops.h"
-#include "ui/canvas.h"
+#include "document/canvas_geometry.h"
+#include "document/scene_ops.h"
 #include "ui/clip_files.h"
+#include "ui/editor/canvas.h"
 #include "ui/watched_window.h"
 
 #include <QApplication>

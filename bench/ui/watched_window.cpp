@@ -1,7 +1,7 @@
 #include "ui/watched_window.h"
 
 #include "bench.h"
-#include "ui/style.h"
+#include "ui/kit/style.h"
 
 #include <QApplication>
 #include <QPushButton>

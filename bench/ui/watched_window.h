@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/studio_window.h"
+#include "ui/shell/studio_window.h"
 
 #include <chrono>
 #include <deque>

@@ -1,8 +1,8 @@
 #include "bench.h"
-#include "ui/audio_tab.h"
-#include "ui/hall_screen.h"
-#include "ui/monitors.h"
-#include "ui/style.h"
+#include "ui/kit/style.h"
+#include "ui/outputs/audio_tab.h"
+#include "ui/outputs/hall_screen.h"
+#include "ui/shell/monitors.h"
 
 #include <QApplication>
 #include <QScreen>

@@ -1,12 +1,12 @@
-#include "app/error.h"
-#include "app/gst_environment.h"
-#include "app/gst_log_hook.h"
-#include "app/i18n.h"
-#include "app/log.h"
-#include "app/memory_policy.h"
 #include "app/studio_application.h"
-#include "ui/studio_window.h"
-#include "ui/style.h"
+#include "base/error.h"
+#include "base/gst_environment.h"
+#include "base/gst_log_hook.h"
+#include "base/i18n.h"
+#include "base/log.h"
+#include "base/memory_policy.h"
+#include "ui/kit/style.h"
+#include "ui/shell/studio_window.h"
 
 #include <QMessageBox>
 #include <QSettings>

@@ -1,9 +1,9 @@
 #include "bible/api.h"
 
-#include "app/endpoint_tls.h"
-#include "app/i18n.h"
+#include "base/i18n.h"
 #include "bible/books.h"
-#include "bible/http.h"
+#include "net/endpoint_tls.h"
+#include "net/http.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

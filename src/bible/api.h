@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/endpoints.h"
 #include "bible/reference.h"
+#include "net/endpoints.h"
 
 #include <QJsonObject>
 #include <QList>

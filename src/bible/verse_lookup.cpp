@@ -1,7 +1,7 @@
 #include "bible/verse_lookup.h"
 
-#include "app/error.h"
-#include "app/i18n.h"
+#include "base/error.h"
+#include "base/i18n.h"
 
 #include <QFutureWatcher>
 #include <QPointer>

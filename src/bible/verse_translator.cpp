@@ -1,7 +1,7 @@
 #include "bible/verse_translator.h"
 
-#include "app/i18n.h"
-#include "bible/http.h"
+#include "base/i18n.h"
+#include "net/http.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

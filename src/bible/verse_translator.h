@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/endpoints.h"
+#include "net/endpoints.h"
 
 #include <QNetworkAccessManager>
 #include <QString>

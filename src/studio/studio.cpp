@@ -1,8 +1,8 @@
 #include "studio/studio.h"
 
-#include "app/i18n.h"
-#include "compositor/load_image.h"
-#include "studio/profile_change.h"
+#include "base/i18n.h"
+#include "compositor/scene/load_image.h"
+#include "studio/edit/profile_change.h"
 
 namespace nimbara {
 

@@ -1,4 +1,4 @@
-#include "app/error.h"
+#include "base/error.h"
 #include "bible/verse_lookup.h"
 #include "support/api_peer.h"
 #include "support/test_registry.h"

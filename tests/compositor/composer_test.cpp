@@ -1,6 +1,6 @@
-#include "app/i18n.h"
-#include "compositor/composer.h"
-#include "scene/profile.h"
+#include "base/i18n.h"
+#include "compositor/scene/composer.h"
+#include "document/profile.h"
 #include "support/test_registry.h"
 
 #include <QTest>

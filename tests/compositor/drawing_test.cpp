@@ -1,4 +1,4 @@
-#include "compositor/composer.h"
+#include "compositor/scene/composer.h"
 #include "support/test_registry.h"
 
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "compositor/frame_schedule.h"
+#include "compositor/scene/frame_schedule.h"
 #include "support/test_registry.h"
 
 #include <QTest>

@@ -1,5 +1,5 @@
-#include "app/error.h"
-#include "compositor/load_image.h"
+#include "base/error.h"
+#include "compositor/scene/load_image.h"
 #include "support/test_registry.h"
 
 #include <QBuffer>

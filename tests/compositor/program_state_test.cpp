@@ -1,4 +1,4 @@
-#include "compositor/program_state.h"
+#include "compositor/scene/program_state.h"
 #include "support/test_registry.h"
 
 #include <QTest>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scene/layer.h"
+#include "document/layer.h"
 
 #include <QImage>
 #include <QRectF>

@@ -1,7 +1,7 @@
-#include "compositor/composer.h"
-#include "compositor/load_image.h"
 #include "compositor/reference_painter.h"
-#include "scene/profile.h"
+#include "compositor/scene/composer.h"
+#include "compositor/scene/load_image.h"
+#include "document/profile.h"
 #include "support/test_registry.h"
 
 #include <QTest>

@@ -1,5 +1,5 @@
-#include "app/error.h"
-#include "media/audio_capture.h"
+#include "base/error.h"
+#include "media/capture/audio_capture.h"
 #include "support/fake_device.h"
 #include "support/manual_clock.h"
 #include "support/test_registry.h"

@@ -1,5 +1,5 @@
-#include "app/error.h"
-#include "media/audio_levels.h"
+#include "base/error.h"
+#include "signal/audio_levels.h"
 #include "support/test_registry.h"
 
 #include <QTest>

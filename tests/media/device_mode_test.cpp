@@ -1,5 +1,5 @@
-#include "media/device_mode.h"
-#include "media/gst_build.h"
+#include "media/capture/device_mode.h"
+#include "media/gst/gst_build.h"
 #include "support/test_registry.h"
 
 #include <QTest>

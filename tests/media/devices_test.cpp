@@ -1,5 +1,5 @@
-#include "media/capture_permission.h"
-#include "media/devices.h"
+#include "media/capture/capture_permission.h"
+#include "media/capture/devices.h"
 #include "support/fake_device.h"
 #include "support/test_registry.h"
 

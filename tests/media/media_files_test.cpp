@@ -1,5 +1,5 @@
-#include "app/clock.h"
-#include "media/media_factory.h"
+#include "base/clock.h"
+#include "media/sources/media_factory.h"
 #include "poll.h"
 #include "support/clips.h"
 #include "support/manual_clock.h"

@@ -1,4 +1,4 @@
-#include "media/retirement.h"
+#include "media/sources/retirement.h"
 #include "poll.h"
 #include "support/fake_device.h"
 #include "support/manual_clock.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/media.h"
+#include "media/sources/media.h"
 
 #include <QTest>
 

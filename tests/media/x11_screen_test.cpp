@@ -1,6 +1,6 @@
-#include "app/clock.h"
-#include "app/error.h"
-#include "media/media_factory.h"
+#include "base/clock.h"
+#include "base/error.h"
+#include "media/sources/media_factory.h"
 #include "poll.h"
 #include "support/test_registry.h"
 

@@ -1,5 +1,5 @@
-#include "output/audio_timeline.h"
 #include "output/device_sound.h"
+#include "output/encode/audio_timeline.h"
 #include "support/test_registry.h"
 
 #include <QTest>

@@ -1,6 +1,6 @@
-#include "app/error.h"
-#include "app/log.h"
-#include "output/destination.h"
+#include "base/error.h"
+#include "base/log.h"
+#include "output/sink/destination.h"
 #include "support/test_registry.h"
 
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "output/device_sound.h"
-#include "output/input_writer.h"
-#include "output/lag_guard.h"
+#include "output/mix/input_writer.h"
+#include "output/mix/lag_guard.h"
 #include "support/test_registry.h"
 
 #include <QTest>

@@ -1,5 +1,5 @@
-#include "app/error.h"
-#include "output/output.h"
+#include "base/error.h"
+#include "output/encode/output.h"
 #include "output/probe.h"
 #include "output/program_feed.h"
 #include "support/test_registry.h"

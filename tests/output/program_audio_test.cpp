@@ -1,4 +1,4 @@
-#include "output/program_audio.h"
+#include "output/mix/program_audio.h"
 #include "support/test_registry.h"
 
 #include <QTest>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "media/frame.h"
-#include "output/program_audio.h"
+#include "output/mix/program_audio.h"
+#include "signal/frame.h"
 
 #include <QThread>
 

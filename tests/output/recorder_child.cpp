@@ -1,5 +1,5 @@
-#include "output/outputs.h"
 #include "output/program_feed.h"
+#include "output/sink/outputs.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
-#include "output/outputs.h"
 #include "output/probe.h"
 #include "output/program_feed.h"
+#include "output/sink/outputs.h"
 #include "support/test_registry.h"
 
 #include <QProcess>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "studio/device_connection.h"
+#include "studio/sources/device_connection.h"
 #include "support/virtual_device.h"
 
 #include <QColor>

@@ -1,4 +1,4 @@
-#include "scene/scene_ops.h"
+#include "document/scene_ops.h"
 #include "studio/studio_fixture.h"
 #include "support/test_registry.h"
 

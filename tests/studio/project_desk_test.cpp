@@ -1,4 +1,4 @@
-#include "app/error.h"
+#include "base/error.h"
 #include "studio/studio_fixture.h"
 #include "support/clips.h"
 #include "support/test_registry.h"

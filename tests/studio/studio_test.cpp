@@ -1,4 +1,4 @@
-#include "app/log.h"
+#include "base/log.h"
 #include "studio/studio_fixture.h"
 #include "support/clips.h"
 #include "support/test_registry.h"

@@ -1,7 +1,7 @@
 #include "bible/builtin.h"
-#include "compositor/composer.h"
-#include "compositor/text_overflow.h"
-#include "studio/verse_desk.h"
+#include "compositor/scene/composer.h"
+#include "compositor/text/text_overflow.h"
+#include "studio/services/verse_desk.h"
 #include "support/test_registry.h"
 
 #include <QFontMetricsF>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/frame.h"
+#include "signal/frame.h"
 
 #include <QString>
 #include <QStringList>

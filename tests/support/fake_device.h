@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/gst_handles.h"
+#include "media/gst/gst_handles.h"
 
 #include <string>
 

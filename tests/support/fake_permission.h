@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/capture_permission.h"
+#include "media/capture/capture_permission.h"
 
 #include <map>
 #include <utility>

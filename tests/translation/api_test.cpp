@@ -1,10 +1,10 @@
-#include "app/error.h"
+#include "base/error.h"
 #include "support/api_peer.h"
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
-#include "translation/api_client.h"
-#include "translation/api_messages.h"
-#include "translation/key_test.h"
+#include "translation/service/api_client.h"
+#include "translation/service/api_messages.h"
+#include "translation/service/key_test.h"
 
 #include <QTest>
 

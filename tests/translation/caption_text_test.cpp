@@ -1,6 +1,6 @@
-#include "scene/profile.h"
+#include "document/profile.h"
 #include "support/test_registry.h"
-#include "translation/caption_text.h"
+#include "translation/pipeline/caption_text.h"
 
 #include <QTest>
 

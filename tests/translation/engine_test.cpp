@@ -1,8 +1,8 @@
-#include "app/error.h"
+#include "base/error.h"
 #include "support/api_peer.h"
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
-#include "translation/engine.h"
+#include "translation/pipeline/engine.h"
 #include "translation/signal.h"
 
 #include <QJsonArray>

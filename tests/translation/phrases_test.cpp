@@ -1,8 +1,8 @@
 #include "support/test_registry.h"
-#include "translation/heard_line.h"
-#include "translation/phrase_order.h"
-#include "translation/transcript_memory.h"
-#include "translation/voice.h"
+#include "translation/pipeline/heard_line.h"
+#include "translation/pipeline/phrase_order.h"
+#include "translation/pipeline/transcript_memory.h"
+#include "translation/pipeline/voice.h"
 
 #include <QTest>
 

@@ -1,7 +1,7 @@
 #include "support/test_registry.h"
-#include "translation/segmenter.h"
+#include "translation/pipeline/segmenter.h"
+#include "translation/pipeline/wav.h"
 #include "translation/signal.h"
-#include "translation/wav.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/audio_block.h"
+#include "signal/audio_block.h"
 
 #include <QList>
 #include <QPair>

@@ -1,5 +1,5 @@
 #include "support/test_registry.h"
-#include "translation/segmenter.h"
+#include "translation/pipeline/segmenter.h"
 #include "translation/signal.h"
 
 #include <QFile>

@@ -1,6 +1,6 @@
+#include "net/websocket_frame.h"
+#include "net/websocket_handshake.h"
 #include "support/test_registry.h"
-#include "translation/websocket_frame.h"
-#include "translation/websocket_handshake.h"
 
 #include <QTest>
 

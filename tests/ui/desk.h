@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ui/scripted_dialogs.h"
-#include "ui/studio_window.h"
+#include "ui/shell/studio_window.h"
 
 #include <QLabel>
 #include <QPushButton>

@@ -1,5 +1,5 @@
-#include "app/gst_log_hook.h"
-#include "app/log.h"
+#include "base/gst_log_hook.h"
+#include "base/log.h"
 #include "secrets/secret_file.h"
 #include "support/rtmp_peer.h"
 #include "support/test_registry.h"

@@ -1,6 +1,6 @@
 #include "support/test_registry.h"
 #include "ui/desk.h"
-#include "ui/hall_screen.h"
+#include "ui/outputs/hall_screen.h"
 
 #include <QComboBox>
 #include <QGuiApplication>

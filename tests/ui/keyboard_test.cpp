@@ -1,6 +1,6 @@
 #include "support/test_registry.h"
-#include "ui/canvas.h"
 #include "ui/desk.h"
+#include "ui/editor/canvas.h"
 
 #include <QAccessible>
 #include <QCheckBox>

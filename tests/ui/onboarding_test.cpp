@@ -1,8 +1,8 @@
-#include "app/i18n.h"
-#include "app/log.h"
+#include "base/i18n.h"
+#include "base/log.h"
 #include "support/test_registry.h"
-#include "ui/credits.h"
 #include "ui/desk.h"
+#include "ui/shell/credits.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>

@@ -1,9 +1,9 @@
-#include "app/i18n.h"
-#include "compositor/composer.h"
+#include "base/i18n.h"
+#include "compositor/scene/composer.h"
 #include "support/clips.h"
 #include "support/test_registry.h"
-#include "ui/canvas.h"
 #include "ui/desk.h"
+#include "ui/editor/canvas.h"
 
 #include <QAbstractSpinBox>
 #include <QCheckBox>

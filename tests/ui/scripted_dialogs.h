@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/dialogs.h"
+#include "ui/kit/dialogs.h"
 
 #include <QStringList>
 

@@ -1,11 +1,11 @@
-#include "app/i18n.h"
-#include "app/log.h"
+#include "base/i18n.h"
+#include "base/log.h"
 #include "support/clips.h"
 #include "support/test_registry.h"
-#include "ui/canvas.h"
 #include "ui/desk.h"
-#include "ui/hall_screen.h"
-#include "ui/picture.h"
+#include "ui/editor/canvas.h"
+#include "ui/kit/picture.h"
+#include "ui/outputs/hall_screen.h"
 
 #include <QCheckBox>
 #include <QComboBox>

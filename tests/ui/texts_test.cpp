@@ -1,9 +1,9 @@
-#include "app/i18n.h"
-#include "app/log.h"
-#include "app/text_table.h"
+#include "base/i18n.h"
+#include "base/log.h"
+#include "base/text_table.h"
 #include "support/test_registry.h"
 #include "ui/desk.h"
-#include "ui/style.h"
+#include "ui/kit/style.h"
 
 #include <QAbstractButton>
 #include <QComboBox>

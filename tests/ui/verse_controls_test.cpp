@@ -1,4 +1,4 @@
-#include "app/log.h"
+#include "base/log.h"
 #include "support/api_peer.h"
 #include "support/test_registry.h"
 #include "ui/desk.h"

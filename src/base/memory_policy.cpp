@@ -1,0 +1,32 @@
+#include "base/memory_policy.h"
+
+#include <cstdlib> // tells which C library it is
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+#if defined(__unix__) || defined(__APPLE__)
+#include <sys/resource.h>
+#endif
+
+namespace nimbara {
+
+void keepFreedPictures()
+{
+#ifdef __GLIBC__
+    constexpr int mib = 1024 * 1024;
+    // 32 MiB is the most that the library takes; a 1080p picture has 8.
+    static_cast<void>(mallopt(M_MMAP_THRESHOLD, 32 * mib));
+    static_cast<void>(mallopt(M_TRIM_THRESHOLD, 512 * mib));
+#endif
+}
+
+void forbidCoreDumps()
+{
+#if defined(__unix__) || defined(__APPLE__)
+    const rlimit none { 0, 0 };
+    static_cast<void>(setrlimit(RLIMIT_CORE, &none));
+#endif
+}
+
+} // namespace nimbara

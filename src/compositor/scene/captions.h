@@ -1,0 +1,26 @@
+#pragma once
+
+#include "document/scene.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace nimbara {
+
+/// The live captions of one frame, as the compositor draws them. A plain value.
+struct Captions {
+    QStringList phrases; ///< on screen now, oldest first
+    QString separator; ///< between phrases: a blank, one line break or two
+    bool shown = true; ///< the operator's switch; off: no captions anywhere
+
+    bool operator==(const Captions &) const = default;
+
+    /// All phrases, joined.
+    [[nodiscard]] QString text() const { return phrases.join(separator); }
+};
+
+/// Writes `text` and `reference` (the highlighted newest phrase) of every subtitle layer, hidden
+/// ones too. In the preview an empty layer gets a placeholder, in the language of the interface.
+void fillSubtitles(Scene &scene, const Captions &captions, bool isPreview);
+
+} // namespace nimbara

@@ -1,0 +1,94 @@
+#include "compositor/scene/drawing.h"
+
+#include "compositor/scene/native_pixels.h"
+
+namespace nimbara {
+
+namespace {
+
+QRectF boxOf(const Layer &layer, FrameSize size)
+{
+    return pixelBox(QRectF(layer.x, layer.y, layer.w, layer.h), size);
+}
+
+Layer drawnFields(Layer layer)
+{
+    layer.name.clear();
+    layer.path.clear();
+    layer.uri.clear();
+    layer.image.reset();
+    layer.source.reset();
+    layer.sound = true;
+    return layer;
+}
+
+std::optional<TextBlock> overlay(const Composition &composition)
+{
+    const Captions &captions = composition.captions;
+    if (!composition.isHall) {
+        return composition.band || !composition.title.isEmpty()
+            ? std::optional(titleBand(composition.title, composition.size))
+            : std::nullopt;
+    }
+    if (hasSubtitle(composition.scene) || !captions.shown || captions.text().isEmpty()) {
+        return std::nullopt;
+    }
+    return automaticCaption(captions.text(), composition.size);
+}
+
+/// The first layer worth drawing: nothing shows below one that covers the canvas.
+std::size_t lowestSeen(const Drawing &drawing, bool &covered)
+{
+    for (std::size_t index = drawing.layers.size(); index-- > 0;) {
+        const auto &[layer, picture] = drawing.layers[index];
+        if (coversCanvas(layer, boxOf(layer, drawing.size), drawing.size, picture)) {
+            covered = true;
+            return index;
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+Drawing describe(const Scene &scene, FrameSize size, const FramePtr &camera)
+{
+    Drawing drawing { size, {}, std::nullopt };
+    for (const Layer &layer : scene.layers) {
+        if (layer.visible && layer.opacity > 0) {
+            drawing.layers.push_back({ drawnFields(layer), layerPicture(layer, camera) });
+        }
+    }
+    return drawing;
+}
+
+Drawing describe(const Composition &composition)
+{
+    Drawing drawing = describe(composition.scene, composition.size, composition.camera);
+    drawing.overlay = overlay(composition);
+    return drawing;
+}
+
+std::vector<SpritePtr> paint(QImage &canvas, const Drawing &drawing, PaintCache &cache)
+{
+    bool covered = false;
+    const std::size_t first = lowestSeen(drawing, covered);
+    if (!covered) {
+        canvas.fill(Qt::black);
+    }
+    toNative(canvas);
+    QPainter painter(&canvas);
+    LayerPainter layers(painter, cache);
+    for (std::size_t index = first; index < drawing.layers.size(); ++index) {
+        const auto &[layer, picture] = drawing.layers[index];
+        layers.draw(layer, boxOf(layer, drawing.size), drawing.size.height, picture);
+    }
+    if (drawing.overlay) {
+        layers.draw(*drawing.overlay);
+    }
+    painter.end();
+    fromNative(canvas);
+    return layers.takeSprites();
+}
+
+} // namespace nimbara

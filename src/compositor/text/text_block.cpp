@@ -1,0 +1,130 @@
+#include "compositor/text/text_block.h"
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+const QColor shadowColor(0, 0, 0, 200);
+const QColor bandColor(12, 48, 88, 235);
+constexpr double dimmedAlpha = 0.55; ///< of the phrases before the newest
+
+QRectF textArea(const QRectF &box, double marginX, double marginY)
+{
+    return box.adjusted(marginX, marginY, -marginX, -marginY);
+}
+
+QFont layerFont(const Layer &layer, std::int32_t frameHeight)
+{
+    QFont font(layer.font);
+    font.setPixelSize(std::max(frameHeight * layer.size / 1080, 4));
+    font.setWeight(layer.bold ? QFont::Bold : QFont::Normal);
+    return font;
+}
+
+QFont overlayFont(std::int32_t points)
+{
+    QFont font(QStringLiteral("Sans Serif"));
+    font.setPointSize(std::max(points, 16));
+    font.setWeight(QFont::Bold);
+    return font;
+}
+
+/// The text in its colour, over a dark outline and drop shadow if the layer wants one.
+std::vector<TextPass> passes(const Layer &layer, std::int32_t frameHeight, const QColor &color)
+{
+    std::vector<TextPass> list;
+    if (layer.shadow) {
+        const double d = std::max(frameHeight * layer.size / 19440, 2);
+        for (const QPointF offset :
+            { QPointF(d, d), QPointF(-d, d), QPointF(d, -d), QPointF(-d, -d) }) {
+            list.push_back({ offset, shadowColor });
+        }
+        list.push_back({ QPointF(0, 1.5 * d), shadowColor });
+    }
+    list.push_back({ QPointF(), color });
+    return list;
+}
+
+QColor dimmed(QColor color)
+{
+    color.setAlphaF(static_cast<float>(color.alphaF() * dimmedAlpha));
+    return color;
+}
+
+std::vector<TextDraw> layerDraws(const Layer &layer, const QRectF &area, std::int32_t frameHeight)
+{
+    const auto bright = passes(layer, frameHeight, layer.color);
+    if (layer.kind == LayerKind::Subtitle) {
+        // From the top in any layer, so that a phrase stays where it is when the next one comes.
+        const std::int32_t top = (layer.align & align::horizontalMask) | align::top;
+        if (layer.reference.isEmpty()) {
+            return { { layer.text, area, top, bright, false } };
+        }
+        return {
+            { layer.text, area, top, passes(layer, frameHeight, dimmed(layer.color)), false },
+            { layer.reference, area, top, bright, true },
+        };
+    }
+    QString text = layer.text;
+    if (layer.kind == LayerKind::Verse && !layer.reference.isEmpty()) {
+        text += QLatin1Char('\n') + layer.reference;
+    }
+    return { { text, area, layer.align, bright, false } };
+}
+
+} // namespace
+
+std::optional<TextBlock>
+layerText(const Layer &layer, const QRectF &box, std::int32_t frameHeight, const QRect &canvas)
+{
+    if (layer.kind == LayerKind::Subtitle && layer.text.trimmed().isEmpty()) {
+        return std::nullopt;
+    }
+    return TextBlock { canvas,
+        layer.opacity,
+        box,
+        layer.background,
+        layerFont(layer, frameHeight),
+        layerDraws(layer, textArea(box, 12, 8), frameHeight) };
+}
+
+TextBlock titleBand(const QString &title, FrameSize canvas)
+{
+    // Whole pixels, cut off.
+    const QRect band(canvas.width / 25,
+        canvas.height * 78 / 100,
+        canvas.width * 23 / 25,
+        canvas.height * 15 / 100);
+    return { QRect(0, 0, canvas.width, canvas.height),
+        1,
+        band,
+        bandColor,
+        overlayFont(canvas.width / 45),
+        { { title.left(500),
+            textArea(band, 24, 8),
+            align::left | align::verticalCentre,
+            { { QPointF(), Qt::white } },
+            false } } };
+}
+
+TextBlock automaticCaption(const QString &caption, FrameSize canvas)
+{
+    const QRect area(canvas.width / 20,
+        canvas.height / 8,
+        canvas.width * 18 / 20,
+        canvas.height * 3 / 4);
+    return { QRect(0, 0, canvas.width, canvas.height),
+        1,
+        area,
+        QColor(0, 0, 0, 0),
+        overlayFont(canvas.height / 16),
+        { { caption.left(700),
+            area,
+            align::horizontalCentre | align::verticalCentre,
+            { { QPointF(4, 4), shadowColor }, { QPointF(), Qt::white } },
+            false } } };
+}
+
+} // namespace nimbara

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "document/layer.h"
+
+#include <QColor>
+#include <QFont>
+#include <QRect>
+#include <QRectF>
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace nimbara {
+
+/// One drawing of a text: its area moved, in one colour.
+struct TextPass {
+    QPointF offset;
+    QColor color;
+    bool operator==(const TextPass &) const = default;
+};
+
+/// One text with its passes, first to last.
+struct TextDraw {
+    QString text;
+    QRectF area;
+    std::int32_t alignment = 0; ///< alignment bits of a layer
+    std::vector<TextPass> passes;
+    bool below = false; ///< the area starts below the wrapped text before it
+    bool operator==(const TextDraw &) const = default;
+};
+
+/// Everything that decides the pixels of a piece of text on a canvas: a box and the texts on it. A
+/// plain value; equal blocks look the same.
+struct TextBlock {
+    QRect canvas; ///< what lies outside is not painted
+    double opacity = 1; ///< of each drawing, 0..1
+    QRectF box;
+    QColor background; ///< fills the box; alpha 0: no box
+    QFont font;
+    std::vector<TextDraw> draws;
+    bool operator==(const TextBlock &) const = default;
+};
+
+/// The text of a text, verse or subtitle layer; none when nothing of it is drawn. `box` in canvas
+/// pixels; `frameHeight`: the lines of the output frame, which scale the text.
+std::optional<TextBlock>
+layerText(const Layer &layer, const QRectF &box, std::int32_t frameHeight, const QRect &canvas);
+
+/// The lower third of the streams: the band and the first 500 characters of the title.
+TextBlock titleBand(const QString &title, FrameSize canvas);
+
+/// The caption of hall scenes without a subtitle layer: its first 700 characters.
+TextBlock automaticCaption(const QString &caption, FrameSize canvas);
+
+} // namespace nimbara

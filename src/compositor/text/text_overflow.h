@@ -1,0 +1,13 @@
+#pragma once
+
+#include "document/layer.h"
+
+#include <cstdint>
+
+namespace nimbara {
+
+/// How many lines of a text, verse or subtitle layer its box is too low to show in a frame of the
+/// size; 0 when all are seen. Needs the application's fonts.
+std::int32_t hiddenLines(const Layer &layer, FrameSize frame);
+
+} // namespace nimbara

@@ -1,0 +1,129 @@
+#include "document/layer.h"
+
+#include "base/i18n.h"
+
+#include <array>
+
+namespace nimbara {
+
+using nimbara_i18n::tr;
+
+namespace {
+
+struct KindRow {
+    const char *word;
+    const char *name;
+};
+constexpr std::array<KindRow, 8> kindRows { {
+    { "camera", "Cámara" },
+    { "image", "Imagen" },
+    { "text", "Texto" },
+    { "video", "Video" },
+    { "screen", "Pantalla" },
+    { "color", "Color" },
+    { "verse", "Versículo" },
+    { "subtitle", "Subtítulos (IA)" },
+} };
+
+const KindRow *rowOf(LayerKind kind)
+{
+    const auto value = static_cast<std::int32_t>(kind);
+    const bool known = value >= 0 && value < static_cast<std::int32_t>(kindRows.size());
+    return known ? &kindRows.at(static_cast<std::size_t>(value)) : nullptr;
+}
+
+void setBox(Layer &layer, double x, double y, double w, double h)
+{
+    layer.x = x;
+    layer.y = y;
+    layer.w = w;
+    layer.h = h;
+}
+
+} // namespace
+
+LayerKind kindFromWord(const QString &word)
+{
+    for (std::size_t i = 0; i < kindRows.size(); ++i) {
+        if (word == QLatin1String(kindRows.at(i).word)) {
+            return static_cast<LayerKind>(i);
+        }
+    }
+    return LayerKind::Camera;
+}
+
+QString wordOfKind(LayerKind kind)
+{
+    const KindRow *row = rowOf(kind);
+    return QString::fromLatin1(row != nullptr ? row->word : kindRows[0].word);
+}
+
+QString displayName(LayerKind kind)
+{
+    const KindRow *row = rowOf(kind);
+    return row != nullptr ? tr(row->name) : QString();
+}
+
+bool isPicture(LayerKind kind)
+{
+    return kind == LayerKind::Camera || kind == LayerKind::Image || kind == LayerKind::Video
+        || kind == LayerKind::Screen;
+}
+
+bool isText(LayerKind kind)
+{
+    return kind == LayerKind::Text || kind == LayerKind::Verse || kind == LayerKind::Subtitle;
+}
+
+HorizontalAlign horizontalAlign(std::int32_t bits)
+{
+    if ((bits & align::right) != 0) {
+        return HorizontalAlign::Right;
+    }
+    const bool centred = (bits & align::horizontalCentre) != 0;
+    return centred ? HorizontalAlign::Centre : HorizontalAlign::Left;
+}
+
+std::int32_t withHorizontalAlign(std::int32_t bits, HorizontalAlign choice)
+{
+    const std::int32_t others = bits & ~align::horizontalMask;
+    switch (choice) {
+    case HorizontalAlign::Centre:
+        return others | align::horizontalCentre;
+    case HorizontalAlign::Right:
+        return others | align::right;
+    default:
+        return others | align::left;
+    }
+}
+
+Layer newLayer(LayerKind kind)
+{
+    Layer layer;
+    layer.kind = kind;
+    switch (kind) {
+    case LayerKind::Image:
+        setBox(layer, 0.55, 0.05, 0.4, 0.4);
+        break;
+    case LayerKind::Text:
+        setBox(layer, 0.08, 0.72, 0.84, 0.2);
+        layer.text = tr("Texto nuevo");
+        break;
+    case LayerKind::Verse:
+        setBox(layer, 0.08, 0.62, 0.84, 0.3);
+        layer.size = 48;
+        layer.text = tr("Escribe la cita en Propiedades, p. ej. Juan 3:16");
+        break;
+    case LayerKind::Subtitle:
+        setBox(layer, 0.04, 0.78, 0.92, 0.16);
+        layer.name = tr("Subtítulos (IA)");
+        layer.size = 44;
+        layer.background = QColor(0, 0, 0, 190);
+        break;
+    default:
+        break;
+    }
+    return layer;
+}
+
+} // namespace nimbara

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "media/sources/media.h"
+#include "signal/frame.h"
+
+#include <QColor>
+#include <QString>
+
+#include <cstdint>
+
+namespace nimbara {
+
+/// What a layer shows. The values are the 32-bit integers of the record; anything outside draws as
+/// a missing picture.
+enum class LayerKind : std::int32_t {
+    Camera = 0,
+    Image = 1,
+    Text = 2,
+    Video = 3,
+    Screen = 4,
+    Color = 5,
+    Verse = 6,
+    Subtitle = 7,
+};
+
+/// The kind of a project file's word; an unknown word is a camera.
+LayerKind kindFromWord(const QString &word);
+/// The word of a kind; a value outside 1..7 is "camera".
+QString wordOfKind(LayerKind kind);
+/// The kind's name for the operator, translated; empty for an unknown value.
+QString displayName(LayerKind kind);
+
+/// Kinds whose box keeps its aspect and that may cover it: camera, image, video, screen.
+bool isPicture(LayerKind kind);
+/// Kinds with a text style: text, verse, subtitle.
+bool isText(LayerKind kind);
+
+/// Alignment bits of a layer, as project files hold them.
+namespace align {
+constexpr std::int32_t left = 1;
+constexpr std::int32_t right = 2;
+constexpr std::int32_t horizontalCentre = 4;
+constexpr std::int32_t justify = 8;
+constexpr std::int32_t top = 32;
+constexpr std::int32_t bottom = 64;
+constexpr std::int32_t verticalCentre = 128;
+constexpr std::int32_t horizontalMask = left | right | horizontalCentre | justify;
+constexpr std::int32_t verticalMask = top | bottom | verticalCentre;
+} // namespace align
+
+/// The operator's choice of alignment, numbered as the list shows it.
+enum class HorizontalAlign : std::int32_t { Left = 0, Centre = 1, Right = 2 };
+
+/// How alignment bits place the text across; justified text and no bit at all are left.
+HorizontalAlign horizontalAlign(std::int32_t bits);
+/// The bits with another horizontal alignment; the vertical bits stay as they are.
+std::int32_t withHorizontalAlign(std::int32_t bits, HorizontalAlign choice);
+
+/// One picture source or text in a box of the output frame. A plain value: a copy shares the
+/// decoded image and the media source with the layer it came from.
+struct Layer {
+    static constexpr std::int32_t minSize = 8;
+    static constexpr std::int32_t maxSize = 400;
+
+    LayerKind kind = LayerKind::Camera;
+    QString name; ///< the operator's label
+    bool visible = true;
+    double opacity = 1.0; ///< 0..1
+    double x = 0; ///< box, as fractions of the frame's width (x, w) and height (y, h)
+    double y = 0;
+    double w = 1;
+    double h = 1;
+    QString path; ///< image file
+    FramePtr image; ///< decoded picture; never saved
+    QString text; ///< body text; of a subtitle layer, written for each frame
+    QString reference; ///< verse: the reference line; subtitle: the highlighted newest phrase
+    QString font = QStringLiteral("Arial");
+    std::int32_t size = 56; ///< pixels per 1080 lines of frame height, 8..400
+    bool bold = true;
+    QColor color = Qt::white;
+    QColor background = QColor(0, 0, 0, 150); ///< box behind the text; alpha 0: none
+    std::int32_t align = align::horizontalCentre | align::verticalCentre;
+    bool shadow = true;
+    QString uri; ///< media location, as the operator gave it
+    MediaPtr source; ///< open pipeline of video and screen layers; never saved
+    bool sound = true; ///< video: its sound is heard on the stream program
+    bool cover = false; ///< fill the box and crop, instead of fitting the picture whole
+    QColor fill = QColor(12, 48, 88); ///< colour layers
+
+    bool operator==(const Layer &) const = default;
+};
+
+/// A new layer of the kind with its default box and texts, not yet named (a subtitle layer is).
+Layer newLayer(LayerKind kind);
+
+} // namespace nimbara

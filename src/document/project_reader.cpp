@@ -1,0 +1,249 @@
+#include "base/error.h"
+#include "base/i18n.h"
+#include "document/layer_geometry.h"
+#include "document/project_file.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace nimbara {
+
+using nimbara_i18n::tr;
+
+namespace {
+
+/// Objects and arrays of one file: the items, each scene's list, and room for what is unknown.
+constexpr std::size_t maxProjectContainers = 3 * maxProjectItems;
+
+/// Reads the members of one object. What is missing or of another type takes the default.
+class Members {
+public:
+    explicit Members(const QJsonValue &value)
+        : m_object(value.toObject())
+    {
+    }
+
+    [[nodiscard]] QJsonValue value(const char *key) const
+    {
+        return m_object.value(QLatin1String(key));
+    }
+    [[nodiscard]] QString text(const char *key) const { return value(key).toString(); }
+    [[nodiscard]] bool flag(const char *key, bool missing) const
+    {
+        return value(key).toBool(missing);
+    }
+    [[nodiscard]] double number(const char *key, double missing, double low, double high) const
+    {
+        const QJsonValue found = value(key);
+        const double read = found.isDouble() ? found.toDouble() : missing;
+        return std::isfinite(read) ? std::clamp(read, low, high) : missing;
+    }
+    /// A fraction is cut off.
+    [[nodiscard]] std::int32_t
+    integer(const char *key, std::int32_t missing, std::int32_t low, std::int32_t high) const
+    {
+        return static_cast<std::int32_t>(number(key, missing, low, high));
+    }
+    /// The integer when it is exactly one, and within the bounds.
+    [[nodiscard]] std::optional<std::int32_t>
+    exact(const char *key, std::int32_t low, std::int32_t high) const
+    {
+        const QJsonValue found = value(key);
+        const double read = found.toDouble();
+        if (!found.isDouble() || std::trunc(read) != read || read < low || read > high) {
+            return std::nullopt;
+        }
+        return static_cast<std::int32_t>(read);
+    }
+    [[nodiscard]] QColor color(const char *key, const QColor &missing) const
+    {
+        const QColor read = QColor::fromString(text(key));
+        // Eight bits per channel, as they are written.
+        return read.isValid() ? QColor::fromRgba(read.rgba()) : missing;
+    }
+
+private:
+    QJsonObject m_object;
+};
+
+Box boxFrom(const Members &members)
+{
+    const auto number = [&](const char *key, double missing) {
+        return members.number(key, missing, -maxBoxReach, maxBoxReach);
+    };
+    const Box box { number("x", 0), number("y", 0), number("w", 1), number("h", 1) };
+    return box.w <= 0.01 || box.h <= 0.01 ? fullFrame : box;
+}
+
+std::int32_t alignFrom(const Members &members)
+{
+    constexpr std::int32_t known = align::horizontalMask | align::verticalMask;
+    const auto bits = members.exact("align", 0, 0xffff);
+    return bits ? *bits & known : Layer {}.align;
+}
+
+Layer layerFrom(const QJsonValue &value)
+{
+    const Members members(value);
+    Layer layer;
+    layer.kind = kindFromWord(members.text("kind"));
+    layer.name = members.text("name");
+    layer.visible = members.flag("visible", layer.visible);
+    layer.opacity = members.number("opacity", layer.opacity, 0, 1);
+    setBox(layer, boxFrom(members));
+    layer.path = members.text("path");
+    layer.text = members.text("text");
+    layer.reference = members.text("reference");
+    layer.font = members.value("font").toString(layer.font);
+    layer.size = members.integer("size", layer.size, Layer::minSize, Layer::maxSize);
+    layer.bold = members.flag("bold", layer.bold);
+    layer.color = members.color("color", layer.color);
+    layer.background = members.color("background", layer.background);
+    layer.align = alignFrom(members);
+    layer.shadow = members.flag("shadow", layer.shadow);
+    layer.uri = members.text("uri");
+    layer.sound = members.flag("sound", layer.sound);
+    layer.cover = members.flag("cover", layer.cover);
+    layer.fill = members.color("fill", layer.fill);
+    return layer;
+}
+
+/// `room`: how many more scenes and layers the file may hold.
+void claim(std::size_t &room, qsizetype items)
+{
+    if (static_cast<std::size_t>(items) > room) {
+        throw Error(QStringLiteral("Proyecto inválido"));
+    }
+    room -= static_cast<std::size_t>(items);
+}
+
+std::vector<Scene> scenesFrom(const QJsonValue &value, std::size_t &room)
+{
+    const QJsonArray array = value.toArray();
+    claim(room, array.size());
+    std::vector<Scene> scenes;
+    scenes.reserve(static_cast<std::size_t>(array.size()));
+    for (const auto &entry : array) {
+        const Members members(entry);
+        const QJsonArray layers = members.value("layers").toArray();
+        claim(room, layers.size());
+        Scene &scene = scenes.emplace_back();
+        scene.name = members.text("name");
+        scene.layers.reserve(static_cast<std::size_t>(layers.size()));
+        for (const auto &layer : layers) {
+            scene.layers.push_back(layerFrom(layer));
+        }
+    }
+    return scenes;
+}
+
+/// The one scene of a version 1 file: a choice of camera, picture and media.
+Scene legacyScene(const Members &members)
+{
+    constexpr std::int32_t cameraScene = 0;
+    constexpr std::int32_t imageScene = 2;
+    const std::int32_t choice = members.integer("scene", cameraScene, -1, imageScene + 1);
+    Scene scene { tr("Escena 1"), {} };
+    if (choice == cameraScene) {
+        scene.layers.emplace_back().name = tr("Cámara");
+    }
+    if (const QString path = members.text("image"); !path.isEmpty()) {
+        Layer &image = scene.layers.emplace_back();
+        image.kind = LayerKind::Image;
+        image.name = QFileInfo(path).fileName();
+        image.path = path;
+        setBox(image, choice == imageScene ? fullFrame : Box { 0.8, 0.03, 0.17, 0.17 });
+    }
+    if (const QString location = members.text("media"); !location.isEmpty()) {
+        Layer &video = scene.layers.emplace_back();
+        video.kind = LayerKind::Video;
+        video.name = tr("Video");
+        video.uri = location;
+    }
+    return scene;
+}
+
+void readSets(Project &project, const Members &members, std::int32_t version)
+{
+    std::size_t room = maxProjectItems;
+    if (version == 1) {
+        project.streams = { legacyScene(members) };
+    } else {
+        project.streams = scenesFrom(members.value("scenes"), room);
+        project.hall = scenesFrom(members.value("hall"), room);
+    }
+    if (project.streams.empty()) {
+        project.streams.push_back(defaultScene(false));
+    }
+    if (project.hall.empty()) {
+        project.hall.push_back(defaultScene(true));
+    }
+    const auto last
+        = [](const std::vector<Scene> &set) { return static_cast<std::int32_t>(set.size()) - 1; };
+    project.currentStreams = members.integer("current", 0, 0, last(project.streams));
+    project.currentHall = members.integer("currentHall", 0, 0, last(project.hall));
+}
+
+/// How many objects and arrays the text opens, outside its strings.
+std::size_t containersIn(const QByteArray &json)
+{
+    std::size_t count = 0;
+    bool inString = false;
+    bool escaped = false;
+    for (const char byte : json) {
+        if (escaped) {
+            escaped = false;
+        } else if (inString && byte == '\\') {
+            escaped = true;
+        } else if (byte == '"') {
+            inString = !inString;
+        } else if (!inString && (byte == '{' || byte == '[')) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+QString cutTitle(const QString &title)
+{
+    QString cut = title.left(Project::maxTitle);
+    if (cut.size() < title.size() && cut.back().isHighSurrogate()) {
+        cut.chop(1); // half a character is none
+    }
+    return cut;
+}
+
+} // namespace
+
+Project fromJson(const QByteArray &json)
+{
+    // A parsed object takes many times the memory of its two brackets: counted before it is parsed.
+    if (json.size() > maxProjectBytes || containersIn(json) > maxProjectContainers) {
+        throw Error(QStringLiteral("Proyecto inválido"));
+    }
+    const Members members(QJsonDocument::fromJson(json).object());
+    const auto version = members.exact("version", 1, 3);
+    if (!version) {
+        throw Error(QStringLiteral("Versión de proyecto inválida"));
+    }
+    const auto gain = members.exact("gain", 0, Project::maxGain);
+    if (!gain) {
+        throw Error(QStringLiteral("Opciones de proyecto inválidas"));
+    }
+    Project project;
+    project.profile
+        = members.flag("vertical", false) ? StreamProfile::Portrait : StreamProfile::Landscape;
+    readSets(project, members, *version);
+    project.band = members.flag("band", false);
+    project.title = cutTitle(members.text("title"));
+    project.gain = *gain;
+    return project;
+}
+
+} // namespace nimbara

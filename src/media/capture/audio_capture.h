@@ -1,0 +1,61 @@
+#pragma once
+
+#include "base/clock.h"
+#include "media/gst/pipeline_start.h"
+#include "signal/audio_levels.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+
+namespace nimbara {
+
+/// The operator's audio input: the GStreamer pipeline "nimbara-audio". Interface thread only,
+/// except for destruction, which belongs on a background task.
+class AudioCapture {
+public:
+    /// Builds the pipeline and asks for PLAYING. Without a device: a quiet test tone. Throws
+    /// `Error` with the operator's text.
+    AudioCapture(const Clock &clock, GstDevice *device);
+    AudioCapture(const AudioCapture &) = delete;
+    AudioCapture &operator=(const AudioCapture &) = delete;
+    AudioCapture(AudioCapture &&) = delete;
+    AudioCapture &operator=(AudioCapture &&) = delete;
+    ~AudioCapture() = default;
+
+    /// Drains what has arrived, at most 8 buffers, without waiting. Each block goes through
+    /// `processBlock` and to `listener`.
+    void pull(const GainState &gainState);
+
+    /// Receiver of every processed block, called inside `pull`. Never empty.
+    std::function<void(const AudioBlock &)> listener = [](const AudioBlock &) {};
+
+    /// Still delivering; false after any failure.
+    [[nodiscard]] bool running() const { return m_running; }
+    /// Why the capture stopped; empty while it runs.
+    [[nodiscard]] const QString &error() const { return m_error; }
+    [[nodiscard]] const AudioLevels &inputLevels() const { return m_inputLevels; }
+    [[nodiscard]] const AudioLevels &outputLevels() const { return m_outputLevels; }
+
+private:
+    void build(GstDevice *device);
+    void play(bool isDevice);
+    bool takeBusMessage();
+    bool takeSample(GstSample *sample, const GainState &gainState);
+    void watchSilence();
+    void stop(const QString &text);
+
+    const Clock &m_clock;
+    std::int64_t m_lastBufferTime = 0;
+    bool m_running = false;
+    QString m_error;
+    AudioLevels m_inputLevels;
+    AudioLevels m_outputLevels;
+    ElementRef m_sink;
+    Pipeline m_pipeline;
+    /// Last, so that a device's start has come back before its pipeline stops.
+    PipelineStart m_start;
+};
+
+} // namespace nimbara

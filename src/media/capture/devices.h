@@ -1,0 +1,72 @@
+#pragma once
+
+#include "base/background_task.h"
+#include "media/gst/gst_handles.h"
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace nimbara {
+
+enum class DeviceKind { Video, Audio };
+
+/// A camera, capture card, microphone or sound card. A plain value; the copy shares the handle.
+struct CaptureDevice {
+    QString name; ///< for the operator
+    DeviceKind kind = DeviceKind::Audio;
+    QString identity; ///< equal when the same device has gone away and come back
+    QString place; ///< where it is at the moment (node number, device file); tells twins apart
+    DeviceRef device; ///< opens it, as long as it is at that place
+};
+
+/// The devices in the order in which the system names them.
+struct DeviceLists {
+    std::vector<CaptureDevice> video;
+    std::vector<CaptureDevice> audio;
+};
+
+/// What the studio keeps of a device. Anything whose class does not begin with "Video/Source" is an
+/// audio device.
+CaptureDevice describeDevice(GstDevice *device);
+
+/// The device that was lost, among those that are there now; null when it is not there. Never
+/// another device in its place: of several that look the same, only the one at the old place is
+/// taken. The result points into `devices`.
+const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices,
+    const CaptureDevice &lost);
+
+/// Looks for devices on background tasks, because a media service may answer late or never.
+///
+/// The system's monitor is started by the first search of all and runs until the process ends. The
+/// lists still change only when somebody asks. Interface thread only; the destructor waits a
+/// moment for a search under way.
+class DeviceDiscovery {
+public:
+    DeviceDiscovery() = default;
+    DeviceDiscovery(const DeviceDiscovery &) = delete;
+    DeviceDiscovery &operator=(const DeviceDiscovery &) = delete;
+    DeviceDiscovery(DeviceDiscovery &&) = delete;
+    DeviceDiscovery &operator=(DeviceDiscovery &&) = delete;
+    ~DeviceDiscovery();
+
+    /// Begins a search. The first takes as long as the system needs to start looking; the next ones
+    /// are quick.
+    void start();
+
+    /// A result is still to come.
+    [[nodiscard]] bool running() const { return m_search.isUnderWay(); }
+
+    /// The result, once, when it is there. Never waits. A search asked for while another was under
+    /// way follows it, so that a device plugged in just now is not missed, and the result is its
+    /// own.
+    std::optional<DeviceLists> poll();
+
+private:
+    BackgroundTask<DeviceLists> m_search;
+    bool m_again = false; ///< another search was asked for while one was under way
+};
+
+} // namespace nimbara

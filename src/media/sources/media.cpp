@@ -1,0 +1,326 @@
+#include "media/sources/media.h"
+
+#include "base/error.h"
+#include "base/secret_texts.h"
+#include "media/gst/gst_build.h"
+#include "media/gst/gst_maps.h"
+
+#include <gst/app/gstappsink.h>
+
+#include <cstring>
+
+namespace nimbara {
+
+namespace {
+
+constexpr std::int64_t deviceTimeoutUs = 4'000'000;
+constexpr std::int64_t sourceTimeoutUs = 10'000'000;
+constexpr int soundSamplesPerPoll = 8;
+constexpr std::size_t soundFrameBytes = sizeof(float) * audioChannels;
+
+SampleRef tryPull(const ElementRef &sink)
+{
+    return SampleRef::adopt(gst_app_sink_try_pull_sample(GST_APP_SINK_CAST(sink.get()), 0));
+}
+
+bool sinkEnded(const ElementRef &sink)
+{
+    return gst_app_sink_is_eos(GST_APP_SINK_CAST(sink.get())) != FALSE;
+}
+
+PadRef sinkPad(const ElementRef &element)
+{
+    return PadRef::adopt(gst_element_get_static_pad(element.get(), "sink"));
+}
+
+bool isFed(const ElementRef &head)
+{
+    return gst_pad_is_linked(sinkPad(head).get()) != FALSE;
+}
+
+void linkTo(const ElementRef &head, GstPad *pad)
+{
+    const PadRef sink = sinkPad(head);
+    if (gst_pad_is_linked(sink.get()) == FALSE) {
+        gst_pad_link(pad, sink.get());
+    }
+}
+
+QString refusedText()
+{
+    return QStringLiteral("No se pudo iniciar fuente");
+}
+
+QString errorDescription(GstMessage *message)
+{
+    GError *parsedError = nullptr;
+    gchar *parsedDebug = nullptr;
+    gst_message_parse_error(message, &parsedError, &parsedDebug);
+    const GErrorPtr error(parsedError);
+    const GCharPtr debug(parsedDebug);
+    QString text = error ? QString::fromUtf8(error->message) : QStringLiteral("error");
+    if (debug) {
+        text += QStringLiteral(" [%1]").arg(QString::fromUtf8(debug.get()));
+    }
+    return text;
+}
+
+} // namespace
+
+Media::Media(const Clock &clock,
+    std::int32_t width,
+    std::int32_t height,
+    GstDevice *device,
+    const QString &uri,
+    bool test,
+    bool screen,
+    const ScreenElements &screens,
+    std::shared_ptr<OpeningSlots> holding)
+    : m_clock(clock)
+    , m_isDevice(device != nullptr)
+    , m_isTestBars(test && device == nullptr && uri.isEmpty() && !screen)
+    , m_isFile(uri.startsWith(QLatin1String("file:")))
+    , m_lastFrameTime(clock.monotonicUs())
+    , m_parts(buildSourcePipeline({ { width, height }, device, uri, test, screen }, screens))
+{
+    m_label = m_parts.label;
+    if (!uri.isEmpty()) {
+        linkDecodedPads();
+    }
+    if (m_isFile && holding) {
+        m_playback.hold(m_parts.pipeline, std::move(holding));
+    } else {
+        play();
+    }
+}
+
+Media::~Media() = default;
+
+void Media::play()
+{
+    const auto moment = m_isDevice ? PipelineStart::deviceMoment : PipelineStart::mediaMoment;
+    const bool refused = m_isTestBars
+        ? !m_parts.pipeline.play()
+        : m_playback.play(m_parts.pipeline, moment) == PipelineStart::Outcome::Refused;
+    if (refused) {
+        throw Error(refusedText());
+    }
+}
+
+void Media::linkDecodedPads()
+{
+    auto branches = std::make_unique<std::shared_ptr<Branches>>(
+        std::make_shared<Branches>(Branches { m_parts.pictureHead, m_parts.audioConvert }));
+    g_signal_connect_data(
+        m_parts.source.get(),
+        "pad-added",
+        G_CALLBACK(&Media::padAdded),
+        branches.release(),
+        [](gpointer held, GClosure *) { delete static_cast<std::shared_ptr<Branches> *>(held); },
+        GConnectFlags {});
+}
+
+/// On a thread of the decoder. A second stream of a kind stays unlinked, as do all other kinds.
+void Media::padAdded(GstElement * /*element*/, GstPad *pad, gpointer source)
+{
+    const auto branches = *static_cast<std::shared_ptr<Branches> *>(source);
+    auto caps = CapsRef::adopt(gst_pad_get_current_caps(pad));
+    if (!caps) {
+        caps = CapsRef::adopt(gst_pad_query_caps(pad, nullptr));
+    }
+    if (!caps || gst_caps_get_size(caps.get()) == 0) {
+        return;
+    }
+    const gchar *name = gst_structure_get_name(gst_caps_get_structure(caps.get(), 0));
+    if (g_str_has_prefix(name, "video/") != FALSE) {
+        linkTo(branches->pictureHead, pad);
+    }
+    if (g_str_has_prefix(name, "audio/") != FALSE) {
+        linkTo(branches->audioConvert, pad);
+    }
+}
+
+QString Media::takeMessage()
+{
+    if (!m_message.isEmpty()) {
+        m_frame.reset();
+        m_sample = {};
+    }
+    return std::exchange(m_message, {});
+}
+
+void Media::setShown(bool shown)
+{
+    if (m_isFile && m_active) {
+        m_playback.setPlaying(shown);
+    }
+}
+
+void Media::pollSource()
+{
+    if (!m_active || takeBusMessage()) {
+        return;
+    }
+    const PipelineStart::Outcome start = startOutcome();
+    if (start == PipelineStart::Outcome::Refused) {
+        fail(refusedText());
+    } else if (m_playback.isHeld()) {
+        m_lastFrameTime = m_clock.monotonicUs(); // none is due
+    } else {
+        pollStreams(start);
+    }
+}
+
+void Media::pollStreams(PipelineStart::Outcome start)
+{
+    takeSound();
+    SampleRef sample = tryPull(m_parts.videoSink);
+    const std::int64_t now = m_clock.monotonicUs();
+    if (sample) {
+        takePicture(std::move(sample), now);
+    } else if (start == PipelineStart::Outcome::Accepted && streamsEnded()) {
+        m_ended = true;
+        deactivate();
+    } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)) {
+        fail(m_isDevice ? QStringLiteral("Cámara sin cuadros; se vuelve a abrir")
+                        : QStringLiteral("Fuente sin frames durante 10 segundos"));
+    }
+}
+
+/// True when the source is over.
+bool Media::takeBusMessage()
+{
+    const auto message = MessageRef::adopt(gst_bus_pop_filtered(m_parts.pipeline.bus(),
+        static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS)));
+    if (!message) {
+        return false;
+    }
+    if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS) {
+        m_ended = true;
+        deactivate();
+    } else {
+        // A library repeats the location, which may hold a password.
+        fail(
+            QStringLiteral("Fuente sin señal: ") + withoutSecrets(errorDescription(message.get())));
+    }
+    return true;
+}
+
+/// Every branch that is fed has run dry. The pipeline itself reports its end only when each of its
+/// sinks has one, and a branch that no stream feeds never has.
+bool Media::streamsEnded() const
+{
+    const bool picture = isFed(m_parts.pictureHead);
+    const bool sound = isFed(m_parts.audioConvert);
+    return (picture || sound) && (!picture || sinkEnded(m_parts.videoSink))
+        && (!sound || sinkEnded(m_parts.audioSink));
+}
+
+void Media::takeSound()
+{
+    for (int taken = 0; taken < soundSamplesPerPoll; ++taken) {
+        const SampleRef sample = tryPull(m_parts.audioSink);
+        if (!sample) {
+            return;
+        }
+        const BufferMap map(gst_sample_get_buffer(sample.get()));
+        if (!map || map.size() % soundFrameBytes != 0) {
+            continue;
+        }
+        m_soundBuffer.resize(map.size() / sizeof(float));
+        std::memcpy(m_soundBuffer.data(), map.data(), map.size());
+        m_audioFifo.push(m_soundBuffer);
+    }
+}
+
+void Media::takePicture(SampleRef sample, std::int64_t now)
+{
+    m_lastFrameTime = now;
+    if (m_frameCount == 0) {
+        describeFirstPicture(sample);
+    }
+    readAlpha();
+    m_sample = std::move(sample);
+    if (++m_frameCount == 1) {
+        static_cast<void>(frame()); // tells now of a size that no picture can have
+    }
+}
+
+const FramePtr &Media::frame()
+{
+    if (m_sample) {
+        copyPicture(std::exchange(m_sample, {}));
+    }
+    return m_frame;
+}
+
+void Media::copyPicture(const SampleRef &sample)
+{
+    GstVideoInfo info;
+    GstCaps *caps = gst_sample_get_caps(sample.get());
+    if (caps == nullptr || gst_video_info_from_caps(&info, caps) == FALSE) {
+        return;
+    }
+    const VideoFrameMap map(info, gst_sample_get_buffer(sample.get()));
+    if (!map) {
+        return;
+    }
+    try {
+        auto frame = std::make_shared<Frame>(info.width,
+            info.height,
+            map.rows(),
+            map.stride(),
+            !m_hasAlpha);
+        if (m_hasPadding) {
+            makeOpaque(*frame);
+        }
+        m_frame = std::move(frame);
+    } catch (const Error &error) {
+        fail(error.text());
+    }
+}
+
+void Media::describeFirstPicture(const SampleRef &sample)
+{
+    m_label += QStringLiteral(" primer cuadro caps=")
+        + gst_build::text(gst_sample_get_caps(sample.get()));
+    const auto pad = PadRef::adopt(gst_element_get_static_pad(m_parts.source.get(), "src"));
+    if (pad) {
+        const auto caps = CapsRef::adopt(gst_pad_get_current_caps(pad.get()));
+        m_label += QStringLiteral(" fuente caps=") + gst_build::text(caps.get());
+    }
+}
+
+/// What the fourth byte of the RGBA picture is worth: the conversion passes on the padding of
+/// formats such as BGRx, which a screen capture leaves at 0, as if it were alpha.
+void Media::readAlpha()
+{
+    auto caps = CapsRef::adopt(gst_pad_get_current_caps(sinkPad(m_parts.pictureHead).get()));
+    if (caps.get() == m_pictureCaps.get()) {
+        return;
+    }
+    GstVideoInfo info;
+    const bool known = caps && gst_video_info_from_caps(&info, caps.get()) != FALSE;
+    // The test bars may be drawn as RGBA from the start, and are opaque nevertheless.
+    m_hasAlpha = !m_isTestBars && (!known || GST_VIDEO_INFO_HAS_ALPHA(&info));
+    m_hasPadding
+        = !m_hasAlpha && GST_VIDEO_INFO_IS_RGB(&info) && GST_VIDEO_INFO_COMP_PSTRIDE(&info, 0) == 4;
+    m_pictureCaps = std::move(caps);
+}
+
+void Media::fail(const QString &message)
+{
+    m_message = message;
+    deactivate();
+}
+
+/// The pipeline stays as it is until its destruction, since stopping it may block; only its
+/// messages, which nobody reads any more, are no longer kept.
+void Media::deactivate()
+{
+    m_active = false;
+    m_playback.freeSlot();
+    gst_bus_set_flushing(m_parts.pipeline.bus(), TRUE);
+}
+
+} // namespace nimbara

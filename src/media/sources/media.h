@@ -1,0 +1,129 @@
+#pragma once
+
+#include "base/clock.h"
+#include "media/sources/playback.h"
+#include "media/sources/source_pipeline.h"
+#include "signal/audio_block.h"
+#include "signal/frame.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace nimbara {
+
+/// One live picture that a layer can show (camera, screen capture, media file or network stream,
+/// test bars): the GStreamer pipeline "nimbara-source", which decodes or captures, converts to RGBA
+/// at the profile's size and leaves the newest picture, and the media's sound as 48 kHz stereo, in
+/// application sinks.
+///
+/// Interface thread only, except for destruction, which may block and belongs on a background task
+/// (`Retirement`). GStreamer's threads only fill the two sinks and link decoded pads.
+class Media {
+public:
+    /// Builds the pipeline and asks for PLAYING, on a background task unless it shows test bars. A
+    /// refusal that does not come in a moment is told by `startOutcome` and `pollSource`.
+    ///
+    /// `width`, `height`: the profile's size. `device`: a capture device, or none. `uri`: a media
+    /// location (UTF-8 text), or empty. `test`: test bars when there is neither device nor uri.
+    /// `screen`: capture the screen, by the first of `screens` that this installation has. With
+    /// `holding`, a file is opened and held at its first picture until it is shown. Throws `Error`
+    /// with the operator's text.
+    Media(const Clock &clock,
+        std::int32_t width,
+        std::int32_t height,
+        GstDevice *device,
+        const QString &uri,
+        bool test,
+        bool screen,
+        const ScreenElements &screens = screenElements(),
+        std::shared_ptr<OpeningSlots> holding = {});
+    Media(const Media &) = delete;
+    Media &operator=(const Media &) = delete;
+    Media(Media &&) = delete;
+    Media &operator=(Media &&) = delete;
+    ~Media();
+
+    /// Whether anyone sees it. A file that nobody sees is held where it is, since a computer that
+    /// shows two clips cannot decode fifty; everything else plays on.
+    void setShown(bool shown);
+
+    /// One non-blocking read: bus, media sound, newest picture, no-frame watchdog.
+    void pollSource();
+
+    /// The newest picture; none before the first, and none after a failure. Copied out of the
+    /// pipeline when it is first asked for: many sources play while nobody looks.
+    [[nodiscard]] const FramePtr &frame();
+
+    /// The pending message for the operator, empty when there is none. Taking it empties the
+    /// picture, so that the layer shows nothing stale.
+    [[nodiscard]] QString takeMessage();
+
+    /// Still read; false after end of stream, an error or the watchdog.
+    [[nodiscard]] bool active() const { return m_active; }
+    /// The pipeline reported end of stream.
+    [[nodiscard]] bool ended() const { return m_ended; }
+    /// Built from a capture device.
+    [[nodiscard]] bool isDevice() const { return m_isDevice; }
+    /// Diagnostic description for the log.
+    [[nodiscard]] const QString &label() const { return m_label; }
+    /// How the start has come along: opening a file or a device may take its time.
+    [[nodiscard]] PipelineStart::Outcome startOutcome()
+    {
+        return m_playback.poll(m_parts.pipeline);
+    }
+    /// Number of pictures taken so far.
+    [[nodiscard]] std::uint64_t frameCount() const { return m_frameCount; }
+    /// The media's sound, at most one second.
+    [[nodiscard]] AudioFifo &audioFifo() { return m_audioFifo; }
+
+private:
+    /// The heads that decoded pads are linked to. Shared with the decoder's signal handler, so that
+    /// GStreamer's threads never touch the source itself; holds neither decoder nor pipeline, which
+    /// would keep each other alive.
+    struct Branches {
+        ElementRef pictureHead;
+        ElementRef audioConvert;
+    };
+
+    void play();
+    void pollStreams(PipelineStart::Outcome start);
+    static void padAdded(GstElement *element, GstPad *pad, gpointer source);
+    void linkDecodedPads();
+    bool takeBusMessage();
+    void takeSound();
+    void takePicture(SampleRef sample, std::int64_t now);
+    void copyPicture(const SampleRef &sample);
+    void describeFirstPicture(const SampleRef &sample);
+    void readAlpha();
+    [[nodiscard]] bool streamsEnded() const;
+    void fail(const QString &message);
+    void deactivate();
+
+    const Clock &m_clock;
+    bool m_active = true;
+    bool m_ended = false;
+    bool m_isDevice = false;
+    bool m_isTestBars = false;
+    bool m_isFile = false;
+    std::int64_t m_lastFrameTime = 0;
+    std::uint64_t m_frameCount = 0;
+    QString m_message;
+    QString m_label;
+    FramePtr m_frame;
+    AudioFifo m_audioFifo;
+    std::vector<float> m_soundBuffer; ///< reused between polls
+    CapsRef m_pictureCaps; ///< of the picture before conversion, which the next two were read from
+    bool m_hasAlpha = false; ///< its pixels carry an alpha channel
+    bool m_hasPadding = false; ///< its pixels carry a byte without meaning
+    SourcePipeline m_parts;
+    SampleRef m_sample; ///< a picture newer than the frame, or none; goes before its pipeline
+    /// Last, so that a change of state has come back before its pipeline stops.
+    Playback m_playback;
+};
+
+using MediaPtr = std::shared_ptr<Media>;
+
+} // namespace nimbara

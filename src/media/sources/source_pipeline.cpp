@@ -1,0 +1,230 @@
+#include "media/sources/source_pipeline.h"
+
+#include "base/error.h"
+#include "media/capture/device_mode.h"
+#include "media/capture/device_pin.h"
+#include "media/gst/gst_build.h"
+#include "media/sources/picture_bound.h"
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+using namespace gst_build;
+
+/// The parts of the picture branch that only the construction needs.
+struct PictureChain {
+    ElementRef requestFilter = make("capsfilter");
+    ElementRef squarePixels = make("capssetter");
+    ElementRef reduce; ///< makes pictures that are larger than the profile smaller; media only
+    ElementRef reduced; ///< says how small
+    ElementRef convert = make("videoconvert");
+    ElementRef upright; ///< turns pictures by the orientation they carry; media only
+    ElementRef scale = make("videoscale");
+    ElementRef outputFilter = make("capsfilter");
+};
+
+ElementRef makeSource(const SourceRequest &request, const ScreenElements &screens)
+{
+    if (request.screen) {
+        auto element = makeScreenSource(screens);
+        if (!element) {
+            throw Error(QStringLiteral("Captura de pantalla no disponible en este sistema"));
+        }
+        return element;
+    }
+    if (request.device != nullptr) {
+        auto element = ElementRef::sink(gst_device_create_element(request.device, "source"));
+        pinToDevice(element.get());
+        return element;
+    }
+    return make(request.test && request.uri.isEmpty() ? "videotestsrc" : "uridecodebin", "source");
+}
+
+QString deviceDetails(GstDevice *device, GstElement *element)
+{
+    const GCharPtr name(gst_device_get_display_name(device));
+    gint index = -1;
+    const GParamSpec *property
+        = g_object_class_find_property(G_OBJECT_GET_CLASS(element), "device-index");
+    if (property != nullptr && G_PARAM_SPEC_VALUE_TYPE(property) == G_TYPE_INT) {
+        g_object_get(element, "device-index", &index, nullptr);
+    }
+    return QStringLiteral(" nombre=%1 device-index=%2")
+        .arg(name ? QString::fromUtf8(name.get()) : QStringLiteral("?"))
+        .arg(index);
+}
+
+QString startLabel(const SourceRequest &request, GstElement *element)
+{
+    const QString label = QStringLiteral("fuente=") + factoryName(element);
+    if (request.screen) {
+        return label + QStringLiteral(" (pantalla)");
+    }
+    if (request.device != nullptr) {
+        return label + QStringLiteral(" (dispositivo)") + deviceDetails(request.device, element);
+    }
+    return label + (request.uri.isEmpty() ? QStringLiteral(" (prueba)") : QStringLiteral(" (uri)"));
+}
+
+/// A 4K picture costs a third when it is made smaller before its colours are converted. The longer
+/// side of the profile bounds both sides: the picture may yet be turned.
+void reduceBeforeConversion(SourcePipeline &built, PictureChain &chain, FrameSize size)
+{
+    chain.reduce = make("videoscale");
+    chain.reduced = make("capsfilter");
+    if (!complete({ &chain.reduce, &chain.reduced })) {
+        throw Error(QStringLiteral("Falta componente de fuente multimedia"));
+    }
+    add(built.pipeline, { &chain.reduce, &chain.reduced });
+    boundPictures(chain.reduce, chain.reduced, std::max(size.width, size.height));
+    built.pictureHead = chain.reduce;
+}
+
+void makePictureChain(SourcePipeline &built, PictureChain &chain, const SourceRequest &request)
+{
+    built.videoSink = make("appsink");
+    built.pictureHead = chain.convert;
+    if (!complete({ &built.source,
+            &chain.requestFilter,
+            &chain.squarePixels,
+            &chain.convert,
+            &chain.scale,
+            &chain.outputFilter,
+            &built.videoSink })) {
+        throw Error(QStringLiteral("Falta componente de fuente multimedia"));
+    }
+    add(built.pipeline,
+        { &built.source,
+            &chain.requestFilter,
+            &chain.squarePixels,
+            &chain.convert,
+            &chain.scale,
+            &chain.outputFilter,
+            &built.videoSink });
+    if (!request.uri.isEmpty()) {
+        chain.upright = make("videoflip");
+    }
+    if (chain.upright) {
+        // Passes pictures through untouched until one carries a turn (portrait phone videos).
+        gst_util_set_object_arg(G_OBJECT(chain.upright.get()), "video-direction", "auto");
+        add(built.pipeline, { &chain.upright });
+    }
+    if (!request.uri.isEmpty()) {
+        reduceBeforeConversion(built, chain, request.size);
+    }
+}
+
+void configurePictureChain(const SourcePipeline &built, const PictureChain &chain, FrameSize size)
+{
+    setCaps(chain.outputFilter,
+        CapsRef::adopt(gst_caps_new_simple("video/x-raw",
+            "format",
+            G_TYPE_STRING,
+            "RGBA",
+            "width",
+            G_TYPE_INT,
+            size.width,
+            "height",
+            G_TYPE_INT,
+            size.height,
+            "pixel-aspect-ratio",
+            GST_TYPE_FRACTION,
+            1,
+            1,
+            nullptr)));
+    g_object_set(chain.scale.get(), "add-borders", TRUE, nullptr);
+    g_object_set(built.videoSink.get(),
+        "max-buffers",
+        2U,
+        "drop",
+        TRUE,
+        "sync",
+        TRUE,
+        "async",
+        FALSE,
+        nullptr);
+}
+
+void buildSoundBranch(SourcePipeline &built)
+{
+    built.audioConvert = make("audioconvert");
+    built.audioSink = make("appsink");
+    const ElementRef resample = make("audioresample");
+    const ElementRef filter = make("capsfilter");
+    if (!complete({ &built.audioConvert, &resample, &filter, &built.audioSink })) {
+        throw Error(QStringLiteral("Faltan componentes para audio multimedia"));
+    }
+    add(built.pipeline, { &built.audioConvert, &resample, &filter, &built.audioSink });
+    setCaps(filter, audioBlockCaps());
+    g_object_set(built.audioSink.get(),
+        "max-buffers",
+        8U,
+        "drop",
+        TRUE,
+        "sync",
+        TRUE,
+        "async",
+        FALSE,
+        nullptr);
+    if (!link({ &built.audioConvert, &resample, &filter, &built.audioSink })) {
+        throw Error(QStringLiteral("Fallo conversion audio multimedia"));
+    }
+}
+
+void linkPictureChain(const SourcePipeline &built, const PictureChain &chain)
+{
+    const bool reduced = !chain.reduce || link({ &chain.reduce, &chain.reduced, &chain.convert });
+    const bool converted = chain.upright ? link({ &chain.convert, &chain.upright, &chain.scale })
+                                         : link({ &chain.convert, &chain.scale });
+    if (!reduced || !converted || !link({ &chain.scale, &chain.outputFilter, &built.videoSink })) {
+        throw Error(QStringLiteral("Fuente: no se pudo enlazar conversion"));
+    }
+}
+
+/// Live sources: asks for a mode and declares whatever arrives square-pixel.
+void linkCapture(SourcePipeline &built, const PictureChain &chain, const SourceRequest &request)
+{
+    if (!request.screen && request.device == nullptr) {
+        g_object_set(built.source.get(), "is-live", TRUE, nullptr);
+    }
+    const CapsRef mode = pickDeviceMode(request.device, request.size);
+    setCaps(chain.requestFilter, mode);
+    setCaps(chain.squarePixels,
+        CapsRef::adopt(gst_caps_new_simple("video/x-raw",
+            "pixel-aspect-ratio",
+            GST_TYPE_FRACTION,
+            1,
+            1,
+            nullptr)));
+    g_object_set(chain.squarePixels.get(), "replace", FALSE, "join", TRUE, nullptr);
+    built.label += QStringLiteral(" pedido=") + text(mode.get());
+    if (!link({ &built.source, &chain.requestFilter, &chain.squarePixels, &chain.convert })) {
+        throw Error(QStringLiteral("Fuente no ofrece video raw compatible"));
+    }
+}
+
+} // namespace
+
+SourcePipeline buildSourcePipeline(const SourceRequest &request, const ScreenElements &screens)
+{
+    SourcePipeline built;
+    built.pipeline = Pipeline("nimbara-source");
+    built.source = makeSource(request, screens);
+    PictureChain chain;
+    makePictureChain(built, chain, request);
+    built.label = startLabel(request, built.source.get());
+    configurePictureChain(built, chain, request.size);
+    buildSoundBranch(built);
+    linkPictureChain(built, chain);
+    if (request.uri.isEmpty()) {
+        linkCapture(built, chain, request);
+    } else {
+        g_object_set(built.source.get(), "uri", request.uri.toUtf8().constData(), nullptr);
+    }
+    return built;
+}
+
+} // namespace nimbara

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "media/gst/gst_handles.h"
+#include "media/sources/platform_elements.h"
+#include "signal/frame.h"
+
+#include <QString>
+
+namespace nimbara {
+
+/// What a source is to show; see `Media`'s constructor.
+struct SourceRequest {
+    FrameSize size; ///< of the output profile
+    GstDevice *device = nullptr;
+    QString uri;
+    bool test = false;
+    bool screen = false;
+};
+
+/// The linked pipeline "nimbara-source", not yet playing, and the elements that its owner talks to.
+struct SourcePipeline {
+    ElementRef source; ///< captures or decodes; named "source"
+    ElementRef pictureHead; ///< of the picture branch: takes raw pictures of any kind
+    ElementRef videoSink; ///< its end: RGBA at the profile's size
+    ElementRef audioConvert; ///< head of the sound branch
+    ElementRef audioSink; ///< its end: the system's block format
+    QString label; ///< what was built, for the log
+    Pipeline pipeline; ///< last, so that it stops before the others are let go
+};
+
+/// Builds and links the pipeline. A URI decoder's pads do not exist yet: whoever takes the pipeline
+/// links them to `pictureHead` and `audioConvert`. Throws `Error` with the operator's text;
+/// nothing stays behind then.
+SourcePipeline buildSourcePipeline(const SourceRequest &request, const ScreenElements &screens);
+
+} // namespace nimbara

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "media/gst/gst_handles.h"
+#include "output/encode/stall_watch.h"
+#include "output/encode/stream_end.h"
+#include "signal/frame.h"
+
+#include <QString>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace nimbara {
+
+/// Video bit rate of every stream and recording, in bit/s.
+constexpr std::int32_t outputBitrate = 6'000'000;
+
+/// Everything that leaves the studio goes through one of these: the GStreamer pipeline
+/// "nimbara-output", which encodes and sends a live stream (H.264 and AAC in FLV over RTMP or
+/// RTMPS) or writes a recording (VP8 and Vorbis in WebM).
+///
+/// Once per frame tick the owner calls `stamp`, `pushVideo`, `pushAudio` and `pollOutput`, in this
+/// order. None of them waits: the queues in front of the encoders drop their oldest data, so a slow
+/// disk or network never holds up the caller. A failure clears `running` and leaves `error`; a
+/// server that has long stopped reading (`StallWatch`) is one.
+///
+/// An encoder needs some tenths of a second to get ready, in which those queues would let go of the
+/// first pictures. So the time line begins when it is `ready`; until then pushing does nothing.
+///
+/// Interface thread only, except for destruction, which may block and belongs on a background task
+/// (`Retirement`). No text of this class holds `location`, which ends in the stream key.
+class Output {
+public:
+    /// Builds the pipeline and asks for PLAYING.
+    ///
+    /// `width`, `height`: of every frame to come, 1..4096. `location`: the full URL of a stream,
+    /// the file path of a recording. `bitrate`: video, 500,000..20,000,000 bit/s. Throws `Error`
+    /// with the operator's text.
+    Output(std::int32_t width,
+        std::int32_t height,
+        bool isStream,
+        const QString &location,
+        std::int32_t bitrate);
+    Output(const Output &) = delete;
+    Output &operator=(const Output &) = delete;
+    Output(Output &&) = delete;
+    Output &operator=(Output &&) = delete;
+    ~Output();
+
+    /// Sets the presentation time of the next picture and block. `tNs` is the tick's scheduled time
+    /// from any fixed origin; the time line starts at 0 with the first stamp and never below.
+    void stamp(std::int64_t tNs);
+
+    /// Queues one picture. It is shared, not copied: it must not change afterwards. A size other
+    /// than the output's stops the output. Nothing happens when not running or stopping.
+    void pushVideo(const FramePtr &frame);
+
+    /// Queues one block of interleaved stereo values at 48 kHz. It is encoded end to end with the
+    /// one before (`AudioTimeline`). Nothing happens when not running, stopping, or for an empty
+    /// block.
+    void pushAudio(std::span<const float> block);
+
+    /// Reads one error or end-of-stream message, without waiting, and looks for a stalled server.
+    void pollOutput();
+
+    /// Ends the stream on both inputs, once; nothing more is pushed. The file is complete when
+    /// `finished` turns true, which `pollOutput` finds.
+    void finish();
+
+    /// The encoder is ready: what is pushed after the next stamp is taken.
+    [[nodiscard]] bool ready() const { return m_ready->load(); }
+    /// Live; false after any failure and after end of stream.
+    [[nodiscard]] bool running() const { return m_running; }
+    /// End of stream came back: a recording's file is complete.
+    [[nodiscard]] bool finished() const { return m_finished; }
+    /// End of stream has been sent.
+    [[nodiscard]] bool stopping() const { return m_stopping; }
+    /// Why the output stopped, translated; empty while it runs and after a clean end.
+    [[nodiscard]] const QString &error() const { return m_error; }
+    [[nodiscard]] FrameSize size() const { return { m_width, m_height }; }
+
+private:
+    void fail(const QString &text);
+    [[nodiscard]] bool takes() const { return m_running && !m_stopping && m_baseTime != -1; }
+
+    std::int32_t m_width;
+    std::int32_t m_height;
+    std::uint64_t m_nextVideoPts = 0; ///< ns
+    std::uint64_t m_nextAudioPts = 0; ///< ns
+    std::int64_t m_baseTime = -1; ///< ns, tick time of the first stamp; −1: none yet
+    bool m_stopping = false;
+    bool m_running = false;
+    bool m_finished = false;
+    QString m_error;
+    std::shared_ptr<const std::atomic<bool>> m_ready;
+    ElementRef m_videoSrc;
+    ElementRef m_audioSrc;
+    StreamEnd m_streamEnd;
+    StallWatch m_stallWatch;
+    Pipeline m_pipeline; ///< last: goes to NULL before anything else is released
+};
+
+} // namespace nimbara

@@ -1,0 +1,97 @@
+#include "studio/edit/project_saves.h"
+
+#include "base/error.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto farewell = 5s;
+constexpr auto glance = 20ms;
+
+bool isSameFile(const QString &one, const QString &other)
+{
+    const auto whole
+        = [](const QString &path) { return QDir::cleanPath(QFileInfo(path).absoluteFilePath()); };
+    return whole(one) == whole(other);
+}
+
+} // namespace
+
+ProjectSaves::~ProjectSaves()
+{
+    const auto deadline = std::chrono::steady_clock::now() + farewell;
+    while (!m_files.empty() && std::chrono::steady_clock::now() < deadline) {
+        static_cast<void>(m_files.front().writing.isReady(glance));
+        poll();
+    }
+}
+
+void ProjectSaves::begin(File &file, Project project)
+{
+    file.writing.start(
+        [path = file.path, held = std::move(project)] { writeProjectFile(path, toJson(held)); });
+}
+
+void ProjectSaves::save(const QString &path, Project project)
+{
+    for (File &file : m_files) {
+        if (isSameFile(file.path, path)) {
+            file.next = std::move(project);
+            return;
+        }
+    }
+    File file { path, {}, {} };
+    begin(file, std::move(project));
+    m_files.push_back(std::move(file));
+}
+
+bool ProjectSaves::isSaving(const QString &path) const
+{
+    return std::any_of(m_files.begin(), m_files.end(), [&path](const File &file) {
+        return isSameFile(file.path, path);
+    });
+}
+
+/// The result of a file that is done with; none while it is written, for the first time or again.
+std::optional<ProjectSaves::Done> ProjectSaves::advance(File &file)
+{
+    if (!file.writing.isReady()) {
+        return std::nullopt;
+    }
+    Done done { file.path, {} };
+    try {
+        if (file.next) {
+            file.writing.abandon(); // what is written next is newer
+            begin(file, *std::exchange(file.next, std::nullopt));
+            return std::nullopt;
+        }
+        file.writing.take();
+    } catch (const std::exception &error) {
+        done.failure = errorText(error);
+    }
+    return done;
+}
+
+std::vector<ProjectSaves::Done> ProjectSaves::poll()
+{
+    std::vector<Done> all;
+    for (auto file = m_files.begin(); file != m_files.end();) {
+        if (auto done = advance(*file)) {
+            all.push_back(std::move(*done));
+            file = m_files.erase(file);
+        } else {
+            ++file;
+        }
+    }
+    return all;
+}
+
+} // namespace nimbara

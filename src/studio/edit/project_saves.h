@@ -1,0 +1,50 @@
+#pragma once
+
+#include "base/background_task.h"
+#include "document/project_file.h"
+
+#include <QString>
+
+#include <list>
+#include <optional>
+#include <vector>
+
+namespace nimbara {
+
+/// Writes project files on background tasks. A file that is asked for again while it is written is
+/// written once more afterwards, with the newest project; a file that hangs holds up no other.
+/// Interface thread only.
+class ProjectSaves {
+public:
+    struct Done {
+        QString path;
+        QString failure; ///< the operator's text, untranslated; empty when the file is saved
+    };
+
+    ProjectSaves() = default;
+    ProjectSaves(const ProjectSaves &) = delete;
+    ProjectSaves &operator=(const ProjectSaves &) = delete;
+    ProjectSaves(ProjectSaves &&) = delete;
+    ProjectSaves &operator=(ProjectSaves &&) = delete;
+    /// Waits for the files, but no longer than a few seconds.
+    ~ProjectSaves();
+
+    void save(const QString &path, Project project);
+    [[nodiscard]] bool isSaving(const QString &path) const;
+
+    /// The files that are done with since the last call. Never waits.
+    std::vector<Done> poll();
+
+private:
+    struct File {
+        QString path;
+        BackgroundTask<void> writing;
+        std::optional<Project> next;
+    };
+    static void begin(File &file, Project project);
+    static std::optional<Done> advance(File &file);
+
+    std::list<File> m_files; ///< being written
+};
+
+} // namespace nimbara

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "compositor/scene/composer.h"
+#include "studio/edit/stage.h"
+
+#include <QImage>
+
+#include <memory>
+
+namespace nimbara {
+
+/// The three pictures of one frame. Opaque RGBA; handed out pictures never change afterwards.
+struct Pictures {
+    QImage preview;
+    QImage streams;
+    QImage hall;
+};
+
+/// Composes PREVIEW and both programs from the stage. Interface thread only.
+class ProgramPictures {
+public:
+    ProgramPictures();
+
+    [[nodiscard]] QImage preview(const Stage &stage, const FramePtr &camera);
+    /// The stream program without a running fade.
+    [[nodiscard]] QImage streams(const Stage &stage, const FramePtr &camera);
+    [[nodiscard]] QImage hall(const Stage &stage, const FramePtr &camera);
+
+private:
+    std::shared_ptr<PaintCache> m_cache;
+    Composer m_preview;
+    Composer m_streams;
+    Composer m_hall;
+};
+
+} // namespace nimbara

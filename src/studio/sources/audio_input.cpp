@@ -1,0 +1,75 @@
+#include "studio/sources/audio_input.h"
+
+#include "base/error.h"
+#include "base/i18n.h"
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+int meterOf(const AudioLevels &levels)
+{
+    return meterValue(std::max(levels.peak[0], levels.peak[1]));
+}
+
+} // namespace
+
+AudioInput::AudioInput(std::shared_ptr<Retirement> retirement, Report status)
+    : m_retirement(std::move(retirement))
+    , m_status(std::move(status))
+{
+}
+
+void AudioInput::setCapture(std::unique_ptr<AudioCapture> capture)
+{
+    m_retirement->retire(std::move(m_capture));
+    m_fifo.clear();
+    m_writer = {};
+    m_capture = std::move(capture);
+    if (m_capture) {
+        m_capture->listener = [this](const AudioBlock &block) {
+            m_writer.append(m_fifo, block);
+            onBlock(block);
+        };
+    }
+}
+
+void AudioInput::pull()
+{
+    if (!m_capture) {
+        return;
+    }
+    m_capture->pull(m_gainState);
+    onLevels(meterOf(m_capture->inputLevels()), meterOf(m_capture->outputLevels()));
+    if (!m_capture->running()) {
+        m_status(nimbara_i18n::tr("Audio detenido; video continúa. ")
+            + nimbara_i18n::tr(m_capture->error()));
+        setCapture(nullptr);
+    }
+}
+
+void AudioInput::setGainPercent(int percent)
+{
+    const double gain = percent / 100.0;
+    if (gain < 0.0 || gain > 2.0) {
+        throw Error(QStringLiteral("Ganancia fuera de 0 a 2"));
+    }
+    setGainState({ m_gainState.muted, gain });
+}
+
+void AudioInput::setMuted(bool muted)
+{
+    setGainState({ muted, m_gainState.gain });
+}
+
+void AudioInput::setGainState(const GainState &state)
+{
+    if (state != m_gainState) {
+        m_gainState = state;
+        m_writer.expectStep();
+    }
+}
+
+} // namespace nimbara

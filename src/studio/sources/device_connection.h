@@ -1,0 +1,90 @@
+#pragma once
+
+#include "media/capture/capture_permission.h"
+#include "media/capture/devices.h"
+#include "media/sources/media_factory.h"
+#include "studio/edit/stage.h"
+#include "studio/report.h"
+#include "studio/sources/audio_input.h"
+#include "studio/sources/sources.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace nimbara {
+
+/// What the operator chose in the two device lists. Below 0: a device that has left the list.
+struct DeviceChoice {
+    std::int32_t camera = 0; ///< 0: test bars; from 1: the video devices in order
+    std::int32_t audio = 0; ///< 0: silence; 1: test signal; from 2: the audio devices in order
+};
+
+/// Finds capture devices, asks for permission and opens what the operator chose. Interface thread
+/// only; nothing in it waits.
+class DeviceConnection {
+public:
+    DeviceConnection(const Clock &clock,
+        const MediaFactory &factory,
+        std::unique_ptr<CapturePermission> permission,
+        const Stage &stage,
+        Sources &sources,
+        AudioInput &audio,
+        Report status);
+
+    /// Looks for devices in the background; `onDevices` tells when they are known.
+    void refreshDevices();
+
+    /// Collects a finished search. Call on every run of the frame clock.
+    void poll();
+
+    /// Opens what is chosen. A device is looked up first, in the background, because one that was
+    /// away has come back under another number; the lists stay as they are. A camera that works
+    /// already stays in place; one that is not there leaves the camera as it is, one that cannot be
+    /// opened ends the attempt.
+    ///
+    /// Where the operator must first allow it, the request is made and nothing else; `onAnswered`
+    /// tells when to call again.
+    void connectSources(const DeviceChoice &choice);
+
+    /// The cameras and audio inputs in the order of the choice. Never empty.
+    std::function<void(const DeviceLists &devices)> onDevices = [](const DeviceLists &) {};
+    /// The operator has answered a request for permission: whoever knows what is chosen by now
+    /// calls `connectSources` again. Never empty.
+    std::function<void()> onAnswered = [] {};
+
+private:
+    /// A choice with the devices that its entries meant when it was made.
+    struct Wanted {
+        DeviceChoice choice;
+        std::optional<CaptureDevice> camera;
+        std::optional<CaptureDevice> audio;
+    };
+
+    enum class Outcome {
+        Connected,
+        Away, ///< the device is not there
+        Failed, ///< it is there, but cannot be opened
+    };
+
+    bool mayUse(CaptureKind kind);
+    void connectWanted(const Wanted &wanted, const DeviceLists &present);
+    Outcome connectCamera(const Wanted &wanted, const std::vector<CaptureDevice> &present);
+    bool connectAudio(const Wanted &wanted, const std::vector<CaptureDevice> &present);
+    [[nodiscard]] bool showsAlready(const Wanted &wanted,
+        const std::vector<CaptureDevice> &present) const;
+
+    const Clock &m_clock;
+    const MediaFactory &m_factory;
+    std::unique_ptr<CapturePermission> m_permission;
+    const Stage &m_stage;
+    Sources &m_sources;
+    AudioInput &m_audio;
+    Report m_status;
+    DeviceDiscovery m_discovery;
+    DeviceLists m_devices; ///< as listed
+    DeviceDiscovery m_lookup;
+    std::optional<Wanted> m_wanted; ///< to be connected once it is looked up
+};
+
+} // namespace nimbara

@@ -1,0 +1,130 @@
+#include "studio/sources/sources.h"
+
+#include "base/error.h"
+#include "base/i18n.h"
+#include "base/log.h"
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+constexpr std::int64_t reopenSpacingUs = 3'000'000;
+
+} // namespace
+
+Sources::Sources(const Clock &clock, const MediaFactory &factory, Report status)
+    : m_clock(clock)
+    , m_factory(factory)
+    , m_status(std::move(status))
+{
+}
+
+void Sources::setBars(MediaPtr camera, std::int32_t index)
+{
+    m_camera = std::move(camera);
+    m_cameraIndex = index;
+    m_device.reset();
+    m_firstFrameLogged = false;
+}
+
+void Sources::setCamera(MediaPtr camera, std::int32_t index, const CaptureDevice &device)
+{
+    setBars(std::move(camera), index);
+    m_device = device;
+}
+
+FramePtr Sources::cameraFrame() const
+{
+    return m_camera ? m_camera->frame() : nullptr;
+}
+
+void Sources::poll(const Stage &stage)
+{
+    m_polled.clear();
+    pollOnce(m_camera.get(), true);
+    pollLayers(stage.program.streams().layers, true);
+    pollLayers(stage.program.hall().layers, true);
+    for (const SceneSet set : { SceneSet::Streams, SceneSet::Hall }) {
+        const std::vector<Scene> &scenes = stage.scenes.scenes(set);
+        const auto current = static_cast<std::size_t>(stage.scenes.currentIndex(set));
+        if (current < scenes.size()) {
+            pollLayers(scenes[current].layers, true);
+        }
+    }
+    for (const SceneSet set : { SceneSet::Streams, SceneSet::Hall }) {
+        for (const Scene &scene : stage.scenes.scenes(set)) {
+            pollLayers(scene.layers, false);
+        }
+    }
+}
+
+void Sources::pollLayers(const std::vector<Layer> &layers, bool shown)
+{
+    for (const Layer &layer : layers) {
+        pollOnce(layer.source.get(), shown);
+    }
+}
+
+void Sources::pollOnce(Media *source, bool shown)
+{
+    if (source == nullptr
+        || std::find(m_polled.begin(), m_polled.end(), source) != m_polled.end()) {
+        return;
+    }
+    m_polled.push_back(source);
+    source->setShown(shown);
+    source->pollSource();
+    if (const QString message = source->takeMessage(); !message.isEmpty()) {
+        m_status(nimbara_i18n::tr(message));
+    }
+}
+
+bool Sources::cameraLost() const
+{
+    return m_device && m_camera && !m_camera->active();
+}
+
+void Sources::reopenCamera(FrameSize size)
+{
+    if (const std::optional<DeviceLists> devices = m_search.poll()) {
+        reopenFrom(*devices, size);
+    }
+    const std::int64_t now = m_clock.monotonicUs();
+    if (cameraLost() && !m_search.running() && now - m_lastReopenAttempt > reopenSpacingUs) {
+        m_lastReopenAttempt = now;
+        m_search.start();
+    }
+}
+
+void Sources::reopenFrom(const DeviceLists &devices, FrameSize size)
+{
+    if (!cameraLost()) {
+        return;
+    }
+    try {
+        const CaptureDevice *found = findAgain(devices.video, *m_device);
+        if (found == nullptr) {
+            throw Error(QStringLiteral("el dispositivo no está conectado"));
+        }
+        setCamera(m_factory.camera(size, found->device.get()), m_cameraIndex, *found);
+        logLine(QStringLiteral("Cámara reabierta: ") + m_camera->label());
+    } catch (const Error &error) {
+        logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
+    }
+}
+
+void Sources::logFirstFrame()
+{
+    if (m_firstFrameLogged || !m_camera || m_camera->frameCount() < 1) {
+        return;
+    }
+    m_firstFrameLogged = true;
+    const FramePtr &frame = m_camera->frame();
+    const FrameSize size = frame ? frame->size() : FrameSize {};
+    logLine(QStringLiteral("Cámara: primer cuadro recibido. ") + m_camera->label()
+        + QStringLiteral(" latest=%1x%2").arg(size.width).arg(size.height));
+}
+
+} // namespace nimbara

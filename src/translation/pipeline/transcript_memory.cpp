@@ -1,0 +1,63 @@
+#include "translation/pipeline/transcript_memory.h"
+
+#include <QRegularExpression>
+
+namespace nimbara {
+
+namespace {
+
+constexpr qsizetype maxKeys = 6;
+constexpr qsizetype keptLength = 1200;
+constexpr qsizetype contextLength = 400;
+
+QString keyOf(const QString &transcript)
+{
+    static const QRegularExpression others(QStringLiteral("[^\\p{L}\\p{N} ]"),
+        QRegularExpression::UseUnicodePropertiesOption);
+    return transcript.toLower().remove(others).simplified();
+}
+
+/// The last characters of the text; never half a surrogate pair, which JSON cannot carry.
+QString tail(const QString &text, qsizetype length)
+{
+    const QString end = text.right(length);
+    return !end.isEmpty() && end.front().isLowSurrogate() ? end.mid(1) : end;
+}
+
+} // namespace
+
+bool TranscriptMemory::isRepeated(const QString &transcript)
+{
+    const QString key = keyOf(transcript);
+    if (key.isEmpty()) {
+        return false;
+    }
+    const bool repeated = m_recentKeys.contains(key);
+    m_recentKeys.append(key);
+    while (m_recentKeys.size() > maxKeys) {
+        m_recentKeys.removeFirst();
+    }
+    return repeated;
+}
+
+QString TranscriptMemory::context() const
+{
+    if (m_prevOriginal.isEmpty()) {
+        return {};
+    }
+    return QStringLiteral("Previous original: ") + tail(m_prevOriginal, contextLength)
+        + QStringLiteral("\nPrevious translation: ") + tail(m_prevTranslation, contextLength)
+        + QLatin1Char('\n');
+}
+
+void TranscriptMemory::addOriginal(const QString &text)
+{
+    m_prevOriginal = tail(m_prevOriginal + QLatin1Char(' ') + text, keptLength);
+}
+
+void TranscriptMemory::addTranslation(const QString &text)
+{
+    m_prevTranslation = tail(m_prevTranslation + QLatin1Char(' ') + text, keptLength);
+}
+
+} // namespace nimbara

@@ -1,0 +1,124 @@
+#include "translation/service/api_messages.h"
+
+#include "translation/service/languages.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace nimbara::api {
+
+namespace {
+
+QString textModel()
+{
+    return QStringLiteral("gpt-4.1-mini");
+}
+
+QString instructions(const QString &target)
+{
+    return QStringLiteral(
+               "You are the live interpreter of a Christian church service (preaching, prayer, "
+               "announcements). Translate the NEW text into natural, fluent ")
+        + target
+        + QStringLiteral(
+            " as a human interpreter would (meaning over literal words; keep Bible references "
+            "and names; 'sala' is the church hall, not a courtroom). The audio was cut into "
+            "short pieces, so the new text may start or end mid-sentence: translate it so it "
+            "reads well after the previous translation, but translate ONLY the words actually "
+            "said: never complete, extend or guess an unfinished sentence (if it ends "
+            "mid-sentence, your translation ends mid-sentence too). Never repeat or "
+            "re-translate anything already present in the previous translation. Output ONLY "
+            "the translation of the new text, nothing else. If the new text is noise, a "
+            "meaningless fragment, or a repetition, output nothing.");
+}
+
+QHttpPart formPart(const QString &disposition, const QByteArray &value)
+{
+    QHttpPart part;
+    part.setHeader(QNetworkRequest::ContentDispositionHeader,
+        QString(QStringLiteral("form-data; ") + disposition));
+    part.setBody(value);
+    return part;
+}
+
+QHttpPart field(const char *name, const QString &value)
+{
+    return formPart(QStringLiteral("name=\"%1\"").arg(QLatin1String(name)), value.toUtf8());
+}
+
+void appendOutputText(const QJsonValue &item, QString &into)
+{
+    const QJsonArray contents = item.toObject().value(QLatin1String("content")).toArray();
+    for (const QJsonValue &content : contents) {
+        const QJsonObject piece = content.toObject();
+        if (piece.value(QLatin1String("type")).toString() == QLatin1String("output_text")) {
+            into += piece.value(QLatin1String("text")).toString();
+        }
+    }
+}
+
+} // namespace
+
+QJsonObject translationBody(const QString &target, const QString &context, const QString &text)
+{
+    return {
+        { QStringLiteral("model"), textModel() },
+        { QStringLiteral("instructions"), instructions(target) },
+        { QStringLiteral("input"), QString(context + QStringLiteral("New text: ") + text) },
+        { QStringLiteral("max_output_tokens"), 400 },
+        { QStringLiteral("store"), false },
+    };
+}
+
+QJsonObject speechBody(const QString &text)
+{
+    return {
+        { QStringLiteral("model"), QStringLiteral("gpt-4o-mini-tts") },
+        { QStringLiteral("voice"), QStringLiteral("coral") },
+        { QStringLiteral("input"), text },
+        { QStringLiteral("response_format"), QStringLiteral("pcm") },
+    };
+}
+
+QJsonObject keyTestBody()
+{
+    return {
+        { QStringLiteral("model"), textModel() },
+        { QStringLiteral("input"), QStringLiteral("Responde solo: OK") },
+        { QStringLiteral("max_output_tokens"), 16 },
+        { QStringLiteral("store"), false },
+    };
+}
+
+std::unique_ptr<QHttpMultiPart> transcriptionForm(const QString &source, const QByteArray &wav)
+{
+    auto form = std::make_unique<QHttpMultiPart>(QHttpMultiPart::FormDataType);
+    form->append(field("model", QStringLiteral("gpt-4o-transcribe")));
+    if (!source.isEmpty()) {
+        form->append(field("language", source));
+    }
+    form->append(field("prompt", languages::phrasePrompt(source)));
+    form->append(field("response_format", QStringLiteral("json")));
+    QHttpPart file = formPart(QStringLiteral("name=\"file\"; filename=\"church.wav\""), wav);
+    file.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("audio/wav"));
+    form->append(file);
+    return form;
+}
+
+QString transcript(const QByteArray &body)
+{
+    return QJsonDocument::fromJson(body).object().value(QLatin1String("text")).toString();
+}
+
+QString translation(const QByteArray &body)
+{
+    QString text;
+    const QJsonArray output
+        = QJsonDocument::fromJson(body).object().value(QLatin1String("output")).toArray();
+    for (const QJsonValue &item : output) {
+        appendOutputText(item, text);
+    }
+    return text;
+}
+
+} // namespace nimbara::api

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "base/clock.h"
+#include "net/endpoints.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+namespace nimbara {
+
+/// The key test of the translation panel ("Probar API key ahora"): one small request with the
+/// operator's key, apart from the engine and whether or not it runs. Interface thread only.
+class KeyTest {
+public:
+    KeyTest(const Clock &clock, Endpoint endpoint);
+
+    /// Sends the request with `key`: the field's text, trimmed, or the stored key. Throws `Error`
+    /// "Ingresa tu API key" when it is empty, and sends nothing.
+    void run(const QString &key);
+
+    /// Gets the progress and the outcome, translated and ready to be shown.
+    std::function<void(const QString &text)> status = [](const QString &) {};
+
+private:
+    const Clock &m_clock;
+    Endpoint m_endpoint;
+    QObject m_managers; ///< parent of the managers of the tests under way
+};
+
+} // namespace nimbara

@@ -1,0 +1,75 @@
+#include "translation/service/languages.h"
+
+namespace nimbara::languages {
+
+namespace {
+
+/// The text for Spanish, English or any other source.
+QString bySource(const QString &source,
+    const QString &spanish,
+    const QString &english,
+    const QString &other)
+{
+    if (source == QLatin1String("es")) {
+        return spanish;
+    }
+    return source == QLatin1String("en") ? english : other;
+}
+
+} // namespace
+
+QString defaultTarget()
+{
+    return QStringLiteral("English");
+}
+
+const QStringList &targets()
+{
+    static const QStringList names {
+        QStringLiteral("English"),
+        QStringLiteral("Spanish"),
+        QStringLiteral("Portuguese"),
+        QStringLiteral("French"),
+        QStringLiteral("German"),
+        QStringLiteral("Italian"),
+        QStringLiteral("Korean"),
+        QStringLiteral("Chinese (Mandarin)"),
+        QStringLiteral("Japanese"),
+        QStringLiteral("Russian"),
+        QStringLiteral("Arabic"),
+        QStringLiteral("Hindi"),
+        QStringLiteral("Tagalog"),
+        QStringLiteral("Vietnamese"),
+        QStringLiteral("Haitian Creole"),
+        QStringLiteral("Swahili"),
+    };
+    return names;
+}
+
+QString sourceFor(const QString &target)
+{
+    if (target == QLatin1String("Spanish")) {
+        return QStringLiteral("en");
+    }
+    return target == QLatin1String("English") ? QStringLiteral("es") : QString();
+}
+
+QString phrasePrompt(const QString &source)
+{
+    return bySource(source,
+        QStringLiteral("Prédica cristiana en una iglesia, pantallas de la sala, transmisión a "
+                       "YouTube y Facebook."),
+        QStringLiteral("Christian sermon in a church, hall screens, livestream to YouTube and "
+                       "Facebook."),
+        QStringLiteral("Church sermon."));
+}
+
+QString livePrompt(const QString &source)
+{
+    return bySource(source,
+        QStringLiteral("Prédica cristiana en una iglesia."),
+        QStringLiteral("Christian sermon in a church."),
+        QStringLiteral("Church sermon."));
+}
+
+} // namespace nimbara::languages

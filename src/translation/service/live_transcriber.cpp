@@ -1,0 +1,188 @@
+#include "translation/service/live_transcriber.h"
+
+#include "base/i18n.h"
+#include "translation/service/api_request.h"
+
+#include <QJsonDocument>
+
+#include <utility>
+
+namespace nimbara {
+
+using nimbara_i18n::tr;
+
+LiveTranscriber::LiveTranscriber(const Clock &clock, Endpoint endpoint)
+    : m_clock(clock)
+    , m_socket(std::move(endpoint))
+{
+    connectSocket();
+}
+
+void LiveTranscriber::connectSocket()
+{
+    m_socket.opened = [this] { configure(); };
+    m_socket.rejected = [this](const QByteArray &block) {
+        // The key goes before the text is cut: half a key is a secret too.
+        QByteArray safe = block;
+        safe.replace(m_apiKey.toUtf8(), "***");
+        fail(tr("Modo en vivo rechazado: ") + QString::fromUtf8(safe.left(120)));
+    };
+    m_socket.message = [this](const QByteArray &message) { handleEvent(message); };
+    m_socket.closed = [this] { fail(QStringLiteral("Conexión en vivo cerrada por el servidor.")); };
+    m_socket.failed
+        = [this](const QString &reason) { fail(tr("Conexión en vivo falló: ") + tr(reason)); };
+    m_socket.lost = [this] {
+        if (m_socket.isHandshaken()) {
+            fail(QStringLiteral("Conexión en vivo perdida."));
+        }
+    };
+}
+
+void LiveTranscriber::start(const QString &apiKey, const QString &language, const QString &prompt)
+{
+    stop();
+    m_apiKey = apiKey;
+    m_settings = live::fromEnvironment(language, prompt);
+    // A time of the session before would date the first phrase of this one minutes back.
+    m_lastSpeechTime = 0;
+    m_socket.open(QStringLiteral("realtime?intent=transcription"), api::bearer(apiKey));
+}
+
+void LiveTranscriber::stop()
+{
+    ++m_session;
+    m_apiKey.clear();
+    m_active = false;
+    m_socket.abort();
+    m_partialText.clear();
+    m_audio.reset();
+}
+
+void LiveTranscriber::configure()
+{
+    m_socket.sendText(live::sessionUpdate(m_settings));
+}
+
+void LiveTranscriber::handleEvent(const QByteArray &message)
+{
+    const QJsonObject event = QJsonDocument::fromJson(message).object();
+    const QString type = event.value(QLatin1String("type")).toString();
+    if (type == QLatin1String("session.updated")
+        || type == QLatin1String("transcription_session.updated")) {
+        m_active = true;
+        status(m_settings.turnMode
+                ? QStringLiteral("Modo en vivo activo (por turnos).")
+                : QStringLiteral("Modo en vivo activo (texto mientras se habla)."));
+    } else if (type == QLatin1String("error")) {
+        handleError(api::errorMessage(message));
+    } else if (type == QLatin1String("conversation.item.input_audio_transcription.delta")) {
+        m_partialText += event.value(QLatin1String("delta")).toString();
+        partial(m_partialText);
+    } else if (type == QLatin1String("conversation.item.input_audio_transcription.completed")) {
+        handleCompleted(event.value(QLatin1String("transcript")).toString());
+    } else if (type == QLatin1String("input_audio_buffer.speech_stopped")) {
+        m_lastSpeechTime = m_clock.wallMs();
+        phraseEnded();
+    }
+}
+
+void LiveTranscriber::handleError(const QString &message)
+{
+    if (!m_active && !m_settings.turnMode) {
+        m_settings.turnMode = true;
+        status(tr("Modelo en vivo no disponible (") + shown(message, 80)
+            + tr("); se intenta por turnos."));
+        configure();
+        return;
+    }
+    const QString text = tr("Error en vivo: ") + shown(message, 160);
+    if (m_active) {
+        status(text);
+    } else {
+        fail(text);
+    }
+}
+
+void LiveTranscriber::handleCompleted(const QString &transcript)
+{
+    const QString text = transcript.trimmed();
+    m_partialText.clear();
+    phraseDone();
+    if (!text.isEmpty()) {
+        turn(text, m_lastSpeechTime == 0 ? m_clock.wallMs() : m_lastSpeechTime);
+    }
+}
+
+QString LiveTranscriber::shown(const QString &peerText, qsizetype length) const
+{
+    return api::withoutKey(peerText, m_apiKey).left(length);
+}
+
+/// Issues the message and returns to idle. A session that never got a connection ends without
+/// `unavailable`: the engine's first message said that it was only being tried.
+void LiveTranscriber::fail(const QString &text)
+{
+    const std::uint32_t session = m_session;
+    status(text);
+    if (session != m_session) {
+        return; // the receiver stopped or restarted the session
+    }
+    const bool neverConnected = m_socket.isUnconnected() && !m_socket.isHandshaken();
+    m_apiKey.clear();
+    m_active = false;
+    m_socket.abort();
+    if (!neverConnected) {
+        unavailable();
+    }
+}
+
+void LiveTranscriber::pushAudio(const AudioBlock &block)
+{
+    if (!m_active) {
+        return;
+    }
+    if (m_audio.push(block)) {
+        m_lastSpeechTime = m_clock.wallMs();
+    }
+    if (m_audio.isChunkReady()) {
+        sendAudio();
+    }
+    if (m_active && !m_settings.turnMode) {
+        endPhraseIfDue();
+    }
+}
+
+void LiveTranscriber::sendAudio()
+{
+    const QByteArray pcm = m_audio.takeChunk();
+    if (!pcm.isEmpty()) {
+        m_socket.sendText(live::audioAppend(pcm));
+    }
+}
+
+void LiveTranscriber::endPhraseIfDue()
+{
+    if (!m_audio.isPhraseEnd(m_partialText)) {
+        m_audio.forgetSilence();
+        return;
+    }
+    sendAudio();
+    if (m_audio.endPhrase()) {
+        sendCommit();
+    }
+}
+
+void LiveTranscriber::sendCommit()
+{
+    m_socket.sendText(live::audioCommit());
+    phraseEnded();
+}
+
+void LiveTranscriber::commit()
+{
+    if (m_audio.takeCommit() && m_active) {
+        sendCommit();
+    }
+}
+
+} // namespace nimbara

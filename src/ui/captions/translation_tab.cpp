@@ -1,0 +1,133 @@
+#include "ui/captions/translation_tab.h"
+
+#include "base/i18n.h"
+#include "translation/service/languages.h"
+#include "ui/kit/controls.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QSignalBlocker>
+
+#include <initializer_list>
+
+namespace nimbara {
+
+namespace {
+
+QCheckBox *makeCheck(const char *spanish, const char *name)
+{
+    return named(new QCheckBox(nimbara_i18n::tr(spanish)), name);
+}
+
+QComboBox *makeTargetList()
+{
+    auto *list = named(new QComboBox, "target", nimbara_i18n::tr("Idioma de la traducción"));
+    list->setEditable(true);
+    list->setInsertPolicy(QComboBox::NoInsert);
+    list->addItems(languages::targets());
+    list->lineEdit()->setPlaceholderText(nimbara_i18n::tr("Escribe cualquier idioma..."));
+    return list;
+}
+
+} // namespace
+
+TranslationTab::TranslationTab(QWidget *parent)
+    : QScrollArea(parent)
+    , m_apiKey(makeKeyField("apiKey",
+          "API key de OpenAI · se lee del almacén seguro al iniciar traducción"))
+    , m_saveKey(makeCheck("Guardar en almacén seguro de este equipo", "saveApiKey"))
+    , m_testKey(makeButton("Probar API key ahora", "testApiKey"))
+    , m_target(makeTargetList())
+    , m_toSpanish(makeButton("Predica en INGLÉS → pantallas en español", "toSpanish"))
+    , m_toEnglish(makeButton("Predica en ESPAÑOL → pantallas en inglés", "toEnglish"))
+    , m_start(makeButton("Iniciar traducción", "startTranslation"))
+    , m_voice(makeCheck("Voz sintética en transmisión/grabación", "voice"))
+    , m_live(makeCheck("Modo en vivo (texto mientras se habla)", "liveMode"))
+    , m_showSubtitles(makeCheck("Mostrar subtítulos", "showSubtitles"))
+    , m_clear(makeButton("Limpiar pantalla de subtítulos", "clearSubtitles"))
+    , m_separator(makeList(
+          { "Frases seguidas", "Cada frase en su renglón", "Renglón en blanco entre frases" },
+          "separator",
+          "Cómo se separan las frases en pantalla (cada pausa es una frase)"))
+    , m_status(named(makeNote("IA pausada · frases de 1,5 a 5 s + tiempo de API"), "aiStatus"))
+    , m_heard(named(makeNote("Escuchado (texto original que reconoce la IA): "), "heard"))
+    , m_bible(new BibleGroup)
+{
+    auto *content = new QWidget;
+    auto *grid = new QGridLayout(content);
+    addRows(*grid);
+    grid->addWidget(m_bible, 8, 0, 1, 4);
+    setWidget(content);
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+    setAccessibleName(nimbara_i18n::tr("Traducción IA y Biblia"));
+    m_showSubtitles->setChecked(true);
+    // Both words of the button fit, so that nothing moves when it changes.
+    const int narrow = m_start->minimumWidth();
+    showRunning(true);
+    m_start->setMinimumWidth(std::max(narrow, m_start->sizeHint().width()));
+    showRunning(false);
+    connectControls();
+}
+
+void TranslationTab::addRows(QGridLayout &grid)
+{
+    // Each row shares its width in its own way: in columns of the grid the longest caption of every
+    // row would add up to more than a small screen has.
+    auto *label = new QLabel(nimbara_i18n::tr("Idioma de la traducción"));
+    auto *separatorNote
+        = makeNote("Cómo se separan las frases en pantalla (cada pausa es una frase)");
+    int row = 0;
+    for (const std::initializer_list<QWidget *> widgets :
+        { std::initializer_list<QWidget *> { m_apiKey, m_saveKey, m_testKey },
+            { label, m_target, m_toSpanish, m_toEnglish },
+            { m_voice, m_live, m_showSubtitles, m_clear },
+            { separatorNote, m_separator, m_start } }) {
+        auto *line = new QHBoxLayout;
+        for (QWidget *widget : widgets) {
+            line->addWidget(widget);
+        }
+        grid.addLayout(line, row++, 0, 1, 4);
+    }
+    grid.addWidget(m_status, 4, 0, 1, 4);
+    grid.addWidget(m_heard, 5, 0, 1, 4);
+    grid.addWidget(
+        makeNote("Al iniciar aceptas enviar la entrada seleccionada a OpenAI. Tiene costo de API.\n"
+                 "La voz es sintética; no se reproduce en altavoces. Música y ruido afectan la "
+                 "calidad."),
+        6,
+        0,
+        1,
+        4);
+    grid.setRowStretch(9, 1);
+}
+
+void TranslationTab::connectControls()
+{
+    connect(m_testKey, &QPushButton::clicked, this, &TranslationTab::testKeyPressed);
+    connect(m_start, &QPushButton::clicked, this, &TranslationTab::startPressed);
+    connect(m_toSpanish, &QPushButton::clicked, this, &TranslationTab::spanishPressed);
+    connect(m_toEnglish, &QPushButton::clicked, this, &TranslationTab::englishPressed);
+    connect(m_clear, &QPushButton::clicked, this, &TranslationTab::clearPressed);
+    connect(m_target, &QComboBox::currentTextChanged, this, &TranslationTab::targetEdited);
+    connect(m_live, &QCheckBox::toggled, this, &TranslationTab::liveModeChanged);
+    connect(m_showSubtitles, &QCheckBox::toggled, this, &TranslationTab::showSubtitlesChanged);
+    connect(m_separator, &QComboBox::currentIndexChanged, this, &TranslationTab::separatorChosen);
+}
+
+void TranslationTab::showSettings(const Settings &settings)
+{
+    const QSignalBlocker target(m_target);
+    const QSignalBlocker live(m_live);
+    const QSignalBlocker separator(m_separator);
+    m_target->setCurrentText(settings.target);
+    m_live->setChecked(settings.live);
+    m_separator->setCurrentIndex(settings.separator);
+}
+
+void TranslationTab::showRunning(bool running)
+{
+    m_start->setText(nimbara_i18n::tr(running ? "Pausar traducción" : "Iniciar traducción"));
+}
+
+} // namespace nimbara

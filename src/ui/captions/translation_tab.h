@@ -1,0 +1,80 @@
+#pragma once
+
+#include "ui/captions/bible_group.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollArea>
+
+class QGridLayout;
+
+namespace nimbara {
+
+/// "Traducción IA y Biblia": the translation controls and, below them, the Bible that verses come
+/// from.
+class TranslationTab : public QScrollArea {
+    Q_OBJECT
+public:
+    explicit TranslationTab(QWidget *parent = nullptr);
+
+    /// What the controls stand at when the program starts.
+    struct Settings {
+        QString target;
+        bool live = true;
+        int separator = 1;
+    };
+    /// Shows the settings without the signals of their controls.
+    void showSettings(const Settings &settings);
+
+    [[nodiscard]] QLineEdit *apiKey() const { return m_apiKey; }
+    [[nodiscard]] bool saveKey() const { return m_saveKey->isChecked(); }
+    void setSaveKey(bool save) { m_saveKey->setChecked(save); }
+
+    [[nodiscard]] QString target() const { return m_target->currentText(); }
+    void showTarget(const QString &language) { m_target->setCurrentText(language); }
+    [[nodiscard]] bool voice() const { return m_voice->isChecked(); }
+
+    void showRunning(bool running);
+    /// The start button cannot be pressed while a key is being fetched or stored.
+    void setStartEnabled(bool enabled) { m_start->setEnabled(enabled); }
+    void showStatus(const QString &text) { m_status->setText(text); }
+    void showHeard(const QString &text) { m_heard->setText(text); }
+
+    [[nodiscard]] BibleGroup *bible() const { return m_bible; }
+
+Q_SIGNALS:
+    void testKeyPressed();
+    void startPressed();
+    void spanishPressed(); ///< preached in English, shown in Spanish
+    void englishPressed(); ///< preached in Spanish, shown in English
+    void targetEdited(const QString &language);
+    void liveModeChanged(bool on);
+    void separatorChosen(int entry);
+    void showSubtitlesChanged(bool on);
+    void clearPressed();
+
+private:
+    void addRows(QGridLayout &grid);
+    void connectControls();
+
+    QLineEdit *m_apiKey;
+    QCheckBox *m_saveKey;
+    QPushButton *m_testKey;
+    QComboBox *m_target;
+    QPushButton *m_toSpanish;
+    QPushButton *m_toEnglish;
+    QPushButton *m_start;
+    QCheckBox *m_voice;
+    QCheckBox *m_live;
+    QCheckBox *m_showSubtitles;
+    QPushButton *m_clear;
+    QComboBox *m_separator;
+    QLabel *m_status;
+    QLabel *m_heard;
+    BibleGroup *m_bible;
+};
+
+} // namespace nimbara

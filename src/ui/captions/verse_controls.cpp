@@ -1,0 +1,138 @@
+#include "ui/captions/verse_controls.h"
+
+#include "base/error.h"
+#include "base/i18n.h"
+#include "ui/kit/key_field.h"
+
+#include <algorithm>
+#include <array>
+
+namespace nimbara {
+
+namespace {
+
+const QString choiceSetting = QStringLiteral("bible_choice");
+const QString idSetting = QStringLiteral("apibible_id");
+const QString nameSetting = QStringLiteral("apibible_name");
+
+/// The stored words of the choice, in the order of the list.
+constexpr std::array choices { "auto", "es", "en", "api" };
+
+int entryOf(const QString &stored)
+{
+    const auto *found = std::find_if(choices.begin(), choices.end(), [&](const char *word) {
+        return stored == QLatin1String(word);
+    });
+    return found == choices.end() ? 0 : static_cast<int>(found - choices.begin());
+}
+
+} // namespace
+
+VerseControls::VerseControls(Studio &studio,
+    SecretStore &secrets,
+    QSettings &settings,
+    const ErrorGuard &guard,
+    Views views)
+    : m_studio(studio)
+    , m_secrets(secrets)
+    , m_settings(settings)
+    , m_guard(guard)
+    , m_views(views)
+{
+    showStored();
+    connectViews();
+    VerseDesk &desk = m_studio.verses();
+    desk.setKeys([this](const auto &receiver) { withKey(receiver); },
+        [this](const auto &receiver) { m_views.openAi.withKey(receiver); });
+    desk.onLayerWritten = [this](std::int32_t layer) { m_views.editor.showWritten(layer); };
+    desk.onFailed = [this](const QString &text) { m_guard.run([&text] { throw Error(text); }); };
+}
+
+void VerseControls::showStored()
+{
+    m_views.bible.showChoice(entryOf(m_settings.value(choiceSetting).toString()));
+    m_views.bible.key()->setText(m_secrets.readSecretFile(secret_account::apiBible()));
+    const QString id = m_settings.value(idSetting).toString();
+    if (!id.isEmpty()) {
+        const QString name = m_settings.value(nameSetting).toString();
+        m_views.bible.showBibles({ { id, name.isEmpty() ? id : name } }, 0);
+    }
+}
+
+void VerseControls::connectViews()
+{
+    const BibleGroup *bible = &m_views.bible;
+    connect(&m_views.tab, &SceneTab::verseRequested, this, &VerseControls::showQuickVerse);
+    connect(m_views.tab.properties(),
+        &PropertiesPanel::verseRequested,
+        this,
+        [this](const QString &typed) { showVerse(m_views.editor.selected(), typed); });
+    connect(bible, &BibleGroup::choiceMade, this, [this](int entry) {
+        m_settings.setValue(choiceSetting,
+            QLatin1String(choices.at(static_cast<std::size_t>(entry))));
+    });
+    connect(bible, &BibleGroup::bibleChosen, this, [this](const QString &id, const QString &text) {
+        m_settings.setValue(idSetting, id);
+        m_settings.setValue(nameSetting, text);
+    });
+    connect(bible, &BibleGroup::findPressed, this, &VerseControls::findBibles);
+}
+
+bible::VerseLookup::Source VerseControls::source() const
+{
+    return { bible::bibleChoice(
+                 m_settings.value(choiceSetting, QLatin1String(choices.front())).toString(),
+                 m_views.translation.target()),
+        m_settings.value(idSetting).toString(),
+        m_views.bible.bibleName() };
+}
+
+void VerseControls::showVerse(std::int32_t layer, const QString &typed)
+{
+    m_guard.run([&] { m_studio.verses().lookupVerse(layer, typed, source()); });
+}
+
+void VerseControls::showQuickVerse(const QString &typed)
+{
+    const std::int32_t layer = m_studio.verses().quickVerseLayer();
+    m_views.editor.showLayer(layer);
+    showVerse(layer, typed);
+}
+
+void VerseControls::withKey(std::function<void(const QString &key)> receiver)
+{
+    nimbara::withKey(m_views.bible.key(),
+        m_secrets,
+        secret_account::apiBible(),
+        std::move(receiver));
+}
+
+void VerseControls::findBibles()
+{
+    withKey([this](const QString &key) {
+        m_guard.run([this, &key] {
+            if (key.isEmpty()) {
+                throw Error(QStringLiteral("Escribe tu clave de API.Bible"));
+            }
+            m_secrets.writeSecret(secret_account::apiBible(), key, [](bool) {});
+            listBibles(key);
+        });
+    });
+}
+
+void VerseControls::listBibles(const QString &key)
+{
+    m_studio.status(nimbara_i18n::tr("Consultando API.Bible..."));
+    m_studio.verses().listBibles(key,
+        [this](const QList<bible::ListedBible> &bibles, const QString &error) {
+            if (!error.isEmpty()) {
+                m_studio.status(error);
+                return;
+            }
+            m_views.bible.showBibles(bibles, bible::preferredBible(bibles));
+            m_studio.status(
+                nimbara_i18n::tr("Biblias disponibles: ") + QString::number(bibles.size()));
+        });
+}
+
+} // namespace nimbara

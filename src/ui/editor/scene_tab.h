@@ -1,0 +1,69 @@
+#pragma once
+
+#include "document/scene.h"
+#include "ui/editor/properties_panel.h"
+
+#include <QLineEdit>
+#include <QListWidget>
+#include <QWidget>
+
+#include <cstdint>
+
+class QMenu;
+class QVBoxLayout;
+
+namespace nimbara {
+
+/// What the menu of "+ Fuente" adds, in its order.
+enum class SourceEntry : std::int32_t {
+    Camera,
+    Image,
+    Text,
+    Video,
+    Network,
+    Screen,
+    Color,
+    Subtitle,
+    Verse,
+};
+
+/// "Escena y fuentes": the scenes of the edited set, the layers of the scene in PREVIEW and the
+/// properties of the selected one.
+class SceneTab : public QWidget {
+    Q_OBJECT
+public:
+    explicit SceneTab(QWidget *parent = nullptr);
+
+    /// Writes the layer list anew, front layer first, and marks the selected one.
+    void showLayers(const Scene &scene, std::int32_t selected);
+    /// Writes a layer's name into its list entry.
+    void showLayerName(const Layer &layer, std::int32_t index);
+    [[nodiscard]] PropertiesPanel *properties() const { return m_properties; }
+
+Q_SIGNALS:
+    void newScenePressed();
+    void renameScenePressed();
+    void duplicateScenePressed();
+    void deleteScenePressed();
+    void addSourceChosen(nimbara::SourceEntry entry);
+    void moveLayerPressed(int delta);
+    void deleteLayerPressed();
+    void verseRequested(const QString &reference);
+    /// The operator selected a layer in the list.
+    void layerSelected(int index);
+    /// The operator checked or unchecked a layer.
+    void layerChecked(int index, bool visible);
+
+private:
+    QVBoxLayout *makeSceneColumn();
+    QMenu *makeSourceMenu();
+    void connectList();
+    /// The list row of a layer: the front layer comes first.
+    [[nodiscard]] int rowOf(std::int32_t layer) const;
+
+    QListWidget *m_layers;
+    QLineEdit *m_verse;
+    PropertiesPanel *m_properties;
+};
+
+} // namespace nimbara

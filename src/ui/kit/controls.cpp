@@ -1,0 +1,53 @@
+#include "ui/kit/controls.h"
+
+#include "base/i18n.h"
+
+#include <QSignalBlocker>
+
+namespace nimbara {
+
+QPushButton *makeButton(const char *spanish, const char *name, QWidget *parent)
+{
+    auto *button = new QPushButton(nimbara_i18n::tr(spanish), parent);
+    button->setObjectName(QString::fromLatin1(name));
+    button->setMinimumHeight(36);
+    button->ensurePolished(); // the style sheet's padding counts
+    button->setMinimumWidth(button->sizeHint().width());
+    return button;
+}
+
+QLineEdit *makeKeyField(const char *name, const char *spanish)
+{
+    auto *field = named(new QLineEdit, name, nimbara_i18n::tr(spanish));
+    field->setEchoMode(QLineEdit::Password);
+    field->setPlaceholderText(nimbara_i18n::tr(spanish));
+    return field;
+}
+
+QLabel *makeNote(const char *spanish)
+{
+    auto *note = new QLabel(nimbara_i18n::tr(spanish));
+    note->setWordWrap(true);
+    note->setTextFormat(Qt::PlainText);
+    return note;
+}
+
+QComboBox *
+makeList(std::initializer_list<const char *> entries, const char *name, const char *spanish)
+{
+    auto *list = named(new QComboBox, name, nimbara_i18n::tr(spanish));
+    for (const char *entry : entries) {
+        list->addItem(nimbara_i18n::tr(entry));
+    }
+    return list;
+}
+
+void refill(QComboBox *list, const QStringList &texts, int current)
+{
+    const QSignalBlocker blocker(list);
+    list->clear();
+    list->addItems(texts);
+    list->setCurrentIndex(current);
+}
+
+} // namespace nimbara

@@ -1,0 +1,132 @@
+#include "ui/kit/dialogs.h"
+
+#include "base/i18n.h"
+
+#include <QColorDialog>
+#include <QFileDialog>
+#include <QFileIconProvider>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QSplitter>
+#include <QTreeView>
+
+namespace nimbara {
+
+namespace {
+
+/// ".webm" of "WebM (*.webm)"; empty when the filter names several endings.
+QString onlySuffix(const QString &filter)
+{
+    static const QRegularExpression pattern(QStringLiteral("\\*(\\.[A-Za-z0-9]+)"));
+    auto matches = pattern.globalMatch(filter);
+    const QString first = matches.hasNext() ? matches.next().captured(1) : QString();
+    return matches.hasNext() ? QString() : first;
+}
+
+/// The first lines, as many as fit a small screen, and how many more there are.
+QString shortened(const QStringList &lines)
+{
+    const QStringList first = lines.mid(0, QtDialogs::mostLines);
+    return first.join(QLatin1Char('\n')) + QLatin1Char('\n')
+        + nimbara_i18n::tr("… y %1 más").arg(lines.size() - first.size());
+}
+
+/// Names folders in the interface's language, for which the toolkit has no Spanish word.
+class FileKinds final : public QFileIconProvider {
+public:
+    QString type(const QFileInfo &info) const override
+    {
+        return info.isDir() ? nimbara_i18n::tr("Carpeta") : QFileIconProvider::type(info);
+    }
+};
+
+/// Room for whole dates and names of places. A dialog of the desktop's own has no such parts.
+void widen(QFileDialog &dialog)
+{
+    auto *columns = dialog.findChild<QTreeView *>(QStringLiteral("treeView"));
+    auto *places = dialog.findChild<QSplitter *>(QStringLiteral("splitter"));
+    if (columns == nullptr || places == nullptr) {
+        return;
+    }
+    columns->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    columns->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    places->setSizes({ 160, 740 });
+    dialog.resize(QSize(900, 560).boundedTo(dialog.screen()->availableSize()));
+}
+
+QString askForFile(QFileDialog &dialog, const QString &startPath)
+{
+    if (!startPath.isEmpty() && !QFileInfo(startPath).isDir()) {
+        dialog.selectFile(startPath);
+    }
+    static FileKinds kinds; // the dialog's threads read it until they end
+    dialog.setIconProvider(&kinds);
+    widen(dialog);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
+} // namespace
+
+QString QtDialogs::openFile(const QString &title, const QString &startPath, const QString &filter)
+{
+    QFileDialog dialog(m_parent, title, startPath, filter);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    return askForFile(dialog, startPath);
+}
+
+QString QtDialogs::saveFile(const QString &title, const QString &startPath, const QString &filter)
+{
+    QFileDialog dialog(m_parent, title, startPath, filter);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    // Set on the dialog, so that its question about an existing file sees the whole name.
+    dialog.setDefaultSuffix(onlySuffix(filter));
+    return askForFile(dialog, startPath);
+}
+
+std::optional<QString>
+QtDialogs::text(const QString &title, const QString &label, const QString &proposed)
+{
+    bool accepted = false;
+    const QString answer
+        = QInputDialog::getText(m_parent, title, label, QLineEdit::Normal, proposed, &accepted);
+    return accepted ? std::optional(answer) : std::nullopt;
+}
+
+std::optional<QColor> QtDialogs::color(const QColor &current, bool withAlpha)
+{
+    const auto options
+        = withAlpha ? QColorDialog::ShowAlphaChannel : QColorDialog::ColorDialogOptions();
+    const QColor chosen = QColorDialog::getColor(current, m_parent, QString(), options);
+    return chosen.isValid() ? std::optional(chosen) : std::nullopt;
+}
+
+bool QtDialogs::question(const QString &title, const QString &text)
+{
+    QMessageBox box(QMessageBox::Question,
+        title,
+        text,
+        QMessageBox::Yes | QMessageBox::No,
+        m_parent);
+    box.setTextFormat(Qt::PlainText); // names and paths may look like markup
+    box.setDefaultButton(QMessageBox::NoButton);
+    return box.exec() == QMessageBox::Yes;
+}
+
+void QtDialogs::warning(const QString &title, const QString &text)
+{
+    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, m_parent);
+    box.setTextFormat(Qt::PlainText);
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    if (lines.size() > mostLines) {
+        box.setText(shortened(lines));
+        box.setDetailedText(text);
+    }
+    box.exec();
+}
+
+} // namespace nimbara

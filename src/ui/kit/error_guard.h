@@ -1,0 +1,50 @@
+#pragma once
+
+#include "base/error.h"
+#include "base/i18n.h"
+#include "ui/kit/dialogs.h"
+
+#include <QString>
+
+#include <functional>
+
+namespace nimbara {
+
+/// Runs what a button started. A failure is shown on the status line and in a warning box.
+class ErrorGuard {
+public:
+    ErrorGuard(Dialogs &dialogs, std::function<void(const QString &)> showStatus)
+        : m_dialogs(dialogs)
+        , m_showStatus(std::move(showStatus))
+    {
+    }
+
+    template <typename Operation> void run(Operation &&operation) const
+    {
+        try {
+            operation();
+        } catch (const std::exception &error) {
+            tell(errorText(error));
+        }
+    }
+
+    /// Shows a failure; `untranslated` is the operator's text.
+    void tell(const QString &untranslated) const
+    {
+        const QString text = nimbara_i18n::tr(untranslated);
+        m_showStatus(text);
+        if (m_hasBoxes) {
+            m_dialogs.warning(nimbara_i18n::tr("Ardenvale Vesperline"), text);
+        }
+    }
+
+    /// From now on the status line alone: a box would hold up a window that closes.
+    void withoutBoxes() { m_hasBoxes = false; }
+
+private:
+    Dialogs &m_dialogs;
+    std::function<void(const QString &)> m_showStatus;
+    bool m_hasBoxes = true;
+};
+
+} // namespace nimbara

@@ -1,0 +1,95 @@
+#include "ui/outputs/audio_tab.h"
+
+#include "base/i18n.h"
+#include "ui/kit/controls.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QVariant>
+
+#include <algorithm>
+#include <array>
+
+namespace nimbara {
+
+namespace {
+
+QSlider *makeSlider(int maximum, const char *name, const char *spanish)
+{
+    auto *slider = named(new QSlider(Qt::Horizontal), name, nimbara_i18n::tr(spanish));
+    slider->setRange(0, maximum);
+    slider->setValue(100);
+    slider->setPageStep(10);
+    slider->setMinimumHeight(22);
+    return slider;
+}
+
+QProgressBar *makeMeter(const char *name, const char *spanish)
+{
+    auto *bar = named(new QProgressBar, name, nimbara_i18n::tr(spanish));
+    bar->setRange(0, 100);
+    bar->setValue(0);
+    return bar;
+}
+
+} // namespace
+
+AudioTab::AudioTab(QWidget *parent)
+    : QWidget(parent)
+    , m_gain(makeSlider(200, "gain", "Ganancia de entrada"))
+    , m_mute(makeButton("Silenciar", "mute"))
+    , m_before(makeMeter("inputMeter", "Entrada"))
+    , m_after(makeMeter("processedMeter", "Procesado"))
+    , m_sourceLevel(makeSlider(100, "sourceLevel", "Original en salidas"))
+    , m_voiceLevel(makeSlider(100, "voiceLevel", "Voz traducida en salidas"))
+{
+    layOut();
+    connect(m_gain, &QSlider::valueChanged, this, &AudioTab::gainChanged);
+    connect(m_mute, &QPushButton::clicked, this, &AudioTab::mutePressed);
+    connect(m_sourceLevel, &QSlider::valueChanged, this, &AudioTab::sourceLevelChanged);
+    connect(m_voiceLevel, &QSlider::valueChanged, this, &AudioTab::voiceLevelChanged);
+}
+
+void AudioTab::layOut()
+{
+    auto *grid = new QGridLayout(this);
+    const auto addRow = [grid](int row, const char *spanish, QWidget *widget) {
+        grid->addWidget(new QLabel(nimbara_i18n::tr(spanish)), row, 0);
+        grid->addWidget(widget, row, 1);
+    };
+    addRow(0, "Ganancia de entrada", m_gain);
+    grid->addWidget(m_mute, 0, 2);
+    addRow(1, "Entrada", m_before);
+    addRow(2, "Procesado", m_after);
+    addRow(3, "Original en salidas", m_sourceLevel);
+    addRow(4, "Voz traducida en salidas", m_voiceLevel);
+    grid->setColumnStretch(1, 1);
+    grid->setRowStretch(5, 1);
+}
+
+void AudioTab::showLevels(int before, int after)
+{
+    meter(m_before, before);
+    meter(m_after, after);
+}
+
+void AudioTab::showMuted(bool muted)
+{
+    m_mute->setText(nimbara_i18n::tr(muted ? "Quitar silencio" : "Silenciar"));
+}
+
+void meter(QProgressBar *bar, int value)
+{
+    static constexpr std::array colors { "#29a782", "#e3b23c", "#d6453d" };
+    bar->setValue(std::clamp(value, 0, 100));
+    const int band = value > 89 ? 2 : value > 69 ? 1 : 0;
+    const QVariant shown = bar->property("band");
+    if (shown.isValid() && shown.toInt() == band) {
+        return;
+    }
+    bar->setProperty("band", band);
+    bar->setStyleSheet(QStringLiteral("QProgressBar::chunk{background:%1;border-radius:4px;}")
+                           .arg(QLatin1String(colors.at(static_cast<std::size_t>(band)))));
+}
+
+} // namespace nimbara

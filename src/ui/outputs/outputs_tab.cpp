@@ -1,0 +1,130 @@
+#include "ui/outputs/outputs_tab.h"
+
+#include "base/i18n.h"
+#include "ui/kit/controls.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+
+#include <initializer_list>
+
+namespace nimbara {
+
+OutputsTab::OutputsTab(std::span<const Preset, slots> presets, QWidget *parent)
+    : QWidget(parent)
+    , m_startSelected(makeButton("Iniciar destinos seleccionados", "startSelected"))
+    , m_stopStreams(makeButton("Detener transmisiones", "stopStreams"))
+    , m_saveKeys(makeButton("Guardar claves en este equipo", "saveKeys"))
+    , m_record(makeButton("● Grabar", "record"))
+{
+    auto *grid = new QGridLayout(this);
+    for (std::size_t slot = 0; slot < slots; ++slot) {
+        m_rows.at(slot) = makeRow(presets[slot], slot);
+        addRow(grid, slot);
+    }
+    addButtons(grid);
+    grid->setColumnStretch(1, 3);
+    grid->setColumnStretch(2, 2);
+    grid->setColumnStretch(4, 3);
+    grid->setRowStretch(static_cast<int>(slots) + 1, 1);
+}
+
+void OutputsTab::addRow(QGridLayout *grid, std::size_t slot)
+{
+    const Row &row = m_rows.at(slot);
+    int column = 0;
+    for (QWidget *widget : std::initializer_list<QWidget *> { row.enabled,
+             row.server,
+             row.key,
+             row.toggle,
+             row.state }) {
+        grid->addWidget(widget, static_cast<int>(slot), column++);
+    }
+    connect(row.toggle, &QPushButton::clicked, this, [this, slot] { Q_EMIT togglePressed(slot); });
+}
+
+void OutputsTab::addButtons(QGridLayout *grid)
+{
+    auto *buttons = new QHBoxLayout;
+    for (QPushButton *button : { m_startSelected, m_stopStreams, m_saveKeys, m_record }) {
+        buttons->addWidget(button);
+    }
+    buttons->addStretch();
+    grid->addLayout(buttons, static_cast<int>(slots), 0, 1, grid->columnCount());
+    connect(m_startSelected, &QPushButton::clicked, this, &OutputsTab::startSelectedPressed);
+    connect(m_stopStreams, &QPushButton::clicked, this, &OutputsTab::stopStreamsPressed);
+    connect(m_saveKeys, &QPushButton::clicked, this, &OutputsTab::saveKeysPressed);
+    connect(m_record, &QPushButton::clicked, this, &OutputsTab::recordPressed);
+}
+
+OutputsTab::Row OutputsTab::makeRow(const Preset &preset, std::size_t slot)
+{
+    const auto name = [slot](const char *part) {
+        return QStringLiteral("%1%2").arg(QLatin1String(part)).arg(slot + 1);
+    };
+    const QString title = nimbara_i18n::tr(preset.name);
+    Row row { new QCheckBox(title),
+        new QLineEdit(preset.server),
+        new QLineEdit,
+        makeButton("Iniciar", ""),
+        new QLabel(nimbara_i18n::tr("Detenido")) };
+    row.enabled->setObjectName(name("destination"));
+    row.server->setObjectName(name("server"));
+    row.server->setAccessibleName(QStringLiteral("RTMP ") + title);
+    row.key->setObjectName(name("key"));
+    row.key->setEchoMode(QLineEdit::Password);
+    row.key->setPlaceholderText(nimbara_i18n::tr("Clave de transmisión"));
+    row.key->setAccessibleName(nimbara_i18n::tr("Clave de transmisión") + QLatin1Char(' ') + title);
+    row.toggle->setObjectName(name("toggle"));
+    row.state->setObjectName(name("state"));
+    row.state->setWordWrap(true);
+    return row;
+}
+
+bool OutputsTab::isSelected(std::size_t slot) const
+{
+    return m_rows.at(slot).enabled->isChecked();
+}
+
+QString OutputsTab::server(std::size_t slot) const
+{
+    return m_rows.at(slot).server->text();
+}
+
+QString OutputsTab::key(std::size_t slot) const
+{
+    return m_rows.at(slot).key->text();
+}
+
+void OutputsTab::setKey(std::size_t slot, const QString &key)
+{
+    m_rows.at(slot).key->setText(key);
+}
+
+void OutputsTab::showDestination(std::size_t slot,
+    const QString &buttonText,
+    const QString &stateText,
+    bool waiting)
+{
+    const Row &row = m_rows.at(slot);
+    const QString text = nimbara_i18n::tr(buttonText);
+    // On every frame: a screen reader is told of changes alone.
+    if (row.toggle->text() != text || row.toggle->accessibleName().isEmpty()) {
+        row.toggle->setText(text);
+        row.toggle->setAccessibleName(text + QLatin1Char(' ') + row.enabled->text());
+    }
+    row.toggle->setEnabled(!waiting);
+    row.state->setText(nimbara_i18n::tr(stateText));
+}
+
+void OutputsTab::showSaving(bool saving)
+{
+    m_saveKeys->setEnabled(!saving);
+}
+
+void OutputsTab::showRecording(const QString &buttonText)
+{
+    m_record->setText(nimbara_i18n::tr(buttonText));
+}
+
+} // namespace nimbara

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "studio/studio.h"
+#include "ui/kit/dialogs.h"
+#include "ui/kit/error_guard.h"
+#include "ui/outputs/outputs_tab.h"
+
+#include <QObject>
+
+#include <functional>
+
+namespace nimbara {
+
+/// The recording as the operator drives it with its one button. Interface thread only.
+class RecordingControls : public QObject {
+    Q_OBJECT
+public:
+    /// All must outlive the controls.
+    RecordingControls(Studio &studio, Dialogs &dialogs, const ErrorGuard &guard, OutputsTab &tab);
+
+    /// Shows what the recording does now.
+    void showRecording();
+    /// Finishes the file before the program ends: waits for it, and for whatever else is
+    /// `underWay`, no longer than a few seconds.
+    void finish(const std::function<bool()> &underWay);
+
+Q_SIGNALS:
+    /// The operator started or finished a recording.
+    void changed();
+
+private:
+    void toggle();
+
+    Studio &m_studio;
+    Dialogs &m_dialogs;
+    OutputsTab &m_tab;
+};
+
+} // namespace nimbara

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "media/capture/devices.h"
+
+#include <QComboBox>
+#include <QPushButton>
+#include <QWidget>
+
+#include <optional>
+
+class QGridLayout;
+
+namespace nimbara {
+
+/// "Fuentes y pantallas": devices, files, network media and the hall monitor.
+class SourcesTab : public QWidget {
+    Q_OBJECT
+public:
+    explicit SourcesTab(QWidget *parent = nullptr);
+
+    /// Fills both device lists behind their fixed entries. What is chosen stays chosen, found again
+    /// as the same device; none is chosen while that device is not there, so that nothing else
+    /// takes its place on air.
+    void showDevices(const DeviceLists &devices);
+    /// Fills the list of screens; the chosen one stays chosen while it is there.
+    void showScreens(const QStringList &names);
+    void setHallShown(bool shown);
+
+    /// Entries from 0; -1: the chosen device has left the list.
+    [[nodiscard]] int cameraEntry() const { return m_cameras->currentIndex(); }
+    [[nodiscard]] int audioEntry() const { return m_microphones->currentIndex(); }
+    [[nodiscard]] int screenEntry() const { return m_screens->currentIndex(); }
+
+Q_SIGNALS:
+    void refreshPressed();
+    void connectPressed();
+    void loadImagePressed();
+    void loadVideoPressed();
+    void networkSourcePressed();
+    void hallScreenPressed();
+
+private:
+    /// The devices of one list and the one that was chosen, also while it is away.
+    struct Listed {
+        std::vector<CaptureDevice> devices;
+        std::optional<CaptureDevice> chosen;
+    };
+    static void relist(QComboBox *list,
+        const QStringList &fixed,
+        Listed &listed,
+        const std::vector<CaptureDevice> &devices);
+
+    void layOut();
+    void connectButtons();
+
+    QComboBox *m_cameras;
+    QComboBox *m_microphones;
+    QComboBox *m_screens;
+    QPushButton *m_refresh;
+    QPushButton *m_connect;
+    QPushButton *m_loadImage;
+    QPushButton *m_loadVideo;
+    QPushButton *m_networkSource;
+    QPushButton *m_hallScreen;
+    Listed m_listedCameras;
+    Listed m_listedMicrophones;
+};
+
+} // namespace nimbara

@@ -1,0 +1,48 @@
+#include "ui/shell/project_row.h"
+
+#include "base/i18n.h"
+#include "ui/kit/controls.h"
+
+#include <QHBoxLayout>
+#include <QSignalBlocker>
+
+namespace nimbara {
+
+ProjectRow::ProjectRow(QWidget *parent)
+    : QWidget(parent)
+    , m_format(named(new QComboBox, "format", nimbara_i18n::tr("Horizontal o vertical")))
+    , m_open(makeButton("Abrir proyecto", "openProject"))
+    , m_save(makeButton("Guardar proyecto", "saveProject"))
+    , m_credits(makeButton("Créditos", "credits"))
+{
+    m_format->addItems({ nimbara_i18n::tr("Horizontal · 1920 × 1080"),
+        nimbara_i18n::tr("Vertical · 1080 × 1920") });
+    setFormatEnabled(true);
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(m_format);
+    row->addWidget(m_open);
+    row->addWidget(m_save);
+    row->addWidget(m_credits);
+    row->addStretch();
+    connect(m_format, &QComboBox::currentIndexChanged, this, &ProjectRow::formatChosen);
+}
+
+void ProjectRow::showFormat(int entry)
+{
+    const QSignalBlocker blocker(m_format);
+    m_format->setCurrentIndex(entry);
+}
+
+void ProjectRow::setFormatEnabled(bool enabled)
+{
+    if (enabled == m_format->isEnabled() && !m_format->toolTip().isEmpty()) {
+        return; // on every frame: a screen reader is told of changes alone
+    }
+    m_format->setEnabled(enabled);
+    m_format->setToolTip(
+        nimbara_i18n::tr(enabled ? "Horizontal o vertical"
+                                 : "Detén transmisiones y grabación para cambiar el formato"));
+}
+
+} // namespace nimbara

@@ -1,0 +1,401 @@
+#include "ui/shell/studio_window.h"
+
+#include "base/i18n.h"
+#include "base/log.h"
+#include "output/sink/destination.h"
+#include "secrets/keychain_store.h"
+#include "ui/captions/translation_controls.h"
+#include "ui/captions/translation_tab.h"
+#include "ui/captions/verse_controls.h"
+#include "ui/editor/control_row.h"
+#include "ui/editor/scene_editor.h"
+#include "ui/editor/scene_tab.h"
+#include "ui/kit/return_key.h"
+#include "ui/kit/steady_tabs.h"
+#include "ui/outputs/audio_tab.h"
+#include "ui/outputs/destination_controls.h"
+#include "ui/outputs/hall_controls.h"
+#include "ui/outputs/outputs_tab.h"
+#include "ui/outputs/recording_controls.h"
+#include "ui/outputs/sources_tab.h"
+#include "ui/shell/credits.h"
+#include "ui/shell/header_row.h"
+#include "ui/shell/monitors.h"
+#include "ui/shell/onboarding.h"
+#include "ui/shell/project_controls.h"
+#include "ui/shell/project_row.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QProcess>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QTabWidget>
+#include <QTextEdit>
+#include <QVBoxLayout>
+
+#include <chrono>
+#include <initializer_list>
+#include <utility>
+
+namespace nimbara {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr const char *onboardingSetting = "onboarding_complete";
+constexpr int smallestRowsHeight = 400; ///< pixels; the monitors and a row below them
+constexpr auto frameTimerInterval = 5ms;
+
+std::array<OutputsTab::Preset, OutputsTab::slots> destinationRows()
+{
+    std::array<OutputsTab::Preset, OutputsTab::slots> rows;
+    for (std::size_t slot = 0; slot < rows.size(); ++slot) {
+        const DestinationPreset &preset = destinationPresets().at(slot);
+        rows.at(slot) = { QString::fromUtf8(preset.name), QString::fromUtf8(preset.server) };
+    }
+    return rows;
+}
+
+/// Rows with their stretch factors. A screen too small for them, such as that of an old laptop,
+/// shows them behind a scroll bar.
+QScrollArea *scrollable(std::initializer_list<std::pair<QWidget *, int>> widgets)
+{
+    auto *content = new QWidget;
+    auto *rows = new QVBoxLayout(content);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(12);
+    for (const auto &[widget, stretch] : widgets) {
+        rows->addWidget(widget, stretch);
+    }
+    auto *area = new QScrollArea;
+    area->setWidget(content);
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setMinimumSize(content->minimumSizeHint().width()
+            + area->verticalScrollBar()->sizeHint().width(),
+        smallestRowsHeight);
+    return area;
+}
+
+} // namespace
+
+StudioWindow::StudioWindow(bool quiet, StudioServices services)
+    : m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
+    , m_keychain(
+          services.keychain ? std::move(services.keychain) : std::make_unique<KeychainStore>())
+    , m_secrets(*m_keychain)
+    , m_studio(m_clock, { nullptr, services.openAi, services.apiBible })
+    , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
+    , m_guard(*m_dialogs, [this](const QString &text) { showStatus(text); })
+    , m_header(new HeaderRow)
+    , m_project(new ProjectRow)
+    , m_monitors(new Monitors)
+    , m_controls(new ControlRow)
+    , m_tabs(new SteadyTabs)
+    , m_sceneTab(new SceneTab)
+    , m_sourcesTab(new SourcesTab)
+    , m_audioTab(new AudioTab)
+    , m_outputsTab(new OutputsTab(destinationRows()))
+    , m_translationTab(new TranslationTab)
+    , m_status(new QLabel)
+    , m_hall(std::make_unique<HallControls>(*m_sourcesTab,
+          [this](const QString &text) { showStatus(text); }))
+    , m_returnKey(std::make_unique<ReturnKey>(*this))
+{
+    layOut();
+    m_editor = std::make_unique<SceneEditor>(m_studio,
+        *m_dialogs,
+        m_guard,
+        SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
+    m_destinations
+        = std::make_unique<DestinationControls>(m_studio, m_secrets, m_guard, *m_outputsTab);
+    m_recording = std::make_unique<RecordingControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
+    m_projects = std::make_unique<ProjectControls>(m_studio,
+        *m_dialogs,
+        m_guard,
+        ProjectControls::Views { *m_project, *m_controls, *m_audioTab });
+    connectStudio();
+    m_translation = std::make_unique<TranslationControls>(m_studio,
+        m_secrets,
+        m_settings,
+        m_guard,
+        *m_translationTab);
+    m_verses = std::make_unique<VerseControls>(m_studio,
+        m_secrets,
+        m_settings,
+        m_guard,
+        VerseControls::Views { *m_sceneTab,
+            *m_editor,
+            *m_translationTab->bible(),
+            *m_translationTab,
+            *m_translation });
+    connectRows();
+    connectTabs();
+    connectDevices();
+    connectShortcuts();
+    m_editor->showScenes(0);
+    // Space and the arrow keys work from the first moment.
+    m_monitors->canvas()->setFocus();
+
+    m_frameTimer.setTimerType(Qt::PreciseTimer);
+    m_frameTimer.setInterval(frameTimerInterval);
+    connect(&m_frameTimer, &QTimer::timeout, this, [this] { m_studio.tick(); });
+    m_frameTimer.start();
+    if (!quiet && !m_settings.value(QLatin1String(onboardingSetting)).toBool()) {
+        QTimer::singleShot(0, this, &StudioWindow::onboarding);
+    }
+}
+
+StudioWindow::~StudioWindow()
+{
+    m_frameTimer.stop();
+    m_studio.translation().pause();
+    // The studio goes before the widgets that its reports touch.
+    m_studio.status = [](const QString &) {};
+    m_studio.onPictures = [](const Pictures &) {};
+    m_studio.onOutputsStepped = [] {};
+}
+
+void StudioWindow::layOut()
+{
+    setWindowTitle(nimbara_i18n::tr("Vesperline · Ardenvale"));
+    setWindowIcon(QIcon(QStringLiteral(":/logo.png")));
+    resize(QSize(1320, 920).boundedTo(screen()->availableSize()));
+
+    m_tabs->setObjectName(QStringLiteral("tabs"));
+    m_tabs->setMinimumHeight(250);
+    m_tabs->setMaximumHeight(330);
+    m_tabs->addTab(m_sourcesTab, nimbara_i18n::tr("Fuentes y pantallas"));
+    m_tabs->addTab(m_audioTab, nimbara_i18n::tr("Audio"));
+    m_tabs->addTab(m_outputsTab, nimbara_i18n::tr("Transmitir y grabar"));
+    m_tabs->addTab(m_translationTab, nimbara_i18n::tr("Traducción IA y Biblia"));
+    m_tabs->insertTab(0, m_sceneTab, nimbara_i18n::tr("Escena y fuentes"));
+    m_tabs->setCurrentIndex(0);
+
+    m_status->setObjectName(QStringLiteral("status"));
+    m_status->setTextFormat(Qt::PlainText);
+    m_status->setWordWrap(true);
+
+    auto *central = new QWidget;
+    auto *column = new QVBoxLayout(central);
+    column->setContentsMargins(20, 14, 20, 14);
+    column->setSpacing(12);
+    column->addWidget(scrollable({ { m_header, 0 },
+        { m_project, 0 },
+        { m_monitors, 3 },
+        { m_controls, 0 },
+        { m_tabs, 0 } }));
+    column->addWidget(m_status);
+    setCentralWidget(central);
+}
+
+void StudioWindow::connectStudio()
+{
+    m_studio.status = [this](const QString &text) { showStatus(text); };
+    m_studio.onPictures = [this](const Pictures &pictures) { showPictures(pictures); };
+    m_studio.onOutputsStepped = [this] { showOutputs(); };
+    m_studio.audio().onLevels
+        = [this](int before, int after) { m_audioTab->showLevels(before, after); };
+}
+
+void StudioWindow::connectRows()
+{
+    connect(m_header, &HeaderRow::languageChosen, this, &StudioWindow::setLanguage);
+    connect(m_project->creditsButton(), &QPushButton::clicked, this, [this] { showCredits(this); });
+    connect(m_monitors, &Monitors::editSetChosen, this, &StudioWindow::setEditSet);
+    connect(m_controls, &ControlRow::takePressed, this, [this] { m_studio.program().take(); });
+    connect(m_controls, &ControlRow::offAirPressed, this, [this] { m_studio.program().offAir(); });
+    connect(m_controls, &ControlRow::titleChanged, this, [this](const QString &title) {
+        m_studio.stage().title = title;
+    });
+    connect(m_controls, &ControlRow::bandChanged, this, [this](bool on) {
+        m_studio.stage().band = on;
+    });
+    connect(m_controls, &ControlRow::fadeChanged, this, [this](bool on) {
+        m_studio.stage().program.setFadeEnabled(on);
+    });
+    m_monitors->canvas()->onActivated = [this] { m_tabs->setCurrentWidget(m_sceneTab); };
+}
+
+void StudioWindow::connectTabs()
+{
+    const auto guard
+        = [this](auto operation) { return [this, operation] { m_guard.run(operation); }; };
+    connect(m_sourcesTab, &SourcesTab::loadImagePressed, this, guard([this] {
+        m_editor->addImage();
+    }));
+    connect(m_sourcesTab, &SourcesTab::loadVideoPressed, this, guard([this] {
+        m_editor->addVideo();
+    }));
+    connect(m_sourcesTab, &SourcesTab::networkSourcePressed, this, guard([this] {
+        m_editor->addNetworkSource();
+    }));
+    connect(m_recording.get(), &RecordingControls::changed, this, &StudioWindow::showOutputs);
+    connect(m_destinations.get(), &DestinationControls::changed, this, &StudioWindow::showOutputs);
+    connect(m_projects.get(), &ProjectControls::opened, this, [this] {
+        showPreviewShape();
+        m_editor->showScenes(0);
+    });
+
+    connect(m_audioTab, &AudioTab::gainChanged, this, [this](int percent) {
+        m_guard.run([this, percent] { m_studio.audio().setGainPercent(percent); });
+    });
+    connect(m_audioTab, &AudioTab::mutePressed, this, [this] {
+        AudioInput &audio = m_studio.audio();
+        audio.setMuted(!audio.gainState().muted);
+        m_audioTab->showMuted(audio.gainState().muted);
+    });
+    connect(m_audioTab, &AudioTab::sourceLevelChanged, this, [this](int percent) {
+        m_studio.programAudio().levels().source = percent;
+    });
+    connect(m_audioTab, &AudioTab::voiceLevelChanged, this, [this](int percent) {
+        m_studio.programAudio().levels().voice = percent;
+    });
+}
+
+void StudioWindow::connectDevices()
+{
+    m_studio.devices().onDevices
+        = [this](const DeviceLists &devices) { m_sourcesTab->showDevices(devices); };
+    m_studio.devices().onAnswered = [this] { connectSources(); };
+    connect(m_sourcesTab, &SourcesTab::refreshPressed, this, [this] {
+        m_studio.devices().refreshDevices();
+    });
+    connect(m_sourcesTab, &SourcesTab::connectPressed, this, &StudioWindow::connectSources);
+    connect(m_project, &ProjectRow::formatChosen, this, [this](int entry) {
+        m_guard.run([this, entry] {
+            m_studio.changeProfile(entry == 1 ? StreamProfile::Portrait : StreamProfile::Landscape);
+        });
+        showPreviewShape();
+    });
+    m_studio.devices().refreshDevices();
+}
+
+void StudioWindow::connectSources()
+{
+    m_guard.run([this] {
+        m_studio.devices().connectSources(
+            { m_sourcesTab->cameraEntry(), m_sourcesTab->audioEntry() });
+    });
+}
+
+void StudioWindow::onboarding()
+{
+    auto *assistant = new Onboarding(m_secrets, *m_dialogs, this);
+    assistant->setAttribute(Qt::WA_DeleteOnClose);
+    assistant->onKey = [this](const QString &key) { m_translationTab->apiKey()->setText(key); };
+    connect(assistant, &QDialog::accepted, this, [this] {
+        m_settings.setValue(QLatin1String(onboardingSetting), true);
+        m_settings.sync();
+    });
+    assistant->open();
+}
+
+void StudioWindow::connectShortcuts()
+{
+    auto *space = new QShortcut(Qt::Key_Space, this);
+    space->setAutoRepeat(false); // a key that is held down is one TAKE
+    connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
+    auto *toSpanish = new QShortcut(Qt::Key_F1, this);
+    connect(toSpanish, &QShortcut::activated, this, [this] {
+        m_translation->setTarget(QStringLiteral("Spanish"));
+    });
+    auto *toEnglish = new QShortcut(Qt::Key_F2, this);
+    connect(toEnglish, &QShortcut::activated, this, [this] {
+        m_translation->setTarget(QStringLiteral("English"));
+    });
+}
+
+void StudioWindow::showStatus(const QString &text)
+{
+    m_status->setText(text);
+    logLine(QStringLiteral("UI: ") + text);
+}
+
+void StudioWindow::showPictures(const Pictures &pictures)
+{
+    m_monitors->canvas()->setFrame(pictures.preview);
+    m_monitors->streams()->setFrame(pictures.streams);
+    m_monitors->hall()->setFrame(pictures.hall);
+    m_hall->setFrame(pictures.hall);
+}
+
+void StudioWindow::showOutputs()
+{
+    m_recording->showRecording();
+    m_destinations->showDestinations();
+    m_project->setFormatEnabled(!m_studio.outputs().any());
+}
+
+void StudioWindow::setEditSet(int index)
+{
+    m_studio.program().setEditSet(index);
+    m_controls->showEditSet(m_studio.stage().scenes.editingHall());
+    showPreviewShape();
+    m_editor->showScenes(-1);
+}
+
+void StudioWindow::showPreviewShape()
+{
+    const FrameSize size = m_studio.stage().previewFrame();
+    m_monitors->canvas()->setAspect(static_cast<double>(size.width) / size.height);
+}
+
+void StudioWindow::setLanguage(int index)
+{
+    const QString chosen = index == 1 ? QStringLiteral("en") : QStringLiteral("es");
+    if (chosen == nimbara_i18n::language()) {
+        return;
+    }
+    if (m_studio.outputs().any()) {
+        showStatus(nimbara_i18n::tr("Detén las salidas antes de cambiar el idioma."));
+        m_header->showCurrentLanguage();
+        return;
+    }
+    m_settings.setValue(QStringLiteral("language"), chosen);
+    m_settings.sync();
+    const bool restart = m_dialogs->question(nimbara_i18n::tr("Idioma"),
+        nimbara_i18n::tr("El idioma cambiará al volver a abrir la app. ¿Reiniciar ahora?"));
+    if (restart) {
+        QProcess::startDetached(QCoreApplication::applicationFilePath(), {});
+        close();
+    }
+}
+
+void StudioWindow::takeFromKeyboard()
+{
+    const QWidget *focus = QApplication::focusWidget();
+    const bool typing = qobject_cast<const QLineEdit *>(focus) != nullptr
+        || qobject_cast<const QPlainTextEdit *>(focus) != nullptr
+        || qobject_cast<const QTextEdit *>(focus) != nullptr;
+    if (!typing) {
+        m_studio.program().take();
+    }
+}
+
+void StudioWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_studio.outputs().any()
+        && !m_dialogs->question(nimbara_i18n::tr("Cerrar"),
+            nimbara_i18n::tr("Hay salidas activas. ¿Detenerlas y cerrar?"))) {
+        event->ignore();
+        return;
+    }
+    m_frameTimer.stop();
+    m_destinations->callOffStarts();
+    m_translation->shutDown();
+    m_guard.withoutBoxes();
+    m_recording->finish([this] { return m_destinations->isSaving(); });
+    m_hall->hide();
+    event->accept();
+}
+
+} // namespace nimbara

@@ -1,0 +1,118 @@
+#pragma once
+
+#include "base/clock.h"
+#include "net/endpoints.h"
+#include "secrets/secret_store.h"
+#include "studio/studio.h"
+#include "ui/kit/dialogs.h"
+#include "ui/kit/error_guard.h"
+
+#include <QMainWindow>
+#include <QSettings>
+#include <QTimer>
+
+#include <memory>
+
+class QLabel;
+class QTabWidget;
+
+namespace nimbara {
+
+class AudioTab;
+class ControlRow;
+class DestinationControls;
+class HallControls;
+class HeaderRow;
+class Monitors;
+class OutputsTab;
+class ProjectControls;
+class ProjectRow;
+class RecordingControls;
+class ReturnKey;
+class SceneEditor;
+class SceneTab;
+class SourcesTab;
+class TranslationControls;
+class TranslationTab;
+class VerseControls;
+
+/// What the window reaches outside itself. Tests put their own in place.
+struct StudioServices {
+    std::unique_ptr<Dialogs> dialogs; ///< answers its questions; none: the toolkit's boxes
+    std::unique_ptr<SystemKeyStore> keychain; ///< none: the platform's store
+    Endpoint openAi = openAiEndpoint();
+    Endpoint apiBible = apiBibleEndpoint();
+};
+
+/// The one main window. It owns the studio for the life of the process, hands it what the operator
+/// did and shows what it reports. Interface thread only.
+class StudioWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    /// Builds everything and starts the frame timer. `quiet`: never opens the first-run assistant.
+    explicit StudioWindow(bool quiet, StudioServices services = {});
+    StudioWindow(const StudioWindow &) = delete;
+    StudioWindow &operator=(const StudioWindow &) = delete;
+    StudioWindow(StudioWindow &&) = delete;
+    StudioWindow &operator=(StudioWindow &&) = delete;
+    ~StudioWindow() override;
+
+    /// Shows one line for the operator, already translated, and logs it.
+    void showStatus(const QString &text);
+
+    [[nodiscard]] Studio &studio() { return m_studio; }
+
+    /// Opens the first-run assistant on top of the window, which goes on under it. Finishing it is
+    /// remembered; cancelling is not, so that it opens again at the next start.
+    void onboarding();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void layOut();
+    void connectStudio();
+    void connectRows();
+    void connectTabs();
+    void connectDevices();
+    void connectSources();
+    void connectShortcuts();
+
+    void showPictures(const Pictures &pictures);
+    void showOutputs();
+    void setEditSet(int index);
+    void showPreviewShape();
+    void setLanguage(int index);
+    void takeFromKeyboard();
+
+    SystemClock m_clock;
+    QSettings m_settings;
+    std::unique_ptr<SystemKeyStore> m_keychain;
+    SecretStore m_secrets;
+    Studio m_studio;
+    std::unique_ptr<Dialogs> m_dialogs;
+    ErrorGuard m_guard;
+    QTimer m_frameTimer;
+
+    HeaderRow *m_header;
+    ProjectRow *m_project;
+    Monitors *m_monitors;
+    ControlRow *m_controls;
+    QTabWidget *m_tabs;
+    SceneTab *m_sceneTab;
+    SourcesTab *m_sourcesTab;
+    AudioTab *m_audioTab;
+    OutputsTab *m_outputsTab;
+    TranslationTab *m_translationTab;
+    QLabel *m_status;
+    std::unique_ptr<HallControls> m_hall;
+    std::unique_ptr<ReturnKey> m_returnKey;
+    std::unique_ptr<SceneEditor> m_editor;
+    std::unique_ptr<DestinationControls> m_destinations;
+    std::unique_ptr<RecordingControls> m_recording;
+    std::unique_ptr<ProjectControls> m_projects;
+    std::unique_ptr<TranslationControls> m_translation;
+    std::unique_ptr<VerseControls> m_verses;
+};
+
+} // namespace nimbara

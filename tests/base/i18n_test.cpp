@@ -1,0 +1,69 @@
+#include "base/i18n.h"
+#include "base/text_table.h"
+#include "support/test_registry.h"
+
+#include <QRegularExpression>
+#include <QSet>
+#include <QTest>
+
+class I18nTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup() { nimbara_i18n::language() = QStringLiteral("es"); }
+
+    void startLanguage()
+    {
+        for (const auto &[setting, locale, expected] : { std::tuple { "en", "es_MX", "en" },
+                 { "es", "en_US", "es" },
+                 { "", "es_CO", "es" },
+                 { "", "ko_KR", "en" },
+                 { "fr", "en_US", "en" },
+                 { "fr", "es_ES", "es" },
+                 { "EN", "es_ES", "es" } }) {
+            QCOMPARE(
+                nimbara_i18n::startLanguage(QLatin1String(setting), QLocale(QLatin1String(locale))),
+                QLatin1String(expected));
+        }
+    }
+
+    void translates()
+    {
+        for (const auto &[language, text, shown] : { std::tuple { "en", "Cámara", "Camera" },
+                 { "en", "Cámara: ", "Camera: " },
+                 { "en", "Cámara 7", "Cámara 7" },
+                 { "en", "Fundido 0.4 s", "Fade 0.4 s" },
+                 { "en",
+                     "Fuente sin señal: no route [x.c:1]",
+                     "Source lost signal: no route [x.c:1]" },
+                 { "en", "X Fuente sin señal: y", "X Fuente sin señal: y" },
+                 { "es", "Cámara", "Cámara" },
+                 { "es", "Fuente sin señal: x", "Fuente sin señal: x" } }) {
+            nimbara_i18n::language() = QLatin1String(language);
+            QCOMPARE(nimbara_i18n::tr(text), QString::fromUtf8(shown));
+            QCOMPARE(nimbara_i18n::tr(QString::fromUtf8(text)), QString::fromUtf8(shown));
+        }
+    }
+
+    // What a caller appends after a text, a line break or a file pattern must survive translation.
+    void twinsKeepTheirShape()
+    {
+        QSet<QString> seen;
+        static const QRegularExpression filter(QStringLiteral("\\*\\.[a-z]+"));
+        for (const auto &pair : nimbara_i18n::textPairs()) {
+            const QString spanish = QString::fromUtf8(pair.spanish);
+            const QString english = QString::fromUtf8(pair.english);
+            QVERIFY2(!seen.contains(spanish), pair.spanish);
+            seen.insert(spanish);
+            QVERIFY2(!english.isEmpty(), pair.spanish);
+            QVERIFY2(spanish.endsWith(QLatin1Char(' ')) == english.endsWith(QLatin1Char(' ')),
+                pair.spanish);
+            QVERIFY2(spanish.count(QLatin1Char('\n')) == english.count(QLatin1Char('\n')),
+                pair.spanish);
+            QVERIFY2(spanish.count(filter) == english.count(filter), pair.spanish);
+        }
+        QVERIFY(!seen.isEmpty());
+    }
+};
+
+NIMBARA_TEST(I18nTest)
+#include "i18n_test.moc"

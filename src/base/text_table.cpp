@@ -7,6 +7,43 @@ namespace {
 // Every whole text of the interface: labels, questions, status messages, error texts. A text that
 // ends with a blank or a colon and a blank is a beginning that its caller continues.
 constexpr TextPair pairs[] = {
+    TextPair { "Cambiar nombre", "Rename the source" },
+    TextPair { "Mostrar u ocultar", "Show or hide" },
+    TextPair { "Mover o cambiar tamaño", "Move or resize" },
+    TextPair { "Escribir texto", "Type text" },
+    TextPair { "Sonido del video", "Video sound" },
+    TextPair { "Rellenar el recuadro", "Fill the box" },
+    TextPair { "Añadir fuente", "Add source" },
+    TextPair { "Eliminar fuente", "Delete source" },
+    TextPair { "Cambiar orden", "Change order" },
+    TextPair { "Cambiar imagen", "Change image" },
+    TextPair { "Deshacer", "Undo" },
+    TextPair { "Rehacer", "Redo" },
+    TextPair { "Guardar", "Save" },
+    TextPair { "No guardar", "Don't save" },
+    TextPair { "Cancelar apertura", "Cancel opening" },
+    TextPair { "Apertura cancelada.", "Opening cancelled." },
+    TextPair { "Abriendo proyecto…", "Opening project…" },
+    TextPair { "Proyecto sin guardar", "Unsaved project" },
+    TextPair { "Hay cambios sin guardar en el proyecto. ¿Guardarlos?",
+        "The project has unsaved changes. Save them?" },
+    TextPair { "Hay una escena en las pantallas de sala: seguirá a la vista hasta el próximo "
+               "envío. ¿Abrir otro proyecto?",
+        "A scene is on the hall screens: it stays there until the next one is sent. Open another "
+        "project?" },
+    TextPair { "El proyecto está listo, pero has hecho cambios mientras se abría. ¿Abrirlo y dejar "
+               "esos cambios?",
+        "The project is ready, but you made changes while it was opening. Open it and drop those "
+        "changes?" },
+    TextPair { "Ha llegado el texto pedido. Se conserva lo que escribiste.",
+        "The requested text has arrived. What you wrote is kept." },
+    TextPair { "Usar el texto recibido", "Use the received text" },
+    TextPair { "un proyecto sin nombre", "an unnamed project" },
+    TextPair { "Recuperar trabajo", "Recover work" },
+    TextPair { "El programa se cerró sin guardar: %1, %2. ¿Recuperar ese trabajo?",
+        "The program ended without saving: %1, %2. Recover that work?" },
+    TextPair { "Trabajo recuperado. Guárdalo cuando quieras.",
+        "Work recovered. Save it whenever you like." },
     TextPair { "Producir · compartir · traducir", "Produce · share · translate" },
     TextPair { "AL AIRE  →", "ON AIR  →" },
     TextPair { "API key de OpenAI · no se incluye en proyectos",

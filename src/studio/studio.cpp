@@ -6,11 +6,25 @@
 
 namespace nimbara {
 
+namespace {
+
+QString below(const QString &folder, const char *name)
+{
+    return folder.isEmpty() ? QString() : folder + QLatin1Char('/') + QLatin1String(name);
+}
+
+} // namespace
+
 Studio::Studio(const Clock &clock, StudioPeers peers)
     : m_clock(clock)
     , m_retirement(std::make_shared<Retirement>())
     , m_factory(clock, m_retirement)
-    , m_sources(clock, m_factory, [this](const QString &text) { status(text); })
+    , m_stage(clock)
+    , m_sources(
+          clock,
+          m_factory,
+          [this] { return m_stage.streamFrame(); },
+          [this](const QString &text) { status(text); })
     , m_audio(m_retirement, [this](const QString &text) { status(text); })
     , m_devices(clock,
           m_factory,
@@ -24,24 +38,28 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           m_factory,
           m_sources,
           m_stage,
+          m_onAir,
           m_pictures,
           [this](const QString &text) { status(text); })
-    , m_layers(m_factory, m_stage, [this](const QString &text) { status(text); })
-    , m_images(m_stage)
+    , m_layers(m_factory, m_stage, m_sources.pool(), [this](const QString &text) { status(text); })
+    , m_images(m_stage, m_sources.shelf())
     , m_outputs(m_retirement)
-    , m_projects(m_factory,
+    , m_projects(
+          m_factory,
           m_outputs,
           m_stage,
+          m_onAir,
           m_sources,
-          [this](const QString &text) { status(text); })
+          [this](const QString &text) { status(text); },
+          below(peers.dataFolder, "backups"))
+    , m_safety(clock, m_stage.document, m_projects, below(peers.dataFolder, "recovery"))
     , m_translation(clock, peers.openAi, m_stage, m_audio, m_programAudio)
     , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const QString &text) { status(text); })
     , m_schedule(clock.monotonicUs())
 {
-    for (const SceneSet set : { SceneSet::Hall, SceneSet::Streams }) {
-        m_stage.scenes.setEditing(set);
-        static_cast<void>(m_stage.scenes.currentScene()); // gives an empty set its default scene
-    }
+    QObject::connect(&m_stage.document, &Document::changed, &m_stage.document, [this] {
+        m_sources.follow(m_stage.document.scenes());
+    });
     m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
 }
 
@@ -64,10 +82,11 @@ void Studio::tick()
 
 void Studio::readInputs()
 {
-    m_sources.poll(m_stage);
+    m_sources.poll(m_stage.document.project(), m_onAir);
     m_sources.reopenCamera(m_stage.streamFrame());
     m_devices.poll();
     m_projects.poll();
+    m_safety.poll();
     m_images.poll();
     m_audio.pull();
     m_retirement->reap();
@@ -76,16 +95,17 @@ void Studio::readInputs()
 void Studio::changeProfile(StreamProfile profile)
 {
     if (!m_outputs.any()) {
-        nimbara::changeProfile(profile, m_factory, m_stage, m_sources, status);
+        nimbara::changeProfile(profile, m_factory, m_stage, m_onAir, m_sources, status);
     }
 }
 
 Pictures Studio::composePictures(std::int64_t now)
 {
     const FramePtr camera = m_sources.cameraFrame();
-    Pictures pictures { m_pictures.preview(m_stage, camera),
-        m_pictures.streams(m_stage, camera),
-        m_pictures.hall(m_stage, camera) };
+    const LiveScene prepared = m_sources.live(m_stage.document.currentScene());
+    Pictures pictures { m_pictures.preview(m_stage, prepared, camera),
+        m_pictures.streams(m_stage, m_onAir.streams, camera),
+        m_pictures.hall(m_stage, m_onAir.hall, camera) };
     m_diagnostics.observe(m_stage, m_sources, pictures.preview);
     pictures.streams = m_stage.program.fade(pictures.streams, now);
     return pictures;
@@ -93,7 +113,7 @@ Pictures Studio::composePictures(std::int64_t now)
 
 void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
 {
-    const ProgramBlock block = m_programAudio.next(m_stage, m_audio);
+    const ProgramBlock block = m_programAudio.next(m_onAir.streams, m_audio);
     if (!m_outputs.any()) {
         return;
     }

@@ -6,6 +6,7 @@
 #include "studio/edit/layer_maker.h"
 #include "studio/edit/project_desk.h"
 #include "studio/edit/stage.h"
+#include "studio/edit/work_safety.h"
 #include "studio/programs/diagnostics.h"
 #include "studio/programs/program_audio_desk.h"
 #include "studio/programs/program_control.h"
@@ -28,6 +29,7 @@ struct StudioPeers {
     std::unique_ptr<CapturePermission> permission; ///< cameras and microphones; none: the system's
     Endpoint openAi = openAiEndpoint();
     Endpoint apiBible = apiBibleEndpoint();
+    QString dataFolder; ///< of recovery copies and backups; empty: none are kept
 };
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick
@@ -47,6 +49,9 @@ public:
     void tick();
 
     [[nodiscard]] Stage &stage() { return m_stage; }
+    /// The one door to the project.
+    [[nodiscard]] Document &document() { return m_stage.document; }
+    [[nodiscard]] const OnAir &onAir() const { return m_onAir; }
     [[nodiscard]] Sources &sources() { return m_sources; }
     [[nodiscard]] AudioInput &audio() { return m_audio; }
     [[nodiscard]] DeviceConnection &devices() { return m_devices; }
@@ -57,8 +62,8 @@ public:
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
+    [[nodiscard]] WorkSafety &safety() { return m_safety; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
-    [[nodiscard]] const MediaFactory &mediaFactory() const { return m_factory; }
 
     /// Changes the shape of the streams (`nimbara::changeProfile`). Does nothing while an output
     /// runs.
@@ -83,6 +88,7 @@ private:
     std::shared_ptr<Retirement> m_retirement;
     MediaFactory m_factory;
     Stage m_stage;
+    OnAir m_onAir;
     ProgramPictures m_pictures;
     Sources m_sources;
     AudioInput m_audio;
@@ -93,6 +99,7 @@ private:
     ImageIntake m_images;
     Outputs m_outputs;
     ProjectDesk m_projects;
+    WorkSafety m_safety;
     TranslationDesk m_translation;
     VerseDesk m_verses;
     Diagnostics m_diagnostics;

@@ -42,7 +42,7 @@ struct HallDesk : Desk {
         Layer layer = newLayer(LayerKind::Color);
         layer.fill = color;
         window.studio().program().setEditSet(1);
-        window.studio().stage().scenes.currentScene().layers = { layer };
+        setLayers({ layer });
         window.studio().program().take();
     }
 };
@@ -155,7 +155,7 @@ private Q_SLOTS:
         desk.air(QColor(200, 30, 40));
         Layer text = newLayer(LayerKind::Text);
         text.text = QStringLiteral("Canten al Señor un cántico nuevo");
-        desk.window.studio().stage().scenes.currentScene().layers.push_back(text);
+        addLayer(desk.document(), text);
         desk.window.studio().program().take();
         QImage composed;
         const auto forward = desk.window.studio().onPictures;

@@ -119,9 +119,8 @@ private Q_SLOTS:
         Desk desk;
         QVERIFY(QTest::qWaitForWindowActive(&desk.window));
         desk.find<QTabWidget>("tabs")->setCurrentIndex(tab);
-        desk.layers() = { newLayer(static_cast<LayerKind>(qMax(kind, 0))) };
-        desk.find<Canvas>("canvas")->setSelected(-1);
-        desk.find<Canvas>("canvas")->setSelected(kind < 0 ? -1 : 0);
+        desk.setLayers({ newLayer(static_cast<LayerKind>(qMax(kind, 0))) });
+        desk.find<Canvas>("canvas")->setSelected(kind < 0 ? LayerId() : desk.layers()[0].id);
         desk.find<QWidget>("language")->setFocus();
         const QStringList faults = faultsOf(desk.window);
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));

@@ -93,7 +93,7 @@ QString spanishShown()
 void addEveryKind(Desk &desk)
 {
     for (const LayerKind kind : kinds) {
-        desk.window.studio().stage().scenes.addLayer(newLayer(kind));
+        addLayer(desk.document(), newLayer(kind));
     }
     desk.press("editHall"); // and back, which lists them
     desk.press("editStreams");

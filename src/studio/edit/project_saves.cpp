@@ -36,8 +36,9 @@ ProjectSaves::~ProjectSaves()
 
 void ProjectSaves::begin(File &file, Project project)
 {
+    file.project = std::move(project);
     file.writing.start(
-        [path = file.path, held = std::move(project)] { writeProjectFile(path, toJson(held)); });
+        [path = file.path, held = file.project] { writeProjectFile(path, toJson(held)); });
 }
 
 void ProjectSaves::save(const QString &path, Project project)
@@ -48,7 +49,7 @@ void ProjectSaves::save(const QString &path, Project project)
             return;
         }
     }
-    File file { path, {}, {} };
+    File file { path, {}, {}, {} };
     begin(file, std::move(project));
     m_files.push_back(std::move(file));
 }
@@ -66,7 +67,7 @@ std::optional<ProjectSaves::Done> ProjectSaves::advance(File &file)
     if (!file.writing.isReady()) {
         return std::nullopt;
     }
-    Done done { file.path, {} };
+    Done done { file.path, {}, file.project };
     try {
         if (file.next) {
             file.writing.abandon(); // what is written next is newer

@@ -19,6 +19,7 @@ public:
     struct Done {
         QString path;
         QString failure; ///< the operator's text, untranslated; empty when the file is saved
+        Project project; ///< what was written
     };
 
     ProjectSaves() = default;
@@ -38,6 +39,7 @@ public:
 private:
     struct File {
         QString path;
+        Project project; ///< being written
         BackgroundTask<void> writing;
         std::optional<Project> next;
     };

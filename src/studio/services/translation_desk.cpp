@@ -72,10 +72,9 @@ void TranslationDesk::clearOldCaptions()
 
 void TranslationDesk::addCaption(const QString &text)
 {
-    SceneSets &scenes = m_stage.scenes;
-    const Scene &current = scenes.currentScene();
+    const Document &document = m_stage.document;
     m_captions.addCaption(text,
-        captionBox(current, scenes.editedScenes(), m_stage.streamFrame()),
+        captionBox(*document.currentScene(), document.editedScenes(), m_stage.streamFrame()),
         m_clock.wallMs());
     showCaptions();
 }

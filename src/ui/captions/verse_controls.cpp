@@ -44,8 +44,7 @@ VerseControls::VerseControls(Studio &studio,
     VerseDesk &desk = m_studio.verses();
     desk.setKeys([this](const auto &receiver) { withKey(receiver); },
         [this](const auto &receiver) { m_views.openAi.withKey(receiver); });
-    desk.onLayerWritten = [this](std::int32_t layer) { m_views.editor.showWritten(layer); };
-    desk.onFailed = [this](const QString &text) { m_guard.run([&text] { throw Error(text); }); };
+    connect(&desk, &VerseDesk::failed, this, [this](const QString &text) { m_guard.tell(text); });
 }
 
 void VerseControls::showStored()
@@ -66,7 +65,7 @@ void VerseControls::connectViews()
     connect(m_views.tab.properties(),
         &PropertiesPanel::verseRequested,
         this,
-        [this](const QString &typed) { showVerse(m_views.editor.selected(), typed); });
+        &VerseControls::showVerse);
     connect(bible, &BibleGroup::choiceMade, this, [this](int entry) {
         m_settings.setValue(choiceSetting,
             QLatin1String(choices.at(static_cast<std::size_t>(entry))));
@@ -87,15 +86,15 @@ bible::VerseLookup::Source VerseControls::source() const
         m_views.bible.bibleName() };
 }
 
-void VerseControls::showVerse(std::int32_t layer, const QString &typed)
+void VerseControls::showVerse(LayerId layer, const QString &typed)
 {
     m_guard.run([&] { m_studio.verses().lookupVerse(layer, typed, source()); });
 }
 
 void VerseControls::showQuickVerse(const QString &typed)
 {
-    const std::int32_t layer = m_studio.verses().quickVerseLayer();
-    m_views.editor.showLayer(layer);
+    const LayerId layer = m_studio.verses().quickVerseLayer();
+    m_views.editor.select(layer);
     showVerse(layer, typed);
 }
 

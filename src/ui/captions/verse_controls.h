@@ -38,7 +38,7 @@ public:
 private:
     void showStored();
     void connectViews();
-    void showVerse(std::int32_t layer, const QString &typed);
+    void showVerse(LayerId layer, const QString &typed);
     void showQuickVerse(const QString &typed);
     void findBibles();
     void listBibles(const QString &key);

@@ -92,7 +92,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_keychain(
           services.keychain ? std::move(services.keychain) : std::make_unique<KeychainStore>())
     , m_secrets(*m_keychain)
-    , m_studio(m_clock, { nullptr, services.openAi, services.apiBible })
+    , m_studio(m_clock, { nullptr, services.openAi, services.apiBible, services.dataFolder })
     , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
     , m_guard(*m_dialogs, [this](const QString &text) { showStatus(text); })
     , m_header(new HeaderRow)
@@ -141,10 +141,11 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     connectTabs();
     connectDevices();
     connectShortcuts();
-    m_editor->showScenes(0);
+    m_editor->showAll();
     // Space and the arrow keys work from the first moment.
     m_monitors->canvas()->setFocus();
 
+    m_studio.safety().lookForWork();
     m_frameTimer.setTimerType(Qt::PreciseTimer);
     m_frameTimer.setInterval(frameTimerInterval);
     connect(&m_frameTimer, &QTimer::timeout, this, [this] { m_studio.tick(); });
@@ -166,7 +167,7 @@ StudioWindow::~StudioWindow()
 
 void StudioWindow::layOut()
 {
-    setWindowTitle(nimbara_i18n::tr("Vesperline · Ardenvale"));
+    setWindowTitle(nimbara_i18n::tr("Vesperline · Ardenvale") + QStringLiteral("[*]"));
     setWindowIcon(QIcon(QStringLiteral(":/logo.png")));
     resize(QSize(1320, 920).boundedTo(screen()->availableSize()));
 
@@ -210,19 +211,26 @@ void StudioWindow::connectRows()
 {
     connect(m_header, &HeaderRow::languageChosen, this, &StudioWindow::setLanguage);
     connect(m_project->creditsButton(), &QPushButton::clicked, this, [this] { showCredits(this); });
-    connect(m_monitors, &Monitors::editSetChosen, this, &StudioWindow::setEditSet);
+    connect(m_monitors, &Monitors::editSetChosen, this, [this](int index) {
+        m_studio.program().setEditSet(index);
+    });
     connect(m_controls, &ControlRow::takePressed, this, [this] { m_studio.program().take(); });
     connect(m_controls, &ControlRow::offAirPressed, this, [this] { m_studio.program().offAir(); });
     connect(m_controls, &ControlRow::titleChanged, this, [this](const QString &title) {
-        m_studio.stage().title = title;
+        m_studio.document().setTitle(title);
     });
     connect(m_controls, &ControlRow::bandChanged, this, [this](bool on) {
-        m_studio.stage().band = on;
+        m_studio.document().setBand(on);
     });
     connect(m_controls, &ControlRow::fadeChanged, this, [this](bool on) {
         m_studio.stage().program.setFadeEnabled(on);
     });
-    m_monitors->canvas()->onActivated = [this] { m_tabs->setCurrentWidget(m_sceneTab); };
+    connect(m_monitors->canvas(), &Canvas::activated, this, [this] {
+        m_tabs->setCurrentWidget(m_sceneTab);
+    });
+    Document *document = &m_studio.document();
+    connect(document, &Document::changed, this, &StudioWindow::followDocument);
+    connect(document, &Document::unsavedChanged, this, &QWidget::setWindowModified);
 }
 
 void StudioWindow::connectTabs()
@@ -240,13 +248,12 @@ void StudioWindow::connectTabs()
     }));
     connect(m_recording.get(), &RecordingControls::changed, this, &StudioWindow::showOutputs);
     connect(m_destinations.get(), &DestinationControls::changed, this, &StudioWindow::showOutputs);
-    connect(m_projects.get(), &ProjectControls::opened, this, [this] {
-        showPreviewShape();
-        m_editor->showScenes(0);
-    });
 
     connect(m_audioTab, &AudioTab::gainChanged, this, [this](int percent) {
-        m_guard.run([this, percent] { m_studio.audio().setGainPercent(percent); });
+        m_guard.run([this, percent] {
+            m_studio.audio().setGainPercent(percent);
+            m_studio.document().setGain(percent);
+        });
     });
     connect(m_audioTab, &AudioTab::mutePressed, this, [this] {
         AudioInput &audio = m_studio.audio();
@@ -304,6 +311,15 @@ void StudioWindow::connectShortcuts()
     auto *space = new QShortcut(Qt::Key_Space, this);
     space->setAutoRepeat(false); // a key that is held down is one TAKE
     connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
+    Document *document = &m_studio.document();
+    connect(new QShortcut(QKeySequence::Undo, this),
+        &QShortcut::activated,
+        document,
+        &Document::undo);
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), this),
+        &QShortcut::activated,
+        document,
+        &Document::redo);
     auto *toSpanish = new QShortcut(Qt::Key_F1, this);
     connect(toSpanish, &QShortcut::activated, this, [this] {
         m_translation->setTarget(QStringLiteral("Spanish"));
@@ -335,12 +351,14 @@ void StudioWindow::showOutputs()
     m_project->setFormatEnabled(!m_studio.outputs().any());
 }
 
-void StudioWindow::setEditSet(int index)
+void StudioWindow::followDocument(const Change &change)
 {
-    m_studio.program().setEditSet(index);
-    m_controls->showEditSet(m_studio.stage().scenes.editingHall());
-    showPreviewShape();
-    m_editor->showScenes(-1);
+    if (change.current || change.settings || change.everything) {
+        const bool hall = m_studio.document().editingHall();
+        m_controls->showEditSet(hall);
+        m_monitors->showEditSet(hall);
+        showPreviewShape();
+    }
 }
 
 void StudioWindow::showPreviewShape()
@@ -365,9 +383,15 @@ void StudioWindow::setLanguage(int index)
     const bool restart = m_dialogs->question(nimbara_i18n::tr("Idioma"),
         nimbara_i18n::tr("El idioma cambiará al volver a abrir la app. ¿Reiniciar ahora?"));
     if (restart) {
-        QProcess::startDetached(QCoreApplication::applicationFilePath(), {});
-        close();
+        m_projects->settleUnsaved([this] { restartInOtherLanguage(); });
     }
+}
+
+void StudioWindow::restartInOtherLanguage()
+{
+    QProcess::startDetached(QCoreApplication::applicationFilePath(), {});
+    m_mayClose = true;
+    close();
 }
 
 void StudioWindow::takeFromKeyboard()
@@ -389,6 +413,17 @@ void StudioWindow::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
+    if (!m_mayClose && m_studio.document().hasUnsavedWork()) {
+        event->ignore();
+        if (!m_projects->isSettling()) {
+            m_projects->settleUnsaved([this] {
+                m_mayClose = true;
+                close();
+            });
+        }
+        return;
+    }
+    m_studio.safety().giveUp(); // saved, or given up by the operator
     m_frameTimer.stop();
     m_destinations->callOffStarts();
     m_translation->shutDown();

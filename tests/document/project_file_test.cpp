@@ -98,13 +98,16 @@ void ProjectFileTest::failedSaveLeavesTheOldFile()
 {
     const auto message = QStringLiteral("No se pudo guardar proyecto");
     writeProjectFile(path("lleno.nimbara"), "el de antes");
-    QString full;
-    {
-        const nimbara::testing::FullDisk disk(1000);
-        full = refusal([&] { writeProjectFile(path("lleno.nimbara"), QByteArray(50'000, 'x')); });
+    for (const int bytes : { 2'000, 50'000 }) { // at its end, and at once
+        QString full;
+        {
+            const nimbara::testing::FullDisk disk(1000);
+            full
+                = refusal([&] { writeProjectFile(path("lleno.nimbara"), QByteArray(bytes, 'x')); });
+        }
+        QCOMPARE(full, message);
+        QCOMPARE(contents("lleno.nimbara"), QByteArrayLiteral("el de antes"));
     }
-    QCOMPARE(full, message);
-    QCOMPARE(contents("lleno.nimbara"), QByteArrayLiteral("el de antes"));
     QCOMPARE(refusal([&] { writeProjectFile(path("no/hay.nimbara"), "x"); }), message);
     QCOMPARE(refusal([&] { writeProjectFile(m_folder.path(), "x"); }), message);
 }

@@ -51,7 +51,10 @@ public:
         m_peer.serve(script(), answerMs);
         TranslationDesk &desk = m_studio.translation();
         desk.onStatus = [this](const QString &text) { m_status = text; };
-        m_studio.onPictures = [this](const Pictures &pictures) { look(pictures.hall); };
+        QObject::connect(&m_studio,
+            &Studio::picturesMade,
+            &m_studio,
+            [this](const Pictures &pictures) { look(pictures.hall); });
         m_studio.stage().scenes.setEditing(SceneSet::Hall);
         m_studio.program().take();
         m_studio.outputs().recording().start(m_folder.filePath(QStringLiteral("latency.webm")),

@@ -58,7 +58,7 @@ void Studio::tick()
     m_sources.logFirstFrame();
     m_translation.clearOldCaptions();
     const Pictures pictures = composePictures(now);
-    onPictures(pictures);
+    Q_EMIT picturesMade(pictures);
     feedOutputs(pictures.streams, *frameTime);
 }
 
@@ -76,7 +76,9 @@ void Studio::readInputs()
 void Studio::changeProfile(StreamProfile profile)
 {
     if (!m_outputs.any()) {
-        nimbara::changeProfile(profile, m_factory, m_stage, m_sources, status);
+        nimbara::changeProfile(profile, m_factory, m_stage, m_sources, [this](const QString &text) {
+            status(text);
+        });
     }
 }
 
@@ -100,9 +102,9 @@ void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
     const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
     const Outputs::Stopped stopped = m_outputs.push(toFrame(streams), block, timeNs);
     if (stopped.recording) {
-        status(nimbara_i18n::tr(*stopped.recording));
+        Q_EMIT status(nimbara_i18n::tr(*stopped.recording));
     }
-    onOutputsStepped();
+    Q_EMIT outputsStepped();
 }
 
 } // namespace nimbara

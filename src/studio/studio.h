@@ -18,7 +18,8 @@
 #include "studio/sources/image_intake.h"
 #include "studio/sources/sources.h"
 
-#include <functional>
+#include <QObject>
+
 #include <memory>
 
 namespace nimbara {
@@ -32,7 +33,8 @@ struct StudioPeers {
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick
 /// that drives them. Interface thread only; nothing in it waits.
-class Studio {
+class Studio : public QObject {
+    Q_OBJECT
 public:
     /// Starts on test bars, with the default scenes and both programs black. `clock` must outlive
     /// the studio.
@@ -41,7 +43,7 @@ public:
     Studio &operator=(const Studio &) = delete;
     Studio(Studio &&) = delete;
     Studio &operator=(Studio &&) = delete;
-    ~Studio();
+    ~Studio() override;
 
     /// One run of the frame clock; call about every 5 ms. Makes a frame when one is due.
     void tick();
@@ -66,13 +68,13 @@ public:
     /// Frame slots that a stall skipped since the start.
     [[nodiscard]] std::uint64_t missedSlots() const { return m_schedule.skipped(); }
 
-    /// One line for the operator, already translated. Never empty.
-    Report status = [](const QString &) {};
-    /// The pictures of each frame, after the fade. Never empty.
-    std::function<void(const Pictures &)> onPictures = [](const Pictures &) {};
-    /// After each frame that an output took: buttons, labels and guards may have changed. Never
-    /// empty.
-    std::function<void()> onOutputsStepped = [] {};
+Q_SIGNALS:
+    /// One line for the operator, already translated.
+    void status(const QString &text);
+    /// The pictures of each frame, after the fade.
+    void picturesMade(const Pictures &pictures);
+    /// After each frame that an output took: buttons, labels and guards may have changed.
+    void outputsStepped();
 
 private:
     void readInputs();

@@ -322,10 +322,7 @@ void DestinationControlsTest::aKeyThatComesLate()
     desk.fill(1, m_muteUrl, QString());
     int frames = 0;
     Studio &studio = desk.window.studio();
-    studio.onPictures = [&, show = studio.onPictures](const Pictures &pictures) {
-        ++frames;
-        show(pictures);
-    };
+    connect(&studio, &Studio::picturesMade, &studio, [&frames] { ++frames; });
     desk.toggle(1);
     QTRY_VERIFY(desk.keychain->isAsked());
     frames = 0;

@@ -18,7 +18,9 @@ TranslationDesk::TranslationDesk(const Clock &clock,
     , m_keyTest(clock, openAi)
     , m_engine(clock, openAi)
 {
-    input.onBlock = [this](const AudioBlock &block) { m_engine.processAudio(block); };
+    QObject::connect(&input, &AudioInput::blockArrived, &input, [this](const AudioBlock &block) {
+        m_engine.processAudio(block);
+    });
     m_engine.caption = [this](const QString &text) { addCaption(text); };
     m_engine.heard = [this](const QString &text) { onHeard(text); };
     m_engine.voiceAudio = [this](const QByteArray &pcm) { queueVoice(m_sound.voice(), pcm); };

@@ -18,7 +18,7 @@ namespace nimbara {
 /// synthetic voice into the program's sound. Interface thread only.
 class TranslationDesk {
 public:
-    /// Everything referred to must outlive the desk. Takes over the input's `onBlock`.
+    /// Everything referred to must outlive the desk.
     TranslationDesk(const Clock &clock,
         const Endpoint &openAi,
         Stage &stage,

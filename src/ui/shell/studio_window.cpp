@@ -159,9 +159,7 @@ StudioWindow::~StudioWindow()
     m_frameTimer.stop();
     m_studio.translation().pause();
     // The studio goes before the widgets that its reports touch.
-    m_studio.status = [](const QString &) {};
-    m_studio.onPictures = [](const Pictures &) {};
-    m_studio.onOutputsStepped = [] {};
+    m_studio.disconnect(this);
 }
 
 void StudioWindow::layOut()
@@ -199,11 +197,13 @@ void StudioWindow::layOut()
 
 void StudioWindow::connectStudio()
 {
-    m_studio.status = [this](const QString &text) { showStatus(text); };
-    m_studio.onPictures = [this](const Pictures &pictures) { showPictures(pictures); };
-    m_studio.onOutputsStepped = [this] { showOutputs(); };
-    m_studio.audio().onLevels
-        = [this](int before, int after) { m_audioTab->showLevels(before, after); };
+    connect(&m_studio, &Studio::status, this, &StudioWindow::showStatus);
+    connect(&m_studio, &Studio::picturesMade, this, &StudioWindow::showPictures);
+    connect(&m_studio, &Studio::outputsStepped, this, &StudioWindow::showOutputs);
+    const AudioInput *audio = &m_studio.audio();
+    connect(audio, &AudioInput::levelsMeasured, m_audioTab, &AudioTab::showLevels);
+    connect(audio, &AudioInput::gainChanged, m_audioTab, &AudioTab::setGain);
+    connect(audio, &AudioInput::mutedChanged, m_audioTab, &AudioTab::showMuted);
 }
 
 void StudioWindow::connectRows()
@@ -251,7 +251,6 @@ void StudioWindow::connectTabs()
     connect(m_audioTab, &AudioTab::mutePressed, this, [this] {
         AudioInput &audio = m_studio.audio();
         audio.setMuted(!audio.gainState().muted);
-        m_audioTab->showMuted(audio.gainState().muted);
     });
     connect(m_audioTab, &AudioTab::sourceLevelChanged, this, [this](int percent) {
         m_studio.programAudio().levels().source = percent;
@@ -263,9 +262,9 @@ void StudioWindow::connectTabs()
 
 void StudioWindow::connectDevices()
 {
-    m_studio.devices().onDevices
-        = [this](const DeviceLists &devices) { m_sourcesTab->showDevices(devices); };
-    m_studio.devices().onAnswered = [this] { connectSources(); };
+    const DeviceConnection *devices = &m_studio.devices();
+    connect(devices, &DeviceConnection::devicesFound, m_sourcesTab, &SourcesTab::showDevices);
+    connect(devices, &DeviceConnection::permissionAnswered, this, &StudioWindow::connectSources);
     connect(m_sourcesTab, &SourcesTab::refreshPressed, this, [this] {
         m_studio.devices().refreshDevices();
     });

@@ -2,12 +2,15 @@
 
 #include "base/i18n.h"
 #include "compositor/scene/load_image.h"
+#include "secrets/keychain_store.h"
 #include "studio/edit/profile_change.h"
 
 namespace nimbara {
 
 Studio::Studio(const Clock &clock, StudioPeers peers)
     : m_clock(clock)
+    , m_keychain(peers.keychain ? std::move(peers.keychain) : std::make_unique<KeychainStore>())
+    , m_secrets(*m_keychain)
     , m_retirement(std::make_shared<Retirement>())
     , m_factory(clock, m_retirement)
     , m_sources(clock, m_factory, [this](const QString &text) { status(text); })
@@ -29,6 +32,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_layers(m_factory, m_stage, [this](const QString &text) { status(text); })
     , m_images(m_stage)
     , m_outputs(m_retirement)
+    , m_streams(m_outputs, m_stage, m_secrets)
     , m_projects(m_factory,
           m_outputs,
           m_stage,
@@ -43,6 +47,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
         static_cast<void>(m_stage.scenes.currentScene()); // gives an empty set its default scene
     }
     m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
+    connect(&m_streams, &StreamDesk::said, this, &Studio::status);
 }
 
 Studio::~Studio() = default;

@@ -3,9 +3,11 @@
 #include "compositor/scene/frame_schedule.h"
 #include "media/sources/media_factory.h"
 #include "output/sink/outputs.h"
+#include "secrets/secret_store.h"
 #include "studio/edit/layer_maker.h"
 #include "studio/edit/project_desk.h"
 #include "studio/edit/stage.h"
+#include "studio/outputs/stream_desk.h"
 #include "studio/programs/diagnostics.h"
 #include "studio/programs/program_audio_desk.h"
 #include "studio/programs/program_control.h"
@@ -29,6 +31,7 @@ struct StudioPeers {
     std::unique_ptr<CapturePermission> permission; ///< cameras and microphones; none: the system's
     Endpoint openAi = openAiEndpoint();
     Endpoint apiBible = apiBibleEndpoint();
+    std::unique_ptr<SystemKeyStore> keychain = nullptr; ///< none: the platform's store
 };
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick
@@ -57,9 +60,11 @@ public:
     [[nodiscard]] LayerMaker &layers() { return m_layers; }
     [[nodiscard]] ImageIntake &images() { return m_images; }
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
+    [[nodiscard]] StreamDesk &streams() { return m_streams; }
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
+    [[nodiscard]] SecretStore &secrets() { return m_secrets; }
     [[nodiscard]] const MediaFactory &mediaFactory() const { return m_factory; }
 
     /// Changes the shape of the streams (`nimbara::changeProfile`). Does nothing while an output
@@ -82,6 +87,8 @@ private:
     void feedOutputs(const QImage &streams, std::int64_t frameTime);
 
     const Clock &m_clock;
+    std::unique_ptr<SystemKeyStore> m_keychain;
+    SecretStore m_secrets;
     std::shared_ptr<Retirement> m_retirement;
     MediaFactory m_factory;
     Stage m_stage;
@@ -94,6 +101,7 @@ private:
     LayerMaker m_layers;
     ImageIntake m_images;
     Outputs m_outputs;
+    StreamDesk m_streams;
     ProjectDesk m_projects;
     TranslationDesk m_translation;
     VerseDesk m_verses;

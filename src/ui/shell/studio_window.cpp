@@ -3,7 +3,6 @@
 #include "base/i18n.h"
 #include "base/log.h"
 #include "output/sink/destination.h"
-#include "secrets/keychain_store.h"
 #include "ui/captions/translation_controls.h"
 #include "ui/captions/translation_tab.h"
 #include "ui/captions/verse_controls.h"
@@ -53,14 +52,13 @@ constexpr const char *onboardingSetting = "onboarding_complete";
 constexpr int smallestRowsHeight = 400; ///< pixels; the monitors and a row below them
 constexpr auto frameTimerInterval = 5ms;
 
-std::array<OutputsTab::Preset, OutputsTab::slots> destinationRows()
+std::array<QString, OutputsTab::slots> destinationNames()
 {
-    std::array<OutputsTab::Preset, OutputsTab::slots> rows;
-    for (std::size_t slot = 0; slot < rows.size(); ++slot) {
-        const DestinationPreset &preset = destinationPresets().at(slot);
-        rows.at(slot) = { QString::fromUtf8(preset.name), QString::fromUtf8(preset.server) };
+    std::array<QString, OutputsTab::slots> names;
+    for (std::size_t slot = 0; slot < names.size(); ++slot) {
+        names.at(slot) = QString::fromUtf8(destinationPresets().at(slot).name);
     }
-    return rows;
+    return names;
 }
 
 /// Rows with their stretch factors. A screen too small for them, such as that of an old laptop,
@@ -89,10 +87,8 @@ QScrollArea *scrollable(std::initializer_list<std::pair<QWidget *, int>> widgets
 
 StudioWindow::StudioWindow(bool quiet, StudioServices services)
     : m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
-    , m_keychain(
-          services.keychain ? std::move(services.keychain) : std::make_unique<KeychainStore>())
-    , m_secrets(*m_keychain)
-    , m_studio(m_clock, { nullptr, services.openAi, services.apiBible })
+    , m_studio(m_clock,
+          { nullptr, services.openAi, services.apiBible, std::move(services.keychain) })
     , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
     , m_guard(*m_dialogs, [this](const QString &text) { showStatus(text); })
     , m_header(new HeaderRow)
@@ -103,7 +99,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_sceneTab(new SceneTab)
     , m_sourcesTab(new SourcesTab)
     , m_audioTab(new AudioTab)
-    , m_outputsTab(new OutputsTab(destinationRows()))
+    , m_outputsTab(new OutputsTab(destinationNames()))
     , m_translationTab(new TranslationTab)
     , m_status(new QLabel)
     , m_hall(std::make_unique<HallControls>(*m_sourcesTab,
@@ -116,7 +112,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         m_guard,
         SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
     m_destinations
-        = std::make_unique<DestinationControls>(m_studio, m_secrets, m_guard, *m_outputsTab);
+        = std::make_unique<DestinationControls>(m_studio.streams(), m_guard, *m_outputsTab);
     m_recording = std::make_unique<RecordingControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
     m_projects = std::make_unique<ProjectControls>(m_studio,
         *m_dialogs,
@@ -124,12 +120,12 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         ProjectControls::Views { *m_project, *m_controls, *m_audioTab });
     connectStudio();
     m_translation = std::make_unique<TranslationControls>(m_studio,
-        m_secrets,
+        m_studio.secrets(),
         m_settings,
         m_guard,
         *m_translationTab);
     m_verses = std::make_unique<VerseControls>(m_studio,
-        m_secrets,
+        m_studio.secrets(),
         m_settings,
         m_guard,
         VerseControls::Views { *m_sceneTab,
@@ -239,7 +235,7 @@ void StudioWindow::connectTabs()
         m_editor->addNetworkSource();
     }));
     connect(m_recording.get(), &RecordingControls::changed, this, &StudioWindow::showOutputs);
-    connect(m_destinations.get(), &DestinationControls::changed, this, &StudioWindow::showOutputs);
+    connect(&m_studio.streams(), &StreamDesk::changed, this, &StudioWindow::showOutputs);
     connect(m_projects.get(), &ProjectControls::opened, this, [this] {
         showPreviewShape();
         m_editor->showScenes(0);
@@ -288,7 +284,7 @@ void StudioWindow::connectSources()
 
 void StudioWindow::onboarding()
 {
-    auto *assistant = new Onboarding(m_secrets, *m_dialogs, this);
+    auto *assistant = new Onboarding(m_studio.secrets(), *m_dialogs, this);
     assistant->setAttribute(Qt::WA_DeleteOnClose);
     assistant->onKey = [this](const QString &key) { m_translationTab->apiKey()->setText(key); };
     connect(assistant, &QDialog::accepted, this, [this] {
@@ -389,10 +385,10 @@ void StudioWindow::closeEvent(QCloseEvent *event)
         return;
     }
     m_frameTimer.stop();
-    m_destinations->callOffStarts();
+    m_studio.streams().callOffStarts();
     m_translation->shutDown();
     m_guard.withoutBoxes();
-    m_recording->finish([this] { return m_destinations->isSaving(); });
+    m_recording->finish([this] { return m_studio.streams().isSaving(); });
     m_hall->hide();
     event->accept();
 }

@@ -9,6 +9,7 @@ namespace nimbara {
 
 Studio::Studio(const Clock &clock, StudioPeers peers)
     : m_clock(clock)
+    , m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
     , m_keychain(peers.keychain ? std::move(peers.keychain) : std::make_unique<KeychainStore>())
     , m_secrets(*m_keychain)
     , m_retirement(std::make_shared<Retirement>())
@@ -38,7 +39,10 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           m_stage,
           m_sources,
           [this](const QString &text) { status(text); })
-    , m_translation(clock, peers.openAi, m_stage, m_audio, m_programAudio)
+    , m_translation(clock,
+          peers.openAi,
+          { m_stage, m_audio, m_programAudio, m_secrets, m_settings })
+    , m_bibleKey(m_secrets, secret_account::apiBible())
     , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const QString &text) { status(text); })
     , m_schedule(clock.monotonicUs())
 {
@@ -47,6 +51,9 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
         static_cast<void>(m_stage.scenes.currentScene()); // gives an empty set its default scene
     }
     m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
+    m_verses.setKeys([this](const auto &receiver) { m_bibleKey.withKey(receiver); },
+        [this](const auto &receiver) { m_translation.key().withKey(receiver); });
+    connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
     connect(&m_streams, &StreamDesk::said, this, &Studio::status);
 }
 

@@ -13,6 +13,7 @@
 #include "studio/programs/program_control.h"
 #include "studio/programs/program_pictures.h"
 #include "studio/report.h"
+#include "studio/services/service_key.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
 #include "studio/sources/audio_input.h"
@@ -21,6 +22,7 @@
 #include "studio/sources/sources.h"
 
 #include <QObject>
+#include <QSettings>
 
 #include <memory>
 
@@ -62,8 +64,12 @@ public:
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
     [[nodiscard]] StreamDesk &streams() { return m_streams; }
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
+    /// Of the service that online Bibles come from.
+    [[nodiscard]] ServiceKey &bibleKey() { return m_bibleKey; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
+    /// What is remembered from one run to the next.
+    [[nodiscard]] QSettings &settings() { return m_settings; }
     [[nodiscard]] SecretStore &secrets() { return m_secrets; }
     [[nodiscard]] const MediaFactory &mediaFactory() const { return m_factory; }
 
@@ -87,6 +93,7 @@ private:
     void feedOutputs(const QImage &streams, std::int64_t frameTime);
 
     const Clock &m_clock;
+    QSettings m_settings;
     std::unique_ptr<SystemKeyStore> m_keychain;
     SecretStore m_secrets;
     std::shared_ptr<Retirement> m_retirement;
@@ -104,6 +111,7 @@ private:
     StreamDesk m_streams;
     ProjectDesk m_projects;
     TranslationDesk m_translation;
+    ServiceKey m_bibleKey;
     VerseDesk m_verses;
     Diagnostics m_diagnostics;
     FrameSchedule m_schedule;

@@ -86,9 +86,9 @@ QScrollArea *scrollable(std::initializer_list<std::pair<QWidget *, int>> widgets
 } // namespace
 
 StudioWindow::StudioWindow(bool quiet, StudioServices services)
-    : m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
-    , m_studio(m_clock,
-          { nullptr, services.openAi, services.apiBible, std::move(services.keychain) })
+    : m_studio(m_clock,
+        { nullptr, services.openAi, services.apiBible, std::move(services.keychain) })
+    , m_settings(m_studio.settings())
     , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
     , m_guard(*m_dialogs, [this](const QString &text) { showStatus(text); })
     , m_header(new HeaderRow)
@@ -119,20 +119,12 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         m_guard,
         ProjectControls::Views { *m_project, *m_controls, *m_audioTab });
     connectStudio();
-    m_translation = std::make_unique<TranslationControls>(m_studio,
-        m_studio.secrets(),
-        m_settings,
-        m_guard,
-        *m_translationTab);
+    m_translation
+        = std::make_unique<TranslationControls>(m_studio.translation(), m_guard, *m_translationTab);
     m_verses = std::make_unique<VerseControls>(m_studio,
-        m_studio.secrets(),
         m_settings,
         m_guard,
-        VerseControls::Views { *m_sceneTab,
-            *m_editor,
-            *m_translationTab->bible(),
-            *m_translationTab,
-            *m_translation });
+        VerseControls::Views { *m_sceneTab, *m_editor, *m_translationTab->bible() });
     connectRows();
     connectTabs();
     connectDevices();
@@ -286,7 +278,7 @@ void StudioWindow::onboarding()
 {
     auto *assistant = new Onboarding(m_studio.secrets(), *m_dialogs, this);
     assistant->setAttribute(Qt::WA_DeleteOnClose);
-    assistant->onKey = [this](const QString &key) { m_translationTab->apiKey()->setText(key); };
+    assistant->onKey = [this](const QString &key) { m_studio.translation().key().setText(key); };
     connect(assistant, &QDialog::accepted, this, [this] {
         m_settings.setValue(QLatin1String(onboardingSetting), true);
         m_settings.sync();
@@ -301,11 +293,11 @@ void StudioWindow::connectShortcuts()
     connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
     auto *toSpanish = new QShortcut(Qt::Key_F1, this);
     connect(toSpanish, &QShortcut::activated, this, [this] {
-        m_translation->setTarget(QStringLiteral("Spanish"));
+        m_studio.translation().switchTarget(QStringLiteral("Spanish"));
     });
     auto *toEnglish = new QShortcut(Qt::Key_F2, this);
     connect(toEnglish, &QShortcut::activated, this, [this] {
-        m_translation->setTarget(QStringLiteral("English"));
+        m_studio.translation().switchTarget(QStringLiteral("English"));
     });
 }
 
@@ -386,7 +378,7 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     }
     m_frameTimer.stop();
     m_studio.streams().callOffStarts();
-    m_translation->shutDown();
+    m_studio.translation().shutDown();
     m_guard.withoutBoxes();
     m_recording->finish([this] { return m_studio.streams().isSaving(); });
     m_hall->hide();

@@ -86,8 +86,8 @@ private:
     void takeFromKeyboard();
 
     SystemClock m_clock;
-    QSettings m_settings;
     Studio m_studio;
+    QSettings &m_settings; ///< the studio's
     std::unique_ptr<Dialogs> m_dialogs;
     ErrorGuard m_guard;
     QTimer m_frameTimer;

@@ -4,6 +4,7 @@
 #include "compositor/scene/load_image.h"
 #include "secrets/keychain_store.h"
 #include "studio/edit/profile_change.h"
+#include "studio/outputs/closing.h"
 
 namespace nimbara {
 
@@ -92,6 +93,13 @@ void Studio::changeProfile(StreamProfile profile)
             status(text);
         });
     }
+}
+
+void Studio::shutDown()
+{
+    m_streams.callOffStarts();
+    m_translation.shutDown();
+    finishOutputs(m_outputs.recording(), m_streams);
 }
 
 Pictures Studio::composePictures(std::int64_t now)

@@ -76,6 +76,9 @@ public:
     /// Changes the shape of the streams (`nimbara::changeProfile`). Does nothing while an output
     /// runs.
     void changeProfile(StreamProfile profile);
+    /// Before the program ends, after the last tick: calls off what waits for a key, ends the
+    /// translation and finishes the recording; see `finishOutputs`.
+    void shutDown();
     /// Frame slots that a stall skipped since the start.
     [[nodiscard]] std::uint64_t missedSlots() const { return m_schedule.skipped(); }
 

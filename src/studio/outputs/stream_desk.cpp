@@ -87,6 +87,9 @@ void StreamDesk::toggle(std::size_t slot)
         Q_EMIT changed(slot);
         return;
     }
+    if (isWaiting(slot)) {
+        return;
+    }
     run([this, slot] {
         if (hasKey(slot)) {
             start(slot);
@@ -197,6 +200,9 @@ void StreamDesk::setSaving(bool saving)
 
 void StreamDesk::saveKeys()
 {
+    if (m_isSaving) {
+        return;
+    }
     hideKeys();
     Keys keys;
     for (std::size_t slot = 0; slot < keys.size(); ++slot) {

@@ -42,15 +42,15 @@ public:
     /// Keys are on their way to the store.
     [[nodiscard]] bool isSaving() const { return m_isSaving; }
 
-    /// Stops a slot that runs and starts one that does not. Call it only while it does not wait.
+    /// Stops a slot that runs, and starts one that neither runs nor waits for its key.
     void toggle(std::size_t slot);
     /// Starts the selected slots in their order, up to the first that fails.
     void startSelected();
     void stopStreams();
     /// Calls off the starts that wait for a key.
     void callOffStarts();
-    /// Stores the keys in the order of the slots, up to the first that fails. Call it only while
-    /// none are being saved.
+    /// Stores the keys in the order of the slots, up to the first that fails. Does nothing while
+    /// keys are being saved.
     void saveKeys();
 
 Q_SIGNALS:

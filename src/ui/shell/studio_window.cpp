@@ -377,10 +377,8 @@ void StudioWindow::closeEvent(QCloseEvent *event)
         return;
     }
     m_frameTimer.stop();
-    m_studio.streams().callOffStarts();
-    m_studio.translation().shutDown();
     m_guard.withoutBoxes();
-    m_recording->finish([this] { return m_studio.streams().isSaving(); });
+    m_studio.shutDown();
     m_hall->hide();
     event->accept();
 }

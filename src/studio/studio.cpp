@@ -2,7 +2,9 @@
 
 #include "base/i18n.h"
 #include "compositor/scene/load_image.h"
+#include "secrets/keychain_store.h"
 #include "studio/edit/profile_change.h"
+#include "studio/outputs/closing.h"
 
 namespace nimbara {
 
@@ -17,6 +19,9 @@ QString below(const QString &folder, const char *name)
 
 Studio::Studio(const Clock &clock, StudioPeers peers)
     : m_clock(clock)
+    , m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
+    , m_keychain(peers.keychain ? std::move(peers.keychain) : std::make_unique<KeychainStore>())
+    , m_secrets(*m_keychain)
     , m_retirement(std::make_shared<Retirement>())
     , m_factory(clock, m_retirement)
     , m_stage(clock)
@@ -44,6 +49,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_layers(m_factory, m_stage, m_sources.pool(), [this](const QString &text) { status(text); })
     , m_images(m_stage, m_sources.shelf())
     , m_outputs(m_retirement)
+    , m_streams(m_outputs, m_stage, m_secrets)
     , m_projects(
           m_factory,
           m_outputs,
@@ -53,7 +59,10 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           [this](const QString &text) { status(text); },
           below(peers.dataFolder, "backups"))
     , m_safety(clock, m_stage.document, m_projects, below(peers.dataFolder, "recovery"))
-    , m_translation(clock, peers.openAi, m_stage, m_audio, m_programAudio)
+    , m_translation(clock,
+          peers.openAi,
+          { m_stage, m_audio, m_programAudio, m_secrets, m_settings })
+    , m_bibleKey(m_secrets, secret_account::apiBible())
     , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const QString &text) { status(text); })
     , m_schedule(clock.monotonicUs())
 {
@@ -61,6 +70,10 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
         m_sources.follow(m_stage.document.scenes());
     });
     m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
+    m_verses.setKeys([this](const auto &receiver) { m_bibleKey.withKey(receiver); },
+        [this](const auto &receiver) { m_translation.key().withKey(receiver); });
+    connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
+    connect(&m_streams, &StreamDesk::said, this, &Studio::status);
 }
 
 Studio::~Studio() = default;
@@ -76,7 +89,7 @@ void Studio::tick()
     m_sources.logFirstFrame();
     m_translation.clearOldCaptions();
     const Pictures pictures = composePictures(now);
-    onPictures(pictures);
+    Q_EMIT picturesMade(pictures);
     feedOutputs(pictures.streams, *frameTime);
 }
 
@@ -95,8 +108,20 @@ void Studio::readInputs()
 void Studio::changeProfile(StreamProfile profile)
 {
     if (!m_outputs.any()) {
-        nimbara::changeProfile(profile, m_factory, m_stage, m_onAir, m_sources, status);
+        nimbara::changeProfile(profile,
+            m_factory,
+            m_stage,
+            m_onAir,
+            m_sources,
+            [this](const QString &text) { status(text); });
     }
+}
+
+void Studio::shutDown()
+{
+    m_streams.callOffStarts();
+    m_translation.shutDown();
+    finishOutputs(m_outputs.recording(), m_streams);
 }
 
 Pictures Studio::composePictures(std::int64_t now)
@@ -120,9 +145,9 @@ void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
     const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
     const Outputs::Stopped stopped = m_outputs.push(toFrame(streams), block, timeNs);
     if (stopped.recording) {
-        status(nimbara_i18n::tr(*stopped.recording));
+        Q_EMIT status(nimbara_i18n::tr(*stopped.recording));
     }
-    onOutputsStepped();
+    Q_EMIT outputsStepped();
 }
 
 } // namespace nimbara

@@ -23,11 +23,17 @@ struct DeviceFixture : StudioFixture {
     explicit DeviceFixture(StudioPeers peers = {})
         : StudioFixture(std::move(peers))
     {
-        studio.devices().onDevices = [this](const DeviceLists &found) { devices = found; };
-        studio.audio().onLevels = [this](int input, int output) {
-            before = input;
-            after = output;
-        };
+        QObject::connect(&studio.devices(),
+            &DeviceConnection::devicesFound,
+            &studio,
+            [this](const DeviceLists &found) { devices = found; });
+        QObject::connect(&studio.audio(),
+            &AudioInput::levelsMeasured,
+            &studio,
+            [this](int input, int output) {
+                before = input;
+                after = output;
+            });
     }
     bool findDevices(std::size_t video, std::size_t audio)
     {
@@ -186,7 +192,10 @@ private Q_SLOTS:
         DeviceFixture desk({ std::move(owned) });
         QVERIFY(desk.findDevices(1, 1));
         DeviceChoice chosen = desk.choose("Altar", "Consola");
-        desk.studio.devices().onAnswered = [&] { desk.studio.devices().connectSources(chosen); };
+        QObject::connect(&desk.studio.devices(),
+            &DeviceConnection::permissionAnswered,
+            &desk.studio,
+            [&] { desk.studio.devices().connectSources(chosen); });
         const auto nothingBuilt = [&, bars = desk.studio.sources().camera()] {
             return desk.studio.sources().camera() == bars && !desk.studio.audio().capture();
         };
@@ -263,7 +272,7 @@ private Q_SLOTS:
                 desk.studio.stage(),
                 onAir,
                 desk.studio.sources(),
-                desk.studio.status);
+                [](const QString &) {});
             desk.frame();
             QCOMPARE(desk.pictures.streams.size(), QSize(size.width, size.height));
             QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));

@@ -20,11 +20,13 @@ struct StudioFixture {
     explicit StudioFixture(StudioPeers peers = {})
         : studio(clock, std::move(peers))
     {
-        studio.status = [this](const QString &text) { statuses << text; };
-        studio.onPictures = [this](const Pictures &made) {
+        QObject::connect(&studio, &Studio::status, &studio, [this](const QString &text) {
+            statuses << text;
+        });
+        QObject::connect(&studio, &Studio::picturesMade, &studio, [this](const Pictures &made) {
             pictures = made;
             ++frames;
-        };
+        });
     }
 
     /// Some time, one frame period at least, then the tick that makes the frame.

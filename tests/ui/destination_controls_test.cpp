@@ -85,10 +85,10 @@ StudioServices withKeychain(SystemKeyStore *keychain)
 }
 
 /// The window at its destinations, which count from 1 as for the operator.
-struct StreamDesk : Desk {
+struct StreamWindow : Desk {
     ScriptedKeychain *keychain;
 
-    explicit StreamDesk(ScriptedKeychain *store = new ScriptedKeychain)
+    explicit StreamWindow(ScriptedKeychain *store = new ScriptedKeychain)
         : Desk(withKeychain(store))
         , keychain(store)
     {
@@ -181,7 +181,7 @@ void DestinationControlsTest::tellsWhatStoppedAndGoesOn_data()
 void DestinationControlsTest::tellsWhatStoppedAndGoesOn()
 {
     QFETCH(QString, server);
-    StreamDesk desk;
+    StreamWindow desk;
     desk.fill(1, m_muteUrl, QStringLiteral("k3y-good"));
     desk.fill(2, server, QStringLiteral("k3y-refused"));
     desk.toggle(1);
@@ -250,7 +250,7 @@ void DestinationControlsTest::startsOrSaysWhy()
     QFETCH(QString, key);
     QFETCH(QString, error);
     QFETCH(QString, logged);
-    StreamDesk desk;
+    StreamWindow desk;
     desk.fill(4, server, key);
     desk.toggle(4);
     QTRY_VERIFY(desk.destination(4).running() || !desk.dialogs->asked.empty());
@@ -280,7 +280,7 @@ void DestinationControlsTest::sendsToAServer()
     QFETCH(QString, server);
     const TrustedAuthority trusted(m_peer->authorityFile());
     const auto key = QStringLiteral("k3y-live-%1").arg(server.section(QLatin1Char(':'), 0, 0));
-    StreamDesk desk;
+    StreamWindow desk;
     auto *format = desk.find<QComboBox>("format");
     desk.field("server", 3)->clear();
     QTest::keyClicks(desk.field("server", 3), server);
@@ -316,16 +316,13 @@ void DestinationControlsTest::aKeyThatComesLate()
 {
     QFETCH(QByteArray, meanwhile);
     QFETCH(QString, found);
-    StreamDesk desk;
+    StreamWindow desk;
     desk.keychain->holds = true;
     desk.keychain->secrets.insert(youTube, found);
     desk.fill(1, m_muteUrl, QString());
     int frames = 0;
     Studio &studio = desk.window.studio();
-    studio.onPictures = [&, show = studio.onPictures](const Pictures &pictures) {
-        ++frames;
-        show(pictures);
-    };
+    connect(&studio, &Studio::picturesMade, &studio, [&frames] { ++frames; });
     desk.toggle(1);
     QTRY_VERIFY(desk.keychain->isAsked());
     frames = 0;
@@ -350,7 +347,7 @@ void DestinationControlsTest::aKeyThatComesLate()
 
 void DestinationControlsTest::selectedOnesStartInOrderUpToAnError()
 {
-    StreamDesk desk;
+    StreamWindow desk;
     desk.keychain->holds = true;
     desk.keychain->secrets.insert(youTube, QStringLiteral("k3y-stored"));
     desk.fill(1, m_muteUrl, QString()); // waits for its key, and the others for it
@@ -402,7 +399,7 @@ void DestinationControlsTest::savesKeysUpToAFailure()
     if (!fileWorks) {
         qputenv("XDG_DATA_HOME", "/dev/null/no-folder");
     }
-    StreamDesk desk;
+    StreamWindow desk;
     desk.keychain->refused = refused;
     const auto keys = { "k3y-one", "", " k3y three", "k3y-four" };
     QStringList expected;
@@ -425,14 +422,14 @@ void DestinationControlsTest::keysComeBackFromTheSystemsStore()
     QVERIFY2(qEnvironmentVariableIsSet("SECRET_SERVICE_PID"),
         "run this under tests/support/secret_service.sh");
     {
-        StreamDesk desk(nullptr); // the platform's store
+        StreamWindow desk(nullptr); // the platform's store
         desk.field("key", 1)->setText(QStringLiteral("k3y-kept"));
         desk.press("saveKeys");
         QTRY_VERIFY_WITH_TIMEOUT(!desk.status().isEmpty(), patience);
     }
     // The file is lost, as far as this slot goes.
     QVERIFY(SecretFile().writeSecretFile(youTube, QString()));
-    StreamDesk desk(nullptr);
+    StreamWindow desk(nullptr);
     desk.fill(1, m_muteUrl, QString());
     desk.toggle(1);
     QTRY_COMPARE_WITH_TIMEOUT(desk.shown(1), sending, patience);
@@ -445,7 +442,7 @@ void DestinationControlsTest::closingAsksAndDropsTheStreams()
     const QString path = folder.filePath(QStringLiteral("cierre.webm"));
     QTcpServer platform;
     QVERIFY(platform.listen(QHostAddress::LocalHost));
-    auto desk = std::make_unique<StreamDesk>();
+    auto desk = std::make_unique<StreamWindow>();
     desk->fill(2,
         QStringLiteral("rtmp://127.0.0.1:%1/app").arg(platform.serverPort()),
         QStringLiteral("k3y-closing"));
@@ -474,7 +471,7 @@ void DestinationControlsTest::aKeyIsNowhereButInItsStore()
     const QTemporaryDir folder;
     const QString project = folder.filePath(QStringLiteral("culto.nimbara"));
     const QString closed = m_peer->rtmp(QStringLiteral("closed"));
-    StreamDesk desk;
+    StreamWindow desk;
     QStringList texts;
     const auto fails = [&] {
         const bool stopped = QTest::qWaitFor(

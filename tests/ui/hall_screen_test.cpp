@@ -158,11 +158,10 @@ private Q_SLOTS:
         addLayer(desk.document(), text);
         desk.window.studio().program().take();
         QImage composed;
-        const auto forward = desk.window.studio().onPictures;
-        desk.window.studio().onPictures = [&](const Pictures &pictures) {
+        Studio &studio = desk.window.studio();
+        connect(&studio, &Studio::picturesMade, &studio, [&](const Pictures &pictures) {
             composed = pictures.hall;
-            forward(pictures);
-        };
+        });
         desk.showOn(1);
         const auto matches = [&] {
             const QImage shown = onScreen(*HallDesk::hall());
@@ -183,14 +182,13 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(corner(), QColor(Qt::red), 30'000);
         desk.press("hallScreen");
         int frames = 0;
-        const auto forward = desk.window.studio().onPictures;
-        desk.window.studio().onPictures = [&](const Pictures &pictures) {
-            forward(pictures);
+        Studio &studio = desk.window.studio();
+        connect(&studio, &Studio::picturesMade, &studio, [&](const Pictures &pictures) {
             frames += pictures.hall.pixelColor(100, 100) == QColor(Qt::blue) ? 1 : 0;
-        };
+        });
         desk.air(Qt::blue);
         QTRY_VERIFY_WITH_TIMEOUT(frames > 0, 30'000);
-        desk.window.studio().onPictures = [](const Pictures &) {}; // no later picture helps
+        disconnect(&studio, &Studio::picturesMade, nullptr, nullptr); // no later picture helps
         desk.showOn(1);
         QVERIFY(QTest::qWaitForWindowExposed(HallDesk::hall(), 30'000));
         QCOMPARE(corner(), QColor(Qt::blue));

@@ -3,7 +3,6 @@
 #include "base/i18n.h"
 #include "base/log.h"
 #include "output/sink/destination.h"
-#include "secrets/keychain_store.h"
 #include "ui/captions/translation_controls.h"
 #include "ui/captions/translation_tab.h"
 #include "ui/captions/verse_controls.h"
@@ -53,14 +52,13 @@ constexpr const char *onboardingSetting = "onboarding_complete";
 constexpr int smallestRowsHeight = 400; ///< pixels; the monitors and a row below them
 constexpr auto frameTimerInterval = 5ms;
 
-std::array<OutputsTab::Preset, OutputsTab::slots> destinationRows()
+std::array<QString, OutputsTab::slots> destinationNames()
 {
-    std::array<OutputsTab::Preset, OutputsTab::slots> rows;
-    for (std::size_t slot = 0; slot < rows.size(); ++slot) {
-        const DestinationPreset &preset = destinationPresets().at(slot);
-        rows.at(slot) = { QString::fromUtf8(preset.name), QString::fromUtf8(preset.server) };
+    std::array<QString, OutputsTab::slots> names;
+    for (std::size_t slot = 0; slot < names.size(); ++slot) {
+        names.at(slot) = QString::fromUtf8(destinationPresets().at(slot).name);
     }
-    return rows;
+    return names;
 }
 
 /// Rows with their stretch factors. A screen too small for them, such as that of an old laptop,
@@ -88,11 +86,13 @@ QScrollArea *scrollable(std::initializer_list<std::pair<QWidget *, int>> widgets
 } // namespace
 
 StudioWindow::StudioWindow(bool quiet, StudioServices services)
-    : m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
-    , m_keychain(
-          services.keychain ? std::move(services.keychain) : std::make_unique<KeychainStore>())
-    , m_secrets(*m_keychain)
-    , m_studio(m_clock, { nullptr, services.openAi, services.apiBible, services.dataFolder })
+    : m_studio(m_clock,
+        { nullptr,
+            services.openAi,
+            services.apiBible,
+            std::move(services.keychain),
+            services.dataFolder })
+    , m_settings(m_studio.settings())
     , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
     , m_guard(*m_dialogs, [this](const QString &text) { showStatus(text); })
     , m_header(new HeaderRow)
@@ -103,7 +103,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_sceneTab(new SceneTab)
     , m_sourcesTab(new SourcesTab)
     , m_audioTab(new AudioTab)
-    , m_outputsTab(new OutputsTab(destinationRows()))
+    , m_outputsTab(new OutputsTab(destinationNames()))
     , m_translationTab(new TranslationTab)
     , m_status(new QLabel)
     , m_hall(std::make_unique<HallControls>(*m_sourcesTab,
@@ -116,27 +116,19 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         m_guard,
         SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
     m_destinations
-        = std::make_unique<DestinationControls>(m_studio, m_secrets, m_guard, *m_outputsTab);
+        = std::make_unique<DestinationControls>(m_studio.streams(), m_guard, *m_outputsTab);
     m_recording = std::make_unique<RecordingControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
     m_projects = std::make_unique<ProjectControls>(m_studio,
         *m_dialogs,
         m_guard,
         ProjectControls::Views { *m_project, *m_controls, *m_audioTab });
     connectStudio();
-    m_translation = std::make_unique<TranslationControls>(m_studio,
-        m_secrets,
-        m_settings,
-        m_guard,
-        *m_translationTab);
+    m_translation
+        = std::make_unique<TranslationControls>(m_studio.translation(), m_guard, *m_translationTab);
     m_verses = std::make_unique<VerseControls>(m_studio,
-        m_secrets,
         m_settings,
         m_guard,
-        VerseControls::Views { *m_sceneTab,
-            *m_editor,
-            *m_translationTab->bible(),
-            *m_translationTab,
-            *m_translation });
+        VerseControls::Views { *m_sceneTab, *m_editor, *m_translationTab->bible() });
     connectRows();
     connectTabs();
     connectDevices();
@@ -160,9 +152,7 @@ StudioWindow::~StudioWindow()
     m_frameTimer.stop();
     m_studio.translation().pause();
     // The studio goes before the widgets that its reports touch.
-    m_studio.status = [](const QString &) {};
-    m_studio.onPictures = [](const Pictures &) {};
-    m_studio.onOutputsStepped = [] {};
+    m_studio.disconnect(this);
 }
 
 void StudioWindow::layOut()
@@ -200,11 +190,13 @@ void StudioWindow::layOut()
 
 void StudioWindow::connectStudio()
 {
-    m_studio.status = [this](const QString &text) { showStatus(text); };
-    m_studio.onPictures = [this](const Pictures &pictures) { showPictures(pictures); };
-    m_studio.onOutputsStepped = [this] { showOutputs(); };
-    m_studio.audio().onLevels
-        = [this](int before, int after) { m_audioTab->showLevels(before, after); };
+    connect(&m_studio, &Studio::status, this, &StudioWindow::showStatus);
+    connect(&m_studio, &Studio::picturesMade, this, &StudioWindow::showPictures);
+    connect(&m_studio, &Studio::outputsStepped, this, &StudioWindow::showOutputs);
+    const AudioInput *audio = &m_studio.audio();
+    connect(audio, &AudioInput::levelsMeasured, m_audioTab, &AudioTab::showLevels);
+    connect(audio, &AudioInput::gainChanged, m_audioTab, &AudioTab::setGain);
+    connect(audio, &AudioInput::mutedChanged, m_audioTab, &AudioTab::showMuted);
 }
 
 void StudioWindow::connectRows()
@@ -247,7 +239,7 @@ void StudioWindow::connectTabs()
         m_editor->addNetworkSource();
     }));
     connect(m_recording.get(), &RecordingControls::changed, this, &StudioWindow::showOutputs);
-    connect(m_destinations.get(), &DestinationControls::changed, this, &StudioWindow::showOutputs);
+    connect(&m_studio.streams(), &StreamDesk::changed, this, &StudioWindow::showOutputs);
 
     connect(m_audioTab, &AudioTab::gainChanged, this, [this](int percent) {
         m_guard.run([this, percent] {
@@ -258,7 +250,6 @@ void StudioWindow::connectTabs()
     connect(m_audioTab, &AudioTab::mutePressed, this, [this] {
         AudioInput &audio = m_studio.audio();
         audio.setMuted(!audio.gainState().muted);
-        m_audioTab->showMuted(audio.gainState().muted);
     });
     connect(m_audioTab, &AudioTab::sourceLevelChanged, this, [this](int percent) {
         m_studio.programAudio().levels().source = percent;
@@ -270,9 +261,9 @@ void StudioWindow::connectTabs()
 
 void StudioWindow::connectDevices()
 {
-    m_studio.devices().onDevices
-        = [this](const DeviceLists &devices) { m_sourcesTab->showDevices(devices); };
-    m_studio.devices().onAnswered = [this] { connectSources(); };
+    const DeviceConnection *devices = &m_studio.devices();
+    connect(devices, &DeviceConnection::devicesFound, m_sourcesTab, &SourcesTab::showDevices);
+    connect(devices, &DeviceConnection::permissionAnswered, this, &StudioWindow::connectSources);
     connect(m_sourcesTab, &SourcesTab::refreshPressed, this, [this] {
         m_studio.devices().refreshDevices();
     });
@@ -296,9 +287,9 @@ void StudioWindow::connectSources()
 
 void StudioWindow::onboarding()
 {
-    auto *assistant = new Onboarding(m_secrets, *m_dialogs, this);
+    auto *assistant = new Onboarding(m_studio.secrets(), *m_dialogs, this);
     assistant->setAttribute(Qt::WA_DeleteOnClose);
-    assistant->onKey = [this](const QString &key) { m_translationTab->apiKey()->setText(key); };
+    assistant->onKey = [this](const QString &key) { m_studio.translation().key().setText(key); };
     connect(assistant, &QDialog::accepted, this, [this] {
         m_settings.setValue(QLatin1String(onboardingSetting), true);
         m_settings.sync();
@@ -322,11 +313,11 @@ void StudioWindow::connectShortcuts()
         &Document::redo);
     auto *toSpanish = new QShortcut(Qt::Key_F1, this);
     connect(toSpanish, &QShortcut::activated, this, [this] {
-        m_translation->setTarget(QStringLiteral("Spanish"));
+        m_studio.translation().switchTarget(QStringLiteral("Spanish"));
     });
     auto *toEnglish = new QShortcut(Qt::Key_F2, this);
     connect(toEnglish, &QShortcut::activated, this, [this] {
-        m_translation->setTarget(QStringLiteral("English"));
+        m_studio.translation().switchTarget(QStringLiteral("English"));
     });
 }
 
@@ -425,10 +416,8 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     }
     m_studio.safety().giveUp(); // saved, or given up by the operator
     m_frameTimer.stop();
-    m_destinations->callOffStarts();
-    m_translation->shutDown();
     m_guard.withoutBoxes();
-    m_recording->finish([this] { return m_destinations->isSaving(); });
+    m_studio.shutDown();
     m_hall->hide();
     event->accept();
 }

@@ -2,7 +2,7 @@
 
 #include "base/clock.h"
 #include "net/endpoints.h"
-#include "secrets/secret_store.h"
+#include "secrets/system_key_store.h"
 #include "studio/studio.h"
 #include "ui/kit/dialogs.h"
 #include "ui/kit/error_guard.h"
@@ -89,10 +89,8 @@ private:
 
     bool m_mayClose = false; ///< what would be lost was settled
     SystemClock m_clock;
-    QSettings m_settings;
-    std::unique_ptr<SystemKeyStore> m_keychain;
-    SecretStore m_secrets;
     Studio m_studio;
+    QSettings &m_settings; ///< the studio's
     std::unique_ptr<Dialogs> m_dialogs;
     ErrorGuard m_guard;
     QTimer m_frameTimer;

@@ -48,13 +48,6 @@ bool unchangedAround(const QImage &actual, const QImage &below, const QRect &box
 
 using Change = std::function<void(Layer &)>;
 
-void addRow(const char *name, const QString &text, const Change &change, bool portrait = false)
-{
-    Layer layer = textLayer(text);
-    change(layer);
-    QTest::newRow(name) << QVariant::fromValue(std::make_shared<Layer>(layer)) << portrait;
-}
-
 Change size(std::int32_t pixels)
 {
     return [pixels](Layer &layer) { layer.size = pixels; };
@@ -98,16 +91,23 @@ class TextReferenceTest : public QObject {
 private Q_SLOTS:
     void layerMatchesThePainter()
     {
-        std::vector<std::tuple<const char *, QVariant, bool>> rows;
+        std::vector<std::tuple<QByteArray, Layer, bool>> rows;
+        const auto addRow = [&](const QByteArray &name,
+                                const QString &text,
+                                const Change &change,
+                                bool portrait = false) {
+            rows.emplace_back(name, textLayer(text), portrait);
+            change(std::get<Layer>(rows.back()));
+        };
         for (const std::int32_t pixels : { 8, 13, 24, 44, 56, 63, 64, 72, 120, 240, 400 }) {
-            addRow(qPrintable(QStringLiteral("size %1").arg(pixels)), spanish, size(pixels));
+            addRow(QStringLiteral("size %1").arg(pixels).toUtf8(), spanish, size(pixels));
         }
         addRow("portrait", spanish, size(56), true);
         addRow("portrait, small", spanish, size(30), true);
         for (const std::int32_t across :
             { align::left, align::right, align::horizontalCentre, align::justify }) {
             for (const std::int32_t down : { align::top, align::bottom, align::verticalCentre }) {
-                addRow(qPrintable(QStringLiteral("alignment %1").arg(across + down)),
+                addRow(QStringLiteral("alignment %1").arg(across + down).toUtf8(),
                     spanish,
                     aligned(across + down));
             }
@@ -151,9 +151,8 @@ private Q_SLOTS:
         addRow("line breaks, tabs, blanks",
             QStringLiteral("uno\tdos\r\ntres  \n\n  cuatro & cinco "),
             size(56));
-        for (const auto &[name, layer, portrait] : rows) {
-            const RowName row(name);
-            const Layer &drawn = *layer.value<std::shared_ptr<Layer>>();
+        for (const auto &[name, drawn, portrait] : rows) {
+            const RowName named(name);
             const FrameSize frame = portrait ? portraitSize : landscapeSize;
             const QImage below = texturedCanvas(frame.width, frame.height);
             QImage expected = below;
@@ -185,7 +184,7 @@ private Q_SLOTS:
             { "caption of 800 characters", spanish.repeated(10).left(800), true, false },
         };
         for (const auto &[name, text, isHall, portrait] : rows) {
-            const RowName row(name);
+            const RowName named(name);
             const FrameSize frame = portrait ? portraitSize : landscapeSize;
             const QImage below = texturedCanvas(frame.width, frame.height);
             QImage expected = below;

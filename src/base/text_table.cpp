@@ -44,6 +44,8 @@ constexpr TextPair pairs[] = {
         "The program ended without saving: %1, %2. Recover that work?" },
     TextPair { "Trabajo recuperado. Guárdalo cuando quieras.",
         "Work recovered. Save it whenever you like." },
+    TextPair { "Versiones anteriores", "Earlier versions" },
+    TextPair { "No hay versiones anteriores", "There are no earlier versions" },
     TextPair { "Producir · compartir · traducir", "Produce · share · translate" },
     TextPair { "AL AIRE  →", "ON AIR  →" },
     TextPair { "API key de OpenAI · no se incluye en proyectos",

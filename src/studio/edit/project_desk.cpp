@@ -20,6 +20,7 @@ ProjectDesk::ProjectDesk(const MediaFactory &factory,
     , m_onAir(onAir)
     , m_sources(sources)
     , m_status(std::move(status))
+    , m_backupFolder(backupFolder)
     , m_saves(backupFolder)
     , m_opening(factory)
 {
@@ -65,6 +66,23 @@ void ProjectDesk::recoverProject(const QString &path, const ProjectOpening::File
     tellOpening();
 }
 
+void ProjectDesk::lookForBackups()
+{
+    m_backups.start([folder = m_backupFolder, path = m_lastPath] {
+        return folder.isEmpty() || path.isEmpty() ? std::vector<ProjectBackup> {}
+                                                  : projectBackups(folder, path);
+    });
+}
+
+void ProjectDesk::openBackup(const QString &file)
+{
+    requireIdleOutputs();
+    if (m_opening.bars()) {
+        throw Error(QStringLiteral("Espera a que termine de abrirse o guardarse el proyecto."));
+    }
+    recoverProject(m_lastPath, [file](const QString &) { return readProjectFile(file); });
+}
+
 void ProjectDesk::cancelOpening()
 {
     m_opening.cancel();
@@ -99,6 +117,9 @@ void ProjectDesk::poll()
 
 void ProjectDesk::pollSaves()
 {
+    if (m_backups.isReady()) {
+        Q_EMIT backupsFound(m_backups.take());
+    }
     for (const ProjectSaves::Done &done : m_saves.poll()) {
         if (done.failure.isEmpty()) {
             m_stage.document.markSaved(done.project);

@@ -2,6 +2,7 @@
 
 #include "media/sources/media_factory.h"
 #include "output/sink/outputs.h"
+#include "studio/edit/project_backups.h"
 #include "studio/edit/project_opening.h"
 #include "studio/edit/project_saves.h"
 #include "studio/edit/stage.h"
@@ -48,6 +49,11 @@ public:
     /// Begins to open work that a crash left, which `read` gives; it will be unsaved work of the
     /// file `path`, or of none.
     void recoverProject(const QString &path, const ProjectOpening::FileReader &read);
+    /// Looks in the background for what earlier saves of the last project replaced
+    /// (`backupsFound`).
+    void lookForBackups();
+    /// Begins to open such a version, as unsaved work of the project. Throws as `openProject`.
+    void openBackup(const QString &file);
     [[nodiscard]] bool isOpening() const { return m_opening.isUnderWay() || m_ready; }
     /// Lets go of the project that is being opened, or waits to take over.
     void cancelOpening();
@@ -73,6 +79,8 @@ Q_SIGNALS:
     /// The same for work that a crash left.
     void recovered(const QString &path);
     void saved(const QString &path);
+    /// Newest first; none when the project was never saved twice.
+    void backupsFound(const std::vector<nimbara::ProjectBackup> &backups);
     /// Saving or opening failed and nothing changed; the operator's text, untranslated.
     void failed(const QString &text);
 
@@ -97,6 +105,8 @@ private:
     OnAir &m_onAir;
     Sources &m_sources;
     Report m_status;
+    QString m_backupFolder;
+    BackgroundTask<std::vector<ProjectBackup>> m_backups;
     QString m_lastPath;
     ProjectSaves m_saves;
     ProjectOpening m_opening;

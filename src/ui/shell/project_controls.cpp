@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QFileInfo>
 #include <QLocale>
+#include <QMenu>
 
 #include <utility>
 
@@ -48,7 +49,12 @@ ProjectControls::ProjectControls(Studio &studio,
 
 void ProjectControls::connectDesk()
 {
-    const ProjectDesk *desk = &m_studio.projects();
+    ProjectDesk *desk = &m_studio.projects();
+    connect(m_views.project.versionsButton(),
+        &QPushButton::clicked,
+        desk,
+        &ProjectDesk::lookForBackups);
+    connect(desk, &ProjectDesk::backupsFound, this, &ProjectControls::offerVersions);
     connect(desk, &ProjectDesk::openingChanged, &m_views.project, &ProjectRow::showOpening);
     // From the frame timer: a box must not hold up the tick that brought the news.
     connect(desk, &ProjectDesk::ready, this, &ProjectControls::offerReady, Qt::QueuedConnection);
@@ -165,6 +171,28 @@ void ProjectControls::offerRecovery(const QString &projectPath, qint64 timeMs)
     } else {
         m_studio.safety().discard();
     }
+}
+
+void ProjectControls::offerVersions(const std::vector<ProjectBackup> &backups)
+{
+    QPushButton *button = m_views.project.versionsButton();
+    auto *menu = new QMenu(button);
+    menu->setObjectName(QStringLiteral("versionsMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    if (backups.empty()) {
+        menu->addAction(label("No hay versiones anteriores"))->setEnabled(false);
+    }
+    for (const ProjectBackup &backup : backups) {
+        const QString when = QLocale().toString(backup.time, QLocale::ShortFormat);
+        menu->addAction(when, this, [this, file = backup.file] { openVersion(file); });
+    }
+    menu->popup(button->mapToGlobal(button->rect().bottomLeft()));
+}
+
+void ProjectControls::openVersion(const QString &file)
+{
+    settleUnsaved(
+        [this, file] { m_guard.run([this, &file] { m_studio.projects().openBackup(file); }); });
 }
 
 void ProjectControls::follow(const Change &change)

@@ -11,6 +11,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <vector>
 
 namespace nimbara {
 
@@ -43,6 +44,8 @@ private:
     void save();
     [[nodiscard]] QString askSavePath();
     void offerReady();
+    void offerVersions(const std::vector<ProjectBackup> &backups);
+    void openVersion(const QString &file);
     void offerRecovery(const QString &projectPath, qint64 timeMs);
     void follow(const Change &change);
     void showWarnings(const QStringList &warnings);

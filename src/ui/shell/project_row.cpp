@@ -12,6 +12,7 @@ ProjectRow::ProjectRow(QWidget *parent)
     : QWidget(parent)
     , m_format(named(new QComboBox, "format", nimbara_i18n::tr("Horizontal o vertical")))
     , m_open(makeButton("Abrir proyecto", "openProject"))
+    , m_versions(makeButton("▾", "versions"))
     , m_save(makeButton("Guardar proyecto", "saveProject"))
     , m_undo(makeButton("↶", "undo"))
     , m_redo(makeButton("↷", "redo"))
@@ -19,12 +20,15 @@ ProjectRow::ProjectRow(QWidget *parent)
 {
     m_format->addItems({ nimbara_i18n::tr("Horizontal · 1920 × 1080"),
         nimbara_i18n::tr("Vertical · 1080 × 1920") });
+    m_versions->setToolTip(nimbara_i18n::tr("Versiones anteriores"));
+    m_versions->setAccessibleName(m_versions->toolTip());
     setFormatEnabled(true);
     showSteps({}, {});
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(m_format);
     row->addWidget(m_open);
+    row->addWidget(m_versions);
     row->addWidget(m_save);
     row->addWidget(m_undo);
     row->addWidget(m_redo);

@@ -18,6 +18,8 @@ public:
     /// Shows a format without the change signal.
     void showFormat(int entry);
     [[nodiscard]] QPushButton *openButton() const { return m_open; }
+    /// Offers the earlier versions of the project.
+    [[nodiscard]] QPushButton *versionsButton() const { return m_versions; }
     [[nodiscard]] QPushButton *saveButton() const { return m_save; }
     /// The open button calls the opening off while it is under way.
     void showOpening(bool opening);
@@ -33,6 +35,7 @@ Q_SIGNALS:
 private:
     QComboBox *m_format;
     QPushButton *m_open;
+    QPushButton *m_versions;
     QPushButton *m_save;
     QPushButton *m_undo;
     QPushButton *m_redo;

@@ -398,7 +398,7 @@ void StudioWindow::takeFromKeyboard()
 
 void StudioWindow::closeEvent(QCloseEvent *event)
 {
-    if (m_studio.outputs().any()
+    if (!m_mayClose && m_studio.outputs().any()
         && !m_dialogs->question(nimbara_i18n::tr("Cerrar"),
             nimbara_i18n::tr("Hay salidas activas. ¿Detenerlas y cerrar?"))) {
         event->ignore();

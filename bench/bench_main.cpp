@@ -2,7 +2,9 @@
 #include "bench.h"
 
 #include <QApplication>
+#include <QSettings>
 #include <QStringList>
+#include <QTemporaryDir>
 
 #include <gst/gst.h>
 
@@ -69,6 +71,8 @@ int main(int argc, char **argv)
     const QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("NimbaraStudio"));
     QCoreApplication::setOrganizationName(QStringLiteral("Halvenmoor"));
+    const QTemporaryDir settings; // the operator's own stay as they are
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
     gst_init(nullptr, nullptr);
 
     QStringList keys = QCoreApplication::arguments().mid(1);

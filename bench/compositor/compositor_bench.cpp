@@ -2,11 +2,13 @@
 #include "compositor/scene/composer.h"
 #include "compositor/scene/program_state.h"
 #include "document/profile.h"
+#include "support/shown.h"
 
 #include <array>
 #include <memory>
 
 using namespace nimbara;
+using namespace nimbara::testing;
 
 namespace {
 
@@ -50,29 +52,45 @@ FramePtr logo()
     return frame;
 }
 
-Layer logoLayer()
+PicturedLayer logoLayer()
 {
-    Layer layer = newLayer(LayerKind::Image);
-    layer.image = logo();
+    PicturedLayer layer(newLayer(LayerKind::Image), logo());
     layer.opacity = 0.9;
     return layer;
 }
 
 /// A moving camera, two lines of 56 px text with box and shadow, a scaled logo at opacity 0.9.
-Scene streamScene(const char *text)
+std::vector<PicturedLayer> streamLayers(const char *text)
 {
     Layer words = newLayer(LayerKind::Text);
     words.text = QString::fromUtf8(text);
-    return { QStringLiteral("Culto"), { Layer {}, words, logoLayer() } };
+    return { Layer {}, words, logoLayer() };
 }
+
+/// The moving camera's next picture under what stands still.
+class Moving {
+public:
+    explicit Moving(const Shown &shown)
+        : m_composition(shown)
+    {
+    }
+    Composition &with(const FramePtr &camera)
+    {
+        m_composition.pictures.front() = camera;
+        return m_composition;
+    }
+
+private:
+    Composition m_composition;
+};
 
 constexpr const char *twoLines = "Bienvenidos a la casa de oración de todos los pueblos\n"
                                  "Domingo a las once · culto en español y en inglés";
 
-Composition streamComposition(const char *text)
+Shown streamComposition(const char *text)
 {
-    Composition composition;
-    composition.scene = streamScene(text);
+    Shown composition;
+    composition.scene.layers = streamLayers(text);
     composition.size = landscapeSize;
     return composition;
 }
@@ -80,7 +98,7 @@ Composition streamComposition(const char *text)
 Composition hallComposition(const QStringList &phrases)
 {
     Composition composition;
-    composition.scene = defaultScene(true);
+    composition.scene = std::make_shared<const Scene>(defaultScene(true));
     composition.size = hallSize;
     composition.isHall = true;
     composition.captions = { phrases, QStringLiteral("\n"), true };
@@ -105,11 +123,8 @@ double streamSceneMs()
 {
     Composer composer(std::make_shared<PaintCache>());
     MovingCamera camera;
-    Composition composition = streamComposition(twoLines);
-    return bench::medianMs(101, [&] {
-        composition.camera = camera.next();
-        return composer.compose(composition);
-    });
+    Moving composition(streamComposition(twoLines));
+    return bench::medianMs(101, [&] { return composer.compose(composition.with(camera.next())); });
 }
 
 double hallStillMs()
@@ -139,16 +154,15 @@ double threePicturesMs()
     Composer streams(cache);
     Composer hall(cache);
     MovingCamera camera;
-    Composition prepared = streamComposition("Lo que viene:\nel coro de los jóvenes");
-    prepared.isPreview = true;
-    Composition onAir = streamComposition(twoLines);
+    Shown next = streamComposition("Lo que viene:\nel coro de los jóvenes");
+    next.isPreview = true;
+    Moving prepared(next);
+    Moving onAir(streamComposition(twoLines));
     const Composition still = hallComposition(phrases().mid(0, 2));
     return bench::medianMs(101, [&] {
         const FramePtr picture = camera.next();
-        prepared.camera = picture;
-        onAir.camera = picture;
-        return std::array { preview.compose(prepared),
-            streams.compose(onAir),
+        return std::array { preview.compose(prepared.with(picture)),
+            streams.compose(onAir.with(picture)),
             hall.compose(still) };
     });
 }
@@ -158,11 +172,8 @@ double fadeMs()
 {
     Composer composer(std::make_shared<PaintCache>());
     MovingCamera camera;
-    Composition composition = streamComposition(twoLines);
-    const auto compose = [&] {
-        composition.camera = camera.next();
-        return composer.compose(composition);
-    };
+    Moving composition(streamComposition(twoLines));
+    const auto compose = [&] { return composer.compose(composition.with(camera.next())); };
     ProgramState program;
     program.takeStreams({}, {}, false, compose(), 0);
     std::vector<double> times;

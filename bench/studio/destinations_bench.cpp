@@ -26,7 +26,7 @@ void prepareScene(Studio &studio)
 {
     Layer text = newLayer(LayerKind::Text);
     text.text = QStringLiteral("Bienvenidos al servicio de hoy");
-    studio.stage().scenes.addLayer(text);
+    studio.document().apply(AddLayer { studio.document().currentScene()->id, text });
     studio.program().take();
 }
 

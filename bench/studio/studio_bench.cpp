@@ -30,10 +30,10 @@ void prepareScenes(Studio &studio)
     Stage &stage = studio.stage();
     Layer text = newLayer(LayerKind::Text);
     text.text = QStringLiteral("Bienvenidos al servicio de hoy\nCanten al Señor un cántico nuevo");
-    stage.scenes.setEditing(SceneSet::Hall);
+    stage.document.setEditing(SceneSet::Hall);
     studio.program().take();
-    stage.scenes.setEditing(SceneSet::Streams);
-    stage.scenes.addLayer(text);
+    stage.document.setEditing(SceneSet::Streams);
+    stage.document.apply(AddLayer { stage.document.currentScene()->id, text });
     studio.program().take();
     stage.captions = { { QStringLiteral("Porque de tal manera amó Dios al mundo,"),
                            QStringLiteral("que ha dado a su Hijo unigénito") },

@@ -25,7 +25,8 @@ StudioRun
 runFor(Studio &studio, std::chrono::milliseconds length, const std::function<void()> &between)
 {
     StudioRun run;
-    studio.onPictures = [&run](const Pictures &) { ++run.frames; };
+    const auto counted
+        = QObject::connect(&studio, &Studio::picturesMade, &studio, [&run] { ++run.frames; });
     const auto missedBefore = studio.missedSlots();
     const double cpuBefore = processCpuSeconds();
     const auto start = SteadyClock::now();
@@ -43,7 +44,7 @@ runFor(Studio &studio, std::chrono::milliseconds length, const std::function<voi
         next = std::max(next + 5ms, SteadyClock::now());
         std::this_thread::sleep_until(next);
     }
-    studio.onPictures = [](const Pictures &) {};
+    QObject::disconnect(counted);
     run.seconds = std::chrono::duration<double>(SteadyClock::now() - start).count();
     run.cpuSeconds = processCpuSeconds() - cpuBefore;
     run.memoryAtEnd = residentMiB();

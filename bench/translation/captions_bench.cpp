@@ -20,10 +20,10 @@ class Sermon {
 public:
     Sermon()
     {
-        Scene streams { {}, { newLayer(LayerKind::Camera), newLayer(LayerKind::Subtitle) } };
-        m_stage.program.takeStreams(streams, {}, false, {}, 0);
-        m_stage.program.takeHall(defaultScene(true));
-        m_stage.scenes.scenes(SceneSet::Streams) = { std::move(streams) };
+        Document &document = m_stage.document;
+        document.apply(AddLayer { document.currentScene()->id, newLayer(LayerKind::Subtitle) });
+        m_streams = liveOf(document.currentScene());
+        m_hall = liveOf(document.current(SceneSet::Hall));
         m_stage.captions.separator = separatorText(m_captions.separator());
     }
 
@@ -35,14 +35,14 @@ public:
         return timeMs([&] {
             m_captions.clearOld(m_nowMs);
             m_captions.addCaption(text,
-                captionBox(m_stage.scenes.currentScene(),
-                    m_stage.scenes.editedScenes(),
+                captionBox(*m_stage.document.currentScene(),
+                    m_stage.document.editedScenes(),
                     m_stage.streamFrame()),
                 m_nowMs);
             m_stage.captions.phrases = m_captions.captionPhrases();
-            m_shown = { m_pictures.preview(m_stage, nullptr),
-                m_pictures.streams(m_stage, nullptr),
-                m_pictures.hall(m_stage, nullptr) };
+            m_shown = { m_pictures.preview(m_stage, m_streams, nullptr),
+                m_pictures.streams(m_stage, m_streams, nullptr),
+                m_pictures.hall(m_stage, m_hall, nullptr) };
         });
     }
 
@@ -72,8 +72,16 @@ private:
         return text + QString::number(m_nowMs);
     }
 
+    static LiveScene liveOf(const ScenePtr &scene)
+    {
+        return { scene, std::vector<LiveLayer>(scene->layers.size()) };
+    }
+
     std::mt19937 m_random { 5 };
-    Stage m_stage;
+    SystemClock m_clock;
+    Stage m_stage { m_clock };
+    LiveScene m_streams;
+    LiveScene m_hall;
     CaptionText m_captions;
     ProgramPictures m_pictures;
     std::array<QImage, 3> m_shown; ///< held until the next ones, as the monitors do

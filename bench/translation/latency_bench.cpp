@@ -50,9 +50,14 @@ public:
     {
         m_peer.serve(script(), answerMs);
         TranslationDesk &desk = m_studio.translation();
-        desk.onStatus = [this](const QString &text) { m_status = text; };
-        m_studio.onPictures = [this](const Pictures &pictures) { look(pictures.hall); };
-        m_studio.stage().scenes.setEditing(SceneSet::Hall);
+        QObject::connect(&desk, &TranslationDesk::reported, &desk, [this](const QString &text) {
+            m_status = text;
+        });
+        QObject::connect(&m_studio,
+            &Studio::picturesMade,
+            &m_studio,
+            [this](const Pictures &pictures) { look(pictures.hall); });
+        m_studio.document().setEditing(SceneSet::Hall);
         m_studio.program().take();
         m_studio.outputs().recording().start(m_folder.filePath(QStringLiteral("latency.webm")),
             m_studio.stage().streamFrame());
@@ -61,8 +66,10 @@ public:
         m_timer.setTimerType(Qt::PreciseTimer);
         m_timer.start(5ms);
         desk.setLiveMode(live);
-        desk.setSource(QStringLiteral("es"));
-        desk.start(QStringLiteral("sk-bench"), QStringLiteral("English"), false);
+        desk.chooseTarget(QStringLiteral("English"));
+        desk.setKeepsKey(false);
+        desk.key().setText(QStringLiteral("sk-bench"));
+        desk.toggle();
         const QString ready = live ? QStringLiteral("Modo en vivo activo") : QStringLiteral("IA");
         await([this, ready] { return m_status.startsWith(ready); });
         await([this] { return !m_peer.of("request", "/models/gpt-4.1-mini").empty(); });

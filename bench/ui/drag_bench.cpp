@@ -1,6 +1,7 @@
 #include "bench.h"
 #include "document/canvas_geometry.h"
-#include "document/scene_ops.h"
+#include "document/edits.h"
+#include "support/scenes.h"
 #include "ui/clip_files.h"
 #include "ui/editor/canvas.h"
 #include "ui/watched_window.h"
@@ -50,15 +51,19 @@ Layer layerAt(Layer layer, int place)
 /// Twenty layers of all eight kinds. The front ones are a text and a photo, to be dragged.
 std::vector<Layer> twentyLayers(Studio &studio, const QString &clip)
 {
+    const auto photoLayer = [&studio](const char *name, int width, int height, bool opaque) {
+        const QString path = QString::fromLatin1(name) + QString::number(width);
+        studio.sources().shelf().put(path, photo(width, height, opaque));
+        return imageLayer(path, { width, height }, studio.stage().streamFrame());
+    };
     std::vector<Layer> layers { newLayer(LayerKind::Camera) };
     const auto add = [&layers](Layer layer) {
         layers.push_back(layerAt(std::move(layer), static_cast<int>(layers.size())));
     };
-    const FrameSize frame = studio.stage().streamFrame();
-    add(screenLayer(studio.mediaFactory().screen(frame)));
-    add(videoLayer(clip, studio.mediaFactory().media(frame, clip)));
+    add(newLayer(LayerKind::Screen));
+    add(videoLayer(clip));
     for (int i = 0; i < 5; ++i) {
-        add(imageLayer(QStringLiteral("foto"), photo(1600 + i, 1200, i % 2 == 0), frame));
+        add(photoLayer("foto", 1600 + i, 1200, i % 2 == 0));
         Layer color = newLayer(LayerKind::Color);
         color.opacity = 0.5;
         add(color);
@@ -67,7 +72,7 @@ std::vector<Layer> twentyLayers(Studio &studio, const QString &clip)
         add(text);
     }
     add(newLayer(LayerKind::Subtitle));
-    add(imageLayer(QStringLiteral("grande"), photo(4000, 3000, true), frame));
+    add(photoLayer("grande", 4000, 3000, true));
     return layers;
 }
 
@@ -103,11 +108,11 @@ QByteArray circle(QPoint from, int radius)
 }
 
 /// Drags what lies at a place of the selected layer's box and tells the figures.
-std::string drag(WatchedWindow &window, const char *name, std::int32_t layer, double x, double y)
+std::string drag(WatchedWindow &window, const char *name, LayerId layer, double x, double y)
 {
     auto *canvas = window.window().findChild<Canvas *>(QStringLiteral("canvas"));
     canvas->setSelected(layer);
-    const Box before = boxOf(canvas->scene()->layers[static_cast<std::size_t>(layer)]);
+    const Box before = boxOf(*findLayer(*canvas->scene(), layer));
     const QRectF area = frameRect(canvas->size(), 16.0 / 9);
     const QRectF shown = layerRect(before, area);
     const QPointF from(shown.x() + x * shown.width(), shown.y() + y * shown.height());
@@ -120,7 +125,7 @@ std::string drag(WatchedWindow &window, const char *name, std::int32_t layer, do
     const auto figures
         = window.runUntil([&pointer] { return pointer.state() == QProcess::NotRunning; }, 60s);
     canvas->removeEventFilter(&counter);
-    const bool moved = boxOf(canvas->scene()->layers[static_cast<std::size_t>(layer)]) != before;
+    const bool moved = boxOf(*findLayer(*canvas->scene(), layer)) != before;
     std::string told(name);
     told.append(": ").append(figures.text()).append(", ");
     told.append(std::to_string(counter.moves)).append(" moves");
@@ -128,12 +133,12 @@ std::string drag(WatchedWindow &window, const char *name, std::int32_t layer, do
 }
 
 /// What it costs to select a layer, its properties with it: the first time and the next.
-std::string select(WatchedWindow &window, const char *name, std::int32_t layer)
+std::string select(WatchedWindow &window, const char *name, LayerId layer)
 {
     auto *canvas = window.window().findChild<Canvas *>(QStringLiteral("canvas"));
     std::array<double, 2> costs {};
     for (double &cost : costs) {
-        canvas->setSelected(0);
+        canvas->setSelected(canvas->scene()->layers[0].id);
         window.runFor(300ms);
         cost = threadMs([&] { canvas->setSelected(layer); });
         cost = std::max(cost, window.runFor(300ms).turn);
@@ -158,15 +163,17 @@ std::string tellDrag()
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, home.path());
     const ClipFiles clips(1, 60);
     WatchedWindow window;
-    Scene &scene = window.studio().stage().scenes.currentScene();
-    scene.layers = twentyLayers(window.studio(), clips.locations().front());
-    const auto front = static_cast<std::int32_t>(scene.layers.size()) - 1;
+    Document &document = window.studio().document();
+    testing::setLayers(document, twentyLayers(window.studio(), clips.locations().front()));
+    const std::vector<Layer> layers = document.currentScene()->layers;
+    const LayerId front = layers.back().id;
+    const LayerId words = layers[layers.size() - 3].id;
     window.window().findChild<Canvas *>(QStringLiteral("canvas"))->setSelected(front);
-    std::string told = std::to_string(scene.layers.size()) + " layers\t";
+    std::string told = std::to_string(layers.size()) + " layers\t";
     window.runFor(2s);
     told.append("still: ").append(window.runFor(5s).text()).append("\t");
-    told += select(window, "photo", front) + select(window, "text", front - 2);
-    told += drag(window, "text moved", front - 2, 0.5, 0.5);
+    told += select(window, "photo", front) + select(window, "text", words);
+    told += drag(window, "text moved", words, 0.5, 0.5);
     told += drag(window, "photo moved", front, 0.7, 0.7);
     told += drag(window, "photo resized", front, 1, 1);
     return told;

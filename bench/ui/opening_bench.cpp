@@ -24,22 +24,23 @@ Project largeProject()
         LayerKind::Color,
         LayerKind::Verse,
         LayerKind::Subtitle };
-    Project project;
+    Project project = newProject();
+    project.scenes.of(SceneSet::Streams).clear();
     for (int scene = 0; scene < 100; ++scene) {
         std::vector<Layer> layers;
         for (std::size_t layer = 0; layer < 20; ++layer) {
             layers.push_back(newLayer(kinds.at(layer % kinds.size())));
         }
-        project.streams.push_back({ QString::number(scene), layers });
+        project.scenes.of(SceneSet::Streams).push_back(makeScene(QString::number(scene), layers));
     }
-    project.hall = { defaultScene(true) };
     return project;
 }
 
 /// Two clips in each scene.
 Project clipProject(const QStringList &locations)
 {
-    Project project;
+    Project project = newProject();
+    project.scenes.of(SceneSet::Streams).clear();
     for (qsizetype i = 0; i + 1 < locations.size(); i += 2) {
         std::vector<Layer> layers;
         for (const QString &location : locations.mid(i, 2)) {
@@ -47,9 +48,8 @@ Project clipProject(const QStringList &locations)
             layer.uri = location;
             layers.push_back(layer);
         }
-        project.streams.push_back({ QString::number(i), layers });
+        project.scenes.of(SceneSet::Streams).push_back(makeScene(QString::number(i), layers));
     }
-    project.hall = { defaultScene(true) };
     return project;
 }
 
@@ -87,7 +87,7 @@ std::string tellClips()
     told.append("\trunning: ").append(window.runFor(5s).text());
     told.append("\t").append(std::to_string(std::lround(residentMiB()))).append(" MiB");
     told.append("\tan empty one: ");
-    told.append(open(window, {}, folder.filePath(QStringLiteral("e.nimbara"))));
+    told.append(open(window, newProject(), folder.filePath(QStringLiteral("e.nimbara"))));
     told.append("\tthen: ").append(window.runFor(5s).text());
     return told;
 }

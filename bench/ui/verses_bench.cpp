@@ -43,7 +43,7 @@ std::string engine()
         }
         return longest;
     };
-    const std::int32_t layer = studio.verses().quickVerseLayer();
+    const LayerId layer = studio.verses().quickVerseLayer();
     const auto lookUp = [&](const QString &typed) {
         const bible::VerseLookup::Source source { QStringLiteral("es"), {}, {} };
         return threadMs([&] { studio.verses().lookupVerse(layer, typed, source); });

@@ -58,14 +58,12 @@ std::string WatchedWindow::Figures::text() const
 WatchedWindow::WatchedWindow()
 {
     qApp->setStyleSheet(applicationStyleSheet());
-    auto shown = studio().onPictures;
-    studio().onPictures = [this, shown](const Pictures &pictures) {
+    QObject::connect(&studio(), &Studio::picturesMade, &studio(), [this] {
         const auto now = SteadyClock::now();
         m_gap = std::max(m_gap, std::chrono::duration<double, std::milli>(now - m_last).count());
         m_last = now;
         ++m_pictures;
-        shown(pictures);
-    };
+    });
     m_window.show();
     runFor(2s); // pictures on the way, everything painted once
 }

@@ -22,6 +22,7 @@ public:
     }
     std::optional<QColor> color(const QColor &, bool) override { return std::nullopt; }
     bool question(const QString &, const QString &) override { return false; }
+    SaveChoice saveChoice(const QString &, const QString &) override { return SaveChoice::Discard; }
     void warning(const QString &, const QString &) override { }
 
 private:

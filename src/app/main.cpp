@@ -10,6 +10,7 @@
 
 #include <QMessageBox>
 #include <QSettings>
+#include <QStandardPaths>
 
 namespace {
 
@@ -40,7 +41,9 @@ void showFailure(const QString &text)
 /// The window lives inside, so that every pipeline is gone when this returns.
 int runStudio(nimbara::StudioApplication &application)
 {
-    nimbara::StudioWindow window(false);
+    nimbara::StudioServices services;
+    services.dataFolder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    nimbara::StudioWindow window(false, std::move(services));
     window.show();
     return application.runLoop();
 }

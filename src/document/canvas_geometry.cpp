@@ -75,22 +75,21 @@ Handle handleAt(const QRectF &rect, QPointF pointer)
     return hit == corners.end() ? Handle::None : static_cast<Handle>(hit - corners.begin());
 }
 
-std::int32_t layerAt(const Scene &scene, const QRectF &frame, QPointF pointer)
+LayerId layerAt(const Scene &scene, const QRectF &frame, QPointF pointer)
 {
     for (std::size_t i = scene.layers.size(); i-- > 0;) {
         const Layer &layer = scene.layers[i];
         if (layer.visible && layerRect(boxOf(layer), frame).contains(pointer)) {
-            return static_cast<std::int32_t>(i);
+            return layer.id;
         }
     }
-    return -1;
+    return {};
 }
 
-CanvasHit canvasHit(const Scene &scene, std::int32_t selected, const QRectF &frame, QPointF pointer)
+CanvasHit canvasHit(const Scene &scene, LayerId selected, const QRectF &frame, QPointF pointer)
 {
-    if (selected >= 0 && static_cast<std::size_t>(selected) < scene.layers.size()) {
-        const Layer &layer = scene.layers[static_cast<std::size_t>(selected)];
-        const Handle handle = handleAt(layerRect(boxOf(layer), frame), pointer);
+    if (const Layer *layer = findLayer(scene, selected)) {
+        const Handle handle = handleAt(layerRect(boxOf(*layer), frame), pointer);
         if (handle != Handle::None) {
             return { handle, selected };
         }

@@ -38,18 +38,17 @@ std::array<QPointF, 4> cornersOf(const QRectF &rect);
 /// The first handle within reach of the pointer. `rect`: the selected layer on the screen.
 Handle handleAt(const QRectF &rect, QPointF pointer);
 
-/// The index of the front-most visible layer under the pointer, or −1.
-std::int32_t layerAt(const Scene &scene, const QRectF &frame, QPointF pointer);
+/// The front-most visible layer under the pointer, or none.
+LayerId layerAt(const Scene &scene, const QRectF &frame, QPointF pointer);
 
 /// What lies under the pointer: a handle of the selected layer comes before any layer.
 struct CanvasHit {
     Handle handle = Handle::None;
-    std::int32_t layer = -1; ///< −1 for none; the selected one when a handle was hit
+    LayerId layer; ///< none; the selected one when a handle was hit
 };
 
-/// `selected`: index of the selected layer; one outside the scene counts as none.
-CanvasHit
-canvasHit(const Scene &scene, std::int32_t selected, const QRectF &frame, QPointF pointer);
+/// `selected`: the selected layer; one that is not in the scene counts as none.
+CanvasHit canvasHit(const Scene &scene, LayerId selected, const QRectF &frame, QPointF pointer);
 
 /// One drag of a layer, from the press to the release.
 struct CanvasDrag {

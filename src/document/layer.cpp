@@ -70,6 +70,11 @@ bool isPicture(LayerKind kind)
         || kind == LayerKind::Screen;
 }
 
+bool hasSource(LayerKind kind)
+{
+    return kind == LayerKind::Video || kind == LayerKind::Screen;
+}
+
 bool isText(LayerKind kind)
 {
     return kind == LayerKind::Text || kind == LayerKind::Verse || kind == LayerKind::Subtitle;

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "media/sources/media.h"
-#include "signal/frame.h"
+#include "document/ids.h"
 
 #include <QColor>
 #include <QString>
@@ -56,12 +55,17 @@ HorizontalAlign horizontalAlign(std::int32_t bits);
 /// The bits with another horizontal alignment; the vertical bits stay as they are.
 std::int32_t withHorizontalAlign(std::int32_t bits, HorizontalAlign choice);
 
-/// One picture source or text in a box of the output frame. A plain value: a copy shares the
-/// decoded image and the media source with the layer it came from.
+/// Kinds that play something opened for them: video, screen.
+bool hasSource(LayerKind kind);
+
+/// One picture source or text in a box of the output frame. A plain value without anything live:
+/// the decoded picture stands on a shelf by its path, the open source in a pool by `source`.
 struct Layer {
     static constexpr std::int32_t minSize = 8;
     static constexpr std::int32_t maxSize = 400;
 
+    LayerId id = LayerId::make(); ///< a copy keeps it; a second layer like this one needs another
+    SourceId source = SourceId::make(); ///< what it plays; layers that share it play the same
     LayerKind kind = LayerKind::Camera;
     QString name; ///< the operator's label
     bool visible = true;
@@ -71,7 +75,6 @@ struct Layer {
     double w = 1;
     double h = 1;
     QString path; ///< image file
-    FramePtr image; ///< decoded picture; never saved
     QString text; ///< body text; of a subtitle layer, written for each frame
     QString reference; ///< verse: the reference line; subtitle: the highlighted newest phrase
     QString font = QStringLiteral("Arial");
@@ -82,7 +85,6 @@ struct Layer {
     std::int32_t align = align::horizontalCentre | align::verticalCentre;
     bool shadow = true;
     QString uri; ///< media location, as the operator gave it
-    MediaPtr source; ///< open pipeline of video and screen layers; never saved
     bool sound = true; ///< video: its sound is heard on the stream program
     bool cover = false; ///< fill the box and crop, instead of fitting the picture whole
     QColor fill = QColor(12, 48, 88); ///< colour layers

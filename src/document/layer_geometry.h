@@ -1,5 +1,6 @@
 #pragma once
 
+#include "document/box.h"
 #include "document/layer.h"
 #include "signal/frame.h"
 
@@ -8,16 +9,6 @@
 /// How a layer's box changes, as pure functions on values. All boxes are fractions of the output
 /// frame: x and w of its width, y and h of its height.
 namespace nimbara {
-
-struct Box {
-    double x = 0;
-    double y = 0;
-    double w = 1;
-    double h = 1;
-    bool operator==(const Box &) const = default;
-};
-
-constexpr Box fullFrame {};
 
 Box boxOf(const Layer &layer);
 void setBox(Layer &layer, const Box &box);

@@ -24,9 +24,10 @@ QByteArray readProjectFile(const QString &path)
 
 void writeProjectFile(const QString &path, const QByteArray &json)
 {
+    // `commit` does not notice that the disk took a part of the last bytes only; `flush` does.
     QSaveFile file(path);
     const bool saved = json.size() <= maxProjectBytes && file.open(QIODevice::WriteOnly)
-        && file.write(json) == json.size() && file.commit();
+        && file.write(json) == json.size() && file.flush() && file.commit();
     if (!saved) {
         throw Error(QStringLiteral("No se pudo guardar proyecto"));
     }

@@ -1,13 +1,11 @@
 #pragma once
 
-#include "document/profile.h"
-#include "document/scene.h"
+#include "document/project.h"
 
 #include <QByteArray>
 #include <QString>
 
-#include <cstdint>
-#include <vector>
+#include <cstddef>
 
 /// Project files ("*.nimbara"): UTF-8 JSON, version 3 written, versions 1 to 3 read. They never
 /// hold keys.
@@ -17,24 +15,6 @@
 /// time. A failure is an `Error` with the operator's text, and leaves everything as it was.
 namespace nimbara {
 
-/// What a project file holds. The sets are not empty after `fromJson`, and the current indexes lie
-/// within them. Decoded images and sources are not part of it (`attachResources`).
-struct Project {
-    static constexpr std::int32_t maxGain = 200;
-    static constexpr qsizetype maxTitle = 500;
-
-    StreamProfile profile = StreamProfile::Landscape;
-    std::vector<Scene> streams;
-    std::vector<Scene> hall;
-    std::int32_t currentStreams = 0;
-    std::int32_t currentHall = 0;
-    bool band = false; ///< the title-band switch
-    QString title; ///< the lower-third title; at most 500 characters after reading
-    std::int32_t gain = 100; ///< input gain in percent, 0..200
-
-    bool operator==(const Project &) const = default;
-};
-
 constexpr qint64 maxProjectBytes = 4'194'304;
 /// Scenes and layers of one file together. More do not fit when each has its members written; the
 /// limit keeps a file of empty ones from claiming the time and memory of a running service.
@@ -42,15 +22,20 @@ constexpr std::size_t maxProjectItems = 50'000;
 /// Boxes read from a file reach at most this many frames away, so that they stay drawable.
 constexpr double maxBoxReach = 100;
 
-/// The project as indented JSON, version 3. Image and source references are not written.
-QByteArray toJson(const Project &project);
+/// The project as indented JSON, version 3. Ids are not written. `folder`: where the file lies or
+/// will lie, so that local files are named relative to it, too (`media_paths.h`); empty: they are
+/// not.
+QByteArray toJson(const Project &project, const QString &folder = {});
 
 /// Reads a project. Missing or unfit values take their defaults, numbers are clamped, unknown keys
 /// ignored; anything but a JSON object reads as an empty one. An empty set gets its default scene.
 ///
 /// Throws `Error` "Versión de proyecto inválida" (not 1, 2 or 3), "Opciones de proyecto inválidas"
 /// (a gain that is no integer of 0..200) or "Proyecto inválido" (beyond the limits above).
-Project fromJson(const QByteArray &json);
+///
+/// `folder`: where the file lies. Local files that are not where they were are looked for relative
+/// to it; this asks the disk.
+Project fromJson(const QByteArray &json, const QString &folder = {});
 
 /// The whole file. Throws `Error` "Proyecto inválido" when it cannot be read, is larger than 4 MiB,
 /// or is no regular file: a device or a pipe is never opened.

@@ -1,6 +1,7 @@
 #include "base/error.h"
 #include "base/i18n.h"
 #include "document/layer_geometry.h"
+#include "document/media_paths.h"
 #include "document/project_file.h"
 
 #include <QFileInfo>
@@ -88,7 +89,7 @@ std::int32_t alignFrom(const Members &members)
     return bits ? *bits & known : Layer {}.align;
 }
 
-Layer layerFrom(const QJsonValue &value)
+Layer layerFrom(const QJsonValue &value, const QString &folder)
 {
     const Members members(value);
     Layer layer;
@@ -98,6 +99,12 @@ Layer layerFrom(const QJsonValue &value)
     layer.opacity = members.number("opacity", layer.opacity, 0, 1);
     setBox(layer, boxFrom(members));
     layer.path = members.text("path");
+    layer.uri = members.text("uri");
+    if (!folder.isEmpty()) {
+        const FileTest exists = [](const QString &path) { return QFileInfo::exists(path); };
+        layer.path = resolvePath(folder, layer.path, members.text("relativePath"), exists);
+        layer.uri = resolveUri(folder, layer.uri, members.text("relativeUri"), exists);
+    }
     layer.text = members.text("text");
     layer.reference = members.text("reference");
     layer.font = members.value("font").toString(layer.font);
@@ -107,7 +114,6 @@ Layer layerFrom(const QJsonValue &value)
     layer.background = members.color("background", layer.background);
     layer.align = alignFrom(members);
     layer.shadow = members.flag("shadow", layer.shadow);
-    layer.uri = members.text("uri");
     layer.sound = members.flag("sound", layer.sound);
     layer.cover = members.flag("cover", layer.cover);
     layer.fill = members.color("fill", layer.fill);
@@ -123,71 +129,73 @@ void claim(std::size_t &room, qsizetype items)
     room -= static_cast<std::size_t>(items);
 }
 
-std::vector<Scene> scenesFrom(const QJsonValue &value, std::size_t &room)
+Scenes scenesFrom(const QJsonValue &value, const QString &folder, std::size_t &room)
 {
     const QJsonArray array = value.toArray();
     claim(room, array.size());
-    std::vector<Scene> scenes;
+    Scenes scenes;
     scenes.reserve(static_cast<std::size_t>(array.size()));
     for (const auto &entry : array) {
         const Members members(entry);
         const QJsonArray layers = members.value("layers").toArray();
         claim(room, layers.size());
-        Scene &scene = scenes.emplace_back();
+        Scene scene;
         scene.name = members.text("name");
         scene.layers.reserve(static_cast<std::size_t>(layers.size()));
         for (const auto &layer : layers) {
-            scene.layers.push_back(layerFrom(layer));
+            scene.layers.push_back(layerFrom(layer, folder));
         }
+        scenes.push_back(std::make_shared<const Scene>(std::move(scene)));
     }
     return scenes;
 }
 
 /// The one scene of a version 1 file: a choice of camera, picture and media.
-Scene legacyScene(const Members &members)
+ScenePtr legacyScene(const Members &members)
 {
     constexpr std::int32_t cameraScene = 0;
     constexpr std::int32_t imageScene = 2;
     const std::int32_t choice = members.integer("scene", cameraScene, -1, imageScene + 1);
-    Scene scene { tr("Escena 1"), {} };
+    std::vector<Layer> layers;
     if (choice == cameraScene) {
-        scene.layers.emplace_back().name = tr("Cámara");
+        layers.emplace_back().name = tr("Cámara");
     }
     if (const QString path = members.text("image"); !path.isEmpty()) {
-        Layer &image = scene.layers.emplace_back();
+        Layer &image = layers.emplace_back();
         image.kind = LayerKind::Image;
         image.name = QFileInfo(path).fileName();
         image.path = path;
         setBox(image, choice == imageScene ? fullFrame : Box { 0.8, 0.03, 0.17, 0.17 });
     }
     if (const QString location = members.text("media"); !location.isEmpty()) {
-        Layer &video = scene.layers.emplace_back();
+        Layer &video = layers.emplace_back();
         video.kind = LayerKind::Video;
         video.name = tr("Video");
         video.uri = location;
     }
-    return scene;
+    return makeScene(tr("Escena 1"), std::move(layers));
 }
 
-void readSets(Project &project, const Members &members, std::int32_t version)
+void readSets(Project &project, const Members &members, std::int32_t version, const QString &folder)
 {
     std::size_t room = maxProjectItems;
+    Scenes &streams = project.scenes.of(SceneSet::Streams);
+    Scenes &hall = project.scenes.of(SceneSet::Hall);
     if (version == 1) {
-        project.streams = { legacyScene(members) };
+        streams = { legacyScene(members) };
     } else {
-        project.streams = scenesFrom(members.value("scenes"), room);
-        project.hall = scenesFrom(members.value("hall"), room);
+        streams = scenesFrom(members.value("scenes"), folder, room);
+        hall = scenesFrom(members.value("hall"), folder, room);
     }
-    if (project.streams.empty()) {
-        project.streams.push_back(defaultScene(false));
+    for (const SceneSet set : bothSets) {
+        if (project.scenes.of(set).empty()) {
+            project.scenes.of(set).push_back(
+                std::make_shared<const Scene>(defaultScene(set == SceneSet::Hall)));
+        }
+        const auto last = static_cast<std::int32_t>(project.scenes.of(set).size()) - 1;
+        const char *key = set == SceneSet::Hall ? "currentHall" : "current";
+        project.setCurrentPlace(set, static_cast<std::size_t>(members.integer(key, 0, 0, last)));
     }
-    if (project.hall.empty()) {
-        project.hall.push_back(defaultScene(true));
-    }
-    const auto last
-        = [](const std::vector<Scene> &set) { return static_cast<std::int32_t>(set.size()) - 1; };
-    project.currentStreams = members.integer("current", 0, 0, last(project.streams));
-    project.currentHall = members.integer("currentHall", 0, 0, last(project.hall));
 }
 
 /// How many objects and arrays the text opens, outside its strings.
@@ -221,7 +229,7 @@ QString cutTitle(const QString &title)
 
 } // namespace
 
-Project fromJson(const QByteArray &json)
+Project fromJson(const QByteArray &json, const QString &folder)
 {
     // A parsed object takes many times the memory of its two brackets: counted before it is parsed.
     if (json.size() > maxProjectBytes || containersIn(json) > maxProjectContainers) {
@@ -239,7 +247,7 @@ Project fromJson(const QByteArray &json)
     Project project;
     project.profile
         = members.flag("vertical", false) ? StreamProfile::Portrait : StreamProfile::Landscape;
-    readSets(project, members, *version);
+    readSets(project, members, *version, folder);
     project.band = members.flag("band", false);
     project.title = cutTitle(members.text("title"));
     project.gain = *gain;

@@ -1,3 +1,4 @@
+#include "document/media_paths.h"
 #include "document/project_file.h"
 
 #include <QJsonArray>
@@ -23,7 +24,15 @@ void addTextStyle(QJsonObject &object, const Layer &layer)
     object[QLatin1String("shadow")] = layer.shadow;
 }
 
-QJsonObject layerObject(const Layer &layer)
+/// Adds the relative form of a local file, where there is one.
+void addRelative(QJsonObject &object, const char *key, const QString &relative)
+{
+    if (!relative.isEmpty()) {
+        object[QLatin1String(key)] = relative;
+    }
+}
+
+QJsonObject layerObject(const Layer &layer, const QString &folder)
 {
     QJsonObject object {
         { QStringLiteral("kind"), wordOfKind(layer.kind) },
@@ -40,8 +49,14 @@ QJsonObject layerObject(const Layer &layer)
         addTextStyle(object, layer);
     } else if (layer.kind == LayerKind::Image) {
         object[QLatin1String("path")] = layer.path;
+        if (!folder.isEmpty()) {
+            addRelative(object, "relativePath", relativePath(folder, layer.path));
+        }
     } else if (layer.kind == LayerKind::Video) {
         object[QLatin1String("uri")] = layer.uri;
+        if (!folder.isEmpty()) {
+            addRelative(object, "relativeUri", relativeUri(folder, layer.uri));
+        }
         object[QLatin1String("sound")] = layer.sound;
     } else if (layer.kind == LayerKind::Color) {
         object[QLatin1String("fill")] = layer.fill.name(QColor::HexArgb);
@@ -49,15 +64,15 @@ QJsonObject layerObject(const Layer &layer)
     return object;
 }
 
-QJsonArray sceneArray(const std::vector<Scene> &scenes)
+QJsonArray sceneArray(const Scenes &scenes, const QString &folder)
 {
     QJsonArray array;
-    for (const Scene &scene : scenes) {
+    for (const ScenePtr &scene : scenes) {
         QJsonArray layers;
-        for (const Layer &layer : scene.layers) {
-            layers.append(layerObject(layer));
+        for (const Layer &layer : scene->layers) {
+            layers.append(layerObject(layer, folder));
         }
-        array.append(QJsonObject { { QStringLiteral("name"), scene.name },
+        array.append(QJsonObject { { QStringLiteral("name"), scene->name },
             { QStringLiteral("layers"), layers } });
     }
     return array;
@@ -65,15 +80,17 @@ QJsonArray sceneArray(const std::vector<Scene> &scenes)
 
 } // namespace
 
-QByteArray toJson(const Project &project)
+QByteArray toJson(const Project &project, const QString &folder)
 {
+    const auto place
+        = [&project](SceneSet set) { return static_cast<qint64>(project.currentPlace(set)); };
     const QJsonObject object {
         { QStringLiteral("version"), 3 },
         { QStringLiteral("vertical"), project.profile == StreamProfile::Portrait },
-        { QStringLiteral("current"), project.currentStreams },
-        { QStringLiteral("currentHall"), project.currentHall },
-        { QStringLiteral("scenes"), sceneArray(project.streams) },
-        { QStringLiteral("hall"), sceneArray(project.hall) },
+        { QStringLiteral("current"), place(SceneSet::Streams) },
+        { QStringLiteral("currentHall"), place(SceneSet::Hall) },
+        { QStringLiteral("scenes"), sceneArray(project.streams(), folder) },
+        { QStringLiteral("hall"), sceneArray(project.hall(), folder) },
         { QStringLiteral("band"), project.band },
         { QStringLiteral("title"), project.title },
         { QStringLiteral("gain"), std::clamp(project.gain, 0, Project::maxGain) },

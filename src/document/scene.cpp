@@ -1,6 +1,5 @@
 #include "document/scene.h"
 
-#include "base/error.h"
 #include "base/i18n.h"
 
 #include <algorithm>
@@ -10,6 +9,14 @@ namespace nimbara {
 using nimbara_i18n::tr;
 
 namespace {
+
+Scene named(const QString &name, std::vector<Layer> layers)
+{
+    Scene scene;
+    scene.name = name;
+    scene.layers = std::move(layers);
+    return scene;
+}
 
 Scene defaultHallScene()
 {
@@ -28,10 +35,58 @@ Scene defaultHallScene()
     subtitles.size = 72;
     subtitles.align = align::left | align::top;
     subtitles.background = QColor(0, 0, 0, 0);
-    return { tr("Escena 1"), { background, subtitles } };
+    return named(tr("Escena 1"), { background, subtitles });
 }
 
 } // namespace
+
+ScenePtr makeScene(const QString &name, std::vector<Layer> layers)
+{
+    return std::make_shared<const Scene>(named(name, std::move(layers)));
+}
+
+std::optional<ScenePlace> placeOf(const SceneSets &scenes, SceneId id)
+{
+    for (const SceneSet set : bothSets) {
+        const Scenes &all = scenes.of(set);
+        const auto found = std::find_if(all.begin(), all.end(), [id](const ScenePtr &scene) {
+            return scene->id == id;
+        });
+        if (found != all.end()) {
+            return ScenePlace { set, static_cast<std::size_t>(found - all.begin()) };
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<LayerPlace> placeOf(const SceneSets &scenes, LayerId id)
+{
+    for (const SceneSet set : bothSets) {
+        const Scenes &all = scenes.of(set);
+        for (std::size_t scene = 0; scene < all.size(); ++scene) {
+            if (const Layer *layer = findLayer(*all[scene], id)) {
+                return LayerPlace { set,
+                    scene,
+                    static_cast<std::size_t>(layer - all[scene]->layers.data()) };
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+const Layer *findLayer(const Scene &scene, LayerId id)
+{
+    const auto found = std::find_if(scene.layers.begin(),
+        scene.layers.end(),
+        [id](const Layer &layer) { return layer.id == id; });
+    return found == scene.layers.end() ? nullptr : &*found;
+}
+
+const Layer *findLayer(const SceneSets &scenes, LayerId id)
+{
+    const auto place = placeOf(scenes, id);
+    return place ? &scenes.of(place->set)[place->scene]->layers[place->layer] : nullptr;
+}
 
 Scene defaultScene(bool isHall)
 {
@@ -40,7 +95,7 @@ Scene defaultScene(bool isHall)
     }
     Layer camera;
     camera.name = tr("Cámara");
-    return { tr("Escena 1"), { camera } };
+    return named(tr("Escena 1"), { camera });
 }
 
 bool hasSubtitle(const Scene &scene)
@@ -48,56 +103,6 @@ bool hasSubtitle(const Scene &scene)
     return std::any_of(scene.layers.begin(), scene.layers.end(), [](const Layer &layer) {
         return layer.kind == LayerKind::Subtitle;
     });
-}
-
-std::int32_t addLayer(Scene &scene, Layer layer)
-{
-    if (layer.kind == LayerKind::Subtitle && hasSubtitle(scene)) {
-        throw Error(QStringLiteral("Esta escena ya tiene una fuente de subtítulos."));
-    }
-    const auto place = static_cast<std::int32_t>(scene.layers.size());
-    if (layer.name.isEmpty()) {
-        layer.name = displayName(layer.kind) + QLatin1Char(' ') + QString::number(place + 1);
-    }
-    scene.layers.push_back(std::move(layer));
-    return place;
-}
-
-std::vector<Scene> &SceneSets::scenes(SceneSet which)
-{
-    return set(which).scenes;
-}
-
-const std::vector<Scene> &SceneSets::scenes(SceneSet which) const
-{
-    return set(which).scenes;
-}
-
-std::int32_t SceneSets::currentIndex(SceneSet which) const
-{
-    return set(which).current;
-}
-
-void SceneSets::setCurrentIndex(SceneSet which, std::int32_t index)
-{
-    set(which).current = index;
-}
-
-Scene &SceneSets::currentScene()
-{
-    Set &edited = set(m_editing);
-    if (edited.scenes.empty()) {
-        edited.scenes.push_back(defaultScene(editingHall()));
-        edited.current = 0;
-    }
-    const auto last = static_cast<std::int32_t>(edited.scenes.size()) - 1;
-    edited.current = std::clamp(edited.current, 0, last);
-    return edited.scenes[static_cast<std::size_t>(edited.current)];
-}
-
-std::int32_t SceneSets::addLayer(Layer layer)
-{
-    return nimbara::addLayer(currentScene(), std::move(layer));
 }
 
 } // namespace nimbara

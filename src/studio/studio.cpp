@@ -2,15 +2,34 @@
 
 #include "base/i18n.h"
 #include "compositor/scene/load_image.h"
+#include "secrets/keychain_store.h"
 #include "studio/edit/profile_change.h"
+#include "studio/outputs/closing.h"
 
 namespace nimbara {
 
+namespace {
+
+QString below(const QString &folder, const char *name)
+{
+    return folder.isEmpty() ? QString() : folder + QLatin1Char('/') + QLatin1String(name);
+}
+
+} // namespace
+
 Studio::Studio(const Clock &clock, StudioPeers peers)
     : m_clock(clock)
+    , m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
+    , m_keychain(peers.keychain ? std::move(peers.keychain) : std::make_unique<KeychainStore>())
+    , m_secrets(*m_keychain)
     , m_retirement(std::make_shared<Retirement>())
     , m_factory(clock, m_retirement)
-    , m_sources(clock, m_factory, [this](const QString &text) { status(text); })
+    , m_stage(clock)
+    , m_sources(
+          clock,
+          m_factory,
+          [this] { return m_stage.streamFrame(); },
+          [this](const QString &text) { status(text); })
     , m_audio(m_retirement, [this](const QString &text) { status(text); })
     , m_devices(clock,
           m_factory,
@@ -24,25 +43,37 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           m_factory,
           m_sources,
           m_stage,
+          m_onAir,
           m_pictures,
           [this](const QString &text) { status(text); })
-    , m_layers(m_factory, m_stage, [this](const QString &text) { status(text); })
-    , m_images(m_stage)
+    , m_layers(m_factory, m_stage, m_sources.pool(), [this](const QString &text) { status(text); })
+    , m_images(m_stage, m_sources.shelf())
     , m_outputs(m_retirement)
-    , m_projects(m_factory,
+    , m_streams(m_outputs, m_stage, m_secrets)
+    , m_projects(
+          m_factory,
           m_outputs,
           m_stage,
+          m_onAir,
           m_sources,
-          [this](const QString &text) { status(text); })
-    , m_translation(clock, peers.openAi, m_stage, m_audio, m_programAudio)
+          [this](const QString &text) { status(text); },
+          below(peers.dataFolder, "backups"))
+    , m_safety(clock, m_stage.document, m_projects, below(peers.dataFolder, "recovery"))
+    , m_translation(clock,
+          peers.openAi,
+          { m_stage, m_audio, m_programAudio, m_secrets, m_settings })
+    , m_bibleKey(m_secrets, secret_account::apiBible())
     , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const QString &text) { status(text); })
     , m_schedule(clock.monotonicUs())
 {
-    for (const SceneSet set : { SceneSet::Hall, SceneSet::Streams }) {
-        m_stage.scenes.setEditing(set);
-        static_cast<void>(m_stage.scenes.currentScene()); // gives an empty set its default scene
-    }
+    QObject::connect(&m_stage.document, &Document::changed, &m_stage.document, [this] {
+        m_sources.follow(m_stage.document.scenes());
+    });
     m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
+    m_verses.setKeys([this](const auto &receiver) { m_bibleKey.withKey(receiver); },
+        [this](const auto &receiver) { m_translation.key().withKey(receiver); });
+    connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
+    connect(&m_streams, &StreamDesk::said, this, &Studio::status);
 }
 
 Studio::~Studio() = default;
@@ -58,16 +89,17 @@ void Studio::tick()
     m_sources.logFirstFrame();
     m_translation.clearOldCaptions();
     const Pictures pictures = composePictures(now);
-    onPictures(pictures);
+    Q_EMIT picturesMade(pictures);
     feedOutputs(pictures.streams, *frameTime);
 }
 
 void Studio::readInputs()
 {
-    m_sources.poll(m_stage);
+    m_sources.poll(m_stage.document.project(), m_onAir);
     m_sources.reopenCamera(m_stage.streamFrame());
     m_devices.poll();
     m_projects.poll();
+    m_safety.poll();
     m_images.poll();
     m_audio.pull();
     m_retirement->reap();
@@ -76,16 +108,29 @@ void Studio::readInputs()
 void Studio::changeProfile(StreamProfile profile)
 {
     if (!m_outputs.any()) {
-        nimbara::changeProfile(profile, m_factory, m_stage, m_sources, status);
+        nimbara::changeProfile(profile,
+            m_factory,
+            m_stage,
+            m_onAir,
+            m_sources,
+            [this](const QString &text) { status(text); });
     }
+}
+
+void Studio::shutDown()
+{
+    m_streams.callOffStarts();
+    m_translation.shutDown();
+    finishOutputs(m_outputs.recording(), m_streams);
 }
 
 Pictures Studio::composePictures(std::int64_t now)
 {
     const FramePtr camera = m_sources.cameraFrame();
-    Pictures pictures { m_pictures.preview(m_stage, camera),
-        m_pictures.streams(m_stage, camera),
-        m_pictures.hall(m_stage, camera) };
+    const LiveScene prepared = m_sources.live(m_stage.document.currentScene());
+    Pictures pictures { m_pictures.preview(m_stage, prepared, camera),
+        m_pictures.streams(m_stage, m_onAir.streams, camera),
+        m_pictures.hall(m_stage, m_onAir.hall, camera) };
     m_diagnostics.observe(m_stage, m_sources, pictures.preview);
     pictures.streams = m_stage.program.fade(pictures.streams, now);
     return pictures;
@@ -93,16 +138,16 @@ Pictures Studio::composePictures(std::int64_t now)
 
 void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
 {
-    const ProgramBlock block = m_programAudio.next(m_stage, m_audio);
+    const ProgramBlock block = m_programAudio.next(m_onAir.streams, m_audio);
     if (!m_outputs.any()) {
         return;
     }
     const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
     const Outputs::Stopped stopped = m_outputs.push(toFrame(streams), block, timeNs);
     if (stopped.recording) {
-        status(nimbara_i18n::tr(*stopped.recording));
+        Q_EMIT status(nimbara_i18n::tr(*stopped.recording));
     }
-    onOutputsStepped();
+    Q_EMIT outputsStepped();
 }
 
 } // namespace nimbara

@@ -3,14 +3,18 @@
 #include "compositor/scene/frame_schedule.h"
 #include "media/sources/media_factory.h"
 #include "output/sink/outputs.h"
+#include "secrets/secret_store.h"
 #include "studio/edit/layer_maker.h"
 #include "studio/edit/project_desk.h"
 #include "studio/edit/stage.h"
+#include "studio/edit/work_safety.h"
+#include "studio/outputs/stream_desk.h"
 #include "studio/programs/diagnostics.h"
 #include "studio/programs/program_audio_desk.h"
 #include "studio/programs/program_control.h"
 #include "studio/programs/program_pictures.h"
 #include "studio/report.h"
+#include "studio/services/service_key.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
 #include "studio/sources/audio_input.h"
@@ -18,7 +22,9 @@
 #include "studio/sources/image_intake.h"
 #include "studio/sources/sources.h"
 
-#include <functional>
+#include <QObject>
+#include <QSettings>
+
 #include <memory>
 
 namespace nimbara {
@@ -28,11 +34,14 @@ struct StudioPeers {
     std::unique_ptr<CapturePermission> permission; ///< cameras and microphones; none: the system's
     Endpoint openAi = openAiEndpoint();
     Endpoint apiBible = apiBibleEndpoint();
+    std::unique_ptr<SystemKeyStore> keychain = nullptr; ///< none: the platform's store
+    QString dataFolder {}; ///< of recovery copies and backups; empty: none are kept
 };
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick
 /// that drives them. Interface thread only; nothing in it waits.
-class Studio {
+class Studio : public QObject {
+    Q_OBJECT
 public:
     /// Starts on test bars, with the default scenes and both programs black. `clock` must outlive
     /// the studio.
@@ -41,12 +50,15 @@ public:
     Studio &operator=(const Studio &) = delete;
     Studio(Studio &&) = delete;
     Studio &operator=(Studio &&) = delete;
-    ~Studio();
+    ~Studio() override;
 
     /// One run of the frame clock; call about every 5 ms. Makes a frame when one is due.
     void tick();
 
     [[nodiscard]] Stage &stage() { return m_stage; }
+    /// The one door to the project.
+    [[nodiscard]] Document &document() { return m_stage.document; }
+    [[nodiscard]] const OnAir &onAir() const { return m_onAir; }
     [[nodiscard]] Sources &sources() { return m_sources; }
     [[nodiscard]] AudioInput &audio() { return m_audio; }
     [[nodiscard]] DeviceConnection &devices() { return m_devices; }
@@ -55,24 +67,33 @@ public:
     [[nodiscard]] LayerMaker &layers() { return m_layers; }
     [[nodiscard]] ImageIntake &images() { return m_images; }
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
+    [[nodiscard]] StreamDesk &streams() { return m_streams; }
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
+    /// Of the service that online Bibles come from.
+    [[nodiscard]] ServiceKey &bibleKey() { return m_bibleKey; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
+    [[nodiscard]] WorkSafety &safety() { return m_safety; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
-    [[nodiscard]] const MediaFactory &mediaFactory() const { return m_factory; }
+    /// What is remembered from one run to the next.
+    [[nodiscard]] QSettings &settings() { return m_settings; }
+    [[nodiscard]] SecretStore &secrets() { return m_secrets; }
 
     /// Changes the shape of the streams (`nimbara::changeProfile`). Does nothing while an output
     /// runs.
     void changeProfile(StreamProfile profile);
+    /// Before the program ends, after the last tick: calls off what waits for a key, ends the
+    /// translation and finishes the recording; see `finishOutputs`.
+    void shutDown();
     /// Frame slots that a stall skipped since the start.
     [[nodiscard]] std::uint64_t missedSlots() const { return m_schedule.skipped(); }
 
-    /// One line for the operator, already translated. Never empty.
-    Report status = [](const QString &) {};
-    /// The pictures of each frame, after the fade. Never empty.
-    std::function<void(const Pictures &)> onPictures = [](const Pictures &) {};
-    /// After each frame that an output took: buttons, labels and guards may have changed. Never
-    /// empty.
-    std::function<void()> onOutputsStepped = [] {};
+Q_SIGNALS:
+    /// One line for the operator, already translated.
+    void status(const QString &text);
+    /// The pictures of each frame, after the fade.
+    void picturesMade(const Pictures &pictures);
+    /// After each frame that an output took: buttons, labels and guards may have changed.
+    void outputsStepped();
 
 private:
     void readInputs();
@@ -80,9 +101,13 @@ private:
     void feedOutputs(const QImage &streams, std::int64_t frameTime);
 
     const Clock &m_clock;
+    QSettings m_settings;
+    std::unique_ptr<SystemKeyStore> m_keychain;
+    SecretStore m_secrets;
     std::shared_ptr<Retirement> m_retirement;
     MediaFactory m_factory;
     Stage m_stage;
+    OnAir m_onAir;
     ProgramPictures m_pictures;
     Sources m_sources;
     AudioInput m_audio;
@@ -92,8 +117,11 @@ private:
     LayerMaker m_layers;
     ImageIntake m_images;
     Outputs m_outputs;
+    StreamDesk m_streams;
     ProjectDesk m_projects;
+    WorkSafety m_safety;
     TranslationDesk m_translation;
+    ServiceKey m_bibleKey;
     VerseDesk m_verses;
     Diagnostics m_diagnostics;
     FrameSchedule m_schedule;

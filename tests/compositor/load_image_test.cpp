@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QImage>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
@@ -13,6 +14,8 @@
 #include <sys/stat.h>
 
 using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 class LoadImageTest : public QObject {
     Q_OBJECT
@@ -38,136 +41,124 @@ class LoadImageTest : public QObject {
     QTemporaryDir m_folder;
 
 private Q_SLOTS:
-    void readsWhatOtherProgramsMake_data();
-    void readsWhatOtherProgramsMake();
-    void keepsTransparency();
-    void rotatedPhotoComesUpright();
-    void refusesWhatIsNoPicture();
-    void neverOpensAPipe();
-    void acceptsTheLargestPicture();
-};
-
-void LoadImageTest::readsWhatOtherProgramsMake_data()
-{
-    QTest::addColumn<QString>("made"); ///< ImageMagick's arguments behind the red picture
-    QTest::addColumn<QString>("name");
-    const auto row = [](const char *name, const char *made, const char *file) {
-        QTest::newRow(name) << QString::fromLatin1(made) << QString::fromLatin1(file);
-    };
-    row("PNG", "a.png", "a.png");
-    row("JPEG", "a.jpg", "a.jpg");
-    row("BMP", "a.bmp", "a.bmp");
-    row("WebP", "a.webp", "a.webp");
-    row("JPEG named as PNG", "jpg:b.png", "b.png");
-    row("PNG without a suffix", "png:plain", "plain");
-    row("CMYK JPEG", "-colorspace CMYK cmyk.jpg", "cmyk.jpg");
-    row("16-bit PNG", "-depth 16 deep.png", "deep.png");
-    row("animated WebP: its first picture", "xc:blue xc:green moving.webp", "moving.webp");
-}
-
-void LoadImageTest::readsWhatOtherProgramsMake()
-{
-    QFETCH(QString, made);
-    QFETCH(QString, name);
-    QProcess maker;
-    maker.setWorkingDirectory(m_folder.path());
-    maker.start(QStringLiteral("convert"),
-        (QStringLiteral("-size 64x32 xc:rgb(200,40,90) ") + made).split(QLatin1Char(' ')));
-    QVERIFY2(maker.waitForFinished(300'000) && maker.exitCode() == 0,
-        maker.readAllStandardError().constData());
-    const FramePtr frame = loadImage(m_folder.filePath(name));
-    QCOMPARE(frame->size(), (FrameSize { 64, 32 }));
-    QVERIFY(frame->opaque);
-    const QColor centre = imageView(*frame).pixelColor(32, 16);
-    // Inks and lossy coding round.
-    QVERIFY2(qAbs(centre.red() - 200) < 12 && qAbs(centre.green() - 40) < 12
-            && qAbs(centre.blue() - 90) < 12,
-        qPrintable(centre.name()));
-}
-
-void LoadImageTest::keepsTransparency()
-{
-    QImage image(3, 2, QImage::Format_ARGB32);
-    image.fill(QColor(10, 20, 30));
-    QVERIFY(image.save(path("full.png")));
-    QVERIFY(loadImage(path("full.png"))->opaque);
-
-    image.setPixelColor(2, 1, QColor(250, 100, 50, 40));
-    QVERIFY(image.save(path("holes.png")));
-    const FramePtr frame = loadImage(path("holes.png"));
-    QVERIFY(!frame->opaque);
-    const std::vector<std::uint8_t> last(frame->pixels.end() - 4, frame->pixels.end());
-    QCOMPARE(last, (std::vector<std::uint8_t> { 250, 100, 50, 40 })); // straight, not premultiplied
-}
-
-void LoadImageTest::rotatedPhotoComesUpright()
-{
-    QImage lying(40, 20, QImage::Format_RGB32); // red left, blue right
-    lying.fill(Qt::blue);
-    for (int i = 0; i < 400; ++i) {
-        lying.setPixelColor(i % 20, i / 20, Qt::red);
-    }
-    QVERIFY(lying.save(path("photo.jpg"), "jpg", 100));
-    QFile file(path("photo.jpg"));
-    QVERIFY(file.open(QIODevice::ReadWrite));
-    // The tag that cameras write, 6: it stood on its side; upright, what was left is on top.
-    const QByteArray tag = QByteArray::fromHex("ffe1002245786966000049492a0008000000"
-                                               "010012010300010000000600000000000000");
-    const QByteArray jpeg = file.readAll();
-    file.seek(0);
-    file.write(jpeg.left(2) + tag + jpeg.mid(2));
-    file.close();
-
-    const FramePtr frame = loadImage(file.fileName());
-    QCOMPARE(frame->size(), (FrameSize { 20, 40 }));
-    QVERIFY(imageView(*frame).pixelColor(10, 5).red() > 200);
-    QVERIFY(imageView(*frame).pixelColor(10, 35).blue() > 200);
-}
-
-void LoadImageTest::refusesWhatIsNoPicture()
-{
-    QImage nothing(10'000, 10'000, QImage::Format_Grayscale8);
-    nothing.fill(0);
-    QByteArray bomb; // 100 MB in a small file
-    QBuffer buffer(&bomb);
-    QVERIFY(nothing.save(&buffer, "png"));
-    QVERIFY(bomb.size() < 1'000'000);
-    for (const QByteArray &content : { QByteArray(),
-             QByteArray("no picture at all"),
-             claimed(Frame::maxSide + 1, 1),
-             claimed(1, Frame::maxSide + 1),
-             claimed(60'000, 60'000),
-             bomb,
-             claimed(64, 64).left(30) }) {
-        QFile file(path("refused.png"));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) >= 0);
-        file.close();
-        try {
-            (void)loadImage(file.fileName());
-            QFAIL(content.left(30).toHex().constData());
-        } catch (const Error &error) {
-            QCOMPARE(error.text(), QStringLiteral("Imagen inválida o demasiado grande"));
+    void readsWhatOtherProgramsMake()
+    {
+        // ImageMagick's arguments behind the red picture; the file is the last word.
+        for (const char *made : { "a.png",
+                 "a.jpg",
+                 "a.bmp",
+                 "a.webp",
+                 "jpg:b.png",
+                 "png:plain",
+                 "-colorspace CMYK cmyk.jpg",
+                 "-depth 16 deep.png",
+                 "xc:blue xc:green moving.webp" }) { // its first picture
+            const RowName named(made);
+            const QString name
+                = QString::fromLatin1(made).section(QRegularExpression(u"[ :]"_s), -1);
+            QProcess maker;
+            maker.setWorkingDirectory(m_folder.path());
+            maker.start(QStringLiteral("convert"),
+                (QStringLiteral("-size 64x32 xc:rgb(200,40,90) ") + QLatin1String(made))
+                    .split(QLatin1Char(' ')));
+            QVERIFY2(maker.waitForFinished(300'000) && maker.exitCode() == 0,
+                maker.readAllStandardError().constData());
+            const FramePtr frame = loadImage(m_folder.filePath(name));
+            QCOMPARE(frame->size(), (FrameSize { 64, 32 }));
+            QVERIFY(frame->opaque);
+            const QColor centre = imageView(*frame).pixelColor(32, 16);
+            // Inks and lossy coding round.
+            QVERIFY2(qAbs(centre.red() - 200) < 12 && qAbs(centre.green() - 40) < 12
+                    && qAbs(centre.blue() - 90) < 12,
+                qPrintable(centre.name()));
         }
     }
-    QVERIFY_EXCEPTION_THROWN((void)loadImage(path("missing.png")), Error);
-}
 
-void LoadImageTest::neverOpensAPipe()
-{
-    const QString pipe = path("pipe.png");
-    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    for (const QString &file : { pipe, m_folder.path(), QStringLiteral("/dev/zero") }) {
-        QVERIFY_EXCEPTION_THROWN((void)loadImage(file), Error);
+    void keepsTransparency()
+    {
+        QImage image(3, 2, QImage::Format_ARGB32);
+        image.fill(QColor(10, 20, 30));
+        QVERIFY(image.save(path("full.png")));
+        QVERIFY(loadImage(path("full.png"))->opaque);
+
+        image.setPixelColor(2, 1, QColor(250, 100, 50, 40));
+        QVERIFY(image.save(path("holes.png")));
+        const FramePtr frame = loadImage(path("holes.png"));
+        QVERIFY(!frame->opaque);
+        const std::vector<std::uint8_t> last(frame->pixels.end() - 4, frame->pixels.end());
+        QCOMPARE(last,
+            (std::vector<std::uint8_t> { 250, 100, 50, 40 })); // straight, not premultiplied
     }
-}
 
-void LoadImageTest::acceptsTheLargestPicture()
-{
-    QImage large(Frame::maxSide, Frame::maxSide, QImage::Format_Grayscale8);
-    large.fill(90);
-    QVERIFY(large.save(path("large.png")));
-    QCOMPARE(loadImage(path("large.png"))->size(), (FrameSize { 8192, 8192 }));
-}
+    void rotatedPhotoComesUpright()
+    {
+        QImage lying(40, 20, QImage::Format_RGB32); // red left, blue right
+        lying.fill(Qt::blue);
+        for (int i = 0; i < 400; ++i) {
+            lying.setPixelColor(i % 20, i / 20, Qt::red);
+        }
+        QVERIFY(lying.save(path("photo.jpg"), "jpg", 100));
+        QFile file(path("photo.jpg"));
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        // The tag that cameras write, 6: it stood on its side; upright, what was left is on top.
+        const QByteArray tag = QByteArray::fromHex("ffe1002245786966000049492a0008000000"
+                                                   "010012010300010000000600000000000000");
+        const QByteArray jpeg = file.readAll();
+        file.seek(0);
+        file.write(jpeg.left(2) + tag + jpeg.mid(2));
+        file.close();
+
+        const FramePtr frame = loadImage(file.fileName());
+        QCOMPARE(frame->size(), (FrameSize { 20, 40 }));
+        QVERIFY(imageView(*frame).pixelColor(10, 5).red() > 200);
+        QVERIFY(imageView(*frame).pixelColor(10, 35).blue() > 200);
+    }
+
+    void refusesWhatIsNoPicture()
+    {
+        QImage nothing(10'000, 10'000, QImage::Format_Grayscale8);
+        nothing.fill(0);
+        QByteArray bomb; // 100 MB in a small file
+        QBuffer buffer(&bomb);
+        QVERIFY(nothing.save(&buffer, "png"));
+        QVERIFY(bomb.size() < 1'000'000);
+        for (const QByteArray &content : { QByteArray(),
+                 QByteArray("no picture at all"),
+                 claimed(Frame::maxSide + 1, 1),
+                 claimed(1, Frame::maxSide + 1),
+                 claimed(60'000, 60'000),
+                 bomb,
+                 claimed(64, 64).left(30) }) {
+            QFile file(path("refused.png"));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) >= 0);
+            file.close();
+            try {
+                (void)loadImage(file.fileName());
+                QFAIL(content.left(30).toHex().constData());
+            } catch (const Error &error) {
+                QCOMPARE(error.text(), QStringLiteral("Imagen inválida o demasiado grande"));
+            }
+        }
+        QVERIFY_EXCEPTION_THROWN((void)loadImage(path("missing.png")), Error);
+    }
+
+    void neverOpensAPipe()
+    {
+        const QString pipe = path("pipe.png");
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        for (const QString &file : { pipe, m_folder.path(), QStringLiteral("/dev/zero") }) {
+            QVERIFY_EXCEPTION_THROWN((void)loadImage(file), Error);
+        }
+    }
+
+    void acceptsTheLargestPicture()
+    {
+        QImage large(Frame::maxSide, Frame::maxSide, QImage::Format_Grayscale8);
+        large.fill(90);
+        QVERIFY(large.save(path("large.png")));
+        QCOMPARE(loadImage(path("large.png"))->size(), (FrameSize { 8192, 8192 }));
+    }
+};
 
 NIMBARA_TEST(LoadImageTest)
 #include "load_image_test.moc"

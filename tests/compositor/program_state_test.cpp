@@ -18,7 +18,7 @@ QImage filled(const QColor &color, QSize size = { 64, 36 })
 ProgramState fading(QSize onAir = { 64, 36 })
 {
     ProgramState state;
-    state.takeStreams({ {}, { Layer {} } }, {}, false, filled(Qt::red, onAir), 0);
+    state.takeStreams(makeScene({}, { Layer {} }), {}, false, filled(Qt::red, onAir), 0);
     return state;
 }
 
@@ -55,10 +55,9 @@ private Q_SLOTS:
     void clearStopsEverything()
     {
         ProgramState state = fading();
-        state.takeHall({ QStringLiteral("sala"), { Layer {} } });
+        state.takeHall(makeScene(QStringLiteral("sala"), { Layer {} }));
         state.clear();
-        QCOMPARE(state.streams(), Scene());
-        QCOMPARE(state.hall(), Scene());
+        QVERIFY(!state.streams() && !state.hall());
         const QImage black = filled(Qt::black);
         QCOMPARE(state.fade(black, 0).cacheKey(), black.cacheKey());
     }

@@ -116,9 +116,11 @@ double meanDifference(const QImage &a, const QImage &b, const QRect &part)
 {
     std::int64_t sum = 0;
     for (int y = part.top(); y <= part.bottom(); ++y) {
+        const uchar *first = a.constScanLine(y);
+        const uchar *second = b.constScanLine(y);
         for (int byte = part.left() * 4; byte < (part.right() + 1) * 4; ++byte) {
             if (byte % 4 != 3) { // colours, not alpha
-                sum += std::abs(a.constScanLine(y)[byte] - b.constScanLine(y)[byte]);
+                sum += std::abs(first[byte] - second[byte]);
             }
         }
     }

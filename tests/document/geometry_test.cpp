@@ -181,16 +181,16 @@ void GeometryTest::picksTheFrontMostVisibleLayer()
     const Box middle { 0.25, 0.25, 0.5, 0.5 };
     scene.layers = { layerAtBox(middle), layerAtBox(fullFrame), layerAtBox(middle, false) };
     const QPointF corner = layerRect(middle, frame).bottomLeft();
-    QCOMPARE(layerAt(scene, frame, corner), 1);
-    QCOMPARE(layerAt(scene, frame, { 800, 50 }), -1);
+    QVERIFY(layerAt(scene, frame, corner) == scene.layers[1].id);
+    QVERIFY(!layerAt(scene, frame, { 800, 50 }));
 
     // A handle of the selected layer comes before the layers in front of it.
-    const CanvasHit hit = canvasHit(scene, 0, frame, corner);
+    const CanvasHit hit = canvasHit(scene, scene.layers[0].id, frame, corner);
     QCOMPARE(hit.handle, Handle::BottomLeft);
-    QCOMPARE(hit.layer, 0);
-    for (const int nothing : { -1, 3 }) {
+    QVERIFY(hit.layer == scene.layers[0].id);
+    for (const LayerId nothing : { LayerId(), LayerId::make() }) {
         QCOMPARE(canvasHit(scene, nothing, frame, corner).handle, Handle::None);
-        QCOMPARE(canvasHit(scene, nothing, frame, corner).layer, 1);
+        QVERIFY(canvasHit(scene, nothing, frame, corner).layer == scene.layers[1].id);
     }
 }
 

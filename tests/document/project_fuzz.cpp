@@ -127,11 +127,12 @@ bool isSound(const Layer &layer)
         && layer.background.isValid() && layer.fill.isValid() && !displayName(layer.kind).isEmpty();
 }
 
-bool isSound(const std::vector<Scene> &scenes, std::int32_t current)
+bool isSound(const Project &project, SceneSet set)
 {
-    bool sound = current >= 0 && static_cast<std::size_t>(current) < scenes.size();
-    for (const Scene &scene : scenes) {
-        for (const Layer &layer : scene.layers) {
+    const Scenes &scenes = project.scenes.of(set);
+    bool sound = project.currentPlace(set) < scenes.size();
+    for (const ScenePtr &scene : scenes) {
+        for (const Layer &layer : scene->layers) {
             sound = sound && isSound(layer);
         }
     }
@@ -181,9 +182,9 @@ void tryFile(const QByteArray &file, Outcome &outcome)
     const auto project = read(file, outcome);
     if (project) {
         ++outcome.accepted;
-        if (!isSound(project->streams, project->currentStreams)
-            || !isSound(project->hall, project->currentHall) || project->gain < 0
-            || project->gain > Project::maxGain || project->title.size() > Project::maxTitle) {
+        if (!isSound(*project, SceneSet::Streams) || !isSound(*project, SceneSet::Hall)
+            || project->gain < 0 || project->gain > Project::maxGain
+            || project->title.size() > Project::maxTitle) {
             throw std::logic_error("a value outside its range");
         }
         const QByteArray written = toJson(*project);
@@ -204,12 +205,11 @@ QList<QByteArray> corpusIn(const char *folder)
     for (const QString &name : dir.entryList(QDir::Files, QDir::Name)) {
         corpus.push_back(readProjectFile(dir.filePath(name)));
     }
-    Project project;
+    Project project = newProject();
     for (int kind = 0; kind < 8; ++kind) {
         const Layer layer = newLayer(static_cast<LayerKind>(kind));
-        project.streams.push_back({ layer.name, { layer, layer } });
+        project.scenes.of(SceneSet::Streams).push_back(makeScene(layer.name, { layer, layer }));
     }
-    project.hall = { defaultScene(true) };
     corpus.push_back(toJson(project));
     return corpus;
 }

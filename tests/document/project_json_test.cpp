@@ -1,6 +1,7 @@
 #include "base/error.h"
 #include "document/layer_geometry.h"
 #include "document/project_file.h"
+#include "support/contents.h"
 #include "support/test_registry.h"
 
 #include <QJsonDocument>
@@ -8,6 +9,7 @@
 #include <QTest>
 
 using namespace nimbara;
+using namespace nimbara::testing;
 
 Q_DECLARE_METATYPE(Layer)
 
@@ -27,6 +29,7 @@ QString refusal(const QByteArray &json)
 Project fullProject()
 {
     Project project;
+    std::vector<std::pair<Layer, Layer>> layers;
     project.profile = StreamProfile::Portrait;
     project.band = true;
     project.title = QString::fromUtf8("Culto de «Pascua» \U0001F54A\n\"2\"");
@@ -38,22 +41,28 @@ Project fullProject()
         layer.opacity = 1.0 / 3;
         layer.visible = kind % 2 == 0;
         layer.cover = kind % 2 == 1;
-        project.streams.push_back({ layer.name, { layer, layer } });
+        layers.emplace_back(layer, layer);
     }
-    project.streams[1].layers[0].path = QStringLiteral("/fotos/ñandú.png");
-    Layer &text = project.streams[2].layers[0];
+    layers[1].first.path = QStringLiteral("/fotos/ñandú.png");
+    Layer &text = layers[2].first;
     text.color = QColor(1, 2, 3, 4);
     text.background = QColor(250, 251, 252, 0);
     text.align = 66;
     text.shadow = text.bold = false;
     text.font = QStringLiteral("Noto Serif");
     text.size = 72;
-    project.streams[3].layers[1].uri = QStringLiteral("rtsp://camara/1");
-    project.streams[3].layers[1].sound = false;
-    project.streams[5].layers[0].fill = QColor(9, 8, 7);
-    project.hall = { defaultScene(true), defaultScene(true) };
-    project.currentStreams = 7;
-    project.currentHall = 1;
+    layers[3].second.uri = QStringLiteral("rtsp://camara/1");
+    layers[3].second.sound = false;
+    layers[5].first.fill = QColor(9, 8, 7);
+    for (const auto &[one, other] : layers) {
+        project.scenes.of(SceneSet::Streams).push_back(makeScene(one.name, { one, other }));
+    }
+    for (int i = 0; i < 2; ++i) {
+        project.scenes.of(SceneSet::Hall)
+            .push_back(std::make_shared<const Scene>(defaultScene(true)));
+    }
+    project.setCurrentPlace(SceneSet::Streams, 7);
+    project.setCurrentPlace(SceneSet::Hall, 1);
     return project;
 }
 
@@ -80,7 +89,11 @@ void ProjectJsonTest::projectsComeBackWhole()
 {
     const Project project = fullProject();
     const QByteArray json = toJson(project);
-    QVERIFY(fromJson(json) == project);
+    const Project read = fromJson(json);
+    QVERIFY(contents(read.streams()) == contents(project.streams()));
+    QVERIFY(contents(read.hall()) == contents(project.hall()));
+    QCOMPARE(toJson(read), json); // and with it the rest
+    QVERIFY(read.streams()[1]->layers[0].id != read.streams()[1]->layers[1].id);
     QVERIFY(json.contains("\n    "));
     QCOMPARE(QJsonDocument::fromJson(json).object().keys().join(QLatin1Char(' ')),
         QStringLiteral("band current currentHall gain hall scenes title version vertical"));
@@ -114,16 +127,17 @@ void ProjectJsonTest::writesTheKeysOfEachKind()
 void ProjectJsonTest::missingMembersTakeTheirDefaults()
 {
     const Project project = fromJson(R"({"version":2,"gain":0,"hall":[]})");
-    QVERIFY(project.streams == std::vector { defaultScene(false) });
-    QVERIFY(project.hall == std::vector { defaultScene(true) });
+    QVERIFY(contents(project.streams()) == contents(defaultScene(false)));
+    QVERIFY(contents(project.hall()) == contents(defaultScene(true)));
     QVERIFY(!project.band && project.title.isEmpty());
     QCOMPARE(project.profile, StreamProfile::Landscape);
 
     const auto odd = fromJson(R"({"version":3,"gain":9,"scenes":[3,{"layers":5},{"layers":[4]}],
         "hall":{"name":"x"},"band":"yes","title":12,"vertical":1})");
-    QCOMPARE(odd.streams.size(), std::size_t { 3 });
-    QVERIFY(odd.streams[2].layers == std::vector { Layer() });
-    QVERIFY(odd.hall == project.hall);
+    QCOMPARE(odd.streams().size(), std::size_t { 3 });
+    QVERIFY(
+        contents(*odd.streams()[2])[0].layers == contents(*makeScene({}, { Layer() }))[0].layers);
+    QVERIFY(contents(odd.hall()) == contents(project.hall()));
 }
 
 void ProjectJsonTest::readsLayers_data()
@@ -173,7 +187,8 @@ void ProjectJsonTest::readsLayers()
     QFETCH(Layer, expected);
     const QByteArray start(R"({"version":3,"gain":100,"scenes":[{"layers":[{)");
     const Project project = fromJson(start + QTest::currentDataTag() + "}]}]}");
-    QVERIFY(project.streams.at(0).layers.at(0) == expected);
+    QVERIFY(contents(*project.streams()[0])[0].layers
+        == contents(*makeScene({}, { expected }))[0].layers);
 }
 
 void ProjectJsonTest::refuses_data()
@@ -222,8 +237,8 @@ void ProjectJsonTest::clampsCurrentScenes()
         const QByteArray start(
             R"({"version":3,"gain":1,"hall":[{},{}],"current":7,"currentHall":)");
         const Project project = fromJson(start + number + '}');
-        QCOMPARE(project.currentHall, current);
-        QCOMPARE(project.currentStreams, 0);
+        QCOMPARE(project.currentPlace(SceneSet::Hall), static_cast<std::size_t>(current));
+        QCOMPARE(project.currentPlace(SceneSet::Streams), 0U);
     }
 }
 
@@ -254,9 +269,9 @@ void ProjectJsonTest::readsVersionOne()
 {
     const QByteArray start(R"({"version":1,"gain":50,"vertical":true)");
     const Project project = fromJson(start + QTest::currentDataTag() + '}');
-    QCOMPARE(project.streams.size(), std::size_t { 1 });
+    QCOMPARE(project.streams().size(), std::size_t { 1 });
     QStringList layers;
-    for (const Layer &layer : project.streams[0].layers) {
+    for (const Layer &layer : project.streams()[0]->layers) {
         layers << QStringLiteral("%1:%2 %3 %4")
                       .arg(wordOfKind(layer.kind), layer.name)
                       .arg(layer.x)
@@ -264,7 +279,7 @@ void ProjectJsonTest::readsVersionOne()
     }
     QTEST(layers.join(QLatin1Char('|')), "layers");
     QCOMPARE(project.profile, StreamProfile::Portrait);
-    QVERIFY(project.hall == std::vector { defaultScene(true) });
+    QVERIFY(contents(project.hall()) == contents(defaultScene(true)));
 }
 
 NIMBARA_TEST(ProjectJsonTest)

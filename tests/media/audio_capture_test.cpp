@@ -40,175 +40,164 @@ class AudioCaptureTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void playsAQuietTone();
-    void takesWhatTheDeviceDelivers_data();
-    void takesWhatTheDeviceDelivers();
-    void drainsAtMostEightBuffers();
-    void mutesBehindTheInputMeter();
-    void stops_data();
-    void stops();
-    void fallsSilentThenStops();
-    void refusesToStart_data();
-    void refusesToStart();
+    void playsAQuietTone()
+    {
+        AudioCapture capture(m_clock, nullptr);
+        std::vector<AudioBlock> blocks;
+        capture.listener = [&](const AudioBlock &block) { blocks.push_back(block); };
+        QVERIFY(pullUntil(capture, [&] { return blocks.size() >= 4; }));
+        QVERIFY(capture.running());
+        QCOMPARE(blocks.back().samples.size(), 2048U);
+        QVERIFY(blocks.back().pts > blocks.front().pts);
+        const double loudest = capture.inputLevels().peak[0];
+        QVERIFY(loudest > 0.2 && loudest < 0.3);
+        QCOMPARE(capture.outputLevels().peak, capture.inputLevels().peak);
+    }
+
+    void takesWhatTheDeviceDelivers()
+    {
+        const std::vector<std::tuple<const char *, QByteArray>> rows {
+            { "44.1 kHz", QByteArray("audio/x-raw,format=F32LE,rate=44100,channels=2") },
+            { "mono 16 bit", QByteArray("audio/x-raw,format=S16LE,rate=16000,channels=1") },
+            { "mixing console",
+                QByteArray("audio/x-raw,format=S32LE,rate=96000,channels=8,"
+                           "channel-mask=(bitmask)0xc3f") },
+        };
+        for (const auto &[name, caps] : rows) {
+            const RowName named(name);
+            AudioCapture capture(m_clock,
+                microphone(
+                    "audiotestsrc is-live=true volume=0.5 ! capsfilter caps=" + caps.toStdString())
+                    .get());
+            std::size_t values = 0;
+            capture.listener = [&](const AudioBlock &block) { values += block.samples.size(); };
+            QVERIFY(pullUntil(capture, [&] { return values > 9600; }));
+            QCOMPARE(capture.error(), QString());
+            QVERIFY(capture.inputLevels().peak[0] > 0.1);
+            QVERIFY(capture.inputLevels().peak[1] > 0.1);
+        }
+    }
+
+    /// A device that delivers faster than it is read must not hold the interface thread.
+    void drainsAtMostEightBuffers()
+    {
+        AudioCapture capture(m_clock, microphone("audiotestsrc is-live=false").get());
+        int blocks = 0;
+        int most = 0;
+        capture.listener = [&](const AudioBlock &) { ++blocks; };
+        QVERIFY(pullUntil(capture, [&] {
+            most = std::max(most, std::exchange(blocks, 0));
+            return most >= 8;
+        }));
+        QCOMPARE(most, 8);
+    }
+
+    void mutesBehindTheInputMeter()
+    {
+        AudioCapture capture(m_clock, nullptr);
+        std::vector<float> last;
+        capture.listener = [&](const AudioBlock &block) { last = block.samples; };
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                capture.pull({ true, 1.0 });
+                return !last.empty();
+            },
+            20'000));
+        QVERIFY(std::all_of(last.begin(), last.end(), [](float value) { return value == 0.0F; }));
+        QVERIFY(capture.inputLevels().peak[0] > 0.2);
+        QCOMPARE(capture.outputLevels().peak[0], 0.0);
+    }
+
+    void stops()
+    {
+        const std::vector<std::tuple<const char *, QByteArray, QString>> rows {
+            { "end",
+                QByteArray("audiotestsrc is-live=true num-buffers=3"),
+                QStringLiteral("La entrada de audio termino") },
+            { "error",
+                QByteArray("audiotestsrc is-live=true ! identity error-after=3"),
+                QStringLiteral("Failed after iterations as requested.") },
+        };
+        for (const auto &[name, opens, error] : rows) {
+            const RowName named(name);
+            AudioCapture capture(m_clock, microphone(opens.toStdString()).get());
+            QVERIFY(pullUntil(capture, [&] { return !capture.running(); }));
+            QCOMPARE(capture.error(), error);
+            QCOMPARE(capture.inputLevels().peak[0], 0.0);
+            QCOMPARE(capture.outputLevels().peak[0], 0.0);
+            capture.listener
+                = [](const AudioBlock &) { QFAIL("a stopped capture delivers nothing"); };
+            capture.pull({});
+        }
+    }
+
+    void fallsSilentThenStops()
+    {
+        const QTemporaryDir folder;
+        const QByteArray pipe = QFile::encodeName(folder.filePath(QStringLiteral("pipe")));
+        QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
+        QFile sound(QString::fromUtf8(pipe));
+        QVERIFY(sound.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+        AudioCapture capture(m_clock,
+            microphone("filesrc location=" + pipe.toStdString()
+                + " ! rawaudioparse format=pcm pcm-format=s8 sample-rate=48000 num-channels=2")
+                .get());
+        sound.write(QByteArray(16'384, '\x40'));
+        QVERIFY(pullUntil(capture, [&] { return capture.inputLevels().peak[0] == 0.5; }));
+        // What is still on its way arrives before the clock moves on.
+        QVERIFY(pullUntil(capture, [&, pulls = 0]() mutable { return ++pulls > 20; }));
+
+        m_clock.advanceUs(2'000'000);
+        capture.pull({});
+        QCOMPARE(capture.outputLevels().peak[1], 0.5);
+        m_clock.advanceUs(1);
+        capture.pull({});
+        QCOMPARE(capture.inputLevels().peak[0], 0.0);
+        QCOMPARE(capture.outputLevels().peak[1], 0.0);
+        m_clock.advanceUs(2'999'999);
+        capture.pull({});
+        QVERIFY(capture.running());
+        m_clock.advanceUs(1);
+        capture.pull({});
+        QVERIFY(!capture.running());
+        QCOMPARE(capture.error(), QStringLiteral("Sin buffers de audio durante 5 segundos"));
+        sound.close(); // lets the reader go, so that the pipeline can stop
+    }
+
+    void refusesToStart()
+    {
+        std::vector<std::tuple<const char *, QByteArray, QByteArray, QString>> rows;
+        const QString missing = QStringLiteral("Faltan componentes de captura de audio");
+        for (const char *element : { "audioconvert", "audioresample", "capsfilter", "appsink" }) {
+            rows.emplace_back(element, QByteArray(element), QByteArray("audiotestsrc"), missing);
+        }
+        rows.emplace_back("no source", QByteArray(), QByteArray(), missing);
+        rows.emplace_back("a camera",
+            QByteArray(),
+            QByteArray("videotestsrc"),
+            QStringLiteral("No se pudo enlazar el dispositivo de audio"));
+        rows.emplace_back("refused",
+            QByteArray(),
+            QByteArray("filesrc location=/nonexistent ! rawaudioparse"),
+            QStringLiteral("No se pudo iniciar audio"));
+        for (const auto &[name, hidden, opens, text] : rows) {
+            const RowName named(name);
+            const auto gone
+                = hidden.isEmpty() ? nullptr : std::make_unique<HiddenElement>(hidden.constData());
+            try {
+                AudioCapture capture(m_clock, microphone(opens.toStdString()).get());
+                // On a machine too busy to know it at once.
+                QVERIFY(pullUntil(capture, [&] { return !capture.running(); }));
+                throw Error(capture.error());
+            } catch (const Error &error) {
+                QCOMPARE(error.text(), text);
+            }
+        }
+    }
 
 private:
     ManualClock m_clock;
 };
-
-void AudioCaptureTest::playsAQuietTone()
-{
-    AudioCapture capture(m_clock, nullptr);
-    std::vector<AudioBlock> blocks;
-    capture.listener = [&](const AudioBlock &block) { blocks.push_back(block); };
-    QVERIFY(pullUntil(capture, [&] { return blocks.size() >= 4; }));
-    QVERIFY(capture.running());
-    QCOMPARE(blocks.back().samples.size(), 2048U);
-    QVERIFY(blocks.back().pts > blocks.front().pts);
-    const double loudest = capture.inputLevels().peak[0];
-    QVERIFY(loudest > 0.2 && loudest < 0.3);
-    QCOMPARE(capture.outputLevels().peak, capture.inputLevels().peak);
-}
-
-void AudioCaptureTest::takesWhatTheDeviceDelivers_data()
-{
-    QTest::addColumn<QByteArray>("caps");
-    QTest::newRow("44.1 kHz") << QByteArray("audio/x-raw,format=F32LE,rate=44100,channels=2");
-    QTest::newRow("mono 16 bit") << QByteArray("audio/x-raw,format=S16LE,rate=16000,channels=1");
-    QTest::newRow("mixing console") << QByteArray("audio/x-raw,format=S32LE,rate=96000,channels=8,"
-                                                  "channel-mask=(bitmask)0xc3f");
-}
-
-void AudioCaptureTest::takesWhatTheDeviceDelivers()
-{
-    QFETCH(QByteArray, caps);
-    AudioCapture capture(m_clock,
-        microphone("audiotestsrc is-live=true volume=0.5 ! capsfilter caps=" + caps.toStdString())
-            .get());
-    std::size_t values = 0;
-    capture.listener = [&](const AudioBlock &block) { values += block.samples.size(); };
-    QVERIFY(pullUntil(capture, [&] { return values > 9600; }));
-    QCOMPARE(capture.error(), QString());
-    QVERIFY(capture.inputLevels().peak[0] > 0.1);
-    QVERIFY(capture.inputLevels().peak[1] > 0.1);
-}
-
-/// A device that delivers faster than it is read must not hold the interface thread.
-void AudioCaptureTest::drainsAtMostEightBuffers()
-{
-    AudioCapture capture(m_clock, microphone("audiotestsrc is-live=false").get());
-    int blocks = 0;
-    int most = 0;
-    capture.listener = [&](const AudioBlock &) { ++blocks; };
-    QVERIFY(pullUntil(capture, [&] {
-        most = std::max(most, std::exchange(blocks, 0));
-        return most >= 8;
-    }));
-    QCOMPARE(most, 8);
-}
-
-void AudioCaptureTest::mutesBehindTheInputMeter()
-{
-    AudioCapture capture(m_clock, nullptr);
-    std::vector<float> last;
-    capture.listener = [&](const AudioBlock &block) { last = block.samples; };
-    QVERIFY(QTest::qWaitFor(
-        [&] {
-            capture.pull({ true, 1.0 });
-            return !last.empty();
-        },
-        20'000));
-    QVERIFY(std::all_of(last.begin(), last.end(), [](float value) { return value == 0.0F; }));
-    QVERIFY(capture.inputLevels().peak[0] > 0.2);
-    QCOMPARE(capture.outputLevels().peak[0], 0.0);
-}
-
-void AudioCaptureTest::stops_data()
-{
-    QTest::addColumn<QByteArray>("opens");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("end") << QByteArray("audiotestsrc is-live=true num-buffers=3")
-                         << QStringLiteral("La entrada de audio termino");
-    QTest::newRow("error") << QByteArray("audiotestsrc is-live=true ! identity error-after=3")
-                           << QStringLiteral("Failed after iterations as requested.");
-}
-
-void AudioCaptureTest::stops()
-{
-    QFETCH(QByteArray, opens);
-    AudioCapture capture(m_clock, microphone(opens.toStdString()).get());
-    QVERIFY(pullUntil(capture, [&] { return !capture.running(); }));
-    QTEST(capture.error(), "error");
-    QCOMPARE(capture.inputLevels().peak[0], 0.0);
-    QCOMPARE(capture.outputLevels().peak[0], 0.0);
-    capture.listener = [](const AudioBlock &) { QFAIL("a stopped capture delivers nothing"); };
-    capture.pull({});
-}
-
-void AudioCaptureTest::fallsSilentThenStops()
-{
-    const QTemporaryDir folder;
-    const QByteArray pipe = QFile::encodeName(folder.filePath(QStringLiteral("pipe")));
-    QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
-    QFile sound(QString::fromUtf8(pipe));
-    QVERIFY(sound.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
-    AudioCapture capture(m_clock,
-        microphone("filesrc location=" + pipe.toStdString()
-            + " ! rawaudioparse format=pcm pcm-format=s8 sample-rate=48000 num-channels=2")
-            .get());
-    sound.write(QByteArray(16'384, '\x40'));
-    QVERIFY(pullUntil(capture, [&] { return capture.inputLevels().peak[0] == 0.5; }));
-    // What is still on its way arrives before the clock moves on.
-    QVERIFY(pullUntil(capture, [&, pulls = 0]() mutable { return ++pulls > 20; }));
-
-    m_clock.advanceUs(2'000'000);
-    capture.pull({});
-    QCOMPARE(capture.outputLevels().peak[1], 0.5);
-    m_clock.advanceUs(1);
-    capture.pull({});
-    QCOMPARE(capture.inputLevels().peak[0], 0.0);
-    QCOMPARE(capture.outputLevels().peak[1], 0.0);
-    m_clock.advanceUs(2'999'999);
-    capture.pull({});
-    QVERIFY(capture.running());
-    m_clock.advanceUs(1);
-    capture.pull({});
-    QVERIFY(!capture.running());
-    QCOMPARE(capture.error(), QStringLiteral("Sin buffers de audio durante 5 segundos"));
-    sound.close(); // lets the reader go, so that the pipeline can stop
-}
-
-void AudioCaptureTest::refusesToStart_data()
-{
-    QTest::addColumn<QByteArray>("hidden");
-    QTest::addColumn<QByteArray>("opens");
-    QTest::addColumn<QString>("text");
-    const QString missing = QStringLiteral("Faltan componentes de captura de audio");
-    for (const char *element : { "audioconvert", "audioresample", "capsfilter", "appsink" }) {
-        QTest::newRow(element) << QByteArray(element) << QByteArray("audiotestsrc") << missing;
-    }
-    QTest::newRow("no source") << QByteArray() << QByteArray() << missing;
-    QTest::newRow("a camera") << QByteArray() << QByteArray("videotestsrc")
-                              << QStringLiteral("No se pudo enlazar el dispositivo de audio");
-    QTest::newRow("refused") << QByteArray()
-                             << QByteArray("filesrc location=/nonexistent ! rawaudioparse")
-                             << QStringLiteral("No se pudo iniciar audio");
-}
-
-void AudioCaptureTest::refusesToStart()
-{
-    QFETCH(QByteArray, hidden);
-    QFETCH(QByteArray, opens);
-    const auto gone
-        = hidden.isEmpty() ? nullptr : std::make_unique<HiddenElement>(hidden.constData());
-    try {
-        AudioCapture capture(m_clock, microphone(opens.toStdString()).get());
-        // On a machine too busy to know it at once.
-        QVERIFY(pullUntil(capture, [&] { return !capture.running(); }));
-        throw Error(capture.error());
-    } catch (const Error &error) {
-        QTEST(error.text(), "text");
-    }
-}
 
 } // namespace nimbara::testing
 

@@ -7,104 +7,78 @@
 
 namespace nimbara::testing {
 
+using namespace Qt::StringLiterals;
+
 class DevicesTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void tellsVideoFromAudio_data();
-    void tellsVideoFromAudio();
-    void findsADeviceAgain_data();
-    void findsADeviceAgain();
-    void grantsWithoutASystemPermission();
-    void dropsAnswersThatComeTooLate();
+    void tellsVideoFromAudio()
+    {
+        for (const auto &[deviceClass, kind] : { std::pair { "Video/Source", DeviceKind::Video },
+                 { "Video/Source/Hardware", DeviceKind::Video }, // a capture card
+                 { "Audio/Source", DeviceKind::Audio },
+                 { "Source/Video", DeviceKind::Audio } }) { // both
+            const DeviceRef device = fakeDevice({ .name = "Órgano", .deviceClass = deviceClass });
+            const CaptureDevice described = describeDevice(device.get());
+            QCOMPARE(described.name, QStringLiteral("Órgano"));
+            QCOMPARE(described.kind, kind);
+            QCOMPARE(described.device.get(), device.get());
+        }
+    }
+
+    void findsADeviceAgain()
+    {
+        // Node and serial of the media service, or bus position and path.
+        const auto describe = [](const QString &text) {
+            const auto [place, number]
+                = std::pair { text.section(u' ', 0, 0), text.section(u' ', 1) };
+            const QString properties = text.isEmpty() ? QString()
+                : place.startsWith(u"usb")
+                ? u"p,v4l2.device.bus_info=(string)%1,device.path=(string)/dev/video%2"_s.arg(place,
+                    number)
+                : u"p,node.name=%1,object.serial=(string)%2"_s.arg(place, number);
+            return describeDevice(
+                fakeDevice({ .name = "HDMI", .properties = properties.toStdString() }).get());
+        };
+        for (const auto &[lost, present, index] : { std::tuple { "a 7", u""_s, -1 },
+                 { "a 7", u"b 7|a 12"_s, 1 }, // under a new number
+                 { "a 7", u"b 7"_s, -1 }, // only another of the same name
+                 { "usb-1 0", u"usb-2 0|usb-1 3"_s, 1 }, // at the same place of the bus
+                 { "usb-1 1", u"usb-1 0|usb-1 1"_s, 1 }, // twins, one at the old place
+                 { "usb-1 9", u"usb-1 0|usb-1 1"_s, -1 }, // twins, none there
+                 { "", u"|"_s, 0 } }) { // nothing but a name
+            const RowName named(lost + (" in " + present.toUtf8()));
+            std::vector<CaptureDevice> devices;
+            for (const QString &each :
+                present.split(u'|', present == u"|" ? Qt::KeepEmptyParts : Qt::SkipEmptyParts)) {
+                devices.push_back(describe(each));
+            }
+            const CaptureDevice *found = findAgain(devices, describe(QLatin1String(lost)));
+            QCOMPARE(found == nullptr ? -1 : static_cast<int>(found - devices.data()), index);
+        }
+    }
+
+    void grantsWithoutASystemPermission()
+    {
+        const auto permission = systemCapturePermission();
+        QCOMPARE(permission->status(CaptureKind::Camera), PermissionStatus::Granted);
+        QCOMPARE(permission->status(CaptureKind::Microphone), PermissionStatus::Granted);
+        bool answered = false;
+        permission->request(CaptureKind::Camera, [&] { answered = true; });
+        QVERIFY(!answered);
+        QTRY_VERIFY(answered);
+    }
+
+    void dropsAnswersThatComeTooLate()
+    {
+        bool answered = false;
+        systemCapturePermission()->request(CaptureKind::Camera, [&] { answered = true; });
+        QTest::qWait(0);
+        QCoreApplication::processEvents();
+        QVERIFY(!answered);
+    }
 };
-
-void DevicesTest::tellsVideoFromAudio_data()
-{
-    QTest::addColumn<QByteArray>("deviceClass");
-    QTest::addColumn<bool>("video");
-    QTest::newRow("camera") << QByteArray("Video/Source") << true;
-    QTest::newRow("capture card") << QByteArray("Video/Source/Hardware") << true;
-    QTest::newRow("microphone") << QByteArray("Audio/Source") << false;
-    QTest::newRow("both") << QByteArray("Source/Video") << false;
-}
-
-void DevicesTest::tellsVideoFromAudio()
-{
-    QFETCH(QByteArray, deviceClass);
-    QFETCH(bool, video);
-    const DeviceRef device
-        = fakeDevice({ .name = "Órgano", .deviceClass = deviceClass.toStdString() });
-    const CaptureDevice described = describeDevice(device.get());
-    QCOMPARE(described.name, QStringLiteral("Órgano"));
-    QCOMPARE(described.kind == DeviceKind::Video, video);
-    QCOMPARE(described.device.get(), device.get());
-}
-
-void DevicesTest::findsADeviceAgain_data()
-{
-    using Properties = std::vector<std::string>;
-    QTest::addColumn<std::string>("lost");
-    QTest::addColumn<Properties>("present");
-    QTest::addColumn<int>("index");
-
-    const auto node = [](const std::string &name, const std::string &serial) {
-        return "p,node.name=" + name + ",object.serial=(string)" + serial;
-    };
-    const auto bus = [](const std::string &position, const std::string &path) {
-        return "p,v4l2.device.bus_info=(string)" + position + ",device.path=(string)" + path;
-    };
-    QTest::newRow("nothing there") << node("a", "7") << Properties {} << -1;
-    QTest::newRow("under a new number")
-        << node("a", "7") << Properties { node("b", "7"), node("a", "12") } << 1;
-    QTest::newRow("only another of the same name")
-        << node("a", "7") << Properties { node("b", "7") } << -1;
-    QTest::newRow("at the same bus position")
-        << bus("usb-1", "/dev/video0")
-        << Properties { bus("usb-2", "/dev/video0"), bus("usb-1", "/dev/video3") } << 1;
-    QTest::newRow("twins, one at the old place")
-        << bus("usb-1", "/dev/video1")
-        << Properties { bus("usb-1", "/dev/video0"), bus("usb-1", "/dev/video1") } << 1;
-    QTest::newRow("twins, none at the old place")
-        << bus("usb-1", "/dev/video9")
-        << Properties { bus("usb-1", "/dev/video0"), bus("usb-1", "/dev/video1") } << -1;
-    QTest::newRow("nothing but a name") << std::string() << Properties { std::string() } << 0;
-}
-
-void DevicesTest::findsADeviceAgain()
-{
-    using Properties = std::vector<std::string>;
-    QFETCH(std::string, lost);
-    QFETCH(Properties, present);
-    QFETCH(int, index);
-    const auto describe = [](const std::string &properties) {
-        return describeDevice(fakeDevice({ .name = "HDMI", .properties = properties }).get());
-    };
-    std::vector<CaptureDevice> devices;
-    std::transform(present.begin(), present.end(), std::back_inserter(devices), describe);
-    const CaptureDevice *found = findAgain(devices, describe(lost));
-    QCOMPARE(found == nullptr ? -1 : static_cast<int>(found - devices.data()), index);
-}
-
-void DevicesTest::grantsWithoutASystemPermission()
-{
-    const auto permission = systemCapturePermission();
-    QCOMPARE(permission->status(CaptureKind::Camera), PermissionStatus::Granted);
-    QCOMPARE(permission->status(CaptureKind::Microphone), PermissionStatus::Granted);
-    bool answered = false;
-    permission->request(CaptureKind::Camera, [&] { answered = true; });
-    QVERIFY(!answered);
-    QTRY_VERIFY(answered);
-}
-
-void DevicesTest::dropsAnswersThatComeTooLate()
-{
-    bool answered = false;
-    systemCapturePermission()->request(CaptureKind::Camera, [&] { answered = true; });
-    QTest::qWait(0);
-    QCoreApplication::processEvents();
-    QVERIFY(!answered);
-}
 
 } // namespace nimbara::testing
 

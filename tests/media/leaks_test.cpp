@@ -8,6 +8,7 @@
 #include "support/fake_device.h"
 #include "support/test_registry.h"
 
+#include <QDir>
 #include <QTest>
 
 #include <functional>
@@ -57,6 +58,14 @@ std::map<gpointer, QString> aliveObjects(Tell tell = Tell::Nothing)
     return alive;
 }
 
+/// How many files or threads the program holds: "fd", "task".
+qsizetype held(const char *what)
+{
+    return QDir(QStringLiteral("/proc/self/") + QLatin1String(what))
+        .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
+        .size();
+}
+
 using Scenario = std::function<void()>;
 
 } // namespace
@@ -66,10 +75,110 @@ class LeaksTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void noticesAnObjectThatStays();
-    void leavesNothingBehind_data();
-    void leavesNothingBehind();
+    void initTestCase()
+    {
+        QVERIFY2(leakTracer() != nullptr, "needs GST_TRACERS=leaks in the environment");
+    }
+
+    void noticesAnObjectThatStays()
+    {
+        const auto before = aliveObjects().size();
+        const auto caps = CapsRef::adopt(gst_caps_new_empty_simple("video/x-raw"));
+        QCOMPARE(aliveObjects().size(), before + 1);
+    }
+
+    void leavesNothingBehind()
+    {
+        std::vector<std::tuple<const char *, Scenario>> rows;
+        const auto add = [&](const char *name, const Scenario &scenario) {
+            rows.emplace_back(name, scenario);
+        };
+        const auto media
+            = [this](const QString &path) { play(m_factory.media(size, fileLocation(path))); };
+        const auto camera = [this](const char *opens) {
+            const DeviceRef device = fakeDevice({ .opens = opens });
+            play(m_factory.camera(size, device.get()));
+        };
+        ClipRecipe recipe;
+        recipe.seconds = 0.4;
+        ClipRecipe portrait = recipe;
+        portrait.rotate = 90;
+        add("test bars", [this] { play(m_factory.testBars(size)); });
+        add("screen", [this] { play(m_factory.screen(size)); });
+        add("camera", [=] { camera("videotestsrc is-live=true"); });
+        add("camera that ends", [=] { camera("videotestsrc num-buffers=2"); });
+        add("camera that fails", [=] { camera("videotestsrc ! identity error-after=2"); });
+        add("camera that cannot open", [=, this] {
+            expectRefusal([&] { camera("filesrc location=/nonexistent ! rawvideoparse"); });
+            expectError([&] { camera("audiotestsrc"); });
+            expectError([&] { camera(""); });
+        });
+        add("file", [=] { media(clip(recipe)); });
+        add("portrait file", [=] { media(clip(portrait)); });
+        add("file that ends", [=, this] {
+            const MediaPtr whole = m_factory.media(size, fileLocation(clip(recipe)));
+            QVERIFY(pollUntil(*whole, [&] { return !whole->active(); }));
+        });
+        add("file dropped at once",
+            [=, this] { (void)m_factory.media(size, fileLocation(clip(recipe))); });
+        add("broken file", [=] { media(QStringLiteral("/etc/passwd")); });
+        add("no file",
+            [=, this] { expectRefusal([&] { media(QStringLiteral("/nonexistent")); }); });
+        add("no server",
+            [this] { play(m_factory.media(size, QStringLiteral("http://127.0.0.1:9/a.mp4"))); });
+        add("missing components", [this] {
+            for (const char *element :
+                { "appsink", "audioresample", "videoscale", "videotestsrc" }) {
+                const HiddenElement hidden(element);
+                expectError([&] { (void)m_factory.testBars(size); });
+            }
+            const HiddenElement hidden("audioresample");
+            expectError([&] { (void)AudioCapture(m_clock, nullptr); });
+        });
+        add("tone", [this] { capture(""); });
+        add("microphone", [this] { capture("audiotestsrc is-live=true"); });
+        add("microphone that fails", [this] { capture("audiotestsrc ! identity error-after=1"); });
+        add("microphone that cannot open", [this] {
+            expectRefusal([&] { capture("filesrc location=/nonexistent ! rawaudioparse"); });
+            expectError([&] { capture("videotestsrc"); });
+        });
+        add("device search", [] {
+            DeviceDiscovery discovery;
+            discovery.start();
+            QVERIFY(QTest::qWaitFor([&] { return discovery.poll().has_value(); }, 20'000));
+            discovery.start();
+        });
+        std::get<1>(rows.front())();
+        const auto threads = held("task");
+        for (const auto &[name, scenario] : rows) {
+            const RowName named(name);
+            scenario(); // once for what GStreamer makes at first use and keeps
+            const auto settled = [this] {
+                m_retirement->reap();
+                return m_retirement->pending() == 0;
+            };
+            QVERIFY(QTest::qWaitFor(settled, 20'000));
+            const auto files = held("fd");
+            const auto before = aliveObjects();
+            scenario();
+            QVERIFY(QTest::qWaitFor(settled, 20'000));
+            const auto left = [&before](Tell tell) {
+                auto alive = aliveObjects(tell);
+                std::erase_if(alive, [&](const auto &item) { return before.contains(item.first); });
+                return alive;
+            };
+            const bool clean = QTest::qWaitFor([&] { return left(Tell::Nothing).empty(); }, 10'000);
+            QStringList names;
+            if (!clean) {
+                for (const auto &[object, description] : left(Tell::Description)) {
+                    names << description;
+                }
+            }
+            QVERIFY2(clean, qPrintable(names.join(QLatin1Char('\n'))));
+            QTRY_VERIFY(held("fd") <= files);
+        }
+        QTRY_VERIFY2(held("task") <= threads + 4, "threads stay"); // idle ones end by themselves
+    }
 
 private:
     void play(const MediaPtr &media)
@@ -106,105 +215,6 @@ private:
     std::shared_ptr<Retirement> m_retirement = std::make_shared<Retirement>();
     MediaFactory m_factory { m_clock, m_retirement, { { "videotestsrc", {} } } };
 };
-
-void LeaksTest::initTestCase()
-{
-    QVERIFY2(leakTracer() != nullptr, "needs GST_TRACERS=leaks in the environment");
-}
-
-void LeaksTest::noticesAnObjectThatStays()
-{
-    const auto before = aliveObjects().size();
-    const auto caps = CapsRef::adopt(gst_caps_new_empty_simple("video/x-raw"));
-    QCOMPARE(aliveObjects().size(), before + 1);
-}
-
-void LeaksTest::leavesNothingBehind_data()
-{
-    QTest::addColumn<Scenario>("scenario");
-    const auto row
-        = [](const char *name, const Scenario &scenario) { QTest::newRow(name) << scenario; };
-    const auto media
-        = [this](const QString &path) { play(m_factory.media(size, fileLocation(path))); };
-    const auto camera = [this](const char *opens) {
-        const DeviceRef device = fakeDevice({ .opens = opens });
-        play(m_factory.camera(size, device.get()));
-    };
-    ClipRecipe recipe;
-    recipe.seconds = 0.4;
-    ClipRecipe portrait = recipe;
-    portrait.rotate = 90;
-    row("test bars", [this] { play(m_factory.testBars(size)); });
-    row("screen", [this] { play(m_factory.screen(size)); });
-    row("camera", [=] { camera("videotestsrc is-live=true"); });
-    row("camera that ends", [=] { camera("videotestsrc num-buffers=2"); });
-    row("camera that fails", [=] { camera("videotestsrc ! identity error-after=2"); });
-    row("camera that cannot open", [=, this] {
-        expectRefusal([&] { camera("filesrc location=/nonexistent ! rawvideoparse"); });
-        expectError([&] { camera("audiotestsrc"); });
-        expectError([&] { camera(""); });
-    });
-    row("file", [=] { media(clip(recipe)); });
-    row("portrait file", [=] { media(clip(portrait)); });
-    row("file that ends", [=, this] {
-        const MediaPtr whole = m_factory.media(size, fileLocation(clip(recipe)));
-        QVERIFY(pollUntil(*whole, [&] { return !whole->active(); }));
-    });
-    row("file dropped at once",
-        [=, this] { (void)m_factory.media(size, fileLocation(clip(recipe))); });
-    row("broken file", [=] { media(QStringLiteral("/etc/passwd")); });
-    row("no file", [=, this] { expectRefusal([&] { media(QStringLiteral("/nonexistent")); }); });
-    row("no server",
-        [this] { play(m_factory.media(size, QStringLiteral("http://127.0.0.1:9/a.mp4"))); });
-    row("missing components", [this] {
-        for (const char *element : { "appsink", "audioresample", "videoscale", "videotestsrc" }) {
-            const HiddenElement hidden(element);
-            expectError([&] { (void)m_factory.testBars(size); });
-        }
-        const HiddenElement hidden("audioresample");
-        expectError([&] { (void)AudioCapture(m_clock, nullptr); });
-    });
-    row("tone", [this] { capture(""); });
-    row("microphone", [this] { capture("audiotestsrc is-live=true"); });
-    row("microphone that fails", [this] { capture("audiotestsrc ! identity error-after=1"); });
-    row("microphone that cannot open", [this] {
-        expectRefusal([&] { capture("filesrc location=/nonexistent ! rawaudioparse"); });
-        expectError([&] { capture("videotestsrc"); });
-    });
-    row("device search", [] {
-        DeviceDiscovery discovery;
-        discovery.start();
-        QVERIFY(QTest::qWaitFor([&] { return discovery.poll().has_value(); }, 20'000));
-        discovery.start();
-    });
-}
-
-void LeaksTest::leavesNothingBehind()
-{
-    QFETCH(Scenario, scenario);
-    scenario(); // once for what GStreamer makes at first use and keeps
-    const auto settled = [this] {
-        m_retirement->reap();
-        return m_retirement->pending() == 0;
-    };
-    QVERIFY(QTest::qWaitFor(settled, 20'000));
-    const auto before = aliveObjects();
-    scenario();
-    QVERIFY(QTest::qWaitFor(settled, 20'000));
-    const auto left = [&before](Tell tell) {
-        auto alive = aliveObjects(tell);
-        std::erase_if(alive, [&](const auto &item) { return before.contains(item.first); });
-        return alive;
-    };
-    const bool clean = QTest::qWaitFor([&] { return left(Tell::Nothing).empty(); }, 10'000);
-    QStringList names;
-    if (!clean) {
-        for (const auto &[object, description] : left(Tell::Description)) {
-            names << description;
-        }
-    }
-    QVERIFY2(clean, qPrintable(names.join(QLatin1Char('\n'))));
-}
 
 } // namespace nimbara::testing
 

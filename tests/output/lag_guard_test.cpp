@@ -9,6 +9,7 @@
 #include <deque>
 
 using namespace nimbara;
+using namespace nimbara::testing;
 using nimbara::testing::DeviceSound;
 
 namespace {
@@ -113,70 +114,64 @@ std::int64_t driftMinutes()
 class LagGuardTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void followsADriftingClock_data()
-    {
-        QTest::addColumn<double>("ppm");
-        QTest::addColumn<int>("deviceBlock");
-        QTest::newRow("fast device") << 200.0 << 1024;
-        QTest::newRow("slow device") << -200.0 << 1024;
-        QTest::newRow("fast device, small blocks") << 200.0 << 480;
-        QTest::newRow("very slow device") << -2000.0 << 441;
-        QTest::newRow("very fast device, large blocks") << 2000.0 << 4096;
-    }
-
     void followsADriftingClock()
     {
-        QFETCH(double, ppm);
-        QFETCH(int, deviceBlock);
-        Line line(deviceBlock, ppm);
-        line.run(30);
-        line.guard().takeReport(); // start-up
-        const std::int64_t ticks = driftMinutes() * 60 * 30;
-        line.run(ticks);
+        const std::vector<std::tuple<const char *, double, int>> rows {
+            { "fast device", 200.0, 1024 },
+            { "slow device", -200.0, 1024 },
+            { "fast device, small blocks", 200.0, 480 },
+            { "very slow device", -2000.0, 441 },
+            { "very fast device, large blocks", 2000.0, 4096 },
+        };
+        for (const auto &[name, ppm, deviceBlock] : rows) {
+            const RowName named(name);
+            Line line(deviceBlock, ppm);
+            line.run(30);
+            line.guard().takeReport(); // start-up
+            const std::int64_t ticks = driftMinutes() * 60 * 30;
+            line.run(ticks);
 
-        QVERIFY2(line.worstLag() < line.limit(), qPrintable(QString::number(line.worstLag())));
-        QVERIFY(line.isSmooth());
-        const LagGuard::Report report = line.guard().takeReport();
-        QCOMPARE(report.silent, 0U);
-        const double drift = static_cast<double>(ticks) // captured less read
-            * (0.033333 * audioRate * (1.0 + ppm / 1e6) - blockFrames);
-        const double mended
-            = static_cast<double>(report.dropped) - static_cast<double>(report.stretched);
-        QVERIFY2(std::abs(mended - drift) < second * 0.1, qPrintable(QString::number(mended)));
-        qInfo("worst lag %.1f ms, dropped %.0f ms, stretched %.0f ms",
-            static_cast<double>(line.worstLag()) / 48.0,
-            static_cast<double>(report.dropped) / 48.0,
-            static_cast<double>(report.stretched) / 48.0);
-    }
-
-    void catchesUpAfterAStall_data()
-    {
-        QTest::addColumn<int>("deviceBlock");
-        QTest::addColumn<int>("stallMs");
-        QTest::newRow("1 s, 10 ms blocks") << 480 << 1000;
-        QTest::newRow("1 s, 21 ms blocks") << 1024 << 1000;
-        QTest::newRow("1 s, 43 ms blocks") << 2048 << 1000;
-        QTest::newRow("10 s, 21 ms blocks") << 1024 << 10000;
-        QTest::newRow("10 s, 85 ms blocks") << 4096 << 10000;
-        QTest::newRow("0.2 s, 21 ms blocks") << 1024 << 200;
+            QVERIFY2(line.worstLag() < line.limit(), qPrintable(QString::number(line.worstLag())));
+            QVERIFY(line.isSmooth());
+            const LagGuard::Report report = line.guard().takeReport();
+            QCOMPARE(report.silent, 0U);
+            const double drift = static_cast<double>(ticks) // captured less read
+                * (0.033333 * audioRate * (1.0 + ppm / 1e6) - blockFrames);
+            const double mended
+                = static_cast<double>(report.dropped) - static_cast<double>(report.stretched);
+            QVERIFY2(std::abs(mended - drift) < second * 0.1, qPrintable(QString::number(mended)));
+            qInfo("worst lag %.1f ms, dropped %.0f ms, stretched %.0f ms",
+                static_cast<double>(line.worstLag()) / 48.0,
+                static_cast<double>(report.dropped) / 48.0,
+                static_cast<double>(report.stretched) / 48.0);
+        }
     }
 
     void catchesUpAfterAStall()
     {
-        QFETCH(int, deviceBlock);
-        QFETCH(int, stallMs);
-        Line line(deviceBlock, 0);
-        line.run(90);
-        for (int i = 0; i < 3; ++i) { // one stall after another must not add up
-            line.stall(stallMs * 1000LL);
-            line.run(60); // a window of one second, after at most one more
-            for (int tick = 0; tick < 60; ++tick) {
-                line.run(1);
-                QVERIFY2(line.standingLag() < line.limit(),
-                    qPrintable(QString::number(line.standingLag())));
+        const std::vector<std::tuple<const char *, int, int>> rows {
+            { "1 s, 10 ms blocks", 480, 1000 },
+            { "1 s, 21 ms blocks", 1024, 1000 },
+            { "1 s, 43 ms blocks", 2048, 1000 },
+            { "10 s, 21 ms blocks", 1024, 10000 },
+            { "10 s, 85 ms blocks", 4096, 10000 },
+            { "0.2 s, 21 ms blocks", 1024, 200 },
+        };
+        for (const auto &[name, deviceBlock, stallMs] : rows) {
+            const RowName named(name);
+            Line line(deviceBlock, 0);
+            line.run(90);
+            for (int i = 0; i < 3; ++i) { // one stall after another must not add up
+                line.stall(stallMs * 1000LL);
+                line.run(60); // a window of one second, after at most one more
+                for (int tick = 0; tick < 60; ++tick) {
+                    line.run(1);
+                    QVERIFY2(line.standingLag() < line.limit(),
+                        qPrintable(QString::number(line.standingLag())));
+                }
             }
+            QVERIFY(line.isSmooth());
         }
-        QVERIFY(line.isSmooth());
     }
 
     void leavesAGoodLineAlone()

@@ -8,55 +8,33 @@
 #include <utility>
 
 using namespace nimbara;
+using namespace nimbara::testing;
 
 class ProgramAudioTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void mixes_data()
-    {
-        QTest::addColumn<float>("sound");
-        QTest::addColumn<float>("voice");
-        QTest::addColumn<int>("soundLevel");
-        QTest::addColumn<int>("voiceLevel");
-        QTest::addColumn<bool>("isMedia");
-        QTest::addColumn<bool>("muted");
-        QTest::addColumn<double>("gain");
-        QTest::addColumn<float>("mixed");
-        const auto row = [](const char *name) -> QTestData & { return QTest::newRow(name); };
-        row("sum") << 0.5F << 0.25F << 100 << 100 << false << false << 1.0 << 0.75F;
-        row("levels") << 0.5F << 0.5F << 50 << 10 << false << false << 1.0 << 0.3F;
-        row("voice alone") << 0.5F << 0.25F << 0 << 100 << false << false << 1.0 << 0.25F;
-        row("no voice") << 0.5F << 0.25F << 100 << 0 << false << false << 1.0 << 0.5F;
-        row("too loud") << 0.8F << 0.8F << 100 << 100 << false << false << 1.0 << 1.0F;
-        row("too low") << -0.8F << -0.8F << 100 << 100 << false << false << 1.0 << -1.0F;
-        row("the input has its gain already")
-            << 0.5F << 0.0F << 100 << 100 << false << true << 2.0 << 0.5F;
-        row("media gain") << 0.25F << 0.0F << 100 << 100 << true << false << 2.0 << 0.5F;
-        row("media gain clamps first") << 0.8F << 0.0F << 50 << 100 << true << false << 2.0 << 0.5F;
-        row("media muted, voice stays")
-            << 0.5F << 0.25F << 100 << 100 << true << true << 1.0 << 0.25F;
-    }
-
     void mixes()
     {
-        QFETCH(float, sound);
-        QFETCH(float, voice);
-        QFETCH(int, soundLevel);
-        QFETCH(int, voiceLevel);
-        QFETCH(bool, isMedia);
-        QFETCH(bool, muted);
-        QFETCH(double, gain);
-        QFETCH(float, mixed);
-        const std::vector<float> sounds(programBlockValues, sound);
-        const std::vector<float> voices(100, voice); // then the voice is over
-        const GainState state { muted, gain };
-        const auto mediaGain = isMedia ? std::optional(state) : std::nullopt;
-        const ProgramBlock block
-            = mixProgramBlock(sounds, mediaGain, voices, { soundLevel, voiceLevel });
-        QCOMPARE(block.front(), mixed);
-        QCOMPARE(block[99], mixed);
-        const ProgramBlock alone = mixProgramBlock(sounds, mediaGain, {}, { soundLevel, 0 });
-        QVERIFY(std::equal(block.begin() + 100, block.end(), alone.begin() + 100));
+        using Gain = std::optional<GainState>; // of media; the input has its gain already
+        for (const auto &[name, sound, voice, levels, gain, mixed] :
+            { std::tuple { "sum", 0.5F, 0.25F, MixLevels { 100, 100 }, Gain(), 0.75F },
+                { "levels", 0.5F, 0.5F, { 50, 10 }, {}, 0.3F },
+                { "voice alone", 0.5F, 0.25F, { 0, 100 }, {}, 0.25F },
+                { "no voice", 0.5F, 0.25F, { 100, 0 }, {}, 0.5F },
+                { "too loud", 0.8F, 0.8F, { 100, 100 }, {}, 1.0F },
+                { "too low", -0.8F, -0.8F, { 100, 100 }, {}, -1.0F },
+                { "media gain", 0.25F, 0.0F, { 100, 100 }, { { false, 2.0 } }, 0.5F },
+                { "media gain clamps first", 0.8F, 0.0F, { 50, 100 }, { { false, 2.0 } }, 0.5F },
+                { "media muted", 0.5F, 0.25F, { 100, 100 }, { { true, 1.0 } }, 0.25F } }) {
+            const RowName named(name);
+            const std::vector<float> sounds(programBlockValues, sound);
+            const std::vector<float> voices(100, voice); // then the voice is over
+            const ProgramBlock block = mixProgramBlock(sounds, gain, voices, levels);
+            QCOMPARE(block.front(), mixed);
+            QCOMPARE(block[99], mixed);
+            const ProgramBlock alone = mixProgramBlock(sounds, gain, {}, { levels.source, 0 });
+            QVERIFY(std::equal(block.begin() + 100, block.end(), alone.begin() + 100));
+        }
     }
 
     void drainsBothQueuesOnce()

@@ -1,9 +1,8 @@
 #include "secrets/secret_store.h"
+#include "support/scripted_key_store.h"
 #include "support/test_registry.h"
 
-#include <QHash>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <optional>
 
@@ -14,48 +13,8 @@ using namespace std::chrono_literals;
 namespace {
 
 const QString account = u"stream-YouTube"_s;
-enum class Manner { Works, Refuses, Silent };
-
-/// A system's store that works, refuses everything or never answers.
-class ScriptedStore final : public SystemKeyStore {
-public:
-    explicit ScriptedStore(Manner manner)
-        : m_manner(manner)
-    {
-    }
-    void readKeychain(const QString &name, std::function<void(const QString &)> done) override
-    {
-        ++reads;
-        answer([this, name, done] { done(works() ? secrets.value(name) : QString()); });
-    }
-    void writeKeychain(const QString &name,
-        const QString &value,
-        std::function<void(bool)> done) override
-    {
-        ++writes;
-        onWrite();
-        if (works()) {
-            secrets.insert(name, value);
-        }
-        answer([this, done] { done(works()); });
-    }
-
-    QHash<QString, QString> secrets;
-    int reads = 0;
-    int writes = 0;
-    std::function<void()> onWrite = [] {};
-
-private:
-    [[nodiscard]] bool works() const { return m_manner == Manner::Works; }
-    void answer(std::function<void()> give)
-    {
-        if (m_manner != Manner::Silent) {
-            QTimer::singleShot(0, &m_context, std::move(give));
-        }
-    }
-    Manner m_manner;
-    QObject m_context;
-};
+using testing::ScriptedKeyStore;
+using Manner = ScriptedKeyStore::Manner;
 
 } // namespace
 
@@ -78,12 +37,12 @@ private Q_SLOTS:
             = m_path + u"/secrets.json"_s; // below a file no folder can be made
         for (const auto &[fileWorks, manner, written] : { std::tuple { true, Manner::Works, true },
                  { true, Manner::Refuses, true },
-                 { true, Manner::Silent, true },
+                 { true, Manner::Waits, true },
                  { false, Manner::Works, true },
                  { false, Manner::Refuses, false },
-                 { false, Manner::Silent, false } }) {
+                 { false, Manner::Waits, false } }) {
             QVERIFY(SecretFile(m_path).writeSecretFile(account, QString()));
-            ScriptedStore system(manner);
+            ScriptedKeyStore system(manner);
             SecretStore store(system, fileWorks ? m_path : unwritable, 500ms);
             QString inFile;
             system.onWrite = [&] { inFile = store.readSecretFile(account); };
@@ -91,7 +50,7 @@ private Q_SLOTS:
             store.writeSecret(account, u"clave"_s, [&](bool done) { answers.push_back(done); });
             QVERIFY(answers.empty());
             QTRY_COMPARE(answers, std::vector<bool> { written });
-            QCOMPARE(system.writes, 1); // always both, the file first
+            QCOMPARE(system.written.size(), 1); // always both, the file first
             QCOMPARE(inFile, fileWorks ? u"clave"_s : QString());
             QCOMPARE(system.secrets.contains(account), manner == Manner::Works);
         }
@@ -100,11 +59,11 @@ private Q_SLOTS:
     void readsTheFileThenTheSystem()
     {
         for (const auto &[inFile, manner, wanted] :
-            { std::tuple { u"archivo"_s, Manner::Silent, u"archivo"_s },
+            { std::tuple { u"archivo"_s, Manner::Waits, u"archivo"_s },
                 { QString(), Manner::Works, u"sistema"_s },
                 { QString(), Manner::Refuses, QString() },
-                { QString(), Manner::Silent, QString() } }) {
-            ScriptedStore system(manner);
+                { QString(), Manner::Waits, QString() } }) {
+            ScriptedKeyStore system(manner);
             system.secrets.insert(account, u"sistema"_s);
             QVERIFY(SecretFile(m_path).writeSecretFile(account, inFile));
             SecretStore store(system, m_path, 500ms);
@@ -118,7 +77,7 @@ private Q_SLOTS:
 
     void operationsKeepTheirOrder()
     {
-        ScriptedStore system(Manner::Refuses);
+        ScriptedKeyStore system(Manner::Refuses);
         SecretStore store(system, m_path);
         QStringList found;
         const QStringList values { u"una"_s, u"dos"_s, QString() };
@@ -131,7 +90,7 @@ private Q_SLOTS:
 
     void silentStoreHoldsUpNothing()
     {
-        ScriptedStore system(Manner::Silent);
+        ScriptedKeyStore system(Manner::Waits);
         SecretStore store(system, m_path); // patient: no answer is given up here
         int answered = 0;
         bool written = false;
@@ -144,7 +103,7 @@ private Q_SLOTS:
 
     void storeThatGoesAwayFinishesItsFile()
     {
-        ScriptedStore system(Manner::Works);
+        ScriptedKeyStore system(Manner::Works);
         int answers = 0;
         {
             SecretStore store(system, m_path);

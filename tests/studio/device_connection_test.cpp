@@ -23,11 +23,17 @@ struct DeviceFixture : StudioFixture {
     explicit DeviceFixture(StudioPeers peers = {})
         : StudioFixture(std::move(peers))
     {
-        studio.devices().onDevices = [this](const DeviceLists &found) { devices = found; };
-        studio.audio().onLevels = [this](int input, int output) {
-            before = input;
-            after = output;
-        };
+        QObject::connect(&studio.devices(),
+            &DeviceConnection::devicesFound,
+            &studio,
+            [this](const DeviceLists &found) { devices = found; });
+        QObject::connect(&studio.audio(),
+            &AudioInput::levelsMeasured,
+            &studio,
+            [this](int input, int output) {
+                before = input;
+                after = output;
+            });
     }
     bool findDevices(std::size_t video, std::size_t audio)
     {
@@ -186,7 +192,10 @@ private Q_SLOTS:
         DeviceFixture desk({ std::move(owned) });
         QVERIFY(desk.findDevices(1, 1));
         DeviceChoice chosen = desk.choose("Altar", "Consola");
-        desk.studio.devices().onAnswered = [&] { desk.studio.devices().connectSources(chosen); };
+        QObject::connect(&desk.studio.devices(),
+            &DeviceConnection::permissionAnswered,
+            &desk.studio,
+            [&] { desk.studio.devices().connectSources(chosen); });
         const auto nothingBuilt = [&, bars = desk.studio.sources().camera()] {
             return desk.studio.sources().camera() == bars && !desk.studio.audio().capture();
         };
@@ -225,17 +234,17 @@ private Q_SLOTS:
             desk.studio.program().setEditSet(set);
             desk.setLayers({});
             desk.studio.layers().addVideoFile(video);
-            Layer screen = newLayer(LayerKind::Screen);
-            screen.source = factory.screen(landscapeSize);
-            desk.studio.stage().scenes.addLayer(screen);
+            const Layer screen = newLayer(LayerKind::Screen);
+            desk.studio.sources().pool().put(screen, factory.screen(landscapeSize));
+            addLayer(desk.studio.document(), screen);
             desk.studio.program().take();
         };
         fill(1);
         fill(0);
         const auto sources = [&](SceneSet set) {
             std::vector<MediaPtr> all;
-            for (const Layer &layer : desk.studio.stage().scenes.scenes(set).front().layers) {
-                all.push_back(layer.source);
+            for (const Layer &layer : desk.studio.document().scenes().of(set)[0]->layers) {
+                all.push_back(desk.studio.sources().pool().find(layer));
             }
             return all;
         };
@@ -250,18 +259,20 @@ private Q_SLOTS:
         Recording &recording = desk.studio.outputs().recording();
         recording.start(folder.filePath(QStringLiteral("programa.webm")), landscapeSize);
         desk.studio.changeProfile(StreamProfile::Portrait); // refused
-        QCOMPARE(desk.studio.stage().profile, StreamProfile::Landscape);
+        QCOMPARE(desk.studio.document().project().profile, StreamProfile::Landscape);
         QVERIFY(desk.runUntil([&] { return recording.ready(); }));
         recording.finish();
         QVERIFY(desk.runUntil([&] { return !recording.exists(); }));
 
+        auto &onAir = const_cast<OnAir &>(desk.studio.onAir());
         for (const StreamProfile profile : { StreamProfile::Portrait, StreamProfile::Landscape }) {
             const FrameSize size = streamSize(profile);
             changeProfile(profile,
                 factory,
                 desk.studio.stage(),
+                onAir,
                 desk.studio.sources(),
-                desk.studio.status);
+                [](const QString &) {});
             desk.frame();
             QCOMPARE(desk.pictures.streams.size(), QSize(size.width, size.height));
             QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));

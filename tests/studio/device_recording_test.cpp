@@ -162,16 +162,24 @@ struct Service {
 
     Service()
     {
-        studio.status = [this](const QString &text) { statuses << text; };
-        studio.devices().onDevices = [this](const DeviceLists &found) { devices = found; };
-        studio.audio().onLevels = [this](int input, int output) {
-            before = input;
-            after = output;
-        };
-        studio.onPictures = [this](const Pictures &made) {
+        QObject::connect(&studio, &Studio::status, &studio, [this](const QString &text) {
+            statuses << text;
+        });
+        QObject::connect(&studio.devices(),
+            &DeviceConnection::devicesFound,
+            &studio,
+            [this](const DeviceLists &found) { devices = found; });
+        QObject::connect(&studio.audio(),
+            &AudioInput::levelsMeasured,
+            &studio,
+            [this](int input, int output) {
+                before = input;
+                after = output;
+            });
+        QObject::connect(&studio, &Studio::picturesMade, &studio, [this](const Pictures &made) {
             onAir = made.streams.pixelColor(made.streams.rect().center());
             ++frames;
-        };
+        });
         timer.setTimerType(Qt::PreciseTimer);
         QObject::connect(&timer, &QTimer::timeout, &timer, [this] { studio.tick(); });
         timer.start(5);

@@ -1,8 +1,8 @@
-#include "document/scene_ops.h"
 #include "studio/studio_fixture.h"
 #include "support/test_registry.h"
 
 #include <QImage>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 
 using namespace nimbara;
@@ -20,65 +20,86 @@ class ImageIntakeTest : public QObject {
         image.fill(color);
         return image.save(path) ? path : QString();
     }
+    static Layer imageLayerOf(const QString &path)
+    {
+        Layer image = newLayer(LayerKind::Image);
+        image.path = path;
+        return image;
+    }
 
 private Q_SLOTS:
     void reachesTheSceneThatAskedForIt()
     {
         StudioFixture desk;
-        SceneSets &scenes = desk.studio.stage().scenes;
-        int added = 0;
-        desk.studio.images().onAdded = [&](std::int32_t) { ++added; };
-        desk.studio.images().add(picture("a.png", Qt::red));
-        newScene(scenes, QStringLiteral("Otra")); // the operator has gone on
-        const auto &first = scenes.scenes(SceneSet::Streams);
-        QVERIFY(desk.runUntil([&] { return first[0].layers.size() == 2; }));
-        QCOMPARE(first[0].layers[1].name, QStringLiteral("a.png"));
-        QVERIFY(first[0].layers[1].image);
-        QCOMPARE(first[1].layers.size(), 1U);
-        QCOMPARE(added, 0); // nothing to select in PREVIEW
-        desk.studio.images().add(picture("b.png", Qt::blue));
-        QVERIFY(desk.runUntil([&] { return added == 1; }));
-        QCOMPARE(scenes.currentScene().layers.size(), 2U);
+        Document &document = desk.studio.document();
+        const ScenePtr asked = document.currentScene();
+        desk.studio.images().add(asked->id, picture("a.png", Qt::red));
+        document.apply(DuplicateScene { asked->id }); // of the same name, and current now
+        document.apply(RenameScene { asked->id, QStringLiteral("Otro nombre") });
+        desk.studio.program().setEditSet(1);
+        const auto first = [&] { return document.scenes().of(SceneSet::Streams)[0]; };
+        QVERIFY(desk.runUntil([&] { return first()->layers.size() == 2; }));
+        QCOMPARE(first()->layers[1].name, QStringLiteral("a.png"));
+        QVERIFY(desk.studio.sources().shelf().find(first()->layers[1]));
+        QCOMPARE(document.scenes().of(SceneSet::Streams)[1]->layers.size(), 1U);
     }
 
-    void changesTheLayerWhereverItIsThen()
+    void changesTheLayerWhereverItIsThenAndTheLastChoiceCounts()
     {
         StudioFixture desk;
-        int changed = -1;
-        desk.studio.images().onChanged = [&](std::int32_t layer) { changed = layer; };
-        Layer image = newLayer(LayerKind::Image);
-        image.path = QStringLiteral("vieja.png");
-        desk.setLayers({ image, colorLayer(Qt::red) });
-        desk.studio.images().change(0, picture("a.png", Qt::red));
-        moveLayer(desk.scene(), 0, 1);
-        QVERIFY(desk.runUntil([&] { return changed == 1; }));
-        const auto &layers = desk.scene().layers;
-        QCOMPARE(layers[1].name, QStringLiteral("a.png"));
-        QCOMPARE(layers[0].kind, LayerKind::Color);
+        desk.setLayers({ imageLayerOf(QStringLiteral("vieja.png")), colorLayer(Qt::red) });
+        const LayerId asked = desk.layer(0).id;
+        desk.studio.images().change(asked, picture("grande.png", Qt::red));
+        desk.studio.images().change(asked, picture("a.png", Qt::red));
+        desk.studio.document().apply(MoveLayer { asked, 1 });
+        QVERIFY(desk.runUntil([&] { return !desk.studio.images().isDecoding(); }));
+        QCOMPARE(desk.layer(1).name, QStringLiteral("a.png"));
+        QCOMPARE(desk.layer(0).kind, LayerKind::Color);
     }
 
     void nothingHappensWhenThePlaceIsGone()
     {
-        Layer image = newLayer(LayerKind::Image);
-        image.path = QStringLiteral("vieja.png");
         for (const bool layerDeleted : { true, false }) {
             StudioFixture desk;
-            bool told = false;
-            desk.studio.images().onAdded = [&](std::int32_t) { told = true; };
-            desk.studio.images().onChanged = [&](std::int32_t) { told = true; };
-            desk.setLayers({ image });
+            desk.setLayers({ imageLayerOf(QStringLiteral("vieja.png")) });
+            const LayerId asked = desk.layer(0).id;
             if (layerDeleted) {
-                desk.studio.images().change(0, picture("a.png", Qt::red));
+                desk.studio.images().change(asked, picture("a.png", Qt::red));
                 desk.setLayers({ colorLayer(Qt::red) });
             } else {
-                desk.studio.images().add(picture("a.png", Qt::red));
-                ++desk.studio.stage().projects; // another one was opened
+                desk.studio.images().add(desk.scene().id, picture("a.png", Qt::red));
+                desk.studio.document().open(newProject());
             }
+            const SceneSets before = desk.studio.document().scenes();
             QVERIFY(desk.runUntil([&] { return !desk.studio.images().isDecoding(); }));
-            QCOMPARE(desk.scene().layers.size(), 1U);
-            QVERIFY(!told);
-            QVERIFY(!desk.scene().layers[0].image);
+            QVERIFY(desk.studio.document().scenes() == before);
         }
+    }
+
+    /// A program holds what it shows; undo finds the earlier picture again, decoded anew if need
+    /// be.
+    void anotherPictureDoesNotReachTheProgramAndCanBeUndone()
+    {
+        StudioFixture desk;
+        desk.studio.stage().program.setFadeEnabled(false);
+        desk.studio.images().add(desk.scene().id, picture("roja.png", Qt::red));
+        QVERIFY(desk.runUntil([&] { return desk.scene().layers.size() == 2; }));
+        desk.set(1, LayerField::Box, fullFrame);
+        desk.set(1, LayerField::Cover, true);
+        desk.studio.program().take();
+        desk.studio.images().change(desk.layer(1).id, picture("azul.png", Qt::blue));
+        const auto prepared = [&] {
+            desk.frame();
+            return centre(desk.pictures.preview);
+        };
+        QVERIFY(desk.runUntil([&] { return prepared() == QColor(Qt::blue); }));
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
+        desk.clock.advanceUs(2 * PictureShelf::patienceUs); // the red one leaves the shelf
+        desk.frame();
+        desk.frame();
+        desk.studio.document().undo();
+        QVERIFY(!desk.studio.sources().shelf().find(desk.layer(1)));
+        QVERIFY(desk.runUntil([&] { return prepared() == QColor(Qt::red); }));
     }
 };
 

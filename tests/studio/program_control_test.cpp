@@ -52,7 +52,7 @@ private Q_SLOTS:
     {
         StudioFixture desk;
         desk.studio.stage().program.setFadeEnabled(false);
-        desk.studio.stage().title = QStringLiteral("Culto");
+        desk.studio.document().setTitle(QStringLiteral("Culto"));
         desk.take({ colorLayer(Qt::white) });
         desk.frame();
         QCOMPARE(centre(desk.pictures.streams), QColor(Qt::white));
@@ -73,10 +73,10 @@ private Q_SLOTS:
         StudioFixture desk;
         desk.studio.stage().program.setFadeEnabled(false);
         desk.take({ colorLayer(Qt::red) });
-        desk.scene().layers[0].fill = Qt::green;
-        desk.scene().layers[0].x = 0.6;
-        desk.scene().layers.push_back(colorLayer(Qt::blue));
-        desk.studio.stage().title = QStringLiteral("typed after TAKE");
+        desk.set(0, LayerField::Fill, QColor(Qt::green));
+        desk.set(0, LayerField::Box, Box { 0.6, 0, 1, 1 });
+        addLayer(desk.studio.document(), colorLayer(Qt::blue));
+        desk.studio.document().setTitle(QStringLiteral("typed after TAKE"));
         desk.frame();
         QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
         QCOMPARE(desk.pictures.streams.pixelColor(90, 850), QColor(Qt::red));
@@ -112,14 +112,13 @@ private Q_SLOTS:
     void everyTakeRestartsAFile()
     {
         StudioFixture desk;
-        const auto place = static_cast<std::size_t>(desk.studio.layers().addVideoFile(clip({})));
-        const auto layer = [&]() -> Layer & { return desk.scene().layers[place]; };
-        std::weak_ptr<Media> first = layer().source;
+        desk.studio.layers().addVideoFile(clip({}));
+        std::weak_ptr<Media> first = desk.source(1);
         desk.studio.program().take();
-        QVERIFY(layer().source != first.lock());
-        QCOMPARE(desk.studio.stage().program.streams().layers[place].source, layer().source);
+        QVERIFY(desk.source(1) != first.lock());
+        QCOMPARE(desk.studio.onAir().streams.layers[1].source, desk.source(1));
         const auto shown = [&] {
-            const FramePtr frame = layer().source->frame();
+            const FramePtr frame = desk.source(1)->frame();
             return frame ? readClip(*frame).number : -1;
         };
         QVERIFY(desk.runUntil([&] { return shown() > 20; }));

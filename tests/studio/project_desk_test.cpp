@@ -25,16 +25,18 @@ struct ProjectFixture : StudioFixture {
 
     ProjectFixture()
     {
-        projects().onOpened = [this](const Project &, const QStringList &told) {
+        QObject::connect(&projects(), &ProjectDesk::opened, [this](const QStringList &told) {
             warnings = told;
             ++opened;
-        };
-        projects().onFailed = [this](const QString &told) { failure = told; };
+        });
+        QObject::connect(&projects(), &ProjectDesk::failed, [this](const QString &told) {
+            failure = told;
+        });
     }
     ProjectDesk &projects() { return studio.projects(); }
     bool save()
     {
-        projects().saveProject(path, 100);
+        projects().saveProject(path);
         return runUntil([&] { return projects().lastPath() == path; });
     }
     bool open()
@@ -45,8 +47,8 @@ struct ProjectFixture : StudioFixture {
     /// Saves under this title.
     void saveAs(const char *title)
     {
-        studio.stage().title = QLatin1String(title);
-        projects().saveProject(path, 100);
+        studio.document().setTitle(QLatin1String(title));
+        projects().saveProject(path);
     }
 };
 
@@ -112,22 +114,24 @@ private Q_SLOTS:
     void clipsPlayWhileTheirSceneIsShown()
     {
         ProjectFixture desk;
-        Project project;
+        Project project = newProject();
+        project.scenes.of(SceneSet::Streams).clear();
         for (int scene = 0; scene < 2; ++scene) {
             Layer video = newLayer(LayerKind::Video);
             video.uri = QUrl::fromLocalFile(clip({})).toString();
-            project.streams.push_back({ QString::number(scene), { video } });
+            project.scenes.of(SceneSet::Streams)
+                .push_back(makeScene(QString::number(scene), { video }));
         }
-        project.hall = { defaultScene(true) };
         writeProjectFile(desk.path, toJson(project));
         QVERIFY(desk.open());
-        auto &scenes = desk.studio.stage().scenes;
+        Document &document = desk.studio.document();
         const auto frames = [&](std::size_t scene) {
-            return scenes.scenes(SceneSet::Streams)[scene].layers[0].source->frameCount();
+            const Layer &layer = document.editedScenes()[scene]->layers[0];
+            return desk.studio.sources().pool().find(layer)->frameCount();
         };
         QVERIFY(desk.runUntil([&] { return frames(0) > 3; }));
         QCOMPARE(frames(1), 0U);
-        scenes.setCurrentIndex(SceneSet::Streams, 1);
+        document.showScene(document.editedScenes()[1]->id);
         QVERIFY(desk.runUntil([&] { return frames(1) > 0; }));
         const auto seen = frames(0);
         const auto other = frames(1);
@@ -138,7 +142,8 @@ private Q_SLOTS:
     void aLargeProjectOpens()
     {
         ProjectFixture desk;
-        Project large;
+        Project large = newProject();
+        large.scenes.of(SceneSet::Streams).clear();
         for (int scene = 0; scene < 100; ++scene) {
             std::vector<Layer> layers;
             for (int kind = 0; kind < 20; ++kind) {
@@ -148,15 +153,14 @@ private Q_SLOTS:
                     ? QStringLiteral("file:///falta/%1.mp4").arg(scene)
                     : QStringLiteral("ftp://falta");
             }
-            large.streams.push_back({ QString::number(scene), layers });
+            large.scenes.of(SceneSet::Streams).push_back(makeScene(QString::number(scene), layers));
         }
-        large.currentStreams = 99;
-        large.hall = { defaultScene(true) };
+        large.setCurrentPlace(SceneSet::Streams, 99);
         writeProjectFile(desk.path, toJson(large));
         QVERIFY(desk.open());
-        const auto &scenes = desk.studio.stage().scenes.scenes(SceneSet::Streams);
+        const Scenes &scenes = desk.studio.document().editedScenes();
         QCOMPARE(scenes.size(), 100U);
-        QCOMPARE(scenes[99].layers.size(), 20U);
+        QCOMPARE(scenes[99]->layers.size(), 20U);
         QCOMPARE(desk.scene().name, QStringLiteral("99"));
         // Each image and video, and each screen where there is none.
         const auto told = [&](const char *reason) {
@@ -165,7 +169,7 @@ private Q_SLOTS:
         QCOMPARE(told("Imagen inválida"), 300);
         QCOMPARE(told("URL multimedia"), 270);
         QVERIFY(told("No se pudo iniciar fuente") >= 30);
-        QVERIFY(!scenes[0].layers[3].source);
+        QVERIFY(!desk.studio.sources().pool().find(scenes[0]->layers[3]));
     }
 
     void failuresChangeNothing()
@@ -197,7 +201,7 @@ private Q_SLOTS:
             desk.studio.stage().streamFrame());
         for (const bool save : { false, true }) {
             try {
-                save ? desk.projects().saveProject(desk.path, 100)
+                save ? desk.projects().saveProject(desk.path)
                      : desk.projects().openProject(desk.path);
                 QFAIL("went ahead");
             } catch (const Error &error) {
@@ -210,7 +214,7 @@ private Q_SLOTS:
     void aFailedSaveIsTold()
     {
         ProjectFixture desk;
-        desk.projects().saveProject(QStringLiteral("/no/hay.nimbara"), 100);
+        desk.projects().saveProject(QStringLiteral("/no/hay.nimbara"));
         QVERIFY(desk.runUntil([&] { return !desk.failure.isEmpty(); }));
         QCOMPARE(desk.failure, QStringLiteral("No se pudo guardar proyecto"));
         QVERIFY(desk.projects().lastPath().isEmpty());

@@ -51,11 +51,14 @@ private Q_SLOTS:
         QVERIFY(gst_device_provider_register(nullptr, "latecameras", GST_RANK_PRIMARY, type));
         StudioFixture desk;
         QStringList cameras;
-        desk.studio.devices().onDevices = [&](const DeviceLists &devices) {
-            for (const CaptureDevice &device : devices.video) {
-                cameras << device.name;
-            }
-        };
+        QObject::connect(&desk.studio.devices(),
+            &DeviceConnection::devicesFound,
+            &desk.studio,
+            [&](const DeviceLists &devices) {
+                for (const CaptureDevice &device : devices.video) {
+                    cameras << device.name;
+                }
+            });
         desk.studio.devices().refreshDevices(); // waiting here would be for ever
         for (int i = 0; i < 90; ++i) {
             desk.frame();

@@ -2,6 +2,7 @@
 
 #include "studio/studio.h"
 #include "support/manual_clock.h"
+#include "support/scenes.h"
 
 #include <QStringList>
 #include <QTest>
@@ -19,11 +20,13 @@ struct StudioFixture {
     explicit StudioFixture(StudioPeers peers = {})
         : studio(clock, std::move(peers))
     {
-        studio.status = [this](const QString &text) { statuses << text; };
-        studio.onPictures = [this](const Pictures &made) {
+        QObject::connect(&studio, &Studio::status, &studio, [this](const QString &text) {
+            statuses << text;
+        });
+        QObject::connect(&studio, &Studio::picturesMade, &studio, [this](const Pictures &made) {
             pictures = made;
             ++frames;
-        };
+        });
     }
 
     /// Some time, one frame period at least, then the tick that makes the frame.
@@ -47,16 +50,23 @@ struct StudioFixture {
     }
 
     /// Replaces the layers of the edited set's current scene.
-    void setLayers(std::vector<Layer> layers)
+    void setLayers(const std::vector<Layer> &layers)
     {
-        studio.stage().scenes.currentScene().layers = std::move(layers);
+        testing::setLayers(studio.document(), layers);
     }
-    Scene &scene() { return studio.stage().scenes.currentScene(); }
+    const Scene &scene() { return *studio.document().currentScene(); }
+    /// Of the scene in PREVIEW.
+    const Layer &layer(std::size_t place) { return scene().layers.at(place); }
+    MediaPtr source(std::size_t place) { return studio.sources().pool().find(layer(place)); }
+    void set(std::size_t place, LayerField field, const FieldValue &value)
+    {
+        studio.document().apply(SetField { layer(place).id, field, value });
+    }
 
     /// Those layers, then TAKE.
-    void take(std::vector<Layer> layers)
+    void take(const std::vector<Layer> &layers)
     {
-        setLayers(std::move(layers));
+        setLayers(layers);
         studio.program().take();
     }
 };

@@ -43,23 +43,23 @@ private Q_SLOTS:
             desk.frame();
         }
         QCOMPARE(told(), 1);
-        QVERIFY(!desk.scene().layers.back().source->active());
+        QVERIFY(!desk.source(1)->active());
     }
 
     void mediaSoundIsHeardOnProgramAlone()
     {
         StudioFixture desk;
-        const auto place = static_cast<std::size_t>(desk.studio.layers().addVideoFile(clip({})));
+        desk.studio.layers().addVideoFile(clip({}));
         const auto isHeard = [&] {
-            const Scene &onAir = desk.studio.stage().program.streams();
+            const LiveScene &onAir = desk.studio.onAir().streams;
             const auto heard = heardMedia(onAir);
-            return heard != nullptr && heard == onAir.layers[place].source.get();
+            return heard != nullptr && heard == onAir.layers[1].source.get();
         };
         QVERIFY(!isHeard());
         for (const auto &[sound, visible] :
             { std::pair { true, true }, { false, true }, { true, false } }) {
-            desk.scene().layers[place].sound = sound;
-            desk.scene().layers[place].visible = visible;
+            desk.set(1, LayerField::Sound, sound);
+            desk.set(1, LayerField::Visible, visible);
             desk.studio.program().take();
             QCOMPARE(isHeard(), sound && visible);
         }
@@ -75,7 +75,7 @@ private Q_SLOTS:
         for (int frame = 0; frame < 150 * 30; ++frame) { // two and a half minutes
             desk.clock.advanceUs(FrameSchedule::periodUs);
             input.fifo().push(std::vector<float>(programBlockValues + 200, 0.1F));
-            audio.next(desk.studio.stage(), input);
+            audio.next(desk.studio.onAir().streams, input);
         }
         QFile log(logFilePath());
         QVERIFY(log.open(QIODevice::ReadOnly));

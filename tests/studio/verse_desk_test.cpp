@@ -2,6 +2,7 @@
 #include "compositor/scene/composer.h"
 #include "compositor/text/text_overflow.h"
 #include "studio/services/verse_desk.h"
+#include "support/manual_clock.h"
 #include "support/test_registry.h"
 
 #include <QFontMetricsF>
@@ -13,16 +14,18 @@
 #include <vector>
 
 using namespace nimbara;
+using nimbara::testing::ManualClock;
 using namespace Qt::StringLiterals;
 
 namespace {
 
 /// A verse layer as the quick reference makes it, on a desk whose services are never asked.
 struct VerseStage {
-    Stage stage;
+    ManualClock clock;
+    Stage stage { clock };
     QString status;
     VerseDesk desk;
-    std::int32_t place;
+    LayerId place;
 
     VerseStage()
         : desk(openAiEndpoint(), apiBibleEndpoint(), stage, [this](auto &text) { status = text; })
@@ -30,7 +33,7 @@ struct VerseStage {
     {
         bible::prepare().waitForFinished();
     }
-    Layer &layer() { return stage.scenes.currentScene().layers[static_cast<std::size_t>(place)]; }
+    const Layer &layer() { return *findLayer(stage.document.scenes(), place); }
     void show(const QString &typed, const QString &lang)
     {
         desk.lookupVerse(place, typed, { lang, {}, {} });
@@ -123,7 +126,7 @@ private Q_SLOTS:
                 const int hidden = on.told(label);
                 QVERIFY2(hidden == measuredHidden(on.layer(), size), qPrintable(on.status));
                 const QImage picture
-                    = renderScene(on.stage.scenes.currentScene(), drawnSize, {}, cache);
+                    = renderScene(*on.stage.document.currentScene(), {}, drawnSize, cache);
                 cache.age();
                 QVERIFY2(inkIn(picture, box) == Ink::Inside, qPrintable(label));
                 ++drawn;
@@ -150,7 +153,7 @@ private Q_SLOTS:
                     Layer layer = on.layer();
                     const int hidden = hiddenLines(layer, size);
                     QVERIFY2(profile == StreamProfile::Portrait || (hidden == 0) == fits, typed);
-                    const QImage picture = renderScene({ {}, { layer } }, size, {}, cache);
+                    const QImage picture = renderScene({ {}, {}, { layer } }, {}, size, cache);
                     QVERIFY(inkIn(picture, picture.rect()) == Ink::Inside);
                     QFont font(layer.font, -1, layer.bold ? QFont::Bold : QFont::Normal);
                     font.setPixelSize(size.height * layer.size / 1080);

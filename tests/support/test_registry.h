@@ -4,6 +4,8 @@
 #include <QTest>
 
 #include <memory>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace nimbara::testing {
@@ -19,6 +21,25 @@ template <typename Test> struct TestRegistration {
         testFactories().push_back(
             []() -> std::unique_ptr<QObject> { return std::make_unique<Test>(); });
     }
+};
+
+/// One row of a test's table, by its name, which is told when something in it failed.
+class RowName {
+public:
+    explicit RowName(QByteArray name)
+        : m_name(std::move(name))
+    {
+    }
+    Q_DISABLE_COPY_MOVE(RowName)
+    ~RowName()
+    {
+        if (QTest::currentTestFailed()) {
+            qWarning("in the row \"%s\"", m_name.constData());
+        }
+    }
+
+private:
+    QByteArray m_name;
 };
 
 } // namespace nimbara::testing

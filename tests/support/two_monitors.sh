@@ -1,6 +1,6 @@
 #!/bin/sh
-# Runs a command on an X server of its own with a window manager and two monitors, as two_screens.json
-# describes them: "Control" with 1280 × 800 pixels and, to its right, "Sala" with 1920 × 1080.
+# Runs a command on an X server of its own with a window manager and two monitors: "Control" with
+# 1280 × 800 pixels and, to its right, "Sala" with 1920 × 1080.
 #
 #   two_monitors.sh COMMAND [ARGUMENT...]
 set -eu

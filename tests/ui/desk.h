@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/scenes.h"
+#include "ui/editor/canvas.h"
 #include "ui/scripted_dialogs.h"
 #include "ui/shell/studio_window.h"
 
@@ -37,7 +39,21 @@ struct Desk {
     QString status() { return find<QLabel>("status")->text(); }
     Stage &stage() { return window.studio().stage(); }
     /// Of the scene in PREVIEW.
-    std::vector<Layer> &layers() { return stage().scenes.currentScene().layers; }
+    const std::vector<Layer> &layers() { return document().currentScene()->layers; }
+    Document &document() { return window.studio().document(); }
+    void setLayers(const std::vector<Layer> &layers) { testing::setLayers(document(), layers); }
+    void set(std::size_t place, LayerField field, const FieldValue &value)
+    {
+        document().apply(SetField { layers().at(place).id, field, value });
+    }
+    void select(std::size_t place) { find<Canvas>("canvas")->setSelected(layers().at(place).id); }
+    /// The selected layer's place, −1 for none.
+    int selected()
+    {
+        const Layer *layer
+            = findLayer(*document().currentScene(), find<Canvas>("canvas")->selected());
+        return layer == nullptr ? -1 : static_cast<int>(layer - layers().data());
+    }
 
 private:
     static StudioServices withDialogs(StudioServices services, Dialogs *dialogs)

@@ -100,31 +100,29 @@ QStringList faultsOf(QWidget &window)
 class KeyboardTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void tabGoesRoundTheWindow_data()
-    {
-        QTest::addColumn<int>("tab");
-        QTest::addColumn<int>("kind");
-        for (int kind = 0; kind < 8; ++kind) {
-            QTest::addRow("layer of kind %d", kind) << 0 << kind;
-        }
-        QTest::newRow("no layer") << 0 << -1;
-        for (int tab = 1; tab < 5; ++tab) {
-            QTest::addRow("tab %d", tab) << tab << -1;
-        }
-    }
     void tabGoesRoundTheWindow()
     {
-        QFETCH(int, tab);
-        QFETCH(int, kind);
-        Desk desk;
-        QVERIFY(QTest::qWaitForWindowActive(&desk.window));
-        desk.find<QTabWidget>("tabs")->setCurrentIndex(tab);
-        desk.layers() = { newLayer(static_cast<LayerKind>(qMax(kind, 0))) };
-        desk.find<Canvas>("canvas")->setSelected(-1);
-        desk.find<Canvas>("canvas")->setSelected(kind < 0 ? -1 : 0);
-        desk.find<QWidget>("language")->setFocus();
-        const QStringList faults = faultsOf(desk.window);
-        QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
+        std::vector<std::tuple<QByteArray, int, int>> rows;
+        for (int kind = 0; kind < 8; ++kind) {
+            rows.emplace_back(QByteArray(QString::asprintf("layer of kind %d", kind).toUtf8()),
+                0,
+                kind);
+        }
+        rows.emplace_back("no layer", 0, -1);
+        for (int tab = 1; tab < 5; ++tab) {
+            rows.emplace_back(QByteArray(QString::asprintf("tab %d", tab).toUtf8()), tab, -1);
+        }
+        for (const auto &[name, tab, kind] : rows) {
+            const RowName named(name);
+            Desk desk;
+            QVERIFY(QTest::qWaitForWindowActive(&desk.window));
+            desk.find<QTabWidget>("tabs")->setCurrentIndex(tab);
+            desk.setLayers({ newLayer(static_cast<LayerKind>(qMax(kind, 0))) });
+            desk.find<Canvas>("canvas")->setSelected(kind < 0 ? LayerId() : desk.layers()[0].id);
+            desk.find<QWidget>("language")->setFocus();
+            const QStringList faults = faultsOf(desk.window);
+            QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
+        }
     }
 
     void tabGoesRoundTheDialogs()

@@ -68,7 +68,7 @@ struct SessionDesk : Desk {
         const QPoint middle = list->visualItemRect(list->item(row)).center();
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, middle);
     }
-    std::size_t selected() { return static_cast<std::size_t>(find<Canvas>("canvas")->selected()); }
+    const Layer &selectedLayer() { return layers().at(static_cast<std::size_t>(selected())); }
     QStringList listed()
     {
         const auto *list = find<QListWidget>("layers");
@@ -91,33 +91,23 @@ struct SessionDesk : Desk {
     /// picture, a clip has played to its end, and the screen shows nothing.
     QImage still()
     {
-        Scene frozen = stage().scenes.currentScene();
-        for (Layer &layer : frozen.layers) {
-            if (layer.kind == LayerKind::Screen) {
-                layer.source.reset();
+        LiveScene frozen = window.studio().sources().live(document().currentScene());
+        for (std::size_t place = 0; place < layers().size(); ++place) {
+            if (layers()[place].kind == LayerKind::Screen) {
+                frozen.layers[place].source.reset();
             }
         }
         auto grey = std::make_shared<Frame>(64, 36);
         std::fill(grey->pixels.begin(), grey->pixels.end(), std::uint8_t { 128 });
         Composer composer(std::make_shared<PaintCache>());
         return composer.compose(
-            { frozen, {}, false, landscapeSize, false, true, grey, Captions {} });
-    }
-    /// The layers as a file holds them.
-    std::vector<Layer> plainLayers()
-    {
-        std::vector<Layer> plain = layers();
-        for (Layer &layer : plain) {
-            layer.image.reset();
-            layer.source.reset();
-        }
-        return plain;
+            { frozen.scene, frozen.pictures(grey), {}, false, landscapeSize, false, true, {} });
     }
     bool clipsHaveEnded()
     {
-        return std::all_of(layers().begin(), layers().end(), [](const Layer &layer) {
-            return layer.kind != LayerKind::Video
-                || (layer.source && layer.source->ended() && layer.source->frame());
+        return std::all_of(layers().begin(), layers().end(), [this](const Layer &layer) {
+            const MediaPtr source = window.studio().sources().pool().find(layer);
+            return layer.kind != LayerKind::Video || (source && source->ended() && source->frame());
         });
     }
 };
@@ -175,7 +165,7 @@ private Q_SLOTS:
         save(desk, project);
         const QStringList listed = desk.listed();
         QTRY_VERIFY_WITH_TIMEOUT(desk.clipsHaveEnded(), 60'000);
-        const std::vector<Layer> layers = desk.plainLayers();
+        const auto layers = contents(*desk.document().currentScene());
         const QImage before = desk.still();
 
         // Next Sunday.
@@ -195,12 +185,12 @@ private Q_SLOTS:
         const QImage after = desk.still();
         QCOMPARE(after, before);
         QVERIFY(after.pixelColor(100, 100) != QColor(Qt::black));
-        QVERIFY(desk.plainLayers() == layers);
+        QVERIFY(contents(*desk.document().currentScene()) == layers);
         QCOMPARE(desk.find<QComboBox>("scenes")->count(), 2);
         QCOMPARE(desk.find<QSlider>("gain")->value(), 120);
-        QCOMPARE(desk.stage().title, u"Bienvenidos"_s);
-        QVERIFY(desk.stage().band);
-        QVERIFY(desk.stage().program.streams().layers.empty()); // black until TAKE
+        QCOMPARE(desk.document().project().title, u"Bienvenidos"_s);
+        QVERIFY(desk.document().project().band);
+        QVERIFY(!desk.stage().program.streams()); // black until TAKE
         QCOMPARE(desk.dialogs->asked.size(), boxes); // and no warning
     }
 
@@ -211,7 +201,7 @@ private:
         const auto count = static_cast<int>(desk.layers().size());
         for (int row = 0; row < count; ++row) {
             desk.select(row);
-            const LayerKind kind = desk.layers()[desk.selected()].kind;
+            const LayerKind kind = desk.selectedLayer().kind;
             auto *name = desk.focused<QLineEdit>("layerName");
             name->selectAll();
             QTest::keyClicks(name, u"Capa %1"_s.arg(row));
@@ -228,6 +218,7 @@ private:
                 desk.dialogs->colors = { QColor(10, 200, 30), QColor(90, 0, 0, 77) };
                 desk.press("textColor");
                 desk.press("backgroundColor");
+                QCoreApplication::processEvents(); // the questions come after the clicks
                 desk.choose("textAlign", row % 3);
             }
             if (kind == LayerKind::Text) {
@@ -236,11 +227,12 @@ private:
                 QTest::keyClicks(text, u"Bienvenidos"_s);
                 desk.keys(text, Qt::Key_Return);
                 QTest::keyClicks(text, u"Welcome"_s);
-                QCOMPARE(desk.layers()[desk.selected()].text, u"Bienvenidos\nWelcome"_s);
+                QCOMPARE(desk.selectedLayer().text, u"Bienvenidos\nWelcome"_s);
             }
             if (kind == LayerKind::Color) {
                 desk.dialogs->colors = { QColor(1, 99, 150) };
                 desk.press("fillColor");
+                QCoreApplication::processEvents();
             }
         }
         const Layer &front = desk.layers().back();

@@ -10,7 +10,6 @@
 #include <QPlainTextEdit>
 #include <QSpinBox>
 #include <QStyle>
-#include <QTimer>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -22,17 +21,17 @@ struct SceneDesk : Desk {
     Canvas *canvas() { return find<Canvas>("canvas"); }
     QListWidget *list() { return find<QListWidget>("layers"); }
 
-    /// A layer that is 20 % to 60 % of the frame in both directions, selected.
-    Layer &only(LayerKind kind)
+    /// A layer that is 20 % to 60 % of the frame in both directions, selected. It is another value
+    /// after each edit.
+    void only(LayerKind kind)
     {
         Layer layer = newLayer(kind);
         layer.x = layer.y = 0.2;
         layer.w = layer.h = 0.4;
-        layers() = { layer };
-        canvas()->setSelected(-1);
-        canvas()->setSelected(0);
-        return layers()[0];
+        setLayers({ layer });
+        select(0);
     }
+    const Layer &first() { return layers()[0]; }
     QPoint at(double x, double y)
     {
         const QRectF area = frameRect(canvas()->size(), 16.0 / 9);
@@ -71,16 +70,16 @@ private Q_SLOTS:
     void oneClickHidesALayerThatIsNotSelected()
     {
         SceneDesk desk;
-        desk.layers() = { newLayer(LayerKind::Color), newLayer(LayerKind::Text) };
-        desk.canvas()->setSelected(1);
+        desk.setLayers({ newLayer(LayerKind::Color), newLayer(LayerKind::Text) });
+        desk.select(1);
         QTest::mouseClick(desk.list()->viewport(), Qt::LeftButton, {}, desk.checkBoxOf(1).center());
         QVERIFY(!desk.layers()[0].visible);
         QVERIFY(desk.layers()[1].visible);
-        QCOMPARE(desk.list()->currentRow(), 1 - desk.canvas()->selected());
+        QCOMPARE(desk.list()->currentRow(), 1 - desk.selected());
         QVERIFY(desk.list()->item(1)->text().startsWith(QString::fromUtf8("🚫  ")));
         const QRect entry = desk.list()->visualItemRect(desk.list()->item(1));
         QTest::mouseClick(desk.list()->viewport(), Qt::LeftButton, {}, entry.center());
-        QCOMPARE(desk.canvas()->selected(), 0);
+        QCOMPARE(desk.selected(), 0);
         QVERIFY(!desk.layers()[0].visible);
     }
 
@@ -102,10 +101,10 @@ private Q_SLOTS:
         QCOMPARE(desk.layers()[0].w, 1.0);
         QCOMPARE(QApplication::focusWidget()->objectName(), u"fitToFrame"_s);
         key(desk.find<QPushButton>("duplicateScene"), Qt::Key_Return);
-        QCOMPARE(desk.window.studio().stage().scenes.editedScenes().size(), 2U);
-        QVERIFY(desk.window.studio().stage().program.streams().layers.empty());
+        QCOMPARE(desk.document().editedScenes().size(), 2U);
+        QVERIFY(!desk.stage().program.streams());
         key(desk.find<QCheckBox>("fade"), Qt::Key_Space); // TAKE, wherever the focus is
-        QVERIFY(!desk.window.studio().stage().program.streams().layers.empty());
+        QVERIFY(desk.stage().program.streams());
         QVERIFY(desk.find<QCheckBox>("fade")->isChecked());
     }
 
@@ -152,9 +151,10 @@ private Q_SLOTS:
         QFETCH(double, lowest);
         QFETCH(double, highest);
         SceneDesk desk;
-        const Layer &layer = desk.only(LayerKind::Text);
+        desk.only(LayerKind::Text);
         auto *spin = desk.find<QDoubleSpinBox>(field);
         const auto value = [&] {
+            const Layer &layer = desk.first();
             return field == u"positionX"_s ? layer.x
                 : field == u"positionY"_s  ? layer.y
                 : field == u"positionW"_s  ? layer.w
@@ -172,15 +172,15 @@ private Q_SLOTS:
     void theMouseMovesAndResizes()
     {
         SceneDesk desk;
-        Layer &layer = desk.only(LayerKind::Text);
+        desk.only(LayerKind::Text);
         desk.drag(desk.at(0.4, 0.4), desk.at(0.5, 0.3));
-        QVERIFY(isClose(layer.x, 0.3) && isClose(layer.y, 0.1));
+        QVERIFY(isClose(desk.first().x, 0.3) && isClose(desk.first().y, 0.1));
         desk.drag(desk.at(0.7, 0.5), desk.at(0.8, 0.9)); // its bottom right handle
-        QVERIFY(isClose(layer.w, 0.5) && isClose(layer.h, 0.8));
+        QVERIFY(isClose(desk.first().w, 0.5) && isClose(desk.first().h, 0.8));
         desk.drag(desk.at(0.8, 0.9), desk.at(0.1, 0.9)); // past the anchor: flips
-        QVERIFY(isClose(layer.x, 0.1) && isClose(layer.w, 0.2));
+        QVERIFY(isClose(desk.first().x, 0.1) && isClose(desk.first().w, 0.2));
         QTest::mouseClick(desk.canvas(), Qt::LeftButton, {}, desk.at(0.95, 0.95));
-        QCOMPARE(desk.canvas()->selected(), -1);
+        QCOMPARE(desk.selected(), -1);
     }
 
     void aDragEndsWithAnyButtonAndWithItsLayer()
@@ -192,8 +192,8 @@ private Q_SLOTS:
         QTest::mouseMove(desk.canvas(), desk.at(0.6, 0.6));
         QCOMPARE(desk.layers()[0].x, 0.2);
         QTest::mousePress(desk.canvas(), Qt::LeftButton, {}, desk.at(0.4, 0.4));
-        desk.layers().push_back(newLayer(LayerKind::Image)); // a picture that was being decoded
-        desk.canvas()->setSelected(1);
+        addLayer(desk.document(), newLayer(LayerKind::Image)); // a picture that was being decoded
+        desk.select(1);
         QTest::mouseMove(desk.canvas(), desk.at(0.6, 0.6));
         QCOMPARE(desk.layers()[1].x, 0.55);
     }
@@ -201,15 +201,15 @@ private Q_SLOTS:
     void keysNudgeAndADoubleClickShowsTheTab()
     {
         SceneDesk desk;
-        const Layer &layer = desk.only(LayerKind::Color);
+        desk.only(LayerKind::Color);
         QTest::keyClick(desk.canvas(), Qt::Key_Right);
         QTest::keyClick(desk.canvas(), Qt::Key_Up, Qt::ShiftModifier);
-        QVERIFY(qAbs(layer.x - 0.205) < 1e-9 && qAbs(layer.y - 0.15) < 1e-9);
+        QVERIFY(qAbs(desk.first().x - 0.205) < 1e-9 && qAbs(desk.first().y - 0.15) < 1e-9);
         desk.find<QTabWidget>("tabs")->setCurrentIndex(2);
-        desk.layers()[0].visible = false; // cannot be picked
+        desk.set(0, LayerField::Visible, false); // cannot be picked
         QTest::mouseDClick(desk.canvas(), Qt::LeftButton, {}, desk.at(0.4, 0.4));
         QCOMPARE(desk.find<QTabWidget>("tabs")->currentIndex(), 2);
-        desk.layers()[0].visible = true;
+        desk.set(0, LayerField::Visible, true);
         QTest::mouseDClick(desk.canvas(), Qt::LeftButton, {}, desk.at(0.4, 0.4));
         QCOMPARE(desk.find<QTabWidget>("tabs")->currentIndex(), 0);
     }
@@ -225,9 +225,9 @@ private Q_SLOTS:
         desk.drag(desk.at(0.4, 0.4), desk.at(0.5, 0.4)); // the same layer
         QVERIFY(isClose(desk.find<QDoubleSpinBox>("positionX")->value() / 100, 0.3));
         text->setFocus();
-        desk.window.studio().verses().onLayerWritten(5); // a late verse of another one
-        desk.layers().push_back(newLayer(LayerKind::Image)); // one that took long to decode
-        desk.window.studio().images().onAdded(1);
+        const LayerId late = addLayer(desk.document(), newLayer(LayerKind::Verse));
+        Q_EMIT desk.window.studio().images().added(late); // one that took long to decode
+        desk.document().apply(SetVerse { late, u"tarde"_s, {}, {} });
         QCOMPARE(desk.list()->count(), 2);
         desk.window.studio().tick();
         QCOMPARE(desk.find<QPlainTextEdit>("layerText"), text);
@@ -242,20 +242,17 @@ private Q_SLOTS:
         for (int i = 0; i < 2000; ++i) {
             warnings << u"Logo %1: Imagen inválida o demasiado grande"_s.arg(i);
         }
-        desk.window.studio().projects().onOpened(Project {}, warnings);
+        Q_EMIT desk.window.studio().projects().opened(warnings);
         QTRY_COMPARE(desk.dialogs->asked.size(), 1);
         QCOMPARE(desk.dialogs->asked[0], u"Abrir proyecto: "_s + warnings.join(u'\n'));
 
-        bool shown = false;
-        QTimer::singleShot(0, &desk.window, [&] {
-            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            shown = box != nullptr && box->text().count(u'\n') == QtDialogs::mostLines
-                && box->text().endsWith(u"… y 1980 más"_s)
-                && box->detailedText().endsWith(warnings.last());
-            box->close();
-        });
         QtDialogs(&desk.window).warning(u"Abrir proyecto"_s, warnings.join(u'\n'));
-        QVERIFY(shown);
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        QVERIFY(box != nullptr);
+        QCOMPARE(box->text().count(u'\n'), QtDialogs::mostLines);
+        QVERIFY(box->text().endsWith(u"… y 1980 más"_s));
+        QVERIFY(box->detailedText().endsWith(warnings.last()));
+        box->close();
     }
 
 private:

@@ -2,9 +2,11 @@
 
 #include "ui/kit/dialogs.h"
 
+#include <QCoreApplication>
 #include <QStringList>
 
 #include <deque>
+#include <functional>
 
 namespace nimbara::testing {
 
@@ -15,7 +17,10 @@ public:
     std::deque<QString> texts;
     std::deque<bool> answers;
     std::deque<QColor> colors;
+    std::deque<SaveChoice> choices; ///< about unsaved work; none left: discarded
     QStringList asked; ///< titles and texts of every box, "title: text"
+
+    std::function<void()> meanwhile = [] {}; ///< happens while a box is open
 
     QString openFile(const QString &title, const QString &, const QString &filter) override
     {
@@ -37,14 +42,23 @@ public:
         asked << title + QStringLiteral(": ") + text;
         return take(answers).value_or(false);
     }
+    SaveChoice saveChoice(const QString &title, const QString &text) override
+    {
+        asked << title + QStringLiteral(": ") + text;
+        return take(choices).value_or(SaveChoice::Discard);
+    }
     void warning(const QString &title, const QString &text) override
     {
         asked << title + QStringLiteral(": ") + text;
     }
 
 private:
-    template <typename Value> static std::optional<Value> take(std::deque<Value> &script)
+    /// Answers like a real box: the program's event loop runs meanwhile.
+    template <typename Value> std::optional<Value> take(std::deque<Value> &script)
     {
+        QCoreApplication::processEvents();
+        meanwhile();
+        QCoreApplication::processEvents();
         if (script.empty()) {
             return std::nullopt;
         }

@@ -68,7 +68,7 @@ private Q_SLOTS:
             QByteArray(96000, '\x10'));
         Studio &studio = desk.window.studio();
         const auto speak = [&studio] {
-            studio.audio().onBlock(signal({ { 1200, 0.2 }, { 700, 0 } }));
+            Q_EMIT studio.audio().blockArrived(signal({ { 1200, 0.2 }, { 700, 0 } }));
         };
         const QStringList &shown = studio.stage().captions.phrases;
         auto *start = desk.find<QPushButton>("startTranslation");

@@ -4,6 +4,7 @@
 #include "ui/desk.h"
 
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QFile>
 #include <QLineEdit>
 #include <QListWidget>
@@ -226,46 +227,124 @@ private Q_SLOTS:
         QCOMPARE(before.reference, u"Juan 3:16 · Reina-Valera 1909"_s);
     }
 
-    void aLateReplyFindsAnotherScene_data()
+    /// It finds its layer wherever that is by then, and nothing else; what was selected, typed or
+    /// being asked meanwhile stays.
+    void aLateReplyFindsItsLayerOrNothing()
     {
-        QTest::addColumn<std::function<void(VerseDeskWindow &)>>("change");
-        QTest::addColumn<bool>("taken");
         using Change = std::function<void(VerseDeskWindow &)>;
-        QTest::newRow("without the layer")
-            << Change([](auto &desk) { desk.press("deleteLayer"); }) << false;
-        QTest::newRow("with nothing at its place") << Change([](auto &desk) {
-            desk.dialogs->texts = { u"B"_s };
-            desk.press("newScene");
-        }) << false;
-        QTest::newRow("with another kind at its place") << Change([](auto &desk) {
-            desk.press("duplicateScene");
-            desk.layers()[1] = newLayer(LayerKind::Color);
-        }) << false;
-        QTest::newRow("with a verse at its place")
-            << Change([](auto &desk) { desk.press("duplicateScene"); }) << true;
+        struct Row {
+            const char *name;
+            Change change;
+            bool written;
+        };
+        const auto position = [](VerseDeskWindow &desk) {
+            auto *field = desk.find<QDoubleSpinBox>("positionX");
+            field->setFocus();
+            field->selectAll();
+            QTest::keyClicks(field, u"4"_s); // not committed yet
+        };
+        const std::initializer_list<Row> rows {
+            { "hidden", [](auto &desk) { desk.set(1, LayerField::Visible, false); }, true },
+            { "moved", [](auto &desk) { desk.press("layerDown"); }, true },
+            { "a copy is in PREVIEW", [](auto &desk) { desk.press("duplicateScene"); }, true },
+            { "the other set", [](auto &desk) { desk.press("editHall"); }, true },
+            { "deleted", [](auto &desk) { desk.press("deleteLayer"); }, false },
+            { "its scene deleted",
+                [](auto &desk) {
+                    const SceneId scene = desk.document().currentScene()->id;
+                    desk.press("duplicateScene");
+                    desk.document().apply(DeleteScene { scene });
+                },
+                false },
+            { "deleted and undone",
+                [](auto &desk) {
+                    desk.press("deleteLayer");
+                    desk.press("undo");
+                },
+                true },
+            { "a position being typed", position, true },
+            { "another layer selected while typing",
+                [&](auto &desk) {
+                    position(desk);
+                    desk.select(0);
+                },
+                true },
+        };
+        for (const Row &row : rows) {
+            init();
+            VerseDeskWindow desk(m_peer);
+            QVERIFY(QTest::qWaitForWindowActive(&desk.window));
+            desk.lookUpOnline(u"Juan 3:17"_s);
+            const LayerId layer = desk.layers()[1].id;
+            const QJsonObject late = awaitRequest();
+            row.change(desk);
+            std::vector<Scene> wanted = contents(desk.document().scenes().of(SceneSet::Streams));
+            const auto place = placeOf(desk.document().scenes(), layer);
+            QCOMPARE(place.has_value(), row.written);
+            if (place) {
+                Layer &answered = wanted[place->scene].layers[place->layer];
+                answered.text = u"tarde"_s;
+                answered.reference = u"Juan 3:17 · API.Bible"_s;
+            }
+            m_peer.answer(late, R"({"data":{"content":"tarde"}})");
+            desk.press("findBibles"); // by its reply the late one has been read
+            m_peer.answer(awaitRequest(2), "{}");
+            QTRY_COMPARE(desk.status(), u"Biblias disponibles: 0"_s);
+            if (QByteArray(row.name).contains("typ")) { // what was being typed is not lost
+                wanted[0].layers[1].x = 0.04;
+            }
+            QVERIFY2(contents(desk.document().scenes().of(SceneSet::Streams)) == wanted, row.name);
+        }
     }
-    /// It goes to the place that it was asked for in the scene then current, or nowhere.
-    void aLateReplyFindsAnotherScene()
+
+    void aHandWrittenTextStaysAndTheReplyWaits()
     {
-        QFETCH(std::function<void(VerseDeskWindow &)>, change);
-        QFETCH(bool, taken);
         VerseDeskWindow desk(m_peer);
         desk.lookUpOnline(u"Juan 3:17"_s);
         const QJsonObject late = awaitRequest();
-        change(desk);
-        std::vector<Scene> wanted = desk.window.studio().stage().scenes.editedScenes();
-        if (taken) {
-            wanted[1].layers[1].text = u"tarde"_s;
-            wanted[1].layers[1].reference = u"Juan 3:17 · API.Bible"_s;
-        }
+        auto *text = desk.find<QPlainTextEdit>("layerText");
+        text->selectAll();
+        QTest::keyClicks(text, u"A mano"_s);
         m_peer.answer(late, R"({"data":{"content":"tarde"}})");
-        desk.press("findBibles"); // by its reply the late one has been read
-        m_peer.answer(awaitRequest(2), "{}");
-        QTRY_COMPARE(desk.status(), u"Biblias disponibles: 0"_s);
-        QVERIFY(desk.window.studio().stage().scenes.editedScenes() == wanted);
-        QFile log(logFilePath());
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        QCOMPARE(log.readAll().contains("Versículo listo: Juan 3:17"), taken);
+        QTRY_VERIFY(
+            desk.find<QWidget>("verseWaiting")->isVisibleTo(desk.find<QWidget>("properties")));
+        QCOMPARE(desk.layers()[1].text, u"A mano"_s);
+        QTest::keyClicks(text, u" sigo"_s);
+        QCOMPARE(desk.layers()[1].text, u"A mano sigo"_s);
+        desk.press("useWaiting");
+        QCOMPARE(desk.layers()[1].text, u"tarde"_s);
+        QVERIFY(!desk.find<QWidget>("verseWaiting")->isVisibleTo(desk.find<QWidget>("properties")));
+        desk.press("undo");
+        QCOMPARE(desk.layers()[1].text, u"A mano sigo"_s);
+    }
+
+    /// The colour box, a warning and a file box stay open while an answer or a project arrives.
+    void boxesOutliveWhatOpenedThem()
+    {
+        VerseDeskWindow desk(m_peer);
+        desk.lookUpOnline(u"Juan 3:17"_s);
+        const QJsonObject late = awaitRequest();
+        const LayerId layer = desk.layers()[1].id;
+        desk.dialogs->colors = { QColor(10, 20, 30) };
+        desk.dialogs->meanwhile = [&] {
+            m_peer.answer(late, R"({"data":{"content":"tarde"}})");
+            QTRY_COMPARE(findLayer(desk.document().scenes(), layer)->text, u"tarde"_s);
+            desk.select(0); // the panel is another layer's now
+        };
+        desk.press("textColor");
+        QTRY_COMPARE(desk.layers()[1].color, QColor(10, 20, 30));
+        QVERIFY(desk.layers()[0].color != QColor(10, 20, 30));
+
+        desk.dialogs->meanwhile = [&] { desk.document().open(newProject()); };
+        desk.select(1);
+        desk.dialogs->colors = { QColor(Qt::red) };
+        desk.press("backgroundColor");
+        QTRY_VERIFY(findLayer(desk.document().scenes(), layer) == nullptr);
+        QCoreApplication::processEvents();
+        desk.choose(1);
+        desk.type("quickVerse", u"Juan 3:16"_s);
+        desk.type("verseReference", u"xyz"_s); // its warning meets another project, too
+        QCOMPARE(desk.layers().size(), 2U);
     }
 
     void translatesForOtherLanguages()

@@ -35,16 +35,11 @@ void fill(Layer &layer, const Captions &captions)
 
 } // namespace
 
-void fillSubtitles(Scene &scene, const Captions &captions, bool isPreview)
+void fillSubtitle(Layer &layer, const Captions &captions, bool isPreview)
 {
-    for (Layer &layer : scene.layers) {
-        if (layer.kind != LayerKind::Subtitle) {
-            continue;
-        }
-        fill(layer, captions);
-        if (isPreview && layer.text.isEmpty()) {
-            layer.text = placeholder();
-        }
+    fill(layer, captions);
+    if (isPreview && layer.text.isEmpty()) {
+        layer.text = placeholder();
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "document/scene.h"
+#include "document/layer.h"
 
 #include <QString>
 #include <QStringList>
@@ -19,8 +19,8 @@ struct Captions {
     [[nodiscard]] QString text() const { return phrases.join(separator); }
 };
 
-/// Writes `text` and `reference` (the highlighted newest phrase) of every subtitle layer, hidden
-/// ones too. In the preview an empty layer gets a placeholder, in the language of the interface.
-void fillSubtitles(Scene &scene, const Captions &captions, bool isPreview);
+/// Writes `text` and `reference` (the highlighted newest phrase) of a subtitle layer that is about
+/// to be drawn. In the preview an empty one gets a placeholder, in the language of the interface.
+void fillSubtitle(Layer &layer, const Captions &captions, bool isPreview);
 
 } // namespace nimbara

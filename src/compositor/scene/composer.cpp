@@ -11,9 +11,8 @@ Composer::Composer(std::shared_ptr<PaintCache> cache)
 {
 }
 
-QImage Composer::compose(Composition composition)
+QImage Composer::compose(const Composition &composition)
 {
-    fillSubtitles(composition.scene, composition.captions, composition.isPreview);
     Drawing drawing = describe(composition);
     if (m_last && m_last->drawing == drawing) {
         return m_last->picture;
@@ -34,10 +33,11 @@ QImage Composer::compose(Composition composition)
     return canvas;
 }
 
-QImage renderScene(const Scene &scene, FrameSize size, const FramePtr &camera, PaintCache &cache)
+QImage
+renderScene(const Scene &scene, const LayerPictures &pictures, FrameSize size, PaintCache &cache)
 {
     QImage canvas(size.width, size.height, QImage::Format_RGBX8888);
-    paint(canvas, describe(scene, size, camera), cache);
+    paint(canvas, describe(scene, pictures, size), cache);
     return canvas;
 }
 

@@ -9,19 +9,23 @@
 #include <QString>
 
 #include <memory>
+#include <vector>
 
 namespace nimbara {
 
-/// Everything that one composed picture shows. The scene is a copy that shares its pictures and
-/// sources.
+/// What the layers of one scene show now, in their order: the camera's picture, a decoded file's, a
+/// source's newest. None (or a shorter list) where there is no picture, and for kinds without one.
+using LayerPictures = std::vector<FramePtr>;
+
+/// Everything that one composed picture shows. A plain value.
 struct Composition {
-    Scene scene;
+    ScenePtr scene; ///< none: black
+    LayerPictures pictures;
     QString title; ///< the streams' lower third
     bool band = false; ///< draw the band even without a title
     FrameSize size;
     bool isHall = false; ///< hall target: automatic caption instead of the title band
     bool isPreview = false; ///< empty subtitle layers show a placeholder
-    FramePtr camera; ///< the camera's newest picture, or none
     Captions captions;
 };
 
@@ -35,7 +39,7 @@ public:
     /// The picture, in opaque RGBA byte order. It never changes afterwards. When nothing that it
     /// shows changed since the last call, or another composer of the cache holds the same one, that
     /// picture is handed on and nothing is drawn.
-    [[nodiscard]] QImage compose(Composition composition);
+    [[nodiscard]] QImage compose(const Composition &composition);
 
 private:
     std::shared_ptr<PaintCache> m_cache;
@@ -43,6 +47,7 @@ private:
 };
 
 /// The scene's layers alone on opaque black, subtitle layers as they stand.
-QImage renderScene(const Scene &scene, FrameSize size, const FramePtr &camera, PaintCache &cache);
+QImage
+renderScene(const Scene &scene, const LayerPictures &pictures, FrameSize size, PaintCache &cache);
 
 } // namespace nimbara

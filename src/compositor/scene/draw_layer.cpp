@@ -8,26 +8,7 @@ namespace {
 
 const QColor placeholderColor(0, 0, 0, 200);
 
-bool hasPixels(const FramePtr &picture)
-{
-    return picture && !picture->pixels.empty();
-}
-
 } // namespace
-
-FramePtr layerPicture(const Layer &layer, const FramePtr &camera)
-{
-    FramePtr picture;
-    if (layer.kind == LayerKind::Camera) {
-        picture = camera;
-    } else if (layer.kind == LayerKind::Image) {
-        picture = layer.image;
-    } else if ((layer.kind == LayerKind::Video || layer.kind == LayerKind::Screen)
-        && layer.source) {
-        picture = layer.source->frame();
-    }
-    return hasPixels(picture) ? picture : nullptr;
-}
 
 LayerPainter::LayerPainter(QPainter &painter, PaintCache &cache)
     : m_painter(painter)
@@ -103,16 +84,6 @@ bool coversCanvas(const Layer &layer, const QRectF &box, FrameSize canvas, const
     }
     return picture && picture->opaque
         && fitPicture(picture->size(), box, layer.cover).target.contains(whole);
-}
-
-void drawLayer(QPainter &painter,
-    const Layer &layer,
-    const QRectF &box,
-    std::int32_t frameHeight,
-    const FramePtr &camera,
-    PaintCache &cache)
-{
-    LayerPainter(painter, cache).draw(layer, box, frameHeight, layerPicture(layer, camera));
 }
 
 } // namespace nimbara

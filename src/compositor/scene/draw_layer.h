@@ -11,10 +11,6 @@
 
 namespace nimbara {
 
-/// The picture that a layer shows now: the camera's for a camera layer, its own image, or its
-/// source's newest. None for other kinds and when there is no picture.
-FramePtr layerPicture(const Layer &layer, const FramePtr &camera);
-
 /// Draws layers onto one canvas through a cache. Holds the sprites that it laid down.
 class LayerPainter {
 public:
@@ -23,8 +19,8 @@ public:
     LayerPainter(QPainter &painter, PaintCache &cache);
 
     /// Draws a layer with its opacity, whether visible or not. `box` in canvas pixels;
-    /// `frameHeight`: the lines of the frame, which scale text; `picture`: what `layerPicture`
-    /// gave.
+    /// `frameHeight`: the lines of the frame, which scale text; `picture`: what it shows, or
+    /// none.
     void
     draw(const Layer &layer, const QRectF &box, std::int32_t frameHeight, const FramePtr &picture);
 
@@ -46,14 +42,5 @@ private:
 
 /// Whether the layer hides everything below it on the whole canvas. `box`, `picture`: as above.
 bool coversCanvas(const Layer &layer, const QRectF &box, FrameSize canvas, const FramePtr &picture);
-
-/// Draws one layer by its kind: painter, box and frame height as above. `camera`: the camera's
-/// newest picture, or none.
-void drawLayer(QPainter &painter,
-    const Layer &layer,
-    const QRectF &box,
-    std::int32_t frameHeight,
-    const FramePtr &camera,
-    PaintCache &cache);
 
 } // namespace nimbara

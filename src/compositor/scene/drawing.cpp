@@ -13,13 +13,20 @@ QRectF boxOf(const Layer &layer, FrameSize size)
 
 Layer drawnFields(Layer layer)
 {
+    layer.id = {};
+    layer.source = {};
     layer.name.clear();
     layer.path.clear();
     layer.uri.clear();
-    layer.image.reset();
-    layer.source.reset();
     layer.sound = true;
     return layer;
+}
+
+FramePtr pictureAt(const LayerPictures &pictures, std::size_t index)
+{
+    const bool shown
+        = index < pictures.size() && pictures[index] && !pictures[index]->pixels.empty();
+    return shown ? pictures[index] : nullptr;
 }
 
 std::optional<TextBlock> overlay(const Composition &composition)
@@ -30,7 +37,8 @@ std::optional<TextBlock> overlay(const Composition &composition)
             ? std::optional(titleBand(composition.title, composition.size))
             : std::nullopt;
     }
-    if (hasSubtitle(composition.scene) || !captions.shown || captions.text().isEmpty()) {
+    const bool captioned = composition.scene && hasSubtitle(*composition.scene);
+    if (captioned || !captions.shown || captions.text().isEmpty()) {
         return std::nullopt;
     }
     return automaticCaption(captions.text(), composition.size);
@@ -51,12 +59,13 @@ std::size_t lowestSeen(const Drawing &drawing, bool &covered)
 
 } // namespace
 
-Drawing describe(const Scene &scene, FrameSize size, const FramePtr &camera)
+Drawing describe(const Scene &scene, const LayerPictures &pictures, FrameSize size)
 {
     Drawing drawing { size, {}, std::nullopt };
-    for (const Layer &layer : scene.layers) {
+    for (std::size_t index = 0; index < scene.layers.size(); ++index) {
+        const Layer &layer = scene.layers[index];
         if (layer.visible && layer.opacity > 0) {
-            drawing.layers.push_back({ drawnFields(layer), layerPicture(layer, camera) });
+            drawing.layers.push_back({ drawnFields(layer), pictureAt(pictures, index) });
         }
     }
     return drawing;
@@ -64,7 +73,15 @@ Drawing describe(const Scene &scene, FrameSize size, const FramePtr &camera)
 
 Drawing describe(const Composition &composition)
 {
-    Drawing drawing = describe(composition.scene, composition.size, composition.camera);
+    Drawing drawing { composition.size, {}, std::nullopt };
+    if (composition.scene) {
+        drawing = describe(*composition.scene, composition.pictures, composition.size);
+    }
+    for (DrawnLayer &drawn : drawing.layers) {
+        if (drawn.layer.kind == LayerKind::Subtitle) {
+            fillSubtitle(drawn.layer, composition.captions, composition.isPreview);
+        }
+    }
     drawing.overlay = overlay(composition);
     return drawing;
 }

@@ -30,9 +30,9 @@ struct Composed {
 };
 
 /// The visible layers of the scene with their pictures of this moment.
-Drawing describe(const Scene &scene, FrameSize size, const FramePtr &camera);
+Drawing describe(const Scene &scene, const LayerPictures &pictures, FrameSize size);
 
-/// The whole composition. Its subtitle layers must be filled.
+/// The whole composition, its subtitle layers filled with the captions.
 Drawing describe(const Composition &composition);
 
 /// Draws onto a canvas (`CanvasPool`) of the drawing's size and returns the sprites used. The

@@ -50,7 +50,7 @@ void paintOver(QImage &canvas, const QImage &picture, const QImage &over, double
 
 } // namespace
 
-void ProgramState::takeStreams(Scene scene,
+void ProgramState::takeStreams(ScenePtr scene,
     QString title,
     bool band,
     const QImage &onAir,
@@ -67,7 +67,7 @@ void ProgramState::offAirStreams(const QImage &onAir, std::int64_t nowUs)
     takeStreams({}, {}, false, onAir, nowUs);
 }
 
-void ProgramState::takeHall(Scene scene)
+void ProgramState::takeHall(ScenePtr scene)
 {
     m_hall = std::move(scene);
 }

@@ -11,17 +11,18 @@
 namespace nimbara {
 
 /// What is on air: the stream program with its title, the hall program, and the stream's fade. A
-/// program is a copy taken at TAKE: no edit of the prepared scene reaches it.
+/// program holds the scene as it was at TAKE: no edit reaches it.
 ///
 /// Times are monotonic microseconds. Interface thread only.
 class ProgramState {
 public:
     static constexpr std::int64_t fadeUs = 400'000;
 
-    [[nodiscard]] const Scene &streams() const { return m_streams; }
+    /// None while it is black.
+    [[nodiscard]] const ScenePtr &streams() const { return m_streams; }
     [[nodiscard]] const QString &title() const { return m_title; }
     [[nodiscard]] bool band() const { return m_band; }
-    [[nodiscard]] const Scene &hall() const { return m_hall; }
+    [[nodiscard]] const ScenePtr &hall() const { return m_hall; }
 
     [[nodiscard]] bool fadeEnabled() const { return m_fadeEnabled; }
     /// Counts from the next TAKE or OFF AIR on; a running fade goes on.
@@ -32,13 +33,13 @@ public:
     /// TAKE of the streams. `onAir`: the old stream program composed now, without a running fade's
     /// overlay; the new one fades in over it, or cuts when the fade is disabled.
     void
-    takeStreams(Scene scene, QString title, bool band, const QImage &onAir, std::int64_t nowUs);
+    takeStreams(ScenePtr scene, QString title, bool band, const QImage &onAir, std::int64_t nowUs);
 
     /// OFF AIR of the streams: black and no title, with the same fade.
     void offAirStreams(const QImage &onAir, std::int64_t nowUs);
 
     /// TAKE of the hall: a cut.
-    void takeHall(Scene scene);
+    void takeHall(ScenePtr scene);
 
     /// OFF AIR of the hall: a cut to black.
     void offAirHall();
@@ -56,10 +57,10 @@ public:
 private:
     void startFade(const QImage &onAir, std::int64_t nowUs);
 
-    Scene m_streams;
+    ScenePtr m_streams;
     QString m_title;
     bool m_band = false;
-    Scene m_hall;
+    ScenePtr m_hall;
     bool m_fadeEnabled = true;
     double m_fadeProgress = 1;
     std::int64_t m_fadeStart = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/layer.h"
+#include "signal/frame.h"
 
 #include <cstdint>
 

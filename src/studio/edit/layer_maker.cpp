@@ -1,7 +1,6 @@
 #include "studio/edit/layer_maker.h"
 
 #include "base/i18n.h"
-#include "document/scene_ops.h"
 
 #include <QUrl>
 
@@ -9,36 +8,49 @@ namespace nimbara {
 
 using nimbara_i18n::tr;
 
-LayerMaker::LayerMaker(const MediaFactory &factory, Stage &stage, Report status)
+LayerMaker::LayerMaker(const MediaFactory &factory, Stage &stage, SourcePool &pool, Report status)
     : m_factory(factory)
     , m_stage(stage)
+    , m_pool(pool)
     , m_status(std::move(status))
 {
 }
 
-std::int32_t LayerMaker::addVideoFile(const QString &path)
+LayerId LayerMaker::add(const Layer &layer, MediaPtr source)
+{
+    m_pool.put(layer, std::move(source));
+    m_stage.document.apply(AddLayer { m_stage.document.currentScene()->id, layer });
+    return layer.id;
+}
+
+LayerId LayerMaker::addVideoFile(const QString &path)
 {
     // Fully encoded, so that a "#" or "%" in a file's name stays part of its path.
     return addMedia(QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded()));
 }
 
-std::int32_t LayerMaker::addMedia(const QString &location)
+LayerId LayerMaker::addMedia(const QString &location)
 {
-    const std::int32_t place = m_stage.scenes.addLayer(
-        videoLayer(location, m_factory.media(m_stage.streamFrame(), location)));
+    const LayerId id = add(videoLayer(location), m_factory.media(m_stage.streamFrame(), location));
     m_status(
         tr("Video/red preparado en Preparación; pulsa AL AIRE para enviarlo. El audio sale solo "
            "en Programa."));
-    return place;
+    return id;
 }
 
-std::int32_t LayerMaker::addScreenCapture()
+LayerId LayerMaker::addScreenCapture()
 {
-    const std::int32_t place
-        = m_stage.scenes.addLayer(screenLayer(m_factory.screen(m_stage.streamFrame())));
+    const LayerId id = add(newLayer(LayerKind::Screen), m_factory.screen(m_stage.streamFrame()));
     m_status(
         tr("Captura de pantalla añadida. macOS puede pedir permiso de Grabación de pantalla."));
-    return place;
+    return id;
+}
+
+void LayerMaker::restart(LayerId layer)
+{
+    if (const Layer *video = findLayer(m_stage.document.scenes(), layer)) {
+        m_pool.put(*video, m_factory.media(m_stage.streamFrame(), video->uri));
+    }
 }
 
 } // namespace nimbara

@@ -2,6 +2,7 @@
 
 #include "media/sources/media_factory.h"
 #include "studio/edit/stage.h"
+#include "studio/programs/on_air.h"
 #include "studio/report.h"
 #include "studio/sources/sources.h"
 
@@ -16,6 +17,7 @@ namespace nimbara {
 void changeProfile(StreamProfile profile,
     const MediaFactory &factory,
     Stage &stage,
+    OnAir &onAir,
     Sources &sources,
     const Report &status);
 

@@ -3,46 +3,24 @@
 #include "base/error.h"
 #include "base/i18n.h"
 
+#include <utility>
+
 namespace nimbara {
-
-namespace {
-
-/// The scenes as a file holds them: a write that hangs keeps no picture and no pipeline alive.
-std::vector<Scene> plain(std::vector<Scene> scenes)
-{
-    for (Scene &scene : scenes) {
-        for (Layer &layer : scene.layers) {
-            layer.image.reset();
-            layer.source.reset();
-        }
-    }
-    return scenes;
-}
-
-Project projectOf(const Stage &stage, std::int32_t gain)
-{
-    return { stage.profile,
-        plain(stage.scenes.scenes(SceneSet::Streams)),
-        plain(stage.scenes.scenes(SceneSet::Hall)),
-        stage.scenes.currentIndex(SceneSet::Streams),
-        stage.scenes.currentIndex(SceneSet::Hall),
-        stage.band,
-        stage.title,
-        gain };
-}
-
-} // namespace
 
 ProjectDesk::ProjectDesk(const MediaFactory &factory,
     const Outputs &outputs,
     Stage &stage,
+    OnAir &onAir,
     Sources &sources,
-    Report status)
+    Report status,
+    const QString &backupFolder)
     : m_factory(factory)
     , m_outputs(outputs)
     , m_stage(stage)
+    , m_onAir(onAir)
     , m_sources(sources)
     , m_status(std::move(status))
+    , m_saves(backupFolder)
     , m_opening(factory)
 {
 }
@@ -54,10 +32,15 @@ void ProjectDesk::requireIdleOutputs() const
     }
 }
 
-void ProjectDesk::saveProject(const QString &path, std::int32_t gain)
+void ProjectDesk::saveProject(const QString &path)
 {
     requireIdleOutputs();
-    m_saves.save(path, projectOf(m_stage, gain));
+    saveAtClosing(path);
+}
+
+void ProjectDesk::saveAtClosing(const QString &path)
+{
+    m_saves.save(path, m_stage.document.project());
 }
 
 void ProjectDesk::openProject(const QString &path)
@@ -66,46 +49,117 @@ void ProjectDesk::openProject(const QString &path)
     if (m_opening.bars() || m_saves.isSaving(path)) {
         throw Error(QStringLiteral("Espera a que termine de abrirse o guardarse el proyecto."));
     }
+    m_ready.reset();
+    m_before = now();
+    m_isRecovery = false;
     m_opening.start(path, readFile);
+    tellOpening();
+}
+
+void ProjectDesk::recoverProject(const QString &path, const ProjectOpening::FileReader &read)
+{
+    m_ready.reset();
+    m_before = now();
+    m_isRecovery = true;
+    m_opening.start(path, read);
+    tellOpening();
+}
+
+void ProjectDesk::cancelOpening()
+{
+    m_opening.cancel();
+    m_ready.reset();
+    tellOpening();
+}
+
+void ProjectDesk::takeOverOpened()
+{
+    if (m_ready) {
+        requireIdleOutputs();
+        takeOver(*std::exchange(m_ready, std::nullopt));
+        tellOpening();
+    }
+}
+
+ProjectDesk::Before ProjectDesk::now() const
+{
+    return { m_stage.document.project(), m_stage.program.streams(), m_stage.program.hall() };
 }
 
 void ProjectDesk::poll()
 {
+    pollSaves();
+    try {
+        pollOpening();
+    } catch (const std::exception &error) {
+        Q_EMIT failed(errorText(error));
+    }
+    tellOpening();
+}
+
+void ProjectDesk::pollSaves()
+{
     for (const ProjectSaves::Done &done : m_saves.poll()) {
         if (done.failure.isEmpty()) {
+            m_stage.document.markSaved(done.project);
             succeeded(done.path);
+            if (!done.warning.isEmpty()) {
+                m_status(nimbara_i18n::tr(done.warning));
+            }
+            Q_EMIT saved(done.path);
         } else {
-            onFailed(done.failure);
+            Q_EMIT failed(done.failure);
         }
-    }
-    try {
-        if (const auto opened = m_opening.poll()) {
-            requireIdleOutputs(); // one may have started meanwhile
-            takeOver(*opened);
-        }
-    } catch (const std::exception &error) {
-        onFailed(errorText(error));
     }
 }
 
+void ProjectDesk::pollOpening()
+{
+    auto opened = m_opening.poll();
+    if (!opened) {
+        return;
+    }
+    if (now() == m_before) {
+        requireIdleOutputs(); // one may have started meanwhile
+        takeOver(*opened);
+    } else {
+        m_ready = std::move(opened);
+        Q_EMIT ready();
+    }
+}
+
+/// The hall keeps its picture until the next TAKE or OFF AIR: the congregation looks at it.
 void ProjectDesk::takeOver(const ProjectOpening::Opened &opened)
 {
     const Project &project = opened.project;
-    if (project.profile != m_stage.profile) {
-        MediaPtr bars = m_factory.testBars(streamSize(project.profile)); // may throw
-        m_stage.profile = project.profile;
-        m_sources.setBars(std::move(bars), Sources::standIn);
+    if (project.profile != m_stage.document.project().profile) {
+        m_sources.setBars(m_factory.testBars(streamSize(project.profile)), Sources::standIn);
     }
-    ++m_stage.projects;
-    m_stage.scenes.scenes(SceneSet::Streams) = project.streams;
-    m_stage.scenes.scenes(SceneSet::Hall) = project.hall;
-    m_stage.scenes.setCurrentIndex(SceneSet::Streams, project.currentStreams);
-    m_stage.scenes.setCurrentIndex(SceneSet::Hall, project.currentHall);
-    m_stage.program.clear();
-    m_stage.band = project.band;
-    m_stage.title = project.title;
-    onOpened(project, opened.warnings);
-    succeeded(opened.path);
+    for (const auto &[layer, source] : opened.sources) {
+        m_sources.pool().put(layer, source);
+    }
+    for (auto picture = opened.pictures.cbegin(); picture != opened.pictures.cend(); ++picture) {
+        m_sources.shelf().put(picture.key(), picture.value());
+    }
+    m_stage.program.clearStreams();
+    m_onAir.streams = {};
+    m_stage.document.open(project);
+    if (m_isRecovery) {
+        m_lastPath = opened.path;
+        m_stage.document.markUnsaved();
+        Q_EMIT recovered(opened.path);
+        m_status(nimbara_i18n::tr("Trabajo recuperado. Guárdalo cuando quieras."));
+    } else {
+        succeeded(opened.path);
+    }
+    Q_EMIT this->opened(opened.warnings);
+}
+
+void ProjectDesk::tellOpening()
+{
+    if (const bool opening = isOpening(); std::exchange(m_toldOpening, opening) != opening) {
+        Q_EMIT openingChanged(opening);
+    }
 }
 
 void ProjectDesk::succeeded(const QString &path)

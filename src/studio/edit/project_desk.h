@@ -5,38 +5,54 @@
 #include "studio/edit/project_opening.h"
 #include "studio/edit/project_saves.h"
 #include "studio/edit/stage.h"
+#include "studio/programs/on_air.h"
 #include "studio/report.h"
 #include "studio/sources/sources.h"
 
+#include <QObject>
 #include <QString>
 #include <QStringList>
 
-#include <functional>
+#include <optional>
 
 namespace nimbara {
 
-/// Saves the stage into a project file and opens one in its place. Files are read, decoded and
-/// written on a background task while the programs go on; `poll` brings the result. Interface
-/// thread only.
-class ProjectDesk {
+/// Saves the project into a file and opens one in its place. Files are read, decoded and written on
+/// a background task while the programs go on; `poll` brings the result. Interface thread only.
+///
+/// A project that took long to open does not take over by itself once the operator has edited or
+/// taken something meanwhile: it is ready, and waits for `takeOverOpened`.
+class ProjectDesk : public QObject {
+    Q_OBJECT
 public:
     ProjectDesk(const MediaFactory &factory,
         const Outputs &outputs,
         Stage &stage,
+        OnAir &onAir,
         Sources &sources,
-        Report status);
+        Report status,
+        const QString &backupFolder = {});
 
     /// Throws `Error` "Detén salidas antes de abrir/guardar proyecto" while an output runs. To be
     /// asked before the operator is.
     void requireIdleOutputs() const;
 
-    /// Begins to save the stage as it is now, whatever else is under way. `gain`: the input gain
-    /// slider, 0..200 percent. Throws as above.
-    void saveProject(const QString &path, std::int32_t gain);
+    /// Begins to save the project as it is now, whatever else is under way. Throws as above.
+    void saveProject(const QString &path);
+    /// The same before the program ends, whether or not an output runs.
+    void saveAtClosing(const QString &path);
 
     /// Begins to open. Throws as above, and `Error` "Espera a que termine de abrirse o guardarse el
     /// proyecto." while another project is being opened or this one is being saved.
     void openProject(const QString &path);
+    /// Begins to open work that a crash left, which `read` gives; it will be unsaved work of the
+    /// file `path`, or of none.
+    void recoverProject(const QString &path, const ProjectOpening::FileReader &read);
+    [[nodiscard]] bool isOpening() const { return m_opening.isUnderWay() || m_ready; }
+    /// Lets go of the project that is being opened, or waits to take over.
+    void cancelOpening();
+    /// The project that is ready takes over. Throws `Error` as `requireIdleOutputs`.
+    void takeOverOpened();
 
     /// Takes over what a background task has finished. Call on every run of the frame clock.
     void poll();
@@ -44,27 +60,50 @@ public:
     /// The file last saved or opened; empty before.
     [[nodiscard]] const QString &lastPath() const { return m_lastPath; }
 
-    /// The stage holds another project. `warnings`: what could not be opened, for the operator.
-    std::function<void(const Project &project, const QStringList &warnings)> onOpened
-        = [](const Project &, const QStringList &) {};
-    /// Saving or opening failed and nothing changed; the operator's text, untranslated.
-    std::function<void(const QString &text)> onFailed = [](const QString &) {};
-
     /// Reads a project file, on a background task; another reader plays a disk that hangs.
     ProjectOpening::FileReader readFile = readProjectFile;
 
+Q_SIGNALS:
+    /// Opening began or is over, however it went.
+    void openingChanged(bool opening);
+    /// A project is ready, but what stands on the desk has changed since it was asked for.
+    void ready();
+    /// The desk holds another project. `warnings`: what could not be opened, for the operator.
+    void opened(const QStringList &warnings);
+    /// The same for work that a crash left.
+    void recovered(const QString &path);
+    void saved(const QString &path);
+    /// Saving or opening failed and nothing changed; the operator's text, untranslated.
+    void failed(const QString &text);
+
 private:
+    /// What the desk looked like when a project was asked for.
+    struct Before {
+        Project project;
+        ScenePtr streams;
+        ScenePtr hall;
+        bool operator==(const Before &) const = default;
+    };
+    [[nodiscard]] Before now() const;
+    void pollSaves();
+    void pollOpening();
     void takeOver(const ProjectOpening::Opened &opened);
+    void tellOpening();
     void succeeded(const QString &path);
 
     const MediaFactory &m_factory;
     const Outputs &m_outputs;
     Stage &m_stage;
+    OnAir &m_onAir;
     Sources &m_sources;
     Report m_status;
     QString m_lastPath;
     ProjectSaves m_saves;
     ProjectOpening m_opening;
+    std::optional<ProjectOpening::Opened> m_ready;
+    Before m_before;
+    bool m_toldOpening = false;
+    bool m_isRecovery = false; ///< what is being opened
 };
 
 } // namespace nimbara

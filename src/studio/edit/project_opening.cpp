@@ -1,10 +1,13 @@
 #include "studio/edit/project_opening.h"
 
 #include "base/error.h"
+#include "base/i18n.h"
 #include "compositor/scene/load_image.h"
 
 #include <QElapsedTimer>
+#include <QFileInfo>
 
+#include <algorithm>
 #include <utility>
 
 namespace nimbara {
@@ -28,54 +31,111 @@ ProjectOpening::~ProjectOpening()
     }
 }
 
-void ProjectOpening::start(const QString &path, const FileReader &read)
+void ProjectOpening::cancel()
 {
     if (m_calledOff) {
         m_calledOff->store(true);
     }
-    m_attachment.reset();
+    m_reading.abandon();
+    m_opened.reset();
+    m_waiting.clear();
+}
+
+ProjectOpening::Read ProjectOpening::readAll(const QString &path,
+    const FileReader &read,
+    const std::atomic<bool> &calledOff)
+{
+    const QString folder = path.isEmpty() ? QString() : QFileInfo(path).absolutePath();
+    Read all { fromJson(read(path), folder), {}, {} };
+    for (const SceneSet set : bothSets) {
+        for (const ScenePtr &scene : all.project.scenes.of(set)) {
+            for (const Layer &layer : scene->layers) {
+                const bool wanted = layer.kind == LayerKind::Image && !layer.path.isEmpty();
+                if (!wanted || all.pictures.contains(layer.path) || calledOff.load()) {
+                    continue;
+                }
+                try {
+                    all.pictures.insert(layer.path, loadImage(layer.path));
+                } catch (const std::exception &error) {
+                    all.pictures.insert(layer.path, nullptr);
+                    all.failures.insert(layer.path, errorText(error));
+                }
+            }
+        }
+    }
+    return all;
+}
+
+void ProjectOpening::start(const QString &path, const FileReader &read)
+{
+    cancel();
     m_path = path;
     m_calledOff = std::make_shared<std::atomic<bool>>(false);
     m_patience.setRemainingTime(readingPatience);
-    m_reading.start([path, read, calledOff = m_calledOff] {
-        Project project = fromJson(read(path));
-        ImageLoader images = decodeImages(project, [&calledOff](const QString &image) {
-            return calledOff->load() ? nullptr : loadImage(image);
-        });
-        return Read { std::move(project), std::move(images) };
-    });
+    m_reading.start(
+        [path, read, calledOff = m_calledOff] { return readAll(path, read, *calledOff); });
 }
 
 bool ProjectOpening::bars() const
 {
-    return m_attachment || (m_reading.isUnderWay() && !m_patience.hasExpired());
+    return m_opened || (m_reading.isUnderWay() && !m_patience.hasExpired());
 }
 
 void ProjectOpening::beginAttaching(Read read)
 {
-    const FrameSize size = streamSize(read.project.profile);
-    m_attachment.emplace(std::move(read.project),
-        LayerFactories { std::move(read.images),
-            [this, size](const QString &location) { return m_factory.heldMedia(size, location); },
-            [this, size] { return m_factory.screen(size); } });
+    m_opened = Opened { m_path, std::move(read.project), std::move(read.pictures), {}, {} };
+    m_failures = std::move(read.failures);
+    m_waiting.clear();
+    for (const SceneSet set : bothSets) {
+        for (const ScenePtr &scene : m_opened->project.scenes.of(set)) {
+            for (const Layer &layer : scene->layers) {
+                m_waiting.push_back(&layer);
+            }
+        }
+    }
+    std::reverse(m_waiting.begin(), m_waiting.end());
+}
+
+/// Starts what the layer plays, or warns of what it lacks.
+void ProjectOpening::attach(const Layer &layer)
+{
+    if (layer.kind == LayerKind::Image) {
+        if (const auto failure = m_failures.constFind(layer.path); failure != m_failures.cend()) {
+            warn(layer, *failure);
+        }
+        return;
+    }
+    if (layer.kind != LayerKind::Screen
+        && (layer.kind != LayerKind::Video || layer.uri.isEmpty())) {
+        return;
+    }
+    MediaPtr source;
+    try {
+        const FrameSize size = streamSize(m_opened->project.profile);
+        source = layer.kind == LayerKind::Screen ? m_factory.screen(size)
+                                                 : m_factory.heldMedia(size, layer.uri);
+    } catch (const std::exception &error) {
+        warn(layer, errorText(error));
+    }
+    m_opened->sources.emplace_back(layer, std::move(source));
+}
+
+void ProjectOpening::warn(const Layer &layer, const QString &reason)
+{
+    m_opened->warnings << layer.name + QStringLiteral(": ") + nimbara_i18n::tr(reason);
 }
 
 /// The sources whose fate is not known. Those refused are let go of, with a warning.
 int ProjectOpening::sourcesUnderway()
 {
     int underway = 0;
-    for (auto *set : { &m_attachment->project().streams, &m_attachment->project().hall }) {
-        for (Scene &scene : *set) {
-            for (Layer &layer : scene.layers) {
-                const auto outcome = layer.source ? layer.source->startOutcome()
-                                                  : PipelineStart::Outcome::Accepted;
-                if (outcome == PipelineStart::Outcome::Refused) {
-                    layer.source.reset();
-                    m_attachment->warn(layer, QStringLiteral("No se pudo iniciar fuente"));
-                }
-                underway += outcome == PipelineStart::Outcome::Underway ? 1 : 0;
-            }
+    for (auto &[layer, source] : m_opened->sources) {
+        const auto outcome = source ? source->startOutcome() : PipelineStart::Outcome::Accepted;
+        if (outcome == PipelineStart::Outcome::Refused) {
+            source.reset();
+            warn(layer, QStringLiteral("No se pudo iniciar fuente"));
         }
+        underway += outcome == PipelineStart::Outcome::Underway ? 1 : 0;
     }
     return underway;
 }
@@ -85,12 +145,15 @@ std::optional<ProjectOpening::Opened> ProjectOpening::poll()
     if (m_reading.isReady()) {
         beginAttaching(m_reading.take());
     }
-    if (!m_attachment) {
+    if (!m_opened) {
         return std::nullopt;
     }
     QElapsedTimer spent;
     spent.start();
-    while (m_attachment->step()) {
+    while (!m_waiting.empty()) {
+        const Layer *next = m_waiting.back();
+        m_waiting.pop_back();
+        attach(*next);
         m_patience.setRemainingTime(startPatience);
         if (spent.elapsed() >= stepMs) {
             return std::nullopt;
@@ -103,9 +166,7 @@ std::optional<ProjectOpening::Opened> ProjectOpening::poll()
     if (m_underway > 0 && !m_patience.hasExpired()) {
         return std::nullopt;
     }
-    Opened opened { m_path, std::move(m_attachment->project()), m_attachment->warnings() };
-    m_attachment.reset();
-    return opened;
+    return std::exchange(m_opened, std::nullopt);
 }
 
 } // namespace nimbara

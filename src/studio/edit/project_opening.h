@@ -1,10 +1,11 @@
 #pragma once
 
 #include "base/background_task.h"
-#include "document/project_resources.h"
+#include "document/project_file.h"
 #include "media/sources/media_factory.h"
 
 #include <QDeadlineTimer>
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -12,6 +13,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace nimbara {
 
@@ -21,8 +24,10 @@ class ProjectOpening {
 public:
     struct Opened {
         QString path;
-        Project project; ///< with pictures and sources
-        QStringList warnings;
+        Project project;
+        QHash<QString, FramePtr> pictures; ///< decoded, by path; none where that failed
+        std::vector<std::pair<Layer, MediaPtr>> sources; ///< and the layer that asked for each
+        QStringList warnings; ///< of what could not be decoded or opened, translated
     };
     using FileReader = std::function<QByteArray(const QString &path)>;
 
@@ -42,6 +47,10 @@ public:
 
     /// Under way and not given up: a file that does not come within 10 s bars no other.
     [[nodiscard]] bool bars() const;
+    /// Under way, however long.
+    [[nodiscard]] bool isUnderWay() const { return m_opened || m_reading.isUnderWay(); }
+    /// Lets go of what is under way.
+    void cancel();
 
     /// One short step; the project once it is complete. Throws `Error` when it cannot be read, and
     /// is over then.
@@ -50,16 +59,23 @@ public:
 private:
     struct Read {
         Project project;
-        ImageLoader images;
+        QHash<QString, FramePtr> pictures;
+        QHash<QString, QString> failures; ///< of pictures: why, untranslated
     };
+    static Read
+    readAll(const QString &path, const FileReader &read, const std::atomic<bool> &calledOff);
     void beginAttaching(Read read);
+    void attach(const Layer &layer);
+    void warn(const Layer &layer, const QString &reason);
     [[nodiscard]] int sourcesUnderway();
 
     const MediaFactory &m_factory;
     QString m_path;
     BackgroundTask<Read> m_reading;
     std::shared_ptr<std::atomic<bool>> m_calledOff;
-    std::optional<ResourceAttachment> m_attachment;
+    std::optional<Opened> m_opened; ///< while its sources are started
+    QHash<QString, QString> m_failures;
+    std::vector<const Layer *> m_waiting; ///< of that project, the next one last
     QDeadlineTimer m_patience; ///< for the step under way
     int m_underway = 0; ///< sources that have neither started nor been refused
 };

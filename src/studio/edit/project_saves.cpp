@@ -1,6 +1,7 @@
 #include "studio/edit/project_saves.h"
 
 #include "base/error.h"
+#include "studio/edit/project_backups.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -23,6 +24,19 @@ bool isSameFile(const QString &one, const QString &other)
     return whole(one) == whole(other);
 }
 
+/// What the file holds becomes a backup. The operator's text when it cannot: the save goes on.
+QString keepPresent(const QString &backups, const QString &path, const QByteArray &json)
+{
+    try {
+        if (!backups.isEmpty()) {
+            backUpProject(backups, path, json);
+        }
+        return {};
+    } catch (const std::exception &error) {
+        return errorText(error);
+    }
+}
+
 } // namespace
 
 ProjectSaves::~ProjectSaves()
@@ -34,10 +48,15 @@ ProjectSaves::~ProjectSaves()
     }
 }
 
-void ProjectSaves::begin(File &file, Project project)
+void ProjectSaves::begin(File &file, Project project) const
 {
-    file.writing.start(
-        [path = file.path, held = std::move(project)] { writeProjectFile(path, toJson(held)); });
+    file.project = std::move(project);
+    file.writing.start([path = file.path, held = file.project, backups = m_backupFolder] {
+        const QByteArray json = toJson(held, QFileInfo(path).absolutePath());
+        QString warning = keepPresent(backups, path, json);
+        writeProjectFile(path, json);
+        return warning;
+    });
 }
 
 void ProjectSaves::save(const QString &path, Project project)
@@ -48,7 +67,7 @@ void ProjectSaves::save(const QString &path, Project project)
             return;
         }
     }
-    File file { path, {}, {} };
+    File file { path, {}, {}, {} };
     begin(file, std::move(project));
     m_files.push_back(std::move(file));
 }
@@ -61,19 +80,19 @@ bool ProjectSaves::isSaving(const QString &path) const
 }
 
 /// The result of a file that is done with; none while it is written, for the first time or again.
-std::optional<ProjectSaves::Done> ProjectSaves::advance(File &file)
+std::optional<ProjectSaves::Done> ProjectSaves::advance(File &file) const
 {
     if (!file.writing.isReady()) {
         return std::nullopt;
     }
-    Done done { file.path, {} };
+    Done done { file.path, {}, file.project, {} };
     try {
         if (file.next) {
             file.writing.abandon(); // what is written next is newer
             begin(file, *std::exchange(file.next, std::nullopt));
             return std::nullopt;
         }
-        file.writing.take();
+        done.warning = file.writing.take();
     } catch (const std::exception &error) {
         done.failure = errorText(error);
     }

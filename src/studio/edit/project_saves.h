@@ -7,6 +7,7 @@
 
 #include <list>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace nimbara {
@@ -19,9 +20,15 @@ public:
     struct Done {
         QString path;
         QString failure; ///< the operator's text, untranslated; empty when the file is saved
+        Project project; ///< what was written
+        QString warning; ///< the same, when the file is saved but what it held before is not kept
     };
 
-    ProjectSaves() = default;
+    /// `backupFolder`: where what a file held before is kept (`backUpProject`); empty keeps none.
+    explicit ProjectSaves(QString backupFolder = {})
+        : m_backupFolder(std::move(backupFolder))
+    {
+    }
     ProjectSaves(const ProjectSaves &) = delete;
     ProjectSaves &operator=(const ProjectSaves &) = delete;
     ProjectSaves(ProjectSaves &&) = delete;
@@ -38,12 +45,14 @@ public:
 private:
     struct File {
         QString path;
-        BackgroundTask<void> writing;
+        Project project; ///< being written
+        BackgroundTask<QString> writing; ///< gives the warning
         std::optional<Project> next;
     };
-    static void begin(File &file, Project project);
-    static std::optional<Done> advance(File &file);
+    void begin(File &file, Project project) const;
+    std::optional<Done> advance(File &file) const;
 
+    QString m_backupFolder;
     std::list<File> m_files; ///< being written
 };
 

@@ -3,31 +3,29 @@
 #include "compositor/scene/captions.h"
 #include "compositor/scene/program_state.h"
 #include "document/profile.h"
-#include "document/scene.h"
-
-#include <QString>
-
-#include <cstdint>
+#include "studio/edit/document.h"
 
 namespace nimbara {
 
-/// What stands on the operator's desk: the scenes being prepared, what is on air, and the controls
-/// that both read. Interface thread only.
+/// What stands on the operator's desk: the project being prepared, what is on air, and the captions
+/// that both show. Interface thread only.
 struct Stage {
-    SceneSets scenes;
+    Document document;
     ProgramState program;
-    StreamProfile profile = StreamProfile::Landscape;
-    QString title; ///< the lower-third field as it stands now
-    bool band = false; ///< the band switch as it stands now
     Captions captions;
-    std::uint64_t projects = 0; ///< opened so far; the scenes are others after each
 
-    [[nodiscard]] FrameSize streamFrame() const { return streamSize(profile); }
-    /// The size of the set that PREVIEW edits.
-    [[nodiscard]] FrameSize previewFrame() const
+    explicit Stage(const Clock &clock)
+        : document(clock)
     {
-        return scenes.editingHall() ? hallSize : streamFrame();
     }
+    [[nodiscard]] FrameSize streamFrame() const { return streamSize(document.project().profile); }
+    /// The size of the set's program.
+    [[nodiscard]] FrameSize frameOf(SceneSet set) const
+    {
+        return set == SceneSet::Hall ? hallSize : streamFrame();
+    }
+    /// The size of the set that PREVIEW edits.
+    [[nodiscard]] FrameSize previewFrame() const { return frameOf(document.editing()); }
 };
 
 } // namespace nimbara

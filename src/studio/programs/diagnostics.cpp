@@ -28,10 +28,7 @@ QString centreText(const Frame *frame)
 QString diagnosticLine(const Stage &stage, Media &camera, const QImage &preview)
 {
     const Frame *frame = camera.frame().get();
-    const auto &scenes = stage.scenes.scenes(stage.scenes.editing());
-    const auto current
-        = static_cast<std::size_t>(stage.scenes.currentIndex(stage.scenes.editing()));
-    const std::size_t layers = current < scenes.size() ? scenes[current].layers.size() : 0;
+    const std::size_t layers = stage.document.currentScene()->layers.size();
     const FrameSize stream = stage.streamFrame();
     const QPoint centre(stream.width / 2, stream.height / 2);
     const QColor prepared

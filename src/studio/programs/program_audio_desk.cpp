@@ -3,8 +3,6 @@
 #include "base/log.h"
 #include "translation/pipeline/voice.h"
 
-#include <algorithm>
-
 namespace nimbara {
 
 namespace {
@@ -18,13 +16,16 @@ qint64 milliseconds(std::uint64_t frames)
 
 } // namespace
 
-Media *heardMedia(const Scene &program)
+Media *heardMedia(const LiveScene &program)
 {
-    const auto heard
-        = std::find_if(program.layers.begin(), program.layers.end(), [](const Layer &layer) {
-              return layer.kind == LayerKind::Video && layer.visible && layer.sound && layer.source;
-          });
-    return heard == program.layers.end() ? nullptr : heard->source.get();
+    for (std::size_t index = 0; index < program.layers.size(); ++index) {
+        const Layer &layer = program.scene->layers[index];
+        if (layer.kind == LayerKind::Video && layer.visible && layer.sound
+            && program.layers[index].source) {
+            return program.layers[index].source.get();
+        }
+    }
+    return nullptr;
 }
 
 ProgramAudioDesk::ProgramAudioDesk(const Clock &clock)
@@ -34,9 +35,9 @@ ProgramAudioDesk::ProgramAudioDesk(const Clock &clock)
 {
 }
 
-ProgramBlock ProgramAudioDesk::next(const Stage &stage, AudioInput &input)
+ProgramBlock ProgramAudioDesk::next(const LiveScene &program, AudioInput &input)
 {
-    Media *media = heardMedia(stage.program.streams());
+    Media *media = heardMedia(program);
     const ProgramAudio::Source source { media != nullptr ? &media->audioFifo() : &input.fifo(),
         media != nullptr };
     logCorrections();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "output/mix/program_audio.h"
-#include "studio/edit/stage.h"
+#include "studio/programs/on_air.h"
 #include "studio/sources/audio_input.h"
 
 #include <cstdint>
@@ -14,8 +14,9 @@ class ProgramAudioDesk {
 public:
     explicit ProgramAudioDesk(const Clock &clock);
 
-    /// The block of this frame. Drains the queues whether or not an output runs.
-    ProgramBlock next(const Stage &stage, AudioInput &input);
+    /// The block of this frame. `program`: the stream program. Drains the queues whether or not an
+    /// output runs.
+    ProgramBlock next(const LiveScene &program, AudioInput &input);
 
     [[nodiscard]] MixLevels &levels() { return m_levels; }
     /// The synthetic voice, as 48 kHz stereo; one clip at a time.
@@ -33,6 +34,6 @@ private:
 
 /// The media that is heard on the stream program: the first visible video layer, back to front,
 /// with its sound switched on and a source; none otherwise.
-Media *heardMedia(const Scene &program);
+Media *heardMedia(const LiveScene &program);
 
 } // namespace nimbara

@@ -9,14 +9,16 @@ using nimbara_i18n::tr;
 
 ProgramControl::ProgramControl(const Clock &clock,
     const MediaFactory &factory,
-    const Sources &sources,
+    Sources &sources,
     Stage &stage,
+    OnAir &onAir,
     ProgramPictures &pictures,
     Report status)
     : m_clock(clock)
     , m_factory(factory)
     , m_sources(sources)
     , m_stage(stage)
+    , m_onAir(onAir)
     , m_pictures(pictures)
     , m_status(std::move(status))
 {
@@ -24,55 +26,57 @@ ProgramControl::ProgramControl(const Clock &clock,
 
 void ProgramControl::setEditSet(std::int32_t index)
 {
-    m_stage.scenes.setEditing(index == 0 ? SceneSet::Streams : SceneSet::Hall);
+    m_stage.document.setEditing(index == 0 ? SceneSet::Streams : SceneSet::Hall);
     m_status(tr(index == 0 ? "Editando las escenas de Redes."
                            : "Editando las escenas de las pantallas de sala."));
 }
 
 void ProgramControl::take()
 {
-    Scene &scene = m_stage.scenes.currentScene();
+    const ScenePtr scene = m_stage.document.currentScene();
     try {
-        restartFileMedia(scene);
+        restartFileMedia(*scene);
     } catch (const Error &error) {
         m_status(tr(error.text()));
         return;
     }
-    if (m_stage.scenes.editingHall()) {
+    if (m_stage.document.editingHall()) {
         m_stage.program.takeHall(scene);
+        m_onAir.hall = m_sources.live(scene);
         m_status(tr("Escena enviada a las pantallas de sala."));
         return;
     }
-    m_stage.program.takeStreams(scene,
-        m_stage.title,
-        m_stage.band,
-        streamsOnAir(),
-        m_clock.monotonicUs());
+    const QImage before = streamsOnAir();
+    m_onAir.streams = m_sources.live(scene);
+    const Project &project = m_stage.document.project();
+    m_stage.program.takeStreams(scene, project.title, project.band, before, m_clock.monotonicUs());
 }
 
 void ProgramControl::offAir()
 {
-    if (m_stage.scenes.editingHall()) {
+    if (m_stage.document.editingHall()) {
         m_stage.program.offAirHall();
+        m_onAir.hall = {};
         m_status(tr("Pantallas de sala en negro."));
         return;
     }
     m_stage.program.offAirStreams(streamsOnAir(), m_clock.monotonicUs());
+    m_onAir.streams = {};
     m_status(tr("Programa en negro (fuera del aire)."));
 }
 
-void ProgramControl::restartFileMedia(Scene &scene) const
+void ProgramControl::restartFileMedia(const Scene &scene)
 {
-    for (Layer &layer : scene.layers) {
+    for (const Layer &layer : scene.layers) {
         if (layer.kind == LayerKind::Video && layer.uri.startsWith(QLatin1String("file:"))) {
-            layer.source = m_factory.media(m_stage.streamFrame(), layer.uri);
+            m_sources.pool().put(layer, m_factory.media(m_stage.streamFrame(), layer.uri));
         }
     }
 }
 
 QImage ProgramControl::streamsOnAir()
 {
-    return m_pictures.streams(m_stage, m_sources.cameraFrame());
+    return m_pictures.streams(m_stage, m_onAir.streams, m_sources.cameraFrame());
 }
 
 } // namespace nimbara

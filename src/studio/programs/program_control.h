@@ -13,30 +13,32 @@ class ProgramControl {
 public:
     ProgramControl(const Clock &clock,
         const MediaFactory &factory,
-        const Sources &sources,
+        Sources &sources,
         Stage &stage,
+        OnAir &onAir,
         ProgramPictures &pictures,
         Report status);
 
     /// Which set PREVIEW shows and TAKE and OFF AIR act on: 0 streams, anything else the hall.
     void setEditSet(std::int32_t index);
 
-    /// Copies the edited set's current scene to its program. File media plays from its start: such
-    /// a layer gets a fresh source. When one cannot be made the text goes to the status line and
-    /// both programs stay as they are.
+    /// Gives the edited set's current scene to its program, as it is now. File media plays from its
+    /// start: such a layer gets a fresh source. When one cannot be made the text goes to the status
+    /// line and both programs stay as they are.
     void take();
 
     /// Sends the edited set's program to black.
     void offAir();
 
 private:
-    void restartFileMedia(Scene &scene) const;
+    void restartFileMedia(const Scene &scene);
     [[nodiscard]] QImage streamsOnAir();
 
     const Clock &m_clock;
     const MediaFactory &m_factory;
-    const Sources &m_sources;
+    Sources &m_sources;
     Stage &m_stage;
+    OnAir &m_onAir;
     ProgramPictures &m_pictures;
     Report m_status;
 };

@@ -10,36 +10,40 @@ ProgramPictures::ProgramPictures()
 {
 }
 
-QImage ProgramPictures::preview(const Stage &stage, const FramePtr &camera)
+QImage ProgramPictures::preview(const Stage &stage, const LiveScene &scene, const FramePtr &camera)
 {
-    const auto &scenes = stage.scenes.scenes(stage.scenes.editing());
-    const auto index = static_cast<std::size_t>(stage.scenes.currentIndex(stage.scenes.editing()));
-    return m_preview.compose({ index < scenes.size() ? scenes[index] : Scene {},
-        stage.title,
-        stage.band,
+    return m_preview.compose({ scene.scene,
+        scene.pictures(camera),
+        stage.document.project().title,
+        stage.document.project().band,
         stage.previewFrame(),
-        stage.scenes.editingHall(),
+        stage.document.editingHall(),
         true,
-        camera,
         stage.captions });
 }
 
-QImage ProgramPictures::streams(const Stage &stage, const FramePtr &camera)
+QImage ProgramPictures::streams(const Stage &stage, const LiveScene &scene, const FramePtr &camera)
 {
-    return m_streams.compose({ stage.program.streams(),
+    return m_streams.compose({ scene.scene,
+        scene.pictures(camera),
         stage.program.title(),
         stage.program.band(),
         stage.streamFrame(),
         false,
         false,
-        camera,
         stage.captions });
 }
 
-QImage ProgramPictures::hall(const Stage &stage, const FramePtr &camera)
+QImage ProgramPictures::hall(const Stage &stage, const LiveScene &scene, const FramePtr &camera)
 {
-    return m_hall.compose(
-        { stage.program.hall(), QString(), false, hallSize, true, false, camera, stage.captions });
+    return m_hall.compose({ scene.scene,
+        scene.pictures(camera),
+        QString(),
+        false,
+        hallSize,
+        true,
+        false,
+        stage.captions });
 }
 
 } // namespace nimbara

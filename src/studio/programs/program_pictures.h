@@ -2,6 +2,7 @@
 
 #include "compositor/scene/composer.h"
 #include "studio/edit/stage.h"
+#include "studio/programs/on_air.h"
 
 #include <QImage>
 
@@ -21,10 +22,13 @@ class ProgramPictures {
 public:
     ProgramPictures();
 
-    [[nodiscard]] QImage preview(const Stage &stage, const FramePtr &camera);
+    /// `scene`: the one in PREVIEW. `camera`: what camera layers show.
+    [[nodiscard]] QImage
+    preview(const Stage &stage, const LiveScene &scene, const FramePtr &camera);
     /// The stream program without a running fade.
-    [[nodiscard]] QImage streams(const Stage &stage, const FramePtr &camera);
-    [[nodiscard]] QImage hall(const Stage &stage, const FramePtr &camera);
+    [[nodiscard]] QImage
+    streams(const Stage &stage, const LiveScene &scene, const FramePtr &camera);
+    [[nodiscard]] QImage hall(const Stage &stage, const LiveScene &scene, const FramePtr &camera);
 
 private:
     std::shared_ptr<PaintCache> m_cache;

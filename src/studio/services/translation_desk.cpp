@@ -2,28 +2,73 @@
 
 #include "base/error.h"
 #include "base/i18n.h"
+#include "base/log.h"
+#include "translation/pipeline/heard_line.h"
 #include "translation/pipeline/voice.h"
+#include "translation/service/languages.h"
+
+#include <QPointer>
 
 namespace nimbara {
 
+namespace {
+
+const QString targetSetting = QStringLiteral("translation_target");
+const QString sourceSetting = QStringLiteral("source_language");
+const QString liveSetting = QStringLiteral("live_mode");
+const QString separatorSetting = QStringLiteral("caption_separator");
+
+} // namespace
+
 TranslationDesk::TranslationDesk(const Clock &clock,
     const Endpoint &openAi,
-    Stage &stage,
-    AudioInput &input,
-    ProgramAudioDesk &sound)
+    const Surroundings &surroundings)
     : m_clock(clock)
-    , m_stage(stage)
-    , m_input(input)
-    , m_sound(sound)
+    , m_stage(surroundings.stage)
+    , m_input(surroundings.input)
+    , m_sound(surroundings.sound)
+    , m_settings(surroundings.settings)
+    , m_key(surroundings.secrets, secret_account::openAi())
+    , m_keepsKey(!m_key.text().isEmpty())
     , m_keyTest(clock, openAi)
     , m_engine(clock, openAi)
 {
-    input.onBlock = [this](const AudioBlock &block) { m_engine.processAudio(block); };
+    readSettings();
+    connectEngine(surroundings.input);
+    showCaptions();
+}
+
+void TranslationDesk::readSettings()
+{
+    m_target = m_settings.value(targetSetting, languages::defaultTarget()).toString();
+    m_source = m_settings.value(sourceSetting, languages::sourceFor(m_target)).toString();
+    m_engine.setLiveDisabled(!m_settings.value(liveSetting, true).toBool());
+    m_captions.setSeparator(captionSeparator(m_settings.value(separatorSetting, 1).toInt()));
+}
+
+void TranslationDesk::connectEngine(AudioInput &input)
+{
+    connect(&input, &AudioInput::blockArrived, this, [this](const AudioBlock &block) {
+        m_engine.processAudio(block);
+    });
     m_engine.caption = [this](const QString &text) { addCaption(text); };
-    m_engine.heard = [this](const QString &text) { onHeard(text); };
+    m_engine.heard = [this](const QString &text) { tellHeard(text); };
     m_engine.voiceAudio = [this](const QByteArray &pcm) { queueVoice(m_sound.voice(), pcm); };
     m_engine.statusChanged = [this](const QString &text) { tell(text); };
-    showCaptions();
+    m_keyTest.status = [this](const QString &text) {
+        Q_EMIT reported(text);
+        Q_EMIT said(text);
+    };
+}
+
+/// Runs what the operator or the store started; a failure is told.
+template <typename Step> void TranslationDesk::run(Step step)
+{
+    try {
+        step();
+    } catch (const std::exception &error) {
+        Q_EMIT failed(errorText(error));
+    }
 }
 
 void TranslationDesk::requireVoiceInput() const
@@ -33,9 +78,61 @@ void TranslationDesk::requireVoiceInput() const
     }
 }
 
-void TranslationDesk::start(const QString &key, const QString &target, bool voice)
+void TranslationDesk::toggle()
 {
-    m_engine.start(key, target, voice, m_source);
+    if (running()) {
+        pause();
+        return;
+    }
+    if (m_isWaiting) {
+        return;
+    }
+    run([this] {
+        requireVoiceInput();
+        setWaiting(true);
+        const QString typed = m_key.text().trimmed();
+        // An empty key is filled from the store, and must not empty it first.
+        if (!m_keepsKey || typed.isEmpty()) {
+            start();
+            return;
+        }
+        m_key.save(typed, [self = QPointer(this)](bool stored) {
+            if (!self) {
+                return;
+            }
+            if (stored) {
+                self->start();
+                return;
+            }
+            self->setWaiting(false);
+            Q_EMIT self->failed(QStringLiteral("No se pudo guardar API en almacén seguro"));
+        });
+    });
+}
+
+void TranslationDesk::start()
+{
+    m_key.withKey([this](const QString &key) {
+        if (!m_isShutDown) {
+            begin(key);
+        }
+    });
+}
+
+void TranslationDesk::begin(const QString &key)
+{
+    setWaiting(false);
+    run([&] {
+        const QString target = m_target.isEmpty() ? languages::defaultTarget() : m_target;
+        m_engine.start(key, target, m_voice, m_source);
+        Q_EMIT changed();
+    });
+}
+
+void TranslationDesk::setWaiting(bool waiting)
+{
+    m_isWaiting = waiting;
+    Q_EMIT changed();
 }
 
 void TranslationDesk::pause()
@@ -43,18 +140,84 @@ void TranslationDesk::pause()
     m_engine.stopEngine();
     m_sound.voice().clear();
     clearCaptions();
+    Q_EMIT changed();
 }
 
-void TranslationDesk::stopForRestart()
+void TranslationDesk::shutDown()
 {
-    m_engine.stopEngine();
-    clearCaptions();
+    m_isShutDown = true;
+    pause();
+}
+
+void TranslationDesk::testKey()
+{
+    m_key.withKey([this](const QString &key) {
+        if (m_keepsKey && !key.isEmpty()) {
+            m_key.save(key, [](bool) {});
+        }
+        run([this, &key] { m_keyTest.run(key); });
+    });
+}
+
+void TranslationDesk::setKeepsKey(bool keeps)
+{
+    m_keepsKey = keeps;
+    Q_EMIT changed();
+}
+
+void TranslationDesk::setSource(const QString &source)
+{
+    m_source = source;
+    m_settings.setValue(sourceSetting, source);
+}
+
+void TranslationDesk::chooseTarget(const QString &language)
+{
+    m_target = language.trimmed();
+    m_settings.setValue(targetSetting, m_target);
+    setSource(languages::sourceFor(m_target));
+    Q_EMIT changed();
+}
+
+void TranslationDesk::switchTarget(const QString &language)
+{
+    chooseTarget(language);
+    if (running()) {
+        m_engine.stopEngine(); // a voice that speaks goes on
+        clearCaptions();
+        setWaiting(true);
+        start();
+    }
+    const bool spanish = language == QLatin1String("Spanish");
+    Q_EMIT said(nimbara_i18n::tr("Pantallas en ") + nimbara_i18n::tr(spanish ? "español" : "inglés")
+        + QLatin1Char('.'));
+}
+
+void TranslationDesk::setLiveMode(bool live)
+{
+    m_engine.setLiveDisabled(!live);
+    m_settings.setValue(liveSetting, live);
+    Q_EMIT changed();
+}
+
+void TranslationDesk::setVoice(bool voice)
+{
+    m_voice = voice;
+    Q_EMIT changed();
 }
 
 void TranslationDesk::setSeparator(CaptionSeparator separator)
 {
     m_captions.setSeparator(separator);
+    m_settings.setValue(separatorSetting, static_cast<int>(separator));
     showCaptions();
+    Q_EMIT changed();
+}
+
+void TranslationDesk::setCaptionsShown(bool shown)
+{
+    m_stage.captions.shown = shown;
+    Q_EMIT changed();
 }
 
 void TranslationDesk::clearCaptions()
@@ -72,10 +235,9 @@ void TranslationDesk::clearOldCaptions()
 
 void TranslationDesk::addCaption(const QString &text)
 {
-    SceneSets &scenes = m_stage.scenes;
-    const Scene &current = scenes.currentScene();
+    const Document &document = m_stage.document;
     m_captions.addCaption(text,
-        captionBox(current, scenes.editedScenes(), m_stage.streamFrame()),
+        captionBox(*document.currentScene(), document.editedScenes(), m_stage.streamFrame()),
         m_clock.wallMs());
     showCaptions();
 }
@@ -89,11 +251,26 @@ void TranslationDesk::showCaptions()
 void TranslationDesk::tell(const QString &text)
 {
     // A message of an engine that has stopped: what is still on screen and in the air goes too.
-    if (!running()) {
+    const bool ended = !running();
+    if (ended) {
         clearCaptions();
         m_sound.voice().clear();
     }
-    onStatus(nimbara_i18n::tr(text));
+    const QString shown = nimbara_i18n::tr(text);
+    Q_EMIT reported(shown);
+    Q_EMIT said(nimbara_i18n::tr("IA: ") + shown);
+    logLine(QStringLiteral("IA: ") + shown);
+    if (ended) {
+        Q_EMIT changed();
+    }
+}
+
+void TranslationDesk::tellHeard(const QString &text)
+{
+    Q_EMIT heard(text);
+    if (const auto line = heard::logText(text)) {
+        logLine(*line);
+    }
 }
 
 } // namespace nimbara

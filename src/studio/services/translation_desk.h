@@ -4,71 +4,116 @@
 #include "net/endpoints.h"
 #include "studio/edit/stage.h"
 #include "studio/programs/program_audio_desk.h"
-#include "studio/report.h"
+#include "studio/services/service_key.h"
 #include "studio/sources/audio_input.h"
 #include "translation/pipeline/caption_text.h"
 #include "translation/pipeline/engine.h"
 #include "translation/service/key_test.h"
 
+#include <QObject>
+#include <QSettings>
 #include <QString>
 
 namespace nimbara {
 
-/// The live translation at work: hears the audio input, puts the captions on the stage and the
-/// synthetic voice into the program's sound. Interface thread only.
-class TranslationDesk {
+/// The live translation: what is wanted of it, its key, and its run, which hears the audio input,
+/// puts the captions on the stage and the synthetic voice into the program's sound.
+///
+/// A start waits for its key, which the store may hold up. Failures are told by `failed`; nothing
+/// here throws. Interface thread only, which never waits.
+class TranslationDesk : public QObject {
+    Q_OBJECT
 public:
-    /// Everything referred to must outlive the desk. Takes over the input's `onBlock`.
-    TranslationDesk(const Clock &clock,
-        const Endpoint &openAi,
-        Stage &stage,
-        AudioInput &input,
-        ProgramAudioDesk &sound);
+    /// What the desk reads from and writes into, all of which must outlive it.
+    struct Surroundings {
+        Stage &stage;
+        AudioInput &input;
+        ProgramAudioDesk &sound;
+        SecretStore &secrets;
+        QSettings &settings; ///< keeps target, source, live mode and separator
+    };
 
-    /// Throws `Error` "Conecta una entrada de voz antes de iniciar IA" unless a capture runs.
-    void requireVoiceInput() const;
+    TranslationDesk(const Clock &clock, const Endpoint &openAi, const Surroundings &surroundings);
 
-    /// Begins a run in the language that is preached (`setTarget`). Throws `Error` for a blank key.
-    void start(const QString &key, const QString &target, bool voice);
+    [[nodiscard]] ServiceKey &key() { return m_key; }
+    /// A start and a key test store the key.
+    [[nodiscard]] bool keepsKey() const { return m_keepsKey; }
+    void setKeepsKey(bool keeps);
 
-    /// Ends the run, and takes voice and captions away.
-    void pause();
+    /// The language of the screens, by its name; empty for the default one.
+    [[nodiscard]] const QString &target() const { return m_target; }
+    /// From the next start on. What is preached follows from it.
+    void chooseTarget(const QString &language);
+    /// Shows the screens in "Spanish" or "English"; a run that is on begins again.
+    void switchTarget(const QString &language);
 
-    /// Ends the run for another language: the captions leave, a voice that speaks goes on.
-    void stopForRestart();
-
-    [[nodiscard]] bool running() const { return m_engine.running(); }
-
-    /// The language that is preached: "es", "en" or empty for any other.
-    void setSource(const QString &source) { m_source = source; }
     /// Without live mode every phrase is uploaded. Takes effect at the next start.
-    void setLiveMode(bool live) { m_engine.setLiveDisabled(!live); }
+    [[nodiscard]] bool liveMode() const { return !m_engine.liveDisabled(); }
+    void setLiveMode(bool live);
+    /// Captions are spoken, too. Takes effect at the next start.
+    [[nodiscard]] bool voice() const { return m_voice; }
+    void setVoice(bool voice);
 
+    [[nodiscard]] CaptionSeparator separator() const { return m_captions.separator(); }
     void setSeparator(CaptionSeparator separator);
-    void setCaptionsShown(bool shown) { m_stage.captions.shown = shown; }
+    [[nodiscard]] bool captionsShown() const { return m_stage.captions.shown; }
+    void setCaptionsShown(bool shown);
     void clearCaptions();
     /// Takes captions away that are too old. Call on each frame, before its pictures.
     void clearOldCaptions();
 
-    /// One small request with the operator's key, whether or not a run is on.
-    [[nodiscard]] KeyTest &keyTest() { return m_keyTest; }
+    /// Starts a run, or pauses the one that is on. Does nothing while a start waits for its key.
+    /// Fails without a capture that runs, and without a key.
+    void toggle();
+    /// Ends the run, and takes voice and captions away.
+    void pause();
+    /// Ends the run and any start that still waits for its key, for good.
+    void shutDown();
+    [[nodiscard]] bool running() const { return m_engine.running(); }
+    [[nodiscard]] bool isWaiting() const { return m_isWaiting; }
 
-    /// What the engine has to say, translated, for the panel and the status line. Never empty.
-    Report onStatus = [](const QString &) {};
-    /// What was understood; see `Translation::heard`. Never empty.
-    Report onHeard = [](const QString &) {};
+    /// One small request with the operator's key, whether or not a run is on.
+    void testKey();
+
+Q_SIGNALS:
+    /// What is wanted, running or waiting has changed; the key tells by itself.
+    void changed();
+    /// What engine or key test have to say, translated, for the panel.
+    void reported(const QString &text);
+    /// What was understood; see `Translation::heard`.
+    void heard(const QString &text);
+    /// An operation failed; the operator's text, untranslated.
+    void failed(const QString &text);
+    /// One line for the operator, already translated.
+    void said(const QString &text);
 
 private:
+    template <typename Step> void run(Step step);
+    void readSettings();
+    void connectEngine(AudioInput &input);
+    void requireVoiceInput() const;
+    void start();
+    void begin(const QString &key);
+    void setWaiting(bool waiting);
+    void setSource(const QString &source);
     void addCaption(const QString &text);
     void showCaptions();
     void tell(const QString &text);
+    void tellHeard(const QString &text);
 
     const Clock &m_clock;
     Stage &m_stage;
     const AudioInput &m_input;
     ProgramAudioDesk &m_sound;
+    QSettings &m_settings;
+    ServiceKey m_key;
+    bool m_keepsKey;
+    QString m_target;
+    QString m_source; ///< preached: "es", "en" or empty for any other
+    bool m_voice = false;
+    bool m_isWaiting = false;
+    bool m_isShutDown = false;
     CaptionText m_captions;
-    QString m_source;
     KeyTest m_keyTest;
     Translation m_engine;
 };

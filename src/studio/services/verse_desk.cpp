@@ -25,32 +25,55 @@ VerseDesk::VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &st
     , m_translator(openAi)
     , m_lookup(m_api, m_translator)
 {
-    m_lookup.statusChanged = [this](auto place, const QString &text) { tell(place, text); };
-    m_lookup.failed = [this](const QString &text) { onFailed(text); };
-    m_lookup.holdsVerse = [this](auto place) { return verseLayer(place) != nullptr; };
+    m_lookup.statusChanged = [this](auto id, const QString &text) { tell(LayerId::of(id), text); };
+    m_lookup.failed = [this](const QString &text) { Q_EMIT failed(text); };
+    m_lookup.holdsVerse = [this](auto id) { return verseLayer(LayerId::of(id)) != nullptr; };
     m_lookup.updateLayer
-        = [this](auto place, const bible::VerseUpdate &update) { write(place, update); };
+        = [this](auto id, const bible::VerseUpdate &update) { receive(LayerId::of(id), update); };
 }
 
-void VerseDesk::lookupVerse(std::int32_t layer,
+void VerseDesk::lookupVerse(LayerId layer,
     const QString &typed,
     const bible::VerseLookup::Source &source)
 {
-    const auto count = static_cast<std::int32_t>(m_stage.scenes.currentScene().layers.size());
-    if (layer >= 0 && layer < count) {
-        m_lookup.lookupVerse(static_cast<bible::VerseLookup::LayerId>(layer), typed, source);
+    if (verseLayer(layer) != nullptr) {
+        // What is asked for now replaces what stands there, whoever wrote that.
+        const auto written = m_written.extract(layer);
+        try {
+            m_lookup.lookupVerse(layer.value(), typed, source);
+        } catch (...) {
+            if (written) {
+                m_written.insert_or_assign(layer, written.mapped());
+            }
+            throw;
+        }
+        setWaiting(layer, std::nullopt);
     }
 }
 
-std::int32_t VerseDesk::quickVerseLayer()
+LayerId VerseDesk::quickVerseLayer()
 {
-    const std::vector<Layer> &layers = m_stage.scenes.currentScene().layers;
-    for (auto index = static_cast<std::int32_t>(layers.size()) - 1; index >= 0; --index) {
-        if (layers[static_cast<std::size_t>(index)].kind == LayerKind::Verse) {
-            return index;
+    Document &document = m_stage.document;
+    const std::vector<Layer> &layers = document.currentScene()->layers;
+    for (auto layer = layers.rbegin(); layer != layers.rend(); ++layer) {
+        if (layer->kind == LayerKind::Verse) {
+            return layer->id;
         }
     }
-    return m_stage.scenes.addLayer(newLayer(LayerKind::Verse));
+    Layer layer = newLayer(LayerKind::Verse);
+    const LayerId id = layer.id;
+    document.apply(AddLayer { document.currentScene()->id, std::move(layer) });
+    return id;
+}
+
+void VerseDesk::useWaiting(LayerId layer)
+{
+    const auto waiting = m_waiting.find(layer);
+    if (waiting != m_waiting.end()) {
+        const bible::VerseUpdate update = waiting->second;
+        setWaiting(layer, std::nullopt);
+        write(layer, update);
+    }
 }
 
 void VerseDesk::listBibles(const QString &key, bible::Api::BiblesCallback done)
@@ -65,29 +88,43 @@ void VerseDesk::setKeys(bible::VerseLookup::KeySource apiBible,
     m_lookup.openAiKey = std::move(openAi);
 }
 
-Layer *VerseDesk::verseLayer(bible::VerseLookup::LayerId place)
+const Layer *VerseDesk::verseLayer(LayerId id) const
 {
-    std::vector<Layer> &layers = m_stage.scenes.currentScene().layers;
-    const bool holds = place < layers.size() && layers[place].kind == LayerKind::Verse;
-    return holds ? &layers[place] : nullptr;
+    const Layer *layer = findLayer(m_stage.document.scenes(), id);
+    return layer != nullptr && layer->kind == LayerKind::Verse ? layer : nullptr;
 }
 
-void VerseDesk::write(bible::VerseLookup::LayerId place, const bible::VerseUpdate &update)
+void VerseDesk::receive(LayerId id, const bible::VerseUpdate &update)
 {
-    Layer *layer = verseLayer(place);
-    if (layer == nullptr) {
+    const Layer *layer = verseLayer(id);
+    const auto written = m_written.find(id);
+    if (layer != nullptr && written != m_written.end() && layer->text != written->second) {
+        setWaiting(id, update);
+    } else {
+        write(id, update);
+    }
+}
+
+void VerseDesk::write(LayerId id, const bible::VerseUpdate &update)
+{
+    m_written[id] = update.text;
+    m_stage.document.apply(SetVerse { id, update.text, update.reference, update.name });
+}
+
+void VerseDesk::setWaiting(LayerId id, std::optional<bible::VerseUpdate> update)
+{
+    if (update) {
+        m_waiting.insert_or_assign(id, std::move(*update));
+    } else if (m_waiting.erase(id) == 0) {
         return;
     }
-    layer->text = update.text;
-    layer->reference = update.reference;
-    layer->name = update.name.value_or(layer->name);
-    onLayerWritten(static_cast<std::int32_t>(place));
+    Q_EMIT waitingChanged(id);
 }
 
-void VerseDesk::tell(bible::VerseLookup::LayerId place, const QString &text)
+void VerseDesk::tell(LayerId id, const QString &text)
 {
-    const Layer *layer = verseLayer(place);
-    const std::int32_t hidden = layer == nullptr ? 0 : hiddenLines(*layer, m_stage.previewFrame());
+    const Layer *layer = verseLayer(id);
+    const int hidden = layer == nullptr ? 0 : hiddenLines(*layer, m_stage.previewFrame());
     m_status(hidden == 0 ? text : text + QStringLiteral(" · ") + hiddenLinesText(hidden));
 }
 

@@ -7,28 +7,34 @@
 #include "studio/edit/stage.h"
 #include "studio/report.h"
 
+#include <QObject>
 #include <QString>
 
-#include <cstdint>
-#include <functional>
+#include <map>
+#include <optional>
 
 namespace nimbara {
 
-/// Looks verses up for the layers of the scene in PREVIEW. A layer is known by its place: an answer
-/// that comes later goes to that place of the scene that is current then, if a verse layer is
-/// there. Interface thread only.
-class VerseDesk {
+/// Looks verses up for verse layers. An answer that comes later finds its layer wherever it is
+/// then, or finds it gone. Where the operator has written over the text meanwhile, that stays and
+/// the answer waits until it is asked for. Interface thread only.
+class VerseDesk : public QObject {
+    Q_OBJECT
 public:
     /// `stage` must outlive the desk. Begins to load the built-in Bibles in the background.
     VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &stage, Report status);
 
     /// Shows the verse in the layer; does nothing without such a layer. Throws `Error`, with the
     /// layer unchanged, for a reference that is not recognised or not in the Bible.
-    void
-    lookupVerse(std::int32_t layer, const QString &typed, const bible::VerseLookup::Source &source);
+    void lookupVerse(LayerId layer, const QString &typed, const bible::VerseLookup::Source &source);
 
-    /// The front-most verse layer of the current scene, or a new one in front of all others.
-    std::int32_t quickVerseLayer();
+    /// The front-most verse layer of the scene in PREVIEW, or a new one in front of all others.
+    LayerId quickVerseLayer();
+
+    /// Whether an answer waits for the layer, behind what the operator wrote.
+    [[nodiscard]] bool hasWaiting(LayerId layer) const { return m_waiting.contains(layer); }
+    /// Shows the answer that waits for the layer.
+    void useWaiting(LayerId layer);
 
     /// Lists the Spanish Bibles that the key may read.
     void listBibles(const QString &key, bible::Api::BiblesCallback done);
@@ -36,22 +42,26 @@ public:
     /// Where the operator's keys come from, asked when one is needed. Never empty.
     void setKeys(bible::VerseLookup::KeySource apiBible, bible::VerseLookup::KeySource openAi);
 
-    /// The verse layer at this index of the current scene has another text or name. Never empty.
-    std::function<void(std::int32_t layer)> onLayerWritten = [](std::int32_t) {};
+Q_SIGNALS:
+    /// An answer waits for the layer now, or no more.
+    void waitingChanged(nimbara::LayerId layer);
     /// A lookup that had to wait for the Bibles has failed; the operator's text, untranslated.
-    /// Never empty.
-    std::function<void(const QString &text)> onFailed = [](const QString &) {};
+    void failed(const QString &text);
 
 private:
-    [[nodiscard]] Layer *verseLayer(bible::VerseLookup::LayerId place);
-    void write(bible::VerseLookup::LayerId place, const bible::VerseUpdate &update);
-    void tell(bible::VerseLookup::LayerId place, const QString &text);
+    [[nodiscard]] const Layer *verseLayer(LayerId id) const;
+    void receive(LayerId id, const bible::VerseUpdate &update);
+    void write(LayerId id, const bible::VerseUpdate &update);
+    void setWaiting(LayerId id, std::optional<bible::VerseUpdate> update);
+    void tell(LayerId id, const QString &text);
 
     Stage &m_stage;
     Report m_status;
     bible::Api m_api;
     bible::VerseTranslator m_translator;
     bible::VerseLookup m_lookup;
+    std::map<LayerId, QString> m_written; ///< the text that a lookup last gave to a layer
+    std::map<LayerId, bible::VerseUpdate> m_waiting;
 };
 
 } // namespace nimbara

@@ -4,6 +4,7 @@
 #include "base/i18n.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nimbara {
 
@@ -31,7 +32,7 @@ void AudioInput::setCapture(std::unique_ptr<AudioCapture> capture)
     if (m_capture) {
         m_capture->listener = [this](const AudioBlock &block) {
             m_writer.append(m_fifo, block);
-            onBlock(block);
+            Q_EMIT blockArrived(block);
         };
     }
 }
@@ -42,7 +43,7 @@ void AudioInput::pull()
         return;
     }
     m_capture->pull(m_gainState);
-    onLevels(meterOf(m_capture->inputLevels()), meterOf(m_capture->outputLevels()));
+    Q_EMIT levelsMeasured(meterOf(m_capture->inputLevels()), meterOf(m_capture->outputLevels()));
     if (!m_capture->running()) {
         m_status(nimbara_i18n::tr("Audio detenido; video continúa. ")
             + nimbara_i18n::tr(m_capture->error()));
@@ -57,11 +58,17 @@ void AudioInput::setGainPercent(int percent)
         throw Error(QStringLiteral("Ganancia fuera de 0 a 2"));
     }
     setGainState({ m_gainState.muted, gain });
+    if (percent != std::exchange(m_gainPercent, percent)) {
+        Q_EMIT gainChanged(percent);
+    }
 }
 
 void AudioInput::setMuted(bool muted)
 {
-    setGainState({ muted, m_gainState.gain });
+    if (muted != m_gainState.muted) {
+        setGainState({ muted, m_gainState.gain });
+        Q_EMIT mutedChanged(muted);
+    }
 }
 
 void AudioInput::setGainState(const GainState &state)

@@ -5,14 +5,16 @@
 #include "output/mix/input_writer.h"
 #include "studio/report.h"
 
-#include <functional>
+#include <QObject>
+
 #include <memory>
 
 namespace nimbara {
 
 /// The operator's audio input with its gain, mute, levels and the queue that feeds the outputs.
 /// Interface thread only.
-class AudioInput {
+class AudioInput : public QObject {
+    Q_OBJECT
 public:
     AudioInput(std::shared_ptr<Retirement> retirement, Report status);
 
@@ -23,20 +25,24 @@ public:
     /// Drains what arrived. A capture that stopped is reported and retired.
     void pull();
 
-    /// The slider's position, 0..200 percent. Throws `Error` "Ganancia fuera de 0 a 2" and keeps
-    /// the gain for any other value.
+    /// 0..200 percent. Throws `Error` "Ganancia fuera de 0 a 2" and keeps the gain for any other
+    /// value.
     void setGainPercent(int percent);
+    [[nodiscard]] int gainPercent() const { return m_gainPercent; }
     void setMuted(bool muted);
     [[nodiscard]] const GainState &gainState() const { return m_gainState; }
 
     /// What the outputs mix from.
     [[nodiscard]] AudioFifo &fifo() { return m_fifo; }
 
-    /// Gets every processed block after the queue took it. Never empty.
-    std::function<void(const AudioBlock &)> onBlock = [](const AudioBlock &) {};
+Q_SIGNALS:
+    /// A processed block, after the queue took it.
+    void blockArrived(const AudioBlock &block);
     /// Meter positions 0..100 of the input before and after gain, after each pull while a capture
-    /// exists. Never empty.
-    std::function<void(int before, int after)> onLevels = [](int, int) {};
+    /// exists.
+    void levelsMeasured(int before, int after);
+    void gainChanged(int percent);
+    void mutedChanged(bool muted);
 
 private:
     void setGainState(const GainState &state);
@@ -44,6 +50,7 @@ private:
     std::shared_ptr<Retirement> m_retirement;
     Report m_status;
     std::unique_ptr<AudioCapture> m_capture;
+    int m_gainPercent = 100;
     GainState m_gainState;
     AudioFifo m_fifo;
     InputWriter m_writer; ///< fades the seams between blocks that do not meet

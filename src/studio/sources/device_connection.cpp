@@ -8,8 +8,6 @@
 
 namespace nimbara {
 
-using nimbara_i18n::tr;
-
 namespace {
 
 struct PermissionTexts {
@@ -50,7 +48,7 @@ const CaptureDevice *deviceAmong(const std::vector<CaptureDevice> &present,
 
 QString awayText()
 {
-    return tr("el dispositivo no está conectado");
+    return nimbara_i18n::tr("el dispositivo no está conectado");
 }
 
 } // namespace
@@ -81,7 +79,7 @@ void DeviceConnection::poll()
 {
     if (std::optional<DeviceLists> found = m_discovery.poll()) {
         m_devices = std::move(*found);
-        onDevices(m_devices);
+        Q_EMIT devicesFound(m_devices);
     }
     const std::optional<DeviceLists> present = m_lookup.poll();
     if (present && m_wanted) {
@@ -119,11 +117,11 @@ bool DeviceConnection::mayUse(CaptureKind kind)
     case PermissionStatus::Granted:
         return true;
     case PermissionStatus::Denied:
-        m_status(tr(texts.denied));
+        m_status(nimbara_i18n::tr(texts.denied));
         return false;
     case PermissionStatus::Undetermined:
-        m_status(tr(texts.asking));
-        m_permission->request(kind, [this] { onAnswered(); });
+        m_status(nimbara_i18n::tr(texts.asking));
+        m_permission->request(kind, [this] { Q_EMIT permissionAnswered(); });
         return false;
     }
     return false;
@@ -136,7 +134,7 @@ void DeviceConnection::connectWanted(const Wanted &wanted, const DeviceLists &pr
     const Outcome camera = connectCamera(wanted, present.video);
     if (camera != Outcome::Failed && connectAudio(wanted, present.audio)
         && camera == Outcome::Connected) {
-        m_status(tr("Fuentes abiertas. Prepara una escena y pulsa AL AIRE."));
+        m_status(nimbara_i18n::tr("Fuentes abiertas. Prepara una escena y pulsa AL AIRE."));
     }
 }
 
@@ -164,13 +162,13 @@ DeviceConnection::Outcome DeviceConnection::connectCamera(const Wanted &wanted,
     const QString name = wanted.camera ? wanted.camera->name : QString();
     logLine(QStringLiteral("Abrir cámara índice %1 : %2")
                 .arg(index)
-                .arg(bars ? tr("Barras de prueba") : name));
+                .arg(bars ? nimbara_i18n::tr("Barras de prueba") : name));
     if (showsAlready(wanted, present)) {
         return Outcome::Connected;
     }
     const CaptureDevice *device = deviceAmong(present, wanted.camera);
     if (!bars && device == nullptr) {
-        m_status(tr("Cámara: ") + awayText());
+        m_status(nimbara_i18n::tr("Cámara: ") + awayText());
         return Outcome::Away;
     }
     try {
@@ -182,7 +180,7 @@ DeviceConnection::Outcome DeviceConnection::connectCamera(const Wanted &wanted,
                 *device);
         }
     } catch (const Error &error) {
-        m_status(tr("Cámara: ") + tr(error.text()));
+        m_status(nimbara_i18n::tr("Cámara: ") + nimbara_i18n::tr(error.text()));
         return Outcome::Failed;
     }
     logLine(QStringLiteral("Cámara creada: ") + m_sources.camera()->label());
@@ -198,13 +196,13 @@ bool DeviceConnection::connectAudio(const Wanted &wanted, const std::vector<Capt
         const bool tone = wanted.choice.audio > 0 && wanted.choice.audio < fixedAudio;
         const CaptureDevice *device = deviceAmong(present, wanted.audio);
         if (!tone && device == nullptr) {
-            m_status(tr("Audio: ") + awayText());
+            m_status(nimbara_i18n::tr("Audio: ") + awayText());
             return false;
         }
         m_audio.setCapture(
             std::make_unique<AudioCapture>(m_clock, tone ? nullptr : device->device.get()));
     } catch (const Error &error) {
-        m_status(tr("Audio: ") + tr(error.text()));
+        m_status(nimbara_i18n::tr("Audio: ") + nimbara_i18n::tr(error.text()));
         return false;
     }
     return true;

@@ -8,7 +8,8 @@
 #include "studio/sources/audio_input.h"
 #include "studio/sources/sources.h"
 
-#include <functional>
+#include <QObject>
+
 #include <memory>
 #include <optional>
 
@@ -22,7 +23,8 @@ struct DeviceChoice {
 
 /// Finds capture devices, asks for permission and opens what the operator chose. Interface thread
 /// only; nothing in it waits.
-class DeviceConnection {
+class DeviceConnection : public QObject {
+    Q_OBJECT
 public:
     DeviceConnection(const Clock &clock,
         const MediaFactory &factory,
@@ -32,7 +34,7 @@ public:
         AudioInput &audio,
         Report status);
 
-    /// Looks for devices in the background; `onDevices` tells when they are known.
+    /// Looks for devices in the background; `devicesFound` tells when they are known.
     void refreshDevices();
 
     /// Collects a finished search. Call on every run of the frame clock.
@@ -43,15 +45,16 @@ public:
     /// already stays in place; one that is not there leaves the camera as it is, one that cannot be
     /// opened ends the attempt.
     ///
-    /// Where the operator must first allow it, the request is made and nothing else; `onAnswered`
-    /// tells when to call again.
+    /// Where the operator must first allow it, the request is made and nothing else;
+    /// `permissionAnswered` tells when to call again.
     void connectSources(const DeviceChoice &choice);
 
-    /// The cameras and audio inputs in the order of the choice. Never empty.
-    std::function<void(const DeviceLists &devices)> onDevices = [](const DeviceLists &) {};
+Q_SIGNALS:
+    /// The cameras and audio inputs in the order of the choice.
+    void devicesFound(const DeviceLists &devices);
     /// The operator has answered a request for permission: whoever knows what is chosen by now
-    /// calls `connectSources` again. Never empty.
-    std::function<void()> onAnswered = [] {};
+    /// calls `connectSources` again.
+    void permissionAnswered();
 
 private:
     /// A choice with the devices that its entries meant when it was made.

@@ -11,14 +11,51 @@ namespace nimbara {
 namespace {
 
 constexpr std::int64_t reopenSpacingUs = 3'000'000;
+constexpr std::int64_t sweepSpacingUs = 2'000'000;
 
 } // namespace
 
-Sources::Sources(const Clock &clock, const MediaFactory &factory, Report status)
+Sources::Sources(const Clock &clock,
+    const MediaFactory &factory,
+    std::function<FrameSize()> frame,
+    Report status)
     : m_clock(clock)
     , m_factory(factory)
-    , m_status(std::move(status))
+    , m_status(status)
+    , m_pool(
+          clock,
+          [&factory, frame = std::move(frame)](const Layer &layer) {
+              return layer.kind == LayerKind::Screen ? factory.screen(frame())
+                                                     : factory.heldMedia(frame(), layer.uri);
+          },
+          std::move(status))
+    , m_shelf(clock)
 {
+}
+
+LiveScene Sources::live(const ScenePtr &scene) const
+{
+    LiveScene live { scene, {} };
+    live.layers.reserve(scene->layers.size());
+    for (const Layer &layer : scene->layers) {
+        live.layers.push_back({ m_shelf.find(layer), m_pool.find(layer) });
+    }
+    return live;
+}
+
+std::optional<FrameSize> Sources::contentSize(const Layer &layer) const
+{
+    FramePtr frame = layer.kind == LayerKind::Camera ? cameraFrame() : m_shelf.find(layer);
+    if (const MediaPtr source = m_pool.find(layer)) {
+        frame = source->frame();
+    }
+    return frame ? std::optional(frame->size()) : std::nullopt;
+}
+
+void Sources::follow(const SceneSets &scenes)
+{
+    m_pool.follow(scenes);
+    m_shelf.follow(scenes);
 }
 
 void Sources::setBars(MediaPtr camera, std::int32_t index)
@@ -40,30 +77,32 @@ FramePtr Sources::cameraFrame() const
     return m_camera ? m_camera->frame() : nullptr;
 }
 
-void Sources::poll(const Stage &stage)
+void Sources::poll(const Project &project, const OnAir &onAir)
 {
     m_polled.clear();
     pollOnce(m_camera.get(), true);
-    pollLayers(stage.program.streams().layers, true);
-    pollLayers(stage.program.hall().layers, true);
-    for (const SceneSet set : { SceneSet::Streams, SceneSet::Hall }) {
-        const std::vector<Scene> &scenes = stage.scenes.scenes(set);
-        const auto current = static_cast<std::size_t>(stage.scenes.currentIndex(set));
-        if (current < scenes.size()) {
-            pollLayers(scenes[current].layers, true);
+    for (const LiveScene *program : { &onAir.streams, &onAir.hall }) {
+        for (const LiveLayer &layer : program->layers) {
+            pollOnce(layer.source.get(), true);
         }
     }
-    for (const SceneSet set : { SceneSet::Streams, SceneSet::Hall }) {
-        for (const Scene &scene : stage.scenes.scenes(set)) {
-            pollLayers(scene.layers, false);
+    for (const SceneSet set : bothSets) {
+        for (const Layer &layer : project.scenes.of(set)[project.currentPlace(set)]->layers) {
+            pollOnce(m_pool.find(layer).get(), true);
         }
     }
+    m_pool.forEach([this](const MediaPtr &source) { pollOnce(source.get(), false); });
+    m_shelf.poll();
+    sweep(project.scenes);
 }
 
-void Sources::pollLayers(const std::vector<Layer> &layers, bool shown)
+void Sources::sweep(const SceneSets &scenes)
 {
-    for (const Layer &layer : layers) {
-        pollOnce(layer.source.get(), shown);
+    const std::int64_t now = m_clock.monotonicUs();
+    if (now - m_lastSweep > sweepSpacingUs) {
+        m_lastSweep = now;
+        m_pool.sweep(scenes);
+        m_shelf.sweep(scenes);
     }
 }
 

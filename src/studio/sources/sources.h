@@ -2,20 +2,36 @@
 
 #include "media/capture/devices.h"
 #include "media/sources/media_factory.h"
-#include "studio/edit/stage.h"
+#include "studio/programs/on_air.h"
 #include "studio/report.h"
+#include "studio/sources/picture_shelf.h"
+#include "studio/sources/source_pool.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
 namespace nimbara {
 
-/// The pictures that come in: the camera and every source that a layer holds. Interface thread
-/// only.
+/// The pictures that come in: the camera, the sources and the picture files that layers show.
+/// Interface thread only.
 class Sources {
 public:
-    Sources(const Clock &clock, const MediaFactory &factory, Report status);
+    /// `frame`: the size of the stream program, asked anew at each use.
+    Sources(const Clock &clock,
+        const MediaFactory &factory,
+        std::function<FrameSize()> frame,
+        Report status);
+
+    [[nodiscard]] SourcePool &pool() { return m_pool; }
+    [[nodiscard]] PictureShelf &shelf() { return m_shelf; }
+    /// The scene with what its layers show now, to be held.
+    [[nodiscard]] LiveScene live(const ScenePtr &scene) const;
+    /// The size in pixels of what the layer shows, when there is a picture.
+    [[nodiscard]] std::optional<FrameSize> contentSize(const Layer &layer) const;
+    /// The project has changed: opens and decodes what its layers lack.
+    void follow(const SceneSets &scenes);
 
     /// Index of a camera that is no device.
     static constexpr std::int32_t testBars = -1;
@@ -34,9 +50,9 @@ public:
     /// The camera's newest picture, or none.
     [[nodiscard]] FramePtr cameraFrame() const;
 
-    /// Reads each distinct source once, the camera first, and shows what it has to say. Files that
-    /// neither a program nor a current scene shows are held.
-    void poll(const Stage &stage);
+    /// Reads the camera and each source once, and shows what they have to say. Files that neither a
+    /// program nor a current scene shows are held.
+    void poll(const Project &project, const OnAir &onAir);
 
     /// Looks for a lost camera in the background, at most every 3 s, and builds it anew once the
     /// very same device is there again, under whatever number. Logs, never throws or waits.
@@ -49,7 +65,7 @@ private:
     [[nodiscard]] bool cameraLost() const;
     void reopenFrom(const DeviceLists &devices, FrameSize size);
     void pollOnce(Media *source, bool shown);
-    void pollLayers(const std::vector<Layer> &layers, bool shown);
+    void sweep(const SceneSets &scenes);
 
     const Clock &m_clock;
     const MediaFactory &m_factory;
@@ -60,6 +76,9 @@ private:
     DeviceDiscovery m_search;
     std::int64_t m_lastReopenAttempt = 0;
     bool m_firstFrameLogged = false;
+    SourcePool m_pool;
+    PictureShelf m_shelf;
+    std::int64_t m_lastSweep = 0;
     std::vector<const Media *> m_polled; ///< of this run; kept to reuse its memory
 };
 

@@ -17,11 +17,11 @@ const Layer *visibleSubtitle(const Scene &scene)
     return found == scene.layers.end() ? nullptr : &*found;
 }
 
-const Layer *visibleSubtitle(const Scene &current, const std::vector<Scene> &scenes)
+const Layer *visibleSubtitle(const Scene &current, const Scenes &scenes)
 {
     const Layer *layer = visibleSubtitle(current);
     for (auto scene = scenes.begin(); layer == nullptr && scene != scenes.end(); ++scene) {
-        layer = visibleSubtitle(*scene);
+        layer = visibleSubtitle(**scene);
     }
     return layer;
 }
@@ -33,7 +33,7 @@ int pixelSize(FrameSize frame, std::int32_t size)
 
 } // namespace
 
-CaptionBox captionBox(const Scene &current, const std::vector<Scene> &scenes, FrameSize frame)
+CaptionBox captionBox(const Scene &current, const Scenes &scenes, FrameSize frame)
 {
     if (const Layer *layer = visibleSubtitle(current, scenes)) {
         return {

@@ -6,8 +6,6 @@
 #include <QSizeF>
 #include <QString>
 
-#include <vector>
-
 namespace nimbara {
 
 /// The room that captions have, and the font that they are drawn in. A plain value.
@@ -22,7 +20,7 @@ struct CaptionBox {
 
 /// The box of the first visible subtitle layer: of the current scene, else of all scenes in their
 /// order; without any, most of the frame. `frame` is the stream program's size.
-CaptionBox captionBox(const Scene &current, const std::vector<Scene> &scenes, FrameSize frame);
+CaptionBox captionBox(const Scene &current, const Scenes &scenes, FrameSize frame);
 
 /// The text, word-wrapped to the box's width, is no higher than the box. Needs the application's
 /// fonts: interface thread, after the application object is made.

@@ -61,7 +61,6 @@ TranslationTab::TranslationTab(QWidget *parent)
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
     setAccessibleName(nimbara_i18n::tr("Traducción IA y Biblia"));
-    m_showSubtitles->setChecked(true);
     // Both words of the button fit, so that nothing moves when it changes.
     const int narrow = m_start->minimumWidth();
     showRunning(true);
@@ -110,6 +109,8 @@ void TranslationTab::connectControls()
     connect(m_toEnglish, &QPushButton::clicked, this, &TranslationTab::englishPressed);
     connect(m_clear, &QPushButton::clicked, this, &TranslationTab::clearPressed);
     connect(m_target, &QComboBox::currentTextChanged, this, &TranslationTab::targetEdited);
+    connect(m_saveKey, &QCheckBox::toggled, this, &TranslationTab::saveKeyChanged);
+    connect(m_voice, &QCheckBox::toggled, this, &TranslationTab::voiceChanged);
     connect(m_live, &QCheckBox::toggled, this, &TranslationTab::liveModeChanged);
     connect(m_showSubtitles, &QCheckBox::toggled, this, &TranslationTab::showSubtitlesChanged);
     connect(m_separator, &QComboBox::currentIndexChanged, this, &TranslationTab::separatorChosen);
@@ -117,11 +118,19 @@ void TranslationTab::connectControls()
 
 void TranslationTab::showSettings(const Settings &settings)
 {
+    const auto check = [](QCheckBox *box, bool on) {
+        const QSignalBlocker blocker(box);
+        box->setChecked(on);
+    };
+    check(m_saveKey, settings.saveKey);
+    check(m_voice, settings.voice);
+    check(m_live, settings.live);
+    check(m_showSubtitles, settings.subtitles);
     const QSignalBlocker target(m_target);
-    const QSignalBlocker live(m_live);
     const QSignalBlocker separator(m_separator);
-    m_target->setCurrentText(settings.target);
-    m_live->setChecked(settings.live);
+    if (m_target->currentText().trimmed() != settings.target) { // blanks are typed on the way
+        m_target->setCurrentText(settings.target);
+    }
     m_separator->setCurrentIndex(settings.separator);
 }
 

@@ -20,22 +20,19 @@ class TranslationTab : public QScrollArea {
 public:
     explicit TranslationTab(QWidget *parent = nullptr);
 
-    /// What the controls stand at when the program starts.
+    /// What the controls stand at.
     struct Settings {
-        QString target;
+        bool saveKey = false;
+        QString target; ///< without blanks around it
+        bool voice = false;
         bool live = true;
+        bool subtitles = true;
         int separator = 1;
     };
     /// Shows the settings without the signals of their controls.
     void showSettings(const Settings &settings);
 
     [[nodiscard]] QLineEdit *apiKey() const { return m_apiKey; }
-    [[nodiscard]] bool saveKey() const { return m_saveKey->isChecked(); }
-    void setSaveKey(bool save) { m_saveKey->setChecked(save); }
-
-    [[nodiscard]] QString target() const { return m_target->currentText(); }
-    void showTarget(const QString &language) { m_target->setCurrentText(language); }
-    [[nodiscard]] bool voice() const { return m_voice->isChecked(); }
 
     void showRunning(bool running);
     /// The start button cannot be pressed while a key is being fetched or stored.
@@ -46,11 +43,13 @@ public:
     [[nodiscard]] BibleGroup *bible() const { return m_bible; }
 
 Q_SIGNALS:
+    void saveKeyChanged(bool on);
     void testKeyPressed();
     void startPressed();
     void spanishPressed(); ///< preached in English, shown in Spanish
     void englishPressed(); ///< preached in Spanish, shown in English
     void targetEdited(const QString &language);
+    void voiceChanged(bool on);
     void liveModeChanged(bool on);
     void separatorChosen(int entry);
     void showSubtitlesChanged(bool on);

@@ -4,6 +4,8 @@
 #include "base/i18n.h"
 #include "ui/kit/key_field.h"
 
+#include <QPointer>
+
 #include <algorithm>
 #include <array>
 
@@ -29,12 +31,10 @@ int entryOf(const QString &stored)
 } // namespace
 
 VerseControls::VerseControls(Studio &studio,
-    SecretStore &secrets,
     QSettings &settings,
     const ErrorGuard &guard,
     Views views)
     : m_studio(studio)
-    , m_secrets(secrets)
     , m_settings(settings)
     , m_guard(guard)
     , m_views(views)
@@ -42,16 +42,13 @@ VerseControls::VerseControls(Studio &studio,
     showStored();
     connectViews();
     VerseDesk &desk = m_studio.verses();
-    desk.setKeys([this](const auto &receiver) { withKey(receiver); },
-        [this](const auto &receiver) { m_views.openAi.withKey(receiver); });
-    desk.onLayerWritten = [this](std::int32_t layer) { m_views.editor.showWritten(layer); };
-    desk.onFailed = [this](const QString &text) { m_guard.run([&text] { throw Error(text); }); };
+    connect(&desk, &VerseDesk::failed, this, [this](const QString &text) { m_guard.tell(text); });
 }
 
 void VerseControls::showStored()
 {
     m_views.bible.showChoice(entryOf(m_settings.value(choiceSetting).toString()));
-    m_views.bible.key()->setText(m_secrets.readSecretFile(secret_account::apiBible()));
+    bindKeyField(*m_views.bible.key(), m_studio.bibleKey());
     const QString id = m_settings.value(idSetting).toString();
     if (!id.isEmpty()) {
         const QString name = m_settings.value(nameSetting).toString();
@@ -66,7 +63,7 @@ void VerseControls::connectViews()
     connect(m_views.tab.properties(),
         &PropertiesPanel::verseRequested,
         this,
-        [this](const QString &typed) { showVerse(m_views.editor.selected(), typed); });
+        &VerseControls::showVerse);
     connect(bible, &BibleGroup::choiceMade, this, [this](int entry) {
         m_settings.setValue(choiceSetting,
             QLatin1String(choices.at(static_cast<std::size_t>(entry))));
@@ -82,40 +79,35 @@ bible::VerseLookup::Source VerseControls::source() const
 {
     return { bible::bibleChoice(
                  m_settings.value(choiceSetting, QLatin1String(choices.front())).toString(),
-                 m_views.translation.target()),
+                 m_studio.translation().target()),
         m_settings.value(idSetting).toString(),
         m_views.bible.bibleName() };
 }
 
-void VerseControls::showVerse(std::int32_t layer, const QString &typed)
+void VerseControls::showVerse(LayerId layer, const QString &typed)
 {
     m_guard.run([&] { m_studio.verses().lookupVerse(layer, typed, source()); });
 }
 
 void VerseControls::showQuickVerse(const QString &typed)
 {
-    const std::int32_t layer = m_studio.verses().quickVerseLayer();
-    m_views.editor.showLayer(layer);
+    const LayerId layer = m_studio.verses().quickVerseLayer();
+    m_views.editor.select(layer);
     showVerse(layer, typed);
-}
-
-void VerseControls::withKey(std::function<void(const QString &key)> receiver)
-{
-    nimbara::withKey(m_views.bible.key(),
-        m_secrets,
-        secret_account::apiBible(),
-        std::move(receiver));
 }
 
 void VerseControls::findBibles()
 {
-    withKey([this](const QString &key) {
-        m_guard.run([this, &key] {
+    m_studio.bibleKey().withKey([self = QPointer(this)](const QString &key) {
+        if (!self) {
+            return;
+        }
+        self->m_guard.run([&] {
             if (key.isEmpty()) {
                 throw Error(QStringLiteral("Escribe tu clave de API.Bible"));
             }
-            m_secrets.writeSecret(secret_account::apiBible(), key, [](bool) {});
-            listBibles(key);
+            self->m_studio.bibleKey().save(key, [](bool) {});
+            self->listBibles(key);
         });
     });
 }

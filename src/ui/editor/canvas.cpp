@@ -4,6 +4,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <utility>
+
 namespace nimbara {
 
 namespace {
@@ -24,11 +26,6 @@ void paintSelection(QPainter &painter, const QRectF &rect)
     for (const QPointF &corner : cornersOf(rect)) {
         painter.drawEllipse(corner, handleDiameter / 2, handleDiameter / 2);
     }
-}
-
-bool isInside(const Scene &scene, std::int32_t index)
-{
-    return index >= 0 && index < static_cast<std::int32_t>(scene.layers.size());
 }
 
 } // namespace
@@ -55,16 +52,19 @@ void Canvas::setFrame(const QImage &frame)
 void Canvas::setAspect(double aspect)
 {
     m_aspect = aspect;
-    setSelected(-1);
+    endDrag();
+    update();
 }
 
-void Canvas::setSelected(std::int32_t index)
+void Canvas::setSelected(LayerId layer)
 {
-    const Scene *current = scene();
-    m_selected = current != nullptr && isInside(*current, index) ? index : -1;
-    m_mode = Mode::Idle; // a drag goes on with no other layer than it began with
+    const ScenePtr current = scene();
+    const LayerId found = current && findLayer(*current, layer) != nullptr ? layer : LayerId();
+    if (std::exchange(m_selected, found) != found) {
+        endDrag(); // a drag goes on with no other layer than it began with
+    }
     update();
-    onSelectionChanged();
+    Q_EMIT selectionChanged();
 }
 
 QRectF Canvas::frameArea() const
@@ -72,25 +72,19 @@ QRectF Canvas::frameArea() const
     return frameRect(size(), m_aspect);
 }
 
-Layer *Canvas::selectedLayer() const
+void Canvas::selectAt(LayerId layer)
 {
-    Scene *current = scene();
-    const bool exists = current != nullptr && isInside(*current, m_selected);
-    return exists ? &current->layers[static_cast<std::size_t>(m_selected)] : nullptr;
-}
-
-void Canvas::selectAt(std::int32_t index)
-{
-    if (index != m_selected) {
-        setSelected(index);
+    if (layer != m_selected) {
+        setSelected(layer);
     }
 }
 
-void Canvas::place(Layer &layer, const Box &box)
+void Canvas::endDrag()
 {
-    setBox(layer, box);
-    update();
-    onGeometryChanged();
+    if (m_mode != Mode::Idle) {
+        m_mode = Mode::Idle;
+        Q_EMIT dragEnded();
+    }
 }
 
 void Canvas::paintEvent(QPaintEvent * /*event*/)
@@ -103,60 +97,59 @@ void Canvas::paintEvent(QPaintEvent * /*event*/)
     }
     painter.setPen(QPen(frameColor, 1));
     painter.drawRect(area);
-    if (const Layer *layer = selectedLayer()) {
+    const ScenePtr current = scene();
+    if (const Layer *layer = current ? findLayer(*current, m_selected) : nullptr) {
         paintSelection(painter, layerRect(boxOf(*layer), area));
     }
 }
 
 void Canvas::mousePressEvent(QMouseEvent *event)
 {
-    const Scene *current = scene();
-    if (event->button() != Qt::LeftButton || current == nullptr) {
+    const ScenePtr current = scene();
+    if (event->button() != Qt::LeftButton || !current) {
         return;
     }
     const CanvasHit hit = canvasHit(*current, m_selected, frameArea(), event->position());
     if (hit.handle == Handle::None) {
         selectAt(hit.layer);
     }
-    const Layer *layer = selectedLayer();
+    const Layer *layer = findLayer(*current, m_selected);
     if (layer == nullptr) {
-        m_mode = Mode::Idle;
+        endDrag();
         return;
     }
     m_mode = hit.handle == Handle::None ? Mode::Moving : Mode::Resizing;
     m_drag = { layer->kind, boxOf(*layer), hit.handle, event->position() };
+    Q_EMIT dragBegan();
 }
 
 void Canvas::mouseMoveEvent(QMouseEvent *event)
 {
-    const Scene *current = scene();
-    if (current == nullptr) {
+    const ScenePtr current = scene();
+    if (!current) {
         return;
     }
     if (m_mode == Mode::Idle) {
         showPointerShape(*current, event->position());
-        return;
-    }
-    if (Layer *layer = selectedLayer()) {
-        place(*layer, m_drag.boxAt(event->position(), frameArea()));
+    } else {
+        Q_EMIT placed(m_selected, m_drag.boxAt(event->position(), frameArea()));
     }
 }
 
 void Canvas::mouseReleaseEvent(QMouseEvent * /*event*/)
 {
-    m_mode = Mode::Idle;
+    endDrag();
 }
 
 void Canvas::mouseDoubleClickEvent(QMouseEvent *event)
 {
-    const Scene *current = scene();
-    if (event->button() != Qt::LeftButton || current == nullptr) {
+    const ScenePtr current = scene();
+    if (event->button() != Qt::LeftButton || !current) {
         return;
     }
-    const std::int32_t index = layerAt(*current, frameArea(), event->position());
-    if (index >= 0) {
-        setSelected(index);
-        onActivated();
+    if (const LayerId layer = layerAt(*current, frameArea(), event->position())) {
+        setSelected(layer);
+        Q_EMIT activated();
     }
 }
 
@@ -165,13 +158,14 @@ void Canvas::keyPressEvent(QKeyEvent *event)
     const int right
         = (event->key() == Qt::Key_Right ? 1 : 0) - (event->key() == Qt::Key_Left ? 1 : 0);
     const int down = (event->key() == Qt::Key_Down ? 1 : 0) - (event->key() == Qt::Key_Up ? 1 : 0);
-    Layer *layer = selectedLayer();
+    const ScenePtr current = scene();
+    const Layer *layer = current ? findLayer(*current, m_selected) : nullptr;
     if (layer == nullptr || (right == 0 && down == 0)) {
         QWidget::keyPressEvent(event);
         return;
     }
     const bool large = event->modifiers().testFlag(Qt::ShiftModifier);
-    place(*layer, nudgedBox(boxOf(*layer), right, down, large));
+    Q_EMIT placed(layer->id, nudgedBox(boxOf(*layer), right, down, large));
 }
 
 void Canvas::showPointerShape(const Scene &current, QPointF pointer)
@@ -187,7 +181,7 @@ void Canvas::showPointerShape(const Scene &current, QPointF pointer)
         setCursor(Qt::SizeBDiagCursor);
         return;
     case Handle::None:
-        setCursor(hit.layer >= 0 ? Qt::OpenHandCursor : Qt::ArrowCursor);
+        setCursor(hit.layer ? Qt::OpenHandCursor : Qt::ArrowCursor);
     }
 }
 

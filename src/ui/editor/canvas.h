@@ -13,30 +13,35 @@
 namespace nimbara {
 
 /// The PREVIEW monitor: shows the composed picture, outlines the selected layer and lets the
-/// operator select, move, resize and nudge layers. Geometry is written straight into the scene.
+/// operator select, move, resize and nudge layers. It tells where a layer is to go and changes
+/// nothing itself.
 class Canvas : public QWidget {
     Q_OBJECT
 public:
     explicit Canvas(QWidget *parent = nullptr);
 
-    /// Where the scene being prepared is found, asked anew at each use: scenes come and go. Never
-    /// empty; may return none.
-    std::function<Scene *()> scene = [] { return nullptr; };
+    /// The scene being prepared, asked anew at each use. Never empty.
+    std::function<ScenePtr()> scene = [] { return ScenePtr(); };
 
     /// The composed picture to show from now on.
     void setFrame(const QImage &frame);
-    /// Width / height of the output frame. Clears the selection.
+    /// Width / height of the output frame. Ends a drag.
     void setAspect(double aspect);
 
-    /// Index of the selected layer, −1 for none.
-    [[nodiscard]] std::int32_t selected() const { return m_selected; }
-    /// Selects a layer; an index outside the scene selects none. Calls `onSelectionChanged`.
-    void setSelected(std::int32_t index);
+    /// The selected layer, or none. It may have gone from the scene.
+    [[nodiscard]] LayerId selected() const { return m_selected; }
+    /// Selects a layer; one that is not in the scene selects none.
+    void setSelected(LayerId layer);
 
-    std::function<void()> onGeometryChanged = [] {};
-    std::function<void()> onSelectionChanged = [] {};
+Q_SIGNALS:
+    void selectionChanged();
+    /// The operator moved or resized the layer.
+    void placed(nimbara::LayerId layer, const nimbara::Box &box);
+    /// Enclose a drag.
+    void dragBegan();
+    void dragEnded();
     /// A layer was double-clicked.
-    std::function<void()> onActivated = [] {};
+    void activated();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -50,15 +55,14 @@ private:
     enum class Mode : std::int32_t { Idle = 0, Moving = 1, Resizing = 2 };
 
     [[nodiscard]] QRectF frameArea() const;
-    [[nodiscard]] Layer *selectedLayer() const;
-    void selectAt(std::int32_t index);
-    void place(Layer &layer, const Box &box);
+    void selectAt(LayerId layer);
+    void endDrag();
     void showPointerShape(const Scene &scene, QPointF pointer);
 
     QImage m_frame;
     FramePainter m_framePainter;
     double m_aspect = 16.0 / 9.0;
-    std::int32_t m_selected = -1;
+    LayerId m_selected;
     Mode m_mode = Mode::Idle;
     CanvasDrag m_drag;
 };

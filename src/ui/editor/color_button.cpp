@@ -2,25 +2,19 @@
 
 namespace nimbara {
 
-ColorButton::ColorButton(const QColor &color, Ask ask, QWidget *parent)
+ColorButton::ColorButton(const QColor &color, QWidget *parent)
     : QPushButton(QStringLiteral("■"), parent)
-    , m_color(color)
-    , m_ask(std::move(ask))
 {
     setMinimumHeight(36);
-    paintColor();
-    connect(this, &QPushButton::clicked, this, [this] {
-        if (const std::optional<QColor> chosen = m_ask(m_color)) {
-            m_color = *chosen;
-            paintColor();
-            Q_EMIT colorChosen(m_color);
-        }
-    });
+    showColor(color);
 }
 
-void ColorButton::paintColor()
+void ColorButton::showColor(const QColor &color)
 {
-    setStyleSheet(QStringLiteral("color: %1;").arg(m_color.name()));
+    if (color != m_color) {
+        m_color = color;
+        setStyleSheet(QStringLiteral("color: %1;").arg(color.name()));
+    }
 }
 
 } // namespace nimbara

@@ -48,6 +48,9 @@ void PositionRow::showBox(const Box &box)
         shownPercent(box.w, sizePercent),
         shownPercent(box.h, sizePercent) };
     for (std::size_t i = 0; i < m_fields.size(); ++i) {
+        if (m_fields.at(i)->value() == shown.at(i)) {
+            continue; // a number that is being typed stays
+        }
         const QSignalBlocker blocker(m_fields.at(i));
         m_fields.at(i)->setValue(shown.at(i));
     }

@@ -1,6 +1,9 @@
 #include "ui/editor/properties_panel.h"
 
 #include "base/i18n.h"
+#include "document/layer_geometry.h"
+#include "ui/editor/color_button.h"
+#include "ui/editor/position_row.h"
 #include "ui/kit/controls.h"
 
 #include <QApplication>
@@ -9,11 +12,18 @@
 #include <QFontComboBox>
 #include <QFormLayout>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
 #include <QVBoxLayout>
+
+#include <array>
+#include <cmath>
+#include <utility>
 
 namespace nimbara {
 
@@ -47,34 +57,62 @@ PropertiesPanel::PropertiesPanel(QWidget *parent)
     setMinimumWidth(346);
 }
 
-template <typename Edit> void PropertiesPanel::edit(Edit change)
+bool PropertiesPanel::isTyping() const
 {
-    if (Layer *edited = layer()) {
-        change(*edited);
-        Q_EMIT layerEdited();
+    const QWidget *focused = QApplication::focusWidget();
+    return focused != nullptr && isAncestorOf(focused)
+        && (qobject_cast<const QLineEdit *>(focused) != nullptr
+            || qobject_cast<const QPlainTextEdit *>(focused) != nullptr
+            || qobject_cast<const QAbstractSpinBox *>(focused) != nullptr);
+}
+
+void PropertiesPanel::showLayer(const Layer *layer)
+{
+    const bool same = layer != nullptr && layer->id == m_shown && layer->kind == m_kind;
+    if (same) {
+        refresh(*layer);
+    } else if (layer != nullptr || m_shown || widget() == nullptr) {
+        rebuild(layer);
     }
 }
 
-QWidget *PropertiesPanel::focusedControl() const
+void PropertiesPanel::refresh(const Layer &layer)
 {
-    QWidget *focused = QApplication::focusWidget();
-    return focused != nullptr && isAncestorOf(focused) ? focused : nullptr;
+    if (layer.id == m_shown) {
+        for (const Refresher &refresher : m_refreshers) {
+            refresher(layer);
+        }
+    }
 }
 
-bool PropertiesPanel::isTyping() const
+void PropertiesPanel::showWaiting(LayerId layer, bool waiting)
 {
-    const QWidget *focused = focusedControl();
-    return qobject_cast<const QLineEdit *>(focused) != nullptr
-        || qobject_cast<const QPlainTextEdit *>(focused) != nullptr
-        || qobject_cast<const QAbstractSpinBox *>(focused) != nullptr;
+    if (layer == m_shown && m_waiting != nullptr) {
+        m_waiting->setVisible(waiting);
+    }
 }
 
-void PropertiesPanel::rebuild(bool sameLayer)
+/// Undo is the project's, also while a field of the panel has the keyboard.
+bool PropertiesPanel::eventFilter(QObject *watched, QEvent *event)
 {
-    const QWidget *focused = sameLayer ? focusedControl() : nullptr;
-    const QString focusedName = focused != nullptr ? focused->objectName() : QString();
-    m_position = nullptr;
-    // One of the old controls may have asked for this: it must live until its signal is over.
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo)) {
+            event->ignore();
+            return true;
+        }
+    }
+    return QScrollArea::eventFilter(watched, event);
+}
+
+void PropertiesPanel::rebuild(const Layer *layer)
+{
+    m_shown = layer != nullptr ? layer->id : LayerId();
+    m_kind = layer != nullptr ? layer->kind : LayerKind::Camera;
+    m_refreshers.clear();
+    m_waiting = nullptr;
+    // One of the old controls may have asked for this: it must live until its signal is over. What
+    // it holds uncommitted goes to the layer that it was built for.
     if (QWidget *old = takeWidget()) {
         old->hide();
         old->deleteLater();
@@ -89,69 +127,92 @@ void PropertiesPanel::rebuild(bool sameLayer)
     form->setRowWrapPolicy(QFormLayout::WrapLongRows); // on a small screen
     column->addWidget(formOwner);
     column->addStretch();
-
-    if (const Layer *shown = layer()) {
-        addCommonRows(*form, *shown);
-        addVerseRows(*form, *shown);
-        addTextRows(*form, *shown);
-        addStyleRows(*form, *shown);
-        addPictureRows(*form, *shown);
-        refreshPosition();
+    if (layer != nullptr) {
+        addRows(*form, *layer);
     } else {
         form->addRow(makeNote(label("Selecciona una fuente en la lista o en Preparación.")));
     }
     setWidget(content);
-    if (focused != nullptr) {
-        auto *successor = content->findChild<QWidget *>(focusedName);
-        (successor != nullptr ? successor : this)->setFocus();
+    if (layer != nullptr) {
+        refresh(*layer);
     }
 }
 
-void PropertiesPanel::refreshPosition()
+void PropertiesPanel::addRows(QFormLayout &form, const Layer &shown)
 {
-    const Layer *shown = layer();
-    if (shown != nullptr && m_position != nullptr) {
-        m_position->showBox(boxOf(*shown));
+    addCommonRows(form, shown);
+    addVerseRows(form, shown);
+    addTextRows(form, shown);
+    addStyleRows(form, shown);
+    addPictureRows(form, shown);
+    for (QWidget *field : form.parentWidget()->findChildren<QWidget *>()) {
+        if (qobject_cast<QLineEdit *>(field) != nullptr
+            || qobject_cast<QPlainTextEdit *>(field) != nullptr
+            || qobject_cast<QAbstractSpinBox *>(field) != nullptr) {
+            field->installEventFilter(this);
+        }
     }
 }
 
 void PropertiesPanel::addCommonRows(QFormLayout &form, const Layer &shown)
 {
+    const LayerId id = shown.id;
     form.addRow(
         new QLabel(QStringLiteral("<b>") + displayName(shown.kind) + QStringLiteral("</b>")));
 
-    auto *name = named(new QLineEdit(shown.name), "layerName", label("Nombre"));
-    connect(name, &QLineEdit::textEdited, this, [this](const QString &text) {
-        if (Layer *edited = layer()) {
-            edited->name = text;
-            Q_EMIT nameEdited();
+    auto *name = named(new QLineEdit, "layerName", label("Nombre"));
+    connect(name, &QLineEdit::textEdited, this, [this, id](const QString &text) {
+        Q_EMIT edited(id, LayerField::Name, text);
+    });
+    onRefresh([name](const Layer &layer) {
+        if (name->text() != layer.name) {
+            name->setText(layer.name);
         }
     });
     form.addRow(label("Nombre"), name);
-
-    m_position = new PositionRow;
-    connect(m_position, &PositionRow::edited, this, [this] {
-        if (const Layer *edited = layer()) {
-            setBoxOf(editedBox(edited->kind, boxOf(*edited), m_position->percent()));
-        }
-    });
-    form.addRow(label("Posición"), m_position);
-    form.addRow(label("Alinear en pantalla"), makeAlignmentGrid());
-
-    auto *opacity = named(new QSlider(Qt::Horizontal), "opacity", label("Opacidad"));
-    opacity->setRange(0, 100);
-    opacity->setValue(static_cast<int>(shown.opacity * 100));
-    connect(opacity, &QSlider::valueChanged, this, [this](int percent) {
-        edit([percent](Layer &edited) { edited.opacity = percent / 100.0; });
-    });
-    form.addRow(label("Opacidad"), opacity);
+    form.addRow(label("Posición"), makePosition(id));
+    form.addRow(label("Alinear en pantalla"), makeAlignmentGrid(id));
+    form.addRow(label("Opacidad"), makeOpacity(id));
 
     auto *fit = makeButton("Ajustar a pantalla completa", "fitToFrame");
-    connect(fit, &QPushButton::clicked, this, &PropertiesPanel::fitToFrame);
+    connect(fit, &QPushButton::clicked, this, [this, id] { Q_EMIT fitPressed(id); });
     form.addRow(fit);
 }
 
-QWidget *PropertiesPanel::makeAlignmentGrid()
+QWidget *PropertiesPanel::makePosition(LayerId id)
+{
+    auto *position = new PositionRow;
+    connect(position, &PositionRow::edited, this, [this, id, position] {
+        if (const Layer *layer = layerOf(id)) {
+            Q_EMIT edited(id,
+                LayerField::Box,
+                editedBox(layer->kind, boxOf(*layer), position->percent()));
+        }
+    });
+    onRefresh([position](const Layer &layer) { position->showBox(boxOf(layer)); });
+    return position;
+}
+
+QWidget *PropertiesPanel::makeOpacity(LayerId id)
+{
+    auto *opacity = named(new QSlider(Qt::Horizontal), "opacity", label("Opacidad"));
+    opacity->setRange(0, 100);
+    connect(opacity, &QSlider::valueChanged, this, [this, id](int percent) {
+        Q_EMIT edited(id, LayerField::Opacity, percent / 100.0);
+    });
+    connect(opacity, &QSlider::sliderPressed, this, &PropertiesPanel::rideBegan);
+    connect(opacity, &QSlider::sliderReleased, this, &PropertiesPanel::rideEnded);
+    onRefresh([opacity](const Layer &layer) {
+        const QSignalBlocker blocker(opacity);
+        const double percent = layer.opacity * 100;
+        if (std::abs(percent - opacity->value()) >= 1) {
+            opacity->setValue(static_cast<int>(percent));
+        }
+    });
+    return opacity;
+}
+
+QWidget *PropertiesPanel::makeAlignmentGrid(LayerId id)
 {
     static constexpr std::array arrows { "↖", "↑", "↗", "←", "●", "→", "↙", "↓", "↘" };
     auto *owner = new QWidget;
@@ -168,9 +229,9 @@ QWidget *PropertiesPanel::makeAlignmentGrid()
         button->setStyleSheet(QStringLiteral("padding: 0;"));
         button->setToolTip(label("Alinear"));
         button->setAccessibleName(label("Alinear") + QLatin1Char(' ') + button->text());
-        connect(button, &QPushButton::clicked, this, [this, column, row] {
-            if (const Layer *edited = layer()) {
-                setBoxOf(alignedBox(boxOf(*edited), column, row));
+        connect(button, &QPushButton::clicked, this, [this, id, column, row] {
+            if (const Layer *layer = layerOf(id)) {
+                Q_EMIT edited(id, LayerField::Box, alignedBox(boxOf(*layer), column, row));
             }
         });
         grid->addWidget(button, row, column);
@@ -184,17 +245,34 @@ void PropertiesPanel::addVerseRows(QFormLayout &form, const Layer &shown)
     if (shown.kind != LayerKind::Verse) {
         return;
     }
-    auto *reference = named(new QLineEdit(shown.reference.section(referenceDot, 0, 0)),
-        "verseReference",
-        label("Cita"));
+    const LayerId id = shown.id;
+    auto *reference = named(new QLineEdit, "verseReference", label("Cita"));
     reference->setPlaceholderText(label("Juan 3:16"));
-    auto *find = makeButton("Buscar versículo", "findVerse");
-    const auto request = [this, reference] { Q_EMIT verseRequested(reference->text()); };
+    onRefresh([reference, last = QString()](const Layer &layer) mutable {
+        const QString cited = layer.reference.section(referenceDot, 0, 0);
+        if (std::exchange(last, cited) != cited) { // else what is being typed stays
+            reference->setText(cited);
+        }
+    });
+    auto *look = makeButton("Buscar versículo", "findVerse");
+    const auto request = [this, id, reference] { Q_EMIT verseRequested(id, reference->text()); };
     connect(reference, &QLineEdit::returnPressed, this, request);
-    connect(find, &QPushButton::clicked, this, request);
+    connect(look, &QPushButton::clicked, this, request);
     form.addRow(label("Cita"), reference);
-    form.addRow(find);
-    form.addRow(label("Biblia"), makeNote(shown.reference.section(referenceDot, 1)));
+    form.addRow(look);
+    form.addRow(label("Biblia"),
+        makeLiveNote([](const Layer &layer) { return layer.reference.section(referenceDot, 1); }));
+
+    m_waiting = named(new QWidget, "verseWaiting");
+    auto *column = new QVBoxLayout(m_waiting);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(
+        makeNote(label("Ha llegado el texto pedido. Se conserva lo que escribiste.")));
+    auto *use = makeButton("Usar el texto recibido", "useWaiting");
+    connect(use, &QPushButton::clicked, this, [this, id] { Q_EMIT waitingWanted(id); });
+    column->addWidget(use);
+    m_waiting->hide();
+    form.addRow(m_waiting);
 }
 
 void PropertiesPanel::addTextRows(QFormLayout &form, const Layer &shown)
@@ -206,11 +284,17 @@ void PropertiesPanel::addTextRows(QFormLayout &form, const Layer &shown)
     if (shown.kind != LayerKind::Text && shown.kind != LayerKind::Verse) {
         return;
     }
-    auto *text = named(new QPlainTextEdit(shown.text), "layerText", label("Texto"));
+    auto *text = named(new QPlainTextEdit, "layerText", label("Texto"));
     text->setMaximumHeight(64);
     text->setTabChangesFocus(true);
-    connect(text, &QPlainTextEdit::textChanged, this, [this, text] {
-        edit([text](Layer &edited) { edited.text = text->toPlainText(); });
+    connect(text, &QPlainTextEdit::textChanged, this, [this, id = shown.id, text] {
+        Q_EMIT edited(id, LayerField::Text, text->toPlainText());
+    });
+    onRefresh([text](const Layer &layer) {
+        if (text->toPlainText() != layer.text) {
+            const QSignalBlocker blocker(text);
+            text->setPlainText(layer.text);
+        }
     });
     form.addRow(label("Texto"), text);
 }
@@ -220,62 +304,101 @@ void PropertiesPanel::addStyleRows(QFormLayout &form, const Layer &shown)
     if (!isText(shown.kind)) {
         return;
     }
-    auto *font = named(new QFontComboBox, "font", label("Tipo de letra"));
-    font->setCurrentFont(QFont(shown.font));
-    connect(font, &QFontComboBox::currentFontChanged, this, [this](const QFont &chosen) {
-        edit([&chosen](Layer &edited) { edited.font = chosen.family(); });
-    });
-    form.addRow(label("Tipo de letra"), font);
+    const LayerId id = shown.id;
+    form.addRow(label("Tipo de letra"), makeFontList(id));
+    form.addRow(label("Tamaño"), makeSize(id));
+    form.addRow(makeCheck("Negrita", "bold", id, LayerField::Bold));
+    form.addRow(label("Color del texto"),
+        makeColorButton("Color del texto", "textColor", id, LayerField::Color, false));
+    form.addRow(label("Fondo (con transparencia)"),
+        makeColorButton("Fondo (con transparencia)",
+            "backgroundColor",
+            id,
+            LayerField::Background,
+            true));
+    form.addRow(makeCheck("Sombra / contorno oscuro", "shadow", id, LayerField::Shadow));
+    form.addRow(label("Alineación"), makeAlignment(id));
+}
 
+QWidget *PropertiesPanel::makeFontList(LayerId id)
+{
+    auto *font = named(new QFontComboBox, "font", label("Tipo de letra"));
+    connect(font, &QFontComboBox::currentFontChanged, this, [this, id](const QFont &chosen) {
+        Q_EMIT edited(id, LayerField::Font, chosen.family());
+    });
+    onRefresh([font, last = QString()](const Layer &layer) mutable {
+        if (std::exchange(last, layer.font) != layer.font) {
+            const QSignalBlocker blocker(font);
+            font->setCurrentFont(QFont(layer.font));
+        }
+    });
+    return font;
+}
+
+QWidget *PropertiesPanel::makeSize(LayerId id)
+{
     auto *size = named(new QSpinBox, "textSize", label("Tamaño"));
     size->setRange(Layer::minSize, Layer::maxSize);
-    size->setValue(shown.size);
-    connect(size, &QSpinBox::valueChanged, this, [this](int pixels) {
-        edit([pixels](Layer &edited) { edited.size = pixels; });
+    connect(size, &QSpinBox::valueChanged, this, [this, id](int pixels) {
+        Q_EMIT edited(id, LayerField::Size, std::int32_t { pixels });
     });
-    form.addRow(label("Tamaño"), size);
+    onRefresh([size](const Layer &layer) {
+        if (size->value() != layer.size) {
+            const QSignalBlocker blocker(size);
+            size->setValue(layer.size);
+        }
+    });
+    return size;
+}
 
-    form.addRow(makeCheck("Negrita", "bold", &Layer::bold));
-    form.addRow(label("Color del texto"),
-        makeColorButton("Color del texto", "textColor", &Layer::color, false));
-    form.addRow(label("Fondo (con transparencia)"),
-        makeColorButton("Fondo (con transparencia)", "backgroundColor", &Layer::background, true));
-    form.addRow(makeCheck("Sombra / contorno oscuro", "shadow", &Layer::shadow));
-
+QWidget *PropertiesPanel::makeAlignment(LayerId id)
+{
     auto *alignment = named(new QComboBox, "textAlign", label("Alineación"));
     alignment->addItems({ label("Izquierda"), label("Centro"), label("Derecha") });
-    alignment->setCurrentIndex(static_cast<int>(horizontalAlign(shown.align)));
-    connect(alignment, &QComboBox::currentIndexChanged, this, [this](int index) {
-        edit([index](Layer &edited) {
-            edited.align = withHorizontalAlign(edited.align, static_cast<HorizontalAlign>(index));
-        });
+    connect(alignment, &QComboBox::currentIndexChanged, this, [this, id](int index) {
+        if (const Layer *layer = layerOf(id)) {
+            Q_EMIT edited(id,
+                LayerField::Align,
+                withHorizontalAlign(layer->align, static_cast<HorizontalAlign>(index)));
+        }
     });
-    form.addRow(label("Alineación"), alignment);
+    onRefresh([alignment](const Layer &layer) {
+        const QSignalBlocker blocker(alignment);
+        alignment->setCurrentIndex(static_cast<int>(horizontalAlign(layer.align)));
+    });
+    return alignment;
 }
 
 void PropertiesPanel::addPictureRows(QFormLayout &form, const Layer &shown)
 {
+    const LayerId id = shown.id;
     if (isPicture(shown.kind)) {
         form.addRow(makeCheck("Rellenar el recuadro (recorta bordes, sin franjas negras)",
             "cover",
-            &Layer::cover));
+            id,
+            LayerField::Cover));
     }
     switch (shown.kind) {
     case LayerKind::Color:
-        form.addRow(label("Color"), makeColorButton("Color", "fillColor", &Layer::fill, false));
+        form.addRow(label("Color"),
+            makeColorButton("Color", "fillColor", id, LayerField::Fill, false));
         break;
     case LayerKind::Image: {
-        form.addRow(label("Archivo"), makeNote(QFileInfo(shown.path).fileName()));
+        form.addRow(label("Archivo"),
+            makeLiveNote([](const Layer &layer) { return QFileInfo(layer.path).fileName(); }));
         auto *change = makeButton("Cambiar imagen...", "changeImage");
-        connect(change, &QPushButton::clicked, this, &PropertiesPanel::changeImagePressed);
+        connect(change, &QPushButton::clicked, this, [this, id] { Q_EMIT changeImagePressed(id); });
         form.addRow(change);
         break;
     }
     case LayerKind::Video: {
-        form.addRow(makeCheck("Audio del video cuando esté en Programa", "sound", &Layer::sound));
-        form.addRow(label("Origen"), makeNote(shown.uri));
+        form.addRow(
+            makeCheck("Audio del video cuando esté en Programa", "sound", id, LayerField::Sound));
+        form.addRow(label("Origen"), makeLiveNote([](const Layer &layer) { return layer.uri; }));
         auto *restart = makeButton("Reiniciar video", "restartVideo");
-        connect(restart, &QPushButton::clicked, this, &PropertiesPanel::restartVideoPressed);
+        connect(restart, &QPushButton::clicked, this, [this, id] {
+            Q_EMIT restartVideoPressed(id);
+        });
         form.addRow(restart);
         break;
     }
@@ -290,43 +413,41 @@ void PropertiesPanel::addPictureRows(QFormLayout &form, const Layer &shown)
     }
 }
 
+QWidget *PropertiesPanel::makeLiveNote(std::function<QString(const Layer &)> text)
+{
+    QLabel *note = makeNote(QString());
+    onRefresh([note, text = std::move(text)](const Layer &layer) { note->setText(text(layer)); });
+    return note;
+}
+
 QWidget *PropertiesPanel::makeColorButton(const char *spanish,
     const char *name,
-    QColor Layer::*field,
-    bool withAlpha)
+    LayerId id,
+    LayerField field,
+    bool alpha)
 {
-    const Layer *shown = layer();
-    auto *button = new ColorButton(shown->*field,
-        [this, withAlpha](const QColor &current) { return askColor(current, withAlpha); });
-    named(button, name, label(spanish));
-    connect(button, &ColorButton::colorChosen, this, [this, field](const QColor &color) {
-        edit([field, &color](Layer &edited) { edited.*field = color; });
+    auto *button = named(new ColorButton(QColor()), name, label(spanish));
+    connect(button, &QPushButton::clicked, this, [this, id, field, alpha] {
+        Q_EMIT colorWanted(id, field, alpha);
+    });
+    onRefresh([button, field](const Layer &layer) {
+        button->showColor(std::get<QColor>(fieldOf(layer, field)));
     });
     return button;
 }
 
-QWidget *PropertiesPanel::makeCheck(const char *spanish, const char *name, bool Layer::*field)
+QWidget *
+PropertiesPanel::makeCheck(const char *spanish, const char *name, LayerId id, LayerField field)
 {
     auto *check = named(new QCheckBox(label(spanish)), name);
-    check->setChecked(layer()->*field);
-    connect(check, &QCheckBox::toggled, this, [this, field](bool on) {
-        edit([field, on](Layer &edited) { edited.*field = on; });
+    connect(check, &QCheckBox::toggled, this, [this, id, field](bool on) {
+        Q_EMIT edited(id, field, on);
+    });
+    onRefresh([check, field](const Layer &layer) {
+        const QSignalBlocker blocker(check);
+        check->setChecked(std::get<bool>(fieldOf(layer, field)));
     });
     return check;
-}
-
-void PropertiesPanel::setBoxOf(const nimbara::Box &box)
-{
-    edit([&box](Layer &edited) { setBox(edited, box); });
-    refreshPosition();
-}
-
-void PropertiesPanel::fitToFrame()
-{
-    if (const Layer *edited = layer()) {
-        setBoxOf(fittedBox(edited->kind, contentSize(*edited), profileSize()));
-        rebuild(true);
-    }
 }
 
 } // namespace nimbara

@@ -1,69 +1,82 @@
 #pragma once
 
-#include "document/layer.h"
-#include "ui/editor/color_button.h"
-#include "ui/editor/position_row.h"
+#include "document/layer_fields.h"
 
-#include <QLineEdit>
 #include <QScrollArea>
 
 #include <functional>
-#include <optional>
+#include <vector>
 
 class QFormLayout;
 
 namespace nimbara {
 
-/// The properties of the selected layer. Every control writes its field at once; the panel is built
-/// anew only for another layer, so that typing is never interrupted.
+/// The properties of one layer. Every control tells of an edit at once, and names the layer that it
+/// was built for. The panel is built anew only for another layer; whatever else changes is written
+/// into the controls that are there, so that typing is never interrupted.
 class PropertiesPanel : public QScrollArea {
     Q_OBJECT
 public:
     explicit PropertiesPanel(QWidget *parent = nullptr);
 
-    /// The layer that the panel is for, asked anew at each use; none when nothing is selected.
-    std::function<Layer *()> layer = [] { return nullptr; };
-    /// Size in pixels of what the layer shows, when known, and the output size.
-    std::function<std::optional<FrameSize>(const Layer &)> contentSize
-        = [](const Layer &) { return std::nullopt; };
-    std::function<FrameSize()> profileSize = [] { return FrameSize {}; };
-    /// Asks for a colour, with or without an alpha channel.
-    std::function<std::optional<QColor>(const QColor &, bool withAlpha)> askColor
-        = [](const QColor &, bool) { return std::nullopt; };
+    /// The layer as it is now, asked anew at each use; none when it is gone. Never empty.
+    std::function<const Layer *(LayerId)> layerOf = [](LayerId) { return nullptr; };
 
-    /// Builds the panel for the layer, from nothing. `sameLayer`: it was built for that one, and
-    /// the focus stays at the control where it is.
-    void rebuild(bool sameLayer);
+    /// Shows the layer, or that none is selected.
+    void showLayer(const Layer *layer);
+    /// Writes the layer's values into the controls, when it is the one shown.
+    void refresh(const Layer &layer);
+    /// Shows or hides the note that an answer waits behind what the operator wrote.
+    void showWaiting(LayerId layer, bool waiting);
     /// The operator is writing into one of the fields.
     [[nodiscard]] bool isTyping() const;
-    /// Shows the layer's box in the position fields and leaves the rest alone.
-    void refreshPosition();
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 Q_SIGNALS:
-    void nameEdited(); ///< the layer has another name
-    void layerEdited(); ///< anything else that the picture shows
-    void changeImagePressed();
-    void restartVideoPressed();
-    void verseRequested(const QString &reference);
+    void
+    edited(nimbara::LayerId layer, nimbara::LayerField field, const nimbara::FieldValue &value);
+    /// Enclose a slider's ride.
+    void rideBegan();
+    void rideEnded();
+    /// The operator wants another colour in the field.
+    void colorWanted(nimbara::LayerId layer, nimbara::LayerField field, bool withAlpha);
+    void fitPressed(nimbara::LayerId layer);
+    void changeImagePressed(nimbara::LayerId layer);
+    void restartVideoPressed(nimbara::LayerId layer);
+    void verseRequested(nimbara::LayerId layer, const QString &reference);
+    void waitingWanted(nimbara::LayerId layer);
 
 private:
-    /// The control with the focus; none when it is outside.
-    [[nodiscard]] QWidget *focusedControl() const;
+    using Refresher = std::function<void(const Layer &)>;
+
+    void rebuild(const Layer *layer);
+    void addRows(QFormLayout &form, const Layer &shown);
     void addCommonRows(QFormLayout &form, const Layer &shown);
     void addTextRows(QFormLayout &form, const Layer &shown);
     void addStyleRows(QFormLayout &form, const Layer &shown);
     void addVerseRows(QFormLayout &form, const Layer &shown);
     void addPictureRows(QFormLayout &form, const Layer &shown);
-    QWidget *makeAlignmentGrid();
-    QWidget *
-    makeColorButton(const char *spanish, const char *name, QColor Layer::*field, bool withAlpha);
-    QWidget *makeCheck(const char *spanish, const char *name, bool Layer::*field);
-    void fitToFrame();
-    void setBoxOf(const nimbara::Box &box);
-    /// Runs an edit on the layer, if there still is one, and tells of it.
-    template <typename Edit> void edit(Edit change);
+    QWidget *makePosition(LayerId id);
+    QWidget *makeOpacity(LayerId id);
+    QWidget *makeAlignmentGrid(LayerId id);
+    QWidget *makeFontList(LayerId id);
+    QWidget *makeSize(LayerId id);
+    QWidget *makeAlignment(LayerId id);
+    QWidget *makeColorButton(const char *spanish,
+        const char *name,
+        LayerId id,
+        LayerField field,
+        bool alpha);
+    QWidget *makeCheck(const char *spanish, const char *name, LayerId id, LayerField field);
+    /// A note that follows the layer.
+    QWidget *makeLiveNote(std::function<QString(const Layer &)> text);
+    void onRefresh(Refresher refresher) { m_refreshers.push_back(std::move(refresher)); }
 
-    PositionRow *m_position = nullptr;
+    LayerId m_shown;
+    LayerKind m_kind = LayerKind::Camera;
+    std::vector<Refresher> m_refreshers; ///< of the controls that are there
+    QWidget *m_waiting = nullptr; ///< the note and button of an answer that waits
 };
 
 } // namespace nimbara

@@ -1,9 +1,11 @@
 #include "ui/editor/scene_editor.h"
 
 #include "base/i18n.h"
-#include "document/scene_ops.h"
+#include "document/layer_geometry.h"
 
 #include <QTimer>
+
+#include <algorithm>
 
 namespace nimbara {
 
@@ -29,19 +31,22 @@ SceneEditor::SceneEditor(Studio &studio, Dialogs &dialogs, const ErrorGuard &gua
 {
     connectCanvas();
     connectTab();
-    connectProperties();
+    connectPanel();
+    connectPanelQuestions();
     connectImages();
+    connect(&document(), &Document::changed, this, &SceneEditor::follow);
 }
 
 void SceneEditor::connectCanvas()
 {
     Canvas &canvas = m_views.canvas;
-    canvas.scene = [this] { return &scene(); };
-    canvas.onGeometryChanged = [this] { refreshProps(); };
-    canvas.onSelectionChanged = [this] {
-        m_views.tab.showLayers(scene(), m_views.canvas.selected());
-        refreshProps();
-    };
+    canvas.scene = [this] { return document().currentScene(); };
+    connect(&canvas, &Canvas::placed, this, [this](LayerId layer, const Box &box) {
+        document().apply(SetField { layer, LayerField::Box, box });
+    });
+    connect(&canvas, &Canvas::dragBegan, this, [this] { document().beginGesture(); });
+    connect(&canvas, &Canvas::dragEnded, this, [this] { document().endGesture(); });
+    connect(&canvas, &Canvas::selectionChanged, this, &SceneEditor::showSelection);
 }
 
 void SceneEditor::connectTab()
@@ -55,206 +60,231 @@ void SceneEditor::connectTab()
     connect(tab, &SceneTab::renameScenePressed, this, guarded(&SceneEditor::askRenameScene));
     connect(tab, &SceneTab::deleteScenePressed, this, guarded(&SceneEditor::askDeleteScene));
     connect(tab, &SceneTab::duplicateScenePressed, this, [this] {
-        duplicateScene(m_studio.stage().scenes);
-        showScenes(-1);
+        document().apply(DuplicateScene { scene().id });
     });
     connect(tab, &SceneTab::addSourceChosen, this, guarded(&SceneEditor::addSource));
-    connect(tab, &SceneTab::moveLayerPressed, this, &SceneEditor::moveSelected);
-    connect(tab, &SceneTab::deleteLayerPressed, this, &SceneEditor::deleteSelected);
+    connect(tab, &SceneTab::moveLayerPressed, this, [this](int delta) {
+        document().apply(MoveLayer { selected(), delta });
+    });
+    connect(tab, &SceneTab::deleteLayerPressed, this, [this] {
+        document().apply(DeleteLayer { selected() });
+    });
     connect(tab, &SceneTab::layerSelected, this, &SceneEditor::select);
-    connect(tab, &SceneTab::layerChecked, this, [this](int index, bool visible) {
-        if (setLayerVisible(scene(), index, visible)) {
-            m_views.tab.showLayers(scene(), m_views.canvas.selected());
-        }
+    connect(tab, &SceneTab::layerChecked, this, [this](LayerId layer, bool visible) {
+        document().apply(SetField { layer, LayerField::Visible, visible });
     });
     connect(&m_views.controls, &ControlRow::sceneChosen, this, [this](int index) {
-        SceneSets &scenes = m_studio.stage().scenes;
-        scenes.setCurrentIndex(scenes.editing(), index);
-        ++m_shape;
-        select(-1);
+        const Scenes &scenes = document().editedScenes();
+        if (static_cast<std::size_t>(index) < scenes.size()) {
+            document().showScene(scenes[static_cast<std::size_t>(index)]->id);
+        }
     });
 }
 
-void SceneEditor::connectProperties()
+void SceneEditor::connectPanel()
 {
     PropertiesPanel *panel = m_views.tab.properties();
-    panel->layer = [this] { return selectedLayer(); };
-    panel->contentSize = [this](const Layer &layer) { return contentSize(layer); };
-    panel->profileSize = [this] { return m_studio.stage().streamFrame(); };
-    panel->askColor = [this](const QColor &current, bool withAlpha) {
-        return m_dialogs.color(current, withAlpha);
-    };
-    connect(panel, &PropertiesPanel::nameEdited, this, [this] {
-        if (const Layer *layer = selectedLayer()) {
-            m_views.tab.showLayerName(*layer, m_views.canvas.selected());
-        }
+    panel->layerOf = [this](LayerId layer) { return findLayer(document().scenes(), layer); };
+    connect(panel,
+        &PropertiesPanel::edited,
+        this,
+        [this](LayerId layer, LayerField field, const FieldValue &value) {
+            document().apply(SetField { layer, field, value });
+        });
+    connect(panel, &PropertiesPanel::rideBegan, this, [this] { document().beginGesture(); });
+    connect(panel, &PropertiesPanel::rideEnded, this, [this] { document().endGesture(); });
+    connect(panel, &PropertiesPanel::fitPressed, this, &SceneEditor::fitToFrame);
+    connect(panel, &PropertiesPanel::restartVideoPressed, this, [this](LayerId layer) {
+        m_guard.run([&] { m_studio.layers().restart(layer); });
     });
-    connect(panel, &PropertiesPanel::layerEdited, this, [this] { m_views.canvas.update(); });
-    connect(panel, &PropertiesPanel::changeImagePressed, this, [this] {
-        m_guard.run([this] { changeImageOfSelected(); });
+    VerseDesk &verses = m_studio.verses();
+    connect(panel, &PropertiesPanel::waitingWanted, &verses, &VerseDesk::useWaiting);
+    connect(&verses, &VerseDesk::waitingChanged, panel, [&verses, panel](LayerId layer) {
+        panel->showWaiting(layer, verses.hasWaiting(layer));
     });
-    connect(panel, &PropertiesPanel::restartVideoPressed, this, [this] {
-        m_guard.run([this] { restartVideoOfSelected(); });
-    });
+}
+
+/// What asks the operator waits until the control's own signal is over: a box runs the event loop,
+/// and the control may be gone when the answer comes.
+void SceneEditor::connectPanelQuestions()
+{
+    const PropertiesPanel *panel = m_views.tab.properties();
+    connect(panel,
+        &PropertiesPanel::colorWanted,
+        this,
+        &SceneEditor::askColor,
+        Qt::QueuedConnection);
+    connect(
+        panel,
+        &PropertiesPanel::changeImagePressed,
+        this,
+        [this](LayerId layer) { m_guard.run([&] { askImage(layer); }); },
+        Qt::QueuedConnection);
 }
 
 void SceneEditor::connectImages()
 {
-    ImageIntake &images = m_studio.images();
-    images.onAdded = [this](std::int32_t layer) {
+    connect(&m_studio.images(), &ImageIntake::added, this, [this](LayerId layer) {
         // Decoding took its time: the operator may have gone on to another layer's text.
-        if (m_views.tab.properties()->isTyping()) {
-            m_views.tab.showLayers(scene(), m_views.canvas.selected());
-        } else {
-            showLayer(layer);
+        if (!m_views.tab.properties()->isTyping()) {
+            select(layer);
         }
-    };
-    images.onChanged = [this](std::int32_t layer) { showWritten(layer); };
-    images.onFailed = [this](const QString &text) {
-        // From the frame timer: the box must not hold up the tick that found the failure.
-        QTimer::singleShot(0, this, [this, text] { m_guard.tell(text); });
-    };
+    });
+    connect(&m_studio.images(), &ImageIntake::failed, this, [this](const QString &text) {
+        m_guard.tell(text);
+    });
 }
 
-Scene &SceneEditor::scene()
+void SceneEditor::follow(const Change &change)
 {
-    return m_studio.stage().scenes.currentScene();
-}
-
-Layer *SceneEditor::selectedLayer()
-{
-    const std::int32_t index = m_views.canvas.selected();
-    Scene &current = scene();
-    const bool exists = index >= 0 && index < static_cast<std::int32_t>(current.layers.size());
-    return exists ? &current.layers[static_cast<std::size_t>(index)] : nullptr;
-}
-
-std::optional<FrameSize> SceneEditor::contentSize(const Layer &layer) const
-{
-    FramePtr frame = layer.image;
-    if (layer.kind == LayerKind::Camera) {
-        frame = m_studio.sources().cameraFrame();
-    } else if (layer.source) {
-        frame = layer.source->frame();
+    const Layer *layer = findLayer(scene(), change.layer);
+    if (change.field && !change.undone) {
+        if (layer != nullptr) {
+            followField(*layer, *change.field);
+        }
+        return;
     }
-    return frame ? std::optional(frame->size()) : std::nullopt;
+    if (change.everything) {
+        showAll();
+        return;
+    }
+    if (change.scenes || change.current) {
+        showSceneList();
+    }
+    if (change.scenes || change.current || change.layers) {
+        keepSelection(change);
+        return;
+    }
+    if (layer != nullptr) { // a verse or a picture was written into it
+        m_views.tab.showLayer(*layer);
+        m_views.tab.properties()->refresh(*layer);
+    }
+    m_views.canvas.update();
 }
 
-void SceneEditor::showScenes(std::int32_t selected)
+/// One field: the cheap case, on every step of a drag.
+void SceneEditor::followField(const Layer &layer, LayerField field)
 {
-    ++m_shape;
-    SceneSets &scenes = m_studio.stage().scenes;
-    static_cast<void>(scenes.currentScene());
+    if (field == LayerField::Name || field == LayerField::Visible) {
+        m_views.tab.showLayer(layer);
+    }
+    m_views.tab.properties()->refresh(layer);
+    m_views.canvas.update();
+}
+
+/// Selects what an undone step was about, keeps the selected layer, or takes the one that stands in
+/// its place now. Another scene begins without a selection.
+void SceneEditor::keepSelection(const Change &change)
+{
+    const std::vector<Layer> &layers = scene().layers;
+    LayerId wanted = selected();
+    if (change.undone && findLayer(scene(), change.layer) != nullptr) {
+        wanted = change.layer;
+    } else if (findLayer(scene(), wanted) == nullptr) {
+        const bool deleted = wanted && change.layers && !change.current && !layers.empty();
+        wanted = deleted ? layers[std::min(m_place, layers.size() - 1)].id : LayerId();
+    }
+    select(wanted);
+}
+
+void SceneEditor::showAll()
+{
+    showSceneList();
+    const std::vector<Layer> &layers = scene().layers;
+    select(layers.empty() ? LayerId() : layers.front().id);
+}
+
+void SceneEditor::showSceneList()
+{
     QStringList names;
-    for (const Scene &each : scenes.editedScenes()) {
-        names << each.name;
+    for (const ScenePtr &each : document().editedScenes()) {
+        names << each->name;
     }
-    m_views.controls.showScenes(names, scenes.currentIndex(scenes.editing()));
-    select(selected);
+    m_views.controls.showScenes(names,
+        static_cast<int>(document().project().currentPlace(document().editing())));
 }
 
-void SceneEditor::select(std::int32_t layer)
+void SceneEditor::select(LayerId layer)
 {
     m_views.canvas.setSelected(layer);
 }
 
-SceneEditor::PanelKey SceneEditor::panelKey()
+void SceneEditor::showSelection()
 {
-    const SceneSets &scenes = m_studio.stage().scenes;
-    return { { scenes.editing(), scenes.currentIndex(scenes.editing()), m_views.canvas.selected() },
-        m_shape };
-}
-
-void SceneEditor::refreshProps()
-{
-    const PanelKey key = panelKey();
-    if (m_panelKey == key) {
-        m_views.tab.properties()->refreshPosition();
-        return;
+    const Layer *layer = findLayer(scene(), selected());
+    if (layer != nullptr) {
+        m_place = static_cast<std::size_t>(layer - scene().layers.data());
     }
-    const bool sameLayer = m_panelKey && m_panelKey->layer == key.layer;
-    m_panelKey = key;
-    m_views.tab.properties()->rebuild(sameLayer);
-}
-
-void SceneEditor::showWritten(std::int32_t layer)
-{
-    m_views.tab.showLayers(scene(), m_views.canvas.selected());
-    if (layer == m_views.canvas.selected()) {
-        ++m_shape;
-        refreshProps();
+    m_views.tab.showLayers(scene(), selected());
+    m_views.tab.properties()->showLayer(layer);
+    if (layer != nullptr) {
+        m_views.tab.properties()->showWaiting(layer->id, m_studio.verses().hasWaiting(layer->id));
     }
-}
-
-void SceneEditor::showLayer(std::int32_t layer)
-{
-    ++m_shape;
-    select(layer);
 }
 
 void SceneEditor::askNewScene()
 {
-    SceneSets &scenes = m_studio.stage().scenes;
-    const auto name
-        = m_dialogs.text(label("Nueva escena"), label("Nombre"), proposedSceneName(scenes));
-    if (name && newScene(scenes, *name)) {
-        showScenes(-1);
+    const SceneSet set = document().editing();
+    const auto name = m_dialogs.text(label("Nueva escena"),
+        label("Nombre"),
+        proposedSceneName(document().scenes(), set));
+    if (!name || name->trimmed().isEmpty()) {
+        return;
     }
+    Scene made = defaultScene(set == SceneSet::Hall);
+    made.name = name->trimmed();
+    document().apply(AddScene { set, std::move(made) });
 }
 
 void SceneEditor::askRenameScene()
 {
-    const auto name = m_dialogs.text(label("Renombrar"), label("Nombre"), scene().name);
-    if (name && renameScene(m_studio.stage().scenes, *name)) {
-        showScenes(m_views.canvas.selected());
+    const SceneId asked = scene().id;
+    if (const auto name = m_dialogs.text(label("Renombrar"), label("Nombre"), scene().name)) {
+        document().apply(RenameScene { asked, *name });
     }
 }
 
 void SceneEditor::askDeleteScene()
 {
-    SceneSets &scenes = m_studio.stage().scenes;
-    checkSceneDeletable(scenes);
-    if (m_dialogs.question(label("Eliminar escena"), deleteSceneQuestion(scenes))) {
-        deleteScene(scenes);
-        showScenes(-1);
+    const SceneId asked = scene().id;
+    checkDeletable(document().scenes(), asked);
+    const QString question = label("¿Eliminar la escena") + QStringLiteral(" \"") + scene().name
+        + QStringLiteral("\"?");
+    if (m_dialogs.question(label("Eliminar escena"), question)) {
+        document().apply(DeleteScene { asked });
     }
 }
 
 void SceneEditor::addSource(SourceEntry entry)
 {
-    SceneSets &scenes = m_studio.stage().scenes;
-    std::int32_t added = -1;
     switch (entry) {
     case SourceEntry::Image:
-        addImage();
-        return;
+        return addImage();
     case SourceEntry::Video:
-        addVideo();
-        return;
+        return addVideo();
     case SourceEntry::Network:
-        addNetworkSource();
-        return;
+        return addNetworkSource();
     case SourceEntry::Subtitle:
-        addSubtitles();
-        return;
+        return addSubtitles();
     case SourceEntry::Screen:
-        added = m_studio.layers().addScreenCapture();
-        break;
+        return select(m_studio.layers().addScreenCapture());
     case SourceEntry::Camera:
-        added = scenes.addLayer(newLayer(LayerKind::Camera));
-        break;
+        return addLayer(LayerKind::Camera);
     case SourceEntry::Text:
-        added = scenes.addLayer(newLayer(LayerKind::Text));
-        break;
+        return addLayer(LayerKind::Text);
     case SourceEntry::Color:
-        added = scenes.addLayer(newLayer(LayerKind::Color));
-        break;
+        return addLayer(LayerKind::Color);
     case SourceEntry::Verse:
-        added = scenes.addLayer(newLayer(LayerKind::Verse));
-        break;
+        return addLayer(LayerKind::Verse);
     }
-    ++m_shape;
-    select(added);
+}
+
+void SceneEditor::addLayer(LayerKind kind)
+{
+    Layer layer = newLayer(kind);
+    const LayerId id = layer.id;
+    document().apply(AddLayer { scene().id, std::move(layer) });
+    select(id);
 }
 
 void SceneEditor::addSubtitles()
@@ -263,16 +293,15 @@ void SceneEditor::addSubtitles()
         m_studio.status(label("Esta escena ya tiene una fuente de subtítulos."));
         return;
     }
-    const std::int32_t added = m_studio.stage().scenes.addLayer(newLayer(LayerKind::Subtitle));
-    ++m_shape;
-    select(added);
+    addLayer(LayerKind::Subtitle);
 }
 
 void SceneEditor::addImage()
 {
+    const SceneId asked = scene().id;
     const QString path = m_dialogs.openFile(label("Imagen"), QString(), imageFilter());
     if (!path.isEmpty()) {
-        m_studio.images().add(path);
+        m_studio.images().add(asked, path);
     }
 }
 
@@ -281,9 +310,7 @@ void SceneEditor::addVideo()
     const QString path
         = m_dialogs.openFile(label("Video"), QString(), label("Videos (*.webm *.mp4 *.mov *.mkv)"));
     if (!path.isEmpty()) {
-        const std::int32_t added = m_studio.layers().addVideoFile(path);
-        ++m_shape;
-        select(added);
+        select(m_studio.layers().addVideoFile(path));
     }
 }
 
@@ -292,43 +319,37 @@ void SceneEditor::addNetworkSource()
     const auto location
         = m_dialogs.text(label("Fuente de red"), label("URL HTTP(S) / RTSP / RTMP"), QString());
     if (location) {
-        const std::int32_t added = m_studio.layers().addMedia(*location);
-        ++m_shape;
-        select(added);
+        select(m_studio.layers().addMedia(*location));
     }
 }
 
-void SceneEditor::moveSelected(int delta)
+void SceneEditor::fitToFrame(LayerId id)
 {
-    const std::int32_t place = moveLayer(scene(), m_views.canvas.selected(), delta);
-    ++m_shape;
-    select(place);
+    if (const Layer *layer = findLayer(document().scenes(), id)) {
+        const Box box = fittedBox(layer->kind,
+            m_studio.sources().contentSize(*layer),
+            m_studio.stage().streamFrame());
+        document().apply(SetField { id, LayerField::Box, box });
+    }
 }
 
-void SceneEditor::deleteSelected()
+void SceneEditor::askColor(LayerId id, LayerField field, bool withAlpha)
 {
-    const std::int32_t next = deleteLayer(scene(), m_views.canvas.selected());
-    ++m_shape;
-    select(next);
-}
-
-void SceneEditor::changeImageOfSelected()
-{
-    if (selectedLayer() == nullptr) {
+    const Layer *layer = findLayer(document().scenes(), id);
+    if (layer == nullptr) {
         return;
     }
+    const auto current = std::get<QColor>(fieldOf(*layer, field));
+    if (const auto chosen = m_dialogs.color(current, withAlpha)) {
+        document().apply(SetField { id, field, *chosen });
+    }
+}
+
+void SceneEditor::askImage(LayerId layer)
+{
     const QString path = m_dialogs.openFile(label("Imagen"), QString(), imageFilter());
-    if (path.isEmpty()) {
-        return;
-    }
-    m_studio.images().change(m_views.canvas.selected(), path);
-}
-
-void SceneEditor::restartVideoOfSelected()
-{
-    if (Layer *layer = selectedLayer()) {
-        const Stage &stage = m_studio.stage();
-        layer->source = m_studio.mediaFactory().media(stage.streamFrame(), layer->uri);
+    if (!path.isEmpty()) {
+        m_studio.images().change(layer, path);
     }
 }
 

@@ -21,6 +21,18 @@ QString itemText(const Layer &layer)
         + QStringLiteral("   ·  ") + displayName(layer.kind);
 }
 
+LayerId layerOf(const QListWidgetItem &item)
+{
+    return LayerId::of(item.data(Qt::UserRole).toULongLong());
+}
+
+void write(QListWidgetItem &item, const Layer &layer)
+{
+    item.setText(itemText(layer));
+    item.setData(Qt::UserRole, QVariant::fromValue(qulonglong { layer.id.value() }));
+    item.setCheckState(layer.visible ? Qt::Checked : Qt::Unchecked);
+}
+
 } // namespace
 
 SceneTab::SceneTab(QWidget *parent)
@@ -110,15 +122,15 @@ void SceneTab::connectList()
 {
     connect(m_layers, &QListWidget::currentItemChanged, this, [this](const QListWidgetItem *item) {
         if (item != nullptr) {
-            Q_EMIT layerSelected(item->data(Qt::UserRole).toInt());
+            Q_EMIT layerSelected(layerOf(*item));
         }
     });
     connect(m_layers, &QListWidget::itemChanged, this, [this](const QListWidgetItem *item) {
-        Q_EMIT layerChecked(item->data(Qt::UserRole).toInt(), item->checkState() == Qt::Checked);
+        Q_EMIT layerChecked(layerOf(*item), item->checkState() == Qt::Checked);
     });
 }
 
-void SceneTab::showLayers(const Scene &scene, std::int32_t selected)
+void SceneTab::showLayers(const Scene &scene, LayerId selected)
 {
     const QSignalBlocker blocker(m_layers);
     // Entries stay and are written anew: the mouse may be pressed on one of them right now.
@@ -131,27 +143,22 @@ void SceneTab::showLayers(const Scene &scene, std::int32_t selected)
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
         item->setToolTip(nimbara_i18n::tr("Marca para mostrar, desmarca para ocultar"));
     }
-    for (std::int32_t index = 0; index < count; ++index) {
-        const Layer &layer = scene.layers[static_cast<std::size_t>(index)];
-        QListWidgetItem *item = m_layers->item(rowOf(index));
-        item->setText(itemText(layer));
-        item->setData(Qt::UserRole, index);
-        item->setCheckState(layer.visible ? Qt::Checked : Qt::Unchecked);
+    int marked = -1;
+    for (int row = 0; row < count; ++row) {
+        const Layer &layer = scene.layers[static_cast<std::size_t>(count - 1 - row)];
+        write(*m_layers->item(row), layer);
+        marked = layer.id == selected ? row : marked;
     }
-    const bool marked = selected >= 0 && selected < count;
-    m_layers->setCurrentRow(marked ? rowOf(selected) : -1);
+    m_layers->setCurrentRow(marked);
 }
 
-int SceneTab::rowOf(std::int32_t layer) const
-{
-    return m_layers->count() - 1 - layer;
-}
-
-void SceneTab::showLayerName(const Layer &layer, std::int32_t index)
+void SceneTab::showLayer(const Layer &layer)
 {
     const QSignalBlocker blocker(m_layers);
-    if (QListWidgetItem *item = m_layers->item(rowOf(index))) {
-        item->setText(itemText(layer));
+    for (int row = 0; row < m_layers->count(); ++row) {
+        if (layerOf(*m_layers->item(row)) == layer.id) {
+            write(*m_layers->item(row), layer);
+        }
     }
 }
 

@@ -35,9 +35,9 @@ public:
     explicit SceneTab(QWidget *parent = nullptr);
 
     /// Writes the layer list anew, front layer first, and marks the selected one.
-    void showLayers(const Scene &scene, std::int32_t selected);
-    /// Writes a layer's name into its list entry.
-    void showLayerName(const Layer &layer, std::int32_t index);
+    void showLayers(const Scene &scene, LayerId selected);
+    /// Writes one layer's entry anew.
+    void showLayer(const Layer &layer);
     [[nodiscard]] PropertiesPanel *properties() const { return m_properties; }
 
 Q_SIGNALS:
@@ -50,16 +50,14 @@ Q_SIGNALS:
     void deleteLayerPressed();
     void verseRequested(const QString &reference);
     /// The operator selected a layer in the list.
-    void layerSelected(int index);
+    void layerSelected(nimbara::LayerId layer);
     /// The operator checked or unchecked a layer.
-    void layerChecked(int index, bool visible);
+    void layerChecked(nimbara::LayerId layer, bool visible);
 
 private:
     QVBoxLayout *makeSceneColumn();
     QMenu *makeSourceMenu();
     void connectList();
-    /// The list row of a layer: the front layer comes first.
-    [[nodiscard]] int rowOf(std::int32_t layer) const;
 
     QListWidget *m_layers;
     QLineEdit *m_verse;

@@ -24,6 +24,13 @@ QLineEdit *makeKeyField(const char *name, const char *spanish)
     return field;
 }
 
+void showText(QLineEdit *field, const QString &text)
+{
+    if (field->text() != text) {
+        field->setText(text);
+    }
+}
+
 QLabel *makeNote(const char *spanish)
 {
     auto *note = new QLabel(nimbara_i18n::tr(spanish));

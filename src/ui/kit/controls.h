@@ -29,6 +29,9 @@ Widget *named(Widget *widget, const char *name, const QString &accessibleName = 
 /// A field for a secret: its text is hidden. `spanish` is its placeholder and accessible name.
 QLineEdit *makeKeyField(const char *name, const char *spanish);
 
+/// Makes `text` the field's; one that it shows already leaves the cursor in its place.
+void showText(QLineEdit *field, const QString &text);
+
 /// A word-wrapped label; `spanish` passes through the text table.
 QLabel *makeNote(const char *spanish);
 

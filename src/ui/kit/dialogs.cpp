@@ -2,6 +2,7 @@
 
 #include "base/i18n.h"
 
+#include <QAbstractButton>
 #include <QColorDialog>
 #include <QFileDialog>
 #include <QFileIconProvider>
@@ -9,6 +10,7 @@
 #include <QHeaderView>
 #include <QInputDialog>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QSplitter>
@@ -117,16 +119,33 @@ bool QtDialogs::question(const QString &title, const QString &text)
     return box.exec() == QMessageBox::Yes;
 }
 
+SaveChoice QtDialogs::saveChoice(const QString &title, const QString &text)
+{
+    QMessageBox box(QMessageBox::Question, title, text, QMessageBox::NoButton, m_parent);
+    box.setTextFormat(Qt::PlainText);
+    QAbstractButton *save = box.addButton(nimbara_i18n::tr("Guardar"), QMessageBox::AcceptRole);
+    QAbstractButton *discard
+        = box.addButton(nimbara_i18n::tr("No guardar"), QMessageBox::DestructiveRole);
+    QAbstractButton *cancel = box.addButton(nimbara_i18n::tr("Cancelar"), QMessageBox::RejectRole);
+    box.setEscapeButton(cancel);
+    box.exec();
+    if (box.clickedButton() == save) {
+        return SaveChoice::Save;
+    }
+    return box.clickedButton() == discard ? SaveChoice::Discard : SaveChoice::Cancel;
+}
+
 void QtDialogs::warning(const QString &title, const QString &text)
 {
-    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, m_parent);
-    box.setTextFormat(Qt::PlainText);
+    auto *box = new QMessageBox(QMessageBox::Warning, title, text, QMessageBox::Ok, m_parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);
     const QStringList lines = text.split(QLatin1Char('\n'));
     if (lines.size() > mostLines) {
-        box.setText(shortened(lines));
-        box.setDetailedText(text);
+        box->setText(shortened(lines));
+        box->setDetailedText(text);
     }
-    box.exec();
+    box->open();
 }
 
 } // namespace nimbara

@@ -9,6 +9,9 @@ class QWidget;
 
 namespace nimbara {
 
+/// What becomes of work that is not saved.
+enum class SaveChoice { Save, Discard, Cancel };
+
 /// The questions that the window puts to the operator. A seam: tests answer from a script.
 ///
 /// All texts are already translated. Interface thread only; an answer may run a nested event loop,
@@ -35,7 +38,10 @@ public:
     virtual std::optional<QColor> color(const QColor &current, bool withAlpha) = 0;
     /// Yes or No, without a default button; false for anything but Yes.
     virtual bool question(const QString &title, const QString &text) = 0;
-    /// A warning box with an OK button. Every line of a long text can be read.
+    /// "Guardar", "No guardar" or "Cancelar"; anything else is cancelling.
+    virtual SaveChoice saveChoice(const QString &title, const QString &text) = 0;
+    /// A warning box with an OK button, which stays while the program goes on: this does not wait
+    /// for it. Every line of a long text can be read.
     virtual void warning(const QString &title, const QString &text) = 0;
 };
 
@@ -56,6 +62,7 @@ public:
     text(const QString &title, const QString &label, const QString &proposed) override;
     std::optional<QColor> color(const QColor &current, bool withAlpha) override;
     bool question(const QString &title, const QString &text) override;
+    SaveChoice saveChoice(const QString &title, const QString &text) override;
     void warning(const QString &title, const QString &text) override;
 
 private:

@@ -1,34 +1,16 @@
 #include "ui/kit/key_field.h"
 
-#include "base/secret_texts.h"
-
-#include <QPointer>
+#include "ui/kit/controls.h"
 
 namespace nimbara {
 
-void withKey(QLineEdit *field,
-    SecretStore &secrets,
-    const QString &account,
-    std::function<void(const QString &key)> receiver)
+void bindKeyField(QLineEdit &field, ServiceKey &key)
 {
-    const QString typed = field->text().trimmed();
-    if (!typed.isEmpty()) {
-        hideSecret(typed);
-        receiver(typed);
-        return;
-    }
-    secrets.readSecret(account,
-        [shown = QPointer(field), receiver = std::move(receiver)](const QString &stored) {
-            if (!shown) {
-                return;
-            }
-            if (shown->text().trimmed().isEmpty()) {
-                shown->setText(stored);
-            }
-            const QString key = shown->text().trimmed();
-            hideSecret(key);
-            receiver(key);
-        });
+    field.setText(key.text());
+    QObject::connect(&field, &QLineEdit::textChanged, &key, &ServiceKey::setText);
+    QObject::connect(&key, &ServiceKey::changed, &field, [&field](const QString &text) {
+        showText(&field, text);
+    });
 }
 
 } // namespace nimbara

@@ -10,7 +10,7 @@
 
 namespace nimbara {
 
-OutputsTab::OutputsTab(std::span<const Preset, slots> presets, QWidget *parent)
+OutputsTab::OutputsTab(std::span<const QString, slots> names, QWidget *parent)
     : QWidget(parent)
     , m_startSelected(makeButton("Iniciar destinos seleccionados", "startSelected"))
     , m_stopStreams(makeButton("Detener transmisiones", "stopStreams"))
@@ -19,7 +19,7 @@ OutputsTab::OutputsTab(std::span<const Preset, slots> presets, QWidget *parent)
 {
     auto *grid = new QGridLayout(this);
     for (std::size_t slot = 0; slot < slots; ++slot) {
-        m_rows.at(slot) = makeRow(presets[slot], slot);
+        m_rows.at(slot) = makeRow(nimbara_i18n::tr(names[slot]), slot);
         addRow(grid, slot);
     }
     addButtons(grid);
@@ -41,6 +41,15 @@ void OutputsTab::addRow(QGridLayout *grid, std::size_t slot)
         grid->addWidget(widget, static_cast<int>(slot), column++);
     }
     connect(row.toggle, &QPushButton::clicked, this, [this, slot] { Q_EMIT togglePressed(slot); });
+    connect(row.server, &QLineEdit::textChanged, this, [this, slot](const QString &text) {
+        Q_EMIT serverEdited(slot, text);
+    });
+    connect(row.key, &QLineEdit::textChanged, this, [this, slot](const QString &text) {
+        Q_EMIT keyEdited(slot, text);
+    });
+    connect(row.enabled, &QCheckBox::toggled, this, [this, slot](bool on) {
+        Q_EMIT selectionChanged(slot, on);
+    });
 }
 
 void OutputsTab::addButtons(QGridLayout *grid)
@@ -57,14 +66,13 @@ void OutputsTab::addButtons(QGridLayout *grid)
     connect(m_record, &QPushButton::clicked, this, &OutputsTab::recordPressed);
 }
 
-OutputsTab::Row OutputsTab::makeRow(const Preset &preset, std::size_t slot)
+OutputsTab::Row OutputsTab::makeRow(const QString &title, std::size_t slot)
 {
     const auto name = [slot](const char *part) {
         return QStringLiteral("%1%2").arg(QLatin1String(part)).arg(slot + 1);
     };
-    const QString title = nimbara_i18n::tr(preset.name);
     Row row { new QCheckBox(title),
-        new QLineEdit(preset.server),
+        new QLineEdit,
         new QLineEdit,
         makeButton("Iniciar", ""),
         new QLabel(nimbara_i18n::tr("Detenido")) };
@@ -81,24 +89,15 @@ OutputsTab::Row OutputsTab::makeRow(const Preset &preset, std::size_t slot)
     return row;
 }
 
-bool OutputsTab::isSelected(std::size_t slot) const
+void OutputsTab::showWanted(std::size_t slot,
+    const QString &server,
+    const QString &key,
+    bool selected)
 {
-    return m_rows.at(slot).enabled->isChecked();
-}
-
-QString OutputsTab::server(std::size_t slot) const
-{
-    return m_rows.at(slot).server->text();
-}
-
-QString OutputsTab::key(std::size_t slot) const
-{
-    return m_rows.at(slot).key->text();
-}
-
-void OutputsTab::setKey(std::size_t slot, const QString &key)
-{
-    m_rows.at(slot).key->setText(key);
+    const Row &row = m_rows.at(slot);
+    showText(row.server, server);
+    showText(row.key, key);
+    row.enabled->setChecked(selected);
 }
 
 void OutputsTab::showDestination(std::size_t slot,

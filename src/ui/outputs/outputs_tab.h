@@ -20,21 +20,11 @@ class OutputsTab : public QWidget {
 public:
     static constexpr std::size_t slots = 4;
 
-    /// What a destination row starts with.
-    struct Preset {
-        QString name;
-        QString server;
-    };
+    /// `names`: of the destinations, untranslated.
+    explicit OutputsTab(std::span<const QString, slots> names, QWidget *parent = nullptr);
 
-    explicit OutputsTab(std::span<const Preset, slots> presets, QWidget *parent = nullptr);
-
-    /// The slot takes part in "Iniciar destinos seleccionados".
-    [[nodiscard]] bool isSelected(std::size_t slot) const;
-    /// The texts of the slot's fields, as typed.
-    [[nodiscard]] QString server(std::size_t slot) const;
-    [[nodiscard]] QString key(std::size_t slot) const;
-    void setKey(std::size_t slot, const QString &key);
-
+    /// What the slot's fields and its tick stand at.
+    void showWanted(std::size_t slot, const QString &server, const QString &key, bool selected);
     /// `buttonText`, `stateText`: untranslated. `waiting`: the button takes no press for now.
     void showDestination(std::size_t slot,
         const QString &buttonText,
@@ -46,6 +36,11 @@ public:
     void showRecording(const QString &buttonText);
 
 Q_SIGNALS:
+    /// The fields hold other texts, typed or shown.
+    void serverEdited(std::size_t slot, const QString &server);
+    void keyEdited(std::size_t slot, const QString &key);
+    /// The slot takes part in "Iniciar destinos seleccionados", or not.
+    void selectionChanged(std::size_t slot, bool selected);
     void togglePressed(std::size_t slot);
     void startSelectedPressed();
     void stopStreamsPressed();
@@ -60,7 +55,7 @@ private:
         QPushButton *toggle;
         QLabel *state;
     };
-    Row makeRow(const Preset &preset, std::size_t slot);
+    Row makeRow(const QString &title, std::size_t slot);
     void addRow(QGridLayout *grid, std::size_t slot);
     void addButtons(QGridLayout *grid);
 

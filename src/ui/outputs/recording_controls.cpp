@@ -2,22 +2,7 @@
 
 #include "base/i18n.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-
-#include <chrono>
-#include <thread>
-
 namespace nimbara {
-
-namespace {
-
-using namespace std::chrono_literals;
-
-constexpr auto patience = 5000ms;
-constexpr auto pollSpacing = 10ms;
-
-} // namespace
 
 RecordingControls::RecordingControls(Studio &studio,
     Dialogs &dialogs,
@@ -54,18 +39,6 @@ void RecordingControls::toggle()
     recording.start(path, m_studio.stage().streamFrame());
     Q_EMIT changed();
     m_studio.status(nimbara_i18n::tr(Recording::startedText()));
-}
-
-void RecordingControls::finish(const std::function<bool()> &underWay)
-{
-    Recording &recording = m_studio.outputs().recording();
-    recording.finish();
-    const QDeadlineTimer deadline(patience);
-    while ((recording.exists() || underWay()) && !deadline.hasExpired()) {
-        recording.poll();
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        std::this_thread::sleep_for(pollSpacing);
-    }
 }
 
 } // namespace nimbara

@@ -7,8 +7,6 @@
 
 #include <QObject>
 
-#include <functional>
-
 namespace nimbara {
 
 /// The recording as the operator drives it with its one button. Interface thread only.
@@ -20,9 +18,6 @@ public:
 
     /// Shows what the recording does now.
     void showRecording();
-    /// Finishes the file before the program ends: waits for it, and for whatever else is
-    /// `underWay`, no longer than a few seconds.
-    void finish(const std::function<bool()> &underWay);
 
 Q_SIGNALS:
     /// The operator started or finished a recording.

@@ -71,10 +71,15 @@ QWidget *Monitors::makeProgramColumn()
     return owner;
 }
 
+void Monitors::showEditSet(bool hall)
+{
+    m_editStreams->setChecked(!hall);
+    m_editHall->setChecked(hall);
+}
+
 void Monitors::choose(int index)
 {
-    m_editStreams->setChecked(index == 0);
-    m_editHall->setChecked(index != 0);
+    showEditSet(index != 0);
     Q_EMIT editSetChosen(index);
 }
 

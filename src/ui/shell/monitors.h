@@ -18,6 +18,9 @@ public:
     [[nodiscard]] Picture *streams() const { return m_streams; }
     [[nodiscard]] Picture *hall() const { return m_hall; }
 
+    /// Marks the set that PREVIEW edits.
+    void showEditSet(bool hall);
+
 Q_SIGNALS:
     /// The operator chose the set to prepare: 0 streams, 1 hall.
     void editSetChosen(int index);

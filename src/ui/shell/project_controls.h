@@ -10,10 +10,13 @@
 #include <QObject>
 #include <QStringList>
 
+#include <functional>
+
 namespace nimbara {
 
-/// Project files as the operator opens and saves them: asks for the file, shows what an opened one
-/// holds and lists what it lacks. Interface thread only, which never waits.
+/// Project files as the operator opens and saves them, and undo: asks for the file, asks what
+/// becomes of work that would be lost, shows what an opened one holds and lists what it lacks.
+/// Interface thread only, which never waits.
 class ProjectControls : public QObject {
     Q_OBJECT
 public:
@@ -27,19 +30,28 @@ public:
     /// All must outlive the controls.
     ProjectControls(Studio &studio, Dialogs &dialogs, const ErrorGuard &guard, Views views);
 
-Q_SIGNALS:
-    /// Another project stands on the desk and its controls show it; its scenes are yet to be shown.
-    void opened();
+    /// Goes on with `next` when nothing would be lost: at once, when the operator discards the
+    /// work, or when it is saved. Cancelling or a failed save ends it.
+    void settleUnsaved(std::function<void()> next);
+    /// A save was asked for and is not done.
+    [[nodiscard]] bool isSettling() const { return m_next != nullptr; }
 
 private:
+    void connectDesk();
     void open();
+    void askAndOpen();
     void save();
-    void show(const Project &project, const QStringList &warnings);
+    [[nodiscard]] QString askSavePath();
+    void offerReady();
+    void offerRecovery(const QString &projectPath, qint64 timeMs);
+    void follow(const Change &change);
+    void showWarnings(const QStringList &warnings);
 
     Studio &m_studio;
     Dialogs &m_dialogs;
     const ErrorGuard &m_guard;
     Views m_views;
+    std::function<void()> m_next; ///< waits for a save
 };
 
 } // namespace nimbara

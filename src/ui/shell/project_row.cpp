@@ -13,16 +13,21 @@ ProjectRow::ProjectRow(QWidget *parent)
     , m_format(named(new QComboBox, "format", nimbara_i18n::tr("Horizontal o vertical")))
     , m_open(makeButton("Abrir proyecto", "openProject"))
     , m_save(makeButton("Guardar proyecto", "saveProject"))
+    , m_undo(makeButton("↶", "undo"))
+    , m_redo(makeButton("↷", "redo"))
     , m_credits(makeButton("Créditos", "credits"))
 {
     m_format->addItems({ nimbara_i18n::tr("Horizontal · 1920 × 1080"),
         nimbara_i18n::tr("Vertical · 1080 × 1920") });
     setFormatEnabled(true);
+    showSteps({}, {});
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(m_format);
     row->addWidget(m_open);
     row->addWidget(m_save);
+    row->addWidget(m_undo);
+    row->addWidget(m_redo);
     row->addWidget(m_credits);
     row->addStretch();
     connect(m_format, &QComboBox::currentIndexChanged, this, &ProjectRow::formatChosen);
@@ -32,6 +37,25 @@ void ProjectRow::showFormat(int entry)
 {
     const QSignalBlocker blocker(m_format);
     m_format->setCurrentIndex(entry);
+}
+
+void ProjectRow::showOpening(bool opening)
+{
+    m_open->setText(nimbara_i18n::tr(opening ? "Cancelar apertura" : "Abrir proyecto"));
+    m_open->setMinimumWidth(m_open->sizeHint().width());
+}
+
+void ProjectRow::showSteps(const QString &undo, const QString &redo)
+{
+    const auto show = [](QPushButton *button, const char *verb, const QString &step) {
+        const QString name = nimbara_i18n::tr(verb);
+        const QString text = step.isEmpty() ? name : name + QStringLiteral(": ") + step;
+        button->setEnabled(!step.isEmpty());
+        button->setToolTip(text);
+        button->setAccessibleName(text);
+    };
+    show(m_undo, "Deshacer", undo);
+    show(m_redo, "Rehacer", redo);
 }
 
 void ProjectRow::setFormatEnabled(bool enabled)

@@ -6,7 +6,7 @@
 
 namespace nimbara {
 
-/// The window's second row: output format, project files, credits.
+/// The window's second row: output format, project files, undo, credits.
 class ProjectRow : public QWidget {
     Q_OBJECT
 public:
@@ -19,6 +19,12 @@ public:
     void showFormat(int entry);
     [[nodiscard]] QPushButton *openButton() const { return m_open; }
     [[nodiscard]] QPushButton *saveButton() const { return m_save; }
+    /// The open button calls the opening off while it is under way.
+    void showOpening(bool opening);
+    [[nodiscard]] QPushButton *undoButton() const { return m_undo; }
+    [[nodiscard]] QPushButton *redoButton() const { return m_redo; }
+    /// The step that each would undo or do again, translated; empty: none.
+    void showSteps(const QString &undo, const QString &redo);
     [[nodiscard]] QPushButton *creditsButton() const { return m_credits; }
 
 Q_SIGNALS:
@@ -28,6 +34,8 @@ private:
     QComboBox *m_format;
     QPushButton *m_open;
     QPushButton *m_save;
+    QPushButton *m_undo;
+    QPushButton *m_redo;
     QPushButton *m_credits;
 };
 

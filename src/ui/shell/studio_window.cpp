@@ -3,7 +3,6 @@
 #include "base/i18n.h"
 #include "base/log.h"
 #include "output/sink/destination.h"
-#include "secrets/keychain_store.h"
 #include "ui/captions/translation_controls.h"
 #include "ui/captions/translation_tab.h"
 #include "ui/captions/verse_controls.h"
@@ -53,14 +52,13 @@ constexpr const char *onboardingSetting = "onboarding_complete";
 constexpr int smallestRowsHeight = 400; ///< pixels; the monitors and a row below them
 constexpr auto frameTimerInterval = 5ms;
 
-std::array<OutputsTab::Preset, OutputsTab::slots> destinationRows()
+std::array<QString, OutputsTab::slots> destinationNames()
 {
-    std::array<OutputsTab::Preset, OutputsTab::slots> rows;
-    for (std::size_t slot = 0; slot < rows.size(); ++slot) {
-        const DestinationPreset &preset = destinationPresets().at(slot);
-        rows.at(slot) = { QString::fromUtf8(preset.name), QString::fromUtf8(preset.server) };
+    std::array<QString, OutputsTab::slots> names;
+    for (std::size_t slot = 0; slot < names.size(); ++slot) {
+        names.at(slot) = QString::fromUtf8(destinationPresets().at(slot).name);
     }
-    return rows;
+    return names;
 }
 
 /// Rows with their stretch factors. A screen too small for them, such as that of an old laptop,
@@ -88,11 +86,13 @@ QScrollArea *scrollable(std::initializer_list<std::pair<QWidget *, int>> widgets
 } // namespace
 
 StudioWindow::StudioWindow(bool quiet, StudioServices services)
-    : m_settings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"))
-    , m_keychain(
-          services.keychain ? std::move(services.keychain) : std::make_unique<KeychainStore>())
-    , m_secrets(*m_keychain)
-    , m_studio(m_clock, { nullptr, services.openAi, services.apiBible })
+    : m_studio(m_clock,
+        { nullptr,
+            services.openAi,
+            services.apiBible,
+            std::move(services.keychain),
+            services.dataFolder })
+    , m_settings(m_studio.settings())
     , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
     , m_guard(*m_dialogs, [this](const QString &text) { showStatus(text); })
     , m_header(new HeaderRow)
@@ -103,7 +103,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_sceneTab(new SceneTab)
     , m_sourcesTab(new SourcesTab)
     , m_audioTab(new AudioTab)
-    , m_outputsTab(new OutputsTab(destinationRows()))
+    , m_outputsTab(new OutputsTab(destinationNames()))
     , m_translationTab(new TranslationTab)
     , m_status(new QLabel)
     , m_hall(std::make_unique<HallControls>(*m_sourcesTab,
@@ -116,35 +116,28 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         m_guard,
         SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
     m_destinations
-        = std::make_unique<DestinationControls>(m_studio, m_secrets, m_guard, *m_outputsTab);
+        = std::make_unique<DestinationControls>(m_studio.streams(), m_guard, *m_outputsTab);
     m_recording = std::make_unique<RecordingControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
     m_projects = std::make_unique<ProjectControls>(m_studio,
         *m_dialogs,
         m_guard,
         ProjectControls::Views { *m_project, *m_controls, *m_audioTab });
     connectStudio();
-    m_translation = std::make_unique<TranslationControls>(m_studio,
-        m_secrets,
-        m_settings,
-        m_guard,
-        *m_translationTab);
+    m_translation
+        = std::make_unique<TranslationControls>(m_studio.translation(), m_guard, *m_translationTab);
     m_verses = std::make_unique<VerseControls>(m_studio,
-        m_secrets,
         m_settings,
         m_guard,
-        VerseControls::Views { *m_sceneTab,
-            *m_editor,
-            *m_translationTab->bible(),
-            *m_translationTab,
-            *m_translation });
+        VerseControls::Views { *m_sceneTab, *m_editor, *m_translationTab->bible() });
     connectRows();
     connectTabs();
     connectDevices();
     connectShortcuts();
-    m_editor->showScenes(0);
+    m_editor->showAll();
     // Space and the arrow keys work from the first moment.
     m_monitors->canvas()->setFocus();
 
+    m_studio.safety().lookForWork();
     m_frameTimer.setTimerType(Qt::PreciseTimer);
     m_frameTimer.setInterval(frameTimerInterval);
     connect(&m_frameTimer, &QTimer::timeout, this, [this] { m_studio.tick(); });
@@ -159,14 +152,12 @@ StudioWindow::~StudioWindow()
     m_frameTimer.stop();
     m_studio.translation().pause();
     // The studio goes before the widgets that its reports touch.
-    m_studio.status = [](const QString &) {};
-    m_studio.onPictures = [](const Pictures &) {};
-    m_studio.onOutputsStepped = [] {};
+    m_studio.disconnect(this);
 }
 
 void StudioWindow::layOut()
 {
-    setWindowTitle(nimbara_i18n::tr("Vesperline · Ardenvale"));
+    setWindowTitle(nimbara_i18n::tr("Vesperline · Ardenvale") + QStringLiteral("[*]"));
     setWindowIcon(QIcon(QStringLiteral(":/logo.png")));
     resize(QSize(1320, 920).boundedTo(screen()->availableSize()));
 
@@ -199,30 +190,39 @@ void StudioWindow::layOut()
 
 void StudioWindow::connectStudio()
 {
-    m_studio.status = [this](const QString &text) { showStatus(text); };
-    m_studio.onPictures = [this](const Pictures &pictures) { showPictures(pictures); };
-    m_studio.onOutputsStepped = [this] { showOutputs(); };
-    m_studio.audio().onLevels
-        = [this](int before, int after) { m_audioTab->showLevels(before, after); };
+    connect(&m_studio, &Studio::status, this, &StudioWindow::showStatus);
+    connect(&m_studio, &Studio::picturesMade, this, &StudioWindow::showPictures);
+    connect(&m_studio, &Studio::outputsStepped, this, &StudioWindow::showOutputs);
+    const AudioInput *audio = &m_studio.audio();
+    connect(audio, &AudioInput::levelsMeasured, m_audioTab, &AudioTab::showLevels);
+    connect(audio, &AudioInput::gainChanged, m_audioTab, &AudioTab::setGain);
+    connect(audio, &AudioInput::mutedChanged, m_audioTab, &AudioTab::showMuted);
 }
 
 void StudioWindow::connectRows()
 {
     connect(m_header, &HeaderRow::languageChosen, this, &StudioWindow::setLanguage);
     connect(m_project->creditsButton(), &QPushButton::clicked, this, [this] { showCredits(this); });
-    connect(m_monitors, &Monitors::editSetChosen, this, &StudioWindow::setEditSet);
+    connect(m_monitors, &Monitors::editSetChosen, this, [this](int index) {
+        m_studio.program().setEditSet(index);
+    });
     connect(m_controls, &ControlRow::takePressed, this, [this] { m_studio.program().take(); });
     connect(m_controls, &ControlRow::offAirPressed, this, [this] { m_studio.program().offAir(); });
     connect(m_controls, &ControlRow::titleChanged, this, [this](const QString &title) {
-        m_studio.stage().title = title;
+        m_studio.document().setTitle(title);
     });
     connect(m_controls, &ControlRow::bandChanged, this, [this](bool on) {
-        m_studio.stage().band = on;
+        m_studio.document().setBand(on);
     });
     connect(m_controls, &ControlRow::fadeChanged, this, [this](bool on) {
         m_studio.stage().program.setFadeEnabled(on);
     });
-    m_monitors->canvas()->onActivated = [this] { m_tabs->setCurrentWidget(m_sceneTab); };
+    connect(m_monitors->canvas(), &Canvas::activated, this, [this] {
+        m_tabs->setCurrentWidget(m_sceneTab);
+    });
+    Document *document = &m_studio.document();
+    connect(document, &Document::changed, this, &StudioWindow::followDocument);
+    connect(document, &Document::unsavedChanged, this, &QWidget::setWindowModified);
 }
 
 void StudioWindow::connectTabs()
@@ -239,19 +239,17 @@ void StudioWindow::connectTabs()
         m_editor->addNetworkSource();
     }));
     connect(m_recording.get(), &RecordingControls::changed, this, &StudioWindow::showOutputs);
-    connect(m_destinations.get(), &DestinationControls::changed, this, &StudioWindow::showOutputs);
-    connect(m_projects.get(), &ProjectControls::opened, this, [this] {
-        showPreviewShape();
-        m_editor->showScenes(0);
-    });
+    connect(&m_studio.streams(), &StreamDesk::changed, this, &StudioWindow::showOutputs);
 
     connect(m_audioTab, &AudioTab::gainChanged, this, [this](int percent) {
-        m_guard.run([this, percent] { m_studio.audio().setGainPercent(percent); });
+        m_guard.run([this, percent] {
+            m_studio.audio().setGainPercent(percent);
+            m_studio.document().setGain(percent);
+        });
     });
     connect(m_audioTab, &AudioTab::mutePressed, this, [this] {
         AudioInput &audio = m_studio.audio();
         audio.setMuted(!audio.gainState().muted);
-        m_audioTab->showMuted(audio.gainState().muted);
     });
     connect(m_audioTab, &AudioTab::sourceLevelChanged, this, [this](int percent) {
         m_studio.programAudio().levels().source = percent;
@@ -263,9 +261,9 @@ void StudioWindow::connectTabs()
 
 void StudioWindow::connectDevices()
 {
-    m_studio.devices().onDevices
-        = [this](const DeviceLists &devices) { m_sourcesTab->showDevices(devices); };
-    m_studio.devices().onAnswered = [this] { connectSources(); };
+    const DeviceConnection *devices = &m_studio.devices();
+    connect(devices, &DeviceConnection::devicesFound, m_sourcesTab, &SourcesTab::showDevices);
+    connect(devices, &DeviceConnection::permissionAnswered, this, &StudioWindow::connectSources);
     connect(m_sourcesTab, &SourcesTab::refreshPressed, this, [this] {
         m_studio.devices().refreshDevices();
     });
@@ -289,9 +287,9 @@ void StudioWindow::connectSources()
 
 void StudioWindow::onboarding()
 {
-    auto *assistant = new Onboarding(m_secrets, *m_dialogs, this);
+    auto *assistant = new Onboarding(m_studio.secrets(), *m_dialogs, this);
     assistant->setAttribute(Qt::WA_DeleteOnClose);
-    assistant->onKey = [this](const QString &key) { m_translationTab->apiKey()->setText(key); };
+    assistant->onKey = [this](const QString &key) { m_studio.translation().key().setText(key); };
     connect(assistant, &QDialog::accepted, this, [this] {
         m_settings.setValue(QLatin1String(onboardingSetting), true);
         m_settings.sync();
@@ -304,13 +302,22 @@ void StudioWindow::connectShortcuts()
     auto *space = new QShortcut(Qt::Key_Space, this);
     space->setAutoRepeat(false); // a key that is held down is one TAKE
     connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
+    Document *document = &m_studio.document();
+    connect(new QShortcut(QKeySequence::Undo, this),
+        &QShortcut::activated,
+        document,
+        &Document::undo);
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), this),
+        &QShortcut::activated,
+        document,
+        &Document::redo);
     auto *toSpanish = new QShortcut(Qt::Key_F1, this);
     connect(toSpanish, &QShortcut::activated, this, [this] {
-        m_translation->setTarget(QStringLiteral("Spanish"));
+        m_studio.translation().switchTarget(QStringLiteral("Spanish"));
     });
     auto *toEnglish = new QShortcut(Qt::Key_F2, this);
     connect(toEnglish, &QShortcut::activated, this, [this] {
-        m_translation->setTarget(QStringLiteral("English"));
+        m_studio.translation().switchTarget(QStringLiteral("English"));
     });
 }
 
@@ -335,12 +342,14 @@ void StudioWindow::showOutputs()
     m_project->setFormatEnabled(!m_studio.outputs().any());
 }
 
-void StudioWindow::setEditSet(int index)
+void StudioWindow::followDocument(const Change &change)
 {
-    m_studio.program().setEditSet(index);
-    m_controls->showEditSet(m_studio.stage().scenes.editingHall());
-    showPreviewShape();
-    m_editor->showScenes(-1);
+    if (change.current || change.settings || change.everything) {
+        const bool hall = m_studio.document().editingHall();
+        m_controls->showEditSet(hall);
+        m_monitors->showEditSet(hall);
+        showPreviewShape();
+    }
 }
 
 void StudioWindow::showPreviewShape()
@@ -365,9 +374,15 @@ void StudioWindow::setLanguage(int index)
     const bool restart = m_dialogs->question(nimbara_i18n::tr("Idioma"),
         nimbara_i18n::tr("El idioma cambiará al volver a abrir la app. ¿Reiniciar ahora?"));
     if (restart) {
-        QProcess::startDetached(QCoreApplication::applicationFilePath(), {});
-        close();
+        m_projects->settleUnsaved([this] { restartInOtherLanguage(); });
     }
+}
+
+void StudioWindow::restartInOtherLanguage()
+{
+    QProcess::startDetached(QCoreApplication::applicationFilePath(), {});
+    m_mayClose = true;
+    close();
 }
 
 void StudioWindow::takeFromKeyboard()
@@ -389,11 +404,20 @@ void StudioWindow::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
+    if (!m_mayClose && m_studio.document().hasUnsavedWork()) {
+        event->ignore();
+        if (!m_projects->isSettling()) {
+            m_projects->settleUnsaved([this] {
+                m_mayClose = true;
+                close();
+            });
+        }
+        return;
+    }
+    m_studio.safety().giveUp(); // saved, or given up by the operator
     m_frameTimer.stop();
-    m_destinations->callOffStarts();
-    m_translation->shutDown();
     m_guard.withoutBoxes();
-    m_recording->finish([this] { return m_destinations->isSaving(); });
+    m_studio.shutDown();
     m_hall->hide();
     event->accept();
 }

@@ -2,7 +2,7 @@
 
 #include "base/clock.h"
 #include "net/endpoints.h"
-#include "secrets/secret_store.h"
+#include "secrets/system_key_store.h"
 #include "studio/studio.h"
 #include "ui/kit/dialogs.h"
 #include "ui/kit/error_guard.h"
@@ -42,6 +42,7 @@ struct StudioServices {
     std::unique_ptr<SystemKeyStore> keychain; ///< none: the platform's store
     Endpoint openAi = openAiEndpoint();
     Endpoint apiBible = apiBibleEndpoint();
+    QString dataFolder; ///< of recovery copies and backups; empty: none are kept
 };
 
 /// The one main window. It owns the studio for the life of the process, hands it what the operator
@@ -80,16 +81,16 @@ private:
 
     void showPictures(const Pictures &pictures);
     void showOutputs();
-    void setEditSet(int index);
+    void followDocument(const Change &change);
     void showPreviewShape();
     void setLanguage(int index);
+    void restartInOtherLanguage();
     void takeFromKeyboard();
 
+    bool m_mayClose = false; ///< what would be lost was settled
     SystemClock m_clock;
-    QSettings m_settings;
-    std::unique_ptr<SystemKeyStore> m_keychain;
-    SecretStore m_secrets;
     Studio m_studio;
+    QSettings &m_settings; ///< the studio's
     std::unique_ptr<Dialogs> m_dialogs;
     ErrorGuard m_guard;
     QTimer m_frameTimer;

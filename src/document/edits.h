@@ -1,0 +1,107 @@
+#pragma once
+
+#include "document/layer_fields.h"
+#include "document/scene.h"
+#include "signal/frame.h"
+
+#include <QString>
+
+#include <optional>
+#include <variant>
+
+/// Everything that changes the scenes, as values. Applying one makes new scenes and leaves the old
+/// ones as they are; what an edit names and is gone is an ordinary case that changes nothing.
+namespace nimbara {
+
+/// Appends a scene to the set.
+struct AddScene {
+    SceneSet set = SceneSet::Streams;
+    Scene scene;
+};
+/// Gives the scene the trimmed name; an empty one changes nothing.
+struct RenameScene {
+    SceneId scene;
+    QString name;
+};
+/// Inserts a copy named "… copia" after the scene. Its layers play the same sources.
+struct DuplicateScene {
+    SceneId scene;
+    SceneId copy = SceneId::make();
+};
+/// Refused with `Error` "Debe quedar al menos una escena" for the last one of its set.
+struct DeleteScene {
+    SceneId scene;
+};
+/// Appends the layer, in front of all others; an unnamed one is named after its kind and its place
+/// ("Texto 3"). Refused with `Error` "Esta escena ya tiene una fuente de subtítulos." for a second
+/// subtitle layer.
+struct AddLayer {
+    SceneId scene;
+    Layer layer;
+};
+struct DeleteLayer {
+    LayerId layer;
+};
+/// Exchanges the layer with the one `delta` places further to the front, if there is one.
+struct MoveLayer {
+    LayerId layer;
+    std::int32_t delta = 0;
+};
+struct SetField {
+    LayerId layer;
+    LayerField field = LayerField::Name;
+    FieldValue value;
+};
+/// Another picture file, with its name; the box stays.
+struct SetImage {
+    LayerId layer;
+    QString path;
+};
+/// A verse that was looked up. Changes verse layers alone.
+struct SetVerse {
+    LayerId layer;
+    QString text;
+    QString reference;
+    std::optional<QString> name;
+};
+
+using Edit = std::variant<AddScene,
+    RenameScene,
+    DuplicateScene,
+    DeleteScene,
+    AddLayer,
+    DeleteLayer,
+    MoveLayer,
+    SetField,
+    SetImage,
+    SetVerse>;
+
+/// The scenes after the edit; the very same ones when it changes nothing. Throws `Error` as above.
+SceneSets applied(const SceneSets &scenes, const Edit &edit);
+
+/// The edit's name in the steps of undo: a key of the text table.
+const char *stepName(const Edit &edit);
+
+/// What the edit is about, as far as it names it.
+struct EditSubject {
+    SceneId scene;
+    LayerId layer;
+    std::optional<LayerField> field; ///< one field alone
+};
+EditSubject subjectOf(const Edit &edit);
+
+/// The name proposed for a new scene: "Escena" and the number of scenes of the set plus one.
+QString proposedSceneName(const SceneSets &scenes, SceneSet set);
+
+/// Throws as `DeleteScene`. To be asked before the operator is.
+void checkDeletable(const SceneSets &scenes, SceneId scene);
+
+/// An image layer with the picture, named after the file, its box in the shape of the picture.
+/// `profile`: the output size of the scene's set.
+Layer imageLayer(const QString &path, FrameSize image, FrameSize profile);
+
+/// A full-frame video layer of a file or network location. It is named after the file, or after the
+/// location when that is not a local file.
+Layer videoLayer(const QString &location);
+
+} // namespace nimbara

@@ -1,0 +1,79 @@
+#include "document/layer_fields.h"
+
+#include "document/layer_geometry.h"
+
+#include <array>
+
+namespace nimbara {
+
+namespace {
+
+using Member = std::variant<bool Layer::*,
+    std::int32_t Layer::*,
+    double Layer::*,
+    QString Layer::*,
+    QColor Layer::*>;
+
+struct FieldRow {
+    LayerField field;
+    const char *step;
+    Member member;
+};
+
+const FieldRow &rowOf(LayerField field)
+{
+    static const std::array<FieldRow, 15> rows { {
+        { LayerField::Name, "Cambiar nombre", &Layer::name },
+        { LayerField::Visible, "Mostrar u ocultar", &Layer::visible },
+        { LayerField::Opacity, "Opacidad", &Layer::opacity },
+        { LayerField::Box, "Mover o cambiar tamaño", &Layer::x }, // all four, see below
+        { LayerField::Text, "Escribir texto", &Layer::text },
+        { LayerField::Font, "Tipo de letra", &Layer::font },
+        { LayerField::Size, "Tamaño", &Layer::size },
+        { LayerField::Bold, "Negrita", &Layer::bold },
+        { LayerField::Color, "Color del texto", &Layer::color },
+        { LayerField::Background, "Fondo (con transparencia)", &Layer::background },
+        { LayerField::Align, "Alineación", &Layer::align },
+        { LayerField::Shadow, "Sombra / contorno oscuro", &Layer::shadow },
+        { LayerField::Sound, "Sonido del video", &Layer::sound },
+        { LayerField::Cover, "Rellenar el recuadro", &Layer::cover },
+        { LayerField::Fill, "Color", &Layer::fill },
+    } };
+    return rows.at(static_cast<std::size_t>(field));
+}
+
+} // namespace
+
+FieldValue fieldOf(const Layer &layer, LayerField field)
+{
+    if (field == LayerField::Box) {
+        return boxOf(layer);
+    }
+    return std::visit([&layer](auto member) { return FieldValue(layer.*member); },
+        rowOf(field).member);
+}
+
+void setField(Layer &layer, LayerField field, const FieldValue &value)
+{
+    if (field == LayerField::Box) {
+        if (const auto *box = std::get_if<Box>(&value)) {
+            setBox(layer, *box);
+        }
+        return;
+    }
+    std::visit(
+        [&](auto member) {
+            using Value = std::remove_reference_t<decltype(layer.*member)>;
+            if (const auto *fitting = std::get_if<Value>(&value)) {
+                layer.*member = *fitting;
+            }
+        },
+        rowOf(field).member);
+}
+
+const char *stepName(LayerField field)
+{
+    return rowOf(field).step;
+}
+
+} // namespace nimbara

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "document/profile.h"
+#include "document/scene.h"
+
+#include <QString>
+
+#include <array>
+#include <cstdint>
+
+namespace nimbara {
+
+/// All that a project file holds, as a plain value without anything live. A copy is cheap and
+/// shares the scenes, so that it may be kept, compared and written on any thread.
+struct Project {
+    static constexpr std::int32_t maxGain = 200;
+    static constexpr qsizetype maxTitle = 500;
+
+    StreamProfile profile = StreamProfile::Landscape;
+    SceneSets scenes; ///< neither set is empty after `fromJson` and in the document
+    std::array<SceneId, 2> current; ///< of each set: the scene that PREVIEW shows
+    bool band = false; ///< the title-band switch
+    QString title; ///< the lower-third title; at most 500 characters after reading
+    std::int32_t gain = 100; ///< input gain in percent, 0..200
+
+    /// With the very same scenes.
+    bool operator==(const Project &) const = default;
+
+    [[nodiscard]] const Scenes &streams() const { return scenes.of(SceneSet::Streams); }
+    [[nodiscard]] const Scenes &hall() const { return scenes.of(SceneSet::Hall); }
+
+    /// The place of the set's current scene; the first one when its id is of none.
+    [[nodiscard]] std::size_t currentPlace(SceneSet set) const;
+    void setCurrentPlace(SceneSet set, std::size_t place);
+};
+
+/// Whether the two differ in anything but the scenes that PREVIEW shows: whether there is work to
+/// be saved.
+bool differ(const Project &a, const Project &b);
+
+/// A project with the default scene in each set.
+Project newProject();
+
+} // namespace nimbara

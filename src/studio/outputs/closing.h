@@ -1,0 +1,13 @@
+#pragma once
+
+#include "output/sink/recording.h"
+#include "studio/outputs/stream_desk.h"
+
+namespace nimbara {
+
+/// Finishes the recording before the program ends: waits for its file, and for the keys that are on
+/// their way to the store, no longer than 5 s. Events other than the operator's input are handled
+/// meanwhile. Call it when no tick runs any more.
+void finishOutputs(Recording &recording, const StreamDesk &streams);
+
+} // namespace nimbara

@@ -1,0 +1,238 @@
+#include "studio/outputs/stream_desk.h"
+
+#include "base/error.h"
+#include "base/i18n.h"
+
+#include <QPointer>
+
+#include <algorithm>
+#include <utility>
+
+namespace nimbara {
+
+StreamDesk::StreamDesk(Outputs &outputs, const Stage &stage, SecretStore &secrets)
+    : m_outputs(outputs)
+    , m_stage(stage)
+    , m_secrets(secrets)
+{
+    for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        m_slots.at(slot).server = QString::fromUtf8(destinationPresets().at(slot).server);
+    }
+}
+
+/// Runs what the operator or the store started; a failure is told.
+template <typename Step> void StreamDesk::run(Step step)
+{
+    try {
+        step();
+    } catch (const std::exception &error) {
+        Q_EMIT failed(errorText(error));
+    }
+}
+
+void StreamDesk::setServer(std::size_t slot, const QString &server)
+{
+    if (server != m_slots.at(slot).server) {
+        m_slots.at(slot).server = server;
+        Q_EMIT changed(slot);
+    }
+}
+
+void StreamDesk::setKey(std::size_t slot, const QString &key)
+{
+    if (key != m_slots.at(slot).key) {
+        m_slots.at(slot).key = key;
+        Q_EMIT changed(slot);
+    }
+}
+
+void StreamDesk::setSelected(std::size_t slot, bool selected)
+{
+    if (selected != std::exchange(m_slots.at(slot).isSelected, selected)) {
+        Q_EMIT changed(slot);
+    }
+}
+
+bool StreamDesk::isWaiting(std::size_t slot) const
+{
+    return m_slots.at(slot).ticket != 0;
+}
+
+QString StreamDesk::statusText(std::size_t slot) const
+{
+    return isWaiting(slot) ? QStringLiteral("Buscando la clave guardada…")
+                           : m_outputs.destination(slot).statusText();
+}
+
+QString StreamDesk::buttonText(std::size_t slot) const
+{
+    return m_outputs.destination(slot).buttonText();
+}
+
+bool StreamDesk::hasKey(std::size_t slot) const
+{
+    return !key(slot).trimmed().isEmpty();
+}
+
+QString StreamDesk::account(std::size_t slot) const
+{
+    return secret_account::stream(m_outputs.destination(slot).name());
+}
+
+void StreamDesk::toggle(std::size_t slot)
+{
+    Destination &destination = m_outputs.destination(slot);
+    if (destination.running()) {
+        destination.stop();
+        Q_EMIT changed(slot);
+        return;
+    }
+    if (isWaiting(slot)) {
+        return;
+    }
+    run([this, slot] {
+        if (hasKey(slot)) {
+            start(slot);
+        } else {
+            fetchKey(slot, false);
+        }
+    });
+}
+
+void StreamDesk::startSelected()
+{
+    const bool underWay = std::any_of(m_slots.begin(), m_slots.end(), [](const Slot &slot) {
+        return slot.holdsOthers;
+    });
+    if (!underWay) {
+        run([this] { startSelectedFrom(0); });
+    }
+}
+
+void StreamDesk::startSelectedFrom(std::size_t slot)
+{
+    for (; slot < destinationCount; ++slot) {
+        if (!isSelected(slot) || isWaiting(slot) || m_outputs.destination(slot).running()) {
+            continue;
+        }
+        if (!hasKey(slot)) {
+            fetchKey(slot, true); // and goes on from there: an error must stop the later ones
+            return;
+        }
+        start(slot);
+    }
+}
+
+void StreamDesk::callOff(std::size_t slot)
+{
+    m_slots.at(slot).ticket = 0;
+    m_slots.at(slot).holdsOthers = false;
+    Q_EMIT changed(slot);
+}
+
+void StreamDesk::callOffStarts()
+{
+    for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        callOff(slot);
+    }
+}
+
+void StreamDesk::stopStreams()
+{
+    m_outputs.stopStreams();
+    callOffStarts();
+}
+
+void StreamDesk::start(std::size_t slot)
+{
+    hideKeys();
+    m_outputs.destination(slot).start(server(slot), key(slot), m_stage.streamFrame());
+    Q_EMIT changed(slot);
+}
+
+void StreamDesk::fetchKey(std::size_t slot, bool holdsOthers)
+{
+    // No store is asked, and no operator to unlock it, for a start that fails anyway.
+    static_cast<void>(checkedServer(server(slot)));
+    m_slots.at(slot).ticket = ++m_lastTicket;
+    m_slots.at(slot).holdsOthers = holdsOthers;
+    Q_EMIT changed(slot);
+    m_secrets.readSecret(account(slot),
+        [self = QPointer(this), slot, ticket = m_lastTicket](const QString &key) {
+            if (self) {
+                self->run([&] { self->keyArrived(slot, ticket, key); });
+            }
+        });
+}
+
+void StreamDesk::keyArrived(std::size_t slot, std::uint64_t ticket, const QString &key)
+{
+    if (m_slots.at(slot).ticket != ticket) {
+        return; // called off
+    }
+    const bool holdsOthers = m_slots.at(slot).holdsOthers;
+    callOff(slot);
+    if (!hasKey(slot)) { // what the operator typed meanwhile goes first
+        setKey(slot, key);
+    }
+    if (!holdsOthers) {
+        start(slot);
+        return;
+    }
+    if (isSelected(slot)) { // still
+        start(slot);
+    }
+    startSelectedFrom(slot + 1);
+}
+
+void StreamDesk::hideKeys() const
+{
+    for (const Slot &slot : m_slots) {
+        hideStreamKey(slot.key);
+    }
+}
+
+void StreamDesk::setSaving(bool saving)
+{
+    m_isSaving = saving;
+    Q_EMIT savingChanged(saving);
+}
+
+void StreamDesk::saveKeys()
+{
+    if (m_isSaving) {
+        return;
+    }
+    hideKeys();
+    Keys keys;
+    for (std::size_t slot = 0; slot < keys.size(); ++slot) {
+        keys.at(slot) = key(slot);
+    }
+    setSaving(true);
+    saveKeysFrom(0, keys);
+}
+
+void StreamDesk::saveKeysFrom(std::size_t slot, const Keys &keys)
+{
+    if (slot == keys.size()) {
+        setSaving(false);
+        Q_EMIT said(nimbara_i18n::tr("Claves guardadas en Llavero / Credential Manager."));
+        return;
+    }
+    m_secrets.writeSecret(account(slot),
+        keys.at(slot),
+        [self = QPointer(this), slot, keys](bool written) {
+            if (!self) {
+                return;
+            }
+            if (written) {
+                self->saveKeysFrom(slot + 1, keys);
+                return;
+            }
+            self->setSaving(false);
+            Q_EMIT self->failed(
+                QStringLiteral("No se pudo guardar en el almacén seguro del sistema"));
+        });
+}
+
+} // namespace nimbara

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "output/sink/outputs.h"
+#include "secrets/secret_store.h"
+#include "studio/edit/stage.h"
+
+#include <QObject>
+#include <QString>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace nimbara {
+
+/// The four stream destinations: what is wanted of each, its starts and stops, and its key, which
+/// stays in memory unless the operator saves it. Slots count from 0.
+///
+/// A start without a key waits for the store, which may wait for the operator in turn. Until the
+/// key is there the slot is idle and says so. What stops the streams calls such a start off, too.
+/// Failures are told by `failed`; nothing here throws. Interface thread only, which never waits.
+class StreamDesk : public QObject {
+    Q_OBJECT
+public:
+    /// All must outlive the desk.
+    StreamDesk(Outputs &outputs, const Stage &stage, SecretStore &secrets);
+
+    /// Server and key as typed. The desk starts with the servers of `destinationPresets`.
+    [[nodiscard]] const QString &server(std::size_t slot) const { return m_slots.at(slot).server; }
+    void setServer(std::size_t slot, const QString &server);
+    [[nodiscard]] const QString &key(std::size_t slot) const { return m_slots.at(slot).key; }
+    void setKey(std::size_t slot, const QString &key);
+    /// The slot takes part in `startSelected`.
+    [[nodiscard]] bool isSelected(std::size_t slot) const { return m_slots.at(slot).isSelected; }
+    void setSelected(std::size_t slot, bool selected);
+
+    /// A start of the slot waits for its key.
+    [[nodiscard]] bool isWaiting(std::size_t slot) const;
+    /// What the slot does and what its button does now, untranslated.
+    [[nodiscard]] QString statusText(std::size_t slot) const;
+    [[nodiscard]] QString buttonText(std::size_t slot) const;
+    /// Keys are on their way to the store.
+    [[nodiscard]] bool isSaving() const { return m_isSaving; }
+
+    /// Stops a slot that runs, and starts one that neither runs nor waits for its key.
+    void toggle(std::size_t slot);
+    /// Starts the selected slots in their order, up to the first that fails.
+    void startSelected();
+    void stopStreams();
+    /// Calls off the starts that wait for a key.
+    void callOffStarts();
+    /// Stores the keys in the order of the slots, up to the first that fails. Does nothing while
+    /// keys are being saved.
+    void saveKeys();
+
+Q_SIGNALS:
+    /// Anything that the slot's row shows, short of what a frame may end by itself.
+    void changed(std::size_t slot);
+    void savingChanged(bool saving);
+    /// An operation failed; the operator's text, untranslated.
+    void failed(const QString &text);
+    /// One line for the operator, already translated.
+    void said(const QString &text);
+
+private:
+    using Keys = std::array<QString, destinationCount>;
+
+    struct Slot {
+        QString server;
+        QString key;
+        bool isSelected = false;
+        std::uint64_t ticket = 0; ///< of the start that waits; 0: none. A key that comes for
+                                  ///< another ticket comes too late.
+        bool holdsOthers = false; ///< the selected slots after it wait for that start
+    };
+
+    template <typename Step> void run(Step step);
+    void startSelectedFrom(std::size_t slot);
+    void start(std::size_t slot);
+    void fetchKey(std::size_t slot, bool holdsOthers);
+    void keyArrived(std::size_t slot, std::uint64_t ticket, const QString &key);
+    void callOff(std::size_t slot);
+    [[nodiscard]] bool hasKey(std::size_t slot) const;
+    [[nodiscard]] QString account(std::size_t slot) const;
+    void hideKeys() const;
+    void setSaving(bool saving);
+    void saveKeysFrom(std::size_t slot, const Keys &keys);
+
+    Outputs &m_outputs;
+    const Stage &m_stage;
+    SecretStore &m_secrets;
+    std::array<Slot, destinationCount> m_slots;
+    std::uint64_t m_lastTicket = 0;
+    bool m_isSaving = false;
+};
+
+} // namespace nimbara

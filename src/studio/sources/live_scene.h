@@ -1,0 +1,27 @@
+#pragma once
+
+#include "compositor/scene/composer.h"
+#include "document/scene.h"
+#include "media/sources/media.h"
+
+#include <vector>
+
+namespace nimbara {
+
+/// What one layer shows, held: its decoded picture or its open source.
+struct LiveLayer {
+    FramePtr still;
+    MediaPtr source;
+};
+
+/// A scene with what its layers show. A program on air holds one, taken at TAKE: another picture or
+/// source for the prepared layer does not reach it.
+struct LiveScene {
+    ScenePtr scene; ///< none: black
+    std::vector<LiveLayer> layers; ///< of the scene's layers, in their order
+
+    /// The pictures of this moment. `camera`: what camera layers show.
+    [[nodiscard]] LayerPictures pictures(const FramePtr &camera) const;
+};
+
+} // namespace nimbara

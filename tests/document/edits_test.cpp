@@ -1,0 +1,184 @@
+#include "base/error.h"
+#include "document/edits.h"
+#include "document/layer_geometry.h"
+#include "document/profile.h"
+#include "document/project.h"
+#include "support/contents.h"
+#include "support/test_registry.h"
+
+#include <QTest>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Stream scenes of these names, one layer each.
+SceneSets scenesOf(const QString &names)
+{
+    SceneSets sets = newProject().scenes;
+    sets.of(SceneSet::Streams).clear();
+    for (const QString &name : names.split(u',')) {
+        sets.of(SceneSet::Streams).push_back(makeScene(name, { newLayer(LayerKind::Text) }));
+    }
+    return sets;
+}
+
+template <typename Items> QString namesOf(const Items &items)
+{
+    QStringList names;
+    for (const auto &item : items) {
+        if constexpr (requires { item->name; }) {
+            names << item->name;
+        } else {
+            names << item.name;
+        }
+    }
+    return names.join(u',');
+}
+
+QString streams(const SceneSets &sets)
+{
+    return namesOf(sets.of(SceneSet::Streams));
+}
+
+QString refusal(const SceneSets &sets, const Edit &edit)
+{
+    try {
+        static_cast<void>(applied(sets, edit));
+        return {};
+    } catch (const Error &error) {
+        return error.text();
+    }
+}
+
+} // namespace
+
+class EditsTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void kindsGoThroughTheirWords()
+    {
+        const auto words = u"camera image text video screen color verse subtitle"_s.split(u' ');
+        const auto names
+            = u"Cámara,Imagen,Texto,Video,Pantalla,Color,Versículo,Subtítulos (IA)"_s.split(u',');
+        for (int i = 0; i < 8; ++i) {
+            const auto kind = static_cast<LayerKind>(i);
+            QCOMPARE(wordOfKind(kind), words[i]);
+            QCOMPARE(kindFromWord(words[i]), kind);
+            QCOMPARE(displayName(kind), names[i]);
+        }
+        QCOMPARE(kindFromWord(u"Camera "_s), LayerKind::Camera);
+        QCOMPARE(wordOfKind(static_cast<LayerKind>(8)), u"camera"_s);
+        QVERIFY(displayName(static_cast<LayerKind>(-1)).isEmpty());
+    }
+
+    void horizontalEditsKeepTheVerticalBits()
+    {
+        const int rows[][4] { { 132, 1, 0, 129 },
+            { 33, 0, 1, 36 },
+            { 66, 2, 2, 66 },
+            { 72, 0, 2, 66 } };
+        for (const auto &[bits, shown, chosen, result] : rows) {
+            QCOMPARE(static_cast<int>(horizontalAlign(bits)), shown);
+            QCOMPARE(withHorizontalAlign(bits, static_cast<HorizontalAlign>(chosen)), result);
+        }
+    }
+
+    void scenesComeGoAndAreNamed()
+    {
+        const SceneSets sets = scenesOf(u"a,Culto,z"_s);
+        const Scenes &all = sets.of(SceneSet::Streams);
+        QCOMPARE(proposedSceneName(sets, SceneSet::Streams), u"Escena 4"_s);
+        const DuplicateScene twin { all[1]->id };
+        const SceneSets copied = applied(sets, twin);
+        QCOMPARE(streams(copied), u"a,Culto,Culto copia,z"_s);
+        const Scene &copy = *copied.of(SceneSet::Streams)[2];
+        QVERIFY(copy.id == twin.copy && copy.layers[0].id != all[1]->layers[0].id);
+        QVERIFY(copy.layers[0].source == all[1]->layers[0].source); // a video plays on in both
+        QVERIFY(copied.of(SceneSet::Streams)[0] == all[0]); // the others are shared
+        QCOMPARE(streams(applied(sets, RenameScene { all[0]->id, u" Final "_s })),
+            u"Final,Culto,z"_s);
+        QVERIFY(applied(sets, RenameScene { all[0]->id, u" \t"_s }) == sets);
+        QCOMPARE(streams(applied(sets, DeleteScene { all[0]->id })), u"Culto,z"_s);
+        QVERIFY(applied(sets, DeleteScene { SceneId::make() }) == sets);
+        const SceneSets only = scenesOf(u"Única"_s);
+        QCOMPARE(refusal(only, DeleteScene { only.of(SceneSet::Streams)[0]->id }),
+            u"Debe quedar al menos una escena"_s);
+        QCOMPARE(streams(sets), u"a,Culto,z"_s); // none of it changed the first value
+    }
+
+    void addedLayersAreNamedInFront()
+    {
+        SceneSets sets = scenesOf(u"a"_s);
+        const SceneId scene = sets.of(SceneSet::Streams)[0]->id;
+        for (const Layer &layer : { newLayer(LayerKind::Subtitle),
+                 newLayer(LayerKind::Screen),
+                 videoLayer(u"file:///videos/Himno%20final.mp4"_s),
+                 videoLayer(u"rtsp://camara/1"_s) }) {
+            sets = applied(sets, AddLayer { scene, layer });
+        }
+        QCOMPARE(namesOf(sets.of(SceneSet::Streams)[0]->layers).section(u',', 1),
+            u"Subtítulos (IA),Pantalla 3,Himno final.mp4,rtsp://camara/1"_s);
+        const LayerId subtitle = sets.of(SceneSet::Streams)[0]->layers[1].id;
+        sets = applied(sets, SetField { subtitle, LayerField::Visible, false });
+        QCOMPARE(refusal(sets, AddLayer { scene, newLayer(LayerKind::Subtitle) }),
+            u"Esta escena ya tiene una fuente de subtítulos."_s);
+    }
+
+    void layersMoveAndGoByTheirId()
+    {
+        Layer layers[3];
+        for (int i = 0; i < 3; ++i) {
+            layers[i].name = QChar(u'a' + i);
+        }
+        SceneSets sets = newProject().scenes;
+        sets.of(SceneSet::Hall) = { makeScene({}, { layers[0], layers[1], layers[2] }) };
+        const auto names = [&] { return namesOf(sets.of(SceneSet::Hall)[0]->layers); };
+        QVERIFY(applied(sets, MoveLayer { layers[2].id, 1 }) == sets); // already in front
+        QVERIFY(applied(sets, MoveLayer { layers[0].id, -1 }) == sets); // already at the back
+        QVERIFY(applied(sets, MoveLayer { LayerId::make(), 1 }) == sets);
+        sets = applied(sets, MoveLayer { layers[0].id, 1 });
+        QCOMPARE(names(), u"b,a,c"_s);
+        sets = applied(sets, DeleteLayer { layers[1].id });
+        QCOMPARE(names(), u"a,c"_s);
+        QVERIFY(applied(sets, DeleteLayer { layers[1].id }) == sets);
+        QVERIFY(applied(sets, SetField { layers[1].id, LayerField::Name, u"x"_s }) == sets);
+    }
+
+    void fieldsTakeValuesOfTheirTypeAlone()
+    {
+        const SceneSets sets = scenesOf(u"a"_s);
+        const LayerId id = sets.of(SceneSet::Streams)[0]->layers[0].id;
+        const auto with = [&](LayerField field, const FieldValue &value) {
+            return *findLayer(applied(sets, SetField { id, field, value }), id);
+        };
+        QCOMPARE(boxOf(with(LayerField::Box, Box { 0.1, 0.2, 0.3, 0.4 })),
+            (Box { 0.1, 0.2, 0.3, 0.4 }));
+        QCOMPARE(with(LayerField::Background, QColor(1, 2, 3, 4)).background, QColor(1, 2, 3, 4));
+        QCOMPARE(with(LayerField::Fill, QColor(9, 8, 7)).fill, QColor(9, 8, 7));
+        QCOMPARE(with(LayerField::Opacity, 0.5).opacity, 0.5);
+        QVERIFY(applied(sets, SetField { id, LayerField::Size, u"72"_s }) == sets);
+        QVERIFY(applied(sets, SetField { id, LayerField::Visible, true }) == sets); // as it was
+        QVERIFY(applied(sets, SetVerse { id, u"v"_s, u"r"_s, {} }) == sets); // no verse layer
+    }
+
+    void changedImageKeepsTheBox()
+    {
+        const FrameSize square { 50, 50 };
+        Layer layer = imageLayer(u"/fotos/logo.png"_s, square, landscapeSize);
+        QCOMPARE(layer.name, u"logo.png"_s);
+        QCOMPARE(boxOf(layer), newImageBox(square, landscapeSize));
+        SceneSets sets = newProject().scenes;
+        sets.of(SceneSet::Streams) = { makeScene({}, { layer }) };
+        const Layer changed
+            = *findLayer(applied(sets, SetImage { layer.id, u"/fotos/b.png"_s }), layer.id);
+        QCOMPARE(boxOf(changed), boxOf(layer));
+        QCOMPARE(changed.path, u"/fotos/b.png"_s);
+        QCOMPARE(changed.name, u"b.png"_s);
+    }
+};
+
+NIMBARA_TEST(EditsTest)
+#include "edits_test.moc"

@@ -1,0 +1,238 @@
+#include "studio/edit/document.h"
+#include "support/manual_clock.h"
+#include "support/scenes.h"
+#include "support/test_registry.h"
+
+#include <QFile>
+#include <QTest>
+
+#include <malloc.h>
+#include <random>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// One random operator.
+class Editor {
+public:
+    explicit Editor(unsigned seed)
+        : m_random(seed)
+    {
+    }
+
+    void edit(Document &document)
+    {
+        document.setEditing(pick(2) == 0 ? SceneSet::Streams : SceneSet::Hall);
+        const Scene scene = *document.currentScene();
+        const LayerId layer
+            = scene.layers.empty() ? LayerId() : scene.layers[pick(scene.layers.size())].id;
+        switch (pick(11)) {
+        case 0:
+            return document.apply(DuplicateScene { scene.id });
+        case 1:
+            return document.apply(AddScene { document.editing(), defaultScene(pick(2) == 0) });
+        case 2:
+            if (document.editedScenes().size() > 1) {
+                document.apply(DeleteScene { scene.id });
+            }
+            return;
+        case 3:
+            return document.apply(RenameScene { scene.id, QString::number(pick(100)) });
+        case 4:
+        case 5:
+            return document.apply(AddLayer { scene.id, newLayer(static_cast<LayerKind>(pick(7))) });
+        case 6:
+            return document.apply(DeleteLayer { layer });
+        case 7:
+            return document.apply(MoveLayer { layer, pick(2) == 0 ? 1 : -1 });
+        case 8:
+            return document.apply(SetField { layer, LayerField::Text, QString::number(pick(100)) });
+        case 9:
+            return document.apply(
+                SetField { layer, LayerField::Opacity, 0.01 * double(pick(100)) });
+        default:
+            return document.apply(
+                SetField { layer, LayerField::Box, Box { 0.001 * double(pick(900)), 0, 1, 1 } });
+        }
+    }
+
+private:
+    std::size_t pick(std::size_t count)
+    {
+        return std::uniform_int_distribution<std::size_t>(0, count - 1)(m_random);
+    }
+    std::mt19937 m_random;
+};
+
+Project largeProject()
+{
+    Project project = newProject();
+    project.scenes.of(SceneSet::Streams).clear();
+    for (int scene = 0; scene < 100; ++scene) {
+        std::vector<Layer> layers;
+        for (int layer = 0; layer < 20; ++layer) {
+            layers.push_back(newLayer(LayerKind::Text));
+            layers.back().text = u"Texto de la capa %1"_s.arg(layer);
+        }
+        project.scenes.of(SceneSet::Streams).push_back(makeScene(QString::number(scene), layers));
+    }
+    return project;
+}
+
+} // namespace
+
+class DocumentTest : public QObject {
+    Q_OBJECT
+
+    ManualClock m_clock;
+
+private Q_SLOTS:
+    /// Two hundred edits back to the first value and forth to the last, each on its way.
+    void everyStepIsUndoneAndRedone()
+    {
+        for (const unsigned seed : { 1U, 2U, 3U, 4U, 5U }) {
+            Document document(m_clock);
+            Editor editor(seed);
+            std::vector<SceneSets> states { document.scenes() };
+            while (states.size() <= 200) {
+                m_clock.advanceUs(2'000'000);
+                editor.edit(document);
+                if (document.scenes() != states.back()) {
+                    states.push_back(document.scenes());
+                }
+            }
+            for (std::size_t state = states.size() - 1; state-- > 0;) {
+                document.undo();
+                QVERIFY2(document.scenes() == states[state], qPrintable(u"seed %1"_s.arg(seed)));
+                QVERIFY(placeOf(document.scenes(), document.currentScene()->id));
+            }
+            QVERIFY(document.undoName().isEmpty());
+            document.undo(); // nothing left
+            for (std::size_t state = 1; state < states.size(); ++state) {
+                document.redo();
+                QVERIFY(document.scenes() == states[state]);
+            }
+            QVERIFY(document.redoName().isEmpty());
+        }
+    }
+
+    void twoHundredStepsOfALargeProjectAreSmall()
+    {
+        Document document(m_clock);
+        document.open(largeProject());
+        const std::size_t before = mallinfo2().uordblks;
+        for (std::size_t step = 0; step < 200; ++step) {
+            m_clock.advanceUs(2'000'000);
+            const ScenePtr &scene = document.editedScenes()[step / 2];
+            document.apply(
+                SetField { scene->layers[step % 20].id, LayerField::Text, QString::number(step) });
+        }
+        const std::size_t grown = mallinfo2().uordblks - before;
+        QVERIFY2(grown < 20U << 20, qPrintable(QString::number(grown)));
+    }
+
+    void aRunOfOneFieldIsOneStep()
+    {
+        Document document(m_clock);
+        const LayerId layer = document.currentScene()->layers[0].id;
+        const auto opacity = [&] { return document.currentScene()->layers[0].opacity; };
+        const auto set = [&](double value, std::int64_t afterUs) {
+            m_clock.advanceUs(afterUs);
+            document.apply(SetField { layer, LayerField::Opacity, value });
+        };
+        set(0.9, 0);
+        set(0.8, 900'000);
+        set(0.7, 1'100'000); // a step of its own
+        document.apply(SetField { layer, LayerField::Name, u"x"_s });
+        set(0.6, 0); // and one for each field
+        for (const double left : { 0.7, 0.7, 0.8, 1.0 }) {
+            document.undo();
+            QCOMPARE(opacity(), left);
+        }
+        document.beginGesture();
+        set(0.5, 0);
+        set(0.4, 5'000'000); // the mouse stays pressed
+        document.endGesture();
+        set(0.3, 0);
+        QCOMPARE(document.undoName(), u"Opacidad"_s);
+        document.undo();
+        QCOMPARE(opacity(), 0.4);
+        document.undo();
+        QCOMPARE(opacity(), 1.0);
+        set(1.0, 0); // nothing changed: the steps to redo stay
+        QCOMPARE(document.redoName(), u"Opacidad"_s);
+        set(0.2, 0);
+        QVERIFY(document.redoName().isEmpty());
+    }
+
+    void previewGoesWhereTheChangeIs()
+    {
+        Document document(m_clock);
+        const SceneId first = document.currentScene()->id;
+        Scene second = defaultScene(false);
+        document.apply(AddScene { SceneSet::Streams, second });
+        QVERIFY(document.currentScene()->id == second.id);
+        document.apply(DuplicateScene { first });
+        QCOMPARE(document.project().currentPlace(SceneSet::Streams), 1U);
+        document.apply(DeleteScene { document.currentScene()->id });
+        QVERIFY(document.currentScene()->id == first);
+        document.apply(DeleteScene { first });
+        QVERIFY(document.currentScene()->id == second.id);
+        document.setEditing(SceneSet::Hall);
+        document.undo();
+        QVERIFY(document.editing() == SceneSet::Streams && document.currentScene()->id == first);
+        int changes = 0;
+        connect(&document, &Document::changed, this, [&](const Change &change) {
+            ++changes;
+            QVERIFY(change.current && !change.layers);
+        });
+        document.showScene(second.id);
+        document.showScene(second.id);
+        document.showScene(SceneId::make());
+        QCOMPARE(changes, 1);
+        disconnect(&document, nullptr, this, nullptr);
+    }
+
+    void knowsWhatIsNotSaved()
+    {
+        Document document(m_clock);
+        QList<bool> told;
+        connect(&document, &Document::unsavedChanged, this, [&](bool unsaved) { told << unsaved; });
+        document.setEditing(SceneSet::Hall); // looking at something loses nothing
+        document.setTitle(u"Culto"_s);
+        document.setTitle(QString());
+        document.apply(RenameScene { document.currentScene()->id, u"Otra"_s });
+        const Project saved = document.project();
+        document.setGain(50); // while the file is written
+        document.markSaved(saved);
+        QVERIFY(document.hasUnsavedWork());
+        document.setGain(100);
+        document.undo();
+        document.redo();
+        QCOMPARE(told, QList<bool>({ true, false, true, false, true, false }));
+        document.open(newProject());
+        QVERIFY(!document.hasUnsavedWork() && document.undoName().isEmpty());
+        document.markUnsaved();
+        QVERIFY(document.hasUnsavedWork());
+        disconnect(&document, nullptr, this, nullptr);
+    }
+
+    void aRefusedStepChangesNothing()
+    {
+        Document document(m_clock);
+        document.setEditing(SceneSet::Hall);
+        const Scene scene = *document.currentScene();
+        const SceneSets before = document.scenes();
+        QVERIFY_EXCEPTION_THROWN(
+            document.apply(std::vector<Edit> { AddLayer { scene.id, newLayer(LayerKind::Text) },
+                AddLayer { scene.id, newLayer(LayerKind::Subtitle) } }),
+            std::exception);
+        QVERIFY(document.scenes() == before && document.undoName().isEmpty());
+    }
+};
+
+NIMBARA_TEST(DocumentTest)
+#include "document_test.moc"

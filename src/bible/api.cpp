@@ -2,8 +2,6 @@
 
 #include "base/i18n.h"
 #include "bible/books.h"
-#include "net/endpoint_tls.h"
-#include "net/http.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -16,6 +14,9 @@ namespace bible {
 namespace {
 
 using nimbara_i18n::tr;
+
+/// In bytes. No passage or list comes near.
+constexpr qint64 maxReply = qint64 { 8 } * 1024 * 1024;
 
 bool isInTable(const Ref &ref)
 {
@@ -100,8 +101,6 @@ Api::Api(nimbara::Endpoint endpoint, std::chrono::milliseconds timeout)
     : m_endpoint(std::move(endpoint))
     , m_timeout(timeout)
 {
-    // The first use of TLS loads its library for more than 10 ms: here, before the service begins.
-    nimbara::tlsConfiguration(m_endpoint);
 }
 
 void Api::bibles(const QString &key, const QString &language, BiblesCallback done)
@@ -131,15 +130,20 @@ void Api::apiBibleGet(const QString &path,
     const QString &key,
     std::function<void(const QJsonObject &, const QString &error)> done)
 {
-    QNetworkRequest request = http::request(m_endpoint, path, m_timeout);
-    request.setRawHeader("api-key", http::headerValue(key));
-    http::follow(m_network.get(request), [done = std::move(done)](const http::Reply &reply) {
-        if (reply.ok) {
+    nimbara::HttpRequest request;
+    request.endpoint = m_endpoint;
+    request.path = path;
+    request.headers.emplaceBack("api-key", nimbara::headerValue(key));
+    request.timeout = m_timeout;
+    request.maxReply = maxReply;
+    const auto finish = [done = std::move(done)](const nimbara::HttpReply &reply) {
+        if (reply.isOk()) {
             done(QJsonDocument::fromJson(reply.body).object(), {});
         } else {
             done({}, describeError(reply.status));
         }
-    });
+    };
+    m_http.send(std::move(request), finish);
 }
 
 } // namespace bible

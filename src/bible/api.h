@@ -2,10 +2,10 @@
 
 #include "bible/reference.h"
 #include "net/endpoints.h"
+#include "net/http_client.h"
 
 #include <QJsonObject>
 #include <QList>
-#include <QNetworkAccessManager>
 #include <QString>
 
 #include <chrono>
@@ -57,7 +57,7 @@ private:
 
     nimbara::Endpoint m_endpoint;
     std::chrono::milliseconds m_timeout;
-    QNetworkAccessManager m_network;
+    nimbara::HttpClient m_http;
 };
 
 } // namespace bible

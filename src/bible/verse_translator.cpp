@@ -1,11 +1,7 @@
 #include "bible/verse_translator.h"
 
 #include "base/i18n.h"
-#include "net/http.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include "net/openai.h"
 
 #include <utility>
 
@@ -13,36 +9,17 @@ namespace bible {
 
 namespace {
 
-QByteArray requestBody(const QString &text, const QString &target)
-{
-    const QJsonObject body {
-        { QStringLiteral("model"), QStringLiteral("gpt-4.1-mini") },
-        { QStringLiteral("instructions"),
-            QString(QStringLiteral("Translate this Bible passage faithfully into ") + target
-                + QStringLiteral(". Return only the translated passage, no commentary.")) },
-        { QStringLiteral("input"), text },
-        { QStringLiteral("max_output_tokens"), 800 },
-        { QStringLiteral("store"), false },
-    };
-    return QJsonDocument(body).toJson(QJsonDocument::Compact);
-}
+/// In bytes. No verse comes near.
+constexpr qint64 maxReply = qint64 { 8 } * 1024 * 1024;
 
-/// The output texts of a Responses reply, joined and trimmed.
-QString outputText(const QByteArray &body)
+QJsonObject requestBody(const QString &text, const QString &target)
 {
-    QString text;
-    const QJsonObject reply = QJsonDocument::fromJson(body).object();
-    const QJsonArray output = reply.value(QLatin1String("output")).toArray();
-    for (const auto &item : output) {
-        const QJsonArray content = item.toObject().value(QLatin1String("content")).toArray();
-        for (const auto &element : content) {
-            const QJsonObject piece = element.toObject();
-            if (piece.value(QLatin1String("type")).toString() == QLatin1String("output_text")) {
-                text += piece.value(QLatin1String("text")).toString();
-            }
-        }
-    }
-    return text.trimmed();
+    return nimbara::openai::textBody({
+        .instructions = QStringLiteral("Translate this Bible passage faithfully into ") + target
+            + QStringLiteral(". Return only the translated passage, no commentary."),
+        .input = text,
+        .maxOutputTokens = 800,
+    });
 }
 
 } // namespace
@@ -58,17 +35,21 @@ void VerseTranslator::translateVerse(const QString &key,
     const QString &target,
     Callback done)
 {
-    QNetworkRequest request = http::request(m_endpoint, QStringLiteral("responses"), m_timeout);
-    request.setRawHeader("Authorization", "Bearer " + http::headerValue(key));
-    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
-    const auto finish = [done = std::move(done)](const http::Reply &reply) {
-        const QString translated = reply.ok ? outputText(reply.body) : QString();
+    auto request = nimbara::openai::jsonRequest(m_endpoint,
+        QStringLiteral("responses"),
+        key,
+        requestBody(text, target),
+        m_timeout);
+    request.maxReply = maxReply;
+    const auto finish = [done = std::move(done)](const nimbara::HttpReply &reply) {
+        const QString translated
+            = reply.isOk() ? nimbara::openai::outputText(reply.body).trimmed() : QString();
         done(translated,
             translated.isEmpty()
                 ? nimbara_i18n::tr("No se pudo traducir el versículo (revisa la API key de OpenAI)")
                 : QString());
     };
-    http::follow(m_network.post(request, requestBody(text, target)), finish);
+    m_http.send(std::move(request), finish);
 }
 
 } // namespace bible

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "net/endpoints.h"
+#include "net/http_client.h"
 
-#include <QNetworkAccessManager>
 #include <QString>
 
 #include <chrono>
@@ -28,7 +28,7 @@ public:
 private:
     nimbara::Endpoint m_endpoint;
     std::chrono::milliseconds m_timeout;
-    QNetworkAccessManager m_network;
+    nimbara::HttpClient m_http;
 };
 
 } // namespace bible

@@ -1,9 +1,10 @@
 #include "base/error.h"
+#include "net/openai.h"
 #include "support/api_peer.h"
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
 #include "translation/service/api_client.h"
-#include "translation/service/api_messages.h"
+#include "translation/service/api_failure.h"
 #include "translation/service/key_test.h"
 
 #include <QTest>
@@ -29,18 +30,12 @@ private:
 
 void ApiTest::buildsRequestsAndReadsReplies()
 {
-    const auto request = api::jsonRequest(openAiEndpoint(), u"responses"_s, u"sk-1"_s, 12000ms);
-    QCOMPARE(request.url().adjusted(QUrl::RemovePort).toString(),
-        u"https://api.openai.com/v1/responses"_s);
-    QCOMPARE(request.transferTimeout(), 12000);
-    QCOMPARE(request.attribute(QNetworkRequest::RedirectPolicyAttribute).toInt(),
-        static_cast<int>(QNetworkRequest::SameOriginRedirectPolicy));
-    QCOMPARE(api::bearer(u"ñ\r\nX-Evil: 1"_s), QByteArray("Bearer ñX-Evil: 1"));
-    QCOMPARE(api::translation(R"({"output":[{"content":[{"type":"reasoning","text":"no"},
+    QCOMPARE(openai::bearer(u"ñ\r\nX-Evil: 1"_s), QByteArray("Bearer ñX-Evil: 1"));
+    QCOMPARE(openai::outputText(R"({"output":[{"content":[{"type":"reasoning","text":"no"},
         {"type":"output_text","text":"In the "}]},{"type":"x"},
         {"content":[{"type":"output_text","text":"beginning"}]}]})"),
         u"In the beginning"_s);
-    QVERIFY(api::translation("{").isEmpty() && api::translation("[3]").isEmpty());
+    QVERIFY(openai::outputText("{").isEmpty() && openai::outputText("[3]").isEmpty());
 }
 
 void ApiTest::namesFailures_data()

@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "base/i18n.h"
+#include "net/openai.h"
 #include "translation/pipeline/voice.h"
 #include "translation/pipeline/wav.h"
 #include "translation/service/api_messages.h"
@@ -16,9 +17,9 @@ namespace {
 constexpr std::int64_t maxRunMs = 10800000; ///< three hours
 constexpr std::size_t maxPending = 6;
 constexpr std::int32_t maxInFlight = 3;
-constexpr api::Timeout textTimeout { 12000 };
-constexpr api::Timeout voiceTimeout { 30000 };
-constexpr api::Timeout probeTimeout { 8000 };
+constexpr std::chrono::milliseconds textTimeout { 12000 };
+constexpr std::chrono::milliseconds voiceTimeout { 30000 };
+constexpr std::chrono::milliseconds probeTimeout { 8000 };
 
 } // namespace
 
@@ -196,7 +197,7 @@ void Translation::translate(std::int32_t sequence, const QString &text)
         textTimeout,
         QStringLiteral("Traduccion"),
         [this, sequence](const QByteArray &body) {
-            const QString translated = api::translation(body);
+            const QString translated = openai::outputText(body);
             m_memory.addTranslation(translated);
             finish(sequence, translated);
         },

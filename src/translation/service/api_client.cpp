@@ -1,20 +1,11 @@
 #include "translation/service/api_client.h"
 
-#include <QJsonDocument>
-#include <QNetworkReply>
+#include "net/openai.h"
+#include "translation/service/api_failure.h"
 
 #include <utility>
 
 namespace nimbara {
-
-namespace {
-
-int httpStatus(const QNetworkReply *reply)
-{
-    return reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-}
-
-} // namespace
 
 ApiClient::ApiClient(Endpoint endpoint)
     : m_endpoint(std::move(endpoint))
@@ -32,73 +23,63 @@ void ApiClient::close()
     ++m_generation;
     m_open = false;
     m_key.clear();
-    // The abort completes each reply at once; its generation is old by now.
-    for (auto *reply : m_network.findChildren<QNetworkReply *>()) {
-        reply->abort();
-    }
+    m_http.cancelAll();
 }
 
 void ApiClient::postJson(const QString &path,
     const QJsonObject &body,
-    api::Timeout timeout,
+    std::chrono::milliseconds timeout,
     const QString &tag,
     Success onSuccess,
     HttpError onHttpError)
 {
-    auto *reply = m_network.post(api::jsonRequest(m_endpoint, path, m_key, timeout),
-        QJsonDocument(body).toJson(QJsonDocument::Compact));
-    follow(reply, { m_generation, tag, std::move(onSuccess), std::move(onHttpError) });
+    send(openai::jsonRequest(m_endpoint, path, m_key, body, timeout),
+        { m_generation, tag, std::move(onSuccess), std::move(onHttpError) });
 }
 
 void ApiClient::postForm(const QString &path,
     std::unique_ptr<QHttpMultiPart> form,
-    api::Timeout timeout,
+    std::chrono::milliseconds timeout,
     const QString &tag,
     Success onSuccess,
     HttpError onHttpError)
 {
-    auto *reply = m_network.post(api::request(m_endpoint, path, m_key, timeout), form.get());
-    form.release()->setParent(reply);
-    follow(reply, { m_generation, tag, std::move(onSuccess), std::move(onHttpError) });
+    HttpRequest request = openai::request(m_endpoint, path, m_key, timeout);
+    request.body = std::move(form);
+    send(std::move(request), { m_generation, tag, std::move(onSuccess), std::move(onHttpError) });
 }
 
-void ApiClient::probe(const QString &path, api::Timeout timeout)
+void ApiClient::probe(const QString &path, std::chrono::milliseconds timeout)
 {
-    auto *reply = m_network.get(api::request(m_endpoint, path, m_key, timeout));
-    QObject::connect(reply, &QNetworkReply::finished, reply, &QObject::deleteLater);
+    m_http.send(openai::request(m_endpoint, path, m_key, timeout), {});
 }
 
-void ApiClient::follow(QNetworkReply *reply, Call call)
+void ApiClient::send(HttpRequest request, Call call)
 {
-    QObject::connect(reply,
-        &QNetworkReply::finished,
-        &m_network,
-        [this, reply, held = std::move(call)] { finish(reply, held); });
+    m_http.send(std::move(request),
+        [this, held = std::move(call)](const HttpReply &reply) { finish(reply, held); });
 }
 
-void ApiClient::finish(QNetworkReply *reply, const Call &call)
+void ApiClient::finish(const HttpReply &reply, const Call &call)
 {
-    reply->deleteLater();
-    // An aborted reply is closed already.
-    const QByteArray body = reply->isOpen() ? reply->readAll() : QByteArray();
     if (isStale(call)) {
         return;
     }
-    if (reply->error() == QNetworkReply::NoError && httpStatus(reply) != 0) {
-        call.onSuccess(body);
+    if (reply.isOk() && reply.status != 0) {
+        call.onSuccess(reply.body);
         return;
     }
-    describeApiError(reply, body, call.tag);
+    describeApiError(reply, call.tag);
     // The receiver of the message may have ended the run, and with it what this call counted.
     if (call.onHttpError && call.generation == m_generation) {
-        call.onHttpError(httpStatus(reply));
+        call.onHttpError(reply.status);
     }
 }
 
-void ApiClient::describeApiError(QNetworkReply *reply, const QByteArray &body, const QString &tag)
+void ApiClient::describeApiError(const HttpReply &reply, const QString &tag)
 {
     const auto failure
-        = api::describeError(httpStatus(reply), body, reply->rawHeader("x-request-id"), tag);
+        = api::describeError(reply.status, reply.body, reply.header("x-request-id"), tag);
     const std::int32_t generation = m_generation;
     statusChanged(api::withoutKey(failure.message, m_key));
     if (failure.fatal && generation == m_generation) {

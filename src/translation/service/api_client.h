@@ -1,11 +1,10 @@
 #pragma once
 
-#include "translation/service/api_request.h"
+#include "net/http_client.h"
 
-#include <QHttpMultiPart>
 #include <QJsonObject>
-#include <QNetworkAccessManager>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -41,7 +40,7 @@ public:
     /// POST of a JSON body in compact form. `tag` begins the message of a failure.
     void postJson(const QString &path,
         const QJsonObject &body,
-        api::Timeout timeout,
+        std::chrono::milliseconds timeout,
         const QString &tag,
         Success onSuccess,
         HttpError onHttpError = {});
@@ -49,13 +48,13 @@ public:
     /// POST of a multipart form.
     void postForm(const QString &path,
         std::unique_ptr<QHttpMultiPart> form,
-        api::Timeout timeout,
+        std::chrono::milliseconds timeout,
         const QString &tag,
         Success onSuccess,
         HttpError onHttpError);
 
     /// GET whose answer is of no interest: it opens the connection that the first phrase will use.
-    void probe(const QString &path, api::Timeout timeout);
+    void probe(const QString &path, std::chrono::milliseconds timeout);
 
     /// Gets the message of every failure.
     std::function<void(const QString &text)> statusChanged = [](const QString &) {};
@@ -67,9 +66,9 @@ private:
         Success onSuccess;
         HttpError onHttpError;
     };
-    void follow(QNetworkReply *reply, Call call);
-    void finish(QNetworkReply *reply, const Call &call);
-    void describeApiError(QNetworkReply *reply, const QByteArray &body, const QString &tag);
+    void send(HttpRequest request, Call call);
+    void finish(const HttpReply &reply, const Call &call);
+    void describeApiError(const HttpReply &reply, const QString &tag);
     [[nodiscard]] bool isStale(const Call &call) const
     {
         return call.generation != m_generation || !m_open;
@@ -79,7 +78,7 @@ private:
     QString m_key;
     bool m_open = false;
     std::int32_t m_generation = 0;
-    QNetworkAccessManager m_network;
+    HttpClient m_http;
 };
 
 } // namespace nimbara

@@ -1,18 +1,13 @@
 #include "translation/service/api_messages.h"
 
+#include "net/openai.h"
 #include "translation/service/languages.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 
 namespace nimbara::api {
 
 namespace {
-
-QString textModel()
-{
-    return QStringLiteral("gpt-4.1-mini");
-}
 
 QString instructions(const QString &target)
 {
@@ -46,28 +41,15 @@ QHttpPart field(const char *name, const QString &value)
     return formPart(QStringLiteral("name=\"%1\"").arg(QLatin1String(name)), value.toUtf8());
 }
 
-void appendOutputText(const QJsonValue &item, QString &into)
-{
-    const QJsonArray contents = item.toObject().value(QLatin1String("content")).toArray();
-    for (const QJsonValue &content : contents) {
-        const QJsonObject piece = content.toObject();
-        if (piece.value(QLatin1String("type")).toString() == QLatin1String("output_text")) {
-            into += piece.value(QLatin1String("text")).toString();
-        }
-    }
-}
-
 } // namespace
 
 QJsonObject translationBody(const QString &target, const QString &context, const QString &text)
 {
-    return {
-        { QStringLiteral("model"), textModel() },
-        { QStringLiteral("instructions"), instructions(target) },
-        { QStringLiteral("input"), QString(context + QStringLiteral("New text: ") + text) },
-        { QStringLiteral("max_output_tokens"), 400 },
-        { QStringLiteral("store"), false },
-    };
+    return openai::textBody({
+        .instructions = instructions(target),
+        .input = context + QStringLiteral("New text: ") + text,
+        .maxOutputTokens = 400,
+    });
 }
 
 QJsonObject speechBody(const QString &text)
@@ -82,12 +64,11 @@ QJsonObject speechBody(const QString &text)
 
 QJsonObject keyTestBody()
 {
-    return {
-        { QStringLiteral("model"), textModel() },
-        { QStringLiteral("input"), QStringLiteral("Responde solo: OK") },
-        { QStringLiteral("max_output_tokens"), 16 },
-        { QStringLiteral("store"), false },
-    };
+    return openai::textBody({
+        .instructions = {},
+        .input = QStringLiteral("Responde solo: OK"),
+        .maxOutputTokens = 16,
+    });
 }
 
 std::unique_ptr<QHttpMultiPart> transcriptionForm(const QString &source, const QByteArray &wav)
@@ -108,17 +89,6 @@ std::unique_ptr<QHttpMultiPart> transcriptionForm(const QString &source, const Q
 QString transcript(const QByteArray &body)
 {
     return QJsonDocument::fromJson(body).object().value(QLatin1String("text")).toString();
-}
-
-QString translation(const QByteArray &body)
-{
-    QString text;
-    const QJsonArray output
-        = QJsonDocument::fromJson(body).object().value(QLatin1String("output")).toArray();
-    for (const QJsonValue &item : output) {
-        appendOutputText(item, text);
-    }
-    return text;
 }
 
 } // namespace nimbara::api

@@ -27,7 +27,4 @@ std::unique_ptr<QHttpMultiPart> transcriptionForm(const QString &source, const Q
 /// "text" of a transcription reply; empty when there is none.
 QString transcript(const QByteArray &body);
 
-/// The output texts of a response, joined; empty when there are none.
-QString translation(const QByteArray &body);
-
 } // namespace nimbara::api

@@ -2,12 +2,9 @@
 
 #include "base/error.h"
 #include "base/i18n.h"
+#include "net/openai.h"
+#include "translation/service/api_failure.h"
 #include "translation/service/api_messages.h"
-#include "translation/service/api_request.h"
-
-#include <QJsonDocument>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 
 #include <utility>
 
@@ -15,21 +12,18 @@ namespace nimbara {
 
 namespace {
 
-constexpr api::Timeout keyTestTimeout { 15000 };
+constexpr std::chrono::milliseconds keyTestTimeout { 15000 };
 
-QString outcome(QNetworkReply *reply, std::int64_t elapsedMs, const QString &key)
+QString outcome(const HttpReply &reply, std::int64_t elapsedMs, const QString &key)
 {
-    if (reply->error() == QNetworkReply::NoError) {
+    if (reply.isOk()) {
         return nimbara_i18n::tr("API OK: respondió en ") + QString::number(elapsedMs)
             + QStringLiteral(" ms. ") + nimbara_i18n::tr("La traducción está lista para usarse.");
     }
-    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    QString detail = reply->isOpen() ? api::errorMessage(reply->readAll()) : QString();
-    if (detail.isEmpty()) {
-        detail = reply->errorString();
-    }
-    return nimbara_i18n::tr("API con error HTTP ") + QString::number(status) + QStringLiteral(": ")
-        + api::withoutKey(detail, key);
+    const QString message = api::errorMessage(reply.body);
+    const QString detail = message.isEmpty() ? reply.errorText : message;
+    return nimbara_i18n::tr("API con error HTTP ") + QString::number(reply.status)
+        + QStringLiteral(": ") + api::withoutKey(detail, key);
 }
 
 } // namespace
@@ -46,14 +40,15 @@ void KeyTest::run(const QString &key)
         throw Error(QStringLiteral("Ingresa tu API key"));
     }
     status(nimbara_i18n::tr("Probando la API de OpenAI..."));
-    auto *manager = new QNetworkAccessManager(&m_managers);
+    auto *client = new HttpClient(&m_clients); // a connection of its own: its time counts, too
+    auto request = openai::jsonRequest(m_endpoint,
+        QStringLiteral("responses"),
+        key,
+        api::keyTestBody(),
+        keyTestTimeout);
     const std::int64_t sentMs = m_clock.wallMs();
-    auto *reply = manager->post(
-        api::jsonRequest(m_endpoint, QStringLiteral("responses"), key, keyTestTimeout),
-        QJsonDocument(api::keyTestBody()).toJson(QJsonDocument::Compact));
-    QObject::connect(reply, &QNetworkReply::finished, manager, [this, manager, reply, sentMs, key] {
-        reply->deleteLater();
-        manager->deleteLater();
+    client->send(std::move(request), [this, client, sentMs, key](const HttpReply &reply) {
+        client->deleteLater();
         status(outcome(reply, m_clock.wallMs() - sentMs, key));
     });
 }

@@ -26,7 +26,7 @@ public:
 private:
     const Clock &m_clock;
     Endpoint m_endpoint;
-    QObject m_managers; ///< parent of the managers of the tests under way
+    QObject m_clients; ///< parent of the clients of the tests under way
 };
 
 } // namespace nimbara

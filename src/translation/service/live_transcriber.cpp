@@ -1,7 +1,8 @@
 #include "translation/service/live_transcriber.h"
 
 #include "base/i18n.h"
-#include "translation/service/api_request.h"
+#include "net/openai.h"
+#include "translation/service/api_failure.h"
 
 #include <QJsonDocument>
 
@@ -45,7 +46,7 @@ void LiveTranscriber::start(const QString &apiKey, const QString &language, cons
     m_settings = live::fromEnvironment(language, prompt);
     // A time of the session before would date the first phrase of this one minutes back.
     m_lastSpeechTime = 0;
-    m_socket.open(QStringLiteral("realtime?intent=transcription"), api::bearer(apiKey));
+    m_socket.open(QStringLiteral("realtime?intent=transcription"), openai::bearer(apiKey));
 }
 
 void LiveTranscriber::stop()

@@ -1,13 +1,10 @@
-#include "translation/service/api_request.h"
+#include "translation/service/api_failure.h"
 
 #include "base/i18n.h"
-#include "net/endpoint_tls.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
-
-#include <algorithm>
 
 namespace nimbara::api {
 
@@ -21,39 +18,6 @@ QJsonObject errorObject(const QByteArray &body)
 }
 
 } // namespace
-
-QByteArray bearer(const QString &key)
-{
-    QByteArray value = key.toUtf8();
-    const auto isControl = [](char c) { return (c >= 0 && c < 0x20) || c == 0x7f; };
-    value.erase(std::remove_if(value.begin(), value.end(), isControl), value.end());
-    return "Bearer " + value;
-}
-
-QNetworkRequest
-request(const Endpoint &endpoint, const QString &path, const QString &key, Timeout timeout)
-{
-    QNetworkRequest request(endpoint.url(path));
-    request.setRawHeader("Authorization", bearer(key));
-    request.setTransferTimeout(static_cast<int>(timeout.count()));
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-        QNetworkRequest::SameOriginRedirectPolicy);
-    // Over HTTP/2 the toolkit spoils header bytes beyond ASCII, and a stream that the server resets
-    // looks like an empty success.
-    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    if (!endpoint.trustedCaPem.isEmpty()) {
-        request.setSslConfiguration(tlsConfiguration(endpoint));
-    }
-    return request;
-}
-
-QNetworkRequest
-jsonRequest(const Endpoint &endpoint, const QString &path, const QString &key, Timeout timeout)
-{
-    QNetworkRequest json = request(endpoint, path, key, timeout);
-    json.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
-    return json;
-}
 
 Failure
 describeError(int status, const QByteArray &body, const QByteArray &requestId, const QString &tag)

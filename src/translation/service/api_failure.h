@@ -1,30 +1,10 @@
 #pragma once
 
-#include "net/endpoints.h"
-
 #include <QByteArray>
-#include <QNetworkRequest>
 #include <QString>
 
-#include <chrono>
-
-/// What every HTTP call to the OpenAI API has in common. Interface thread.
+/// What a failed call to the OpenAI API says to the operator. Pure.
 namespace nimbara::api {
-
-using Timeout = std::chrono::milliseconds;
-
-/// "Bearer " and the key in UTF-8. Control characters are left out: a key pasted with a line break
-/// must not become a header of its own.
-QByteArray bearer(const QString &key);
-
-/// A request to `path` below the API root, e.g. "responses": authorisation, transfer time-out and
-/// redirects within the same origin only, so that the key never follows a redirect elsewhere.
-QNetworkRequest
-request(const Endpoint &endpoint, const QString &path, const QString &key, Timeout timeout);
-
-/// The same with the content type of a JSON body.
-QNetworkRequest
-jsonRequest(const Endpoint &endpoint, const QString &path, const QString &key, Timeout timeout);
 
 /// What went wrong with a call, for the operator.
 struct Failure {

@@ -155,6 +155,17 @@ class ServiceTest(unittest.TestCase):
         times = video_times(path)
         self.assertGreater(times[-1], 4.0)
 
+    def test_a_killed_program_offers_its_work(self):
+        self.studio.click("Duplicar")
+        copies = self.studio.log_path.parent / "recovery"
+        wait_for("the recovery copy", lambda: list(copies.glob("*.recovery")))
+        self.studio.process.kill()
+        self.studio.process.wait()
+        self.studio = Program(PROGRAM, home=self.studio.home)
+        self.studio.click("Sí", "&Sí")
+        self.studio.wait_status("Trabajo recuperado")
+        wait_for("the scene", lambda: self.studio.find("Escena 1 copia"))
+
     def test_another_language_restarts_the_program(self):
         self.studio.click("ES", role="combo box")
         x("key", "Down", "Return")

@@ -21,7 +21,7 @@ namespace {
 
 const CaptionBox roomy { QSizeF(1700, 800), u"Sans Serif"_s, 60, true };
 
-Scene subtitles(double width, bool visible)
+ScenePtr subtitles(double width, bool visible)
 {
     Layer layer = newLayer(LayerKind::Subtitle);
     layer.w = width;
@@ -30,21 +30,21 @@ Scene subtitles(double width, bool visible)
     layer.size = 54;
     layer.bold = false;
     layer.font = u"Serif"_s;
-    return { {}, { newLayer(LayerKind::Camera), layer } };
+    return makeScene({}, { newLayer(LayerKind::Camera), layer });
 }
 
 } // namespace
 
 void CaptionTextTest::findsTheBox()
 {
-    const Scene hidden = subtitles(0.9, false);
-    const Scene narrow = subtitles(0.25, true);
-    const Scene wide = subtitles(1.0, true);
+    const ScenePtr hidden = subtitles(0.9, false);
+    const ScenePtr narrow = subtitles(0.25, true);
+    const ScenePtr wide = subtitles(1.0, true);
     const CaptionBox found { QSizeF(456, 524), u"Serif"_s, 54, false };
-    QCOMPARE(captionBox(hidden, { hidden, narrow, wide }, landscapeSize), found);
-    QCOMPARE(captionBox(narrow, { wide }, landscapeSize), found);
+    QCOMPARE(captionBox(*hidden, { hidden, narrow, wide }, landscapeSize), found);
+    QCOMPARE(captionBox(*narrow, { wide }, landscapeSize), found);
     const CaptionBox none { QSizeF(972, 1440), u"Sans Serif"_s, 120, true };
-    QCOMPARE(captionBox(hidden, { hidden }, portraitSize), none);
+    QCOMPARE(captionBox(*hidden, { hidden }, portraitSize), none);
 }
 
 void CaptionTextTest::joins()

@@ -44,7 +44,7 @@ WITHOUT_TWIN = {
         "Church sermon.",
     ],
     "protocols and formats": [
-        "Authorization",
+        *["Authorization", "Content-Type"],
         "Bearer ",
         "Audio/Source",
         "Video/Source",

@@ -24,14 +24,14 @@ public:
         try {
             operation();
         } catch (const std::exception &error) {
-            tell(errorText(error));
+            tell(errorMessage(error));
         }
     }
 
-    /// Shows a failure; `untranslated` is the operator's text.
-    void tell(const QString &untranslated) const
+    /// Shows a failure.
+    void tell(const Message &failure) const
     {
-        const QString text = nimbara_i18n::tr(untranslated);
+        const QString text = nimbara_i18n::tr(failure);
         m_showStatus(text);
         if (m_hasBoxes) {
             m_dialogs.warning(nimbara_i18n::tr("Ardenvale Vesperline"), text);

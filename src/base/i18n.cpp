@@ -40,10 +40,6 @@ QString tr(const QString &text)
     if (const auto twin = english().constFind(text); twin != english().constEnd()) {
         return *twin;
     }
-    static const QString signalPrefix = QStringLiteral("Fuente sin señal: ");
-    if (text.startsWith(signalPrefix)) {
-        return QStringLiteral("Source lost signal: ") + text.mid(signalPrefix.size());
-    }
     return text;
 }
 

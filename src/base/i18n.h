@@ -21,8 +21,7 @@ QString startLanguage(const QString &setting, const QLocale &system);
 /// Spanish text → English twin, compared exactly.
 const QHash<QString, QString> &english();
 
-/// The text to show: the English twin when the language is "en" and there is one. A text that
-/// begins with "Fuente sin señal: " keeps its detail behind a translated prefix. Anything else is
+/// The text to show: the English twin when the language is "en" and there is one. Anything else is
 /// returned as it is.
 QString tr(const QString &text);
 QString tr(const char *text); ///< The same for UTF-8.

@@ -377,6 +377,7 @@ constexpr TextPair pairs[] = {
     TextPair { "WebM (*.webm)", "WebM (*.webm)" },
     TextPair { "Cámara sin cuadros; se vuelve a abrir",
         "No picture from the camera; reopening it" },
+    TextPair { "Fuente sin señal: ", "Source lost signal: " },
     TextPair { "Fuente sin frames durante 10 segundos",
         "No frames from the source for 10 seconds" },
     TextPair { "Falta componente de fuente multimedia", "A media source component is missing" },

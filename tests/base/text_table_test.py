@@ -74,13 +74,12 @@ WITHOUT_TWIN = {
         'Salida %1: servidor=%2 clave: %3 caracteres, empieza \\"%4\\"',
     ],
     "both languages in one": ["No hay pantalla gráfica. Inicia sesión en el escritorio…"],
-    "translated by its beginning": ["Fuente sin señal: ", "Source lost signal: "],
     "for the compiler": ["RGBA bytes are native pixels the other way round"],
 }
 # What the guides quote of elsewhere: the toolkit's buttons, keys, files, the desktop.
 QUOTED = {
     *"ES EN Sí Yes Esc F ▲ ▼ NimbaraStudio Vesperline.log Portuguese French".split(),
-    *["Fuente sin señal: ", "Source lost signal: ", "Contraseñas y claves", "Passwords and Keys"],
+    *["Contraseñas y claves", "Passwords and Keys"],
 }
 # The book table holds its own names in both languages; a style sheet is not read by operators.
 WHOLE_FILES = {"base/text_table.cpp", "bible/books.cpp", "ui/kit/style.cpp"}

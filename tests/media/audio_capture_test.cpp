@@ -122,7 +122,7 @@ private Q_SLOTS:
             const RowName named(name);
             AudioCapture capture(m_clock, microphone(opens.toStdString()).get());
             QVERIFY(pullUntil(capture, [&] { return !capture.running(); }));
-            QCOMPARE(capture.error(), error);
+            QCOMPARE(capture.error().spanish(), error);
             QCOMPARE(capture.inputLevels().peak[0], 0.0);
             QCOMPARE(capture.outputLevels().peak[0], 0.0);
             capture.listener

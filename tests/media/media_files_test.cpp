@@ -40,7 +40,7 @@ Playback playToEnd(Media &media)
         }
         return !media.active();
     });
-    result.message = media.takeMessage();
+    result.message = media.takeMessage().spanish();
     return result;
 }
 

@@ -21,9 +21,9 @@ constexpr std::int64_t quietUs = 2'000'000;
 constexpr std::int64_t lostUs = 5'000'000;
 constexpr std::size_t frameBytes = sizeof(float) * audioChannels;
 
-QString refusedText()
+Message refusedText()
 {
-    return QStringLiteral("No se pudo iniciar audio");
+    return "No se pudo iniciar audio";
 }
 
 ElementRef makeInput(GstDevice *device)
@@ -138,16 +138,16 @@ bool AudioCapture::takeBusMessage()
     if (!message) {
         return false;
     }
-    QString text = QStringLiteral("La entrada de audio termino");
+    Message reason = "La entrada de audio termino";
     if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_ERROR) {
         GError *parsed = nullptr;
         gst_message_parse_error(message.get(), &parsed, nullptr);
         const GErrorPtr error(parsed);
         if (error && error->message != nullptr && *error->message != '\0') {
-            text = QString::fromUtf8(error->message);
+            reason = Message::verbatim(QString::fromUtf8(error->message));
         }
     }
-    stop(text);
+    stop(reason);
     return true;
 }
 
@@ -155,17 +155,17 @@ bool AudioCapture::takeBusMessage()
 bool AudioCapture::takeSample(GstSample *sample, const GainState &gainState)
 {
     if (!hasBlockFormat(sample)) {
-        stop(QStringLiteral("Formato de audio inesperado"));
+        stop("Formato de audio inesperado");
         return false;
     }
     GstBuffer *buffer = gst_sample_get_buffer(sample);
     const BufferMap map(buffer);
     if (!map) {
-        stop(QStringLiteral("No se pudo leer audio"));
+        stop("No se pudo leer audio");
         return false;
     }
     if (map.size() == 0 || map.size() % frameBytes != 0) {
-        stop(QStringLiteral("Bloque de audio invalido"));
+        stop("Bloque de audio invalido");
         return false;
     }
     const ProcessedBlock processed = processBlock(copyBlock(map, buffer), gainState);
@@ -184,13 +184,13 @@ void AudioCapture::watchSilence()
         m_outputLevels = {};
     }
     if (silence > lostUs) {
-        stop(QStringLiteral("Sin buffers de audio durante 5 segundos"));
+        stop("Sin buffers de audio durante 5 segundos");
     }
 }
 
-void AudioCapture::stop(const QString &text)
+void AudioCapture::stop(const Message &reason)
 {
-    m_error = text;
+    m_error = reason;
     m_running = false;
     m_inputLevels = {};
     m_outputLevels = {};

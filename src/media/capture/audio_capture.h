@@ -1,10 +1,9 @@
 #pragma once
 
 #include "base/clock.h"
+#include "base/message.h"
 #include "media/gst/pipeline_start.h"
 #include "signal/audio_levels.h"
-
-#include <QString>
 
 #include <cstdint>
 #include <functional>
@@ -34,7 +33,7 @@ public:
     /// Still delivering; false after any failure.
     [[nodiscard]] bool running() const { return m_running; }
     /// Why the capture stopped; empty while it runs.
-    [[nodiscard]] const QString &error() const { return m_error; }
+    [[nodiscard]] const Message &error() const { return m_error; }
     [[nodiscard]] const AudioLevels &inputLevels() const { return m_inputLevels; }
     [[nodiscard]] const AudioLevels &outputLevels() const { return m_outputLevels; }
 
@@ -44,12 +43,12 @@ private:
     bool takeBusMessage();
     bool takeSample(GstSample *sample, const GainState &gainState);
     void watchSilence();
-    void stop(const QString &text);
+    void stop(const Message &reason);
 
     const Clock &m_clock;
     std::int64_t m_lastBufferTime = 0;
     bool m_running = false;
-    QString m_error;
+    Message m_error;
     AudioLevels m_inputLevels;
     AudioLevels m_outputLevels;
     ElementRef m_sink;

@@ -46,9 +46,9 @@ void linkTo(const ElementRef &head, GstPad *pad)
     }
 }
 
-QString refusedText()
+Message refusedText()
 {
-    return QStringLiteral("No se pudo iniciar fuente");
+    return "No se pudo iniciar fuente";
 }
 
 QString errorDescription(GstMessage *message)
@@ -140,7 +140,7 @@ void Media::padAdded(GstElement * /*element*/, GstPad *pad, gpointer source)
     }
 }
 
-QString Media::takeMessage()
+Message Media::takeMessage()
 {
     if (!m_message.isEmpty()) {
         m_frame.reset();
@@ -182,8 +182,8 @@ void Media::pollStreams(PipelineStart::Outcome start)
         m_ended = true;
         deactivate();
     } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)) {
-        fail(m_isDevice ? QStringLiteral("Cámara sin cuadros; se vuelve a abrir")
-                        : QStringLiteral("Fuente sin frames durante 10 segundos"));
+        fail(m_isDevice ? "Cámara sin cuadros; se vuelve a abrir"
+                        : "Fuente sin frames durante 10 segundos");
     }
 }
 
@@ -200,8 +200,8 @@ bool Media::takeBusMessage()
         deactivate();
     } else {
         // A library repeats the location, which may hold a password.
-        fail(
-            QStringLiteral("Fuente sin señal: ") + withoutSecrets(errorDescription(message.get())));
+        fail("Fuente sin señal: "
+            + Message::verbatim(withoutSecrets(errorDescription(message.get()))));
     }
     return true;
 }
@@ -276,7 +276,7 @@ void Media::copyPicture(const SampleRef &sample)
         }
         m_frame = std::move(frame);
     } catch (const Error &error) {
-        fail(error.text());
+        fail(error.message());
     }
 }
 
@@ -308,7 +308,7 @@ void Media::readAlpha()
     m_pictureCaps = std::move(caps);
 }
 
-void Media::fail(const QString &message)
+void Media::fail(const Message &message)
 {
     m_message = message;
     deactivate();

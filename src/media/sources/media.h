@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/clock.h"
+#include "base/message.h"
 #include "media/sources/playback.h"
 #include "media/sources/source_pipeline.h"
 #include "signal/audio_block.h"
@@ -59,7 +60,7 @@ public:
 
     /// The pending message for the operator, empty when there is none. Taking it empties the
     /// picture, so that the layer shows nothing stale.
-    [[nodiscard]] QString takeMessage();
+    [[nodiscard]] Message takeMessage();
 
     /// Still read; false after end of stream, an error or the watchdog.
     [[nodiscard]] bool active() const { return m_active; }
@@ -99,7 +100,7 @@ private:
     void describeFirstPicture(const SampleRef &sample);
     void readAlpha();
     [[nodiscard]] bool streamsEnded() const;
-    void fail(const QString &message);
+    void fail(const Message &message);
     void deactivate();
 
     const Clock &m_clock;
@@ -110,7 +111,7 @@ private:
     bool m_isFile = false;
     std::int64_t m_lastFrameTime = 0;
     std::uint64_t m_frameCount = 0;
-    QString m_message;
+    Message m_message;
     QString m_label;
     FramePtr m_frame;
     AudioFifo m_audioFifo;

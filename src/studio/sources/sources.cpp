@@ -115,7 +115,7 @@ void Sources::pollOnce(Media *source, bool shown)
     m_polled.push_back(source);
     source->setShown(shown);
     source->pollSource();
-    if (const QString message = source->takeMessage(); !message.isEmpty()) {
+    if (const Message message = source->takeMessage(); !message.isEmpty()) {
         m_status(nimbara_i18n::tr(message));
     }
 }

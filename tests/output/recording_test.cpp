@@ -43,7 +43,7 @@ private Q_SLOTS:
         recording.finish();
         recording.finish();
         QCOMPARE(recordingButtonText(recording.state()), QStringLiteral("Finalizando..."));
-        std::optional<QString> status;
+        std::optional<Message> status;
         QTRY_VERIFY_WITH_TIMEOUT(status || (status = recording.poll()), 20000);
         QCOMPARE(*status, QStringLiteral("Grabación guardada correctamente"));
         QCOMPARE(recording.state(), RecordingState::idle);

@@ -91,7 +91,7 @@ private Q_SLOTS:
                 20000);
             QCOMPARE(stopped, std::vector<std::size_t> { 2 });
             QVERIFY(m_outputs->destination(0).running() && !m_outputs->destination(2).running());
-            const QString status = m_outputs->destination(2).statusText();
+            const QString status = m_outputs->destination(2).statusText().spanish();
             const QRegularExpression text(QStringLiteral(
                 "^Fallo de salida \\(codigo \\d+\\)\\. Revisa destino, permisos y codecs\\.$"));
             QVERIFY2(text.match(status).hasMatch(), qPrintable(status));
@@ -187,7 +187,7 @@ private Q_SLOTS:
             }
             QCOMPARE(stopped, std::vector<std::size_t> { 1 });
             QVERIFY2(pictures.size() > 860, qPrintable(QString::number(pictures.size()))); // 30 s
-            QCOMPARE(m_outputs->destination(1).statusText(),
+            QCOMPARE(m_outputs->destination(1).statusText().spanish(),
                 QStringLiteral("Fallo de salida (codigo 10). Revisa destino, permisos y codecs."));
             const auto held = std::count_if(pictures.begin(),
                 pictures.end(),

@@ -1,7 +1,6 @@
 #include "output/encode/output.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 #include "output/encode/output_pipeline.h"
 #include "output/encode/warm_up.h"
 #include "signal/audio_block.h"
@@ -44,21 +43,21 @@ bool push(const ElementRef &source, BufferRef buffer, std::uint64_t pts, std::ui
     return gst_app_src_push_buffer(GST_APP_SRC(source.get()), buffer.release()) == GST_FLOW_OK;
 }
 
-QString failureText(int code)
+Message failureText(int code)
 {
-    return nimbara_i18n::tr("Fallo de salida (codigo %1). Revisa destino, permisos y codecs.")
-        .arg(code);
+    return { "Fallo de salida (codigo %1). Revisa destino, permisos y codecs.",
+        { Message::verbatim(QString::number(code)) } };
 }
 
 /// The operator's text of an error on the bus. The code alone: messages and their debug texts may
 /// hold the location.
-QString failureText(GstMessage *message)
+Message failureText(GstMessage *message)
 {
     GError *raw = nullptr;
     gst_message_parse_error(message, &raw, nullptr);
     const GErrorPtr error(raw);
     if (!error) {
-        return QStringLiteral("Fallo de salida");
+        return "Fallo de salida";
     }
     return failureText(error->code);
 }
@@ -110,14 +109,14 @@ void Output::pushVideo(const FramePtr &frame)
         return;
     }
     if (frame->size() != size()) {
-        fail(QStringLiteral("El formato cambio durante salida"));
+        fail("El formato cambio durante salida");
         return;
     }
     if (!takes()) {
         return;
     }
     if (!push(m_videoSrc, sharedBuffer(frame), m_nextVideoPts, frameDuration)) {
-        fail(QStringLiteral("No se pudo enviar video a salida"));
+        fail("No se pudo enviar video a salida");
     }
     m_nextVideoPts += frameDuration;
 }
@@ -130,7 +129,7 @@ void Output::pushAudio(std::span<const float> block)
     const std::uint64_t frames = block.size() / audioChannels;
     const std::uint64_t duration = gst_util_uint64_scale(frames, GST_SECOND, audioRate);
     if (!push(m_audioSrc, copiedBuffer(block), m_nextAudioPts, duration)) {
-        fail(QStringLiteral("No se pudo enviar audio a salida"));
+        fail("No se pudo enviar audio a salida");
     }
     m_nextAudioPts += duration;
 }
@@ -164,9 +163,9 @@ void Output::finish()
     gst_app_src_end_of_stream(GST_APP_SRC(m_audioSrc.get()));
 }
 
-void Output::fail(const QString &text)
+void Output::fail(const Message &reason)
 {
-    m_error = text;
+    m_error = reason;
     m_running = false;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "media/gst/gst_handles.h"
 #include "output/encode/stall_watch.h"
 #include "output/encode/stream_end.h"
@@ -77,12 +78,12 @@ public:
     [[nodiscard]] bool finished() const { return m_finished; }
     /// End of stream has been sent.
     [[nodiscard]] bool stopping() const { return m_stopping; }
-    /// Why the output stopped, translated; empty while it runs and after a clean end.
-    [[nodiscard]] const QString &error() const { return m_error; }
+    /// Why the output stopped; empty while it runs and after a clean end.
+    [[nodiscard]] const Message &error() const { return m_error; }
     [[nodiscard]] FrameSize size() const { return { m_width, m_height }; }
 
 private:
-    void fail(const QString &text);
+    void fail(const Message &reason);
     [[nodiscard]] bool takes() const { return m_running && !m_stopping && m_baseTime != -1; }
 
     std::int32_t m_width;
@@ -93,7 +94,7 @@ private:
     bool m_stopping = false;
     bool m_running = false;
     bool m_finished = false;
-    QString m_error;
+    Message m_error;
     std::shared_ptr<const std::atomic<bool>> m_ready;
     ElementRef m_videoSrc;
     ElementRef m_audioSrc;

@@ -1,7 +1,6 @@
 #include "output/encode/output_pipeline.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 #include "media/gst/gst_build.h"
 #include "output/encode/audio_timeline.h"
 #include "output/encode/encoders.h"
@@ -81,7 +80,7 @@ private:
     {
         GstElement *element = gst_element_factory_make(factory, nullptr);
         if (element == nullptr) {
-            throw Error(nimbara_i18n::tr("Componente no disponible: ") + QLatin1String(factory));
+            throw Error("Componente no disponible: " + Message::verbatim(QLatin1String(factory)));
         }
         gst_bin_add(m_pipeline.bin(), element);
         return element;

@@ -11,9 +11,9 @@ namespace nimbara {
 
 namespace {
 
-QString stoppedText()
+Message stoppedText()
 {
-    return QStringLiteral("Detenido");
+    return "Detenido";
 }
 
 } // namespace
@@ -99,7 +99,7 @@ void Destination::start(const QString &server, const QString &key, FrameSize siz
         true,
         streamLocation(url, given),
         outputBitrate);
-    m_status = QStringLiteral("Enviando · confirma recepción en la plataforma");
+    m_status = "Enviando · confirma recepción en la plataforma";
 }
 
 void Destination::stop()
@@ -125,9 +125,9 @@ bool Destination::push(const FramePtr &frame, std::span<const float> block, std:
     return true;
 }
 
-QString Destination::buttonText() const
+Message Destination::buttonText() const
 {
-    return running() ? QStringLiteral("Detener") : QStringLiteral("Iniciar");
+    return running() ? "Detener" : "Iniciar";
 }
 
 } // namespace nimbara

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "media/sources/retirement.h"
 #include "output/encode/output.h"
 #include "signal/frame.h"
@@ -70,14 +71,14 @@ public:
     [[nodiscard]] bool running() const { return m_output != nullptr; }
     /// The first pictures go out: a running slot whose encoder is ready.
     [[nodiscard]] bool ready() const { return m_output != nullptr && m_output->ready(); }
-    /// Untranslated.
-    [[nodiscard]] QString buttonText() const;
-    /// Untranslated: "Detenido", the sending notice, or the error that stopped the output.
-    [[nodiscard]] const QString &statusText() const { return m_status; }
+    /// What its button does now.
+    [[nodiscard]] Message buttonText() const;
+    /// "Detenido", the sending notice, or the error that stopped the output.
+    [[nodiscard]] const Message &statusText() const { return m_status; }
 
 private:
     QString m_name;
-    QString m_status;
+    Message m_status;
     std::shared_ptr<Retirement> m_retirement;
     std::unique_ptr<Output> m_output;
 };

@@ -16,7 +16,7 @@ class Outputs {
 public:
     /// What stopped by itself in one push. The slots are idle again.
     struct Stopped {
-        std::optional<QString> recording; ///< status to show, untranslated
+        std::optional<Message> recording; ///< status to show
         std::vector<std::size_t> destinations; ///< slots 0..3; each tells why in `statusText`
     };
 

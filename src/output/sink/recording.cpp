@@ -2,27 +2,27 @@
 
 namespace nimbara {
 
-QString recordingButtonText(RecordingState state)
+Message recordingButtonText(RecordingState state)
 {
     switch (state) {
     case RecordingState::recording:
-        return QStringLiteral("■ Detener grabación");
+        return "■ Detener grabación";
     case RecordingState::finishing:
-        return QStringLiteral("Finalizando...");
+        return "Finalizando...";
     case RecordingState::idle:
         break;
     }
-    return QStringLiteral("● Grabar");
+    return "● Grabar";
 }
 
-QString Recording::startedText()
+Message Recording::startedText()
 {
-    return QStringLiteral("Grabando Programa y audio seleccionado.");
+    return "Grabando Programa y audio seleccionado.";
 }
 
-QString Recording::savedText()
+Message Recording::savedText()
 {
-    return QStringLiteral("Grabación guardada correctamente");
+    return "Grabación guardada correctamente";
 }
 
 Recording::Recording(std::shared_ptr<Retirement> retirement)
@@ -47,7 +47,7 @@ void Recording::finish()
     }
 }
 
-std::optional<QString>
+std::optional<Message>
 Recording::push(const FramePtr &frame, std::span<const float> block, std::int64_t tNs)
 {
     if (m_output) {
@@ -58,7 +58,7 @@ Recording::push(const FramePtr &frame, std::span<const float> block, std::int64_
     return poll();
 }
 
-std::optional<QString> Recording::poll()
+std::optional<Message> Recording::poll()
 {
     if (!m_output) {
         return std::nullopt;
@@ -67,12 +67,12 @@ std::optional<QString> Recording::poll()
     return completionCheck();
 }
 
-std::optional<QString> Recording::completionCheck()
+std::optional<Message> Recording::completionCheck()
 {
     if (m_output->running()) {
         return std::nullopt;
     }
-    const QString status = m_output->finished() ? savedText() : m_output->error();
+    const Message status = m_output->finished() ? savedText() : m_output->error();
     m_retirement->retire(std::move(m_output));
     return status;
 }

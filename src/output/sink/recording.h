@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "media/sources/retirement.h"
 #include "output/encode/output.h"
 #include "signal/frame.h"
@@ -19,8 +20,8 @@ enum class RecordingState {
     finishing, ///< end of stream sent, the file is being completed
 };
 
-/// What the record button reads in `state`, untranslated.
-QString recordingButtonText(RecordingState state);
+/// What the record button reads in `state`.
+Message recordingButtonText(RecordingState state);
 
 /// The slot of the program recording. Interface thread only.
 ///
@@ -46,13 +47,12 @@ public:
     void finish();
 
     /// One tick: stamp, picture, sound, bus. `tNs` as in `Output::stamp`. Returns the status to
-    /// show, untranslated, when the recording ended in this tick (cleanly or not); the slot is idle
-    /// then.
-    std::optional<QString>
+    /// show when the recording ended in this tick (cleanly or not); the slot is idle then.
+    std::optional<Message>
     push(const FramePtr &frame, std::span<const float> block, std::int64_t tNs);
 
     /// The bus alone, for the close handler, which no longer makes frames. Returns as `push`.
-    std::optional<QString> poll();
+    std::optional<Message> poll();
 
     /// The first pictures go into the file: a recording whose encoder is ready.
     [[nodiscard]] bool ready() const { return m_output != nullptr && m_output->ready(); }
@@ -61,11 +61,11 @@ public:
     /// An output exists: recording or finishing.
     [[nodiscard]] bool exists() const { return m_output != nullptr; }
 
-    static QString startedText(); ///< "Grabando Programa y audio seleccionado."
-    static QString savedText(); ///< "Grabación guardada correctamente"
+    static Message startedText(); ///< "Grabando Programa y audio seleccionado."
+    static Message savedText(); ///< "Grabación guardada correctamente"
 
 private:
-    std::optional<QString> completionCheck();
+    std::optional<Message> completionCheck();
 
     std::shared_ptr<Retirement> m_retirement;
     std::unique_ptr<Output> m_output;

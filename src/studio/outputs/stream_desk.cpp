@@ -26,7 +26,7 @@ template <typename Step> void StreamDesk::run(Step step)
     try {
         step();
     } catch (const std::exception &error) {
-        Q_EMIT failed(errorText(error));
+        Q_EMIT failed(errorMessage(error));
     }
 }
 
@@ -58,13 +58,13 @@ bool StreamDesk::isWaiting(std::size_t slot) const
     return m_slots.at(slot).ticket != 0;
 }
 
-QString StreamDesk::statusText(std::size_t slot) const
+Message StreamDesk::statusText(std::size_t slot) const
 {
-    return isWaiting(slot) ? QStringLiteral("Buscando la clave guardada…")
+    return isWaiting(slot) ? Message("Buscando la clave guardada…")
                            : m_outputs.destination(slot).statusText();
 }
 
-QString StreamDesk::buttonText(std::size_t slot) const
+Message StreamDesk::buttonText(std::size_t slot) const
 {
     return m_outputs.destination(slot).buttonText();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "output/sink/outputs.h"
 #include "secrets/secret_store.h"
 #include "studio/edit/stage.h"
@@ -36,9 +37,9 @@ public:
 
     /// A start of the slot waits for its key.
     [[nodiscard]] bool isWaiting(std::size_t slot) const;
-    /// What the slot does and what its button does now, untranslated.
-    [[nodiscard]] QString statusText(std::size_t slot) const;
-    [[nodiscard]] QString buttonText(std::size_t slot) const;
+    /// What the slot does and what its button does now.
+    [[nodiscard]] Message statusText(std::size_t slot) const;
+    [[nodiscard]] Message buttonText(std::size_t slot) const;
     /// Keys are on their way to the store.
     [[nodiscard]] bool isSaving() const { return m_isSaving; }
 
@@ -57,8 +58,8 @@ Q_SIGNALS:
     /// Anything that the slot's row shows, short of what a frame may end by itself.
     void changed(std::size_t slot);
     void savingChanged(bool saving);
-    /// An operation failed; the operator's text, untranslated.
-    void failed(const QString &text);
+    /// An operation failed.
+    void failed(const nimbara::Message &reason);
     /// One line for the operator, already translated.
     void said(const QString &text);
 

@@ -12,7 +12,9 @@ DestinationControls::DestinationControls(StreamDesk &desk, const ErrorGuard &gua
     connectTab();
     connect(&desk, &StreamDesk::changed, this, &DestinationControls::showDestination);
     connect(&desk, &StreamDesk::savingChanged, &tab, &OutputsTab::showSaving);
-    connect(&desk, &StreamDesk::failed, this, [&guard](const QString &text) { guard.tell(text); });
+    connect(&desk, &StreamDesk::failed, this, [&guard](const Message &reason) {
+        guard.tell(reason);
+    });
 }
 
 void DestinationControls::connectTab()

@@ -101,8 +101,8 @@ void OutputsTab::showWanted(std::size_t slot,
 }
 
 void OutputsTab::showDestination(std::size_t slot,
-    const QString &buttonText,
-    const QString &stateText,
+    const Message &buttonText,
+    const Message &stateText,
     bool waiting)
 {
     const Row &row = m_rows.at(slot);
@@ -121,7 +121,7 @@ void OutputsTab::showSaving(bool saving)
     m_saveKeys->setEnabled(!saving);
 }
 
-void OutputsTab::showRecording(const QString &buttonText)
+void OutputsTab::showRecording(const Message &buttonText)
 {
     m_record->setText(nimbara_i18n::tr(buttonText));
 }

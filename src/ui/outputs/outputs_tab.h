@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/message.h"
+
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -25,15 +27,14 @@ public:
 
     /// What the slot's fields and its tick stand at.
     void showWanted(std::size_t slot, const QString &server, const QString &key, bool selected);
-    /// `buttonText`, `stateText`: untranslated. `waiting`: the button takes no press for now.
+    /// `waiting`: the button takes no press for now.
     void showDestination(std::size_t slot,
-        const QString &buttonText,
-        const QString &stateText,
+        const Message &buttonText,
+        const Message &stateText,
         bool waiting);
     /// Keys are being saved: the button takes no press for now.
     void showSaving(bool saving);
-    /// `buttonText`: untranslated.
-    void showRecording(const QString &buttonText);
+    void showRecording(const Message &buttonText);
 
 Q_SIGNALS:
     /// The fields hold other texts, typed or shown.

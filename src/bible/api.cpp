@@ -1,6 +1,5 @@
 #include "bible/api.h"
 
-#include "base/i18n.h"
 #include "bible/books.h"
 
 #include <QJsonArray>
@@ -13,7 +12,7 @@ namespace bible {
 
 namespace {
 
-using nimbara_i18n::tr;
+using nimbara::Message;
 
 /// In bytes. No passage or list comes near.
 constexpr qint64 maxReply = qint64 { 8 } * 1024 * 1024;
@@ -45,12 +44,12 @@ QString passagePath(const QString &bibleId, const Ref &ref)
         + QStringLiteral("&include-verse-spans=false");
 }
 
-QString describeError(int status)
+Message describeError(int status)
 {
     if (status == 401 || status == 403) {
-        return tr("API.Bible: clave no válida o sin permiso para esa Biblia");
+        return "API.Bible: clave no válida o sin permiso para esa Biblia";
     }
-    return tr("API.Bible: sin respuesta") + QStringLiteral(" (HTTP %1)").arg(status);
+    return "API.Bible: sin respuesta" + Message::verbatim(QStringLiteral(" (HTTP %1)").arg(status));
 }
 
 QList<ListedBible> readBibles(const QJsonObject &reply)
@@ -105,7 +104,7 @@ Api::Api(nimbara::Endpoint endpoint, std::chrono::milliseconds timeout)
 
 void Api::bibles(const QString &key, const QString &language, BiblesCallback done)
 {
-    const auto finish = [done = std::move(done)](const QJsonObject &reply, const QString &error) {
+    const auto finish = [done = std::move(done)](const QJsonObject &reply, const Message &error) {
         done(readBibles(reply), error);
     };
     apiBibleGet(QStringLiteral("bibles?language=") + escaped(language), key, finish);
@@ -114,21 +113,21 @@ void Api::bibles(const QString &key, const QString &language, BiblesCallback don
 void Api::passage(const QString &key, const QString &bibleId, const Ref &ref, TextCallback done)
 {
     if (!isPassage(ref)) {
-        done({}, tr("Cita no válida"));
+        done({}, "Cita no válida");
         return;
     }
-    const auto finish = [done = std::move(done)](const QJsonObject &reply, const QString &error) {
+    const auto finish = [done = std::move(done)](const QJsonObject &reply, const Message &error) {
         const QJsonObject data = reply.value(QLatin1String("data")).toObject();
         const QString text = data.value(QLatin1String("content")).toString().simplified();
         const bool missing = error.isEmpty() && text.isEmpty();
-        done(text, missing ? tr("API.Bible no devolvió texto para esa cita") : error);
+        done(text, missing ? Message("API.Bible no devolvió texto para esa cita") : error);
     };
     apiBibleGet(passagePath(bibleId, ref), key, finish);
 }
 
 void Api::apiBibleGet(const QString &path,
     const QString &key,
-    std::function<void(const QJsonObject &, const QString &error)> done)
+    std::function<void(const QJsonObject &, const Message &error)> done)
 {
     nimbara::HttpRequest request;
     request.endpoint = m_endpoint;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "bible/reference.h"
 #include "net/endpoints.h"
 #include "net/http_client.h"
@@ -34,12 +35,13 @@ QString passageId(const Ref &ref);
 ///
 /// Interface thread only. Every callback comes from the event loop, except that of a refused
 /// reference, which comes at once; none comes after the client is gone. An empty error means
-/// success; errors are translated for the operator and never hold the key. Nothing is retried, and
+/// success; errors are for the operator and never hold the key. Nothing is retried, and
 /// a newer request does not cancel an older one.
 class Api {
 public:
-    using BiblesCallback = std::function<void(const QList<ListedBible> &, const QString &error)>;
-    using TextCallback = std::function<void(const QString &text, const QString &error)>;
+    using BiblesCallback
+        = std::function<void(const QList<ListedBible> &, const nimbara::Message &error)>;
+    using TextCallback = std::function<void(const QString &text, const nimbara::Message &error)>;
 
     explicit Api(nimbara::Endpoint endpoint = nimbara::apiBibleEndpoint(),
         std::chrono::milliseconds timeout = std::chrono::seconds(15));
@@ -53,7 +55,7 @@ public:
 private:
     void apiBibleGet(const QString &path,
         const QString &key,
-        std::function<void(const QJsonObject &, const QString &error)> done);
+        std::function<void(const QJsonObject &, const nimbara::Message &error)> done);
 
     nimbara::Endpoint m_endpoint;
     std::chrono::milliseconds m_timeout;

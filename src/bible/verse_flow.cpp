@@ -7,7 +7,7 @@ namespace bible {
 
 namespace {
 
-using nimbara_i18n::tr;
+using nimbara::Message;
 
 QString otherPrefix()
 {
@@ -93,25 +93,25 @@ VerseUpdate builtInVerse(const Bible &bible, const Ref &ref, const QString &lang
 }
 
 VerseOutcome
-passageOutcome(const Ref &ref, const QString &listed, const QString &text, const QString &error)
+passageOutcome(const Ref &ref, const QString &listed, const QString &text, const Message &error)
 {
     if (!error.isEmpty()) {
-        return { std::nullopt, error + dot() + tr("se mantiene RV1909") };
+        return { std::nullopt, error + Message::verbatim(dot()) + "se mantiene RV1909" };
     }
     return shown(text, label(ref, spanishCode()), sourceName(listed));
 }
 
-VerseOutcome translationOutcome(const Ref &ref, const QString &text, const QString &error)
+VerseOutcome translationOutcome(const Ref &ref, const QString &text, const Message &error)
 {
     if (!error.isEmpty()) {
         return { std::nullopt, error };
     }
-    return shown(text, label(ref, englishCode()), tr("traducción automática"));
+    return shown(text, label(ref, englishCode()), nimbara_i18n::tr("traducción automática"));
 }
 
-QString readyStatus(const QString &label)
+Message readyStatus(const QString &label)
 {
-    return tr("Versículo listo: ") + label;
+    return "Versículo listo: " + Message::verbatim(label);
 }
 
 } // namespace bible

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "bible/builtin.h"
 #include "bible/reference.h"
 
@@ -38,22 +39,24 @@ Ref requireReference(const QString &typed);
 VerseUpdate builtInVerse(const Bible &bible, const Ref &ref, const QString &lang);
 
 /// What becomes of an online reply: the new contents of the layer, nothing when the built-in text
-/// stays, and the message for the status line, translated.
+/// stays, and the message for the status line.
 struct VerseOutcome {
     std::optional<VerseUpdate> update;
-    QString status;
+    nimbara::Message status;
 
     bool operator==(const VerseOutcome &) const = default;
 };
 
-/// `listed` is the chosen entry of the Bible list, "Reina Valera 1960 (RVR60)", or empty. An
-/// `error` is translated already.
-VerseOutcome
-passageOutcome(const Ref &ref, const QString &listed, const QString &text, const QString &error);
+/// `listed` is the chosen entry of the Bible list, "Reina Valera 1960 (RVR60)", or
+/// empty.
+VerseOutcome passageOutcome(const Ref &ref,
+    const QString &listed,
+    const QString &text,
+    const nimbara::Message &error);
 
-VerseOutcome translationOutcome(const Ref &ref, const QString &text, const QString &error);
+VerseOutcome translationOutcome(const Ref &ref, const QString &text, const nimbara::Message &error);
 
-/// "Versículo listo: " and the label, translated.
-QString readyStatus(const QString &label);
+/// "Versículo listo: " and the label.
+nimbara::Message readyStatus(const QString &label);
 
 } // namespace bible

@@ -1,7 +1,6 @@
 #include "bible/verse_lookup.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 
 #include <QFutureWatcher>
 #include <QPointer>
@@ -10,7 +9,7 @@
 
 namespace bible {
 
-using nimbara_i18n::tr;
+using nimbara::Message;
 
 VerseLookup::VerseLookup(Api &api, VerseTranslator &translator, QFuture<void> ready)
     : m_api(api)
@@ -42,7 +41,7 @@ void VerseLookup::showWhenReady(const Request &request)
         try {
             showBuiltIn(request.layer, request.ref, request.source);
         } catch (const nimbara::Error &error) {
-            failed(error.text());
+            failed(error.message());
         }
     });
     watcher->setFuture(m_ready);
@@ -88,12 +87,12 @@ void VerseLookup::askApiBible(const Request &request, const QString &key)
 {
     if (key.isEmpty() || request.source.apiBibleId.isEmpty()) {
         statusChanged(request.layer,
-            tr("Versículo mostrado con RV1909: configura la clave y la Biblia de API.Bible "
-               "en la pestaña Traducción IA y Biblia."));
+            "Versículo mostrado con RV1909: configura la clave y la Biblia de API.Bible "
+            "en la pestaña Traducción IA y Biblia.");
         return;
     }
-    statusChanged(request.layer, tr("Consultando API.Bible..."));
-    const auto done = [self = QPointer(this), request](const QString &text, const QString &error) {
+    statusChanged(request.layer, "Consultando API.Bible...");
+    const auto done = [self = QPointer(this), request](const QString &text, const Message &error) {
         if (self) {
             self->finish(request,
                 passageOutcome(request.ref, request.source.apiBibleName, text, error));
@@ -109,12 +108,12 @@ void VerseLookup::askTranslation(const Request &request,
 {
     if (key.isEmpty()) {
         statusChanged(request.layer,
-            tr("Versículo en español; para traducirlo a otro idioma añade la API key de "
-               "OpenAI."));
+            "Versículo en español; para traducirlo a otro idioma añade la API key de "
+            "OpenAI.");
         return;
     }
-    statusChanged(request.layer, tr("Traduciendo versículo..."));
-    const auto done = [self = QPointer(this), request](const QString &text, const QString &error) {
+    statusChanged(request.layer, "Traduciendo versículo...");
+    const auto done = [self = QPointer(this), request](const QString &text, const Message &error) {
         if (self) {
             self->finish(request, translationOutcome(request.ref, text, error));
         }

@@ -41,12 +41,12 @@ public:
     /// loop.
     void lookupVerse(LayerId layer, const QString &typed, const Source &source);
 
-    /// Gets messages for the status line, translated.
-    std::function<void(LayerId layer, const QString &text)> statusChanged
-        = [](LayerId, const QString &) {};
+    /// Gets messages for the status line.
+    std::function<void(LayerId layer, const nimbara::Message &)> statusChanged
+        = [](LayerId, const nimbara::Message &) {};
 
-    /// Gets the failure of a lookup that had to wait for the Bibles, in Spanish like a thrown one.
-    std::function<void(const QString &error)> failed = [](const QString &) {};
+    /// Gets the failure of a lookup that had to wait for the Bibles.
+    std::function<void(const nimbara::Message &error)> failed = [](const nimbara::Message &) {};
 
     /// Whether the layer is still there and still a verse layer. Asked before anything that comes
     /// later than the call of `lookupVerse`.

@@ -1,6 +1,5 @@
 #include "bible/verse_translator.h"
 
-#include "base/i18n.h"
 #include "net/openai.h"
 
 #include <utility>
@@ -46,8 +45,8 @@ void VerseTranslator::translateVerse(const QString &key,
             = reply.isOk() ? nimbara::openai::outputText(reply.body).trimmed() : QString();
         done(translated,
             translated.isEmpty()
-                ? nimbara_i18n::tr("No se pudo traducir el versículo (revisa la API key de OpenAI)")
-                : QString());
+                ? nimbara::Message("No se pudo traducir el versículo (revisa la API key de OpenAI)")
+                : nimbara::Message());
     };
     m_http.send(std::move(request), finish);
 }

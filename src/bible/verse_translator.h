@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "net/endpoints.h"
 #include "net/http_client.h"
 
@@ -14,9 +15,8 @@ namespace bible {
 /// loop, and not after the translator is gone.
 class VerseTranslator {
 public:
-    /// An empty error means success. The error is translated for the operator; it says the same for
-    /// every failure.
-    using Callback = std::function<void(const QString &text, const QString &error)>;
+    /// An empty error means success. The error says the same for every failure.
+    using Callback = std::function<void(const QString &text, const nimbara::Message &error)>;
 
     explicit VerseTranslator(nimbara::Endpoint endpoint = nimbara::openAiEndpoint(),
         std::chrono::milliseconds timeout = std::chrono::seconds(20));

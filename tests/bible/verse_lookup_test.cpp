@@ -38,8 +38,9 @@ struct Desk {
         , translator(endpoint)
         , lookup(std::make_unique<VerseLookup>(api, translator, std::move(ready)))
     {
-        lookup->statusChanged = [this](auto, const QString &text) { said << text; };
-        lookup->failed = [this](const QString &text) { failures << text; };
+        lookup->statusChanged
+            = [this](auto, const nimbara::Message &text) { said << text.spanish(); };
+        lookup->failed = [this](const nimbara::Message &text) { failures << text.spanish(); };
         lookup->holdsVerse = [this](auto layer) { return !gone.contains(layer); };
         lookup->updateLayer = [this](auto layer, const VerseUpdate &update) {
             layers[layer] = update;
@@ -179,7 +180,9 @@ void VerseLookupTest::failedPassages()
     for (const bible::Ref &ref :
         { bible::Ref {}, { 66, 1, 1, 1 }, { 42, 0, 1, 1 }, { 42, 3, 18, 16 } }) {
         QString told;
-        desk.api.passage(desk.key, desk.bibleId, ref, [&](auto &, auto &error) { told = error; });
+        desk.api.passage(desk.key, desk.bibleId, ref, [&](auto &, auto &error) {
+            told = error.spanish();
+        });
         QCOMPARE(told, u"Cita no válida"_s); // at once: nothing is sent
     }
 }
@@ -234,7 +237,7 @@ void VerseLookupTest::listings()
             for (const bible::ListedBible &entry : bibles) {
                 parts << entry.id << entry.text;
             }
-            parts << QString::number(bible::preferredBible(bibles)) << failure;
+            parts << QString::number(bible::preferredBible(bibles)) << failure.spanish();
         });
         QTRY_COMPARE(requests(), 1);
         QCOMPARE(field(request(), "path"), u"/v1/bibles?language=spa"_s);

@@ -25,8 +25,10 @@ VerseDesk::VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &st
     , m_translator(openAi)
     , m_lookup(m_api, m_translator)
 {
-    m_lookup.statusChanged = [this](auto id, const QString &text) { tell(LayerId::of(id), text); };
-    m_lookup.failed = [this](const QString &text) { Q_EMIT failed(text); };
+    m_lookup.statusChanged = [this](auto id, const Message &message) {
+        tell(LayerId::of(id), nimbara_i18n::tr(message));
+    };
+    m_lookup.failed = [this](const Message &error) { Q_EMIT failed(error); };
     m_lookup.holdsVerse = [this](auto id) { return verseLayer(LayerId::of(id)) != nullptr; };
     m_lookup.updateLayer
         = [this](auto id, const bible::VerseUpdate &update) { receive(LayerId::of(id), update); };

@@ -45,8 +45,8 @@ public:
 Q_SIGNALS:
     /// An answer waits for the layer now, or no more.
     void waitingChanged(nimbara::LayerId layer);
-    /// A lookup that had to wait for the Bibles has failed; the operator's text, untranslated.
-    void failed(const QString &text);
+    /// A lookup that had to wait for the Bibles has failed.
+    void failed(const nimbara::Message &reason);
 
 private:
     [[nodiscard]] const Layer *verseLayer(LayerId id) const;

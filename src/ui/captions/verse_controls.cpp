@@ -42,7 +42,9 @@ VerseControls::VerseControls(Studio &studio,
     showStored();
     connectViews();
     VerseDesk &desk = m_studio.verses();
-    connect(&desk, &VerseDesk::failed, this, [this](const QString &text) { m_guard.tell(text); });
+    connect(&desk, &VerseDesk::failed, this, [this](const Message &reason) {
+        m_guard.tell(reason);
+    });
 }
 
 void VerseControls::showStored()
@@ -116,9 +118,9 @@ void VerseControls::listBibles(const QString &key)
 {
     m_studio.status(nimbara_i18n::tr("Consultando API.Bible..."));
     m_studio.verses().listBibles(key,
-        [this](const QList<bible::ListedBible> &bibles, const QString &error) {
+        [this](const QList<bible::ListedBible> &bibles, const Message &error) {
             if (!error.isEmpty()) {
-                m_studio.status(error);
+                m_studio.status(nimbara_i18n::tr(error));
                 return;
             }
             m_views.bible.showBibles(bibles, bible::preferredBible(bibles));

@@ -109,8 +109,8 @@ double liveMs(const std::vector<AudioBlock> &blocks)
     const SystemClock clock;
     Translation engine(clock, peer.endpoint());
     bool live = false;
-    engine.statusChanged = [&live](const QString &text) {
-        live = live || text.startsWith(QStringLiteral("Modo en vivo activo"));
+    engine.statusChanged = [&live](const Message &text) {
+        live = live || text.spanish().startsWith(QStringLiteral("Modo en vivo activo"));
     };
     engine.start(QStringLiteral("sk-bench"), QStringLiteral("English"), false, {});
     await([&] { return live; });

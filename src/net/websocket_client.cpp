@@ -54,7 +54,7 @@ void WebSocketClient::open(const QString &path, const QByteArray &authorization)
     QObject::connect(m_socket, &QSslSocket::encrypted, &m_sockets, [this] { sendUpgrade(); });
     QObject::connect(m_socket, &QSslSocket::readyRead, &m_sockets, [this] { receive(); });
     QObject::connect(m_socket, &QSslSocket::errorOccurred, &m_sockets, [this] {
-        failed(m_socket->errorString());
+        failed(Message::verbatim(m_socket->errorString()));
     });
     QObject::connect(m_socket, &QSslSocket::disconnected, &m_sockets, [this] { lost(); });
     m_socket->connectToHostEncrypted(m_endpoint.host,
@@ -138,7 +138,7 @@ void WebSocketClient::receiveFrames()
         }
     }
     if (m_frames.isBroken() || m_messages.isBroken()) {
-        failed(QStringLiteral("respuesta no válida del servidor"));
+        failed("respuesta no válida del servidor");
     }
 }
 
@@ -174,7 +174,7 @@ void WebSocketClient::sendFrame(std::uint8_t opcode, const QByteArray &payload)
     // A network that went away without closing the connection is noticed by the system after many
     // minutes only. Until then audio would pile up here and the screens would stay empty.
     if (m_socket->bytesToWrite() + m_socket->encryptedBytesToWrite() > stallLimit) {
-        failed(QStringLiteral("la red no responde"));
+        failed("la red no responde");
         return;
     }
     m_socket->write(websocket::encodeFrame(opcode, payload, newMask()));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "net/endpoints.h"
 #include "net/websocket_frame.h"
 
@@ -48,7 +49,7 @@ public:
     std::function<void(const QByteArray &text)> message = [](const QByteArray &) {};
     std::function<void()> closed = [] {}; ///< close frame from the server
     /// Socket error, stalled network or a stream that is no WebSocket; gets the reason.
-    std::function<void(const QString &reason)> failed = [](const QString &) {};
+    std::function<void(const Message &reason)> failed = [](const Message &) {};
     std::function<void()> lost = [] {}; ///< the connection ended without an error
 
 private:

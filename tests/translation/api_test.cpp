@@ -71,10 +71,10 @@ void ApiTest::namesFailures()
     QFETCH(QByteArray, body);
     QFETCH(QString, message);
     const auto failure = api::describeError(status, body, {}, u"Voz"_s);
-    QCOMPARE(failure.message, u"Voz: "_s + message);
+    QCOMPARE(failure.message.spanish(), u"Voz: "_s + message);
     QTEST(failure.fatal, "fatal");
-    const auto numbered = api::describeError(status, body, "req_1", u"Voz"_s);
-    QCOMPARE(numbered.message, u"Voz: "_s + message + u" ID: req_1"_s);
+    const auto numbered = api::describeError(status, body, u"req_1"_s, u"Voz"_s);
+    QCOMPARE(numbered.message.spanish(), u"Voz: "_s + message + u" ID: req_1"_s);
 }
 
 void ApiTest::reportsFailedConnections()
@@ -85,7 +85,7 @@ void ApiTest::reportsFailedConnections()
     ApiClient wary(distrusted);
     QStringList messages;
     for (ApiClient *each : { &client, &wary }) {
-        each->statusChanged = [&](const QString &text) { messages.append(text); };
+        each->statusChanged = [&](const Message &text) { messages.append(text.spanish()); };
         each->open(u"sk-1"_s);
     }
     const auto none = [](const QByteArray &) { QFAIL("no reply was sent"); };
@@ -125,7 +125,7 @@ void ApiTest::testsTheKey()
     ManualClock clock;
     KeyTest test(clock, m_peer.endpoint());
     QStringList messages;
-    test.status = [&](const QString &text) { messages.append(text); };
+    test.status = [&](const Message &text) { messages.append(text.spanish()); };
     m_peer.onEvent = {};
     m_peer.events.clear();
     QVERIFY_EXCEPTION_THROWN(test.run({}), Error);

@@ -100,9 +100,9 @@ void EngineTest::init()
     m_peer.events.clear();
     m_peer.onEvent = {};
     m_engine = std::make_unique<Translation>(m_clock, m_peer.endpoint());
-    m_engine->statusChanged = [this](const QString &text) { m_statuses.append(text); };
+    m_engine->statusChanged = [this](const Message &text) { m_statuses.append(text.spanish()); };
     m_engine->caption = [this](const QString &text) { m_captions.append(text); };
-    m_engine->heard = [this](const QString &text) { m_heard.append(text); };
+    m_engine->heard = [this](const Message &text) { m_heard.append(text.spanish()); };
     m_engine->voiceAudio = [this](const QByteArray &pcm) { m_voices.append(pcm); };
 }
 
@@ -318,8 +318,8 @@ void EngineTest::goesOnAfterFailures()
 void EngineTest::stopsAfterFatalFailures()
 {
     bool runningInMessage = false;
-    m_engine->statusChanged = [&](const QString &text) {
-        m_statuses.append(text);
+    m_engine->statusChanged = [&](const Message &text) {
+        m_statuses.append(text.spanish());
         runningInMessage = m_engine->running();
     };
     start();
@@ -379,7 +379,7 @@ void EngineTest::obeysStopsFromCallbacks()
     }
     QTRY_VERIFY(!m_engine->running());
     QCOMPARE(m_captions.size(), 1);
-    m_engine->statusChanged = [this](const QString &) { m_engine->stopEngine(); };
+    m_engine->statusChanged = [this](const Message &) { m_engine->stopEngine(); };
     start();
     QVERIFY(!m_engine->running());
 }

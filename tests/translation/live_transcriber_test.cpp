@@ -51,7 +51,7 @@ void LiveTranscriberTest::init()
     m_peer.events.clear();
     m_log.clear();
     m_live = std::make_unique<LiveTranscriber>(m_clock, m_peer.endpoint());
-    m_live->status = [this](const QString &text) { m_log.append(text); };
+    m_live->status = [this](const Message &text) { m_log.append(text.spanish()); };
     m_live->partial = [this](const QString &text) { m_log.append(u"~"_s + text); };
     m_live->turn = [this](const QString &text, std::int64_t time) {
         m_log.append(u"=%1 %2"_s.arg(text).arg(m_clock.wallMs() - time));

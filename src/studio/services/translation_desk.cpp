@@ -52,10 +52,11 @@ void TranslationDesk::connectEngine(AudioInput &input)
         m_engine.processAudio(block);
     });
     m_engine.caption = [this](const QString &text) { addCaption(text); };
-    m_engine.heard = [this](const QString &text) { tellHeard(text); };
+    m_engine.heard = [this](const Message &text) { tellHeard(nimbara_i18n::tr(text)); };
     m_engine.voiceAudio = [this](const QByteArray &pcm) { queueVoice(m_sound.voice(), pcm); };
-    m_engine.statusChanged = [this](const QString &text) { tell(text); };
-    m_keyTest.status = [this](const QString &text) {
+    m_engine.statusChanged = [this](const Message &message) { tell(message); };
+    m_keyTest.status = [this](const Message &message) {
+        const QString text = nimbara_i18n::tr(message);
         Q_EMIT reported(text);
         Q_EMIT said(text);
     };
@@ -67,7 +68,7 @@ template <typename Step> void TranslationDesk::run(Step step)
     try {
         step();
     } catch (const std::exception &error) {
-        Q_EMIT failed(errorText(error));
+        Q_EMIT failed(errorMessage(error));
     }
 }
 
@@ -248,7 +249,7 @@ void TranslationDesk::showCaptions()
     m_stage.captions.separator = separatorText(m_captions.separator());
 }
 
-void TranslationDesk::tell(const QString &text)
+void TranslationDesk::tell(const Message &message)
 {
     // A message of an engine that has stopped: what is still on screen and in the air goes too.
     const bool ended = !running();
@@ -256,7 +257,7 @@ void TranslationDesk::tell(const QString &text)
         clearCaptions();
         m_sound.voice().clear();
     }
-    const QString shown = nimbara_i18n::tr(text);
+    const QString shown = nimbara_i18n::tr(message);
     Q_EMIT reported(shown);
     Q_EMIT said(nimbara_i18n::tr("IA: ") + shown);
     logLine(QStringLiteral("IA: ") + shown);

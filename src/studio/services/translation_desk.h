@@ -82,8 +82,8 @@ Q_SIGNALS:
     void reported(const QString &text);
     /// What was understood; see `Translation::heard`.
     void heard(const QString &text);
-    /// An operation failed; the operator's text, untranslated.
-    void failed(const QString &text);
+    /// An operation failed.
+    void failed(const nimbara::Message &reason);
     /// One line for the operator, already translated.
     void said(const QString &text);
 
@@ -98,7 +98,7 @@ private:
     void setSource(const QString &source);
     void addCaption(const QString &text);
     void showCaptions();
-    void tell(const QString &text);
+    void tell(const Message &message);
     void tellHeard(const QString &text);
 
     const Clock &m_clock;

@@ -1,7 +1,6 @@
 #include "translation/pipeline/engine.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 #include "net/openai.h"
 #include "translation/pipeline/voice.h"
 #include "translation/pipeline/wav.h"
@@ -29,7 +28,7 @@ Translation::Translation(const Clock &clock, const Endpoint &endpoint)
     , m_live(clock, endpoint)
     , m_target(languages::defaultTarget())
 {
-    m_api.statusChanged = [this](const QString &text) { statusChanged(text); };
+    m_api.statusChanged = [this](const Message &message) { statusChanged(message); };
     connectLive();
     m_releaseTimer.setInterval(500);
     QObject::connect(&m_releaseTimer, &QTimer::timeout, &m_releaseTimer, [this] {
@@ -40,10 +39,10 @@ Translation::Translation(const Clock &clock, const Endpoint &endpoint)
 
 void Translation::connectLive()
 {
-    m_live.status = [this](const QString &text) { statusChanged(text); };
+    m_live.status = [this](const Message &message) { statusChanged(message); };
     m_live.partial = [this](const QString &text) {
         if (running()) {
-            heard(QStringLiteral("… ") + text);
+            heard(Message::verbatim(QStringLiteral("… ") + text));
         }
     };
     m_live.turn = [this](const QString &text, std::int64_t phraseTimeMs) {
@@ -59,7 +58,7 @@ void Translation::connectLive()
         for (const AudioBlock &block : m_seam.take()) {
             segment(block);
         }
-        statusChanged(QStringLiteral("Modo en vivo no disponible; se usa modo por trozos."));
+        statusChanged("Modo en vivo no disponible; se usa modo por trozos.");
     };
 }
 
@@ -79,7 +78,7 @@ void Translation::start(const QString &key,
     m_startTime = m_clock.wallMs();
     m_api.open(trimmed);
     const std::int32_t generation = requestGeneration();
-    statusChanged(QStringLiteral("IA activa; conectando modo en vivo..."));
+    statusChanged("IA activa; conectando modo en vivo...");
     if (!isCurrent(generation)) {
         return;
     }
@@ -108,8 +107,7 @@ void Translation::processAudio(const AudioBlock &block)
     }
     if (m_clock.wallMs() - m_startTime > maxRunMs) {
         stopEngine();
-        statusChanged(
-            QStringLiteral("IA pausada tras 3 horas; inicia otra sesion si corresponde."));
+        statusChanged("IA pausada tras 3 horas; inicia otra sesion si corresponde.");
         return;
     }
     const std::int32_t generation = requestGeneration();
@@ -142,7 +140,7 @@ void Translation::takePhrase(const PhraseSamples &samples)
         return;
     }
     if (m_pendingSegments.size() >= maxPending) {
-        statusChanged(QStringLiteral("IA con retraso; se omite un segmento."));
+        statusChanged("IA con retraso; se omite un segmento.");
         return;
     }
     m_pendingSegments.push_back({ m_order.take(m_clock.wallMs()), wavFile(samples) });
@@ -178,9 +176,9 @@ void Translation::translate(std::int32_t sequence, const QString &text)
     const std::int32_t generation = requestGeneration();
     const bool repeated = m_memory.isRepeated(text);
     if (repeated) {
-        heard(nimbara_i18n::tr("(repetido, descartado) ") + text);
+        heard("(repetido, descartado) " + Message::verbatim(text));
     } else if (!text.trimmed().isEmpty()) {
-        heard(text);
+        heard(Message::verbatim(text));
     }
     if (!isCurrent(generation)) {
         return;
@@ -222,7 +220,7 @@ void Translation::releaseResults()
     }
     const std::int32_t generation = requestGeneration();
     if (m_order.skipLate(m_clock.wallMs())) {
-        statusChanged(QStringLiteral("Se omitió un segmento lento para no detener la pantalla."));
+        statusChanged("Se omitió un segmento lento para no detener la pantalla.");
     }
     while (isCurrent(generation)) {
         const auto phrase = m_order.next();
@@ -245,8 +243,8 @@ void Translation::show(const PhraseOrder::Released &phrase)
     const double delay = phrase.phraseTimeMs == 0
         ? 0.0
         : static_cast<double>(m_clock.wallMs() - phrase.phraseTimeMs) / 1000.0;
-    statusChanged(nimbara_i18n::tr("Subtítulo actualizado · ") + QString::number(delay, 'f', 1)
-        + nimbara_i18n::tr(" s después de la frase"));
+    statusChanged("Subtítulo actualizado · " + Message::verbatim(QString::number(delay, 'f', 1))
+        + " s después de la frase");
     if (m_voice && isCurrent(generation)) {
         speak(phrase.text);
     }

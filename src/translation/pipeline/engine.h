@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/clock.h"
+#include "base/message.h"
 #include "net/endpoints.h"
 #include "signal/audio_block.h"
 #include "translation/pipeline/phrase_order.h"
@@ -55,12 +56,12 @@ public:
     /// Raised by every stop.
     [[nodiscard]] std::int32_t requestGeneration() const { return m_api.generation(); }
 
-    /// Progress and failures, Spanish, shown as they are.
-    std::function<void(const QString &text)> statusChanged = [](const QString &) {};
+    /// Progress and failures.
+    std::function<void(const Message &message)> statusChanged = [](const Message &) {};
     /// The next translated phrase.
     std::function<void(const QString &text)> caption = [](const QString &) {};
     /// What was understood; begins with "… " while it is still being spoken.
-    std::function<void(const QString &text)> heard = [](const QString &) {};
+    std::function<void(const Message &text)> heard = [](const Message &) {};
     /// A spoken caption: 16-bit little-endian mono PCM at 24000 Hz, at most 30 s.
     std::function<void(const QByteArray &pcm)> voiceAudio = [](const QByteArray &) {};
 

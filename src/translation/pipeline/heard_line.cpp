@@ -1,12 +1,10 @@
 #include "translation/pipeline/heard_line.h"
 
-#include "base/i18n.h"
-
 namespace nimbara::heard {
 
-QString label(const QString &text)
+Message label(const QString &text)
 {
-    return nimbara_i18n::tr("Escuchado: ") + text.right(300);
+    return "Escuchado: " + Message::verbatim(text.right(300));
 }
 
 std::optional<QString> logText(const QString &text)

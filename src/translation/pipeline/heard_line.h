@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/message.h"
+
 #include <QString>
 
 #include <optional>
@@ -7,8 +9,8 @@
 /// The operator's line of what was understood. Pure.
 namespace nimbara::heard {
 
-/// The label's text, translated: "Escuchado: " and the last 300 characters.
-QString label(const QString &text);
+/// The label's text: "Escuchado: " and the last 300 characters.
+Message label(const QString &text);
 
 /// The line for the log; none for a text that is still being spoken.
 std::optional<QString> logText(const QString &text);

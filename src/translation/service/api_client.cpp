@@ -78,10 +78,12 @@ void ApiClient::finish(const HttpReply &reply, const Call &call)
 
 void ApiClient::describeApiError(const HttpReply &reply, const QString &tag)
 {
-    const auto failure
-        = api::describeError(reply.status, reply.body, reply.header("x-request-id"), tag);
+    // The service may echo the key in what it answers.
+    const QString requestId
+        = api::withoutKey(QString::fromLatin1(reply.header("x-request-id")), m_key);
+    const auto failure = api::describeError(reply.status, reply.body, requestId, tag);
     const std::int32_t generation = m_generation;
-    statusChanged(api::withoutKey(failure.message, m_key));
+    statusChanged(failure.message);
     if (failure.fatal && generation == m_generation) {
         m_open = false;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "net/http_client.h"
 
 #include <QJsonObject>
@@ -57,7 +58,7 @@ public:
     void probe(const QString &path, std::chrono::milliseconds timeout);
 
     /// Gets the message of every failure.
-    std::function<void(const QString &text)> statusChanged = [](const QString &) {};
+    std::function<void(const Message &message)> statusChanged = [](const Message &) {};
 
 private:
     struct Call {

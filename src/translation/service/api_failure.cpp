@@ -1,14 +1,10 @@
 #include "translation/service/api_failure.h"
 
-#include "base/i18n.h"
-
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
 
 namespace nimbara::api {
-
-using nimbara_i18n::tr;
 
 namespace {
 
@@ -20,27 +16,27 @@ QJsonObject errorObject(const QByteArray &body)
 } // namespace
 
 Failure
-describeError(int status, const QByteArray &body, const QByteArray &requestId, const QString &tag)
+describeError(int status, const QByteArray &body, const QString &requestId, const QString &tag)
 {
     const QString code = errorObject(body).value(QLatin1String("code")).toString();
     Failure failure;
-    QString text;
+    Message text;
     if (status == 429 && code == QLatin1String("insufficient_quota")) {
         failure.fatal = true;
-        text
-            = tr("Sin cuota/saldo disponible en el proyecto API. Revisa Facturación del proyecto.");
+        text = "Sin cuota/saldo disponible en el proyecto API. Revisa Facturación del proyecto.";
     } else if (status == 429) {
-        text = tr("Limite temporal de la API; se reintenta con el siguiente segmento.");
+        text = "Limite temporal de la API; se reintenta con el siguiente segmento.";
     } else if (status == 401 || status == 403) {
         failure.fatal = true;
-        text = tr("API key o permisos no validos.");
+        text = "API key o permisos no validos.";
     } else {
-        text = tr("No se pudo completar la solicitud. HTTP %1. Revisa conexion y acceso al modelo.")
-                   .arg(status);
+        text = Message(
+            "No se pudo completar la solicitud. HTTP %1. Revisa conexion y acceso al modelo.",
+            { Message::verbatim(QString::number(status)) });
     }
-    failure.message = tr(tag) + QStringLiteral(": ") + text;
+    failure.message = Message(tag) + Message::verbatim(QStringLiteral(": ")) + text;
     if (!requestId.isEmpty()) {
-        failure.message += QStringLiteral(" ID: ") + QString::fromLatin1(requestId);
+        failure.message += Message::verbatim(QStringLiteral(" ID: ") + requestId);
     }
     return failure;
 }

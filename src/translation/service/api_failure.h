@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/message.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -8,15 +10,15 @@ namespace nimbara::api {
 
 /// What went wrong with a call, for the operator.
 struct Failure {
-    QString message; ///< Spanish, shown as it is
+    Message message;
     bool fatal = false; ///< no later call can succeed: the key is refused or its credit is used up
 };
 
 /// The message for a failed reply. `status` is the HTTP status, 0 without one; `body` the reply's
-/// body, JSON or not; `requestId` the value of its "x-request-id" header in Latin-1, empty without
-/// one; `tag` the word that the message begins with.
+/// body, JSON or not; `requestId` the value of its "x-request-id" header, empty without
+/// one, shown as it is; `tag` the word that the message begins with.
 Failure
-describeError(int status, const QByteArray &body, const QByteArray &requestId, const QString &tag);
+describeError(int status, const QByteArray &body, const QString &requestId, const QString &tag);
 
 /// "error"."message" of a reply or event; empty when there is none.
 QString errorMessage(const QByteArray &body);

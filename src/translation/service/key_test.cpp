@@ -1,7 +1,6 @@
 #include "translation/service/key_test.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 #include "net/openai.h"
 #include "translation/service/api_failure.h"
 #include "translation/service/api_messages.h"
@@ -14,16 +13,18 @@ namespace {
 
 constexpr std::chrono::milliseconds keyTestTimeout { 15000 };
 
-QString outcome(const HttpReply &reply, std::int64_t elapsedMs, const QString &key)
+Message outcome(const HttpReply &reply, std::int64_t elapsedMs, const QString &key)
 {
     if (reply.isOk()) {
-        return nimbara_i18n::tr("API OK: respondió en ") + QString::number(elapsedMs)
-            + QStringLiteral(" ms. ") + nimbara_i18n::tr("La traducción está lista para usarse.");
+        return "API OK: respondió en "
+            + Message::verbatim(QString::number(elapsedMs) + QStringLiteral(" ms. "))
+            + "La traducción está lista para usarse.";
     }
     const QString message = api::errorMessage(reply.body);
     const QString detail = message.isEmpty() ? reply.errorText : message;
-    return nimbara_i18n::tr("API con error HTTP ") + QString::number(reply.status)
-        + QStringLiteral(": ") + api::withoutKey(detail, key);
+    return "API con error HTTP "
+        + Message::verbatim(
+            QString::number(reply.status) + QStringLiteral(": ") + api::withoutKey(detail, key));
 }
 
 } // namespace
@@ -39,7 +40,7 @@ void KeyTest::run(const QString &key)
     if (key.isEmpty()) {
         throw Error(QStringLiteral("Ingresa tu API key"));
     }
-    status(nimbara_i18n::tr("Probando la API de OpenAI..."));
+    status("Probando la API de OpenAI...");
     auto *client = new HttpClient(&m_clients); // a connection of its own: its time counts, too
     auto request = openai::jsonRequest(m_endpoint,
         QStringLiteral("responses"),

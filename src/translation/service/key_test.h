@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/clock.h"
+#include "base/message.h"
 #include "net/endpoints.h"
 
 #include <QObject>
@@ -20,8 +21,8 @@ public:
     /// "Ingresa tu API key" when it is empty, and sends nothing.
     void run(const QString &key);
 
-    /// Gets the progress and the outcome, translated and ready to be shown.
-    std::function<void(const QString &text)> status = [](const QString &) {};
+    /// Gets the progress and the outcome.
+    std::function<void(const Message &message)> status = [](const Message &) {};
 
 private:
     const Clock &m_clock;

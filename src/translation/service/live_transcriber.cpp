@@ -1,6 +1,5 @@
 #include "translation/service/live_transcriber.h"
 
-#include "base/i18n.h"
 #include "net/openai.h"
 #include "translation/service/api_failure.h"
 
@@ -9,8 +8,6 @@
 #include <utility>
 
 namespace nimbara {
-
-using nimbara_i18n::tr;
 
 LiveTranscriber::LiveTranscriber(const Clock &clock, Endpoint endpoint)
     : m_clock(clock)
@@ -26,15 +23,14 @@ void LiveTranscriber::connectSocket()
         // The key goes before the text is cut: half a key is a secret too.
         QByteArray safe = block;
         safe.replace(m_apiKey.toUtf8(), "***");
-        fail(tr("Modo en vivo rechazado: ") + QString::fromUtf8(safe.left(120)));
+        fail("Modo en vivo rechazado: " + Message::verbatim(QString::fromUtf8(safe.left(120))));
     };
     m_socket.message = [this](const QByteArray &message) { handleEvent(message); };
-    m_socket.closed = [this] { fail(QStringLiteral("Conexión en vivo cerrada por el servidor.")); };
-    m_socket.failed
-        = [this](const QString &reason) { fail(tr("Conexión en vivo falló: ") + tr(reason)); };
+    m_socket.closed = [this] { fail("Conexión en vivo cerrada por el servidor."); };
+    m_socket.failed = [this](const Message &reason) { fail("Conexión en vivo falló: " + reason); };
     m_socket.lost = [this] {
         if (m_socket.isHandshaken()) {
-            fail(QStringLiteral("Conexión en vivo perdida."));
+            fail("Conexión en vivo perdida.");
         }
     };
 }
@@ -71,9 +67,8 @@ void LiveTranscriber::handleEvent(const QByteArray &message)
     if (type == QLatin1String("session.updated")
         || type == QLatin1String("transcription_session.updated")) {
         m_active = true;
-        status(m_settings.turnMode
-                ? QStringLiteral("Modo en vivo activo (por turnos).")
-                : QStringLiteral("Modo en vivo activo (texto mientras se habla)."));
+        status(m_settings.turnMode ? "Modo en vivo activo (por turnos)."
+                                   : "Modo en vivo activo (texto mientras se habla).");
     } else if (type == QLatin1String("error")) {
         handleError(api::errorMessage(message));
     } else if (type == QLatin1String("conversation.item.input_audio_transcription.delta")) {
@@ -91,12 +86,11 @@ void LiveTranscriber::handleError(const QString &message)
 {
     if (!m_active && !m_settings.turnMode) {
         m_settings.turnMode = true;
-        status(tr("Modelo en vivo no disponible (") + shown(message, 80)
-            + tr("); se intenta por turnos."));
+        status("Modelo en vivo no disponible (" + shown(message, 80) + "); se intenta por turnos.");
         configure();
         return;
     }
-    const QString text = tr("Error en vivo: ") + shown(message, 160);
+    const Message text = "Error en vivo: " + shown(message, 160);
     if (m_active) {
         status(text);
     } else {
@@ -114,17 +108,17 @@ void LiveTranscriber::handleCompleted(const QString &transcript)
     }
 }
 
-QString LiveTranscriber::shown(const QString &peerText, qsizetype length) const
+Message LiveTranscriber::shown(const QString &peerText, qsizetype length) const
 {
-    return api::withoutKey(peerText, m_apiKey).left(length);
+    return Message::verbatim(api::withoutKey(peerText, m_apiKey).left(length));
 }
 
 /// Issues the message and returns to idle. A session that never got a connection ends without
 /// `unavailable`: the engine's first message said that it was only being tried.
-void LiveTranscriber::fail(const QString &text)
+void LiveTranscriber::fail(const Message &message)
 {
     const std::uint32_t session = m_session;
-    status(text);
+    status(message);
     if (session != m_session) {
         return; // the receiver stopped or restarted the session
     }

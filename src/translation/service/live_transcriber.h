@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/clock.h"
+#include "base/message.h"
 #include "net/endpoints.h"
 #include "net/websocket_client.h"
 #include "signal/audio_block.h"
@@ -40,7 +41,7 @@ public:
     /// The session takes audio.
     [[nodiscard]] bool isActive() const { return m_active; }
 
-    std::function<void(const QString &text)> status = [](const QString &) {};
+    std::function<void(const Message &message)> status = [](const Message &) {};
     /// Gets the text of the phrase being spoken so far.
     std::function<void(const QString &text)> partial = [](const QString &) {};
     /// Gets the text of a finished phrase and when it ended, in milliseconds since the epoch.
@@ -61,8 +62,8 @@ private:
     void endPhraseIfDue();
     void sendAudio();
     void sendCommit();
-    void fail(const QString &text);
-    [[nodiscard]] QString shown(const QString &peerText, qsizetype length) const;
+    void fail(const Message &message);
+    [[nodiscard]] Message shown(const QString &peerText, qsizetype length) const;
 
     const Clock &m_clock;
     WebSocketClient m_socket;

@@ -1,5 +1,6 @@
 #include "ui/captions/translation_controls.h"
 
+#include "base/i18n.h"
 #include "translation/pipeline/heard_line.h"
 #include "ui/kit/key_field.h"
 
@@ -46,10 +47,10 @@ void TranslationControls::connectDesk(const ErrorGuard &guard)
     connect(desk, &TranslationDesk::changed, this, &TranslationControls::show);
     connect(desk, &TranslationDesk::reported, &m_tab, &TranslationTab::showStatus);
     connect(desk, &TranslationDesk::heard, this, [this](const QString &text) {
-        m_tab.showHeard(heard::label(text));
+        m_tab.showHeard(nimbara_i18n::tr(heard::label(text)));
     });
-    connect(desk, &TranslationDesk::failed, this, [&guard](const QString &text) {
-        guard.tell(text);
+    connect(desk, &TranslationDesk::failed, this, [&guard](const Message &reason) {
+        guard.tell(reason);
     });
 }
 

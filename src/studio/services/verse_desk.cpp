@@ -3,6 +3,7 @@
 #include "base/i18n.h"
 #include "compositor/text/text_overflow.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace nimbara {
@@ -57,10 +58,11 @@ LayerId VerseDesk::quickVerseLayer()
 {
     Document &document = m_stage.document;
     const std::vector<Layer> &layers = document.currentScene()->layers;
-    for (auto layer = layers.rbegin(); layer != layers.rend(); ++layer) {
-        if (layer->kind == LayerKind::Verse) {
-            return layer->id;
-        }
+    const auto found = std::find_if(layers.rbegin(), layers.rend(), [](const Layer &each) {
+        return each.kind == LayerKind::Verse;
+    });
+    if (found != layers.rend()) {
+        return found->id;
     }
     Layer layer = newLayer(LayerKind::Verse);
     const LayerId id = layer.id;
@@ -115,12 +117,15 @@ void VerseDesk::write(LayerId id, const bible::VerseUpdate &update)
 
 void VerseDesk::setWaiting(LayerId id, std::optional<bible::VerseUpdate> update)
 {
+    const bool changes = update || m_waiting.contains(id);
     if (update) {
         m_waiting.insert_or_assign(id, std::move(*update));
-    } else if (m_waiting.erase(id) == 0) {
-        return;
+    } else {
+        m_waiting.erase(id);
     }
-    Q_EMIT waitingChanged(id);
+    if (changes) {
+        Q_EMIT waitingChanged(id);
+    }
 }
 
 void VerseDesk::tell(LayerId id, const QString &text)

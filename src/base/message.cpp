@@ -26,8 +26,8 @@ QString filled(const QString &pattern, const QStringList &arguments)
 
 } // namespace
 
-Message::Message(const QString &spanish, QList<Message> arguments)
-    : m_text(spanish)
+Message::Message(QString spanish, QList<Message> arguments)
+    : m_text(std::move(spanish))
     , m_arguments(std::move(arguments))
 {
 }

@@ -16,7 +16,7 @@ class Message {
 public:
     Message() = default;
     /// A text as it stands in the text table. One that has no row there is shown as it is.
-    Message(const QString &spanish, QList<Message> arguments = {}); // NOLINT: implicit
+    Message(QString spanish, QList<Message> arguments = {}); // NOLINT: implicit
     Message(const char *spanish, QList<Message> arguments = {}); // NOLINT: the same in UTF-8
 
     /// A text that is never translated: a name, a number, the words of a peer or of a library.

@@ -50,8 +50,8 @@ public:
     {
         m_peer.serve(script(), answerMs);
         TranslationDesk &desk = m_studio.translation();
-        QObject::connect(&desk, &TranslationDesk::reported, &desk, [this](const QString &text) {
-            m_status = text;
+        QObject::connect(&desk, &TranslationDesk::reported, &desk, [this](const Message &text) {
+            m_status = text.spanish();
         });
         QObject::connect(&m_studio,
             &Studio::picturesMade,

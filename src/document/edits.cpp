@@ -3,6 +3,7 @@
 #include "base/error.h"
 #include "base/i18n.h"
 #include "document/layer_geometry.h"
+#include "document/local_files.h"
 
 #include <QFileInfo>
 #include <QUrl>
@@ -155,6 +156,23 @@ struct Application {
             }
         });
     }
+    SceneSets operator()(const ReplaceFiles &edit) const
+    {
+        SceneSets result = scenes;
+        for (const SceneSet set : bothSets) {
+            for (ScenePtr &each : result.of(set)) {
+                Scene scene = *each;
+                for (Layer &layer : scene.layers) {
+                    const QString file = localFile(layer);
+                    setLocalFile(layer, edit.files.value(file, file));
+                }
+                if (scene != *each) {
+                    each = std::make_shared<const Scene>(std::move(scene));
+                }
+            }
+        }
+        return result;
+    }
 };
 
 struct StepName {
@@ -168,6 +186,7 @@ struct StepName {
     const char *operator()(const SetField &edit) const { return stepName(edit.field); }
     const char *operator()(const SetImage &) const { return "Cambiar imagen"; }
     const char *operator()(const SetVerse &) const { return "Versículo"; }
+    const char *operator()(const ReplaceFiles &) const { return "Buscar archivos"; }
 };
 
 struct Subject {
@@ -181,6 +200,7 @@ struct Subject {
     EditSubject operator()(const SetField &edit) const { return { {}, edit.layer, edit.field }; }
     EditSubject operator()(const SetImage &edit) const { return { {}, edit.layer, {} }; }
     EditSubject operator()(const SetVerse &edit) const { return { {}, edit.layer, {} }; }
+    EditSubject operator()(const ReplaceFiles &) const { return {}; }
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "document/scene.h"
 #include "signal/frame.h"
 
+#include <QHash>
 #include <QString>
 
 #include <optional>
@@ -65,6 +66,12 @@ struct SetVerse {
     std::optional<QString> name;
 };
 
+/// Files that were found elsewhere, old absolute path → new one: every layer that names one
+/// follows.
+struct ReplaceFiles {
+    QHash<QString, QString> files;
+};
+
 using Edit = std::variant<AddScene,
     RenameScene,
     DuplicateScene,
@@ -74,7 +81,8 @@ using Edit = std::variant<AddScene,
     MoveLayer,
     SetField,
     SetImage,
-    SetVerse>;
+    SetVerse,
+    ReplaceFiles>;
 
 /// The scenes after the edit; the very same ones when it changes nothing. Throws `Error` as above.
 SceneSets applied(const SceneSets &scenes, const Edit &edit);

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QString>
+#include "base/message.h"
 
 #include <functional>
 
 namespace nimbara {
 
-/// Takes one line for the operator, already translated.
-using Report = std::function<void(const QString &)>;
+/// Takes one line for the operator.
+using Report = std::function<void(const Message &)>;
 
 } // namespace nimbara

@@ -1,6 +1,5 @@
 #include "studio/studio.h"
 
-#include "base/i18n.h"
 #include "compositor/scene/load_image.h"
 #include "secrets/keychain_store.h"
 #include "studio/edit/profile_change.h"
@@ -29,15 +28,15 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           clock,
           m_factory,
           [this] { return m_stage.streamFrame(); },
-          [this](const QString &text) { status(text); })
-    , m_audio(m_retirement, [this](const QString &text) { status(text); })
+          [this](const Message &text) { status(text); })
+    , m_audio(m_retirement, [this](const Message &text) { status(text); })
     , m_devices(clock,
           m_factory,
           peers.permission ? std::move(peers.permission) : systemCapturePermission(),
           m_stage,
           m_sources,
           m_audio,
-          [this](const QString &text) { status(text); })
+          [this](const Message &text) { status(text); })
     , m_programAudio(clock)
     , m_program(clock,
           m_factory,
@@ -45,8 +44,8 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           m_stage,
           m_onAir,
           m_pictures,
-          [this](const QString &text) { status(text); })
-    , m_layers(m_factory, m_stage, m_sources.pool(), [this](const QString &text) { status(text); })
+          [this](const Message &text) { status(text); })
+    , m_layers(m_factory, m_stage, m_sources.pool(), [this](const Message &text) { status(text); })
     , m_images(m_stage, m_sources.shelf())
     , m_outputs(m_retirement)
     , m_streams(m_outputs, m_stage, m_secrets)
@@ -56,24 +55,25 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           m_stage,
           m_onAir,
           m_sources,
-          [this](const QString &text) { status(text); },
+          [this](const Message &text) { status(text); },
           below(peers.dataFolder, "backups"))
     , m_safety(clock, m_stage.document, m_projects, below(peers.dataFolder, "recovery"))
     , m_translation(clock,
           peers.openAi,
           { m_stage, m_audio, m_programAudio, m_secrets, m_settings })
-    , m_bibleKey(m_secrets, secret_account::apiBible())
-    , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const QString &text) { status(text); })
+    , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const Message &text) { status(text); })
+    , m_bibles({ m_verses, m_translation, m_secrets, m_settings })
     , m_schedule(clock.monotonicUs())
 {
     QObject::connect(&m_stage.document, &Document::changed, &m_stage.document, [this] {
         m_sources.follow(m_stage.document.scenes());
     });
     m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
-    m_verses.setKeys([this](const auto &receiver) { m_bibleKey.withKey(receiver); },
+    m_verses.setKeys([this](const auto &receiver) { m_bibles.key().withKey(receiver); },
         [this](const auto &receiver) { m_translation.key().withKey(receiver); });
     connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
     connect(&m_streams, &StreamDesk::said, this, &Studio::status);
+    connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
 }
 
 Studio::~Studio() = default;
@@ -113,7 +113,7 @@ void Studio::changeProfile(StreamProfile profile)
             m_stage,
             m_onAir,
             m_sources,
-            [this](const QString &text) { status(text); });
+            [this](const Message &text) { status(text); });
     }
 }
 
@@ -145,7 +145,7 @@ void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
     const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
     const Outputs::Stopped stopped = m_outputs.push(toFrame(streams), block, timeNs);
     if (stopped.recording) {
-        Q_EMIT status(nimbara_i18n::tr(*stopped.recording));
+        Q_EMIT status(*stopped.recording);
     }
     Q_EMIT outputsStepped();
 }

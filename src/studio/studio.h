@@ -14,7 +14,7 @@
 #include "studio/programs/program_control.h"
 #include "studio/programs/program_pictures.h"
 #include "studio/report.h"
-#include "studio/services/service_key.h"
+#include "studio/services/bible_desk.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
 #include "studio/sources/audio_input.h"
@@ -69,9 +69,8 @@ public:
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
     [[nodiscard]] StreamDesk &streams() { return m_streams; }
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
-    /// Of the service that online Bibles come from.
-    [[nodiscard]] ServiceKey &bibleKey() { return m_bibleKey; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
+    [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
     [[nodiscard]] WorkSafety &safety() { return m_safety; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
     /// What is remembered from one run to the next.
@@ -88,8 +87,8 @@ public:
     [[nodiscard]] std::uint64_t missedSlots() const { return m_schedule.skipped(); }
 
 Q_SIGNALS:
-    /// One line for the operator, already translated.
-    void status(const QString &text);
+    /// One line for the operator.
+    void status(const nimbara::Message &text);
     /// The pictures of each frame, after the fade.
     void picturesMade(const Pictures &pictures);
     /// After each frame that an output took: buttons, labels and guards may have changed.
@@ -121,8 +120,8 @@ private:
     ProjectDesk m_projects;
     WorkSafety m_safety;
     TranslationDesk m_translation;
-    ServiceKey m_bibleKey;
     VerseDesk m_verses;
+    BibleDesk m_bibles;
     Diagnostics m_diagnostics;
     FrameSchedule m_schedule;
 };

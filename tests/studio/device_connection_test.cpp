@@ -272,7 +272,7 @@ private Q_SLOTS:
                 desk.studio.stage(),
                 onAir,
                 desk.studio.sources(),
-                [](const QString &) {});
+                [](const Message &) {});
             desk.frame();
             QCOMPARE(desk.pictures.streams.size(), QSize(size.width, size.height));
             QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));

@@ -162,8 +162,8 @@ struct Service {
 
     Service()
     {
-        QObject::connect(&studio, &Studio::status, &studio, [this](const QString &text) {
-            statuses << text;
+        QObject::connect(&studio, &Studio::status, &studio, [this](const Message &text) {
+            statuses << text.spanish();
         });
         QObject::connect(&studio.devices(),
             &DeviceConnection::devicesFound,

@@ -25,12 +25,14 @@ struct ProjectFixture : StudioFixture {
 
     ProjectFixture()
     {
-        QObject::connect(&projects(), &ProjectDesk::opened, [this](const QStringList &told) {
-            warnings = told;
+        QObject::connect(&projects(), &ProjectDesk::opened, [this](const QList<Message> &told) {
+            for (const Message &each : told) {
+                warnings << each.spanish();
+            }
             ++opened;
         });
-        QObject::connect(&projects(), &ProjectDesk::failed, [this](const QString &told) {
-            failure = told;
+        QObject::connect(&projects(), &ProjectDesk::failed, [this](const Message &told) {
+            failure = told.spanish();
         });
     }
     ProjectDesk &projects() { return studio.projects(); }

@@ -39,7 +39,7 @@ struct Instance {
     {
         clock.advanceUs(us);
         if (const auto told = copy->poll()) {
-            failures.append(*told);
+            failures.append(told->spanish());
         }
     }
     /// Whatever waits for 2 s to pass is done, also what is tried again.

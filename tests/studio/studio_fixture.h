@@ -20,8 +20,8 @@ struct StudioFixture {
     explicit StudioFixture(StudioPeers peers = {})
         : studio(clock, std::move(peers))
     {
-        QObject::connect(&studio, &Studio::status, &studio, [this](const QString &text) {
-            statuses << text;
+        QObject::connect(&studio, &Studio::status, &studio, [this](const Message &text) {
+            statuses << text.spanish();
         });
         QObject::connect(&studio, &Studio::picturesMade, &studio, [this](const Pictures &made) {
             pictures = made;

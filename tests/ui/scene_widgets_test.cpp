@@ -239,10 +239,12 @@ private Q_SLOTS:
     {
         SceneDesk desk;
         QStringList warnings;
+        QList<Message> told;
         for (int i = 0; i < 2000; ++i) {
             warnings << u"Logo %1: Imagen inválida o demasiado grande"_s.arg(i);
+            told << warnings.last();
         }
-        Q_EMIT desk.window.studio().projects().opened(warnings);
+        Q_EMIT desk.window.studio().projects().opened(told);
         QTRY_COMPARE(desk.dialogs->asked.size(), 1);
         QCOMPARE(desk.dialogs->asked[0], u"Abrir proyecto: "_s + warnings.join(u'\n'));
 

@@ -30,6 +30,7 @@ public:
     {
         return nextFile(title, filter);
     }
+    QString folder(const QString &title, const QString &) override { return nextFile(title, {}); }
     std::optional<QString>
     text(const QString &title, const QString &label, const QString &proposed) override
     {
@@ -50,6 +51,16 @@ public:
     void warning(const QString &title, const QString &text) override
     {
         asked << title + QStringLiteral(": ") + text;
+    }
+    void offer(const QString &title,
+        const QString &text,
+        const QString &action,
+        const std::function<void()> &taken) override
+    {
+        asked << title + QStringLiteral(": ") + text + QLatin1Char('|') + action;
+        if (take(answers).value_or(false)) {
+            taken();
+        }
     }
 
 private:

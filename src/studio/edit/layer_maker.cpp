@@ -1,12 +1,8 @@
 #include "studio/edit/layer_maker.h"
 
-#include "base/i18n.h"
-
 #include <QUrl>
 
 namespace nimbara {
-
-using nimbara_i18n::tr;
 
 LayerMaker::LayerMaker(const MediaFactory &factory, Stage &stage, SourcePool &pool, Report status)
     : m_factory(factory)
@@ -33,16 +29,15 @@ LayerId LayerMaker::addMedia(const QString &location)
 {
     const LayerId id = add(videoLayer(location), m_factory.media(m_stage.streamFrame(), location));
     m_status(
-        tr("Video/red preparado en Preparación; pulsa AL AIRE para enviarlo. El audio sale solo "
-           "en Programa."));
+        "Video/red preparado en Preparación; pulsa AL AIRE para enviarlo. El audio sale solo en "
+        "Programa.");
     return id;
 }
 
 LayerId LayerMaker::addScreenCapture()
 {
     const LayerId id = add(newLayer(LayerKind::Screen), m_factory.screen(m_stage.streamFrame()));
-    m_status(
-        tr("Captura de pantalla añadida. macOS puede pedir permiso de Grabación de pantalla."));
+    m_status("Captura de pantalla añadida. macOS puede pedir permiso de Grabación de pantalla.");
     return id;
 }
 

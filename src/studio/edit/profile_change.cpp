@@ -1,7 +1,5 @@
 #include "studio/edit/profile_change.h"
 
-#include "base/i18n.h"
-
 namespace nimbara {
 
 void changeProfile(StreamProfile profile,
@@ -17,7 +15,7 @@ void changeProfile(StreamProfile profile,
     sources.setBars(std::move(bars), Sources::standIn);
     stage.program.clearStreams();
     onAir.streams = {};
-    status(nimbara_i18n::tr("Formato cambiado. Reconecta las fuentes para el perfil elegido."));
+    status("Formato cambiado. Reconecta las fuentes para el perfil elegido.");
     sources.pool().reopen(stage.document.scenes().of(SceneSet::Streams),
         [&factory, size](const Layer &layer) {
             return layer.kind == LayerKind::Screen ? factory.screen(size)

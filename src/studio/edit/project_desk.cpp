@@ -1,7 +1,6 @@
 #include "studio/edit/project_desk.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 
 #include <utility>
 
@@ -23,6 +22,7 @@ ProjectDesk::ProjectDesk(const MediaFactory &factory,
     , m_backupFolder(backupFolder)
     , m_saves(backupFolder)
     , m_opening(factory)
+    , m_mediaSearch(stage.document)
 {
 }
 
@@ -107,10 +107,11 @@ ProjectDesk::Before ProjectDesk::now() const
 void ProjectDesk::poll()
 {
     pollSaves();
+    m_mediaSearch.poll();
     try {
         pollOpening();
     } catch (const std::exception &error) {
-        Q_EMIT failed(errorText(error));
+        Q_EMIT failed(errorMessage(error));
     }
     tellOpening();
 }
@@ -125,7 +126,7 @@ void ProjectDesk::pollSaves()
             m_stage.document.markSaved(done.project);
             succeeded(done.path);
             if (!done.warning.isEmpty()) {
-                m_status(nimbara_i18n::tr(done.warning));
+                m_status(done.warning);
             }
             Q_EMIT saved(done.path);
         } else {
@@ -169,10 +170,11 @@ void ProjectDesk::takeOver(const ProjectOpening::Opened &opened)
         m_lastPath = opened.path;
         m_stage.document.markUnsaved();
         Q_EMIT recovered(opened.path);
-        m_status(nimbara_i18n::tr("Trabajo recuperado. Guárdalo cuando quieras."));
+        m_status("Trabajo recuperado. Guárdalo cuando quieras.");
     } else {
         succeeded(opened.path);
     }
+    m_mediaSearch.setMissing(opened.missing);
     Q_EMIT this->opened(opened.warnings);
 }
 
@@ -186,8 +188,7 @@ void ProjectDesk::tellOpening()
 void ProjectDesk::succeeded(const QString &path)
 {
     m_lastPath = path;
-    m_status(nimbara_i18n::tr("Proyecto guardado/abierto. Programa comienza en negro; claves no se "
-                              "incluyen."));
+    m_status("Proyecto guardado/abierto. Programa comienza en negro; claves no se incluyen.");
 }
 
 } // namespace nimbara

@@ -2,6 +2,7 @@
 
 #include "media/sources/media_factory.h"
 #include "output/sink/outputs.h"
+#include "studio/edit/media_search.h"
 #include "studio/edit/project_backups.h"
 #include "studio/edit/project_opening.h"
 #include "studio/edit/project_saves.h"
@@ -12,7 +13,6 @@
 
 #include <QObject>
 #include <QString>
-#include <QStringList>
 
 #include <optional>
 
@@ -66,6 +66,9 @@ public:
     /// The file last saved or opened; empty before.
     [[nodiscard]] const QString &lastPath() const { return m_lastPath; }
 
+    /// Files that the opened project names and that are not there.
+    [[nodiscard]] MediaSearch &mediaSearch() { return m_mediaSearch; }
+
     /// Reads a project file, on a background task; another reader plays a disk that hangs.
     ProjectOpening::FileReader readFile = readProjectFile;
 
@@ -75,14 +78,14 @@ Q_SIGNALS:
     /// A project is ready, but what stands on the desk has changed since it was asked for.
     void ready();
     /// The desk holds another project. `warnings`: what could not be opened, for the operator.
-    void opened(const QStringList &warnings);
+    void opened(const QList<nimbara::Message> &warnings);
     /// The same for work that a crash left.
     void recovered(const QString &path);
     void saved(const QString &path);
     /// Newest first; none when the project was never saved twice.
     void backupsFound(const std::vector<nimbara::ProjectBackup> &backups);
-    /// Saving or opening failed and nothing changed; the operator's text, untranslated.
-    void failed(const QString &text);
+    /// Saving or opening failed and nothing changed.
+    void failed(const nimbara::Message &reason);
 
 private:
     /// What the desk looked like when a project was asked for.
@@ -110,6 +113,7 @@ private:
     QString m_lastPath;
     ProjectSaves m_saves;
     ProjectOpening m_opening;
+    MediaSearch m_mediaSearch;
     std::optional<ProjectOpening::Opened> m_ready;
     Before m_before;
     bool m_toldOpening = false;

@@ -1,8 +1,8 @@
 #include "studio/edit/project_opening.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 #include "compositor/scene/load_image.h"
+#include "document/local_files.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -46,7 +46,9 @@ ProjectOpening::Read ProjectOpening::readAll(const QString &path,
     const std::atomic<bool> &calledOff)
 {
     const QString folder = path.isEmpty() ? QString() : QFileInfo(path).absolutePath();
-    Read all { fromJson(read(path), folder), {}, {} };
+    Read all { fromJson(read(path), folder), {}, {}, {} };
+    all.missing = missingFiles(all.project.scenes,
+        [&calledOff](const QString &file) { return calledOff.load() || QFileInfo::exists(file); });
     for (const SceneSet set : bothSets) {
         for (const ScenePtr &scene : all.project.scenes.of(set)) {
             for (const Layer &layer : scene->layers) {
@@ -58,7 +60,7 @@ ProjectOpening::Read ProjectOpening::readAll(const QString &path,
                     all.pictures.insert(layer.path, loadImage(layer.path));
                 } catch (const std::exception &error) {
                     all.pictures.insert(layer.path, nullptr);
-                    all.failures.insert(layer.path, errorText(error));
+                    all.failures.insert(layer.path, errorMessage(error));
                 }
             }
         }
@@ -83,7 +85,12 @@ bool ProjectOpening::bars() const
 
 void ProjectOpening::beginAttaching(Read read)
 {
-    m_opened = Opened { m_path, std::move(read.project), std::move(read.pictures), {}, {} };
+    m_opened = Opened { m_path,
+        std::move(read.project),
+        std::move(read.pictures),
+        {},
+        {},
+        read.missing };
     m_failures = std::move(read.failures);
     m_waiting.clear();
     for (const SceneSet set : bothSets) {
@@ -115,14 +122,14 @@ void ProjectOpening::attach(const Layer &layer)
         source = layer.kind == LayerKind::Screen ? m_factory.screen(size)
                                                  : m_factory.heldMedia(size, layer.uri);
     } catch (const std::exception &error) {
-        warn(layer, errorText(error));
+        warn(layer, errorMessage(error));
     }
     m_opened->sources.emplace_back(layer, std::move(source));
 }
 
-void ProjectOpening::warn(const Layer &layer, const QString &reason)
+void ProjectOpening::warn(const Layer &layer, const Message &reason)
 {
-    m_opened->warnings << layer.name + QStringLiteral(": ") + nimbara_i18n::tr(reason);
+    m_opened->warnings << Message::verbatim(layer.name + QStringLiteral(": ")) + reason;
 }
 
 /// The sources whose fate is not known. Those refused are let go of, with a warning.
@@ -133,7 +140,7 @@ int ProjectOpening::sourcesUnderway()
         const auto outcome = source ? source->startOutcome() : PipelineStart::Outcome::Accepted;
         if (outcome == PipelineStart::Outcome::Refused) {
             source.reset();
-            warn(layer, QStringLiteral("No se pudo iniciar fuente"));
+            warn(layer, "No se pudo iniciar fuente");
         }
         underway += outcome == PipelineStart::Outcome::Underway ? 1 : 0;
     }

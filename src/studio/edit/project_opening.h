@@ -27,7 +27,8 @@ public:
         Project project;
         QHash<QString, FramePtr> pictures; ///< decoded, by path; none where that failed
         std::vector<std::pair<Layer, MediaPtr>> sources; ///< and the layer that asked for each
-        QStringList warnings; ///< of what could not be decoded or opened, translated
+        QList<Message> warnings; ///< of what could not be decoded or opened
+        QStringList missing; ///< files that are not there, each once
     };
     using FileReader = std::function<QByteArray(const QString &path)>;
 
@@ -60,13 +61,14 @@ private:
     struct Read {
         Project project;
         QHash<QString, FramePtr> pictures;
-        QHash<QString, QString> failures; ///< of pictures: why, untranslated
+        QHash<QString, Message> failures; ///< of pictures: why
+        QStringList missing;
     };
     static Read
     readAll(const QString &path, const FileReader &read, const std::atomic<bool> &calledOff);
     void beginAttaching(Read read);
     void attach(const Layer &layer);
-    void warn(const Layer &layer, const QString &reason);
+    void warn(const Layer &layer, const Message &reason);
     [[nodiscard]] int sourcesUnderway();
 
     const MediaFactory &m_factory;
@@ -74,7 +76,7 @@ private:
     BackgroundTask<Read> m_reading;
     std::shared_ptr<std::atomic<bool>> m_calledOff;
     std::optional<Opened> m_opened; ///< while its sources are started
-    QHash<QString, QString> m_failures;
+    QHash<QString, Message> m_failures;
     std::vector<const Layer *> m_waiting; ///< of that project, the next one last
     QDeadlineTimer m_patience; ///< for the step under way
     int m_underway = 0; ///< sources that have neither started nor been refused

@@ -24,8 +24,8 @@ bool isSameFile(const QString &one, const QString &other)
     return whole(one) == whole(other);
 }
 
-/// What the file holds becomes a backup. The operator's text when it cannot: the save goes on.
-QString keepPresent(const QString &backups, const QString &path, const QByteArray &json)
+/// What the file holds becomes a backup. Why not, when it cannot: the save goes on.
+Message keepPresent(const QString &backups, const QString &path, const QByteArray &json)
 {
     try {
         if (!backups.isEmpty()) {
@@ -33,7 +33,7 @@ QString keepPresent(const QString &backups, const QString &path, const QByteArra
         }
         return {};
     } catch (const std::exception &error) {
-        return errorText(error);
+        return errorMessage(error);
     }
 }
 
@@ -53,7 +53,7 @@ void ProjectSaves::begin(File &file, Project project) const
     file.project = std::move(project);
     file.writing.start([path = file.path, held = file.project, backups = m_backupFolder] {
         const QByteArray json = toJson(held, QFileInfo(path).absolutePath());
-        QString warning = keepPresent(backups, path, json);
+        Message warning = keepPresent(backups, path, json);
         writeProjectFile(path, json);
         return warning;
     });
@@ -94,7 +94,7 @@ std::optional<ProjectSaves::Done> ProjectSaves::advance(File &file) const
         }
         done.warning = file.writing.take();
     } catch (const std::exception &error) {
-        done.failure = errorText(error);
+        done.failure = errorMessage(error);
     }
     return done;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/background_task.h"
+#include "base/message.h"
 #include "document/project_file.h"
 
 #include <QString>
@@ -19,9 +20,9 @@ class ProjectSaves {
 public:
     struct Done {
         QString path;
-        QString failure; ///< the operator's text, untranslated; empty when the file is saved
+        Message failure; ///< empty when the file is saved
         Project project; ///< what was written
-        QString warning; ///< the same, when the file is saved but what it held before is not kept
+        Message warning; ///< when the file is saved but what it held before is not kept
     };
 
     /// `backupFolder`: where what a file held before is kept (`backUpProject`); empty keeps none.
@@ -46,7 +47,7 @@ private:
     struct File {
         QString path;
         Project project; ///< being written
-        BackgroundTask<QString> writing; ///< gives the warning
+        BackgroundTask<Message> writing; ///< gives the warning
         std::optional<Project> next;
     };
     void begin(File &file, Project project) const;

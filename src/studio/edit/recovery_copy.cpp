@@ -106,7 +106,7 @@ void RecoveryCopy::succeeded()
     m_told = false;
 }
 
-std::optional<QString> RecoveryCopy::failed()
+std::optional<Message> RecoveryCopy::failed()
 {
     const std::int64_t again = m_clock.monotonicUs() + delayUs;
     if (std::exchange(m_removing, false)) {
@@ -125,12 +125,12 @@ std::optional<QString> RecoveryCopy::failed()
     return tellOnce(cannotKeep);
 }
 
-std::optional<QString> RecoveryCopy::tellOnce(const char *text)
+std::optional<Message> RecoveryCopy::tellOnce(const char *text)
 {
-    return std::exchange(m_told, true) ? std::nullopt : std::optional(QString::fromUtf8(text));
+    return std::exchange(m_told, true) ? std::nullopt : std::optional(Message(text));
 }
 
-std::optional<QString> RecoveryCopy::poll()
+std::optional<Message> RecoveryCopy::poll()
 {
     const std::int64_t now = m_clock.monotonicUs();
     try {

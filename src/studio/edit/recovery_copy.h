@@ -46,9 +46,9 @@ public:
     /// old copy goes when that state is written, so that another crash loses nothing.
     void adopt(RecoverableWork work);
 
-    /// Call on every run of the frame clock. The operator's text, untranslated, when the copy
-    /// cannot be kept; once until it can again. It is tried again by itself.
-    std::optional<QString> poll();
+    /// Call on every run of the frame clock. Why the copy cannot be kept, once
+    /// until it can again. It is tried again by itself.
+    std::optional<Message> poll();
 
     /// Nothing is to be written or removed.
     [[nodiscard]] bool isSettled() const { return !m_task.isUnderWay() && !m_next && !m_removal; }
@@ -62,8 +62,8 @@ private:
     void beginWriting();
     void beginRemoving();
     void succeeded();
-    std::optional<QString> failed();
-    std::optional<QString> tellOnce(const char *text);
+    std::optional<Message> failed();
+    std::optional<Message> tellOnce(const char *text);
 
     const Clock &m_clock;
     std::shared_ptr<RecoveryPlace> m_place; ///< used by the task while one is under way

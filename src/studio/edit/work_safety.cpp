@@ -76,7 +76,7 @@ void WorkSafety::discard()
         try {
             discardRecoverable(work);
         } catch (const std::exception &error) {
-            Q_EMIT failed(errorText(error));
+            Q_EMIT failed(errorMessage(error));
         }
     }
 }
@@ -92,7 +92,7 @@ void WorkSafety::poll()
     RecoverySearch search = m_search.take();
     m_found = std::move(search.works);
     if (!search.damaged.isEmpty()) {
-        Q_EMIT failed(QStringLiteral("No se pudo leer la copia de recuperación."));
+        Q_EMIT failed("No se pudo leer la copia de recuperación.");
     }
     if (!m_found.empty()) {
         Q_EMIT found(m_found.front().projectPath, m_found.front().timeMs);

@@ -34,8 +34,8 @@ Q_SIGNALS:
     /// A crash left work. `projectPath`: the operator's file, empty when there was none; `timeMs`:
     /// wall time of its last change.
     void found(const QString &projectPath, qint64 timeMs);
-    /// A copy cannot be kept or read; the operator's text, untranslated.
-    void failed(const QString &text);
+    /// A copy cannot be kept or read.
+    void failed(const nimbara::Message &reason);
 
 private:
     void follow();

@@ -1,7 +1,6 @@
 #include "studio/outputs/stream_desk.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 
 #include <QPointer>
 
@@ -216,7 +215,7 @@ void StreamDesk::saveKeysFrom(std::size_t slot, const Keys &keys)
 {
     if (slot == keys.size()) {
         setSaving(false);
-        Q_EMIT said(nimbara_i18n::tr("Claves guardadas en Llavero / Credential Manager."));
+        Q_EMIT said("Claves guardadas en Llavero / Credential Manager.");
         return;
     }
     m_secrets.writeSecret(account(slot),

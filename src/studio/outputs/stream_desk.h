@@ -61,7 +61,7 @@ Q_SIGNALS:
     /// An operation failed.
     void failed(const nimbara::Message &reason);
     /// One line for the operator, already translated.
-    void said(const QString &text);
+    void said(const nimbara::Message &text);
 
 private:
     using Keys = std::array<QString, destinationCount>;

@@ -1,11 +1,8 @@
 #include "studio/programs/program_control.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 
 namespace nimbara {
-
-using nimbara_i18n::tr;
 
 ProgramControl::ProgramControl(const Clock &clock,
     const MediaFactory &factory,
@@ -27,8 +24,8 @@ ProgramControl::ProgramControl(const Clock &clock,
 void ProgramControl::setEditSet(std::int32_t index)
 {
     m_stage.document.setEditing(index == 0 ? SceneSet::Streams : SceneSet::Hall);
-    m_status(tr(index == 0 ? "Editando las escenas de Redes."
-                           : "Editando las escenas de las pantallas de sala."));
+    m_status(index == 0 ? "Editando las escenas de Redes."
+                        : "Editando las escenas de las pantallas de sala.");
 }
 
 void ProgramControl::take()
@@ -37,13 +34,13 @@ void ProgramControl::take()
     try {
         restartFileMedia(*scene);
     } catch (const Error &error) {
-        m_status(tr(error.text()));
+        m_status(error.message());
         return;
     }
     if (m_stage.document.editingHall()) {
         m_stage.program.takeHall(scene);
         m_onAir.hall = m_sources.live(scene);
-        m_status(tr("Escena enviada a las pantallas de sala."));
+        m_status("Escena enviada a las pantallas de sala.");
         return;
     }
     const QImage before = streamsOnAir();
@@ -57,12 +54,12 @@ void ProgramControl::offAir()
     if (m_stage.document.editingHall()) {
         m_stage.program.offAirHall();
         m_onAir.hall = {};
-        m_status(tr("Pantallas de sala en negro."));
+        m_status("Pantallas de sala en negro.");
         return;
     }
     m_stage.program.offAirStreams(streamsOnAir(), m_clock.monotonicUs());
     m_onAir.streams = {};
-    m_status(tr("Programa en negro (fuera del aire)."));
+    m_status("Programa en negro (fuera del aire).");
 }
 
 void ProgramControl::restartFileMedia(const Scene &scene)

@@ -1,7 +1,6 @@
 #include "studio/services/translation_desk.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 #include "base/log.h"
 #include "translation/pipeline/heard_line.h"
 #include "translation/pipeline/voice.h"
@@ -52,13 +51,12 @@ void TranslationDesk::connectEngine(AudioInput &input)
         m_engine.processAudio(block);
     });
     m_engine.caption = [this](const QString &text) { addCaption(text); };
-    m_engine.heard = [this](const Message &text) { tellHeard(nimbara_i18n::tr(text)); };
+    m_engine.heard = [this](const Message &text) { tellHeard(text); };
     m_engine.voiceAudio = [this](const QByteArray &pcm) { queueVoice(m_sound.voice(), pcm); };
     m_engine.statusChanged = [this](const Message &message) { tell(message); };
     m_keyTest.status = [this](const Message &message) {
-        const QString text = nimbara_i18n::tr(message);
-        Q_EMIT reported(text);
-        Q_EMIT said(text);
+        Q_EMIT reported(message);
+        Q_EMIT said(message);
     };
 }
 
@@ -190,8 +188,8 @@ void TranslationDesk::switchTarget(const QString &language)
         start();
     }
     const bool spanish = language == QLatin1String("Spanish");
-    Q_EMIT said(nimbara_i18n::tr("Pantallas en ") + nimbara_i18n::tr(spanish ? "español" : "inglés")
-        + QLatin1Char('.'));
+    Q_EMIT said(Message("Pantallas en ") + (spanish ? "español" : "inglés")
+        + Message::verbatim(QStringLiteral(".")));
 }
 
 void TranslationDesk::setLiveMode(bool live)
@@ -257,19 +255,18 @@ void TranslationDesk::tell(const Message &message)
         clearCaptions();
         m_sound.voice().clear();
     }
-    const QString shown = nimbara_i18n::tr(message);
-    Q_EMIT reported(shown);
-    Q_EMIT said(nimbara_i18n::tr("IA: ") + shown);
-    logLine(QStringLiteral("IA: ") + shown);
+    Q_EMIT reported(message);
+    Q_EMIT said("IA: " + message);
+    logLine(QStringLiteral("IA: ") + message.spanish());
     if (ended) {
         Q_EMIT changed();
     }
 }
 
-void TranslationDesk::tellHeard(const QString &text)
+void TranslationDesk::tellHeard(const Message &text)
 {
     Q_EMIT heard(text);
-    if (const auto line = heard::logText(text)) {
+    if (const auto line = heard::logText(text.spanish())) {
         logLine(*line);
     }
 }

@@ -78,14 +78,14 @@ public:
 Q_SIGNALS:
     /// What is wanted, running or waiting has changed; the key tells by itself.
     void changed();
-    /// What engine or key test have to say, translated, for the panel.
-    void reported(const QString &text);
+    /// What engine or key test have to say, for the panel.
+    void reported(const nimbara::Message &text);
     /// What was understood; see `Translation::heard`.
-    void heard(const QString &text);
+    void heard(const nimbara::Message &text);
     /// An operation failed.
     void failed(const nimbara::Message &reason);
-    /// One line for the operator, already translated.
-    void said(const QString &text);
+    /// One line for the operator.
+    void said(const nimbara::Message &text);
 
 private:
     template <typename Step> void run(Step step);
@@ -99,7 +99,7 @@ private:
     void addCaption(const QString &text);
     void showCaptions();
     void tell(const Message &message);
-    void tellHeard(const QString &text);
+    void tellHeard(const Message &text);
 
     const Clock &m_clock;
     Stage &m_stage;

@@ -1,6 +1,5 @@
 #include "studio/services/verse_desk.h"
 
-#include "base/i18n.h"
 #include "compositor/text/text_overflow.h"
 
 #include <algorithm>
@@ -10,11 +9,11 @@ namespace nimbara {
 
 namespace {
 
-QString hiddenLinesText(std::int32_t lines)
+Message hiddenLinesText(std::int32_t lines)
 {
-    return lines == 1
-        ? nimbara_i18n::tr("El texto no cabe en su recuadro: 1 línea oculta")
-        : nimbara_i18n::tr("El texto no cabe en su recuadro: %1 líneas ocultas").arg(lines);
+    return lines == 1 ? Message("El texto no cabe en su recuadro: 1 línea oculta")
+                      : Message("El texto no cabe en su recuadro: %1 líneas ocultas",
+                          { Message::verbatim(QString::number(lines)) });
 }
 
 } // namespace
@@ -26,9 +25,8 @@ VerseDesk::VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &st
     , m_translator(openAi)
     , m_lookup(m_api, m_translator)
 {
-    m_lookup.statusChanged = [this](auto id, const Message &message) {
-        tell(LayerId::of(id), nimbara_i18n::tr(message));
-    };
+    m_lookup.statusChanged
+        = [this](auto id, const Message &message) { tell(LayerId::of(id), message); };
     m_lookup.failed = [this](const Message &error) { Q_EMIT failed(error); };
     m_lookup.holdsVerse = [this](auto id) { return verseLayer(LayerId::of(id)) != nullptr; };
     m_lookup.updateLayer
@@ -128,11 +126,13 @@ void VerseDesk::setWaiting(LayerId id, std::optional<bible::VerseUpdate> update)
     }
 }
 
-void VerseDesk::tell(LayerId id, const QString &text)
+void VerseDesk::tell(LayerId id, const Message &text)
 {
     const Layer *layer = verseLayer(id);
     const int hidden = layer == nullptr ? 0 : hiddenLines(*layer, m_stage.previewFrame());
-    m_status(hidden == 0 ? text : text + QStringLiteral(" · ") + hiddenLinesText(hidden));
+    m_status(hidden == 0
+            ? text
+            : text + Message::verbatim(QStringLiteral(" · ")) + hiddenLinesText(hidden));
 }
 
 } // namespace nimbara

@@ -53,7 +53,7 @@ private:
     void receive(LayerId id, const bible::VerseUpdate &update);
     void write(LayerId id, const bible::VerseUpdate &update);
     void setWaiting(LayerId id, std::optional<bible::VerseUpdate> update);
-    void tell(LayerId id, const QString &text);
+    void tell(LayerId id, const Message &text);
 
     Stage &m_stage;
     Report m_status;

@@ -1,7 +1,6 @@
 #include "studio/sources/audio_input.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 
 #include <algorithm>
 #include <utility>
@@ -45,8 +44,7 @@ void AudioInput::pull()
     m_capture->pull(m_gainState);
     Q_EMIT levelsMeasured(meterOf(m_capture->inputLevels()), meterOf(m_capture->outputLevels()));
     if (!m_capture->running()) {
-        m_status(nimbara_i18n::tr("Audio detenido; video continúa. ")
-            + nimbara_i18n::tr(m_capture->error()));
+        m_status("Audio detenido; video continúa. " + Message(m_capture->error()));
         setCapture(nullptr);
     }
 }

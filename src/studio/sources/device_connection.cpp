@@ -1,7 +1,6 @@
 #include "studio/sources/device_connection.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 #include "base/log.h"
 
 #include <utility>
@@ -46,10 +45,7 @@ const CaptureDevice *deviceAmong(const std::vector<CaptureDevice> &present,
     return chosen ? findAgain(present, *chosen) : nullptr;
 }
 
-QString awayText()
-{
-    return nimbara_i18n::tr("el dispositivo no está conectado");
-}
+constexpr const char *awayText = "el dispositivo no está conectado";
 
 } // namespace
 
@@ -117,10 +113,10 @@ bool DeviceConnection::mayUse(CaptureKind kind)
     case PermissionStatus::Granted:
         return true;
     case PermissionStatus::Denied:
-        m_status(nimbara_i18n::tr(texts.denied));
+        m_status(texts.denied);
         return false;
     case PermissionStatus::Undetermined:
-        m_status(nimbara_i18n::tr(texts.asking));
+        m_status(texts.asking);
         m_permission->request(kind, [this] { Q_EMIT permissionAnswered(); });
         return false;
     }
@@ -134,7 +130,7 @@ void DeviceConnection::connectWanted(const Wanted &wanted, const DeviceLists &pr
     const Outcome camera = connectCamera(wanted, present.video);
     if (camera != Outcome::Failed && connectAudio(wanted, present.audio)
         && camera == Outcome::Connected) {
-        m_status(nimbara_i18n::tr("Fuentes abiertas. Prepara una escena y pulsa AL AIRE."));
+        m_status("Fuentes abiertas. Prepara una escena y pulsa AL AIRE.");
     }
 }
 
@@ -162,13 +158,13 @@ DeviceConnection::Outcome DeviceConnection::connectCamera(const Wanted &wanted,
     const QString name = wanted.camera ? wanted.camera->name : QString();
     logLine(QStringLiteral("Abrir cámara índice %1 : %2")
                 .arg(index)
-                .arg(bars ? nimbara_i18n::tr("Barras de prueba") : name));
+                .arg(bars ? QStringLiteral("Barras de prueba") : name));
     if (showsAlready(wanted, present)) {
         return Outcome::Connected;
     }
     const CaptureDevice *device = deviceAmong(present, wanted.camera);
     if (!bars && device == nullptr) {
-        m_status(nimbara_i18n::tr("Cámara: ") + awayText());
+        m_status(Message("Cámara: ") + awayText);
         return Outcome::Away;
     }
     try {
@@ -180,7 +176,7 @@ DeviceConnection::Outcome DeviceConnection::connectCamera(const Wanted &wanted,
                 *device);
         }
     } catch (const Error &error) {
-        m_status(nimbara_i18n::tr("Cámara: ") + nimbara_i18n::tr(error.text()));
+        m_status("Cámara: " + error.message());
         return Outcome::Failed;
     }
     logLine(QStringLiteral("Cámara creada: ") + m_sources.camera()->label());
@@ -196,13 +192,13 @@ bool DeviceConnection::connectAudio(const Wanted &wanted, const std::vector<Capt
         const bool tone = wanted.choice.audio > 0 && wanted.choice.audio < fixedAudio;
         const CaptureDevice *device = deviceAmong(present, wanted.audio);
         if (!tone && device == nullptr) {
-            m_status(nimbara_i18n::tr("Audio: ") + awayText());
+            m_status(Message("Audio: ") + awayText);
             return false;
         }
         m_audio.setCapture(
             std::make_unique<AudioCapture>(m_clock, tone ? nullptr : device->device.get()));
     } catch (const Error &error) {
-        m_status(nimbara_i18n::tr("Audio: ") + nimbara_i18n::tr(error.text()));
+        m_status("Audio: " + error.message());
         return false;
     }
     return true;

@@ -56,7 +56,7 @@ void ImageIntake::poll()
         try {
             deliver(done.place, done.path, done.task.take());
         } catch (const std::exception &error) {
-            Q_EMIT failed(errorText(error));
+            Q_EMIT failed(errorMessage(error));
         }
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/background_task.h"
+#include "base/message.h"
 #include "studio/edit/stage.h"
 #include "studio/sources/picture_shelf.h"
 
@@ -42,8 +43,8 @@ public:
 Q_SIGNALS:
     /// The layer is new.
     void added(nimbara::LayerId layer);
-    /// A picture could not be decoded and nothing changed; the operator's text, untranslated.
-    void failed(const QString &text);
+    /// A picture could not be decoded and nothing changed.
+    void failed(const nimbara::Message &reason);
 
 private:
     /// Where a picture was asked for: a scene for a new layer, or a layer.

@@ -1,7 +1,6 @@
 #include "studio/sources/source_pool.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 
 #include <algorithm>
 #include <exception>
@@ -56,7 +55,7 @@ void SourcePool::openMissing(const Scene &scene)
         try {
             put(layer, m_open(layer));
         } catch (const Error &error) {
-            m_status(nimbara_i18n::tr(error.text()));
+            m_status(error.message());
         }
     }
 }

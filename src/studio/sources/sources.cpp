@@ -1,7 +1,6 @@
 #include "studio/sources/sources.h"
 
 #include "base/error.h"
-#include "base/i18n.h"
 #include "base/log.h"
 
 #include <algorithm>
@@ -116,7 +115,7 @@ void Sources::pollOnce(Media *source, bool shown)
     source->setShown(shown);
     source->pollSource();
     if (const Message message = source->takeMessage(); !message.isEmpty()) {
-        m_status(nimbara_i18n::tr(message));
+        m_status(message);
     }
 }
 

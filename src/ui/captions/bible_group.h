@@ -23,8 +23,6 @@ public:
     /// Refills the list and then makes `current` its entry, which tells of it. An empty list has
     /// none.
     void showBibles(const QList<bible::ListedBible> &bibles, int current);
-    /// The text of the list's entry; empty without one.
-    [[nodiscard]] QString bibleName() const { return m_bibles->currentText(); }
 
 Q_SIGNALS:
     void choiceMade(int entry);

@@ -45,9 +45,11 @@ void TranslationControls::connectDesk(const ErrorGuard &guard)
 {
     const TranslationDesk *desk = &m_desk;
     connect(desk, &TranslationDesk::changed, this, &TranslationControls::show);
-    connect(desk, &TranslationDesk::reported, &m_tab, &TranslationTab::showStatus);
-    connect(desk, &TranslationDesk::heard, this, [this](const QString &text) {
-        m_tab.showHeard(nimbara_i18n::tr(heard::label(text)));
+    connect(desk, &TranslationDesk::reported, this, [this](const Message &text) {
+        m_tab.showStatus(nimbara_i18n::tr(text));
+    });
+    connect(desk, &TranslationDesk::heard, this, [this](const Message &text) {
+        m_tab.showHeard(nimbara_i18n::tr(heard::label(nimbara_i18n::tr(text))));
     });
     connect(desk, &TranslationDesk::failed, this, [&guard](const Message &reason) {
         guard.tell(reason);

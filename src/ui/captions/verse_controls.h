@@ -1,18 +1,17 @@
 #pragma once
 
-#include "studio/studio.h"
+#include "studio/services/bible_desk.h"
 #include "ui/captions/bible_group.h"
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
 #include "ui/kit/error_guard.h"
 
 #include <QObject>
-#include <QSettings>
 
 namespace nimbara {
 
-/// Turns typed references into verses on the layers, and lets the operator choose where they come
-/// from. Interface thread only.
+/// Hands typed references and the operator's choice of a Bible to the desks, and shows what they
+/// tell. Interface thread only.
 class VerseControls : public QObject {
     Q_OBJECT
 public:
@@ -23,19 +22,16 @@ public:
     };
 
     /// Everything referred to must outlive the controls.
-    VerseControls(Studio &studio, QSettings &settings, const ErrorGuard &guard, Views views);
+    VerseControls(BibleDesk &desk, VerseDesk &verses, const ErrorGuard &guard, Views views);
 
 private:
-    void showStored();
+    void showChoice();
     void connectViews();
     void showVerse(LayerId layer, const QString &typed);
     void showQuickVerse(const QString &typed);
-    void findBibles();
-    void listBibles(const QString &key);
-    [[nodiscard]] bible::VerseLookup::Source source() const;
 
-    Studio &m_studio;
-    QSettings &m_settings;
+    BibleDesk &m_desk;
+    VerseDesk &m_verses;
     const ErrorGuard &m_guard;
     Views m_views;
 };

@@ -130,7 +130,7 @@ void SceneEditor::connectImages()
             select(layer);
         }
     });
-    connect(&m_studio.images(), &ImageIntake::failed, this, [this](const QString &text) {
+    connect(&m_studio.images(), &ImageIntake::failed, this, [this](const Message &text) {
         m_guard.tell(text);
     });
 }
@@ -290,7 +290,7 @@ void SceneEditor::addLayer(LayerKind kind)
 void SceneEditor::addSubtitles()
 {
     if (hasSubtitle(scene())) {
-        m_studio.status(label("Esta escena ya tiene una fuente de subtítulos."));
+        m_studio.status("Esta escena ya tiene una fuente de subtítulos.");
         return;
     }
     addLayer(LayerKind::Subtitle);

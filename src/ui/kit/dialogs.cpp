@@ -90,6 +90,14 @@ QString QtDialogs::saveFile(const QString &title, const QString &startPath, cons
     return askForFile(dialog, startPath);
 }
 
+QString QtDialogs::folder(const QString &title, const QString &startPath)
+{
+    QFileDialog dialog(m_parent, title, startPath);
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    return askForFile(dialog, startPath);
+}
+
 std::optional<QString>
 QtDialogs::text(const QString &title, const QString &label, const QString &proposed)
 {
@@ -135,7 +143,7 @@ SaveChoice QtDialogs::saveChoice(const QString &title, const QString &text)
     return box.clickedButton() == discard ? SaveChoice::Discard : SaveChoice::Cancel;
 }
 
-void QtDialogs::warning(const QString &title, const QString &text)
+QMessageBox *QtDialogs::makeWarning(const QString &title, const QString &text) const
 {
     auto *box = new QMessageBox(QMessageBox::Warning, title, text, QMessageBox::Ok, m_parent);
     box->setAttribute(Qt::WA_DeleteOnClose);
@@ -145,6 +153,23 @@ void QtDialogs::warning(const QString &title, const QString &text)
         box->setText(shortened(lines));
         box->setDetailedText(text);
     }
+    return box;
+}
+
+void QtDialogs::warning(const QString &title, const QString &text)
+{
+    makeWarning(title, text)->open();
+}
+
+void QtDialogs::offer(const QString &title,
+    const QString &text,
+    const QString &action,
+    const std::function<void()> &taken)
+{
+    QMessageBox *box = makeWarning(title, text);
+    const QPushButton *button = box->addButton(action, QMessageBox::ActionRole);
+    // Not from the button's own signal: what is taken may open a box of its own.
+    QObject::connect(button, &QPushButton::clicked, m_parent, taken, Qt::QueuedConnection);
     box->open();
 }
 

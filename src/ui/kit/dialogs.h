@@ -3,8 +3,10 @@
 #include <QColor>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
+class QMessageBox;
 class QWidget;
 
 namespace nimbara {
@@ -31,6 +33,8 @@ public:
     /// A file to write; empty when cancelled. The dialog asks before an existing one is replaced.
     virtual QString saveFile(const QString &title, const QString &startPath, const QString &filter)
         = 0;
+    /// An existing folder; empty when cancelled.
+    virtual QString folder(const QString &title, const QString &startPath) = 0;
     /// A line of text; none when cancelled.
     virtual std::optional<QString>
     text(const QString &title, const QString &label, const QString &proposed) = 0;
@@ -43,6 +47,12 @@ public:
     /// A warning box with an OK button, which stays while the program goes on: this does not wait
     /// for it. Every line of a long text can be read.
     virtual void warning(const QString &title, const QString &text) = 0;
+    /// The same with the button `action` beside OK; `taken` runs once that is pressed.
+    virtual void offer(const QString &title,
+        const QString &text,
+        const QString &action,
+        const std::function<void()> &taken)
+        = 0;
 };
 
 /// The toolkit's dialogs, on top of `parent`, which must outlive them.
@@ -58,14 +68,21 @@ public:
     openFile(const QString &title, const QString &startPath, const QString &filter) override;
     QString
     saveFile(const QString &title, const QString &startPath, const QString &filter) override;
+    QString folder(const QString &title, const QString &startPath) override;
     std::optional<QString>
     text(const QString &title, const QString &label, const QString &proposed) override;
     std::optional<QColor> color(const QColor &current, bool withAlpha) override;
     bool question(const QString &title, const QString &text) override;
     SaveChoice saveChoice(const QString &title, const QString &text) override;
     void warning(const QString &title, const QString &text) override;
+    void offer(const QString &title,
+        const QString &text,
+        const QString &action,
+        const std::function<void()> &taken) override;
 
 private:
+    [[nodiscard]] QMessageBox *makeWarning(const QString &title, const QString &text) const;
+
     QWidget *m_parent;
 };
 

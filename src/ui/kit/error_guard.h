@@ -2,18 +2,17 @@
 
 #include "base/error.h"
 #include "base/i18n.h"
+#include "studio/report.h"
 #include "ui/kit/dialogs.h"
 
-#include <QString>
-
-#include <functional>
+#include <utility>
 
 namespace nimbara {
 
 /// Runs what a button started. A failure is shown on the status line and in a warning box.
 class ErrorGuard {
 public:
-    ErrorGuard(Dialogs &dialogs, std::function<void(const QString &)> showStatus)
+    ErrorGuard(Dialogs &dialogs, Report showStatus)
         : m_dialogs(dialogs)
         , m_showStatus(std::move(showStatus))
     {
@@ -31,10 +30,9 @@ public:
     /// Shows a failure.
     void tell(const Message &failure) const
     {
-        const QString text = nimbara_i18n::tr(failure);
-        m_showStatus(text);
+        m_showStatus(failure);
         if (m_hasBoxes) {
-            m_dialogs.warning(nimbara_i18n::tr("Ardenvale Vesperline"), text);
+            m_dialogs.warning(nimbara_i18n::tr("Ardenvale Vesperline"), nimbara_i18n::tr(failure));
         }
     }
 
@@ -43,7 +41,7 @@ public:
 
 private:
     Dialogs &m_dialogs;
-    std::function<void(const QString &)> m_showStatus;
+    Report m_showStatus;
     bool m_hasBoxes = true;
 };
 

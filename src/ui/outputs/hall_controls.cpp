@@ -1,7 +1,5 @@
 #include "ui/outputs/hall_controls.h"
 
-#include "base/i18n.h"
-
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -51,7 +49,7 @@ void HallControls::screenRemoved()
 {
     m_screen.hide();
     listScreens();
-    m_status(nimbara_i18n::tr("Pantalla desconectada; Programa y salidas continúan."));
+    m_status("Pantalla desconectada; Programa y salidas continúan.");
 }
 
 } // namespace nimbara

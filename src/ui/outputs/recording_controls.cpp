@@ -38,7 +38,7 @@ void RecordingControls::toggle()
     }
     recording.start(path, m_studio.stage().streamFrame());
     Q_EMIT changed();
-    m_studio.status(nimbara_i18n::tr(Recording::startedText()));
+    m_studio.status(Recording::startedText());
 }
 
 } // namespace nimbara

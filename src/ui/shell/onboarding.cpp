@@ -78,7 +78,7 @@ public:
         if (key.isEmpty()) {
             return true;
         }
-        m_assistant->onKey(key);
+        Q_EMIT m_assistant->keyTyped(key);
         if (!m_save->isChecked() || key == m_stored) {
             return true;
         }

@@ -2,8 +2,6 @@
 
 #include <QWizard>
 
-#include <functional>
-
 namespace nimbara {
 
 class Dialogs;
@@ -19,9 +17,10 @@ public:
     /// `secrets` and `dialogs` must outlive the assistant's time on screen.
     Onboarding(SecretStore &secrets, Dialogs &dialogs, QWidget *parent);
 
+Q_SIGNALS:
     /// The operator typed this API key and finished the page with it. It is also told when the key
     /// could not be stored.
-    std::function<void(const QString &key)> onKey = [](const QString &) {};
+    void keyTyped(const QString &key);
 };
 
 } // namespace nimbara

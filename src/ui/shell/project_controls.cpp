@@ -58,20 +58,25 @@ void ProjectControls::connectDesk()
     connect(desk, &ProjectDesk::openingChanged, &m_views.project, &ProjectRow::showOpening);
     // From the frame timer: a box must not hold up the tick that brought the news.
     connect(desk, &ProjectDesk::ready, this, &ProjectControls::offerReady, Qt::QueuedConnection);
-    connect(desk, &ProjectDesk::opened, this, &ProjectControls::showWarnings, Qt::QueuedConnection);
+    connect(desk, &ProjectDesk::opened, this, &ProjectControls::showOpened, Qt::QueuedConnection);
     const WorkSafety *safety = &m_studio.safety();
     connect(safety,
         &WorkSafety::found,
         this,
         &ProjectControls::offerRecovery,
         Qt::QueuedConnection);
-    connect(safety, &WorkSafety::failed, this, [this](const QString &text) { m_guard.tell(text); });
+    connect(safety, &WorkSafety::failed, this, [this](const Message &text) { m_guard.tell(text); });
+    connect(&desk->mediaSearch(), &MediaSearch::finished, this, [this](int found, int missing) {
+        const auto number = [](int value) { return Message::verbatim(QString::number(value)); };
+        m_studio.status(
+            { "Archivos encontrados: %1; faltan %2.", { number(found), number(missing) } });
+    });
     connect(desk, &ProjectDesk::saved, this, [this] {
         if (m_next) {
             std::exchange(m_next, nullptr)();
         }
     });
-    connect(desk, &ProjectDesk::failed, this, [this](const QString &text) {
+    connect(desk, &ProjectDesk::failed, this, [this](const Message &text) {
         m_next = nullptr;
         m_guard.tell(text);
     });
@@ -104,7 +109,7 @@ void ProjectControls::open()
     ProjectDesk &projects = m_studio.projects();
     if (projects.isOpening()) {
         projects.cancelOpening();
-        m_studio.status(label("Apertura cancelada."));
+        m_studio.status("Apertura cancelada.");
         return;
     }
     projects.requireIdleOutputs();
@@ -124,7 +129,7 @@ void ProjectControls::askAndOpen()
         = m_dialogs.openFile(label("Abrir proyecto"), projects.lastPath(), fileFilter());
     if (!path.isEmpty()) {
         projects.openProject(path);
-        m_studio.status(label("Abriendo proyecto…"));
+        m_studio.status("Abriendo proyecto…");
     }
 }
 
@@ -208,10 +213,35 @@ void ProjectControls::follow(const Change &change)
     }
 }
 
-void ProjectControls::showWarnings(const QStringList &warnings)
+/// What the opened project lacks: its layers without picture or source, then its missing files.
+void ProjectControls::showOpened(const QList<Message> &warnings)
 {
-    if (!warnings.isEmpty()) {
-        m_dialogs.warning(label("Abrir proyecto"), warnings.join(QLatin1Char('\n')));
+    QStringList lines;
+    for (const Message &warning : warnings) {
+        lines << nimbara_i18n::tr(warning);
+    }
+    const QStringList &missing = m_studio.projects().mediaSearch().missing();
+    if (missing.isEmpty()) {
+        if (!lines.isEmpty()) {
+            m_dialogs.warning(label("Abrir proyecto"), lines.join(QLatin1Char('\n')));
+        }
+        return;
+    }
+    lines << label("Archivos que no están:") << missing;
+    m_dialogs.offer(label("Abrir proyecto"),
+        lines.join(QLatin1Char('\n')),
+        label("Buscar…"),
+        [this] { lookForMissing(); });
+}
+
+void ProjectControls::lookForMissing()
+{
+    ProjectDesk &projects = m_studio.projects();
+    const QString folder = m_dialogs.folder(label("Carpeta donde están los archivos"),
+        QFileInfo(projects.lastPath()).absolutePath());
+    if (!folder.isEmpty()) {
+        projects.mediaSearch().search(folder);
+        m_studio.status("Buscando archivos…");
     }
 }
 

@@ -8,7 +8,6 @@
 #include "ui/shell/project_row.h"
 
 #include <QObject>
-#include <QStringList>
 
 #include <functional>
 #include <vector>
@@ -48,7 +47,8 @@ private:
     void openVersion(const QString &file);
     void offerRecovery(const QString &projectPath, qint64 timeMs);
     void follow(const Change &change);
-    void showWarnings(const QStringList &warnings);
+    void showOpened(const QList<Message> &warnings);
+    void lookForMissing();
 
     Studio &m_studio;
     Dialogs &m_dialogs;

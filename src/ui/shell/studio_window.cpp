@@ -94,7 +94,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
             services.dataFolder })
     , m_settings(m_studio.settings())
     , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
-    , m_guard(*m_dialogs, [this](const QString &text) { showStatus(text); })
+    , m_guard(*m_dialogs, [this](const Message &text) { showStatus(text); })
     , m_header(new HeaderRow)
     , m_project(new ProjectRow)
     , m_monitors(new Monitors)
@@ -107,7 +107,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_translationTab(new TranslationTab)
     , m_status(new QLabel)
     , m_hall(std::make_unique<HallControls>(*m_sourcesTab,
-          [this](const QString &text) { showStatus(text); }))
+          [this](const Message &text) { showStatus(text); }))
     , m_returnKey(std::make_unique<ReturnKey>(*this))
 {
     layOut();
@@ -125,8 +125,8 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     connectStudio();
     m_translation
         = std::make_unique<TranslationControls>(m_studio.translation(), m_guard, *m_translationTab);
-    m_verses = std::make_unique<VerseControls>(m_studio,
-        m_settings,
+    m_verses = std::make_unique<VerseControls>(m_studio.bibles(),
+        m_studio.verses(),
         m_guard,
         VerseControls::Views { *m_sceneTab, *m_editor, *m_translationTab->bible() });
     connectRows();
@@ -289,7 +289,7 @@ void StudioWindow::onboarding()
 {
     auto *assistant = new Onboarding(m_studio.secrets(), *m_dialogs, this);
     assistant->setAttribute(Qt::WA_DeleteOnClose);
-    assistant->onKey = [this](const QString &key) { m_studio.translation().key().setText(key); };
+    connect(assistant, &Onboarding::keyTyped, &m_studio.translation().key(), &ServiceKey::setText);
     connect(assistant, &QDialog::accepted, this, [this] {
         m_settings.setValue(QLatin1String(onboardingSetting), true);
         m_settings.sync();
@@ -321,8 +321,9 @@ void StudioWindow::connectShortcuts()
     });
 }
 
-void StudioWindow::showStatus(const QString &text)
+void StudioWindow::showStatus(const Message &message)
 {
+    const QString text = nimbara_i18n::tr(message);
     m_status->setText(text);
     logLine(QStringLiteral("UI: ") + text);
 }
@@ -365,7 +366,7 @@ void StudioWindow::setLanguage(int index)
         return;
     }
     if (m_studio.outputs().any()) {
-        showStatus(nimbara_i18n::tr("Detén las salidas antes de cambiar el idioma."));
+        showStatus("Detén las salidas antes de cambiar el idioma.");
         m_header->showCurrentLanguage();
         return;
     }

@@ -59,7 +59,7 @@ public:
     ~StudioWindow() override;
 
     /// Shows one line for the operator, already translated, and logs it.
-    void showStatus(const QString &text);
+    void showStatus(const Message &message);
 
     [[nodiscard]] Studio &studio() { return m_studio; }
 

@@ -1,0 +1,91 @@
+#include "studio/services/bible_desk.h"
+
+#include <algorithm>
+#include <array>
+
+namespace nimbara {
+
+namespace {
+
+const QString choiceSetting = QStringLiteral("bible_choice");
+const QString idSetting = QStringLiteral("apibible_id");
+const QString nameSetting = QStringLiteral("apibible_name");
+
+/// The stored words of the choice.
+constexpr std::array<const char *, BibleDesk::choices> words { "auto", "es", "en", "api" };
+
+} // namespace
+
+BibleDesk::BibleDesk(const Surroundings &surroundings)
+    : m_surroundings(surroundings)
+    , m_key(surroundings.secrets, secret_account::apiBible())
+{
+}
+
+int BibleDesk::choice() const
+{
+    const QString stored = m_surroundings.settings.value(choiceSetting).toString();
+    const auto *found = std::find_if(words.begin(), words.end(), [&stored](const char *word) {
+        return stored == QLatin1String(word);
+    });
+    return found == words.end() ? 0 : static_cast<int>(found - words.begin());
+}
+
+void BibleDesk::choose(int choice)
+{
+    m_surroundings.settings.setValue(choiceSetting,
+        QLatin1String(words.at(static_cast<std::size_t>(choice))));
+}
+
+bible::ListedBible BibleDesk::online() const
+{
+    const QString id = m_surroundings.settings.value(idSetting).toString();
+    const QString name = m_surroundings.settings.value(nameSetting).toString();
+    return { id, name.isEmpty() ? id : name };
+}
+
+void BibleDesk::chooseOnline(const bible::ListedBible &bible)
+{
+    m_surroundings.settings.setValue(idSetting, bible.id);
+    m_surroundings.settings.setValue(nameSetting, bible.text);
+}
+
+void BibleDesk::lookUp(LayerId layer, const QString &typed)
+{
+    const bible::ListedBible listed = online();
+    m_surroundings.verses.lookupVerse(layer,
+        typed,
+        { bible::bibleChoice(QLatin1String(words.at(static_cast<std::size_t>(choice()))),
+              m_surroundings.translation.target()),
+            listed.id,
+            listed.text });
+}
+
+void BibleDesk::findBibles()
+{
+    m_key.withKey([this](const QString &key) {
+        if (key.isEmpty()) {
+            Q_EMIT failed("Escribe tu clave de API.Bible");
+            return;
+        }
+        m_key.save(key, [](bool) {});
+        listBibles(key);
+    });
+}
+
+void BibleDesk::listBibles(const QString &key)
+{
+    Q_EMIT said("Consultando API.Bible...");
+    m_surroundings.verses.listBibles(key,
+        [this](const QList<bible::ListedBible> &bibles, const Message &error) {
+            if (!error.isEmpty()) {
+                Q_EMIT said(error);
+                return;
+            }
+            Q_EMIT biblesFound(bibles, bible::preferredBible(bibles));
+            Q_EMIT said(
+                "Biblias disponibles: " + Message::verbatim(QString::number(bibles.size())));
+        });
+}
+
+} // namespace nimbara

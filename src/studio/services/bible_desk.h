@@ -1,0 +1,61 @@
+#pragma once
+
+#include "studio/services/service_key.h"
+#include "studio/services/translation_desk.h"
+#include "studio/services/verse_desk.h"
+
+#include <QObject>
+#include <QSettings>
+#include <QString>
+
+namespace nimbara {
+
+/// Where verses come from, as the operator chose it: one of the built-in Bibles, or an online one
+/// with the operator's key. Kept from one run to the next. Interface thread only, which never
+/// waits.
+class BibleDesk : public QObject {
+    Q_OBJECT
+public:
+    /// All must outlive the desk.
+    struct Surroundings {
+        VerseDesk &verses;
+        const TranslationDesk &translation; ///< its target decides the automatic choice
+        SecretStore &secrets;
+        QSettings &settings;
+    };
+    static constexpr int choices = 4;
+
+    explicit BibleDesk(const Surroundings &surroundings);
+
+    /// Of the service that online Bibles come from.
+    [[nodiscard]] ServiceKey &key() { return m_key; }
+
+    /// 0: by the language of the captions, 1: Spanish, 2: English, 3: online.
+    [[nodiscard]] int choice() const;
+    void choose(int choice);
+
+    /// The online Bible; its id is empty when none was chosen.
+    [[nodiscard]] bible::ListedBible online() const;
+    void chooseOnline(const bible::ListedBible &bible);
+
+    /// Shows the verse in the layer; see `VerseDesk::lookupVerse`.
+    void lookUp(LayerId layer, const QString &typed);
+
+    /// Lists the Spanish Bibles that the key may read, and keeps the key.
+    void findBibles();
+
+Q_SIGNALS:
+    /// `preferred`: the place of the one to choose; -1 in an empty list.
+    void biblesFound(const QList<bible::ListedBible> &bibles, int preferred);
+    void failed(const nimbara::Message &reason);
+    /// One line for the operator.
+    void said(const nimbara::Message &text);
+
+private:
+    void listBibles(const QString &key);
+
+    Surroundings m_surroundings;
+    ServiceKey m_key;
+};
+
+} // namespace nimbara

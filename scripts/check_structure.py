@@ -28,6 +28,7 @@ ROOMS = {
     "compositor": ["text", "scene"],
     "output": ["mix", "encode", "sink"],
     "translation": ["service", "pipeline"],
+    "studio": ["edit", "sources", "programs", "outputs", "services", "projects"],
     "ui": ["kit", "editor", "outputs", "captions", "shell"],
 }
 WIDGETS = re.compile(

@@ -2,8 +2,8 @@
 
 #include "compositor/scene/load_image.h"
 #include "secrets/keychain_store.h"
-#include "studio/edit/profile_change.h"
 #include "studio/outputs/closing.h"
+#include "studio/projects/profile_change.h"
 
 namespace nimbara {
 

@@ -1,5 +1,5 @@
 #include "studio/device_desk.h"
-#include "studio/edit/profile_change.h"
+#include "studio/projects/profile_change.h"
 #include "studio/studio_fixture.h"
 #include "support/clips.h"
 #include "support/fake_permission.h"

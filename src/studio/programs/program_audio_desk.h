@@ -1,8 +1,8 @@
 #pragma once
 
 #include "output/mix/program_audio.h"
-#include "studio/programs/on_air.h"
 #include "studio/sources/audio_input.h"
+#include "studio/sources/on_air.h"
 
 #include <cstdint>
 

@@ -2,7 +2,7 @@
 
 #include "compositor/scene/composer.h"
 #include "studio/edit/stage.h"
-#include "studio/programs/on_air.h"
+#include "studio/sources/on_air.h"
 
 #include <QImage>
 

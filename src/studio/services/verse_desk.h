@@ -1,11 +1,11 @@
 #pragma once
 
+#include "base/report.h"
 #include "bible/api.h"
 #include "bible/verse_lookup.h"
 #include "bible/verse_translator.h"
 #include "net/endpoints.h"
 #include "studio/edit/stage.h"
-#include "studio/report.h"
 
 #include <QObject>
 #include <QString>

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/report.h"
 #include "media/capture/audio_capture.h"
 #include "media/sources/retirement.h"
 #include "output/mix/input_writer.h"
-#include "studio/report.h"
 
 #include <QObject>
 

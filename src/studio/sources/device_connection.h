@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/report.h"
 #include "media/capture/capture_permission.h"
 #include "media/capture/devices.h"
 #include "media/sources/media_factory.h"
 #include "studio/edit/stage.h"
-#include "studio/report.h"
 #include "studio/sources/audio_input.h"
 #include "studio/sources/sources.h"
 

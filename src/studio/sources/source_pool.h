@@ -1,9 +1,9 @@
 #pragma once
 
 #include "base/clock.h"
+#include "base/report.h"
 #include "document/project.h"
 #include "media/sources/media_factory.h"
-#include "studio/report.h"
 
 #include <QHash>
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/report.h"
 #include "media/capture/devices.h"
 #include "media/sources/media_factory.h"
-#include "studio/programs/on_air.h"
-#include "studio/report.h"
+#include "studio/sources/on_air.h"
 #include "studio/sources/picture_shelf.h"
 #include "studio/sources/source_pool.h"
 

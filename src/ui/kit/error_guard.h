@@ -2,7 +2,7 @@
 
 #include "base/error.h"
 #include "base/i18n.h"
-#include "studio/report.h"
+#include "base/report.h"
 #include "ui/kit/dialogs.h"
 
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "studio/report.h"
+#include "base/report.h"
 #include "ui/outputs/hall_screen.h"
 #include "ui/outputs/sources_tab.h"
 

@@ -1,4 +1,4 @@
-#include "studio/edit/project_opening.h"
+#include "studio/projects/project_opening.h"
 
 #include "base/error.h"
 #include "compositor/scene/load_image.h"

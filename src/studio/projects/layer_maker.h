@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/report.h"
 #include "media/sources/media_factory.h"
 #include "studio/edit/stage.h"
-#include "studio/report.h"
 #include "studio/sources/source_pool.h"
 
 namespace nimbara {

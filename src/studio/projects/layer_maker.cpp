@@ -1,4 +1,4 @@
-#include "studio/edit/layer_maker.h"
+#include "studio/projects/layer_maker.h"
 
 #include <QUrl>
 

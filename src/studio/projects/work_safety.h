@@ -2,8 +2,8 @@
 
 #include "base/background_task.h"
 #include "studio/edit/document.h"
-#include "studio/edit/project_desk.h"
 #include "studio/edit/recovery_copy.h"
+#include "studio/projects/project_desk.h"
 
 #include <QObject>
 #include <QString>

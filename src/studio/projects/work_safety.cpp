@@ -1,4 +1,4 @@
-#include "studio/edit/work_safety.h"
+#include "studio/projects/work_safety.h"
 
 #include "base/error.h"
 #include "document/project_file.h"

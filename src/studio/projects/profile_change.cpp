@@ -1,4 +1,4 @@
-#include "studio/edit/profile_change.h"
+#include "studio/projects/profile_change.h"
 
 namespace nimbara {
 

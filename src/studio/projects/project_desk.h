@@ -1,14 +1,14 @@
 #pragma once
 
+#include "base/report.h"
 #include "media/sources/media_factory.h"
 #include "output/sink/outputs.h"
 #include "studio/edit/media_search.h"
 #include "studio/edit/project_backups.h"
-#include "studio/edit/project_opening.h"
 #include "studio/edit/project_saves.h"
 #include "studio/edit/stage.h"
-#include "studio/programs/on_air.h"
-#include "studio/report.h"
+#include "studio/projects/project_opening.h"
+#include "studio/sources/on_air.h"
 #include "studio/sources/sources.h"
 
 #include <QObject>

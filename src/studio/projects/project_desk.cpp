@@ -1,4 +1,4 @@
-#include "studio/edit/project_desk.h"
+#include "studio/projects/project_desk.h"
 
 #include "base/error.h"
 

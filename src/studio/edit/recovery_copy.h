@@ -2,6 +2,7 @@
 
 #include "base/background_task.h"
 #include "base/clock.h"
+#include "base/message.h"
 #include "studio/edit/recovery_files.h"
 
 #include <QByteArray>

@@ -38,6 +38,10 @@ QString checkedServer(const QString &text)
     if (!url.isValid() || !knownScheme || url.host(QUrl::FullyDecoded).isEmpty() || !bare) {
         throw Error(QStringLiteral("Servidor RTMP/RTMPS inválido. Separa la clave del servidor."));
     }
+    if (url.path().remove(QLatin1Char('/')).isEmpty()) {
+        throw Error(QStringLiteral("Al servidor RTMP le falta la aplicación, por ejemplo "
+                                   "rtmp://servidor/live"));
+    }
     return url.toString(QUrl::FullyEncoded);
 }
 
@@ -47,6 +51,9 @@ QString checkedKey(const QString &text)
     QString key = text.trimmed();
     if (key.isEmpty() || key.contains(forbidden)) {
         throw Error(QStringLiteral("Clave de transmisión inválida"));
+    }
+    if (key.endsWith(QLatin1Char('/'))) {
+        throw Error(QStringLiteral("La clave de transmisión no puede terminar en «/»"));
     }
     return key;
 }

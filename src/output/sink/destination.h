@@ -26,10 +26,12 @@ constexpr std::size_t destinationCount = 4;
 const std::array<DestinationPreset, destinationCount> &destinationPresets();
 
 /// The server field's text as a fully encoded URL without the key. Throws `Error` unless it is a
-/// valid rtmp or rtmps URL with a host and without user information, query and fragment.
+/// valid rtmp or rtmps URL with a host and an application, and without user information, query and
+/// fragment.
 QString checkedServer(const QString &text);
 
-/// The key field's text, trimmed. Throws `Error` when it is empty or holds white space, "?" or "#".
+/// The key field's text, trimmed. Throws `Error` when it is empty, holds white space,
+/// "?" or "#", or ends with "/".
 QString checkedKey(const QString &text);
 
 /// Server (from `checkedServer`) and key (from `checkedKey`) joined by exactly one "/" more than

@@ -41,6 +41,7 @@ void StreamDesk::setKey(std::size_t slot, const QString &key)
 {
     if (key != m_slots.at(slot).key) {
         m_slots.at(slot).key = key;
+        m_slots.at(slot).wasEmptied = !hasKey(slot);
         Q_EMIT changed(slot);
     }
 }
@@ -203,35 +204,68 @@ void StreamDesk::saveKeys()
         return;
     }
     hideKeys();
-    Keys keys;
-    for (std::size_t slot = 0; slot < keys.size(); ++slot) {
-        keys.at(slot) = key(slot);
+    Saving saving;
+    for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        if (hasKey(slot) || m_slots.at(slot).wasEmptied) {
+            saving.keys.emplace_back(slot, hasKey(slot) ? key(slot) : QString());
+        }
     }
     setSaving(true);
-    saveKeysFrom(0, keys);
+    saveNext(std::move(saving));
 }
 
-void StreamDesk::saveKeysFrom(std::size_t slot, const Keys &keys)
+void StreamDesk::saveNext(Saving saving)
 {
-    if (slot == keys.size()) {
+    if (saving.keys.empty()) {
         setSaving(false);
-        Q_EMIT said("Claves guardadas en Llavero / Credential Manager.");
+        Q_EMIT said(outcome(saving));
         return;
     }
+    const auto [slot, key] = saving.keys.front();
     m_secrets.writeSecret(account(slot),
-        keys.at(slot),
-        [self = QPointer(this), slot, keys](bool written) {
-            if (!self) {
-                return;
+        key,
+        [self = QPointer(this), saving = std::move(saving)](bool written) mutable {
+            if (self) {
+                self->saved(std::move(saving), written);
             }
-            if (written) {
-                self->saveKeysFrom(slot + 1, keys);
-                return;
-            }
-            self->setSaving(false);
-            Q_EMIT self->failed(
-                QStringLiteral("No se pudo guardar en el almacén seguro del sistema"));
         });
+}
+
+void StreamDesk::saved(Saving saving, bool written)
+{
+    if (!written) {
+        setSaving(false);
+        Q_EMIT failed("No se pudo guardar en el almacén seguro del sistema");
+        return;
+    }
+    const auto [slot, key] = saving.keys.front();
+    saving.keys.pop_front();
+    const QString &name = m_outputs.destination(slot).name();
+    if (key.isEmpty()) {
+        m_slots.at(slot).wasEmptied = false;
+        saving.removed << name;
+    } else {
+        saving.written << name;
+    }
+    saveNext(std::move(saving));
+}
+
+Message StreamDesk::outcome(const Saving &saving)
+{
+    if (saving.written.isEmpty() && saving.removed.isEmpty()) {
+        return "No hay claves que guardar: las guardadas siguen como estaban.";
+    }
+    const auto names
+        = [](const QStringList &all) { return Message::verbatim(all.join(QStringLiteral(", "))); };
+    const Message blank = Message::verbatim(QStringLiteral(" "));
+    Message text("Claves guardadas en Llavero / Credential Manager.");
+    if (!saving.written.isEmpty()) {
+        text += blank + "Claves guardadas: " + names(saving.written);
+    }
+    if (!saving.removed.isEmpty()) {
+        text += blank + "Claves eliminadas: " + names(saving.removed);
+    }
+    return text;
 }
 
 } // namespace nimbara

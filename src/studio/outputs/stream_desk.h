@@ -7,10 +7,13 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
+#include <utility>
 
 namespace nimbara {
 
@@ -50,8 +53,9 @@ public:
     void stopStreams();
     /// Calls off the starts that wait for a key.
     void callOffStarts();
-    /// Stores the keys in the order of the slots, up to the first that fails. Does nothing while
-    /// keys are being saved.
+    /// Stores the keys that are there and removes those that the operator emptied, in the order of
+    /// the slots, up to the first that fails. A field that was never filled keeps what is stored.
+    /// Does nothing while keys are being saved.
     void saveKeys();
 
 Q_SIGNALS:
@@ -64,11 +68,17 @@ Q_SIGNALS:
     void said(const nimbara::Message &text);
 
 private:
-    using Keys = std::array<QString, destinationCount>;
+    /// A save under way: what is left to do, and the names of what is done.
+    struct Saving {
+        std::deque<std::pair<std::size_t, QString>> keys; ///< slot and key, empty to remove it
+        QStringList written;
+        QStringList removed;
+    };
 
     struct Slot {
         QString server;
         QString key;
+        bool wasEmptied = false; ///< by the operator, since it was stored
         bool isSelected = false;
         std::uint64_t ticket = 0; ///< of the start that waits; 0: none. A key that comes for
                                   ///< another ticket comes too late.
@@ -85,7 +95,9 @@ private:
     [[nodiscard]] QString account(std::size_t slot) const;
     void hideKeys() const;
     void setSaving(bool saving);
-    void saveKeysFrom(std::size_t slot, const Keys &keys);
+    void saveNext(Saving saving);
+    void saved(Saving saving, bool written);
+    [[nodiscard]] static Message outcome(const Saving &saving);
 
     Outputs &m_outputs;
     const Stage &m_stage;

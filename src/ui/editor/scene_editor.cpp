@@ -328,7 +328,7 @@ void SceneEditor::fitToFrame(LayerId id)
     if (const Layer *layer = findLayer(document().scenes(), id)) {
         const Box box = fittedBox(layer->kind,
             m_studio.sources().contentSize(*layer),
-            m_studio.stage().streamFrame());
+            m_studio.stage().previewFrame());
         document().apply(SetField { id, LayerField::Box, box });
     }
 }

@@ -6,15 +6,20 @@
 
 #include <QImage>
 #include <QObject>
+#include <QRect>
+#include <QShortcut>
+
+#include <optional>
 
 namespace nimbara {
 
 /// The congregation's window as the operator drives it: shows it on the chosen screen, hides it,
-/// and keeps the list of screens. Interface thread only.
+/// and keeps the list of screens. A screen that goes away takes the window with it, and brings it
+/// back when it returns. Interface thread only.
 class HallControls : public QObject {
     Q_OBJECT
 public:
-    /// `tab` must outlive the controls.
+    /// `tab` must outlive the controls; its window is the operator's.
     HallControls(SourcesTab &tab, Report status);
     HallControls(const HallControls &) = delete;
     HallControls &operator=(const HallControls &) = delete;
@@ -23,16 +28,30 @@ public:
     ~HallControls() override;
 
     void setFrame(const QImage &frame) { m_screen.setFrame(frame); }
-    void hide() { m_screen.hide(); }
+    void hide();
+
+Q_SIGNALS:
+    void shownChanged(bool shown);
 
 private:
+    /// A screen as it is known again.
+    struct Place {
+        QString name;
+        QRect geometry;
+    };
     void listScreens();
     void toggle();
-    void screenRemoved();
+    void showOn(QScreen &screen);
+    void screenAdded(QScreen *screen);
+    void screenRemoved(const QScreen *screen);
+    void showState();
 
     SourcesTab &m_tab;
     Report m_status;
     HallScreen m_screen;
+    QShortcut *m_escape; ///< of the operator's window, while the hall covers it
+    std::optional<Place> m_shownOn;
+    bool m_waits = false; ///< for that screen to return
 };
 
 } // namespace nimbara

@@ -2,7 +2,7 @@
 
 #include "base/i18n.h"
 
-#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QScreen>
 
 namespace nimbara {
@@ -12,6 +12,9 @@ HallScreen::HallScreen()
     setWindowTitle(nimbara_i18n::tr("Ardenvale Vesperline · Programa"));
     setObjectName(QStringLiteral("hallWindow"));
     setWindowFlag(Qt::FramelessWindowHint);
+    setWindowFlag(Qt::WindowDoesNotAcceptFocus);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setFocusPolicy(Qt::NoFocus);
     setCursor(Qt::BlankCursor);
     // The program goes on when the main window closes; this one alone never ends it.
     setAttribute(Qt::WA_QuitOnClose, false);
@@ -24,17 +27,7 @@ void HallScreen::showOn(QScreen &screen)
     setScreen(&screen);
     setGeometry(screen.geometry());
     showFullScreen();
-    activateWindow();
-    setFocus();
-}
-
-void HallScreen::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Escape || event->key() == Qt::Key_F) {
-        hide();
-    } else {
-        Picture::keyPressEvent(event);
-    }
+    raise();
 }
 
 void HallScreen::mouseDoubleClickEvent(QMouseEvent *event)

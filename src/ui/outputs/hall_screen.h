@@ -13,12 +13,10 @@ class HallScreen : public Picture {
 public:
     HallScreen();
 
-    /// Covers the screen with the window and gives it the keyboard.
+    /// Covers the screen with the window, which never takes the keyboard from the studio.
     void showOn(QScreen &screen);
 
 protected:
-    /// Esc and F hide the window.
-    void keyPressEvent(QKeyEvent *event) override;
     /// A double click hides it while it is full screen.
     void mouseDoubleClickEvent(QMouseEvent *event) override;
 };

@@ -13,7 +13,8 @@ namespace nimbara {
 namespace {
 
 constexpr const char *showHall = "Pantallas de sala en el monitor elegido";
-constexpr const char *hideHall = "Ocultar pantallas de sala (Esc)";
+constexpr const char *hideHall = "Ocultar pantallas de sala";
+constexpr const char *hideWithEscape = "Ocultar pantallas de sala (Esc)";
 
 } // namespace
 
@@ -103,9 +104,9 @@ void SourcesTab::showScreens(const QStringList &names)
     refill(m_screens, names, std::max(chosen, 0));
 }
 
-void SourcesTab::setHallShown(bool shown)
+void SourcesTab::setHallShown(bool shown, bool covers)
 {
-    m_hallScreen->setText(nimbara_i18n::tr(shown ? hideHall : showHall));
+    m_hallScreen->setText(nimbara_i18n::tr(!shown ? showHall : covers ? hideWithEscape : hideHall));
 }
 
 } // namespace nimbara

@@ -24,7 +24,8 @@ public:
     void showDevices(const DeviceLists &devices);
     /// Fills the list of screens; the chosen one stays chosen while it is there.
     void showScreens(const QStringList &names);
-    void setHallShown(bool shown);
+    /// `covers`: the hall stands in front of the studio, where Esc hides it.
+    void setHallShown(bool shown, bool covers);
 
     /// Entries from 0; -1: the chosen device has left the list.
     [[nodiscard]] int cameraEntry() const { return m_cameras->currentIndex(); }

@@ -3,6 +3,7 @@
 #include "support/clips.h"
 #include "support/test_registry.h"
 
+#include <QDir>
 #include <QTemporaryDir>
 #include <QUrl>
 
@@ -94,6 +95,50 @@ private Q_SLOTS:
             desk.saveAs("dos");
         }
         QCOMPARE(fromJson(readProjectFile(path)).title, QStringLiteral("dos"));
+    }
+
+    /// The same file in two layers, a clip with a blank in its name, and one that is nowhere.
+    void missingFilesAreListedOnceAndFoundInOneStep()
+    {
+        ProjectFixture desk;
+        std::vector<Layer> layers { newLayer(LayerKind::Image),
+            newLayer(LayerKind::Image),
+            newLayer(LayerKind::Video),
+            newLayer(LayerKind::Image) };
+        layers[0].path = layers[1].path = u"/antes/fotos/logo.png"_s;
+        layers[2].uri = u"file:///antes/clips/culto%201.mp4"_s;
+        layers[3].path = u"/antes/fotos/nada.png"_s;
+        Project project = newProject();
+        project.scenes.of(SceneSet::Hall) = { makeScene(u"Sala"_s, layers) };
+        writeProjectFile(desk.path, toJson(project));
+        QVERIFY(desk.open());
+        MediaSearch &search = desk.projects().mediaSearch();
+        QCOMPARE(search.missing(),
+            QStringList({ layers[0].path, u"/antes/clips/culto 1.mp4"_s, layers[3].path }));
+
+        const QDir now(desk.folder.path() + u"/ahora"_s);
+        QVERIFY(now.mkpath(u"fotos"_s));
+        QImage(8, 8, QImage::Format_RGB32).save(now.filePath(u"fotos/logo.png"_s));
+        QVERIFY(QFile::copy(clip({}), now.filePath(u"culto 1.mp4"_s)));
+        QList<int> told;
+        QObject::connect(&search, &MediaSearch::finished, [&](int found, int missing) {
+            told = { found, missing };
+        });
+        const SceneSets before = desk.studio.document().scenes();
+        search.search(now.path());
+        QVERIFY(desk.runUntil([&] { return !told.isEmpty(); }));
+        QCOMPARE(told, QList<int>({ 2, 1 }));
+        const std::vector<Layer> &mended
+            = desk.studio.document().scenes().of(SceneSet::Hall)[0]->layers;
+        QCOMPARE(mended[0].path, now.filePath(u"fotos/logo.png"_s));
+        QCOMPARE(mended[1].path, mended[0].path);
+        QCOMPARE(QUrl(mended[2].uri).toLocalFile(), now.filePath(u"culto 1.mp4"_s));
+        QCOMPARE(mended[3].path, layers[3].path);
+        const Sources &sources = desk.studio.sources();
+        QVERIFY(desk.runUntil(
+            [&] { return sources.contentSize(mended[0]) && sources.contentSize(mended[2]); }));
+        desk.studio.document().undo();
+        QCOMPARE(desk.studio.document().scenes(), before);
     }
 
     void clipsPlayWhileTheirSceneIsShown()

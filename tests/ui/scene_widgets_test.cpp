@@ -275,6 +275,28 @@ private Q_SLOTS:
         QVERIFY(box->detailedText().endsWith(warnings.last()));
         box->close();
     }
+
+    void missingFilesAreOfferedToBeFound()
+    {
+        SceneDesk desk;
+        bool taken = false;
+        QtDialogs(&desk.window).offer(u"Abrir proyecto"_s, u"/no/esta.png"_s, u"Buscar…"_s, [&] {
+            taken = true;
+        });
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        QVERIFY(box != nullptr);
+        box->buttons().last()->click();
+        QTRY_VERIFY(taken);
+
+        ProjectDesk &projects = desk.window.studio().projects();
+        projects.mediaSearch().setMissing({ u"/no/esta.png"_s });
+        desk.dialogs->answers = { true };
+        desk.dialogs->files = { QDir::tempPath() + u"/nada"_s };
+        Q_EMIT projects.opened({});
+        QTRY_COMPARE(desk.status(), u"Archivos encontrados: 0; faltan 1."_s);
+        QCOMPARE(desk.dialogs->asked[0],
+            u"Abrir proyecto: Archivos que no están:\n/no/esta.png|Buscar…"_s);
+    }
 };
 
 NIMBARA_TEST(SceneWidgetsTest)

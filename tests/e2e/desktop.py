@@ -128,6 +128,16 @@ class Program:
             if child is not None:
                 yield from self.walk(child)
 
+    def names(self):
+        """Of all that there is; of less when the tree changes under the walk."""
+        found = []
+        try:
+            for node in self.walk(self.application()):
+                found.append(node.get_name())
+        except (AttributeError, gi.repository.GLib.Error):
+            pass
+        return found
+
     def find(self, *names, role=None):
         root = self.application()
         if root is None:
@@ -149,12 +159,48 @@ class Program:
         middle = (scale * (box.x + box.width / 2), scale * (box.y + box.height / 2))
         x("mousemove", *(str(int(place)) for place in middle), "click", button)
 
+    def wait_focus(self, names, role=None):
+        """The keyboard is at the control, or at a text in the dialog, of one of these names."""
+
+        def focused(node, inside=False):
+            inside = inside or node.get_name() in names
+            states = node.get_state_set()
+            if states.contains(Atspi.StateType.FOCUSED) and inside and role in (None, node.get_role_name()):
+                return True
+            children = (node.get_child_at_index(index) for index in range(node.get_child_count()))
+            return any(focused(child, inside) for child in children if child is not None)
+
+        def asked():
+            try:
+                return focused(self.application())
+            except gi.repository.GLib.Error:  # the tree changed under the walk
+                return False
+
+        wait_for(f"the keyboard at {names}", asked)
+
+    def type_into(self, name, text, role="text"):
+        """In the place of what stands there."""
+        self.click(name, role=role)
+        self.wait_focus([name])
+        x("key", "ctrl+a")
+        x("type", "--delay", "5", text)
+
     def enter_path(self, title, path):
         """Types a path into the file dialog of that title and accepts it."""
-        wait_for(f"dialog {title}", lambda: self.find(title, role="dialog") or self.find(title, role="file chooser"))
-        time.sleep(0.3)
+        self.wait_focus([title], role="text")
         x("type", "--delay", "5", str(path))
         x("key", "Return")
+
+    def start_recording(self, path):
+        self.click("Transmitir y grabar", role="page tab")
+        self.click("● Grabar")
+        self.enter_path("Grabar Programa", path)
+        self.wait_status("Grabando Programa y audio seleccionado.")
+
+    def stop_recording(self):
+        self.click("Transmitir y grabar", role="page tab")
+        self.click("■ Detener grabación")
+        self.wait_status("Grabación guardada correctamente")
 
     def load_video(self, path):
         self.click("Fuentes y pantallas", role="page tab")

@@ -1,4 +1,4 @@
-"""Reads what a recording of a test clip holds: time stamps, frame numbers, flashes and beeps."""
+"""Reads what a recording of a test clip holds, which fills the frame: time stamps, numbers, flashes, beeps."""
 
 import array
 import json
@@ -7,6 +7,7 @@ import subprocess
 
 BITS = 16
 RATE = 48000
+WIDTH, HEIGHT = 480, 270  # of the decoded pictures
 
 
 def probe(path):
@@ -15,59 +16,39 @@ def probe(path):
     return json.loads(subprocess.run(words, check=True, capture_output=True, text=True).stdout)
 
 
-def video_times(path):
-    """Presentation times of the pictures in seconds."""
+def video_times(path, whole=True):
+    """Presentation times of the pictures in seconds; of a file that is being written, not `whole`."""
     words = ["ffprobe", "-v", "error", "-select_streams", "v:0"]
     words += ["-show_entries", "packet=pts_time", "-of", "csv=p=0", str(path)]
-    out = subprocess.run(words, check=True, capture_output=True, text=True).stdout
+    out = subprocess.run(words, check=whole, capture_output=True, text=True).stdout
     return sorted(float(line.split(",")[0]) for line in out.split() if line.strip(","))
 
 
-def pictures(path, width, height, turn=""):
-    """Each picture as grey bytes, decoded at a small size; `turn` is a filter to put it upright."""
+def pictures(path, width, height):
+    """Each picture as grey bytes, decoded at a small size."""
     words = ["ffmpeg", "-v", "error", "-i", str(path), "-vsync", "passthrough"]
-    words += ["-vf", f"{turn}scale={width}:{height}:flags=area,format=gray", "-f", "rawvideo", "-"]
+    words += ["-vf", f"scale={width}:{height}:flags=area,format=gray", "-f", "rawvideo", "-"]
     data = subprocess.run(words, check=True, capture_output=True).stdout
     size = width * height
     return [data[i : i + size] for i in range(0, len(data) - size + 1, size)]
 
 
-class Clip:
-    """Where the clip lies in the recorded frame: fitted into it with its shape kept."""
-
-    def __init__(self, shape, frame=(1920, 1080), decoded=(480, 270)):
-        self.width, self.height = decoded
-        scale = min(frame[0] / shape[0], frame[1] / shape[1])
-        self.w = shape[0] * scale * decoded[0] / frame[0]
-        self.h = shape[1] * scale * decoded[1] / frame[1]
-        self.x = (decoded[0] - self.w) / 2
-        self.y = (decoded[1] - self.h) / 2
-
-    def level(self, picture, across, down):
-        column = int(self.x + self.w * across)
-        row = int(self.y + self.h * down)
-        return picture[row * self.width + column]
-
-    def number(self, picture):
-        """The frame number, or None where the picture does not show the clip's blocks clearly."""
-        number = 0
-        for bit in range(BITS):
-            level = self.level(picture, (bit + 0.5) / BITS, 1 / 16)
-            if 90 < level < 165:
-                return None
-            number |= (level >= 165) << bit
-        return number
-
-    def flashes(self, picture):
-        return self.level(picture, 0.5, 15 / 16) > 128
+def level(picture, across, down):
+    return picture[int(HEIGHT * down) * WIDTH + int(WIDTH * across)]
 
 
-def read_clip(path, shape, on_its_side=False):
+def number(picture):
+    """The frame number, or None where the picture does not show the clip's blocks clearly."""
+    levels = [level(picture, (bit + 0.5) / BITS, 1 / 16) for bit in range(BITS)]
+    if any(90 < value < 165 for value in levels):
+        return None
+    return sum((value >= 165) << bit for bit, value in enumerate(levels))
+
+
+def read_clip(path):
     """(time, number or None, flash) of each picture."""
-    clip = Clip(shape, (1080, 1920), (270, 480)) if on_its_side else Clip(shape)
-    times = video_times(path)
-    frames = pictures(path, clip.width, clip.height, "transpose=clock," if on_its_side else "")
-    return [(t, clip.number(p), clip.flashes(p)) for t, p in zip(times, frames)]
+    frames = pictures(path, WIDTH, HEIGHT)
+    return [(t, number(p), level(p, 0.5, 15 / 16) > 128) for t, p in zip(video_times(path), frames)]
 
 
 def beep_offsets(path, shown):

@@ -5,8 +5,6 @@
 #include "support/fake_permission.h"
 #include "support/test_registry.h"
 
-#include <QTemporaryDir>
-
 #include <optional>
 
 using namespace nimbara;
@@ -14,36 +12,16 @@ using namespace nimbara::testing;
 
 namespace {
 
-/// A studio that has listed the devices.
 struct DeviceFixture : StudioFixture {
-    DeviceLists devices;
-    int before = 0;
-    int after = 0;
+    DeviceReports devices { studio };
 
     explicit DeviceFixture(StudioPeers peers = {})
         : StudioFixture(std::move(peers))
     {
-        QObject::connect(&studio.devices(),
-            &DeviceConnection::devicesFound,
-            &studio,
-            [this](const DeviceLists &found) { devices = found; });
-        QObject::connect(&studio.audio(),
-            &AudioInput::levelsMeasured,
-            &studio,
-            [this](int input, int output) {
-                before = input;
-                after = output;
-            });
     }
     bool findDevices(std::size_t video, std::size_t audio)
     {
-        return runUntil([&, tries = 0]() mutable {
-            if (tries++ % 400 == 0) {
-                studio.devices().refreshDevices();
-                studio.devices().refreshDevices(); // the result is that of the second
-            }
-            return devices.video.size() == video && devices.audio.size() == audio;
-        });
+        return devices.find(video, audio, [this](auto found) { return runUntil(found); });
     }
     /// Polls with the clock at a stand, so that no source is given up before it has started.
     template <typename Condition> bool pollUntil(Condition condition)
@@ -55,10 +33,6 @@ struct DeviceFixture : StudioFixture {
             },
             60'000);
     }
-    DeviceChoice choose(const char *video, const char *audio) const
-    {
-        return testing::choose(devices, video, audio);
-    }
     /// Connects and waits for what the studio says to it.
     QString connected(const DeviceChoice &choice)
     {
@@ -66,10 +40,6 @@ struct DeviceFixture : StudioFixture {
         studio.devices().connectSources(choice);
         static_cast<void>(runUntil([&] { return !statuses.isEmpty(); }));
         return statuses.join(QLatin1Char('|'));
-    }
-    bool told(const char *text) const
-    {
-        return !statuses.filter(QString::fromUtf8(text)).isEmpty();
     }
 };
 
@@ -85,12 +55,12 @@ private Q_SLOTS:
         auto console = microphone("Consola", 44100, 1);
         DeviceFixture desk;
         QVERIFY(desk.findDevices(2, 1));
-        const DeviceChoice choice = desk.choose("Altar", "Consola");
+        const DeviceChoice choice = desk.devices.choose("Altar", "Consola");
         QCOMPARE(desk.connected(choice), QString::fromUtf8(opened));
         desk.studio.program().take();
         QVERIFY(desk.pollUntil([&] { return desk.studio.sources().cameraFrame() != nullptr; }));
         QVERIFY(desk.runUntil([&] { return isRed(centre(desk.pictures.streams)); }));
-        QVERIFY(desk.runUntil([&] { return desk.before > 60; }));
+        QVERIFY(desk.runUntil([&] { return desk.devices.before > 60; }));
         const MediaPtr connected = desk.studio.sources().camera();
         QCOMPARE(desk.connected(choice), QString::fromUtf8(opened));
         QCOMPARE(desk.studio.sources().camera(), connected); // no flicker
@@ -127,8 +97,8 @@ private Q_SLOTS:
         console = microphone("Consola", 44100, 1);
         QVERIFY(desk.runUntil([&] { return desk.connected(choice) == QString::fromUtf8(opened); }));
         QCOMPARE(desk.studio.sources().camera(), reopened);
-        desk.before = 0;
-        QVERIFY(desk.runUntil([&] { return desk.before > 60; }));
+        desk.devices.before = 0;
+        QVERIFY(desk.runUntil([&] { return desk.devices.before > 60; }));
     }
 
     /// A camera that is gone, and a choice that names no device at all.
@@ -138,7 +108,7 @@ private Q_SLOTS:
         const auto console = microphone("Consola", 48000, 2);
         DeviceFixture desk;
         QVERIFY(desk.findDevices(1, 1));
-        const DeviceChoice choice = desk.choose("Altar", "Consola");
+        const DeviceChoice choice = desk.devices.choose("Altar", "Consola");
         altar->unplug();
         // The service takes a moment to notice.
         const QString away = QStringLiteral("Cámara: el dispositivo no está conectado");
@@ -156,66 +126,18 @@ private Q_SLOTS:
         }
     }
 
-    void permissionIsAskedAndAnswered_data()
-    {
-        QTest::addColumn<CaptureKind>("kind");
-        QTest::addColumn<PermissionStatus>("answer");
-        QTest::addColumn<QString>("asking");
-        QTest::addColumn<QString>("said");
-        const QString askCamera = QStringLiteral("Pidiendo permiso de cámara a macOS...");
-        const QString askMicrophone = QStringLiteral("Pidiendo permiso de micrófono a macOS...");
-        QTest::newRow("camera granted") << CaptureKind::Camera << PermissionStatus::Granted
-                                        << askCamera << QString::fromUtf8(opened);
-        QTest::newRow("camera denied")
-            << CaptureKind::Camera << PermissionStatus::Denied << askCamera
-            << QStringLiteral("macOS bloqueó la cámara. Ve a Configuración del Sistema → "
-                              "Privacidad y seguridad → Cámara y activa Vesperline.");
-        QTest::newRow("microphone granted") << CaptureKind::Microphone << PermissionStatus::Granted
-                                            << askMicrophone << QString::fromUtf8(opened);
-        QTest::newRow("microphone denied")
-            << CaptureKind::Microphone << PermissionStatus::Denied << askMicrophone
-            << QStringLiteral("macOS bloqueó el micrófono. Ve a Configuración del Sistema → "
-                              "Privacidad y seguridad → Micrófono y activa Vesperline.");
-    }
-
     void permissionIsAskedAndAnswered()
     {
-        QFETCH(CaptureKind, kind);
-        QFETCH(PermissionStatus, answer);
-        QFETCH(QString, asking);
-        QFETCH(QString, said);
-        const auto altar = camera("Altar", "red", { 640, 480 });
-        const auto console = microphone("Consola", 48000, 2);
-        auto owned = std::make_unique<FakePermission>(PermissionStatus::Granted);
-        FakePermission &permission = *owned;
-        permission.answer(kind, PermissionStatus::Undetermined);
-        DeviceFixture desk({ std::move(owned) });
-        QVERIFY(desk.findDevices(1, 1));
-        DeviceChoice chosen = desk.choose("Altar", "Consola");
-        QObject::connect(&desk.studio.devices(),
-            &DeviceConnection::permissionAnswered,
-            &desk.studio,
-            [&] { desk.studio.devices().connectSources(chosen); });
-        const auto nothingBuilt = [&, bars = desk.studio.sources().camera()] {
-            return desk.studio.sources().camera() == bars && !desk.studio.audio().capture();
-        };
-        QCOMPARE(desk.connected({ 0, 0 }), QString::fromUtf8(opened));
-        QVERIFY(permission.asked().empty()); // nothing to ask for
-        QCOMPARE(desk.connected(chosen), asking);
-        QVERIFY(nothingBuilt());
-
-        desk.statuses.clear();
-        permission.answer(kind, answer);
-        QVERIFY(desk.runUntil([&] { return !desk.statuses.isEmpty(); }));
-        QCOMPARE(desk.statuses, QStringList { said });
-        QCOMPARE(permission.asked(), std::vector { kind });
-        if (answer == PermissionStatus::Denied) {
-            QVERIFY(nothingBuilt());
-            permission.answer(kind, PermissionStatus::Granted); // in the settings
-            QCOMPARE(desk.connected(chosen), QString::fromUtf8(opened));
+        constexpr auto granted = PermissionStatus::Granted;
+        constexpr auto denied = PermissionStatus::Denied;
+        for (const auto &[kind, answer] : { std::pair { CaptureKind::Camera, granted },
+                 { CaptureKind::Camera, denied },
+                 { CaptureKind::Microphone, granted },
+                 { CaptureKind::Microphone, denied } }) {
+            const RowName named(QByteArray(answer == granted ? "granted " : "denied ")
+                + (kind == CaptureKind::Camera ? "camera" : "microphone"));
+            answerPermission(kind, answer);
         }
-        QVERIFY(desk.studio.sources().cameraDevice());
-        QVERIFY(desk.studio.audio().capture());
     }
 
     void aNewShapeRebuildsTheStreamsAlone()
@@ -255,15 +177,6 @@ private Q_SLOTS:
         }
         QCOMPARE(old.size(), 3U);
 
-        const QTemporaryDir folder;
-        Recording &recording = desk.studio.outputs().recording();
-        recording.start(folder.filePath(QStringLiteral("programa.webm")), landscapeSize);
-        desk.studio.changeProfile(StreamProfile::Portrait); // refused
-        QCOMPARE(desk.studio.document().project().profile, StreamProfile::Landscape);
-        QVERIFY(desk.runUntil([&] { return recording.ready(); }));
-        recording.finish();
-        QVERIFY(desk.runUntil([&] { return !recording.exists(); }));
-
         auto &onAir = const_cast<OnAir &>(desk.studio.onAir());
         for (const StreamProfile profile : { StreamProfile::Portrait, StreamProfile::Landscape }) {
             const FrameSize size = streamSize(profile);
@@ -293,6 +206,53 @@ private Q_SLOTS:
         }
         QCOMPARE(desk.connected({ 1, 0 }), QString::fromUtf8(opened));
         QVERIFY(desk.studio.sources().cameraDevice());
+    }
+
+private:
+    static void answerPermission(CaptureKind kind, PermissionStatus answer)
+    {
+        const auto altar = camera("Altar", "red", { 640, 480 });
+        const auto console = microphone("Consola", 48000, 2);
+        const bool isCamera = kind == CaptureKind::Camera;
+        const QString blocked = isCamera
+            ? QStringLiteral("macOS bloqueó la cámara. Ve a Configuración del Sistema → "
+                             "Privacidad y seguridad → Cámara y activa Vesperline.")
+            : QStringLiteral("macOS bloqueó el micrófono. Ve a Configuración del Sistema → "
+                             "Privacidad y seguridad → Micrófono y activa Vesperline.");
+        auto owned = std::make_unique<FakePermission>(PermissionStatus::Granted);
+        FakePermission &permission = *owned;
+        permission.answer(kind, PermissionStatus::Undetermined);
+        DeviceFixture desk({ std::move(owned) });
+        QVERIFY(desk.findDevices(1, 1));
+        DeviceChoice chosen = desk.devices.choose("Altar", "Consola");
+        QObject::connect(&desk.studio.devices(),
+            &DeviceConnection::permissionAnswered,
+            &desk.studio,
+            [&] { desk.studio.devices().connectSources(chosen); });
+        const auto nothingBuilt = [&, bars = desk.studio.sources().camera()] {
+            return desk.studio.sources().camera() == bars && !desk.studio.audio().capture();
+        };
+        QCOMPARE(desk.connected({ 0, 0 }), QString::fromUtf8(opened));
+        QVERIFY(permission.asked().empty()); // nothing to ask for
+        QCOMPARE(desk.connected(chosen),
+            isCamera ? QStringLiteral("Pidiendo permiso de cámara a macOS...")
+                     : QStringLiteral("Pidiendo permiso de micrófono a macOS..."));
+        QVERIFY(nothingBuilt());
+
+        desk.statuses.clear();
+        permission.answer(kind, answer);
+        QVERIFY(desk.runUntil([&] { return !desk.statuses.isEmpty(); }));
+        QCOMPARE(desk.statuses,
+            QStringList {
+                answer == PermissionStatus::Denied ? blocked : QString::fromUtf8(opened) });
+        QCOMPARE(permission.asked(), std::vector { kind });
+        if (answer == PermissionStatus::Denied) {
+            QVERIFY(nothingBuilt());
+            permission.answer(kind, PermissionStatus::Granted); // in the settings
+            QCOMPARE(desk.connected(chosen), QString::fromUtf8(opened));
+        }
+        QVERIFY(desk.studio.sources().cameraDevice());
+        QVERIFY(desk.studio.audio().capture());
     }
 };
 

@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <algorithm>
+#include <array>
 #include <malloc.h>
 #include <random>
 
@@ -29,33 +31,22 @@ public:
         const Scene scene = *document.currentScene();
         const LayerId layer
             = scene.layers.empty() ? LayerId() : scene.layers[pick(scene.layers.size())].id;
-        switch (pick(11)) {
-        case 0:
-            return document.apply(DuplicateScene { scene.id });
-        case 1:
-            return document.apply(AddScene { document.editing(), defaultScene(pick(2) == 0) });
-        case 2:
-            if (document.editedScenes().size() > 1) {
-                document.apply(DeleteScene { scene.id });
-            }
-            return;
-        case 3:
-            return document.apply(RenameScene { scene.id, QString::number(pick(100)) });
-        case 4:
-        case 5:
-            return document.apply(AddLayer { scene.id, newLayer(static_cast<LayerKind>(pick(7))) });
-        case 6:
-            return document.apply(DeleteLayer { layer });
-        case 7:
-            return document.apply(MoveLayer { layer, pick(2) == 0 ? 1 : -1 });
-        case 8:
-            return document.apply(SetField { layer, LayerField::Text, QString::number(pick(100)) });
-        case 9:
-            return document.apply(
-                SetField { layer, LayerField::Opacity, 0.01 * double(pick(100)) });
-        default:
-            return document.apply(
-                SetField { layer, LayerField::Box, Box { 0.001 * double(pick(900)), 0, 1, 1 } });
+        const SceneId in = scene.id;
+        const double part = 0.01 * double(pick(90));
+        const QString text = QString::number(pick(100));
+        const std::array<Edit, 9> edits { DuplicateScene { in },
+            AddScene { document.editing(), defaultScene(pick(2) == 0) },
+            RenameScene { in, text },
+            AddLayer { in, newLayer(static_cast<LayerKind>(pick(7))) },
+            DeleteLayer { layer },
+            MoveLayer { layer, pick(2) == 0 ? 1 : -1 },
+            SetField { layer, LayerField::Text, text },
+            SetField { layer, LayerField::Opacity, part },
+            SetField { layer, LayerField::Box, Box { part, 0, 1, 1 } } };
+        if (document.editedScenes().size() > 1 && pick(10) == 0) {
+            document.apply(DeleteScene { in });
+        } else {
+            document.apply(edits.at(pick(edits.size())));
         }
     }
 
@@ -66,21 +57,6 @@ private:
     }
     std::mt19937 m_random;
 };
-
-Project largeProject()
-{
-    Project project = newProject();
-    project.scenes.of(SceneSet::Streams).clear();
-    for (int scene = 0; scene < 100; ++scene) {
-        std::vector<Layer> layers;
-        for (int layer = 0; layer < 20; ++layer) {
-            layers.push_back(newLayer(LayerKind::Text));
-            layers.back().text = u"Texto de la capa %1"_s.arg(layer);
-        }
-        project.scenes.of(SceneSet::Streams).push_back(makeScene(QString::number(scene), layers));
-    }
-    return project;
-}
 
 } // namespace
 
@@ -121,8 +97,15 @@ private Q_SLOTS:
 
     void twoHundredStepsOfALargeProjectAreSmall()
     {
+        Project project = newProject();
+        project.scenes.of(SceneSet::Streams).clear();
+        for (int scene = 0; scene < 100; ++scene) {
+            std::vector<Layer> layers(20);
+            std::generate(layers.begin(), layers.end(), [] { return newLayer(LayerKind::Text); });
+            project.scenes.of(SceneSet::Streams).push_back(makeScene(u"x"_s, layers));
+        }
         Document document(m_clock);
-        document.open(largeProject());
+        document.open(project);
         const std::size_t before = mallinfo2().uordblks;
         for (std::size_t step = 0; step < 200; ++step) {
             m_clock.advanceUs(2'000'000);

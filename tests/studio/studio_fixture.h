@@ -9,15 +9,15 @@
 
 namespace nimbara::testing {
 
-/// A studio with a hand-cranked clock that keeps what it reports.
-struct StudioFixture {
-    ManualClock clock;
+/// A studio that keeps what it reports.
+template <typename StudioClock> struct StudioOn {
+    StudioClock clock;
     Studio studio;
     QStringList statuses;
     Pictures pictures;
     int frames = 0;
 
-    explicit StudioFixture(StudioPeers peers = {})
+    explicit StudioOn(StudioPeers peers = {})
         : studio(clock, std::move(peers))
     {
         QObject::connect(&studio, &Studio::status, &studio, [this](const Message &text) {
@@ -29,6 +29,10 @@ struct StudioFixture {
         });
     }
 
+    [[nodiscard]] bool told(const char *text) const
+    {
+        return !statuses.filter(QString::fromUtf8(text)).isEmpty();
+    }
     /// Some time, one frame period at least, then the tick that makes the frame.
     void frame(std::int64_t afterUs = FrameSchedule::periodUs)
     {
@@ -70,6 +74,9 @@ struct StudioFixture {
         studio.program().take();
     }
 };
+
+/// On a hand-cranked clock.
+using StudioFixture = StudioOn<ManualClock>;
 
 /// A layer that fills the whole frame with one colour.
 inline Layer colorLayer(const QColor &fill)

@@ -6,10 +6,25 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
+
+#include <numbers>
 
 using namespace nimbara;
 using namespace nimbara::testing;
+
+namespace {
+
+/// Empties the left side; the number of values, and the largest step so far.
+int takeSteps(AudioFifo &fifo, float &last, float &steepest)
+{
+    int count = 0;
+    for (; !fifo.empty(); fifo.drop(audioChannels), ++count) {
+        steepest = std::max(steepest, std::abs(fifo.at(0) - std::exchange(last, fifo.at(0))));
+    }
+    return count;
+}
+
+} // namespace
 
 class StudioTest : public QObject {
     Q_OBJECT
@@ -30,12 +45,7 @@ private Q_SLOTS:
     void failedMediaIsToldOnceAndShowsNothingStale()
     {
         StudioFixture desk;
-        QTemporaryDir folder;
-        QFile junk(folder.filePath(QStringLiteral("junk.mp4")));
-        QVERIFY(junk.open(QIODevice::WriteOnly));
-        junk.write(QByteArray(4096, 'x'));
-        junk.close();
-        desk.studio.layers().addMedia(fileLocation(junk.fileName()));
+        desk.studio.layers().addMedia(fileLocation(QStringLiteral("/etc/passwd")));
         const auto told
             = [&] { return desk.statuses.filter(QStringLiteral("Fuente sin señal: ")).size(); };
         QVERIFY(desk.runUntil([&] { return told() > 0; }));
@@ -88,11 +98,31 @@ private Q_SLOTS:
         QCOMPARE(lines, 2);
     }
 
+    /// The steepest step of the sound is that of its tone, however the gain jumps.
+    void gainAndMuteDoNotClick()
+    {
+        StudioFixture desk;
+        AudioInput &audio = desk.studio.audio();
+        audio.setCapture(std::make_unique<AudioCapture>(desk.clock, nullptr)); // a tone of 0.25
+        float steepest = 0;
+        float last = 0;
+        for (const int percent : { 100, 0, 200, -200, 200, -100, 100 }) { // below 0: muted
+            audio.setGainPercent(std::abs(percent));
+            audio.setMuted(percent < 0);
+            int heard = 0;
+            QTRY_VERIFY(
+                (audio.pull(), heard += takeSteps(audio.fifo(), last, steepest), heard > 12'000));
+        }
+        QVERIFY(steepest > 0 && steepest < 1.5 * 0.5 * 2 * std::numbers::pi * 440 / audioRate);
+    }
+
     void brokenRecordingNeverStopsThePrograms()
     {
         StudioFixture desk;
         desk.studio.outputs().recording().start(QStringLiteral("/dev/full"),
             desk.studio.stage().streamFrame());
+        desk.studio.changeProfile(StreamProfile::Portrait); // refused
+        QCOMPARE(desk.studio.document().project().profile, StreamProfile::Landscape);
         QVERIFY(desk.runUntil([&] { return !desk.studio.outputs().any(); }));
         QVERIFY2(desk.statuses.last().startsWith(QStringLiteral("Fallo de salida (codigo ")),
             qPrintable(desk.statuses.join(QLatin1Char('|'))));

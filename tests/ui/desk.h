@@ -1,15 +1,47 @@
 #pragma once
 
+#include "base/log.h"
 #include "support/scenes.h"
+#include "support/scripted_key_store.h"
 #include "ui/editor/canvas.h"
 #include "ui/scripted_dialogs.h"
 #include "ui/shell/studio_window.h"
 
+#include <QFile>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
+#include <QSettings>
+#include <QTabWidget>
 #include <QTest>
 
 namespace nimbara::testing {
+
+inline StudioServices withKeychain(SystemKeyStore *keychain)
+{
+    StudioServices services;
+    services.keychain.reset(keychain);
+    return services;
+}
+/// With both services at a server of this machine.
+inline StudioServices servicesAt(const Endpoint &endpoint)
+{
+    StudioServices services;
+    services.apiBible = services.openAi = endpoint;
+    return services;
+}
+
+/// The program's settings.
+inline QSettings settings()
+{
+    return QSettings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"));
+}
+/// What the program has logged.
+inline QString logText()
+{
+    QFile log(logFilePath());
+    return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
+}
 
 /// The real window, shown, with scripted answers.
 struct Desk {
@@ -36,6 +68,9 @@ struct Desk {
     }
     void press(const QString &name) { QTest::mouseClick(find<QPushButton>(name), Qt::LeftButton); }
     void press(const char *name) { press(QString::fromLatin1(name)); }
+    void enter(const char *name, const QString &text) { find<QLineEdit>(name)->setText(text); }
+    void showTab(int tab) { find<QTabWidget>("tabs")->setCurrentIndex(tab); }
+    bool isActive() { return QTest::qWaitForWindowActive(&window); }
     QString status() { return find<QLabel>("status")->text(); }
     Stage &stage() { return window.studio().stage(); }
     /// Of the scene in PREVIEW.

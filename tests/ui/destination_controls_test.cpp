@@ -1,14 +1,10 @@
 #include "secrets/secret_file.h"
-#include "support/scripted_key_store.h"
 #include "support/test_registry.h"
 #include "ui/desk.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFile>
-#include <QLineEdit>
 #include <QScopeGuard>
-#include <QTabWidget>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -24,13 +20,6 @@ const auto sending = u"Detener: Enviando · confirma recepción en la plataforma
 const auto idle = u"Iniciar: Detenido"_s;
 const auto youTube = u"stream-YouTube"_s;
 
-StudioServices withKeychain(SystemKeyStore *keychain)
-{
-    StudioServices services;
-    services.keychain.reset(keychain);
-    return services;
-}
-
 QString urlOf(const QTcpServer &server)
 {
     return u"rtmp://127.0.0.1:%1/app"_s.arg(server.serverPort());
@@ -44,7 +33,7 @@ struct StreamWindow : Desk {
         : Desk(withKeychain(store))
         , keychain(store)
     {
-        find<QTabWidget>("tabs")->setCurrentIndex(3);
+        showTab(3);
     }
     QLineEdit *field(const char *name, int slot)
     {
@@ -110,11 +99,10 @@ private Q_SLOTS:
 
     void saysWhyItDoesNotStart()
     {
-        for (const auto &[server, key, error] : { std::tuple { u"rtmp://"_s, u"k3y"_s, badServer },
-                 { m_muteUrl, u"k3y with-a-blank"_s, u"Clave de transmisión inválida"_s },
-                 { u"rtmp://127.0.0.1:1"_s, u"k3y"_s, u"No se pudo iniciar salida"_s } }) {
+        for (const auto &[server, error] : { std::pair { u"rtmp://"_s, badServer },
+                 { u"rtmp://127.0.0.1:1"_s, u"No se pudo iniciar salida"_s } }) {
             StreamWindow desk;
-            desk.fill(4, server, key);
+            desk.fill(4, server, u"k3y"_s);
             desk.toggle(4);
             QTRY_COMPARE(desk.dialogs->asked, QStringList { u"Ardenvale Vesperline: "_s + error });
             QCOMPARE(desk.status(), error);
@@ -196,26 +184,23 @@ private Q_SLOTS:
     {
         const QByteArray folder = qgetenv("XDG_DATA_HOME");
         const auto restored = qScopeGuard([&] { qputenv("XDG_DATA_HOME", folder); });
-        const auto saved = u"Claves guardadas en Llavero / Credential Manager."_s;
-        const auto failed = u"No se pudo guardar en el almacén seguro del sistema"_s;
-        for (const auto &[fileWorks, refused, asked, told] :
-            { std::tuple { true, u"stream-Twitch"_s, 4, saved },
-                { false, QString(), 4, saved },
-                { false, u"stream-Twitch"_s, 3, failed } }) {
-            qputenv("XDG_DATA_HOME", fileWorks ? folder : QByteArray("/dev/null/no-folder"));
+        qputenv("XDG_DATA_HOME", "/dev/null/no-folder"); // the system's store alone
+        for (const QString &refused : { QString(), u"stream-Twitch"_s }) {
             StreamWindow desk;
             desk.keychain->refused = refused;
             QStringList expected;
             for (const char *key : { "k3y-one", "", " k3y three", "k3y-four" }) {
                 const int slot = static_cast<int>(expected.size()) + 1;
                 desk.field("key", slot)->setText(QLatin1String(key));
-                expected << u"stream-"_s + desk.destination(slot).name() + u'='
-                        + QLatin1String(key);
+                const QString account = u"stream-"_s + desk.destination(slot).name();
+                expected << account + u'=' + QLatin1String(key);
             }
             desk.press("saveKeys");
-            QTRY_COMPARE(desk.status(), told);
-            QCOMPARE(desk.keychain->written, expected.mid(0, asked));
-            QCOMPARE(desk.dialogs->asked.size(), told == failed ? 1 : 0);
+            QTRY_COMPARE(desk.status(),
+                refused.isEmpty() ? u"Claves guardadas en Llavero / Credential Manager."_s
+                                  : u"No se pudo guardar en el almacén seguro del sistema"_s);
+            QCOMPARE(desk.keychain->written, expected.mid(0, refused.isEmpty() ? 4 : 3));
+            QCOMPARE(desk.dialogs->asked.size(), refused.isEmpty() ? 0 : 1);
             QVERIFY(desk.find<QPushButton>("saveKeys")->isEnabled());
         }
     }

@@ -6,7 +6,6 @@
 #include <QGuiApplication>
 #include <QProcess>
 #include <QScreen>
-#include <QTabWidget>
 #include <QTemporaryDir>
 
 using namespace nimbara;
@@ -19,16 +18,14 @@ constexpr const char *hideText = "Ocultar pantallas de sala (Esc)";
 
 /// The studio's window on the first of two screens; the second has the size of the hall program.
 struct HallDesk : Desk {
-    HallDesk() { find<QTabWidget>("tabs")->setCurrentIndex(1); }
+    HallDesk() { showTab(1); }
 
     static HallScreen *hall()
     {
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            if (widget->objectName() == QLatin1String("hallWindow")) {
-                return qobject_cast<HallScreen *>(widget);
-            }
-        }
-        return nullptr;
+        const auto all = QApplication::topLevelWidgets();
+        return qobject_cast<HallScreen *>(*std::find_if(all.begin(), all.end(), [](auto *widget) {
+            return widget->objectName() == QLatin1String("hallWindow");
+        }));
     }
     QString buttonText() { return find<QPushButton>("hallScreen")->text(); }
     void showOn(int screen)

@@ -8,6 +8,7 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QSlider>
 #include <QSpinBox>
 #include <QStyle>
 
@@ -86,7 +87,7 @@ private Q_SLOTS:
     void returnDoesWhatSpaceDoesElsewhere()
     {
         SceneDesk desk;
-        QVERIFY(QTest::qWaitForWindowActive(&desk.window));
+        QVERIFY(desk.isActive());
         desk.only(LayerKind::Camera);
         const auto key = [&](QWidget *widget, Qt::Key pressed) {
             widget->setFocus();
@@ -102,71 +103,89 @@ private Q_SLOTS:
         QCOMPARE(QApplication::focusWidget()->objectName(), u"fitToFrame"_s);
         key(desk.find<QPushButton>("duplicateScene"), Qt::Key_Return);
         QCOMPARE(desk.document().editedScenes().size(), 2U);
-        QVERIFY(!desk.stage().program.streams());
         key(desk.find<QCheckBox>("fade"), Qt::Key_Space); // TAKE, wherever the focus is
         QVERIFY(desk.stage().program.streams());
         QVERIFY(desk.find<QCheckBox>("fade")->isChecked());
     }
 
-    void panelHasTheRowsOfItsKind_data() { kinds(); }
     void panelHasTheRowsOfItsKind()
     {
-        QFETCH(LayerKind, kind);
-        QFETCH(QString, own);
-        SceneDesk desk;
-        desk.only(kind);
-        const QStringList always { u"layerName"_s,
-            u"positionX"_s,
-            u"positionY"_s,
-            u"positionW"_s,
-            u"positionH"_s,
-            u"align00"_s,
-            u"align22"_s,
-            u"opacity"_s,
-            u"fitToFrame"_s };
-        const QStringList special = own.split(u' ');
-        const QStringList all = u"verseReference findVerse layerText font textSize bold textColor "
-                                "backgroundColor shadow textAlign cover fillColor changeImage "
-                                "sound restartVideo"_s.split(u' ');
-        const auto *panel = desk.find<QWidget>("properties");
-        for (const QString &name : always + all) {
-            const bool expected = always.contains(name) || special.contains(name);
-            QVERIFY2((panel->findChild<QWidget *>(name) != nullptr) == expected, qPrintable(name));
+        const QString style = u" font textSize bold textColor backgroundColor shadow textAlign"_s;
+        const QString always
+            = u" layerName positionX positionY positionW positionH align00 align22 "
+              "opacity fitToFrame"_s;
+        const QStringList all = (always + style
+            + u" verseReference findVerse layerText cover fillColor changeImage sound restartVideo"_s)
+                                    .split(u' ', Qt::SkipEmptyParts);
+        for (const auto &[kind, own] : { std::pair { LayerKind::Camera, u" cover"_s },
+                 { LayerKind::Image, u" cover changeImage"_s },
+                 { LayerKind::Text, u" layerText"_s + style },
+                 { LayerKind::Video, u" cover sound restartVideo"_s },
+                 { LayerKind::Screen, u" cover"_s },
+                 { LayerKind::Color, u" fillColor"_s },
+                 { LayerKind::Verse, u" verseReference findVerse layerText"_s + style },
+                 { LayerKind::Subtitle, style } }) {
+            SceneDesk desk;
+            desk.only(kind);
+            const QStringList expected = (always + own).split(u' ', Qt::SkipEmptyParts);
+            for (const QString &name : all) {
+                const bool found = desk.find<QWidget>("properties")->findChild<QWidget *>(name);
+                QVERIFY2(found == expected.contains(name), qPrintable(own + u": "_s + name));
+            }
         }
     }
 
-    void fieldsKeepToTheirRanges_data()
+    void everyFieldReachesItsLayer()
     {
-        QTest::addColumn<QString>("field");
-        QTest::addColumn<double>("lowest");
-        QTest::addColumn<double>("highest");
-        QTest::newRow("X") << u"positionX"_s << -95.0 << 95.0;
-        QTest::newRow("Y") << u"positionY"_s << -95.0 << 95.0;
-        QTest::newRow("W") << u"positionW"_s << 3.0 << 300.0;
-        QTest::newRow("H") << u"positionH"_s << 3.0 << 300.0;
+        SceneDesk desk;
+        desk.only(LayerKind::Verse);
+        Layer wanted = desk.first();
+        wanted.name = u"Cita"_s;
+        wanted.text = u"uno\ndos"_s;
+        wanted.opacity = 0.4;
+        wanted.size = 33;
+        wanted.bold = !wanted.bold;
+        wanted.shadow = !wanted.shadow;
+        wanted.align = withHorizontalAlign(wanted.align, HorizontalAlign::Right);
+        wanted.color = QColor(10, 200, 30);
+        wanted.background = QColor(90, 0, 0, 77);
+        desk.find<QLineEdit>("layerName")->clear();
+        QTest::keyClicks(desk.find<QLineEdit>("layerName"), wanted.name);
+        desk.find<QPlainTextEdit>("layerText")->setPlainText(wanted.text);
+        desk.find<QSlider>("opacity")->setValue(40);
+        desk.find<QSpinBox>("textSize")->setValue(33);
+        desk.find<QCheckBox>("bold")->click();
+        desk.find<QCheckBox>("shadow")->click();
+        desk.find<QComboBox>("textAlign")->setCurrentIndex(2);
+        desk.dialogs->colors = { wanted.color, wanted.background };
+        desk.press("textColor");
+        QTRY_COMPARE(desk.first().color, wanted.color);
+        desk.press("backgroundColor");
+        QTRY_COMPARE(desk.first().background, wanted.background);
+        QVERIFY(desk.first() == wanted);
+        desk.only(LayerKind::Color);
+        desk.dialogs->colors = { QColor(1, 99, 150) };
+        desk.press("fillColor");
+        QTRY_COMPARE(desk.first().fill, QColor(1, 99, 150));
     }
+
     void fieldsKeepToTheirRanges()
     {
-        QFETCH(QString, field);
-        QFETCH(double, lowest);
-        QFETCH(double, highest);
         SceneDesk desk;
         desk.only(LayerKind::Text);
-        auto *spin = desk.find<QDoubleSpinBox>(field);
-        const auto value = [&] {
-            const Layer &layer = desk.first();
-            return field == u"positionX"_s ? layer.x
-                : field == u"positionY"_s  ? layer.y
-                : field == u"positionW"_s  ? layer.w
-                                           : layer.h;
-        };
-        spin->setValue(1000);
-        QCOMPARE(value(), highest / 100);
-        spin->setValue(-1000);
-        QCOMPARE(value(), lowest / 100);
-        QVERIFY(!spin->keyboardTracking());
-        QCOMPARE(spin->decimals(), 1);
-        QCOMPARE(spin->suffix(), u"%"_s);
+        for (const auto &[field, part, lowest, highest] :
+            { std::tuple { "positionX", &Layer::x, -0.95, 0.95 },
+                { "positionY", &Layer::y, -0.95, 0.95 },
+                { "positionW", &Layer::w, 0.03, 3.0 },
+                { "positionH", &Layer::h, 0.03, 3.0 } }) {
+            const RowName named(field);
+            auto *spin = desk.find<QDoubleSpinBox>(field);
+            spin->setValue(1000);
+            QCOMPARE(desk.first().*part, highest);
+            spin->setValue(-1000);
+            QCOMPARE(desk.first().*part, lowest);
+            QVERIFY(!spin->keyboardTracking());
+        }
     }
 
     void theMouseMovesAndResizes()
@@ -217,7 +236,7 @@ private Q_SLOTS:
     void typingIsNeverInterrupted()
     {
         SceneDesk desk;
-        QVERIFY(QTest::qWaitForWindowActive(&desk.window));
+        QVERIFY(desk.isActive());
         desk.only(LayerKind::Text);
         auto *text = desk.find<QPlainTextEdit>("layerText");
         text->selectAll();
@@ -257,21 +276,26 @@ private Q_SLOTS:
         box->close();
     }
 
-private:
-    static void kinds()
+    void missingFilesAreOfferedToBeFound()
     {
-        QTest::addColumn<LayerKind>("kind");
-        QTest::addColumn<QString>("own");
-        const QString style = u"font textSize bold textColor backgroundColor shadow textAlign"_s;
-        QTest::newRow("camera") << LayerKind::Camera << u"cover"_s;
-        QTest::newRow("image") << LayerKind::Image << u"cover changeImage"_s;
-        QTest::newRow("text") << LayerKind::Text << u"layerText "_s + style;
-        QTest::newRow("video") << LayerKind::Video << u"cover sound restartVideo"_s;
-        QTest::newRow("screen") << LayerKind::Screen << u"cover"_s;
-        QTest::newRow("color") << LayerKind::Color << u"fillColor"_s;
-        QTest::newRow("verse") << LayerKind::Verse
-                               << u"verseReference findVerse layerText "_s + style;
-        QTest::newRow("subtitle") << LayerKind::Subtitle << style;
+        SceneDesk desk;
+        bool taken = false;
+        QtDialogs(&desk.window).offer(u"Abrir proyecto"_s, u"/no/esta.png"_s, u"Buscar…"_s, [&] {
+            taken = true;
+        });
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        QVERIFY(box != nullptr);
+        box->buttons().last()->click();
+        QTRY_VERIFY(taken);
+
+        ProjectDesk &projects = desk.window.studio().projects();
+        projects.mediaSearch().setMissing({ u"/no/esta.png"_s });
+        desk.dialogs->answers = { true };
+        desk.dialogs->files = { QDir::tempPath() + u"/nada"_s };
+        Q_EMIT projects.opened({});
+        QTRY_COMPARE(desk.status(), u"Archivos encontrados: 0; faltan 1."_s);
+        QCOMPARE(desk.dialogs->asked[0],
+            u"Abrir proyecto: Archivos que no están:\n/no/esta.png|Buscar…"_s);
     }
 };
 

@@ -1,4 +1,3 @@
-#include "base/log.h"
 #include "support/api_peer.h"
 #include "support/test_registry.h"
 #include "translation/signal.h"
@@ -6,9 +5,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFile>
-#include <QLineEdit>
-#include <QSettings>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -17,13 +13,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr const char *key = "sk-llave-que-nadie-ve";
-
-StudioServices servicesOf(const ApiPeer &peer)
-{
-    StudioServices services;
-    services.openAi = peer.endpoint();
-    return services;
-}
 
 } // namespace
 
@@ -38,15 +27,12 @@ class TranslationControlsTest : public QObject {
         studio.audio().setMuted(true); // the tests speak for themselves
         studio.audio().setCapture(std::make_unique<AudioCapture>(m_clock, nullptr));
     }
-    static QString stored(const QString &name)
-    {
-        return QSettings(u"Halvenmoor"_s, u"NimbaraStudio"_s).value(name).toString();
-    }
+    static QString stored(const QString &name) { return settings().value(name).toString(); }
 
 private Q_SLOTS:
     void init()
     {
-        QSettings(u"Halvenmoor"_s, u"NimbaraStudio"_s).clear();
+        settings().clear();
         QFile::remove(SecretFile::defaultPath());
         QFile::remove(logFilePath());
         m_peer.events.clear();
@@ -54,15 +40,14 @@ private Q_SLOTS:
     }
     void cleanup()
     {
-        QFile log(logFilePath());
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        QVERIFY2(!log.readAll().contains(key), "the key is in the log");
+        QVERIFY(!logText().isEmpty());
+        QVERIFY2(!logText().contains(QLatin1String(key)), "the key is in the log");
     }
 
     /// Heard, shown and spoken; nothing is sent before the start or after the pause.
     void aSpokenPhraseIsShownAndSpoken()
     {
-        Desk desk(servicesOf(m_peer));
+        Desk desk(servicesAt(m_peer.endpoint()));
         m_peer.serve({ { u"abramos la Biblia"_s, u"Let us open the Bible"_s } },
             0,
             QByteArray(96000, '\x10'));
@@ -74,7 +59,7 @@ private Q_SLOTS:
         auto *start = desk.find<QPushButton>("startTranslation");
         connectVoice(studio);
         speak();
-        desk.find<QLineEdit>("apiKey")->setText(QLatin1String(key));
+        desk.enter("apiKey", QLatin1String(key));
         desk.find<QCheckBox>("liveMode")->setChecked(false);
         desk.find<QCheckBox>("voice")->setChecked(true);
         QCOMPARE(m_peer.count("connection"), 0);
@@ -99,7 +84,7 @@ private Q_SLOTS:
 
     void startNeedsAVoiceAndAKey()
     {
-        Desk desk(servicesOf(m_peer));
+        Desk desk(servicesAt(m_peer.endpoint()));
         const auto start = [&] {
             QMetaObject::invokeMethod(desk.find<QPushButton>("startTranslation"), "click");
         };
@@ -113,7 +98,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.status(), u"Ingresa tu API key"_s);
         QVERIFY(desk.find<QPushButton>("startTranslation")->isEnabled());
 
-        desk.find<QLineEdit>("apiKey")->setText(QLatin1String(key));
+        desk.enter("apiKey", QLatin1String(key));
         desk.find<QCheckBox>("saveApiKey")->setChecked(true);
         start();
         QTRY_VERIFY(desk.window.studio().translation().running());
@@ -129,9 +114,9 @@ private Q_SLOTS:
     void languagesAndSettingsAreKept()
     {
         {
-            Desk desk(servicesOf(m_peer));
+            Desk desk(servicesAt(m_peer.endpoint()));
             QCOMPARE(desk.find<QComboBox>("target")->currentText(), u"English"_s);
-            QVERIFY(QTest::qWaitForWindowActive(&desk.window));
+            QVERIFY(desk.isActive());
             QTest::keyClick(&desk.window, Qt::Key_F1);
             QCOMPARE(desk.status(), u"Pantallas en español."_s);
             QCOMPARE(stored(u"source_language"_s), u"en"_s);
@@ -148,7 +133,7 @@ private Q_SLOTS:
             desk.find<QCheckBox>("showSubtitles")->setChecked(false);
             QVERIFY(!desk.window.studio().stage().captions.shown);
         }
-        Desk again(servicesOf(m_peer));
+        Desk again(servicesAt(m_peer.endpoint()));
         QCOMPARE(again.find<QComboBox>("target")->currentText(), u"Tagalog"_s);
         QVERIFY(!again.find<QCheckBox>("liveMode")->isChecked());
         QCOMPARE(again.window.studio().stage().captions.separator, u"\n\n"_s);

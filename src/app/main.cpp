@@ -30,11 +30,12 @@ void startGstreamer()
     nimbara::logLine(QStringLiteral("=== Inicio Vesperline " NIMBARA_VERSION " ==="));
 }
 
-void showFailure(const QString &text)
+void showFailure(const nimbara::Message &failure)
 {
+    nimbara::logLine(QStringLiteral("Fin: ") + failure.spanish());
     QMessageBox::critical(nullptr,
         nimbara_i18n::tr("No se pudo iniciar Ardenvale Vesperline"),
-        nimbara_i18n::tr(text),
+        nimbara_i18n::tr(failure),
         QMessageBox::Ok);
 }
 
@@ -59,16 +60,17 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationVersion(QStringLiteral(NIMBARA_VERSION));
     QCoreApplication::setOrganizationName(QStringLiteral("Halvenmoor"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.halvenmoor.NimbaraStudio"));
-    settleLanguage();
-    application->translateToolkit(nimbara_i18n::language());
-    startGstreamer();
-    application->setStyleSheet(nimbara::applicationStyleSheet());
-
     int exitCode = 1;
     try {
+        settleLanguage();
+        application->translateToolkit(nimbara_i18n::language());
+        startGstreamer();
+        application->setStyleSheet(nimbara::applicationStyleSheet());
         exitCode = runStudio(*application);
     } catch (const std::exception &error) {
-        showFailure(nimbara::errorText(error));
+        showFailure(nimbara::errorMessage(error));
+    } catch (...) {
+        showFailure("Error inesperado");
     }
     gst_deinit();
     return exitCode;

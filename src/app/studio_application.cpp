@@ -1,5 +1,8 @@
 #include "app/studio_application.h"
 
+#include "base/error.h"
+#include "base/log.h"
+
 #include <QLibraryInfo>
 #include <QLocale>
 
@@ -52,6 +55,15 @@ void StudioApplication::translateToolkit(const QString &language)
     }
 }
 
+void StudioApplication::keep(const QString &text)
+{
+    logLine(QStringLiteral("Error inesperado: ") + text);
+    if (!m_failure) {
+        m_failure = std::current_exception();
+    }
+    exit(1);
+}
+
 int StudioApplication::runLoop()
 {
     const int exitCode = m_failure ? 1 : exec();
@@ -65,13 +77,12 @@ bool StudioApplication::notify(QObject *receiver, QEvent *event)
 {
     try {
         return QApplication::notify(receiver, event);
-    } catch (const std::exception &) {
-        if (!m_failure) {
-            m_failure = std::current_exception();
-        }
-        exit(1);
-        return true;
+    } catch (const std::exception &error) {
+        keep(errorText(error));
+    } catch (...) { // of a library that throws something else
+        keep(QStringLiteral("?"));
     }
+    return true;
 }
 
 } // namespace nimbara

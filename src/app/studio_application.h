@@ -26,10 +26,13 @@ public:
     /// again here.
     int runLoop();
 
-    /// Keeps the first exception of an event handler: none may travel through the toolkit.
+    /// Keeps the first exception of an event handler, and logs each: none may travel through the
+    /// toolkit.
     bool notify(QObject *receiver, QEvent *event) override;
 
 private:
+    void keep(const QString &text);
+
     QTranslator m_toolkitTexts;
     std::exception_ptr m_failure;
 };

@@ -74,6 +74,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
     connect(&m_streams, &StreamDesk::said, this, &Studio::status);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
+    connect(&m_notices, &Notices::raised, this, &Studio::status);
 }
 
 Studio::~Studio() = default;
@@ -139,15 +140,35 @@ Pictures Studio::composePictures(std::int64_t now)
 void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
 {
     const ProgramBlock block = m_programAudio.next(m_onAir.streams, m_audio);
+    m_wakeLock.setHeld(m_hallShown || m_outputs.any());
     if (!m_outputs.any()) {
         return;
     }
     const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
-    const Outputs::Stopped stopped = m_outputs.push(toFrame(streams), block, timeNs);
-    if (stopped.recording) {
-        Q_EMIT status(*stopped.recording);
-    }
+    tellStopped(m_outputs.push(toFrame(streams), block, timeNs));
     Q_EMIT outputsStepped();
+}
+
+/// An output that ends by itself in mid-service must not go by unseen.
+void Studio::tellStopped(const Outputs::Stopped &stopped)
+{
+    if (stopped.recording && *stopped.recording == Recording::savedText()) {
+        Q_EMIT status(*stopped.recording);
+    } else if (stopped.recording) {
+        m_notices.raise(Notices::Topic::Outputs, "La grabación se detuvo: " + *stopped.recording);
+    }
+    for (const std::size_t slot : stopped.destinations) {
+        const Destination &destination = m_outputs.destination(slot);
+        m_notices.raise(Notices::Topic::Outputs,
+            Message::verbatim(destination.name() + QStringLiteral(": "))
+                + destination.statusText());
+    }
+}
+
+void Studio::setHallShown(bool shown)
+{
+    m_hallShown = shown;
+    m_wakeLock.setHeld(m_hallShown || m_outputs.any());
 }
 
 } // namespace nimbara

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/notices.h"
 #include "base/report.h"
 #include "compositor/scene/frame_schedule.h"
 #include "media/sources/media_factory.h"
@@ -7,6 +8,7 @@
 #include "secrets/secret_store.h"
 #include "studio/edit/stage.h"
 #include "studio/outputs/stream_desk.h"
+#include "studio/outputs/wake_lock.h"
 #include "studio/programs/diagnostics.h"
 #include "studio/programs/program_audio_desk.h"
 #include "studio/programs/program_control.h"
@@ -73,6 +75,8 @@ public:
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
     [[nodiscard]] WorkSafety &safety() { return m_safety; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
+    /// What the operator must not miss.
+    [[nodiscard]] Notices &notices() { return m_notices; }
     /// What is remembered from one run to the next.
     [[nodiscard]] QSettings &settings() { return m_settings; }
     [[nodiscard]] SecretStore &secrets() { return m_secrets; }
@@ -80,6 +84,8 @@ public:
     /// Changes the shape of the streams (`nimbara::changeProfile`). Does nothing while an output
     /// runs.
     void changeProfile(StreamProfile profile);
+    /// The congregation sees the hall program: the desktop must not sleep.
+    void setHallShown(bool shown);
     /// Before the program ends, after the last tick: calls off what waits for a key, ends the
     /// translation and finishes the recording; see `finishOutputs`.
     void shutDown();
@@ -98,6 +104,7 @@ private:
     void readInputs();
     [[nodiscard]] Pictures composePictures(std::int64_t now);
     void feedOutputs(const QImage &streams, std::int64_t frameTime);
+    void tellStopped(const Outputs::Stopped &stopped);
 
     const Clock &m_clock;
     QSettings m_settings;
@@ -122,6 +129,9 @@ private:
     TranslationDesk m_translation;
     VerseDesk m_verses;
     BibleDesk m_bibles;
+    Notices m_notices;
+    WakeLock m_wakeLock;
+    bool m_hallShown = false;
     Diagnostics m_diagnostics;
     FrameSchedule m_schedule;
 };

@@ -14,6 +14,8 @@ QString applicationStyleSheet()
         " padding: 7px 13px; font-weight: 600; }"
         "QPushButton:hover { background: #30618b; }"
         "QPushButton:disabled { color: #708196; background: #192635; }"
+        "QWidget#notice { background: #7c1f33; border: 1px solid #e03c4f; border-radius: 7px; }"
+        "QWidget#notice QLabel { background: transparent; color: white; font-weight: 600; }"
         "QPushButton#take { background: #bd304d; color: white; font-weight: 800; }"
         "QPushButton#offair { background: #2b2f3a; color: #d9e2ee; border: 1px solid #59637a; }"
         "QTabBar::tab { background: #192b40; padding: 10px 20px; border-radius: 4px; }"

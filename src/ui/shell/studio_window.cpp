@@ -11,6 +11,7 @@
 #include "ui/editor/scene_tab.h"
 #include "ui/kit/return_key.h"
 #include "ui/kit/steady_tabs.h"
+#include "ui/kit/wheel_guard.h"
 #include "ui/outputs/audio_tab.h"
 #include "ui/outputs/destination_controls.h"
 #include "ui/outputs/hall_controls.h"
@@ -20,6 +21,7 @@
 #include "ui/shell/credits.h"
 #include "ui/shell/header_row.h"
 #include "ui/shell/monitors.h"
+#include "ui/shell/notice_bar.h"
 #include "ui/shell/onboarding.h"
 #include "ui/shell/project_controls.h"
 #include "ui/shell/project_row.h"
@@ -59,6 +61,13 @@ std::array<QString, OutputsTab::slots> destinationNames()
         names.at(slot) = QString::fromUtf8(destinationPresets().at(slot).name);
     }
     return names;
+}
+
+QIcon alarmMark()
+{
+    QPixmap mark(12, 12);
+    mark.fill(QColor(0xe0, 0x3c, 0x4f));
+    return QIcon(mark);
 }
 
 /// Rows with their stretch factors. A screen too small for them, such as that of an old laptop,
@@ -129,6 +138,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         m_studio.verses(),
         m_guard,
         VerseControls::Views { *m_sceneTab, *m_editor, *m_translationTab->bible() });
+    qApp->installEventFilter(new WheelGuard(this));
     connectRows();
     connectTabs();
     connectDevices();
@@ -184,6 +194,7 @@ void StudioWindow::layOut()
         { m_monitors, 3 },
         { m_controls, 0 },
         { m_tabs, 0 } }));
+    column->addWidget(new NoticeBar(m_studio.notices()));
     column->addWidget(m_status);
     setCentralWidget(central);
 }
@@ -241,6 +252,9 @@ void StudioWindow::connectTabs()
     connect(m_recording.get(), &RecordingControls::changed, this, &StudioWindow::showOutputs);
     connect(&m_studio.streams(), &StreamDesk::changed, this, &StudioWindow::showOutputs);
 
+    connect(m_hall.get(), &HallControls::shownChanged, &m_studio, &Studio::setHallShown);
+    connect(&m_studio.notices(), &Notices::changed, this, &StudioWindow::markTabs);
+
     connect(m_audioTab, &AudioTab::gainChanged, this, [this](int percent) {
         m_guard.run([this, percent] {
             m_studio.audio().setGainPercent(percent);
@@ -272,6 +286,8 @@ void StudioWindow::connectDevices()
         m_guard.run([this, entry] {
             m_studio.changeProfile(entry == 1 ? StreamProfile::Portrait : StreamProfile::Landscape);
         });
+        const StreamProfile profile = m_studio.document().project().profile;
+        m_project->showFormat(profile == StreamProfile::Portrait ? 1 : 0); // it may be refused
         showPreviewShape();
     });
     m_studio.devices().refreshDevices();
@@ -311,14 +327,14 @@ void StudioWindow::connectShortcuts()
         &QShortcut::activated,
         document,
         &Document::redo);
-    auto *toSpanish = new QShortcut(Qt::Key_F1, this);
-    connect(toSpanish, &QShortcut::activated, this, [this] {
-        m_studio.translation().switchTarget(QStringLiteral("Spanish"));
-    });
-    auto *toEnglish = new QShortcut(Qt::Key_F2, this);
-    connect(toEnglish, &QShortcut::activated, this, [this] {
-        m_studio.translation().switchTarget(QStringLiteral("English"));
-    });
+    for (const auto &[key, language] :
+        { std::pair(Qt::Key_F1, "Spanish"), std::pair(Qt::Key_F2, "English") }) {
+        auto *shortcut = new QShortcut(key, this);
+        shortcut->setAutoRepeat(false); // each one begins the session anew
+        connect(shortcut, &QShortcut::activated, this, [this, language = language] {
+            m_studio.translation().switchTarget(QLatin1String(language));
+        });
+    }
 }
 
 void StudioWindow::showStatus(const Message &message)
@@ -343,6 +359,16 @@ void StudioWindow::showOutputs()
     m_project->setFormatEnabled(!m_studio.outputs().any());
 }
 
+/// What stopped in a tab that is not in view is marked there until it is read.
+void StudioWindow::markTabs()
+{
+    const bool marked = m_studio.notices().any(Notices::Topic::Outputs);
+    const int tab = m_tabs->indexOf(m_outputsTab);
+    const QString name = nimbara_i18n::tr("Transmitir y grabar");
+    m_tabs->setTabText(tab, marked ? QStringLiteral("⚠ ") + name : name);
+    m_tabs->setTabIcon(tab, marked ? alarmMark() : QIcon());
+}
+
 void StudioWindow::followDocument(const Change &change)
 {
     if (change.current || change.settings || change.everything) {
@@ -363,6 +389,8 @@ void StudioWindow::setLanguage(int index)
 {
     const QString chosen = index == 1 ? QStringLiteral("en") : QStringLiteral("es");
     if (chosen == nimbara_i18n::language()) {
+        m_settings.setValue(QStringLiteral("language"), chosen); // an earlier choice is taken back
+        m_settings.sync();
         return;
     }
     if (m_studio.outputs().any()) {

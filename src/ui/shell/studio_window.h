@@ -81,6 +81,7 @@ private:
 
     void showPictures(const Pictures &pictures);
     void showOutputs();
+    void markTabs();
     void followDocument(const Change &change);
     void showPreviewShape();
     void setLanguage(int index);

@@ -1,0 +1,33 @@
+#include "base/notices.h"
+
+#include <algorithm>
+
+namespace nimbara {
+
+void Notices::raise(Topic topic, const Message &text)
+{
+    const bool stands = std::any_of(m_all.begin(), m_all.end(), [&](const Notice &notice) {
+        return notice.topic == topic && notice.text == text;
+    });
+    if (!stands) {
+        m_all.push_back({ ++m_lastId, topic, text });
+        Q_EMIT changed();
+    }
+    Q_EMIT raised(text);
+}
+
+void Notices::settle(std::uint64_t id)
+{
+    if (std::erase_if(m_all, [id](const Notice &notice) { return notice.id == id; }) > 0) {
+        Q_EMIT changed();
+    }
+}
+
+bool Notices::any(Topic topic) const
+{
+    return std::any_of(m_all.begin(), m_all.end(), [topic](const Notice &notice) {
+        return notice.topic == topic;
+    });
+}
+
+} // namespace nimbara

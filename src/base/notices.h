@@ -1,0 +1,43 @@
+#pragma once
+
+#include "base/message.h"
+
+#include <QObject>
+
+#include <cstdint>
+#include <vector>
+
+namespace nimbara {
+
+/// What the operator must not miss: each notice stands until it is read, whatever is said on the
+/// status line meanwhile. Interface thread only.
+class Notices : public QObject {
+    Q_OBJECT
+public:
+    enum class Topic { Outputs, Sources, Program };
+    struct Notice {
+        std::uint64_t id = 0;
+        Topic topic = Topic::Program;
+        Message text;
+    };
+
+    /// A text that stands already is not told twice.
+    void raise(Topic topic, const Message &text);
+    /// The operator has read it.
+    void settle(std::uint64_t id);
+
+    /// Oldest first.
+    [[nodiscard]] const std::vector<Notice> &all() const { return m_all; }
+    [[nodiscard]] bool any(Topic topic) const;
+
+Q_SIGNALS:
+    void changed();
+    /// A new one, for status line and log.
+    void raised(const nimbara::Message &text);
+
+private:
+    std::vector<Notice> m_all;
+    std::uint64_t m_lastId = 0;
+};
+
+} // namespace nimbara

@@ -5,12 +5,13 @@
 
 #include <QRegularExpression>
 #include <QSet>
-#include <QTest>
+
+using namespace Qt::StringLiterals;
 
 class I18nTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void cleanup() { nimbara_i18n::language() = QStringLiteral("es"); }
+    void cleanup() { nimbara_i18n::language() = u"es"_s; }
 
     void startLanguage()
     {
@@ -55,9 +56,9 @@ private Q_SLOTS:
             const nimbara::Error error(message);
             QCOMPARE(error.text(), QString::fromUtf8(spanish));
             QCOMPARE(nimbara_i18n::tr(message), QString::fromUtf8(spanish));
-            nimbara_i18n::language() = QStringLiteral("en");
+            nimbara_i18n::language() = u"en"_s;
             QCOMPARE(nimbara_i18n::tr(nimbara::errorMessage(error)), QString::fromUtf8(english));
-            nimbara_i18n::language() = QStringLiteral("es");
+            nimbara_i18n::language() = u"es"_s;
         }
     }
 
@@ -65,17 +66,15 @@ private Q_SLOTS:
     void twinsKeepTheirShape()
     {
         QSet<QString> seen;
-        static const QRegularExpression filter(QStringLiteral("\\*\\.[a-z]+"));
+        static const QRegularExpression filter(u"\\*\\.[a-z]+"_s);
         for (const auto &pair : nimbara_i18n::textPairs()) {
             const QString spanish = QString::fromUtf8(pair.spanish);
             const QString english = QString::fromUtf8(pair.english);
             QVERIFY2(!seen.contains(spanish), pair.spanish);
             seen.insert(spanish);
             QVERIFY2(!english.isEmpty(), pair.spanish);
-            QVERIFY2(spanish.endsWith(QLatin1Char(' ')) == english.endsWith(QLatin1Char(' ')),
-                pair.spanish);
-            QVERIFY2(spanish.count(QLatin1Char('\n')) == english.count(QLatin1Char('\n')),
-                pair.spanish);
+            QVERIFY2(spanish.endsWith(u' ') == english.endsWith(u' '), pair.spanish);
+            QVERIFY2(spanish.count(u'\n') == english.count(u'\n'), pair.spanish);
             QVERIFY2(spanish.count(filter) == english.count(filter), pair.spanish);
         }
         QVERIFY(!seen.isEmpty());

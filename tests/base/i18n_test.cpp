@@ -1,10 +1,6 @@
 #include "base/error.h"
 #include "base/i18n.h"
-#include "base/text_table.h"
 #include "support/test_registry.h"
-
-#include <QRegularExpression>
-#include <QSet>
 
 using namespace Qt::StringLiterals;
 
@@ -60,24 +56,6 @@ private Q_SLOTS:
             QCOMPARE(nimbara_i18n::tr(nimbara::errorMessage(error)), QString::fromUtf8(english));
             nimbara_i18n::language() = u"es"_s;
         }
-    }
-
-    // What a caller appends after a text, a line break or a file pattern must survive translation.
-    void twinsKeepTheirShape()
-    {
-        QSet<QString> seen;
-        static const QRegularExpression filter(u"\\*\\.[a-z]+"_s);
-        for (const auto &pair : nimbara_i18n::textPairs()) {
-            const QString spanish = QString::fromUtf8(pair.spanish);
-            const QString english = QString::fromUtf8(pair.english);
-            QVERIFY2(!seen.contains(spanish), pair.spanish);
-            seen.insert(spanish);
-            QVERIFY2(!english.isEmpty(), pair.spanish);
-            QVERIFY2(spanish.endsWith(u' ') == english.endsWith(u' '), pair.spanish);
-            QVERIFY2(spanish.count(u'\n') == english.count(u'\n'), pair.spanish);
-            QVERIFY2(spanish.count(filter) == english.count(filter), pair.spanish);
-        }
-        QVERIFY(!seen.isEmpty());
     }
 };
 

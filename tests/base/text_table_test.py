@@ -67,21 +67,20 @@ def without_twin(source, known):
 
 
 def twins():
-    table = re.findall(
-        r'TextPair\s*\{((?:\s*"(?:\\.|[^"\\])*")+),((?:\s*"(?:\\.|[^"\\])*")+)\s*\}',
-        (SOURCES / "base" / "text_table.cpp").read_text(),
-    )
-    return {
-        "".join(re.findall(r'"((?:\\.|[^"\\])*)"', spanish)): "".join(re.findall(r'"((?:\\.|[^"\\])*)"', english))
-        for spanish, english in table
-    }
+    """The rows of the table, in their order."""
+    string = r'((?:\s*"(?:\\.|[^"\\])*")+)'
+    table = (SOURCES / "base" / "text_table.cpp").read_text()
+    joined = lambda literals: "".join(re.findall(r'"((?:\\.|[^"\\])*)"', literals))
+    rows = re.findall(r"TextPair\s*\{" + string + "," + string + r"\s*\}", table)
+    return [(joined(spanish), joined(english)) for spanish, english in rows]
 
 
 class TextTableTest(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        self.twins = twins()
+        self.rows = twins()
+        self.twins = dict(self.rows)
 
     def test_required_texts_are_there(self):
         """The texts that may not be reworded, several in a line, and behind a tab the twins of some."""
@@ -116,6 +115,13 @@ class TextTableTest(unittest.TestCase):
     def test_twins_are_english(self):
         spanish = {key: twin for key, twin in self.twins.items() if re.search("[áéíóúñ¿¡]", twin)}
         self.assertEqual(spanish, {})
+
+    def test_twins_keep_their_shape(self):
+        """What a caller appends, a line break or a file pattern must survive translation."""
+        shape = lambda text: (text.endswith(" "), text.count("\\n"), len(re.findall(r"\*\.[a-z]+", text)))
+        wrong = [key for key, twin in self.rows if not twin or shape(key) != shape(twin)]
+        self.assertEqual(wrong, [])
+        self.assertEqual(len(self.twins), len(self.rows), "a text stands there twice")
 
     def test_guides_quote_the_interface(self):
         """A text in italics is one of the interface, or its beginning."""

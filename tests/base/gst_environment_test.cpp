@@ -1,8 +1,7 @@
 #include "base/gst_environment.h"
 #include "support/test_registry.h"
 
-#include <QDir>
-#include <QTemporaryDir>
+using namespace Qt::StringLiterals;
 
 class GstEnvironmentTest : public QObject {
     Q_OBJECT
@@ -10,7 +9,7 @@ private Q_SLOTS:
     void bundledPluginsReplaceInheritedPaths()
     {
         const QTemporaryDir folder;
-        const QString executable = folder.filePath(QStringLiteral("MacOS"));
+        const QString executable = folder.filePath(u"MacOS"_s);
         const QByteArray root = QFile::encodeName(executable) + "/../Resources/gstreamer";
         const std::vector<std::pair<const char *, QByteArray>> variables {
             { "GST_PLUGIN_SYSTEM_PATH_1_0", root + "/lib/gstreamer-1.0" },
@@ -28,8 +27,8 @@ private Q_SLOTS:
             QCOMPARE(qgetenv(name), QByteArray("inherited"));
         }
         const QDir at(folder.path());
-        QVERIFY(at.mkpath(QStringLiteral("MacOS")));
-        QVERIFY(at.mkpath(QStringLiteral("Resources/gstreamer/lib/gstreamer-1.0")));
+        QVERIFY(at.mkpath(u"MacOS"_s));
+        QVERIFY(at.mkpath(u"Resources/gstreamer/lib/gstreamer-1.0"_s));
         nimbara::pointGstreamerAtBundle(executable);
         for (std::size_t i = 0; i < variables.size(); ++i) {
             const auto &[name, bundled] = variables[i];

@@ -3,7 +3,7 @@
 
 The texts are found by their look, not by the call around them: a text may reach the operator through
 a variable, an error or a table of its own. What looks like words and is not for the operator stands
-in the lists below.
+in texts_without_twin.txt.
 
 The guides quote these texts as they stand.
 
@@ -18,64 +18,8 @@ import unittest
 SOURCES = pathlib.Path()
 REQUIRED = pathlib.Path(__file__).with_name("required_texts.tsv")
 
-WITHOUT_TWIN = {
-    "names": [
-        *"Arial Emoji Facebook Halvenmoor Twitch".split(),
-        *["Sans Serif", "/../Resources/gstreamer", "/Vesperline.log"],
-        "<span style='font-size:24px;font-weight:700'>Ardenvale Vesperline</span>…",
-    ],
-    "names of languages, sent to the model as they stand": [
-        *"Portuguese French German Italian Korean Japanese Russian Arabic Hindi Tagalog Vietnamese".split(),
-        *["English", "Spanish", "Swahili", "Chinese (Mandarin)", "Haitian Creole"],
-    ],
-    "instructions to the model": [
-        "Translate this Bible passage faithfully into ",
-        ". Return only the translated passage, no commentary.",
-        "You are the live interpreter of a Christian church service…",
-        " as a human interpreter would…",
-        "New text: ",
-        "Responde solo: OK",
-        "Previous original: ",
-        "\\nPrevious translation: ",
-        "Prédica cristiana en una iglesia.",
-        "Prédica cristiana en una iglesia, pantallas de la sala, transmisión a YouTube y Facebook.",
-        "Christian sermon in a church.",
-        "Christian sermon in a church, hall screens, livestream to YouTube and Facebook.",
-        "Church sermon.",
-    ],
-    "protocols and formats": [
-        *["Authorization", "Content-Type"],
-        "Bearer ",
-        "Audio/Source",
-        "Video/Source",
-        "video/x-raw, format=…",
-        "video/x-h264, stream-format=avc, alignment=au",
-    ],
-    "an element's errors and description, in GStreamer's language": [
-        "The X11 screen cannot be opened",
-        "The X11 screen cannot be read",
-        "Captures an X11 screen without holding the server",
-        "Source/Video",
-        "Nimbara",
-    ],
-    "the log's own lines": [
-        "=== Inicio Vesperline ",
-        "GST (%1 repeticiones omitidas de %2)",
-        "Abrir cámara índice %1 : %2",
-        "Audio: %1 ms recortados, %2 ms alargados, %3 ms de silencio",
-        "Cámara creada: ",
-        "Cámara reabierta: ",
-        "Cámara: no se pudo reabrir: ",
-        "Cámara: primer cuadro recibido. ",
-        " primer cuadro caps=",
-        " fuente caps=",
-        "DIAG frames=…",
-        "IA escuchó: ",
-        'Salida %1: servidor=%2 clave: %3 caracteres, empieza \\"%4\\"',
-    ],
-    "both languages in one": ["No hay pantalla gráfica. Inicia sesión en el escritorio…"],
-    "for the compiler": ["RGBA bytes are native pixels the other way round"],
-}
+# By reasons; a text that ends in "…" is a beginning.
+WITHOUT_TWIN = pathlib.Path(__file__).with_name("texts_without_twin.txt")
 # What the guides quote of elsewhere: the toolkit's buttons, keys, files, the desktop.
 QUOTED = {
     *"ES EN Sí Yes Esc F ▲ ▼ NimbaraStudio Vesperline.log Portuguese French".split(),
@@ -123,21 +67,20 @@ def without_twin(source, known):
 
 
 def twins():
-    table = re.findall(
-        r'TextPair\s*\{((?:\s*"(?:\\.|[^"\\])*")+),((?:\s*"(?:\\.|[^"\\])*")+)\s*\}',
-        (SOURCES / "base" / "text_table.cpp").read_text(),
-    )
-    return {
-        "".join(re.findall(r'"((?:\\.|[^"\\])*)"', spanish)): "".join(re.findall(r'"((?:\\.|[^"\\])*)"', english))
-        for spanish, english in table
-    }
+    """The rows of the table, in their order."""
+    string = r'((?:\s*"(?:\\.|[^"\\])*")+)'
+    table = (SOURCES / "base" / "text_table.cpp").read_text()
+    joined = lambda literals: "".join(re.findall(r'"((?:\\.|[^"\\])*)"', literals))
+    rows = re.findall(r"TextPair\s*\{" + string + "," + string + r"\s*\}", table)
+    return [(joined(spanish), joined(english)) for spanish, english in rows]
 
 
 class TextTableTest(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        self.twins = twins()
+        self.rows = twins()
+        self.twins = dict(self.rows)
 
     def test_required_texts_are_there(self):
         """The texts that may not be reworded, several in a line, and behind a tab the twins of some."""
@@ -150,7 +93,8 @@ class TextTableTest(unittest.TestCase):
         self.assertEqual(wrong, [])
 
     def test_every_text_has_a_twin(self):
-        listed = [text for group in WITHOUT_TWIN.values() for text in group]
+        lines = [line for line in WITHOUT_TWIN.read_text().splitlines() if not line.startswith("# ")]
+        listed = [text for text in "¦".join(lines).split("¦") if text]
         whole = {text for text in listed if not text.endswith("…")}
         beginnings = tuple(text[:-1] for text in listed if text.endswith("…"))
         missing, used = [], set()
@@ -166,11 +110,18 @@ class TextTableTest(unittest.TestCase):
         self.assertEqual(missing, [], "add the English twins to base/text_table.cpp")
         unused = [text for text in whole if text not in used]
         unused += [start for start in beginnings if not any(text.startswith(start) for text in used)]
-        self.assertEqual(unused, [], "listed above, but no longer in the sources or in the table")
+        self.assertEqual(unused, [], "listed, but no longer in the sources or in the table")
 
     def test_twins_are_english(self):
         spanish = {key: twin for key, twin in self.twins.items() if re.search("[áéíóúñ¿¡]", twin)}
         self.assertEqual(spanish, {})
+
+    def test_twins_keep_their_shape(self):
+        """What a caller appends, a line break or a file pattern must survive translation."""
+        shape = lambda text: (text.endswith(" "), text.count("\\n"), len(re.findall(r"\*\.[a-z]+", text)))
+        wrong = [key for key, twin in self.rows if not twin or shape(key) != shape(twin)]
+        self.assertEqual(wrong, [])
+        self.assertEqual(len(self.twins), len(self.rows), "a text stands there twice")
 
     def test_guides_quote_the_interface(self):
         """A text in italics is one of the interface, or its beginning."""

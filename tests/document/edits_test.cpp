@@ -1,12 +1,10 @@
-#include "base/error.h"
 #include "document/edits.h"
 #include "document/layer_geometry.h"
 #include "document/profile.h"
 #include "document/project.h"
 #include "support/contents.h"
+#include "support/error_of.h"
 #include "support/test_registry.h"
-
-#include <QTest>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -29,28 +27,19 @@ template <typename Items> QString namesOf(const Items &items)
 {
     QStringList names;
     for (const auto &item : items) {
-        if constexpr (requires { item->name; }) {
-            names << item->name;
-        } else {
-            names << item.name;
-        }
+        names << item.name;
     }
     return names.join(u',');
 }
 
 QString streams(const SceneSets &sets)
 {
-    return namesOf(sets.of(SceneSet::Streams));
+    return namesOf(contents(sets.of(SceneSet::Streams)));
 }
 
 QString refusal(const SceneSets &sets, const Edit &edit)
 {
-    try {
-        static_cast<void>(applied(sets, edit));
-        return {};
-    } catch (const Error &error) {
-        return error.text();
-    }
+    return errorOf([&] { return applied(sets, edit); });
 }
 
 } // namespace

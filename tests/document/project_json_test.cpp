@@ -1,286 +1,336 @@
-#include "base/error.h"
 #include "document/layer_geometry.h"
 #include "document/project_file.h"
 #include "support/contents.h"
+#include "support/error_of.h"
 #include "support/test_registry.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTest>
+
+#include <random>
 
 using namespace nimbara;
 using namespace nimbara::testing;
-
-Q_DECLARE_METATYPE(Layer)
+using namespace Qt::StringLiterals;
 
 namespace {
-
-/// The operator's text of a refused project; empty when it was accepted.
-QString refusal(const QByteArray &json)
-{
-    try {
-        static_cast<void>(fromJson(json));
-        return {};
-    } catch (const Error &error) {
-        return error.text();
-    }
-}
 
 Project fullProject()
 {
     Project project;
-    std::vector<std::pair<Layer, Layer>> layers;
     project.profile = StreamProfile::Portrait;
     project.band = true;
     project.title = QString::fromUtf8("Culto de «Pascua» \U0001F54A\n\"2\"");
     project.gain = 137;
+    std::array<Layer, 8> layers;
     for (int kind = 0; kind < 8; ++kind) {
-        Layer layer = newLayer(static_cast<LayerKind>(kind));
-        layer.name = QStringLiteral("capa %1").arg(kind);
+        Layer &layer = layers.at(static_cast<std::size_t>(kind))
+            = newLayer(static_cast<LayerKind>(kind));
+        layer.name = u"capa %1"_s.arg(kind);
         layer.x = 0.1 + kind / 3.0;
         layer.opacity = 1.0 / 3;
         layer.visible = kind % 2 == 0;
         layer.cover = kind % 2 == 1;
-        layers.emplace_back(layer, layer);
     }
-    layers[1].first.path = QStringLiteral("/fotos/ñandú.png");
-    Layer &text = layers[2].first;
-    text.color = QColor(1, 2, 3, 4);
-    text.background = QColor(250, 251, 252, 0);
-    text.align = 66;
-    text.shadow = text.bold = false;
-    text.font = QStringLiteral("Noto Serif");
-    text.size = 72;
-    layers[3].second.uri = QStringLiteral("rtsp://camara/1");
-    layers[3].second.sound = false;
-    layers[5].first.fill = QColor(9, 8, 7);
-    for (const auto &[one, other] : layers) {
-        project.scenes.of(SceneSet::Streams).push_back(makeScene(one.name, { one, other }));
+    layers[1].path = u"/fotos/ñandú.png"_s;
+    layers[2].color = QColor(1, 2, 3, 4);
+    layers[2].background = QColor(250, 251, 252, 0);
+    layers[2].align = 66;
+    layers[2].shadow = layers[2].bold = false;
+    layers[2].font = u"Noto Serif"_s;
+    layers[2].size = 72;
+    layers[3].uri = u"rtsp://camara/1"_s;
+    layers[3].sound = false;
+    layers[5].fill = QColor(9, 8, 7);
+    for (const Layer &layer : layers) {
+        project.scenes.of(SceneSet::Streams).push_back(makeScene(layer.name, { layer, layer }));
     }
-    for (int i = 0; i < 2; ++i) {
-        project.scenes.of(SceneSet::Hall)
-            .push_back(std::make_shared<const Scene>(defaultScene(true)));
-    }
+    const auto hall = std::make_shared<const Scene>(defaultScene(true));
+    project.scenes.of(SceneSet::Hall) = { hall, hall };
     project.setCurrentPlace(SceneSet::Streams, 7);
     project.setCurrentPlace(SceneSet::Hall, 1);
     return project;
+}
+
+constexpr Box low { -2.5, 0, 0.011, 3 };
+constexpr Box far { 100, -100, 100, 1 };
+
+/// Damages the files of a corpus.
+class Damage {
+public:
+    explicit Damage(QList<QByteArray> corpus)
+        : m_corpus(std::move(corpus))
+    {
+    }
+    QByteArray next()
+    {
+        QByteArray file = oneOf(m_corpus);
+        for (qsizetype steps = below(5); steps > 0; --steps) {
+            mutate(file, below(file.size() + 1));
+        }
+        if (below(500) == 0) { // to the largest size that is read
+            const QByteArray seed = oneOf(m_seeds);
+            file.insert(file.indexOf('[', below(file.size() + 1)) + 1,
+                seed.repeated((maxProjectBytes - file.size()) / seed.size() - 64));
+        }
+        return file.left(maxProjectBytes);
+    }
+
+private:
+    qsizetype below(qsizetype bound) { return static_cast<qsizetype>(m_random()) % bound; }
+    QByteArray oneOf(const QList<QByteArray> &list) { return list.at(below(list.size())); }
+    void mutate(QByteArray &file, qsizetype place)
+    {
+        const qsizetype length = below(64);
+        const qsizetype kind = below(20);
+        const qsizetype colon = file.indexOf(':', place);
+        if (kind == 0) {
+            file.insert(place, static_cast<char>(below(256)));
+        } else if (kind == 1) {
+            file.remove(place, length);
+        } else if (kind == 2) {
+            file.insert(below(file.size() + 1), file.mid(place, length * 8));
+        } else if (kind == 3) {
+            file = file.left(place) + oneOf(m_corpus).mid(place + length);
+        } else if (kind == 4) {
+            file.insert(place, QByteArray("[{\"\\,0]}").mid(length % 7, 1).repeated(length * 40));
+        } else if (colon >= 0) { // another value: more often than not it stays a document
+            const qsizetype end = file.indexOf(',', colon);
+            file.replace(colon + 1, end < 0 ? 1 : end - colon - 1, oneOf(m_values));
+        }
+    }
+
+    const QList<QByteArray> m_values = QByteArray(
+        R"(0 -1 -0 4 0.01 1e308 -1e308 1e999 NaN 2147483648 -9223372036854775809 99.5 null true [] {}
+[[]] "" "#12345678" "#g" "\ud800" "\u0000" "subtitle" "image" {"layers":[{}]} [{"layers":[{},7]}])")
+                                           .simplified()
+                                           .split(' ');
+    const QList<QByteArray> m_seeds
+        = QByteArray(R"({}, [], 0, {"layers":[{},{}]}, [[{}]],)").split(' ');
+    QList<QByteArray> m_corpus;
+    std::mt19937 m_random { 1 };
+};
+
+bool isSound(const Project &project, SceneSet set)
+{
+    const auto within = [](double value) { return std::abs(value) <= maxBoxReach; };
+    bool sound = project.currentPlace(set) < project.scenes.of(set).size();
+    for (const ScenePtr &scene : project.scenes.of(set)) {
+        for (const Layer &layer : scene->layers) {
+            sound = sound && within(layer.x) && within(layer.y) && within(layer.w)
+                && within(layer.h) && layer.w > 0.01 && layer.h > 0.01 && layer.opacity >= 0
+                && layer.opacity <= 1 && layer.size >= Layer::minSize
+                && layer.size <= Layer::maxSize && layer.color.isValid()
+                && layer.background.isValid() && layer.fill.isValid()
+                && !displayName(layer.kind).isEmpty();
+        }
+    }
+    return sound;
 }
 
 } // namespace
 
 class ProjectJsonTest : public QObject {
     Q_OBJECT
-
 private Q_SLOTS:
-    void projectsComeBackWhole();
-    void writesTheKeysOfEachKind();
-    void missingMembersTakeTheirDefaults();
-    void readsLayers_data();
-    void readsLayers();
-    void refuses_data();
-    void refuses();
-    void clampsCurrentScenes();
-    void cutsTheTitle();
-    void readsVersionOne_data();
-    void readsVersionOne();
+    void projectsComeBackWhole()
+    {
+        const Project project = fullProject();
+        const QByteArray json = toJson(project);
+        const Project read = fromJson(json);
+        QVERIFY(contents(read.streams()) == contents(project.streams()));
+        QVERIFY(contents(read.hall()) == contents(project.hall()));
+        QCOMPARE(toJson(read), json); // and with it the rest
+        QVERIFY(read.streams()[1]->layers[0].id != read.streams()[1]->layers[1].id);
+        QVERIFY(json.contains("\n    "));
+        QCOMPARE(QJsonDocument::fromJson(json).object().keys().join(u' '),
+            u"band current currentHall gain hall scenes title version vertical"_s);
+    }
+
+    void writesTheKeysOfEachKind()
+    {
+        const auto style = u" align background bold color font reference shadow size text"_s;
+        const QStringList
+            extra { {}, u" path"_s, style, u" sound uri"_s, {}, u" fill"_s, style, style };
+        const QJsonObject json = QJsonDocument::fromJson(toJson(fullProject())).object();
+        for (int kind = 0; kind < 8; ++kind) {
+            const auto layer = json["scenes"_L1][kind]["layers"_L1][0].toObject();
+            auto keys = (u"cover h kind name opacity visible w x y"_s + extra[kind]).split(u' ');
+            keys.sort();
+            QCOMPARE(layer.keys(), keys);
+            QCOMPARE(kindFromWord(layer["kind"_L1].toString()), static_cast<LayerKind>(kind));
+        }
+    }
+
+    void missingMembersTakeTheirDefaults()
+    {
+        const Project project = fromJson(R"({"version":2,"gain":0,"hall":[]})");
+        QVERIFY(contents(project.streams()) == contents(defaultScene(false)));
+        QVERIFY(contents(project.hall()) == contents(defaultScene(true)));
+        QVERIFY(!project.band && project.title.isEmpty());
+        QCOMPARE(project.profile, StreamProfile::Landscape);
+
+        const auto odd = fromJson(R"({"version":3,"gain":9,"scenes":[3,{"layers":5},{"layers":[4]}],
+            "hall":{"name":"x"},"band":"yes","title":12,"vertical":1})");
+        QCOMPARE(odd.streams().size(), std::size_t { 3 });
+        QVERIFY(contents(*odd.streams()[2])[0].layers
+            == contents(*makeScene({}, { Layer() }))[0].layers);
+        QVERIFY(contents(odd.hall()) == contents(project.hall()));
+    }
+
+    void readsLayers()
+    {
+        const auto nothing = [](Layer &) {};
+        const auto smallest = [](Layer &layer) { layer.size = Layer::minSize; };
+        const std::pair<const char *, std::function<void(Layer &)>> rows[] {
+            { "{}", nothing },
+            { R"({"kind":"lienzo","name":5,"visible":"no","opacity":"1","x":null,"w":[]})",
+                nothing },
+            { R"({"bold":0,"color":7,"align":"left","font":{},"cover":1,"size":"9"})", nothing },
+            { R"({"future":[1,{"a":2}]})", nothing },
+            { R"({"size":2})", smallest },
+            { R"({"size":1000})", [](auto &layer) { layer.size = 400; } },
+            { R"({"size":-1e300,"opacity":1e300})", smallest },
+            { R"({"opacity":1.5})", nothing },
+            { R"({"opacity":-0.5})", [](auto &layer) { layer.opacity = 0; } },
+            { R"({"w":0})", nothing },
+            { R"({"x":0.5,"y":0.5,"w":0.01,"h":0.5})", nothing },
+            { R"({"x":0.5,"y":0.5,"w":0.5,"h":-2})", nothing },
+            { R"({"x":-2.5,"w":0.011,"h":3})", [](auto &layer) { setBox(layer, low); } },
+            { R"({"x":1e308,"y":-1e308,"w":1e308})", [](auto &layer) { setBox(layer, far); } },
+            { R"({"align":33})", [](auto &layer) { layer.align = 33; } },
+            { R"({"align":4321})", [](auto &layer) { layer.align = 4321 & 0xef; } },
+            { R"({"align":1e18})", nothing },
+            { "{\"color\":\"#04010203\"}", [](auto &layer) { layer.color = QColor(1, 2, 3, 4); } },
+            { "{\"color\":\"#0c3058\"}", [](auto &layer) { layer.color = QColor(12, 48, 88); } },
+            { "{\"color\":\"#123456789\"}", [](auto &layer) { layer.color = 0xff124578; } },
+            { R"({"fill":"red"})", [](auto &layer) { layer.fill = Qt::red; } },
+            { "{\"color\":\"colorado\",\"background\":\"\",\"fill\":\"#12345\"}", nothing },
+            { R"({"path":"/a.png"})", [](auto &layer) { layer.path = u"/a.png"_s; } },
+            { R"({"uri":"file:b"})", [](auto &layer) { layer.uri = u"file:b"_s; } },
+            { R"({"text":"t"})", [](auto &layer) { layer.text = u"t"_s; } },
+        };
+        const QByteArray start(R"({"version":3,"gain":100,"scenes":[{"layers":[)");
+        for (const auto &[members, change] : rows) {
+            const RowName named(members);
+            Layer expected;
+            change(expected);
+            const Project project = fromJson(start + members + "]}]}");
+            QVERIFY(contents(*project.streams()[0])[0].layers
+                == contents(*makeScene({}, { expected }))[0].layers);
+        }
+    }
+
+    void refuses()
+    {
+        const char *const version = "Versión de proyecto inválida";
+        const char *const options = "Opciones de proyecto inválidas";
+        const char *const whole = "Proyecto inválido";
+        const QByteArray start = R"({"version":3,"gain":1,"scenes":[{"layers":[)";
+        const QByteArray many = start + QByteArray("{},").repeated(30'000).chopped(1) + "]}]";
+        const QByteArray more = QByteArray(R"(,"hall":[)") + QByteArray("{},").repeated(30'000);
+        std::vector<std::pair<QByteArray, const char *>> rows {
+            { "", version },
+            { R"([{"version":3,"gain":1}])", version },
+            { R"({"version":3,"gain":1)", version },
+            { R"({"version":3,"gain":1,"x":1e999})", version },
+            { R"({"version":3,"gain":1,"x":)" + QByteArray(100'000, '['), version },
+            { R"({"version":3})", options },
+            { R"({"version":3,"gain":0})", "" },
+            { R"({"version":3.0,"gain":200})", "" },
+            { many + '}', "" }, // as many layers as a file may hold
+            { many + more + "{}]}", whole },
+            { QByteArray(maxProjectBytes + 1, ' '), whole },
+        };
+        for (const char *value : { "0", "4", "2.5", "\"3\"", "null" }) {
+            rows.emplace_back(R"({"gain":900,"version":)" + QByteArray(value) + '}', version);
+        }
+        for (const char *value : { "201", "-1", "99.5", "true" }) {
+            rows.emplace_back(R"({"version":1,"gain":)" + QByteArray(value) + '}', options);
+        }
+        for (const auto &[json, reason] : rows) {
+            const RowName named(json.left(40));
+            QCOMPARE(errorOf([&] { return fromJson(json); }), QString::fromUtf8(reason));
+        }
+    }
+
+    void clampsCurrentScenes()
+    {
+        using Row = std::pair<const char *, int>;
+        for (const auto &[number, current] :
+            { Row("1", 1), Row("-3", 0), Row("1e300", 1), Row("[]", 0) }) {
+            const QByteArray start(
+                R"({"version":3,"gain":1,"hall":[{},{}],"current":7,"currentHall":)");
+            const Project project = fromJson(start + number + '}');
+            QCOMPARE(project.currentPlace(SceneSet::Hall), static_cast<std::size_t>(current));
+            QCOMPARE(project.currentPlace(SceneSet::Streams), 0U);
+        }
+    }
+
+    void cutsTheTitle()
+    {
+        Project project;
+        project.title = QString(600, u't');
+        QCOMPARE(fromJson(toJson(project)).title, QString(500, u't'));
+        // The 500th unit is the first half of a dove.
+        project.title = QString(499, u't') + QString::fromUtf8("\U0001F54A y más");
+        QCOMPARE(fromJson(toJson(project)).title, QString(499, u't'));
+    }
+
+    void readsVersionOne()
+    {
+        for (const auto &[members, wanted] : { // kind:name at x and w, back to front
+                 std::pair { "}", "camera:Cámara 0 1" },
+                 { R"(,"scene":1})", "" },
+                 { R"(,"image":"/a/b.png","media":""})", "camera:Cámara 0 1|image:b.png 0.8 0.17" },
+                 { R"(,"scene":2,"image":"b","media":"a:b"})", "image:b 0 1|video:Video 0 1" },
+                 { R"(,"scenes":[{"layers":[{}]}],"scene":1,"media":"a:b"})",
+                     "video:Video 0 1" } }) {
+            const RowName named(members);
+            const QByteArray start(R"({"version":1,"gain":50,"vertical":true)");
+            const Project project = fromJson(start + members);
+            QCOMPARE(project.streams().size(), std::size_t { 1 });
+            QStringList layers;
+            for (const Layer &layer : project.streams()[0]->layers) {
+                const QString name = wordOfKind(layer.kind) + u':' + layer.name;
+                layers << u"%1 %2 %3"_s.arg(name).arg(layer.x).arg(layer.w);
+            }
+            QCOMPARE(layers.join(u'|'), QString::fromUtf8(wanted));
+            QCOMPARE(project.profile, StreamProfile::Portrait);
+            QVERIFY(contents(project.hall()) == contents(defaultScene(true)));
+        }
+    }
+
+    /// A short run; the same files each time. NIMBARA_FUZZ_FILES: how many, for a long one.
+    void survivesDamagedFiles()
+    {
+        QList<QByteArray> corpus { toJson(fullProject()) };
+        for (const auto &file : QDir(QStringLiteral(NIMBARA_CORPUS)).entryInfoList(QDir::Files)) {
+            corpus << readProjectFile(file.filePath());
+        }
+        QVERIFY(corpus.size() > 4);
+        Damage damage(corpus);
+        const int asked = qEnvironmentVariableIntValue("NIMBARA_FUZZ_FILES");
+        const int files = asked > 0 ? asked : 3000;
+        int accepted = 0;
+        for (int i = 0; i < files; ++i) {
+            const RowName named("file " + QByteArray::number(i));
+            const QByteArray file = damage.next();
+            try {
+                const Project project = fromJson(file);
+                ++accepted;
+                QVERIFY(isSound(project, SceneSet::Streams) && isSound(project, SceneSet::Hall));
+                QVERIFY(project.gain >= 0 && project.gain <= Project::maxGain);
+                QVERIFY(project.title.size() <= Project::maxTitle);
+                const QByteArray written = toJson(project);
+                QVERIFY(written.size() > maxProjectBytes || toJson(fromJson(written)) == written);
+            } catch (const Error &error) {
+                QVERIFY(!error.text().isEmpty());
+            }
+        }
+        QVERIFY2(accepted > files / 20, "broken files alone test nothing beyond the parser");
+    }
 };
-
-void ProjectJsonTest::projectsComeBackWhole()
-{
-    const Project project = fullProject();
-    const QByteArray json = toJson(project);
-    const Project read = fromJson(json);
-    QVERIFY(contents(read.streams()) == contents(project.streams()));
-    QVERIFY(contents(read.hall()) == contents(project.hall()));
-    QCOMPARE(toJson(read), json); // and with it the rest
-    QVERIFY(read.streams()[1]->layers[0].id != read.streams()[1]->layers[1].id);
-    QVERIFY(json.contains("\n    "));
-    QCOMPARE(QJsonDocument::fromJson(json).object().keys().join(QLatin1Char(' ')),
-        QStringLiteral("band current currentHall gain hall scenes title version vertical"));
-}
-
-void ProjectJsonTest::writesTheKeysOfEachKind()
-{
-    const auto style
-        = QStringLiteral(" align background bold color font reference shadow size text");
-    const QStringList extra { {},
-        QStringLiteral(" path"),
-        style,
-        QStringLiteral(" sound uri"),
-        {},
-        QStringLiteral(" fill"),
-        style,
-        style };
-    const QJsonObject json = QJsonDocument::fromJson(toJson(fullProject())).object();
-    for (int kind = 0; kind < 8; ++kind) {
-        const auto layer
-            = json[QLatin1String("scenes")][kind][QLatin1String("layers")][0].toObject();
-        auto keys = (QStringLiteral("cover h kind name opacity visible w x y") + extra[kind])
-                        .split(QLatin1Char(' '));
-        keys.sort();
-        QCOMPARE(layer.keys(), keys);
-        QCOMPARE(kindFromWord(layer[QLatin1String("kind")].toString()),
-            static_cast<LayerKind>(kind));
-    }
-}
-
-void ProjectJsonTest::missingMembersTakeTheirDefaults()
-{
-    const Project project = fromJson(R"({"version":2,"gain":0,"hall":[]})");
-    QVERIFY(contents(project.streams()) == contents(defaultScene(false)));
-    QVERIFY(contents(project.hall()) == contents(defaultScene(true)));
-    QVERIFY(!project.band && project.title.isEmpty());
-    QCOMPARE(project.profile, StreamProfile::Landscape);
-
-    const auto odd = fromJson(R"({"version":3,"gain":9,"scenes":[3,{"layers":5},{"layers":[4]}],
-        "hall":{"name":"x"},"band":"yes","title":12,"vertical":1})");
-    QCOMPARE(odd.streams().size(), std::size_t { 3 });
-    QVERIFY(
-        contents(*odd.streams()[2])[0].layers == contents(*makeScene({}, { Layer() }))[0].layers);
-    QVERIFY(contents(odd.hall()) == contents(project.hall()));
-}
-
-void ProjectJsonTest::readsLayers_data()
-{
-    QTest::addColumn<Layer>("expected");
-    const auto row = [](const char *members, auto change) {
-        Layer layer;
-        change(layer);
-        QTest::newRow(members) << layer;
-    };
-    const auto nothing = [](Layer &) {};
-    row("", nothing);
-    row(R"("kind":"lienzo","name":5,"visible":"no","opacity":"1","x":null,"w":[],"size":"9")",
-        nothing);
-    row(R"("bold":0,"color":7,"align":"left","font":{},"cover":1,"future":[1,{"a":2}])", nothing);
-    row(R"("size":2)", [](Layer &layer) { layer.size = 8; });
-    row(R"("size":1000)", [](Layer &layer) { layer.size = 400; });
-    row(R"("size":-1e300,"opacity":1e300)", [](Layer &layer) { layer.size = 8; });
-    row(R"("opacity":1.5)", nothing);
-    row(R"("opacity":-0.5)", [](Layer &layer) { layer.opacity = 0; });
-    row(R"("w":0)", nothing);
-    row(R"("x":0.5,"y":0.5,"w":0.01,"h":0.5)", nothing);
-    row(R"("x":0.5,"y":0.5,"w":0.5,"h":-2)", nothing);
-    row(R"("x":-2.5,"w":0.011,"h":3)", [](Layer &layer) { setBox(layer, { -2.5, 0, 0.011, 3 }); });
-    row(R"("x":1e308,"y":-1e308,"w":1e308)", [](Layer &layer) {
-        setBox(layer, { 100, -100, 100, 1 });
-    });
-    row(R"("align":33)", [](Layer &layer) { layer.align = 33; });
-    row(R"("align":4321)", [](Layer &layer) { layer.align = 4321 & 0xef; });
-    row(R"("align":1e18)", nothing);
-    row(R"("color":"#04010203")", [](Layer &layer) { layer.color = QColor(1, 2, 3, 4); });
-    row(R"("color":"#0c3058","fill":"red")", [](Layer &layer) {
-        layer.color = QColor(12, 48, 88);
-        layer.fill = QColor(255, 0, 0);
-    });
-    row(R"("color":"#123456789")", [](Layer &layer) { layer.color = QColor(0x12, 0x45, 0x78); });
-    row(R"("color":"colorado","background":"","fill":"#12345")", nothing);
-    row(R"("path":"/a.png","uri":"file:///b","text":"t")", [](Layer &layer) {
-        layer.path = QStringLiteral("/a.png");
-        layer.uri = QStringLiteral("file:///b");
-        layer.text = QStringLiteral("t");
-    });
-}
-
-void ProjectJsonTest::readsLayers()
-{
-    QFETCH(Layer, expected);
-    const QByteArray start(R"({"version":3,"gain":100,"scenes":[{"layers":[{)");
-    const Project project = fromJson(start + QTest::currentDataTag() + "}]}]}");
-    QVERIFY(contents(*project.streams()[0])[0].layers
-        == contents(*makeScene({}, { expected }))[0].layers);
-}
-
-void ProjectJsonTest::refuses_data()
-{
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<QString>("reason");
-    const auto row = [](const char *name, const QByteArray &json, const char *reason) {
-        QTest::newRow(name) << json << QString::fromUtf8(reason);
-    };
-    const char *const version = "Versión de proyecto inválida";
-    row("empty file", {}, version);
-    row("array", R"([{"version":3,"gain":1}])", version);
-    row("cut off", R"({"version":3,"gain":1)", version);
-    row("number beyond doubles", R"({"version":3,"gain":1,"x":1e999})", version);
-    row("deep", R"({"version":3,"gain":1,"x":)" + QByteArray(100'000, '['), version);
-    for (const char *value : { "0", "4", "2.5", "\"3\"", "null" }) {
-        row(value, QByteArrayLiteral(R"({"gain":900,"version":)") + value + '}', version);
-    }
-    const char *const options = "Opciones de proyecto inválidas";
-    row("no gain", R"({"version":3})", options);
-    for (const char *value : { "201", "-1", "99.5", "true" }) {
-        row(value, QByteArrayLiteral(R"({"version":1,"gain":)") + value + '}', options);
-    }
-    row("gain 0", R"({"version":3,"gain":0})", "");
-    row("gain 200", R"({"version":3.0,"gain":200})", "");
-    const QByteArray many = R"({"version":3,"gain":1,"scenes":[{"layers":[)"
-        + QByteArrayLiteral("{},").repeated(30'000).chopped(1) + "]}]";
-    row("as many layers as a file may hold", many + '}', "");
-    row("more layers and scenes",
-        many + R"(,"hall":[)" + QByteArrayLiteral("{},").repeated(30'000) + "{}]}",
-        "Proyecto inválido");
-    row("more than 4 MiB", QByteArray(maxProjectBytes + 1, ' '), "Proyecto inválido");
-}
-
-void ProjectJsonTest::refuses()
-{
-    QFETCH(QByteArray, json);
-    QTEST(refusal(json), "reason");
-}
-
-void ProjectJsonTest::clampsCurrentScenes()
-{
-    using Row = std::pair<const char *, int>;
-    for (const auto &[number, current] :
-        { Row("1", 1), Row("-3", 0), Row("1e300", 1), Row("[]", 0) }) {
-        const QByteArray start(
-            R"({"version":3,"gain":1,"hall":[{},{}],"current":7,"currentHall":)");
-        const Project project = fromJson(start + number + '}');
-        QCOMPARE(project.currentPlace(SceneSet::Hall), static_cast<std::size_t>(current));
-        QCOMPARE(project.currentPlace(SceneSet::Streams), 0U);
-    }
-}
-
-void ProjectJsonTest::cutsTheTitle()
-{
-    Project project;
-    project.title = QString(600, QLatin1Char('t'));
-    QCOMPARE(fromJson(toJson(project)).title, QString(500, QLatin1Char('t')));
-    // The 500th unit is the first half of a dove.
-    project.title = QString(499, QLatin1Char('t')) + QString::fromUtf8("\U0001F54A y más");
-    QCOMPARE(fromJson(toJson(project)).title, QString(499, QLatin1Char('t')));
-}
-
-void ProjectJsonTest::readsVersionOne_data()
-{
-    QTest::addColumn<QString>("layers"); // kind:name at x and w, back to front
-    const auto row = [](const char *members, const char *layers) {
-        QTest::newRow(members) << QString::fromUtf8(layers);
-    };
-    row("", "camera:Cámara 0 1");
-    row(R"(,"scene":1)", "");
-    row(R"(,"image":"/fotos/logo.png","media":"")", "camera:Cámara 0 1|image:logo.png 0.8 0.17");
-    row(R"(,"scene":2,"image":"a/b.png","media":"rtmp://x/y")", "image:b.png 0 1|video:Video 0 1");
-    row(R"(,"scenes":[{"layers":[{}]}],"scene":1,"media":"file:///v.mp4")", "video:Video 0 1");
-}
-
-void ProjectJsonTest::readsVersionOne()
-{
-    const QByteArray start(R"({"version":1,"gain":50,"vertical":true)");
-    const Project project = fromJson(start + QTest::currentDataTag() + '}');
-    QCOMPARE(project.streams().size(), std::size_t { 1 });
-    QStringList layers;
-    for (const Layer &layer : project.streams()[0]->layers) {
-        layers << QStringLiteral("%1:%2 %3 %4")
-                      .arg(wordOfKind(layer.kind), layer.name)
-                      .arg(layer.x)
-                      .arg(layer.w);
-    }
-    QTEST(layers.join(QLatin1Char('|')), "layers");
-    QCOMPARE(project.profile, StreamProfile::Portrait);
-    QVERIFY(contents(project.hall()) == contents(defaultScene(true)));
-}
 
 NIMBARA_TEST(ProjectJsonTest)
 #include "project_json_test.moc"

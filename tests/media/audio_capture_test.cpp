@@ -4,15 +4,11 @@
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <algorithm>
 #include <sys/stat.h>
-#include <utility>
 
-namespace nimbara::testing {
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -38,7 +34,6 @@ template <typename Condition> bool pullUntil(AudioCapture &capture, Condition co
 
 class AudioCaptureTest : public QObject {
     Q_OBJECT
-
 private Q_SLOTS:
     void playsAQuietTone()
     {
@@ -56,19 +51,15 @@ private Q_SLOTS:
 
     void takesWhatTheDeviceDelivers()
     {
-        const std::vector<std::tuple<const char *, QByteArray>> rows {
-            { "44.1 kHz", QByteArray("audio/x-raw,format=F32LE,rate=44100,channels=2") },
-            { "mono 16 bit", QByteArray("audio/x-raw,format=S16LE,rate=16000,channels=1") },
-            { "mixing console",
-                QByteArray("audio/x-raw,format=S32LE,rate=96000,channels=8,"
-                           "channel-mask=(bitmask)0xc3f") },
-        };
-        for (const auto &[name, caps] : rows) {
-            const RowName named(name);
-            AudioCapture capture(m_clock,
-                microphone(
-                    "audiotestsrc is-live=true volume=0.5 ! capsfilter caps=" + caps.toStdString())
-                    .get());
+        for (const char *caps : { "F32LE,rate=44100,channels=2",
+                 "S16LE,rate=16000,channels=1",
+                 "S32LE,rate=96000,channels=8,channel-mask=(bitmask)0xc3f" }) { // a mixing console
+            const RowName named(caps);
+            const DeviceRef device = microphone(
+                std::string(
+                    "audiotestsrc is-live=true volume=0.5 ! capsfilter caps=audio/x-raw,format=")
+                + caps);
+            AudioCapture capture(m_clock, device.get());
             std::size_t values = 0;
             capture.listener = [&](const AudioBlock &block) { values += block.samples.size(); };
             QVERIFY(pullUntil(capture, [&] { return values > 9600; }));
@@ -110,19 +101,14 @@ private Q_SLOTS:
 
     void stops()
     {
-        const std::vector<std::tuple<const char *, QByteArray, QString>> rows {
-            { "end",
-                QByteArray("audiotestsrc is-live=true num-buffers=3"),
-                QStringLiteral("La entrada de audio termino") },
-            { "error",
-                QByteArray("audiotestsrc is-live=true ! identity error-after=3"),
-                QStringLiteral("Failed after iterations as requested.") },
-        };
-        for (const auto &[name, opens, error] : rows) {
-            const RowName named(name);
-            AudioCapture capture(m_clock, microphone(opens.toStdString()).get());
+        for (const auto &[breaks, error] :
+            { std::pair { "num-buffers=3", "La entrada de audio termino" },
+                { "! identity error-after=3", "Failed after iterations as requested." } }) {
+            const RowName named(breaks);
+            AudioCapture capture(m_clock,
+                microphone(std::string("audiotestsrc is-live=true ") + breaks).get());
             QVERIFY(pullUntil(capture, [&] { return !capture.running(); }));
-            QCOMPARE(capture.error().spanish(), error);
+            QCOMPARE(capture.error().spanish(), QLatin1String(error));
             QCOMPARE(capture.inputLevels().peak[0], 0.0);
             QCOMPARE(capture.outputLevels().peak[0], 0.0);
             capture.listener
@@ -134,7 +120,7 @@ private Q_SLOTS:
     void fallsSilentThenStops()
     {
         const QTemporaryDir folder;
-        const QByteArray pipe = QFile::encodeName(folder.filePath(QStringLiteral("pipe")));
+        const QByteArray pipe = QFile::encodeName(folder.filePath(u"pipe"_s));
         QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
         QFile sound(QString::fromUtf8(pipe));
         QVERIFY(sound.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
@@ -160,37 +146,32 @@ private Q_SLOTS:
         m_clock.advanceUs(1);
         capture.pull({});
         QVERIFY(!capture.running());
-        QCOMPARE(capture.error(), QStringLiteral("Sin buffers de audio durante 5 segundos"));
+        QCOMPARE(capture.error(), u"Sin buffers de audio durante 5 segundos"_s);
         sound.close(); // lets the reader go, so that the pipeline can stop
     }
 
     void refusesToStart()
     {
-        std::vector<std::tuple<const char *, QByteArray, QByteArray, QString>> rows;
-        const QString missing = QStringLiteral("Faltan componentes de captura de audio");
-        for (const char *element : { "audioconvert", "audioresample", "capsfilter", "appsink" }) {
-            rows.emplace_back(element, QByteArray(element), QByteArray("audiotestsrc"), missing);
-        }
-        rows.emplace_back("no source", QByteArray(), QByteArray(), missing);
-        rows.emplace_back("a camera",
-            QByteArray(),
-            QByteArray("videotestsrc"),
-            QStringLiteral("No se pudo enlazar el dispositivo de audio"));
-        rows.emplace_back("refused",
-            QByteArray(),
-            QByteArray("filesrc location=/nonexistent ! rawaudioparse"),
-            QStringLiteral("No se pudo iniciar audio"));
-        for (const auto &[name, hidden, opens, text] : rows) {
-            const RowName named(name);
-            const auto gone
-                = hidden.isEmpty() ? nullptr : std::make_unique<HiddenElement>(hidden.constData());
+        const char *missing = "Faltan componentes de captura de audio";
+        for (const auto &[hidden, opens, text] :
+            { std::tuple { "audioconvert", "audiotestsrc", missing },
+                { "audioresample", "audiotestsrc", missing },
+                { "capsfilter", "audiotestsrc", missing },
+                { "appsink", "audiotestsrc", missing },
+                { "", "", missing },
+                { "", "videotestsrc", "No se pudo enlazar el dispositivo de audio" },
+                { "",
+                    "filesrc location=/nonexistent ! rawaudioparse",
+                    "No se pudo iniciar audio" } }) {
+            const RowName named(QByteArray(hidden) + opens);
+            const auto gone = *hidden == '\0' ? nullptr : std::make_unique<HiddenElement>(hidden);
             try {
-                AudioCapture capture(m_clock, microphone(opens.toStdString()).get());
+                AudioCapture capture(m_clock, microphone(opens).get());
                 // On a machine too busy to know it at once.
                 QVERIFY(pullUntil(capture, [&] { return !capture.running(); }));
                 throw Error(capture.error());
             } catch (const Error &error) {
-                QCOMPARE(error.text(), text);
+                QCOMPARE(error.text(), QLatin1String(text));
             }
         }
     }
@@ -199,9 +180,5 @@ private:
     ManualClock m_clock;
 };
 
-} // namespace nimbara::testing
-
-using nimbara::testing::AudioCaptureTest;
 NIMBARA_TEST(AudioCaptureTest)
-
 #include "audio_capture_test.moc"

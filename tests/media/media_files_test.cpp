@@ -5,19 +5,16 @@
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
 
-#include <QFile>
-#include <QTest>
 #include <QTransform>
 
-#include <algorithm>
-#include <cmath>
-
-namespace nimbara::testing {
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
 /// What a file delivered from its start to its end.
-struct Playback {
+struct Played {
     int firstNumber = -1;
     int lastNumber = -1;
     bool flash = false;
@@ -25,9 +22,9 @@ struct Playback {
     QString message;
 };
 
-Playback playToEnd(Media &media)
+Played playToEnd(Media &media)
 {
-    Playback result;
+    Played result;
     pollUntil(media, [&] {
         for (AudioFifo &fifo = media.audioFifo(); !fifo.empty(); fifo.drop(1)) {
             result.loudest = std::max(result.loudest, std::abs(fifo.at(0)));
@@ -57,72 +54,47 @@ Frame turned(const Frame &frame, int degrees)
 
 class MediaFilesTest : public QObject {
     Q_OBJECT
-
 private Q_SLOTS:
     void playsToTheEnd()
     {
-        std::vector<std::tuple<const char *, ClipRecipe, int>> rows;
-
-        const auto add = [&](const char *name, int lastNumber, auto change) {
-            ClipRecipe recipe;
-            recipe.seconds = 0.4;
-            change(recipe);
-            rows.emplace_back(name, recipe, lastNumber);
+        const QStringList vfr { u"-vf"_s, u"select='not(mod(n\\,3))'"_s, u"-vsync"_s, u"vfr"_s };
+        const auto fast = u"-cpu-used 8 -deadline realtime"_s.split(u' ');
+        const auto twice = u"-map 0 -map 0 -map 1 -map 1"_s.split(u' ');
+        const auto ultra = u"-preset ultrafast"_s.split(u' ');
+        const std::tuple<const char *, ClipRecipe, int> rows[] {
+            { "H.264 and AAC in MP4", { .seconds = 0.4 }, 11 },
+            { "25 frames per second", { .rate = u"25"_s, .seconds = 0.4 }, 9 },
+            { "59.94 frames per second", { .rate = u"60000/1001"_s, .seconds = 0.4 }, 23 },
+            { "variable frame rate", { .seconds = 0.4, .extra = vfr }, 9 },
+            { "WebM",
+                { .seconds = 0.4,
+                    .videoCodec = u"libvpx-vp9"_s,
+                    .audioCodec = u"libopus"_s,
+                    .container = u"webm"_s,
+                    .extra = fast },
+                11 },
+            { "subtitles",
+                { .seconds = 0.4,
+                    .audioCodec = u"flac"_s,
+                    .container = u"mkv"_s,
+                    .subtitles = true },
+                11 },
+            { "two streams of each kind", { .seconds = 0.4, .extra = twice }, 11 },
+            { "5.1",
+                { .seconds = 0.4,
+                    .audioCodec = u"ac3"_s,
+                    .container = u"mkv"_s,
+                    .audioRate = 44100,
+                    .audioChannels = 6 },
+                11 },
+            { "no sound", { .seconds = 0.4, .audioCodec = {} }, 11 },
+            { "no picture", { .seconds = 0.4, .videoCodec = {} }, -1 },
+            { "4K", { .width = 3840, .height = 2160, .seconds = 0.4, .extra = ultra }, 11 },
         };
-        add("H.264 and AAC in MP4", 11, [](ClipRecipe &) {});
-        add("25 frames per second", 9, [](ClipRecipe &recipe) {
-            recipe.rate = QStringLiteral("25");
-        });
-        add("59.94 frames per second", 23, [](ClipRecipe &recipe) {
-            recipe.rate = QStringLiteral("60000/1001");
-        });
-        add("variable frame rate", 9, [](ClipRecipe &recipe) {
-            recipe.extra = QStringList { QStringLiteral("-vf"),
-                QStringLiteral("select='not(mod(n\\,3))'"),
-                QStringLiteral("-vsync"),
-                QStringLiteral("vfr") };
-        });
-        add("VP9 and Opus in WebM", 11, [](ClipRecipe &recipe) {
-            recipe.videoCodec = QStringLiteral("libvpx-vp9");
-            recipe.audioCodec = QStringLiteral("libopus");
-            recipe.container = QStringLiteral("webm");
-            recipe.extra = QStringList { QStringLiteral("-cpu-used"),
-                QStringLiteral("8"),
-                QStringLiteral("-deadline"),
-                QStringLiteral("realtime") };
-        });
-        add("Matroska with subtitles", 11, [](ClipRecipe &recipe) {
-            recipe.audioCodec = QStringLiteral("flac");
-            recipe.container = QStringLiteral("mkv");
-            recipe.subtitles = true;
-        });
-        add("two streams of each kind", 11, [](ClipRecipe &recipe) {
-            recipe.extra = QStringList { QStringLiteral("-map"),
-                QStringLiteral("0"),
-                QStringLiteral("-map"),
-                QStringLiteral("0"),
-                QStringLiteral("-map"),
-                QStringLiteral("1"),
-                QStringLiteral("-map"),
-                QStringLiteral("1") };
-        });
-        add("5.1 sound at 44.1 kHz", 11, [](ClipRecipe &recipe) {
-            recipe.audioChannels = 6;
-            recipe.audioRate = 44100;
-            recipe.audioCodec = QStringLiteral("ac3");
-            recipe.container = QStringLiteral("mkv");
-        });
-        add("no sound", 11, [](ClipRecipe &recipe) { recipe.audioCodec.clear(); });
-        add("no picture", -1, [](ClipRecipe &recipe) { recipe.videoCodec.clear(); });
-        add("4K", 11, [](ClipRecipe &recipe) {
-            recipe.width = 3840;
-            recipe.height = 2160;
-            recipe.extra = QStringList { QStringLiteral("-preset"), QStringLiteral("ultrafast") };
-        });
         for (const auto &[name, recipe, lastNumber] : rows) {
             const RowName named(name);
             const MediaPtr media = open(recipe);
-            const Playback played = playToEnd(*media);
+            const Played played = playToEnd(*media);
 
             QCOMPARE(played.message, QString());
             QVERIFY(media->ended());
@@ -137,33 +109,28 @@ private Q_SLOTS:
 
     void reportsBrokenFiles()
     {
-        std::vector<std::tuple<const char *, QString, QString>> rows;
-        ClipRecipe recipe;
-        recipe.seconds = 0.4;
-        rows.emplace_back("index lost",
-            truncatedClip(recipe, 0.5),
-            QStringLiteral("This file contains no playable streams."));
-        rows.emplace_back("empty",
-            truncatedClip(recipe, 0),
-            QStringLiteral("Stream contains no data."));
-        rows.emplace_back("no media",
-            QStringLiteral("/etc/passwd"),
-            QStringLiteral("This appears to be a text file"));
-        recipe.container = QStringLiteral("mkv");
-        rows.emplace_back("end lost", truncatedClip(recipe, 0.8), QString());
+        const ClipRecipe recipe { .seconds = 0.4 };
+        const ClipRecipe open { .seconds = 0.4, .container = u"mkv"_s };
+        const std::tuple<const char *, QString, QString> rows[] {
+            { "index lost",
+                truncatedClip(recipe, 0.5),
+                u"This file contains no playable streams."_s },
+            { "empty", truncatedClip(recipe, 0), u"Stream contains no data."_s },
+            { "no media", u"/etc/passwd"_s, u"This appears to be a text file"_s },
+            { "end lost", truncatedClip(open, 0.8), {} },
+        };
         for (const auto &[name, path, message] : rows) {
             const RowName named(name);
             const MediaPtr media = m_factory.media({ 320, 180 }, fileLocation(path));
-            const Playback played = playToEnd(*media);
+            const Played played = playToEnd(*media);
             QCOMPARE(media->ended(), message.isEmpty());
             QCOMPARE(media->frame() != nullptr, message.isEmpty());
             // The decoder may lose an error that comes while it still builds itself; then the
             // watchdog speaks.
-            const QString silent = QStringLiteral("Fuente sin frames durante 10 segundos");
+            const QString silent = u"Fuente sin frames durante 10 segundos"_s;
             const QString expected
-                = message.isEmpty() ? message : QStringLiteral("Fuente sin señal: ") + message;
-            QVERIFY2(played.message == expected
-                    || played.message.startsWith(expected + QLatin1String(" ["))
+                = message.isEmpty() ? message : u"Fuente sin señal: "_s + message;
+            QVERIFY2(played.message == expected || played.message.startsWith(expected + " ["_L1)
                     || (!message.isEmpty() && played.message == silent),
                 qPrintable(played.message));
         }
@@ -172,20 +139,20 @@ private Q_SLOTS:
     /// As a phone writes them: the pixels lie on their side, the container says how to turn them.
     void standsUpright()
     {
-        const std::vector<std::tuple<const char *, int, FrameSize, FrameSize>> rows {
-            { "90", 90, FrameSize { 320, 180 }, FrameSize { 180, 320 } },
-            { "180", 180, FrameSize { 320, 180 }, FrameSize { 320, 180 } },
-            { "270", 270, FrameSize { 320, 180 }, FrameSize { 180, 320 } },
-            { "larger than the profile", 90, FrameSize { 1280, 720 }, FrameSize { 180, 320 } },
-            { "larger, of another shape", 270, FrameSize { 640, 480 }, FrameSize { 240, 320 } },
+        const std::tuple<int, FrameSize, FrameSize> rows[] {
+            { 90, { 320, 180 }, { 180, 320 } },
+            { 180, { 320, 180 }, { 320, 180 } },
+            { 270, { 320, 180 }, { 180, 320 } },
+            { 90, { 1280, 720 }, { 180, 320 } }, // larger than the profile
+            { 270, { 640, 480 }, { 240, 320 } }, // and of another shape
         };
-        for (const auto &[name, degrees, clip, profile] : rows) {
-            const RowName named(name);
-            ClipRecipe recipe;
-            recipe.seconds = 0.4;
-            recipe.rotate = degrees;
-            recipe.width = clip.width;
-            recipe.height = clip.height;
+        for (const auto &[degrees, clip, profile] : rows) {
+            const RowName named(
+                QByteArray::number(degrees) + ", " + QByteArray::number(clip.width));
+            const ClipRecipe recipe { .width = clip.width,
+                .height = clip.height,
+                .seconds = 0.4,
+                .rotate = degrees };
             const MediaPtr media = open(recipe, profile);
             QVERIFY(pollUntil(*media, [&] { return !media->active(); }));
             QVERIFY(media->frame());
@@ -195,9 +162,7 @@ private Q_SLOTS:
 
     void playsSoundWithThePicture()
     {
-        ClipRecipe recipe;
-        recipe.seconds = 1.4;
-        const MediaPtr media = open(recipe);
+        const MediaPtr media = open({ .seconds = 1.4 });
         double soundSeconds = 0;
         QVERIFY(pollUntil(*media, [&] {
             soundSeconds
@@ -211,10 +176,7 @@ private Q_SLOTS:
 
     void playsSoundBeyondThePicture()
     {
-        ClipRecipe recipe;
-        recipe.seconds = 0.8;
-        recipe.soundSeconds = 1.6;
-        const MediaPtr media = open(recipe);
+        const MediaPtr media = open({ .seconds = 0.8, .soundSeconds = 1.6 });
         QVERIFY(pollUntil(*media, [&] { return !media->active(); }));
         QVERIFY(media->ended());
         QVERIFY(media->frame());
@@ -224,45 +186,40 @@ private Q_SLOTS:
 
     void declaresSoundAloneSilent()
     {
-        ClipRecipe recipe;
-        recipe.videoCodec.clear();
+        const ClipRecipe recipe { .videoCodec = {} };
         ManualClock clock;
         const MediaFactory factory(clock, m_retirement);
         const MediaPtr media = factory.media({ 320, 180 }, fileLocation(clip(recipe)));
         QVERIFY(pollUntil(*media, [&] { return !media->audioFifo().empty(); }));
         clock.advanceUs(10'000'001);
         media->pollSource();
-        QCOMPARE(media->takeMessage(), QStringLiteral("Fuente sin frames durante 10 segundos"));
+        QCOMPARE(media->takeMessage(), u"Fuente sin frames durante 10 segundos"_s);
     }
 
     void opensNamesAsTheyAreWritten()
     {
-        ClipRecipe recipe;
-        recipe.seconds = 0.1;
-        const QString path = clipFolder() + QStringLiteral("/coro y órgano.mp4");
+        const ClipRecipe recipe { .seconds = 0.1 };
+        const QString path = clipFolder() + u"/coro y órgano.mp4"_s;
         QVERIFY(QFile::exists(path) || QFile::copy(clip(recipe), path));
-        const MediaPtr media = m_factory.media({ 320, 180 }, QStringLiteral("file://") + path);
+        const MediaPtr media = m_factory.media({ 320, 180 }, u"file://"_s + path);
         QCOMPARE(playToEnd(*media).lastNumber, 2);
     }
 
     void holdsWhatNobodySees()
     {
-        ClipRecipe recipe;
-        recipe.seconds = 0.8;
+        const ClipRecipe recipe { .seconds = 0.8 };
         ManualClock clock;
         const MediaFactory factory(clock, m_retirement);
         const QString path = fileLocation(clip(recipe));
         // One that is refused, one that breaks and one that is let go of while it opens leave room
         // for the next.
-        const MediaPtr none
-            = factory.heldMedia({ 320, 180 }, QStringLiteral("file:///nonexistent"));
-        QTRY_COMPARE_WITH_TIMEOUT(none->startOutcome(), PipelineStart::Outcome::Refused, 20'000);
-        const MediaPtr broken
-            = factory.heldMedia({ 320, 180 }, QStringLiteral("file:///etc/passwd"));
+        const MediaPtr none = factory.heldMedia({ 320, 180 }, u"file:///nonexistent"_s);
+        QTRY_COMPARE(none->startOutcome(), PipelineStart::Outcome::Refused);
+        const MediaPtr broken = factory.heldMedia({ 320, 180 }, u"file:///etc/passwd"_s);
         QVERIFY(pollUntil(*broken, [&] { return !broken->active(); }));
         (void)factory.heldMedia({ 320, 180 }, path);
         const MediaPtr media = factory.heldMedia({ 320, 180 }, path);
-        QTRY_COMPARE_WITH_TIMEOUT(media->startOutcome(), PipelineStart::Outcome::Accepted, 20'000);
+        QTRY_COMPARE(media->startOutcome(), PipelineStart::Outcome::Accepted);
         const auto beside = [&] { return playToEnd(*open(recipe)).lastNumber; };
 
         QCOMPARE(beside(), 23);
@@ -298,9 +255,5 @@ private:
     MediaFactory m_factory { m_clock, m_retirement };
 };
 
-} // namespace nimbara::testing
-
-using nimbara::testing::MediaFilesTest;
 NIMBARA_TEST(MediaFilesTest)
-
 #include "media_files_test.moc"

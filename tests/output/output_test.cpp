@@ -1,14 +1,13 @@
-#include "base/error.h"
 #include "output/encode/output.h"
 #include "output/probe.h"
 #include "output/program_feed.h"
+#include "output/sink/outputs.h"
+#include "support/error_of.h"
 #include "support/fake_device.h"
 #include "support/test_registry.h"
 
-#include <QFileInfo>
+#include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -21,12 +20,8 @@ constexpr FrameSize small { 160, 90 };
 /// The text of the error that building such an output throws; empty when it starts.
 QString startError(FrameSize size, bool isStream, const QString &location, std::int32_t bitrate)
 {
-    try {
-        const Output output(size.width, size.height, isStream, location, bitrate);
-    } catch (const Error &error) {
-        return error.text();
-    }
-    return {};
+    return errorOf(
+        [&] { return Output(size.width, size.height, isStream, location, bitrate).running(); });
 }
 
 void push(Output &output, const Tick &tick)
@@ -35,16 +30,6 @@ void push(Output &output, const Tick &tick)
     output.pushVideo(tick.frame);
     output.pushAudio(tick.block);
     output.pollOutput();
-}
-
-bool waitStopped(Output &output)
-{
-    return QTest::qWaitFor(
-        [&] {
-            output.pollOutput();
-            return !output.running();
-        },
-        20000);
 }
 
 } // namespace
@@ -64,7 +49,7 @@ private Q_SLOTS:
             const char *text; ///< empty: it starts
         };
         constexpr FrameSize good { 320, 180 };
-        const auto file = m_dir.filePath(QStringLiteral("refused.webm"));
+        const auto file = m_dir.filePath(u"refused.webm"_s);
         const char *profile = "Perfil de salida invalido";
         const char *scheme = "Destino debe usar RTMP o RTMPS";
         const char *refused = "No se pudo iniciar salida";
@@ -105,13 +90,10 @@ private Q_SLOTS:
 
     void recordsEveryTick()
     {
-        const std::vector<std::tuple<const char *, int, int, int>> rows {
-            { "landscape", 160, 90, 0 },
-            { "portrait, with a stall", 90, 160, 1000 },
-        };
-        for (const auto &[name, width, height, stallMs] : rows) {
+        for (const auto &[name, width, height, stallMs] : { std::tuple { "landscape", 160, 90, 0 },
+                 { "portrait, with a stall", 90, 160, 1000 } }) {
             const RowName named(name);
-            const QString path = m_dir.filePath(QStringLiteral("grabación 1.webm"));
+            const QString path = m_dir.filePath(u"grabación 1.webm"_s);
             Output output(width, height, false, path, outputBitrate);
             QTRY_VERIFY(output.ready());
             ProgramFeed feed({ width, height });
@@ -124,12 +106,12 @@ private Q_SLOTS:
             QVERIFY(output.stopping() && output.running());
             push(output, feed.next()); // nothing is taken any more
             output.finish();
-            QVERIFY(waitStopped(output));
+            QTRY_VERIFY((output.pollOutput(), !output.running()));
             QVERIFY(output.finished() && output.error().isEmpty());
 
             const Probe found = probe(path);
-            QCOMPARE(found.video, QStringLiteral("vp8 %1x%2").arg(width).arg(height));
-            QCOMPARE(found.audio, QStringLiteral("vorbis 48000 2"));
+            QCOMPARE(found.video, u"vp8 %1x%2"_s.arg(width).arg(height));
+            QCOMPARE(found.audio, u"vorbis 48000 2"_s);
             QCOMPARE(found.videoTimes.size(), 75U);
             const double stall = stallMs / 1000.0;
             for (std::size_t i = 0; i < found.videoTimes.size(); ++i) {
@@ -151,20 +133,93 @@ private Q_SLOTS:
 
     void aFullDiskStopsIt()
     {
-        Output output(small.width, small.height, false, QStringLiteral("/dev/full"), outputBitrate);
+        Output output(small.width, small.height, false, u"/dev/full"_s, outputBitrate);
         ProgramFeed feed(small);
         for (int i = 0; i < 300 && output.running(); ++i) {
             push(output, feed.next());
             QTest::qWait(1);
         }
-        QVERIFY(waitStopped(output));
+        QTRY_VERIFY((output.pollOutput(), !output.running()));
         QVERIFY(!output.finished());
-        const QRegularExpression text(QStringLiteral(
-            "^Fallo de salida \\(codigo \\d+\\)\\. Revisa destino, permisos y codecs\\.$"));
+        const QRegularExpression text(
+            u"^Fallo de salida \\(codigo \\d+\\)\\. Revisa destino, permisos y codecs\\.$"_s);
         const QString error = output.error().spanish();
         QVERIFY2(text.match(error).hasMatch(), qPrintable(error));
     }
 };
 
+class RecordingTest : public QObject {
+    Q_OBJECT
+    static constexpr FrameSize small { 64, 36 };
+    QTemporaryDir m_dir;
+
+private Q_SLOTS:
+    void goesThroughItsStates()
+    {
+        const auto retirement = std::make_shared<Retirement>();
+        Outputs outputs(retirement);
+        Recording &recording = outputs.recording();
+        QVERIFY(!outputs.any());
+        QCOMPARE(recordingButtonText(recording.state()), u"● Grabar"_s);
+        recording.finish(); // nothing to finish
+
+        const QString path = m_dir.filePath(u"states.webm"_s);
+        recording.start(path, small);
+        QVERIFY(outputs.any());
+        QCOMPARE(recordingButtonText(recording.state()), u"■ Detener grabación"_s);
+        QTRY_VERIFY(recording.ready());
+        ProgramFeed feed(small);
+        for (int i = 0; i < 10; ++i) {
+            const Tick tick = feed.next();
+            QVERIFY(!outputs.push(tick.frame, tick.block, tick.tNs).recording);
+        }
+        recording.finish();
+        recording.finish();
+        QCOMPARE(recordingButtonText(recording.state()), u"Finalizando..."_s);
+        std::optional<Message> status;
+        QTRY_VERIFY(status || (status = recording.poll()));
+        QCOMPARE(*status, u"Grabación guardada correctamente"_s);
+        QCOMPARE(recording.state(), RecordingState::idle);
+        QVERIFY(!outputs.any() && !recording.poll());
+        QCOMPARE(probe(path).video, u"vp8 64x36"_s);
+        QTRY_COMPARE((retirement->reap(), retirement->pending()), 0U);
+    }
+
+    void tellsWhyItStopped()
+    {
+        Outputs outputs(std::make_shared<Retirement>());
+        outputs.recording().start(m_dir.filePath(u"size.webm"_s), small);
+        const Tick tick = ProgramFeed({ 36, 64 }).next();
+        const auto stopped = outputs.push(tick.frame, tick.block, tick.tNs);
+        QCOMPARE(stopped.recording, u"El formato cambio durante salida"_s);
+        QVERIFY(stopped.destinations.empty());
+        QCOMPARE(outputs.recording().state(), RecordingState::idle);
+    }
+
+    void survivesTheEndOfTheProcess()
+    {
+        const QString path = m_dir.filePath(u"killed.webm"_s);
+        QProcess child;
+        child.start(QStringLiteral(NIMBARA_RECORDER), { path });
+        int ticks = 0;
+        const auto told = [&] {
+            while (child.canReadLine()) {
+                ticks = child.readLine().toInt();
+            }
+            return ticks;
+        };
+        QTRY_VERIFY(told() >= 240); // 8 s of program
+        child.kill();
+        QVERIFY(child.waitForFinished());
+
+        const Probe found = probe(path);
+        const double recorded = ticks / 30.0;
+        QVERIFY2(found.videoTimes.back() > recorded - 1.0, qPrintable(QString::number(recorded)));
+        QVERIFY(found.audioTimes.back() > recorded - 1.0);
+        QVERIFY(decodeErrors(path).count('\n') <= 1); // the last block may be cut short
+    }
+};
+
 NIMBARA_TEST(OutputTest)
+NIMBARA_TEST(RecordingTest)
 #include "output_test.moc"

@@ -1,12 +1,6 @@
 #include "output/mix/program_audio.h"
 #include "support/test_registry.h"
 
-#include <QTest>
-
-#include <algorithm>
-#include <cmath>
-#include <utility>
-
 using namespace nimbara;
 using namespace nimbara::testing;
 

@@ -32,18 +32,18 @@ public:
 
     Tick next()
     {
-        Tick tick;
         auto frame = std::make_shared<Frame>(m_size.width, m_size.height);
-        if (!m_still) {
-            paint(*frame);
+        for (std::size_t i = 0; !m_still && i < frame->pixels.size(); i += 4) {
+            frame->pixels[i]
+                = static_cast<std::uint8_t>(i / 16 + static_cast<std::size_t>(m_count) * 4);
+            frame->pixels[i + 1] = static_cast<std::uint8_t>(i / 4096);
         }
+        m_last = frame;
+        Tick tick { std::move(frame), {}, m_tNs };
         for (std::size_t i = 0; i < tick.block.size();
              i += 2, m_phase += 2 * std::numbers::pi / 100) {
             tick.block[i] = tick.block[i + 1] = static_cast<float>(0.3 * std::sin(m_phase));
         }
-        tick.frame = std::move(frame);
-        tick.tNs = m_tNs;
-        m_last = tick.frame;
         m_tNs += 33'333'000;
         ++m_count;
         return tick;
@@ -64,15 +64,6 @@ public:
     [[nodiscard]] int count() const { return m_count; }
 
 private:
-    void paint(Frame &frame) const
-    {
-        for (std::size_t i = 0; i < frame.pixels.size(); i += 4) {
-            frame.pixels[i]
-                = static_cast<std::uint8_t>(i / 16 + static_cast<std::size_t>(m_count) * 4);
-            frame.pixels[i + 1] = static_cast<std::uint8_t>(i / 4096);
-        }
-    }
-
     FrameSize m_size;
     bool m_still;
     double m_phase = 0;

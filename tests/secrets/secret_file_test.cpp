@@ -3,25 +3,22 @@
 #include "support/test_registry.h"
 
 #include <QDateTime>
-#include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace nimbara;
+using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
 
 namespace {
 
 const QString account = u"openai"_s;
-constexpr auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
-
 const QByteArray cutOff("{\"openai\":\"sk-1\",\"stream-YouTube\":\"clave");
 
 QByteArray contents(const QString &path)
@@ -30,17 +27,22 @@ QByteArray contents(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
 }
 
+bool othersMayRead(const QString &path)
+{
+    return QFile::permissions(path) & (QFileDevice::ReadGroup | QFileDevice::ReadOther);
+}
+
 } // namespace
 
 class SecretFileTest : public QObject {
     Q_OBJECT
 
-    void put(const QByteArray &bytes, QFileDevice::Permissions permissions = ownerOnly) const
+    /// A file that everybody may read.
+    void put(const QByteArray &bytes) const
     {
         QFile file(m_path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        file.setPermissions(permissions);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        QCOMPARE(::chmod(QFile::encodeName(m_path).constData(), 0644), 0);
     }
     [[nodiscard]] QStringList names(const char *pattern) const
     {
@@ -82,47 +84,42 @@ private Q_SLOTS:
             QVERIFY(SecretFile(m_path).readSecretFile(account).isEmpty());
             QCOMPARE(contents(m_path), bytes);
         }
-    }
-
-    void brokenFileIsKeptAside()
-    {
-        put(cutOff, ownerOnly | QFileDevice::ReadGroup | QFileDevice::ReadOther);
-        QVERIFY(SecretFile(m_path).writeSecretFile(account, u"sk-2"_s));
-        QCOMPARE(contents(m_path), QByteArray(R"({"openai":"sk-2"})"));
-        const QStringList kept = names("secrets.json.bad-*");
-        QCOMPARE(kept.size(), 1);
-        QCOMPARE(contents(m_folder->filePath(kept[0])), cutOff);
-        QVERIFY(!QFile::permissions(m_folder->filePath(kept[0])).testFlag(QFileDevice::ReadOther));
-
-        // A sound file is never put aside.
-        QVERIFY(SecretFile(m_path).writeSecretFile(account, u"sk-3"_s));
-        QCOMPARE(names("secrets.json.*").size(), 1);
-    }
-
-    void pipeNeverBlocks()
-    {
+        QVERIFY(QFile::remove(m_path));
         QCOMPARE(::mkfifo(QFile::encodeName(m_path).constData(), 0600), 0);
         SecretFile file(m_path);
-        QVERIFY(file.readSecretFile(account).isEmpty());
+        QVERIFY(file.readSecretFile(account).isEmpty()); // at once: a pipe has no end
         QVERIFY(file.writeSecretFile(account, u"sk-1"_s));
         QCOMPARE(file.readSecretFile(account), u"sk-1"_s);
     }
 
+    void brokenFileIsKeptAside()
+    {
+        put(cutOff);
+        QVERIFY(SecretFile(m_path).writeSecretFile(account, u"sk-2"_s));
+        QCOMPARE(contents(m_path), QByteArray(R"({"openai":"sk-2"})"));
+        const QString kept = m_folder->filePath(names("secrets.json.bad-*").value(0));
+        QCOMPARE(contents(kept), cutOff);
+        QVERIFY(!othersMayRead(kept) && !othersMayRead(m_path));
+        QVERIFY(SecretFile(m_path).writeSecretFile(account, u"sk-3"_s)); // over a sound file
+        QCOMPARE(names("secrets.json.*").size(), 1);
+    }
+
+    /// The system calls of writes by a process whose umask would let everybody read.
     void nobodyElseMayReadForAMoment()
     {
-        // The system calls of one write, by a process whose umask would let everybody read.
-        put("{}", ownerOnly | QFileDevice::ReadOther);
         QProcess trace;
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"TMPDIR"_s, m_folder->path());
+        trace.setProcessEnvironment(environment);
         trace.setChildProcessModifier([] { ::umask(0); });
         trace.start(u"strace"_s,
             { u"-f"_s,
                 u"-etrace=open,openat,creat,chmod,fchmod,fchmodat,link,linkat,rename"_s,
-                QStringLiteral(NIMBARA_SECRET_PROBE),
-                u"write"_s,
-                m_path });
-        QVERIFY2(trace.waitForFinished(60'000), "strace is missing or hangs");
+                QCoreApplication::applicationFilePath(),
+                u"SecretFileTest"_s,
+                u"keepsSecretsOfAllAccounts"_s });
+        QVERIFY2(trace.waitForFinished(120'000), "strace is missing or hangs");
         QCOMPARE(trace.exitCode(), 0);
-
         int created = 0;
         const QString calls = QString::fromUtf8(trace.readAllStandardError());
         static const QRegularExpression creates(u"O_CREAT|O_TMPFILE|creat\\("_s);
@@ -133,32 +130,23 @@ private Q_SLOTS:
                 qPrintable(call));
         }
         QVERIFY2(created > 0, qPrintable(calls));
-        QVERIFY(!QFile::permissions(m_path).testFlag(QFileDevice::ReadOther));
     }
 
-    void fullDiskKeepsTheOldSecrets()
+    void failedWritesKeepTheOldSecrets()
     {
         SecretFile file(m_path);
         QVERIFY(file.writeSecretFile(account, u"la de antes"_s));
         bool written = true;
         {
-            const nimbara::testing::FullDisk disk(64);
+            const FullDisk disk(64);
             written = file.writeSecretFile(account, QString(5'000, u'x'));
         }
         QVERIFY(!written);
-        QCOMPARE(file.readSecretFile(account), u"la de antes"_s);
-        QCOMPARE(names("*").size(), 1);
-    }
-
-    void aFileThatCannotBeOpenedIsLeftAlone()
-    {
-        SecretFile file(m_path);
-        QVERIFY(file.writeSecretFile(account, u"la de antes"_s));
-        rlimit before {};
+        rlimit before {}; // nor can it be opened
         QCOMPARE(::getrlimit(RLIMIT_NOFILE, &before), 0);
         const rlimit none { 0, before.rlim_max };
         QCOMPARE(::setrlimit(RLIMIT_NOFILE, &none), 0);
-        const bool written = file.writeSecretFile(account, u"la nueva"_s);
+        written = file.writeSecretFile(account, u"la nueva"_s);
         QCOMPARE(::setrlimit(RLIMIT_NOFILE, &before), 0);
         QVERIFY(!written);
         QCOMPARE(file.readSecretFile(account), u"la de antes"_s);
@@ -167,17 +155,28 @@ private Q_SLOTS:
 
     void suddenEndKeepsTheOldOrTheNewSecrets()
     {
-        SecretFile file(m_path);
-        QVERIFY(file.writeSecretFile(u"apibible"_s, u"intacta"_s));
+        QVERIFY(SecretFile(m_path).writeSecretFile(u"apibible"_s, u"intacta"_s));
         for (int round = 0; round < 8; ++round) {
-            QProcess writer;
-            writer.start(QStringLiteral(NIMBARA_SECRET_PROBE), { u"loop"_s, m_path });
-            for (int writes = 0; writes <= round; ++writes) {
-                QVERIFY(writer.waitForReadyRead(30'000));
-                static_cast<void>(writer.readLine());
+            std::array<int, 2> line {};
+            QCOMPARE(::pipe(line.data()), 0);
+            const pid_t writer = ::fork();
+            QVERIFY(writer >= 0);
+            if (writer == 0) {
+                for (char turn = 'a';
+                     SecretFile(m_path).writeSecretFile(account, QString(20'000, QLatin1Char(turn)))
+                     && ::write(line[1], &turn, 1) == 1;) {
+                    turn = turn == 'a' ? 'b' : 'a';
+                }
+                ::_exit(1);
             }
-            writer.kill();
-            QVERIFY(writer.waitForFinished(30'000));
+            ::close(line[1]);
+            char turn = 0;
+            for (int writes = 0; writes <= round; ++writes) {
+                QCOMPARE(::read(line[0], &turn, 1), ssize_t { 1 });
+            }
+            QCOMPARE(::kill(writer, SIGKILL), 0);
+            QCOMPARE(::waitpid(writer, nullptr, 0), writer);
+            ::close(line[0]);
             const QJsonObject object = QJsonDocument::fromJson(contents(m_path)).object();
             const QString secret = object[account].toString();
             QCOMPARE(secret.size(), 20'000);

@@ -2,10 +2,6 @@
 #include "support/scripted_key_store.h"
 #include "support/test_registry.h"
 
-#include <QTemporaryDir>
-
-#include <optional>
-
 using namespace nimbara;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -21,20 +17,15 @@ using Manner = ScriptedKeyStore::Manner;
 class SecretStoreTest : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    const QTemporaryDir m_folder;
     QString m_path;
 
 private Q_SLOTS:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_path = m_folder->filePath(u"secrets.json"_s);
-    }
+    void init() { m_path = m_folder.filePath(QLatin1String(QTest::currentTestFunction())); }
 
     void oneOfTwoStoresIsEnough()
     {
-        const QString unwritable
-            = m_path + u"/secrets.json"_s; // below a file no folder can be made
+        const QString unwritable = m_path + u"/a"_s; // below a file no folder can be made
         for (const auto &[fileWorks, manner, written] : { std::tuple { true, Manner::Works, true },
                  { true, Manner::Refuses, true },
                  { true, Manner::Waits, true },

@@ -11,6 +11,8 @@
 
 namespace nimbara::testing {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int counterBits = 16;
@@ -30,34 +32,20 @@ QString pictureFilter()
     return filters.join(QLatin1Char(','));
 }
 
-QStringList words(const QString &text)
+QString videoInput(const ClipRecipe &recipe)
 {
-    return text.split(QLatin1Char(' '));
+    return u" -f lavfi -i color=c=gray:s=%1x%2:r=%3:d=%4,%5,format=%6"_s.arg(recipe.width)
+        .arg(recipe.height)
+        .arg(recipe.rate)
+        .arg(recipe.seconds)
+        .arg(pictureFilter(), recipe.pixelFormat);
 }
 
-QStringList videoInput(const ClipRecipe &recipe)
+QString audioInput(const ClipRecipe &recipe)
 {
-    return words(QStringLiteral("-f lavfi -i color=c=gray:s=%1x%2:r=%3:d=%4,%5,format=%6")
-                     .arg(recipe.width)
-                     .arg(recipe.height)
-                     .arg(recipe.rate)
-                     .arg(recipe.seconds)
-                     .arg(pictureFilter(), recipe.pixelFormat));
-}
-
-QStringList audioInput(const ClipRecipe &recipe)
-{
-    return words(QStringLiteral("-f lavfi -i "
-                                "aevalsrc=0.5*sin(2*PI*1000*t)*lt(mod(t\\,1)\\,0.1):s=%1:d=%2")
-                     .arg(recipe.audioRate)
-                     .arg(recipe.soundSeconds > 0 ? recipe.soundSeconds : recipe.seconds));
-}
-
-QStringList subtitleInput()
-{
-    const QByteArray text = "1\n00:00:00,000 --> 00:00:09,000\nAmén\n\n";
-    return words(
-        QStringLiteral("-f srt -i data:text/plain;base64,") + QString::fromLatin1(text.toBase64()));
+    return u" -f lavfi -i aevalsrc=0.5*sin(2*PI*1000*t)*lt(mod(t\\,1)\\,0.1):s=%1:d=%2"_s
+        .arg(recipe.audioRate)
+        .arg(recipe.soundSeconds > 0 ? recipe.soundSeconds : recipe.seconds);
 }
 
 QStringList ffmpegArguments(const ClipRecipe &recipe)
@@ -65,25 +53,25 @@ QStringList ffmpegArguments(const ClipRecipe &recipe)
     if (recipe.rotate != 0) { // ffmpeg writes the turn only while it copies a stream
         ClipRecipe upright = recipe;
         upright.rotate = 0;
-        return words(QStringLiteral("-v error -i"))
+        return u"-v error -i"_s.split(u' ')
             << clip(upright)
-            << words(QStringLiteral("-c copy -metadata:s:v:0 rotate=%1").arg(recipe.rotate));
+            << u"-c copy -metadata:s:v:0 rotate=%1"_s.arg(recipe.rotate).split(u' ');
     }
-    QStringList arguments = words(QStringLiteral("-v error -y"));
-    QStringList output;
+    QString input = u"-v error -y"_s;
+    QString output;
     if (!recipe.videoCodec.isEmpty()) {
-        arguments += videoInput(recipe);
-        output += words(QStringLiteral("-c:v %1 -g %2").arg(recipe.videoCodec, recipe.rate));
+        input += videoInput(recipe);
+        output += u" -c:v %1 -g %2"_s.arg(recipe.videoCodec, recipe.rate);
     }
     if (!recipe.audioCodec.isEmpty()) {
-        arguments += audioInput(recipe);
-        output += words(
-            QStringLiteral("-c:a %1 -ac %2").arg(recipe.audioCodec).arg(recipe.audioChannels));
+        input += audioInput(recipe);
+        output += u" -c:a %1 -ac %2"_s.arg(recipe.audioCodec).arg(recipe.audioChannels);
     }
     if (recipe.subtitles) {
-        arguments += subtitleInput();
+        const QByteArray text = "1\n00:00:00,000 --> 00:00:09,000\nAmén\n\n";
+        input += u" -f srt -i data:text/plain;base64,"_s + QString::fromLatin1(text.toBase64());
     }
-    return arguments + output + recipe.extra;
+    return (input + output).split(u' ') + recipe.extra;
 }
 
 void runFfmpeg(const QStringList &arguments)

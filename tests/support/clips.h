@@ -26,7 +26,7 @@ struct ClipRecipe {
     double soundSeconds = 0; ///< 0: as long as the picture
     bool subtitles = false; ///< a text stream beside the others
     int rotate = 0; ///< degrees, as a phone declares it in the container
-    QStringList extra; ///< further ffmpeg output options
+    QStringList extra {}; ///< further ffmpeg output options
 };
 
 /// The path of the clip. Throws std::runtime_error with ffmpeg's words when it cannot be made.

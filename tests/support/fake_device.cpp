@@ -6,17 +6,12 @@ namespace nimbara::testing {
 
 namespace {
 
-struct FakeDevice {
-    GstDevice parent;
-    gchar *opens;
-};
-
-GstDeviceClass *parentClass = nullptr;
+constexpr const char *opensKey = "opens";
 
 GstElement *openFakeDevice(GstDevice *device, const gchar *name)
 {
-    const gchar *opens = reinterpret_cast<FakeDevice *>(device)->opens;
-    if (opens == nullptr || *opens == '\0') {
+    const auto *opens = static_cast<const gchar *>(g_object_get_data(G_OBJECT(device), opensKey));
+    if (*opens == '\0') {
         return nullptr;
     }
     GError *error = nullptr;
@@ -32,17 +27,9 @@ GstElement *openFakeDevice(GstDevice *device, const gchar *name)
     return element;
 }
 
-void finalizeFakeDevice(GObject *object)
-{
-    g_free(reinterpret_cast<FakeDevice *>(object)->opens);
-    G_OBJECT_CLASS(parentClass)->finalize(object);
-}
-
 void initFakeDeviceClass(gpointer deviceClass, gpointer /*data*/)
 {
-    parentClass = static_cast<GstDeviceClass *>(g_type_class_peek_parent(deviceClass));
     static_cast<GstDeviceClass *>(deviceClass)->create_element = openFakeDevice;
-    static_cast<GObjectClass *>(deviceClass)->finalize = finalizeFakeDevice;
 }
 
 GType fakeDeviceType()
@@ -51,7 +38,7 @@ GType fakeDeviceType()
         "NimbaraFakeDevice",
         sizeof(GstDeviceClass),
         initFakeDeviceClass,
-        sizeof(FakeDevice),
+        sizeof(GstDevice),
         nullptr,
         GTypeFlags {});
     return type;
@@ -75,7 +62,7 @@ DeviceRef fakeDevice(const FakeDeviceRecipe &recipe)
         "properties",
         properties.get(),
         nullptr));
-    reinterpret_cast<FakeDevice *>(device)->opens = g_strdup(recipe.opens.c_str());
+    g_object_set_data_full(G_OBJECT(device), opensKey, g_strdup(recipe.opens.c_str()), g_free);
     return DeviceRef::sink(device);
 }
 

@@ -1,9 +1,18 @@
 #pragma once
 
+#include <QDir>
+#include <QFile>
 #include <QObject>
+#include <QTemporaryDir>
 #include <QTest>
 
+// What most tests use, so that they do not name it again.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <tuple>
 #include <utility>
 #include <vector>

@@ -61,9 +61,6 @@ VirtualDevice VirtualDevice::microphone(const QString &node,
     return VirtualDevice(QStringLiteral("bash"), { QStringLiteral("-c"), command });
 }
 
-VirtualDevice::VirtualDevice(VirtualDevice &&) noexcept = default;
-VirtualDevice &VirtualDevice::operator=(VirtualDevice &&) noexcept = default;
-
 VirtualDevice::~VirtualDevice()
 {
     if (m_process) {

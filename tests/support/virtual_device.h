@@ -2,12 +2,9 @@
 
 #include "signal/frame.h"
 
-#include <QString>
-#include <QStringList>
+#include <QProcess>
 
 #include <memory>
-
-class QProcess;
 
 namespace nimbara::testing {
 
@@ -28,8 +25,8 @@ public:
         int channels = 2,
         int tone = 440);
 
-    VirtualDevice(VirtualDevice &&) noexcept;
-    VirtualDevice &operator=(VirtualDevice &&) noexcept;
+    VirtualDevice(VirtualDevice &&) noexcept = default;
+    VirtualDevice &operator=(VirtualDevice &&) noexcept = default;
     ~VirtualDevice();
 
     /// Pulls the plug.

@@ -1,100 +1,206 @@
+#include "document/profile.h"
 #include "support/test_registry.h"
+#include "translation/pipeline/caption_text.h"
 #include "translation/pipeline/heard_line.h"
 #include "translation/pipeline/phrase_order.h"
 #include "translation/pipeline/transcript_memory.h"
 #include "translation/pipeline/voice.h"
 
-#include <QTest>
-
 using namespace nimbara;
 using namespace Qt::StringLiterals;
+
+namespace {
+
+const CaptionBox roomy { QSizeF(1700, 800), u"Sans Serif"_s, 60, true };
+
+ScenePtr subtitles(double width, bool visible)
+{
+    Layer layer = newLayer(LayerKind::Subtitle);
+    layer.w = width;
+    layer.h = 0.5;
+    layer.visible = visible;
+    layer.size = 54;
+    layer.bold = false;
+    layer.font = u"Serif"_s;
+    return makeScene({}, { newLayer(LayerKind::Camera), layer });
+}
+
+} // namespace
 
 class PhrasesTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void skipsALatePhrase();
-    void tellsRepetitions();
-    void givesBoundedContext();
-    void speaksOnlyTheNewestPhrase();
-    void keepsPartialTextsOutOfTheLog();
+    void givesEveryOrderInOrder()
+    {
+        PhraseOrder order;
+        std::array<std::int32_t, 5> arrival { 0, 1, 2, 3, 4 };
+        do {
+            std::int32_t first = 0;
+            for (std::int32_t i = 0; i < 5; ++i) {
+                const std::int32_t number = order.take(1);
+                first = i == 0 ? number : first;
+            }
+            QString shown;
+            for (const std::int32_t i : arrival) {
+                order.store(first + i, QString::number(i));
+                while (const auto next = order.next()) {
+                    shown += next->text;
+                }
+            }
+            QCOMPARE(shown, u"01234"_s);
+        } while (std::next_permutation(arrival.begin(), arrival.end()));
+    }
+
+    void skipsALatePhrase()
+    {
+        PhraseOrder order;
+        for (int i = 0; i < 4; ++i) {
+            order.take(1000 + i);
+        }
+        QVERIFY2(!order.skipLate(100000), "nothing waits behind it");
+        order.store(3, u"d"_s);
+        QVERIFY(!order.skipLate(8000));
+        QVERIFY(order.skipLate(8001));
+        QVERIFY2(!order.next(), "one phrase per call");
+        order.store(0, u"late"_s);
+        order.store(1, u"b"_s);
+        QVERIFY(!order.skipLate(100000));
+        QCOMPARE(order.next()->text, u"b"_s);
+        QVERIFY(order.skipLate(100000));
+        QCOMPARE(order.next()->text, u"d"_s);
+        QVERIFY(!order.next() && !order.skipLate(200000));
+    }
+
+    void tellsRepetitions()
+    {
+        const auto repeats = [](const QString &first, const QString &second) {
+            TranscriptMemory memory;
+            return !memory.isRepeated(first) && memory.isRepeated(second);
+        };
+        QVERIFY(repeats(u"¡El Señor  habló!"_s, u"EL SEÑOR HABLÓ."_s));
+        QVERIFY(repeats(u"하나님"_s, u"하나님!"_s));
+        QVERIFY(!repeats(u"Gloria a Dios"_s, u"Gloria a Dios hoy"_s));
+        QVERIFY(!repeats(u"Juan 3 16"_s, u"Juan 3 17"_s));
+        QVERIFY(!repeats(u"..."_s, u"..."_s));
+        TranscriptMemory memory;
+        for (int i = 0; i < 7; ++i) {
+            QVERIFY(!memory.isRepeated(u"frase %1"_s.arg(i)));
+        }
+        QVERIFY2(!memory.isRepeated(u"frase 0"_s), "six are remembered");
+        QVERIFY(memory.isRepeated(u"frase 2"_s));
+    }
+
+    void givesBoundedContext()
+    {
+        TranscriptMemory memory;
+        QVERIFY(memory.context().isEmpty());
+        memory.addOriginal(u"uno"_s);
+        memory.addTranslation(u"one"_s);
+        memory.addOriginal(u"dos"_s);
+        QCOMPARE(memory.context(), u"Previous original:  uno dos\nPrevious translation:  one\n"_s);
+        for (int i = 0; i < 5000; ++i) {
+            memory.addOriginal(u"🙏🏽a"_s);
+            memory.addTranslation(u"b"_s);
+        }
+        const QString context = memory.context();
+        QVERIFY(context.size() > 800 && context.size() <= 843);
+        QCOMPARE(QString::fromUtf8(context.toUtf8()), context); // no half of a surrogate pair
+    }
+
+    void speaksOnlyTheNewestPhrase()
+    {
+        AudioFifo queue(voiceQueueLimit);
+        queueVoice(queue, QByteArray(maxVoiceBytes, '\1'));
+        QCOMPARE(queue.size(), voiceQueueLimit);
+        queueVoice(queue, QByteArray(96000, '\0'));
+        QCOMPARE(queue.size(), std::size_t { 192000 });
+        queueVoice(queue, QByteArray::fromHex("0080ff7f55"));
+        QCOMPARE(queue.size(), std::size_t { 8 });
+        QCOMPARE(queue.at(3), -1.0F);
+        QCOMPARE(queue.at(4), 32767.0F / 32768.0F);
+    }
+
+    void keepsPartialTextsOutOfTheLog()
+    {
+        QVERIFY(!heard::logText(u"… hermanos"_s));
+        QCOMPARE(*heard::logText(u"…hermanos"_s), u"IA escuchó: …hermanos"_s);
+        QCOMPARE(heard::label(u"a"_s + u"b"_s.repeated(300)).spanish(),
+            u"Escuchado: "_s + u"b"_s.repeated(300));
+    }
 };
 
-void PhrasesTest::skipsALatePhrase()
-{
-    PhraseOrder order;
-    for (int i = 0; i < 4; ++i) {
-        order.take(1000 + i);
+class CaptionTextTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void findsTheBox()
+    {
+        const ScenePtr hidden = subtitles(0.9, false);
+        const ScenePtr narrow = subtitles(0.25, true);
+        const ScenePtr wide = subtitles(1.0, true);
+        const CaptionBox found { QSizeF(456, 524), u"Serif"_s, 54, false };
+        QCOMPARE(captionBox(*hidden, { hidden, narrow, wide }, landscapeSize), found);
+        QCOMPARE(captionBox(*narrow, { wide }, landscapeSize), found);
+        const CaptionBox none { QSizeF(972, 1440), u"Sans Serif"_s, 120, true };
+        QCOMPARE(captionBox(*hidden, { hidden }, portraitSize), none);
     }
-    QVERIFY2(!order.skipLate(100000), "nothing waits behind it");
-    order.store(3, u"d"_s);
-    QVERIFY(!order.skipLate(8000));
-    QVERIFY(order.skipLate(8001));
-    QVERIFY2(!order.next(), "one phrase per call");
-    order.store(0, u"late"_s);
-    order.store(1, u"b"_s);
-    QVERIFY(!order.skipLate(100000));
-    QCOMPARE(order.next()->text, u"b"_s);
-    QVERIFY(order.skipLate(100000));
-    QCOMPARE(order.next()->text, u"d"_s);
-    QVERIFY(!order.next() && !order.skipLate(200000));
-}
 
-void PhrasesTest::tellsRepetitions()
-{
-    const auto repeats = [](const QString &first, const QString &second) {
-        TranscriptMemory memory;
-        return !memory.isRepeated(first) && memory.isRepeated(second);
-    };
-    QVERIFY(repeats(u"¡El Señor  habló!"_s, u"EL SEÑOR HABLÓ."_s));
-    QVERIFY(repeats(u"하나님"_s, u"하나님!"_s));
-    QVERIFY(!repeats(u"Gloria a Dios"_s, u"Gloria a Dios hoy"_s));
-    QVERIFY(!repeats(u"Juan 3 16"_s, u"Juan 3 17"_s));
-    QVERIFY(!repeats(u"..."_s, u"..."_s));
-    TranscriptMemory memory;
-    for (int i = 0; i < 7; ++i) {
-        QVERIFY(!memory.isRepeated(u"frase %1"_s.arg(i)));
+    void joins()
+    {
+        CaptionText captions;
+        captions.addCaption(u" uno\n"_s, roomy, 1);
+        captions.addCaption(u"  "_s, roomy, 2);
+        captions.addCaption(u"dos"_s, roomy, 3);
+        QCOMPARE(captions.captionText(), u"uno\ndos"_s);
+        const QStringList joined { u"uno dos"_s, u"uno\ndos"_s, u"uno\n\ndos"_s, u"uno\ndos"_s };
+        for (int setting = 0; setting < 4; ++setting) {
+            captions.setSeparator(captionSeparator(setting));
+            QCOMPARE(captions.captionText(), joined.at(setting));
+        }
+        captions.clear();
+        QVERIFY(captions.captionText().isEmpty() && captions.captionPhrases().isEmpty());
     }
-    QVERIFY2(!memory.isRepeated(u"frase 0"_s), "six are remembered");
-    QVERIFY(memory.isRepeated(u"frase 2"_s));
-}
 
-void PhrasesTest::givesBoundedContext()
-{
-    TranscriptMemory memory;
-    QVERIFY(memory.context().isEmpty());
-    memory.addOriginal(u"uno"_s);
-    memory.addTranslation(u"one"_s);
-    memory.addOriginal(u"dos"_s);
-    QCOMPARE(memory.context(), u"Previous original:  uno dos\nPrevious translation:  one\n"_s);
-    for (int i = 0; i < 5000; ++i) {
-        memory.addOriginal(u"🙏🏽a"_s);
-        memory.addTranslation(u"b"_s);
+    void dropsTheOldestFromTheTop()
+    {
+        CaptionText captions;
+        for (int i = 0; i < 100; ++i) {
+            captions.addCaption(u"Frase número %1"_s.arg(i), roomy, 1);
+            QVERIFY(captionFits(captions.captionText(), roomy));
+            QCOMPARE(captions.captionPhrases().last(), u"Frase número %1"_s.arg(i));
+        }
+        const qsizetype count = captions.captionPhrases().size();
+        QVERIFY(count > 5);
+        QCOMPARE(captions.captionPhrases().first(), u"Frase número %1"_s.arg(100 - count));
+        QVERIFY2(!captionFits(u"Una más\n"_s + captions.captionText(), roomy),
+            "there was room left");
     }
-    const QString context = memory.context();
-    QVERIFY(context.size() > 800 && context.size() <= 843);
-    QCOMPARE(QString::fromUtf8(context.toUtf8()), context); // no half of a surrogate pair
-}
 
-void PhrasesTest::speaksOnlyTheNewestPhrase()
-{
-    AudioFifo queue(voiceQueueLimit);
-    queueVoice(queue, QByteArray(maxVoiceBytes, '\1'));
-    QCOMPARE(queue.size(), voiceQueueLimit);
-    queueVoice(queue, QByteArray(96000, '\0'));
-    QCOMPARE(queue.size(), std::size_t { 192000 });
-    queueVoice(queue, QByteArray::fromHex("0080ff7f55"));
-    QCOMPARE(queue.size(), std::size_t { 8 });
-    QCOMPARE(queue.at(3), -1.0F);
-    QCOMPARE(queue.at(4), 32767.0F / 32768.0F);
-}
+    void keepsANewestThatDoesNotFit()
+    {
+        CaptionText captions;
+        captions.addCaption(u"uno"_s, roomy, 1);
+        const QString endless = u"palabra "_s.repeated(2000).trimmed();
+        captions.addCaption(endless, roomy, 2);
+        QCOMPARE(captions.captionText(), endless);
+        captions.addCaption(u"dos"_s, roomy, 3);
+        QCOMPARE(captions.captionText(), u"dos"_s);
+        captions.addCaption(u"tres"_s, { QSizeF(-4, 10), u"Sans Serif"_s, 4, true }, 4);
+        QCOMPARE(captions.captionText(), u"tres"_s);
+    }
 
-void PhrasesTest::keepsPartialTextsOutOfTheLog()
-{
-    QVERIFY(!heard::logText(u"… hermanos"_s));
-    QCOMPARE(*heard::logText(u"…hermanos"_s), u"IA escuchó: …hermanos"_s);
-    QCOMPARE(heard::label(u"a"_s + u"b"_s.repeated(300)).spanish(),
-        u"Escuchado: "_s + u"b"_s.repeated(300));
-}
+    void clearsAfterFortySeconds()
+    {
+        CaptionText captions;
+        captions.addCaption(u"uno"_s, roomy, 5000);
+        captions.addCaption(u"dos"_s, roomy, 6000);
+        QVERIFY(!captions.clearOld(46000));
+        QCOMPARE(captions.captionText(), u"uno\ndos"_s);
+        QVERIFY(captions.clearOld(46001));
+        QVERIFY(captions.captionText().isEmpty() && captions.captionPhrases().isEmpty());
+        QVERIFY(!captions.clearOld(90000));
+    }
+};
 
 NIMBARA_TEST(PhrasesTest)
+NIMBARA_TEST(CaptionTextTest)
 #include "phrases_test.moc"

@@ -35,18 +35,17 @@ class ServiceTest(StudioTest):
         self.start()
         path, started = self.folder / "stall.webm", time.monotonic()
         self.studio.start_recording(path)
-        for at, stall in ((2, 0.2), (4, 1.0), (8, 10.0)):
+        for at, stall in ((2, 0.2), (4, 10.0)):
             self.wait_recorded(path, at)
             os.kill(self.studio.pid, signal.SIGSTOP)
             time.sleep(stall)
             os.kill(self.studio.pid, signal.SIGCONT)
-        self.wait_recorded(path, 20)
+        self.wait_recorded(path, 16)
         self.studio.stop_recording()
         times = video_times(path)
         gaps = [b - a for a, b in zip(times, times[1:]) if b - a > 0.045]
-        print("gaps after stalls of 0.2, 1 and 10 s:", [round(g, 3) for g in gaps])
-        self.assertEqual(len([g for g in gaps if g > 0.9]), 2)
-        self.assertGreater(sum(gaps), 10.5)
+        print("gaps after stalls of 0.2 and 10 s:", [round(g, 3) for g in gaps])
+        self.assertEqual(len([g for g in gaps if g > 9]), 1)
         self.assertLess(times[-1], time.monotonic() - started)
 
     def test_a_killed_program_leaves_its_recording_and_offers_its_work(self):

@@ -26,38 +26,6 @@ SENDING = "Enviando · confirma recepción en la plataforma"
 AUTHORITIES = "/etc/ssl/certs/ca-certificates.crt"  # where the system's TLS library looks
 
 
-class Gauge:
-    """What the running program uses, and how soon its interface thread answers."""
-
-    def __init__(self, studio):
-        self.studio = studio
-        self.node = studio.find("Detener transmisiones")
-        self.memory, self.answers = [], []
-        self.start = (time.monotonic(), self.cpu())
-
-    def read(self, name):
-        return pathlib.Path(f"/proc/{self.studio.process.pid}/{name}").read_text()
-
-    def cpu(self):
-        return sum(int(ticks) for ticks in self.read("stat").rsplit(")", 1)[1].split()[11:13]) / os.sysconf("SC_CLK_TCK")
-
-    def sample(self):
-        self.memory.append(int(self.read("status").split("VmRSS:")[1].split()[0]) / 1024)
-        before = time.monotonic()
-        self.node.clear_cache()
-        self.node.get_extents(0)  # answered by the interface thread, between two of its tasks
-        self.answers.append(time.monotonic() - before)
-
-    def report(self):
-        passed, used = time.monotonic() - self.start[0], self.cpu() - self.start[1]
-        print(
-            f"{passed:.0f} s: {used / passed:.2f} cores, memory {self.memory[0]:.0f} MB at first,"
-            f" {max(self.memory):.0f} at most, {self.memory[-1]:.0f} at last;"
-            f" answers after {1000 * statistics.median(self.answers):.0f} ms,"
-            f" at most {1000 * max(self.answers):.0f} ms"
-        )
-
-
 def key_frame_times(path):
     words = ["ffprobe", "-v", "error", "-select_streams", "v:0", "-show_entries", "packet=pts_time,flags"]
     out = subprocess.run([*words, "-of", "csv=p=0", path], check=True, capture_output=True, text=True).stdout
@@ -151,13 +119,14 @@ class StreamingTest(StudioTest):
             self.wait_received(key)
         path = self.folder / "five.webm"
         self.studio.start_recording(path)
-        gauge = Gauge(self.studio)
-        end = time.monotonic() + 60
-        while time.monotonic() < end:
-            gauge.sample()
-            time.sleep(0.5)
-        gauge.report()
-        self.assertTrue(self.wait_failed())
+        memory, answers, node = [], [], self.studio.find("Detener transmisiones")
+        while not any(name.startswith(FAILED) for name in self.studio.names()):  # the mute one, in the end
+            memory.append(int(pathlib.Path(f"/proc/{self.studio.pid}/status").read_text().split("VmRSS:")[1].split()[0]))
+            before = time.monotonic()
+            node.clear_cache()
+            node.get_extents(0)  # answered by the interface thread, between two of its tasks
+            answers.append(time.monotonic() - before)
+        print(f"memory {memory[0]} to {max(memory)} kB, answers after {statistics.median(answers):.3f} s, at most {max(answers):.3f}")
         self.studio.stop_recording()
         self.studio.click("Detener transmisiones")
         wait_for("stopped slots", lambda: self.studio.find(SENDING) is None)
@@ -167,20 +136,9 @@ class StreamingTest(StudioTest):
             share = len(times) / (round((times[-1] - times[0]) / FRAME) + 1)
             print(f"{name}: {share:.0%} of the pictures, largest gap {1000 * gap:.0f} ms")
         # The queues of five outputs hold 3 pictures each, and the encoders a few.
-        self.assertLess(max(gauge.memory), gauge.memory[10] + 300)
-        self.assertLess(statistics.median(gauge.answers), 0.5)
-        self.assertLess(max(gauge.answers), 3)  # a tick that waits for a network
-
-    def start_keyring(self):
-        """The system's own store, unlocked and with a home of its own, on this session's bus."""
-        home = dict(os.environ, HOME=str(self.folder), XDG_DATA_HOME=str(self.folder), XDG_RUNTIME_DIR=str(self.folder))
-        words = ["gnome-keyring-daemon", "--foreground", "--unlock", "--components=secrets"]
-        quiet = dict(stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        ring = subprocess.Popen(words, env=home, stdin=subprocess.PIPE, **quiet)
-        self.addCleanup(lambda: (ring.terminate(), ring.wait()))
-        ring.stdin.write(b"pass")
-        ring.stdin.close()
-        subprocess.run(["gdbus", "wait", "--session", "--timeout", "30", "org.freedesktop.secrets"], check=True)
+        self.assertLess(max(memory), memory[len(memory) // 4] + 300_000)
+        self.assertLess(statistics.median(answers), 0.5)
+        self.assertLess(max(answers), 3)  # a tick that waits for a network
 
     def children(self):
         """The words of the program's own processes, as anyone on the machine may read them."""
@@ -198,7 +156,6 @@ class StreamingTest(StudioTest):
         """Typed, saved, read back, used, refused and put into the wrong field, while GStreamer tells all it does."""
         key = "k3y-e2e-9d8f7c"
         closed = self.platform.rtmp.replace("/live", "/closed")
-        self.start_keyring()
         # The program sets the threshold of all others back; all of them at 5 would hold it up for minutes.
         self.open(debug="5,rtmp*:6,flv*:5,GST_URI:6,GST_ELEMENT*:5,GST_STATES:5,GST_BUS:5,default:5")
         words, stop = set(), threading.Event()
@@ -212,14 +169,6 @@ class StreamingTest(StudioTest):
         watcher.start()
         self.addCleanup(watcher.join)
         self.addCleanup(stop.set)
-        self.fill("Twitch", f"{closed}?key={key}", key)
-        self.studio.click("Iniciar Twitch")
-        self.studio.wait_status("Servidor RTMP/RTMPS inválido. Separa la clave del servidor.")
-        title = "Ardenvale Vesperline"
-        box = lambda: self.studio.find(title, role="alert") or self.studio.find(title, role="dialog")
-        wait_for("the warning", box)
-        x("key", "Escape")
-        wait_for("no warning", lambda: not box())
         self.fill("Twitch", f"{closed}/{key}", key)
         self.studio.click("Iniciar Twitch")
         self.wait_failed()
@@ -243,8 +192,6 @@ class StreamingTest(StudioTest):
         told = {path: path.read_bytes() for path in paths if path.is_file()}
         store = next(path for path in told if path.name == "secrets.json")
         self.assertEqual(json.loads(told.pop(store)), {"stream-Twitch": key})
-        ask = ["secret-tool", "lookup", "server", "NimbaraStudio", "user", "stream-Twitch"]
-        self.assertEqual(subprocess.run(ask, capture_output=True, text=True).stdout, key)
         self.assertIn(b"rtmp2", told[self.studio.error_path] + told[self.studio.debug_path])
         self.assertIn(b"NimbaraStudio", b"".join(words))
         self.assertRegex(limits, r"Max core file size +0 ")

@@ -1,27 +1,83 @@
-#include "studio/device_desk.h"
 #include "studio/projects/profile_change.h"
 #include "studio/studio_fixture.h"
 #include "support/clips.h"
 #include "support/fake_permission.h"
 #include "support/test_registry.h"
+#include "support/virtual_device.h"
 
 #include <optional>
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
+/// What the studio says when both devices are there.
+constexpr const char *opened = "Fuentes abiertas. Prepara una escena y pulsa AL AIRE.";
+
+using DevicePtr = std::unique_ptr<VirtualDevice>;
+
+/// Devices whose node is named like them.
+DevicePtr camera(const QString &name, const QString &colour, FrameSize size)
+{
+    return std::make_unique<VirtualDevice>(VirtualDevice::camera(name, name, colour, size));
+}
+DevicePtr microphone(const QString &name, int rate, int channels)
+{
+    return std::make_unique<VirtualDevice>(VirtualDevice::microphone(name, name, rate, channels));
+}
+
+bool isRed(const QColor &color)
+{
+    return color.red() > 200 && color.green() < 60 && color.blue() < 60;
+}
+bool isBlue(const QColor &color)
+{
+    return color.blue() > 200 && color.green() < 60 && color.red() < 60;
+}
+
+/// A studio that has listed the devices.
 struct DeviceFixture : StudioFixture {
-    DeviceReports devices { studio };
+    DeviceLists devices;
+    int before = 0;
+    int after = 0;
 
     explicit DeviceFixture(StudioPeers peers = {})
         : StudioFixture(std::move(peers))
     {
+        QObject::connect(&studio.devices(),
+            &DeviceConnection::devicesFound,
+            &studio,
+            [this](const DeviceLists &found) { devices = found; });
+        QObject::connect(&studio.audio(),
+            &AudioInput::levelsMeasured,
+            &studio,
+            [this](int input, int output) {
+                before = input;
+                after = output;
+            });
     }
     bool findDevices(std::size_t video, std::size_t audio)
     {
-        return devices.find(video, audio, [this](auto found) { return runUntil(found); });
+        return runUntil([&, tries = 0]() mutable {
+            if (tries++ % 400 == 0) {
+                studio.devices().refreshDevices();
+                studio.devices().refreshDevices(); // the result is that of the second
+            }
+            return devices.video.size() == video && devices.audio.size() == audio;
+        });
+    }
+    /// Two devices by their names.
+    DeviceChoice choose(const QString &video, const QString &audio) const
+    {
+        const auto entryOf = [](const std::vector<CaptureDevice> &list, const QString &name) {
+            const auto found = std::find_if(list.begin(), list.end(), [&](const auto &device) {
+                return device.name == name;
+            });
+            return static_cast<std::int32_t>(found - list.begin());
+        };
+        return { entryOf(devices.video, video) + 1, entryOf(devices.audio, audio) + 2 };
     }
     /// Polls with the clock at a stand, so that no source is given up before it has started.
     template <typename Condition> bool pollUntil(Condition condition)
@@ -50,17 +106,19 @@ class DeviceConnectionTest : public QObject {
 private Q_SLOTS:
     void aConnectedCameraComesBackByItself()
     {
-        auto altar = camera("Altar", "red", { 1280, 720 });
-        const auto choir = camera("Coro", "blue", { 640, 480 });
-        auto console = microphone("Consola", 44100, 1);
+        auto altar = camera(u"Altar"_s, u"red"_s, { 1280, 720 });
+        const auto choir = camera(u"Coro"_s, u"blue"_s, { 640, 480 });
+        auto console = microphone(u"Consola"_s, 44100, 1);
+        const auto room = microphone(u"Ambiente"_s, 48000, 2);
         DeviceFixture desk;
-        QVERIFY(desk.findDevices(2, 1));
-        const DeviceChoice choice = desk.devices.choose("Altar", "Consola");
+        QVERIFY(desk.findDevices(2, 2));
+        const DeviceChoice choice = desk.choose(u"Altar"_s, u"Consola"_s);
         QCOMPARE(desk.connected(choice), QString::fromUtf8(opened));
         desk.studio.program().take();
         QVERIFY(desk.pollUntil([&] { return desk.studio.sources().cameraFrame() != nullptr; }));
         QVERIFY(desk.runUntil([&] { return isRed(centre(desk.pictures.streams)); }));
-        QVERIFY(desk.runUntil([&] { return desk.devices.before > 60; }));
+        const auto isHeard = [&] { return desk.before > meterValue(0.75); };
+        QVERIFY(desk.runUntil(isHeard));
         const MediaPtr connected = desk.studio.sources().camera();
         QCOMPARE(desk.connected(choice), QString::fromUtf8(opened));
         QCOMPARE(desk.studio.sources().camera(), connected); // no flicker
@@ -81,37 +139,41 @@ private Q_SLOTS:
         }
 
         // The system gives it another number.
-        altar = camera("Altar", "red", { 1280, 720 });
+        altar = camera(u"Altar"_s, u"red"_s, { 1280, 720 });
         QVERIFY(desk.runUntil([&] { return isRed(centre(desk.pictures.streams)); }));
         const MediaPtr reopened = desk.studio.sources().camera();
         QVERIFY(reopened != connected);
         QVERIFY(desk.studio.sources().cameraDevice()->place != place);
 
         console->unplug();
+        QVERIFY(desk.runUntil([&] { return desk.before == 0 && desk.after == 0; }));
         QVERIFY(desk.runUntil([&] { return desk.told("Audio detenido; video continúa. "); }));
         QCOMPARE(desk.studio.audio().capture(), nullptr);
         QVERIFY(desk.studio.audio().fifo().empty());
         QVERIFY(isRed(centre(desk.pictures.streams)));
 
         // The lists are the old ones; the camera that works is left alone.
-        console = microphone("Consola", 44100, 1);
+        console = microphone(u"Consola"_s, 44100, 1);
         QVERIFY(desk.runUntil([&] { return desk.connected(choice) == QString::fromUtf8(opened); }));
         QCOMPARE(desk.studio.sources().camera(), reopened);
-        desk.devices.before = 0;
-        QVERIFY(desk.runUntil([&] { return desk.devices.before > 60; }));
+        QVERIFY(desk.runUntil(isHeard));
+        const DeviceChoice others = desk.choose(u"Coro"_s, u"Ambiente"_s);
+        QCOMPARE(desk.connected(others), QString::fromUtf8(opened));
+        desk.before = 0;
+        QVERIFY(desk.runUntil([&] { return isBlue(centre(desk.pictures.streams)) && isHeard(); }));
     }
 
     /// A camera that is gone, and a choice that names no device at all.
     void whatIsNotThereIsReplacedByNothing()
     {
-        auto altar = camera("Altar", "red", { 640, 480 });
-        const auto console = microphone("Consola", 48000, 2);
+        auto altar = camera(u"Altar"_s, u"red"_s, { 640, 480 });
+        const auto console = microphone(u"Consola"_s, 48000, 2);
         DeviceFixture desk;
         QVERIFY(desk.findDevices(1, 1));
-        const DeviceChoice choice = desk.devices.choose("Altar", "Consola");
+        const DeviceChoice choice = desk.choose(u"Altar"_s, u"Consola"_s);
         altar->unplug();
         // The service takes a moment to notice.
-        const QString away = QStringLiteral("Cámara: el dispositivo no está conectado");
+        const QString away = u"Cámara: el dispositivo no está conectado"_s;
         QVERIFY(desk.runUntil([&] {
             return desk.connected(choice) == away
                 || desk.connected({ 0, 0 }) != QString::fromUtf8(opened);
@@ -120,8 +182,7 @@ private Q_SLOTS:
         QCOMPARE(desk.studio.sources().cameraIndex(), Sources::testBars);
         QVERIFY(desk.studio.audio().capture() != nullptr); // the sound is there all the same
         for (const std::int32_t entry : { -1, 7 }) {
-            QCOMPARE(desk.connected({ 0, entry }),
-                QStringLiteral("Audio: el dispositivo no está conectado"));
+            QCOMPARE(desk.connected({ 0, entry }), u"Audio: el dispositivo no está conectado"_s);
             QCOMPARE(desk.studio.audio().capture(), nullptr); // no test tone
         }
     }
@@ -147,7 +208,7 @@ private Q_SLOTS:
         const MediaFactory factory(clock,
             std::make_shared<Retirement>(),
             { { "videotestsrc", { { "is-live", true } } } });
-        const auto altar = camera("Altar", "red", { 640, 480 });
+        const auto altar = camera(u"Altar"_s, u"red"_s, { 640, 480 });
         const QString video = clip({});
         DeviceFixture desk;
         QVERIFY(desk.findDevices(1, 0));
@@ -211,20 +272,20 @@ private Q_SLOTS:
 private:
     static void answerPermission(CaptureKind kind, PermissionStatus answer)
     {
-        const auto altar = camera("Altar", "red", { 640, 480 });
-        const auto console = microphone("Consola", 48000, 2);
+        const auto altar = camera(u"Altar"_s, u"red"_s, { 640, 480 });
+        const auto console = microphone(u"Consola"_s, 48000, 2);
         const bool isCamera = kind == CaptureKind::Camera;
         const QString blocked = isCamera
-            ? QStringLiteral("macOS bloqueó la cámara. Ve a Configuración del Sistema → "
-                             "Privacidad y seguridad → Cámara y activa Vesperline.")
-            : QStringLiteral("macOS bloqueó el micrófono. Ve a Configuración del Sistema → "
-                             "Privacidad y seguridad → Micrófono y activa Vesperline.");
+            ? u"macOS bloqueó la cámara. Ve a Configuración del Sistema → "
+              "Privacidad y seguridad → Cámara y activa Vesperline."_s
+            : u"macOS bloqueó el micrófono. Ve a Configuración del Sistema → "
+              "Privacidad y seguridad → Micrófono y activa Vesperline."_s;
         auto owned = std::make_unique<FakePermission>(PermissionStatus::Granted);
         FakePermission &permission = *owned;
         permission.answer(kind, PermissionStatus::Undetermined);
         DeviceFixture desk({ std::move(owned) });
         QVERIFY(desk.findDevices(1, 1));
-        DeviceChoice chosen = desk.devices.choose("Altar", "Consola");
+        DeviceChoice chosen = desk.choose(u"Altar"_s, u"Consola"_s);
         QObject::connect(&desk.studio.devices(),
             &DeviceConnection::permissionAnswered,
             &desk.studio,
@@ -235,8 +296,8 @@ private:
         QCOMPARE(desk.connected({ 0, 0 }), QString::fromUtf8(opened));
         QVERIFY(permission.asked().empty()); // nothing to ask for
         QCOMPARE(desk.connected(chosen),
-            isCamera ? QStringLiteral("Pidiendo permiso de cámara a macOS...")
-                     : QStringLiteral("Pidiendo permiso de micrófono a macOS..."));
+            isCamera ? u"Pidiendo permiso de cámara a macOS..."_s
+                     : u"Pidiendo permiso de micrófono a macOS..."_s);
         QVERIFY(nothingBuilt());
 
         desk.statuses.clear();

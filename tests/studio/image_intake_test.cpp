@@ -7,6 +7,7 @@
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 /// Pictures that are decoded while the operator goes on.
 class ImageIntakeTest : public QObject {
@@ -35,11 +36,11 @@ private Q_SLOTS:
         const ScenePtr asked = document.currentScene();
         desk.studio.images().add(asked->id, picture("a.png", Qt::red));
         document.apply(DuplicateScene { asked->id }); // of the same name, and current now
-        document.apply(RenameScene { asked->id, QStringLiteral("Otro nombre") });
+        document.apply(RenameScene { asked->id, u"Otro nombre"_s });
         desk.studio.program().setEditSet(1);
         const auto first = [&] { return document.scenes().of(SceneSet::Streams)[0]; };
         QVERIFY(desk.runUntil([&] { return first()->layers.size() == 2; }));
-        QCOMPARE(first()->layers[1].name, QStringLiteral("a.png"));
+        QCOMPARE(first()->layers[1].name, u"a.png"_s);
         QVERIFY(desk.studio.sources().shelf().find(first()->layers[1]));
         QCOMPARE(document.scenes().of(SceneSet::Streams)[1]->layers.size(), 1U);
     }
@@ -47,13 +48,13 @@ private Q_SLOTS:
     void changesTheLayerWhereverItIsThenAndTheLastChoiceCounts()
     {
         StudioFixture desk;
-        desk.setLayers({ imageLayerOf(QStringLiteral("vieja.png")), colorLayer(Qt::red) });
+        desk.setLayers({ imageLayerOf(u"vieja.png"_s), colorLayer(Qt::red) });
         const LayerId asked = desk.layer(0).id;
         desk.studio.images().change(asked, picture("grande.png", Qt::red));
         desk.studio.images().change(asked, picture("a.png", Qt::red));
         desk.studio.document().apply(MoveLayer { asked, 1 });
         QVERIFY(desk.runUntil([&] { return !desk.studio.images().isDecoding(); }));
-        QCOMPARE(desk.layer(1).name, QStringLiteral("a.png"));
+        QCOMPARE(desk.layer(1).name, u"a.png"_s);
         QCOMPARE(desk.layer(0).kind, LayerKind::Color);
     }
 
@@ -61,7 +62,7 @@ private Q_SLOTS:
     {
         for (const bool layerDeleted : { true, false }) {
             StudioFixture desk;
-            desk.setLayers({ imageLayerOf(QStringLiteral("vieja.png")) });
+            desk.setLayers({ imageLayerOf(u"vieja.png"_s) });
             const LayerId asked = desk.layer(0).id;
             if (layerDeleted) {
                 desk.studio.images().change(asked, picture("a.png", Qt::red));

@@ -4,6 +4,7 @@
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 class ProgramControlTest : public QObject {
     Q_OBJECT
@@ -35,7 +36,7 @@ private Q_SLOTS:
     {
         StudioFixture desk;
         desk.studio.stage().program.setFadeEnabled(false);
-        desk.studio.document().setTitle(QStringLiteral("Culto"));
+        desk.studio.document().setTitle(u"Culto"_s);
         desk.take({ colorLayer(Qt::white) });
         desk.frame();
         QCOMPARE(centre(desk.pictures.streams), QColor(Qt::white));
@@ -46,7 +47,7 @@ private Q_SLOTS:
         QVERIFY(isNear(centre(desk.pictures.streams), QColor(127, 127, 127)));
         desk.frame(200'000);
         QCOMPARE(desk.pictures.streams.pixelColor(90, 850), QColor(Qt::black));
-        QCOMPARE(desk.statuses.last(), QStringLiteral("Programa en negro (fuera del aire)."));
+        QCOMPARE(desk.statuses.last(), u"Programa en negro (fuera del aire)."_s);
     }
 
     void previewEditsNeverReachTheProgram()
@@ -57,7 +58,7 @@ private Q_SLOTS:
         desk.set(0, LayerField::Fill, QColor(Qt::green));
         desk.set(0, LayerField::Box, Box { 0.6, 0, 1, 1 });
         addLayer(desk.studio.document(), colorLayer(Qt::blue));
-        desk.studio.document().setTitle(QStringLiteral("typed after TAKE"));
+        desk.studio.document().setTitle(u"typed after TAKE"_s);
         desk.frame();
         QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
         QCOMPARE(desk.pictures.streams.pixelColor(90, 850), QColor(Qt::red));
@@ -72,15 +73,14 @@ private Q_SLOTS:
         desk.studio.stage().program.setFadeEnabled(false);
         desk.take({ colorLayer(Qt::red) });
         desk.studio.program().setEditSet(1);
-        QCOMPARE(desk.statuses.last(),
-            QStringLiteral("Editando las escenas de las pantallas de sala."));
+        QCOMPARE(desk.statuses.last(), u"Editando las escenas de las pantallas de sala."_s);
         const auto show = [&](const QColor &streams, const QColor &hall) {
             desk.frame();
             QCOMPARE(centre(desk.pictures.streams), streams);
             QCOMPARE(centre(desk.pictures.hall), hall);
         };
         desk.take({ colorLayer(Qt::blue) });
-        QCOMPARE(desk.statuses.last(), QStringLiteral("Escena enviada a las pantallas de sala."));
+        QCOMPARE(desk.statuses.last(), u"Escena enviada a las pantallas de sala."_s);
         show(Qt::red, Qt::blue);
         desk.studio.program().offAir();
         show(Qt::red, Qt::black);
@@ -114,9 +114,9 @@ private Q_SLOTS:
         desk.studio.stage().program.setFadeEnabled(false);
         desk.take({ colorLayer(Qt::red) });
         Layer broken = newLayer(LayerKind::Video);
-        broken.uri = QStringLiteral("file://[broken");
+        broken.uri = u"file://[broken"_s;
         desk.take({ colorLayer(Qt::green), broken });
-        QCOMPARE(desk.statuses.last(), QStringLiteral("URL multimedia no compatible"));
+        QCOMPARE(desk.statuses.last(), u"URL multimedia no compatible"_s);
         desk.frame();
         QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
     }

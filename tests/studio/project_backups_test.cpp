@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 
 using namespace nimbara;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -27,10 +28,10 @@ private Q_SLOTS:
     void theLastTenContentsAreKept()
     {
         const QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("año.nimbara"));
-        const QString kept = folder.filePath(QStringLiteral("datos"));
+        const QString path = folder.filePath(u"año.nimbara"_s);
+        const QString kept = folder.filePath(u"datos"_s);
         const auto save = [&](const QByteArray &json) {
-            backUpProject(kept, folder.path() + QStringLiteral("/x/../año.nimbara"), json);
+            backUpProject(kept, folder.path() + u"/x/../año.nimbara"_s, json);
             writeProjectFile(path, json);
         };
         for (int number = 0; number < 13; ++number) {
@@ -52,15 +53,15 @@ private Q_SLOTS:
         const auto backups = projectBackups(kept, path);
         QCOMPARE(contents(backups).mid(0, 2), QByteArrayList({ "13", "11" }));
         QCOMPARE(backups[0].time, saved);
-        QVERIFY(projectBackups(kept, folder.filePath(QStringLiteral("otro.nimbara"))).empty());
+        QVERIFY(projectBackups(kept, folder.filePath(u"otro.nimbara"_s)).empty());
     }
 
     void aSaveKeepsWhatItReplacesAndGoesOnWhenItCannot()
     {
         const QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("culto.nimbara"));
+        const QString path = folder.filePath(u"culto.nimbara"_s);
         for (const bool works : { true, false }) {
-            const QString kept = works ? folder.filePath(QStringLiteral("datos")) : path;
+            const QString kept = works ? folder.filePath(u"datos"_s) : path;
             const QByteArray before = works ? "antes" : "después";
             writeProjectFile(path, before);
             ProjectSaves saves(kept);

@@ -5,18 +5,20 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <atomic>
+#include <csignal>
 #include <future>
-#include <map>
 #include <optional>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <utility>
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -32,7 +34,7 @@ struct Instance {
         const auto make = [this, state, opened] {
             return ++made, opened.valid() ? opened.wait() : void(), state;
         };
-        copy->changed(make, QStringLiteral("/culto/ñ.nimbara"));
+        copy->changed(make, u"/culto/ñ.nimbara"_s);
     }
     /// One run of the frame clock, so much later.
     void poll(std::int64_t us = 0)
@@ -52,7 +54,7 @@ struct Instance {
     [[nodiscard]] QByteArray copies() const
     {
         QByteArrayList all;
-        for (const QString &name : dir.entryList({ QStringLiteral("*.recovery") })) {
+        for (const QString &name : dir.entryList({ u"*.recovery"_s })) {
             all.append(takeRecoverable({ dir.filePath(name), {}, 0, {} }));
         }
         return all.join(' ');
@@ -71,41 +73,42 @@ struct Instance {
 class RecoveryTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void killedAtAnyMomentItLeavesAWholeCopy()
+    void killedAtAnyPointOfAWriteItLeavesAWholeCopy()
     {
         const QTemporaryDir folder;
         const QDir dir(folder.path());
-        const auto copies = [&] { return dir.entryList({ QStringLiteral("*.recovery") }).size(); };
-        QRandomGenerator random(20'261'129);
-        std::map<QString, QProcess> editors;
-        for (int number = 0; number <= 20; ++number) {
-            const QString name = QString::number(number);
-            editors[name].start(QStringLiteral(NIMBARA_RECOVERY_CHILD), { folder.path(), name });
-            QVERIFY(editors[name].waitForReadyRead(60'000));
-        }
-        QTRY_COMPARE(copies(), qsizetype(editors.size())); // from here on they are written anew
-        const QString alive = QStringLiteral("20");
-        for (auto &[name, editor] : editors) {
-            if (name != alive) {
-                QTest::qWait(random.bounded(300));
-                editor.kill();
-                QTRY_COMPARE(editor.state(), QProcess::NotRunning);
+        constexpr int killed = 20; // and one that goes on
+        pid_t editor = 0;
+        for (int number = 0; number <= killed; ++number) {
+            editor = fork();
+            if (editor == 0) {
+                prctl(PR_SET_PDEATHSIG, SIGKILL); // never without the test
+                RecoveryPlace place(folder.path());
+                for (char state = 'a';; state = state == 'a' ? 'b' : 'a') {
+                    place.write({ QByteArray(500'000, state), u"p"_s, number }, false);
+                }
+            }
+            QVERIFY(editor > 0);
+            QTRY_COMPARE(dir.entryList({ u"*.recovery"_s }).size(), number + 1);
+            if (number < killed) {
+                QTest::qSleep(number); // another point of a later write each time
+                QCOMPARE(::kill(editor, SIGKILL), 0);
+                QCOMPARE(::waitpid(editor, nullptr, 0), editor);
             }
         }
         const RecoverySearch found = findRecoverable(folder.path());
         QCOMPARE(found.damaged, QStringList());
-        QCOMPARE(found.works.size(), editors.size() - 1);
-        std::int64_t newer = found.works.at(0).timeMs;
+        QCOMPARE(found.works.size(), std::size_t(killed));
+        std::int64_t newest = killed;
         for (const RecoverableWork &work : found.works) {
             const QByteArray state = takeRecoverable(work);
-            QCOMPARE(state, (state.left(state.indexOf(' ')) + ' ').repeated(20'000));
-            QVERIFY(std::exchange(newer, work.timeMs) >= work.timeMs);
+            QCOMPARE(state, QByteArray(500'000, state[0]));
+            QCOMPARE(work.timeMs, --newest);
         }
-        editors[alive].kill();
-        QTRY_COMPARE(editors[alive].state(), QProcess::NotRunning);
-        const auto last = findRecoverable(folder.path()).works; // the others are claimed
-        QVERIFY(last.size() == 1 && last[0].projectPath == alive);
-        QCOMPARE(dir.entryList({ QStringLiteral("*.recovery.*") }), QStringList());
+        ::kill(editor, SIGKILL);
+        ::waitpid(editor, nullptr, 0);
+        QCOMPARE(findRecoverable(folder.path()).works.size(), 1U); // the others are claimed
+        QCOMPARE(dir.entryList({ u"*.recovery.*"_s }), QStringList());
     }
 
     void writesOneAtATimeTheNewestLast()
@@ -131,7 +134,7 @@ private Q_SLOTS:
         instance.copy.reset(); // an end that nobody was asked about
         const RecoverySearch found = findRecoverable(folder.path());
         QCOMPARE(takeRecoverable(found.works.at(0)), "cuatro");
-        QCOMPARE(found.works[0].projectPath, QStringLiteral("/culto/ñ.nimbara"));
+        QCOMPARE(found.works[0].projectPath, u"/culto/ñ.nimbara"_s);
     }
 
     void cleanLeavesNothing()

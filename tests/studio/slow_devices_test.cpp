@@ -6,6 +6,7 @@
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -67,15 +68,14 @@ private Q_SLOTS:
         QVERIFY(desk.runUntil([&] { return centre(desk.pictures.preview) != QColor(Qt::black); }));
         QVERIFY(cameras.isEmpty());
         gate.release();
-        QVERIFY(desk.runUntil([&] { return cameras.contains(QStringLiteral("Altar")); }));
+        QVERIFY(desk.runUntil([&] { return cameras.contains(u"Altar"_s); }));
 
         // A camera that cannot be built ends the attempt.
-        const auto broken = static_cast<std::int32_t>(cameras.indexOf(QStringLiteral("Rota")));
+        const auto broken = static_cast<std::int32_t>(cameras.indexOf(u"Rota"_s));
         QVERIFY(broken >= 0);
         desk.studio.devices().connectSources({ broken + 1, 1 });
         QVERIFY(desk.runUntil([&] { return !desk.statuses.isEmpty(); }));
-        QCOMPARE(desk.statuses,
-            QStringList { QStringLiteral("Cámara: Falta componente de fuente multimedia") });
+        QCOMPARE(desk.statuses, QStringList { u"Cámara: Falta componente de fuente multimedia"_s });
         QCOMPARE(desk.studio.audio().capture(), nullptr);
         QVERIFY(desk.studio.sources().camera()->active());
     }

@@ -9,15 +9,15 @@
 
 namespace nimbara::testing {
 
-/// A studio that keeps what it reports.
-template <typename StudioClock> struct StudioOn {
-    StudioClock clock;
+/// A studio with a hand-cranked clock that keeps what it reports.
+struct StudioFixture {
+    ManualClock clock;
     Studio studio;
     QStringList statuses;
     Pictures pictures;
     int frames = 0;
 
-    explicit StudioOn(StudioPeers peers = {})
+    explicit StudioFixture(StudioPeers peers = {})
         : studio(clock, std::move(peers))
     {
         QObject::connect(&studio, &Studio::status, &studio, [this](const Message &text) {
@@ -74,9 +74,6 @@ template <typename StudioClock> struct StudioOn {
         studio.program().take();
     }
 };
-
-/// On a hand-cranked clock.
-using StudioFixture = StudioOn<ManualClock>;
 
 /// A layer that fills the whole frame with one colour.
 inline Layer colorLayer(const QColor &fill)

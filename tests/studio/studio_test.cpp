@@ -11,6 +11,7 @@
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -45,9 +46,8 @@ private Q_SLOTS:
     void failedMediaIsToldOnceAndShowsNothingStale()
     {
         StudioFixture desk;
-        desk.studio.layers().addMedia(fileLocation(QStringLiteral("/etc/passwd")));
-        const auto told
-            = [&] { return desk.statuses.filter(QStringLiteral("Fuente sin señal: ")).size(); };
+        desk.studio.layers().addMedia(fileLocation(u"/etc/passwd"_s));
+        const auto told = [&] { return desk.statuses.filter(u"Fuente sin señal: "_s).size(); };
         QVERIFY(desk.runUntil([&] { return told() > 0; }));
         for (int i = 0; i < 20; ++i) {
             desk.frame();
@@ -89,7 +89,7 @@ private Q_SLOTS:
         }
         QFile log(logFilePath());
         QVERIFY(log.open(QIODevice::ReadOnly));
-        static const QRegularExpression line(QStringLiteral("Audio: (\\d+) ms recortados, 0 ms "));
+        static const QRegularExpression line(u"Audio: (\\d+) ms recortados, 0 ms "_s);
         auto found = line.globalMatch(QString::fromUtf8(log.readAll()));
         qint64 lines = 0;
         for (; found.hasNext(); ++lines) {
@@ -119,12 +119,11 @@ private Q_SLOTS:
     void brokenRecordingNeverStopsThePrograms()
     {
         StudioFixture desk;
-        desk.studio.outputs().recording().start(QStringLiteral("/dev/full"),
-            desk.studio.stage().streamFrame());
+        desk.studio.outputs().recording().start(u"/dev/full"_s, desk.studio.stage().streamFrame());
         desk.studio.changeProfile(StreamProfile::Portrait); // refused
         QCOMPARE(desk.studio.document().project().profile, StreamProfile::Landscape);
         QVERIFY(desk.runUntil([&] { return !desk.studio.outputs().any(); }));
-        QVERIFY2(desk.statuses.last().startsWith(QStringLiteral("Fallo de salida (codigo ")),
+        QVERIFY2(desk.statuses.last().startsWith(u"Fallo de salida (codigo "_s),
             qPrintable(desk.statuses.join(QLatin1Char('|'))));
         const int before = desk.frames;
         desk.frame();
@@ -142,14 +141,13 @@ private Q_SLOTS:
         QFile log(logFilePath());
         QVERIFY(log.open(QIODevice::ReadOnly));
         const QString text = QString::fromUtf8(log.readAll());
-        QCOMPARE(text.count(QStringLiteral("Cámara: primer cuadro recibido. ")), 1);
-        static const QRegularExpression line(QStringLiteral(
-            "DIAG frames=90 media=\\d+ capas=1 latest=1920x1080 centro=0,255,0 nieve=[1-9]\\d* "
-            "preparado.centro=0,255,0 active=1\n"));
+        QCOMPARE(text.count(u"Cámara: primer cuadro recibido. "_s), 1);
+        static const QRegularExpression line(
+            u"DIAG frames=90 media=\\d+ capas=1 latest=1920x1080 centro=0,255,0 nieve=[1-9]\\d* "
+            "preparado.centro=0,255,0 active=1\n"_s);
         QCOMPARE(text.count(line), 1);
-        QCOMPARE(QImage(folder.filePath(QStringLiteral("camara-latest.png"))).size(),
-            QSize(1920, 1080));
-        QVERIFY(QFile::exists(folder.filePath(QStringLiteral("preparacion.png"))));
+        QCOMPARE(QImage(folder.filePath(u"camara-latest.png"_s)).size(), QSize(1920, 1080));
+        QVERIFY(QFile::exists(folder.filePath(u"preparacion.png"_s)));
     }
 };
 

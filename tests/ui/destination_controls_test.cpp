@@ -6,8 +6,6 @@
 #include <QComboBox>
 #include <QScopeGuard>
 #include <QTcpServer>
-#include <QTcpSocket>
-#include <QTemporaryDir>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -203,31 +201,6 @@ private Q_SLOTS:
             QCOMPARE(desk.dialogs->asked.size(), refused.isEmpty() ? 0 : 1);
             QVERIFY(desk.find<QPushButton>("saveKeys")->isEnabled());
         }
-    }
-
-    void closingAsksAndDropsTheStreams()
-    {
-        const QTemporaryDir folder;
-        const QString path = folder.filePath(u"cierre.webm"_s);
-        QTcpServer platform;
-        QVERIFY(platform.listen(QHostAddress::LocalHost));
-        auto desk = std::make_unique<StreamWindow>();
-        desk->fill(2, urlOf(platform), u"k3y-closing"_s);
-        desk->toggle(2);
-        desk->dialogs->files = { path };
-        desk->press("record");
-        QTRY_VERIFY(platform.hasPendingConnections() && QFile(path).size() > 1000);
-        const std::unique_ptr<QTcpSocket> connection(platform.nextPendingConnection());
-
-        desk->dialogs->answers = { false, true };
-        QVERIFY(!desk->window.close());
-        QCOMPARE(desk->dialogs->asked.last(),
-            u"Cerrar: Hay salidas activas. ¿Detenerlas y cerrar?"_s);
-        QCOMPARE(desk->shown(2), sending);
-        QVERIFY(desk->window.close());
-        QVERIFY(!desk->window.studio().outputs().recording().exists()); // complete
-        desk.reset();
-        QTRY_COMPARE(connection->state(), QAbstractSocket::UnconnectedState);
     }
 };
 

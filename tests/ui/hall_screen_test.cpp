@@ -10,6 +10,7 @@
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -122,7 +123,7 @@ private Q_SLOTS:
         HallDesk desk;
         desk.air(QColor(200, 30, 40));
         Layer text = newLayer(LayerKind::Text);
-        text.text = QStringLiteral("Canten al Señor un cántico nuevo");
+        text.text = u"Canten al Señor un cántico nuevo"_s;
         addLayer(desk.document(), text);
         desk.window.studio().program().take();
         QImage composed;
@@ -167,15 +168,14 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         HallDesk desk;
         Recording &recording = desk.window.studio().outputs().recording();
-        recording.start(folder.filePath(QStringLiteral("culto.webm")), landscapeSize);
+        recording.start(folder.filePath(u"culto.webm"_s), landscapeSize);
         desk.showOn(1);
         auto *screens = desk.find<QComboBox>("screens");
-        screens->addItem(QStringLiteral("gone"));
+        screens->addItem(u"gone"_s);
         run("xrandr --delmonitor Sala");
         QTRY_VERIFY(!HallDesk::hall()->isVisible());
         QCOMPARE(desk.buttonText(), QString::fromUtf8(showText));
-        QCOMPARE(desk.status(),
-            QStringLiteral("Pantalla desconectada; Programa y salidas continúan."));
+        QCOMPARE(desk.status(), u"Pantalla desconectada; Programa y salidas continúan."_s);
         QCOMPARE(screens->count(), 1);
         QTRY_VERIFY(recording.ready());
         QCOMPARE(recording.state(), RecordingState::recording);
@@ -185,7 +185,7 @@ private Q_SLOTS:
         QTRY_COMPARE(screens->count(), 2);
         screens->setCurrentIndex(1);
         Q_EMIT qGuiApp->screenAdded(QGuiApplication::screens().at(1)); // a third one
-        QCOMPARE(screens->currentText(), QStringLiteral("Sala"));
+        QCOMPARE(screens->currentText(), u"Sala"_s);
     }
 };
 

@@ -167,7 +167,7 @@ private:
         QCOMPARE(desk.names(), front);
         desk.select(3);
         desk.keys(desk.focused<QListWidget>("layers"), Qt::Key_Return);
-        QCOMPARE(desk.listed().filter(QString::fromUtf8("🚫  ")), desk.listed().mid(3, 1));
+        QCOMPARE(desk.listed().filter(u"🚫  "_s), desk.listed().mid(3, 1));
         desk.press("duplicateScene");
         desk.select(2);
         desk.press("deleteLayer");

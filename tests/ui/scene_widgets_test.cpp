@@ -77,7 +77,7 @@ private Q_SLOTS:
         QVERIFY(!desk.layers()[0].visible);
         QVERIFY(desk.layers()[1].visible);
         QCOMPARE(desk.list()->currentRow(), 1 - desk.selected());
-        QVERIFY(desk.list()->item(1)->text().startsWith(QString::fromUtf8("🚫  ")));
+        QVERIFY(desk.list()->item(1)->text().startsWith(u"🚫  "_s));
         const QRect entry = desk.list()->visualItemRect(desk.list()->item(1));
         QTest::mouseClick(desk.list()->viewport(), Qt::LeftButton, {}, entry.center());
         QCOMPARE(desk.selected(), 0);
@@ -196,8 +196,6 @@ private Q_SLOTS:
         QVERIFY(isClose(desk.first().x, 0.3) && isClose(desk.first().y, 0.1));
         desk.drag(desk.at(0.7, 0.5), desk.at(0.8, 0.9)); // its bottom right handle
         QVERIFY(isClose(desk.first().w, 0.5) && isClose(desk.first().h, 0.8));
-        desk.drag(desk.at(0.8, 0.9), desk.at(0.1, 0.9)); // past the anchor: flips
-        QVERIFY(isClose(desk.first().x, 0.1) && isClose(desk.first().w, 0.2));
         QTest::mouseClick(desk.canvas(), Qt::LeftButton, {}, desk.at(0.95, 0.95));
         QCOMPARE(desk.selected(), -1);
     }

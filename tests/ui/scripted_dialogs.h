@@ -34,36 +34,37 @@ public:
     std::optional<QString>
     text(const QString &title, const QString &label, const QString &proposed) override
     {
-        asked << title + QStringLiteral(": ") + label + QLatin1Char('|') + proposed;
+        ask(title, label + u'|' + proposed);
         return take(texts);
     }
     std::optional<QColor> color(const QColor &, bool) override { return take(colors); }
     bool question(const QString &title, const QString &text) override
     {
-        asked << title + QStringLiteral(": ") + text;
+        ask(title, text);
         return take(answers).value_or(false);
     }
     SaveChoice saveChoice(const QString &title, const QString &text) override
     {
-        asked << title + QStringLiteral(": ") + text;
+        ask(title, text);
         return take(choices).value_or(SaveChoice::Discard);
     }
-    void warning(const QString &title, const QString &text) override
-    {
-        asked << title + QStringLiteral(": ") + text;
-    }
+    void warning(const QString &title, const QString &text) override { ask(title, text); }
     void offer(const QString &title,
         const QString &text,
         const QString &action,
         const std::function<void()> &taken) override
     {
-        asked << title + QStringLiteral(": ") + text + QLatin1Char('|') + action;
+        ask(title, text + u'|' + action);
         if (take(answers).value_or(false)) {
             taken();
         }
     }
 
 private:
+    void ask(const QString &title, const QString &text)
+    {
+        asked << title + QStringLiteral(": ") + text;
+    }
     /// Answers like a real box: the program's event loop runs meanwhile.
     template <typename Value> std::optional<Value> take(std::deque<Value> &script)
     {
@@ -79,7 +80,7 @@ private:
     }
     QString nextFile(const QString &title, const QString &filter)
     {
-        asked << title + QStringLiteral(": ") + filter;
+        ask(title, filter);
         return take(files).value_or(QString());
     }
 };

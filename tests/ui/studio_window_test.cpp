@@ -11,6 +11,7 @@
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 class StudioWindowTest : public QObject {
     Q_OBJECT
@@ -38,13 +39,13 @@ private Q_SLOTS:
         QVERIFY(desk.isActive());
         auto *title = desk.find<QLineEdit>("title");
         title->setFocus();
-        QTest::keyClicks(title, QStringLiteral("a b"));
-        QCOMPARE(title->text(), QStringLiteral("a b"));
+        QTest::keyClicks(title, u"a b"_s);
+        QCOMPARE(title->text(), u"a b"_s);
         QVERIFY(!isOnAir(desk));
         desk.find<Canvas>("canvas")->setFocus();
         QTest::keyClick(&desk.window, Qt::Key_Space);
         QVERIFY(isOnAir(desk));
-        QCOMPARE(desk.stage().program.title(), QStringLiteral("a b"));
+        QCOMPARE(desk.stage().program.title(), u"a b"_s);
     }
 
     void buttonsTakeAndBlackOutTheEditedSet()
@@ -53,7 +54,7 @@ private Q_SLOTS:
         desk.press("take");
         QVERIFY(isOnAir(desk));
         desk.press("editHall");
-        QCOMPARE(desk.find<QPushButton>("take")->text(), QStringLiteral("A PANTALLAS  →"));
+        QCOMPARE(desk.find<QPushButton>("take")->text(), u"A PANTALLAS  →"_s);
         QCOMPARE(desk.find<QListWidget>("layers")->count(), 2);
         desk.press("take");
         QCOMPARE(desk.stage().program.hall()->layers.size(), 2U);
@@ -71,12 +72,12 @@ private Q_SLOTS:
         for (const auto &[button, text] : { Row("loadImage", "Imagen inválida o demasiado grande"),
                  Row("networkSource", "URL multimedia no compatible") }) {
             Desk desk;
-            desk.dialogs->files = { QStringLiteral("/dev/null") };
-            desk.dialogs->texts = { QStringLiteral("ftp://host/clip.mp4") };
+            desk.dialogs->files = { u"/dev/null"_s };
+            desk.dialogs->texts = { u"ftp://host/clip.mp4"_s };
             desk.showTab(1);
             desk.press(button);
             QTRY_COMPARE(desk.dialogs->asked.last(),
-                QStringLiteral("Ardenvale Vesperline: ") + QString::fromUtf8(text));
+                u"Ardenvale Vesperline: "_s + QString::fromUtf8(text));
             QCOMPARE(desk.status(), QString::fromUtf8(text));
             QCOMPARE(desk.find<QListWidget>("layers")->count(), 1);
         }
@@ -85,7 +86,7 @@ private Q_SLOTS:
     void recordingRunsThroughItsButton()
     {
         const QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("culto.webm"));
+        const QString path = folder.filePath(u"culto.webm"_s);
         Desk desk;
         desk.showTab(3);
         desk.press("record"); // cancelled
@@ -93,21 +94,20 @@ private Q_SLOTS:
         desk.dialogs->files = { path };
         desk.press("record");
         auto *button = desk.find<QPushButton>("record");
-        QCOMPARE(button->text(), QStringLiteral("■ Detener grabación"));
-        QCOMPARE(desk.status(), QStringLiteral("Grabando Programa y audio seleccionado."));
+        QCOMPARE(button->text(), u"■ Detener grabación"_s);
+        QCOMPARE(desk.status(), u"Grabando Programa y audio seleccionado."_s);
         QTRY_VERIFY(!desk.find<QComboBox>("format")->isEnabled());
 
         auto *language = desk.find<QComboBox>("language");
         language->setCurrentIndex(1); // refused while an output runs
         QCOMPARE(language->currentIndex(), 0);
-        QCOMPARE(desk.status(), QStringLiteral("Detén las salidas antes de cambiar el idioma."));
+        QCOMPARE(desk.status(), u"Detén las salidas antes de cambiar el idioma."_s);
 
         QTRY_VERIFY(QFile(path).size() > 1000); // something is recorded
         desk.press("record");
-        QVERIFY(button->text() == QStringLiteral("Finalizando...")
-            || button->text() == QStringLiteral("● Grabar"));
-        QTRY_COMPARE(button->text(), QStringLiteral("● Grabar"));
-        QCOMPARE(desk.status(), QStringLiteral("Grabación guardada correctamente"));
+        QVERIFY(button->text() == u"Finalizando..."_s || button->text() == u"● Grabar"_s);
+        QTRY_COMPARE(button->text(), u"● Grabar"_s);
+        QCOMPARE(desk.status(), u"Grabación guardada correctamente"_s);
         QTRY_VERIFY(desk.find<QComboBox>("format")->isEnabled());
     }
 
@@ -117,9 +117,9 @@ private Q_SLOTS:
         desk.dialogs->answers = { false };
         desk.find<QComboBox>("language")->setCurrentIndex(1);
         QCOMPARE(desk.dialogs->asked.size(), 1);
-        QCOMPARE(nimbara_i18n::language(), QStringLiteral("es")); // of this run
-        QCOMPARE(settings().value(QStringLiteral("language")), QStringLiteral("en"));
-        settings().remove(QStringLiteral("language"));
+        QCOMPARE(nimbara_i18n::language(), u"es"_s); // of this run
+        QCOMPARE(settings().value(u"language"_s), u"en"_s);
+        settings().remove(u"language"_s);
         desk.find<QComboBox>("language")->setCurrentIndex(0); // of this run: no question
         QCOMPARE(desk.dialogs->asked.size(), 1);
     }
@@ -129,7 +129,7 @@ private Q_SLOTS:
         Desk desk;
         desk.find<QComboBox>("format")->setCurrentIndex(1);
         QCOMPARE(desk.status(),
-            QStringLiteral("Formato cambiado. Reconecta las fuentes para el perfil elegido."));
+            u"Formato cambiado. Reconecta las fuentes para el perfil elegido."_s);
         desk.press("editHall");
         QCOMPARE(desk.stage().previewFrame(), hallSize);
         desk.press("editStreams");
@@ -144,7 +144,7 @@ private Q_SLOTS:
         QCOMPARE(desk.window.studio().audio().gainState().gain, 1.5);
         desk.press("mute");
         QVERIFY(desk.window.studio().audio().gainState().muted);
-        QCOMPARE(desk.find<QPushButton>("mute")->text(), QStringLiteral("Quitar silencio"));
+        QCOMPARE(desk.find<QPushButton>("mute")->text(), u"Quitar silencio"_s);
         desk.find<QSlider>("sourceLevel")->setValue(40);
         QCOMPARE(desk.window.studio().programAudio().levels().source, 40);
     }

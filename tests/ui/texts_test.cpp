@@ -16,6 +16,7 @@
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -54,10 +55,10 @@ QStringList spanishIn(const QString &text)
     for (const auto &pair : nimbara_i18n::textPairs()) {
         const QString key = QString::fromUtf8(pair.spanish).trimmed();
         if (key != QString::fromUtf8(pair.english).trimmed() && text.contains(key)
-            && text.contains(QRegularExpression(
-                QStringLiteral("(?<!\\pL)%1(?!\\pL)").arg(QRegularExpression::escape(key)),
-                QRegularExpression::UseUnicodePropertiesOption))) {
-            found << key + QStringLiteral(" in: ") + text;
+            && text.contains(
+                QRegularExpression(u"(?<!\\pL)%1(?!\\pL)"_s.arg(QRegularExpression::escape(key)),
+                    QRegularExpression::UseUnicodePropertiesOption))) {
+            found << key + u" in: "_s + text;
         }
     }
     return found;
@@ -137,12 +138,12 @@ class TextsTest : public QObject {
 private Q_SLOTS:
     void initTestCase() { qApp->setStyleSheet(applicationStyleSheet()); }
     void cleanupTestCase() { qApp->setStyleSheet(QString()); }
-    void cleanup() { nimbara_i18n::language() = QStringLiteral("es"); }
+    void cleanup() { nimbara_i18n::language() = u"es"_s; }
 
     // Whatever an operator presses, with nothing connected and nothing typed.
     void englishWindowSpeaksNoSpanish()
     {
-        nimbara_i18n::language() = QStringLiteral("en");
+        nimbara_i18n::language() = u"en"_s;
         QFile::remove(logFilePath());
         Desk desk;
         addEveryKind(desk);
@@ -165,13 +166,13 @@ private Q_SLOTS:
         }
         desk.window.onboarding();
         // The last answer due, of the key store.
-        QTRY_VERIFY(logText().contains(QStringLiteral("  UI: Keys saved")));
+        QTRY_VERIFY(logText().contains(u"  UI: Keys saved"_s));
         QCOMPARE(spanishShown(), QString());
         QVERIFY(desk.window.findChild<QWizard *>() != nullptr);
-        QVERIFY(desk.window.findChild<QWidget *>(QStringLiteral("creditsBox")) != nullptr);
+        QVERIFY(desk.window.findChild<QWidget *>(u"creditsBox"_s) != nullptr);
         QCOMPARE(spanishIn(desk.dialogs->asked.join(QLatin1Char('\n'))), QStringList());
         for (const QString &line : logText().split(QLatin1Char('\n'))) {
-            if (line.contains(QStringLiteral("  UI: "))) {
+            if (line.contains(u"  UI: "_s)) {
                 QCOMPARE(spanishIn(line), QStringList());
             }
         }

@@ -13,7 +13,6 @@ void Notices::raise(Topic topic, const Message &text)
         m_all.push_back({ ++m_lastId, topic, text });
         Q_EMIT changed();
     }
-    Q_EMIT raised(text);
 }
 
 void Notices::settle(std::uint64_t id)

@@ -32,8 +32,6 @@ public:
 
 Q_SIGNALS:
     void changed();
-    /// A new one, for status line and log.
-    void raised(const nimbara::Message &text);
 
 private:
     std::vector<Notice> m_all;

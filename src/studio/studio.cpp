@@ -74,7 +74,6 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
     connect(&m_streams, &StreamDesk::said, this, &Studio::status);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
-    connect(&m_notices, &Notices::raised, this, &Studio::status);
 }
 
 Studio::~Studio() = default;
@@ -152,16 +151,19 @@ void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
 /// An output that ends by itself in mid-service must not go by unseen.
 void Studio::tellStopped(const Outputs::Stopped &stopped)
 {
-    if (stopped.recording && *stopped.recording == Recording::savedText()) {
+    if (stopped.recording) {
         Q_EMIT status(*stopped.recording);
-    } else if (stopped.recording) {
-        m_notices.raise(Notices::Topic::Outputs, "La grabación se detuvo: " + *stopped.recording);
+        if (*stopped.recording != Recording::savedText()) {
+            m_notices.raise(Notices::Topic::Outputs,
+                "La grabación se detuvo: " + *stopped.recording);
+        }
     }
     for (const std::size_t slot : stopped.destinations) {
         const Destination &destination = m_outputs.destination(slot);
-        m_notices.raise(Notices::Topic::Outputs,
-            Message::verbatim(destination.name() + QStringLiteral(": "))
-                + destination.statusText());
+        const Message text = Message::verbatim(destination.name() + QStringLiteral(": "))
+            + destination.statusText();
+        Q_EMIT status(text);
+        m_notices.raise(Notices::Topic::Outputs, text);
     }
 }
 

@@ -50,6 +50,11 @@ private Q_SLOTS:
             QVERIFY2(checked == wanted, qPrintable(typed));
             QCOMPARE(error, wanted.isEmpty() ? badServer : QString());
         }
+        for (const auto &bare : { u"rtmp://host"_s, u"rtmp://host:1935//"_s }) {
+            QVERIFY(errorOf([&] {
+                return checkedServer(bare);
+            }).startsWith(u"Al servidor RTMP le falta"));
+        }
     }
 
     void checksTheKey()
@@ -59,6 +64,7 @@ private Q_SLOTS:
         for (const char *text : { "", "   ", "a b", "a\tb", "a?b", "a#b" }) {
             QCOMPARE(errorOf([&] { return checkedKey(QLatin1String(text)); }), badKey);
         }
+        QVERIFY(errorOf([] { return checkedKey(u"abc/"_s); }).contains(u"no puede terminar"));
         for (const QString &server : { u"rtmp://host/app"_s, u"rtmp://host/app/"_s }) {
             QCOMPARE(streamLocation(server, u"k"_s), u"rtmp://host/app/k"_s);
         }
@@ -102,7 +108,10 @@ private Q_SLOTS:
             { std::tuple { u"rtmp://"_s, u"abcdef"_s, 64, badServer },
                 { server + u"/app"_s, QString(), 64, badKey },
                 { server + u"/app"_s, u"abcdef"_s, 5000, u"Perfil de salida invalido"_s },
-                { server, u"abcdef"_s, 64, u"No se pudo iniciar salida"_s } }) { // no application
+                { server,
+                    u"abcdef"_s,
+                    64,
+                    u"Al servidor RTMP le falta la aplicación, por ejemplo rtmp://servidor/live"_s } }) {
             QCOMPARE(errorOf([&, &to = url, &with = key, w = width] {
                 return slot.start(to, with, { w, 36 }), 0;
             }),

@@ -87,6 +87,13 @@ private Q_SLOTS:
         QTRY_VERIFY(!desk.destination(2).running());
         const QString shown = desk.shown(2);
         QVERIFY2(shown.startsWith(u"Iniciar: Fallo de salida (codigo "), qPrintable(shown));
+        // Also where its tab is not in view, until it is read.
+        const auto *tabs = desk.find<QTabWidget>("tabs");
+        QVERIFY(desk.status().startsWith(u"Facebook: Fallo de salida (codigo "));
+        QCOMPARE(tabs->tabText(3), u"⚠ Transmitir y grabar"_s);
+        QTest::mouseClick(desk.find<QPushButton>("noticeRead"), Qt::LeftButton);
+        QCOMPARE(tabs->tabText(3), u"Transmitir y grabar"_s);
+        QTRY_VERIFY(desk.window.findChild<QPushButton *>(u"noticeRead"_s) == nullptr);
         QCOMPARE(desk.shown(1), sending);
         QCOMPARE(desk.dialogs->asked, QStringList());
         desk.press("stopStreams");
@@ -97,8 +104,10 @@ private Q_SLOTS:
 
     void saysWhyItDoesNotStart()
     {
-        for (const auto &[server, error] : { std::pair { u"rtmp://"_s, badServer },
-                 { u"rtmp://127.0.0.1:1"_s, u"No se pudo iniciar salida"_s } }) {
+        for (const auto &[server, error] :
+            { std::pair { u"rtmp://"_s, badServer },
+                { u"rtmp://127.0.0.1:1"_s,
+                    u"Al servidor RTMP le falta la aplicación, por ejemplo rtmp://servidor/live"_s } }) {
             StreamWindow desk;
             desk.fill(4, server, u"k3y"_s);
             desk.toggle(4);
@@ -187,17 +196,19 @@ private Q_SLOTS:
             StreamWindow desk;
             desk.keychain->refused = refused;
             QStringList expected;
-            for (const char *key : { "k3y-one", "", " k3y three", "k3y-four" }) {
-                const int slot = static_cast<int>(expected.size()) + 1;
+            for (const auto &[slot, key] :
+                { std::pair(1, "k3y-one"), std::pair(3, " k3y three"), std::pair(4, "") }) {
+                desk.field("key", slot)->setText(u"before"_s); // the last one is emptied again
                 desk.field("key", slot)->setText(QLatin1String(key));
-                const QString account = u"stream-"_s + desk.destination(slot).name();
-                expected << account + u'=' + QLatin1String(key);
+                expected << u"stream-"_s + desk.destination(slot).name() + u'='
+                        + QLatin1String(key);
             }
-            desk.press("saveKeys");
+            desk.press("saveKeys"); // the second field was never filled: what is stored stays
             QTRY_COMPARE(desk.status(),
-                refused.isEmpty() ? u"Claves guardadas en Llavero / Credential Manager."_s
-                                  : u"No se pudo guardar en el almacén seguro del sistema"_s);
-            QCOMPARE(desk.keychain->written, expected.mid(0, refused.isEmpty() ? 4 : 3));
+                refused.isEmpty()
+                    ? u"Claves guardadas en Llavero / Credential Manager. Claves guardadas: YouTube, Twitch Claves eliminadas: Otro RTMP"_s
+                    : u"No se pudo guardar en el almacén seguro del sistema"_s);
+            QCOMPARE(desk.keychain->written, expected.mid(0, refused.isEmpty() ? 3 : 2));
             QCOMPARE(desk.dialogs->asked.size(), refused.isEmpty() ? 0 : 1);
             QVERIFY(desk.find<QPushButton>("saveKeys")->isEnabled());
         }

@@ -119,9 +119,9 @@ private Q_SLOTS:
         QCOMPARE(desk.dialogs->asked.size(), 1);
         QCOMPARE(nimbara_i18n::language(), u"es"_s); // of this run
         QCOMPARE(settings().value(u"language"_s), u"en"_s);
-        settings().remove(u"language"_s);
         desk.find<QComboBox>("language")->setCurrentIndex(0); // of this run: no question
         QCOMPARE(desk.dialogs->asked.size(), 1);
+        QCOMPARE(settings().value(u"language"_s), u"es"_s);
     }
 
     void portraitFormatTurnsThePreview()
@@ -147,6 +147,30 @@ private Q_SLOTS:
         QCOMPARE(desk.find<QPushButton>("mute")->text(), u"Quitar silencio"_s);
         desk.find<QSlider>("sourceLevel")->setValue(40);
         QCOMPARE(desk.window.studio().programAudio().levels().source, 40);
+    }
+
+    void theWheelChangesOnlyWhatHasTheFocus()
+    {
+        Desk desk;
+        desk.showTab(2);
+        auto *gain = desk.find<QSlider>("gain");
+        const auto turn = [gain] {
+            const QPointF place = gain->rect().center();
+            QWheelEvent event(place,
+                gain->mapToGlobal(place),
+                {},
+                { 0, -120 },
+                Qt::NoButton,
+                {},
+                Qt::NoScrollPhase,
+                false);
+            QApplication::sendEvent(gain, &event);
+            return gain->value();
+        };
+        QCOMPARE(turn(), 100);
+        QCOMPARE(desk.find<QComboBox>("target")->focusPolicy(), Qt::StrongFocus);
+        gain->setFocus();
+        QVERIFY(turn() < 100);
     }
 };
 

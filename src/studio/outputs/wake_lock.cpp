@@ -151,7 +151,6 @@ private:
         }
     }
 
-    /// Without an answer: the connection's end gives it back as well.
     void giveBack(const Service &service, GVariant *answer)
     {
         const bool isCookie = service.giveBack != nullptr;
@@ -169,8 +168,17 @@ private:
             G_DBUS_CALL_FLAGS_NONE,
             -1,
             nullptr,
-            nullptr,
-            nullptr);
+            &Bus::onGivenBack,
+            keep()); // the connection ends with the last hold, and with it what is not yet sent
+    }
+
+    static void onGivenBack(GObject *source, GAsyncResult *result, gpointer data)
+    {
+        const std::unique_ptr<std::shared_ptr<Bus>> self(static_cast<std::shared_ptr<Bus> *>(data));
+        const VariantRef ignored(
+            g_dbus_connection_call_finish(reinterpret_cast<GDBusConnection *>(source),
+                result,
+                nullptr));
     }
 
     ConnectionRef m_connection;

@@ -37,7 +37,7 @@ class Api:
 
     def __init__(self, peers):
         host = peers / "host"
-        words = ["node", SUPPORT / "api_peer.mjs", peers / "node", host / "server.pem", host / "server.key", "443"]
+        words = ["node", SUPPORT / "api_peer.mjs", host / "server.pem", host / "server.key", "443"]
         self.process = subprocess.Popen(words, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.events = []
         self.reader = threading.Thread(target=self.read, daemon=True)

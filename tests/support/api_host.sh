@@ -4,12 +4,11 @@
 #
 #   api_host.sh FOLDER COMMAND [ARGUMENT...]
 #
-# FOLDER/node holds the packages of the API's peer, FOLDER/host its certificate: server.pem, server.key.
+# FOLDER/host holds the certificate of the API's peer: server.pem, server.key.
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 folder=$1
 if [ "${NIMBARA_API_HOST:-}" = "" ]; then
-    "$here/node_packages.sh" "$folder/node"
     "$here/test_ca.sh" "$folder/host" api.openai.com
     NIMBARA_API_HOST=here exec unshare --mount --net --map-current-user --keep-caps "$0" "$@"
 fi

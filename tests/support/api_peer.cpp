@@ -13,15 +13,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString scripts = QStringLiteral(NIMBARA_SUPPORT_FOLDER "/");
-const QString packages = QStringLiteral(NIMBARA_PEER_FOLDER "/node");
 const QString authority = QStringLiteral(NIMBARA_PEER_FOLDER "/ca");
-
-void run(const QString &script, const QString &folder)
-{
-    if (QProcess::execute(scripts + script, { folder }) != 0) {
-        qFatal("%s failed", qPrintable(script));
-    }
-}
 
 } // namespace
 
@@ -32,8 +24,9 @@ QString field(const QJsonObject &object, const char *name)
 
 ApiPeer::ApiPeer()
 {
-    run(u"node_packages.sh"_s, packages);
-    run(u"test_ca.sh"_s, authority);
+    if (QProcess::execute(scripts + u"test_ca.sh"_s, { authority }) != 0) {
+        qFatal("test_ca.sh failed");
+    }
     QFile pem(authority + u"/ca.pem"_s);
     if (pem.open(QIODevice::ReadOnly)) {
         m_endpoint.trustedCaPem = pem.readAll();
@@ -43,7 +36,6 @@ ApiPeer::ApiPeer()
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.start(u"node"_s,
         { scripts + u"api_peer.mjs"_s,
-            packages,
             authority + u"/server.pem"_s,
             authority + u"/server.key"_s });
     while (m_endpoint.port == 0) {

@@ -19,8 +19,7 @@ QString field(const QJsonObject &object, const char *name);
 /// events and commands. Events arrive by the event loop.
 class ApiPeer {
 public:
-    /// Waits until the server listens; installs its packages when they are missing. Ends the
-    /// program when that cannot be done.
+    /// Waits until the server listens. Ends the program when it does not.
     ApiPeer();
     ~ApiPeer();
     Q_DISABLE_COPY_MOVE(ApiPeer)

@@ -1,4 +1,4 @@
-// api_peer.mjs PACKAGE_FOLDER CERTIFICATE KEY [PORT]
+// api_peer.mjs CERTIFICATE KEY [PORT]
 //
 // A server over TLS that a test steers: every request and live event is reported as a line of JSON
 // on standard output, with its time in milliseconds since the epoch, and nothing is answered before a
@@ -13,7 +13,7 @@ import { createInterface } from 'node:readline';
 import { makeService } from './api_service.mjs';
 import { attachLive } from './ws_peer.mjs';
 
-const [folder, certificate, key, port = '0'] = process.argv.slice(2);
+const [certificate, key, port = '0'] = process.argv.slice(2);
 const report = (event) =>
   process.stdout.write(JSON.stringify({ ...event, at: performance.timeOrigin + performance.now() }) + '\n');
 const open = new Map();
@@ -48,7 +48,7 @@ const server = createServer(
 server.on('tlsClientError', () => {});
 
 const commands = {
-  ...attachLive(server, folder, report, (text, write) => service?.answerLive(text, write)),
+  ...attachLive(server, report, (text, write) => service?.answerLive(text, write)),
   serve: (script) => { service = script.phrases ? makeService(script) : null; },
   answer: ({ id, status, headers, base64 }) => {
     const response = open.get(id);

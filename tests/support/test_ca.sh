@@ -2,14 +2,15 @@
 # test_ca.sh FOLDER [NAME]
 #
 # Makes a test authority and a server certificate for "localhost", 127.0.0.1 and NAME signed by it:
-# FOLDER/ca.pem, FOLDER/server.pem, FOLDER/server.key. A folder that already has them is left alone.
+# FOLDER/ca.pem, FOLDER/server.pem, FOLDER/server.key. A folder that already has
+# them is left alone until the last of their thirty days.
 set -eu
 folder=$1
 names=DNS:localhost,IP:127.0.0.1${2:+,DNS:$2}
 mkdir -p "$folder"
 exec 9> "$folder/.lock"
 flock 9
-[ -s "$folder/server.pem" ] && exit 0
+openssl x509 -checkend 86400 -noout -in "$folder/server.pem" >/dev/null 2>&1 && exit 0
 
 work=$(mktemp -d "$folder/.making.XXXXXX")
 trap 'rm -rf "$work"' EXIT

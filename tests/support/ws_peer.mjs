@@ -5,7 +5,7 @@
 // answer), "hangup" (instead of an answer), "half" (hang up within the answer). The others act on
 // the open session: "send" {text, fin, mask}, "ping" {data}, "close", "terminate", "raw" {base64},
 // "deaf" (stop reading).
-import { createRequire } from 'node:module';
+import { WebSocketServer } from '/usr/share/nodejs/ws/wrapper.mjs'; // Debian's node-ws
 
 const rejection = 'HTTP/1.1 401 Unauthorized\r\nX-Padding: ' + 'x'.repeat(200) + '\r\n\r\n';
 
@@ -26,8 +26,7 @@ function trickle(socket) {
   };
 }
 
-export function attachLive(server, folder, report, answer) {
-  const { WebSocketServer } = createRequire(folder + '/')('ws');
+export function attachLive(server, report, answer) {
   const sessions = new WebSocketServer({ noServer: true });
   let mode = 'accept';
   let session = null;

@@ -57,6 +57,13 @@ void run(const char *command)
 void typeKey(QWidget &window, const char *name)
 {
     QVERIFY(QTest::qWaitForWindowActive(&window, 30'000));
+    const auto focused = [] { // as the server has it
+        QProcess asking;
+        asking.start(u"xdotool"_s, { u"getwindowfocus"_s, u"-f"_s });
+        asking.waitForFinished();
+        return WId(asking.readAllStandardOutput().trimmed().toULongLong());
+    };
+    QTRY_COMPARE(focused(), window.winId());
     run(QByteArray("xdotool key ") + name);
 }
 

@@ -90,8 +90,8 @@ constexpr const char *twoLines = "Bienvenidos a la casa de oración de todos los
 Shown streamComposition(const char *text)
 {
     Shown composition;
-    composition.scene.layers = streamLayers(text);
-    composition.size = landscapeSize;
+    composition.layers = streamLayers(text);
+    composition.frame = landscapeSize;
     return composition;
 }
 

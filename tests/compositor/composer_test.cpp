@@ -2,6 +2,7 @@
 #include "compositor/scene/load_image.h"
 #include "document/layer_geometry.h"
 #include "document/profile.h"
+#include "support/shown.h"
 #include "support/test_registry.h"
 
 #include <QSet>
@@ -14,45 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A layer with the picture that it shows.
-struct PicturedLayer : Layer {
-    FramePtr image;
-
-    PicturedLayer(Layer layer = {}, FramePtr picture = {})
-        : Layer(std::move(layer))
-        , image(std::move(picture))
-    {
-    }
-};
-
-constexpr FrameSize size { 320, 180 };
-
-/// The pictures of the layers in their order; camera layers show `camera`.
-LayerPictures picturesOf(const std::vector<PicturedLayer> &layers, const FramePtr &camera)
-{
-    LayerPictures pictures;
-    for (const PicturedLayer &layer : layers) {
-        pictures.push_back(layer.kind == LayerKind::Camera ? camera : layer.image);
-    }
-    return pictures;
-}
-
-/// A composition in the making, to be changed freely.
-struct Shown {
-    std::vector<PicturedLayer> layers;
-    QString name, title;
-    bool band = false, isHall = false, isPreview = false;
-    FrameSize frame = size;
-    FramePtr camera;
-    Captions captions;
-
-    operator Composition() const
-    {
-        const ScenePtr scene = makeScene(name, { layers.begin(), layers.end() });
-        const LayerPictures pictures = picturesOf(layers, camera);
-        return { scene, pictures, title, band, frame, isHall, isPreview, captions };
-    }
-};
+constexpr FrameSize size = shownSize;
 
 const QColor bandOnBlack(11, 44, 81); // the band's colour at alpha 235
 

@@ -155,6 +155,7 @@ private Q_SLOTS:
         for (const QAction *entry : desk.find<QPushButton>("addSource")->menu()->actions()) {
             const_cast<QAction *>(entry)->trigger();
         }
+        desk.find<QLineEdit>("key1")->setText(u"k3y"_s);
         QList<QPointer<QPushButton>> buttons;
         for (QPushButton *button : desk.window.findChildren<QPushButton *>()) {
             buttons << button;

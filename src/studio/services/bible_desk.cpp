@@ -39,9 +39,8 @@ void BibleDesk::choose(int choice)
 
 bible::ListedBible BibleDesk::online() const
 {
-    const QString id = m_surroundings.settings.value(idSetting).toString();
-    const QString name = m_surroundings.settings.value(nameSetting).toString();
-    return { id, name.isEmpty() ? id : name };
+    return { m_surroundings.settings.value(idSetting).toString(),
+        m_surroundings.settings.value(nameSetting).toString() };
 }
 
 void BibleDesk::chooseOnline(const bible::ListedBible &bible)

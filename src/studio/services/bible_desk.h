@@ -34,7 +34,7 @@ public:
     [[nodiscard]] int choice() const;
     void choose(int choice);
 
-    /// The online Bible; its id is empty when none was chosen.
+    /// The online Bible; its id is empty when none was chosen, its name when none is known.
     [[nodiscard]] bible::ListedBible online() const;
     void chooseOnline(const bible::ListedBible &bible);
 

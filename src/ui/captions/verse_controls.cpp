@@ -26,7 +26,8 @@ void VerseControls::showChoice()
     m_views.bible.showChoice(m_desk.choice());
     bindKeyField(*m_views.bible.key(), m_desk.key());
     if (const bible::ListedBible listed = m_desk.online(); !listed.id.isEmpty()) {
-        m_views.bible.showBibles({ listed }, 0);
+        m_views.bible.showBibles({ { listed.id, listed.text.isEmpty() ? listed.id : listed.text } },
+            0);
     }
 }
 

@@ -181,7 +181,7 @@ class Program:
             try:
                 node = self.focused(within=[name])
                 return node is not None and ready(node)
-            except gi.repository.GLib.Error:  # the tree changed under the walk
+            except (AttributeError, gi.repository.GLib.Error):  # the tree changed under the walk
                 return False
 
         wait_for(f"the keyboard at {name}", lambda: told(lambda node: "text" in node.get_role_name()))

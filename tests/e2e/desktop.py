@@ -151,6 +151,11 @@ class Program:
             pass
         return None
 
+    def windows(self):
+        """Its windows on the screen, menus among them, which are not told on the accessibility bus."""
+        words = ["xdotool", "search", "--onlyvisible", "--pid", str(self.pid), ".*"]
+        return set(subprocess.run(words, capture_output=True, text=True).stdout.split())
+
     def click(self, *names, role=None, button="1"):
         node = wait_for(f"control {names}", lambda: self.find(*names, role=role))
         box = node.get_extents(Atspi.CoordType.SCREEN)
@@ -159,36 +164,39 @@ class Program:
         middle = (scale * (box.x + box.width / 2), scale * (box.y + box.height / 2))
         x("mousemove", *(str(int(place)) for place in middle), "click", button)
 
-    def wait_focus(self, names, role=None):
-        """The keyboard is at the control, or at a text in the dialog, of one of these names."""
+    def focused(self, node=None, inside=None, within=()):
+        """What has the keyboard, if it is, or is inside, a control of one of these names."""
+        node = node or self.application()
+        inside = inside or node.get_name() in within
+        if inside and node.get_state_set().contains(Atspi.StateType.FOCUSED):
+            return node
+        children = (node.get_child_at_index(index) for index in range(node.get_child_count()))
+        found = (self.focused(child, inside, within) for child in children if child is not None)
+        return next((child for child in found if child), None)
 
-        def focused(node, inside=False):
-            inside = inside or node.get_name() in names
-            states = node.get_state_set()
-            if states.contains(Atspi.StateType.FOCUSED) and inside and role in (None, node.get_role_name()):
-                return True
-            children = (node.get_child_at_index(index) for index in range(node.get_child_count()))
-            return any(focused(child, inside) for child in children if child is not None)
+    def type_in_focus(self, name, text):
+        """In the place of what stands there; returns when it is all there."""
 
-        def asked():
+        def told(ready):
             try:
-                return focused(self.application())
-            except gi.repository.GLib.Error:  # the tree changed under the walk
+                node = self.focused(within=[name])
+                return node is not None and ready(node)
+            except (AttributeError, gi.repository.GLib.Error):  # the tree changed under the walk
                 return False
 
-        wait_for(f"the keyboard at {names}", asked)
-
-    def type_into(self, name, text, role="text"):
-        """In the place of what stands there."""
-        self.click(name, role=role)
-        self.wait_focus([name])
+        wait_for(f"the keyboard at {name}", lambda: told(lambda node: "text" in node.get_role_name()))
         x("key", "ctrl+a")
         x("type", "--delay", "5", text)
+        count = lambda node: Atspi.Text.get_character_count(node)
+        wait_for(f"{len(text)} characters in {name}", lambda: told(lambda node: count(node) == len(text)))
+
+    def type_into(self, name, text, role="text"):
+        self.click(name, role=role)
+        self.type_in_focus(name, text)
 
     def enter_path(self, title, path):
         """Types a path into the file dialog of that title and accepts it."""
-        self.wait_focus([title], role="text")
-        x("type", "--delay", "5", str(path))
+        self.type_in_focus(title, str(path))
         x("key", "Return")
 
     def start_recording(self, path):

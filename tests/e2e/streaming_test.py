@@ -75,11 +75,11 @@ class StreamingTest(StudioTest):
         self.fill("Twitch", self.platform.rtmp, "k3y-e2e-one")
         self.studio.click("Iniciar Twitch")
         self.wait_received("k3y-e2e-one")
-        self.wait_recorded(self.platform.received("k3y-e2e-one"), 10)
+        self.wait_recorded(self.platform.received("k3y-e2e-one"), 7)
         copy = self.folder / "one.flv"  # the server goes on writing
         shutil.copyfile(self.platform.received("k3y-e2e-one"), copy)
         shown = read_clip(copy)
-        self.check_clip("one destination", shown, beep_offsets(copy, shown), 5)
+        self.check_clip("one destination", shown, beep_offsets(copy, shown), 3)
         spacing = self.check_stream("k3y-e2e-one")
         self.expect(all(abs(s - 2) < 0.05 for s in spacing), f"key frames every {spacing} s")
         path = self.folder / "closing.webm"
@@ -89,7 +89,7 @@ class StreamingTest(StudioTest):
         x("key", "alt+F4")
         self.studio.click("No", "&No")
         size = self.platform.size("k3y-e2e-one")
-        wait_for("more at the server", lambda: self.platform.size("k3y-e2e-one") > size + 100_000)
+        wait_for("more at the server", lambda: self.platform.size("k3y-e2e-one") > size + 20_000)
         self.assertIsNone(self.studio.process.poll())
         x("key", "alt+F4")
         self.studio.click("Sí", "&Sí")
@@ -140,6 +140,17 @@ class StreamingTest(StudioTest):
         self.assertLess(statistics.median(answers), 0.5)
         self.assertLess(max(answers), 3)  # a tick that waits for a network
 
+    def start_keyring(self):
+        """The system's own store, unlocked and with a home of its own, on this session's bus."""
+        home = dict(os.environ, HOME=str(self.folder), XDG_DATA_HOME=str(self.folder), XDG_RUNTIME_DIR=str(self.folder))
+        words = ["gnome-keyring-daemon", "--foreground", "--unlock", "--components=secrets"]
+        quiet = dict(stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        ring = subprocess.Popen(words, env=home, stdin=subprocess.PIPE, **quiet)
+        self.addCleanup(lambda: (ring.terminate(), ring.wait()))
+        ring.stdin.write(b"pass")
+        ring.stdin.close()
+        subprocess.run(["gdbus", "wait", "--session", "--timeout", "30", "org.freedesktop.secrets"], check=True)
+
     def children(self):
         """The words of the program's own processes, as anyone on the machine may read them."""
         found, seen = [self.studio.process.pid], b""
@@ -156,6 +167,7 @@ class StreamingTest(StudioTest):
         """Typed, saved, read back, used, refused and put into the wrong field, while GStreamer tells all it does."""
         key = "k3y-e2e-9d8f7c"
         closed = self.platform.rtmp.replace("/live", "/closed")
+        self.start_keyring()
         # The program sets the threshold of all others back; all of them at 5 would hold it up for minutes.
         self.open(debug="5,rtmp*:6,flv*:5,GST_URI:6,GST_ELEMENT*:5,GST_STATES:5,GST_BUS:5,default:5")
         words, stop = set(), threading.Event()
@@ -192,6 +204,8 @@ class StreamingTest(StudioTest):
         told = {path: path.read_bytes() for path in paths if path.is_file()}
         store = next(path for path in told if path.name == "secrets.json")
         self.assertEqual(json.loads(told.pop(store)), {"stream-Twitch": key})
+        ask = ["secret-tool", "lookup", "server", "NimbaraStudio", "user", "stream-Twitch"]
+        self.assertEqual(subprocess.run(ask, capture_output=True, text=True).stdout, key)
         self.assertIn(b"rtmp2", told[self.studio.error_path] + told[self.studio.debug_path])
         self.assertIn(b"NimbaraStudio", b"".join(words))
         self.assertRegex(limits, r"Max core file size +0 ")

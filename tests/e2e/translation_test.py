@@ -160,8 +160,10 @@ class TranslationTest(StudioTest):
     def prepare_scene(self):
         """Subtitles before black on air."""
         self.studio.click("Escena y fuentes", role="page tab")
+        shown = self.studio.windows()
         self.studio.click("+ Fuente")
-        self.studio.click("Subtítulos (IA): posición y estilo", role="menu item")
+        wait_for("the menu", lambda: self.studio.windows() != shown)
+        x("key", *["Down"] * 8, "Return")
         wait_for("the layer", lambda: self.studio.find("👁  Subtítulos (IA)   ·  Subtítulos (IA)"))
         self.studio.click(CAMERA)
         self.studio.click("Eliminar")

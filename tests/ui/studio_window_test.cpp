@@ -111,6 +111,25 @@ private Q_SLOTS:
         QTRY_VERIFY(desk.find<QComboBox>("format")->isEnabled());
     }
 
+    void closingGivesUnsavedWorkUpAndFinishesARecording()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"cierre.webm"_s);
+        Desk desk;
+        desk.press("duplicateScene");
+        desk.showTab(3);
+        desk.dialogs->files = { path };
+        desk.press("record");
+        QTRY_VERIFY(QFile(path).size() > 1000);
+        desk.dialogs->answers = { false, true }; // about the outputs
+        QVERIFY(!desk.window.close());
+        QVERIFY(desk.window.studio().outputs().any());
+        desk.window.close();
+        QTRY_VERIFY(!desk.window.isVisible());
+        QCOMPARE(desk.dialogs->asked.size(), 4);
+        QVERIFY(!desk.window.studio().outputs().recording().exists()); // complete
+    }
+
     void languageIsStoredForTheNextStart()
     {
         Desk desk;

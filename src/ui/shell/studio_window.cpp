@@ -438,7 +438,8 @@ void StudioWindow::closeEvent(QCloseEvent *event)
         if (!m_projects->isSettling()) {
             m_projects->settleUnsaved([this] {
                 m_mayClose = true;
-                close();
+                // Not within this event: the toolkit would take the window for closed already.
+                QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
             });
         }
         return;

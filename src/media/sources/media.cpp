@@ -221,6 +221,7 @@ void Media::takeSound()
     for (int taken = 0; taken < soundSamplesPerPoll; ++taken) {
         const SampleRef sample = tryPull(m_parts.audioSink);
         if (!sample) {
+            m_soundIsOver = sinkEnded(m_parts.audioSink);
             return;
         }
         const BufferMap map(gst_sample_get_buffer(sample.get()));

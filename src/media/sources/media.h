@@ -79,6 +79,8 @@ public:
     [[nodiscard]] std::uint64_t frameCount() const { return m_frameCount; }
     /// The media's sound, at most one second.
     [[nodiscard]] AudioFifo &audioFifo() { return m_audioFifo; }
+    /// No more sound will come: the sound track is over, or the source is.
+    [[nodiscard]] bool soundIsOver() const { return m_soundIsOver || !m_active; }
 
 private:
     /// The heads that decoded pads are linked to. Shared with the decoder's signal handler, so that
@@ -115,6 +117,7 @@ private:
     QString m_label;
     FramePtr m_frame;
     AudioFifo m_audioFifo;
+    bool m_soundIsOver = false;
     std::vector<float> m_soundBuffer; ///< reused between polls
     CapsRef m_pictureCaps; ///< of the picture before conversion, which the next two were read from
     bool m_hasAlpha = false; ///< its pixels carry an alpha channel

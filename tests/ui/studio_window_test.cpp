@@ -216,6 +216,14 @@ private Q_SLOTS:
         QCOMPARE(desk.find<QPushButton>("mute")->text(), QStringLiteral("Quitar silencio"));
         desk.find<QSlider>("sourceLevel")->setValue(40);
         QCOMPARE(desk.window.studio().programAudio().levels().source, 40);
+        AudioInput &audio = desk.window.studio().audio();
+        const auto *lost = desk.find<QLabel>("lostAudio");
+        for (const QString &device : { QStringLiteral("Consola"), QString() }) {
+            Q_EMIT audio.lostChanged(device);
+            desk.window.showStatus(QStringLiteral("Otra cosa"));
+            QCOMPARE(lost->isVisible(), !device.isEmpty());
+            QVERIFY(lost->text().contains(device));
+        }
     }
 };
 

@@ -182,6 +182,7 @@ void Media::pollStreams(PipelineStart::Outcome start)
         m_ended = true;
         deactivate();
     } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)) {
+        m_starved = true;
         fail(m_isDevice ? "Cámara sin cuadros; se vuelve a abrir"
                         : "Fuente sin frames durante 10 segundos");
     }

@@ -64,6 +64,8 @@ public:
 
     /// Still read; false after end of stream, an error or the watchdog.
     [[nodiscard]] bool active() const { return m_active; }
+    /// Given up because no picture came for too long.
+    [[nodiscard]] bool starved() const { return m_starved; }
     /// The pipeline reported end of stream.
     [[nodiscard]] bool ended() const { return m_ended; }
     /// Built from a capture device.
@@ -108,6 +110,7 @@ private:
     const Clock &m_clock;
     bool m_active = true;
     bool m_ended = false;
+    bool m_starved = false;
     bool m_isDevice = false;
     bool m_isTestBars = false;
     bool m_isFile = false;

@@ -73,6 +73,7 @@ constexpr TextPair pairs[] = {
     TextPair { "SIN AUDIO: se perdió %1. Se busca cada 3 segundos y vuelve por sí sola.",
         "NO AUDIO: %1 was lost. It is looked for every 3 seconds and comes back by itself." },
     TextPair { "Entrada de audio recuperada: ", "The audio input is back: " },
+    TextPair { "SATURA", "CLIP" },
     TextPair { "No llega audio de %1. ", "No audio from %1. " },
     TextPair { "Continúa la entrada que había. ", "The input before goes on. " },
     TextPair { "No llega imagen de %1. ", "No picture from %1. " },

@@ -75,6 +75,7 @@ bool addProvider(const char *name, Start &start)
 struct DeviceFixture : StudioFixture {
     DeviceLists devices;
     std::pair<int, int> levels;
+    std::pair<bool, bool> clip;
 
     DeviceFixture()
     {
@@ -87,6 +88,12 @@ struct DeviceFixture : StudioFixture {
             &studio,
             [this](int before, int after) {
                 levels = { before, after };
+            });
+        QObject::connect(&studio.audio(),
+            &AudioInput::clipChanged,
+            &studio,
+            [this](bool before, bool after) {
+                clip = { before, after };
             });
     }
     bool list()
@@ -189,6 +196,7 @@ private Q_SLOTS:
         gst_device_provider_device_remove(service, organ.get());
         QVERIFY(desk.isTold("Audio detenido; video continúa. La entrada de audio termino"));
         const auto isLost = [&] { return input.lostDevice() == u"Organo" && !input.capture(); };
+        QCOMPARE(desk.levels, std::pair(0, 0));
         for (int i = 0; i < 200; ++i) { // it is searched for, and another is met
             QVERIFY(isLost());
             desk.frame();
@@ -197,6 +205,27 @@ private Q_SLOTS:
         plugInAudio("Organo", "audiotestsrc is-live=true");
         QVERIFY(desk.isTold("Entrada de audio recuperada: Organo"));
         QVERIFY(input.lostDevice().isEmpty() && input.capture()->running());
+    }
+
+    void metersAndClipLightsFollowTheInput()
+    {
+        DeviceFixture desk;
+        AudioInput &input = desk.studio.audio();
+        const DeviceRef loud
+            = plugInAudio("Fuerte", "audiotestsrc is-live=true wave=square volume=1");
+        input.setMuted(true);
+        input.offer(std::make_unique<AudioCapture>(desk.clock, loud.get()), {});
+        QVERIFY(desk.runUntil([&] { return desk.clip == std::pair(true, false); }));
+        input.setMuted(false);
+        QVERIFY(desk.runUntil([&] { return desk.clip == std::pair(true, true); }));
+        QCOMPARE(desk.levels, std::pair(100, 100));
+        input.setCapture(nullptr);
+        QCOMPARE(desk.levels, std::pair(0, 0));
+        for (int i = 0; i < 55; ++i) { // it is held for 2 s
+            desk.frame();
+        }
+        QCOMPARE(desk.clip, std::pair(true, true));
+        QVERIFY(desk.runUntil([&] { return desk.clip == std::pair(false, false); }));
     }
 
     void aSearchThatHangsIsGivenUp()

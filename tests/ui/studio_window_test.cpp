@@ -217,6 +217,9 @@ private Q_SLOTS:
         desk.find<QSlider>("sourceLevel")->setValue(40);
         QCOMPARE(desk.window.studio().programAudio().levels().source, 40);
         AudioInput &audio = desk.window.studio().audio();
+        Q_EMIT audio.clipChanged(true, false);
+        QCOMPARE(desk.find<QLabel>("inputClip")->text(), QStringLiteral("SATURA"));
+        QCOMPARE(desk.find<QLabel>("processedClip")->text(), QString());
         const auto *lost = desk.find<QLabel>("lostAudio");
         for (const QString &device : { QStringLiteral("Consola"), QString() }) {
             Q_EMIT audio.lostChanged(device);

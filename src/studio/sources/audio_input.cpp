@@ -11,6 +11,9 @@ namespace nimbara {
 
 namespace {
 
+constexpr std::int64_t clipHoldUs = 2'000'000;
+constexpr double fullScale = 0.9999; ///< a little less than the largest 16-bit sample
+
 double peakOf(const AudioLevels &levels)
 {
     return std::max(levels.peak[0], levels.peak[1]);
@@ -44,6 +47,8 @@ void AudioInput::install(std::unique_ptr<AudioCapture> capture, std::optional<Ca
     m_device = std::move(device);
     if (m_capture) {
         m_capture->listener = [this](const AudioBlock &block) { take(block); };
+    } else {
+        Q_EMIT levelsMeasured(0, 0);
     }
     showLost();
 }
@@ -92,6 +97,7 @@ void AudioInput::pull()
     pullOffer();
     lookForLost();
     pullCapture();
+    showClip();
 }
 
 void AudioInput::pullCapture()
@@ -174,7 +180,27 @@ void AudioInput::lookForLost()
 void AudioInput::take(const AudioBlock &block)
 {
     m_writer.append(m_fifo, block);
+    noteClip();
     Q_EMIT blockArrived(block);
+}
+
+void AudioInput::noteClip()
+{
+    const std::array peaks { peakOf(m_capture->inputLevels()), peakOf(m_capture->outputLevels()) };
+    for (std::size_t side = 0; side < peaks.size(); ++side) {
+        if (peaks.at(side) >= fullScale) {
+            m_clipUntil.at(side) = m_clock.monotonicUs() + clipHoldUs;
+        }
+    }
+}
+
+void AudioInput::showClip()
+{
+    const std::int64_t now = m_clock.monotonicUs();
+    const std::array clip { now < m_clipUntil[0], now < m_clipUntil[1] };
+    if (clip != std::exchange(m_clip, clip)) {
+        Q_EMIT clipChanged(clip[0], clip[1]);
+    }
 }
 
 void AudioInput::setGainPercent(int percent)

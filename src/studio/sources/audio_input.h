@@ -10,6 +10,7 @@
 
 #include <QObject>
 
+#include <array>
 #include <memory>
 #include <optional>
 
@@ -61,8 +62,10 @@ Q_SIGNALS:
     /// A processed block, after the queue took it.
     void blockArrived(const AudioBlock &block);
     /// Meter positions 0..100 of the input before and after gain, after each pull while a capture
-    /// exists.
+    /// exists, and 0 when it goes.
     void levelsMeasured(int before, int after);
+    /// Whether a sample before or after gain reached full scale within the last 2 s.
+    void clipChanged(bool before, bool after);
     /// `lostDevice` has changed.
     void lostChanged(const QString &device);
     void gainChanged(int percent);
@@ -87,6 +90,8 @@ private:
     void refuseOffer();
     void lookForLost();
     void take(const AudioBlock &block);
+    void noteClip();
+    void showClip();
 
     const Clock &m_clock;
     std::shared_ptr<Retirement> m_retirement;
@@ -101,6 +106,8 @@ private:
     GainState m_gainState;
     AudioFifo m_fifo;
     InputWriter m_writer; ///< fades the seams between blocks that do not meet
+    std::array<std::int64_t, 2> m_clipUntil {}; ///< µs; before and after gain
+    std::array<bool, 2> m_clip {};
 };
 
 } // namespace nimbara

@@ -201,6 +201,7 @@ void StudioWindow::connectStudio()
     connect(&m_studio, &Studio::outputsStepped, this, &StudioWindow::showOutputs);
     const AudioInput *audio = &m_studio.audio();
     connect(audio, &AudioInput::levelsMeasured, m_audioTab, &AudioTab::showLevels);
+    connect(audio, &AudioInput::clipChanged, m_audioTab, &AudioTab::showClip);
     connect(audio, &AudioInput::lostChanged, this, &StudioWindow::showLostAudio);
     connect(audio, &AudioInput::gainChanged, m_audioTab, &AudioTab::setGain);
     connect(audio, &AudioInput::mutedChanged, m_audioTab, &AudioTab::showMuted);

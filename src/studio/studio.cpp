@@ -29,7 +29,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           m_factory,
           [this] { return m_stage.streamFrame(); },
           [this](const Message &text) { status(text); })
-    , m_audio(m_retirement, [this](const Message &text) { status(text); })
+    , m_audio(clock, m_retirement, [this](const Message &text) { status(text); })
     , m_devices(clock,
           m_factory,
           peers.permission ? std::move(peers.permission) : systemCapturePermission(),

@@ -1,3 +1,4 @@
+#include "output/device_sound.h"
 #include "output/mix/program_audio.h"
 #include "support/test_registry.h"
 
@@ -9,24 +10,20 @@ class ProgramAudioTest : public QObject {
 private Q_SLOTS:
     void mixes()
     {
-        using Gain = std::optional<GainState>; // of media; the input has its gain already
-        for (const auto &[name, sound, voice, levels, gain, mixed] :
-            { std::tuple { "sum", 0.5F, 0.25F, MixLevels { 100, 100 }, Gain(), 0.75F },
-                { "levels", 0.5F, 0.5F, { 50, 10 }, {}, 0.3F },
-                { "voice alone", 0.5F, 0.25F, { 0, 100 }, {}, 0.25F },
-                { "no voice", 0.5F, 0.25F, { 100, 0 }, {}, 0.5F },
-                { "too loud", 0.8F, 0.8F, { 100, 100 }, {}, 1.0F },
-                { "too low", -0.8F, -0.8F, { 100, 100 }, {}, -1.0F },
-                { "media gain", 0.25F, 0.0F, { 100, 100 }, { { false, 2.0 } }, 0.5F },
-                { "media gain clamps first", 0.8F, 0.0F, { 50, 100 }, { { false, 2.0 } }, 0.5F },
-                { "media muted", 0.5F, 0.25F, { 100, 100 }, { { true, 1.0 } }, 0.25F } }) {
+        for (const auto &[name, sound, voice, levels, mixed] :
+            { std::tuple { "sum", 0.5F, 0.25F, MixLevels { 100, 100 }, 0.75F },
+                { "levels", 0.5F, 0.5F, { 50, 10 }, 0.3F },
+                { "voice alone", 0.5F, 0.25F, { 0, 100 }, 0.25F },
+                { "no voice", 0.5F, 0.25F, { 100, 0 }, 0.5F },
+                { "too loud", 0.8F, 0.8F, { 100, 100 }, 1.0F },
+                { "too low", -0.8F, -0.8F, { 100, 100 }, -1.0F } }) {
             const RowName named(name);
             const std::vector<float> sounds(programBlockValues, sound);
             const std::vector<float> voices(100, voice); // then the voice is over
-            const ProgramBlock block = mixProgramBlock(sounds, gain, voices, levels);
+            const ProgramBlock block = mixProgramBlock(sounds, voices, levels);
             QCOMPARE(block.front(), mixed);
             QCOMPARE(block[99], mixed);
-            const ProgramBlock alone = mixProgramBlock(sounds, gain, {}, { levels.source, 0 });
+            const ProgramBlock alone = mixProgramBlock(sounds, {}, { levels.source, 0 });
             QVERIFY(std::equal(block.begin() + 100, block.end(), alone.begin() + 100));
         }
     }
@@ -43,7 +40,7 @@ private Q_SLOTS:
         const std::vector<float> half(programBlockValues + 10, 0.5F);
         input.push(half);
         voice.push(half);
-        const ProgramBlock block = audio.next({ &input, false }, gain, voice, levels);
+        const ProgramBlock block = audio.next({ &input }, gain, voice, levels);
         QCOMPARE(input.size(), 10U);
         QCOMPARE(voice.size(), 10U);
         QCOMPARE(block.back(), 1.0F);
@@ -58,8 +55,8 @@ private Q_SLOTS:
         AudioFifo voice;
         float last = 0;
         const auto next = [&](const GainState &gain, const MixLevels &levels) {
-            media.push(std::vector<float>(programBlockValues, 0.4F));
-            const ProgramBlock block = audio.next({ &media, true }, gain, voice, levels);
+            media.push(std::vector<float>(programBlockValues, 0.8F));
+            const ProgramBlock block = audio.next({ nullptr, &media }, gain, voice, levels);
             for (std::size_t i = 0; i < block.size(); i += 2) {
                 const float step = std::abs(block[i] - std::exchange(last, block[i]));
                 if (step > 0.01F) {
@@ -68,11 +65,41 @@ private Q_SLOTS:
             }
             return last;
         };
-        QCOMPARE(next({}, {}), 0.4F);
+        QCOMPARE(next({}, {}), 0.8F);
         QCOMPARE(next({ false, 0.0 }, {}), 0.0F);
-        QCOMPARE(next({ false, 2.0 }, {}), 0.8F);
+        QCOMPARE(next({ false, 2.0 }, {}), 1.0F);
         QCOMPARE(next({ true, 2.0 }, {}), 0.0F);
-        QCOMPARE(next({ false, 2.0 }, { 50, 100 }), 0.4F);
+        QCOMPARE(next({ false, 2.0 }, { 50, 100 }), 0.5F); // clamped before the level
+    }
+
+    /// A clip ends in the middle of a block: behind its last value the input of that moment is
+    /// heard.
+    void givesTheInputBack()
+    {
+        constexpr int block = 1600;
+        constexpr int end = 4 * block + 700;
+        const testing::DeviceSound device;
+        ProgramAudio audio;
+        AudioFifo input;
+        AudioFifo media;
+        AudioFifo voice;
+        float last = 0;
+        for (int frame = 0; frame < 7 * block; ++frame) {
+            static ProgramBlock sound;
+            if (frame % block == 0) {
+                input.push(device.block(frame, block).samples);
+                const int rest = std::clamp(end - frame, 0, block);
+                media.push(std::vector<float>(std::size_t { audioChannels } * rest, 0.25F));
+                sound = audio.next({ &input, &media, true }, {}, voice, {});
+            }
+            const float *values = &sound.at(2 * (frame % block));
+            QVERIFY(std::abs(values[0] - std::exchange(last, values[0])) < 0.05F);
+            if (frame < end && frame >= 480) {
+                QCOMPARE(values[1], 0.25F);
+            } else if (frame >= end + 480) {
+                QCOMPARE(testing::DeviceSound::age(values[1], frame), 0);
+            }
+        }
     }
 };
 

@@ -2,7 +2,12 @@
 #include "support/fake_device.h"
 #include "support/test_registry.h"
 
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <atomic>
 #include <semaphore>
+#include <sys/stat.h>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -11,21 +16,43 @@ using namespace Qt::StringLiterals;
 namespace {
 
 std::binary_semaphore gate(0); ///< open: the provider may answer
+std::atomic<bool> hung { false }; ///< a search hangs in the other provider
+GstDeviceProvider *service = nullptr;
+
+DeviceRef plugIn(const FakeDeviceRecipe &recipe)
+{
+    const DeviceRef device = fakeDevice(recipe);
+    gst_device_provider_device_add(service, device.get());
+    return device;
+}
+
+DeviceRef plugInAudio(const char *name, const std::string &opens)
+{
+    return plugIn(
+        { .name = name, .deviceClass = "Audio/Source", .caps = "audio/x-raw", .opens = opens });
+}
 
 gboolean startLate(GstDeviceProvider *provider)
 {
     gate.acquire();
-    const DeviceRef broken = fakeDevice({ .name = "Rota", .opens = "" });
-    const DeviceRef device = fakeDevice({ .name = "Altar" });
-    gst_device_provider_device_add(provider, broken.get());
-    gst_device_provider_device_add(provider, device.get());
+    service = provider;
+    plugIn({ .name = "Rota", .opens = "" });
+    plugIn({ .name = "Altar" });
     return TRUE;
 }
 
-void initLateClass(gpointer type, gpointer /*data*/)
+gboolean startNever(GstDeviceProvider * /*provider*/)
+{
+    hung.wait(true);
+    return FALSE;
+}
+
+using Start = gboolean (*)(GstDeviceProvider *);
+
+void initProviderClass(gpointer type, gpointer start)
 {
     auto *provider = static_cast<GstDeviceProviderClass *>(type);
-    provider->start = startLate;
+    provider->start = *static_cast<Start *>(start);
     provider->stop = [](GstDeviceProvider *) {};
     gst_device_provider_class_set_static_metadata(provider,
         "Late cameras",
@@ -33,6 +60,58 @@ void initLateClass(gpointer type, gpointer /*data*/)
         "Answers when it is told to",
         "Nimbara");
 }
+
+bool addProvider(const char *name, Start &start)
+{
+    GTypeInfo info {};
+    info.class_size = sizeof(GstDeviceProviderClass);
+    info.class_init = initProviderClass;
+    info.class_data = &start;
+    info.instance_size = sizeof(GstDeviceProvider);
+    const GType type = g_type_register_static(GST_TYPE_DEVICE_PROVIDER, name, &info, GTypeFlags {});
+    return gst_device_provider_register(nullptr, name, GST_RANK_PRIMARY, type) != FALSE;
+}
+
+struct DeviceFixture : StudioFixture {
+    DeviceLists devices;
+    std::pair<int, int> levels;
+    std::pair<bool, bool> clip;
+
+    DeviceFixture()
+    {
+        QObject::connect(&studio.devices(),
+            &DeviceConnection::devicesFound,
+            &studio,
+            [this](const DeviceLists &found) { devices = found; });
+        QObject::connect(&studio.audio(),
+            &AudioInput::levelsMeasured,
+            &studio,
+            [this](int before, int after) {
+                levels = { before, after };
+            });
+        QObject::connect(&studio.audio(),
+            &AudioInput::clipChanged,
+            &studio,
+            [this](bool before, bool after) {
+                clip = { before, after };
+            });
+    }
+    bool list()
+    {
+        devices = {};
+        studio.devices().refreshDevices();
+        return runUntil([&] { return !devices.video.empty(); });
+    }
+    void connectTo(const char *video, const char *audio)
+    {
+        statuses.clear();
+        studio.devices().connectSources(choose(devices, QString::fromUtf8(video), QString::fromUtf8(audio)));
+    }
+    bool isTold(const char *text)
+    {
+        return runUntil([&] { return statuses.join(u'|').contains(QString::fromUtf8(text)); });
+    }
+};
 
 } // namespace
 
@@ -42,42 +121,126 @@ class SlowDevicesTest : public QObject {
 private Q_SLOTS:
     void theStudioRunsWhileAServiceIsSilent()
     {
-        const GType type = g_type_register_static_simple(GST_TYPE_DEVICE_PROVIDER,
-            "NimbaraLateProvider",
-            sizeof(GstDeviceProviderClass),
-            initLateClass,
-            sizeof(GstDeviceProvider),
-            nullptr,
-            GTypeFlags {});
-        QVERIFY(gst_device_provider_register(nullptr, "latecameras", GST_RANK_PRIMARY, type));
-        StudioFixture desk;
-        QStringList cameras;
-        QObject::connect(&desk.studio.devices(),
-            &DeviceConnection::devicesFound,
-            &desk.studio,
-            [&](const DeviceLists &devices) {
-                for (const CaptureDevice &device : devices.video) {
-                    cameras << device.name;
-                }
-            });
+        static std::array<Start, 2> starts { startLate, startNever };
+        QVERIFY(addProvider("latecameras", starts[0]) && addProvider("silentservice", starts[1]));
+        DeviceFixture desk;
         desk.studio.devices().refreshDevices(); // waiting here would be for ever
         for (int i = 0; i < 90; ++i) {
             desk.frame();
         }
         QCOMPARE(desk.frames, 90);
         QVERIFY(desk.runUntil([&] { return centre(desk.pictures.preview) != QColor(Qt::black); }));
-        QVERIFY(cameras.isEmpty());
+        QVERIFY(desk.devices.video.empty());
         gate.release();
-        QVERIFY(desk.runUntil([&] { return cameras.contains(u"Altar"_s); }));
+        QVERIFY(desk.runUntil([&] { return !desk.devices.video.empty(); }));
 
         // A camera that cannot be built ends the attempt.
-        const auto broken = static_cast<std::int32_t>(cameras.indexOf(u"Rota"_s));
-        QVERIFY(broken >= 0);
-        desk.studio.devices().connectSources({ broken + 1, 1 });
-        QVERIFY(desk.runUntil([&] { return !desk.statuses.isEmpty(); }));
-        QCOMPARE(desk.statuses, QStringList { u"Cámara: Falta componente de fuente multimedia"_s });
+        desk.statuses.clear();
+        desk.studio.devices().connectSources({ choose(desk.devices, u"Rota"_s, {}).camera, 1 });
+        QVERIFY(desk.isTold("Cámara: "));
+        QCOMPARE(desk.statuses,
+            QStringList { QStringLiteral("Cámara: Falta componente de fuente multimedia") });
         QCOMPARE(desk.studio.audio().capture(), nullptr);
         QVERIFY(desk.studio.sources().camera()->active());
+    }
+
+    void aNewDeviceThatRefusesLateLeavesTheOld()
+    {
+        const QTemporaryDir folder;
+        const QString pipe = folder.filePath(QStringLiteral("pipe")); // opens when it is written
+        QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        const std::string late = "filesrc location=" + pipe.toStdString();
+        plugIn(
+            { .name = "Muda", .opens = late + " ! rawvideoparse width=16 height=16 format=rgb" });
+        plugInAudio("Sorda", late + " ! rawaudioparse");
+        plugInAudio("Consola", "audiotestsrc is-live=true");
+        DeviceFixture desk;
+        QVERIFY(desk.list());
+        desk.connectTo("Altar", "Consola");
+        QVERIFY(desk.isTold(opened));
+        const MediaPtr altar = desk.studio.sources().camera();
+        const AudioCapture *console = desk.studio.audio().capture();
+        QVERIFY(altar->isDevice() && altar->frame() && console->running());
+
+        desk.connectTo("Muda", "Sorda");
+        QVERIFY(desk.isTold("Abriendo las fuentes; un dispositivo tarda en responder."));
+        QCOMPARE(desk.studio.sources().camera(), altar);
+        QVERIFY(desk.runUntil([&] {
+            QFile writer(pipe);
+            const QString told = desk.statuses.join(u'|');
+            return writer.open(QIODevice::ReadWrite)
+                && told.contains(u"No llega imagen de Muda. Continúa la cámara que había. ")
+                && told.contains(u"No llega audio de Sorda. Continúa la entrada que había. ");
+        }));
+        QCOMPARE(desk.studio.sources().camera(), altar);
+        QCOMPARE(desk.studio.audio().capture(), console);
+        QVERIFY(altar->active() && console->running());
+        QVERIFY(!desk.statuses.contains(QString::fromUtf8(opened)));
+
+        // The chosen one has left the list; bars stand in after a change of shape.
+        desk.studio.changeProfile(StreamProfile::Portrait);
+        desk.statuses.clear();
+        desk.studio.devices().connectSources({ -1, 0 });
+        QVERIFY(desk.isTold("Cámara: el dispositivo no está conectado"));
+        QVERIFY(!desk.statuses.contains(QString::fromUtf8(opened)));
+    }
+
+    void aLostInputComesBackAlone()
+    {
+        const DeviceRef organ = plugInAudio("Organo", "audiotestsrc is-live=true num-buffers=20");
+        DeviceFixture desk;
+        const AudioInput &input = desk.studio.audio();
+        QVERIFY(desk.list());
+        desk.connectTo("Altar", "Organo");
+        QVERIFY(desk.isTold(opened));
+        gst_device_provider_device_remove(service, organ.get());
+        QVERIFY(desk.isTold("Audio detenido; video continúa. La entrada de audio termino"));
+        const auto isLost = [&] { return input.lostDevice() == u"Organo" && !input.capture(); };
+        QCOMPARE(desk.levels, std::pair(0, 0));
+        for (int i = 0; i < 200; ++i) { // it is searched for, and another is met
+            QVERIFY(isLost());
+            desk.frame();
+            QTest::qWait(1);
+        }
+        plugInAudio("Organo", "audiotestsrc is-live=true");
+        QVERIFY(desk.isTold("Entrada de audio recuperada: Organo"));
+        QVERIFY(input.lostDevice().isEmpty() && input.capture()->running());
+    }
+
+    void metersAndClipLightsFollowTheInput()
+    {
+        DeviceFixture desk;
+        AudioInput &input = desk.studio.audio();
+        const DeviceRef loud
+            = plugInAudio("Fuerte", "audiotestsrc is-live=true wave=square volume=1");
+        input.setMuted(true);
+        input.offer(std::make_unique<AudioCapture>(desk.clock, loud.get()), {});
+        QVERIFY(desk.runUntil([&] { return desk.clip == std::pair(true, false); }));
+        input.setMuted(false);
+        QVERIFY(desk.runUntil([&] { return desk.clip == std::pair(true, true); }));
+        QCOMPARE(desk.levels, std::pair(100, 100));
+        input.setCapture(nullptr);
+        QCOMPARE(desk.levels, std::pair(0, 0));
+        for (int i = 0; i < 55; ++i) { // it is held for 2 s
+            desk.frame();
+        }
+        QCOMPARE(desk.clip, std::pair(true, true));
+        QVERIFY(desk.runUntil([&] { return desk.clip == std::pair(false, false); }));
+    }
+
+    void aSearchThatHangsIsGivenUp()
+    {
+        DeviceFixture desk;
+        QVERIFY(desk.list());
+        hung = true;
+        desk.connectTo("Altar", "Consola");
+        QVERIFY(desk.isTold("La búsqueda de dispositivos no responde; se prueba"));
+        QVERIFY(desk.isTold(opened));
+        QVERIFY(desk.studio.sources().cameraDevice() && desk.studio.audio().device());
+        desk.studio.devices().refreshDevices();
+        QVERIFY(desk.isTold("La búsqueda de dispositivos no responde; la lista queda"));
+        hung = false;
+        hung.notify_all();
     }
 };
 

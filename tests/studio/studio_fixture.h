@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QTest>
 
+#include <algorithm>
+
 namespace nimbara::testing {
 
 /// A studio with a hand-cranked clock that keeps what it reports.
@@ -93,6 +95,21 @@ inline bool isNear(const QColor &a, const QColor &b)
 {
     return std::abs(a.red() - b.red()) <= 2 && std::abs(a.green() - b.green()) <= 2
         && std::abs(a.blue() - b.blue()) <= 2;
+}
+
+/// What the studio says when both devices are there.
+inline constexpr const char *opened = "Fuentes abiertas. Prepara una escena y pulsa AL AIRE.";
+
+/// The choice of two devices by their names.
+inline DeviceChoice choose(const DeviceLists &devices, const QString &video, const QString &audio)
+{
+    const auto entryOf = [](const std::vector<CaptureDevice> &list, const QString &name) {
+        const auto found = std::find_if(list.begin(), list.end(), [&](const auto &device) {
+            return device.name == name;
+        });
+        return static_cast<std::int32_t>(found - list.begin());
+    };
+    return { entryOf(devices.video, video) + 1, entryOf(devices.audio, audio) + 2 };
 }
 
 } // namespace nimbara::testing

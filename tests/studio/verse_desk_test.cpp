@@ -25,7 +25,10 @@ struct VerseStage {
     LayerId place;
 
     VerseStage()
-        : desk(openAiEndpoint(), apiBibleEndpoint(), stage, [this](auto &text) { status = text.spanish(); })
+        : desk(openAiEndpoint(),
+            apiBibleEndpoint(),
+            stage,
+            [this](auto &text) { status = text.spanish(); })
         , place(desk.quickVerseLayer())
     {
         bible::prepare().waitForFinished();

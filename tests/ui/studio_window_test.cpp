@@ -166,6 +166,17 @@ private Q_SLOTS:
         QCOMPARE(desk.find<QPushButton>("mute")->text(), u"Quitar silencio"_s);
         desk.find<QSlider>("sourceLevel")->setValue(40);
         QCOMPARE(desk.window.studio().programAudio().levels().source, 40);
+        AudioInput &audio = desk.window.studio().audio();
+        Q_EMIT audio.clipChanged(true, false);
+        QCOMPARE(desk.find<QLabel>("inputClip")->text(), QStringLiteral("SATURA"));
+        QCOMPARE(desk.find<QLabel>("processedClip")->text(), QString());
+        const auto *lost = desk.find<QLabel>("lostAudio");
+        for (const QString &device : { QStringLiteral("Consola"), QString() }) {
+            Q_EMIT audio.lostChanged(device);
+            desk.window.showStatus(QStringLiteral("Otra cosa"));
+            QCOMPARE(lost->isVisible(), !device.isEmpty());
+            QVERIFY(lost->text().contains(device));
+        }
     }
 
     void theWheelChangesOnlyWhatHasTheFocus()

@@ -19,6 +19,7 @@ using namespace gst_build;
 constexpr int samplesPerPull = 8;
 constexpr std::int64_t quietUs = 2'000'000;
 constexpr std::int64_t lostUs = 5'000'000;
+constexpr std::int64_t openingUs = 30'000'000;
 constexpr std::size_t frameBytes = sizeof(float) * audioChannels;
 
 Message refusedText()
@@ -76,7 +77,7 @@ AudioCapture::AudioCapture(const Clock &clock, GstDevice *device)
     build(device);
     play(device != nullptr);
     m_running = true;
-    m_lastBufferTime = m_clock.monotonicUs();
+    m_begun = m_lastBufferTime = m_clock.monotonicUs();
 }
 
 void AudioCapture::build(GstDevice *device)
@@ -176,8 +177,22 @@ bool AudioCapture::takeSample(GstSample *sample, const GainState &gainState)
     return true;
 }
 
+/// None is due before the device is open.
+bool AudioCapture::isOpening()
+{
+    const std::int64_t now = m_clock.monotonicUs();
+    if (m_start.poll() != PipelineStart::Outcome::Underway || now - m_begun > openingUs) {
+        return false;
+    }
+    m_lastBufferTime = now;
+    return true;
+}
+
 void AudioCapture::watchSilence()
 {
+    if (isOpening()) {
+        return;
+    }
     const std::int64_t silence = m_clock.monotonicUs() - m_lastBufferTime;
     if (silence > quietUs) {
         m_inputLevels = {};

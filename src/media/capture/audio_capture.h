@@ -14,8 +14,8 @@ namespace nimbara {
 /// except for destruction, which belongs on a background task.
 class AudioCapture {
 public:
-    /// Builds the pipeline and asks for PLAYING. Without a device: a quiet test tone. Throws
-    /// `Error` with the operator's text.
+    /// Builds the pipeline and asks for PLAYING. A device may take 30 s to open. Without a device:
+    /// a quiet test tone. Throws `Error` with the operator's text.
     AudioCapture(const Clock &clock, GstDevice *device);
     AudioCapture(const AudioCapture &) = delete;
     AudioCapture &operator=(const AudioCapture &) = delete;
@@ -43,9 +43,11 @@ private:
     bool takeBusMessage();
     bool takeSample(GstSample *sample, const GainState &gainState);
     void watchSilence();
+    [[nodiscard]] bool isOpening();
     void stop(const Message &reason);
 
     const Clock &m_clock;
+    std::int64_t m_begun = 0; ///< µs
     std::int64_t m_lastBufferTime = 0;
     bool m_running = false;
     Message m_error;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <mutex>
 #include <system_error>
@@ -96,6 +97,8 @@ namespace {
 
 /// How long the end of the program waits for a search under way.
 constexpr std::chrono::seconds farewell { 3 };
+/// Nobody waits for a service behind which another search has hung already.
+std::atomic<bool> answers { true };
 
 /// The providers of a device monitor with the filters "Video/Source" and "Audio/Source". One for
 /// the process, and never stopped: stopping it makes a media service's library release devices that
@@ -204,7 +207,9 @@ private:
 
 DeviceDiscovery::~DeviceDiscovery()
 {
-    static_cast<void>(m_search.isReady(farewell));
+    if (running() && answers) {
+        answers = m_search.isReady(farewell);
+    }
 }
 
 void DeviceDiscovery::start()
@@ -225,6 +230,7 @@ std::optional<DeviceLists> DeviceDiscovery::poll()
     if (!m_search.isReady()) {
         return std::nullopt;
     }
+    answers = true;
     DeviceLists lists = m_search.take();
     if (std::exchange(m_again, false)) {
         start();

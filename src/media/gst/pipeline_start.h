@@ -24,8 +24,8 @@ public:
         Refused,
     };
 
-    /// Less than a frame: a device that refuses within it leaves the one before in its place.
-    static constexpr std::chrono::milliseconds deviceMoment { 30 };
+    /// A device that refuses within it refuses at once; the frame clock is not held up.
+    static constexpr std::chrono::milliseconds deviceMoment { 5 };
     /// For what starts by the dozen, as the clips of a project do.
     static constexpr std::chrono::milliseconds mediaMoment { 3 };
 

@@ -182,6 +182,7 @@ void Media::pollStreams(PipelineStart::Outcome start)
         m_ended = true;
         deactivate();
     } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)) {
+        m_starved = true;
         fail(m_isDevice ? "Cámara sin cuadros; se vuelve a abrir"
                         : "Fuente sin frames durante 10 segundos");
     }
@@ -221,6 +222,7 @@ void Media::takeSound()
     for (int taken = 0; taken < soundSamplesPerPoll; ++taken) {
         const SampleRef sample = tryPull(m_parts.audioSink);
         if (!sample) {
+            m_soundIsOver = sinkEnded(m_parts.audioSink);
             return;
         }
         const BufferMap map(gst_sample_get_buffer(sample.get()));

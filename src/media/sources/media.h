@@ -64,6 +64,8 @@ public:
 
     /// Still read; false after end of stream, an error or the watchdog.
     [[nodiscard]] bool active() const { return m_active; }
+    /// Given up because no picture came for too long.
+    [[nodiscard]] bool starved() const { return m_starved; }
     /// The pipeline reported end of stream.
     [[nodiscard]] bool ended() const { return m_ended; }
     /// Built from a capture device.
@@ -79,6 +81,8 @@ public:
     [[nodiscard]] std::uint64_t frameCount() const { return m_frameCount; }
     /// The media's sound, at most one second.
     [[nodiscard]] AudioFifo &audioFifo() { return m_audioFifo; }
+    /// No more sound will come: the sound track is over, or the source is.
+    [[nodiscard]] bool soundIsOver() const { return m_soundIsOver || !m_active; }
 
 private:
     /// The heads that decoded pads are linked to. Shared with the decoder's signal handler, so that
@@ -106,6 +110,7 @@ private:
     const Clock &m_clock;
     bool m_active = true;
     bool m_ended = false;
+    bool m_starved = false;
     bool m_isDevice = false;
     bool m_isTestBars = false;
     bool m_isFile = false;
@@ -115,6 +120,7 @@ private:
     QString m_label;
     FramePtr m_frame;
     AudioFifo m_audioFifo;
+    bool m_soundIsOver = false;
     std::vector<float> m_soundBuffer; ///< reused between polls
     CapsRef m_pictureCaps; ///< of the picture before conversion, which the next two were read from
     bool m_hasAlpha = false; ///< its pixels carry an alpha channel

@@ -23,10 +23,8 @@ struct MixLevels {
 };
 
 /// Mixes one block: each value of `sound` and of `voice` at their levels, clamped to −1..1. Values
-/// that are missing count as 0.0. `mediaGain` is given for media sound alone: values from the
-/// capture have gain and mute in them already.
+/// that are missing count as 0.0.
 ProgramBlock mixProgramBlock(std::span<const float> sound,
-    const std::optional<GainState> &mediaGain,
     std::span<const float> voice,
     const MixLevels &levels);
 
@@ -34,35 +32,39 @@ ProgramBlock mixProgramBlock(std::span<const float> sound,
 /// only.
 class ProgramAudio {
 public:
-    /// Where the sound of this tick comes from: the input FIFO, or the FIFO of the media on
-    /// program.
-    struct Source {
-        AudioFifo *fifo = nullptr; ///< none: silence
-        bool isMedia = false; ///< gain and mute are still to be applied
+    /// Where the sound of this tick comes from.
+    struct Sources {
+        AudioFifo *input = nullptr; ///< gain and mute are in it; none: silence
+        AudioFifo *media = nullptr; ///< is heard in its place, with gain and mute; none: the input
+        bool mediaIsOver = false; ///< no more comes: behind its last value the input is heard again
     };
 
-    /// Drains one block of the source and of the synthetic voice and mixes them. Where gain or
-    /// levels are not those of the block before, the step is faded.
+    /// Drains one block of the sources and of the synthetic voice and mixes what is heard. The
+    /// input is drained also while media is heard, so that it is there, without a gap and in step
+    /// with the picture, when the media ends. Where source, gain or levels change, the step is
+    /// faded in 10 ms.
     ProgramBlock
-    next(const Source &source, const GainState &gain, AudioFifo &voice, const MixLevels &levels);
+    next(const Sources &sources, const GainState &gain, AudioFifo &voice, const MixLevels &levels);
 
     /// What keeping the sound with the picture has cost since the last call.
-    LagGuard::Report takeReport() { return m_guard.takeReport(); }
+    LagGuard::Report takeReport();
 
 private:
     /// What the values of a block were multiplied by.
     struct Mix {
-        std::optional<GainState> gain; ///< of media
+        std::optional<GainState> gain; ///< of media; none: the input is heard
         MixLevels levels;
 
         bool operator==(const Mix &) const = default;
     };
-    void fadeStep(const Mix &mix, ProgramBlock &block);
+    std::size_t takeMedia(const Sources &sources, const GainState &gain, ProgramBlock &sound);
+    void fadeInto(const Mix &mix, std::span<float> values);
 
-    LagGuard m_guard;
+    LagGuard m_input;
+    LagGuard m_media;
     Mix m_mix;
     StereoValue m_last {}; ///< last values given out
-    StepFade m_fade;
+    StepFade m_fade { 480 };
 };
 
 } // namespace nimbara

@@ -16,18 +16,6 @@ qint64 milliseconds(std::uint64_t frames)
 
 } // namespace
 
-Media *heardMedia(const LiveScene &program)
-{
-    for (std::size_t index = 0; index < program.layers.size(); ++index) {
-        const Layer &layer = program.scene->layers[index];
-        if (layer.kind == LayerKind::Video && layer.visible && layer.sound
-            && program.layers[index].source) {
-            return program.layers[index].source.get();
-        }
-    }
-    return nullptr;
-}
-
 ProgramAudioDesk::ProgramAudioDesk(const Clock &clock)
     : m_clock(clock)
     , m_voice(voiceQueueLimit)
@@ -37,11 +25,37 @@ ProgramAudioDesk::ProgramAudioDesk(const Clock &clock)
 
 ProgramBlock ProgramAudioDesk::next(const LiveScene &program, AudioInput &input)
 {
-    Media *media = heardMedia(program);
-    const ProgramAudio::Source source { media != nullptr ? &media->audioFifo() : &input.fifo(),
-        media != nullptr };
+    m_heard = delivering(program);
+    m_awaited = m_heard && m_heard->audioFifo().empty();
+    const ProgramAudio::Sources sources { &input.fifo(),
+        m_heard ? &m_heard->audioFifo() : nullptr,
+        m_heard && m_heard->soundIsOver() };
     logCorrections();
-    return m_audio.next(source, input.gainState(), m_voice, m_levels);
+    return m_audio.next(sources, input.gainState(), m_voice, m_levels);
+}
+
+MediaPtr ProgramAudioDesk::delivering(const LiveScene &program) const
+{
+    for (std::size_t index = 0; index < program.layers.size(); ++index) {
+        const Layer &layer = program.scene->layers[index];
+        const MediaPtr &source = program.layers[index].source;
+        if (layer.kind == LayerKind::Video && layer.visible && layer.sound && source
+            && delivers(source)) {
+            return source;
+        }
+    }
+    return nullptr;
+}
+
+/// Media begins with a whole block, so that its start has no gap. From then on it may be late by
+/// one block: the input must not be heard through a stream that falters.
+bool ProgramAudioDesk::delivers(const MediaPtr &media) const
+{
+    const std::size_t ready = media->audioFifo().size();
+    if (media->soundIsOver()) {
+        return ready > 0;
+    }
+    return media == m_heard ? ready > 0 || !m_awaited : ready >= programBlockValues;
 }
 
 void ProgramAudioDesk::logCorrections()

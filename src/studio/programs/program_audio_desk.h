@@ -10,6 +10,9 @@ namespace nimbara {
 
 /// The sound of the stream program: picks what is heard, mixes one block for each frame and logs
 /// what keeping it with the picture has cost, at most once a minute. Interface thread only.
+///
+/// Media replaces the input only while it delivers sound: a clip without a sound track, one that
+/// has ended or a network source that hangs leaves the input on the program.
 class ProgramAudioDesk {
 public:
     explicit ProgramAudioDesk(const Clock &clock);
@@ -18,22 +21,26 @@ public:
     /// output runs.
     ProgramBlock next(const LiveScene &program, AudioInput &input);
 
+    /// The media that was heard in the last block, or none: the input was. Of the visible video
+    /// layers with their sound switched on it is the first, back to front, that delivers sound.
+    [[nodiscard]] const MediaPtr &heard() const { return m_heard; }
+
     [[nodiscard]] MixLevels &levels() { return m_levels; }
     /// The synthetic voice, as 48 kHz stereo; one clip at a time.
     [[nodiscard]] AudioFifo &voice() { return m_voice; }
 
 private:
+    [[nodiscard]] MediaPtr delivering(const LiveScene &program) const;
+    [[nodiscard]] bool delivers(const MediaPtr &media) const;
     void logCorrections();
 
     const Clock &m_clock;
     ProgramAudio m_audio;
     MixLevels m_levels;
     AudioFifo m_voice;
+    MediaPtr m_heard;
+    bool m_awaited = false; ///< the heard media had nothing for the last block
     std::int64_t m_lastLog;
 };
-
-/// The media that is heard on the stream program: the first visible video layer, back to front,
-/// with its sound switched on and a source; none otherwise.
-Media *heardMedia(const LiveScene &program);
 
 } // namespace nimbara

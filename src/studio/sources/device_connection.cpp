@@ -3,6 +3,8 @@
 #include "base/error.h"
 #include "base/log.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace nimbara {
@@ -28,6 +30,7 @@ constexpr PermissionTexts microphoneTexts {
 
 constexpr std::int32_t fixedCameras = 1;
 constexpr std::int32_t fixedAudio = 2;
+constexpr std::int64_t longOpeningUs = 2'000'000;
 
 /// The device behind a list entry whose first `fixed` entries are no devices; none for those and
 /// for an entry that is not listed.
@@ -46,6 +49,14 @@ const CaptureDevice *deviceAmong(const std::vector<CaptureDevice> &present,
 }
 
 constexpr const char *awayText = "el dispositivo no está conectado";
+
+/// The same device, whatever its numbers are by now.
+bool isSame(const std::vector<CaptureDevice> &present,
+    const CaptureDevice *device,
+    const std::optional<CaptureDevice> &other)
+{
+    return device != nullptr && device == deviceAmong(present, other);
+}
 
 } // namespace
 
@@ -69,17 +80,65 @@ DeviceConnection::DeviceConnection(const Clock &clock,
 void DeviceConnection::refreshDevices()
 {
     m_discovery.start();
+    m_listAsked = m_clock.monotonicUs();
 }
 
 void DeviceConnection::poll()
 {
+    collectList();
+    collectLookup();
+    followOpening();
+}
+
+bool DeviceConnection::waitedLong(std::int64_t sinceUs) const
+{
+    return m_clock.monotonicUs() - sinceUs > DeviceReturn::patienceUs;
+}
+
+void DeviceConnection::collectList()
+{
     if (std::optional<DeviceLists> found = m_discovery.poll()) {
+        m_listAsked.reset();
         m_devices = std::move(*found);
         Q_EMIT devicesFound(m_devices);
+    } else if (m_listAsked && waitedLong(*m_listAsked)) {
+        m_listAsked.reset();
+        m_status("La búsqueda de dispositivos no responde; la lista queda como estaba.");
     }
+}
+
+void DeviceConnection::collectLookup()
+{
     const std::optional<DeviceLists> present = m_lookup.poll();
-    if (present && m_wanted) {
-        connectWanted(*std::exchange(m_wanted, std::nullopt), *present);
+    if (!m_wanted || (!present && !waitedLong(m_wantedSince))) {
+        return;
+    }
+    if (!present) {
+        m_status(searchSilentText());
+    }
+    connectWanted(*std::exchange(m_wanted, std::nullopt), present ? *present : m_devices);
+}
+
+/// Devices that refuse are told of by those that open them.
+void DeviceConnection::followOpening()
+{
+    const std::array outcomes { m_sources.cameraOpening(), m_audio.opening() };
+    const auto any = [&](Opening outcome) {
+        return std::find(outcomes.begin(), outcomes.end(), outcome) != outcomes.end();
+    };
+    if (!m_opening) {
+        return;
+    }
+    if (any(Opening::Underway)) {
+        if (m_openingSince && m_clock.monotonicUs() - *m_openingSince > longOpeningUs) {
+            m_openingSince.reset();
+            m_status("Abriendo las fuentes; un dispositivo tarda en responder.");
+        }
+        return;
+    }
+    m_opening = false;
+    if (!any(Opening::Refused)) {
+        m_status("Fuentes abiertas. Prepara una escena y pulsa AL AIRE.");
     }
 }
 
@@ -101,6 +160,7 @@ void DeviceConnection::connectSources(const DeviceChoice &choice)
     m_lookup.start();
     if (m_lookup.running()) {
         m_wanted = std::move(wanted);
+        m_wantedSince = m_clock.monotonicUs();
     } else {
         connectWanted(wanted, m_devices); // no thread to be had
     }
@@ -126,82 +186,90 @@ bool DeviceConnection::mayUse(CaptureKind kind)
 /// A camera that is away keeps the sound from nothing: the microphone is connected all the same.
 void DeviceConnection::connectWanted(const Wanted &wanted, const DeviceLists &present)
 {
-    m_audio.setCapture(nullptr);
     const Outcome camera = connectCamera(wanted, present.video);
-    if (camera != Outcome::Failed && connectAudio(wanted, present.audio)
-        && camera == Outcome::Connected) {
-        m_status("Fuentes abiertas. Prepara una escena y pulsa AL AIRE.");
-    }
-}
-
-/// A camera that was opened again by itself is the chosen one, whatever its number is by now.
-bool DeviceConnection::showsAlready(const Wanted &wanted,
-    const std::vector<CaptureDevice> &present) const
-{
-    if (!m_sources.camera() || !m_sources.camera()->active()) {
-        return false;
-    }
-    const std::optional<CaptureDevice> &shown = m_sources.cameraDevice();
-    if (!wanted.camera || !shown) {
-        return !wanted.camera && !shown
-            && m_sources.cameraIndex() == wanted.choice.camera - fixedCameras;
-    }
-    const CaptureDevice *found = findAgain(present, *wanted.camera);
-    return found != nullptr && found == findAgain(present, *shown);
+    m_opening = camera != Outcome::Failed
+        && connectAudio(wanted, present.audio) == Outcome::Connected
+        && camera == Outcome::Connected;
+    m_openingSince = m_clock.monotonicUs();
+    followOpening();
 }
 
 DeviceConnection::Outcome DeviceConnection::connectCamera(const Wanted &wanted,
     const std::vector<CaptureDevice> &present)
 {
     const bool bars = wanted.choice.camera == 0;
-    const std::int32_t index = wanted.choice.camera - fixedCameras;
-    const QString name = wanted.camera ? wanted.camera->name : QString();
-    logLine(QStringLiteral("Abrir cámara índice %1 : %2")
-                .arg(index)
-                .arg(bars ? QStringLiteral("Barras de prueba") : name));
-    if (showsAlready(wanted, present)) {
+    const CaptureDevice *device = deviceAmong(present, wanted.camera);
+    if (device != nullptr && isSame(present, device, m_sources.offeredDevice())) {
+        m_sources.claimCamera();
         return Outcome::Connected;
     }
-    const CaptureDevice *device = deviceAmong(present, wanted.camera);
+    m_sources.withdrawCamera();
     if (!bars && device == nullptr) {
         m_status(Message("Cámara: ") + awayText);
         return Outcome::Away;
     }
+    const bool works = m_sources.camera() && m_sources.camera()->active();
+    const bool shown = bars
+        ? m_sources.cameraIndex() == Sources::testBars && !m_sources.cameraDevice()
+        : isSame(present, device, m_sources.cameraDevice());
+    if (works && shown) {
+        return Outcome::Connected;
+    }
     try {
-        if (bars) {
-            m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
-        } else {
-            m_sources.setCamera(m_factory.camera(m_stage.streamFrame(), device->device.get()),
-                index,
-                *device);
-        }
+        openCamera(device, wanted.choice.camera - fixedCameras);
     } catch (const Error &error) {
         m_status("Cámara: " + error.message());
         return Outcome::Failed;
     }
-    logLine(QStringLiteral("Cámara creada: ") + m_sources.camera()->label());
     return Outcome::Connected;
 }
 
-bool DeviceConnection::connectAudio(const Wanted &wanted, const std::vector<CaptureDevice> &present)
+/// No device: test bars.
+void DeviceConnection::openCamera(const CaptureDevice *device, std::int32_t index)
 {
+    logLine(QStringLiteral("Abrir cámara índice %1 : %2")
+                .arg(index)
+                .arg(device == nullptr ? QStringLiteral("Barras de prueba") : device->name));
+    const FrameSize size = m_stage.streamFrame();
+    MediaPtr camera = device == nullptr ? m_factory.testBars(size)
+                                        : m_factory.camera(size, device->device.get());
+    logLine(QStringLiteral("Cámara creada: ") + camera->label());
+    m_sources.offerCamera(std::move(camera),
+        index,
+        device == nullptr ? std::nullopt : std::optional(*device));
+}
+
+DeviceConnection::Outcome DeviceConnection::connectAudio(const Wanted &wanted,
+    const std::vector<CaptureDevice> &present)
+{
+    const bool tone = wanted.choice.audio > 0 && wanted.choice.audio < fixedAudio;
+    const CaptureDevice *device = deviceAmong(present, wanted.audio);
     if (wanted.choice.audio == 0) {
-        return true;
+        m_audio.setCapture(nullptr);
+        return Outcome::Connected;
+    }
+    if (device != nullptr && isSame(present, device, m_audio.offered())) {
+        m_audio.claimOffer();
+        return Outcome::Connected;
+    }
+    m_audio.withdrawOffer();
+    if (!tone && device == nullptr) {
+        m_status(Message("Audio: ") + awayText);
+        return Outcome::Away;
+    }
+    const bool heard = tone ? !m_audio.device() : isSame(present, device, m_audio.device());
+    if (heard && m_audio.capture() != nullptr) {
+        return Outcome::Connected;
     }
     try {
-        const bool tone = wanted.choice.audio > 0 && wanted.choice.audio < fixedAudio;
-        const CaptureDevice *device = deviceAmong(present, wanted.audio);
-        if (!tone && device == nullptr) {
-            m_status(Message("Audio: ") + awayText);
-            return false;
-        }
-        m_audio.setCapture(
-            std::make_unique<AudioCapture>(m_clock, tone ? nullptr : device->device.get()));
+        m_audio.offer(
+            std::make_unique<AudioCapture>(m_clock, tone ? nullptr : device->device.get()),
+            tone ? std::nullopt : std::optional(*device));
     } catch (const Error &error) {
         m_status("Audio: " + error.message());
-        return false;
+        return Outcome::Failed;
     }
-    return true;
+    return Outcome::Connected;
 }
 
 } // namespace nimbara

@@ -34,16 +34,21 @@ public:
         AudioInput &audio,
         Report status);
 
-    /// Looks for devices in the background; `devicesFound` tells when they are known.
+    /// Looks for devices in the background; `devicesFound` tells when they are known. A search that
+    /// does not answer for 5 s is told.
     void refreshDevices();
 
-    /// Collects a finished search. Call on every run of the frame clock.
+    /// Collects a finished search and tells when what was chosen is open. Call on every run of the
+    /// frame clock.
     void poll();
 
     /// Opens what is chosen. A device is looked up first, in the background, because one that was
-    /// away has come back under another number; the lists stay as they are. A camera that works
-    /// already stays in place; one that is not there leaves the camera as it is, one that cannot be
-    /// opened ends the attempt.
+    /// away has come back under another number; the lists stay as they are. When that is not
+    /// answered for 5 s, the devices are tried as they were listed.
+    ///
+    /// What works already stays in place, and until a new device delivers, the one before stays,
+    /// also when the new one is away or refuses; that is told. A camera that refuses at once ends
+    /// the attempt.
     ///
     /// Where the operator must first allow it, the request is made and nothing else;
     /// `permissionAnswered` tells when to call again.
@@ -65,17 +70,20 @@ private:
     };
 
     enum class Outcome {
-        Connected,
+        Connected, ///< it is open, or opening
         Away, ///< the device is not there
         Failed, ///< it is there, but cannot be opened
     };
 
     bool mayUse(CaptureKind kind);
+    void collectList();
+    void collectLookup();
+    void followOpening();
     void connectWanted(const Wanted &wanted, const DeviceLists &present);
     Outcome connectCamera(const Wanted &wanted, const std::vector<CaptureDevice> &present);
-    bool connectAudio(const Wanted &wanted, const std::vector<CaptureDevice> &present);
-    [[nodiscard]] bool showsAlready(const Wanted &wanted,
-        const std::vector<CaptureDevice> &present) const;
+    Outcome connectAudio(const Wanted &wanted, const std::vector<CaptureDevice> &present);
+    void openCamera(const CaptureDevice *device, std::int32_t index);
+    [[nodiscard]] bool waitedLong(std::int64_t sinceUs) const;
 
     const Clock &m_clock;
     const MediaFactory &m_factory;
@@ -85,9 +93,13 @@ private:
     AudioInput &m_audio;
     Report m_status;
     DeviceDiscovery m_discovery;
+    std::optional<std::int64_t> m_listAsked; ///< µs; a list is to come, and silence is not told yet
     DeviceLists m_devices; ///< as listed
     DeviceDiscovery m_lookup;
     std::optional<Wanted> m_wanted; ///< to be connected once it is looked up
+    std::int64_t m_wantedSince = 0; ///< µs
+    bool m_opening = false; ///< all that was chosen is opening, which is still to be told
+    std::optional<std::int64_t> m_openingSince; ///< µs; that it takes long is still to be told
 };
 
 } // namespace nimbara

@@ -4,12 +4,12 @@
 #include "base/log.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nimbara {
 
 namespace {
 
-constexpr std::int64_t reopenSpacingUs = 3'000'000;
 constexpr std::int64_t sweepSpacingUs = 2'000'000;
 
 } // namespace
@@ -21,6 +21,7 @@ Sources::Sources(const Clock &clock,
     : m_clock(clock)
     , m_factory(factory)
     , m_status(status)
+    , m_return(clock, status)
     , m_pool(
           clock,
           [&factory, frame = std::move(frame)](const Layer &layer) {
@@ -59,16 +60,80 @@ void Sources::follow(const SceneSets &scenes)
 
 void Sources::setBars(MediaPtr camera, std::int32_t index)
 {
-    m_camera = std::move(camera);
-    m_cameraIndex = index;
-    m_device.reset();
+    m_refused = m_refused || cameraOpening() == Opening::Underway;
+    m_offer = {};
+    install({ std::move(camera), index, std::nullopt });
+}
+
+void Sources::install(Offer offer)
+{
+    m_camera = std::move(offer.camera);
+    m_cameraIndex = offer.index;
+    m_device = std::move(offer.device);
     m_firstFrameLogged = false;
 }
 
-void Sources::setCamera(MediaPtr camera, std::int32_t index, const CaptureDevice &device)
+void Sources::offerCamera(MediaPtr camera,
+    std::int32_t index,
+    const std::optional<CaptureDevice> &device)
 {
-    setBars(std::move(camera), index);
-    m_device = device;
+    m_refused = false;
+    m_offer = { std::move(camera), index, device };
+}
+
+void Sources::withdrawCamera()
+{
+    m_refused = false;
+    m_offer = {};
+}
+
+Opening Sources::cameraOpening() const
+{
+    if (m_offer.camera && !m_offer.returning) {
+        return Opening::Underway;
+    }
+    return m_refused ? Opening::Refused : Opening::Done;
+}
+
+void Sources::pollOffer()
+{
+    if (!m_offer.camera) {
+        return;
+    }
+    m_offer.camera->pollSource();
+    if (!m_offer.camera->active()) {
+        refuseOffer();
+    } else if (m_offer.camera->frameCount() > 0) {
+        if (m_offer.returning) {
+            logLine(QStringLiteral("Cámara reabierta: ") + m_offer.camera->label());
+        }
+        install(std::exchange(m_offer, {}));
+    }
+}
+
+void Sources::refuseOffer()
+{
+    const Offer refused = std::exchange(m_offer, {});
+    const Message reason = refused.camera->takeMessage();
+    if (refused.returning) {
+        logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + reason.spanish());
+        return;
+    }
+    m_refused = true;
+    const Message name
+        = refused.device ? Message::verbatim(refused.device->name) : Message("Barras de prueba");
+    const Message rest = m_camera ? Message("Continúa la cámara que había. ") : Message();
+    m_status(Message("No llega imagen de %1. ", { name }) + rest
+        + (refused.camera->starved() ? Message() : reason));
+}
+
+/// A lost camera lets go of its device at once, so that it can be opened again.
+void Sources::pollCamera()
+{
+    pollOnce(m_camera.get(), true);
+    if (m_device && m_camera && !m_camera->active()) {
+        m_camera.reset();
+    }
 }
 
 FramePtr Sources::cameraFrame() const
@@ -79,7 +144,8 @@ FramePtr Sources::cameraFrame() const
 void Sources::poll(const Project &project, const OnAir &onAir)
 {
     m_polled.clear();
-    pollOnce(m_camera.get(), true);
+    pollOffer();
+    pollCamera();
     for (const LiveScene *program : { &onAir.streams, &onAir.hall }) {
         for (const LiveLayer &layer : program->layers) {
             pollOnce(layer.source.get(), true);
@@ -119,35 +185,21 @@ void Sources::pollOnce(Media *source, bool shown)
     }
 }
 
-bool Sources::cameraLost() const
-{
-    return m_device && m_camera && !m_camera->active();
-}
-
 void Sources::reopenCamera(FrameSize size)
 {
-    if (const std::optional<DeviceLists> devices = m_search.poll()) {
-        reopenFrom(*devices, size);
-    }
-    const std::int64_t now = m_clock.monotonicUs();
-    if (cameraLost() && !m_search.running() && now - m_lastReopenAttempt > reopenSpacingUs) {
-        m_lastReopenAttempt = now;
-        m_search.start();
+    const bool lost = m_device && !m_camera;
+    const std::optional<CaptureDevice> found = m_return.poll(lost ? &*m_device : nullptr);
+    const bool busy
+        = m_offer.camera && (!m_offer.returning || !found || m_offer.device->place == found->place);
+    if (found && !busy) {
+        reopen(*found, size);
     }
 }
 
-void Sources::reopenFrom(const DeviceLists &devices, FrameSize size)
+void Sources::reopen(const CaptureDevice &found, FrameSize size)
 {
-    if (!cameraLost()) {
-        return;
-    }
     try {
-        const CaptureDevice *found = findAgain(devices.video, *m_device);
-        if (found == nullptr) {
-            throw Error(QStringLiteral("el dispositivo no está conectado"));
-        }
-        setCamera(m_factory.camera(size, found->device.get()), m_cameraIndex, *found);
-        logLine(QStringLiteral("Cámara reabierta: ") + m_camera->label());
+        m_offer = { m_factory.camera(size, found.device.get()), m_cameraIndex, found, true };
     } catch (const Error &error) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
     }

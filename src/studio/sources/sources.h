@@ -3,7 +3,9 @@
 #include "base/report.h"
 #include "media/capture/devices.h"
 #include "media/sources/media_factory.h"
+#include "studio/sources/device_return.h"
 #include "studio/sources/on_air.h"
+#include "studio/sources/opening.h"
 #include "studio/sources/picture_shelf.h"
 #include "studio/sources/source_pool.h"
 
@@ -38,14 +40,29 @@ public:
     /// Index of the bars that stand in until sources are connected again.
     static constexpr std::int32_t standIn = -2;
 
-    /// The camera that every camera layer shows is a picture without a device: `testBars`,
-    /// `standIn`.
+    /// From now on every camera layer shows a picture without a device: `testBars`, `standIn`. A
+    /// camera that is opening is called off.
     void setBars(MediaPtr camera, std::int32_t index);
-    /// The same of a capture device, at its place in the list of video devices.
-    void setCamera(MediaPtr camera, std::int32_t index, const CaptureDevice &device);
+    /// The camera takes the place of the present one with its first picture. When it stops before,
+    /// that is told, and the present one stays. `index`: its place in the list of video devices.
+    /// No device: bars.
+    void
+    offerCamera(MediaPtr camera, std::int32_t index, const std::optional<CaptureDevice> &device);
+    /// The camera that is opening is not wanted any more.
+    void withdrawCamera();
+    /// A lost camera that is opening again by itself is what the operator asks for.
+    void claimCamera() { m_offer.returning = false; }
+    /// The device that is opening, or none.
+    [[nodiscard]] const std::optional<CaptureDevice> &offeredDevice() const
+    {
+        return m_offer.device;
+    }
+    /// How the last offer of the operator came along.
+    [[nodiscard]] Opening cameraOpening() const;
+    /// None while the camera is lost.
     [[nodiscard]] const MediaPtr &camera() const { return m_camera; }
     [[nodiscard]] std::int32_t cameraIndex() const { return m_cameraIndex; }
-    /// The device of the camera; none for bars.
+    /// The device of the camera, also while it is lost; none for bars.
     [[nodiscard]] const std::optional<CaptureDevice> &cameraDevice() const { return m_device; }
     /// The camera's newest picture, or none.
     [[nodiscard]] FramePtr cameraFrame() const;
@@ -54,16 +71,27 @@ public:
     /// program nor a current scene shows are held.
     void poll(const Project &project, const OnAir &onAir);
 
-    /// Looks for a lost camera in the background, at most every 3 s, and builds it anew once the
-    /// very same device is there again, under whatever number. Logs, never throws or waits.
+    /// Looks for a lost camera in the background, every 3 s, and shows it again once the very same
+    /// device is there and delivers, under whatever number. Logs, never throws or waits.
     void reopenCamera(FrameSize size);
 
     /// Logs the first picture of each camera source, once.
     void logFirstFrame();
 
 private:
-    [[nodiscard]] bool cameraLost() const;
-    void reopenFrom(const DeviceLists &devices, FrameSize size);
+    /// A camera that has not delivered yet.
+    struct Offer {
+        MediaPtr camera;
+        std::int32_t index = testBars;
+        std::optional<CaptureDevice> device;
+        bool returning = false; ///< nobody asked for it: a lost camera that is there again
+    };
+
+    void install(Offer offer);
+    void pollOffer();
+    void refuseOffer();
+    void pollCamera();
+    void reopen(const CaptureDevice &found, FrameSize size);
     void pollOnce(Media *source, bool shown);
     void sweep(const SceneSets &scenes);
 
@@ -73,8 +101,9 @@ private:
     MediaPtr m_camera;
     std::int32_t m_cameraIndex = testBars;
     std::optional<CaptureDevice> m_device;
-    DeviceDiscovery m_search;
-    std::int64_t m_lastReopenAttempt = 0;
+    Offer m_offer;
+    bool m_refused = false; ///< the operator's last offer
+    DeviceReturn m_return;
     bool m_firstFrameLogged = false;
     SourcePool m_pool;
     PictureShelf m_shelf;

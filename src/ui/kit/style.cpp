@@ -50,6 +50,8 @@ QString applicationStyleSheet()
         "QComboBox::drop-down { border: none; width: 22px; }"
         "QComboBox::down-arrow { image: url(:/arrow-down.png); width: 10px; height: 6px; }"
         "QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }"
+        "QLabel#lostAudio { background: #8c1d32; color: white; font-weight: 700; padding: 6px;"
+        " border-radius: 6px; }"
         "QToolTip { background: #1a2a3d; color: #eaf2fa; border: 1px solid #476789; }");
 }
 

@@ -32,6 +32,14 @@ QProgressBar *makeMeter(const char *name, const char *spanish)
     return bar;
 }
 
+QLabel *makeClipLight(const char *name)
+{
+    auto *light = named(new QLabel, name);
+    light->setMinimumWidth(light->fontMetrics().horizontalAdvance(nimbara_i18n::tr("SATURA")) * 2);
+    light->setStyleSheet(QStringLiteral("color: #ff8a80; font-weight: 800;"));
+    return light;
+}
+
 } // namespace
 
 AudioTab::AudioTab(QWidget *parent)
@@ -40,6 +48,8 @@ AudioTab::AudioTab(QWidget *parent)
     , m_mute(makeButton("Silenciar", "mute"))
     , m_before(makeMeter("inputMeter", "Entrada"))
     , m_after(makeMeter("processedMeter", "Procesado"))
+    , m_beforeClip(makeClipLight("inputClip"))
+    , m_afterClip(makeClipLight("processedClip"))
     , m_sourceLevel(makeSlider(100, "sourceLevel", "Original en salidas"))
     , m_voiceLevel(makeSlider(100, "voiceLevel", "Voz traducida en salidas"))
 {
@@ -61,6 +71,8 @@ void AudioTab::layOut()
     grid->addWidget(m_mute, 0, 2);
     addRow(1, "Entrada", m_before);
     addRow(2, "Procesado", m_after);
+    grid->addWidget(m_beforeClip, 1, 2);
+    grid->addWidget(m_afterClip, 2, 2);
     addRow(3, "Original en salidas", m_sourceLevel);
     addRow(4, "Voz traducida en salidas", m_voiceLevel);
     grid->setColumnStretch(1, 1);
@@ -71,6 +83,13 @@ void AudioTab::showLevels(int before, int after)
 {
     meter(m_before, before);
     meter(m_after, after);
+}
+
+void AudioTab::showClip(bool before, bool after)
+{
+    const QString text = nimbara_i18n::tr("SATURA");
+    m_beforeClip->setText(before ? text : QString());
+    m_afterClip->setText(after ? text : QString());
 }
 
 void AudioTab::showMuted(bool muted)

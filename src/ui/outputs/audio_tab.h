@@ -5,6 +5,8 @@
 #include <QSlider>
 #include <QWidget>
 
+class QLabel;
+
 namespace nimbara {
 
 /// "Audio": gain, mute, meters and the levels of the program mix.
@@ -15,6 +17,8 @@ public:
 
     /// Meter positions before and after gain.
     void showLevels(int before, int after);
+    /// Whether the sound before and after gain is too loud.
+    void showClip(bool before, bool after);
     void showMuted(bool muted);
     [[nodiscard]] int gain() const { return m_gain->value(); }
     void setGain(int percent) { m_gain->setValue(percent); }
@@ -32,6 +36,8 @@ private:
     QPushButton *m_mute;
     QProgressBar *m_before;
     QProgressBar *m_after;
+    QLabel *m_beforeClip;
+    QLabel *m_afterClip;
     QSlider *m_sourceLevel;
     QSlider *m_voiceLevel;
 };

@@ -9,6 +9,7 @@
 #include "ui/editor/control_row.h"
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
+#include "ui/kit/controls.h"
 #include "ui/kit/return_key.h"
 #include "ui/kit/steady_tabs.h"
 #include "ui/kit/wheel_guard.h"
@@ -114,6 +115,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_audioTab(new AudioTab)
     , m_outputsTab(new OutputsTab(destinationNames()))
     , m_translationTab(new TranslationTab)
+    , m_lostAudio(named(new QLabel, "lostAudio"))
     , m_status(new QLabel)
     , m_hall(std::make_unique<HallControls>(*m_sourcesTab,
           [this](const Message &text) { showStatus(text); }))
@@ -181,6 +183,9 @@ void StudioWindow::layOut()
     m_tabs->insertTab(0, m_sceneTab, nimbara_i18n::tr("Escena y fuentes"));
     m_tabs->setCurrentIndex(0);
 
+    m_lostAudio->setTextFormat(Qt::PlainText);
+    m_lostAudio->setWordWrap(true);
+    m_lostAudio->hide();
     m_status->setObjectName(QStringLiteral("status"));
     m_status->setTextFormat(Qt::PlainText);
     m_status->setWordWrap(true);
@@ -195,6 +200,7 @@ void StudioWindow::layOut()
         { m_controls, 0 },
         { m_tabs, 0 } }));
     column->addWidget(new NoticeBar(m_studio.notices()));
+    column->addWidget(m_lostAudio);
     column->addWidget(m_status);
     setCentralWidget(central);
 }
@@ -206,6 +212,8 @@ void StudioWindow::connectStudio()
     connect(&m_studio, &Studio::outputsStepped, this, &StudioWindow::showOutputs);
     const AudioInput *audio = &m_studio.audio();
     connect(audio, &AudioInput::levelsMeasured, m_audioTab, &AudioTab::showLevels);
+    connect(audio, &AudioInput::clipChanged, m_audioTab, &AudioTab::showClip);
+    connect(audio, &AudioInput::lostChanged, this, &StudioWindow::showLostAudio);
     connect(audio, &AudioInput::gainChanged, m_audioTab, &AudioTab::setGain);
     connect(audio, &AudioInput::mutedChanged, m_audioTab, &AudioTab::showMuted);
 }
@@ -342,6 +350,15 @@ void StudioWindow::showStatus(const Message &message)
     const QString text = nimbara_i18n::tr(message);
     m_status->setText(text);
     logLine(QStringLiteral("UI: ") + text);
+}
+
+/// Stays until the input is back, whatever the status line tells meanwhile.
+void StudioWindow::showLostAudio(const QString &device)
+{
+    m_lostAudio->setText(nimbara_i18n::tr(
+        Message("SIN AUDIO: se perdió %1. Se busca cada 3 segundos y vuelve por sí sola.",
+            { Message::verbatim(device) })));
+    m_lostAudio->setVisible(!device.isEmpty());
 }
 
 void StudioWindow::showPictures(const Pictures &pictures)

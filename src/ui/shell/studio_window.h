@@ -82,6 +82,7 @@ private:
     void showPictures(const Pictures &pictures);
     void showOutputs();
     void markTabs();
+    void showLostAudio(const QString &device);
     void followDocument(const Change &change);
     void showPreviewShape();
     void setLanguage(int index);
@@ -106,6 +107,7 @@ private:
     AudioTab *m_audioTab;
     OutputsTab *m_outputsTab;
     TranslationTab *m_translationTab;
+    QLabel *m_lostAudio;
     QLabel *m_status;
     std::unique_ptr<HallControls> m_hall;
     std::unique_ptr<ReturnKey> m_returnKey;

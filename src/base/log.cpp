@@ -1,5 +1,7 @@
 #include "base/log.h"
 
+#include "base/secret_texts.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -29,7 +31,7 @@ void logLine(const QString &message)
 #else
     const auto lineEnd = QStringLiteral("\n");
 #endif
-    file.write((time + QStringLiteral("  ") + message + lineEnd).toUtf8());
+    file.write((time + QStringLiteral("  ") + withoutSecrets(message) + lineEnd).toUtf8());
 }
 
 } // namespace nimbara

@@ -13,7 +13,7 @@ QString logFilePath();
 ///
 /// The file is opened and closed for every line, so it may be moved or deleted while the program
 /// runs. Callable from any thread; a line is one write to a file opened for appending. A file that
-/// cannot be opened is skipped silently. `message` must hold no secret.
+/// cannot be opened is skipped silently. What is hidden (`hideSecret`) is written as "***".
 void logLine(const QString &message);
 
 } // namespace nimbara

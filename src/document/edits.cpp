@@ -246,7 +246,12 @@ Layer videoLayer(const QString &location)
 {
     Layer layer = newLayer(LayerKind::Video);
     const QUrl url(location, QUrl::TolerantMode);
-    layer.name = url.isLocalFile() ? fileNameOf(url.toLocalFile()) : location;
+    layer.name = location;
+    if (url.isLocalFile()) {
+        layer.name = fileNameOf(url.toLocalFile());
+    } else if (!url.userInfo().isEmpty() || url.hasQuery()) { // names are shown, and logged
+        layer.name = url.toString(QUrl::RemoveUserInfo | QUrl::RemoveQuery | QUrl::RemoveFragment);
+    }
     layer.uri = location;
     return layer;
 }

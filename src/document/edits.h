@@ -109,7 +109,7 @@ void checkDeletable(const SceneSets &scenes, SceneId scene);
 Layer imageLayer(const QString &path, FrameSize image, FrameSize profile);
 
 /// A full-frame video layer of a file or network location. It is named after the file, or after the
-/// location when that is not a local file.
+/// location, without user name, password and query, when that is not a local file.
 Layer videoLayer(const QString &location);
 
 } // namespace nimbara

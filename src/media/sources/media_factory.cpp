@@ -4,26 +4,63 @@
 #include "base/secret_texts.h"
 
 #include <QUrl>
+#include <QUrlQuery>
 
 #include <algorithm>
 #include <array>
 
 namespace nimbara {
 
-void checkMediaLocation(const QString &location)
+namespace {
+
+constexpr qsizetype shortestToken = 16; ///< characters of a path's segment that may be a key
+
+/// In every form in which a text may hold it.
+void hide(const QString &encoded)
+{
+    hideSecret(encoded);
+    hideSecret(QUrl::fromPercentEncoding(encoded.toUtf8()));
+}
+
+void hideSecretsOf(const QUrl &url)
+{
+    hide(url.password(QUrl::FullyEncoded));
+    hide(url.userName(QUrl::FullyEncoded));
+    for (const auto &[name, value] : QUrlQuery(url).queryItems(QUrl::FullyEncoded)) {
+        hide(value);
+    }
+    const QStringList segments = url.path(QUrl::FullyEncoded).split(QLatin1Char('/'));
+    // "rtmp://host/application/key": a key has digits, a name of a stream is a word.
+    const bool isKey = url.scheme().startsWith(QLatin1String("rtmp")) && segments.size() > 2
+        && std::any_of(segments.last().begin(), segments.last().end(), [](QChar each) {
+               return each.isDigit();
+           });
+    for (const QString &segment : segments) {
+        if (segment.size() >= shortestToken || (isKey && segment == segments.last())) {
+            hide(segment);
+        }
+    }
+}
+
+} // namespace
+
+QString checkedMediaLocation(const QString &typed)
 {
     static constexpr std::array
         schemes { "file", "https", "http", "rtsp", "rtsps", "rtmp", "rtmps" };
-    // A parsed URL has its scheme in lower case; what counts is what was entered.
+    QString location = typed.trimmed();
     const QUrl url(location, QUrl::TolerantMode);
-    const bool known = std::any_of(schemes.begin(), schemes.end(), [&](const char *scheme) {
-        return url.scheme() == QLatin1String(scheme) && location.startsWith(url.scheme());
+    const QString scheme = url.scheme();
+    const bool known = std::any_of(schemes.begin(), schemes.end(), [&scheme](const char *each) {
+        return scheme == QLatin1String(each);
     });
     if (!known || !url.isValid()) {
         throw Error(QStringLiteral("URL multimedia no compatible"));
     }
-    hideSecret(url.password(QUrl::FullyEncoded));
-    hideSecret(url.password(QUrl::FullyDecoded));
+    if (!url.isLocalFile()) {
+        hideSecretsOf(url);
+    }
+    return location.replace(0, scheme.size(), scheme);
 }
 
 MediaFactory::MediaFactory(const Clock &clock,
@@ -53,14 +90,12 @@ MediaPtr MediaFactory::screen(FrameSize size) const
 
 MediaPtr MediaFactory::media(FrameSize size, const QString &location) const
 {
-    checkMediaLocation(location);
-    return make(size, nullptr, location, false, false);
+    return make(size, nullptr, checkedMediaLocation(location), false, false);
 }
 
 MediaPtr MediaFactory::heldMedia(FrameSize size, const QString &location) const
 {
-    checkMediaLocation(location);
-    return make(size, nullptr, location, false, false, m_slots);
+    return make(size, nullptr, checkedMediaLocation(location), false, false, m_slots);
 }
 
 MediaPtr MediaFactory::make(FrameSize size,

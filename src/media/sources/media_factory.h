@@ -7,10 +7,11 @@
 
 namespace nimbara {
 
-/// Refuses a location that no source can play: throws `Error` "URL multimedia no compatible" unless
-/// it is a valid URL whose scheme is file, https, http, rtsp, rtsps, rtmp or rtmps
-/// (case-sensitive).
-void checkMediaLocation(const QString &location);
+/// A location as typed, ready to be opened: without blanks around it, its scheme in small letters.
+/// What is secret in it (password, values of the query, a key in the path) is hidden from now on
+/// (`hideSecret`). Throws `Error` "URL multimedia no compatible" unless it is a valid URL whose
+/// scheme is file, https, http, rtsp, rtsps, rtmp or rtmps.
+QString checkedMediaLocation(const QString &typed);
 
 /// Makes the four kinds of source. Whoever drops the last reference, on whatever thread, the source
 /// is destroyed on a background task: stopping a pipeline may block. Interface thread only.
@@ -25,8 +26,8 @@ public:
     [[nodiscard]] MediaPtr camera(FrameSize size, GstDevice *device) const;
     [[nodiscard]] MediaPtr testBars(FrameSize size) const;
     [[nodiscard]] MediaPtr screen(FrameSize size) const;
-    /// Checks the location first (`checkMediaLocation`), before any pipeline exists. The text
-    /// itself, not a re-encoded form, is handed to the decoder.
+    /// Checks the location first (`checkedMediaLocation`), before any pipeline exists. That text,
+    /// not a re-encoded form, is handed to the decoder.
     [[nodiscard]] MediaPtr media(FrameSize size, const QString &location) const;
     /// The same, but a file is opened, beside few others at a time, and held until it is shown.
     [[nodiscard]] MediaPtr heldMedia(FrameSize size, const QString &location) const;

@@ -27,7 +27,8 @@ LayerId LayerMaker::addVideoFile(const QString &path)
 
 LayerId LayerMaker::addMedia(const QString &location)
 {
-    const LayerId id = add(videoLayer(location), m_factory.media(m_stage.streamFrame(), location));
+    const QString checked = checkedMediaLocation(location);
+    const LayerId id = add(videoLayer(checked), m_factory.media(m_stage.streamFrame(), checked));
     m_status(
         "Video/red preparado en Preparación; pulsa AL AIRE para enviarlo. El audio sale solo en "
         "Programa.");

@@ -50,7 +50,7 @@ QString bibleChoice(const QString &stored, const QString &target)
         || language.startsWith(QLatin1String("espa"))) {
         return spanishCode();
     }
-    if (language.startsWith(QLatin1String("english"))
+    if (language.isEmpty() || language.startsWith(QLatin1String("english"))
         || language.startsWith(QLatin1String("ingl"))) {
         return englishCode();
     }

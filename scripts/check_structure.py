@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Holds the includes against the floors of the house and the rooms in them. Prints each wrong arrow
-and exits with 1."""
+"""Holds the includes against the floors of the house and the rooms in them, and the tests to their
+share of the lines. Prints each fault and exits with 1."""
 
 import pathlib
 import re
@@ -37,6 +37,10 @@ WIDGETS = re.compile(
 RAW_GST = re.compile(r"\bgst_\w+\s*\(")
 GST_ROOMS = {"media", "output"}
 GST_FILES = {"base/gst_log_hook.cpp", "base/gst_log_hook.h", "app/main.cpp"}
+# Lines of code: tests of src and tests together, and of the tests what they share.
+CODE = {".cpp", ".h", ".mm", ".py", ".sh", ".mjs"}
+MOST_TESTS = 0.33
+MOST_SUPPORT = 0.12
 INCLUDE = re.compile(r'#include "([a-z_]+)/([^"]+)"')
 
 
@@ -75,6 +79,25 @@ def faults(path: pathlib.Path, root: pathlib.Path):
             yield f"{name}:{number}: raw GStreamer call outside media and output"
 
 
+def lines_below(folder: pathlib.Path) -> int:
+    return sum(
+        len(path.read_text(encoding="utf-8").splitlines())
+        for path in folder.rglob("*")
+        if path.suffix in CODE
+    )
+
+
+def shares(project: pathlib.Path):
+    """The tests catch real faults, each on one level; what grows beyond this repeats itself."""
+    tests = lines_below(project / "tests")
+    share = tests / (tests + lines_below(project / "src"))
+    if share > MOST_TESTS:
+        yield f"tests: {share:.1%} of the lines, at most {MOST_TESTS:.0%}"
+    support = lines_below(project / "tests/support") / tests
+    if support > MOST_SUPPORT:
+        yield f"tests/support: {support:.1%} of the tests, at most {MOST_SUPPORT:.0%}"
+
+
 def main() -> int:
     root = pathlib.Path(__file__).resolve().parent.parent / "src"
     found = [
@@ -83,6 +106,7 @@ def main() -> int:
         if path.suffix in {".h", ".cpp", ".mm"}
         for fault in faults(path, root)
     ]
+    found += shares(root.parent)
     print("\n".join(found), end="\n" if found else "")
     return 1 if found else 0
 

@@ -24,6 +24,7 @@ public:
     bool question(const QString &, const QString &) override { return false; }
     SaveChoice saveChoice(const QString &, const QString &) override { return SaveChoice::Discard; }
     void warning(const QString &, const QString &) override { }
+    void tellAtEnd(const QString &, const QString &) override { }
     QString folder(const QString &, const QString &) override { return next(); }
     void
     offer(const QString &, const QString &, const QString &, const std::function<void()> &) override

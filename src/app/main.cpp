@@ -1,3 +1,4 @@
+#include "app/end_guard.h"
 #include "app/studio_application.h"
 #include "base/error.h"
 #include "base/gst_environment.h"
@@ -13,6 +14,8 @@
 #include <QStandardPaths>
 
 namespace {
+
+constexpr std::chrono::milliseconds wayOut { 4000 }; ///< after the loop; the outputs had 5 s
 
 void settleLanguage()
 {
@@ -46,7 +49,9 @@ int runStudio(nimbara::StudioApplication &application)
     services.dataFolder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
     nimbara::StudioWindow window(false, std::move(services));
     window.show();
-    return application.runLoop();
+    const int exitCode = application.runLoop();
+    nimbara::endWithin(wayOut, exitCode); // outputs are finished, and the operator has been told
+    return exitCode;
 }
 
 } // namespace

@@ -117,11 +117,11 @@ void Studio::changeProfile(StreamProfile profile)
     }
 }
 
-void Studio::shutDown()
+std::optional<Message> Studio::shutDown()
 {
     m_streams.callOffStarts();
     m_translation.shutDown();
-    finishOutputs(m_outputs.recording(), m_streams);
+    return finishOutputs(m_outputs.recording(), m_streams);
 }
 
 Pictures Studio::composePictures(std::int64_t now)

@@ -28,6 +28,7 @@
 #include <QSettings>
 
 #include <memory>
+#include <optional>
 
 namespace nimbara {
 
@@ -87,8 +88,8 @@ public:
     /// The congregation sees the hall program: the desktop must not sleep.
     void setHallShown(bool shown);
     /// Before the program ends, after the last tick: calls off what waits for a key, ends the
-    /// translation and finishes the recording; see `finishOutputs`.
-    void shutDown();
+    /// translation and finishes the recording; gives what the operator must know (`finishOutputs`).
+    std::optional<Message> shutDown();
     /// Frame slots that a stall skipped since the start.
     [[nodiscard]] std::uint64_t missedSlots() const { return m_schedule.skipped(); }
 

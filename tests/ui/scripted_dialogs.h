@@ -49,6 +49,7 @@ public:
         return take(choices).value_or(SaveChoice::Discard);
     }
     void warning(const QString &title, const QString &text) override { ask(title, text); }
+    void tellAtEnd(const QString &title, const QString &text) override { ask(title, text); }
     void offer(const QString &title,
         const QString &text,
         const QString &action,

@@ -17,17 +17,24 @@ constexpr auto pollSpacing = 10ms;
 
 } // namespace
 
-void finishOutputs(Recording &recording, const StreamDesk &streams)
+std::optional<Message> finishOutputs(Recording &recording, const StreamDesk &streams)
 {
+    std::optional<Message> told;
     recording.finish();
     const QDeadlineTimer deadline(patience);
     QTimer wake; // the encoder's end is no event of this thread
     wake.start(pollSpacing);
     while ((recording.exists() || streams.isSaving()) && !deadline.hasExpired()) {
-        recording.poll();
+        if (const auto ended = recording.poll(); ended && *ended != Recording::savedText()) {
+            told = *ended;
+        }
         QCoreApplication::processEvents(
             QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
     }
+    if (recording.exists()) {
+        told = "La grabación no terminó de guardarse a tiempo; el archivo puede estar incompleto.";
+    }
+    return told;
 }
 
 } // namespace nimbara

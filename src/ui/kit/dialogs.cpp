@@ -16,6 +16,8 @@
 #include <QSplitter>
 #include <QTreeView>
 
+#include <memory>
+
 namespace nimbara {
 
 namespace {
@@ -159,6 +161,13 @@ QMessageBox *QtDialogs::makeWarning(const QString &title, const QString &text) c
 void QtDialogs::warning(const QString &title, const QString &text)
 {
     makeWarning(title, text)->open();
+}
+
+void QtDialogs::tellAtEnd(const QString &title, const QString &text)
+{
+    const std::unique_ptr<QMessageBox> box(makeWarning(title, text));
+    box->setAttribute(Qt::WA_DeleteOnClose, false);
+    box->exec();
 }
 
 void QtDialogs::offer(const QString &title,

@@ -47,7 +47,9 @@ public:
     /// A warning box with an OK button, which stays while the program goes on: this does not wait
     /// for it. Every line of a long text can be read.
     virtual void warning(const QString &title, const QString &text) = 0;
-    /// The same with the button `action` beside OK; `taken` runs once that is pressed.
+    /// A warning that waits until it is read, for a program that ends then.
+    virtual void tellAtEnd(const QString &title, const QString &text) = 0;
+    /// A warning with the button `action` beside OK; `taken` runs once that is pressed.
     virtual void offer(const QString &title,
         const QString &text,
         const QString &action,
@@ -75,6 +77,7 @@ public:
     bool question(const QString &title, const QString &text) override;
     SaveChoice saveChoice(const QString &title, const QString &text) override;
     void warning(const QString &title, const QString &text) override;
+    void tellAtEnd(const QString &title, const QString &text) override;
     void offer(const QString &title,
         const QString &text,
         const QString &action,

@@ -2,6 +2,7 @@
 
 #include "base/i18n.h"
 #include "base/log.h"
+#include "base/secret_texts.h"
 #include "output/sink/destination.h"
 #include "ui/captions/translation_controls.h"
 #include "ui/captions/translation_tab.h"
@@ -347,7 +348,7 @@ void StudioWindow::connectShortcuts()
 
 void StudioWindow::showStatus(const Message &message)
 {
-    const QString text = nimbara_i18n::tr(message);
+    const QString text = withoutSecrets(nimbara_i18n::tr(message));
     m_status->setText(text);
     logLine(QStringLiteral("UI: ") + text);
 }
@@ -452,20 +453,30 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     }
     if (!m_mayClose && m_studio.document().hasUnsavedWork()) {
         event->ignore();
+        const auto closeLater = [this] {
+            m_mayClose = true;
+            // Not within this event: the toolkit would take the window for closed already.
+            QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+        };
         if (!m_projects->isSettling()) {
-            m_projects->settleUnsaved([this] {
-                m_mayClose = true;
-                // Not within this event: the toolkit would take the window for closed already.
-                QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
-            });
+            m_projects->settleUnsaved(closeLater);
+        } else if (m_dialogs->question(nimbara_i18n::tr("Cerrar"),
+                       nimbara_i18n::tr("El proyecto todavía se está guardando. ¿Cerrar sin "
+                                        "esperar?"))) {
+            closeLater(); // a share that has gone away holds nobody up
         }
         return;
     }
-    m_studio.safety().giveUp(); // saved, or given up by the operator
+    if (!m_projects->isSettling()) {
+        m_studio.safety().giveUp(); // saved, or given up by the operator
+    }
     m_frameTimer.stop();
     m_guard.withoutBoxes();
-    m_studio.shutDown();
+    const std::optional<Message> lost = m_studio.shutDown();
     m_hall->hide();
+    if (lost) {
+        m_dialogs->tellAtEnd(nimbara_i18n::tr("Cerrar"), nimbara_i18n::tr(*lost));
+    }
     event->accept();
 }
 

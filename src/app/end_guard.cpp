@@ -7,13 +7,20 @@
 
 namespace nimbara {
 
-void endWithin(std::chrono::milliseconds patience, int exitCode)
+void EndGuard::start(std::chrono::milliseconds patience, int exitCode)
 {
-    std::thread([patience, exitCode] {
+    std::thread([calledOff = m_calledOff, patience, exitCode] {
         std::this_thread::sleep_for(patience);
-        logLine(QStringLiteral("Fin sin esperar a lo que no responde."));
-        std::_Exit(exitCode);
+        if (!calledOff->load()) {
+            logLine(QStringLiteral("Fin sin esperar a lo que no responde."));
+            std::_Exit(exitCode);
+        }
     }).detach();
+}
+
+void EndGuard::callOff()
+{
+    m_calledOff->store(true);
 }
 
 } // namespace nimbara

@@ -43,14 +43,20 @@ void showFailure(const nimbara::Message &failure)
 }
 
 /// The window lives inside, so that every pipeline is gone when this returns.
-int runStudio(nimbara::StudioApplication &application)
+int runStudio(nimbara::StudioApplication &application, nimbara::EndGuard &guard)
 {
     nimbara::StudioServices services;
     services.dataFolder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
     nimbara::StudioWindow window(false, std::move(services));
     window.show();
-    const int exitCode = application.runLoop();
-    nimbara::endWithin(wayOut, exitCode); // outputs are finished, and the operator has been told
+    int exitCode = 1;
+    try {
+        exitCode = application.runLoop();
+    } catch (...) {
+        guard.start(wayOut, exitCode);
+        throw;
+    }
+    guard.start(wayOut, exitCode); // outputs are finished, and the operator has been told
     return exitCode;
 }
 
@@ -66,15 +72,18 @@ int main(int argc, char **argv)
     QCoreApplication::setOrganizationName(QStringLiteral("Halvenmoor"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.halvenmoor.NimbaraStudio"));
     int exitCode = 1;
+    nimbara::EndGuard guard;
     try {
         settleLanguage();
         application->translateToolkit(nimbara_i18n::language());
         startGstreamer();
         application->setStyleSheet(nimbara::applicationStyleSheet());
-        exitCode = runStudio(*application);
+        exitCode = runStudio(*application, guard);
     } catch (const std::exception &error) {
+        guard.callOff();
         showFailure(nimbara::errorMessage(error));
     } catch (...) {
+        guard.callOff();
         showFailure("Error inesperado");
     }
     gst_deinit();

@@ -61,12 +61,19 @@ void StudioApplication::keep(const QString &text)
     if (!m_failure) {
         m_failure = std::current_exception();
     }
-    exit(1);
+    if (m_inLoop) { // before it, the toolkit would open no box any more
+        exit(1);
+    }
 }
 
 int StudioApplication::runLoop()
 {
-    const int exitCode = m_failure ? 1 : exec();
+    int exitCode = 1;
+    if (!m_failure) {
+        m_inLoop = true;
+        exitCode = exec();
+        m_inLoop = false;
+    }
     if (m_failure) {
         std::rethrow_exception(std::exchange(m_failure, nullptr));
     }

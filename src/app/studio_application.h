@@ -35,6 +35,7 @@ private:
 
     QTranslator m_toolkitTexts;
     std::exception_ptr m_failure;
+    bool m_inLoop = false;
 };
 
 } // namespace nimbara

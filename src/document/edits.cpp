@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "base/i18n.h"
+#include "base/secret_texts.h"
 #include "document/layer_geometry.h"
 #include "document/local_files.h"
 
@@ -163,8 +164,10 @@ struct Application {
             for (ScenePtr &each : result.of(set)) {
                 Scene scene = *each;
                 for (Layer &layer : scene.layers) {
-                    const QString file = localFile(layer);
-                    setLocalFile(layer, edit.files.value(file, file));
+                    const auto found = edit.files.constFind(localFile(layer));
+                    if (found != edit.files.cend()) {
+                        setLocalFile(layer, *found);
+                    }
                 }
                 if (scene != *each) {
                     each = std::make_shared<const Scene>(std::move(scene));
@@ -246,11 +249,13 @@ Layer videoLayer(const QString &location)
 {
     Layer layer = newLayer(LayerKind::Video);
     const QUrl url(location, QUrl::TolerantMode);
-    layer.name = location;
     if (url.isLocalFile()) {
         layer.name = fileNameOf(url.toLocalFile());
-    } else if (!url.userInfo().isEmpty() || url.hasQuery()) { // names are shown, and logged
-        layer.name = url.toString(QUrl::RemoveUserInfo | QUrl::RemoveQuery | QUrl::RemoveFragment);
+    } else { // names are shown, logged and saved: nothing secret, also no key in the path
+        const bool isBare = url.userInfo().isEmpty() && !url.hasQuery();
+        layer.name = withoutSecrets(isBare
+                ? location
+                : url.toString(QUrl::RemoveUserInfo | QUrl::RemoveQuery | QUrl::RemoveFragment));
     }
     layer.uri = location;
     return layer;

@@ -24,10 +24,16 @@ void hide(const QString &encoded)
 
 void hideSecretsOf(const QUrl &url)
 {
+    // Where they stand in a location, however short they are; alone only what is no common word.
+    if (!url.userInfo().isEmpty()) {
+        hide(url.userInfo(QUrl::FullyEncoded) + QLatin1Char('@'));
+    }
     hide(url.password(QUrl::FullyEncoded));
-    hide(url.userName(QUrl::FullyEncoded));
     for (const auto &[name, value] : QUrlQuery(url).queryItems(QUrl::FullyEncoded)) {
-        hide(value);
+        hide(name + QLatin1Char('=') + value);
+        if (value.size() >= shortestToken) {
+            hide(value);
+        }
     }
     const QStringList segments = url.path(QUrl::FullyEncoded).split(QLatin1Char('/'));
     // "rtmp://host/application/key": a key has digits, a name of a stream is a word.

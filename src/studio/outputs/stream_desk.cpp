@@ -235,6 +235,9 @@ void StreamDesk::saved(Saving saving, bool written)
 {
     if (!written) {
         setSaving(false);
+        if (!saving.written.isEmpty() || !saving.removed.isEmpty()) {
+            Q_EMIT said(outcome(saving)); // those before it are done
+        }
         Q_EMIT failed("No se pudo guardar en el almacén seguro del sistema");
         return;
     }

@@ -64,7 +64,7 @@ Q_SIGNALS:
     void savingChanged(bool saving);
     /// An operation failed.
     void failed(const nimbara::Message &reason);
-    /// One line for the operator, already translated.
+    /// One line for the operator.
     void said(const nimbara::Message &text);
 
 private:

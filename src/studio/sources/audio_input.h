@@ -36,7 +36,11 @@ public:
     /// The capture that is opening is not wanted any more.
     void withdrawOffer();
     /// A lost device that is opening again by itself is what the operator asks for.
-    void claimOffer() { m_offer.returning = false; }
+    void claimOffer()
+    {
+        m_offer.returning = false;
+        m_refused = false;
+    }
     /// The device that is opening, or none.
     [[nodiscard]] const std::optional<CaptureDevice> &offered() const { return m_offer.device; }
     /// How the last offer of the operator came along.

@@ -51,7 +51,11 @@ public:
     /// The camera that is opening is not wanted any more.
     void withdrawCamera();
     /// A lost camera that is opening again by itself is what the operator asks for.
-    void claimCamera() { m_offer.returning = false; }
+    void claimCamera()
+    {
+        m_offer.returning = false;
+        m_refused = false;
+    }
     /// The device that is opening, or none.
     [[nodiscard]] const std::optional<CaptureDevice> &offeredDevice() const
     {

@@ -36,7 +36,7 @@ Canvas::Canvas(QWidget *parent)
     setMinimumSize(240, 135);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setMouseTracking(true);
-    // A click gives the arrow keys to the canvas, and so does Tab.
+    // A click alone gives the arrow keys to the canvas: they move what is selected.
     setFocusPolicy(Qt::ClickFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
 }

@@ -177,6 +177,7 @@ void QtDialogs::offer(const QString &title,
 {
     QMessageBox *box = makeWarning(title, text);
     const QPushButton *button = box->addButton(action, QMessageBox::ActionRole);
+    box->setEscapeButton(QMessageBox::Ok);
     // Not from the button's own signal: what is taken may open a box of its own.
     QObject::connect(button, &QPushButton::clicked, m_parent, taken, Qt::QueuedConnection);
     box->open();

@@ -5,14 +5,23 @@
 
 namespace nimbara {
 
-HallControls::HallControls(SourcesTab &tab, Report status)
-    : m_tab(tab)
+HallControls::HallControls(QWidget &window, SourcesTab &tab, Report status)
+    : m_window(window)
+    , m_tab(tab)
     , m_status(std::move(status))
-    , m_escape(new QShortcut(Qt::Key_Escape, &tab))
+    , m_escape(new QShortcut(Qt::Key_Escape, &window))
 {
-    m_escape->setContext(Qt::WindowShortcut);
-    connect(m_escape, &QShortcut::activated, this, &HallControls::hide);
-    m_screen.onHidden = [this] { showState(); };
+    connect(m_escape, &QShortcut::activated, this, [this] {
+        if (coversStudio()) {
+            hide();
+        }
+    });
+    m_screen.onHidden = [this] {
+        if (!m_waits) { // hidden by the operator: it does not come back by itself
+            m_shownOn.reset();
+        }
+        showState();
+    };
     connect(&m_tab, &SourcesTab::hallScreenPressed, this, &HallControls::toggle);
     connect(qGuiApp, &QGuiApplication::screenRemoved, this, &HallControls::screenRemoved);
     connect(qGuiApp, &QGuiApplication::screenAdded, this, &HallControls::screenAdded);
@@ -57,41 +66,49 @@ void HallControls::toggle()
 void HallControls::showOn(QScreen &screen)
 {
     m_waits = false;
-    m_shownOn = Place { screen.name(), screen.geometry() };
     m_screen.showOn(screen);
+    m_shownOn = Place { screen.name(), screen.geometry() };
+    m_tab.chooseScreen(static_cast<int>(QGuiApplication::screens().indexOf(&screen)));
     showState();
+}
+
+bool HallControls::coversStudio() const
+{
+    return m_screen.isVisible() && m_screen.screen() == m_window.screen();
 }
 
 /// Esc hides a hall that covers the operator's window. On a screen of its own no key of the studio
 /// may blank what the congregation sees.
 void HallControls::showState()
 {
-    const bool shown = m_screen.isVisible();
-    const bool covers = shown && m_screen.screen() == m_tab.window()->screen();
-    m_escape->setEnabled(covers);
-    m_tab.setHallShown(shown, covers);
-    Q_EMIT shownChanged(shown);
+    m_escape->setEnabled(m_screen.isVisible());
+    m_tab.setHallShown(m_screen.isVisible(), coversStudio());
+    Q_EMIT shownChanged(m_screen.isVisible());
 }
 
 void HallControls::screenRemoved(const QScreen *screen)
 {
     listScreens();
     m_status("Pantalla desconectada; Programa y salidas continúan.");
-    if (m_shownOn && screen->name() == m_shownOn->name) {
+    if (m_screen.isVisible() && screen == m_screen.screen()) { // its windows move after this
         m_waits = true;
         m_screen.hide();
     }
+    showState();
 }
 
 void HallControls::screenAdded(QScreen *screen)
 {
     listScreens();
+    const bool isNamed = !screen->name().isEmpty();
     const bool returns = m_waits && m_shownOn
-        && (screen->name() == m_shownOn->name || screen->geometry() == m_shownOn->geometry);
+        && ((isNamed && screen->name() == m_shownOn->name)
+            || screen->geometry() == m_shownOn->geometry);
     if (returns) {
         showOn(*screen);
         m_status("La pantalla de sala ha vuelto.");
     }
+    showState();
 }
 
 } // namespace nimbara

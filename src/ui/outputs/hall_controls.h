@@ -19,8 +19,8 @@ namespace nimbara {
 class HallControls : public QObject {
     Q_OBJECT
 public:
-    /// `tab` must outlive the controls; its window is the operator's.
-    HallControls(SourcesTab &tab, Report status);
+    /// `window`: the operator's. Both must outlive the controls.
+    HallControls(QWidget &window, SourcesTab &tab, Report status);
     HallControls(const HallControls &) = delete;
     HallControls &operator=(const HallControls &) = delete;
     HallControls(HallControls &&) = delete;
@@ -44,12 +44,14 @@ private:
     void showOn(QScreen &screen);
     void screenAdded(QScreen *screen);
     void screenRemoved(const QScreen *screen);
+    [[nodiscard]] bool coversStudio() const;
     void showState();
 
+    QWidget &m_window;
     SourcesTab &m_tab;
     Report m_status;
     HallScreen m_screen;
-    QShortcut *m_escape; ///< of the operator's window, while the hall covers it
+    QShortcut *m_escape; ///< of the operator's window, while the hall is shown
     std::optional<Place> m_shownOn;
     bool m_waits = false; ///< for that screen to return
 };

@@ -24,6 +24,7 @@ public:
     void showDevices(const DeviceLists &devices);
     /// Fills the list of screens; the chosen one stays chosen while it is there.
     void showScreens(const QStringList &names);
+    void chooseScreen(int entry) { m_screens->setCurrentIndex(entry); }
     /// `covers`: the hall stands in front of the studio, where Esc hides it.
     void setHallShown(bool shown, bool covers);
 

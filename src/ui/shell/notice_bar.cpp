@@ -53,6 +53,7 @@ void NoticeBar::addRow(const Notices::Notice &notice)
     label->setWordWrap(true);
     line->addWidget(label, 1);
     auto *read = makeButton("Entendido", "noticeRead");
+    read->setFocusPolicy(Qt::TabFocus); // a click leaves the keyboard where it was
     read->setAccessibleName(nimbara_i18n::tr("Entendido") + QStringLiteral(": ") + text);
     connect(read, &QPushButton::clicked, &m_notices, [this, id = notice.id] {
         m_notices.settle(id);

@@ -70,6 +70,12 @@ void ProjectControls::connectDesk()
         const auto number = [](int value) { return Message::verbatim(QString::number(value)); };
         m_studio.status(
             { "Archivos encontrados: %1; faltan %2.", { number(found), number(missing) } });
+        if (found == 0) { // another folder, then
+            QMetaObject::invokeMethod(
+                this,
+                [this] { showOpened({}); },
+                Qt::QueuedConnection);
+        }
     });
     connect(desk, &ProjectDesk::saved, this, [this] {
         if (m_next) {
@@ -231,7 +237,7 @@ void ProjectControls::showOpened(const QList<Message> &warnings)
     m_dialogs.offer(label("Abrir proyecto"),
         lines.join(QLatin1Char('\n')),
         label("Buscar…"),
-        [this] { lookForMissing(); });
+        [this] { m_guard.run([this] { lookForMissing(); }); });
 }
 
 void ProjectControls::lookForMissing()

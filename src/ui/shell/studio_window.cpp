@@ -118,7 +118,8 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_translationTab(new TranslationTab)
     , m_lostAudio(named(new QLabel, "lostAudio"))
     , m_status(new QLabel)
-    , m_hall(std::make_unique<HallControls>(*m_sourcesTab,
+    , m_hall(std::make_unique<HallControls>(*this,
+          *m_sourcesTab,
           [this](const Message &text) { showStatus(text); }))
     , m_returnKey(std::make_unique<ReturnKey>(*this))
 {
@@ -453,8 +454,8 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     }
     if (!m_mayClose && m_studio.document().hasUnsavedWork()) {
         event->ignore();
-        const auto closeLater = [this] {
-            m_mayClose = true;
+        const auto closeLater = [this, asked = m_studio.document().project()] {
+            m_mayClose = m_studio.document().project() == asked; // edited since: ask again
             // Not within this event: the toolkit would take the window for closed already.
             QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
         };

@@ -58,7 +58,7 @@ public:
     StudioWindow &operator=(StudioWindow &&) = delete;
     ~StudioWindow() override;
 
-    /// Shows one line for the operator, already translated, and logs it.
+    /// Shows one line for the operator, and logs it.
     void showStatus(const Message &message);
 
     [[nodiscard]] Studio &studio() { return m_studio; }

@@ -55,5 +55,5 @@ function(nimbara_test name)
   file(MAKE_DIRECTORY ${home})
   add_test(NAME ${name} COMMAND ${TEST_LAUNCHER} $<TARGET_FILE:${target}>)
   set_tests_properties(${name} PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}" ENVIRONMENT
-    "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;XDG_CACHE_HOME=${home}/cache;LANG=C.UTF-8;QTEST_DISABLE_STACK_DUMP=1;ASAN_OPTIONS=detect_leaks=0:abort_on_error=1;UBSAN_OPTIONS=print_stacktrace=1;${TEST_ENVIRONMENT}")
+    "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;XDG_CACHE_HOME=${home}/cache;LANG=C.UTF-8;QTEST_DISABLE_STACK_DUMP=1;ASAN_OPTIONS=detect_leaks=1:fast_unwind_on_malloc=0:malloc_context_size=12:abort_on_error=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1;${TEST_ENVIRONMENT}")
 endfunction()

@@ -1,6 +1,6 @@
 #include "base/gst_log_hook.h"
-#include "base/log.h"
 #include "base/secret_texts.h"
+#include "support/log_text.h"
 #include "support/test_registry.h"
 
 #include <QRegularExpression>
@@ -14,13 +14,7 @@ namespace {
 
 QStringList logLines()
 {
-    QFile file(logFilePath());
-    if (!file.open(QIODevice::ReadOnly)) {
-        return {};
-    }
-    QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
-    lines.removeLast();
-    return lines;
+    return testing::logText().split(u'\n').mid(0, testing::logText().count(u'\n'));
 }
 
 GstLogEntry entryAt(int line)

@@ -14,9 +14,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using bible::VerseLookup;
 using bible::VerseUpdate;
-using nimbara::testing::ApiPeer;
-using nimbara::testing::errorOf;
-using nimbara::testing::field;
+using namespace nimbara::testing;
 
 namespace {
 

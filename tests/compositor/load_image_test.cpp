@@ -1,5 +1,6 @@
 #include "compositor/scene/load_image.h"
 #include "support/error_of.h"
+#include "support/shown.h"
 #include "support/test_registry.h"
 
 #include <QBuffer>
@@ -74,9 +75,7 @@ private Q_SLOTS:
             QVERIFY(frame->opaque);
             const QColor centre = imageView(*frame).pixelColor(32, 16);
             // Inks and lossy coding round.
-            QVERIFY2(qAbs(centre.red() - 200) < 12 && qAbs(centre.green() - 40) < 12
-                    && qAbs(centre.blue() - 90) < 12,
-                qPrintable(centre.name()));
+            QVERIFY2(isNear(centre, QColor(200, 40, 90), 11), qPrintable(centre.name()));
         }
     }
 

@@ -68,34 +68,29 @@ void paintTextLayer(QImage &canvas, const Layer &layer, int frameHeight)
     outlined(painter, area, flags, layer.text + below, d);
 }
 
-void paintTitleBand(QImage &canvas, const QString &title)
+/// The hall's automatic caption, or the title of the streams in its band.
+void paintOverlay(QImage &canvas, const QString &text, bool isHall)
 {
     const int width = canvas.width();
     const int height = canvas.height();
-    const QRect band(width / 25, height * 78 / 100, width * 23 / 25, height * 15 / 100);
     QPainter painter(&canvas);
     painter.setRenderHint(QPainter::TextAntialiasing);
-    painter.fillRect(band, QColor(12, 48, 88, 235));
+    const int pixels = std::max(isHall ? height / 16 : width / 45, 16);
+    painter.setFont(QFont(u"Sans Serif"_s, pixels, QFont::Bold));
+    QRect box(width / 20, height / 8, width * 18 / 20, height * 3 / 4);
+    if (isHall) {
+        painter.setPen(QColor(0, 0, 0, 200));
+        painter.drawText(box.translated(4, 4), Qt::AlignCenter | Qt::TextWordWrap, text.left(700));
+    } else {
+        box.setRect(width / 25, height * 78 / 100, width * 23 / 25, height * 15 / 100);
+        painter.fillRect(box, QColor(12, 48, 88, 235));
+        box.adjust(24, 8, -24, -8);
+    }
     painter.setPen(Qt::white);
-    painter.setFont(QFont(u"Sans Serif"_s, std::max(width / 45, 16), QFont::Bold));
-    painter.drawText(band.adjusted(24, 8, -24, -8),
-        Qt::AlignLeft | Qt::AlignVCenter | Qt::TextWordWrap,
-        title.left(500));
-}
-
-void paintAutomaticCaption(QImage &canvas, const QString &caption)
-{
-    const int width = canvas.width();
-    const int height = canvas.height();
-    const QRect box(width / 20, height / 8, width * 18 / 20, height * 3 / 4);
-    QPainter painter(&canvas);
-    painter.setRenderHint(QPainter::TextAntialiasing);
-    painter.setFont(QFont(u"Sans Serif"_s, std::max(height / 16, 16), QFont::Bold));
-    const int flags = Qt::AlignCenter | Qt::TextWordWrap;
-    painter.setPen(QColor(0, 0, 0, 200));
-    painter.drawText(box.translated(4, 4), flags, caption.left(700));
-    painter.setPen(Qt::white);
-    painter.drawText(box, flags, caption.left(700));
+    const int across = isHall ? Qt::AlignHCenter : Qt::AlignLeft;
+    painter.drawText(box,
+        across | Qt::AlignVCenter | Qt::TextWordWrap,
+        text.left(isHall ? 700 : 500));
 }
 
 /// A canvas with something to see through translucent parts: a colour for every place.
@@ -103,12 +98,8 @@ QImage texturedCanvas(int width, int height)
 {
     QImage canvas(width, height, QImage::Format_RGBA8888);
     for (int y = 0; y < height; ++y) {
-        uchar *row = canvas.scanLine(y);
         for (int x = 0; x < width; ++x) {
-            *row++ = static_cast<uchar>(x / 8);
-            *row++ = static_cast<uchar>(y / 5);
-            *row++ = static_cast<uchar>((x + y) / 12);
-            *row++ = 255;
+            canvas.setPixel(x, y, qRgb(x / 8, y / 5, (x + y) / 12));
         }
     }
     return canvas;
@@ -160,17 +151,7 @@ bool unchangedAround(const QImage &actual, const QImage &below, const QRect &box
 
 using Change = std::function<void(Layer &)>;
 
-Change size(std::int32_t pixels)
-{
-    return [pixels](Layer &layer) { layer.size = pixels; };
-}
-
-Change aligned(std::int32_t bits)
-{
-    return [bits](Layer &layer) { layer.align = bits; };
-}
-
-Change faint(std::int32_t pixels, double opacity)
+Change size(std::int32_t pixels, double opacity = 1)
 {
     return [=](Layer &layer) { layer.size = pixels, layer.opacity = opacity; };
 }
@@ -224,12 +205,10 @@ private Q_SLOTS:
             { "no box", spanish, [](auto &layer) { layer.background.setAlpha(0); } },
             { "solid box", spanish, [](auto &layer) { layer.background = Qt::darkRed; } },
             { "no shadow", spanish, [](auto &layer) { layer.shadow = false; } },
-            { "translucent text",
-                spanish,
-                [](auto &layer) { layer.color = QColor(255, 200, 0, 90); } },
+            { "translucent text", spanish, [](auto &layer) { layer.color.setAlpha(90); } },
             { "black text, shadow", spanish, [](auto &layer) { layer.color = Qt::black; } },
-            { "layer opacity", spanish, faint(44, 0.4) },
-            { "layer opacity, large", spanish, faint(90, 0.7) },
+            { "layer opacity", spanish, size(44, 0.4) },
+            { "layer opacity, large", spanish, size(90, 0.7) },
             { "a caption alone, centred", spanish, subtitle("", 44, align::horizontalCentre) },
             { "two texts", spanish, subtitle("La frase más nueva.") },
             { "two texts, blank line, large", spanish, subtitle("\nLa frase más nueva.", 72) },
@@ -253,9 +232,8 @@ private Q_SLOTS:
         for (const std::int32_t across :
             { align::left, align::right, align::horizontalCentre, align::justify }) {
             for (const std::int32_t down : { align::top, align::bottom, align::verticalCentre }) {
-                rows.push_back({ "align " + QByteArray::number(across + down),
-                    spanish,
-                    aligned(across + down) });
+                const Change change = [=](auto &layer) { layer.align = across + down; };
+                rows.push_back({ "align " + QByteArray::number(across + down), spanish, change });
             }
         }
         for (const auto &[name, text, change, portrait] : rows) {
@@ -299,13 +277,9 @@ private Q_SLOTS:
             composition.size = frame;
             composition.isHall = isHall;
             composition.pictures = { toFrame(below.convertToFormat(QImage::Format_RGBX8888)) };
-            if (isHall) {
-                paintAutomaticCaption(expected, text);
-                composition.captions.phrases = { text };
-            } else {
-                paintTitleBand(expected, text);
-                composition.title = text;
-            }
+            composition.captions.phrases = { text }; // the hall's alone
+            composition.title = text; // the streams' alone
+            paintOverlay(expected, text, isHall);
             const QImage actual = Composer(std::make_shared<PaintCache>()).compose(composition);
             const double mean = meanDifference(actual, expected, actual.rect());
             QVERIFY(meanDifference(expected, below, actual.rect()) > 1);

@@ -52,9 +52,6 @@ Project fullProject()
     return project;
 }
 
-constexpr Box low { -2.5, 0, 0.011, 3 };
-constexpr Box far { 100, -100, 100, 1 };
-
 /// Damages the files of a corpus.
 class Damage {
 public:
@@ -82,18 +79,15 @@ private:
     void mutate(QByteArray &file, qsizetype place)
     {
         const qsizetype length = below(64);
-        const qsizetype kind = below(20);
         const qsizetype colon = file.indexOf(':', place);
-        if (kind == 0) {
-            file.insert(place, static_cast<char>(below(256)));
-        } else if (kind == 1) {
-            file.remove(place, length);
-        } else if (kind == 2) {
-            file.insert(below(file.size() + 1), file.mid(place, length * 8));
-        } else if (kind == 3) {
+        const QByteArray pieces[] { QByteArray(1, static_cast<char>(below(256))),
+            file.mid(below(file.size() + 1), length * 8),
+            QByteArray("[{\"\\,0]}").mid(length % 7, 1).repeated(length * 40),
+            {} };
+        if (const qsizetype kind = below(20); kind == 0) {
             file = file.left(place) + oneOf(m_corpus).mid(place + length);
-        } else if (kind == 4) {
-            file.insert(place, QByteArray("[{\"\\,0]}").mid(length % 7, 1).repeated(length * 40));
+        } else if (kind <= 4) {
+            file.replace(place, kind == 4 ? length : 0, pieces[kind - 1]);
         } else if (colon >= 0) { // another value: more often than not it stays a document
             const qsizetype end = file.indexOf(',', colon);
             file.replace(colon + 1, end < 0 ? 1 : end - colon - 1, oneOf(m_values));
@@ -181,6 +175,7 @@ private Q_SLOTS:
     void readsLayers()
     {
         const auto nothing = [](Layer &) {};
+        const auto box = [](Box at) { return [=](Layer &layer) { setBox(layer, at); }; };
         const auto smallest = [](Layer &layer) { layer.size = Layer::minSize; };
         const std::pair<const char *, std::function<void(Layer &)>> rows[] {
             { "{}", nothing },
@@ -196,8 +191,8 @@ private Q_SLOTS:
             { R"({"w":0})", nothing },
             { R"({"x":0.5,"y":0.5,"w":0.01,"h":0.5})", nothing },
             { R"({"x":0.5,"y":0.5,"w":0.5,"h":-2})", nothing },
-            { R"({"x":-2.5,"w":0.011,"h":3})", [](auto &layer) { setBox(layer, low); } },
-            { R"({"x":1e308,"y":-1e308,"w":1e308})", [](auto &layer) { setBox(layer, far); } },
+            { R"({"x":-2.5,"w":0.011,"h":3})", box({ -2.5, 0, 0.011, 3 }) },
+            { R"({"x":1e308,"y":-1e308,"w":1e308})", box({ 100, -100, 100, 1 }) },
             { R"({"align":33})", [](auto &layer) { layer.align = 33; } },
             { R"({"align":4321})", [](auto &layer) { layer.align = 4321 & 0xef; } },
             { R"({"align":1e18})", nothing },
@@ -242,11 +237,11 @@ private Q_SLOTS:
             { many + more + "{}]}", whole },
             { QByteArray(maxProjectBytes + 1, ' '), whole },
         };
-        for (const char *value : { "0", "4", "2.5", "\"3\"", "null" }) {
-            rows.emplace_back(R"({"gain":900,"version":)" + QByteArray(value) + '}', version);
+        for (const QByteArray value : { "0", "4", "2.5", "\"3\"", "null" }) {
+            rows.emplace_back(R"({"gain":900,"version":)" + value + '}', version);
         }
-        for (const char *value : { "201", "-1", "99.5", "true" }) {
-            rows.emplace_back(R"({"version":1,"gain":)" + QByteArray(value) + '}', options);
+        for (const QByteArray value : { "201", "-1", "99.5", "true" }) {
+            rows.emplace_back(R"({"version":1,"gain":)" + value + '}', options);
         }
         for (const auto &[json, reason] : rows) {
             const RowName named(json.left(40));
@@ -310,8 +305,7 @@ private Q_SLOTS:
         }
         QVERIFY(corpus.size() > 4);
         Damage damage(corpus);
-        const int asked = qEnvironmentVariableIntValue("NIMBARA_FUZZ_FILES");
-        const int files = asked > 0 ? asked : 3000;
+        const int files = qEnvironmentVariable("NIMBARA_FUZZ_FILES", u"3000"_s).toInt();
         int accepted = 0;
         for (int i = 0; i < files; ++i) {
             const RowName named("file " + QByteArray::number(i));

@@ -22,12 +22,7 @@ DeviceRef microphone(const std::string &opens)
 
 template <typename Condition> bool pullUntil(AudioCapture &capture, Condition condition)
 {
-    return QTest::qWaitFor(
-        [&] {
-            capture.pull({});
-            return condition();
-        },
-        20'000);
+    return QTest::qWaitFor([&] { return capture.pull({}), condition(); }, 20'000);
 }
 
 } // namespace
@@ -55,10 +50,8 @@ private Q_SLOTS:
                  "S16LE,rate=16000,channels=1",
                  "S32LE,rate=96000,channels=8,channel-mask=(bitmask)0xc3f" }) { // a mixing console
             const RowName named(caps);
-            const DeviceRef device = microphone(
-                std::string(
-                    "audiotestsrc is-live=true volume=0.5 ! capsfilter caps=audio/x-raw,format=")
-                + caps);
+            const std::string tone = "audiotestsrc is-live=true volume=0.5 ! capsfilter caps=";
+            const DeviceRef device = microphone(tone + "audio/x-raw,format=" + caps);
             AudioCapture capture(m_clock, device.get());
             std::size_t values = 0;
             capture.listener = [&](const AudioBlock &block) { values += block.samples.size(); };
@@ -88,12 +81,7 @@ private Q_SLOTS:
         AudioCapture capture(m_clock, nullptr);
         std::vector<float> last;
         capture.listener = [&](const AudioBlock &block) { last = block.samples; };
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                capture.pull({ true, 1.0 });
-                return !last.empty();
-            },
-            20'000));
+        QTRY_VERIFY((capture.pull({ true, 1.0 }), !last.empty()));
         QVERIFY(std::all_of(last.begin(), last.end(), [](float value) { return value == 0.0F; }));
         QVERIFY(capture.inputLevels().peak[0] > 0.2);
         QCOMPARE(capture.outputLevels().peak[0], 0.0);
@@ -163,9 +151,7 @@ private Q_SLOTS:
                 { "appsink", "audiotestsrc", missing },
                 { "", "", missing },
                 { "", "videotestsrc", "No se pudo enlazar el dispositivo de audio" },
-                { "",
-                    "filesrc location=/nonexistent ! rawaudioparse",
-                    "No se pudo iniciar audio" } }) {
+                { "", "filesrc location=/no ! rawaudioparse", "No se pudo iniciar audio" } }) {
             const RowName named(QByteArray(hidden) + opens);
             const auto gone = *hidden == '\0' ? nullptr : std::make_unique<HiddenElement>(hidden);
             try {

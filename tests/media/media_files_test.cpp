@@ -61,32 +61,23 @@ private Q_SLOTS:
         const auto fast = u"-cpu-used 8 -deadline realtime"_s.split(u' ');
         const auto twice = u"-map 0 -map 0 -map 1 -map 1"_s.split(u' ');
         const auto ultra = u"-preset ultrafast"_s.split(u' ');
+        ClipRecipe titled { .seconds = 0.4, .audioCodec = u"flac"_s, .container = u"mkv"_s };
+        titled.subtitles = true;
+        ClipRecipe surround { .seconds = 0.4, .audioCodec = u"ac3"_s, .container = u"mkv"_s };
+        surround.audioRate = 44100;
+        surround.audioChannels = 6;
+        ClipRecipe webM { .seconds = 0.4, .audioCodec = u"libopus"_s, .container = u"webm"_s };
+        webM.videoCodec = u"libvpx-vp9"_s;
+        webM.extra = fast;
         const std::tuple<const char *, ClipRecipe, int> rows[] {
             { "H.264 and AAC in MP4", { .seconds = 0.4 }, 11 },
             { "25 frames per second", { .rate = u"25"_s, .seconds = 0.4 }, 9 },
             { "59.94 frames per second", { .rate = u"60000/1001"_s, .seconds = 0.4 }, 23 },
             { "variable frame rate", { .seconds = 0.4, .extra = vfr }, 9 },
-            { "WebM",
-                { .seconds = 0.4,
-                    .videoCodec = u"libvpx-vp9"_s,
-                    .audioCodec = u"libopus"_s,
-                    .container = u"webm"_s,
-                    .extra = fast },
-                11 },
-            { "subtitles",
-                { .seconds = 0.4,
-                    .audioCodec = u"flac"_s,
-                    .container = u"mkv"_s,
-                    .subtitles = true },
-                11 },
+            { "WebM", webM, 11 },
+            { "subtitles", titled, 11 },
             { "two streams of each kind", { .seconds = 0.4, .extra = twice }, 11 },
-            { "5.1",
-                { .seconds = 0.4,
-                    .audioCodec = u"ac3"_s,
-                    .container = u"mkv"_s,
-                    .audioRate = 44100,
-                    .audioChannels = 6 },
-                11 },
+            { "5.1", surround, 11 },
             { "no sound", { .seconds = 0.4, .audioCodec = {} }, 11 },
             { "no picture", { .seconds = 0.4, .videoCodec = {} }, -1 },
             { "4K", { .width = 3840, .height = 2160, .seconds = 0.4, .extra = ultra }, 11 },
@@ -149,10 +140,8 @@ private Q_SLOTS:
         for (const auto &[degrees, clip, profile] : rows) {
             const RowName named(
                 QByteArray::number(degrees) + ", " + QByteArray::number(clip.width));
-            const ClipRecipe recipe { .width = clip.width,
-                .height = clip.height,
-                .seconds = 0.4,
-                .rotate = degrees };
+            ClipRecipe recipe { .width = clip.width, .height = clip.height, .seconds = 0.4 };
+            recipe.rotate = degrees;
             const MediaPtr media = open(recipe, profile);
             QVERIFY(pollUntil(*media, [&] { return !media->active(); }));
             QVERIFY(media->frame());

@@ -3,7 +3,6 @@
 #include "media/sources/media_factory.h"
 #include "media/sources/retirement.h"
 #include "poll.h"
-#include "support/error_of.h"
 #include "support/fake_device.h"
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
@@ -18,7 +17,6 @@ namespace {
 
 constexpr std::int32_t width = 320;
 constexpr std::int32_t height = 180;
-
 constexpr FrameSize size { 160, 90 };
 
 } // namespace
@@ -263,18 +261,6 @@ private Q_SLOTS:
 
     void refusesWhatDoesNotFit()
     {
-        const auto refusal = [](auto make) {
-            return errorOf([&] {
-                // Told at once, or by the source itself on a machine too busy to know it yet.
-                const MediaPtr late = make();
-                if (QTest::qWaitFor(
-                        [&] { return late->startOutcome() == PipelineStart::Outcome::Refused; },
-                        30'000)) {
-                    throw Error(u"No se pudo iniciar fuente"_s);
-                }
-                return late;
-            });
-        };
         const auto camera = [&](const char *opens) {
             return refusal([&, device = fakeDevice({ .opens = opens })] {
                 return m_factory.camera(size, device.get());
@@ -292,8 +278,7 @@ private Q_SLOTS:
     {
         for (const auto &[session, x11] : { std::pair { DesktopSession { {}, ":0", "x11" }, true },
                  { DesktopSession { {}, ":0", {} }, true },
-                 { DesktopSession { "wayland-0", ":0", "wayland" },
-                     false }, // an X server of its own
+                 { DesktopSession { "wayland-0", ":0", "wayland" }, false }, // has an X server
                  { DesktopSession { {}, ":0", "wayland" }, false },
                  { DesktopSession {}, false } }) {
             const ScreenElements elements = screenElements(session);
@@ -309,9 +294,8 @@ private Q_SLOTS:
         QCOMPARE(errorOf([&] { return none.screen(size); }),
             u"Captura de pantalla no disponible en este sistema"_s);
 
-        const MediaFactory second(m_clock,
-            m_retirement,
-            { { "no-such-element", {} }, { "videotestsrc", { { "is-live", true } } } });
+        const ScreenElements two { { "none", {} }, { "videotestsrc", { { "is-live", true } } } };
+        const MediaFactory second(m_clock, m_retirement, two);
         const MediaPtr screen = second.screen(size);
         QCOMPARE(screen->label(), u"fuente=videotestsrc (pantalla) pedido=video/x-raw"_s);
         QVERIFY(!screen->isDevice());

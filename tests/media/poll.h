@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/sources/media.h"
+#include "support/error_of.h"
 
 #include <QTest>
 
@@ -9,12 +10,22 @@ namespace nimbara::testing {
 /// Reads the source as the frame clock does until the condition holds; false when it never does.
 template <typename Condition> bool pollUntil(Media &media, Condition condition)
 {
-    return QTest::qWaitFor(
-        [&] {
-            media.pollSource();
-            return condition();
-        },
-        20'000);
+    return QTest::qWaitFor([&] { return media.pollSource(), condition(); }, 20'000);
+}
+
+/// Why the source that `make` makes does not start: told at once, or by the source itself on a
+/// machine too busy to know it yet.
+template <typename Make> QString refusal(Make make)
+{
+    return errorOf([&] {
+        const auto late = make();
+        const auto refused
+            = [&] { return late->startOutcome() == PipelineStart::Outcome::Refused; };
+        if (QTest::qWaitFor(refused, 30'000)) {
+            throw Error(QStringLiteral("No se pudo iniciar fuente"));
+        }
+        return late;
+    });
 }
 
 /// The four bytes of the pixel at a position given in fractions of the picture.

@@ -87,6 +87,12 @@ void ApiPeer::send(const QByteArray &text, bool fin, bool mask)
     command(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
+void ApiPeer::sendTranscript(const QByteArray &text)
+{
+    send("{\"type\":\"conversation.item.input_audio_transcription.completed\",\"transcript\":\""
+        + text + "\"}");
+}
+
 void ApiPeer::serve(const QList<QPair<QString, QString>> &phrases,
     int delayMs,
     const QByteArray &voice)

@@ -31,6 +31,8 @@ public:
     void live(const QByteArray &mode); ///< in force when this returns
     /// A text message, or a fragment of one, on the live session.
     void send(const QByteArray &text, bool fin = true, bool mask = false);
+    /// A completed transcript on the live session.
+    void sendTranscript(const QByteArray &text);
     /// Answers by itself from now on, each time after the delay: the phrases are heard in this
     /// order, and each has its caption. Without phrases no more.
     void serve(const QList<QPair<QString, QString>> &phrases,

@@ -2,12 +2,20 @@
 
 #include "compositor/scene/composer.h"
 
+#include <cstdlib>
 #include <utility>
 #include <vector>
 
 namespace nimbara::testing {
 
 constexpr FrameSize shownSize { 320, 180 };
+
+/// Whether each channel is within some steps: fades and scaling round.
+inline bool isNear(const QColor &a, const QColor &b, int steps = 2)
+{
+    return std::abs(a.red() - b.red()) <= steps && std::abs(a.green() - b.green()) <= steps
+        && std::abs(a.blue() - b.blue()) <= steps;
+}
 
 /// A layer with the picture that it shows.
 struct PicturedLayer : Layer {

@@ -20,9 +20,9 @@ constexpr const char *responses = "/v1/responses";
 constexpr const char *speeches = "/v1/audio/speech";
 const QString liveActive = u"Modo en vivo activo (texto mientras se habla)."_s;
 
-QJsonObject bodyOf(const QJsonObject &request)
+QString inputOf(const QJsonObject &request)
 {
-    return QJsonDocument::fromJson(field(request, "body").toUtf8()).object();
+    return QJsonDocument::fromJson(field(request, "body").toUtf8())["input"_L1].toString();
 }
 
 /// The last part of the form.
@@ -80,11 +80,10 @@ private Q_SLOTS:
         start();
         speak();
         transcribe(await(transcriptions, 1).at(0), u"Hola hermanos"_s);
-        const QJsonObject body = bodyOf(await(responses, 1).at(0));
-        QCOMPARE(field(body, "input"), u"New text: Hola hermanos"_s);
-        QCOMPARE(field(body, "model"), u"gpt-4.1-mini"_s);
-        QVERIFY(body.value(u"max_output_tokens") == 400 && body.value(u"store") == false);
-        QVERIFY(field(body, "instructions").contains(u"fluent English as a human interpreter"));
+        QCOMPARE(inputOf(await(responses, 1).at(0)), u"New text: Hola hermanos"_s);
+        const QString body = field(await(responses, 1).at(0), "body");
+        QVERIFY(body.contains(uR"(,"max_output_tokens":400,"model":"gpt-4.1-mini","store":false)"));
+        QVERIFY(body.contains(u"fluent English as a human interpreter"));
         m_clock.advanceUs(1'200'000);
         translate(await(responses, 1).at(0), u" Hello brothers"_s);
         QTRY_COMPARE(m_captions, QStringList { u"Hello brothers"_s });
@@ -96,7 +95,7 @@ private Q_SLOTS:
             (QStringList { u"Hola hermanos"_s, u"(repetido, descartado) ¡HOLA, hermanos!"_s }));
         transcribe(uploads.at(2), u"  "_s);
         transcribe(uploads.at(3), u"sea la luz"_s);
-        QCOMPARE(field(bodyOf(await(responses, 2).at(1)), "input"),
+        QCOMPARE(inputOf(await(responses, 2).at(1)),
             u"Previous original:  Hola hermanos\nPrevious translation:   Hello brothers\nNew text: sea la luz"_s);
         translate(await(responses, 2).at(1), u"let there be light"_s);
         QTRY_COMPARE(m_captions.size(), 2); // what gave nothing holds nothing up
@@ -106,7 +105,7 @@ private Q_SLOTS:
     {
         startLive();
         turn(u"uno"_s);
-        await(responses, 1);
+        const QJsonObject late = await(responses, 1).at(0);
         turn(u"dos"_s, 2, u"two"_s);
         turn(u"tres"_s, 3, u"three"_s);
         m_clock.advanceUs(7'000'000);
@@ -116,7 +115,7 @@ private Q_SLOTS:
         // By the engine's own timer.
         QTRY_COMPARE(m_captions, (QStringList { u"two"_s, u"three"_s }));
         QVERIFY(m_statuses.contains(u"Se omitió un segmento lento para no detener la pantalla."_s));
-        translate(m_peer.of("request", responses).at(0), u"one"_s);
+        translate(late, u"one"_s);
         turn(u"cuatro"_s, 4, u"four"_s);
         QTRY_COMPARE(m_captions, (QStringList { u"two"_s, u"three"_s, u"four"_s }));
     }
@@ -189,7 +188,7 @@ private Q_SLOTS:
         translate(old.at(0), u"old 0"_s);
         m_peer.answer(old.at(0), "{}", 401);
         turn(u"nuevo"_s);
-        QCOMPARE(field(bodyOf(await(responses, 1).at(0)), "input"), u"New text: nuevo"_s);
+        QCOMPARE(inputOf(await(responses, 1).at(0)), u"New text: nuevo"_s);
         translate(await(responses, 1).at(0), u"new"_s);
         QTRY_COMPARE(m_captions, QStringList { u"new"_s });
         QCOMPARE(m_statuses.size(), 3);
@@ -255,7 +254,7 @@ private Q_SLOTS:
         speak(2);
         start();
         speak();
-        QCOMPARE(await(transcriptions, 1).size(), std::size_t { 1 });
+        await(transcriptions, 1);
         QCOMPARE(m_peer.count("upgrade"), 0); // live mode is off
         m_engine->stopEngine();
         QTRY_VERIFY(m_peer.count("gone") > 0);
@@ -288,18 +287,15 @@ private Q_SLOTS:
     /// by the other road, and the first does not go again.
     void changesRoads()
     {
-        struct Row {
-            const char *name;
-            QByteArray end; ///< the peer's command once the session is active; empty: refused
-            int minutes; ///< of the session before it ends
-            int spoken; ///< milliseconds of the phrase that the end falls into
-        };
         const AudioBlock phrase = signal({ { 1900, 0.2 }, { 1000, 0 } });
-        for (const auto &[name, end, minutes, spoken] : { Row { "refused", "", 0, 700 },
-                 { "lost as a phrase begins", "terminate", 1, 100 },
-                 { "lost in a phrase", "terminate", 1, 1500 },
-                 { "lost before the transcript", "terminate", 1, 2500 },
-                 { "closed after an hour", "close", 60, 1500 } }) {
+        // How the peer ends the active session (empty: refuses it), after so many minutes and so
+        // many milliseconds of the phrase.
+        for (const auto &[name, end, minutes, spoken] :
+            { std::tuple { "refused", QByteArray(), 0, 700 },
+                { "lost as a phrase begins", "terminate", 1, 100 },
+                { "lost in a phrase", "terminate", 1, 1500 },
+                { "lost before the transcript", "terminate", 1, 2500 },
+                { "closed after an hour", "close", 60, 1500 } }) {
             const RowName named(name);
             restart();
             const auto cut = phrase.samples.begin() + spoken * 96;
@@ -325,11 +321,11 @@ private Q_SLOTS:
             hear(AudioBlock { { cut, phrase.samples.end() }, 0 });
             const double lost = 1900 - voicedMs(wavOf(await(transcriptions, 1).at(0)));
             QVERIFY2(std::abs(lost) < 2, qPrintable(QString::number(lost)));
-            QCOMPARE(m_peer.count("request", transcriptions), 1);
             QCOMPARE(m_peer.count("upgrade"), 1);
-            transcribe(m_peer.of("request", transcriptions).at(0), u"dos"_s);
+            transcribe(await(transcriptions, 1).at(0), u"dos"_s);
             translate(await(responses, end.isEmpty() ? 1 : 2).back(), u"two"_s);
             QTRY_COMPARE(m_captions.last(), u"two"_s);
+            QCOMPARE(m_peer.count("request", transcriptions), 1);
         }
     }
 
@@ -416,13 +412,7 @@ private:
         translate(await(responses, count).at(count - 1), translation);
     }
 
-    /// A transcript of the live session.
-    void turn(const QString &text)
-    {
-        m_peer.send(
-            "{\"type\":\"conversation.item.input_audio_transcription.completed\",\"transcript\":\""
-            + text.toUtf8() + "\"}");
-    }
+    void turn(const QString &text) { m_peer.sendTranscript(text.toUtf8()); }
 
     /// The requests of this path, in their order, once there are so many.
     std::vector<QJsonObject> await(const char *path, std::size_t count)

@@ -35,10 +35,9 @@ private Q_SLOTS:
         PhraseOrder order;
         std::array<std::int32_t, 5> arrival { 0, 1, 2, 3, 4 };
         do {
-            std::int32_t first = 0;
-            for (std::int32_t i = 0; i < 5; ++i) {
-                const std::int32_t number = order.take(1);
-                first = i == 0 ? number : first;
+            const std::int32_t first = order.take(1);
+            for (int i = 1; i < 5; ++i) {
+                order.take(1);
             }
             QString shown;
             for (const std::int32_t i : arrival) {

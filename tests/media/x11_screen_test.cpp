@@ -1,5 +1,4 @@
 #include "base/clock.h"
-#include "base/error.h"
 #include "media/sources/media_factory.h"
 #include "poll.h"
 #include "support/test_registry.h"
@@ -8,7 +7,6 @@
 
 using namespace nimbara;
 using namespace nimbara::testing;
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -97,16 +95,7 @@ private Q_SLOTS:
         QVERIFY2(message.contains(u"The X11 screen cannot be read"_s), qPrintable(message));
         QVERIFY(!screen->frame());
 
-        // Told at once, or by the source itself on a machine too busy to know it yet.
-        bool refused = false;
-        try {
-            const MediaPtr none = factory().screen(size);
-            refused = pollUntil(*none,
-                [&] { return none->startOutcome() == PipelineStart::Outcome::Refused; });
-        } catch (const Error &error) {
-            refused = QString::fromUtf8(error.what()) == u"No se pudo iniciar fuente"_s;
-        }
-        QVERIFY(refused);
+        QCOMPARE(refusal([&] { return factory().screen(size); }), u"No se pudo iniciar fuente"_s);
     }
 
 private:

@@ -100,10 +100,8 @@ private Q_SLOTS:
         for (const QStringList &command :
             { QStringList { program }, { service, u"--in-bus"_s, program } }) {
             QProcess bus;
-            bus.start(u"dbus-daemon"_s,
-                { QStringLiteral("--config-file=" NIMBARA_PRIVATE_BUS),
-                    u"--print-address"_s,
-                    u"--nofork"_s });
+            const auto config = QStringLiteral("--config-file=" NIMBARA_PRIVATE_BUS);
+            bus.start(u"dbus-daemon"_s, { config, u"--print-address"_s, u"--nofork"_s });
             QVERIFY(bus.waitForReadyRead(patience));
             QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
             environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s,

@@ -3,11 +3,6 @@
 #include "support/scenes.h"
 #include "support/test_registry.h"
 
-#include <QFile>
-#include <QTest>
-
-#include <algorithm>
-#include <array>
 #include <malloc.h>
 #include <random>
 

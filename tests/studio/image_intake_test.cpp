@@ -3,7 +3,6 @@
 
 #include <QImage>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 using namespace nimbara;
 using namespace nimbara::testing;

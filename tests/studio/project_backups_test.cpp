@@ -2,9 +2,6 @@
 #include "studio/edit/project_saves.h"
 #include "support/test_registry.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
 using namespace nimbara;
 using namespace Qt::StringLiterals;
 

@@ -1,10 +1,8 @@
-#include "base/error.h"
 #include "studio/studio_fixture.h"
 #include "support/clips.h"
+#include "support/error_of.h"
 #include "support/test_registry.h"
 
-#include <QDir>
-#include <QTemporaryDir>
 #include <QUrl>
 
 #include <chrono>
@@ -50,17 +48,6 @@ struct ProjectFixture : StudioFixture {
     }
 };
 
-/// Why it does not even begin; empty when it does.
-template <typename Work> QString refusal(Work work)
-{
-    try {
-        work();
-    } catch (const Error &error) {
-        return error.text();
-    }
-    return {};
-}
-
 } // namespace
 
 class ProjectDeskTest : public QObject {
@@ -75,7 +62,7 @@ private Q_SLOTS:
             return {};
         };
         desk.projects().openProject(u"/red/viejo.nimbara"_s);
-        QCOMPARE(refusal([&] { desk.projects().openProject(desk.path); }),
+        QCOMPARE(errorOf([&] { desk.projects().openProject(desk.path); }),
             u"Espera a que termine de abrirse o guardarse el proyecto."_s);
         for (const char *title : { "uno", "dos", "tres" }) { // the last two while one is written
             desk.saveAs(title);
@@ -223,8 +210,8 @@ private Q_SLOTS:
         desk.studio.outputs().recording().start(desk.folder.filePath(u"r.webm"_s),
             desk.studio.stage().streamFrame());
         const auto text = u"Detén salidas antes de abrir/guardar proyecto"_s;
-        QCOMPARE(refusal([&] { desk.projects().saveProject(desk.path); }), text);
-        QCOMPARE(refusal([&] { desk.projects().openProject(desk.path); }), text);
+        QCOMPARE(errorOf([&] { desk.projects().saveProject(desk.path); }), text);
+        QCOMPARE(errorOf([&] { desk.projects().openProject(desk.path); }), text);
     }
 
     void aFailedSaveIsTold()

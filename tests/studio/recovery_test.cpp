@@ -3,18 +3,12 @@
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <atomic>
 #include <csignal>
 #include <future>
-#include <optional>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <utility>
 
 using namespace nimbara;
 using namespace nimbara::testing;

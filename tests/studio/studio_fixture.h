@@ -3,6 +3,7 @@
 #include "studio/studio.h"
 #include "support/manual_clock.h"
 #include "support/scenes.h"
+#include "support/shown.h"
 
 #include <QStringList>
 #include <QTest>
@@ -77,24 +78,25 @@ struct StudioFixture {
     }
 };
 
-/// A layer that fills the whole frame with one colour.
-inline Layer colorLayer(const QColor &fill)
-{
-    Layer layer = newLayer(LayerKind::Color);
-    layer.fill = fill;
-    return layer;
-}
+/// A studio that lists devices and measures their sound.
+struct DeviceFixture : StudioFixture {
+    DeviceLists devices;
+    std::pair<int, int> levels; ///< before and after the volume
+
+    explicit DeviceFixture(StudioPeers peers = {})
+        : StudioFixture(std::move(peers))
+    {
+        const auto keepLevels = [this](int before, int after) { levels = { before, after }; };
+        const auto keepDevices = [this](const DeviceLists &found) { devices = found; };
+        QObject::connect(&studio.audio(), &AudioInput::levelsMeasured, &studio, keepLevels);
+        auto &connection = studio.devices();
+        QObject::connect(&connection, &DeviceConnection::devicesFound, &studio, keepDevices);
+    }
+};
 
 inline QColor centre(const QImage &picture)
 {
     return picture.pixelColor(picture.width() / 2, picture.height() / 2);
-}
-
-/// Whether each channel is within two steps: fades and scaling round.
-inline bool isNear(const QColor &a, const QColor &b)
-{
-    return std::abs(a.red() - b.red()) <= 2 && std::abs(a.green() - b.green()) <= 2
-        && std::abs(a.blue() - b.blue()) <= 2;
 }
 
 /// What the studio says when both devices are there.

@@ -1,10 +1,8 @@
-#include "base/log.h"
 #include "studio/studio_fixture.h"
 #include "support/clips.h"
+#include "support/log_text.h"
 #include "support/test_registry.h"
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <numbers>
@@ -97,10 +95,8 @@ private Q_SLOTS:
             input.fifo().push(std::vector<float>(programBlockValues + 200, 0.1F));
             audio.next(desk.studio.onAir().streams, input);
         }
-        QFile log(logFilePath());
-        QVERIFY(log.open(QIODevice::ReadOnly));
         static const QRegularExpression line(u"Audio: (\\d+) ms recortados, 0 ms "_s);
-        auto found = line.globalMatch(QString::fromUtf8(log.readAll()));
+        auto found = line.globalMatch(logText());
         qint64 lines = 0;
         for (; found.hasNext(); ++lines) {
             QVERIFY(std::abs(found.next().captured(1).toInt() - 3750) < 100); // 6.25 % of a minute
@@ -148,9 +144,7 @@ private Q_SLOTS:
         StudioFixture desk;
         QVERIFY(desk.runUntil([&] { return desk.studio.sources().camera()->frameCount() > 90; }));
         qunsetenv("VESPERLINE_DIAG");
-        QFile log(logFilePath());
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        const QString text = QString::fromUtf8(log.readAll());
+        const QString text = logText();
         QCOMPARE(text.count(u"Cámara: primer cuadro recibido. "_s), 1);
         static const QRegularExpression line(
             u"DIAG frames=90 media=\\d+ capas=1 latest=1920x1080 centro=0,255,0 nieve=[1-9]\\d* "

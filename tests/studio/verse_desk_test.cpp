@@ -6,9 +6,6 @@
 
 #include <QFontMetricsF>
 #include <QRegularExpression>
-#include <QTest>
-
-#include <vector>
 
 using namespace nimbara;
 using nimbara::testing::ManualClock;

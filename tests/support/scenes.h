@@ -9,6 +9,14 @@
 /// Scenes as tests write them down and look at them.
 namespace nimbara::testing {
 
+/// A layer that fills the whole frame with one colour.
+inline Layer colorLayer(const QColor &fill)
+{
+    Layer layer = newLayer(LayerKind::Color);
+    layer.fill = fill;
+    return layer;
+}
+
 /// Replaces the layers of the scene in PREVIEW, through the door.
 inline void setLayers(Document &document, const std::vector<Layer> &layers)
 {

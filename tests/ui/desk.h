@@ -1,13 +1,12 @@
 #pragma once
 
-#include "base/log.h"
+#include "support/log_text.h"
 #include "support/scenes.h"
 #include "support/scripted_key_store.h"
 #include "ui/editor/canvas.h"
 #include "ui/scripted_dialogs.h"
 #include "ui/shell/studio_window.h"
 
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -35,12 +34,6 @@ inline StudioServices servicesAt(const Endpoint &endpoint)
 inline QSettings settings()
 {
     return QSettings(QStringLiteral("Halvenmoor"), QStringLiteral("NimbaraStudio"));
-}
-/// What the program has logged.
-inline QString logText()
-{
-    QFile log(logFilePath());
-    return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
 }
 
 /// The real window, shown, with scripted answers.

@@ -6,7 +6,6 @@
 #include <QGuiApplication>
 #include <QProcess>
 #include <QScreen>
-#include <QTemporaryDir>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -38,10 +37,8 @@ struct HallDesk : Desk {
     /// Puts one colour on the hall's air.
     void air(const QColor &color)
     {
-        Layer layer = newLayer(LayerKind::Color);
-        layer.fill = color;
         window.studio().program().setEditSet(1);
-        setLayers({ layer });
+        setLayers({ colorLayer(color) });
         window.studio().program().take();
     }
 };
@@ -70,10 +67,8 @@ void typeKey(QWidget &window, const char *name)
 /// What stands on the screen where the window is.
 QImage onScreen(QWidget &widget)
 {
-    return widget.screen()
-        ->grabWindow(widget.winId())
-        .toImage()
-        .convertToFormat(QImage::Format_RGBA8888);
+    const QImage shown = widget.screen()->grabWindow(widget.winId()).toImage();
+    return shown.convertToFormat(QImage::Format_RGBA8888);
 }
 
 } // namespace

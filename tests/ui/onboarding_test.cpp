@@ -4,7 +4,6 @@
 #include <QAbstractButton>
 #include <QCheckBox>
 #include <QDesktopServices>
-#include <QDir>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QStandardPaths>
@@ -119,7 +118,6 @@ private Q_SLOTS:
         for (const auto &[key, save] : { std::pair { u"  "_s, true }, // blanks are no key
                  { u" sk-a1 "_s, false },
                  { u"sk-a1"_s, true } }) {
-            cleanup();
             init();
             FirstRun run;
             run.enterKey(key, save);

@@ -10,7 +10,6 @@
 #include <QMenu>
 #include <QSet>
 #include <QSlider>
-#include <QTemporaryDir>
 #include <QTimer>
 
 using namespace nimbara;

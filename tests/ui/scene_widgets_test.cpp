@@ -10,7 +10,6 @@
 #include <QPlainTextEdit>
 #include <QSlider>
 #include <QSpinBox>
-#include <QStyle>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -45,16 +44,6 @@ struct SceneDesk : Desk {
         QTest::mouseMove(canvas(), to);
         QTest::mouseRelease(canvas(), Qt::LeftButton, {}, to);
     }
-    QRect checkBoxOf(int row)
-    {
-        QStyleOptionViewItem option;
-        option.initFrom(list());
-        option.rect = list()->visualItemRect(list()->item(row));
-        option.features = QStyleOptionViewItem::HasCheckIndicator;
-        return list()->style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator,
-            &option,
-            list());
-    }
 };
 
 bool isClose(double a, double b)
@@ -73,12 +62,13 @@ private Q_SLOTS:
         SceneDesk desk;
         desk.setLayers({ newLayer(LayerKind::Color), newLayer(LayerKind::Text) });
         desk.select(1);
-        QTest::mouseClick(desk.list()->viewport(), Qt::LeftButton, {}, desk.checkBoxOf(1).center());
+        const QRect entry = desk.list()->visualItemRect(desk.list()->item(1));
+        const QPoint box(entry.left() + 10, entry.center().y());
+        QTest::mouseClick(desk.list()->viewport(), Qt::LeftButton, {}, box);
         QVERIFY(!desk.layers()[0].visible);
         QVERIFY(desk.layers()[1].visible);
         QCOMPARE(desk.list()->currentRow(), 1 - desk.selected());
         QVERIFY(desk.list()->item(1)->text().startsWith(u"🚫  "_s));
-        const QRect entry = desk.list()->visualItemRect(desk.list()->item(1));
         QTest::mouseClick(desk.list()->viewport(), Qt::LeftButton, {}, entry.center());
         QCOMPARE(desk.selected(), 0);
         QVERIFY(!desk.layers()[0].visible);

@@ -7,7 +7,6 @@
 #include <QComboBox>
 #include <QListWidget>
 #include <QSlider>
-#include <QTemporaryDir>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -186,14 +185,10 @@ private Q_SLOTS:
         auto *gain = desk.find<QSlider>("gain");
         const auto turn = [gain] {
             const QPointF place = gain->rect().center();
-            QWheelEvent event(place,
-                gain->mapToGlobal(place),
-                {},
-                { 0, -120 },
-                Qt::NoButton,
-                {},
-                Qt::NoScrollPhase,
-                false);
+            const QPointF onScreen = gain->mapToGlobal(place);
+            const QPoint down(0, -120);
+            QWheelEvent
+                event(place, onScreen, {}, down, Qt::NoButton, {}, Qt::NoScrollPhase, false);
             QApplication::sendEvent(gain, &event);
             return gain->value();
         };

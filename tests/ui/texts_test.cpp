@@ -30,19 +30,15 @@ QStringList textsOf(const QWidget &widget)
     for (const QAction *action : widget.actions()) {
         texts << action->text();
     }
-    if (const auto *list = qobject_cast<const QComboBox *>(&widget)) {
-        for (int item = 0; item < list->count(); ++item) {
-            texts << list->itemText(item);
+    for (const auto *list : widget.findChildren<QAbstractItemModel *>(Qt::FindDirectChildrenOnly)) {
+        for (int row = 0; row < list->rowCount(); ++row) {
+            const QModelIndex item = list->index(row, 0);
+            texts << item.data().toString() << item.data(Qt::ToolTipRole).toString();
         }
     }
     if (const auto *tabs = qobject_cast<const QTabWidget *>(&widget)) {
         for (int tab = 0; tab < tabs->count(); ++tab) {
             texts << tabs->tabText(tab);
-        }
-    }
-    if (const auto *list = qobject_cast<const QListWidget *>(&widget)) {
-        for (int row = 0; row < list->count(); ++row) {
-            texts << list->item(row)->text() << list->item(row)->toolTip();
         }
     }
     return texts;
@@ -156,11 +152,8 @@ private Q_SLOTS:
             const_cast<QAction *>(entry)->trigger();
         }
         desk.find<QLineEdit>("key1")->setText(u"k3y"_s);
-        QList<QPointer<QPushButton>> buttons;
-        for (QPushButton *button : desk.window.findChildren<QPushButton *>()) {
-            buttons << button;
-        }
-        for (const auto &button : buttons) {
+        const auto found = desk.window.findChildren<QPushButton *>();
+        for (const auto &button : QList<QPointer<QPushButton>>(found.begin(), found.end())) {
             if (button && button->menu() == nullptr) {
                 button->click();
             }
@@ -196,9 +189,8 @@ private Q_SLOTS:
             }
             tabs->setCurrentIndex(0);
             addEveryKind(desk);
-            auto *list = desk.find<QListWidget>("layers");
-            for (int row = 0; row < list->count(); ++row) {
-                list->setCurrentRow(row);
+            for (int row = 0; row < desk.find<QListWidget>("layers")->count(); ++row) {
+                desk.find<QListWidget>("layers")->setCurrentRow(row);
                 QCoreApplication::processEvents();
                 QCOMPARE(cutOff(desk.window), QString());
             }

@@ -34,6 +34,7 @@ constexpr TextPair pairs[] = {
     TextPair { "No hay claves que guardar: las guardadas siguen como estaban.",
         "There are no keys to save: the stored ones stay as they were." },
     TextPair { "Entendido", "Got it" },
+    TextPair { "Hay un aviso sin leer", "A notice is unread" },
     TextPair { "El proyecto todavía se está guardando. ¿Cerrar sin esperar?",
         "The project is still being saved. Close without waiting?" },
     TextPair { "La grabación no terminó de guardarse a tiempo; el archivo puede estar incompleto.",

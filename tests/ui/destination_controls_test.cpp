@@ -90,9 +90,9 @@ private Q_SLOTS:
         // Also where its tab is not in view, until it is read.
         const auto *tabs = desk.find<QTabWidget>("tabs");
         QVERIFY(desk.status().startsWith(u"Facebook: Fallo de salida (codigo "));
-        QCOMPARE(tabs->tabText(3), u"⚠ Transmitir y grabar"_s);
+        QVERIFY(!tabs->tabIcon(3).isNull());
         QTest::mouseClick(desk.find<QPushButton>("noticeRead"), Qt::LeftButton);
-        QCOMPARE(tabs->tabText(3), u"Transmitir y grabar"_s);
+        QVERIFY(tabs->tabIcon(3).isNull());
         QTRY_VERIFY(desk.window.findChild<QPushButton *>(u"noticeRead"_s) == nullptr);
         QCOMPARE(desk.shown(1), sending);
         QCOMPARE(desk.dialogs->asked, QStringList());

@@ -32,6 +32,7 @@
 #include <QCloseEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QScreen>
@@ -67,8 +68,12 @@ std::array<QString, OutputsTab::slots> destinationNames()
 
 QIcon alarmMark()
 {
-    QPixmap mark(12, 12);
+    constexpr int side = 14;
+    QPixmap mark(side, side);
     mark.fill(QColor(0xe0, 0x3c, 0x4f));
+    QPainter painter(&mark);
+    painter.setPen(Qt::white);
+    painter.drawText(mark.rect(), Qt::AlignCenter, QStringLiteral("!"));
     return QIcon(mark);
 }
 
@@ -383,9 +388,8 @@ void StudioWindow::markTabs()
 {
     const bool marked = m_studio.notices().any(Notices::Topic::Outputs);
     const int tab = m_tabs->indexOf(m_outputsTab);
-    const QString name = nimbara_i18n::tr("Transmitir y grabar");
-    m_tabs->setTabText(tab, marked ? QStringLiteral("⚠ ") + name : name);
     m_tabs->setTabIcon(tab, marked ? alarmMark() : QIcon());
+    m_tabs->setTabToolTip(tab, marked ? nimbara_i18n::tr("Hay un aviso sin leer") : QString());
 }
 
 void StudioWindow::followDocument(const Change &change)

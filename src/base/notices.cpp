@@ -4,13 +4,13 @@
 
 namespace nimbara {
 
-void Notices::raise(Topic topic, const Message &text)
+void Notices::raise(const Message &text)
 {
     const bool stands = std::any_of(m_all.begin(), m_all.end(), [&](const Notice &notice) {
-        return notice.topic == topic && notice.text == text;
+        return notice.text == text;
     });
     if (!stands) {
-        m_all.push_back({ ++m_lastId, topic, text });
+        m_all.push_back({ ++m_lastId, text });
         Q_EMIT changed();
     }
 }
@@ -20,13 +20,6 @@ void Notices::settle(std::uint64_t id)
     if (std::erase_if(m_all, [id](const Notice &notice) { return notice.id == id; }) > 0) {
         Q_EMIT changed();
     }
-}
-
-bool Notices::any(Topic topic) const
-{
-    return std::any_of(m_all.begin(), m_all.end(), [topic](const Notice &notice) {
-        return notice.topic == topic;
-    });
 }
 
 } // namespace nimbara

@@ -14,21 +14,18 @@ namespace nimbara {
 class Notices : public QObject {
     Q_OBJECT
 public:
-    enum class Topic { Outputs, Sources, Program };
     struct Notice {
         std::uint64_t id = 0;
-        Topic topic = Topic::Program;
         Message text;
     };
 
     /// A text that stands already is not told twice.
-    void raise(Topic topic, const Message &text);
+    void raise(const Message &text);
     /// The operator has read it.
     void settle(std::uint64_t id);
 
     /// Oldest first.
     [[nodiscard]] const std::vector<Notice> &all() const { return m_all; }
-    [[nodiscard]] bool any(Topic topic) const;
 
 Q_SIGNALS:
     void changed();

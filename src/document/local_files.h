@@ -3,7 +3,6 @@
 #include "document/media_paths.h"
 #include "document/scene.h"
 
-#include <QHash>
 #include <QString>
 #include <QStringList>
 

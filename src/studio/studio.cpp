@@ -154,8 +154,7 @@ void Studio::tellStopped(const Outputs::Stopped &stopped)
     if (stopped.recording) {
         Q_EMIT status(*stopped.recording);
         if (*stopped.recording != Recording::savedText()) {
-            m_notices.raise(Notices::Topic::Outputs,
-                "La grabación se detuvo: " + *stopped.recording);
+            m_notices.raise("La grabación se detuvo: " + *stopped.recording);
         }
     }
     for (const std::size_t slot : stopped.destinations) {
@@ -163,7 +162,7 @@ void Studio::tellStopped(const Outputs::Stopped &stopped)
         const Message text = Message::verbatim(destination.name() + QStringLiteral(": "))
             + destination.statusText();
         Q_EMIT status(text);
-        m_notices.raise(Notices::Topic::Outputs, text);
+        m_notices.raise(text);
     }
 }
 

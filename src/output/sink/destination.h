@@ -30,8 +30,8 @@ const std::array<DestinationPreset, destinationCount> &destinationPresets();
 /// fragment.
 QString checkedServer(const QString &text);
 
-/// The key field's text, trimmed. Throws `Error` when it is empty, holds white space,
-/// "?" or "#", or ends with "/".
+/// The key field's text, trimmed. Throws `Error` when it is empty, holds white space, "?" or "#",
+/// or ends with "/".
 QString checkedKey(const QString &text);
 
 /// Server (from `checkedServer`) and key (from `checkedKey`) joined by exactly one "/" more than

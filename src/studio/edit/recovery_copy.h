@@ -47,8 +47,8 @@ public:
     /// old copy goes when that state is written, so that another crash loses nothing.
     void adopt(RecoverableWork work);
 
-    /// Call on every run of the frame clock. Why the copy cannot be kept, once
-    /// until it can again. It is tried again by itself.
+    /// Call on every run of the frame clock. Why the copy cannot be kept, once until it can again.
+    /// It is tried again by itself.
     std::optional<Message> poll();
 
     /// Nothing is to be written or removed.

@@ -2,8 +2,6 @@
 
 #include "base/log.h"
 
-#include <QCoreApplication>
-
 #if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN)
 #include <gio/gio.h>
 

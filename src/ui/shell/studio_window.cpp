@@ -386,7 +386,7 @@ void StudioWindow::showOutputs()
 /// What stopped in a tab that is not in view is marked there until it is read.
 void StudioWindow::markTabs()
 {
-    const bool marked = m_studio.notices().any(Notices::Topic::Outputs);
+    const bool marked = !m_studio.notices().all().empty();
     const int tab = m_tabs->indexOf(m_outputsTab);
     m_tabs->setTabIcon(tab, marked ? alarmMark() : QIcon());
     m_tabs->setTabToolTip(tab, marked ? nimbara_i18n::tr("Hay un aviso sin leer") : QString());

@@ -3,7 +3,9 @@
 #include "support/full_disk.h"
 #include "support/test_registry.h"
 
+#include <csignal>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace nimbara;
@@ -96,6 +98,27 @@ private Q_SLOTS:
         QCOMPARE(::chmod(QFile::encodeName(folder).constData(), 0755), 0);
         QCOMPARE(told, m_unsaved);
         QCOMPARE(kept, QByteArray("el de antes"));
+    }
+
+    void aKilledSaveLeavesAWholeFile()
+    {
+        const QByteArray even(2'000'000, 'a');
+        const QByteArray odd(3'000'000, 'b');
+        const QString file = path("muerte.nimbara");
+        writeProjectFile(file, even);
+        for (int round = 0; round < 25; ++round) {
+            const pid_t saver = fork();
+            QVERIFY(saver >= 0);
+            while (saver == 0) {
+                writeProjectFile(file, odd);
+                writeProjectFile(file, even);
+            }
+            QTest::qSleep(1 + round); // another point of the save each time
+            QCOMPARE(::kill(saver, SIGKILL), 0);
+            QCOMPARE(::waitpid(saver, nullptr, 0), saver);
+            const QByteArray found = readProjectFile(file);
+            QVERIFY2(found == even || found == odd, qPrintable(QString::number(found.size())));
+        }
     }
 };
 

@@ -81,7 +81,9 @@ private Q_SLOTS:
     void testsTheKey()
     {
         for (const auto &[status, body, outcome] : { // how it begins
-                 std::tuple { 200, "anything", "API OK: respondió en 321 ms. La traducción" },
+                 std::tuple { 200,
+                     "anything",
+                     "API OK: respondió en 321 ms. La traducción está lista para usarse." },
                  { 401,
                      R"({"error":{"message":"Bad: sk-secret."}})",
                      "API con error HTTP 401: Bad: •••." },

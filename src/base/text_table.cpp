@@ -139,6 +139,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Formato cambiado. Reconecta las fuentes para el perfil elegido.",
         "Format changed. Reconnect the sources for the chosen profile." },
     TextPair { "Fuente de red", "Network source" },
+    TextPair { "La escena no salió al aire; “%1” no se puede reproducir. ",
+        "The scene did not go on air; “%1” cannot be played. " },
     TextPair { "Fuentes abiertas. Prepara una escena y pulsa AL AIRE.",
         "Sources open. Prepare a scene and press ON AIR." },
     TextPair { "Fuentes y pantallas", "Sources and screens" },

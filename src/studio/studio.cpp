@@ -98,6 +98,7 @@ void Studio::readInputs()
     m_sources.poll(m_stage.document.project(), m_onAir);
     m_sources.reopenCamera(m_stage.streamFrame());
     m_devices.poll();
+    m_program.poll();
     m_projects.poll();
     m_safety.poll();
     m_images.poll();
@@ -108,6 +109,7 @@ void Studio::readInputs()
 void Studio::changeProfile(StreamProfile profile)
 {
     if (!m_outputs.any()) {
+        m_program.callOff(SceneSet::Streams);
         nimbara::changeProfile(profile,
             m_factory,
             m_stage,

@@ -39,11 +39,6 @@ struct RealDevices : DeviceFixture {
     {
         return testing::choose(devices, video, audio);
     }
-    /// Polls with the clock at a stand, so that no source is given up before it has started.
-    template <typename Condition> bool pollUntil(Condition condition)
-    {
-        return QTest::qWaitFor([&] { return studio.tick(), condition(); }, 60'000);
-    }
     /// Connects and waits for what the studio says to it.
     QString connected(const DeviceChoice &choice)
     {
@@ -179,7 +174,7 @@ private Q_SLOTS:
             const Layer screen = newLayer(LayerKind::Screen);
             desk.studio.sources().pool().put(screen, factory.screen(landscapeSize));
             addLayer(desk.studio.document(), screen);
-            desk.studio.program().take();
+            QVERIFY(desk.takePrepared());
         };
         fill(1);
         fill(0);

@@ -95,7 +95,7 @@ private Q_SLOTS:
         StudioFixture desk;
         desk.studio.layers().addVideoFile(clip({}));
         std::weak_ptr<Media> first = desk.source(1);
-        desk.studio.program().take();
+        QVERIFY(desk.takePrepared());
         QVERIFY(desk.source(1) != first.lock());
         QCOMPARE(desk.studio.onAir().streams.layers[1].source, desk.source(1));
         const auto shown = [&] {
@@ -103,9 +103,59 @@ private Q_SLOTS:
             return frame ? readClip(*frame).number : -1;
         };
         QVERIFY(desk.runUntil([&] { return shown() > 20; }));
-        desk.studio.program().take();
+        QVERIFY(desk.takePrepared());
         QVERIFY(desk.runUntil([&] { return shown() >= 0 && shown() < 20; }));
         QVERIFY(desk.runUntil([&] { return first.expired(); })); // destroyed in the background
+    }
+
+    /// No black box before a file's first picture, no dead layer, and what was asked last counts.
+    void aTakeWaitsForThePicturesOfItsFiles()
+    {
+        StudioFixture desk;
+        desk.studio.stage().program.setFadeEnabled(false);
+        desk.studio.document().setTitle(u"Antes"_s);
+        const Layer red = colorLayer(Qt::red);
+        desk.take({ red });
+        const auto onAir = [&] { return desk.studio.onAir().streams.scene; };
+        const ScenePtr before = onAir();
+        Layer video = videoLayer(QString::fromLatin1(QUrl::fromLocalFile(clip({})).toEncoded()));
+        const auto filesAreShown = [&] {
+            const auto &live = desk.studio.onAir().streams.layers;
+            return std::ranges::all_of(live, [](const LiveLayer &layer) {
+                return !layer.source || layer.source->frame() != nullptr;
+            });
+        };
+
+        desk.take({ red, video });
+        QCOMPARE(onAir(), before); // runs on
+        desk.studio.document().setTitle(u"Después"_s);
+        desk.set(1, LayerField::Visible, false);
+        QVERIFY(desk.pollUntil([&] { return onAir() != before; }));
+        QVERIFY(filesAreShown());
+        QVERIFY(onAir()->layers[1].visible);
+        QCOMPARE(desk.studio.stage().program.title(), u"Antes"_s);
+
+        QTemporaryDir folder;
+        const QString rubbish = folder.filePath(u"rubbish.mp4"_s);
+        QVERIFY(QFile(rubbish).open(QIODevice::WriteOnly));
+        video.uri = QUrl::fromLocalFile(rubbish).toString();
+        video.source = SourceId::make();
+        video.name = u"Himno"_s;
+        const ScenePtr shown = onAir();
+        desk.statuses.clear();
+        desk.take({ red, video });
+        QVERIFY(desk.pollUntil([&] {
+            return desk.told("La escena no salió al aire; “Himno” no se puede reproducir. ");
+        }));
+        QCOMPARE(onAir(), shown);
+
+        desk.take({ red, videoLayer(shown->layers[1].uri) });
+        desk.studio.program().offAir();
+        for (int i = 0; i < 60; ++i) {
+            desk.frame();
+            QTest::qWait(1);
+            QCOMPARE(onAir(), nullptr);
+        }
     }
 
     void failingTakeLeavesBothPrograms()

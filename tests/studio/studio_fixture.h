@@ -56,6 +56,12 @@ struct StudioFixture {
         return condition();
     }
 
+    /// Polls with the clock at a stand, so that no source is given up before it has started.
+    template <typename Condition> bool pollUntil(Condition condition)
+    {
+        return QTest::qWaitFor([&] { return studio.tick(), condition(); }, 60'000);
+    }
+
     /// Replaces the layers of the edited set's current scene.
     void setLayers(const std::vector<Layer> &layers)
     {
@@ -70,6 +76,13 @@ struct StudioFixture {
         studio.document().apply(SetField { layer(place).id, field, value });
     }
 
+    /// TAKE of what is in PREVIEW, with its files; false when it waits for ever.
+    [[nodiscard]] bool takePrepared()
+    {
+        studio.program().take();
+        const SceneSet set = studio.document().editing();
+        return pollUntil([&] { return !studio.program().isWaiting(set); });
+    }
     /// Those layers, then TAKE.
     void take(const std::vector<Layer> &layers)
     {

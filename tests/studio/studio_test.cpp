@@ -73,7 +73,7 @@ private Q_SLOTS:
                 { std::pair { false, true }, { true, false }, { true, true } }) {
                 desk.set(1, LayerField::Sound, sound);
                 desk.set(1, LayerField::Visible, visible);
-                desk.studio.program().take();
+                QVERIFY(desk.takePrepared());
                 const bool expected = sound && visible && !recipe.audioCodec.isEmpty();
                 QVERIFY(desk.runUntil([&] { return isHeard() || pictures() > 20; }));
                 QCOMPARE(isHeard(), expected);

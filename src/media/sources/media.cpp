@@ -140,6 +140,14 @@ void Media::padAdded(GstElement * /*element*/, GstPad *pad, gpointer source)
     }
 }
 
+/// A file without a picture plays its sound alone.
+bool Media::isReady()
+{
+    return m_frameCount > 0 || !m_active
+        || (startOutcome() == PipelineStart::Outcome::Accepted && isFed(m_parts.audioConvert)
+            && !m_audioFifo.empty() && !isFed(m_parts.pictureHead));
+}
+
 Message Media::takeMessage()
 {
     if (!m_message.isEmpty()) {

@@ -68,6 +68,8 @@ public:
     [[nodiscard]] bool starved() const { return m_starved; }
     /// The pipeline reported end of stream.
     [[nodiscard]] bool ended() const { return m_ended; }
+    /// It has a picture, or will never have one.
+    [[nodiscard]] bool isReady();
     /// Built from a capture device.
     [[nodiscard]] bool isDevice() const { return m_isDevice; }
     /// Diagnostic description for the log.

@@ -30,27 +30,63 @@ void ProgramControl::setEditSet(std::int32_t index)
 
 void ProgramControl::take()
 {
-    const ScenePtr scene = m_stage.document.currentScene();
+    const SceneSet set = m_stage.document.editing();
+    std::optional<PendingTake> &take = pending(set);
+    take.reset();
     try {
-        restartFileMedia(*scene);
+        take.emplace(m_factory,
+            m_stage.streamFrame(),
+            m_stage.document.project(),
+            set,
+            m_clock.monotonicUs());
     } catch (const Error &error) {
         m_status(error.message());
         return;
     }
-    if (m_stage.document.editingHall()) {
-        m_stage.program.takeHall(scene);
-        m_onAir.hall = m_sources.live(scene);
+    advance(take);
+}
+
+void ProgramControl::poll()
+{
+    for (std::optional<PendingTake> &take : m_pending) {
+        advance(take);
+    }
+}
+
+void ProgramControl::advance(std::optional<PendingTake> &take)
+{
+    try {
+        if (take && take->isReady(m_clock.monotonicUs())) {
+            goOnAir(*take);
+            take.reset();
+        }
+    } catch (const Error &error) {
+        take.reset();
+        m_status(error.message());
+    }
+}
+
+void ProgramControl::goOnAir(PendingTake &take)
+{
+    const QImage before = take.set() == SceneSet::Streams ? streamsOnAir() : QImage();
+    LiveScene live = take.goLive(m_sources);
+    if (take.set() == SceneSet::Hall) {
+        m_stage.program.takeHall(live.scene);
+        m_onAir.hall = std::move(live);
         m_status("Escena enviada a las pantallas de sala.");
         return;
     }
-    const QImage before = streamsOnAir();
-    m_onAir.streams = m_sources.live(scene);
-    const Project &project = m_stage.document.project();
-    m_stage.program.takeStreams(scene, project.title, project.band, before, m_clock.monotonicUs());
+    m_stage.program.takeStreams(live.scene,
+        take.title(),
+        take.band(),
+        before,
+        m_clock.monotonicUs());
+    m_onAir.streams = std::move(live);
 }
 
 void ProgramControl::offAir()
 {
+    callOff(m_stage.document.editing());
     if (m_stage.document.editingHall()) {
         m_stage.program.offAirHall();
         m_onAir.hall = {};
@@ -60,15 +96,6 @@ void ProgramControl::offAir()
     m_stage.program.offAirStreams(streamsOnAir(), m_clock.monotonicUs());
     m_onAir.streams = {};
     m_status("Programa en negro (fuera del aire).");
-}
-
-void ProgramControl::restartFileMedia(const Scene &scene)
-{
-    for (const Layer &layer : scene.layers) {
-        if (layer.kind == LayerKind::Video && layer.uri.startsWith(QLatin1String("file:"))) {
-            m_sources.pool().put(layer, m_factory.media(m_stage.streamFrame(), layer.uri));
-        }
-    }
 }
 
 QImage ProgramControl::streamsOnAir()

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "base/report.h"
-#include "media/sources/media_factory.h"
 #include "studio/edit/stage.h"
+#include "studio/programs/pending_take.h"
 #include "studio/programs/program_pictures.h"
-#include "studio/sources/sources.h"
+
+#include <array>
+#include <optional>
 
 namespace nimbara {
 
@@ -22,16 +24,30 @@ public:
     /// Which set PREVIEW shows and TAKE and OFF AIR act on: 0 streams, anything else the hall.
     void setEditSet(std::int32_t index);
 
-    /// Gives the edited set's current scene to its program, as it is now. File media plays from its
-    /// start: such a layer gets a fresh source. When one cannot be made the text goes to the status
-    /// line and both programs stay as they are.
+    /// Gives the edited set's current scene to its program, as it is now: at once, or with the
+    /// first picture of each file in it, while the program runs on (`PendingTake`). Files play from
+    /// their start. When one fails before, that is told and both programs stay as they are. A later
+    /// `take` or `offAir` of the same set takes its place.
     void take();
 
     /// Sends the edited set's program to black.
     void offAir();
 
+    /// A scene of the set waits for its files.
+    [[nodiscard]] bool isWaiting(SceneSet set) { return pending(set).has_value(); }
+    /// What waits to go on air does not.
+    void callOff(SceneSet set) { pending(set).reset(); }
+
+    /// Lets what is ready go on air. Call on every run of the frame clock.
+    void poll();
+
 private:
-    void restartFileMedia(const Scene &scene);
+    [[nodiscard]] std::optional<PendingTake> &pending(SceneSet set)
+    {
+        return m_pending[set == SceneSet::Hall ? 1 : 0];
+    }
+    void advance(std::optional<PendingTake> &take);
+    void goOnAir(PendingTake &take);
     [[nodiscard]] QImage streamsOnAir();
 
     const Clock &m_clock;
@@ -41,6 +57,7 @@ private:
     OnAir &m_onAir;
     ProgramPictures &m_pictures;
     Report m_status;
+    std::array<std::optional<PendingTake>, 2> m_pending; ///< of the streams, of the hall
 };
 
 } // namespace nimbara

@@ -26,6 +26,14 @@ void SourcePool::put(const Layer &layer, MediaPtr source)
     m_entries[layer.source] = { std::move(source), layer.uri, m_clock.monotonicUs() };
 }
 
+void SourcePool::replace(const Layer &layer, MediaPtr source)
+{
+    const auto entry = m_entries.find(layer.source);
+    if (entry != m_entries.end() && entry->second.location == layer.uri) {
+        entry->second.media = std::move(source);
+    }
+}
+
 void SourcePool::follow(const SceneSets &scenes)
 {
     for (const SceneSet set : bothSets) {

@@ -31,6 +31,8 @@ public:
     [[nodiscard]] MediaPtr find(const Layer &layer) const;
     /// From now on the layer, and those that share its source, play this one.
     void put(const Layer &layer, MediaPtr source);
+    /// The same, unless they were given another location meanwhile.
+    void replace(const Layer &layer, MediaPtr source);
 
     /// Opens what layers name and lack; a refusal is shown. Scenes that were seen before are not
     /// looked at again.

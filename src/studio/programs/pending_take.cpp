@@ -1,0 +1,84 @@
+#include "studio/programs/pending_take.h"
+
+#include "base/error.h"
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+bool playsFile(const Layer &layer)
+{
+    return layer.kind == LayerKind::Video && layer.uri.startsWith(QLatin1String("file:"));
+}
+
+bool isSeen(const Layer &layer)
+{
+    return layer.visible && layer.opacity > 0;
+}
+
+} // namespace
+
+PendingTake::PendingTake(const MediaFactory &factory,
+    FrameSize frame,
+    const Project &project,
+    SceneSet set,
+    std::int64_t nowUs)
+    : m_set(set)
+    , m_scene(project.scenes.of(set)[project.currentPlace(set)])
+    , m_title(project.title)
+    , m_band(project.band)
+    , m_sinceUs(nowUs)
+{
+    for (const Layer &layer : m_scene->layers) {
+        if (!playsFile(layer)) {
+            continue;
+        }
+        File *file = fileOf(layer);
+        if (file == nullptr) {
+            m_files.push_back({ layer, factory.media(frame, layer.uri) });
+            file = &m_files.back();
+        }
+        file->isAwaited = file->isAwaited || isSeen(layer);
+    }
+}
+
+PendingTake::File *PendingTake::fileOf(const Layer &layer)
+{
+    const auto file = std::find_if(m_files.begin(), m_files.end(), [&](const File &each) {
+        return each.layer.source == layer.source && each.layer.uri == layer.uri;
+    });
+    return playsFile(layer) && file != m_files.end() ? &*file : nullptr;
+}
+
+bool PendingTake::isReady(std::int64_t nowUs)
+{
+    bool ready = true;
+    for (const File &file : m_files) {
+        file.media->pollSource();
+        if (const Message reason = file.media->takeMessage(); !reason.isEmpty()) {
+            throw Error(Message("La escena no salió al aire; “%1” no se puede reproducir. ",
+                            { Message::verbatim(file.layer.name) })
+                + reason);
+        }
+        ready = ready && (!file.isAwaited || file.media->isReady());
+    }
+    return ready || nowUs - m_sinceUs >= patienceUs;
+}
+
+LiveScene PendingTake::goLive(Sources &sources)
+{
+    for (const File &file : m_files) {
+        sources.pool().replace(file.layer, file.media);
+    }
+    LiveScene live = sources.live(m_scene);
+    for (std::size_t place = 0; place < live.layers.size(); ++place) {
+        if (const File *file = fileOf(m_scene->layers[place])) {
+            live.layers[place].source = file->media;
+        }
+    }
+    return live;
+}
+
+} // namespace nimbara

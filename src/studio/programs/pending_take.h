@@ -1,0 +1,58 @@
+#pragma once
+
+#include "media/sources/media_factory.h"
+#include "studio/sources/sources.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace nimbara {
+
+/// A scene on its way to a program, as it was when the operator sent it: its files are opened anew
+/// and play from their start, and it is ready once each visible one has its first picture.
+/// Interface thread only; nothing in it waits.
+class PendingTake {
+public:
+    /// µs; a file that has no picture by then goes on air without.
+    static constexpr std::int64_t patienceUs = 1'000'000;
+
+    /// `nowUs`: the clock's time. Throws `Error` with the operator's text when a file cannot be
+    /// opened.
+    PendingTake(const MediaFactory &factory,
+        FrameSize frame,
+        const Project &project,
+        SceneSet set,
+        std::int64_t nowUs);
+
+    /// Reads the files; true once the scene may go on air. Throws `Error` with the operator's text
+    /// when one of them fails before.
+    bool isReady(std::int64_t nowUs);
+
+    /// The scene with what its layers show. From now on its layers in the project play the new
+    /// files too, unless they were given others meanwhile.
+    [[nodiscard]] LiveScene goLive(Sources &sources);
+
+    [[nodiscard]] SceneSet set() const { return m_set; }
+    /// Of the project at the operator's sending.
+    [[nodiscard]] const QString &title() const { return m_title; }
+    [[nodiscard]] bool band() const { return m_band; }
+
+private:
+    /// A file that several layers may share.
+    struct File {
+        Layer layer;
+        MediaPtr media;
+        bool isAwaited = false;
+    };
+    [[nodiscard]] File *fileOf(const Layer &layer);
+
+    SceneSet m_set;
+    ScenePtr m_scene;
+    QString m_title;
+    bool m_band;
+    std::int64_t m_sinceUs;
+    std::vector<File> m_files;
+};
+
+} // namespace nimbara

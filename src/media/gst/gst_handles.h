@@ -26,6 +26,8 @@ template <> struct RefTraits<GstSample> : MiniTraits<GstSample> {
 };
 template <> struct RefTraits<GstBuffer> : MiniTraits<GstBuffer> {
 };
+template <> struct RefTraits<GstQuery> : MiniTraits<GstQuery> {
+};
 template <> struct RefTraits<GstMessage> : MiniTraits<GstMessage> {
 };
 } // namespace detail
@@ -93,6 +95,7 @@ using DeviceRef = GstRef<GstDevice>;
 using CapsRef = GstRef<GstCaps>;
 using SampleRef = GstRef<GstSample>;
 using BufferRef = GstRef<GstBuffer>;
+using QueryRef = GstRef<GstQuery>;
 using MessageRef = GstRef<GstMessage>;
 
 struct GFreeDeleter {

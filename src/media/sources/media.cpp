@@ -46,6 +46,21 @@ void linkTo(const ElementRef &head, GstPad *pad)
     }
 }
 
+/// A clip on a server has a length and can be rewound; a live stream has none, though the library
+/// may take it for one that can be.
+bool isClip(GstElement *pipeline)
+{
+    const QueryRef query = QueryRef::adopt(gst_query_new_seeking(GST_FORMAT_TIME));
+    gboolean seekable = FALSE;
+    if (gst_element_query(pipeline, query.get()) != FALSE) {
+        gst_query_parse_seeking(query.get(), nullptr, &seekable, nullptr, nullptr);
+    }
+    gint64 lengthNs = 0;
+    return seekable != FALSE
+        && gst_element_query_duration(pipeline, GST_FORMAT_TIME, &lengthNs) != FALSE
+        && lengthNs > 0;
+}
+
 Message refusedText()
 {
     return "No se pudo iniciar fuente";
@@ -80,6 +95,7 @@ Media::Media(const Clock &clock,
     , m_isDevice(device != nullptr)
     , m_isTestBars(test && device == nullptr && uri.isEmpty() && !screen)
     , m_isFile(uri.startsWith(QLatin1String("file:")))
+    , m_hasKnownEnd(m_isFile)
     , m_lastFrameTime(clock.monotonicUs())
     , m_parts(buildSourcePipeline({ { width, height }, device, uri, test, screen }, screens))
 {
@@ -150,7 +166,7 @@ bool Media::isReady()
 
 Message Media::takeMessage()
 {
-    if (!m_message.isEmpty()) {
+    if (!m_message.isEmpty() && !isOver()) {
         m_frame.reset();
         m_sample = {};
     }
@@ -187,8 +203,7 @@ void Media::pollStreams(PipelineStart::Outcome start)
     if (sample) {
         takePicture(std::move(sample), now);
     } else if (start == PipelineStart::Outcome::Accepted && streamsEnded()) {
-        m_ended = true;
-        deactivate();
+        end();
     } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)) {
         m_starved = true;
         fail(m_isDevice ? "Cámara sin cuadros; se vuelve a abrir"
@@ -205,8 +220,7 @@ bool Media::takeBusMessage()
         return false;
     }
     if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS) {
-        m_ended = true;
-        deactivate();
+        end();
     } else {
         // A library repeats the location, which may hold a password.
         fail("Fuente sin señal: "
@@ -248,6 +262,7 @@ void Media::takePicture(SampleRef sample, std::int64_t now)
     m_lastFrameTime = now;
     if (m_frameCount == 0) {
         describeFirstPicture(sample);
+        m_hasKnownEnd = m_isFile || isClip(m_parts.pipeline.element());
     }
     readAlpha();
     m_sample = std::move(sample);
@@ -316,6 +331,17 @@ void Media::readAlpha()
     m_hasPadding
         = !m_hasAlpha && GST_VIDEO_INFO_IS_RGB(&info) && GST_VIDEO_INFO_COMP_PSTRIDE(&info, 0) == 4;
     m_pictureCaps = std::move(caps);
+}
+
+/// A file's end is plain to see; that of a network source would go by unseen.
+void Media::end()
+{
+    m_ended = true;
+    if (!m_isFile) {
+        m_message = m_hasKnownEnd ? "El video de red terminó."
+                                  : "La fuente de red terminó; se vuelve a abrir.";
+    }
+    deactivate();
 }
 
 void Media::fail(const Message &message)

@@ -59,7 +59,7 @@ public:
     [[nodiscard]] const FramePtr &frame();
 
     /// The pending message for the operator, empty when there is none. Taking it empties the
-    /// picture, so that the layer shows nothing stale.
+    /// picture, so that the layer shows nothing stale; the last picture of a clip stays.
     [[nodiscard]] Message takeMessage();
 
     /// Still read; false after end of stream, an error or the watchdog.
@@ -68,6 +68,8 @@ public:
     [[nodiscard]] bool starved() const { return m_starved; }
     /// The pipeline reported end of stream.
     [[nodiscard]] bool ended() const { return m_ended; }
+    /// It ended where it was to end, as a file does and a live stream does not.
+    [[nodiscard]] bool isOver() const { return m_ended && m_hasKnownEnd; }
     /// It has a picture, or will never have one.
     [[nodiscard]] bool isReady();
     /// Built from a capture device.
@@ -106,6 +108,7 @@ private:
     void describeFirstPicture(const SampleRef &sample);
     void readAlpha();
     [[nodiscard]] bool streamsEnded() const;
+    void end();
     void fail(const Message &message);
     void deactivate();
 
@@ -116,6 +119,7 @@ private:
     bool m_isDevice = false;
     bool m_isTestBars = false;
     bool m_isFile = false;
+    bool m_hasKnownEnd = false;
     std::int64_t m_lastFrameTime = 0;
     std::uint64_t m_frameCount = 0;
     Message m_message;

@@ -22,13 +22,12 @@ Sources::Sources(const Clock &clock,
     , m_factory(factory)
     , m_status(status)
     , m_return(clock, status)
-    , m_pool(
-          clock,
-          [&factory, frame = std::move(frame)](const Layer &layer) {
-              return layer.kind == LayerKind::Screen ? factory.screen(frame())
-                                                     : factory.heldMedia(frame(), layer.uri);
-          },
-          std::move(status))
+    , m_open([&factory, frame = std::move(frame)](const Layer &layer) {
+        return layer.kind == LayerKind::Screen ? factory.screen(frame())
+                                               : factory.heldMedia(frame(), layer.uri);
+    })
+    , m_pool(clock, m_open, status)
+    , m_sourceReturn(clock, m_open, std::move(status))
     , m_shelf(clock)
 {
 }
@@ -141,7 +140,7 @@ FramePtr Sources::cameraFrame() const
     return m_camera ? m_camera->frame() : nullptr;
 }
 
-void Sources::poll(const Project &project, const OnAir &onAir)
+void Sources::poll(const Project &project, OnAir &onAir)
 {
     m_polled.clear();
     pollOffer();
@@ -157,6 +156,7 @@ void Sources::poll(const Project &project, const OnAir &onAir)
         }
     }
     m_pool.forEach([this](const MediaPtr &source) { pollOnce(source.get(), false); });
+    m_sourceReturn.poll(project.scenes, m_pool, onAir);
     m_shelf.poll();
     sweep(project.scenes);
 }

@@ -8,6 +8,7 @@
 #include "studio/sources/opening.h"
 #include "studio/sources/picture_shelf.h"
 #include "studio/sources/source_pool.h"
+#include "studio/sources/source_return.h"
 
 #include <cstdint>
 #include <functional>
@@ -72,8 +73,9 @@ public:
     [[nodiscard]] FramePtr cameraFrame() const;
 
     /// Reads the camera and each source once, and shows what they have to say. Files that neither a
-    /// program nor a current scene shows are held.
-    void poll(const Project &project, const OnAir &onAir);
+    /// program nor a current scene shows are held. Network and screen sources that stopped are
+    /// opened again (`SourceReturn`), in the programs too.
+    void poll(const Project &project, OnAir &onAir);
 
     /// Looks for a lost camera in the background, every 3 s, and shows it again once the very same
     /// device is there and delivers, under whatever number. Logs, never throws or waits.
@@ -109,7 +111,9 @@ private:
     bool m_refused = false; ///< the operator's last offer
     DeviceReturn m_return;
     bool m_firstFrameLogged = false;
+    SourceOpener m_open;
     SourcePool m_pool;
+    SourceReturn m_sourceReturn;
     PictureShelf m_shelf;
     std::int64_t m_lastSweep = 0;
     std::vector<const Media *> m_polled; ///< of this run; kept to reuse its memory

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "base/clock.h"
+#include "base/report.h"
+#include "studio/sources/on_air.h"
+#include "studio/sources/source_pool.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace nimbara {
+
+/// Opens network and screen sources again that have stopped: after 1, 2, 4, 8, then every 10 s for
+/// ever. The old source stays in its place until the new one has a picture, in the project as in
+/// the programs on air. Interface thread only; nothing in it waits.
+class SourceReturn {
+public:
+    /// µs; a source that stops again before goes on with the delay it had.
+    static constexpr std::int64_t steadyUs = 10'000'000;
+
+    SourceReturn(const Clock &clock, SourceOpener open, Report status);
+
+    /// Call on every run of the frame clock. Every source of `scenes` in the pool and of the
+    /// programs is looked after; those of no layer are forgotten.
+    void poll(const SceneSets &scenes, SourcePool &pool, OnAir &onAir);
+
+private:
+    struct Lost {
+        Layer layer; ///< one that plays it
+        MediaPtr source; ///< the one that stopped, or that has come back; none: refused at once
+        int attempts = 0;
+        std::int64_t nextUs = 0;
+        MediaPtr next {}; ///< being opened
+        std::int64_t backSinceUs = 0; ///< 0: still lost
+        bool isNamed = true;
+    };
+
+    void search(const SceneSets &scenes, const SourcePool &pool, const OnAir &onAir);
+    void note(const Layer &layer, const MediaPtr &source);
+    void advance(Lost &lost, SourcePool &pool, OnAir &onAir);
+    void watch(Lost &lost);
+    void open(Lost &lost);
+    void follow(Lost &lost, SourcePool &pool, OnAir &onAir);
+    void wait(Lost &lost);
+
+    const Clock &m_clock;
+    SourceOpener m_open;
+    Report m_status;
+    std::int64_t m_searchedUs = 0;
+    std::vector<Lost> m_lost;
+};
+
+} // namespace nimbara

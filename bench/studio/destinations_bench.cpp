@@ -130,6 +130,41 @@ std::string tellStarts(Studio &studio, const QString &server)
     return line.data();
 }
 
+/// Resident memory over a thousand starts of one kind, 200 at a time.
+std::string tellMemory(Studio &studio, const char *name, const QString &server)
+{
+    Destination &slot = studio.outputs().destination(0);
+    std::string line = std::string("\n  ") + name + ":";
+    for (int i = 0; i < 1000; ++i) {
+        slot.start(server, QStringLiteral("again"), landscapeSize);
+        for (int part = 0; part < 50 && slot.running() && !slot.ready(); ++part) {
+            runFor(studio, 20ms);
+        }
+        runFor(studio, 100ms);
+        slot.stop();
+        if (i % 200 == 199) {
+            line += " " + std::to_string(static_cast<int>(runFor(studio, 5s).memoryAtEnd));
+        }
+    }
+    return line + " MiB";
+}
+
+/// What a thousand starts that fail, and a thousand that send, leave behind.
+std::string tellStartsMemory()
+{
+    const testing::RtmpPeer platform;
+    const SystemClock clock;
+    Studio studio(clock);
+    prepareScene(studio);
+    studio.outputs().destination(0).start(platform.rtmp(live), QStringLiteral("x"), landscapeSize);
+    runFor(studio, 1s);
+    studio.outputs().destination(0).stop();
+    const double before = runFor(studio, 5s).memoryAtEnd;
+    const QString nobody = QStringLiteral("rtmp://127.0.0.1:%1/live").arg(testing::freePort());
+    return "\n  before: " + std::to_string(static_cast<int>(before)) + " MiB"
+        + tellMemory(studio, "failed", nobody) + tellMemory(studio, "good", platform.rtmp(live));
+}
+
 /// The frame times of a studio that streams to one platform, beside a second one that is not well,
 /// and with all that it can send at once.
 std::string tellDestinations()
@@ -163,3 +198,4 @@ std::string tellDestinations()
 } // namespace
 
 NIMBARA_BENCH_CASE("destinations", tellDestinations)
+NIMBARA_BENCH_CASE("stream-starts", tellStartsMemory)

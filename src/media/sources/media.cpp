@@ -95,6 +95,7 @@ Media::Media(const Clock &clock,
     , m_isDevice(device != nullptr)
     , m_isTestBars(test && device == nullptr && uri.isEmpty() && !screen)
     , m_isFile(uri.startsWith(QLatin1String("file:")))
+    , m_isNetwork(!uri.isEmpty() && !m_isFile)
     , m_hasKnownEnd(m_isFile)
     , m_lastFrameTime(clock.monotonicUs())
     , m_parts(buildSourcePipeline({ { width, height }, device, uri, test, screen }, screens))
@@ -337,7 +338,7 @@ void Media::readAlpha()
 void Media::end()
 {
     m_ended = true;
-    if (!m_isFile) {
+    if (m_isNetwork) {
         m_message = m_hasKnownEnd ? "El video de red terminó."
                                   : "La fuente de red terminó; se vuelve a abrir.";
     }

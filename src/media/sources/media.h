@@ -119,6 +119,7 @@ private:
     bool m_isDevice = false;
     bool m_isTestBars = false;
     bool m_isFile = false;
+    bool m_isNetwork = false;
     bool m_hasKnownEnd = false;
     std::int64_t m_lastFrameTime = 0;
     std::uint64_t m_frameCount = 0;

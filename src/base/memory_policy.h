@@ -4,8 +4,9 @@ namespace nimbara {
 
 /// Lets the C library keep the memory of freed pictures for the next ones. Its default hands blocks
 /// of that size back to the system, and the page faults of getting them again cost a virtual
-/// machine up to 25 ms per 1080p frame. Call it first in the process; does nothing where the
-/// library has no such setting.
+/// machine up to 25 ms per 1080p frame. All threads share two heaps, since what threads that come
+/// and go leave in heaps of their own is never used again. Call it first in the process; does
+/// nothing where the library has no such settings.
 void keepFreedPictures();
 
 /// A crash leaves no image of the memory behind, in which keys lie (setrlimit(2)). Does nothing

@@ -35,7 +35,7 @@ class Desktop:
     def __init__(self, size="1920x1080x24"):
         read, write = os.pipe()
         self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write), "-screen", "0", size, "-nolisten", "tcp"],
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", size, "-nolisten", "tcp", "-noreset"],
             pass_fds=[write],
             stderr=subprocess.DEVNULL,
         )

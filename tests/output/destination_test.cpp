@@ -76,7 +76,8 @@ private Q_SLOTS:
 
     void startsAndStopsWithoutLoggingTheKey()
     {
-        Destination slot(u"YouTube"_s, std::make_shared<Retirement>());
+        EncoderPool encoders;
+        Destination slot(u"YouTube"_s, std::make_shared<Retirement>(), encoders);
         // Port 1 refuses at once; the start itself does not wait for that. The key is in the path
         // as well, as if pasted into the wrong field.
         slot.start(u"rtmp://127.0.0.1:1/app/pasted-key-1"_s, u" pasted-key-1 "_s, { 64, 36 });
@@ -95,7 +96,8 @@ private Q_SLOTS:
 
     void aFailedStartLeavesTheSlotIdle()
     {
-        Destination slot(u"Twitch"_s, std::make_shared<Retirement>());
+        EncoderPool encoders;
+        Destination slot(u"Twitch"_s, std::make_shared<Retirement>(), encoders);
         const QString server = u"rtmp://127.0.0.1:1"_s;
         for (const auto &[url, key, width, error] :
             { std::tuple { u"rtmp://"_s, u"abcdef"_s, 64, badServer },

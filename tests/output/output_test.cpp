@@ -1,6 +1,6 @@
-#include "output/encode/output.h"
 #include "output/probe.h"
 #include "output/program_feed.h"
+#include "output/sink/output.h"
 #include "output/sink/outputs.h"
 #include "support/error_of.h"
 #include "support/fake_device.h"

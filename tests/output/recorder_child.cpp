@@ -14,7 +14,8 @@ int main(int argc, char **argv)
     }
     const QCoreApplication application(argc, argv);
     gst_init(nullptr, nullptr);
-    nimbara::Recording recording(std::make_shared<nimbara::Retirement>());
+    nimbara::EncoderPool encoders;
+    nimbara::Recording recording(std::make_shared<nimbara::Retirement>(), encoders);
     recording.start(QString::fromUtf8(argv[1]), { 160, 90 });
     while (!recording.ready()) {
         QThread::msleep(1);

@@ -83,10 +83,13 @@ QString startLogLine(const QString &name, const QString &server, const QString &
         .arg(name, server, QString::number(key.size()), key.size() < 5 ? key : key.left(4));
 }
 
-Destination::Destination(QString name, std::shared_ptr<Retirement> retirement)
+Destination::Destination(QString name,
+    std::shared_ptr<Retirement> retirement,
+    EncoderPool &encoders)
     : m_name(std::move(name))
     , m_status(stoppedText())
     , m_retirement(std::move(retirement))
+    , m_encoders(encoders)
 {
 }
 
@@ -105,7 +108,8 @@ void Destination::start(const QString &server, const QString &key, FrameSize siz
         size.height,
         true,
         streamLocation(url, given),
-        outputBitrate);
+        outputBitrate,
+        &m_encoders);
     m_status = "Enviando · confirma recepción en la plataforma";
 }
 

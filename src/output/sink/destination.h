@@ -2,7 +2,7 @@
 
 #include "base/message.h"
 #include "media/sources/retirement.h"
-#include "output/encode/output.h"
+#include "output/sink/output.h"
 #include "signal/frame.h"
 
 #include <QString>
@@ -49,7 +49,8 @@ QString startLogLine(const QString &name, const QString &server, const QString &
 /// finds. Interface thread only; nothing here waits for the network.
 class Destination {
 public:
-    Destination(QString name, std::shared_ptr<Retirement> retirement);
+    /// `encoders`: shared with the other destinations; must outlive this.
+    Destination(QString name, std::shared_ptr<Retirement> retirement, EncoderPool &encoders);
     Destination(const Destination &) = delete;
     Destination &operator=(const Destination &) = delete;
     Destination(Destination &&) = delete;
@@ -82,6 +83,7 @@ private:
     QString m_name;
     Message m_status;
     std::shared_ptr<Retirement> m_retirement;
+    EncoderPool &m_encoders;
     std::unique_ptr<Output> m_output;
 };
 

@@ -5,13 +5,15 @@
 namespace nimbara {
 
 Outputs::Outputs(const std::shared_ptr<Retirement> &retirement)
-    : m_recording(retirement)
+    : m_recording(retirement, m_encoders)
 {
     std::transform(destinationPresets().begin(),
         destinationPresets().end(),
         m_destinations.begin(),
         [&](const DestinationPreset &preset) {
-            return std::make_unique<Destination>(QString::fromUtf8(preset.name), retirement);
+            return std::make_unique<Destination>(QString::fromUtf8(preset.name),
+                retirement,
+                m_encoders);
         });
 }
 

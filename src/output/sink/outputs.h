@@ -43,6 +43,7 @@ public:
     }
 
 private:
+    EncoderPool m_encoders;
     Recording m_recording;
     std::array<std::unique_ptr<Destination>, destinationCount> m_destinations;
 };

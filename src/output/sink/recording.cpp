@@ -25,8 +25,9 @@ Message Recording::savedText()
     return "Grabación guardada correctamente";
 }
 
-Recording::Recording(std::shared_ptr<Retirement> retirement)
+Recording::Recording(std::shared_ptr<Retirement> retirement, EncoderPool &encoders)
     : m_retirement(std::move(retirement))
+    , m_encoders(encoders)
 {
 }
 
@@ -37,7 +38,12 @@ Recording::~Recording()
 
 void Recording::start(const QString &path, FrameSize size)
 {
-    m_output = std::make_unique<Output>(size.width, size.height, false, path, outputBitrate);
+    m_output = std::make_unique<Output>(size.width,
+        size.height,
+        false,
+        path,
+        outputBitrate,
+        &m_encoders);
 }
 
 void Recording::finish()

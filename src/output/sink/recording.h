@@ -2,7 +2,7 @@
 
 #include "base/message.h"
 #include "media/sources/retirement.h"
-#include "output/encode/output.h"
+#include "output/sink/output.h"
 #include "signal/frame.h"
 
 #include <QString>
@@ -29,7 +29,8 @@ Message recordingButtonText(RecordingState state);
 /// leads to idle at once. What the muxer had written by then stays on disk.
 class Recording {
 public:
-    explicit Recording(std::shared_ptr<Retirement> retirement);
+    /// `encoders`: shared with the destinations; must outlive this.
+    Recording(std::shared_ptr<Retirement> retirement, EncoderPool &encoders);
     Recording(const Recording &) = delete;
     Recording &operator=(const Recording &) = delete;
     Recording(Recording &&) = delete;
@@ -68,6 +69,7 @@ private:
     std::optional<Message> completionCheck();
 
     std::shared_ptr<Retirement> m_retirement;
+    EncoderPool &m_encoders;
     std::unique_ptr<Output> m_output;
 };
 

@@ -15,7 +15,7 @@ namespace nimbara {
 /// server. Interface thread only.
 class StallWatch {
 public:
-    static constexpr std::uint64_t patience = 30'000'000'000; ///< ns without any data taken
+    static constexpr std::uint64_t patience = 8'000'000'000; ///< ns without any data taken
     static constexpr std::uint64_t longestTick = 1'000'000'000; ///< ns that one call may count
 
     /// None: a recording, which waits for its disk.

@@ -1,4 +1,4 @@
-#include "output/encode/stall_watch.h"
+#include "output/sink/stall_watch.h"
 
 #include <algorithm>
 

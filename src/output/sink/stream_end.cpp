@@ -1,4 +1,4 @@
-#include "output/encode/stream_end.h"
+#include "output/sink/stream_end.h"
 
 #include <chrono>
 #include <thread>

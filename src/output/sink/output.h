@@ -1,14 +1,14 @@
 #pragma once
 
 #include "base/message.h"
-#include "media/gst/gst_handles.h"
-#include "output/encode/stall_watch.h"
-#include "output/encode/stream_end.h"
+#include "output/encode/program_encoder.h"
+#include "output/sink/outlet_input.h"
+#include "output/sink/stall_watch.h"
+#include "output/sink/stream_end.h"
 #include "signal/frame.h"
 
 #include <QString>
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -18,9 +18,10 @@ namespace nimbara {
 /// Video bit rate of every stream and recording, in bit/s.
 constexpr std::int32_t outputBitrate = 6'000'000;
 
-/// Everything that leaves the studio goes through one of these: the GStreamer pipeline
-/// "nimbara-output", which encodes and sends a live stream (H.264 and AAC in FLV over RTMP or
-/// RTMPS) or writes a recording (VP8 and Vorbis in WebM).
+/// Everything that leaves the studio goes through one of these: a live stream (H.264 and AAC in FLV
+/// over RTMP or RTMPS) or a recording (VP8 and Vorbis in WebM, or what streams get in MKV). An
+/// encoder, which several outputs may share, feeds the pipeline "nimbara-output" of each, which
+/// muxes and sends or writes.
 ///
 /// Once per frame tick the owner calls `stamp`, `pushVideo`, `pushAudio` and `pollOutput`, in this
 /// order. None of them waits: the queues in front of the encoders drop their oldest data, so a slow
@@ -37,13 +38,15 @@ public:
     /// Builds the pipeline and asks for PLAYING.
     ///
     /// `width`, `height`: of every frame to come, 1..4096. `location`: the full URL of a stream,
-    /// the file path of a recording. `bitrate`: video, 500,000..20,000,000 bit/s. Throws `Error`
-    /// with the operator's text.
+    /// the file path of a recording. `bitrate`: video, 500,000..20,000,000 bit/s. `pool`: where an
+    /// encoder of this profile may be shared; none: one of its own. Throws `Error` with the
+    /// operator's text.
     Output(std::int32_t width,
         std::int32_t height,
         bool isStream,
         const QString &location,
-        std::int32_t bitrate);
+        std::int32_t bitrate,
+        EncoderPool *pool = nullptr);
     Output(const Output &) = delete;
     Output &operator=(const Output &) = delete;
     Output(Output &&) = delete;
@@ -70,8 +73,12 @@ public:
     /// `finished` turns true, which `pollOutput` finds.
     void finish();
 
-    /// The encoder is ready: what is pushed after the next stamp is taken.
-    [[nodiscard]] bool ready() const { return m_ready->load(); }
+    /// What is pushed after the next stamp is taken. One that joins a running encoder waits for a
+    /// key frame first, two seconds at most.
+    [[nodiscard]] bool ready() const
+    {
+        return m_encoder->ready() && (!m_encoder->hasBegun() || m_input->hasBegun());
+    }
     /// Live; false after any failure and after end of stream.
     [[nodiscard]] bool running() const { return m_running; }
     /// End of stream came back: a recording's file is complete.
@@ -82,22 +89,21 @@ public:
     [[nodiscard]] const Message &error() const { return m_error; }
     [[nodiscard]] FrameSize size() const { return { m_width, m_height }; }
 
+    /// Pictures dropped because the sink was behind.
+    [[nodiscard]] std::uint64_t dropped() const { return m_input->dropped(); }
+
 private:
     void fail(const Message &reason);
-    [[nodiscard]] bool takes() const { return m_running && !m_stopping && m_baseTime != -1; }
+    [[nodiscard]] bool takes() const { return m_running && !m_stopping; }
 
     std::int32_t m_width;
     std::int32_t m_height;
-    std::uint64_t m_nextVideoPts = 0; ///< ns
-    std::uint64_t m_nextAudioPts = 0; ///< ns
-    std::int64_t m_baseTime = -1; ///< ns, tick time of the first stamp; −1: none yet
     bool m_stopping = false;
     bool m_running = false;
     bool m_finished = false;
     Message m_error;
-    std::shared_ptr<const std::atomic<bool>> m_ready;
-    ElementRef m_videoSrc;
-    ElementRef m_audioSrc;
+    std::shared_ptr<ProgramEncoder> m_encoder;
+    std::shared_ptr<OutletInput> m_input;
     StreamEnd m_streamEnd;
     StallWatch m_stallWatch;
     Pipeline m_pipeline; ///< last: goes to NULL before anything else is released

@@ -1,0 +1,118 @@
+#include "output/encode/encoder_pipeline.h"
+
+#include "base/error.h"
+#include "media/gst/gst_build.h"
+#include "output/encode/encoders.h"
+#include "output/encode/pipeline_parts.h"
+#include "output/encode/sound_probe.h"
+#include "signal/audio_block.h"
+
+#include <gst/app/gstappsrc.h>
+
+namespace nimbara {
+
+namespace {
+
+constexpr std::int32_t maxSide = 4096;
+constexpr std::int32_t minBitrate = 500'000;
+constexpr std::int32_t maxBitrate = 20'000'000;
+constexpr guint64 inputMaxTime = 500'000'000; // ns
+
+void checkProfile(const EncoderProfile &profile)
+{
+    const auto valid = [](std::int32_t side) { return side >= 1 && side <= maxSide; };
+    if (!valid(profile.width) || !valid(profile.height) || profile.bitrate < minBitrate
+        || profile.bitrate > maxBitrate) {
+        throw Error(QStringLiteral("Perfil de salida invalido"));
+    }
+}
+
+/// When the input is full the oldest data goes: pushing never waits.
+GstElement *makeLeakyInput(const PipelineParts &parts, const CapsRef &caps, guint64 maxBuffers)
+{
+    GstElement *source = parts.makeInput();
+    g_object_set(source,
+        "caps",
+        caps.get(),
+        "max-buffers",
+        maxBuffers,
+        "max-time",
+        inputMaxTime,
+        "leaky-type",
+        GST_APP_LEAKY_TYPE_DOWNSTREAM,
+        nullptr);
+    return source;
+}
+
+/// Hands on what comes as soon as it comes.
+GstElement *makeEnd(const PipelineParts &parts)
+{
+    GstElement *sink = parts.make("appsink");
+    g_object_set(sink, "sync", FALSE, "async", FALSE, nullptr);
+    return sink;
+}
+
+void makeVideo(const PipelineParts &parts, const EncoderProfile &profile, EncoderPipeline &built)
+{
+    const bool isH264 = profile.codecs == Codecs::H264Aac;
+    const QString caps
+        = QStringLiteral("video/x-raw, format=RGBA, width=%1, height=%2, framerate=30/1");
+    GstElement *source
+        = makeLeakyInput(parts, capsOf(caps.arg(profile.width).arg(profile.height)), 3);
+    const EncoderChoice &choice = firstAvailable(videoEncoders(isH264));
+    GstElement *convert = parts.make("videoconvert");
+    GstElement *filter = parts.makeFilter(
+        QStringLiteral("video/x-raw, format=") + QLatin1String(choice.inputFormat));
+    GstElement *encoder = parts.make(choice.factory);
+    choice.configure(G_OBJECT(encoder), profile.bitrate);
+    GstElement *end = makeEnd(parts);
+    PipelineParts::link({ source, convert, filter, encoder });
+    if (isH264) {
+        GstElement *parse = parts.make("h264parse");
+        GstElement *units
+            = parts.makeFilter(QStringLiteral("video/x-h264, stream-format=avc, alignment=au"));
+        PipelineParts::link({ encoder, parse, units, end });
+    } else {
+        PipelineParts::link({ encoder, end });
+    }
+    built.videoSrc = ElementRef::retain(source);
+    built.videoEncoder = ElementRef::retain(encoder);
+    built.videoSink = ElementRef::retain(end);
+}
+
+void makeAudio(const PipelineParts &parts, const EncoderProfile &profile, EncoderPipeline &built)
+{
+    const bool isAac = profile.codecs == Codecs::H264Aac;
+    GstElement *source = makeLeakyInput(parts, gst_build::audioBlockCaps(), 32);
+    keepSoundWhole(source);
+    const EncoderChoice &choice = firstAvailable(audioEncoders(isAac));
+    GstElement *convert = parts.make("audioconvert");
+    GstElement *resample = parts.make("audioresample");
+    GstElement *encoder = parts.make(choice.factory);
+    choice.configure(G_OBJECT(encoder), profile.bitrate);
+    GstElement *end = makeEnd(parts);
+    PipelineParts::link({ source, convert, resample, encoder });
+    if (isAac) {
+        PipelineParts::link({ encoder, parts.make("aacparse"), end });
+    } else {
+        PipelineParts::link({ encoder, end });
+    }
+    built.soundLead = gst_util_uint64_scale(choice.leadFrames, GST_SECOND, audioRate);
+    built.audioSrc = ElementRef::retain(source);
+    built.audioSink = ElementRef::retain(end);
+}
+
+} // namespace
+
+EncoderPipeline buildEncoderPipeline(const EncoderProfile &profile)
+{
+    checkProfile(profile);
+    PipelineParts parts("nimbara-encoder");
+    EncoderPipeline built;
+    makeVideo(parts, profile, built);
+    makeAudio(parts, profile, built);
+    built.pipeline = parts.take();
+    return built;
+}
+
+} // namespace nimbara

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "media/gst/gst_handles.h"
+
+#include <cstdint>
+
+namespace nimbara {
+
+/// What the encoded picture and sound are made for.
+enum class Codecs {
+    H264Aac, ///< streams and MKV
+    Vp8Vorbis, ///< WebM
+};
+
+/// What an encoder is built for. Encoders of the same profile make the same.
+struct EncoderProfile {
+    std::int32_t width = 0; ///< of every frame to come, 1..4096
+    std::int32_t height = 0;
+    Codecs codecs = Codecs::H264Aac;
+    std::int32_t bitrate = 0; ///< video, 500,000..20,000,000 bit/s
+    bool operator==(const EncoderProfile &) const = default;
+};
+
+/// A pipeline that is not started yet, with its two inputs and its two ends.
+struct EncoderPipeline {
+    ElementRef videoSrc; ///< takes RGBA
+    ElementRef audioSrc; ///< takes `AudioBlock`s
+    ElementRef videoEncoder;
+    ElementRef videoSink;
+    ElementRef audioSink;
+    std::uint64_t soundLead = 0; ///< ns of the encoder's own in front of the sound, counted in
+    Pipeline pipeline;
+};
+
+/// Builds the pipeline "nimbara-encoder". Throws `Error` with the operator's text: a size or bit
+/// rate out of range, a component that is missing, links that fail.
+EncoderPipeline buildEncoderPipeline(const EncoderProfile &profile);
+
+} // namespace nimbara

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "media/gst/gst_handles.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <initializer_list>
+
+namespace nimbara {
+
+/// Builds a pipeline element by element. Everything that is made belongs to the pipeline, so an
+/// error on the way releases it. All throw `Error` with the operator's text.
+class PipelineParts {
+public:
+    explicit PipelineParts(const char *name)
+        : m_pipeline(name)
+    {
+    }
+
+    /// The element is borrowed from the pipeline.
+    GstElement *make(const char *factory) const;
+    [[nodiscard]] GstElement *makeFilter(const QString &caps) const;
+    /// An input that the program's ticks fill ("appsrc"); time stamps are those of its buffers.
+    [[nodiscard]] GstElement *makeInput() const;
+    static void link(std::initializer_list<GstElement *> chain);
+    /// An input that has no caps yet with the muxer's pad for its kind.
+    static void link(GstElement *input, GstElement *muxer, const char *pad);
+
+    /// The whole pipeline, not started yet. Nothing can be made afterwards.
+    [[nodiscard]] Pipeline take() { return std::move(m_pipeline); }
+
+private:
+    Pipeline m_pipeline;
+};
+
+CapsRef capsOf(const QString &text);
+/// The element's only input or output. Never none.
+PadRef padOf(GstElement *element, const char *name);
+
+} // namespace nimbara

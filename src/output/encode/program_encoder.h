@@ -1,0 +1,103 @@
+#pragma once
+
+#include "base/message.h"
+#include "output/encode/encoded_tap.h"
+#include "output/encode/encoder_pipeline.h"
+#include "signal/frame.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <vector>
+
+namespace nimbara {
+
+/// Encodes the program once for all outputs of one profile, whose taps get what it makes.
+///
+/// Each of the outputs calls `stamp`, `pushVideo` and `pushAudio` on every frame tick; the first of
+/// them counts. None waits: the queues in front of the encoders drop their oldest data. An encoder
+/// needs some tenths of a second to get ready, in which those queues would let go of the first
+/// pictures. So the time line begins when it is `ready`; until then pushing does nothing.
+///
+/// Interface thread only, except for the last release, which may block and belongs on a background
+/// task.
+class ProgramEncoder {
+public:
+    static constexpr std::int64_t keySpacingNs = 2'000'000'000; ///< between two that are asked for
+
+    /// Builds the pipeline and asks for PLAYING. Throws `Error` with the operator's text.
+    explicit ProgramEncoder(const EncoderProfile &profile);
+    ProgramEncoder(const ProgramEncoder &) = delete;
+    ProgramEncoder &operator=(const ProgramEncoder &) = delete;
+    ProgramEncoder(ProgramEncoder &&) = delete;
+    ProgramEncoder &operator=(ProgramEncoder &&) = delete;
+    ~ProgramEncoder();
+
+    /// From now on the tap takes part, for as long as it lives. It gets a key frame soon, when one
+    /// was not asked for in the last two seconds.
+    void join(const std::shared_ptr<EncodedTap> &tap);
+
+    /// Sets the presentation time of the next picture and block, from any fixed origin in ns. The
+    /// time line starts at 0 with the first stamp and never below. The same time again: another
+    /// output has pushed this tick.
+    void stamp(std::int64_t tNs);
+    /// Shares the picture, which must not change afterwards and has the profile's size.
+    void pushVideo(const FramePtr &frame);
+    /// One block of interleaved stereo values at 48 kHz, laid end to end (`AudioTimeline`).
+    void pushAudio(std::span<const float> block);
+    /// Ends both tracks, once; nothing more is taken.
+    void finish();
+
+    /// Reads the bus and gives why encoding stopped; empty while it goes on.
+    const Message &poll();
+
+    [[nodiscard]] bool ready() const { return m_ready->load(); }
+    /// A picture has been taken.
+    [[nodiscard]] bool hasBegun() const { return m_base != -1; }
+    /// ns on its time line of the next picture.
+    [[nodiscard]] std::uint64_t now() const { return m_videoTime; }
+
+private:
+    using Taps = std::vector<std::weak_ptr<EncodedTap>>;
+    /// Shared with the ends' callbacks.
+    struct Ends {
+        std::mutex mutex;
+        Taps taps;
+        std::uint64_t soundLead = 0; ///< ns
+    };
+    struct End;
+    void listen(const ElementRef &sink, Track track);
+    void askForKey();
+    [[nodiscard]] bool takes() const { return m_error.isEmpty() && !m_ended && m_base != -1; }
+
+    std::shared_ptr<Ends> m_ends = std::make_shared<Ends>();
+    std::int64_t m_base = -1; ///< ns, of the first stamp; −1: none yet
+    std::int64_t m_tick = -1; ///< ns, the last stamp
+    std::int64_t m_keyAsked = -keySpacingNs; ///< ns, tick at which one was last asked for
+    bool m_pictureTaken = false; ///< of this tick
+    bool m_soundTaken = false;
+    bool m_ended = false;
+    std::uint64_t m_videoTime = 0; ///< ns
+    std::uint64_t m_audioTime = 0; ///< ns
+    Message m_error;
+    EncoderPipeline m_parts;
+    std::shared_ptr<const std::atomic<bool>> m_ready;
+};
+
+/// The encoders that outputs share. Interface thread only.
+class EncoderPool {
+public:
+    /// The one of this profile that works, or a new one. Throws as `ProgramEncoder`.
+    std::shared_ptr<ProgramEncoder> take(const EncoderProfile &profile);
+
+private:
+    struct Entry {
+        EncoderProfile profile;
+        std::weak_ptr<ProgramEncoder> encoder;
+    };
+    std::vector<Entry> m_entries;
+};
+
+} // namespace nimbara

@@ -1,0 +1,121 @@
+#include "output/sink/outlet_input.h"
+
+#include <gst/app/gstappsrc.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace nimbara {
+
+namespace {
+
+constexpr std::uint64_t keptSoundNs = 1'000'000'000;
+
+GstAppSrc *appSource(const ElementRef &source)
+{
+    return GST_APP_SRC_CAST(source.get());
+}
+
+} // namespace
+
+OutletInput::OutletInput(ElementRef video, ElementRef audio, std::uint64_t patienceNs)
+    : m_video { std::move(video), {} }
+    , m_audio { std::move(audio), {} }
+    , m_patienceNs(patienceNs)
+{
+}
+
+void OutletInput::take(Track track, const EncodedUnit &unit)
+{
+    const std::lock_guard lock(m_mutex);
+    if (track == Track::Picture) {
+        takePicture(unit);
+    } else {
+        takeSound(unit);
+    }
+}
+
+void OutletInput::takePicture(const EncodedUnit &unit)
+{
+    if (!m_base) {
+        if (!unit.isKey) {
+            return;
+        }
+        m_base = unit.time - std::min(unit.time, unit.lead);
+        for (const EncodedUnit &sound : std::exchange(m_early, {})) {
+            takeSound(sound);
+        }
+    }
+    m_behind = gst_app_src_get_current_level_time(appSource(m_video.source)) > m_patienceNs
+        || (m_behind && !unit.isKey);
+    if (m_behind) {
+        ++m_dropped;
+        return;
+    }
+    forward(m_video, unit);
+}
+
+void OutletInput::takeSound(const EncodedUnit &unit)
+{
+    if (m_base) {
+        if (unit.time >= *m_base) {
+            forward(m_audio, unit);
+        }
+        return;
+    }
+    m_early.push_back(unit);
+    while (m_early.front().time + keptSoundNs < unit.time) {
+        m_early.pop_front();
+    }
+}
+
+void OutletInput::forward(Input &input, const EncodedUnit &unit) const
+{
+    if (input.caps.get() != unit.caps.get()) {
+        input.caps = unit.caps;
+        gst_app_src_set_caps(appSource(input.source), unit.caps.get());
+    }
+    GstBuffer *buffer = gst_buffer_copy(unit.buffer.get());
+    GST_BUFFER_PTS(buffer) = unit.time - *m_base;
+    GST_BUFFER_DTS(buffer) = GST_CLOCK_TIME_NONE; // pictures come in the order of their display
+    gst_app_src_push_buffer(appSource(input.source), buffer);
+}
+
+void OutletInput::end(Track track)
+{
+    const std::lock_guard lock(m_mutex);
+    finish(track == Track::Picture ? m_video : m_audio);
+}
+
+void OutletInput::finish()
+{
+    const std::lock_guard lock(m_mutex);
+    finish(m_video);
+    finish(m_audio);
+}
+
+void OutletInput::finish(Input &input)
+{
+    if (!std::exchange(input.hasEnded, true)) {
+        gst_app_src_end_of_stream(appSource(input.source));
+    }
+}
+
+bool OutletInput::hasBegun() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_base.has_value();
+}
+
+std::uint64_t OutletInput::dropped() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_dropped;
+}
+
+std::uint64_t OutletInput::waiting() const
+{
+    return gst_app_src_get_current_level_time(appSource(m_video.source));
+}
+
+} // namespace nimbara

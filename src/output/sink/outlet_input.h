@@ -1,0 +1,56 @@
+#pragma once
+
+#include "output/encode/encoded_tap.h"
+
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <optional>
+
+namespace nimbara {
+
+/// The way from an encoder into one outlet's muxer. It begins with a key frame, whose time is 0 for
+/// the outlet. When more than `patienceNs` of pictures wait to be sent, pictures are dropped up to
+/// the next key frame, never sound, so that a slow outlet holds up no other.
+///
+/// `take` and `end` on the encoder's threads, the rest on any.
+class OutletInput : public EncodedTap {
+public:
+    /// Both inputs are "appsrc" elements without caps.
+    OutletInput(ElementRef video, ElementRef audio, std::uint64_t patienceNs);
+
+    void take(Track track, const EncodedUnit &unit) override;
+    void end(Track track) override;
+
+    /// Ends both tracks with what has come so far.
+    void finish();
+
+    /// Its first key frame has come.
+    [[nodiscard]] bool hasBegun() const;
+    /// Pictures dropped because the outlet was behind.
+    [[nodiscard]] std::uint64_t dropped() const;
+    /// ns of pictures that wait to be sent.
+    [[nodiscard]] std::uint64_t waiting() const;
+
+private:
+    struct Input {
+        ElementRef source;
+        CapsRef caps; ///< set last
+        bool hasEnded = false;
+    };
+    void takePicture(const EncodedUnit &unit);
+    void takeSound(const EncodedUnit &unit);
+    void forward(Input &input, const EncodedUnit &unit) const;
+    static void finish(Input &input);
+
+    mutable std::mutex m_mutex;
+    Input m_video;
+    Input m_audio;
+    const std::uint64_t m_patienceNs;
+    std::optional<std::uint64_t> m_base; ///< ns on the encoder's time line; none: no key frame yet
+    std::deque<EncodedUnit> m_early; ///< sound of the last second before the first key frame
+    bool m_behind = false; ///< until the next key frame
+    std::uint64_t m_dropped = 0;
+};
+
+} // namespace nimbara

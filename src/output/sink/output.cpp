@@ -1,0 +1,109 @@
+#include "output/sink/output.h"
+
+#include "base/error.h"
+#include "output/encode/failure_text.h"
+#include "output/sink/outlet.h"
+
+namespace nimbara {
+
+namespace {
+
+/// ns of encoded pictures that may wait. A stream that is further behind has to catch up; a disk
+/// may take its time.
+constexpr std::uint64_t streamPatience = 2'000'000'000;
+constexpr std::uint64_t filePatience = 20'000'000'000;
+
+} // namespace
+
+Output::Output(std::int32_t width,
+    std::int32_t height,
+    bool isStream,
+    const QString &location,
+    std::int32_t bitrate,
+    EncoderPool *pool)
+    : m_width(width)
+    , m_height(height)
+{
+    Outlet outlet = isStream ? buildRtmpOutlet(location) : buildFileOutlet(location);
+    const EncoderProfile profile { width, height, outlet.codecs, bitrate };
+    m_encoder = pool != nullptr ? pool->take(profile) : std::make_shared<ProgramEncoder>(profile);
+    m_input = std::make_shared<OutletInput>(std::move(outlet.videoSrc),
+        std::move(outlet.audioSrc),
+        isStream ? streamPatience : filePatience);
+    if (isStream) {
+        m_streamEnd = StreamEnd(outlet.sink.get());
+        m_stallWatch = StallWatch(outlet.sink.get());
+    }
+    m_pipeline = std::move(outlet.pipeline);
+    if (!m_pipeline.play()) {
+        throw Error(QStringLiteral("No se pudo iniciar salida"));
+    }
+    m_encoder->join(m_input);
+    m_running = true;
+}
+
+Output::~Output()
+{
+    m_streamEnd.end(m_pipeline.bus());
+}
+
+void Output::stamp(std::int64_t tNs)
+{
+    m_encoder->stamp(tNs);
+}
+
+void Output::pushVideo(const FramePtr &frame)
+{
+    if (takes() && frame->size() != size()) {
+        fail("El formato cambio durante salida");
+    }
+    if (takes()) {
+        m_encoder->pushVideo(frame);
+    }
+}
+
+void Output::pushAudio(std::span<const float> block)
+{
+    if (takes()) {
+        m_encoder->pushAudio(block);
+    }
+}
+
+void Output::pollOutput()
+{
+    const auto wanted = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS);
+    const auto message = MessageRef::adopt(gst_bus_pop_filtered(m_pipeline.bus(), wanted));
+    if (message && GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS) {
+        m_running = false;
+        m_finished = true;
+    } else if (message) {
+        m_streamEnd.note(message.get());
+        fail(failureText(message.get()));
+    } else if (m_running && !m_encoder->poll().isEmpty()) {
+        fail(m_encoder->poll());
+    } else if (m_running && m_stallWatch.stalled(m_encoder->now())) {
+        fail(failureText(GST_RESOURCE_ERROR_WRITE));
+    }
+}
+
+/// What an encoder of one's own still holds is written; one that others use goes on.
+void Output::finish()
+{
+    if (!takes()) {
+        return;
+    }
+    m_stopping = true;
+    if (m_encoder.use_count() == 1) {
+        m_encoder->finish();
+    } else {
+        m_input->finish();
+    }
+}
+
+void Output::fail(const Message &reason)
+{
+    m_error = reason;
+    m_running = false;
+}
+
+} // namespace nimbara

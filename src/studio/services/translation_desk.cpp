@@ -234,10 +234,7 @@ void TranslationDesk::clearOldCaptions()
 
 void TranslationDesk::addCaption(const QString &text)
 {
-    const Document &document = m_stage.document;
-    m_captions.addCaption(text,
-        captionBox(*document.currentScene(), document.editedScenes(), m_stage.streamFrame()),
-        m_clock.wallMs());
+    m_captions.addCaption(text, m_clock.wallMs());
     showCaptions();
 }
 

@@ -87,7 +87,8 @@ private Q_SLOTS:
         m_clock.advanceUs(1'200'000);
         translate(await(responses, 1).at(0), u" Hello brothers"_s);
         QTRY_COMPARE(m_captions, QStringList { u"Hello brothers"_s });
-        QCOMPARE(m_statuses.last(), u"Subtítulo actualizado · 1.2 s después de la frase"_s);
+        QCOMPARE(m_notices, QStringList { u"Subtítulo actualizado · 1.2 s después de la frase"_s });
+        QCOMPARE(m_statuses.size(), 1);
         speak(3);
         const auto uploads = await(transcriptions, 4);
         transcribe(uploads.at(1), u"¡HOLA, hermanos!"_s);
@@ -168,12 +169,50 @@ private Q_SLOTS:
         start(); // ends the old run
         interpret(u"dos"_s, u"two"_s);
         QTRY_COMPARE(m_captions, QStringList { u"two"_s });
-        QCOMPARE(m_statuses.size(), 4);
+        QCOMPARE(m_statuses.size(), 3);
         QCOMPARE(m_peer.count("request", transcriptions), 4);
     }
 
     void showsNothingOfAnOldRun()
     {
+    /// As a stop does: no connection is left, and what is owed is not waited for.
+    void aFatalFailureEndsTheRunWhole()
+    {
+        const QByteArray credit = R"("error":{"code":"insufficient_quota","message":"No credit"}})";
+        const QString live = u"Error en vivo: No credit"_s;
+        const auto answer = [this](int status, const QByteArray &body) {
+            m_peer.answer(await(responses, 1).at(0), body, status);
+        };
+        const std::tuple<const char *, std::function<void()>, QString> rows[] {
+            { "key refused",
+                [&] { answer(403, "{}"); },
+                u"Traduccion: API key o permisos no validos."_s },
+            { "no credit",
+                [&] { answer(429, "{" + credit); },
+                u"Traduccion: Sin cuota/saldo disponible en el proyecto API. Revisa Facturación del proyecto."_s },
+            { "session", [&] { m_peer.send(R"({"type":"error",)" + credit); }, live },
+            { "phrase",
+                [&] {
+                    m_peer.send(R"({"type":"conversation.item.input_audio_transcription.failed",)"
+                        + credit);
+                },
+                live },
+        };
+        for (const auto &[name, fail, message] : rows) {
+            const RowName named(name);
+            restart();
+            QStringList told;
+            m_engine->ended = [&] { told = m_statuses; };
+            startLive();
+            turn(u"uno"_s);
+            await(responses, 1);
+            fail();
+            QTRY_VERIFY(!m_engine->running());
+            QCOMPARE(told.last(), message);
+            QTRY_COMPARE(m_peer.count("closed"), 1);
+        }
+    }
+
         startLive();
         for (int i = 0; i < 3; ++i) {
             turn(u"viejo %1"_s.arg(i));
@@ -191,7 +230,7 @@ private Q_SLOTS:
         QCOMPARE(inputOf(await(responses, 1).at(0)), u"New text: nuevo"_s);
         translate(await(responses, 1).at(0), u"new"_s);
         QTRY_COMPARE(m_captions, QStringList { u"new"_s });
-        QCOMPARE(m_statuses.size(), 3);
+        QCOMPARE(m_statuses.size(), 2);
     }
 
     void obeysStopsFromCallbacks()
@@ -400,6 +439,7 @@ private:
         const auto uploads = m_peer.of("request", transcriptions).size();
         const auto asked = m_peer.of("request", responses).size();
         speak();
+        m_engine->captionNotice = [this](const Message &text) { m_notices.append(text.spanish()); };
         transcribe(await(transcriptions, uploads + 1).back(), heard);
         translate(await(responses, asked + 1).back(), translation);
     }
@@ -448,3 +488,4 @@ private:
 
 NIMBARA_TEST(EngineTest)
 #include "engine_test.moc"
+    QStringList m_notices;

@@ -144,8 +144,10 @@ private Q_SLOTS:
             QVERIFY(status == 0 || m_peer.count("request", failing.data()) == 1);
             m_peer.onEvent = {};
             m_peer.events.clear();
-            interpret(u"dos"_s, u"two"_s);
-            QTRY_COMPARE(m_captions, QStringList { u"two"_s });
+            // Said again it is no repetition, nor does the failed one stand in its context.
+            interpret(u"uno"_s, u"one"_s);
+            QCOMPARE(inputOf(await(responses, 1).back()), u"New text: uno"_s);
+            QTRY_COMPARE(m_captions, QStringList { u"one"_s });
         }
     }
 
@@ -173,8 +175,6 @@ private Q_SLOTS:
         QCOMPARE(m_peer.count("request", transcriptions), 4);
     }
 
-    void showsNothingOfAnOldRun()
-    {
     /// As a stop does: no connection is left, and what is owed is not waited for.
     void aFatalFailureEndsTheRunWhole()
     {
@@ -213,6 +213,8 @@ private Q_SLOTS:
         }
     }
 
+    void showsNothingOfAnOldRun()
+    {
         startLive();
         for (int i = 0; i < 3; ++i) {
             turn(u"viejo %1"_s.arg(i));
@@ -284,6 +286,21 @@ private Q_SLOTS:
         QVERIFY(
             m_statuses.join(u'|').contains(u"|Voz: No se pudo completar la solicitud. HTTP 500."));
         QCOMPARE(m_captions.size(), 4);
+    }
+
+    void anOlderClipIsNotSpoken()
+    {
+        startLive(true);
+        for (std::size_t i = 1; i <= 3; ++i) {
+            turn(u"frase %1"_s.arg(i), i, u"phrase"_s);
+            await(speeches, i);
+        }
+        const auto requests = await(speeches, 3);
+        m_peer.answer(requests.at(1), "second");
+        QTRY_COMPARE(m_voices, QByteArrayList { "second" });
+        m_peer.answer(requests.at(0), "first");
+        m_peer.answer(requests.at(2), "third");
+        QTRY_COMPARE(m_voices, (QByteArrayList { "second", "third" }));
     }
 
     void sendsOnlyWhileRunning()
@@ -368,6 +385,27 @@ private Q_SLOTS:
         }
     }
 
+    /// The session that is lost later does not owe what it answered with an error.
+    void aPhraseAnsweredWithAnErrorIsNotSentAgain()
+    {
+        for (const char *event : { R"({"type":"conversation.item.input_audio_transcription.failed",
+                 "error":{"code":"audio_unintelligible","message":"mal"}})",
+                 R"({"type":"error","error":{"code":"input_audio_buffer_commit_empty",
+                 "message":"mal"}})" }) {
+            restart();
+            startLive();
+            hear(signal({ { 1900, 0.2 }, { 1000, 0 } }));
+            m_peer.send(event);
+            QTRY_COMPARE(m_statuses.last(), u"Error en vivo: mal"_s);
+            m_peer.command(R"({"do":"terminate"})");
+            QTRY_VERIFY(
+                m_statuses.contains(u"Modo en vivo no disponible; se usa modo por trozos."_s));
+            speak();
+            const double lost = 1200 - voicedMs(wavOf(await(transcriptions, 1).at(0)));
+            QVERIFY2(std::abs(lost) < 2, qPrintable(QString::number(lost)));
+        }
+    }
+
     void sendsWhatWasSaidBeforeTheSession()
     {
         start(true);
@@ -392,6 +430,8 @@ private:
         m_statuses.clear();
         m_captions.clear();
         m_heard.clear();
+        m_notices.clear();
+        m_voices.clear();
         m_peer.live("accept");
         m_peer.events.clear();
         m_peer.onEvent = {};
@@ -399,6 +439,7 @@ private:
         m_engine->statusChanged
             = [this](const Message &text) { m_statuses.append(text.spanish()); };
         m_engine->caption = [this](const QString &text) { m_captions.append(text); };
+        m_engine->captionNotice = [this](const Message &text) { m_notices.append(text.spanish()); };
         m_engine->heard = [this](const Message &text) { m_heard.append(text.spanish()); };
         m_engine->voiceAudio = [this](const QByteArray &pcm) { m_voices.append(pcm); };
     }
@@ -409,11 +450,11 @@ private:
         m_engine->start(u" sk-secret\n"_s, u"English"_s, voice, source);
     }
 
-    void startLive()
+    void startLive(bool voice = false)
     {
         m_peer.events.clear();
         m_statuses.clear();
-        start(true);
+        start(true, voice);
         QTRY_COMPARE(m_peer.count("text"), 1);
         m_peer.send(R"({"type":"session.updated"})");
         QTRY_COMPARE(m_statuses,
@@ -439,7 +480,6 @@ private:
         const auto uploads = m_peer.of("request", transcriptions).size();
         const auto asked = m_peer.of("request", responses).size();
         speak();
-        m_engine->captionNotice = [this](const Message &text) { m_notices.append(text.spanish()); };
         transcribe(await(transcriptions, uploads + 1).back(), heard);
         translate(await(responses, asked + 1).back(), translation);
     }
@@ -481,6 +521,7 @@ private:
     ManualClock m_clock;
     std::unique_ptr<Translation> m_engine;
     QStringList m_statuses;
+    QStringList m_notices;
     QStringList m_captions;
     QStringList m_heard;
     QByteArrayList m_voices;
@@ -488,4 +529,3 @@ private:
 
 NIMBARA_TEST(EngineTest)
 #include "engine_test.moc"
-    QStringList m_notices;

@@ -210,7 +210,10 @@ void Translation::translate(std::int32_t sequence, const QString &text)
             m_memory.addTranslation(translated);
             finish(sequence, translated);
         },
-        [this, sequence](int) { finish(sequence, {}); });
+        [this, sequence, text](int) {
+            m_memory.forget(text);
+            finish(sequence, {});
+        });
 }
 
 void Translation::finish(std::int32_t sequence, const QString &text)
@@ -267,8 +270,10 @@ void Translation::speak(const QString &text)
         api::speechBody(text),
         voiceTimeout,
         QStringLiteral("Voz"),
-        [this](const QByteArray &pcm) {
-            if (pcm.size() <= maxVoiceBytes) {
+        [this, number = ++m_spoken](const QByteArray &pcm) {
+            // A clip that comes after that of a later phrase is out of date.
+            if (pcm.size() <= maxVoiceBytes && number > m_heardVoice) {
+                m_heardVoice = number;
                 voiceAudio(pcm);
             }
         });

@@ -102,6 +102,8 @@ private:
     QString m_target;
     QString m_source;
     bool m_voice = false;
+    std::int64_t m_spoken = 0; ///< phrases that were to be spoken
+    std::int64_t m_heardVoice = 0; ///< the newest of them whose clip came
     bool m_liveDisabled = false;
     std::int64_t m_startTime = 0; ///< ms since the epoch
     QTimer m_releaseTimer;

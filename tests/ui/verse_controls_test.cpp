@@ -71,8 +71,17 @@ private Q_SLOTS:
     void aQuickReferenceMakesItsLayer()
     {
         VerseDeskWindow desk(m_peer);
+        for (const QString &slip : { u"Juna 3:16"_s, u"Judas 2:1"_s }) { // no hint is left behind
+            desk.type("quickVerse", slip);
+            QCOMPARE(desk.layers().size(), 1U);
+            QCOMPARE(desk.dialogs->asked.last(), u"Ardenvale Vesperline: "_s + desk.status());
+        }
         desk.type("quickVerse", u"Juan 3:16"_s);
         QCOMPARE(desk.layers().size(), 2U);
+        QCOMPARE(desk.selected(), 1);
+        desk.press("undo"); // in one step
+        QCOMPARE(desk.layers().size(), 1U);
+        desk.press("redo");
         const Layer layer = desk.layers().back();
         QCOMPARE(layer.reference, u"Juan 3:16 · Reina-Valera 1909"_s);
         QCOMPARE((std::array { layer.x, layer.y, layer.w, layer.h }),

@@ -6,6 +6,7 @@
 #include <QDoubleSpinBox>
 #include <QListWidget>
 #include <QPlainTextEdit>
+#include <QScrollArea>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -217,6 +218,36 @@ private Q_SLOTS:
         QVERIFY(!desk.find<QWidget>("verseWaiting")->isVisibleTo(desk.find<QWidget>("properties")));
         desk.press("undo");
         QCOMPARE(desk.layers()[1].text, u"A mano sigo"_s);
+    }
+
+    /// Where the operator types, what is typed stays, and so does what is in sight.
+    void aLateReplyLeavesThePanelInPlace()
+    {
+        for (const auto &[name, property] : { std::pair { "verseReference", "text" },
+                 { "layerName", "text" },
+                 { "layerText", "plainText" },
+                 { "textSize", "cleanText" } }) {
+            const RowName named(name);
+            init();
+            VerseDeskWindow desk(m_peer);
+            QVERIFY(desk.isActive());
+            desk.find<QComboBox>("target")->setCurrentText(u"Português"_s);
+            desk.enter("apiKey", QLatin1String(key));
+            desk.type("quickVerse", u"Juan 3:16"_s);
+            auto *panel = desk.find<QScrollArea>("properties");
+            auto *field = panel->findChild<QWidget *>(QLatin1String(name));
+            field->setFocus();
+            panel->ensureWidgetVisible(field);
+            QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+            QTest::keyClicks(field, u"12"_s);
+            const int place = field->mapTo(panel, QPoint()).y();
+            m_peer.answer(awaitRequest(),
+                R"({"output":[{"content":[{"type":"output_text","text":"Porque Deus"}]}]})");
+            QTRY_COMPARE(desk.status(), u"Versículo listo: John 3:16"_s);
+            QCOMPARE(field->property(property).toString(), u"12"_s);
+            QCoreApplication::processEvents(); // lays out what came
+            QCOMPARE(field->mapTo(panel, QPoint()).y(), place);
+        }
     }
 
     /// The colour box, a warning and a file box stay open while an answer or a project arrives.

@@ -39,14 +39,20 @@ void VerseDesk::lookupVerse(LayerId layer,
     const QString &typed,
     const bible::VerseLookup::Source &source)
 {
-    if (verseLayer(layer) != nullptr || isPlanned(layer)) {
-        // What is asked for now replaces what stands there, whoever wrote that.
+    const Layer *found = verseLayer(layer);
+    if (found != nullptr || isPlanned(layer)) {
+        // What is asked for now replaces what stands there, whoever wrote that, but not what is
+        // written from now on.
         const auto written = m_written.extract(layer);
+        if (found != nullptr) {
+            m_written.emplace(layer, found->text);
+        }
         try {
             m_lookup.lookupVerse(layer.value(), typed, source);
         } catch (...) {
+            m_written.erase(layer);
             if (written) {
-                m_written.insert_or_assign(layer, written.mapped());
+                m_written.emplace(layer, written.mapped());
             }
             throw;
         }

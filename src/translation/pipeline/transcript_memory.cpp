@@ -7,7 +7,6 @@ namespace nimbara {
 namespace {
 
 constexpr qsizetype maxKeys = 6;
-constexpr qsizetype maxOriginals = 40;
 constexpr qsizetype keptLength = 1200;
 constexpr qsizetype contextLength = 400;
 
@@ -55,7 +54,7 @@ QString TranscriptMemory::context() const
 void TranscriptMemory::addOriginal(const QString &text)
 {
     m_originals.append(tail(text, keptLength));
-    while (m_originals.size() > maxOriginals) {
+    while (m_originals.join(QLatin1Char(' ')).size() - m_originals.first().size() > keptLength) {
         m_originals.removeFirst();
     }
 }

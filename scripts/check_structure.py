@@ -16,7 +16,7 @@ BELOW = {
     "media": {"signal", "base"},
     "compositor": {"document", "signal", "base"},
     "output": {"media", "signal", "base"},
-    "translation": {"document", "signal", "net", "base"},
+    "translation": {"signal", "net", "base"},
     "bible": {"net", "base"},
 }
 BELOW["studio"] = set(BELOW)

@@ -34,11 +34,7 @@ public:
         const QString text = sentence();
         return timeMs([&] {
             m_captions.clearOld(m_nowMs);
-            m_captions.addCaption(text,
-                captionBox(*m_stage.document.currentScene(),
-                    m_stage.document.editedScenes(),
-                    m_stage.streamFrame()),
-                m_nowMs);
+            m_captions.addCaption(text, m_nowMs);
             m_stage.captions.phrases = m_captions.captionPhrases();
             m_shown = { m_pictures.preview(m_stage, m_streams, nullptr),
                 m_pictures.streams(m_stage, m_streams, nullptr),

@@ -272,6 +272,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Cita no válida", "Invalid reference" },
     TextPair { "API.Bible no devolvió texto para esa cita",
         "API.Bible returned no text for that reference" },
+    TextPair { "La traducción del versículo llegó incompleta",
+        "The translation of the verse arrived incomplete" },
     TextPair { "No se pudo traducir el versículo (revisa la API key de OpenAI)",
         "The verse could not be translated (check the OpenAI API key)" },
     TextPair { "Marca para mostrar, desmarca para ocultar", "Check to show, uncheck to hide" },

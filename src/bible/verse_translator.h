@@ -15,9 +15,11 @@ namespace bible {
 /// loop, and not after the translator is gone.
 class VerseTranslator {
 public:
-    /// An empty error means success. The error says the same for every failure.
+    /// An empty error means success. The error says the same for every failure but one: a
+    /// translation that the service cut short is none.
     using Callback = std::function<void(const QString &text, const nimbara::Message &error)>;
 
+    /// `timeout`: of one verse; a longer passage gets more.
     explicit VerseTranslator(nimbara::Endpoint endpoint = nimbara::openAiEndpoint(),
         std::chrono::milliseconds timeout = std::chrono::seconds(20));
 

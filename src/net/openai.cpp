@@ -66,6 +66,12 @@ QJsonObject textBody(const TextPrompt &prompt)
     return body;
 }
 
+bool isIncomplete(const QByteArray &body)
+{
+    return QJsonDocument::fromJson(body).object().value(QLatin1String("status")).toString()
+        == QLatin1String("incomplete");
+}
+
 QString outputText(const QByteArray &body)
 {
     QString text;

@@ -34,6 +34,9 @@ HttpRequest jsonRequest(const Endpoint &endpoint,
 /// The body of a request to "responses". The service is asked not to keep it.
 QJsonObject textBody(const TextPrompt &prompt);
 
+/// The service has cut the reply of "responses" short.
+bool isIncomplete(const QByteArray &body);
+
 /// The output texts of a reply of "responses", joined; empty when there are none.
 QString outputText(const QByteArray &body);
 

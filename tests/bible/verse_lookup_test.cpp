@@ -4,6 +4,7 @@
 #include "support/error_of.h"
 #include "support/test_registry.h"
 
+#include <QJsonDocument>
 #include <QPromise>
 #include <QSet>
 #include <QTcpServer>
@@ -254,16 +255,27 @@ private Q_SLOTS:
 
         const QByteArray good = R"({"output":[{"content":[{"type":"output_text","text":"x"}]}]})";
         const QByteArray blank = QByteArray(good).replace('x', " ");
-        for (const auto &[status, body] :
-            { std::pair { 401, good }, { 500, good }, { 200, blank }, { 200, "x" } }) {
+        const QByteArray cut = QByteArray(good).replace(0, 1, R"({"status":"incomplete",)");
+        const auto failed = u"No se pudo traducir el versículo (revisa la API key de OpenAI)"_s;
+        const auto cutShort
+            = u"La traducción del versículo llegó incompleta · se mantiene RV1909"_s;
+        for (const auto &[status, body, told] : { std::tuple { 401, good, failed },
+                 { 500, good, failed },
+                 { 200, blank, failed },
+                 { 200, "x", failed },
+                 { 200, cut, cutShort } }) {
             init();
             desk.ask(john, portuguese);
             QTRY_COMPARE(requests(), 1);
             reply(0, body, status);
-            QTRY_COMPARE(desk.said.last(),
-                u"No se pudo traducir el versículo (revisa la API key de OpenAI)"_s);
+            QTRY_COMPARE(desk.said.last(), told);
             QCOMPARE(desk.layers[1].reference, u"Juan 3:16 · Reina-Valera 1909"_s);
         }
+        init();
+        desk.ask(u"Salmos 119"_s, portuguese); // the longest chapter may take a token a letter
+        QTRY_COMPARE(requests(), 1);
+        QCOMPARE(QJsonDocument::fromJson(field(request(), "body").toUtf8())["max_output_tokens"_L1],
+            QJsonValue(desk.layers[1].text.size()));
     }
 
     void lastAnswerStands()

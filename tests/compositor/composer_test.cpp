@@ -5,6 +5,7 @@
 #include "support/shown.h"
 #include "support/test_registry.h"
 
+#include <QFontMetricsF>
 #include <QSet>
 
 #include <map>
@@ -167,6 +168,58 @@ private Q_SLOTS:
         hidden.layers = layer.layers;
         hidden.layers[0].visible = false;
         QVERIFY(isBlack(composed(hidden)));
+    }
+
+    /// The same captions in two programs at once: in each the newest ones that its own box has room
+    /// for in its own font, whole.
+    void captionsFillEachPlace()
+    {
+        QStringList phrases;
+        for (int i = 10; i < 40; ++i) {
+            phrases << u"Aleluyaleluya%1"_s.arg(i); // each takes a line
+        }
+        const auto lineOf = [](QFont font) { // of a canvas
+            font.setWeight(QFont::Bold);
+            const QImage canvas(1, 1, QImage::Format_RGBX8888);
+            return QFontMetricsF(QFont(font, const_cast<QImage *>(&canvas)));
+        };
+        QFont layerFont(subtitle().font);
+        layerFont.setPixelSize(20);
+        const QFontMetricsF metrics = lineOf(layerFont);
+        const double width = metrics.horizontalAdvance(phrases.first()) * 1.5 + 24;
+        const QFontMetricsF automatic = lineOf(QFont(u"Sans Serif"_s, 1080 / 16));
+        const auto automaticLines = static_cast<qsizetype>(810 / std::ceil(automatic.height()));
+        for (const auto &[separator, room, below, lines] : { std::tuple { "\n", 3.5, 0, 3 },
+                 { " ", 3.5, 0, 3 },
+                 { "\n\n", 3.5, 0, 2 },
+                 { "\n", 3.5, 2, 1 }, // lines below the frame's edge are not seen
+                 { "\n", 1.5, 0, 1 },
+                 { "\n", 0.5, 0, 1 } }) { // the newest stays
+            const auto cache = std::make_shared<PaintCache>();
+            Composer streams(cache);
+            Composer hall(cache);
+            Shown narrow = withCaptions(phrases, false);
+            narrow.captions.separator = QLatin1String(separator);
+            Layer layer = subtitle();
+            layer.size = 20 * 1080 / size.height;
+            layer.w = width / size.width;
+            layer.h = (room * metrics.height() + 16) / size.height;
+            layer.y = below == 0 ? 0 : 1 - layer.h + (below * metrics.height() + 8) / size.height;
+            narrow.layers = { layer };
+            Shown wide = withCaptions(phrases);
+            wide.frame = landscapeSize;
+            const auto shows = [&](Composer &composer, Shown shown, qsizetype count) {
+                const QImage all = composer.compose(shown);
+                shown.captions = shown.captions.newest(count);
+                const bool same = all == composed(shown);
+                shown.captions = shown.captions.newest(std::max(count - 1, qsizetype { 0 }));
+                return same && all != composed(shown);
+            };
+            QVERIFY(shows(streams, narrow, lines));
+            QVERIFY(shows(hall, wide, automaticLines));
+            narrow.captions.phrases << u"Aleluyaleluya40"_s; // a further one
+            QVERIFY(shows(streams, narrow, lines));
+        }
     }
 
     void changeIsDrawn()

@@ -173,11 +173,11 @@ class TranslationTest(StudioTest):
     def say(self, phrase):
         """Says a phrase of the script and waits for its caption and its voice."""
         caption = "IA: Subtítulo actualizado · "
-        count = lambda: len([status for status in self.studio.statuses() if caption in status])
+        count = lambda: self.studio.log().count(caption)
         shown, spoken = count(), len(self.api.of("request", path="/audio/speech"))
         self.microphone.say(PHRASES[phrase][0])
         wait_for("the caption", lambda: count() > shown)
-        print("caption:", self.studio.wait_status(caption))
+        print("caption:", self.studio.log().rsplit(caption, 1)[1].splitlines()[0])
         wait_for("its voice", lambda: len(self.api.of("request", path="/audio/speech")) > spoken)
 
     def test_captions_and_voice_and_nothing_is_sent_unasked(self):

@@ -87,7 +87,8 @@ private Q_SLOTS:
         m_clock.advanceUs(1'200'000);
         translate(await(responses, 1).at(0), u" Hello brothers"_s);
         QTRY_COMPARE(m_captions, QStringList { u"Hello brothers"_s });
-        QCOMPARE(m_statuses.last(), u"Subtítulo actualizado · 1.2 s después de la frase"_s);
+        QCOMPARE(m_notices, QStringList { u"Subtítulo actualizado · 1.2 s después de la frase"_s });
+        QCOMPARE(m_statuses.size(), 1);
         speak(3);
         const auto uploads = await(transcriptions, 4);
         transcribe(uploads.at(1), u"¡HOLA, hermanos!"_s);
@@ -143,8 +144,10 @@ private Q_SLOTS:
             QVERIFY(status == 0 || m_peer.count("request", failing.data()) == 1);
             m_peer.onEvent = {};
             m_peer.events.clear();
-            interpret(u"dos"_s, u"two"_s);
-            QTRY_COMPARE(m_captions, QStringList { u"two"_s });
+            // Said again it is no repetition, nor does the failed one stand in its context.
+            interpret(u"uno"_s, u"one"_s);
+            QCOMPARE(inputOf(await(responses, 1).back()), u"New text: uno"_s);
+            QTRY_COMPARE(m_captions, QStringList { u"one"_s });
         }
     }
 
@@ -168,8 +171,46 @@ private Q_SLOTS:
         start(); // ends the old run
         interpret(u"dos"_s, u"two"_s);
         QTRY_COMPARE(m_captions, QStringList { u"two"_s });
-        QCOMPARE(m_statuses.size(), 4);
+        QCOMPARE(m_statuses.size(), 3);
         QCOMPARE(m_peer.count("request", transcriptions), 4);
+    }
+
+    /// As a stop does: no connection is left, and what is owed is not waited for.
+    void aFatalFailureEndsTheRunWhole()
+    {
+        const QByteArray credit = R"("error":{"code":"insufficient_quota","message":"No credit"}})";
+        const QString live = u"Error en vivo: No credit"_s;
+        const auto answer = [this](int status, const QByteArray &body) {
+            m_peer.answer(await(responses, 1).at(0), body, status);
+        };
+        const std::tuple<const char *, std::function<void()>, QString> rows[] {
+            { "key refused",
+                [&] { answer(403, "{}"); },
+                u"Traduccion: API key o permisos no validos."_s },
+            { "no credit",
+                [&] { answer(429, "{" + credit); },
+                u"Traduccion: Sin cuota/saldo disponible en el proyecto API. Revisa Facturación del proyecto."_s },
+            { "session", [&] { m_peer.send(R"({"type":"error",)" + credit); }, live },
+            { "phrase",
+                [&] {
+                    m_peer.send(R"({"type":"conversation.item.input_audio_transcription.failed",)"
+                        + credit);
+                },
+                live },
+        };
+        for (const auto &[name, fail, message] : rows) {
+            const RowName named(name);
+            restart();
+            QStringList told;
+            m_engine->ended = [&] { told = m_statuses; };
+            startLive();
+            turn(u"uno"_s);
+            await(responses, 1);
+            fail();
+            QTRY_VERIFY(!m_engine->running());
+            QCOMPARE(told.last(), message);
+            QTRY_COMPARE(m_peer.count("closed"), 1);
+        }
     }
 
     void showsNothingOfAnOldRun()
@@ -191,7 +232,7 @@ private Q_SLOTS:
         QCOMPARE(inputOf(await(responses, 1).at(0)), u"New text: nuevo"_s);
         translate(await(responses, 1).at(0), u"new"_s);
         QTRY_COMPARE(m_captions, QStringList { u"new"_s });
-        QCOMPARE(m_statuses.size(), 3);
+        QCOMPARE(m_statuses.size(), 2);
     }
 
     void obeysStopsFromCallbacks()
@@ -245,6 +286,21 @@ private Q_SLOTS:
         QVERIFY(
             m_statuses.join(u'|').contains(u"|Voz: No se pudo completar la solicitud. HTTP 500."));
         QCOMPARE(m_captions.size(), 4);
+    }
+
+    void anOlderClipIsNotSpoken()
+    {
+        startLive(true);
+        for (std::size_t i = 1; i <= 3; ++i) {
+            turn(u"frase %1"_s.arg(i), i, u"phrase"_s);
+            await(speeches, i);
+        }
+        const auto requests = await(speeches, 3);
+        m_peer.answer(requests.at(1), "second");
+        QTRY_COMPARE(m_voices, QByteArrayList { "second" });
+        m_peer.answer(requests.at(0), "first");
+        m_peer.answer(requests.at(2), "third");
+        QTRY_COMPARE(m_voices, (QByteArrayList { "second", "third" }));
     }
 
     void sendsOnlyWhileRunning()
@@ -329,6 +385,27 @@ private Q_SLOTS:
         }
     }
 
+    /// The session that is lost later does not owe what it answered with an error.
+    void aPhraseAnsweredWithAnErrorIsNotSentAgain()
+    {
+        for (const char *event : { R"({"type":"conversation.item.input_audio_transcription.failed",
+                 "error":{"code":"audio_unintelligible","message":"mal"}})",
+                 R"({"type":"error","error":{"code":"input_audio_buffer_commit_empty",
+                 "message":"mal"}})" }) {
+            restart();
+            startLive();
+            hear(signal({ { 1900, 0.2 }, { 1000, 0 } }));
+            m_peer.send(event);
+            QTRY_COMPARE(m_statuses.last(), u"Error en vivo: mal"_s);
+            m_peer.command(R"({"do":"terminate"})");
+            QTRY_VERIFY(
+                m_statuses.contains(u"Modo en vivo no disponible; se usa modo por trozos."_s));
+            speak();
+            const double lost = 1200 - voicedMs(wavOf(await(transcriptions, 1).at(0)));
+            QVERIFY2(std::abs(lost) < 2, qPrintable(QString::number(lost)));
+        }
+    }
+
     void sendsWhatWasSaidBeforeTheSession()
     {
         start(true);
@@ -353,6 +430,8 @@ private:
         m_statuses.clear();
         m_captions.clear();
         m_heard.clear();
+        m_notices.clear();
+        m_voices.clear();
         m_peer.live("accept");
         m_peer.events.clear();
         m_peer.onEvent = {};
@@ -360,6 +439,7 @@ private:
         m_engine->statusChanged
             = [this](const Message &text) { m_statuses.append(text.spanish()); };
         m_engine->caption = [this](const QString &text) { m_captions.append(text); };
+        m_engine->captionNotice = [this](const Message &text) { m_notices.append(text.spanish()); };
         m_engine->heard = [this](const Message &text) { m_heard.append(text.spanish()); };
         m_engine->voiceAudio = [this](const QByteArray &pcm) { m_voices.append(pcm); };
     }
@@ -370,11 +450,11 @@ private:
         m_engine->start(u" sk-secret\n"_s, u"English"_s, voice, source);
     }
 
-    void startLive()
+    void startLive(bool voice = false)
     {
         m_peer.events.clear();
         m_statuses.clear();
-        start(true);
+        start(true, voice);
         QTRY_COMPARE(m_peer.count("text"), 1);
         m_peer.send(R"({"type":"session.updated"})");
         QTRY_COMPARE(m_statuses,
@@ -441,6 +521,7 @@ private:
     ManualClock m_clock;
     std::unique_ptr<Translation> m_engine;
     QStringList m_statuses;
+    QStringList m_notices;
     QStringList m_captions;
     QStringList m_heard;
     QByteArrayList m_voices;

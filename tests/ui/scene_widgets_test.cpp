@@ -8,8 +8,11 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSlider>
 #include <QSpinBox>
+#include <QTemporaryDir>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -240,6 +243,38 @@ private Q_SLOTS:
         QCOMPARE(desk.find<QPlainTextEdit>("layerText"), text);
         QTest::keyClicks(QApplication::focusWidget(), u"todos"_s);
         QCOMPARE(desk.layers()[0].text, u"Hola todos"_s);
+    }
+
+    /// One that took long to decode is selected, unless the operator has gone on to other work.
+    void aLatePictureInterruptsNoWork()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"logo.png"_s);
+        QVERIFY(QImage(8, 8, QImage::Format_RGB32).save(path));
+        const std::tuple<const char *, std::function<void(SceneDesk &)>, bool> rows[] {
+            { "waits", [](SceneDesk &) {}, true },
+            { "selects", [](SceneDesk &desk) { desk.select(1); }, false },
+            { "edits",
+                [](SceneDesk &desk) { desk.find<QSlider>("opacity")->setValue(40); },
+                false },
+        };
+        for (const auto &[name, work, selected] : rows) {
+            const RowName named(name);
+            SceneDesk desk;
+            desk.setLayers({ newLayer(LayerKind::Text), newLayer(LayerKind::Text) });
+            desk.select(0);
+            desk.dialogs->files = { path };
+            desk.find<QPushButton>("loadImage")->click();
+            work(desk);
+            auto *bar = desk.find<QScrollArea>("properties")->verticalScrollBar();
+            bar->setValue(bar->maximum());
+            const int place = bar->value();
+            const int before = desk.selected();
+            QTRY_VERIFY(!desk.window.studio().images().isDecoding());
+            QCOMPARE(desk.layers().size(), 3U);
+            QCOMPARE(desk.selected(), selected ? 2 : before);
+            QVERIFY(place > 0 && (selected || bar->value() == place));
+        }
     }
 
     void everyWarningCanBeRead()

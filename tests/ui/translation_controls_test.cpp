@@ -68,18 +68,48 @@ private Q_SLOTS:
         speak();
         QTRY_COMPARE(shown, QStringList { u"Let us open the Bible"_s });
         QVERIFY(desk.find<QLabel>("heard")->text().endsWith(u"abramos la Biblia"));
-        QVERIFY(desk.find<QLabel>("aiStatus")->text().startsWith(u"Subtítulo actualizado · "));
+        const auto *notice = desk.find<QLabel>("captionNotice");
+        QVERIFY(notice->text().startsWith(u"Subtítulo actualizado · "));
+        QCOMPARE(desk.status(), u"IA: IA activa; conectando modo en vivo..."_s); // it stays
         QTRY_VERIFY(!studio.programAudio().voice().empty());
 
         QMetaObject::invokeMethod(start, "click");
         QCOMPARE(start->text(), u"Iniciar traducción"_s);
         QVERIFY(shown.isEmpty() && studio.programAudio().voice().empty());
+        QCOMPARE(notice->text(), QString());
         const int sent = m_peer.count("request");
         speak();
         desk.find<QPushButton>("testApiKey")->click(); // its request comes after any other
         QTRY_COMPARE(desk.find<QLabel>("aiStatus")->text().left(6), u"API OK"_s);
         QCOMPARE(m_peer.count("request"), sent + 1);
         m_peer.serve({});
+    }
+
+    void aRefusedKeyEndsAsAPauseDoes()
+    {
+        Desk desk(servicesAt(m_peer.endpoint()));
+        Studio &studio = desk.window.studio();
+        auto *start = desk.find<QPushButton>("startTranslation");
+        m_peer.serve({ { u"uno"_s, u"One"_s } }, 0, QByteArray(96000, '\x10'));
+        connectVoice(studio);
+        desk.enter("apiKey", QLatin1String(key));
+        desk.find<QCheckBox>("voice")->setChecked(true);
+        QMetaObject::invokeMethod(start, "click");
+        QTRY_VERIFY(desk.status().startsWith(u"IA: Modo en vivo activo"));
+        m_peer.sendTranscript("uno");
+        QTRY_VERIFY(!studio.programAudio().voice().empty());
+        m_peer.serve({});
+        m_peer.onEvent = [this](const QJsonObject &event) {
+            if (field(event, "path").endsWith(u"responses")) {
+                m_peer.answer(event, "{}", 401);
+            }
+        };
+        m_peer.sendTranscript("dos");
+        QTRY_COMPARE(start->text(), u"Iniciar traducción"_s);
+        QCOMPARE(desk.status(), u"IA: Traduccion: API key o permisos no validos."_s);
+        QVERIFY(studio.stage().captions.phrases.isEmpty());
+        QVERIFY(studio.programAudio().voice().empty());
+        QTRY_COMPARE(m_peer.count("closed"), 1);
     }
 
     void startNeedsAVoiceAndAKey()

@@ -6,6 +6,7 @@
 #include <QDoubleSpinBox>
 #include <QListWidget>
 #include <QPlainTextEdit>
+#include <QScrollArea>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -71,8 +72,17 @@ private Q_SLOTS:
     void aQuickReferenceMakesItsLayer()
     {
         VerseDeskWindow desk(m_peer);
+        for (const QString &slip : { u"Juna 3:16"_s, u"Judas 2:1"_s }) { // no hint is left behind
+            desk.type("quickVerse", slip);
+            QCOMPARE(desk.layers().size(), 1U);
+            QCOMPARE(desk.dialogs->asked.last(), u"Ardenvale Vesperline: "_s + desk.status());
+        }
         desk.type("quickVerse", u"Juan 3:16"_s);
         QCOMPARE(desk.layers().size(), 2U);
+        QCOMPARE(desk.selected(), 1);
+        desk.press("undo"); // in one step
+        QCOMPARE(desk.layers().size(), 1U);
+        desk.press("redo");
         const Layer layer = desk.layers().back();
         QCOMPARE(layer.reference, u"Juan 3:16 · Reina-Valera 1909"_s);
         QCOMPARE((std::array { layer.x, layer.y, layer.w, layer.h }),
@@ -208,6 +218,36 @@ private Q_SLOTS:
         QVERIFY(!desk.find<QWidget>("verseWaiting")->isVisibleTo(desk.find<QWidget>("properties")));
         desk.press("undo");
         QCOMPARE(desk.layers()[1].text, u"A mano sigo"_s);
+    }
+
+    /// Where the operator types, what is typed stays, and so does what is in sight.
+    void aLateReplyLeavesThePanelInPlace()
+    {
+        for (const auto &[name, property] : { std::pair { "verseReference", "text" },
+                 { "layerName", "text" },
+                 { "layerText", "plainText" },
+                 { "textSize", "cleanText" } }) {
+            const RowName named(name);
+            init();
+            VerseDeskWindow desk(m_peer);
+            QVERIFY(desk.isActive());
+            desk.find<QComboBox>("target")->setCurrentText(u"Português"_s);
+            desk.enter("apiKey", QLatin1String(key));
+            desk.type("quickVerse", u"Juan 3:16"_s);
+            auto *panel = desk.find<QScrollArea>("properties");
+            auto *field = panel->findChild<QWidget *>(QLatin1String(name));
+            field->setFocus();
+            panel->ensureWidgetVisible(field);
+            QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+            QTest::keyClicks(field, u"12"_s);
+            const int place = field->mapTo(panel, QPoint()).y();
+            m_peer.answer(awaitRequest(),
+                R"({"output":[{"content":[{"type":"output_text","text":"Porque Deus"}]}]})");
+            QTRY_COMPARE(desk.status(), u"Versículo listo: John 3:16"_s);
+            QCOMPARE(field->property(property).toString(), u"12"_s);
+            QCoreApplication::processEvents(); // lays out what came
+            QCOMPARE(field->mapTo(panel, QPoint()).y(), place);
+        }
     }
 
     /// The colour box, a warning and a file box stay open while an answer or a project arrives.

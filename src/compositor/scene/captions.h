@@ -17,6 +17,11 @@ struct Captions {
 
     /// All phrases, joined.
     [[nodiscard]] QString text() const { return phrases.join(separator); }
+    /// With the last phrases only.
+    [[nodiscard]] Captions newest(qsizetype count) const
+    {
+        return { phrases.mid(phrases.size() - count), separator, shown };
+    }
 };
 
 /// Writes `text` and `reference` (the highlighted newest phrase) of a subtitle layer that is about

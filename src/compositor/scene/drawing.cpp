@@ -29,7 +29,21 @@ FramePtr pictureAt(const LayerPictures &pictures, std::size_t index)
     return shown ? pictures[index] : nullptr;
 }
 
-std::optional<TextBlock> overlay(const Composition &composition)
+void fillSubtitle(Layer &layer, const Composition &composition, CaptionFit &fit)
+{
+    const FrameSize size = composition.size;
+    const auto draw = [&layer, size](const Captions &captions) {
+        Layer filled = layer;
+        fillSubtitle(filled, captions, false);
+        return layerText(filled,
+            boxOf(layer, size),
+            size.height,
+            QRect(0, 0, size.width, size.height));
+    };
+    fillSubtitle(layer, fit.cut(composition.captions, draw), composition.isPreview);
+}
+
+std::optional<TextBlock> overlay(const Composition &composition, CaptionFit &fit)
 {
     const Captions &captions = composition.captions;
     if (!composition.isHall) {
@@ -38,10 +52,15 @@ std::optional<TextBlock> overlay(const Composition &composition)
             : std::nullopt;
     }
     const bool captioned = composition.scene && hasSubtitle(*composition.scene);
-    if (captioned || !captions.shown || captions.text().isEmpty()) {
+    if (captioned || !captions.shown || captions.phrases.isEmpty()) {
         return std::nullopt;
     }
-    return automaticCaption(captions.text(), composition.size);
+    const auto draw = [&composition](const Captions &some) {
+        const QString text = some.text();
+        const bool whole = text.size() <= maxAutomaticCaption || some.phrases.size() == 1;
+        return whole ? std::optional(automaticCaption(text, composition.size)) : std::nullopt;
+    };
+    return draw(fit.cut(captions, draw));
 }
 
 /// The first layer worth drawing: nothing shows below one that covers the canvas.
@@ -71,7 +90,7 @@ Drawing describe(const Scene &scene, const LayerPictures &pictures, FrameSize si
     return drawing;
 }
 
-Drawing describe(const Composition &composition)
+Drawing describe(const Composition &composition, CaptionFit &fit)
 {
     Drawing drawing { composition.size, {}, std::nullopt };
     if (composition.scene) {
@@ -79,10 +98,10 @@ Drawing describe(const Composition &composition)
     }
     for (DrawnLayer &drawn : drawing.layers) {
         if (drawn.layer.kind == LayerKind::Subtitle) {
-            fillSubtitle(drawn.layer, composition.captions, composition.isPreview);
+            fillSubtitle(drawn.layer, composition, fit);
         }
     }
-    drawing.overlay = overlay(composition);
+    drawing.overlay = overlay(composition, fit);
     return drawing;
 }
 

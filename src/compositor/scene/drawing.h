@@ -32,8 +32,8 @@ struct Composed {
 /// The visible layers of the scene with their pictures of this moment.
 Drawing describe(const Scene &scene, const LayerPictures &pictures, FrameSize size);
 
-/// The whole composition, its subtitle layers filled with the captions.
-Drawing describe(const Composition &composition);
+/// The whole composition, each place for captions filled with what it has room for.
+Drawing describe(const Composition &composition, CaptionFit &fit);
 
 /// Draws onto a canvas (`CanvasPool`) of the drawing's size and returns the sprites used. The
 /// canvas must not be shared.

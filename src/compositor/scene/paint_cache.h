@@ -1,6 +1,7 @@
 #pragma once
 
 #include "compositor/scene/canvas_pool.h"
+#include "compositor/scene/caption_fit.h"
 #include "compositor/scene/paint_picture.h"
 #include "compositor/text/glyph_ink.h"
 #include "compositor/text/text_block.h"
@@ -35,6 +36,9 @@ public:
 
     /// Canvases for new compositions.
     [[nodiscard]] CanvasPool &canvases() { return m_canvases; }
+
+    /// What the places for captions have room for.
+    [[nodiscard]] CaptionFit &captionFit() { return m_captionFit; }
 
     /// The compositions that composers hold now; those that nobody holds any more are gone.
     [[nodiscard]] std::vector<std::shared_ptr<const Composed>> compositions();
@@ -73,6 +77,7 @@ private:
     std::uint64_t m_now = 0; ///< counts compositions
     GlyphInk m_ink;
     CanvasPool m_canvases;
+    CaptionFit m_captionFit;
     std::vector<TextEntry> m_texts;
     std::vector<PictureEntry> m_pictures;
     std::vector<HalvedEntry> m_halved;

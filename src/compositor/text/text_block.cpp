@@ -120,7 +120,7 @@ TextBlock automaticCaption(const QString &caption, FrameSize canvas)
         area,
         QColor(0, 0, 0, 0),
         overlayFont(canvas.height / 16),
-        { { caption.left(700),
+        { { caption.left(maxAutomaticCaption),
             area,
             align::horizontalCentre | align::verticalCentre,
             { { QPointF(4, 4), shadowColor }, { QPointF(), Qt::white } },

@@ -52,7 +52,10 @@ layerText(const Layer &layer, const QRectF &box, std::int32_t frameHeight, const
 /// The lower third of the streams: the band and the first 500 characters of the title.
 TextBlock titleBand(const QString &title, FrameSize canvas);
 
-/// The caption of hall scenes without a subtitle layer: its first 700 characters.
+/// What the automatic caption shows of a text, in characters.
+constexpr qsizetype maxAutomaticCaption = 700;
+
+/// The caption of hall scenes without a subtitle layer.
 TextBlock automaticCaption(const QString &caption, FrameSize canvas);
 
 } // namespace nimbara

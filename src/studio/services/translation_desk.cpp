@@ -54,6 +54,11 @@ void TranslationDesk::connectEngine(AudioInput &input)
     m_engine.heard = [this](const Message &text) { tellHeard(text); };
     m_engine.voiceAudio = [this](const QByteArray &pcm) { queueVoice(m_sound.voice(), pcm); };
     m_engine.statusChanged = [this](const Message &message) { tell(message); };
+    m_engine.captionNotice = [this](const Message &message) {
+        logLine(QStringLiteral("IA: ") + message.spanish());
+        Q_EMIT captionNoted(message);
+    };
+    m_engine.ended = [this] { pause(); };
     m_keyTest.status = [this](const Message &message) {
         Q_EMIT reported(message);
         Q_EMIT said(message);
@@ -139,6 +144,7 @@ void TranslationDesk::pause()
     m_engine.stopEngine();
     m_sound.voice().clear();
     clearCaptions();
+    Q_EMIT captionNoted({});
     Q_EMIT changed();
 }
 
@@ -234,10 +240,7 @@ void TranslationDesk::clearOldCaptions()
 
 void TranslationDesk::addCaption(const QString &text)
 {
-    const Document &document = m_stage.document;
-    m_captions.addCaption(text,
-        captionBox(*document.currentScene(), document.editedScenes(), m_stage.streamFrame()),
-        m_clock.wallMs());
+    m_captions.addCaption(text, m_clock.wallMs());
     showCaptions();
 }
 
@@ -249,18 +252,9 @@ void TranslationDesk::showCaptions()
 
 void TranslationDesk::tell(const Message &message)
 {
-    // A message of an engine that has stopped: what is still on screen and in the air goes too.
-    const bool ended = !running();
-    if (ended) {
-        clearCaptions();
-        m_sound.voice().clear();
-    }
     Q_EMIT reported(message);
     Q_EMIT said("IA: " + message);
     logLine(QStringLiteral("IA: ") + message.spanish());
-    if (ended) {
-        Q_EMIT changed();
-    }
 }
 
 void TranslationDesk::tellHeard(const Message &text)

@@ -65,7 +65,7 @@ public:
     /// Starts a run, or pauses the one that is on. Does nothing while a start waits for its key.
     /// Fails without a capture that runs, and without a key.
     void toggle();
-    /// Ends the run, and takes voice and captions away.
+    /// Ends the run, and takes voice and captions away; so does the end of a run by itself.
     void pause();
     /// Ends the run and any start that still waits for its key, for good.
     void shutDown();
@@ -80,6 +80,8 @@ Q_SIGNALS:
     void changed();
     /// What engine or key test have to say, for the panel.
     void reported(const nimbara::Message &text);
+    /// A caption has come, and how long it took; empty after a run.
+    void captionNoted(const nimbara::Message &text);
     /// What was understood; see `Translation::heard`.
     void heard(const nimbara::Message &text);
     /// An operation failed.

@@ -28,7 +28,9 @@ VerseDesk::VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &st
     m_lookup.statusChanged
         = [this](auto id, const Message &message) { tell(LayerId::of(id), message); };
     m_lookup.failed = [this](const Message &error) { Q_EMIT failed(error); };
-    m_lookup.holdsVerse = [this](auto id) { return verseLayer(LayerId::of(id)) != nullptr; };
+    m_lookup.holdsVerse = [this](auto id) {
+        return verseLayer(LayerId::of(id)) != nullptr || isPlanned(LayerId::of(id));
+    };
     m_lookup.updateLayer
         = [this](auto id, const bible::VerseUpdate &update) { receive(LayerId::of(id), update); };
 }
@@ -37,14 +39,20 @@ void VerseDesk::lookupVerse(LayerId layer,
     const QString &typed,
     const bible::VerseLookup::Source &source)
 {
-    if (verseLayer(layer) != nullptr) {
-        // What is asked for now replaces what stands there, whoever wrote that.
+    const Layer *found = verseLayer(layer);
+    if (found != nullptr || isPlanned(layer)) {
+        // What is asked for now replaces what stands there, whoever wrote that, but not what is
+        // written from now on.
         const auto written = m_written.extract(layer);
+        if (found != nullptr) {
+            m_written.emplace(layer, found->text);
+        }
         try {
             m_lookup.lookupVerse(layer.value(), typed, source);
         } catch (...) {
+            m_written.erase(layer);
             if (written) {
-                m_written.insert_or_assign(layer, written.mapped());
+                m_written.emplace(layer, written.mapped());
             }
             throw;
         }
@@ -54,17 +62,21 @@ void VerseDesk::lookupVerse(LayerId layer,
 
 LayerId VerseDesk::quickVerseLayer()
 {
-    Document &document = m_stage.document;
-    const std::vector<Layer> &layers = document.currentScene()->layers;
+    const Scene &scene = *m_stage.document.currentScene();
+    const std::vector<Layer> &layers = scene.layers;
     const auto found = std::find_if(layers.rbegin(), layers.rend(), [](const Layer &each) {
         return each.kind == LayerKind::Verse;
     });
     if (found != layers.rend()) {
         return found->id;
     }
-    Layer layer = newLayer(LayerKind::Verse);
-    const LayerId id = layer.id;
-    document.apply(AddLayer { document.currentScene()->id, std::move(layer) });
+    for (const auto &[layer, place] : m_planned) {
+        if (place == scene.id) {
+            return layer;
+        }
+    }
+    const LayerId id = LayerId::make();
+    m_planned.emplace(id, scene.id);
     return id;
 }
 
@@ -96,6 +108,24 @@ const Layer *VerseDesk::verseLayer(LayerId id) const
     return layer != nullptr && layer->kind == LayerKind::Verse ? layer : nullptr;
 }
 
+bool VerseDesk::isPlanned(LayerId id) const
+{
+    const auto planned = m_planned.find(id);
+    return planned != m_planned.end() && placeOf(m_stage.document.scenes(), planned->second);
+}
+
+void VerseDesk::add(LayerId id, const bible::VerseUpdate &update)
+{
+    Layer layer = newLayer(LayerKind::Verse);
+    layer.id = id;
+    layer.text = update.text;
+    layer.reference = update.reference;
+    layer.name = update.name.value_or(layer.name);
+    const SceneId scene = m_planned.extract(id).mapped();
+    m_stage.document.apply(AddLayer { scene, std::move(layer) });
+    Q_EMIT quickVerseAdded(id);
+}
+
 void VerseDesk::receive(LayerId id, const bible::VerseUpdate &update)
 {
     const Layer *layer = verseLayer(id);
@@ -110,6 +140,10 @@ void VerseDesk::receive(LayerId id, const bible::VerseUpdate &update)
 void VerseDesk::write(LayerId id, const bible::VerseUpdate &update)
 {
     m_written[id] = update.text;
+    if (isPlanned(id)) {
+        add(id, update);
+        return;
+    }
     m_stage.document.apply(SetVerse { id, update.text, update.reference, update.name });
 }
 

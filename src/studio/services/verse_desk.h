@@ -24,12 +24,16 @@ public:
     /// `stage` must outlive the desk. Begins to load the built-in Bibles in the background.
     VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &stage, Report status);
 
-    /// Shows the verse in the layer; does nothing without such a layer. Throws `Error`, with the
+    /// Shows the verse in the layer; does nothing without such a layer. One of `quickVerseLayer` is
+    /// put into its scene with its verse, in one step. Throws `Error`, with the
     /// layer unchanged, for a reference that is not recognised or not in the Bible.
     void lookupVerse(LayerId layer, const QString &typed, const bible::VerseLookup::Source &source);
 
-    /// The front-most verse layer of the scene in PREVIEW, or a new one in front of all others.
+    /// The front-most verse layer of the scene in PREVIEW, or a new one that will be in front of
+    /// all others once its verse is found.
     LayerId quickVerseLayer();
+    /// The layer is in a scene already.
+    [[nodiscard]] bool hasLayer(LayerId layer) const { return verseLayer(layer) != nullptr; }
 
     /// Whether an answer waits for the layer, behind what the operator wrote.
     [[nodiscard]] bool hasWaiting(LayerId layer) const { return m_waiting.contains(layer); }
@@ -45,11 +49,15 @@ public:
 Q_SIGNALS:
     /// An answer waits for the layer now, or no more.
     void waitingChanged(nimbara::LayerId layer);
+    /// A new layer has its verse.
+    void quickVerseAdded(nimbara::LayerId layer);
     /// A lookup that had to wait for the Bibles has failed.
     void failed(const nimbara::Message &reason);
 
 private:
     [[nodiscard]] const Layer *verseLayer(LayerId id) const;
+    [[nodiscard]] bool isPlanned(LayerId id) const;
+    void add(LayerId id, const bible::VerseUpdate &update);
     void receive(LayerId id, const bible::VerseUpdate &update);
     void write(LayerId id, const bible::VerseUpdate &update);
     void setWaiting(LayerId id, std::optional<bible::VerseUpdate> update);
@@ -60,7 +68,8 @@ private:
     bible::Api m_api;
     bible::VerseTranslator m_translator;
     bible::VerseLookup m_lookup;
-    std::map<LayerId, QString> m_written; ///< the text that a lookup last gave to a layer
+    std::map<LayerId, QString> m_written; ///< the text that a lookup last found or left in a layer
+    std::map<LayerId, SceneId> m_planned; ///< layers to come, at most one for each scene
     std::map<LayerId, bible::VerseUpdate> m_waiting;
 };
 

@@ -27,37 +27,22 @@ QString separatorText(CaptionSeparator separator)
     return QStringLiteral("\n");
 }
 
-void CaptionText::addCaption(const QString &text, const CaptionBox &box, std::int64_t nowMs)
+void CaptionText::addCaption(const QString &text, std::int64_t nowMs)
 {
     const QString phrase = text.trimmed();
     if (phrase.isEmpty()) {
         return;
     }
-    const QString separator = separatorText(m_separator);
     m_captionPhrases.append(phrase);
-    m_captionText = m_captionPhrases.join(separator);
-    while (m_captionPhrases.size() > 1 && !captionFits(m_captionText, box)) {
+    if (m_captionPhrases.size() > maxPhrases) {
         m_captionPhrases.removeFirst();
-        m_captionText = m_captionPhrases.join(separator);
     }
     m_lastCaptionTime = nowMs;
 }
 
-void CaptionText::setSeparator(CaptionSeparator separator)
-{
-    m_separator = separator;
-    m_captionText = m_captionPhrases.join(separatorText(separator));
-}
-
-void CaptionText::clear()
-{
-    m_captionPhrases.clear();
-    m_captionText.clear();
-}
-
 bool CaptionText::clearOld(std::int64_t nowMs)
 {
-    if (m_captionText.isEmpty() || m_lastCaptionTime == 0
+    if (m_captionPhrases.isEmpty() || m_lastCaptionTime == 0
         || nowMs - m_lastCaptionTime <= lifetimeMs) {
         return false;
     }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "translation/pipeline/caption_box.h"
-
 #include <QString>
 #include <QStringList>
 
@@ -22,32 +20,31 @@ CaptionSeparator captionSeparator(int setting);
 /// What is put between two phrases: one blank, one line break or two.
 QString separatorText(CaptionSeparator separator);
 
-/// The phrases on screen. The oldest leave when the text no longer fits its box; the newest always
-/// stays. Times are milliseconds since the epoch. Interface thread.
+/// The phrases that may be on screen: what of them a box has room for is known where it is drawn.
+/// Times are milliseconds since the epoch. Interface thread.
 class CaptionText {
 public:
     /// Captions leave the screen when none was added for longer than this.
     static constexpr std::int64_t lifetimeMs = 40000;
 
+    /// More than any box shows legibly; older phrases leave.
+    static constexpr qsizetype maxPhrases = 200;
+
     /// Adds a phrase; a blank one does nothing.
-    void addCaption(const QString &text, const CaptionBox &box, std::int64_t nowMs);
+    void addCaption(const QString &text, std::int64_t nowMs);
 
-    /// Re-joins the phrases on screen.
-    void setSeparator(CaptionSeparator separator);
+    void setSeparator(CaptionSeparator separator) { m_separator = separator; }
 
-    void clear();
+    void clear() { m_captionPhrases.clear(); }
 
     /// Clears captions that are too old; called for every frame. Returns whether it did.
     bool clearOld(std::int64_t nowMs);
 
     [[nodiscard]] const QStringList &captionPhrases() const { return m_captionPhrases; }
-    /// The phrases joined with the separator.
-    [[nodiscard]] const QString &captionText() const { return m_captionText; }
     [[nodiscard]] CaptionSeparator separator() const { return m_separator; }
 
 private:
     QStringList m_captionPhrases; ///< oldest first
-    QString m_captionText;
     CaptionSeparator m_separator = CaptionSeparator::Line;
     std::int64_t m_lastCaptionTime = 0; ///< 0 before the first phrase
 };

@@ -29,6 +29,7 @@ Translation::Translation(const Clock &clock, const Endpoint &endpoint)
     , m_target(languages::defaultTarget())
 {
     m_api.statusChanged = [this](const Message &message) { statusChanged(message); };
+    m_api.ended = [this] { end(); };
     connectLive();
     m_releaseTimer.setInterval(500);
     QObject::connect(&m_releaseTimer, &QTimer::timeout, &m_releaseTimer, [this] {
@@ -51,6 +52,7 @@ void Translation::connectLive()
             translate(m_order.take(phraseTimeMs), text);
         }
     };
+    m_live.refused = [this] { end(); };
     m_live.phraseEnded = [this] { m_seam.endPhrase(); };
     m_live.phraseDone = [this] { m_seam.phraseDone(); };
     m_live.unavailable = [this] {
@@ -100,6 +102,12 @@ void Translation::stopEngine()
     m_api.close();
 }
 
+void Translation::end()
+{
+    stopEngine();
+    ended();
+}
+
 void Translation::processAudio(const AudioBlock &block)
 {
     if (!running()) {
@@ -107,7 +115,11 @@ void Translation::processAudio(const AudioBlock &block)
     }
     if (m_clock.wallMs() - m_startTime > maxRunMs) {
         stopEngine();
+        const std::int32_t stopped = requestGeneration();
         statusChanged("IA pausada tras 3 horas; inicia otra sesion si corresponde.");
+        if (requestGeneration() == stopped) {
+            ended();
+        }
         return;
     }
     const std::int32_t generation = requestGeneration();
@@ -149,7 +161,6 @@ void Translation::takePhrase(const PhraseSamples &samples)
 
 void Translation::startUploads()
 {
-    // After a fatal failure the run is over, although its queue is not yet cleared.
     while (running() && m_inFlight < maxInFlight && !m_pendingSegments.empty()) {
         const PendingSegment segment = std::move(m_pendingSegments.front());
         m_pendingSegments.pop_front();
@@ -199,7 +210,10 @@ void Translation::translate(std::int32_t sequence, const QString &text)
             m_memory.addTranslation(translated);
             finish(sequence, translated);
         },
-        [this, sequence](int) { finish(sequence, {}); });
+        [this, sequence, text](int) {
+            m_memory.forget(text);
+            finish(sequence, {});
+        });
 }
 
 void Translation::finish(std::int32_t sequence, const QString &text)
@@ -243,7 +257,7 @@ void Translation::show(const PhraseOrder::Released &phrase)
     const double delay = phrase.phraseTimeMs == 0
         ? 0.0
         : static_cast<double>(m_clock.wallMs() - phrase.phraseTimeMs) / 1000.0;
-    statusChanged("Subtítulo actualizado · " + Message::verbatim(QString::number(delay, 'f', 1))
+    captionNotice("Subtítulo actualizado · " + Message::verbatim(QString::number(delay, 'f', 1))
         + " s después de la frase");
     if (m_voice && isCurrent(generation)) {
         speak(phrase.text);
@@ -256,8 +270,10 @@ void Translation::speak(const QString &text)
         api::speechBody(text),
         voiceTimeout,
         QStringLiteral("Voz"),
-        [this](const QByteArray &pcm) {
-            if (pcm.size() <= maxVoiceBytes) {
+        [this, number = ++m_spoken](const QByteArray &pcm) {
+            // A clip that comes after that of a later phrase is out of date.
+            if (pcm.size() <= maxVoiceBytes && number > m_heardVoice) {
+                m_heardVoice = number;
                 voiceAudio(pcm);
             }
         });

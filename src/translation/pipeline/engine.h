@@ -58,6 +58,10 @@ public:
 
     /// Progress and failures.
     std::function<void(const Message &message)> statusChanged = [](const Message &) {};
+    /// A caption has come, and how long it took.
+    std::function<void(const Message &message)> captionNotice = [](const Message &) {};
+    /// The run has ended by itself, after its message.
+    std::function<void()> ended = [] {};
     /// The next translated phrase.
     std::function<void(const QString &text)> caption = [](const QString &) {};
     /// What was understood; begins with "… " while it is still being spoken.
@@ -72,6 +76,7 @@ private:
     };
 
     void connectLive();
+    void end();
     void segment(const AudioBlock &block);
     void takePhrase(const PhraseSamples &samples);
     void startUploads();
@@ -97,6 +102,8 @@ private:
     QString m_target;
     QString m_source;
     bool m_voice = false;
+    std::int64_t m_spoken = 0; ///< phrases that were to be spoken
+    std::int64_t m_heardVoice = 0; ///< the newest of them whose clip came
     bool m_liveDisabled = false;
     std::int64_t m_startTime = 0; ///< ms since the epoch
     QTimer m_releaseTimer;

@@ -42,22 +42,37 @@ bool TranscriptMemory::isRepeated(const QString &transcript)
 
 QString TranscriptMemory::context() const
 {
-    if (m_prevOriginal.isEmpty()) {
+    if (m_originals.isEmpty()) {
         return {};
     }
-    return QStringLiteral("Previous original: ") + tail(m_prevOriginal, contextLength)
+    const QString original = QLatin1Char(' ') + m_originals.join(QLatin1Char(' '));
+    return QStringLiteral("Previous original: ") + tail(original, contextLength)
         + QStringLiteral("\nPrevious translation: ") + tail(m_prevTranslation, contextLength)
         + QLatin1Char('\n');
 }
 
 void TranscriptMemory::addOriginal(const QString &text)
 {
-    m_prevOriginal = tail(m_prevOriginal + QLatin1Char(' ') + text, keptLength);
+    m_originals.append(tail(text, keptLength));
+    while (m_originals.join(QLatin1Char(' ')).size() - m_originals.first().size() > keptLength) {
+        m_originals.removeFirst();
+    }
 }
 
 void TranscriptMemory::addTranslation(const QString &text)
 {
     m_prevTranslation = tail(m_prevTranslation + QLatin1Char(' ') + text, keptLength);
+}
+
+void TranscriptMemory::forget(const QString &transcript)
+{
+    const auto removeLast = [](QStringList &list, const QString &text) {
+        if (const qsizetype at = list.lastIndexOf(text); at >= 0) {
+            list.removeAt(at);
+        }
+    };
+    removeLast(m_recentKeys, keyOf(transcript));
+    removeLast(m_originals, tail(transcript, keptLength));
 }
 
 } // namespace nimbara

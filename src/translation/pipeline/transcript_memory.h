@@ -19,10 +19,13 @@ public:
     void addOriginal(const QString &text);
     void addTranslation(const QString &text);
 
+    /// A transcript that got no translation: said again, it is no repetition.
+    void forget(const QString &transcript);
+
     void clear() { *this = {}; }
 
 private:
-    QString m_prevOriginal;
+    QStringList m_originals; ///< oldest first
     QString m_prevTranslation;
     QStringList m_recentKeys; ///< oldest first
 };

@@ -85,7 +85,8 @@ void ApiClient::describeApiError(const HttpReply &reply, const QString &tag)
     const std::int32_t generation = m_generation;
     statusChanged(failure.message);
     if (failure.fatal && generation == m_generation) {
-        m_open = false;
+        close();
+        ended();
     }
 }
 

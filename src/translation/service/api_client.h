@@ -32,7 +32,7 @@ public:
     /// Ends the run: forgets the key and aborts every call.
     void close();
 
-    /// A run is on. Cleared by `close` and, after its message, by a fatal failure.
+    /// A run is on. Ended by `close` and, after its message, by a fatal failure.
     [[nodiscard]] bool isOpen() const { return m_open; }
 
     /// Raised by every `close`.
@@ -59,6 +59,8 @@ public:
 
     /// Gets the message of every failure.
     std::function<void(const Message &message)> statusChanged = [](const Message &) {};
+    /// A fatal failure has closed the client.
+    std::function<void()> ended = [] {};
 
 private:
     struct Call {

@@ -13,15 +13,17 @@ QJsonObject errorObject(const QByteArray &body)
     return QJsonDocument::fromJson(body).object().value(QLatin1String("error")).toObject();
 }
 
+constexpr QLatin1String noCredit("insufficient_quota");
+
 } // namespace
 
 Failure
 describeError(int status, const QByteArray &body, const QString &requestId, const QString &tag)
 {
-    const QString code = errorObject(body).value(QLatin1String("code")).toString();
+    const QString code = errorCode(body);
     Failure failure;
     Message text;
-    if (status == 429 && code == QLatin1String("insufficient_quota")) {
+    if (status == 429 && code == noCredit) {
         failure.fatal = true;
         text = "Sin cuota/saldo disponible en el proyecto API. Revisa Facturación del proyecto.";
     } else if (status == 429) {
@@ -44,6 +46,17 @@ describeError(int status, const QByteArray &body, const QString &requestId, cons
 QString errorMessage(const QByteArray &body)
 {
     return errorObject(body).value(QLatin1String("message")).toString();
+}
+
+QString errorCode(const QByteArray &body)
+{
+    return errorObject(body).value(QLatin1String("code")).toString();
+}
+
+bool isFatal(const QByteArray &event)
+{
+    const QString code = errorCode(event);
+    return code == noCredit || code == QLatin1String("invalid_api_key");
 }
 
 QString withoutKey(QString text, const QString &key)

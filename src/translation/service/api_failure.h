@@ -23,6 +23,12 @@ describeError(int status, const QByteArray &body, const QString &requestId, cons
 /// "error"."message" of a reply or event; empty when there is none.
 QString errorMessage(const QByteArray &body);
 
+/// The event of a live session tells that no later call can succeed.
+bool isFatal(const QByteArray &event);
+
+/// "error"."code" of a reply or event; empty when there is none.
+QString errorCode(const QByteArray &body);
+
 /// `text` with every occurrence of the key blotted out: a peer may echo what it was sent.
 QString withoutKey(QString text, const QString &key);
 

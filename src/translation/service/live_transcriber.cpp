@@ -70,31 +70,53 @@ void LiveTranscriber::handleEvent(const QByteArray &message)
         status(m_settings.turnMode ? "Modo en vivo activo (por turnos)."
                                    : "Modo en vivo activo (texto mientras se habla).");
     } else if (type == QLatin1String("error")) {
-        handleError(api::errorMessage(message));
+        handleError(message);
     } else if (type == QLatin1String("conversation.item.input_audio_transcription.delta")) {
         m_partialText += event.value(QLatin1String("delta")).toString();
         partial(m_partialText);
     } else if (type == QLatin1String("conversation.item.input_audio_transcription.completed")) {
         handleCompleted(event.value(QLatin1String("transcript")).toString());
+    } else if (type == QLatin1String("conversation.item.input_audio_transcription.failed")) {
+        m_partialText.clear();
+        phraseDone();
+        tellError(message);
     } else if (type == QLatin1String("input_audio_buffer.speech_stopped")) {
         m_lastSpeechTime = m_clock.wallMs();
         phraseEnded();
     }
 }
 
-void LiveTranscriber::handleError(const QString &message)
+void LiveTranscriber::handleError(const QByteArray &event)
 {
-    if (!m_active && !m_settings.turnMode) {
+    if (m_active || api::isFatal(event)) {
+        handleActiveError(event);
+        return;
+    }
+    const QString message = api::errorMessage(event);
+    if (!m_settings.turnMode) {
         m_settings.turnMode = true;
         status("Modelo en vivo no disponible (" + shown(message, 80) + "); se intenta por turnos.");
         configure();
         return;
     }
-    const Message text = "Error en vivo: " + shown(message, 160);
-    if (m_active) {
-        status(text);
-    } else {
-        fail(text);
+    fail("Error en vivo: " + shown(message, 160));
+}
+
+void LiveTranscriber::handleActiveError(const QByteArray &event)
+{
+    // A phrase that was not even taken gets no transcript.
+    if (api::errorCode(event).startsWith(QLatin1String("input_audio_buffer_commit"))) {
+        phraseDone();
+    }
+    tellError(event);
+}
+
+void LiveTranscriber::tellError(const QByteArray &event)
+{
+    const std::uint32_t session = m_session;
+    status("Error en vivo: " + shown(api::errorMessage(event), 160));
+    if (session == m_session && api::isFatal(event)) {
+        refused();
     }
 }
 

@@ -49,15 +49,20 @@ public:
         = [](const QString &, std::int64_t) {};
     /// The audio given so far ends a phrase.
     std::function<void()> phraseEnded = [] {};
-    /// The earliest phrase that ended is transcribed, perhaps as nothing. Comes before its `turn`.
+    /// The earliest phrase that ended is transcribed, perhaps as nothing, or answered with an
+    /// error. Comes before its `turn`.
     std::function<void()> phraseDone = [] {};
     std::function<void()> unavailable = [] {}; ///< the session could not be made or was lost
+    /// After its message: no call with this key can succeed. The session is still there.
+    std::function<void()> refused = [] {};
 
 private:
     void connectSocket();
     void configure();
     void handleEvent(const QByteArray &message);
-    void handleError(const QString &message);
+    void handleError(const QByteArray &event);
+    void handleActiveError(const QByteArray &event);
+    void tellError(const QByteArray &event);
     void handleCompleted(const QString &transcript);
     void endPhraseIfDue();
     void sendAudio();

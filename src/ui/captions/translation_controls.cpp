@@ -48,6 +48,9 @@ void TranslationControls::connectDesk(const ErrorGuard &guard)
     connect(desk, &TranslationDesk::reported, this, [this](const Message &text) {
         m_tab.showStatus(nimbara_i18n::tr(text));
     });
+    connect(desk, &TranslationDesk::captionNoted, this, [this](const Message &text) {
+        m_tab.showCaptionNotice(nimbara_i18n::tr(text));
+    });
     connect(desk, &TranslationDesk::heard, this, [this](const Message &text) {
         m_tab.showHeard(nimbara_i18n::tr(heard::label(nimbara_i18n::tr(text))));
     });

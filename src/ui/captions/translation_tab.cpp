@@ -50,6 +50,7 @@ TranslationTab::TranslationTab(QWidget *parent)
           "separator",
           "Cómo se separan las frases en pantalla (cada pausa es una frase)"))
     , m_status(named(makeNote("IA pausada · frases de 1,5 a 5 s + tiempo de API"), "aiStatus"))
+    , m_captionNotice(named(new QLabel, "captionNotice"))
     , m_heard(named(makeNote("Escuchado (texto original que reconoce la IA): "), "heard"))
     , m_bible(new BibleGroup)
 {
@@ -88,7 +89,10 @@ void TranslationTab::addRows(QGridLayout &grid)
         }
         grid.addLayout(line, row++, 0, 1, 4);
     }
-    grid.addWidget(m_status, 4, 0, 1, 4);
+    auto *told = new QHBoxLayout;
+    told->addWidget(m_status, 1);
+    told->addWidget(m_captionNotice);
+    grid.addLayout(told, 4, 0, 1, 4);
     grid.addWidget(m_heard, 5, 0, 1, 4);
     grid.addWidget(
         makeNote("Al iniciar aceptas enviar la entrada seleccionada a OpenAI. Tiene costo de API.\n"

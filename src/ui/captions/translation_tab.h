@@ -38,6 +38,7 @@ public:
     /// The start button cannot be pressed while a key is being fetched or stored.
     void setStartEnabled(bool enabled) { m_start->setEnabled(enabled); }
     void showStatus(const QString &text) { m_status->setText(text); }
+    void showCaptionNotice(const QString &text) { m_captionNotice->setText(text); }
     void showHeard(const QString &text) { m_heard->setText(text); }
 
     [[nodiscard]] BibleGroup *bible() const { return m_bible; }
@@ -72,6 +73,7 @@ private:
     QPushButton *m_clear;
     QComboBox *m_separator;
     QLabel *m_status;
+    QLabel *m_captionNotice;
     QLabel *m_heard;
     BibleGroup *m_bible;
 };

@@ -17,6 +17,7 @@ VerseControls::VerseControls(BibleDesk &desk,
     connectViews();
     const auto tell = [this](const Message &reason) { m_guard.tell(reason); };
     connect(&m_verses, &VerseDesk::failed, this, tell);
+    connect(&m_verses, &VerseDesk::quickVerseAdded, &m_views.editor, &SceneEditor::offer);
     connect(&m_desk, &BibleDesk::failed, this, tell);
     connect(&m_desk, &BibleDesk::biblesFound, &m_views.bible, &BibleGroup::showBibles);
 }
@@ -57,8 +58,11 @@ void VerseControls::showVerse(LayerId layer, const QString &typed)
 void VerseControls::showQuickVerse(const QString &typed)
 {
     const LayerId layer = m_verses.quickVerseLayer();
-    m_views.editor.select(layer);
+    m_views.editor.expectLayer();
     showVerse(layer, typed);
+    if (m_verses.hasLayer(layer)) {
+        m_views.editor.select(layer);
+    }
 }
 
 } // namespace nimbara

@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
@@ -87,9 +88,16 @@ void PropertiesPanel::refresh(const Layer &layer)
 
 void PropertiesPanel::showWaiting(LayerId layer, bool waiting)
 {
-    if (layer == m_shown && m_waiting != nullptr) {
-        m_waiting->setVisible(waiting);
+    if (layer != m_shown || m_waiting == nullptr || m_waiting->isHidden() != waiting) {
+        return;
     }
+    const QWidget *typedIn = isTyping() ? QApplication::focusWidget() : nullptr;
+    const auto place = [&] { return typedIn == nullptr ? 0 : typedIn->mapTo(this, QPoint()).y(); };
+    const int before = place();
+    m_waiting->setVisible(waiting);
+    // What comes or goes above the operator's hands does not move what is under them.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + place() - before);
 }
 
 /// Undo is the project's, also while a field of the panel has the keyboard.
@@ -250,12 +258,16 @@ void PropertiesPanel::addVerseRows(QFormLayout &form, const Layer &shown)
     reference->setPlaceholderText(label("Juan 3:16"));
     onRefresh([reference, last = QString()](const Layer &layer) mutable {
         const QString cited = layer.reference.section(referenceDot, 0, 0);
-        if (std::exchange(last, cited) != cited) { // else what is being typed stays
+        // What is being typed stays.
+        if (std::exchange(last, cited) != cited && !reference->isModified()) {
             reference->setText(cited);
         }
     });
     auto *look = makeButton("Buscar versículo", "findVerse");
-    const auto request = [this, id, reference] { Q_EMIT verseRequested(id, reference->text()); };
+    const auto request = [this, id, reference] {
+        reference->setModified(false); // the answer may write it out
+        Q_EMIT verseRequested(id, reference->text());
+    };
     connect(reference, &QLineEdit::returnPressed, this, request);
     connect(look, &QPushButton::clicked, this, request);
     form.addRow(label("Cita"), reference);

@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace nimbara {
 
@@ -42,6 +43,7 @@ void SceneEditor::connectCanvas()
     Canvas &canvas = m_views.canvas;
     canvas.scene = [this] { return document().currentScene(); };
     connect(&canvas, &Canvas::placed, this, [this](LayerId layer, const Box &box) {
+        ++m_turns;
         document().apply(SetField { layer, LayerField::Box, box });
     });
     connect(&canvas, &Canvas::dragBegan, this, [this] { document().beginGesture(); });
@@ -89,6 +91,7 @@ void SceneEditor::connectPanel()
         &PropertiesPanel::edited,
         this,
         [this](LayerId layer, LayerField field, const FieldValue &value) {
+            ++m_turns;
             document().apply(SetField { layer, field, value });
         });
     connect(panel, &PropertiesPanel::rideBegan, this, [this] { document().beginGesture(); });
@@ -124,12 +127,7 @@ void SceneEditor::connectPanelQuestions()
 
 void SceneEditor::connectImages()
 {
-    connect(&m_studio.images(), &ImageIntake::added, this, [this](LayerId layer) {
-        // Decoding took its time: the operator may have gone on to another layer's text.
-        if (!m_views.tab.properties()->isTyping()) {
-            select(layer);
-        }
-    });
+    connect(&m_studio.images(), &ImageIntake::added, this, &SceneEditor::offer);
     connect(&m_studio.images(), &ImageIntake::failed, this, [this](const Message &text) {
         m_guard.tell(text);
     });
@@ -209,8 +207,17 @@ void SceneEditor::select(LayerId layer)
     m_views.canvas.setSelected(layer);
 }
 
+void SceneEditor::offer(LayerId layer)
+{
+    if (!m_views.tab.properties()->isTyping() && m_turns == m_expectedAt) {
+        select(layer);
+        expectLayer(); // the next one
+    }
+}
+
 void SceneEditor::showSelection()
 {
+    m_turns += std::exchange(m_shown, selected()) == selected() ? 0 : 1;
     const Layer *layer = findLayer(scene(), selected());
     if (layer != nullptr) {
         m_place = static_cast<std::size_t>(layer - scene().layers.data());
@@ -301,6 +308,7 @@ void SceneEditor::addImage()
     const SceneId asked = scene().id;
     const QString path = m_dialogs.openFile(label("Imagen"), QString(), imageFilter());
     if (!path.isEmpty()) {
+        expectLayer();
         m_studio.images().add(asked, path);
     }
 }

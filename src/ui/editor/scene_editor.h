@@ -28,6 +28,10 @@ public:
     /// Shows everything, and selects the rearmost layer of the scene in PREVIEW.
     void showAll();
     void select(LayerId layer);
+    /// A layer has been asked for that may take its time.
+    void expectLayer() { m_expectedAt = m_turns; }
+    /// Selects the layer that was expected, unless the operator types or has gone on to other work.
+    void offer(LayerId layer);
     [[nodiscard]] LayerId selected() const { return m_views.canvas.selected(); }
 
     /// The three ways to bring in a file or a stream; each asks the operator. They throw `Error`;
@@ -66,6 +70,9 @@ private:
     Dialogs &m_dialogs;
     const ErrorGuard &m_guard;
     Views m_views;
+    LayerId m_shown; ///< the layer that was last shown as selected
+    int m_turns = 0; ///< counts what the operator selects and edits
+    int m_expectedAt = 0; ///< the turn that a late layer belongs to
     std::size_t m_place = 0; ///< where the selected layer stood when it was last seen
 };
 

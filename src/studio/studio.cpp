@@ -48,7 +48,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_layers(m_factory, m_stage, m_sources.pool(), [this](const Message &text) { status(text); })
     , m_images(m_stage, m_sources.shelf())
     , m_outputs(m_retirement)
-    , m_streams(m_outputs, m_stage, m_secrets)
+    , m_streams(clock, m_outputs, m_stage, m_secrets)
     , m_projects(
           m_factory,
           m_outputs,
@@ -103,6 +103,7 @@ void Studio::readInputs()
     m_safety.poll();
     m_images.poll();
     m_audio.pull();
+    m_streams.poll();
     m_retirement->reap();
 }
 
@@ -160,11 +161,10 @@ void Studio::tellStopped(const Outputs::Stopped &stopped)
         }
     }
     for (const std::size_t slot : stopped.destinations) {
-        const Destination &destination = m_outputs.destination(slot);
-        const Message text = Message::verbatim(destination.name() + QStringLiteral(": "))
-            + destination.statusText();
-        Q_EMIT status(text);
-        m_notices.raise(text);
+        if (const Message text = m_streams.lost(slot); !text.isEmpty()) {
+            Q_EMIT status(text);
+            m_notices.raise(text);
+        }
     }
 }
 

@@ -32,6 +32,11 @@ RtmpPeer::RtmpPeer()
     : m_rtmpPort(freePort())
     , m_rtmpsPort(freePort())
 {
+    start();
+}
+
+void RtmpPeer::start()
+{
     m_server.setProcessChannelMode(QProcess::MergedChannels);
     m_server.start(QStringLiteral(NIMBARA_SUPPORT_FOLDER "/rtmp_server.sh"),
         { m_dir.path(), QString::number(m_rtmpPort), QString::number(m_rtmpsPort) });
@@ -46,6 +51,11 @@ RtmpPeer::RtmpPeer()
 }
 
 RtmpPeer::~RtmpPeer()
+{
+    stop();
+}
+
+void RtmpPeer::stop()
 {
     freeze(false);
     m_server.terminate();

@@ -17,6 +17,10 @@ public:
     Q_DISABLE_COPY_MOVE(RtmpPeer)
     ~RtmpPeer();
 
+    /// The server goes, with its connections, and comes again on the same ports.
+    void stop();
+    void start();
+
     /// Server URLs without the key. Application "live" records, "closed" refuses every publisher.
     [[nodiscard]] QString rtmp(const QString &application) const;
     [[nodiscard]] QString rtmps(const QString &application) const;

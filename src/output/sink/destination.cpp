@@ -132,6 +132,7 @@ bool Destination::push(const FramePtr &frame, std::span<const float> block, std:
         return false;
     }
     m_status = m_output->error();
+    m_failure = m_output->failure();
     m_retirement->retire(std::move(m_output));
     return true;
 }

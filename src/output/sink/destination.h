@@ -74,6 +74,10 @@ public:
     [[nodiscard]] bool running() const { return m_output != nullptr; }
     /// The first pictures go out: a running slot whose encoder is ready.
     [[nodiscard]] bool ready() const { return m_output != nullptr && m_output->ready(); }
+    /// The server takes what a running slot sends.
+    [[nodiscard]] bool accepted() const { return m_output != nullptr && m_output->accepted(); }
+    /// What ended the last run.
+    [[nodiscard]] OutputFailure failure() const { return m_failure; }
     /// What its button does now.
     [[nodiscard]] Message buttonText() const;
     /// "Detenido", the sending notice, or the error that stopped the output.
@@ -85,6 +89,7 @@ private:
     std::shared_ptr<Retirement> m_retirement;
     EncoderPool &m_encoders;
     std::unique_ptr<Output> m_output;
+    OutputFailure m_failure = OutputFailure::Other;
 };
 
 } // namespace nimbara

@@ -13,6 +13,30 @@ namespace {
 constexpr std::uint64_t streamPatience = 2'000'000'000;
 constexpr std::uint64_t filePatience = 20'000'000'000;
 
+/// The sink tells a bad certificate by the domain of the error that its debug text names.
+OutputFailure failureOf(GstMessage *message)
+{
+    GError *rawError = nullptr;
+    gchar *rawDebug = nullptr;
+    gst_message_parse_error(message, &rawError, &rawDebug);
+    const GErrorPtr error(rawError);
+    const GCharPtr debug(rawDebug);
+    if (debug && QLatin1String(debug.get()).contains(QLatin1String("g-tls-error-quark, code 2"))) {
+        return OutputFailure::Certificate;
+    }
+    if (!error || error->domain != GST_RESOURCE_ERROR) {
+        return OutputFailure::Other;
+    }
+    switch (error->code) {
+    case GST_RESOURCE_ERROR_NOT_AUTHORIZED:
+        return OutputFailure::Refused;
+    case GST_RESOURCE_ERROR_BUSY:
+        return OutputFailure::NameInUse;
+    default:
+        return OutputFailure::Other;
+    }
+}
+
 } // namespace
 
 Output::Output(std::int32_t width,
@@ -78,6 +102,7 @@ void Output::pollOutput()
         m_finished = true;
     } else if (message) {
         m_streamEnd.note(message.get());
+        m_failure = failureOf(message.get());
         fail(failureText(message.get()));
     } else if (m_running && !m_encoder->poll().isEmpty()) {
         fail(m_encoder->poll());

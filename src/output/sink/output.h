@@ -15,6 +15,14 @@
 
 namespace nimbara {
 
+/// What kind of failure ended an output, as far as it matters for the next attempt.
+enum class OutputFailure {
+    Other, ///< the link, the disk, the encoder
+    Refused, ///< the server does not let this key publish
+    Certificate, ///< of the server
+    NameInUse, ///< the server still has a publisher of this key
+};
+
 /// Video bit rate of every stream and recording, in bit/s.
 constexpr std::int32_t outputBitrate = 6'000'000;
 
@@ -87,6 +95,9 @@ public:
     [[nodiscard]] bool stopping() const { return m_stopping; }
     /// Why the output stopped; empty while it runs and after a clean end.
     [[nodiscard]] const Message &error() const { return m_error; }
+    [[nodiscard]] OutputFailure failure() const { return m_failure; }
+    /// A stream that its server takes.
+    [[nodiscard]] bool accepted() const { return m_running && m_streamEnd.isConnected(); }
     [[nodiscard]] FrameSize size() const { return { m_width, m_height }; }
 
     /// Pictures dropped because the sink was behind.
@@ -102,6 +113,7 @@ private:
     bool m_running = false;
     bool m_finished = false;
     Message m_error;
+    OutputFailure m_failure = OutputFailure::Other;
     std::shared_ptr<ProgramEncoder> m_encoder;
     std::shared_ptr<OutletInput> m_input;
     StreamEnd m_streamEnd;

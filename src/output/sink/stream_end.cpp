@@ -29,7 +29,7 @@ PadRef inputOf(GstElement *sink)
 }
 
 /// The sink counts bytes once the server has let it publish.
-bool isConnected(GstElement *sink)
+bool hasPublished(GstElement *sink)
 {
     GstStructure *raw = nullptr;
     g_object_get(sink, "stats", &raw, nullptr);
@@ -70,6 +70,11 @@ void StreamEnd::note(GstMessage *error)
     m_hasFailed = m_hasFailed || (m_sink && isFailureOf(m_sink.get(), error));
 }
 
+bool StreamEnd::isConnected() const
+{
+    return m_sink && hasPublished(m_sink.get());
+}
+
 void StreamEnd::end(GstBus *bus) const
 {
     if (!m_sink || m_hasFailed) {
@@ -77,7 +82,7 @@ void StreamEnd::end(GstBus *bus) const
     }
     gst_pad_send_event(inputOf(m_sink.get()).get(), gst_event_new_flush_start());
     const auto deadline = std::chrono::steady_clock::now() + longestWait;
-    while (m_connects->load() && !isConnected(m_sink.get()) && !hasFailed(m_sink.get(), bus)
+    while (m_connects->load() && !hasPublished(m_sink.get()) && !hasFailed(m_sink.get(), bus)
         && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(pollSpacing);
     }

@@ -24,6 +24,9 @@ public:
     /// is nothing to wait for.
     void note(GstMessage *error);
 
+    /// The server lets the sink publish.
+    [[nodiscard]] bool isConnected() const;
+
     /// May wait, so it belongs on a background task. `bus`: of the sink's pipeline; errors are read
     /// off it.
     void end(GstBus *bus) const;

@@ -9,8 +9,12 @@
 
 namespace nimbara {
 
-StreamDesk::StreamDesk(Outputs &outputs, const Stage &stage, SecretStore &secrets)
-    : m_outputs(outputs)
+StreamDesk::StreamDesk(const Clock &clock,
+    Outputs &outputs,
+    const Stage &stage,
+    SecretStore &secrets)
+    : m_clock(clock)
+    , m_outputs(outputs)
     , m_stage(stage)
     , m_secrets(secrets)
 {
@@ -60,13 +64,16 @@ bool StreamDesk::isWaiting(std::size_t slot) const
 
 Message StreamDesk::statusText(std::size_t slot) const
 {
-    return isWaiting(slot) ? Message("Buscando la clave guardada…")
-                           : m_outputs.destination(slot).statusText();
+    if (isWaiting(slot)) {
+        return "Buscando la clave guardada…";
+    }
+    return isReconnecting(slot) ? m_slots.at(slot).reconnection.text(m_clock.monotonicUs())
+                                : m_outputs.destination(slot).statusText();
 }
 
 Message StreamDesk::buttonText(std::size_t slot) const
 {
-    return m_outputs.destination(slot).buttonText();
+    return isReconnecting(slot) ? Message("Detener") : m_outputs.destination(slot).buttonText();
 }
 
 bool StreamDesk::hasKey(std::size_t slot) const
@@ -82,7 +89,8 @@ QString StreamDesk::account(std::size_t slot) const
 void StreamDesk::toggle(std::size_t slot)
 {
     Destination &destination = m_outputs.destination(slot);
-    if (destination.running()) {
+    if (destination.running() || isReconnecting(slot)) {
+        m_slots.at(slot).reconnection.forget();
         destination.stop();
         Q_EMIT changed(slot);
         return;
@@ -112,7 +120,8 @@ void StreamDesk::startSelected()
 void StreamDesk::startSelectedFrom(std::size_t slot)
 {
     for (; slot < destinationCount; ++slot) {
-        if (!isSelected(slot) || isWaiting(slot) || m_outputs.destination(slot).running()) {
+        if (!isSelected(slot) || isWaiting(slot) || isReconnecting(slot)
+            || m_outputs.destination(slot).running()) {
             continue;
         }
         if (!hasKey(slot)) {
@@ -130,9 +139,71 @@ void StreamDesk::callOff(std::size_t slot)
     Q_EMIT changed(slot);
 }
 
+Message StreamDesk::lost(std::size_t slot)
+{
+    const Destination &destination = m_outputs.destination(slot);
+    const Message text
+        = Message::verbatim(destination.name() + QStringLiteral(": ")) + destination.statusText();
+    Reconnection &reconnection = m_slots.at(slot).reconnection;
+    const bool again
+        = m_reconnects && reconnection.lost(destination.failure(), m_clock.monotonicUs());
+    Q_EMIT changed(slot);
+    if (std::exchange(m_slots.at(slot).isLost, again) && again) {
+        return {}; // an attempt that failed
+    }
+    const Message more = again ? Message("Se vuelve a conectar sola.") : reconnection.reason();
+    return more.isEmpty() ? text : text + Message::verbatim(QStringLiteral(" ")) + more;
+}
+
+void StreamDesk::poll()
+{
+    for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        advance(slot, m_clock.monotonicUs());
+    }
+}
+
+void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
+{
+    Slot &each = m_slots.at(slot);
+    if (each.reconnection.isDue(nowUs)) {
+        retry(slot, nowUs);
+    } else if (isReconnecting(slot) && each.shown != statusText(slot)) {
+        each.shown = statusText(slot); // the seconds count down
+        Q_EMIT changed(slot);
+    } else if (m_outputs.destination(slot).accepted()) {
+        each.reconnection.accepted(nowUs);
+        if (std::exchange(each.isLost, false)) {
+            Q_EMIT said(Message("%1: la transmisión ha vuelto.",
+                { Message::verbatim(m_outputs.destination(slot).name()) }));
+        }
+    }
+}
+
+void StreamDesk::retry(std::size_t slot, std::int64_t nowUs)
+{
+    m_slots.at(slot).reconnection.started(nowUs);
+    run([&] { m_outputs.destination(slot).start(server(slot), key(slot), m_stage.streamFrame()); });
+    Q_EMIT changed(slot);
+}
+
+void StreamDesk::retryNow(std::size_t slot)
+{
+    m_slots.at(slot).reconnection.hurry(m_clock.monotonicUs());
+}
+
+void StreamDesk::setReconnecting(bool on)
+{
+    m_reconnects = on;
+    for (std::size_t slot = 0; slot < destinationCount && !on; ++slot) {
+        m_slots.at(slot).reconnection.forget();
+        Q_EMIT changed(slot);
+    }
+}
+
 void StreamDesk::callOffStarts()
 {
     for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        m_slots.at(slot).reconnection.forget();
         callOff(slot);
     }
 }
@@ -146,6 +217,8 @@ void StreamDesk::stopStreams()
 void StreamDesk::start(std::size_t slot)
 {
     hideKeys();
+    m_slots.at(slot).reconnection.forget();
+    m_slots.at(slot).reconnection.started(m_clock.monotonicUs());
     m_outputs.destination(slot).start(server(slot), key(slot), m_stage.streamFrame());
     Q_EMIT changed(slot);
 }

@@ -4,6 +4,7 @@
 #include "output/sink/outputs.h"
 #include "secrets/secret_store.h"
 #include "studio/edit/stage.h"
+#include "studio/outputs/reconnection.h"
 
 #include <QObject>
 #include <QString>
@@ -27,7 +28,7 @@ class StreamDesk : public QObject {
     Q_OBJECT
 public:
     /// All must outlive the desk.
-    StreamDesk(Outputs &outputs, const Stage &stage, SecretStore &secrets);
+    StreamDesk(const Clock &clock, Outputs &outputs, const Stage &stage, SecretStore &secrets);
 
     /// Server and key as typed. The desk starts with the servers of `destinationPresets`.
     [[nodiscard]] const QString &server(std::size_t slot) const { return m_slots.at(slot).server; }
@@ -51,7 +52,21 @@ public:
     /// Starts the selected slots in their order, up to the first that fails.
     void startSelected();
     void stopStreams();
-    /// Calls off the starts that wait for a key.
+    /// A lost destination that waits for its next attempt: makes it now.
+    void retryNow(std::size_t slot);
+    /// Lost destinations are tried again by themselves; on at first.
+    void setReconnecting(bool on);
+    [[nodiscard]] bool reconnects() const { return m_reconnects; }
+    /// A slot ended by itself; what the operator must know of it, empty for one more attempt.
+    Message lost(std::size_t slot);
+    /// Makes the attempts that are due. Call on every run of the frame clock.
+    void poll();
+    /// The slot waits for its next attempt.
+    [[nodiscard]] bool isReconnecting(std::size_t slot) const
+    {
+        return m_slots.at(slot).reconnection.isWaiting();
+    }
+    /// Calls off the starts that wait for a key, and the attempts to come.
     void callOffStarts();
     /// Stores the keys that are there and removes those that the operator emptied, in the order of
     /// the slots, up to the first that fails. A field that was never filled keeps what is stored.
@@ -83,7 +98,12 @@ private:
         std::uint64_t ticket = 0; ///< of the start that waits; 0: none. A key that comes for
                                   ///< another ticket comes too late.
         bool holdsOthers = false; ///< the selected slots after it wait for that start
+        Reconnection reconnection;
+        bool isLost = false; ///< told, and being tried again
+        Message shown; ///< while it waits for an attempt
     };
+    void advance(std::size_t slot, std::int64_t nowUs);
+    void retry(std::size_t slot, std::int64_t nowUs);
 
     template <typename Step> void run(Step step);
     void startSelectedFrom(std::size_t slot);
@@ -99,12 +119,14 @@ private:
     void saved(Saving saving, bool written);
     [[nodiscard]] static Message outcome(const Saving &saving);
 
+    const Clock &m_clock;
     Outputs &m_outputs;
     const Stage &m_stage;
     SecretStore &m_secrets;
     std::array<Slot, destinationCount> m_slots;
     std::uint64_t m_lastTicket = 0;
     bool m_isSaving = false;
+    bool m_reconnects = true;
 };
 
 } // namespace nimbara

@@ -88,7 +88,10 @@ QString QtDialogs::saveFile(const QString &title, const QString &startPath, cons
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     // Set on the dialog, so that its question about an existing file sees the whole name.
-    dialog.setDefaultSuffix(onlySuffix(filter));
+    const auto useSuffix
+        = [&](const QString &chosen) { dialog.setDefaultSuffix(onlySuffix(chosen)); };
+    useSuffix(filter.section(QStringLiteral(";;"), 0, 0));
+    QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, useSuffix);
     return askForFile(dialog, startPath);
 }
 

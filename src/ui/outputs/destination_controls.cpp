@@ -9,6 +9,7 @@ DestinationControls::DestinationControls(StreamDesk &desk, const ErrorGuard &gua
     , m_tab(tab)
 {
     showDestinations();
+    tab.showReconnects(desk.reconnects());
     connectTab();
     connect(&desk, &StreamDesk::changed, this, &DestinationControls::showDestination);
     connect(&desk, &StreamDesk::savingChanged, &tab, &OutputsTab::showSaving);
@@ -24,6 +25,8 @@ void DestinationControls::connectTab()
     connect(tab, &OutputsTab::keyEdited, &m_desk, &StreamDesk::setKey);
     connect(tab, &OutputsTab::selectionChanged, &m_desk, &StreamDesk::setSelected);
     connect(tab, &OutputsTab::togglePressed, &m_desk, &StreamDesk::toggle);
+    connect(tab, &OutputsTab::retryNowPressed, &m_desk, &StreamDesk::retryNow);
+    connect(tab, &OutputsTab::reconnectsChanged, &m_desk, &StreamDesk::setReconnecting);
     connect(tab, &OutputsTab::startSelectedPressed, &m_desk, &StreamDesk::startSelected);
     connect(tab, &OutputsTab::stopStreamsPressed, &m_desk, &StreamDesk::stopStreams);
     connect(tab, &OutputsTab::saveKeysPressed, &m_desk, &StreamDesk::saveKeys);
@@ -42,7 +45,8 @@ void DestinationControls::showDestination(std::size_t slot)
     m_tab.showDestination(slot,
         m_desk.buttonText(slot),
         m_desk.statusText(slot),
-        m_desk.isWaiting(slot));
+        m_desk.isWaiting(slot),
+        m_desk.isReconnecting(slot));
 }
 
 } // namespace nimbara

@@ -16,6 +16,7 @@ OutputsTab::OutputsTab(std::span<const QString, slots> names, QWidget *parent)
     , m_stopStreams(makeButton("Detener transmisiones", "stopStreams"))
     , m_saveKeys(makeButton("Guardar claves en este equipo", "saveKeys"))
     , m_record(makeButton("● Grabar", "record"))
+    , m_reconnects(new QCheckBox(nimbara_i18n::tr("Volver a conectar solo")))
 {
     auto *grid = new QGridLayout(this);
     for (std::size_t slot = 0; slot < slots; ++slot) {
@@ -25,7 +26,7 @@ OutputsTab::OutputsTab(std::span<const QString, slots> names, QWidget *parent)
     addButtons(grid);
     grid->setColumnStretch(1, 3);
     grid->setColumnStretch(2, 2);
-    grid->setColumnStretch(4, 3);
+    grid->setColumnStretch(5, 3);
     grid->setRowStretch(static_cast<int>(slots) + 1, 1);
 }
 
@@ -37,10 +38,12 @@ void OutputsTab::addRow(QGridLayout *grid, std::size_t slot)
              row.server,
              row.key,
              row.toggle,
+             row.now,
              row.state }) {
         grid->addWidget(widget, static_cast<int>(slot), column++);
     }
     connect(row.toggle, &QPushButton::clicked, this, [this, slot] { Q_EMIT togglePressed(slot); });
+    connect(row.now, &QPushButton::clicked, this, [this, slot] { Q_EMIT retryNowPressed(slot); });
     connect(row.server, &QLineEdit::textChanged, this, [this, slot](const QString &text) {
         Q_EMIT serverEdited(slot, text);
     });
@@ -58,12 +61,15 @@ void OutputsTab::addButtons(QGridLayout *grid)
     for (QPushButton *button : { m_startSelected, m_stopStreams, m_saveKeys, m_record }) {
         buttons->addWidget(button);
     }
+    buttons->addWidget(m_reconnects);
     buttons->addStretch();
     grid->addLayout(buttons, static_cast<int>(slots), 0, 1, grid->columnCount());
     connect(m_startSelected, &QPushButton::clicked, this, &OutputsTab::startSelectedPressed);
     connect(m_stopStreams, &QPushButton::clicked, this, &OutputsTab::stopStreamsPressed);
     connect(m_saveKeys, &QPushButton::clicked, this, &OutputsTab::saveKeysPressed);
     connect(m_record, &QPushButton::clicked, this, &OutputsTab::recordPressed);
+    m_reconnects->setObjectName(QStringLiteral("reconnects"));
+    connect(m_reconnects, &QCheckBox::toggled, this, &OutputsTab::reconnectsChanged);
 }
 
 OutputsTab::Row OutputsTab::makeRow(const QString &title, std::size_t slot)
@@ -75,6 +81,7 @@ OutputsTab::Row OutputsTab::makeRow(const QString &title, std::size_t slot)
         new QLineEdit,
         new QLineEdit,
         makeButton("Iniciar", ""),
+        makeButton("Ahora", ""),
         new QLabel(nimbara_i18n::tr("Detenido")) };
     row.enabled->setObjectName(name("destination"));
     row.server->setObjectName(name("server"));
@@ -84,6 +91,9 @@ OutputsTab::Row OutputsTab::makeRow(const QString &title, std::size_t slot)
     row.key->setPlaceholderText(nimbara_i18n::tr("Clave de transmisión"));
     row.key->setAccessibleName(nimbara_i18n::tr("Clave de transmisión") + QLatin1Char(' ') + title);
     row.toggle->setObjectName(name("toggle"));
+    row.now->setObjectName(name("retryNow"));
+    row.now->setAccessibleName(nimbara_i18n::tr("Ahora") + QLatin1Char(' ') + title);
+    row.now->hide();
     row.state->setObjectName(name("state"));
     row.state->setWordWrap(true);
     return row;
@@ -103,7 +113,8 @@ void OutputsTab::showWanted(std::size_t slot,
 void OutputsTab::showDestination(std::size_t slot,
     const Message &buttonText,
     const Message &stateText,
-    bool waiting)
+    bool waiting,
+    bool reconnecting)
 {
     const Row &row = m_rows.at(slot);
     const QString text = nimbara_i18n::tr(buttonText);
@@ -113,7 +124,13 @@ void OutputsTab::showDestination(std::size_t slot,
         row.toggle->setAccessibleName(text + QLatin1Char(' ') + row.enabled->text());
     }
     row.toggle->setEnabled(!waiting);
+    row.now->setVisible(reconnecting);
     row.state->setText(nimbara_i18n::tr(stateText));
+}
+
+void OutputsTab::showReconnects(bool on)
+{
+    m_reconnects->setChecked(on);
 }
 
 void OutputsTab::showSaving(bool saving)

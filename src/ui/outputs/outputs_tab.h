@@ -27,11 +27,14 @@ public:
 
     /// What the slot's fields and its tick stand at.
     void showWanted(std::size_t slot, const QString &server, const QString &key, bool selected);
-    /// `waiting`: the button takes no press for now.
+    /// `waiting`: the button takes no press for now. `reconnecting`: the next attempt can be made
+    /// at once.
     void showDestination(std::size_t slot,
         const Message &buttonText,
         const Message &stateText,
-        bool waiting);
+        bool waiting,
+        bool reconnecting);
+    void showReconnects(bool on);
     /// Keys are being saved: the button takes no press for now.
     void showSaving(bool saving);
     void showRecording(const Message &buttonText);
@@ -43,6 +46,8 @@ Q_SIGNALS:
     /// The slot takes part in "Iniciar destinos seleccionados", or not.
     void selectionChanged(std::size_t slot, bool selected);
     void togglePressed(std::size_t slot);
+    void retryNowPressed(std::size_t slot);
+    void reconnectsChanged(bool on);
     void startSelectedPressed();
     void stopStreamsPressed();
     void saveKeysPressed();
@@ -54,6 +59,7 @@ private:
         QLineEdit *server;
         QLineEdit *key;
         QPushButton *toggle;
+        QPushButton *now; ///< while it waits to be connected again
         QLabel *state;
     };
     Row makeRow(const QString &title, std::size_t slot);
@@ -65,6 +71,7 @@ private:
     QPushButton *m_stopStreams;
     QPushButton *m_saveKeys;
     QPushButton *m_record;
+    QCheckBox *m_reconnects;
 };
 
 } // namespace nimbara

@@ -2,6 +2,11 @@
 
 #include "base/i18n.h"
 
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+
 namespace nimbara {
 
 RecordingControls::RecordingControls(Studio &studio,
@@ -22,6 +27,23 @@ void RecordingControls::showRecording()
     m_tab.showRecording(recordingButtonText(m_studio.outputs().recording().state()));
 }
 
+/// A name that is free, by the time of day, beside the recording before.
+QString RecordingControls::offeredFile() const
+{
+    const QString films = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    const QString home = QDir(films).exists() ? films : QDir::homePath();
+    const QDir folder(m_lastFolder.isEmpty() ? home : m_lastFolder);
+    const QString stem = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH-mm "))
+        + nimbara_i18n::tr("Servicio");
+    const auto named
+        = [&](const QString &name) { return folder.filePath(name + QStringLiteral(".webm")); };
+    QString path = named(stem);
+    for (int number = 2; QFileInfo::exists(path); ++number) {
+        path = named(QStringLiteral("%1 %2").arg(stem).arg(number));
+    }
+    return path;
+}
+
 void RecordingControls::toggle()
 {
     Recording &recording = m_studio.outputs().recording();
@@ -31,11 +53,13 @@ void RecordingControls::toggle()
         return;
     }
     const QString path = m_dialogs.saveFile(nimbara_i18n::tr("Grabar Programa"),
-        QString(),
-        nimbara_i18n::tr("WebM (*.webm)"));
+        offeredFile(),
+        nimbara_i18n::tr("WebM (*.webm)") + QStringLiteral(";;")
+            + nimbara_i18n::tr("MKV, lo mismo que las transmisiones (*.mkv)"));
     if (path.isEmpty() || recording.exists()) {
         return;
     }
+    m_lastFolder = QFileInfo(path).path();
     recording.start(path, m_studio.stage().streamFrame());
     Q_EMIT changed();
     m_studio.status(Recording::startedText());

@@ -25,10 +25,12 @@ Q_SIGNALS:
 
 private:
     void toggle();
+    [[nodiscard]] QString offeredFile() const;
 
     Studio &m_studio;
     Dialogs &m_dialogs;
     OutputsTab &m_tab;
+    QString m_lastFolder; ///< of the recording before
 };
 
 } // namespace nimbara

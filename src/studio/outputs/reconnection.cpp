@@ -1,0 +1,133 @@
+#include "studio/outputs/reconnection.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace nimbara {
+
+namespace {
+
+constexpr std::int64_t second = 1'000'000;
+constexpr std::array<std::int64_t, 6> delaysUs { second,
+    2 * second,
+    3 * second,
+    5 * second,
+    8 * second,
+    10 * second };
+constexpr std::int64_t eagerUs = 180 * second;
+constexpr std::int64_t patientDelayUs = 30 * second;
+constexpr std::int64_t busyDelayUs = 10 * second;
+constexpr std::int64_t quickUs = 5 * second;
+constexpr int mostQuickClosings = 3;
+constexpr double chanceShare = 0.1;
+
+} // namespace
+
+Reconnection::Reconnection(std::function<double()> chance)
+    : m_chance(std::move(chance))
+{
+}
+
+double Reconnection::anyChance()
+{
+    return QRandomGenerator::global()->generateDouble();
+}
+
+void Reconnection::forget()
+{
+    *this = Reconnection(std::move(m_chance));
+}
+
+void Reconnection::started(std::int64_t nowUs)
+{
+    m_startedUs = nowUs;
+    m_acceptedUs.reset();
+    m_nextUs.reset();
+}
+
+void Reconnection::accepted(std::int64_t nowUs)
+{
+    m_everAccepted = true;
+    m_busySinceUs.reset();
+    m_acceptedUs = m_acceptedUs.value_or(nowUs);
+    if (nowUs - *m_acceptedUs >= steadyUs) {
+        m_attempt = 0;
+        m_quickClosings = 0;
+        m_firstLossUs.reset();
+    }
+}
+
+bool Reconnection::lost(OutputFailure failure, std::int64_t nowUs)
+{
+    if (!m_everAccepted) {
+        return giveUp({});
+    }
+    switch (failure) {
+    case OutputFailure::Refused:
+        return giveUp("El servidor rechaza la clave; no se reconecta.");
+    case OutputFailure::Certificate:
+        return giveUp("El certificado del servidor no es válido; no se reconecta.");
+    case OutputFailure::NameInUse:
+        m_busySinceUs = m_busySinceUs.value_or(nowUs);
+        return nowUs - *m_busySinceUs < busyUs
+            ? waitFor(busyDelayUs, nowUs)
+            : giveUp("El servidor sigue con la transmisión anterior; no se reconecta.");
+    case OutputFailure::Other:
+        break;
+    }
+    const bool closedQuickly = m_acceptedUs && nowUs - m_startedUs < quickUs;
+    m_quickClosings = closedQuickly ? m_quickClosings + 1 : 0;
+    if (m_quickClosings >= mostQuickClosings) {
+        return giveUp("El servidor la cierra una y otra vez: revisa la clave.");
+    }
+    return waitFor(nextDelayUs(nowUs), nowUs);
+}
+
+std::int64_t Reconnection::nextDelayUs(std::int64_t nowUs) const
+{
+    if (nowUs - m_firstLossUs.value_or(nowUs) >= eagerUs) {
+        return patientDelayUs;
+    }
+    return delaysUs.at(
+        std::min<std::size_t>(static_cast<std::size_t>(m_attempt), delaysUs.size() - 1));
+}
+
+bool Reconnection::waitFor(std::int64_t delayUs, std::int64_t nowUs)
+{
+    m_firstLossUs = m_firstLossUs.value_or(nowUs);
+    ++m_attempt;
+    const double extra = chanceShare * m_chance() * static_cast<double>(delayUs);
+    m_nextUs = nowUs + delayUs + static_cast<std::int64_t>(extra);
+    return true;
+}
+
+bool Reconnection::giveUp(const Message &reason)
+{
+    forget();
+    m_reason = reason;
+    return false;
+}
+
+void Reconnection::hurry(std::int64_t nowUs)
+{
+    if (m_nextUs) {
+        m_nextUs = nowUs;
+    }
+}
+
+Message Reconnection::text(std::int64_t nowUs) const
+{
+    const auto number
+        = [](std::int64_t value) { return Message::verbatim(QString::number(value)); };
+    const std::int64_t left = std::max<std::int64_t>(m_nextUs.value_or(nowUs) - nowUs, 0);
+    const QList<Message> values { number((left + second - 1) / second), number(m_attempt) };
+    return m_busySinceUs
+        ? Message("El servidor aún tiene la transmisión anterior; reintento en %1 s · intento %2",
+            values)
+        : Message("Reconectando en %1 s · intento %2", values);
+}
+
+} // namespace nimbara

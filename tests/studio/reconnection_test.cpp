@@ -1,0 +1,134 @@
+#include "studio/outputs/reconnection.h"
+#include "studio/studio_fixture.h"
+#include "support/rtmp_peer.h"
+#include "support/test_registry.h"
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::int64_t second = 1'000'000;
+
+/// One that was accepted and has run for a while.
+Reconnection wellOne(std::int64_t nowUs)
+{
+    Reconnection reconnection([] { return 0.0; });
+    reconnection.started(nowUs - 60 * second);
+    reconnection.accepted(nowUs - 50 * second);
+    reconnection.accepted(nowUs);
+    return reconnection;
+}
+
+} // namespace
+
+class ReconnectionTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void waitsLongerAndLonger()
+    {
+        std::int64_t now = 100 * second;
+        Reconnection lost = wellOne(now);
+        std::vector<std::int64_t> delays;
+        const auto fail = [&] {
+            QVERIFY(lost.lost(OutputFailure::Other, now));
+            const std::int64_t before = now;
+            while (!lost.isDue(now)) {
+                now += second / 10;
+            }
+            delays.push_back((now - before) / second);
+            lost.started(now);
+        };
+        while (now < 100 * second + 250 * second) {
+            fail();
+        }
+        const std::vector<std::int64_t> first(delays.begin(), delays.begin() + 7);
+        QCOMPARE(first, (std::vector<std::int64_t> { 1, 2, 3, 5, 8, 10, 10 }));
+        QCOMPARE(delays.back(), 30);
+        lost.accepted(now);
+        lost.accepted(now + Reconnection::steadyUs); // well again
+        now += Reconnection::steadyUs;
+        delays.clear();
+        fail();
+        QCOMPARE(delays, std::vector<std::int64_t> { 1 });
+        QCOMPARE(lost.attempt(), 1);
+
+        Reconnection chance([] { return 1.0; });
+        chance.started(0);
+        chance.accepted(0);
+        QVERIFY(chance.lost(OutputFailure::Other, 20 * second));
+        QVERIFY(!chance.isDue(21 * second) && chance.isDue(21 * second + second / 10));
+        QCOMPARE(chance.text(20 * second).spanish(), u"Reconectando en 2 s · intento 1"_s);
+        chance.hurry(20 * second);
+        QVERIFY(chance.isDue(20 * second));
+    }
+
+    void whatCannotBeMendedIsNotTriedAgain()
+    {
+        Reconnection fresh;
+        fresh.started(0);
+        QVERIFY(!fresh.lost(OutputFailure::Other, second) && fresh.reason().isEmpty());
+        for (const auto &[failure, why] : { std::pair { OutputFailure::Refused,
+                                                "El servidor rechaza la clave; no se reconecta." },
+                 { OutputFailure::Certificate,
+                     "El certificado del servidor no es válido; no se reconecta." } }) {
+            Reconnection well = wellOne(100 * second);
+            QVERIFY(!well.lost(failure, 100 * second) && !well.isWaiting());
+            QCOMPARE(well.reason(), QString::fromUtf8(why));
+        }
+        std::int64_t now = 100 * second;
+        Reconnection busy = wellOne(now);
+        while (busy.lost(OutputFailure::NameInUse, now)) {
+            now += 10 * second;
+            QVERIFY(busy.isDue(now));
+            busy.started(now);
+        }
+        QCOMPARE(now, 100 * second + Reconnection::busyUs);
+        Reconnection closing = wellOne(now);
+        int closings = 0;
+        do {
+            closing.started(now);
+            closing.accepted(now);
+            now += 4 * second;
+            ++closings;
+        } while (closing.lost(OutputFailure::Other, now));
+        QCOMPARE(closings, 3);
+        QCOMPARE(closing.reason(), u"El servidor la cierra una y otra vez: revisa la clave."_s);
+    }
+
+    void aServerThatComesBackIsSentToAgain()
+    {
+        RtmpPeer peer;
+        StudioFixture desk;
+        StreamDesk &streams = desk.studio.streams();
+        streams.setServer(0, peer.rtmp(u"live"_s));
+        streams.setKey(0, u"reconnects"_s);
+        streams.toggle(0);
+        const auto inTime = [&](const auto &condition) {
+            return QTest::qWaitFor([&] { return desk.frame(20'000), condition(); }, 60'000);
+        };
+        const auto sends = [&] { return desk.studio.outputs().destination(0).accepted(); };
+        QVERIFY(inTime(sends));
+        peer.stop();
+        QVERIFY(inTime([&] { return streams.isReconnecting(0); }));
+        QVERIFY(
+            desk.told("YouTube: Fallo de salida (codigo 10). Revisa destino, permisos y codecs. "
+                      "Se vuelve a conectar sola."));
+        QVERIFY(streams.statusText(0).spanish().startsWith(u"Reconectando en "_s));
+        QCOMPARE(streams.buttonText(0), u"Detener"_s);
+        QCOMPARE(desk.studio.notices().all().size(), 1U);
+        peer.start();
+        QVERIFY(inTime([&] { return desk.told("YouTube: la transmisión ha vuelto."); }));
+        QVERIFY(sends());
+
+        peer.stop();
+        QVERIFY(inTime([&] { return streams.isReconnecting(0); }));
+        streams.toggle(0);
+        QVERIFY(!streams.isReconnecting(0));
+        QCOMPARE(streams.statusText(0), u"Detenido"_s);
+    }
+};
+
+NIMBARA_TEST(ReconnectionTest)
+#include "reconnection_test.moc"

@@ -21,7 +21,7 @@ struct Forms {
 /// What churches write besides the table of books, and how they often misspell it. A numbered book
 /// stands for all of its name.
 constexpr auto moreForms = std::to_array<Forms>({
-    { 0, "ge|gns|gene|genecis|jenesis" },
+    { 0, "ge|gns|gene|genecis" },
     { 1, "exod|exd|exodus" },
     { 2, "lev|le|leviticus|levi" },
     { 3, "nu|nb|numb|nums|numero|numbers" },
@@ -102,7 +102,7 @@ Names tableNames(const Book &book)
     Names names;
     const QString spanish = normalize(text(book.nameEs));
     names.forms = text(book.aliases).split(QLatin1Char('|'))
-        << spanish << normalize(text(book.nameEn));
+        << spanish << normalize(text(book.nameEn)) << normalize(text(book.code));
     if (spanish.at(0).isDigit()) {
         names.ordinal = spanish.at(0).digitValue();
         names.stem = spanish.mid(2);

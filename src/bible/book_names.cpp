@@ -93,7 +93,7 @@ std::int32_t ordinalWord(const QString &word)
 /// "ra" behind "1", without a blank.
 bool isOrdinalEnding(const QString &word)
 {
-    static const Words endings = words("a o ra ro era er ero st da do nd d rd");
+    static const Words endings = words("a o ra ro era er ero st da do nd nda ndo d rd");
     return endings.contains(word);
 }
 
@@ -158,7 +158,7 @@ private:
     [[nodiscard]] qsizetype endOfNumber() const
     {
         qsizetype at = wordBehindOrdinal(m_at + 1);
-        if (at == m_at + 1 && m_tokens.at(at).glued && isOrdinalEnding(m_tokens.at(at).text)) {
+        if (at > 0 && m_tokens.at(at).glued && isOrdinalEnding(m_tokens.at(at).text)) {
             at = wordBehindOrdinal(at + 1);
         }
         return at;
@@ -208,7 +208,7 @@ private:
             if (endsName(next)) {
                 const auto found = allowed(booksNamed(name, m_ordinal));
                 if (!found.isEmpty()) {
-                    best = { found, at + 1 };
+                    best = { found, isAuthor(next) ? next + 1 : at + 1 };
                 }
             }
             if (isSignAt(at + 1, '.')) {
@@ -218,10 +218,17 @@ private:
         return best;
     }
 
+    /// "San Juan Apóstol".
+    [[nodiscard]] bool isAuthor(qsizetype at) const
+    {
+        static const Words authors = words("apostol evangelista apostle evangelist");
+        return m_person && isWordAt(at) && authors.contains(m_tokens.at(at).text);
+    }
+
     /// What may stand behind a name: the numbers, or the words before them.
     [[nodiscard]] bool endsName(qsizetype at) const
     {
-        if (!isWordAt(at)) {
+        if (!isWordAt(at) || isAuthor(at)) {
             return true;
         }
         const QString &word = m_tokens.at(at).text;

@@ -17,7 +17,7 @@ struct Name {
 QRegularExpression atEnd(const QString &names)
 {
     return QRegularExpression(
-        QStringLiteral("(?<=[\\d.a-z])(?:(?<=\\d)|[\\s,;·|/(\\[-]+)"
+        QStringLiteral("(?<=[\\d.a-z)\\]\"”»’'])(?:(?<=\\d)|[\\s,;·|/()\\[\\]\"”»’'-]+)"
                        "(?:(?:en|in|from|segun|de|la|the|version|biblia|bible)\\s+)*(")
         + names + QStringLiteral(")$"));
 }

@@ -36,8 +36,8 @@ public:
     /// Nothing when it is no list.
     std::optional<QList<Span>> read()
     {
-        if (is(Kind::Colon) || is(Kind::Comma) || is(Kind::Point) || is(Kind::To)) {
-            ++m_at; // "Juan, 3:16"
+        if (isBehindName()) {
+            ++m_at;
         }
         m_begin = m_at;
         if (canonChapters(m_book) == 1 && beginsWithVerse()) {
@@ -63,6 +63,14 @@ private:
         return m_at + ahead < m_symbols.size() && m_symbols.at(m_at + ahead).kind == kind;
     }
     [[nodiscard]] bool isGlued(qsizetype ahead) const { return m_symbols.at(m_at + ahead).glued; }
+
+    /// A sign that ends the name, "Juan, 3:16"; in "Juan :16" a chapter is missing.
+    [[nodiscard]] bool isBehindName() const
+    {
+        const bool sign = is(Kind::Colon) || is(Kind::Comma) || is(Kind::Point) || is(Kind::To);
+        return sign && m_symbols.size() > 1 && (isGlued(0) || !isGlued(1))
+            && (!is(Kind::Colon) || !isGlued(1));
+    }
 
     bool take(Kind kind)
     {
@@ -347,35 +355,44 @@ void levelOut(Passage &passage)
     }
 }
 
+ListRead readInSense(const QList<Symbol> &symbols, std::int32_t book, Sense sense)
+{
+    ListReader reader(symbols, book, sense);
+    const auto spans = reader.read();
+    ListRead result { {}, reader.isDoubtful(), {} };
+    if (!spans) {
+        return result;
+    }
+    for (const Span &span : *spans) {
+        if (const auto limit = beyond(book, span)) {
+            result.limit = *limit;
+            return result;
+        }
+    }
+    Passage passage { book, *spans };
+    levelOut(passage);
+    if (isOrdered(passage.spans)) {
+        result.passages.append(passage);
+    }
+    return result;
+}
+
 } // namespace
 
 ListRead readList(const QList<Token> &tokens, qsizetype begin, std::int32_t book)
 {
-    ListRead result;
     const auto list = symbols(tokens, begin);
     if (!list) {
-        return result;
+        return {};
     }
-    for (const Sense sense : { Sense::Usual, Sense::Other }) {
-        ListReader reader(*list, book, sense);
-        const auto spans = reader.read();
-        result.doubtful = result.doubtful || reader.isDoubtful();
-        if (spans) {
-            const auto outside = std::find_if(spans->begin(),
-                spans->end(),
-                [book](const Span &each) { return beyond(book, each).has_value(); });
-            Passage passage { book, *spans };
-            if (outside != spans->end()) {
-                result.limit = result.limit.book < 0 ? *beyond(book, *outside) : result.limit;
-            } else if (levelOut(passage); isOrdered(passage.spans)) {
-                result.passages.append(passage);
-            }
-        }
-        if (!result.doubtful) {
-            break;
-        }
+    const ListRead usual = readInSense(*list, book, Sense::Usual);
+    if (!usual.doubtful) {
+        return usual;
     }
-    return result;
+    // Where the other sense leads beyond the canon, only the usual one can be meant.
+    const ListRead other = readInSense(*list, book, Sense::Other);
+    const Limit limit = usual.limit.book >= 0 ? usual.limit : other.limit;
+    return { usual.passages + other.passages, !other.passages.isEmpty(), limit };
 }
 
 } // namespace bible

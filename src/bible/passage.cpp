@@ -1,12 +1,9 @@
 #include "bible/passage.h"
 
-#include "bible/api.h"
 #include "bible/books.h"
 #include "bible/canon.h"
 
 #include <QStringList>
-
-#include <algorithm>
 
 namespace bible {
 
@@ -46,6 +43,11 @@ template <typename Visit> void forEachVerse(const Passage &passage, Visit visit)
 
 } // namespace
 
+QString bookName(std::int32_t book, const QString &lang)
+{
+    return label(Ref { book, 0, 0, 0 }, lang).chopped(book < 0 ? 0 : 2);
+}
+
 QString label(const Passage &passage, const QString &lang)
 {
     if (passage.spans.isEmpty()) {
@@ -84,18 +86,6 @@ QString passageText(const Bible &bible, const Passage &passage)
         pieces << (count > 1 ? number + QLatin1Char(' ') + text : text);
     });
     return found ? pieces.join(QLatin1Char(' ')) : QString();
-}
-
-QString passageId(std::int32_t book, const Span &span)
-{
-    if (span.chapterFrom == span.chapterTo) {
-        return passageId(Ref { book, span.chapterFrom, span.verseFrom, span.verseTo });
-    }
-    const std::int32_t first = std::max(span.verseFrom, 1);
-    const std::int32_t last = span.verseTo > 0 ? span.verseTo : canonVerses(book, span.chapterTo);
-    const QString from = passageId(Ref { book, span.chapterFrom, first, first });
-    const QString to = passageId(Ref { book, span.chapterTo, last, last });
-    return from.isEmpty() ? QString() : from + QLatin1Char('-') + to;
 }
 
 } // namespace bible

@@ -32,6 +32,9 @@ struct Passage {
     bool operator==(const Passage &) const = default;
 };
 
+/// A book's name. Exactly "es" gives the Spanish one. Empty when the book is not in the table.
+QString bookName(std::int32_t book, const QString &lang);
+
 /// The display label: "Juan 3:16", "Juan 3:16-4:2", "Juan 3:16,18; 4:2", "Salmos 23; 24". A passage
 /// that a `Ref` can say is labelled as that one. `read` reads it back, in either language. Exactly
 /// "es" gives the Spanish book names. Empty when the book is not in the table.
@@ -40,9 +43,5 @@ QString label(const Passage &passage, const QString &lang);
 /// The text: one verse alone, or several joined by blanks, each behind its number; the first verse
 /// of every further chapter is numbered "4:1". Empty when the Bible has none of it.
 QString passageText(const Bible &bible, const Passage &passage);
-
-/// One span in the terms of the online service, "JHN.3.16-JHN.4.2". Empty when the book is not in
-/// the table.
-QString passageId(std::int32_t book, const Span &span);
 
 } // namespace bible

@@ -203,6 +203,24 @@ private Q_SLOTS:
         }
     }
 
+    void textsOfSeveralSpans()
+    {
+        const auto text = [](const char *typed) {
+            return bible::passageText(bible::english(),
+                bible::read(QLatin1String(typed)).passages.first());
+        };
+        const auto verse = [](int chapter, int number) {
+            return bible::verseText(bible::english(), { 42, chapter, number, number });
+        };
+        QCOMPARE(text("John 11:35"), verse(11, 35));
+        QCOMPARE(text("John 3:16,18"), u"16 "_s + verse(3, 16) + u" 18 "_s + verse(3, 18));
+        QCOMPARE(text("John 3:36-4:2"),
+            u"36 "_s + verse(3, 36) + u" 4:1 "_s + verse(4, 1) + u" 2 "_s + verse(4, 2));
+        for (const char *typed : { "Ps 119:176; 121:1", "Ps 120; 121" }) {
+            QVERIFY(text(typed).contains(u" 121:1 I will lift up mine eyes"_s));
+        }
+    }
+
     void absentTellsWhatThereIs()
     {
         for (const auto &[typed, limit] : { std::pair { "Juan 3:99", Limit { 42, 3, 36 } },

@@ -90,7 +90,7 @@ std::int32_t ordinalWord(const QString &word)
     return ordinals.value(word);
 }
 
-/// "ra" behind "1", without a blank.
+/// "ra" behind "1".
 bool isOrdinalEnding(const QString &word)
 {
     static const Words endings = words("a o ra ro era er ero st da do nd nda ndo d rd");
@@ -158,7 +158,9 @@ private:
     [[nodiscard]] qsizetype endOfNumber() const
     {
         qsizetype at = wordBehindOrdinal(m_at + 1);
-        if (at > 0 && m_tokens.at(at).glued && isOrdinalEnding(m_tokens.at(at).text)) {
+        const bool ending = at > 0 && isOrdinalEnding(m_tokens.at(at).text)
+            && (m_tokens.at(at).glued || m_tokens.at(at).text.size() > 1);
+        if (ending) {
             at = wordBehindOrdinal(at + 1);
         }
         return at;

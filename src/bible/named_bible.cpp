@@ -22,17 +22,24 @@ QRegularExpression atEnd(const QString &names)
         + names + QStringLiteral(")$"));
 }
 
-const std::array<Name, 4> &names()
+/// Those whose names end in another's stand before it.
+const std::array<Name, 9> &names()
 {
-    static const QString reina = QStringLiteral("(?:rv|rvr|reina[ -]?valera|r\\.?v\\.?r?\\.?)");
-    static const std::array<Name, 4> all { {
+    static const QString reina = QStringLiteral("(?:rvr|r\\.?v\\.?(?:r\\.?)?|reina[ -]?valera)");
+    static const QString revised = reina + QStringLiteral("(?: revisada)?[ -]?");
+    static const std::array<Name, 9> all { {
+        { atEnd(QStringLiteral("nkjv|new king james(?: version)?")), QStringLiteral("NKJV") },
         { atEnd(QStringLiteral("a?kjv|kj|king james(?: (?:version|bible))?")),
             QStringLiteral("KJV") },
-        { atEnd(reina + QStringLiteral("(?:[ -]?(?:19)?09)?|rva|reina[ -]?valera antigua")),
+        { atEnd(reina + QStringLiteral("(?:[ -]?(?:19)?09)?|reina[ -]?valera antigua")),
             QStringLiteral("RV1909") },
-        { atEnd(reina + QStringLiteral("[ -]?(?:19)?60")), QStringLiteral("RVR1960") },
-        { atEnd(QStringLiteral("nvi|ntv|nbla|lbla|dhh|tla|pdt|rvc|nblh|blph|btx|jbs|bla|"
-                               "niv|nlt|esv|nkjv|nasb|asv|csb|amp|msg|nrsv|rsv|web|net")),
+        { atEnd(revised + QStringLiteral("(?:19)?60")), QStringLiteral("RVR1960") },
+        { atEnd(revised + QStringLiteral("(?:19)?95")), QStringLiteral("RVR1995") },
+        { atEnd(QStringLiteral("nvi|nueva version internacional")), QStringLiteral("NVI") },
+        { atEnd(QStringLiteral("ntv|nueva traduccion viviente")), QStringLiteral("NTV") },
+        { atEnd(QStringLiteral("lbla|biblia de las americas")), QStringLiteral("LBLA") },
+        { atEnd(QStringLiteral("nbla|dhh|tla|pdt|rva|rvc|nblh|blph|btx|jbs|niv|nlt|esv|nasb|asv|"
+                               "csb|amp|msg|nrsv|rsv|web|net")),
             {} },
     } };
     return all;
@@ -54,9 +61,11 @@ WithoutBible takeBible(const QString &normalized)
 
 bool isListedAs(const QString &bible, const QString &listed)
 {
-    const bool sixty = bible == QLatin1String("RVR1960");
-    const QRegularExpression word(sixty ? QStringLiteral("\\b(?:1960|RVR?60|RVR?1960)\\b")
-                                        : QStringLiteral("\\b%1\\b").arg(bible));
+    // "RVR1960" is listed by its year, or as "RVR60".
+    const QString year = bible.startsWith(QLatin1String("RVR")) ? bible.mid(3) : QString();
+    const QRegularExpression word(year.isEmpty()
+            ? QStringLiteral("\\b%1\\b").arg(bible)
+            : QStringLiteral("\\b(?:RVR?)?(?:19)?%1\\b").arg(year.last(2)));
     return !bible.isEmpty() && word.match(listed).hasMatch();
 }
 

@@ -35,6 +35,9 @@ QString plainSign(QChar sign)
     if (isIn(sign, u"º°˚")) {
         return QStringLiteral("ª");
     }
+    if (isIn(sign, u"#№")) {
+        return QStringLiteral(" ");
+    }
     return sign == QLatin1Char('+') ? QStringLiteral("&") : QString(sign);
 }
 
@@ -52,6 +55,10 @@ QString plainReference(const QString &typed)
     static const QRegularExpression around(
         QStringLiteral("^[\\s\"'“”‘’«»‹›„‚`´()\\[\\]{}<>*_¿¡•·-]+"
                        "|[\\s\"'“”‘’«»‹›„‚`´()\\[\\]{}<>*_.,;!?…·]+$"));
+    // "Salmo nº 23"
+    static const QRegularExpression number(
+        QStringLiteral("(?<=[a-z.] )(?:nª|n[o.]\\.?|nro\\.?|numero|number) ?(?=\\d)"));
+    plain.remove(number);
     return plain.size() > longestText ? QString() : plain.remove(around);
 }
 

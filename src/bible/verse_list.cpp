@@ -208,9 +208,8 @@ private:
     /// Where a number is a verse unless another follows it.
     std::optional<Place> readAmongVerses(std::int32_t number)
     {
-        const bool european = m_division == Kind::Comma && is(Kind::Comma) && is(Kind::Number, 1)
-            && (m_separator == Kind::Semicolon
-                || (m_separator == Kind::To && number > m_chapter && number <= m_rangeFrom));
+        const bool commas = m_division == Kind::Comma && is(Kind::Comma) && is(Kind::Number, 1);
+        const bool european = commas && beginsAnotherChapter(number);
         const bool pointed = m_division == Kind::Point && is(Kind::Point);
         if (european || pointed) {
             const Kind kind = m_division;
@@ -227,6 +226,16 @@ private:
             return wholeChapter(number);
         }
         return isPlace(m_chapter, number);
+    }
+
+    /// In "3,16-4,2" and "3,16; 4,2" the number before the comma is a chapter. In "26,14-27,66" it
+    /// may be a verse of the same chapter, too.
+    bool beginsAnotherChapter(std::int32_t number)
+    {
+        if (m_separator != Kind::To) {
+            return m_separator == Kind::Semicolon;
+        }
+        return number > m_chapter && (number <= m_rangeFrom || takesOther());
     }
 
     /// Behind a chapter: its verse, if it has one.

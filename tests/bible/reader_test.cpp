@@ -148,16 +148,12 @@ private Q_SLOTS:
         const auto rows = corpus();
         QVERIFY(rows.size() >= 400);
         QStringList missed;
-        QStringList wrong; // read as what was not meant
         for (const auto &[typed, wanted] : rows) {
-            const QString got = meaning(typed);
-            if (got != wanted) {
-                (got == "-"_L1 || got == "?"_L1 ? missed : wrong)
-                    << typed + u" → "_s + got + u", not "_s + wanted;
+            if (const QString got = meaning(typed); got != wanted) {
+                missed << typed + u" → "_s + got + u", not "_s + wanted;
             }
         }
-        QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(u'\n')));
-        QVERIFY2(missed.size() * 100 <= rows.size(), qPrintable(missed.join(u'\n')));
+        QVERIFY2(missed.isEmpty(), qPrintable(missed.join(u'\n')));
     }
 
     void everyNameAndLabelReadsBack()

@@ -34,6 +34,19 @@ constexpr Range lettersOfPaul { 44, 57 };
 constexpr Range prophets { 22, 38 };
 constexpr Range newTestament { 39, 65 };
 
+bool isSaint(const QString &word)
+{
+    static const Words saint = words("san santo sn s saint st");
+    return saint.contains(word);
+}
+
+/// No gospel or letter of a saint: Acts, the letters of Paul, which are called after who got them,
+/// and Revelation.
+bool isSaintless(std::int32_t book)
+{
+    return (book >= 43 && book <= lettersOfPaul.last) || book == newTestament.last;
+}
+
 /// Words that may stand before the name of a book, and what they say of it.
 std::optional<Range> leadIn(const QString &word)
 {
@@ -41,36 +54,19 @@ std::optional<Range> leadIn(const QString &word)
         = words("el la los las the de del of a to al segun according libro libros book books "
                 "universal general catolica cf cfr ver vease see leer lee lectura texto cita "
                 "read reading text");
-    static const Words gospel = words("evangelio evangelios gospel");
-    static const Words letter = words("carta cartas epistola epistolas letter epistle");
-    static const Words prophet = words("profeta prophet");
-    static const Words apostle = words("apostol apostle");
-    static const Words saint = words("san santo sn s saint st");
-    const std::pair<const Words *, Range> kinds[] {
-        { &plain, {} },
-        { &gospel, gospels },
-        { &letter, letters },
-        { &prophet, prophets },
-        { &apostle, newTestament },
-        { &saint, newTestament },
+    static const std::pair<Words, Range> kinds[] {
+        { plain, {} },
+        { words("evangelio evangelios gospel"), gospels },
+        { words("carta cartas epistola epistolas letter epistle"), letters },
+        { words("profeta prophet"), prophets },
+        { words("apostol apostle"), newTestament },
     };
     for (const auto &[set, range] : kinds) {
-        if (set->contains(word)) {
+        if (set.contains(word)) {
             return range;
         }
     }
-    return std::nullopt;
-}
-
-bool isSaintless(std::int32_t book)
-{
-    return (book >= 43 && book <= 57) || book == 65; // called after no person, or not by the person
-}
-
-bool isSaint(const QString &word)
-{
-    static const Words saint = words("san santo sn s saint st");
-    return saint.contains(word);
+    return isSaint(word) ? std::optional(newTestament) : std::nullopt;
 }
 
 std::int32_t ordinalWord(const QString &word)
@@ -263,8 +259,7 @@ private:
             return false;
         }
         // "San Pablo a los Romanos": the saint wrote it, the book is not called after him.
-        m_person = m_person && !paul;
-        m_person = m_person || isSaint(word);
+        m_person = isSaint(word) || (m_person && !paul);
         m_range = { std::max(m_range.first, range->first), std::min(m_range.last, range->last) };
         m_at = next;
         return true;

@@ -24,8 +24,8 @@ public:
     /// `stage` must outlive the desk. Begins to load the built-in Bibles in the background.
     VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &stage, Report status);
 
-    /// Shows the verse in the layer; does nothing without such a layer. Throws `Error`, with the
-    /// layer unchanged, for a reference that is not recognised or not in the Bible.
+    /// Shows the verse in the layer; does nothing without such a layer. Throws as
+    /// `bible::VerseLookup::lookupVerse` does, with the layer unchanged.
     void lookupVerse(LayerId layer, const QString &typed, const bible::VerseLookup::Source &source);
 
     /// The front-most verse layer of the scene in PREVIEW, or a new one in front of all others.

@@ -2,6 +2,9 @@
 
 #include "ui/kit/key_field.h"
 
+#include <QApplication>
+#include <QMenu>
+
 namespace nimbara {
 
 VerseControls::VerseControls(BibleDesk &desk,
@@ -18,6 +21,7 @@ VerseControls::VerseControls(BibleDesk &desk,
     const auto tell = [this](const Message &reason) { m_guard.tell(reason); };
     connect(&m_verses, &VerseDesk::failed, this, tell);
     connect(&m_desk, &BibleDesk::failed, this, tell);
+    connect(&m_desk, &BibleDesk::doubtful, this, &VerseControls::offer);
     connect(&m_desk, &BibleDesk::biblesFound, &m_views.bible, &BibleGroup::showBibles);
 }
 
@@ -59,6 +63,22 @@ void VerseControls::showQuickVerse(const QString &typed)
     const LayerId layer = m_verses.quickVerseLayer();
     m_views.editor.select(layer);
     showVerse(layer, typed);
+}
+
+/// Below what the operator pressed Return or the button in. Closing the menu chooses nothing.
+void VerseControls::offer(LayerId layer, const QStringList &offers)
+{
+    auto *menu = new QMenu(&m_views.tab);
+    menu->setObjectName(QLatin1String("verseOffers"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (const QString &reference : offers) {
+        connect(menu->addAction(reference), &QAction::triggered, this, [this, layer, reference] {
+            showVerse(layer, reference);
+        });
+    }
+    const QWidget *pressed = QApplication::focusWidget();
+    const QWidget &place = pressed != nullptr ? *pressed : m_views.tab;
+    menu->popup(place.mapToGlobal(QPoint(0, place.height())));
 }
 
 } // namespace nimbara

@@ -252,6 +252,12 @@ constexpr TextPair pairs[] = {
         "Reference not recognized. Example: John 3:16 or Psalm 23" },
     TextPair { "Biblia incluida no disponible", "Built-in Bible not available" },
     TextPair { "Esa cita no existe en la Biblia", "That reference does not exist in the Bible" },
+    TextPair { "%1 tiene %2 versículos.", "%1 has %2 verses." },
+    TextPair { "%1 tiene %2 capítulos.", "%1 has %2 chapters." },
+    TextPair { "%1 tiene 1 capítulo.", "%1 has 1 chapter." },
+    TextPair { "La cita puede ser: ", "The reference may be: " },
+    TextPair { "La Biblia %1 no está incluida ni es la elegida de API.Bible",
+        "The Bible %1 is neither built in nor the one chosen from API.Bible" },
     TextPair { "Versículo mostrado con RV1909: configura la clave y la Biblia de API.Bible en la "
                "pestaña Traducción IA y Biblia.",
         "Verse shown from RV1909: set the API.Bible key and choose its Bible in the AI translation "

@@ -1,11 +1,14 @@
 #include "bible/api.h"
 
 #include "bible/books.h"
+#include "bible/canon.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QStringList>
 #include <QUrl>
 
+#include <algorithm>
 #include <utility>
 
 namespace bible {
@@ -33,11 +36,9 @@ QString escaped(const QString &part)
     return QString::fromLatin1(QUrl::toPercentEncoding(part));
 }
 
-QString passagePath(const QString &bibleId, const Ref &ref)
+QString passagePath(const QString &bibleId, const QString &passageId, bool numbered)
 {
-    const bool numbered = ref.verseFrom < ref.verseTo;
-    return QStringLiteral("bibles/") + escaped(bibleId) + QStringLiteral("/passages/")
-        + passageId(ref)
+    return QStringLiteral("bibles/") + escaped(bibleId) + QStringLiteral("/passages/") + passageId
         + QStringLiteral("?content-type=text&include-notes=false&include-titles=false"
                          "&include-chapter-numbers=false&include-verse-numbers=")
         + (numbered ? QStringLiteral("true") : QStringLiteral("false"))
@@ -96,6 +97,17 @@ QString passageId(const Ref &ref)
         : verse(ref.verseFrom);
 }
 
+QString passageId(std::int32_t book, const Span &span)
+{
+    if (span.chapterFrom == span.chapterTo) {
+        return passageId(Ref { book, span.chapterFrom, span.verseFrom, span.verseTo });
+    }
+    const std::int32_t first = std::max(span.verseFrom, 1);
+    const std::int32_t last = span.isWhole() ? canonVerses(book, span.chapterTo) : span.verseTo;
+    return passageId(Ref { book, span.chapterFrom, first, first }) + QLatin1Char('-')
+        + passageId(Ref { book, span.chapterTo, last, last });
+}
+
 Api::Api(nimbara::Endpoint endpoint, std::chrono::milliseconds timeout)
     : m_endpoint(std::move(endpoint))
     , m_timeout(timeout)
@@ -116,13 +128,58 @@ void Api::passage(const QString &key, const QString &bibleId, const Ref &ref, Te
         done({}, "Cita no válida");
         return;
     }
+    const bool numbered = ref.verseFrom < ref.verseTo;
+    fetch(key, passagePath(bibleId, passageId(ref), numbered), std::move(done));
+}
+
+/// A passage that is being fetched.
+struct Api::Pieces {
+    QString key;
+    QStringList paths; ///< still to be fetched
+    QStringList texts;
+    TextCallback done;
+};
+
+void Api::passage(const QString &key,
+    const QString &bibleId,
+    const Passage &passage,
+    TextCallback done)
+{
+    const auto pieces = std::make_shared<Pieces>(Pieces { key, {}, {}, std::move(done) });
+    for (const Span &span : passage.spans) {
+        const bool one = span.chapterFrom == span.chapterTo && span.verseFrom == span.verseTo;
+        const bool numbered = !one || (passage.spans.size() > 1 && !span.isWhole());
+        pieces->paths << passagePath(bibleId, passageId(passage.book, span), numbered);
+    }
+    fetchNext(pieces);
+}
+
+void Api::fetchNext(const std::shared_ptr<Pieces> &pieces)
+{
+    if (pieces->paths.isEmpty()) {
+        pieces->done(pieces->texts.join(QLatin1Char(' ')), {});
+        return;
+    }
+    const auto next = [this, pieces](const QString &text, const Message &error) {
+        if (error.isEmpty()) {
+            pieces->texts << text;
+            fetchNext(pieces);
+        } else {
+            pieces->done({}, error);
+        }
+    };
+    fetch(pieces->key, pieces->paths.takeFirst(), next);
+}
+
+void Api::fetch(const QString &key, const QString &path, TextCallback done)
+{
     const auto finish = [done = std::move(done)](const QJsonObject &reply, const Message &error) {
         const QJsonObject data = reply.value(QLatin1String("data")).toObject();
         const QString text = data.value(QLatin1String("content")).toString().simplified();
         const bool missing = error.isEmpty() && text.isEmpty();
         done(text, missing ? Message("API.Bible no devolvió texto para esa cita") : error);
     };
-    apiBibleGet(passagePath(bibleId, ref), key, finish);
+    apiBibleGet(path, key, finish);
 }
 
 void Api::apiBibleGet(const QString &path,

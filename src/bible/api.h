@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/message.h"
-#include "bible/reference.h"
+#include "bible/passage.h"
 #include "net/endpoints.h"
 #include "net/http_client.h"
 
@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 
 namespace bible {
 
@@ -30,6 +31,9 @@ std::int32_t preferredBible(const QList<ListedBible> &bibles);
 /// The service's passage syntax: "JHN.3", "JHN.3.16", "JHN.3.16-JHN.3.18". Empty when the book is
 /// not in the table.
 QString passageId(const Ref &ref);
+
+/// The same for a span, which may go over chapters: "JHN.3.16-JHN.4.2".
+QString passageId(std::int32_t book, const Span &span);
 
 /// Client of the API.Bible web service, for Bibles whose text may not be shipped.
 ///
@@ -52,7 +56,16 @@ public:
     /// Fetches a passage as one line of plain text; a range has its verse numbers.
     void passage(const QString &key, const QString &bibleId, const Ref &ref, TextCallback done);
 
+    /// Fetches the spans of a passage within the canon one after the other, and joins them by
+    /// blanks; the verses of several spans are numbered. The first failure ends it.
+    void
+    passage(const QString &key, const QString &bibleId, const Passage &passage, TextCallback done);
+
 private:
+    struct Pieces;
+
+    void fetchNext(const std::shared_ptr<Pieces> &pieces);
+    void fetch(const QString &key, const QString &path, TextCallback done);
     void apiBibleGet(const QString &path,
         const QString &key,
         std::function<void(const QJsonObject &, const nimbara::Message &error)> done);

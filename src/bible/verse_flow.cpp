@@ -1,7 +1,10 @@
 #include "bible/verse_flow.h"
 
-#include "base/error.h"
 #include "base/i18n.h"
+#include "bible/named_bible.h"
+#include "bible/reader.h"
+
+#include <utility>
 
 namespace bible {
 
@@ -38,6 +41,37 @@ VerseOutcome shown(const QString &text, const QString &label, const QString &sou
     return { VerseUpdate { std::nullopt, text, label + dot() + source }, readyStatus(label) };
 }
 
+Message describeLimit(const Limit &limit, const QString &lang)
+{
+    const auto count = Message::verbatim(QString::number(limit.count));
+    if (limit.chapter > 0) {
+        const Passage chapter { limit.book, { { limit.chapter, 0, limit.chapter, 0 } } };
+        return { "%1 tiene %2 versículos.", { Message::verbatim(label(chapter, lang)), count } };
+    }
+    const auto book = Message::verbatim(bookName(limit.book, lang));
+    return limit.count == 1 ? Message("%1 tiene 1 capítulo.", { book })
+                            : Message("%1 tiene %2 capítulos.", { book, count });
+}
+
+Message describeAbsence(const Limit &limit, const QString &lang)
+{
+    const Message absent = "Esa cita no existe en la Biblia";
+    return limit.book < 0
+        ? absent
+        : absent + Message::verbatim(QStringLiteral(". ")) + describeLimit(limit, lang);
+}
+
+QStringList offersOf(const Reading &reading, const QString &lang)
+{
+    QStringList offers;
+    for (const Passage &passage : reading.passages) {
+        const QString bible
+            = reading.bible.isEmpty() ? QString() : QLatin1Char(' ') + reading.bible;
+        offers << label(passage, lang) + bible;
+    }
+    return offers;
+}
+
 } // namespace
 
 QString bibleChoice(const QString &stored, const QString &target)
@@ -70,43 +104,76 @@ std::optional<QString> translationTarget(const QString &choice)
     return choice.mid(otherPrefix().size());
 }
 
-Ref requireReference(const QString &typed)
+DoubtfulReference::DoubtfulReference(QStringList offers)
+    : Error(Message("La cita puede ser: ") + Message::verbatim(offers.join(dot())))
+    , m_offers(std::move(offers))
 {
-    const Ref ref = parse(typed);
-    if (!ref.usable()) {
-        throw nimbara::Error(QStringLiteral("Cita no reconocida. Ejemplo: Juan 3:16 o Salmos 23"));
-    }
-    return ref;
 }
 
-VerseUpdate builtInVerse(const Bible &bible, const Ref &ref, const QString &lang)
+Asked requireReference(const QString &typed, const QString &lang)
+{
+    const Reading reading = read(typed);
+    switch (reading.status) {
+    case Reading::Status::Found:
+        return { reading.passages.first(), reading.bible };
+    case Reading::Status::Doubtful:
+        throw DoubtfulReference(offersOf(reading, lang));
+    case Reading::Status::Absent:
+        throw nimbara::Error(describeAbsence(reading.limit, lang));
+    case Reading::Status::Unknown:
+        break;
+    }
+    throw nimbara::Error(QStringLiteral("Cita no reconocida. Ejemplo: Juan 3:16 o Salmos 23"));
+}
+
+QString choiceFor(const QString &bible, const QString &choice, const QString &listed)
+{
+    if (bible.isEmpty()) {
+        return choice;
+    }
+    if (bible == QLatin1String("RV1909")) {
+        return spanishCode();
+    }
+    if (bible == QLatin1String("KJV")) {
+        return englishCode();
+    }
+    if (!isListedAs(bible, listed)) {
+        throw nimbara::Error(Message("La Biblia %1 no está incluida ni es la elegida de API.Bible",
+            { Message::verbatim(bible) }));
+    }
+    return QStringLiteral("api");
+}
+
+VerseUpdate builtInVerse(const Bible &bible, const Passage &passage, const QString &lang)
 {
     if (!bible.valid) {
         throw nimbara::Error(QStringLiteral("Biblia incluida no disponible"));
     }
-    const QString text = verseText(bible, ref);
+    const QString text = passageText(bible, passage);
     if (text.isEmpty()) {
         throw nimbara::Error(QStringLiteral("Esa cita no existe en la Biblia"));
     }
-    const QString name = label(ref, lang);
+    const QString name = label(passage, lang);
     return { name, text, name + dot() + bible.name };
 }
 
-VerseOutcome
-passageOutcome(const Ref &ref, const QString &listed, const QString &text, const Message &error)
+VerseOutcome passageOutcome(const Passage &passage,
+    const QString &listed,
+    const QString &text,
+    const Message &error)
 {
     if (!error.isEmpty()) {
         return { std::nullopt, error + Message::verbatim(dot()) + "se mantiene RV1909" };
     }
-    return shown(text, label(ref, spanishCode()), sourceName(listed));
+    return shown(text, label(passage, spanishCode()), sourceName(listed));
 }
 
-VerseOutcome translationOutcome(const Ref &ref, const QString &text, const Message &error)
+VerseOutcome translationOutcome(const Passage &passage, const QString &text, const Message &error)
 {
     if (!error.isEmpty()) {
         return { std::nullopt, error };
     }
-    return shown(text, label(ref, englishCode()), nimbara_i18n::tr("traducción automática"));
+    return shown(text, label(passage, englishCode()), nimbara_i18n::tr("traducción automática"));
 }
 
 Message readyStatus(const QString &label)

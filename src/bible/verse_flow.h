@@ -1,10 +1,12 @@
 #pragma once
 
+#include "base/error.h"
 #include "base/message.h"
 #include "bible/builtin.h"
-#include "bible/reference.h"
+#include "bible/passage.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -31,12 +33,38 @@ struct VerseUpdate {
     bool operator==(const VerseUpdate &) const = default;
 };
 
-/// Reads a typed reference. Throws nimbara::Error when it is not recognised.
-Ref requireReference(const QString &typed);
+/// What the operator typed.
+struct Asked {
+    Passage passage;
+    QString bible; ///< named behind the reference, see `takeBible`; empty when none was
+};
+
+/// A typed reference that may mean several passages, or perhaps one that was not typed.
+class DoubtfulReference : public nimbara::Error {
+public:
+    /// `offers` is not empty.
+    explicit DoubtfulReference(QStringList offers);
+
+    /// What may be meant, each as a reference that can be looked up, "Jueces 3:16".
+    [[nodiscard]] const QStringList &offers() const { return m_offers; }
+
+private:
+    QStringList m_offers;
+};
+
+/// Reads a typed reference. Throws DoubtfulReference when it may mean several passages, and
+/// nimbara::Error when it is not recognised, or when there is no such chapter or verse. What they
+/// name is labelled in `lang`.
+Asked requireReference(const QString &typed, const QString &lang);
+
+/// The choice that shows the Bible that was named, see `Asked`: `choice` itself when none was.
+/// `listed` is the chosen entry of the Bible list, or empty. Throws nimbara::Error when the Bible
+/// is neither built in nor the entry.
+QString choiceFor(const QString &bible, const QString &choice, const QString &listed);
 
 /// The text at once: from a built-in Bible, labelled in `lang`. Throws nimbara::Error when the
 /// Bible is broken or has no such text.
-VerseUpdate builtInVerse(const Bible &bible, const Ref &ref, const QString &lang);
+VerseUpdate builtInVerse(const Bible &bible, const Passage &passage, const QString &lang);
 
 /// What becomes of an online reply: the new contents of the layer, nothing when the built-in text
 /// stays, and the message for the status line.
@@ -49,12 +77,13 @@ struct VerseOutcome {
 
 /// `listed` is the chosen entry of the Bible list, "Reina Valera 1960 (RVR60)", or
 /// empty.
-VerseOutcome passageOutcome(const Ref &ref,
+VerseOutcome passageOutcome(const Passage &passage,
     const QString &listed,
     const QString &text,
     const nimbara::Message &error);
 
-VerseOutcome translationOutcome(const Ref &ref, const QString &text, const nimbara::Message &error);
+VerseOutcome
+translationOutcome(const Passage &passage, const QString &text, const nimbara::Message &error);
 
 /// "Versículo listo: " and the label.
 nimbara::Message readyStatus(const QString &label);

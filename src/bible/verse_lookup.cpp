@@ -20,11 +20,15 @@ VerseLookup::VerseLookup(Api &api, VerseTranslator &translator, QFuture<void> re
 
 void VerseLookup::lookupVerse(LayerId layer, const QString &typed, const Source &source)
 {
-    const Ref ref = requireReference(typed);
+    const Asked asked = requireReference(typed, builtInLanguage(source.choice));
+    Request request { layer, asked.passage, source };
+    request.source.choice = choiceFor(asked.bible,
+        source.choice,
+        source.apiBibleId.isEmpty() ? QString() : source.apiBibleName);
     if (m_ready.isFinished() && m_waiting == 0) {
-        showBuiltIn(layer, ref, source);
+        showBuiltIn(request);
     } else {
-        showWhenReady({ layer, ref, source });
+        showWhenReady(request);
     }
 }
 
@@ -39,7 +43,7 @@ void VerseLookup::showWhenReady(const Request &request)
             return;
         }
         try {
-            showBuiltIn(request.layer, request.ref, request.source);
+            showBuiltIn(request);
         } catch (const nimbara::Error &error) {
             failed(error.message());
         }
@@ -47,12 +51,12 @@ void VerseLookup::showWhenReady(const Request &request)
     watcher->setFuture(m_ready);
 }
 
-void VerseLookup::showBuiltIn(LayerId layer, const Ref &ref, const Source &source)
+void VerseLookup::showBuiltIn(const Request &request)
 {
+    const auto &[layer, passage, source] = request;
     const QString lang = builtInLanguage(source.choice);
     const Bible &bible = lang == QLatin1String("en") ? english() : spanish();
-    const VerseUpdate update = builtInVerse(bible, ref, lang);
-    const Request request { layer, ref, source };
+    const VerseUpdate update = builtInVerse(bible, passage, lang);
     updateLayer(layer, update);
     if (source.choice == QLatin1String("api")) {
         if (source.apiBibleId.isEmpty()) {
@@ -68,7 +72,7 @@ void VerseLookup::showBuiltIn(LayerId layer, const Ref &ref, const Source &sourc
             [this, request, verse = update.text, name = *target](
                 const QString &key) { askTranslation(request, verse, name, key); });
     } else {
-        statusChanged(layer, readyStatus(label(ref, lang)));
+        statusChanged(layer, readyStatus(label(passage, lang)));
     }
 }
 
@@ -95,10 +99,10 @@ void VerseLookup::askApiBible(const Request &request, const QString &key)
     const auto done = [self = QPointer(this), request](const QString &text, const Message &error) {
         if (self) {
             self->finish(request,
-                passageOutcome(request.ref, request.source.apiBibleName, text, error));
+                passageOutcome(request.passage, request.source.apiBibleName, text, error));
         }
     };
-    m_api.passage(key, request.source.apiBibleId, request.ref, done);
+    m_api.passage(key, request.source.apiBibleId, request.passage, done);
 }
 
 void VerseLookup::askTranslation(const Request &request,
@@ -115,7 +119,7 @@ void VerseLookup::askTranslation(const Request &request,
     statusChanged(request.layer, "Traduciendo versículo...");
     const auto done = [self = QPointer(this), request](const QString &text, const Message &error) {
         if (self) {
-            self->finish(request, translationOutcome(request.ref, text, error));
+            self->finish(request, translationOutcome(request.passage, text, error));
         }
     };
     m_translator.translateVerse(key, verse, target, done);

@@ -35,10 +35,10 @@ public:
     /// `ready` is finished once the built-in Bibles are loaded.
     VerseLookup(Api &api, VerseTranslator &translator, QFuture<void> ready = prepare());
 
-    /// Looks `typed` up for the layer. Throws nimbara::Error, with the layer and what is under way
-    /// for it unchanged, when the reference is not recognised, or not in the Bible. While the
-    /// Bibles are still loading, only the first is known at once; the rest follows from the event
-    /// loop.
+    /// Looks `typed` up for the layer, in the Bible that is named behind the reference, if any.
+    /// Throws nimbara::Error, with the layer and what is under way for it unchanged, as
+    /// `requireReference` and `choiceFor` do, and when the Bible has no such text. While the Bibles
+    /// are still loading, the last is not known at once; it follows from the event loop.
     void lookupVerse(LayerId layer, const QString &typed, const Source &source);
 
     /// Gets messages for the status line.
@@ -65,12 +65,12 @@ public:
 private:
     struct Request {
         LayerId layer = 0;
-        Ref ref;
+        Passage passage;
         Source source;
     };
 
     void showWhenReady(const Request &request);
-    void showBuiltIn(LayerId layer, const Ref &ref, const Source &source);
+    void showBuiltIn(const Request &request);
     void askApiBible(const Request &request, const QString &key);
     void askTranslation(const Request &request,
         const QString &verse,

@@ -25,8 +25,12 @@ QUOTED = {
     *"ES EN Sí Yes Esc F ▲ ▼ NimbaraStudio Vesperline.log Portuguese French".split(),
     *["Contraseñas y claves", "Passwords and Keys"],
 }
-# The book table holds its own names in both languages; a style sheet is not read by operators.
-WHOLE_FILES = {"base/text_table.cpp", "bible/books.cpp", "ui/kit/style.cpp"}
+# The book table holds its own names in both languages; what operators type and a style sheet are not
+# shown to them.
+WHOLE_FILES = {
+    *["base/text_table.cpp", "bible/books.cpp", "ui/kit/style.cpp"],
+    *[f"bible/{file}.cpp" for file in "book_forms book_names named_bible reference_tokens".split()],
+}
 
 TOKEN = re.compile(
     r"""(?P<comment>//[^\n]*|/\*.*?\*/)|(?P<include>\#include[^\n]*)|'(?:\\.|[^'\\\n])+'"""

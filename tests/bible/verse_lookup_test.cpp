@@ -167,6 +167,77 @@ private Q_SLOTS:
         }
     }
 
+    void spansComeOneAfterTheOther()
+    {
+        Desk desk(m_peer.endpoint());
+        for (const int status : { 200, 500 }) {
+            init();
+            desk.ask(u"Juan 3:16,18; 4:54-5:2"_s, online);
+            QStringList asked;
+            for (const char *text : { "[16] a", "[18] b", "[54] c" }) {
+                QTRY_COMPARE(requests(), asked.size() + 1);
+                const QString path = field(m_peer.of("request").back(), "path");
+                asked << path.section(u'/', -1).section(u'?', 0, 0);
+                QVERIFY(path.contains(u"verse-numbers=true"));
+                reply(static_cast<std::size_t>(asked.size()) - 1,
+                    passage(text),
+                    asked.size() == 2 ? status : 200);
+                if (asked.size() == 2 && status != 200) {
+                    break; // what comes behind it is not asked for
+                }
+            }
+            QTRY_VERIFY(desk.said.last() != u"Consultando API.Bible..."_s);
+            QCOMPARE(asked.first() + asked.at(1), u"JHN.3.16JHN.3.18"_s);
+            QVERIFY(status != 200 || asked.last() == u"JHN.4.54-JHN.5.2"_s);
+            QVERIFY(status != 200 || desk.layers[1].text == u"[16] a [18] b [54] c"_s);
+            QCOMPARE(desk.said.last(),
+                status == 200 ? u"Versículo listo: Juan 3:16,18; 4:54-5:2"_s
+                              : u"API.Bible: sin respuesta (HTTP 500) · se mantiene RV1909"_s);
+        }
+    }
+
+    void namedBibles()
+    {
+        Desk desk(m_peer.endpoint());
+        desk.ask(u"Juan 3:16 KJV"_s, spanish);
+        QCOMPARE(desk.layers[1].reference, u"John 3:16 · King James Version"_s);
+        desk.ask(u"John 3:16 RVR"_s, u"en"_s);
+        QCOMPARE(desk.layers[1].reference, u"Juan 3:16 · Reina-Valera 1909"_s);
+        desk.ask(u"Juan 3:16 (RVR60)"_s, spanish);
+        QCOMPARE(desk.said.last(), u"Consultando API.Bible..."_s);
+        QCOMPARE(errorOf([&] { desk.ask(u"Juan 3:16 NVI"_s, spanish); }),
+            u"La Biblia NVI no está incluida ni es la elegida de API.Bible"_s);
+        desk.bibleId.clear();
+        QVERIFY_EXCEPTION_THROWN(desk.ask(u"Juan 3:16 RVR60"_s, spanish), nimbara::Error);
+    }
+
+    void refusalsTellWhatThereIs()
+    {
+        const Desk desk(m_peer.endpoint());
+        for (const auto &[typed, choice, wanted] :
+            { std::tuple { "Juan", "es", "Cita no reconocida. Ejemplo: Juan 3:16 o Salmos 23" },
+                { "Juan 3:99",
+                    "es",
+                    "Esa cita no existe en la Biblia. Juan 3 tiene 36 versículos." },
+                { "Juan 22", "en", "Esa cita no existe en la Biblia. John tiene 21 capítulos." },
+                { "Judas 2:1", "es", "Esa cita no existe en la Biblia. Judas tiene 1 capítulo." },
+                { "ju 99", "es", "Esa cita no existe en la Biblia" },
+                { "ju 3:16", "es", "La cita puede ser: Jueces 3:16 · Juan 3:16" },
+                { "ju 3:16 kjv", "en", "La cita puede ser: Judges 3:16 KJV · John 3:16 KJV" } }) {
+            QCOMPARE(errorOf([&, text = QString::fromUtf8(typed), from = QLatin1String(choice)] {
+                desk.ask(text, from);
+            }),
+                QString::fromUtf8(wanted));
+        }
+        try {
+            desk.ask(u"ju 3:16 kjv"_s, spanish);
+            QFAIL("a doubt was not told");
+        } catch (const bible::DoubtfulReference &doubt) {
+            desk.ask(doubt.offers().at(1), spanish);
+            QCOMPARE(desk.layers.at(1).reference, u"John 3:16 · King James Version"_s);
+        }
+    }
+
     void unreachable()
     {
         nimbara::Endpoint closed = m_peer.endpoint();
@@ -313,7 +384,7 @@ private Q_SLOTS:
         QVERIFY(desk.said.last().startsWith(u"Versículo mostrado con RV1909: configura la clave"));
 
         QCOMPARE(errorOf([] {
-            return bible::builtInVerse({}, { 42, 3, 16, 16 }, spanish);
+            return bible::builtInVerse({}, { 42, { { 3, 16, 3, 16 } } }, spanish);
         }),
             u"Biblia incluida no disponible"_s);
     }
@@ -354,7 +425,7 @@ private Q_SLOTS:
         Desk desk(m_peer.endpoint(), 15s, loading.future());
         QVERIFY_EXCEPTION_THROWN(desk.ask(u"xyz 1"_s, spanish), nimbara::Error);
         desk.ask(john, spanish, 1);
-        desk.ask(u"Judas 2:1"_s, spanish, 2);
+        desk.ask(u"Jonás 1:17"_s, spanish, 2);
         desk.ask(john, spanish, 3);
         desk.ask(john, u"en"_s, 1); // follows the first
         desk.gone.insert(3);

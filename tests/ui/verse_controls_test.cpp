@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QListWidget>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QScrollArea>
 
@@ -109,9 +110,30 @@ private Q_SLOTS:
         QCOMPARE(before.name, u"Rut 1:1"_s);
         desk.type("quickVerse", u"Judas 2:1"_s);
         QVERIFY(desk.layers().back() == before);
-        QCOMPARE(desk.status(), u"Esa cita no existe en la Biblia"_s);
+        QCOMPARE(desk.status(), u"Esa cita no existe en la Biblia. Judas tiene 1 capítulo."_s);
         QCOMPARE(desk.dialogs->asked.last(), u"Ardenvale Vesperline: "_s + desk.status());
         QCOMPARE(m_peer.count("request"), 0);
+    }
+
+    void whatMayBeMeantIsPicked()
+    {
+        VerseDeskWindow desk(m_peer);
+        for (const auto &[field, place, shown] : { std::tuple { "quickVerse", 1, "Juan 3:16" },
+                 { "verseReference", 0, "Jueces 3:16" } }) {
+            desk.type(field, u"ju 3:16 rvr"_s);
+            const Layer before = desk.layers().back();
+            QCOMPARE(desk.status(), u"La cita puede ser: Jueces 3:16 RV1909 · Juan 3:16 RV1909"_s);
+            auto *offers = desk.find<QMenu>("verseOffers");
+            QTest::keyClick(offers, Qt::Key_Escape);
+            QVERIFY(desk.layers().back() == before);
+            desk.type(field, u"ju 3:16 rvr"_s);
+            offers = desk.window.findChildren<QMenu *>(u"verseOffers"_s).last();
+            QVERIFY(offers->isVisible());
+            offers->actions().at(place)->trigger();
+            QCOMPARE(desk.layers().back().name, QLatin1String(shown));
+            offers->close();
+        }
+        QVERIFY(desk.dialogs->asked.isEmpty());
     }
 
     void listsBiblesAndTakesTheirText()

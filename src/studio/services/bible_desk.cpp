@@ -52,12 +52,17 @@ void BibleDesk::chooseOnline(const bible::ListedBible &bible)
 void BibleDesk::lookUp(LayerId layer, const QString &typed)
 {
     const bible::ListedBible listed = online();
-    m_surroundings.verses.lookupVerse(layer,
-        typed,
-        { bible::bibleChoice(QLatin1String(words.at(static_cast<std::size_t>(choice()))),
-              m_surroundings.translation.target()),
-            listed.id,
-            listed.text });
+    const QLatin1String stored(words.at(static_cast<std::size_t>(choice())));
+    const bible::VerseLookup::Source source { bible::bibleChoice(stored,
+                                                  m_surroundings.translation.target()),
+        listed.id,
+        listed.text };
+    try {
+        m_surroundings.verses.lookupVerse(layer, typed, source);
+    } catch (const bible::DoubtfulReference &doubt) {
+        Q_EMIT said(doubt.message());
+        Q_EMIT doubtful(layer, doubt.offers());
+    }
 }
 
 void BibleDesk::findBibles()

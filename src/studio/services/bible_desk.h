@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QSettings>
 #include <QString>
+#include <QStringList>
 
 namespace nimbara {
 
@@ -38,7 +39,8 @@ public:
     [[nodiscard]] bible::ListedBible online() const;
     void chooseOnline(const bible::ListedBible &bible);
 
-    /// Shows the verse in the layer; see `VerseDesk::lookupVerse`.
+    /// Shows the verse in the layer; see `VerseDesk::lookupVerse`. A reference that may mean
+    /// several passages shows nothing: it is `doubtful`.
     void lookUp(LayerId layer, const QString &typed);
 
     /// Lists the Spanish Bibles that the key may read, and keeps the key.
@@ -48,6 +50,8 @@ Q_SIGNALS:
     /// `preferred`: the place of the one to choose; -1 in an empty list.
     void biblesFound(const QList<bible::ListedBible> &bibles, int preferred);
     void failed(const nimbara::Message &reason);
+    /// `offers`: what may be meant, each a reference to look up, "Jueces 3:16".
+    void doubtful(nimbara::LayerId layer, const QStringList &offers);
     /// One line for the operator.
     void said(const nimbara::Message &text);
 

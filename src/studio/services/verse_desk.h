@@ -25,8 +25,8 @@ public:
     VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &stage, Report status);
 
     /// Shows the verse in the layer; does nothing without such a layer. One of `quickVerseLayer` is
-    /// put into its scene with its verse, in one step. Throws `Error`, with the
-    /// layer unchanged, for a reference that is not recognised or not in the Bible.
+    /// put into its scene with its verse, in one step. Throws as `bible::VerseLookup::lookupVerse`
+    /// does, with the layer unchanged.
     void lookupVerse(LayerId layer, const QString &typed, const bible::VerseLookup::Source &source);
 
     /// The front-most verse layer of the scene in PREVIEW, or a new one that will be in front of

@@ -2,6 +2,9 @@
 
 #include "ui/kit/key_field.h"
 
+#include <QApplication>
+#include <QMenu>
+
 namespace nimbara {
 
 VerseControls::VerseControls(BibleDesk &desk,
@@ -19,6 +22,7 @@ VerseControls::VerseControls(BibleDesk &desk,
     connect(&m_verses, &VerseDesk::failed, this, tell);
     connect(&m_verses, &VerseDesk::quickVerseAdded, &m_views.editor, &SceneEditor::offer);
     connect(&m_desk, &BibleDesk::failed, this, tell);
+    connect(&m_desk, &BibleDesk::doubtful, this, &VerseControls::offer);
     connect(&m_desk, &BibleDesk::biblesFound, &m_views.bible, &BibleGroup::showBibles);
 }
 
@@ -63,6 +67,22 @@ void VerseControls::showQuickVerse(const QString &typed)
     if (m_verses.hasLayer(layer)) {
         m_views.editor.select(layer);
     }
+}
+
+/// Below what the operator pressed Return or the button in. Closing the menu chooses nothing.
+void VerseControls::offer(LayerId layer, const QStringList &offers)
+{
+    auto *menu = new QMenu(&m_views.tab);
+    menu->setObjectName(QLatin1String("verseOffers"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (const QString &reference : offers) {
+        connect(menu->addAction(reference), &QAction::triggered, this, [this, layer, reference] {
+            showVerse(layer, reference);
+        });
+    }
+    const QWidget *pressed = QApplication::focusWidget();
+    const QWidget &place = pressed != nullptr ? *pressed : m_views.tab;
+    menu->popup(place.mapToGlobal(QPoint(0, place.height())));
 }
 
 } // namespace nimbara

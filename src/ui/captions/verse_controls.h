@@ -29,6 +29,7 @@ private:
     void connectViews();
     void showVerse(LayerId layer, const QString &typed);
     void showQuickVerse(const QString &typed);
+    void offer(LayerId layer, const QStringList &offers);
 
     BibleDesk &m_desk;
     VerseDesk &m_verses;

@@ -1,0 +1,176 @@
+#include "bible/book_forms.h"
+
+#include "bible/books.h"
+#include "bible/reference.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+
+namespace bible {
+
+namespace {
+
+struct Forms {
+    std::int32_t book;
+    const char *names; ///< as in `Book::aliases`, of a numbered book without the number
+};
+
+// clang-format off
+/// What churches write besides the table of books, and how they often misspell it. A numbered book
+/// stands for all of its name.
+constexpr auto moreForms = std::to_array<Forms>({
+    { 0, "ge|gns|gene|genecis" },
+    { 1, "exod|exd|exodus" },
+    { 2, "lev|le|leviticus|levi" },
+    { 3, "nu|nb|numb|nums|numero|numbers" },
+    { 4, "deu|dtr|deuteronomy|deuteronimio" },
+    { 5, "josh|jsh" },
+    { 6, "jdgs|jgs|judg|juec|jueses|jc" },
+    { 7, "ru|rth" },
+    { 8, "s|sm|sam|saml" },
+    { 10, "r|re|rey|rs|k|ki|kgs|kin|king|rg|rgs" },
+    { 12, "cr|cro|cron|ch|chr|chro|chron|cro|par|paralipomenos" },
+    { 14, "esdr" },
+    { 15, "nehem" },
+    { 16, "esth|estr" },
+    { 17, "jb" },
+    { 18, "salm|slm|sl|psm|pss|pslm|psal|libro de los salmos" },
+    { 19, "pro|prv|pv|proverbio|proverb|proverbios de salomon" },
+    { 20, "ecc|eccl|eccles|qo|qoh|qohelet|predicador|eclesiastes o predicador" },
+    { 21, "ct|cnt|cantar|cantares de salomon|el cantar de los cantares|cantico de los canticos"
+          "|song of songs|song of sol|songs|sng|sg|sos|canticles|canticle of canticles" },
+    { 22, "isai|isaia|ysaias" },
+    { 23, "jr|jerem|jere" },
+    { 24, "lam|lament|lamentacion|lamentaciones de jeremias|lamentations of jeremiah" },
+    { 25, "ezek|ezk|ezeq|esequiel" },
+    { 26, "dnl|danl" },
+    { 27, "ho" },
+    { 28, "joe" },
+    { 30, "ab|ob|obad" },
+    { 31, "jnh|jns" },
+    { 32, "mq|mch" },
+    { 33, "na" },
+    { 34, "hb|haba|habacuq|habakuk|habacuk" },
+    { 35, "sf|zp|zeph|sofo" },
+    { 36, "hg|ag|ageo" },
+    { 37, "za|zc|zech|zacharias|zacarias" },
+    { 38, "ml|mlq|malaq" },
+    { 39, "matt|mateos|mattew|mathew|matheo" },
+    { 40, "mrk|mrc|marc|marco" },
+    { 41, "luk|lucs" },
+    { 42, "jhn|joh|jn|jua" },
+    { 43, "hc|hechs|hechos de los apostoles|hechos apostoles|los hechos de los apostoles|ac|acts of the apostles"
+          "|acts of apostles" },
+    { 44, "rm|rmns|roman|romano" },
+    { 45, "co|cor|corinthian|corint|corinto|corintio" },
+    { 47, "gl|gala" },
+    { 48, "efe|efes|ephes|efecios|ephesian" },
+    { 49, "phil|fp|filip|filp|filipences|phillipians|philipians|phillippians" },
+    { 50, "cl|colos|coloss|colocenses|colossenses" },
+    { 51, "t|ts|te|th|tes|tess|thes|thess|tesal|tesalonisenses|tesalonicences|thessalonian|thesalonians" },
+    { 53, "t|tm|ti|tim|timo|timot" },
+    { 55, "tt" },
+    { 56, "film|phlm|philem|phlmn" },
+    { 57, "hb|hbr|hebr|ebreos|hebreo|hebrew" },
+    { 58, "st|snt|sgo|sant|jm|jam|jms" },
+    { 59, "p|pe|pt|ped|pdr|pet|ptr" },
+    { 61, "j|jn|jua|jo|joh|jhn" },
+    { 64, "jd|jds" },
+    { 65, "apo|apc|apoca|apocal|rv|revelations|revelacion|apocalipcis|apocalypse|apocalipsis de juan"
+          "|apocalipsis de san juan|revelation of john|revelation to john|revelation of st john"
+          "|revelation of saint john" },
+    { 49, "phl" }, // in use for both letters
+    { 56, "phl" },
+});
+// clang-format on
+
+struct Names {
+    QString stem; ///< what is common to the numbered books of a name; else empty
+    std::int32_t ordinal = 0;
+    QStringList forms;
+};
+
+QString text(std::string_view utf8)
+{
+    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+Names tableNames(const Book &book)
+{
+    Names names;
+    const QString spanish = normalize(text(book.nameEs));
+    names.forms = text(book.aliases).split(QLatin1Char('|'))
+        << spanish << normalize(text(book.nameEn)) << normalize(text(book.code));
+    if (spanish.at(0).isDigit()) {
+        names.ordinal = spanish.at(0).digitValue();
+        names.stem = spanish.mid(2);
+        for (QString &form : names.forms) {
+            form = form.mid(1).trimmed();
+        }
+    }
+    return names;
+}
+
+std::array<Names, books.size()> makeNames()
+{
+    std::array<Names, books.size()> all;
+    for (std::size_t i = 0; i < books.size(); ++i) {
+        all.at(i) = tableNames(books.at(i));
+    }
+    for (const Forms &more : moreForms) {
+        const QStringList forms = QString::fromLatin1(more.names).split(QLatin1Char('|'));
+        const QString stem = all.at(static_cast<std::size_t>(more.book)).stem;
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            const bool same = stem.isEmpty() ? i == static_cast<std::size_t>(more.book)
+                                             : all.at(i).stem == stem;
+            if (same) {
+                all.at(i).forms << forms;
+            }
+        }
+    }
+    return all;
+}
+
+const std::array<Names, books.size()> &allNames()
+{
+    static const auto names = makeNames();
+    return names;
+}
+
+template <typename Matches>
+QList<std::int32_t> booksWhere(std::int32_t ordinal, bool numberless, Matches matches)
+{
+    // "Juan" alone is the gospel, never one of the letters.
+    static const QString letters = allNames().at(61).stem;
+    QList<std::int32_t> found;
+    for (std::size_t i = 0; i < books.size(); ++i) {
+        const Names &names = allNames().at(i);
+        const bool open = numberless && ordinal == 0 && names.stem != letters;
+        if ((names.ordinal == ordinal || open)
+            && std::any_of(names.forms.begin(), names.forms.end(), matches)) {
+            found.append(static_cast<std::int32_t>(i));
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+QList<std::int32_t> booksNamed(const QString &name, std::int32_t ordinal)
+{
+    return booksWhere(ordinal, false, [&name](const QString &form) { return form == name; });
+}
+
+QList<std::int32_t> booksBeginning(const QString &name, std::int32_t ordinal)
+{
+    if (name.isEmpty() || (ordinal == 0 && name.size() < 2)) {
+        return {};
+    }
+    return booksWhere(ordinal, true, [&name](const QString &form) {
+        return form.startsWith(name);
+    });
+}
+
+} // namespace bible

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <cstdint>
+
+namespace bible {
+
+/// The books that `name` means: normalised words, without the number of a numbered book, which is
+/// `ordinal`, or 0. Those that have it as a name or an abbreviation.
+QList<std::int32_t> booksNamed(const QString &name, std::int32_t ordinal);
+
+/// The books with a name or an abbreviation that begins with `name`. Without a number, "corintios"
+/// begins both letters.
+QList<std::int32_t> booksBeginning(const QString &name, std::int32_t ordinal);
+
+} // namespace bible

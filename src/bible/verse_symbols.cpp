@@ -1,0 +1,189 @@
+#include "bible/verse_symbols.h"
+
+#include "bible/book_names.h"
+
+#include <utility>
+
+namespace bible {
+
+namespace {
+
+using Kind = Symbol::Kind;
+
+std::optional<Kind> signKind(const Token &token)
+{
+    switch (token.text.at(0).unicode()) {
+    case ':':
+        return Kind::Colon;
+    case '.':
+        return Kind::Point;
+    case ',':
+        return Kind::Comma;
+    case ';':
+        return Kind::Semicolon;
+    case '&':
+        return Kind::And;
+    case '-':
+        return Kind::To;
+    default:
+        return std::nullopt;
+    }
+}
+
+/// Words that mean the same wherever they stand.
+std::optional<Kind> plainKind(const QString &word)
+{
+    static constexpr std::pair<const char *, Kind> kinds[] {
+        { "y", Kind::And },
+        { "e", Kind::And },
+        { "and", Kind::And },
+        { "a", Kind::To },
+        { "al", Kind::To },
+        { "to", Kind::To },
+        { "hasta", Kind::To },
+        { "through", Kind::To },
+        { "thru", Kind::To },
+        { "until", Kind::To },
+        { "s", Kind::Next },
+        { "f", Kind::Next },
+        { "siguiente", Kind::Next },
+        { "ss", Kind::NextAll },
+        { "ff", Kind::NextAll },
+        { "sgs", Kind::NextAll },
+        { "sigs", Kind::NextAll },
+        { "sgtes", Kind::NextAll },
+        { "siguientes", Kind::NextAll },
+        { "following", Kind::NextAll },
+        { "onward", Kind::NextAll },
+        { "onwards", Kind::NextAll },
+        { "adelante", Kind::NextAll },
+    };
+    for (const auto &[each, kind] : kinds) {
+        if (word == QLatin1String(each)) {
+            return kind;
+        }
+    }
+    return std::nullopt;
+}
+
+/// Turns tokens into symbols, one by one.
+class Converter {
+public:
+    Converter(const QList<Token> &tokens, qsizetype begin)
+        : m_tokens(tokens)
+        , m_at(begin)
+    {
+    }
+
+    std::optional<QList<Symbol>> convert()
+    {
+        for (; m_at < m_tokens.size(); ++m_at) {
+            const Token &token = m_tokens.at(m_at);
+            if (token.isNumber()) {
+                m_symbols.append({ Kind::Number, token.value, token.glued });
+            } else if (!(token.isWord() ? addWord(token) : addSign(token))) {
+                return std::nullopt;
+            }
+        }
+        return m_symbols;
+    }
+
+private:
+    [[nodiscard]] bool isLast(Kind kind) const
+    {
+        return !m_symbols.isEmpty() && m_symbols.last().kind == kind;
+    }
+    [[nodiscard]] const Token *next() const
+    {
+        return m_at + 1 < m_tokens.size() ? &m_tokens.at(m_at + 1) : nullptr;
+    }
+    [[nodiscard]] bool isNumberNext() const { return next() != nullptr && next()->isNumber(); }
+
+    bool add(Kind kind)
+    {
+        m_symbols.append({ kind, 0, m_tokens.at(m_at).glued });
+        return true;
+    }
+
+    bool addSign(const Token &token)
+    {
+        const bool stop = token.isSign('.')
+            && (isLast(Kind::Chapter) || isLast(Kind::Verse) || isLast(Kind::Next)
+                || isLast(Kind::NextAll));
+        if (stop) {
+            return true; // the full stop of an abbreviation
+        }
+        const auto kind = signKind(token);
+        return kind && add(*kind);
+    }
+
+    bool addWord(const Token &token)
+    {
+        const QString &word = token.text;
+        const bool behindNumber = token.glued && isLast(Kind::Number);
+        if (behindNumber && word.size() == 1 && word >= QLatin1String("a")
+            && word <= QLatin1String("e") && !isNumberNext()) {
+            return add(Kind::Part);
+        }
+        if (isChapterWord(word)) {
+            return add(Kind::Chapter);
+        }
+        if (isVerseWord(word)) {
+            return add(Kind::Verse);
+        }
+        if (const auto kind = plainKind(word)) {
+            return addPlain(*kind, word);
+        }
+        return (word == QLatin1String("en") && next() != nullptr
+                   && next()->text == QLatin1String("adelante"))
+            || (isFiller(word) && addFiller(word));
+    }
+
+    bool addPlain(Kind kind, const QString &word)
+    {
+        const bool follows = kind == Kind::Next || kind == Kind::NextAll;
+        if (follows && isLast(Kind::And)) {
+            m_symbols.removeLast(); // "y siguientes"
+        }
+        if (follows && !isLast(Kind::Number) && !isLast(Kind::Part)) {
+            return false;
+        }
+        if (word == QLatin1String("adelante")
+            && m_tokens.at(m_at - 1).text != QLatin1String("en")) {
+            return false;
+        }
+        return add(kind);
+    }
+
+    /// "del" before verses begins them; an article beside words of the list says nothing.
+    bool addFiller(const QString &word)
+    {
+        const bool begins = word == QLatin1String("del") || word == QLatin1String("de")
+            || word == QLatin1String("desde") || word == QLatin1String("from");
+        if (next() == nullptr) {
+            return false;
+        }
+        const bool beforeWord = next()->isWord()
+            && (isFiller(next()->text) || isChapterWord(next()->text) || isVerseWord(next()->text));
+        if (beforeWord || (isNumberNext() && (isLast(Kind::Verse) || isLast(Kind::Chapter)))) {
+            return true;
+        }
+        if (begins && isNumberNext() && (isLast(Kind::Number) || isLast(Kind::Comma))) {
+            return add(Kind::Verse);
+        }
+        return isNumberNext() && (isLast(Kind::To) || isLast(Kind::And));
+    }
+
+    const QList<Token> &m_tokens;
+    qsizetype m_at;
+    QList<Symbol> m_symbols;
+};
+
+} // namespace
+
+std::optional<QList<Symbol>> symbols(const QList<Token> &tokens, qsizetype begin)
+{
+    return Converter(tokens, begin).convert();
+}
+
+} // namespace bible

@@ -71,6 +71,13 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
     m_verses.setKeys([this](const auto &receiver) { m_bibles.key().withKey(receiver); },
         [this](const auto &receiver) { m_translation.key().withKey(receiver); });
+    const auto callOffTakes = [this] {
+        for (const SceneSet set : bothSets) {
+            m_program.callOff(set); // it was of the project before
+        }
+    };
+    connect(&m_projects, &ProjectDesk::opened, this, callOffTakes);
+    connect(&m_projects, &ProjectDesk::recovered, this, callOffTakes);
     connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
     connect(&m_streams, &StreamDesk::said, this, &Studio::status);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);

@@ -5,6 +5,8 @@
 #include "document/profile.h"
 #include "studio/edit/document.h"
 
+#include <cstdint>
+
 namespace nimbara {
 
 /// What stands on the operator's desk: the project being prepared, what is on air, and the captions
@@ -13,6 +15,7 @@ struct Stage {
     Document document;
     ProgramState program;
     Captions captions;
+    std::uint64_t sent = 0; ///< how often the operator sent a scene, or black, to a program
 
     explicit Stage(const Clock &clock)
         : document(clock)

@@ -30,6 +30,7 @@ void ProgramControl::setEditSet(std::int32_t index)
 
 void ProgramControl::take()
 {
+    ++m_stage.sent;
     const SceneSet set = m_stage.document.editing();
     std::optional<PendingTake> &take = pending(set);
     take.reset();
@@ -86,6 +87,7 @@ void ProgramControl::goOnAir(PendingTake &take)
 
 void ProgramControl::offAir()
 {
+    ++m_stage.sent;
     callOff(m_stage.document.editing());
     if (m_stage.document.editingHall()) {
         m_stage.program.offAirHall();

@@ -101,7 +101,7 @@ void ProjectDesk::takeOverOpened()
 
 ProjectDesk::Before ProjectDesk::now() const
 {
-    return { m_stage.document.project(), m_stage.program.streams(), m_stage.program.hall() };
+    return { m_stage.document.project(), m_stage.sent };
 }
 
 void ProjectDesk::poll()

@@ -91,8 +91,7 @@ private:
     /// What the desk looked like when a project was asked for.
     struct Before {
         Project project;
-        ScenePtr streams;
-        ScenePtr hall;
+        std::uint64_t sent = 0; ///< to the programs
         bool operator==(const Before &) const = default;
     };
     [[nodiscard]] Before now() const;

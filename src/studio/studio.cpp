@@ -51,7 +51,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_streams(clock, m_outputs, m_stage, m_secrets)
     , m_projects(
           m_factory,
-          m_outputs,
+          [this] { return hasOutputs(); },
           m_stage,
           m_onAir,
           m_sources,
@@ -116,7 +116,7 @@ void Studio::readInputs()
 
 void Studio::changeProfile(StreamProfile profile)
 {
-    if (!m_outputs.any()) {
+    if (!hasOutputs()) {
         m_program.callOff(SceneSet::Streams);
         nimbara::changeProfile(profile,
             m_factory,
@@ -149,7 +149,7 @@ Pictures Studio::composePictures(std::int64_t now)
 void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
 {
     const ProgramBlock block = m_programAudio.next(m_onAir.streams, m_audio);
-    m_wakeLock.setHeld(m_hallShown || m_outputs.any());
+    m_wakeLock.setHeld(m_hallShown || hasOutputs());
     if (!m_outputs.any()) {
         return;
     }
@@ -178,7 +178,7 @@ void Studio::tellStopped(const Outputs::Stopped &stopped)
 void Studio::setHallShown(bool shown)
 {
     m_hallShown = shown;
-    m_wakeLock.setHeld(m_hallShown || m_outputs.any());
+    m_wakeLock.setHeld(m_hallShown || hasOutputs());
 }
 
 } // namespace nimbara

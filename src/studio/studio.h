@@ -85,6 +85,12 @@ public:
     /// Changes the shape of the streams (`nimbara::changeProfile`). Does nothing while an output
     /// runs.
     void changeProfile(StreamProfile profile);
+    /// An output runs, or is lost and tried again: profile, project and language must stay as they
+    /// are.
+    [[nodiscard]] bool hasOutputs() const
+    {
+        return m_outputs.any() || m_streams.isAnyReconnecting();
+    }
     /// The congregation sees the hall program: the desktop must not sleep.
     void setHallShown(bool shown);
     /// Before the program ends, after the last tick: calls off what waits for a key, ends the

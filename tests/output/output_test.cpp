@@ -131,6 +131,64 @@ private Q_SLOTS:
         }
     }
 
+    /// One that joins begins with a key frame at 0; one that has ended feeds nobody any more.
+    void anEncoderIsSharedUntilItEnds()
+    {
+        EncoderPool pool;
+        ProgramFeed feed(small);
+        std::vector<std::unique_ptr<Output>> outputs;
+        const auto record = [&](const char *name) {
+            outputs.push_back(std::make_unique<Output>(small.width,
+                small.height,
+                false,
+                m_dir.filePath(QLatin1String(name)),
+                outputBitrate,
+                &pool));
+        };
+        const auto run = [&](int ticks) {
+            for (int i = 0; i < ticks; ++i) {
+                std::ranges::for_each(outputs,
+                    [tick = feed.next()](const auto &each) { push(*each, tick); });
+                QVERIFY(feed.wait());
+            }
+        };
+        record("first.mkv");
+        QTRY_VERIFY(outputs[0]->ready());
+        run(30);
+        record("second.mkv");
+        QVERIFY(!outputs[1]->ready()); // no key frame yet
+        run(90);
+        QVERIFY(outputs[1]->ready());
+        const auto completed = [&](std::size_t place) {
+            const auto ended
+                = [&] { return outputs[place]->pollOutput(), outputs[place]->finished(); };
+            return QTest::qWaitFor(ended, 60'000);
+        };
+        outputs[0]->finish();
+        QVERIFY(completed(0));
+        outputs.erase(outputs.begin());
+        run(30);
+        outputs[0]->finish();
+        record("third.mkv"); // while the other is being completed
+        QTRY_VERIFY(outputs[1]->ready());
+        run(30);
+        outputs[1]->finish();
+        QVERIFY(completed(0) && completed(1));
+        for (const auto &[name, least, most] : { std::tuple { "first.mkv", 115U, 120U },
+                 { "second.mkv", 60U, 119U },
+                 { "third.mkv", 30U, 30U } }) {
+            const RowName named(name);
+            const Probe found = probe(m_dir.filePath(QLatin1String(name)));
+            QCOMPARE(found.video, u"h264 160x90"_s);
+            QCOMPARE(found.audio, u"aac 48000 2"_s);
+            QVERIFY2(found.videoTimes.size() >= least && found.videoTimes.size() <= most,
+                qPrintable(QString::number(found.videoTimes.size())));
+            QVERIFY(found.videoTimes.front() < 0.04 && found.keyTimes.front() < 0.04);
+            QVERIFY(std::abs(found.audioTimes.back() - found.videoTimes.back()) < 0.1);
+            QCOMPARE(decodeErrors(m_dir.filePath(QLatin1String(name))), QByteArray());
+        }
+    }
+
     void aFullDiskStopsIt()
     {
         Output output(small.width, small.height, false, u"/dev/full"_s, outputBitrate);

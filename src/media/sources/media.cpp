@@ -263,7 +263,6 @@ void Media::takePicture(SampleRef sample, std::int64_t now)
     m_lastFrameTime = now;
     if (m_frameCount == 0) {
         describeFirstPicture(sample);
-        m_hasKnownEnd = m_isFile || isClip(m_parts.pipeline.element());
     }
     readAlpha();
     m_sample = std::move(sample);
@@ -339,6 +338,7 @@ void Media::end()
 {
     m_ended = true;
     if (m_isNetwork) {
+        m_hasKnownEnd = isClip(m_parts.pipeline.element());
         m_message = m_hasKnownEnd ? "El video de red terminó."
                                   : "La fuente de red terminó; se vuelve a abrir.";
     }

@@ -18,15 +18,6 @@ constexpr std::int32_t minBitrate = 500'000;
 constexpr std::int32_t maxBitrate = 20'000'000;
 constexpr guint64 inputMaxTime = 500'000'000; // ns
 
-void checkProfile(const EncoderProfile &profile)
-{
-    const auto valid = [](std::int32_t side) { return side >= 1 && side <= maxSide; };
-    if (!valid(profile.width) || !valid(profile.height) || profile.bitrate < minBitrate
-        || profile.bitrate > maxBitrate) {
-        throw Error(QStringLiteral("Perfil de salida invalido"));
-    }
-}
-
 /// When the input is full the oldest data goes: pushing never waits.
 GstElement *makeLeakyInput(const PipelineParts &parts, const CapsRef &caps, guint64 maxBuffers)
 {
@@ -103,6 +94,15 @@ void makeAudio(const PipelineParts &parts, const EncoderProfile &profile, Encode
 }
 
 } // namespace
+
+void checkProfile(const EncoderProfile &profile)
+{
+    const auto valid = [](std::int32_t side) { return side >= 1 && side <= maxSide; };
+    if (!valid(profile.width) || !valid(profile.height) || profile.bitrate < minBitrate
+        || profile.bitrate > maxBitrate) {
+        throw Error(QStringLiteral("Perfil de salida invalido"));
+    }
+}
 
 EncoderPipeline buildEncoderPipeline(const EncoderProfile &profile)
 {

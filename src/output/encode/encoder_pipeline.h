@@ -21,6 +21,9 @@ struct EncoderProfile {
     bool operator==(const EncoderProfile &) const = default;
 };
 
+/// Throws `Error` with the operator's text for a size or bit rate out of range.
+void checkProfile(const EncoderProfile &profile);
+
 /// A pipeline that is not started yet, with its two inputs and its two ends.
 struct EncoderPipeline {
     ElementRef videoSrc; ///< takes RGBA

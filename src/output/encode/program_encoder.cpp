@@ -119,8 +119,10 @@ void ProgramEncoder::listen(const ElementRef &sink, Track track)
 
 void ProgramEncoder::join(const std::shared_ptr<EncodedTap> &tap)
 {
-    const std::lock_guard lock(m_ends->mutex);
-    m_ends->taps.push_back(tap);
+    {
+        const std::lock_guard lock(m_ends->mutex);
+        m_ends->taps.push_back(tap);
+    }
     if (m_base != -1) { // else the first one is
         askForKey();
     }
@@ -137,7 +139,7 @@ void ProgramEncoder::askForKey()
 
 void ProgramEncoder::stamp(std::int64_t tNs)
 {
-    if (tNs == m_tick || (m_base == -1 && !ready())) {
+    if (tNs == m_tick || m_ended || (m_base == -1 && !ready())) {
         return;
     }
     if (m_base == -1) {
@@ -195,8 +197,11 @@ std::shared_ptr<ProgramEncoder> EncoderPool::take(const EncoderProfile &profile)
 {
     std::erase_if(m_entries, [](const Entry &entry) { return entry.encoder.expired(); });
     for (const Entry &entry : m_entries) {
+        if (entry.profile != profile) {
+            continue; // the last reference is never one of this thread
+        }
         auto encoder = entry.encoder.lock();
-        if (encoder && entry.profile == profile && encoder->poll().isEmpty()) {
+        if (encoder && !encoder->hasEnded() && encoder->poll().isEmpty()) {
             return encoder;
         }
     }

@@ -54,6 +54,8 @@ public:
     const Message &poll();
 
     [[nodiscard]] bool ready() const { return m_ready->load(); }
+    /// `finish` was called: nothing more comes.
+    [[nodiscard]] bool hasEnded() const { return m_ended; }
     /// A picture has been taken.
     [[nodiscard]] bool hasBegun() const { return m_base != -1; }
     /// ns on its time line of the next picture.

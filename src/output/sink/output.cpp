@@ -49,8 +49,6 @@ Output::Output(std::int32_t width,
     , m_height(height)
 {
     Outlet outlet = isStream ? buildRtmpOutlet(location) : buildFileOutlet(location);
-    const EncoderProfile profile { width, height, outlet.codecs, bitrate };
-    m_encoder = pool != nullptr ? pool->take(profile) : std::make_shared<ProgramEncoder>(profile);
     m_input = std::make_shared<OutletInput>(std::move(outlet.videoSrc),
         std::move(outlet.audioSrc),
         isStream ? streamPatience : filePatience);
@@ -58,10 +56,13 @@ Output::Output(std::int32_t width,
         m_streamEnd = StreamEnd(outlet.sink.get());
         m_stallWatch = StallWatch(outlet.sink.get());
     }
+    const EncoderProfile profile { width, height, outlet.codecs, bitrate };
+    checkProfile(profile);
     m_pipeline = std::move(outlet.pipeline);
     if (!m_pipeline.play()) {
         throw Error(QStringLiteral("No se pudo iniciar salida"));
     }
+    m_encoder = pool != nullptr ? pool->take(profile) : std::make_shared<ProgramEncoder>(profile);
     m_encoder->join(m_input);
     m_running = true;
 }

@@ -1,6 +1,7 @@
 #include "studio/outputs/stream_desk.h"
 
 #include "base/error.h"
+#include "base/log.h"
 
 #include <QPointer>
 
@@ -90,7 +91,7 @@ void StreamDesk::toggle(std::size_t slot)
 {
     Destination &destination = m_outputs.destination(slot);
     if (destination.running() || isReconnecting(slot)) {
-        m_slots.at(slot).reconnection.forget();
+        forget(slot);
         destination.stop();
         Q_EMIT changed(slot);
         return;
@@ -179,11 +180,33 @@ void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
     }
 }
 
+/// No attempt opens a box in mid-service: one that cannot even begin is one that failed.
 void StreamDesk::retry(std::size_t slot, std::int64_t nowUs)
 {
-    m_slots.at(slot).reconnection.started(nowUs);
-    run([&] { m_outputs.destination(slot).start(server(slot), key(slot), m_stage.streamFrame()); });
+    Slot &each = m_slots.at(slot);
+    each.reconnection.started(nowUs);
+    try {
+        m_outputs.destination(slot).start(each.startedServer, each.startedKey, each.startedSize);
+    } catch (const std::exception &error) {
+        each.reconnection.lost(OutputFailure::Other, nowUs);
+        logLine(m_outputs.destination(slot).name() + QStringLiteral(": ")
+            + errorMessage(error).spanish());
+    }
     Q_EMIT changed(slot);
+}
+
+void StreamDesk::forget(std::size_t slot)
+{
+    m_slots.at(slot).reconnection.forget();
+    m_slots.at(slot).isLost = false;
+    m_slots.at(slot).shown = {};
+}
+
+bool StreamDesk::isAnyReconnecting() const
+{
+    return std::any_of(m_slots.begin(), m_slots.end(), [](const Slot &slot) {
+        return slot.isLost;
+    });
 }
 
 void StreamDesk::retryNow(std::size_t slot)
@@ -195,7 +218,7 @@ void StreamDesk::setReconnecting(bool on)
 {
     m_reconnects = on;
     for (std::size_t slot = 0; slot < destinationCount && !on; ++slot) {
-        m_slots.at(slot).reconnection.forget();
+        forget(slot);
         Q_EMIT changed(slot);
     }
 }
@@ -203,7 +226,7 @@ void StreamDesk::setReconnecting(bool on)
 void StreamDesk::callOffStarts()
 {
     for (std::size_t slot = 0; slot < destinationCount; ++slot) {
-        m_slots.at(slot).reconnection.forget();
+        forget(slot);
         callOff(slot);
     }
 }
@@ -217,9 +240,13 @@ void StreamDesk::stopStreams()
 void StreamDesk::start(std::size_t slot)
 {
     hideKeys();
-    m_slots.at(slot).reconnection.forget();
-    m_slots.at(slot).reconnection.started(m_clock.monotonicUs());
-    m_outputs.destination(slot).start(server(slot), key(slot), m_stage.streamFrame());
+    forget(slot);
+    Slot &each = m_slots.at(slot);
+    each.startedServer = server(slot);
+    each.startedKey = key(slot);
+    each.startedSize = m_stage.streamFrame();
+    each.reconnection.started(m_clock.monotonicUs());
+    m_outputs.destination(slot).start(each.startedServer, each.startedKey, each.startedSize);
     Q_EMIT changed(slot);
 }
 

@@ -59,6 +59,8 @@ public:
     [[nodiscard]] bool reconnects() const { return m_reconnects; }
     /// A slot ended by itself; what the operator must know of it, empty for one more attempt.
     Message lost(std::size_t slot);
+    /// A destination is lost and tried again: as far as the operator is concerned, it runs.
+    [[nodiscard]] bool isAnyReconnecting() const;
     /// Makes the attempts that are due. Call on every run of the frame clock.
     void poll();
     /// The slot waits for its next attempt.
@@ -98,12 +100,16 @@ private:
         std::uint64_t ticket = 0; ///< of the start that waits; 0: none. A key that comes for
                                   ///< another ticket comes too late.
         bool holdsOthers = false; ///< the selected slots after it wait for that start
+        QString startedServer; ///< of the run: what the fields hold may have changed since
+        QString startedKey;
+        FrameSize startedSize {};
         Reconnection reconnection;
         bool isLost = false; ///< told, and being tried again
         Message shown; ///< while it waits for an attempt
     };
     void advance(std::size_t slot, std::int64_t nowUs);
     void retry(std::size_t slot, std::int64_t nowUs);
+    void forget(std::size_t slot);
 
     template <typename Step> void run(Step step);
     void startSelectedFrom(std::size_t slot);

@@ -57,12 +57,15 @@ bool PendingTake::isReady(std::int64_t nowUs)
     bool ready = true;
     for (const File &file : m_files) {
         file.media->pollSource();
+        if (!file.isAwaited) {
+            continue; // nobody sees it; what it has to say is told once it is on air
+        }
         if (const Message reason = file.media->takeMessage(); !reason.isEmpty()) {
             throw Error(Message("La escena no salió al aire; “%1” no se puede reproducir. ",
                             { Message::verbatim(file.layer.name) })
                 + reason);
         }
-        ready = ready && (!file.isAwaited || file.media->isReady());
+        ready = ready && file.media->isReady();
     }
     return ready || nowUs - m_sinceUs >= patienceUs;
 }

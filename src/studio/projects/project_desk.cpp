@@ -7,14 +7,14 @@
 namespace nimbara {
 
 ProjectDesk::ProjectDesk(const MediaFactory &factory,
-    const Outputs &outputs,
+    std::function<bool()> hasOutputs,
     Stage &stage,
     OnAir &onAir,
     Sources &sources,
     Report status,
     const QString &backupFolder)
     : m_factory(factory)
-    , m_outputs(outputs)
+    , m_hasOutputs(std::move(hasOutputs))
     , m_stage(stage)
     , m_onAir(onAir)
     , m_sources(sources)
@@ -28,7 +28,7 @@ ProjectDesk::ProjectDesk(const MediaFactory &factory,
 
 void ProjectDesk::requireIdleOutputs() const
 {
-    if (m_outputs.any()) {
+    if (m_hasOutputs()) {
         throw Error(QStringLiteral("Detén salidas antes de abrir/guardar proyecto"));
     }
 }

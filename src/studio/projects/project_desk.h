@@ -2,7 +2,6 @@
 
 #include "base/report.h"
 #include "media/sources/media_factory.h"
-#include "output/sink/outputs.h"
 #include "studio/edit/media_search.h"
 #include "studio/edit/project_backups.h"
 #include "studio/edit/project_saves.h"
@@ -14,6 +13,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 namespace nimbara {
@@ -26,8 +26,9 @@ namespace nimbara {
 class ProjectDesk : public QObject {
     Q_OBJECT
 public:
+    /// `hasOutputs`: an output runs, or is to come back.
     ProjectDesk(const MediaFactory &factory,
-        const Outputs &outputs,
+        std::function<bool()> hasOutputs,
         Stage &stage,
         OnAir &onAir,
         Sources &sources,
@@ -102,7 +103,7 @@ private:
     void succeeded(const QString &path);
 
     const MediaFactory &m_factory;
-    const Outputs &m_outputs;
+    std::function<bool()> m_hasOutputs;
     Stage &m_stage;
     OnAir &m_onAir;
     Sources &m_sources;

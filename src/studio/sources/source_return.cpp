@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace nimbara {
 
@@ -125,7 +126,7 @@ void SourceReturn::open(Lost &lost)
     try {
         lost.next = m_open(lost.layer);
     } catch (const Error &error) {
-        logLine(QStringLiteral("Fuente: no se pudo reabrir: ") + error.text());
+        tellRefusal(lost, error.message());
         wait(lost);
     }
 }
@@ -148,6 +149,14 @@ void SourceReturn::follow(Lost &lost, SourcePool &pool, OnAir &onAir)
             QStringLiteral("Fuente: no se pudo reabrir: ") + lost.next->takeMessage().spanish());
         lost.next.reset();
         wait(lost);
+    }
+}
+
+/// Once for each reason: it may go on for hours.
+void SourceReturn::tellRefusal(Lost &lost, const Message &reason)
+{
+    if (!(std::exchange(lost.refusal, reason) == reason)) {
+        logLine(QStringLiteral("Fuente: no se pudo reabrir: ") + reason.spanish());
     }
 }
 

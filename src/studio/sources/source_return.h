@@ -33,6 +33,7 @@ private:
         MediaPtr next {}; ///< being opened
         std::int64_t backSinceUs = 0; ///< 0: still lost
         bool isNamed = true;
+        Message refusal {}; ///< of the last attempt
     };
 
     void search(const SceneSets &scenes, const SourcePool &pool, const OnAir &onAir);
@@ -41,6 +42,7 @@ private:
     void watch(Lost &lost);
     void open(Lost &lost);
     void follow(Lost &lost, SourcePool &pool, OnAir &onAir);
+    static void tellRefusal(Lost &lost, const Message &reason);
     void wait(Lost &lost);
 
     const Clock &m_clock;

@@ -380,7 +380,7 @@ void StudioWindow::showOutputs()
 {
     m_recording->showRecording();
     m_destinations->showDestinations();
-    m_project->setFormatEnabled(!m_studio.outputs().any());
+    m_project->setFormatEnabled(!m_studio.hasOutputs());
 }
 
 /// What stopped in a tab that is not in view is marked there until it is read.
@@ -416,7 +416,7 @@ void StudioWindow::setLanguage(int index)
         m_settings.sync();
         return;
     }
-    if (m_studio.outputs().any()) {
+    if (m_studio.hasOutputs()) {
         showStatus("Detén las salidas antes de cambiar el idioma.");
         m_header->showCurrentLanguage();
         return;
@@ -450,7 +450,7 @@ void StudioWindow::takeFromKeyboard()
 
 void StudioWindow::closeEvent(QCloseEvent *event)
 {
-    if (!m_mayClose && m_studio.outputs().any()
+    if (!m_mayClose && m_studio.hasOutputs()
         && !m_dialogs->question(nimbara_i18n::tr("Cerrar"),
             nimbara_i18n::tr("Hay salidas activas. ¿Detenerlas y cerrar?"))) {
         event->ignore();

@@ -182,7 +182,7 @@ private Q_SLOTS:
                 QThread::usleep(3000);
             }
             QCOMPARE(stopped, std::vector<std::size_t> { 1 });
-            QVERIFY2(pictures.size() > 230, qPrintable(QString::number(pictures.size()))); // 8 s
+            QVERIFY2(pictures.size() > 150, qPrintable(QString::number(pictures.size()))); // 8 s
             QCOMPARE(m_outputs->destination(1).statusText().spanish(),
                 u"Fallo de salida (codigo 10). Revisa destino, permisos y codecs."_s);
             const auto held = std::ranges::count_if(pictures,

@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "media/capture/device_pin.h"
+#include "media/gst/bus_error.h"
 #include "media/gst/gst_build.h"
 #include "media/gst/gst_maps.h"
 
@@ -141,9 +142,7 @@ bool AudioCapture::takeBusMessage()
     }
     Message reason = "La entrada de audio termino";
     if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_ERROR) {
-        GError *parsed = nullptr;
-        gst_message_parse_error(message.get(), &parsed, nullptr);
-        const GErrorPtr error(parsed);
+        const GErrorPtr error = busError(message.get()).error;
         if (error && error->message != nullptr && *error->message != '\0') {
             reason = Message::verbatim(QString::fromUtf8(error->message));
         }

@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "base/secret_texts.h"
+#include "media/gst/bus_error.h"
 #include "media/gst/gst_build.h"
 #include "media/gst/gst_maps.h"
 
@@ -68,11 +69,7 @@ Message refusedText()
 
 QString errorDescription(GstMessage *message)
 {
-    GError *parsedError = nullptr;
-    gchar *parsedDebug = nullptr;
-    gst_message_parse_error(message, &parsedError, &parsedDebug);
-    const GErrorPtr error(parsedError);
-    const GCharPtr debug(parsedDebug);
+    const auto [error, debug] = busError(message);
     QString text = error ? QString::fromUtf8(error->message) : QStringLiteral("error");
     if (debug) {
         text += QStringLiteral(" [%1]").arg(QString::fromUtf8(debug.get()));

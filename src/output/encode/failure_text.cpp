@@ -1,6 +1,6 @@
 #include "output/encode/failure_text.h"
 
-#include "media/gst/gst_handles.h"
+#include "media/gst/bus_error.h"
 
 namespace nimbara {
 
@@ -12,13 +12,8 @@ Message failureText(int code)
 
 Message failureText(GstMessage *message)
 {
-    GError *raw = nullptr;
-    gst_message_parse_error(message, &raw, nullptr);
-    const GErrorPtr error(raw);
-    if (!error) {
-        return "Fallo de salida";
-    }
-    return failureText(error->code);
+    const GErrorPtr error = busError(message).error;
+    return error ? failureText(error->code) : Message("Fallo de salida");
 }
 
 } // namespace nimbara

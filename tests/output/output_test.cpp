@@ -184,7 +184,7 @@ private Q_SLOTS:
             QVERIFY2(found.videoTimes.size() >= least && found.videoTimes.size() <= most,
                 qPrintable(QString::number(found.videoTimes.size())));
             QVERIFY(found.videoTimes.front() < 0.04 && found.keyTimes.front() < 0.04);
-            QVERIFY(std::abs(found.audioTimes.back() - found.videoTimes.back()) < 0.5);
+            QVERIFY(std::abs(found.audioTimes.back() - found.videoTimes.back()) < 0.1);
             QCOMPARE(decodeErrors(m_dir.filePath(QLatin1String(name))), QByteArray());
         }
     }

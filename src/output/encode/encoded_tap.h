@@ -13,7 +13,7 @@ struct EncodedUnit {
     BufferRef buffer; ///< shared with other taps: never written to
     CapsRef caps; ///< of the track, with its headers
     std::uint64_t time = 0; ///< ns on the encoder's time line; that at which the receiver shows it
-    std::uint64_t lead = 0; ///< ns that `time` lies behind the picture's own time
+    std::uint64_t lead = 0; ///< ns that `time` lies behind the time at which it was pushed
     bool isKey = true; ///< can be decoded without what came before
 };
 

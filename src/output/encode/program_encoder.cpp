@@ -74,10 +74,10 @@ struct ProgramEncoder::End {
             || (!isPicture && GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_HEADER))) {
             return GST_FLOW_OK; // the caps hold the headers of sound
         }
-        const std::uint64_t lead = isPicture ? end.ends->soundLead : 0;
+        const std::uint64_t lead = end.ends->soundLead;
         const EncodedUnit unit { BufferRef::retain(buffer),
             CapsRef::retain(gst_sample_get_caps(sample.get())),
-            GST_BUFFER_PTS(buffer) + lead,
+            GST_BUFFER_PTS(buffer) + (isPicture ? lead : 0),
             lead,
             !isPicture || !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT) };
         end.give([&](EncodedTap &tap) { tap.take(end.track, unit); });
@@ -149,8 +149,13 @@ void ProgramEncoder::stamp(std::int64_t tNs)
     m_tick = tNs;
     m_pictureTaken = false;
     m_soundTaken = false;
-    m_videoTime = static_cast<std::uint64_t>(std::max<std::int64_t>(tNs - m_base, 0));
-    m_audioTime = m_videoTime;
+    m_time = static_cast<std::uint64_t>(std::max<std::int64_t>(tNs - m_base, 0));
+}
+
+std::uint64_t ProgramEncoder::nextTime() const
+{
+    constexpr std::uint64_t margin = 1'000'000; // ticks are no exact thirtieths
+    return m_pictureTaken ? m_time + frameDuration - margin : m_time;
 }
 
 void ProgramEncoder::pushVideo(const FramePtr &frame)
@@ -158,7 +163,7 @@ void ProgramEncoder::pushVideo(const FramePtr &frame)
     if (!takes() || std::exchange(m_pictureTaken, true)) {
         return;
     }
-    if (!push(m_parts.videoSrc, sharedBuffer(frame), m_videoTime, frameDuration)) {
+    if (!push(m_parts.videoSrc, sharedBuffer(frame), m_time, frameDuration)) {
         m_error = "No se pudo enviar video a salida";
     }
 }
@@ -170,7 +175,7 @@ void ProgramEncoder::pushAudio(std::span<const float> block)
     }
     const std::uint64_t frames = block.size() / audioChannels;
     const std::uint64_t duration = gst_util_uint64_scale(frames, GST_SECOND, audioRate);
-    if (!push(m_parts.audioSrc, copiedBuffer(block), m_audioTime, duration)) {
+    if (!push(m_parts.audioSrc, copiedBuffer(block), m_time, duration)) {
         m_error = "No se pudo enviar audio a salida";
     }
 }

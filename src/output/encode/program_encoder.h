@@ -58,8 +58,10 @@ public:
     [[nodiscard]] bool hasEnded() const { return m_ended; }
     /// A picture has been taken.
     [[nodiscard]] bool hasBegun() const { return m_base != -1; }
-    /// ns on its time line of the next picture.
-    [[nodiscard]] std::uint64_t now() const { return m_videoTime; }
+    /// ns on its time line of the last stamp.
+    [[nodiscard]] std::uint64_t time() const { return m_time; }
+    /// The same of what follows what was pushed so far.
+    [[nodiscard]] std::uint64_t nextTime() const;
 
 private:
     using Taps = std::vector<std::weak_ptr<EncodedTap>>;
@@ -81,8 +83,7 @@ private:
     bool m_pictureTaken = false; ///< of this tick
     bool m_soundTaken = false;
     bool m_ended = false;
-    std::uint64_t m_videoTime = 0; ///< ns
-    std::uint64_t m_audioTime = 0; ///< ns
+    std::uint64_t m_time = 0; ///< ns, of this tick
     Message m_error;
     EncoderPipeline m_parts;
     std::shared_ptr<const std::atomic<bool>> m_ready;

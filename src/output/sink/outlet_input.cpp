@@ -28,7 +28,9 @@ OutletInput::OutletInput(ElementRef video, ElementRef audio, std::uint64_t patie
 void OutletInput::take(Track track, const EncodedUnit &unit)
 {
     const std::lock_guard lock(m_mutex);
-    if (track == Track::Picture) {
+    if (m_end && unit.time >= *m_end + unit.lead) {
+        finish(track == Track::Picture ? m_video : m_audio);
+    } else if (track == Track::Picture) {
         takePicture(unit);
     } else {
         takeSound(unit);
@@ -48,11 +50,9 @@ void OutletInput::takePicture(const EncodedUnit &unit)
     }
     m_behind = gst_app_src_get_current_level_time(appSource(m_video.source)) > m_patienceNs
         || (m_behind && !unit.isKey);
-    if (m_behind) {
-        ++m_dropped;
-        return;
+    if (!m_behind) {
+        forward(m_video, unit);
     }
-    forward(m_video, unit);
 }
 
 void OutletInput::takeSound(const EncodedUnit &unit)
@@ -71,6 +71,9 @@ void OutletInput::takeSound(const EncodedUnit &unit)
 
 void OutletInput::forward(Input &input, const EncodedUnit &unit) const
 {
+    if (input.hasEnded) {
+        return;
+    }
     if (input.caps.get() != unit.caps.get()) {
         input.caps = unit.caps;
         gst_app_src_set_caps(appSource(input.source), unit.caps.get());
@@ -85,6 +88,12 @@ void OutletInput::end(Track track)
 {
     const std::lock_guard lock(m_mutex);
     finish(track == Track::Picture ? m_video : m_audio);
+}
+
+void OutletInput::finishAt(std::uint64_t time)
+{
+    const std::lock_guard lock(m_mutex);
+    m_end = time;
 }
 
 void OutletInput::finish()
@@ -105,17 +114,6 @@ bool OutletInput::hasBegun() const
 {
     const std::lock_guard lock(m_mutex);
     return m_base.has_value();
-}
-
-std::uint64_t OutletInput::dropped() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_dropped;
-}
-
-std::uint64_t OutletInput::waiting() const
-{
-    return gst_app_src_get_current_level_time(appSource(m_video.source));
 }
 
 } // namespace nimbara

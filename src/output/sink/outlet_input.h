@@ -22,15 +22,13 @@ public:
     void take(Track track, const EncodedUnit &unit) override;
     void end(Track track) override;
 
-    /// Ends both tracks with what has come so far.
+    /// Each track ends with what was pushed before `time` (ns on the encoder's time line).
+    void finishAt(std::uint64_t time);
+    /// Both end with what has come so far.
     void finish();
 
     /// Its first key frame has come.
     [[nodiscard]] bool hasBegun() const;
-    /// Pictures dropped because the outlet was behind.
-    [[nodiscard]] std::uint64_t dropped() const;
-    /// ns of pictures that wait to be sent.
-    [[nodiscard]] std::uint64_t waiting() const;
 
 private:
     struct Input {
@@ -49,8 +47,8 @@ private:
     const std::uint64_t m_patienceNs;
     std::optional<std::uint64_t> m_base; ///< ns on the encoder's time line; none: no key frame yet
     std::deque<EncodedUnit> m_early; ///< sound of the last second before the first key frame
+    std::optional<std::uint64_t> m_end; ///< ns on the encoder's time line
     bool m_behind = false; ///< until the next key frame
-    std::uint64_t m_dropped = 0;
 };
 
 } // namespace nimbara

@@ -1,6 +1,7 @@
 #include "output/sink/output.h"
 
 #include "base/error.h"
+#include "media/gst/bus_error.h"
 #include "output/encode/failure_text.h"
 #include "output/sink/outlet.h"
 
@@ -12,15 +13,13 @@ namespace {
 /// may take its time.
 constexpr std::uint64_t streamPatience = 2'000'000'000;
 constexpr std::uint64_t filePatience = 20'000'000'000;
+/// With a shared encoder, for what it still holds.
+constexpr auto endPatience = std::chrono::seconds(1);
 
 /// The sink tells a bad certificate by the domain of the error that its debug text names.
 OutputFailure failureOf(GstMessage *message)
 {
-    GError *rawError = nullptr;
-    gchar *rawDebug = nullptr;
-    gst_message_parse_error(message, &rawError, &rawDebug);
-    const GErrorPtr error(rawError);
-    const GCharPtr debug(rawDebug);
+    const auto [error, debug] = busError(message);
     if (debug && QLatin1String(debug.get()).contains(QLatin1String("g-tls-error-quark, code 2"))) {
         return OutputFailure::Certificate;
     }
@@ -98,6 +97,9 @@ void Output::pollOutput()
 {
     const auto wanted = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS);
     const auto message = MessageRef::adopt(gst_bus_pop_filtered(m_pipeline.bus(), wanted));
+    if (m_stopping && m_running) {
+        pollEnd();
+    }
     if (message && GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS) {
         m_running = false;
         m_finished = true;
@@ -107,21 +109,28 @@ void Output::pollOutput()
         fail(failureText(message.get()));
     } else if (m_running && !m_encoder->poll().isEmpty()) {
         fail(m_encoder->poll());
-    } else if (m_running && m_stallWatch.stalled(m_encoder->now())) {
+    } else if (m_running && m_stallWatch.stalled(m_encoder->time())) {
         fail(failureText(GST_RESOURCE_ERROR_WRITE));
     }
 }
 
-/// What an encoder of one's own still holds is written; one that others use goes on.
 void Output::finish()
 {
-    if (!takes()) {
-        return;
+    if (takes()) {
+        m_stopping = true;
+        m_stoppedAt = std::chrono::steady_clock::now();
+        m_input->finishAt(m_encoder->nextTime());
+        pollEnd();
     }
-    m_stopping = true;
+}
+
+/// What was pushed is still to be encoded. An encoder of one's own ends; one that others use goes
+/// on, unless they have stopped to push as well.
+void Output::pollEnd()
+{
     if (m_encoder.use_count() == 1) {
         m_encoder->finish();
-    } else {
+    } else if (std::chrono::steady_clock::now() - m_stoppedAt > endPatience) {
         m_input->finish();
     }
 }

@@ -9,6 +9,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -100,16 +101,15 @@ public:
     [[nodiscard]] bool accepted() const { return m_running && m_streamEnd.isConnected(); }
     [[nodiscard]] FrameSize size() const { return { m_width, m_height }; }
 
-    /// Pictures dropped because the sink was behind.
-    [[nodiscard]] std::uint64_t dropped() const { return m_input->dropped(); }
-
 private:
     void fail(const Message &reason);
+    void pollEnd();
     [[nodiscard]] bool takes() const { return m_running && !m_stopping; }
 
     std::int32_t m_width;
     std::int32_t m_height;
     bool m_stopping = false;
+    std::chrono::steady_clock::time_point m_stoppedAt;
     bool m_running = false;
     bool m_finished = false;
     Message m_error;

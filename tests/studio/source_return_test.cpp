@@ -81,7 +81,7 @@ private Q_SLOTS:
             tries.push_back(clock.monotonicUs() / 1'000'000);
             throw Error("no server");
         };
-        SourceReturn sources(clock, refuse, [](const Message &) {});
+        SourceReturn sources(clock, [](const Message &) {});
         SourcePool pool(clock, refuse, [](const Message &) {});
         OnAir onAir;
         Document document(clock);

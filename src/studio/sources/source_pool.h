@@ -34,6 +34,9 @@ public:
     /// The same, unless they were given another location meanwhile.
     void replace(const Layer &layer, MediaPtr source);
 
+    /// A source for the layer, which goes into no place yet. Throws `Error`.
+    [[nodiscard]] MediaPtr open(const Layer &layer) const { return m_open(layer); }
+
     /// Opens what layers name and lack; a refusal is shown. Scenes that were seen before are not
     /// looked at again.
     void follow(const SceneSets &scenes);

@@ -44,9 +44,8 @@ void exchangeIn(LiveScene &live, const Layer &layer, const MediaPtr &from, const
 
 } // namespace
 
-SourceReturn::SourceReturn(const Clock &clock, SourceOpener open, Report status)
+SourceReturn::SourceReturn(const Clock &clock, Report status)
     : m_clock(clock)
-    , m_open(std::move(open))
     , m_status(std::move(status))
 {
 }
@@ -62,7 +61,7 @@ void SourceReturn::poll(const SceneSets &scenes, SourcePool &pool, OnAir &onAir)
     }
 }
 
-void SourceReturn::search(const SceneSets &scenes, const SourcePool &pool, const OnAir &onAir)
+void SourceReturn::search(const SceneSets &scenes, SourcePool &pool, OnAir &onAir)
 {
     for (Lost &lost : m_lost) {
         lost.isNamed = false;
@@ -77,6 +76,11 @@ void SourceReturn::search(const SceneSets &scenes, const SourcePool &pool, const
             for (const Layer &layer : scene->layers) {
                 note(layer, isOpenedAgain(layer) ? pool.find(layer) : nullptr);
             }
+        }
+    }
+    for (Lost &lost : m_lost) {
+        if (lost.source && lost.backSinceUs == 0) {
+            put(lost, nullptr, pool, onAir);
         }
     }
     const std::int64_t now = m_clock.monotonicUs();
@@ -102,29 +106,40 @@ void SourceReturn::note(const Layer &layer, const MediaPtr &source)
     }
 }
 
+void SourceReturn::put(Lost &lost, MediaPtr source, SourcePool &pool, OnAir &onAir)
+{
+    if (pool.find(lost.layer) == lost.source) {
+        pool.replace(lost.layer, source);
+    }
+    exchangeIn(onAir.streams, lost.layer, lost.source, source);
+    exchangeIn(onAir.hall, lost.layer, lost.source, source);
+    lost.source = std::move(source);
+}
+
 void SourceReturn::advance(Lost &lost, SourcePool &pool, OnAir &onAir)
 {
     if (lost.backSinceUs != 0) {
-        watch(lost);
+        watch(lost, pool, onAir);
     } else if (lost.next) {
         follow(lost, pool, onAir);
     } else if (m_clock.monotonicUs() >= lost.nextUs) {
-        open(lost);
+        open(lost, pool);
     }
 }
 
-void SourceReturn::watch(Lost &lost)
+void SourceReturn::watch(Lost &lost, SourcePool &pool, OnAir &onAir)
 {
     if (hasStopped(lost.source)) {
+        put(lost, nullptr, pool, onAir);
         lost.backSinceUs = 0;
         wait(lost);
     }
 }
 
-void SourceReturn::open(Lost &lost)
+void SourceReturn::open(Lost &lost, const SourcePool &pool)
 {
     try {
-        lost.next = m_open(lost.layer);
+        lost.next = pool.open(lost.layer);
     } catch (const Error &error) {
         tellRefusal(lost, error.message());
         wait(lost);
@@ -135,12 +150,7 @@ void SourceReturn::follow(Lost &lost, SourcePool &pool, OnAir &onAir)
 {
     lost.next->pollSource();
     if (lost.next->frameCount() > 0) {
-        if (pool.find(lost.layer) == lost.source) {
-            pool.replace(lost.layer, lost.next);
-        }
-        exchangeIn(onAir.streams, lost.layer, lost.source, lost.next);
-        exchangeIn(onAir.hall, lost.layer, lost.source, lost.next);
-        lost.source = std::exchange(lost.next, nullptr);
+        put(lost, std::exchange(lost.next, nullptr), pool, onAir);
         lost.backSinceUs = m_clock.monotonicUs();
         m_status(Message("Fuente recuperada: %1",
             { Message::verbatim(withoutSecrets(lost.layer.name)) }));

@@ -11,14 +11,15 @@
 namespace nimbara {
 
 /// Opens network and screen sources again that have stopped: after 1, 2, 4, 8, then every 10 s for
-/// ever. The old source stays in its place until the new one has a picture, in the project as in
-/// the programs on air. Interface thread only; nothing in it waits.
+/// ever. The old one lets go of its connection at once, since a camera may serve one client only;
+/// the new one takes its place with its first picture, in the project as in the programs on air.
+/// Interface thread only; nothing in it waits.
 class SourceReturn {
 public:
     /// µs; a source that stops again before goes on with the delay it had.
     static constexpr std::int64_t steadyUs = 10'000'000;
 
-    SourceReturn(const Clock &clock, SourceOpener open, Report status);
+    SourceReturn(const Clock &clock, Report status);
 
     /// Call on every run of the frame clock. Every source of `scenes` in the pool and of the
     /// programs is looked after; those of no layer are forgotten.
@@ -27,7 +28,7 @@ public:
 private:
     struct Lost {
         Layer layer; ///< one that plays it
-        MediaPtr source; ///< the one that stopped, or that has come back; none: refused at once
+        MediaPtr source; ///< the one that has come back; none: lost
         int attempts = 0;
         std::int64_t nextUs = 0;
         MediaPtr next {}; ///< being opened
@@ -36,17 +37,17 @@ private:
         Message refusal {}; ///< of the last attempt
     };
 
-    void search(const SceneSets &scenes, const SourcePool &pool, const OnAir &onAir);
+    void search(const SceneSets &scenes, SourcePool &pool, OnAir &onAir);
     void note(const Layer &layer, const MediaPtr &source);
+    static void put(Lost &lost, MediaPtr source, SourcePool &pool, OnAir &onAir);
     void advance(Lost &lost, SourcePool &pool, OnAir &onAir);
-    void watch(Lost &lost);
-    void open(Lost &lost);
+    void watch(Lost &lost, SourcePool &pool, OnAir &onAir);
+    void open(Lost &lost, const SourcePool &pool);
     void follow(Lost &lost, SourcePool &pool, OnAir &onAir);
     static void tellRefusal(Lost &lost, const Message &reason);
     void wait(Lost &lost);
 
     const Clock &m_clock;
-    SourceOpener m_open;
     Report m_status;
     std::int64_t m_searchedUs = 0;
     std::vector<Lost> m_lost;

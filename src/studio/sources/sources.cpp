@@ -22,12 +22,14 @@ Sources::Sources(const Clock &clock,
     , m_factory(factory)
     , m_status(status)
     , m_return(clock, status)
-    , m_open([&factory, frame = std::move(frame)](const Layer &layer) {
-        return layer.kind == LayerKind::Screen ? factory.screen(frame())
-                                               : factory.heldMedia(frame(), layer.uri);
-    })
-    , m_pool(clock, m_open, status)
-    , m_sourceReturn(clock, m_open, std::move(status))
+    , m_pool(
+          clock,
+          [&factory, frame = std::move(frame)](const Layer &layer) {
+              return layer.kind == LayerKind::Screen ? factory.screen(frame())
+                                                     : factory.heldMedia(frame(), layer.uri);
+          },
+          status)
+    , m_sourceReturn(clock, std::move(status))
     , m_shelf(clock)
 {
 }

@@ -111,7 +111,6 @@ private:
     bool m_refused = false; ///< the operator's last offer
     DeviceReturn m_return;
     bool m_firstFrameLogged = false;
-    SourceOpener m_open;
     SourcePool m_pool;
     SourceReturn m_sourceReturn;
     PictureShelf m_shelf;

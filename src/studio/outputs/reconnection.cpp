@@ -52,18 +52,18 @@ void Reconnection::accepted(std::int64_t nowUs)
 {
     m_everAccepted = true;
     m_busySinceUs.reset();
-    m_acceptedUs = m_acceptedUs.value_or(nowUs);
-    if (nowUs - *m_acceptedUs >= steadyUs) {
-        m_attempt = 0;
-        m_quickClosings = 0;
-        m_firstLossUs.reset();
-    }
+    m_acceptedUs = nowUs;
 }
 
 bool Reconnection::lost(OutputFailure failure, std::int64_t nowUs)
 {
     if (!m_everAccepted) {
         return giveUp({});
+    }
+    if (m_acceptedUs && nowUs - *m_acceptedUs >= steadyUs) { // it was well
+        m_attempt = 0;
+        m_quickClosings = 0;
+        m_firstLossUs.reset();
     }
     switch (failure) {
     case OutputFailure::Refused:

@@ -23,8 +23,9 @@ public:
     void forget();
     /// An attempt begins.
     void started(std::int64_t nowUs);
-    /// The server takes its media. Call on every tick that it does.
+    /// The server takes its media, from now on until it is lost.
     void accepted(std::int64_t nowUs);
+    [[nodiscard]] bool isAccepted() const { return m_acceptedUs.has_value(); }
 
     /// It was lost; whether it is tried again. If not, `reason` may tell why, else the failure's
     /// own text does: a slot that was never accepted, a refused key, a bad certificate.

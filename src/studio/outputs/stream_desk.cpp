@@ -171,7 +171,7 @@ void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
     } else if (isReconnecting(slot) && each.shown != statusText(slot)) {
         each.shown = statusText(slot); // the seconds count down
         Q_EMIT changed(slot);
-    } else if (m_outputs.destination(slot).accepted()) {
+    } else if (!each.reconnection.isAccepted() && m_outputs.destination(slot).accepted()) {
         each.reconnection.accepted(nowUs);
         if (std::exchange(each.isLost, false)) {
             Q_EMIT said(Message("%1: la transmisión ha vuelto.",

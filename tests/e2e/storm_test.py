@@ -223,7 +223,7 @@ class StormTest(StudioTest):
         words = ["ffmpeg", "-v", "error", "-sseof", "-15", "-i", self.path, "-c", "copy", tail]
         subprocess.run(words, check=True)
         offsets = beep_offsets(tail, read_clip(tail))
-        self.assertGreater(len(offsets), 2)
+        self.assertGreater(len(offsets), 3)
         self.expect(max(map(abs, offsets)) <= 0.1, f"sound at the end {[round(1000 * o) for o in offsets]} ms after the picture")
 
     def check_resources(self, samples):

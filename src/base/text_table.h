@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <vector>
 
 namespace nimbara_i18n {
 
@@ -11,6 +12,9 @@ struct TextPair {
 };
 
 /// Every row, each Spanish text once.
-std::span<const TextPair> textPairs();
+const std::vector<TextPair> &textPairs();
+
+/// Those among them that stand in a file of their own.
+std::span<const TextPair> serviceTextPairs();
 
 } // namespace nimbara_i18n

@@ -28,7 +28,7 @@ QUOTED = {
 # The book table holds its own names in both languages; what operators type and a style sheet are not
 # shown to them.
 WHOLE_FILES = {
-    *["base/text_table.cpp", "bible/books.cpp", "ui/kit/style.cpp"],
+    *["base/text_table.cpp", "base/text_table_service.cpp", "bible/books.cpp", "ui/kit/style.cpp"],
     *[f"bible/{file}.cpp" for file in "book_forms book_names named_bible reference_tokens".split()],
 }
 
@@ -73,7 +73,7 @@ def without_twin(source, known):
 def twins():
     """The rows of the table, in their order."""
     string = r'((?:\s*"(?:\\.|[^"\\])*")+)'
-    table = (SOURCES / "base" / "text_table.cpp").read_text()
+    table = "".join(path.read_text() for path in sorted((SOURCES / "base").glob("text_table*.cpp")))
     joined = lambda literals: "".join(re.findall(r'"((?:\\.|[^"\\])*)"', literals))
     rows = re.findall(r"TextPair\s*\{" + string + "," + string + r"\s*\}", table)
     return [(joined(spanish), joined(english)) for spanish, english in rows]

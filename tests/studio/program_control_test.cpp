@@ -149,6 +149,10 @@ private Q_SLOTS:
         }));
         QCOMPARE(onAir(), shown);
 
+        video.visible = false; // what nobody sees keeps nothing from going on air
+        desk.take({ red, videoLayer(shown->layers[1].uri), video });
+        QVERIFY(desk.pollUntil([&] { return onAir() != shown; }));
+
         desk.take({ red, videoLayer(shown->layers[1].uri) });
         desk.studio.program().offAir();
         for (int i = 0; i < 60; ++i) {

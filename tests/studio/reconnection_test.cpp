@@ -116,6 +116,9 @@ private Q_SLOTS:
         QVERIFY(streams.statusText(0).spanish().startsWith(u"Reconectando en "_s));
         QCOMPARE(streams.buttonText(0), u"Detener"_s);
         QCOMPARE(desk.studio.notices().all().size(), 1U);
+        QVERIFY(desk.studio.hasOutputs()); // no other format, no project, no sleep meanwhile
+        streams.setServer(0, u"rtmp://next"_s); // for next Sunday: the run goes on where it was
+        streams.setKey(0, u"half a k"_s);
         peer.start();
         QVERIFY(inTime([&] { return desk.told("YouTube: la transmisión ha vuelto."); }));
         QVERIFY(sends());
@@ -125,6 +128,7 @@ private Q_SLOTS:
         streams.toggle(0);
         QVERIFY(!streams.isReconnecting(0));
         QCOMPARE(streams.statusText(0), u"Detenido"_s);
+        QVERIFY(!desk.studio.hasOutputs());
     }
 };
 

@@ -3,6 +3,7 @@
 #include "base/error.h"
 #include "media/gst/gst_build.h"
 #include "output/encode/encoders.h"
+#include "output/encode/picture_converter.h"
 #include "output/encode/pipeline_parts.h"
 #include "output/encode/sound_probe.h"
 #include "signal/audio_block.h"
@@ -19,9 +20,12 @@ constexpr std::int32_t maxBitrate = 20'000'000;
 constexpr guint64 inputMaxTime = 500'000'000; // ns
 
 /// When the input is full the oldest data goes: pushing never waits.
-GstElement *makeLeakyInput(const PipelineParts &parts, const CapsRef &caps, guint64 maxBuffers)
+GstElement *makeLeakyInput(const PipelineParts &parts,
+    const char *name,
+    const CapsRef &caps,
+    guint64 maxBuffers)
 {
-    GstElement *source = parts.makeInput();
+    GstElement *source = parts.makeInput(name);
     g_object_set(source,
         "caps",
         caps.get(),
@@ -43,21 +47,34 @@ GstElement *makeEnd(const PipelineParts &parts)
     return sink;
 }
 
-void makeVideo(const PipelineParts &parts, const EncoderProfile &profile, EncoderPipeline &built)
+/// What an encoder is fed, with the colours that go with the size.
+CapsRef pictureCaps(const EncoderProfile &profile, GstVideoFormat format)
+{
+    GstVideoInfo info;
+    gst_video_info_set_format(&info,
+        format,
+        static_cast<guint>(profile.width),
+        static_cast<guint>(profile.height));
+    GST_VIDEO_INFO_FPS_N(&info) = 30;
+    GST_VIDEO_INFO_FPS_D(&info) = 1;
+    return CapsRef::adopt(gst_video_info_to_caps(&info));
+}
+
+void makeVideo(const PipelineParts &parts,
+    const EncoderProfile &profile,
+    const std::shared_ptr<PictureConverter> &converter,
+    EncoderPipeline &built)
 {
     const bool isH264 = profile.codecs == Codecs::H264Aac;
-    const QString caps
-        = QStringLiteral("video/x-raw, format=RGBA, width=%1, height=%2, framerate=30/1");
-    GstElement *source
-        = makeLeakyInput(parts, capsOf(caps.arg(profile.width).arg(profile.height)), 3);
     const EncoderChoice &choice = firstAvailable(videoEncoders(isH264));
-    GstElement *convert = parts.make("videoconvert");
-    GstElement *filter = parts.makeFilter(
-        QStringLiteral("video/x-raw, format=") + QLatin1String(choice.inputFormat));
+    const GstVideoFormat format = gst_video_format_from_string(choice.inputFormat);
+    GstElement *source
+        = makeLeakyInput(parts, isH264 ? "h264" : "vp8", pictureCaps(profile, format), 10);
+    convertFrames(source, format, converter);
     GstElement *encoder = parts.make(choice.factory);
     choice.configure(G_OBJECT(encoder), profile.bitrate);
     GstElement *end = makeEnd(parts);
-    PipelineParts::link({ source, convert, filter, encoder });
+    PipelineParts::link({ source, encoder });
     if (isH264) {
         GstElement *parse = parts.make("h264parse");
         GstElement *units
@@ -67,6 +84,7 @@ void makeVideo(const PipelineParts &parts, const EncoderProfile &profile, Encode
         PipelineParts::link({ encoder, end });
     }
     built.videoSrc = ElementRef::retain(source);
+    built.effort = EffortSwitch(source, encoder, choice);
     built.videoEncoder = ElementRef::retain(encoder);
     built.videoSink = ElementRef::retain(end);
 }
@@ -74,7 +92,8 @@ void makeVideo(const PipelineParts &parts, const EncoderProfile &profile, Encode
 void makeAudio(const PipelineParts &parts, const EncoderProfile &profile, EncoderPipeline &built)
 {
     const bool isAac = profile.codecs == Codecs::H264Aac;
-    GstElement *source = makeLeakyInput(parts, gst_build::audioBlockCaps(), 32);
+    GstElement *source
+        = makeLeakyInput(parts, isAac ? "aac" : "vorbis", gst_build::audioBlockCaps(), 32);
     keepSoundWhole(source);
     const EncoderChoice &choice = firstAvailable(audioEncoders(isAac));
     GstElement *convert = parts.make("audioconvert");
@@ -104,12 +123,13 @@ void checkProfile(const EncoderProfile &profile)
     }
 }
 
-EncoderPipeline buildEncoderPipeline(const EncoderProfile &profile)
+EncoderPipeline buildEncoderPipeline(const EncoderProfile &profile,
+    const std::shared_ptr<PictureConverter> &converter)
 {
     checkProfile(profile);
     PipelineParts parts("nimbara-encoder");
     EncoderPipeline built;
-    makeVideo(parts, profile, built);
+    makeVideo(parts, profile, converter, built);
     makeAudio(parts, profile, built);
     built.pipeline = parts.take();
     return built;

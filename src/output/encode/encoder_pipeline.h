@@ -1,8 +1,11 @@
 #pragma once
 
 #include "media/gst/gst_handles.h"
+#include "output/encode/effort_switch.h"
+#include "output/encode/picture_converter.h"
 
 #include <cstdint>
+#include <memory>
 
 namespace nimbara {
 
@@ -26,9 +29,10 @@ void checkProfile(const EncoderProfile &profile);
 
 /// A pipeline that is not started yet, with its two inputs and its two ends.
 struct EncoderPipeline {
-    ElementRef videoSrc; ///< takes RGBA
+    ElementRef videoSrc; ///< takes what `frameBuffer` makes
     ElementRef audioSrc; ///< takes `AudioBlock`s
     ElementRef videoEncoder;
+    EffortSwitch effort; ///< of the video encoder
     ElementRef videoSink;
     ElementRef audioSink;
     std::uint64_t soundLead = 0; ///< ns of the encoder's own in front of the sound, counted in
@@ -37,6 +41,7 @@ struct EncoderPipeline {
 
 /// Builds the pipeline "nimbara-encoder". Throws `Error` with the operator's text: a size or bit
 /// rate out of range, a component that is missing, links that fail.
-EncoderPipeline buildEncoderPipeline(const EncoderProfile &profile);
+EncoderPipeline buildEncoderPipeline(const EncoderProfile &profile,
+    const std::shared_ptr<PictureConverter> &converter);
 
 } // namespace nimbara

@@ -11,6 +11,8 @@ namespace {
 
 constexpr int keyFrameSpacing = 60; // 2 s at 30 frames per second
 constexpr int aacBitrate = 160000;
+constexpr int vp8Speed = 8;
+constexpr int vp8TopSpeed = 16;
 
 void configureVideoToolbox(GObject *encoder, std::int32_t bitrate)
 {
@@ -46,12 +48,17 @@ void configureVp8(GObject *encoder, std::int32_t bitrate)
         "deadline",
         gint64 { 1 }, // real time
         "cpu-used",
-        8,
+        vp8Speed,
         "target-bitrate",
         bitrate,
         "threads",
-        2,
+        1, // two wait for each other with their cores spinning
         nullptr);
+}
+
+void setVp8Cheaper(GObject *encoder, bool cheaper)
+{
+    g_object_set(encoder, "cpu-used", cheaper ? vp8TopSpeed : vp8Speed, nullptr);
 }
 
 void configureAac(GObject *encoder, std::int32_t /*bitrate*/)
@@ -65,7 +72,9 @@ constexpr std::array streamVideo {
     EncoderChoice { "vtenc_h264", "NV12", configureVideoToolbox },
     EncoderChoice { "openh264enc", "I420", configureOpenH264 },
 };
-constexpr std::array recordingVideo { EncoderChoice { "vp8enc", "I420", configureVp8 } };
+constexpr std::array recordingVideo {
+    EncoderChoice { "vp8enc", "I420", configureVp8, 0, setVp8Cheaper }
+};
 constexpr std::array streamAudio {
     EncoderChoice { "atenc", nullptr, configureAac },
     EncoderChoice { "voaacenc", nullptr, configureAac, 1600 },

@@ -14,6 +14,8 @@ struct EncoderChoice {
     const char *inputFormat = nullptr;
     void (*configure)(GObject *encoder, std::int32_t bitrate) = nullptr;
     std::uint64_t leadFrames = 0; ///< sound frames of its own that it puts in front and counts in
+    /// Simpler coding for less work, or what `configure` set; none: there is nothing to spare.
+    void (*setCheaper)(GObject *encoder, bool cheaper) = nullptr;
 };
 
 /// The encoders of a stream or a recording, best first: the platform's hardware encoder where there

@@ -4,9 +4,9 @@
 
 namespace nimbara {
 
-GstElement *PipelineParts::make(const char *factory) const
+GstElement *PipelineParts::make(const char *factory, const char *name) const
 {
-    GstElement *element = gst_element_factory_make(factory, nullptr);
+    GstElement *element = gst_element_factory_make(factory, name);
     if (element == nullptr) {
         throw Error("Componente no disponible: " + Message::verbatim(QLatin1String(factory)));
     }
@@ -21,9 +21,9 @@ GstElement *PipelineParts::makeFilter(const QString &caps) const
     return filter;
 }
 
-GstElement *PipelineParts::makeInput() const
+GstElement *PipelineParts::makeInput(const char *name) const
 {
-    GstElement *source = make("appsrc");
+    GstElement *source = make("appsrc", name);
     g_object_set(source,
         "is-live",
         TRUE,

@@ -18,11 +18,12 @@ public:
     {
     }
 
-    /// The element is borrowed from the pipeline.
-    GstElement *make(const char *factory) const;
+    /// The element is borrowed from the pipeline. Without a name GStreamer gives one; a source's is
+    /// that of its thread.
+    GstElement *make(const char *factory, const char *name = nullptr) const;
     [[nodiscard]] GstElement *makeFilter(const QString &caps) const;
     /// An input that the program's ticks fill ("appsrc"); time stamps are those of its buffers.
-    [[nodiscard]] GstElement *makeInput() const;
+    [[nodiscard]] GstElement *makeInput(const char *name = nullptr) const;
     static void link(std::initializer_list<GstElement *> chain);
     /// An input that has no caps yet with the muxer's pad for its kind.
     static void link(GstElement *input, GstElement *muxer, const char *pad);

@@ -2,7 +2,9 @@
 
 #include "base/error.h"
 #include "output/encode/failure_text.h"
+#include "output/encode/picture_converter.h"
 #include "output/encode/pipeline_parts.h"
+#include "output/encode/task_threads.h"
 #include "output/encode/warm_up.h"
 #include "signal/audio_block.h"
 
@@ -11,6 +13,7 @@
 #include <gst/video/video.h>
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 namespace nimbara {
@@ -18,19 +21,6 @@ namespace nimbara {
 namespace {
 
 constexpr std::uint64_t frameDuration = 33'333'333; // ns
-
-/// A buffer that reads the frame's own pixels and keeps the frame alive for as long.
-BufferRef sharedBuffer(const FramePtr &frame)
-{
-    const gsize size = frame->pixels.size();
-    return BufferRef::adopt(gst_buffer_new_wrapped_full(GST_MEMORY_FLAG_READONLY,
-        const_cast<std::uint8_t *>(frame->pixels.data()), // NOLINT: the memory is read-only
-        size,
-        0,
-        size,
-        new FramePtr(frame),
-        [](gpointer held) { delete static_cast<FramePtr *>(held); }));
-}
 
 BufferRef copiedBuffer(std::span<const float> block)
 {
@@ -90,12 +80,15 @@ struct ProgramEncoder::End {
     }
 };
 
-ProgramEncoder::ProgramEncoder(const EncoderProfile &profile)
-    : m_parts(buildEncoderPipeline(profile))
+ProgramEncoder::ProgramEncoder(const EncoderProfile &profile,
+    const std::shared_ptr<PictureConverter> &converter)
+    : m_parts(buildEncoderPipeline(profile, converter))
 {
     m_ends->soundLead = m_parts.soundLead;
     listen(m_parts.videoSink, Track::Picture);
     listen(m_parts.audioSink, Track::Sound);
+    countTaken();
+    giveWayToOthers(m_parts.pipeline.bus());
     if (!m_parts.pipeline.play()) {
         throw Error(QStringLiteral("No se pudo iniciar salida"));
     }
@@ -115,6 +108,20 @@ void ProgramEncoder::listen(const ElementRef &sink, Track track)
         &callbacks,
         new End { m_ends, track },
         [](gpointer data) { delete static_cast<End *>(data); });
+}
+
+/// By the pictures that leave the input: what comes before them out of it was let go of.
+void ProgramEncoder::countTaken()
+{
+    gst_pad_add_probe(
+        padOf(m_parts.videoSrc.get(), "src").get(),
+        GST_PAD_PROBE_TYPE_BUFFER,
+        [](GstPad *, GstPadProbeInfo *, gpointer data) {
+            (*static_cast<std::shared_ptr<Ends> *>(data))->taken.fetch_add(1);
+            return GST_PAD_PROBE_OK;
+        },
+        new std::shared_ptr<Ends>(m_ends),
+        [](gpointer data) { delete static_cast<std::shared_ptr<Ends> *>(data); });
 }
 
 void ProgramEncoder::join(const std::shared_ptr<EncodedTap> &tap)
@@ -163,7 +170,11 @@ void ProgramEncoder::pushVideo(const FramePtr &frame)
     if (!takes() || std::exchange(m_pictureTaken, true)) {
         return;
     }
-    if (!push(m_parts.videoSrc, sharedBuffer(frame), m_time, frameDuration)) {
+    if (m_isHalfRate && std::exchange(m_skips, !m_skips)) {
+        return;
+    }
+    ++m_pushed;
+    if (!push(m_parts.videoSrc, frameBuffer(frame), m_time, frameDuration)) {
         m_error = "No se pudo enviar video a salida";
     }
 }
@@ -178,6 +189,20 @@ void ProgramEncoder::pushAudio(std::span<const float> block)
     if (!push(m_parts.audioSrc, copiedBuffer(block), m_time, duration)) {
         m_error = "No se pudo enviar audio a salida";
     }
+}
+
+void ProgramEncoder::setEffort(Effort effort)
+{
+    m_parts.effort.setCheaper(effort != Effort::Full);
+    m_isHalfRate = effort == Effort::HalfRate;
+}
+
+std::uint64_t ProgramEncoder::lost() const
+{
+    const std::uint64_t waiting
+        = gst_app_src_get_current_level_buffers(GST_APP_SRC(m_parts.videoSrc.get()));
+    const std::uint64_t seen = m_ends->taken + waiting;
+    return m_pushed - std::min(seen, m_pushed);
 }
 
 void ProgramEncoder::finish()
@@ -210,9 +235,34 @@ std::shared_ptr<ProgramEncoder> EncoderPool::take(const EncoderProfile &profile)
             return encoder;
         }
     }
-    auto encoder = std::make_shared<ProgramEncoder>(profile);
+    auto encoder = std::make_shared<ProgramEncoder>(profile, m_converter);
     m_entries.push_back({ profile, encoder });
     return encoder;
+}
+
+void EncoderPool::poll(std::int64_t tNs)
+{
+    for (Entry &entry : m_entries) {
+        if (const auto encoder = entry.encoder.lock()) {
+            count(entry, *encoder);
+            encoder->setEffort(effortNow());
+        }
+    }
+    m_pressure.observe(tNs, m_pushed, m_lost);
+}
+
+void EncoderPool::count(Entry &entry, const ProgramEncoder &encoder)
+{
+    m_pushed += encoder.pushed() - std::exchange(entry.pushed, encoder.pushed());
+    const std::uint64_t lost = std::max(encoder.lost(), entry.lost); // one may be on its way out
+    m_lost += lost - std::exchange(entry.lost, lost);
+}
+
+/// Two encoders have no core to spare for each other on the smallest machines.
+Effort EncoderPool::effortNow() const
+{
+    const bool isTight = m_entries.size() > 1 && std::thread::hardware_concurrency() <= 2;
+    return std::max(m_pressure.effort(), isTight ? Effort::Cheaper : Effort::Full);
 }
 
 } // namespace nimbara

@@ -3,6 +3,7 @@
 #include "base/message.h"
 #include "output/encode/encoded_tap.h"
 #include "output/encode/encoder_pipeline.h"
+#include "output/encode/pressure.h"
 #include "signal/frame.h"
 
 #include <atomic>
@@ -27,8 +28,10 @@ class ProgramEncoder {
 public:
     static constexpr std::int64_t keySpacingNs = 2'000'000'000; ///< between two that are asked for
 
-    /// Builds the pipeline and asks for PLAYING. Throws `Error` with the operator's text.
-    explicit ProgramEncoder(const EncoderProfile &profile);
+    /// Builds the pipeline and asks for PLAYING. `converter`: shared with encoders that read the
+    /// same pictures. Throws `Error` with the operator's text.
+    explicit ProgramEncoder(const EncoderProfile &profile,
+        const std::shared_ptr<PictureConverter> &converter = std::make_shared<PictureConverter>());
     ProgramEncoder(const ProgramEncoder &) = delete;
     ProgramEncoder &operator=(const ProgramEncoder &) = delete;
     ProgramEncoder(ProgramEncoder &&) = delete;
@@ -50,6 +53,12 @@ public:
     /// Ends both tracks, once; nothing more is taken.
     void finish();
 
+    void setEffort(Effort effort);
+    /// Pictures that were to be encoded since the start.
+    [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
+    /// Of those, the ones that were let go of because the encoder did not keep up.
+    [[nodiscard]] std::uint64_t lost() const;
+
     /// Reads the bus and gives why encoding stopped; empty while it goes on.
     const Message &poll();
 
@@ -70,9 +79,11 @@ private:
         std::mutex mutex;
         Taps taps;
         std::uint64_t soundLead = 0; ///< ns
+        std::atomic<std::uint64_t> taken = 0; ///< pictures that left the input
     };
     struct End;
     void listen(const ElementRef &sink, Track track);
+    void countTaken();
     void askForKey();
     [[nodiscard]] bool takes() const { return m_error.isEmpty() && !m_ended && m_base != -1; }
 
@@ -83,6 +94,9 @@ private:
     bool m_pictureTaken = false; ///< of this tick
     bool m_soundTaken = false;
     bool m_ended = false;
+    bool m_isHalfRate = false;
+    bool m_skips = false; ///< the next picture, at half the rate
+    std::uint64_t m_pushed = 0;
     std::uint64_t m_time = 0; ///< ns, of this tick
     Message m_error;
     EncoderPipeline m_parts;
@@ -95,12 +109,28 @@ public:
     /// The one of this profile that works, or a new one. Throws as `ProgramEncoder`.
     std::shared_ptr<ProgramEncoder> take(const EncoderProfile &profile);
 
+    /// Call on every tick, after the pictures were pushed: sees to it that the encoders ask of the
+    /// machine what it has.
+    void poll(std::int64_t tNs);
+    [[nodiscard]] Effort effort() const { return m_pressure.effort(); }
+    /// Pictures of all encoders since the start: to be encoded, and let go of.
+    [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
+    [[nodiscard]] std::uint64_t lost() const { return m_lost; }
+
 private:
     struct Entry {
         EncoderProfile profile;
         std::weak_ptr<ProgramEncoder> encoder;
+        std::uint64_t pushed = 0; ///< when last seen
+        std::uint64_t lost = 0;
     };
+    [[nodiscard]] Effort effortNow() const;
+    void count(Entry &entry, const ProgramEncoder &encoder);
     std::vector<Entry> m_entries;
+    std::shared_ptr<PictureConverter> m_converter = std::make_shared<PictureConverter>();
+    Pressure m_pressure;
+    std::uint64_t m_pushed = 0;
+    std::uint64_t m_lost = 0;
 };
 
 } // namespace nimbara

@@ -27,6 +27,7 @@ Outputs::push(const FramePtr &frame, std::span<const float> block, std::int64_t 
             stopped.destinations.push_back(slot);
         }
     }
+    m_encoders.poll(tNs);
     return stopped;
 }
 

@@ -173,26 +173,29 @@ double barePipelineCores(const std::string &view, bool isMatroska)
           "sound. ! queue ! voaacenc bitrate=160000 ! aacparse ! tee name=aac ";
     for (int slot = 0; slot < 4; ++slot) {
         const std::string mux = std::string("mux").append(std::to_string(slot));
-        description += "flvmux streamable=true name=" + mux + " ! rtmp2sink location="
+        description += "flvmux streamable=true name=" + mux
+            + " ! rtmp2sink sync=false async=false location="
             + platform.rtmp(QStringLiteral("live")).toStdString() + "/bare" + std::to_string(slot)
             + " h264. ! queue ! " + mux + ". aac. ! queue ! " + mux + ". ";
     }
-    const std::string end = " ! filesink sync=false location=" + recording + " ";
+    const std::string end = " ! filesink sync=false async=false location=" + recording + " ";
     description += isMatroska
         ? "matroskamux name=file" + end + "h264. ! queue ! file. aac. ! queue ! file. "
         : "webmmux name=file" + end
-            + "pictures. ! queue ! vp8enc deadline=1 cpu-used=8 target-bitrate=6000000 threads=2 "
-              "! queue ! file. sound. ! queue ! vorbisenc ! queue ! file.";
+            + "pictures. ! queue ! vp8enc deadline=1 cpu-used=8 target-bitrate=6000000 threads=1 "
+              "! queue ! file. sound. ! queue ! audioconvert ! vorbisenc ! queue ! file.";
     GstElement *pipeline = gst_parse_launch(description.c_str(), nullptr);
     gst_element_set_state(pipeline, GST_STATE_PLAYING);
     std::this_thread::sleep_for(3s);
+    const bool runs
+        = gst_element_get_state(pipeline, nullptr, nullptr, 0) == GST_STATE_CHANGE_SUCCESS;
     const double before = processCpuSeconds();
     const auto length = std::max(runLength() / 2, 5s);
     std::this_thread::sleep_for(length);
     const double cpu = processCpuSeconds() - before;
     gst_element_set_state(pipeline, GST_STATE_NULL);
     gst_object_unref(pipeline);
-    return cpu / static_cast<double>(length.count());
+    return runs ? cpu / static_cast<double>(length.count()) : 0;
 }
 
 std::string tellFive(const char *recordingName)

@@ -49,6 +49,8 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_images(m_stage, m_sources.shelf())
     , m_outputs(m_retirement)
     , m_streams(clock, m_outputs, m_stage, m_secrets)
+    , m_recordings(clock, m_outputs, m_stage, below(peers.dataFolder, "recordings"))
+    , m_health(m_outputs, m_streams, m_recordings)
     , m_projects(
           m_factory,
           [this] { return hasOutputs(); },
@@ -80,6 +82,8 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_projects, &ProjectDesk::recovered, this, callOffTakes);
     connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
     connect(&m_streams, &StreamDesk::said, this, &Studio::status);
+    connect(&m_recordings, &RecordingDesk::said, this, &Studio::status);
+    connect(&m_recordings, &RecordingDesk::alarmed, this, &Studio::alarm);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
 }
 
@@ -98,6 +102,19 @@ void Studio::tick()
     const Pictures pictures = composePictures(now);
     Q_EMIT picturesMade(pictures);
     feedOutputs(pictures.streams, *frameTime);
+    ++m_composed;
+    m_late += m_clock.monotonicUs() - *frameTime > FrameSchedule::periodUs ? 1 : 0;
+    measureHealth(now);
+}
+
+void Studio::measureHealth(std::int64_t now)
+{
+    if (m_health.measure(now, { m_composed + missedSlots(), m_late + missedSlots() })) {
+        if (const Message text = m_health.advice(); !text.isEmpty()) {
+            alarm(text);
+        }
+        Q_EMIT healthMeasured();
+    }
 }
 
 void Studio::readInputs()
@@ -111,6 +128,7 @@ void Studio::readInputs()
     m_images.poll();
     m_audio.pull();
     m_streams.poll();
+    m_recordings.poll();
     m_retirement->reap();
 }
 
@@ -131,7 +149,9 @@ std::optional<Message> Studio::shutDown()
 {
     m_streams.callOffStarts();
     m_translation.shutDown();
-    return finishOutputs(m_outputs.recording(), m_streams);
+    auto told = finishOutputs(m_outputs.recording(), m_streams);
+    m_recordings.ended(!told && !m_outputs.recording().exists());
+    return told;
 }
 
 Pictures Studio::composePictures(std::int64_t now)
@@ -158,19 +178,25 @@ void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
     Q_EMIT outputsStepped();
 }
 
+void Studio::alarm(const Message &text)
+{
+    Q_EMIT status(text);
+    m_notices.raise(text);
+}
+
 /// An output that ends by itself in mid-service must not go by unseen.
 void Studio::tellStopped(const Outputs::Stopped &stopped)
 {
     if (stopped.recording) {
         Q_EMIT status(*stopped.recording);
+        m_recordings.ended(*stopped.recording == Recording::savedText());
         if (*stopped.recording != Recording::savedText()) {
             m_notices.raise("La grabación se detuvo: " + *stopped.recording);
         }
     }
     for (const std::size_t slot : stopped.destinations) {
         if (const Message text = m_streams.lost(slot); !text.isEmpty()) {
-            Q_EMIT status(text);
-            m_notices.raise(text);
+            alarm(text);
         }
     }
 }

@@ -7,6 +7,8 @@
 #include "output/sink/outputs.h"
 #include "secrets/secret_store.h"
 #include "studio/edit/stage.h"
+#include "studio/outputs/recording_desk.h"
+#include "studio/outputs/service_health.h"
 #include "studio/outputs/stream_desk.h"
 #include "studio/outputs/wake_lock.h"
 #include "studio/programs/diagnostics.h"
@@ -38,7 +40,7 @@ struct StudioPeers {
     Endpoint openAi = openAiEndpoint();
     Endpoint apiBible = apiBibleEndpoint();
     std::unique_ptr<SystemKeyStore> keychain = nullptr; ///< none: the platform's store
-    QString dataFolder {}; ///< of recovery copies and backups; empty: none are kept
+    QString dataFolder {}; ///< of recovery copies, backups, recordings; empty: none are kept
 };
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick
@@ -71,6 +73,9 @@ public:
     [[nodiscard]] ImageIntake &images() { return m_images; }
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
     [[nodiscard]] StreamDesk &streams() { return m_streams; }
+    [[nodiscard]] RecordingDesk &recordings() { return m_recordings; }
+    /// How the outputs and the machine are.
+    [[nodiscard]] const ServiceHealth &health() const { return m_health; }
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
@@ -106,12 +111,16 @@ Q_SIGNALS:
     void picturesMade(const Pictures &pictures);
     /// After each frame that an output took: buttons, labels and guards may have changed.
     void outputsStepped();
+    /// `health` has been measured anew, once a second.
+    void healthMeasured();
 
 private:
     void readInputs();
     [[nodiscard]] Pictures composePictures(std::int64_t now);
     void feedOutputs(const QImage &streams, std::int64_t frameTime);
     void tellStopped(const Outputs::Stopped &stopped);
+    void alarm(const Message &text);
+    void measureHealth(std::int64_t now);
 
     const Clock &m_clock;
     QSettings m_settings;
@@ -131,6 +140,8 @@ private:
     ImageIntake m_images;
     Outputs m_outputs;
     StreamDesk m_streams;
+    RecordingDesk m_recordings;
+    ServiceHealth m_health;
     ProjectDesk m_projects;
     WorkSafety m_safety;
     TranslationDesk m_translation;
@@ -141,6 +152,8 @@ private:
     bool m_hallShown = false;
     Diagnostics m_diagnostics;
     FrameSchedule m_schedule;
+    std::uint64_t m_composed = 0; ///< pictures since the start
+    std::uint64_t m_late = 0; ///< of those, later than a period after their slot
 };
 
 } // namespace nimbara

@@ -39,6 +39,22 @@ GstElement *makeLeakyInput(const PipelineParts &parts,
     return source;
 }
 
+/// Pictures in the encoder's format that may wait for it: when the machine is short of breath for a
+/// second, none is lost. In front of it, in four times the room, wait a few more.
+GstElement *makeBreath(const PipelineParts &parts, const char *name)
+{
+    GstElement *queue = parts.make("queue", name);
+    g_object_set(queue,
+        "max-size-buffers",
+        30U,
+        "max-size-bytes",
+        0U,
+        "max-size-time",
+        guint64 { 0 },
+        nullptr);
+    return queue;
+}
+
 /// Hands on what comes as soon as it comes.
 GstElement *makeEnd(const PipelineParts &parts)
 {
@@ -68,13 +84,13 @@ void makeVideo(const PipelineParts &parts,
     const bool isH264 = profile.codecs == Codecs::H264Aac;
     const EncoderChoice &choice = firstAvailable(videoEncoders(isH264));
     const GstVideoFormat format = gst_video_format_from_string(choice.inputFormat);
-    GstElement *source
-        = makeLeakyInput(parts, isH264 ? "h264" : "vp8", pictureCaps(profile, format), 10);
+    GstElement *source = makeLeakyInput(parts, "pictures", pictureCaps(profile, format), 5);
     convertFrames(source, format, converter);
+    GstElement *breath = makeBreath(parts, isH264 ? "h264" : "vp8");
     GstElement *encoder = parts.make(choice.factory);
     choice.configure(G_OBJECT(encoder), profile.bitrate);
     GstElement *end = makeEnd(parts);
-    PipelineParts::link({ source, encoder });
+    PipelineParts::link({ source, breath, encoder });
     if (isH264) {
         GstElement *parse = parts.make("h264parse");
         GstElement *units

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace nimbara {
@@ -76,6 +77,11 @@ public:
     [[nodiscard]] bool ready() const { return m_output != nullptr && m_output->ready(); }
     /// The server takes what a running slot sends.
     [[nodiscard]] bool accepted() const { return m_output != nullptr && m_output->accepted(); }
+    /// Of the present run; none when idle.
+    [[nodiscard]] std::optional<OutletFigures> figures() const
+    {
+        return m_output ? std::optional(m_output->figures()) : std::nullopt;
+    }
     /// What ended the last run.
     [[nodiscard]] OutputFailure failure() const { return m_failure; }
     /// What its button does now.

@@ -39,6 +39,13 @@ void OutletInput::take(Track track, const EncodedUnit &unit)
 
 void OutletInput::takePicture(const EncodedUnit &unit)
 {
+    if (m_waitsForOther) {
+        return;
+    }
+    if (m_next && unit.isKey && m_base) {
+        handOver(unit);
+        return;
+    }
     if (!m_base) {
         if (!unit.isKey) {
             return;
@@ -50,13 +57,65 @@ void OutletInput::takePicture(const EncodedUnit &unit)
     }
     m_behind = gst_app_src_get_current_level_time(appSource(m_video.source)) > m_patienceNs
         || (m_behind && !unit.isKey);
-    if (!m_behind) {
-        forward(m_video, unit);
+    if (m_behind) {
+        ++m_given.dropped;
+        return;
     }
+    forward(m_video, unit);
+    ++m_given.pictures;
+}
+
+/// The sound that was held belongs to the two by its time.
+void OutletInput::handOver(const EncodedUnit &key)
+{
+    const std::uint64_t base = key.time - std::min(key.time, key.lead);
+    const auto later = [base](const EncodedUnit &unit) { return unit.time >= base; };
+    const auto first = std::find_if(m_held.begin(), m_held.end(), later);
+    std::for_each(m_held.begin(), first, [this](const EncodedUnit &unit) {
+        forward(m_audio, unit);
+    });
+    m_next->beginAt(base, { first, m_held.end() });
+    m_next.reset();
+    m_soundEnd = base;
+    finish(m_video);
+    if (first != m_held.end()) {
+        finish(m_audio); // else some of it may still be encoded
+    }
+    m_held.clear();
+}
+
+void OutletInput::beginAt(std::uint64_t base, const std::deque<EncodedUnit> &sound)
+{
+    const std::lock_guard lock(m_mutex);
+    m_waitsForOther = false;
+    m_base = base;
+    for (const EncodedUnit &unit : sound) {
+        takeSound(unit);
+    }
+}
+
+void OutletInput::handOverTo(const std::shared_ptr<OutletInput> &next)
+{
+    {
+        const std::lock_guard lock(next->m_mutex);
+        next->m_waitsForOther = true;
+    }
+    const std::lock_guard lock(m_mutex);
+    m_next = next;
 }
 
 void OutletInput::takeSound(const EncodedUnit &unit)
 {
+    if (m_waitsForOther) {
+        return;
+    }
+    if (m_next) {
+        m_held.push_back(unit);
+        return;
+    }
+    if (m_soundEnd && unit.time >= *m_soundEnd) {
+        finish(m_audio);
+    }
     if (m_base) {
         if (unit.time >= *m_base) {
             forward(m_audio, unit);
@@ -69,7 +128,7 @@ void OutletInput::takeSound(const EncodedUnit &unit)
     }
 }
 
-void OutletInput::forward(Input &input, const EncodedUnit &unit) const
+void OutletInput::forward(Input &input, const EncodedUnit &unit)
 {
     if (input.hasEnded) {
         return;
@@ -78,6 +137,7 @@ void OutletInput::forward(Input &input, const EncodedUnit &unit) const
         input.caps = unit.caps;
         gst_app_src_set_caps(appSource(input.source), unit.caps.get());
     }
+    m_given.bytes += gst_buffer_get_size(unit.buffer.get());
     GstBuffer *buffer = gst_buffer_copy(unit.buffer.get());
     GST_BUFFER_PTS(buffer) = unit.time - *m_base;
     GST_BUFFER_DTS(buffer) = GST_CLOCK_TIME_NONE; // pictures come in the order of their display
@@ -108,6 +168,17 @@ void OutletInput::finish(Input &input)
     if (!std::exchange(input.hasEnded, true)) {
         gst_app_src_end_of_stream(appSource(input.source));
     }
+}
+
+OutletFigures OutletInput::figures() const
+{
+    const std::lock_guard lock(m_mutex);
+    OutletFigures figures = m_given;
+    figures.waitingNs = gst_app_src_get_current_level_time(appSource(m_video.source));
+    const std::uint64_t waiting = gst_app_src_get_current_level_bytes(appSource(m_video.source))
+        + gst_app_src_get_current_level_bytes(appSource(m_audio.source));
+    figures.bytes -= std::min(waiting, figures.bytes);
+    return figures;
 }
 
 bool OutletInput::hasBegun() const

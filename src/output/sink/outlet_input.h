@@ -4,10 +4,19 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <optional>
 
 namespace nimbara {
+
+/// What went into an outlet since its start, and what waits there.
+struct OutletFigures {
+    std::uint64_t bytes = 0; ///< that the outlet has taken
+    std::uint64_t pictures = 0; ///< handed over
+    std::uint64_t dropped = 0; ///< pictures left out because too much waited
+    std::uint64_t waitingNs = 0; ///< of pictures
+};
 
 /// The way from an encoder into one outlet's muxer. It begins with a key frame, whose time is 0 for
 /// the outlet. When more than `patienceNs` of pictures wait to be sent, pictures are dropped up to
@@ -27,6 +36,12 @@ public:
     /// Both end with what has come so far.
     void finish();
 
+    /// With the next key frame the tracks end here and go on in `next`, which has to be a tap of
+    /// the same encoder by then: no picture and no sound is missing or doubled between the two.
+    void handOverTo(const std::shared_ptr<OutletInput> &next);
+
+    [[nodiscard]] OutletFigures figures() const;
+
     /// Its first key frame has come.
     [[nodiscard]] bool hasBegun() const;
 
@@ -36,9 +51,11 @@ private:
         CapsRef caps; ///< set last
         bool hasEnded = false;
     };
+    void handOver(const EncodedUnit &key);
+    void beginAt(std::uint64_t base, const std::deque<EncodedUnit> &sound);
     void takePicture(const EncodedUnit &unit);
     void takeSound(const EncodedUnit &unit);
-    void forward(Input &input, const EncodedUnit &unit) const;
+    void forward(Input &input, const EncodedUnit &unit);
     static void finish(Input &input);
 
     mutable std::mutex m_mutex;
@@ -49,6 +66,11 @@ private:
     std::deque<EncodedUnit> m_early; ///< sound of the last second before the first key frame
     std::optional<std::uint64_t> m_end; ///< ns on the encoder's time line
     bool m_behind = false; ///< until the next key frame
+    bool m_waitsForOther = false; ///< for the one before to hand over
+    std::shared_ptr<OutletInput> m_next; ///< goes on with the next key frame
+    std::optional<std::uint64_t> m_soundEnd; ///< ns on the encoder's time line, once it has
+    std::deque<EncodedUnit> m_held; ///< sound that may belong to the next one
+    OutletFigures m_given; ///< bytes with those that wait
 };
 
 } // namespace nimbara

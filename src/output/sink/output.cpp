@@ -15,6 +15,8 @@ constexpr std::uint64_t streamPatience = 2'000'000'000;
 constexpr std::uint64_t filePatience = 20'000'000'000;
 /// With a shared encoder, for what it still holds.
 constexpr auto endPatience = std::chrono::seconds(1);
+/// For the key frame with which another output goes on.
+constexpr auto keyPatience = std::chrono::seconds(5);
 
 /// The sink tells a bad certificate by the domain of the error that its debug text names.
 OutputFailure failureOf(GstMessage *message)
@@ -124,13 +126,24 @@ void Output::finish()
     }
 }
 
+void Output::handOverTo(Output &next)
+{
+    if (takes()) {
+        m_stopping = true;
+        m_handsOver = true;
+        m_stoppedAt = std::chrono::steady_clock::now();
+        m_input->handOverTo(next.m_input);
+    }
+}
+
 /// What was pushed is still to be encoded. An encoder of one's own ends; one that others use goes
 /// on, unless they have stopped to push as well.
 void Output::pollEnd()
 {
     if (m_encoder.use_count() == 1) {
         m_encoder->finish();
-    } else if (std::chrono::steady_clock::now() - m_stoppedAt > endPatience) {
+    } else if (std::chrono::steady_clock::now() - m_stoppedAt
+        > (m_handsOver ? keyPatience : endPatience)) {
         m_input->finish();
     }
 }

@@ -82,6 +82,14 @@ public:
     /// `finished` turns true, which `pollOutput` finds.
     void finish();
 
+    /// The program goes on in `next`, which has the same profile and pool, from its next key frame
+    /// on: nothing is missing or doubled between the two. Nothing more is pushed here; it finishes
+    /// by itself, and `next` is pushed to at once.
+    void handOverTo(Output &next);
+
+    /// Since the start. Thread-safe.
+    [[nodiscard]] OutletFigures figures() const { return m_input->figures(); }
+
     /// What is pushed after the next stamp is taken. One that joins a running encoder waits for a
     /// key frame first, two seconds at most.
     [[nodiscard]] bool ready() const
@@ -109,6 +117,7 @@ private:
     std::int32_t m_width;
     std::int32_t m_height;
     bool m_stopping = false;
+    bool m_handsOver = false;
     std::chrono::steady_clock::time_point m_stoppedAt;
     bool m_running = false;
     bool m_finished = false;

@@ -1,5 +1,7 @@
 #include "output/sink/recording.h"
 
+#include "base/log.h"
+
 namespace nimbara {
 
 Message recordingButtonText(RecordingState state)
@@ -33,17 +35,41 @@ Recording::Recording(std::shared_ptr<Retirement> retirement, EncoderPool &encode
 
 Recording::~Recording()
 {
-    m_retirement->retire(std::move(m_output));
+    abandon();
 }
 
-void Recording::start(const QString &path, FrameSize size)
+std::unique_ptr<Output> Recording::makeOutput(const QString &path, FrameSize size)
 {
-    m_output = std::make_unique<Output>(size.width,
+    return std::make_unique<Output>(size.width,
         size.height,
         false,
         path,
         outputBitrate,
         &m_encoders);
+}
+
+void Recording::start(const QString &path, FrameSize size)
+{
+    m_output = makeOutput(path, size);
+}
+
+void Recording::startPart(const QString &path)
+{
+    auto next = makeOutput(path, m_output->size());
+    m_output->handOverTo(*next);
+    m_retirement->retire(std::move(m_lastPart));
+    m_lastPart = std::exchange(m_output, std::move(next));
+}
+
+void Recording::abandon()
+{
+    m_retirement->retire(std::move(m_lastPart));
+    m_retirement->retire(std::move(m_output));
+}
+
+std::optional<OutletFigures> Recording::figures() const
+{
+    return m_output ? std::optional(m_output->figures()) : std::nullopt;
 }
 
 void Recording::finish()
@@ -64,8 +90,24 @@ Recording::push(const FramePtr &frame, std::span<const float> block, std::int64_
     return poll();
 }
 
+/// Its end takes nothing from the one that is being written.
+void Recording::pollLastPart()
+{
+    if (!m_lastPart) {
+        return;
+    }
+    m_lastPart->pollOutput();
+    if (!m_lastPart->running()) {
+        if (!m_lastPart->finished()) {
+            logLine(QStringLiteral("Recording, last part: ") + m_lastPart->error().spanish());
+        }
+        m_retirement->retire(std::move(m_lastPart));
+    }
+}
+
 std::optional<Message> Recording::poll()
 {
+    pollLastPart();
     if (!m_output) {
         return std::nullopt;
     }

@@ -23,7 +23,8 @@ enum class RecordingState {
 /// What the record button reads in `state`.
 Message recordingButtonText(RecordingState state);
 
-/// The slot of the program recording. Interface thread only.
+/// The slot of the program recording, which may go on from one file to the next. Interface thread
+/// only.
 ///
 /// Idle → recording (`start`) → finishing (`finish`) → idle, found by `push` or `poll`. Any failure
 /// leads to idle at once. What the muxer had written by then stays on disk.
@@ -43,6 +44,14 @@ public:
     /// to show afterwards: `startedText()`.
     void start(const QString &path, FrameSize size);
 
+    /// Goes on in another file with the next key frame; the present one is finished meanwhile. No
+    /// picture and no sound is missing or doubled between the two. Throws as `start`; the present
+    /// one goes on then. Call it only while recording.
+    void startPart(const QString &path);
+
+    /// Lets go of what is there without waiting for its end.
+    void abandon();
+
     /// Asks for the end of the file. Nothing more is pushed from here on. Does nothing when idle or
     /// already finishing.
     void finish();
@@ -60,17 +69,22 @@ public:
 
     [[nodiscard]] RecordingState state() const;
     /// An output exists: recording or finishing.
-    [[nodiscard]] bool exists() const { return m_output != nullptr; }
+    [[nodiscard]] bool exists() const { return m_output || m_lastPart; }
+    /// Of the present file; none when idle.
+    [[nodiscard]] std::optional<OutletFigures> figures() const;
 
     static Message startedText(); ///< "Grabando Programa y audio seleccionado."
     static Message savedText(); ///< "Grabación guardada correctamente"
 
 private:
+    std::unique_ptr<Output> makeOutput(const QString &path, FrameSize size);
+    void pollLastPart();
     std::optional<Message> completionCheck();
 
     std::shared_ptr<Retirement> m_retirement;
     EncoderPool &m_encoders;
     std::unique_ptr<Output> m_output;
+    std::unique_ptr<Output> m_lastPart; ///< being finished, while the next one is written
 };
 
 } // namespace nimbara

@@ -174,6 +174,7 @@ void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
     } else if (!each.reconnection.isAccepted() && m_outputs.destination(slot).accepted()) {
         each.reconnection.accepted(nowUs);
         if (std::exchange(each.isLost, false)) {
+            ++each.returns;
             Q_EMIT said(Message("%1: la transmisión ha vuelto.",
                 { Message::verbatim(m_outputs.destination(slot).name()) }));
         }
@@ -242,6 +243,7 @@ void StreamDesk::start(std::size_t slot)
     hideKeys();
     forget(slot);
     Slot &each = m_slots.at(slot);
+    each.returns = 0;
     each.startedServer = server(slot);
     each.startedKey = key(slot);
     each.startedSize = m_stage.streamFrame();

@@ -68,6 +68,13 @@ public:
     {
         return m_slots.at(slot).reconnection.isWaiting();
     }
+    /// How often it came back since the operator started it.
+    [[nodiscard]] int reconnections(std::size_t slot) const { return m_slots.at(slot).returns; }
+    /// It sends, or is being tried again.
+    [[nodiscard]] bool isOnAir(std::size_t slot) const
+    {
+        return isReconnecting(slot) || m_outputs.destination(slot).running();
+    }
     /// Calls off the starts that wait for a key, and the attempts to come.
     void callOffStarts();
     /// Stores the keys that are there and removes those that the operator emptied, in the order of
@@ -104,6 +111,7 @@ private:
         QString startedKey;
         FrameSize startedSize {};
         Reconnection reconnection;
+        int returns = 0;
         bool isLost = false; ///< told, and being tried again
         Message shown; ///< while it waits for an attempt
     };

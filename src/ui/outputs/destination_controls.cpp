@@ -1,5 +1,8 @@
 #include "ui/outputs/destination_controls.h"
 
+#include "base/i18n.h"
+#include "ui/outputs/minute_curve.h"
+
 namespace nimbara {
 
 static_assert(OutputsTab::slots == destinationCount);
@@ -47,6 +50,31 @@ void DestinationControls::showDestination(std::size_t slot)
         m_desk.statusText(slot),
         m_desk.isWaiting(slot),
         m_desk.isReconnecting(slot));
+}
+
+QString DestinationControls::figuresText(std::size_t slot, const SlotHealth &health) const
+{
+    return nimbara_i18n::tr("%1 kbit/s · en cola %2 s · perdidas %3 · reconexiones %4")
+        .arg(health.kbits())
+        .arg(health.waitingSeconds, 0, 'f', 1)
+        .arg(health.dropped.sum())
+        .arg(m_desk.reconnections(slot));
+}
+
+void DestinationControls::showHealth(const ServiceHealth &health)
+{
+    for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        if (!m_desk.isOnAir(slot)) {
+            m_tab.showFigures(slot, {}, {});
+            continue;
+        }
+        const SlotHealth &each = health.slot(slot);
+        const QString curve = minuteCurve(each.bytes);
+        const QString toolTip = curve.isEmpty()
+            ? QString()
+            : nimbara_i18n::tr("kbit/s en el último minuto") + QStringLiteral("<br>") + curve;
+        m_tab.showFigures(slot, figuresText(slot, each), toolTip);
+    }
 }
 
 } // namespace nimbara

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "studio/outputs/service_health.h"
 #include "studio/outputs/stream_desk.h"
 #include "ui/kit/error_guard.h"
 #include "ui/outputs/outputs_tab.h"
@@ -19,10 +20,13 @@ public:
 
     /// Shows what the slots do now.
     void showDestinations();
+    /// Shows how those that are on air do.
+    void showHealth(const ServiceHealth &health);
 
 private:
     void connectTab();
     void showDestination(std::size_t slot);
+    [[nodiscard]] QString figuresText(std::size_t slot, const SlotHealth &health) const;
 
     StreamDesk &m_desk;
     OutputsTab &m_tab;

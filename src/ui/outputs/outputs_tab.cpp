@@ -5,6 +5,8 @@
 
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QSpinBox>
+#include <QVBoxLayout>
 
 #include <initializer_list>
 
@@ -16,6 +18,8 @@ OutputsTab::OutputsTab(std::span<const QString, slots> names, QWidget *parent)
     , m_stopStreams(makeButton("Detener transmisiones", "stopStreams"))
     , m_saveKeys(makeButton("Guardar claves en este equipo", "saveKeys"))
     , m_record(makeButton("● Grabar", "record"))
+    , m_pause(makeButton("Pausar", "pauseRecording"))
+    , m_partMinutes(named(new QSpinBox, "partMinutes", nimbara_i18n::tr("Partes de la grabación")))
     , m_reconnects(new QCheckBox(nimbara_i18n::tr("Volver a conectar solo")))
 {
     auto *grid = new QGridLayout(this);
@@ -24,10 +28,11 @@ OutputsTab::OutputsTab(std::span<const QString, slots> names, QWidget *parent)
         addRow(grid, slot);
     }
     addButtons(grid);
+    addRecordingRow(grid);
     grid->setColumnStretch(1, 3);
     grid->setColumnStretch(2, 2);
     grid->setColumnStretch(5, 3);
-    grid->setRowStretch(static_cast<int>(slots) + 1, 1);
+    grid->setRowStretch(static_cast<int>(slots) + 2, 1);
 }
 
 void OutputsTab::addRow(QGridLayout *grid, std::size_t slot)
@@ -38,10 +43,14 @@ void OutputsTab::addRow(QGridLayout *grid, std::size_t slot)
              row.server,
              row.key,
              row.toggle,
-             row.now,
-             row.state }) {
+             row.now }) {
         grid->addWidget(widget, static_cast<int>(slot), column++);
     }
+    auto *state = new QVBoxLayout;
+    state->setSpacing(0);
+    state->addWidget(row.state);
+    state->addWidget(row.figures);
+    grid->addLayout(state, static_cast<int>(slot), column);
     connect(row.toggle, &QPushButton::clicked, this, [this, slot] { Q_EMIT togglePressed(slot); });
     connect(row.now, &QPushButton::clicked, this, [this, slot] { Q_EMIT retryNowPressed(slot); });
     connect(row.server, &QLineEdit::textChanged, this, [this, slot](const QString &text) {
@@ -58,7 +67,7 @@ void OutputsTab::addRow(QGridLayout *grid, std::size_t slot)
 void OutputsTab::addButtons(QGridLayout *grid)
 {
     auto *buttons = new QHBoxLayout;
-    for (QPushButton *button : { m_startSelected, m_stopStreams, m_saveKeys, m_record }) {
+    for (QPushButton *button : { m_startSelected, m_stopStreams, m_saveKeys }) {
         buttons->addWidget(button);
     }
     buttons->addWidget(m_reconnects);
@@ -67,9 +76,26 @@ void OutputsTab::addButtons(QGridLayout *grid)
     connect(m_startSelected, &QPushButton::clicked, this, &OutputsTab::startSelectedPressed);
     connect(m_stopStreams, &QPushButton::clicked, this, &OutputsTab::stopStreamsPressed);
     connect(m_saveKeys, &QPushButton::clicked, this, &OutputsTab::saveKeysPressed);
-    connect(m_record, &QPushButton::clicked, this, &OutputsTab::recordPressed);
     m_reconnects->setObjectName(QStringLiteral("reconnects"));
     connect(m_reconnects, &QCheckBox::toggled, this, &OutputsTab::reconnectsChanged);
+}
+
+void OutputsTab::addRecordingRow(QGridLayout *grid)
+{
+    m_partMinutes->setRange(0, 240);
+    m_partMinutes->setSpecialValueText(nimbara_i18n::tr("Un solo archivo"));
+    m_partMinutes->setPrefix(nimbara_i18n::tr("Partes de") + QLatin1Char(' '));
+    m_partMinutes->setSuffix(QStringLiteral(" min"));
+    m_pause->hide();
+    auto *row = new QHBoxLayout;
+    row->addWidget(m_record);
+    row->addWidget(m_pause);
+    row->addWidget(m_partMinutes);
+    row->addStretch();
+    grid->addLayout(row, static_cast<int>(slots) + 1, 0, 1, grid->columnCount());
+    connect(m_record, &QPushButton::clicked, this, &OutputsTab::recordPressed);
+    connect(m_pause, &QPushButton::clicked, this, &OutputsTab::pausePressed);
+    connect(m_partMinutes, &QSpinBox::valueChanged, this, &OutputsTab::partMinutesChanged);
 }
 
 OutputsTab::Row OutputsTab::makeRow(const QString &title, std::size_t slot)
@@ -82,7 +108,8 @@ OutputsTab::Row OutputsTab::makeRow(const QString &title, std::size_t slot)
         new QLineEdit,
         makeButton("Iniciar", ""),
         makeButton("Ahora", ""),
-        new QLabel(nimbara_i18n::tr("Detenido")) };
+        new QLabel(nimbara_i18n::tr("Detenido")),
+        new QLabel };
     row.enabled->setObjectName(name("destination"));
     row.server->setObjectName(name("server"));
     row.server->setAccessibleName(QStringLiteral("RTMP ") + title);
@@ -96,6 +123,9 @@ OutputsTab::Row OutputsTab::makeRow(const QString &title, std::size_t slot)
     row.now->hide();
     row.state->setObjectName(name("state"));
     row.state->setWordWrap(true);
+    row.figures->setObjectName(name("figures"));
+    row.figures->setTextFormat(Qt::PlainText);
+    row.figures->hide();
     return row;
 }
 
@@ -128,6 +158,14 @@ void OutputsTab::showDestination(std::size_t slot,
     row.state->setText(nimbara_i18n::tr(stateText));
 }
 
+void OutputsTab::showFigures(std::size_t slot, const QString &text, const QString &toolTip)
+{
+    const Row &row = m_rows.at(slot);
+    row.figures->setText(text);
+    row.figures->setToolTip(toolTip);
+    row.figures->setVisible(!text.isEmpty());
+}
+
 void OutputsTab::showReconnects(bool on)
 {
     m_reconnects->setChecked(on);
@@ -138,9 +176,11 @@ void OutputsTab::showSaving(bool saving)
     m_saveKeys->setEnabled(!saving);
 }
 
-void OutputsTab::showRecording(const Message &buttonText)
+void OutputsTab::showRecording(const Message &buttonText, bool pausable, bool paused)
 {
     m_record->setText(nimbara_i18n::tr(buttonText));
+    m_pause->setText(nimbara_i18n::tr(paused ? "Reanudar" : "Pausar"));
+    m_pause->setVisible(pausable);
 }
 
 } // namespace nimbara

@@ -13,6 +13,7 @@
 #include <span>
 
 class QGridLayout;
+class QSpinBox;
 
 namespace nimbara {
 
@@ -34,10 +35,14 @@ public:
         const Message &stateText,
         bool waiting,
         bool reconnecting);
+    /// The figures of a slot that is on air, and what its tool tip shows, as rich text; empty:
+    /// none.
+    void showFigures(std::size_t slot, const QString &text, const QString &toolTip);
     void showReconnects(bool on);
     /// Keys are being saved: the button takes no press for now.
     void showSaving(bool saving);
-    void showRecording(const Message &buttonText);
+    /// `pausable`: it can be paused, or is paused and can go on.
+    void showRecording(const Message &buttonText, bool pausable, bool paused);
 
 Q_SIGNALS:
     /// The fields hold other texts, typed or shown.
@@ -52,6 +57,9 @@ Q_SIGNALS:
     void stopStreamsPressed();
     void saveKeysPressed();
     void recordPressed();
+    void pausePressed();
+    /// Of each part of a recording; 0: it stays in one file.
+    void partMinutesChanged(int minutes);
 
 private:
     struct Row {
@@ -61,16 +69,20 @@ private:
         QPushButton *toggle;
         QPushButton *now; ///< while it waits to be connected again
         QLabel *state;
+        QLabel *figures; ///< below it
     };
     Row makeRow(const QString &title, std::size_t slot);
     void addRow(QGridLayout *grid, std::size_t slot);
     void addButtons(QGridLayout *grid);
+    void addRecordingRow(QGridLayout *grid);
 
     std::array<Row, slots> m_rows {};
     QPushButton *m_startSelected;
     QPushButton *m_stopStreams;
     QPushButton *m_saveKeys;
     QPushButton *m_record;
+    QPushButton *m_pause;
+    QSpinBox *m_partMinutes;
     QCheckBox *m_reconnects;
 };
 

@@ -20,11 +20,22 @@ RecordingControls::RecordingControls(Studio &studio,
     connect(&m_tab, &OutputsTab::recordPressed, this, [this, &guard] {
         guard.run([this] { toggle(); });
     });
+    connect(&m_tab, &OutputsTab::pausePressed, this, [this, &guard] {
+        guard.run([this] { pauseOrResume(); });
+    });
+    connect(&m_tab, &OutputsTab::partMinutesChanged, this, [this](int minutes) {
+        m_studio.recordings().setPartMinutes(minutes);
+    });
+    connect(&m_studio.recordings(), &RecordingDesk::changed, this, &RecordingControls::changed);
 }
 
 void RecordingControls::showRecording()
 {
-    m_tab.showRecording(recordingButtonText(m_studio.outputs().recording().state()));
+    const RecordingDesk &desk = m_studio.recordings();
+    const RecordingState state = m_studio.outputs().recording().state();
+    m_tab.showRecording(recordingButtonText(desk.isPaused() ? RecordingState::recording : state),
+        desk.isActive(),
+        desk.isPaused());
 }
 
 /// A name that is free, by the time of day, beside the recording before.
@@ -35,33 +46,35 @@ QString RecordingControls::offeredFile() const
     const QDir folder(m_lastFolder.isEmpty() ? home : m_lastFolder);
     const QString stem = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH-mm "))
         + nimbara_i18n::tr("Servicio");
-    const auto named
-        = [&](const QString &name) { return folder.filePath(name + QStringLiteral(".webm")); };
-    QString path = named(stem);
-    for (int number = 2; QFileInfo::exists(path); ++number) {
-        path = named(QStringLiteral("%1 %2").arg(stem).arg(number));
+    return RecordingDesk::freePath(folder.filePath(stem + QStringLiteral(".webm")));
+}
+
+void RecordingControls::pauseOrResume()
+{
+    if (m_studio.recordings().isPaused()) {
+        m_studio.recordings().resume();
+    } else {
+        m_studio.recordings().pause();
     }
-    return path;
 }
 
 void RecordingControls::toggle()
 {
-    Recording &recording = m_studio.outputs().recording();
-    if (recording.exists()) {
-        recording.finish();
-        Q_EMIT changed();
+    RecordingDesk &desk = m_studio.recordings();
+    const Recording &recording = m_studio.outputs().recording();
+    if (recording.exists() || desk.isPaused()) {
+        desk.finish();
         return;
     }
     const QString path = m_dialogs.saveFile(nimbara_i18n::tr("Grabar Programa"),
         offeredFile(),
         nimbara_i18n::tr("WebM (*.webm)") + QStringLiteral(";;")
             + nimbara_i18n::tr("MKV, lo mismo que las transmisiones (*.mkv)"));
-    if (path.isEmpty() || recording.exists()) {
+    if (path.isEmpty() || recording.exists() || desk.isPaused()) {
         return;
     }
     m_lastFolder = QFileInfo(path).path();
-    recording.start(path, m_studio.stage().streamFrame());
-    Q_EMIT changed();
+    desk.start(path);
     m_studio.status(Recording::startedText());
 }
 

@@ -9,7 +9,7 @@
 
 namespace nimbara {
 
-/// The recording as the operator drives it with its one button. Interface thread only.
+/// The recording as the operator drives it with its buttons. Interface thread only.
 class RecordingControls : public QObject {
     Q_OBJECT
 public:
@@ -25,6 +25,7 @@ Q_SIGNALS:
 
 private:
     void toggle();
+    void pauseOrResume();
     [[nodiscard]] QString offeredFile() const;
 
     Studio &m_studio;

@@ -22,6 +22,7 @@
 #include "ui/outputs/sources_tab.h"
 #include "ui/shell/credits.h"
 #include "ui/shell/header_row.h"
+#include "ui/shell/health_line.h"
 #include "ui/shell/monitors.h"
 #include "ui/shell/notice_bar.h"
 #include "ui/shell/onboarding.h"
@@ -121,6 +122,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_audioTab(new AudioTab)
     , m_outputsTab(new OutputsTab(destinationNames()))
     , m_translationTab(new TranslationTab)
+    , m_health(new HealthLine)
     , m_lostAudio(named(new QLabel, "lostAudio"))
     , m_status(new QLabel)
     , m_hall(std::make_unique<HallControls>(*this,
@@ -204,6 +206,7 @@ void StudioWindow::layOut()
     column->addWidget(scrollable({ { m_header, 0 },
         { m_project, 0 },
         { m_monitors, 3 },
+        { m_health, 0 },
         { m_controls, 0 },
         { m_tabs, 0 } }));
     column->addWidget(new NoticeBar(m_studio.notices()));
@@ -217,6 +220,7 @@ void StudioWindow::connectStudio()
     connect(&m_studio, &Studio::status, this, &StudioWindow::showStatus);
     connect(&m_studio, &Studio::picturesMade, this, &StudioWindow::showPictures);
     connect(&m_studio, &Studio::outputsStepped, this, &StudioWindow::showOutputs);
+    connect(&m_studio, &Studio::healthMeasured, this, &StudioWindow::showHealth);
     const AudioInput *audio = &m_studio.audio();
     connect(audio, &AudioInput::levelsMeasured, m_audioTab, &AudioTab::showLevels);
     connect(audio, &AudioInput::clipChanged, m_audioTab, &AudioTab::showClip);
@@ -381,6 +385,12 @@ void StudioWindow::showOutputs()
     m_recording->showRecording();
     m_destinations->showDestinations();
     m_project->setFormatEnabled(!m_studio.hasOutputs());
+}
+
+void StudioWindow::showHealth()
+{
+    m_health->show(m_studio.health().line());
+    m_destinations->showHealth(m_studio.health());
 }
 
 /// What stopped in a tab that is not in view is marked there until it is read.

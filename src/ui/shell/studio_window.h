@@ -23,6 +23,7 @@ class ControlRow;
 class DestinationControls;
 class HallControls;
 class HeaderRow;
+class HealthLine;
 class Monitors;
 class OutputsTab;
 class ProjectControls;
@@ -81,6 +82,7 @@ private:
 
     void showPictures(const Pictures &pictures);
     void showOutputs();
+    void showHealth();
     void markTabs();
     void showLostAudio(const QString &device);
     void followDocument(const Change &change);
@@ -107,6 +109,7 @@ private:
     AudioTab *m_audioTab;
     OutputsTab *m_outputsTab;
     TranslationTab *m_translationTab;
+    HealthLine *m_health;
     QLabel *m_lostAudio;
     QLabel *m_status;
     std::unique_ptr<HallControls> m_hall;

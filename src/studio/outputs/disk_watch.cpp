@@ -1,0 +1,60 @@
+#include "studio/outputs/disk_watch.h"
+
+#include <QFileInfo>
+#include <QStorageInfo>
+
+#ifdef Q_OS_LINUX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
+namespace nimbara {
+
+namespace {
+
+void bringToDisk([[maybe_unused]] const QString &path)
+{
+#ifdef Q_OS_LINUX
+    const int file = open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC); // NOLINT: as it is
+    if (file >= 0) {
+        fdatasync(file);
+        close(file);
+    }
+#endif
+}
+
+DiskWatch::Sample look(const QString &path)
+{
+    const QFileInfo file(path);
+    const QStorageInfo disk(file.path());
+    const DiskWatch::Sample sample { disk.isValid() ? disk.bytesAvailable() : -1,
+        file.isFile() ? file.size() : -1 };
+    if (sample.fileBytes >= 0) {
+        bringToDisk(path);
+    }
+    return sample;
+}
+
+} // namespace
+
+void DiskWatch::watch(const QString &path)
+{
+    m_path = path;
+    m_look.abandon();
+    m_lookedAtUs = -spacingUs;
+}
+
+std::optional<DiskWatch::Sample> DiskWatch::poll(std::int64_t nowUs)
+{
+    std::optional<Sample> sample;
+    if (m_look.isReady()) {
+        sample = m_look.take();
+    }
+    if (!m_path.isEmpty() && !m_look.isUnderWay() && nowUs - m_lookedAtUs >= spacingUs) {
+        m_lookedAtUs = nowUs;
+        m_look.start([path = m_path] { return look(path); });
+    }
+    return sample;
+}
+
+} // namespace nimbara

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "base/background_task.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+
+namespace nimbara {
+
+/// What the disk says of a file that is being written. Looked at on a background task, since a disk
+/// may hang; at the same time what was written is made to reach the disk (fdatasync(2)), so that a
+/// power cut takes little with it. Interface thread only; nothing waits.
+class DiskWatch {
+public:
+    static constexpr std::int64_t spacingUs = 1'000'000;
+
+    struct Sample {
+        std::int64_t freeBytes = -1; ///< for this user, on its disk; −1: unknown
+        std::int64_t fileBytes = -1; ///< −1: there is none
+    };
+
+    /// From now on this file; empty: none.
+    void watch(const QString &path);
+
+    /// The newest look, once. Begins the next one when it is time and the last one is back.
+    std::optional<Sample> poll(std::int64_t nowUs);
+
+private:
+    QString m_path;
+    BackgroundTask<Sample> m_look;
+    std::int64_t m_lookedAtUs = -spacingUs;
+};
+
+} // namespace nimbara

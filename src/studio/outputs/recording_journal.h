@@ -1,0 +1,47 @@
+#pragma once
+
+#include "base/background_task.h"
+#include "base/message.h"
+
+#include <QLockFile>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
+
+namespace nimbara {
+
+/// Which recordings are being written, so that the next start finds those that a crash or a power
+/// cut left unfinished. Each has a file "<id>.recording" with its path in the folder, and beside it
+/// a lock that is held for as long as this program writes it. Interface thread only.
+class RecordingJournal {
+public:
+    /// Empty: nothing is kept.
+    explicit RecordingJournal(QString folder);
+
+    /// A recording that is written into. Forgotten when it was finished, not when this goes.
+    class Entry {
+    public:
+        explicit Entry(const QString &stem);
+        void finished();
+
+    private:
+        QString m_file;
+        QLockFile m_lock;
+    };
+    /// None when the folder cannot be written to; the recording goes on.
+    [[nodiscard]] std::unique_ptr<Entry> begin(const QString &path) const;
+
+    /// Mends what other runs left behind, on a background task: each is written anew beside itself,
+    /// whole and with an index, and then takes its own place. Call once.
+    void mendUnfinished();
+    /// What came of it, once.
+    std::vector<Message> poll();
+
+private:
+    QString m_folder;
+    BackgroundTask<std::vector<Message>> m_mending;
+};
+
+} // namespace nimbara

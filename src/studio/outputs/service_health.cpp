@@ -1,0 +1,192 @@
+#include "studio/outputs/service_health.h"
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+constexpr double warningLoss = 0.01;
+constexpr double alarmLoss = 0.05;
+constexpr double warningWait = 1; // s of pictures that wait
+constexpr double busyCpu = 0.85;
+constexpr std::int64_t warningDiskMinutes = 60;
+constexpr std::int64_t alarmDiskMinutes = 20;
+constexpr int starvedPatience = 10; // s
+/// Of a recording of which nothing is known yet, with its sound.
+constexpr std::int64_t usualBytesPerMinute = (outputBitrate + 160'000) / 8 * 60;
+
+Message number(std::int64_t value)
+{
+    return Message::verbatim(QString::number(value));
+}
+
+Message clockText(int seconds)
+{
+    return Message::verbatim(QStringLiteral("%1:%2:%3")
+                                 .arg(seconds / 3600)
+                                 .arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'))
+                                 .arg(seconds % 60, 2, 10, QLatin1Char('0')));
+}
+
+HealthLevel levelOfLoss(double share)
+{
+    if (share >= alarmLoss) {
+        return HealthLevel::Alarm;
+    }
+    return share >= warningLoss ? HealthLevel::Warning : HealthLevel::Good;
+}
+
+HealthLevel levelOfDisk(std::int64_t minutes)
+{
+    if (minutes < alarmDiskMinutes) {
+        return HealthLevel::Alarm;
+    }
+    return minutes < warningDiskMinutes ? HealthLevel::Warning : HealthLevel::Good;
+}
+
+double share(std::uint64_t part, std::uint64_t all)
+{
+    return all == 0 ? 0 : static_cast<double>(part) / static_cast<double>(all);
+}
+
+} // namespace
+
+ServiceHealth::ServiceHealth(const Outputs &outputs,
+    const StreamDesk &streams,
+    const RecordingDesk &recordings)
+    : m_outputs(outputs)
+    , m_streams(streams)
+    , m_recordings(recordings)
+{
+}
+
+bool ServiceHealth::measure(std::int64_t nowUs, Composition composition)
+{
+    if (nowUs - m_measuredUs < periodUs) {
+        return false;
+    }
+    m_measuredUs = nowUs;
+    m_cpuShare = m_cpu.share();
+    m_due.add(composition.due);
+    m_late.add(composition.late);
+    m_pushed.add(m_outputs.encoders().pushed());
+    m_lost.add(m_outputs.encoders().lost());
+    m_recordedBytes.add(m_outputs.recording().figures().value_or(OutletFigures {}).bytes);
+    measureSlots();
+    measureTimes();
+    advise();
+    makeLine();
+    return true;
+}
+
+void ServiceHealth::measureSlots()
+{
+    m_wanted = 0;
+    m_up = 0;
+    m_dropped = 0;
+    for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        const Destination &destination = m_outputs.destination(slot);
+        const OutletFigures figures = destination.figures().value_or(OutletFigures {});
+        SlotHealth &health = m_slots.at(slot);
+        health.bytes.add(figures.bytes);
+        health.dropped.add(figures.dropped);
+        health.waitingSeconds = static_cast<double>(figures.waitingNs) * 1e-9;
+        m_dropped = std::max(m_dropped, health.dropped.sum());
+        m_wanted += m_streams.isOnAir(slot) ? 1 : 0;
+        m_up += destination.accepted() ? 1 : 0;
+    }
+}
+
+void ServiceHealth::measureTimes()
+{
+    m_streamSeconds
+        = m_wanted == 0 ? 0 : m_streamSeconds + (m_up > 0 || m_streamSeconds > 0 ? 1 : 0);
+    if (!m_recordings.isActive()) {
+        m_recordingSeconds = 0;
+        m_advised = false;
+    } else if (!m_recordings.isPaused()) {
+        ++m_recordingSeconds;
+    }
+}
+
+/// A machine that cannot encode WebM beside the rest can still write what the streams are sent.
+void ServiceHealth::advise()
+{
+    m_advice = {};
+    const bool isStarved = share(m_lost.gain(), m_pushed.gain()) > alarmLoss
+        || share(m_late.gain(), m_due.gain()) > alarmLoss;
+    m_starvedSeconds = isStarved ? m_starvedSeconds + 1 : 0;
+    const bool isWebM = m_recordings.isActive() && !m_recordings.isPaused()
+        && !m_recordings.path().endsWith(QLatin1String(".mkv"), Qt::CaseInsensitive);
+    if (isWebM && !m_advised && m_starvedSeconds >= starvedPatience) {
+        m_advised = true;
+        m_advice = "El equipo no da abasto para grabar en WebM. Graba en MKV: usa lo mismo que las "
+                   "transmisiones.";
+    }
+}
+
+void ServiceHealth::add(const Message &text, HealthLevel level)
+{
+    m_line.push_back({ text, level });
+}
+
+void ServiceHealth::makeLine()
+{
+    m_line.clear();
+    if (m_wanted > 0) {
+        std::uint64_t bytes = 0;
+        for (const SlotHealth &slot : m_slots) {
+            bytes += slot.bytes.gain();
+        }
+        add({ "En directo %1", { clockText(m_streamSeconds) } });
+        add({ "%1 de %2 destinos", { number(m_up), number(m_wanted) } },
+            m_up < m_wanted ? HealthLevel::Alarm : HealthLevel::Good);
+        add({ "%1 kbit/s", { number(static_cast<std::int64_t>(bytes * 8 / 1000)) } });
+    }
+    if (m_recordings.isActive()) {
+        add({ m_recordings.isPaused() ? "En pausa %1" : "Grabando %1",
+                { clockText(m_recordingSeconds) } },
+            m_recordings.isPaused() ? HealthLevel::Warning : HealthLevel::Good);
+    }
+    addLosses();
+    addDisk();
+}
+
+void ServiceHealth::addLosses()
+{
+    if (m_outputs.any()) {
+        const std::uint64_t lost = m_lost.sum() + m_dropped;
+        HealthLevel level = levelOfLoss(share(lost, m_pushed.sum()));
+        const bool waits = std::any_of(m_slots.begin(), m_slots.end(), [](const auto &slot) {
+            return slot.waitingSeconds >= warningWait;
+        });
+        if (waits) {
+            level = std::max(level, HealthLevel::Warning);
+        }
+        add({ "Imágenes perdidas: %1", { number(static_cast<std::int64_t>(lost)) } }, level);
+    }
+    add({ "Tarde: %1", { number(static_cast<std::int64_t>(m_late.sum())) } },
+        levelOfLoss(share(m_late.sum(), m_due.sum())));
+    if (m_cpuShare) {
+        add({ "CPU %1 %", { number(static_cast<std::int64_t>(*m_cpuShare * 100 + 0.5)) } },
+            *m_cpuShare >= busyCpu ? HealthLevel::Warning : HealthLevel::Good);
+    }
+}
+
+void ServiceHealth::addDisk()
+{
+    const auto free = m_recordings.freeBytes();
+    if (!free) {
+        return;
+    }
+    const bool isKnown = m_recordingSeconds >= static_cast<int>(MinuteSum::seconds);
+    const std::int64_t perMinute = std::max<std::int64_t>(
+        isKnown ? static_cast<std::int64_t>(m_recordedBytes.sum()) : usualBytesPerMinute,
+        1);
+    const std::int64_t minutes
+        = std::max<std::int64_t>(*free - RecordingDesk::reserveBytes, 0) / perMinute;
+    add({ "Disco: %1 min", { number(minutes) } }, levelOfDisk(minutes));
+}
+
+} // namespace nimbara

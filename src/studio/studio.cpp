@@ -49,7 +49,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_images(m_stage, m_sources.shelf())
     , m_outputs(m_retirement)
     , m_streams(clock, m_outputs, m_stage, m_secrets)
-    , m_recordings(clock, m_outputs, m_stage, below(peers.dataFolder, "recordings"))
+    , m_recordings(clock, m_outputs, m_stage, below(peers.dataFolder, "recordings"), peers.disk)
     , m_health(m_outputs, m_streams, m_recordings)
     , m_projects(
           m_factory,

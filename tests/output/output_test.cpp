@@ -238,6 +238,48 @@ private Q_SLOTS:
         QTRY_COMPARE((retirement->reap(), retirement->pending()), 0U);
     }
 
+    void partsJoinWithoutALoss()
+    {
+        for (const auto &suffix : { u"webm"_s, u"mkv"_s }) {
+            const RowName named(qPrintable(suffix));
+            Outputs outputs(std::make_shared<Retirement>());
+            Recording &recording = outputs.recording();
+            ProgramFeed feed(small);
+            const auto run = [&](int ticks) {
+                for (int i = 0; i < ticks; ++i) {
+                    const auto push = [&](const Tick &tick) {
+                        return outputs.push(tick.frame, tick.block, tick.tNs).recording;
+                    };
+                    QVERIFY(!push(feed.next()));
+                    QVERIFY(feed.wait());
+                }
+            };
+            const auto file
+                = [&](int part) { return m_dir.filePath(u"part %1."_s.arg(part) + suffix); };
+            recording.start(file(1), small);
+            QTRY_VERIFY(recording.ready());
+            for (int part = 2; part <= 3; ++part) {
+                run(70);
+                recording.startPart(file(part));
+            }
+            run(70);
+            recording.finish();
+            QTRY_VERIFY((recording.poll(), !recording.exists()));
+            std::size_t pictures = 0;
+            double sound = 0;
+            for (int part = 1; part <= 3; ++part) {
+                const Probe found = probe(file(part));
+                QVERIFY(found.videoTimes.size() > 30 && found.keyTimes.front() < 0.04);
+                QVERIFY(std::abs(found.audioTimes.back() - found.videoTimes.back()) < 0.1);
+                pictures += found.videoTimes.size();
+                sound += found.audioTimes.back() - found.audioTimes.front();
+                QCOMPARE(decodeErrors(file(part)), QByteArray());
+            }
+            QCOMPARE(pictures, 210U);
+            QVERIFY2(std::abs(sound - 7) < 0.15, qPrintable(QString::number(sound)));
+        }
+    }
+
     void tellsWhyItStopped()
     {
         Outputs outputs(std::make_shared<Retirement>());

@@ -18,9 +18,12 @@ void connectTrack(GstElement * /*demuxer*/, GstPad *track, gpointer muxer)
     const auto bin = ElementRef::adopt(GST_ELEMENT(gst_element_get_parent(to)));
     GstElement *queue = gst_element_factory_make("queue", nullptr);
     gst_bin_add(GST_BIN(bin.get()), queue);
-    gst_element_sync_state_with_parent(queue);
-    gst_element_link(queue, to);
+    const auto caps = CapsRef::adopt(gst_pad_query_caps(track, nullptr));
+    const bool isSound
+        = g_str_has_prefix(gst_structure_get_name(gst_caps_get_structure(caps.get(), 0)), "audio/");
+    gst_element_link_pads(queue, "src", to, isSound ? "audio_%u" : "video_%u");
     gst_pad_link(track, padOf(queue, "sink").get());
+    gst_element_sync_state_with_parent(queue);
 }
 
 GstElement *fileElement(const PipelineParts &parts, const char *factory, const QString &path)

@@ -23,7 +23,9 @@ void bringToDisk([[maybe_unused]] const QString &path)
 #endif
 }
 
-DiskWatch::Sample look(const QString &path)
+} // namespace
+
+DiskWatch::Sample DiskWatch::lookAtDisk(const QString &path)
 {
     const QFileInfo file(path);
     const QStorageInfo disk(file.path());
@@ -34,8 +36,6 @@ DiskWatch::Sample look(const QString &path)
     }
     return sample;
 }
-
-} // namespace
 
 void DiskWatch::watch(const QString &path)
 {
@@ -52,7 +52,7 @@ std::optional<DiskWatch::Sample> DiskWatch::poll(std::int64_t nowUs)
     }
     if (!m_path.isEmpty() && !m_look.isUnderWay() && nowUs - m_lookedAtUs >= spacingUs) {
         m_lookedAtUs = nowUs;
-        m_look.start([path = m_path] { return look(path); });
+        m_look.start([look = m_lookAt, path = m_path] { return look(path); });
     }
     return sample;
 }

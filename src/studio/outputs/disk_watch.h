@@ -5,7 +5,9 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <utility>
 
 namespace nimbara {
 
@@ -21,6 +23,16 @@ public:
         std::int64_t fileBytes = -1; ///< −1: there is none
     };
 
+    /// Looks at the disk of a file, on a background task.
+    using Look = std::function<Sample(const QString &path)>;
+
+    explicit DiskWatch(Look look = lookAtDisk)
+        : m_lookAt(std::move(look))
+    {
+    }
+
+    static Sample lookAtDisk(const QString &path);
+
     /// From now on this file; empty: none.
     void watch(const QString &path);
 
@@ -28,6 +40,7 @@ public:
     std::optional<Sample> poll(std::int64_t nowUs);
 
 private:
+    Look m_lookAt;
     QString m_path;
     BackgroundTask<Sample> m_look;
     std::int64_t m_lookedAtUs = -spacingUs;

@@ -22,11 +22,13 @@ Message nameOf(const QString &path)
 RecordingDesk::RecordingDesk(const Clock &clock,
     Outputs &outputs,
     const Stage &stage,
-    const QString &journalFolder)
+    const QString &journalFolder,
+    DiskWatch::Look disk)
     : m_clock(clock)
     , m_outputs(outputs)
     , m_stage(stage)
     , m_journal(journalFolder)
+    , m_disk(std::move(disk))
 {
     m_journal.mendUnfinished();
 }
@@ -52,7 +54,7 @@ void RecordingDesk::start(const QString &path)
 {
     const QString free = path.isEmpty() ? path : freePath(path);
     open(free);
-    m_firstPath = free;
+    m_firstPath = path;
     Q_EMIT changed();
 }
 

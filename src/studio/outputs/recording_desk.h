@@ -29,7 +29,8 @@ public:
     RecordingDesk(const Clock &clock,
         Outputs &outputs,
         const Stage &stage,
-        const QString &journalFolder);
+        const QString &journalFolder,
+        DiskWatch::Look disk = DiskWatch::lookAtDisk);
 
     /// Records into the file, or beside it under another number when there is one already. Throws
     /// `Error`. Call it only when neither recording nor paused.

@@ -1,0 +1,128 @@
+#include "output/encode/i420.h"
+#include "output/encode/picture_converter.h"
+#include "output/encode/pressure.h"
+#include "support/test_registry.h"
+
+#include <QTest>
+
+#include <cmath>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+
+namespace {
+
+constexpr std::int64_t second = 1'000'000'000;
+
+FramePtr rainbow(FrameSize size)
+{
+    auto frame = std::make_shared<Frame>(size.width, size.height);
+    std::uint8_t *pixel = frame->pixels.data();
+    for (std::int32_t y = 0; y < size.height; ++y) {
+        for (std::int32_t x = 0; x < size.width; ++x, pixel += 4) {
+            pixel[0] = static_cast<std::uint8_t>(127 + 127 * std::sin(x * 0.05));
+            pixel[1] = static_cast<std::uint8_t>(127 + 127 * std::sin(y * 0.03 + x * 0.01));
+            pixel[2] = static_cast<std::uint8_t>(127 + 127 * std::cos(x * 0.02 - y * 0.04));
+        }
+    }
+    return frame;
+}
+
+/// The picture by GStreamer's own converter, mapped as long as this lives.
+struct Reference {
+    GstVideoInfo info {};
+    BufferRef buffer;
+    GstVideoFrame picture {};
+
+    explicit Reference(const Frame &frame)
+    {
+        const auto width = static_cast<guint>(frame.width);
+        const auto height = static_cast<guint>(frame.height);
+        GstVideoInfo from;
+        gst_video_info_set_format(&from, GST_VIDEO_FORMAT_RGBA, width, height);
+        gst_video_info_set_format(&info, GST_VIDEO_FORMAT_I420, width, height);
+        buffer = BufferRef::adopt(gst_buffer_new_allocate(nullptr, info.size, nullptr));
+        const auto rgba = BufferRef::adopt(gst_buffer_new_allocate(nullptr, from.size, nullptr));
+        gst_buffer_fill(rgba.get(), 0, frame.pixels.data(), frame.pixels.size());
+        GstVideoFrame source;
+        gst_video_frame_map(&source, &from, rgba.get(), GST_MAP_READ);
+        gst_video_frame_map(&picture, &info, buffer.get(), GST_MAP_READWRITE);
+        GstVideoConverter *converter = gst_video_converter_new(&from, &info, nullptr);
+        gst_video_converter_frame(converter, &source, &picture);
+        gst_video_converter_free(converter);
+        gst_video_frame_unmap(&source);
+    }
+    Q_DISABLE_COPY_MOVE(Reference)
+    ~Reference() { gst_video_frame_unmap(&picture); }
+};
+
+int largestDifference(const GstVideoFrame &a, const GstVideoFrame &b, guint plane)
+{
+    int most = 0;
+    for (int y = 0; y < GST_VIDEO_FRAME_COMP_HEIGHT(&a, plane); ++y) {
+        const auto row = [&](const GstVideoFrame &frame) {
+            return static_cast<const std::uint8_t *>(GST_VIDEO_FRAME_COMP_DATA(&frame, plane))
+                + static_cast<std::ptrdiff_t>(y) * GST_VIDEO_FRAME_COMP_STRIDE(&frame, plane);
+        };
+        for (int x = 0; x < GST_VIDEO_FRAME_COMP_WIDTH(&a, plane); ++x) {
+            most = std::max(most, std::abs(row(a)[x] - row(b)[x]));
+        }
+    }
+    return most;
+}
+
+} // namespace
+
+class EncodeTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void picturesKeepTheirColours()
+    {
+        for (const FrameSize size :
+            { FrameSize { 1920, 1080 }, { 320, 180 }, { 35, 33 }, { 1, 1 } }) {
+            const FramePtr frame = rainbow(size);
+            const Reference wanted(*frame);
+            PictureConverter converter;
+            const BufferRef made = converter.convert(frame, GST_VIDEO_FORMAT_I420);
+            GstVideoFrame picture;
+            QVERIFY(gst_video_frame_map(&picture, &wanted.info, made.get(), GST_MAP_READ) != FALSE);
+            for (guint plane = 0; plane < 3; ++plane) {
+                const int most = largestDifference(picture, wanted.picture, plane);
+                QVERIFY2(most <= (plane == 0 ? 1 : 3), qPrintable(QString::number(most)));
+            }
+            gst_video_frame_unmap(&picture);
+            QCOMPARE(converter.convert(frame, GST_VIDEO_FORMAT_I420).get(), made.get()); // once
+            QVERIFY(converter.convert(rainbow(size), GST_VIDEO_FORMAT_I420).get() != made.get());
+        }
+    }
+
+    void pressureIsTakenInSteps()
+    {
+        Pressure pressure;
+        std::int64_t now = 0;
+        std::uint64_t pushed = 0;
+        std::uint64_t lost = 0;
+        const auto run = [&](int seconds, int lostOfHundred) {
+            for (int i = 0; i < seconds * 30; ++i) {
+                now += second / 30;
+                lost += ++pushed % 100 < static_cast<std::uint64_t>(lostOfHundred) ? 1 : 0;
+                pressure.observe(now, pushed, lost);
+            }
+            return pressure.effort();
+        };
+        QCOMPARE(run(60, 3), Effort::Full); // a few by chance
+        QCOMPARE(run(10, 15), Effort::Cheaper);
+        QCOMPARE(run(60, 15), Effort::Cheaper); // every second one would be more
+        QCOMPARE(run(10, 60), Effort::HalfRate);
+        QCOMPARE(run(19, 0), Effort::HalfRate);
+        QCOMPARE(run(5, 0), Effort::Cheaper);
+        QCOMPARE(run(5, 60), Effort::HalfRate); // too early: it waits for longer now
+        QCOMPARE(run(30, 0), Effort::HalfRate);
+        QCOMPARE(run(20, 0), Effort::Cheaper);
+        pushed = lost = 0; // other encoders
+        QCOMPARE(run(4, 0), Effort::Cheaper);
+    }
+};
+
+NIMBARA_TEST(EncodeTest)
+#include "encode_test.moc"

@@ -1,0 +1,141 @@
+#include "output/probe.h"
+#include "studio/outputs/recording_journal.h"
+#include "studio/studio_fixture.h"
+#include "support/test_registry.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <atomic>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What the disk says, as the test wants it.
+struct Disk {
+    std::atomic<std::int64_t> freeBytes { 10'000'000'000 };
+    std::atomic<bool> grows { true };
+    std::atomic<std::int64_t> fileBytes { 0 };
+};
+
+struct RecordingFixture {
+    QTemporaryDir folder;
+    std::shared_ptr<Disk> disk = std::make_shared<Disk>();
+    StudioFixture desk;
+    RecordingDesk &recordings;
+
+    RecordingFixture()
+        : desk(peers())
+        , recordings(desk.studio.recordings())
+    {
+    }
+    [[nodiscard]] StudioPeers peers() const
+    {
+        StudioPeers peers;
+        peers.disk = [disk = disk](const QString & /*path*/) {
+            disk->fileBytes += disk->grows ? 1000 : 0;
+            return DiskWatch::Sample { disk->freeBytes, disk->fileBytes };
+        };
+        return peers;
+    }
+    bool records(const QString &name)
+    {
+        return desk.runUntil([&] {
+            const auto figures = desk.studio.outputs().recording().figures();
+            return recordings.path() == file(name) && figures && figures->pictures > 5;
+        });
+    }
+    bool ends()
+    {
+        return desk.runUntil([&] { return !desk.studio.outputs().recording().exists(); });
+    }
+    [[nodiscard]] QString file(const QString &name) const { return folder.filePath(name); }
+    [[nodiscard]] bool noticed(const char *text)
+    {
+        return std::ranges::any_of(desk.studio.notices().all(), [&](const auto &notice) {
+            return notice.text.spanish().contains(QString::fromUtf8(text));
+        });
+    }
+};
+
+} // namespace
+
+class RecordingDeskTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void nothingIsOverwrittenAndADiskThatFailsIsTold()
+    {
+        RecordingFixture f;
+        QFile old(f.file(u"a.webm"_s));
+        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+        old.close();
+        f.recordings.start(f.file(u"a.webm"_s));
+        QVERIFY(f.records(u"a 2.webm"_s));
+        QCOMPARE(QFileInfo(old).size(), 3);
+        f.disk->grows = false;
+        QVERIFY(f.records(u"a 3.webm"_s));
+        QVERIFY(f.noticed("no crecía"));
+        f.disk->grows = true;
+        f.disk->freeBytes = RecordingDesk::reserveBytes - 1;
+        QVERIFY(f.ends());
+        QVERIFY(f.noticed("menos de 500 MB") && f.desk.told("Grabación guardada correctamente"));
+        QVERIFY(probe(f.file(u"a 3.webm"_s)).duration > 0);
+        QVERIFY(!f.recordings.isActive());
+    }
+
+    void pausesAndGoesOnInParts()
+    {
+        RecordingFixture f;
+        f.recordings.setPartMinutes(1);
+        f.recordings.start(f.file(u"b.webm"_s));
+        QVERIFY(f.records(u"b.webm"_s));
+        f.recordings.pause();
+        QVERIFY(f.recordings.isPaused() && f.recordings.isActive());
+        QVERIFY(f.ends());
+        QVERIFY(f.recordings.isActive()); // until the operator goes on or ends it
+        f.recordings.resume();
+        QVERIFY(f.records(u"b 2.webm"_s));
+        f.desk.clock.advanceUs(61'000'000);
+        QVERIFY(f.records(u"b 3.webm"_s));
+        f.recordings.finish();
+        QVERIFY(f.ends());
+        for (const auto &name : { u"b.webm"_s, u"b 2.webm"_s, u"b 3.webm"_s }) {
+            QVERIFY2(probe(f.file(name)).duration > 0, qPrintable(name));
+        }
+    }
+
+    void whatAKillLeftIsMendedAtTheNextStart()
+    {
+        RecordingFixture f;
+        f.recordings.start(f.file(u"whole.webm"_s));
+        QVERIFY(f.records(u"whole.webm"_s));
+        QVERIFY(f.desk.runUntil([&] { return QFileInfo(f.recordings.path()).size() > 20'000; }));
+        QVERIFY(QFile::copy(f.recordings.path(), f.file(u"cut.webm"_s))); // as a kill leaves it
+        f.recordings.finish();
+        QVERIFY(f.ends());
+        QCOMPARE(probe(f.file(u"cut.webm"_s)).duration, 0.0);
+
+        const QString folder = f.file(u"journal"_s);
+        RecordingJournal running(folder);
+        const auto written = running.begin(f.file(u"whole.webm"_s)); // by one that still runs
+        const QByteArray whole = probe(f.file(u"whole.webm"_s)).video.toUtf8();
+        running.begin(f.file(u"cut.webm"_s)).reset();
+        RecordingJournal next(folder);
+        next.mendUnfinished();
+        std::vector<Message> told;
+        QTRY_VERIFY(!told.empty() || !(told = next.poll()).empty());
+        QCOMPARE(told.size(), 1U);
+        QCOMPARE(told[0].spanish(), u"Grabación interrumpida reparada: cut.webm"_s);
+        const Probe mended = probe(f.file(u"cut.webm"_s));
+        QVERIFY(mended.duration > 0 && !mended.videoTimes.empty() && !mended.audio.isEmpty());
+        QCOMPARE(mended.video.toUtf8(), whole);
+        QCOMPARE(decodeErrors(f.file(u"cut.webm"_s)), QByteArray());
+        QVERIFY(!QFile::exists(f.file(u"cut.webm.mending"_s)));
+    }
+};
+
+NIMBARA_TEST(RecordingDeskTest)
+#include "recording_desk_test.moc"

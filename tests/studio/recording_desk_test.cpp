@@ -99,6 +99,8 @@ private Q_SLOTS:
         f.recordings.resume();
         QVERIFY(f.records(u"b 2.webm"_s));
         f.desk.clock.advanceUs(61'000'000);
+        QVERIFY(f.desk.runUntil([&] { return f.recordings.path() == f.file(u"b 3.webm"_s); }));
+        f.recordings.setPartMinutes(0);
         QVERIFY(f.records(u"b 3.webm"_s));
         f.recordings.finish();
         QVERIFY(f.ends());

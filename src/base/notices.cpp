@@ -22,4 +22,11 @@ void Notices::settle(std::uint64_t id)
     }
 }
 
+void Notices::withdraw(const Message &text)
+{
+    if (std::erase_if(m_all, [&](const Notice &notice) { return notice.text == text; }) > 0) {
+        Q_EMIT changed();
+    }
+}
+
 } // namespace nimbara

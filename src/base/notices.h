@@ -23,6 +23,8 @@ public:
     void raise(const Message &text);
     /// The operator has read it.
     void settle(std::uint64_t id);
+    /// What it told of is over. Nothing happens when no such text stands.
+    void withdraw(const Message &text);
 
     /// Oldest first.
     [[nodiscard]] const std::vector<Notice> &all() const { return m_all; }

@@ -30,6 +30,13 @@ constexpr TextPair pairs[] = {
     TextPair { "El video de red terminó.", "The network video has ended." },
     TextPair { "La fuente de red terminó; se vuelve a abrir.",
         "The network source has ended; it will be opened again." },
+    TextPair { "Calidad de video", "Video quality" },
+    TextPair {
+        "Vale desde el próximo inicio. A 1080p y 30 imágenes: YouTube hasta 10, Facebook hasta 6, "
+        "Twitch hasta 6 Mbit/s.",
+        "Takes effect at the next start. At 1080p and 30 pictures: YouTube up to 10, Facebook up "
+        "to 6, "
+        "Twitch up to 6 Mbit/s." },
     TextPair { "Pausar", "Pause" },
     TextPair { "Reanudar", "Resume" },
     TextPair { "Un solo archivo", "A single file" },
@@ -58,7 +65,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Grabando %1", "Recording %1" },
     TextPair { "En pausa %1", "Paused %1" },
     TextPair { "Imágenes perdidas: %1", "Pictures lost: %1" },
-    TextPair { "Tarde: %1", "Late: %1" },
+    TextPair { "Imágenes tarde: %1", "Pictures late: %1" },
     TextPair { "CPU %1 %", "CPU %1 %" },
     TextPair { "Disco: %1 min", "Disk: %1 min" },
     TextPair { "%1 kbit/s · en cola %2 s · perdidas %3 · reconexiones %4",

@@ -14,6 +14,9 @@ namespace nimbara {
 /// shares the scenes, so that it may be kept, compared and written on any thread.
 struct Project {
     static constexpr std::int32_t maxGain = 200;
+    static constexpr std::int32_t minVideoKbits = 500;
+    static constexpr std::int32_t maxVideoKbits = 20'000;
+    static constexpr std::int32_t usualVideoKbits = 6000;
     static constexpr qsizetype maxTitle = 500;
 
     StreamProfile profile = StreamProfile::Landscape;
@@ -22,6 +25,7 @@ struct Project {
     bool band = false; ///< the title-band switch
     QString title; ///< the lower-third title; at most 500 characters after reading
     std::int32_t gain = 100; ///< input gain in percent, 0..200
+    std::int32_t videoKbits = usualVideoKbits; ///< of streams and recordings, kbit/s
 
     /// With the very same scenes.
     bool operator==(const Project &) const = default;

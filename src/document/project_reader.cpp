@@ -251,6 +251,10 @@ Project fromJson(const QByteArray &json, const QString &folder)
     project.band = members.flag("band", false);
     project.title = cutTitle(members.text("title"));
     project.gain = *gain;
+    project.videoKbits = members.integer("videoKbits",
+        Project::usualVideoKbits,
+        Project::minVideoKbits,
+        Project::maxVideoKbits);
     return project;
 }
 

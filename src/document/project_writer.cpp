@@ -84,7 +84,7 @@ QByteArray toJson(const Project &project, const QString &folder)
 {
     const auto place
         = [&project](SceneSet set) { return static_cast<qint64>(project.currentPlace(set)); };
-    const QJsonObject object {
+    QJsonObject object {
         { QStringLiteral("version"), 3 },
         { QStringLiteral("vertical"), project.profile == StreamProfile::Portrait },
         { QStringLiteral("current"), place(SceneSet::Streams) },
@@ -95,6 +95,9 @@ QByteArray toJson(const Project &project, const QString &folder)
         { QStringLiteral("title"), project.title },
         { QStringLiteral("gain"), std::clamp(project.gain, 0, Project::maxGain) },
     };
+    if (project.videoKbits != Project::usualVideoKbits) {
+        object.insert(QStringLiteral("videoKbits"), project.videoKbits);
+    }
     return QJsonDocument(object).toJson(QJsonDocument::Indented);
 }
 

@@ -9,6 +9,8 @@ namespace nimbara {
 
 namespace {
 
+const auto reconnectSetting = QStringLiteral("reconnect_streams");
+
 QString below(const QString &folder, const char *name)
 {
     return folder.isEmpty() ? QString() : folder + QLatin1Char('/') + QLatin1String(name);
@@ -82,6 +84,11 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_projects, &ProjectDesk::recovered, this, callOffTakes);
     connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
     connect(&m_streams, &StreamDesk::said, this, &Studio::status);
+    connect(&m_streams, &StreamDesk::returned, &m_notices, &Notices::withdraw);
+    m_streams.setReconnecting(m_settings.value(reconnectSetting, true).toBool());
+    connect(&m_streams, &StreamDesk::reconnectsChanged, this, [this](bool on) {
+        m_settings.setValue(reconnectSetting, on);
+    });
     connect(&m_recordings, &RecordingDesk::said, this, &Studio::status);
     connect(&m_recordings, &RecordingDesk::alarmed, this, &Studio::alarm);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);

@@ -22,6 +22,7 @@ Project fullProject()
     project.band = true;
     project.title = QString::fromUtf8("Culto de «Pascua» \U0001F54A\n\"2\"");
     project.gain = 137;
+    project.videoKbits = 4500;
     std::array<Layer, 8> layers;
     for (int kind = 0; kind < 8; ++kind) {
         Layer &layer = layers.at(static_cast<std::size_t>(kind))
@@ -138,7 +139,7 @@ private Q_SLOTS:
         QVERIFY(read.streams()[1]->layers[0].id != read.streams()[1]->layers[1].id);
         QVERIFY(json.contains("\n    "));
         QCOMPARE(QJsonDocument::fromJson(json).object().keys().join(u' '),
-            u"band current currentHall gain hall scenes title version vertical"_s);
+            u"band current currentHall gain hall scenes title version vertical videoKbits"_s);
     }
 
     void writesTheKeysOfEachKind()

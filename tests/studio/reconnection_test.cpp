@@ -108,6 +108,13 @@ private Q_SLOTS:
         };
         const auto sends = [&] { return desk.studio.outputs().destination(0).accepted(); };
         QVERIFY(inTime(sends));
+        const auto shows = [&](const char *text, HealthLevel level) {
+            return std::ranges::any_of(desk.studio.health().line(), [&](const HealthPart &part) {
+                return part.text.spanish() == QString::fromUtf8(text) && part.level == level;
+            });
+        };
+        QVERIFY(inTime([&] { return shows("1 de 1 destinos", HealthLevel::Good); }));
+        QVERIFY(inTime([&] { return desk.studio.health().slot(0).kbits() > 0; }));
         peer.stop();
         QVERIFY(inTime([&] { return streams.isReconnecting(0); }));
         QVERIFY(
@@ -116,12 +123,15 @@ private Q_SLOTS:
         QVERIFY(streams.statusText(0).spanish().startsWith(u"Reconectando en "_s));
         QCOMPARE(streams.buttonText(0), u"Detener"_s);
         QCOMPARE(desk.studio.notices().all().size(), 1U);
+        QVERIFY(inTime([&] { return shows("0 de 1 destinos", HealthLevel::Alarm); }));
         QVERIFY(desk.studio.hasOutputs()); // no other format, no project, no sleep meanwhile
         streams.setServer(0, u"rtmp://next"_s); // for next Sunday: the run goes on where it was
         streams.setKey(0, u"half a k"_s);
         peer.start();
         QVERIFY(inTime([&] { return desk.told("YouTube: la transmisión ha vuelto."); }));
         QVERIFY(sends());
+        QCOMPARE(streams.reconnections(0), 1);
+        QVERIFY(desk.studio.notices().all().empty()); // what it told of is over
 
         peer.stop();
         QVERIFY(inTime([&] { return streams.isReconnecting(0); }));

@@ -98,7 +98,10 @@ Destination::~Destination()
     m_retirement->retire(std::move(m_output));
 }
 
-void Destination::start(const QString &server, const QString &key, FrameSize size)
+void Destination::start(const QString &server,
+    const QString &key,
+    FrameSize size,
+    std::int32_t bitrate)
 {
     const QString url = checkedServer(server);
     const QString given = checkedKey(key);
@@ -108,7 +111,7 @@ void Destination::start(const QString &server, const QString &key, FrameSize siz
         size.height,
         true,
         streamLocation(url, given),
-        outputBitrate,
+        bitrate,
         &m_encoders);
     m_status = "Enviando · confirma recepción en la plataforma";
 }

@@ -59,10 +59,13 @@ public:
     /// Hands an output that is left to the retirement.
     ~Destination();
 
-    /// Starts sending frames of `size`. `server` and `key` are the texts of the two fields. Throws
-    /// `Error` with the operator's text; the slot stays idle and keeps its status then. Call it
-    /// only when idle.
-    void start(const QString &server, const QString &key, FrameSize size);
+    /// Starts sending frames of `size`. `server` and `key` are the texts of the two fields,
+    /// `bitrate` that of the video in bit/s. Throws `Error` with the operator's text; the slot
+    /// stays idle and keeps its status then. Call it only when idle.
+    void start(const QString &server,
+        const QString &key,
+        FrameSize size,
+        std::int32_t bitrate = outputBitrate);
 
     /// Drops the output, if any; the status becomes "Detenido".
     void stop();

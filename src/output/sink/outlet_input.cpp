@@ -25,6 +25,13 @@ OutletInput::OutletInput(ElementRef video, ElementRef audio, std::uint64_t patie
 {
 }
 
+OutletInput::~OutletInput()
+{
+    if (m_next) {
+        m_next->beginAlone();
+    }
+}
+
 void OutletInput::take(Track track, const EncodedUnit &unit)
 {
     const std::lock_guard lock(m_mutex);
@@ -94,12 +101,20 @@ void OutletInput::beginAt(std::uint64_t base, const std::deque<EncodedUnit> &sou
     }
 }
 
+void OutletInput::waitForOther()
+{
+    const std::lock_guard lock(m_mutex);
+    m_waitsForOther = true;
+}
+
+void OutletInput::beginAlone()
+{
+    const std::lock_guard lock(m_mutex);
+    m_waitsForOther = false;
+}
+
 void OutletInput::handOverTo(const std::shared_ptr<OutletInput> &next)
 {
-    {
-        const std::lock_guard lock(next->m_mutex);
-        next->m_waitsForOther = true;
-    }
     const std::lock_guard lock(m_mutex);
     m_next = next;
 }
@@ -161,6 +176,9 @@ void OutletInput::finish()
     const std::lock_guard lock(m_mutex);
     finish(m_video);
     finish(m_audio);
+    if (const auto next = std::exchange(m_next, nullptr)) {
+        next->beginAlone();
+    }
 }
 
 void OutletInput::finish(Input &input)

@@ -28,6 +28,13 @@ public:
     /// Both inputs are "appsrc" elements without caps.
     OutletInput(ElementRef video, ElementRef audio, std::uint64_t patienceNs);
 
+    OutletInput(const OutletInput &) = delete;
+    OutletInput &operator=(const OutletInput &) = delete;
+    OutletInput(OutletInput &&) = delete;
+    OutletInput &operator=(OutletInput &&) = delete;
+    /// One that waits for this to hand over begins by itself.
+    ~OutletInput() override;
+
     void take(Track track, const EncodedUnit &unit) override;
     void end(Track track) override;
 
@@ -36,8 +43,10 @@ public:
     /// Both end with what has come so far.
     void finish();
 
-    /// With the next key frame the tracks end here and go on in `next`, which has to be a tap of
-    /// the same encoder by then: no picture and no sound is missing or doubled between the two.
+    /// Nothing is taken before another one hands over. Call before this becomes a tap.
+    void waitForOther();
+    /// With the next key frame the tracks end here and go on in `next`, which waits for it and is a
+    /// tap of the same encoder: no picture and no sound is missing or doubled between the two.
     void handOverTo(const std::shared_ptr<OutletInput> &next);
 
     [[nodiscard]] OutletFigures figures() const;
@@ -52,6 +61,7 @@ private:
         bool hasEnded = false;
     };
     void handOver(const EncodedUnit &key);
+    void beginAlone();
     void beginAt(std::uint64_t base, const std::deque<EncodedUnit> &sound);
     void takePicture(const EncodedUnit &unit);
     void takeSound(const EncodedUnit &unit);

@@ -45,7 +45,8 @@ Output::Output(std::int32_t width,
     bool isStream,
     const QString &location,
     std::int32_t bitrate,
-    EncoderPool *pool)
+    EncoderPool *pool,
+    Output *before)
     : m_width(width)
     , m_height(height)
 {
@@ -64,7 +65,14 @@ Output::Output(std::int32_t width,
         throw Error(QStringLiteral("No se pudo iniciar salida"));
     }
     m_encoder = pool != nullptr ? pool->take(profile) : std::make_shared<ProgramEncoder>(profile);
+    const bool goesOn = before != nullptr && before->takes() && before->m_encoder == m_encoder;
+    if (goesOn) {
+        m_input->waitForOther();
+    }
     m_encoder->join(m_input);
+    if (goesOn) {
+        before->handOverTo(*this);
+    }
     m_running = true;
 }
 
@@ -128,12 +136,10 @@ void Output::finish()
 
 void Output::handOverTo(Output &next)
 {
-    if (takes()) {
-        m_stopping = true;
-        m_handsOver = true;
-        m_stoppedAt = std::chrono::steady_clock::now();
-        m_input->handOverTo(next.m_input);
-    }
+    m_stopping = true;
+    m_handsOver = true;
+    m_stoppedAt = std::chrono::steady_clock::now();
+    m_input->handOverTo(next.m_input);
 }
 
 /// What was pushed is still to be encoded. An encoder of one's own ends; one that others use goes

@@ -24,7 +24,7 @@ enum class OutputFailure {
     NameInUse, ///< the server still has a publisher of this key
 };
 
-/// Video bit rate of every stream and recording, in bit/s.
+/// The usual video bit rate of a stream or recording, in bit/s.
 constexpr std::int32_t outputBitrate = 6'000'000;
 
 /// Everything that leaves the studio goes through one of these: a live stream (H.264 and AAC in FLV
@@ -48,14 +48,17 @@ public:
     ///
     /// `width`, `height`: of every frame to come, 1..4096. `location`: the full URL of a stream,
     /// the file path of a recording. `bitrate`: video, 500,000..20,000,000 bit/s. `pool`: where an
-    /// encoder of this profile may be shared; none: one of its own. Throws `Error` with the
-    /// operator's text.
+    /// encoder of this profile may be shared; none: one of its own. `before`: an output of the same
+    /// profile and pool that goes on in this one from the next key frame on: nothing is missing or
+    /// doubled between the two. Nothing more is pushed to that one, which finishes by itself.
+    /// Throws `Error` with the operator's text; `before` goes on as it is then.
     Output(std::int32_t width,
         std::int32_t height,
         bool isStream,
         const QString &location,
         std::int32_t bitrate,
-        EncoderPool *pool = nullptr);
+        EncoderPool *pool = nullptr,
+        Output *before = nullptr);
     Output(const Output &) = delete;
     Output &operator=(const Output &) = delete;
     Output(Output &&) = delete;
@@ -82,11 +85,6 @@ public:
     /// `finished` turns true, which `pollOutput` finds.
     void finish();
 
-    /// The program goes on in `next`, which has the same profile and pool, from its next key frame
-    /// on: nothing is missing or doubled between the two. Nothing more is pushed here; it finishes
-    /// by itself, and `next` is pushed to at once.
-    void handOverTo(Output &next);
-
     /// Since the start. Thread-safe.
     [[nodiscard]] OutletFigures figures() const { return m_input->figures(); }
 
@@ -110,6 +108,7 @@ public:
     [[nodiscard]] FrameSize size() const { return { m_width, m_height }; }
 
 private:
+    void handOverTo(Output &next);
     void fail(const Message &reason);
     void pollEnd();
     [[nodiscard]] bool takes() const { return m_running && !m_stopping; }

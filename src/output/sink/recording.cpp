@@ -38,25 +38,26 @@ Recording::~Recording()
     abandon();
 }
 
-std::unique_ptr<Output> Recording::makeOutput(const QString &path, FrameSize size)
+std::unique_ptr<Output> Recording::makeOutput(const QString &path, FrameSize size, Output *before)
 {
     return std::make_unique<Output>(size.width,
         size.height,
         false,
         path,
-        outputBitrate,
-        &m_encoders);
+        m_bitrate,
+        &m_encoders,
+        before);
 }
 
-void Recording::start(const QString &path, FrameSize size)
+void Recording::start(const QString &path, FrameSize size, std::int32_t bitrate)
 {
+    m_bitrate = bitrate;
     m_output = makeOutput(path, size);
 }
 
 void Recording::startPart(const QString &path)
 {
-    auto next = makeOutput(path, m_output->size());
-    m_output->handOverTo(*next);
+    auto next = makeOutput(path, m_output->size(), m_output.get());
     m_retirement->retire(std::move(m_lastPart));
     m_lastPart = std::exchange(m_output, std::move(next));
 }

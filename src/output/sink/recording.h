@@ -39,10 +39,11 @@ public:
     /// Hands an output that is left to the retirement.
     ~Recording();
 
-    /// Starts recording frames of `size` into the file at `path`, which is overwritten. Throws
+    /// Starts recording frames of `size` into the file at `path`, which is overwritten, with
+    /// `bitrate` bit/s of video. Throws
     /// `Error` with the operator's text; the slot stays idle then. Call it only when idle. Status
     /// to show afterwards: `startedText()`.
-    void start(const QString &path, FrameSize size);
+    void start(const QString &path, FrameSize size, std::int32_t bitrate = outputBitrate);
 
     /// Goes on in another file with the next key frame; the present one is finished meanwhile. No
     /// picture and no sound is missing or doubled between the two. Throws as `start`; the present
@@ -77,12 +78,14 @@ public:
     static Message savedText(); ///< "Grabación guardada correctamente"
 
 private:
-    std::unique_ptr<Output> makeOutput(const QString &path, FrameSize size);
+    [[nodiscard]] std::unique_ptr<Output>
+    makeOutput(const QString &path, FrameSize size, Output *before = nullptr);
     void pollLastPart();
     std::optional<Message> completionCheck();
 
     std::shared_ptr<Retirement> m_retirement;
     EncoderPool &m_encoders;
+    std::int32_t m_bitrate = outputBitrate;
     std::unique_ptr<Output> m_output;
     std::unique_ptr<Output> m_lastPart; ///< being finished, while the next one is written
 };

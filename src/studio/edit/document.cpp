@@ -197,6 +197,17 @@ void Document::setGain(std::int32_t percent)
     tell(change);
 }
 
+void Document::setVideoKbits(std::int32_t kbits)
+{
+    const std::int32_t wanted = std::clamp(kbits, Project::minVideoKbits, Project::maxVideoKbits);
+    if (std::exchange(m_project.videoKbits, wanted) == wanted) {
+        return;
+    }
+    Change change;
+    change.settings = true;
+    tell(change);
+}
+
 void Document::setProfile(StreamProfile profile)
 {
     if (std::exchange(m_project.profile, profile) == profile) {

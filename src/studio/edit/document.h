@@ -19,7 +19,7 @@ struct Change {
     bool everything = false; ///< another project stands on the desk
     bool scenes = false; ///< scenes came, went, moved or were renamed
     bool current = false; ///< PREVIEW shows another scene, or edits the other set
-    bool settings = false; ///< format, title, band or gain
+    bool settings = false; ///< format, title, band, gain or bit rate
     bool layers = false; ///< layers of one scene or more came, went or changed places
     LayerId layer; ///< the layer that an edit was about; it may be gone
     std::optional<LayerField> field; ///< the one field of it that changed, if only that did
@@ -68,6 +68,7 @@ public:
     void setTitle(const QString &title);
     void setBand(bool band);
     void setGain(std::int32_t percent); ///< 0..200
+    void setVideoKbits(std::int32_t kbits); ///< 500..20,000 kbit/s
     void setProfile(StreamProfile profile);
 
     /// The name of the step that would be undone or redone, a key of the text table; empty when

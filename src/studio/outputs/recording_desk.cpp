@@ -60,7 +60,9 @@ void RecordingDesk::start(const QString &path)
 
 void RecordingDesk::open(const QString &path)
 {
-    m_outputs.recording().start(path, m_stage.streamFrame());
+    m_outputs.recording().start(path,
+        m_stage.streamFrame(),
+        m_stage.document.project().videoKbits * 1000);
     follow(path);
 }
 

@@ -166,7 +166,7 @@ void ServiceHealth::addLosses()
         }
         add({ "Imágenes perdidas: %1", { number(static_cast<std::int64_t>(lost)) } }, level);
     }
-    add({ "Tarde: %1", { number(static_cast<std::int64_t>(m_late.sum())) } },
+    add({ "Imágenes tarde: %1", { number(static_cast<std::int64_t>(m_late.sum())) } },
         levelOfLoss(share(m_late.sum(), m_due.sum())));
     if (m_cpuShare) {
         add({ "CPU %1 %", { number(static_cast<std::int64_t>(*m_cpuShare * 100 + 0.5)) } },

@@ -153,7 +153,9 @@ Message StreamDesk::lost(std::size_t slot)
         return {}; // an attempt that failed
     }
     const Message more = again ? Message("Se vuelve a conectar sola.") : reconnection.reason();
-    return more.isEmpty() ? text : text + Message::verbatim(QStringLiteral(" ")) + more;
+    m_slots.at(slot).loss
+        = more.isEmpty() ? text : text + Message::verbatim(QStringLiteral(" ")) + more;
+    return m_slots.at(slot).loss;
 }
 
 void StreamDesk::poll()
@@ -175,6 +177,7 @@ void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
         each.reconnection.accepted(nowUs);
         if (std::exchange(each.isLost, false)) {
             ++each.returns;
+            Q_EMIT returned(each.loss);
             Q_EMIT said(Message("%1: la transmisión ha vuelto.",
                 { Message::verbatim(m_outputs.destination(slot).name()) }));
         }
@@ -187,7 +190,7 @@ void StreamDesk::retry(std::size_t slot, std::int64_t nowUs)
     Slot &each = m_slots.at(slot);
     each.reconnection.started(nowUs);
     try {
-        m_outputs.destination(slot).start(each.startedServer, each.startedKey, each.startedSize);
+        startDestination(slot);
     } catch (const std::exception &error) {
         each.reconnection.lost(OutputFailure::Other, nowUs);
         logLine(m_outputs.destination(slot).name() + QStringLiteral(": ")
@@ -217,7 +220,9 @@ void StreamDesk::retryNow(std::size_t slot)
 
 void StreamDesk::setReconnecting(bool on)
 {
-    m_reconnects = on;
+    if (std::exchange(m_reconnects, on) != on) {
+        Q_EMIT reconnectsChanged(on);
+    }
     for (std::size_t slot = 0; slot < destinationCount && !on; ++slot) {
         forget(slot);
         Q_EMIT changed(slot);
@@ -247,9 +252,20 @@ void StreamDesk::start(std::size_t slot)
     each.startedServer = server(slot);
     each.startedKey = key(slot);
     each.startedSize = m_stage.streamFrame();
+    each.startedBitrate = m_stage.document.project().videoKbits * 1000;
     each.reconnection.started(m_clock.monotonicUs());
-    m_outputs.destination(slot).start(each.startedServer, each.startedKey, each.startedSize);
+    startDestination(slot);
     Q_EMIT changed(slot);
+}
+
+/// As the operator started it.
+void StreamDesk::startDestination(std::size_t slot)
+{
+    const Slot &each = m_slots.at(slot);
+    m_outputs.destination(slot).start(each.startedServer,
+        each.startedKey,
+        each.startedSize,
+        each.startedBitrate);
 }
 
 void StreamDesk::fetchKey(std::size_t slot, bool holdsOthers)

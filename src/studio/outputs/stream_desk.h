@@ -88,6 +88,9 @@ Q_SIGNALS:
     void savingChanged(bool saving);
     /// An operation failed.
     void failed(const nimbara::Message &reason);
+    /// A lost destination is back; what `lost` told of it is over.
+    void returned(const nimbara::Message &loss);
+    void reconnectsChanged(bool on);
     /// One line for the operator.
     void said(const nimbara::Message &text);
 
@@ -110,13 +113,16 @@ private:
         QString startedServer; ///< of the run: what the fields hold may have changed since
         QString startedKey;
         FrameSize startedSize {};
+        std::int32_t startedBitrate = outputBitrate;
         Reconnection reconnection;
         int returns = 0;
+        Message loss; ///< as `lost` told it
         bool isLost = false; ///< told, and being tried again
         Message shown; ///< while it waits for an attempt
     };
     void advance(std::size_t slot, std::int64_t nowUs);
     void retry(std::size_t slot, std::int64_t nowUs);
+    void startDestination(std::size_t slot);
     void forget(std::size_t slot);
 
     template <typename Step> void run(Step step);

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <span>
 
+class QDoubleSpinBox;
 class QGridLayout;
 class QSpinBox;
 
@@ -42,6 +43,7 @@ public:
     /// Keys are being saved: the button takes no press for now.
     void showSaving(bool saving);
     /// `pausable`: it can be paused, or is paused and can go on.
+    void showVideoKbits(int kbits);
     void showRecording(const Message &buttonText, bool pausable, bool paused);
 
 Q_SIGNALS:
@@ -60,6 +62,7 @@ Q_SIGNALS:
     void pausePressed();
     /// Of each part of a recording; 0: it stays in one file.
     void partMinutesChanged(int minutes);
+    void videoKbitsChanged(int kbits);
 
 private:
     struct Row {
@@ -83,6 +86,7 @@ private:
     QPushButton *m_record;
     QPushButton *m_pause;
     QSpinBox *m_partMinutes;
+    QDoubleSpinBox *m_videoRate; ///< Mbit/s
     QCheckBox *m_reconnects;
 };
 

@@ -216,6 +216,7 @@ void ProjectControls::follow(const Change &change)
         m_views.project.showFormat(project.profile == StreamProfile::Portrait ? 1 : 0);
         m_views.controls.showTitle(project.title, project.band);
         m_views.audio.setGain(project.gain);
+        m_views.outputs.showVideoKbits(project.videoKbits);
     }
 }
 

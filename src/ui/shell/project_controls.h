@@ -5,6 +5,7 @@
 #include "ui/kit/dialogs.h"
 #include "ui/kit/error_guard.h"
 #include "ui/outputs/audio_tab.h"
+#include "ui/outputs/outputs_tab.h"
 #include "ui/shell/project_row.h"
 
 #include <QObject>
@@ -25,6 +26,7 @@ public:
         ProjectRow &project;
         ControlRow &controls;
         AudioTab &audio;
+        OutputsTab &outputs;
     };
 
     /// All must outlive the controls.

@@ -141,7 +141,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     m_projects = std::make_unique<ProjectControls>(m_studio,
         *m_dialogs,
         m_guard,
-        ProjectControls::Views { *m_project, *m_controls, *m_audioTab });
+        ProjectControls::Views { *m_project, *m_controls, *m_audioTab, *m_outputsTab });
     connectStudio();
     m_translation
         = std::make_unique<TranslationControls>(m_studio.translation(), m_guard, *m_translationTab);
@@ -274,6 +274,10 @@ void StudioWindow::connectTabs()
     connect(m_hall.get(), &HallControls::shownChanged, &m_studio, &Studio::setHallShown);
     connect(&m_studio.notices(), &Notices::changed, this, &StudioWindow::markTabs);
 
+    m_outputsTab->showVideoKbits(m_studio.document().project().videoKbits);
+    connect(m_outputsTab, &OutputsTab::videoKbitsChanged, this, [this](int kbits) {
+        m_studio.document().setVideoKbits(kbits);
+    });
     connect(m_audioTab, &AudioTab::gainChanged, this, [this](int percent) {
         m_guard.run([this, percent] {
             m_studio.audio().setGainPercent(percent);

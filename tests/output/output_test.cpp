@@ -259,24 +259,31 @@ private Q_SLOTS:
             recording.start(file(1), small);
             QTRY_VERIFY(recording.ready());
             for (int part = 2; part <= 3; ++part) {
-                run(70);
+                run(40);
+                QVERIFY(recording.canStartPart());
                 recording.startPart(file(part));
+                QVERIFY(!recording.canStartPart()); // before the key frame has come
+                QTRY_VERIFY((run(1), recording.canStartPart()));
             }
-            run(70);
+            run(40);
             recording.finish();
             QTRY_VERIFY((recording.poll(), !recording.exists()));
             std::size_t pictures = 0;
-            double sound = 0;
             for (int part = 1; part <= 3; ++part) {
                 const Probe found = probe(file(part));
-                QVERIFY(found.videoTimes.size() > 30 && found.keyTimes.front() < 0.04);
+                QVERIFY2(found.keyTimes.front() < 0.04,
+                    qPrintable(u"%1 pictures, key at %2"_s.arg(found.videoTimes.size())
+                                   .arg(found.keyTimes.front())));
                 QVERIFY(std::abs(found.audioTimes.back() - found.videoTimes.back()) < 0.1);
                 pictures += found.videoTimes.size();
-                sound += found.audioTimes.back() - found.audioTimes.front();
+                const auto &sound = found.audioTimes;
+                QVERIFY(sound.front() < 0.05);
+                const auto gap = std::ranges::adjacent_find(sound,
+                    [](double before, double after) { return after - before > 0.05; });
+                QVERIFY(gap == sound.end());
                 QCOMPARE(decodeErrors(file(part)), QByteArray());
             }
-            QCOMPARE(pictures, 210U);
-            QVERIFY2(std::abs(sound - 7) < 0.15, qPrintable(QString::number(sound)));
+            QCOMPARE(pictures, static_cast<std::size_t>(feed.count()));
         }
     }
 

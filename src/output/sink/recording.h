@@ -47,8 +47,13 @@ public:
 
     /// Goes on in another file with the next key frame; the present one is finished meanwhile. No
     /// picture and no sound is missing or doubled between the two. Throws as `start`; the present
-    /// one goes on then. Call it only while recording.
+    /// one goes on then. Call it only when it can.
     void startPart(const QString &path);
+    /// Recording, and the part before is finished.
+    [[nodiscard]] bool canStartPart() const
+    {
+        return state() == RecordingState::recording && ready() && !m_lastPart;
+    }
 
     /// Lets go of what is there without waiting for its end.
     void abandon();

@@ -129,7 +129,8 @@ void RecordingDesk::poll()
     if (m_outputs.recording().state() != RecordingState::recording) {
         return;
     }
-    if (m_partMinutes > 0 && m_clock.monotonicUs() - m_partStartedUs >= m_partMinutes * minuteUs) {
+    if (m_partMinutes > 0 && m_outputs.recording().canStartPart()
+        && m_clock.monotonicUs() - m_partStartedUs >= m_partMinutes * minuteUs) {
         nextPart();
     }
     if (const auto sample = m_disk.poll(m_clock.monotonicUs())) {

@@ -29,7 +29,7 @@ QUOTED = {
 # shown to them.
 WHOLE_FILES = {
     *["base/text_table.cpp", "base/text_table_service.cpp", "base/text_table_sermon.cpp",
-      "bible/books.cpp", "ui/kit/style.cpp"],
+      "bible/books.cpp", "translation/pipeline/reading_block.cpp", "ui/kit/style.cpp"],
     *[f"bible/{file}.cpp" for file in ["book_forms", "book_names", "named_bible", "reference_tokens", "spoken_books",
                                    "spoken_references", "spoken_words"]],
 }

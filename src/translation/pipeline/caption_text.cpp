@@ -9,6 +9,8 @@ CaptionSeparator captionSeparator(int setting)
         return CaptionSeparator::Blank;
     case 2:
         return CaptionSeparator::EmptyLine;
+    case 3:
+        return CaptionSeparator::Reading;
     default:
         return CaptionSeparator::Line;
     }
@@ -22,6 +24,7 @@ QString separatorText(CaptionSeparator separator)
     case CaptionSeparator::EmptyLine:
         return QStringLiteral("\n\n");
     case CaptionSeparator::Line:
+    case CaptionSeparator::Reading:
         break;
     }
     return QStringLiteral("\n");

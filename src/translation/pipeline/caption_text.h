@@ -12,12 +12,13 @@ enum class CaptionSeparator : std::int32_t {
     Blank = 0, ///< "Frases seguidas"
     Line = 1, ///< "Cada frase en su renglón"
     EmptyLine = 2, ///< "Renglón en blanco entre frases"
+    Reading = 3, ///< "Lectura": one block at a time, see `Reading`
 };
 
-/// The separator of a stored setting; one that is none of the three is a line.
+/// The separator of a stored setting; one that is none of the four is a line.
 CaptionSeparator captionSeparator(int setting);
 
-/// What is put between two phrases: one blank, one line break or two.
+/// What is put between two phrases: one blank, one line break or two. Of blocks there is only one.
 QString separatorText(CaptionSeparator separator);
 
 /// The phrases that may be on screen: what of them a box has room for is known where it is drawn.

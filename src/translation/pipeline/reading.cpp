@@ -1,0 +1,56 @@
+#include "translation/pipeline/reading.h"
+
+#include <algorithm>
+
+namespace nimbara {
+
+void Reading::add(const QString &phrase)
+{
+    const QString text = reading::spokenText(phrase);
+    if (!text.isEmpty()) {
+        // Scripts of full width have no blanks.
+        const bool blank = !m_waiting.isEmpty() && reading::columns(m_waiting.right(1)) == 1;
+        m_waiting += blank ? QLatin1Char(' ') + text : text;
+    }
+}
+
+std::int64_t Reading::backlogMs() const
+{
+    return reading::columns(m_waiting) * 1000LL / pace;
+}
+
+std::int64_t Reading::readMs(std::int32_t columns) const
+{
+    const std::int32_t perSecond = m_hurried ? hurriedPace : pace;
+    return std::max(leastMs, (std::int64_t { columns } * 1000 + perSecond - 1) / perSecond);
+}
+
+bool Reading::advance(std::int64_t nowMs)
+{
+    const bool changed = step(nowMs);
+    const std::int64_t backlog = backlogMs();
+    m_hurried = backlog > hurryAboveMs || (m_hurried && backlog > calmBelowMs);
+    return changed;
+}
+
+bool Reading::step(std::int64_t nowMs)
+{
+    const std::int64_t age = nowMs - m_shownMs;
+    if (!m_block.isEmpty() && age < readMs(reading::columns(m_block))) {
+        return false;
+    }
+    if (m_waiting.isEmpty()) {
+        const bool expires = !m_block.isEmpty() && age >= lifetimeMs;
+        if (expires) {
+            m_block.clear();
+        }
+        return expires;
+    }
+    const reading::Cut cut = reading::takeBlock(m_waiting);
+    m_block = cut.lines.join(QLatin1Char('\n'));
+    m_waiting = cut.rest;
+    m_shownMs = nowMs;
+    return true;
+}
+
+} // namespace nimbara

@@ -1,0 +1,128 @@
+#include "support/test_registry.h"
+#include "translation/pipeline/reading.h"
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A minute of a sermon, as its translation comes: in phrases that end anywhere.
+const QStringList sermon {
+    u"Dios no nos llamó a una vida cómoda; nos llamó a una vida llena de propósito, y eso cuesta."_s,
+    u"Yo me acuerdo de mi abuela, que se levantaba"_s,
+    u"a las cuatro de la mañana para orar por cada uno de sus nietos, por nombre, sin faltar un solo día."_s,
+    u"Amén."_s,
+    u"¿Quién ora así hoy? ¿Quién se levanta cuando todos duermen?"_s,
+    u"Hermanos, no les hablo de religión, ni de costumbres, ni de lo que la gente va a decir de nosotros"_s,
+    u"sino de conocer a Aquel que nos conoce desde antes de la fundación del mundo y que no se cansa."_s,
+};
+
+} // namespace
+
+class ReadingTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cutsAtClauses()
+    {
+        const std::tuple<QString, QString> rows[] {
+            { u"Amén."_s, u"Amén."_s },
+            { u"  Gracia  y\npaz. "_s, u"Gracia y paz."_s },
+            // 37 letters are a line, and 38 are two.
+            { u"abcdefghi abcdefghi abcdefghi abcdefg"_s,
+                u"abcdefghi abcdefghi abcdefghi abcdefg"_s },
+            { u"abcdefghi abcdefghi abcdefghi abcdefgh"_s,
+                u"abcdefghi abcdefghi/abcdefghi abcdefgh"_s },
+            { u"Dios es bueno en todo tiempo. Por eso venimos hoy a darle gracias con todo el corazón"_s,
+                u"Dios es bueno en todo tiempo.|Por eso venimos hoy a darle/gracias con todo el corazón"_s },
+            { u"The Lord is my shepherd, I shall not want, and he makes me lie down in green pastures"_s,
+                u"The Lord is my shepherd, I shall/not want, and he makes me lie down|in green pastures"_s },
+            { u"神は愛です。愛のうちにいる者は神のうちにおり、神もその人のうちにおられます。感謝します。"_s,
+                u"神は愛です。愛のうちにいる者は神のうち/におり、神もその人のうちにおられます。|感謝します。"_s },
+            { u"x"_s.repeated(80),
+                u"x"_s.repeated(37) + u'/' + u"x"_s.repeated(37) + u"|xxxxxx"_s },
+        };
+        for (const auto &[text, expected] : rows) {
+            const RowName named(text.toUtf8());
+            QStringList blocks;
+            for (QString rest = text; !rest.isEmpty();) {
+                const reading::Cut cut = reading::takeBlock(rest);
+                blocks.append(cut.lines.join(u'/'));
+                rest = cut.rest;
+            }
+            QCOMPARE(blocks.join(u'|'), expected);
+        }
+        QVERIFY(reading::takeBlock(u" \n"_s).lines.isEmpty());
+    }
+
+    void showsOnlyWhatIsSpoken()
+    {
+        const std::pair<QString, QString> rows[] {
+            { u"[Música]"_s, {} },
+            { u"(applause)"_s, {} },
+            { u"*risas*."_s, {} },
+            { u"♪ la la la ♪"_s, {} },
+            { u"… ?"_s, {} },
+            { u"[Aplausos] Gracias, hermanos"_s, u"Gracias, hermanos"_s },
+            { u"Dice Juan (3:16) así"_s, u"Dice Juan (3:16) así"_s },
+            { u"愛"_s, u"愛"_s },
+        };
+        for (const auto &[text, spoken] : rows) {
+            QCOMPARE(reading::spokenText(text), spoken);
+        }
+    }
+
+    /// Ten minutes at so many letters per second: within the limits, every word once and in order,
+    /// and nothing waits for long. The frames are 33 ms apart.
+    void keepsThePace()
+    {
+        const std::tuple<const char *, int, bool> rows[] {
+            { "slow", 10, false },
+            { "fast", 18, true },
+        };
+        for (const auto &[name, lettersPerSecond, hurries] : rows) {
+            const RowName named(name);
+            Reading reading;
+            QString said;
+            QString read;
+            std::int64_t shownMs = 0;
+            std::int64_t dueMs = 0;
+            std::int64_t endMs = 0;
+            bool hurried = false;
+            QString block;
+            qsizetype next = 0;
+            for (std::int64_t now = 0; now < 600'000 || !reading.block().isEmpty(); now += 33) {
+                if (now < 600'000 && now >= dueMs) {
+                    const QString &phrase = sermon.at(next++ % sermon.size());
+                    reading.add(phrase);
+                    said += phrase + u' ';
+                    dueMs += phrase.size() * 1000 / lettersPerSecond;
+                    endMs = now;
+                }
+                const bool mayHurry = reading.isHurried();
+                if (!reading.advance(now)) {
+                    QCOMPARE(reading.block(), block); // what is shown does not change
+                    continue;
+                }
+                const std::int64_t stood = now - shownMs;
+                QVERIFY(block.isEmpty() || stood >= Reading::leastMs);
+                QVERIFY(block.size() * 1000 <= (mayHurry ? 20 : 15) * stood);
+                QVERIFY(stood < Reading::lifetimeMs + 33 || block.isEmpty());
+                hurried = hurried || mayHurry;
+                block = reading.block();
+                shownMs = now;
+                read += block.isEmpty() ? QString() : QString(block).replace(u'\n', u' ') + u' ';
+                QVERIFY(block.count(u'\n') <= 1);
+                for (const QString &line : block.split(u'\n')) {
+                    QVERIFY2(line.size() <= 37, qPrintable(line));
+                }
+                QVERIFY2(now < endMs + 30'000, "the backlog is gone");
+            }
+            QCOMPARE(read, said);
+            QCOMPARE(hurried, hurries);
+        }
+    }
+};
+
+NIMBARA_TEST(ReadingTest)
+#include "reading_test.moc"

@@ -587,8 +587,9 @@ const std::vector<TextPair> &textPairs()
 {
     static const std::vector<TextPair> all = [] {
         std::vector<TextPair> joined(std::begin(pairs), std::end(pairs));
-        const std::span<const TextPair> service = serviceTextPairs();
-        joined.insert(joined.end(), service.begin(), service.end());
+        for (const std::span<const TextPair> more : { serviceTextPairs(), sermonTextPairs() }) {
+            joined.insert(joined.end(), more.begin(), more.end());
+        }
         return joined;
     }();
     return all;

@@ -14,7 +14,8 @@ struct TextPair {
 /// Every row, each Spanish text once.
 const std::vector<TextPair> &textPairs();
 
-/// Those among them that stand in a file of their own.
+/// Those among them that stand in files of their own.
 std::span<const TextPair> serviceTextPairs();
+std::span<const TextPair> sermonTextPairs();
 
 } // namespace nimbara_i18n

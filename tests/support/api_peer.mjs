@@ -4,13 +4,15 @@
 // on standard output, with its time in milliseconds since the epoch, and nothing is answered before a
 // command on standard input says so:
 //   {do:"answer", id, status, headers, base64}   {do:"drop", id}   and those of ws_peer.mjs;
-//   {do:"serve", …} answers by itself from then on: api_service.mjs; without phrases no more.
+//   {do:"serve", …} answers by itself from then on: api_service.mjs; without phrases no more;
+//   {do:"listen"} hears the words that are said and reports no requests: word_ear.mjs.
 // Ends with its standard input.
 import { readFileSync } from 'node:fs';
 import { createServer } from 'node:https';
 import { createInterface } from 'node:readline';
 
 import { makeService } from './api_service.mjs';
+import { makeListener } from './word_ear.mjs';
 import { attachLive } from './ws_peer.mjs';
 
 const [certificate, key, port = '0'] = process.argv.slice(2);
@@ -38,8 +40,8 @@ async function receive(request, response) {
   const { method, url: path, headers } = request;
   const type = headers['content-type'] ?? '';
   const form = type.startsWith('multipart/form-data') ? await formParts(body, type) : undefined;
-  report({ event: 'request', id, method, path, headers, body: form ? '' : body.toString(), form });
-  service?.answer(path, body.toString(), (text) => { open.delete(id); response.end(text); });
+  if (!service?.isQuiet) report({ event: 'request', id, method, path, headers, body: form ? '' : body.toString(), form });
+  service?.answer(path, body.toString(), (text) => { open.delete(id); response.end(text); }, form);
 }
 
 const server = createServer(
@@ -48,8 +50,9 @@ const server = createServer(
 server.on('tlsClientError', () => {});
 
 const commands = {
-  ...attachLive(server, report, (text, write) => service?.answerLive(text, write)),
+  ...attachLive(server, report, (text, write, ws) => service?.answerLive(text, write, ws)),
   serve: (script) => { service = script.phrases ? makeService(script) : null; },
+  listen: () => { service = makeListener(); },
   answer: ({ id, status, headers, base64 }) => {
     const response = open.get(id);
     open.delete(id);

@@ -249,7 +249,7 @@ private:
         m_live->turn = [this](const QString &text, std::int64_t time) {
             m_log.append(u"=%1 %2"_s.arg(text).arg(m_clock.wallMs() - time));
         };
-        m_live->unavailable = [this] { m_log.append(u"unavailable"_s); };
+        m_live->unavailable = [this](bool) { m_log.append(u"unavailable"_s); };
     }
 
     void activate()

@@ -14,8 +14,6 @@ namespace nimbara {
 namespace {
 
 constexpr std::int64_t maxRunMs = 10800000; ///< three hours
-constexpr std::size_t maxPending = 6;
-constexpr std::int32_t maxInFlight = 3;
 constexpr std::chrono::milliseconds textTimeout { 12000 };
 constexpr std::chrono::milliseconds voiceTimeout { 30000 };
 constexpr std::chrono::milliseconds probeTimeout { 8000 };
@@ -32,9 +30,7 @@ Translation::Translation(const Clock &clock, const Endpoint &endpoint)
     m_api.ended = [this] { end(); };
     connectLive();
     m_releaseTimer.setInterval(500);
-    QObject::connect(&m_releaseTimer, &QTimer::timeout, &m_releaseTimer, [this] {
-        releaseResults();
-    });
+    QObject::connect(&m_releaseTimer, &QTimer::timeout, &m_releaseTimer, [this] { tick(); });
     m_releaseTimer.start();
 }
 
@@ -49,19 +45,19 @@ void Translation::connectLive()
     m_live.turn = [this](const QString &text, std::int64_t phraseTimeMs) {
         if (running()) {
             ++m_inFlight;
-            translate(m_order.take(phraseTimeMs), text);
+            translate({ m_order.take(phraseTimeMs), phraseTimeMs, {}, text, {} });
         }
     };
     m_live.refused = [this] { end(); };
-    m_live.phraseEnded = [this] { m_seam.endPhrase(); };
-    m_live.phraseDone = [this] { m_seam.phraseDone(); };
-    m_live.unavailable = [this] {
-        // The session is gone with what it had not transcribed: that goes by the other road.
-        for (const AudioBlock &block : m_seam.take()) {
-            segment(block);
+    m_live.ready = [this] {
+        m_line.setReached();
+        if (running() && m_live.isReady() && !m_segmenter.hasSpeech()) {
+            takeOver();
         }
-        statusChanged("Modo en vivo no disponible; se usa modo por trozos.");
     };
+    m_live.lost = [this](const std::deque<AudioBlock> &owed) { segmentOwed(owed); };
+    m_live.unavailable
+        = [this] { statusChanged("Modo en vivo no disponible; se usa modo por trozos."); };
 }
 
 void Translation::start(const QString &key,
@@ -88,18 +84,20 @@ void Translation::start(const QString &key,
     if (!m_liveDisabled) {
         m_live.start(trimmed, source, languages::livePrompt(source));
     }
+    tellRoad();
 }
 
 void Translation::stopEngine()
 {
     m_live.stop();
-    m_seam.clear();
     m_segmenter.clear();
-    m_pendingSegments.clear();
+    m_tail.clear();
+    m_line.clear();
     m_inFlight = 0;
     m_order.clear();
     m_memory.clear();
     m_api.close();
+    m_toldRoad = VoiceRoad::Stopped;
 }
 
 void Translation::end()
@@ -123,27 +121,63 @@ void Translation::processAudio(const AudioBlock &block)
         return;
     }
     const std::int32_t generation = requestGeneration();
-    if (m_live.isActive()) {
-        // What was said before the session was ready is a phrase too; left here, it would come out
-        // glued to the first words after the session, however much later.
-        takePhrase(m_segmenter.flush());
-        if (isCurrent(generation)) {
-            m_seam.add(block);
-            m_live.pushAudio(block);
-        }
+    m_live.tick();
+    if (!isCurrent(generation)) {
         return;
     }
-    segment(block);
+    if (m_live.isOpen()) {
+        m_live.push(block);
+        return;
+    }
+    const bool cut = segment(block);
+    if (isCurrent(generation) && m_live.isReady() && (cut || !m_segmenter.hasSpeech())) {
+        takeOver();
+    }
 }
 
-void Translation::segment(const AudioBlock &block)
+/// Hands the voice to the live session that is ready, from the last cut on: no word is on both
+/// roads, and none is cut in two.
+void Translation::takeOver()
+{
+    const AudioBlock tail = m_tail.last(m_segmenter.pendingFrames());
+    m_segmenter.clear();
+    m_tail.clear();
+    m_live.takeOver();
+    if (!tail.samples.empty()) {
+        m_live.push(tail);
+    }
+    tellRoad();
+}
+
+/// Returns whether the block has ended a phrase.
+bool Translation::segment(const AudioBlock &block)
 {
     const std::int32_t generation = requestGeneration();
-    for (const PhraseSamples &phrase : m_segmenter.push(block)) {
+    m_tail.push(block);
+    const std::vector<PhraseSamples> phrases = m_segmenter.push(block);
+    for (const PhraseSamples &phrase : phrases) {
         if (isCurrent(generation)) {
             takePhrase(phrase);
         }
     }
+    return !phrases.empty();
+}
+
+/// A session is gone with what it had not transcribed: that goes by the other road.
+void Translation::segmentOwed(const std::deque<AudioBlock> &owed)
+{
+    const std::int32_t generation = requestGeneration();
+    m_line.bePatient();
+    for (const AudioBlock &block : owed) {
+        if (isCurrent(generation)) {
+            segment(block);
+        }
+    }
+    if (isCurrent(generation) && m_live.isOpen()) {
+        // What follows goes to a session: it would come out glued to what is said much later.
+        takePhrase(m_segmenter.flush());
+    }
+    tellRoad();
 }
 
 void Translation::takePhrase(const PhraseSamples &samples)
@@ -151,69 +185,105 @@ void Translation::takePhrase(const PhraseSamples &samples)
     if (samples.empty()) {
         return;
     }
-    if (m_pendingSegments.size() >= maxPending) {
+    if (!m_line.hasRoom()) {
         statusChanged("IA con retraso; se omite un segmento.");
         return;
     }
-    m_pendingSegments.push_back({ m_order.take(m_clock.wallMs()), wavFile(samples) });
-    startUploads();
+    const std::int64_t now = m_clock.wallMs();
+    m_line.add({ m_order.take(now), now, wavFile(samples), {}, {} });
+    startRequests();
 }
 
-void Translation::startUploads()
+void Translation::startRequests()
 {
-    while (running() && m_inFlight < maxInFlight && !m_pendingSegments.empty()) {
-        const PendingSegment segment = std::move(m_pendingSegments.front());
-        m_pendingSegments.pop_front();
+    while (running()) {
+        const auto request = m_line.take(m_clock.monotonicUs() / 1000, m_inFlight);
+        if (!request) {
+            return;
+        }
         ++m_inFlight;
-        upload(segment);
+        if (m_line.isPatient()) {
+            m_order.waitFrom(request->sequence, m_clock.wallMs());
+        }
+        if (request->text.isEmpty()) {
+            upload(*request);
+        } else {
+            askTranslation(*request);
+        }
     }
 }
 
-void Translation::upload(const PendingSegment &segment)
+void Translation::upload(const PhraseRequest &request)
 {
-    const std::int32_t sequence = segment.sequence;
     m_api.postForm(
         QStringLiteral("audio/transcriptions"),
-        api::transcriptionForm(m_source, segment.wav),
+        api::transcriptionForm(m_source, request.wav),
         textTimeout,
         QStringLiteral("Transcripcion"),
-        [this, sequence](const QByteArray &body) { translate(sequence, api::transcript(body)); },
-        [this, sequence](int) { finish(sequence, {}); });
+        [this, request](const QByteArray &body) {
+            m_line.setReached();
+            translate({ request.sequence, request.phraseTimeMs, {}, api::transcript(body), {} });
+        },
+        [this, request](int status) { handleFailure(request, status); });
 }
 
 /// The request of this phrase is counted in `m_inFlight` already.
-void Translation::translate(std::int32_t sequence, const QString &text)
+void Translation::translate(PhraseRequest request)
 {
     const std::int32_t generation = requestGeneration();
-    const bool repeated = m_memory.isRepeated(text);
+    const bool repeated = m_memory.isRepeated(request.text);
+    const bool blank = request.text.trimmed().isEmpty();
     if (repeated) {
-        heard("(repetido, descartado) " + Message::verbatim(text));
-    } else if (!text.trimmed().isEmpty()) {
-        heard(Message::verbatim(text));
+        heard("(repetido, descartado) " + Message::verbatim(request.text));
+    } else if (!blank) {
+        heard(Message::verbatim(request.text));
     }
     if (!isCurrent(generation)) {
         return;
     }
-    if (repeated || text.trimmed().isEmpty()) {
-        finish(sequence, {});
+    if (repeated || blank) {
+        finish(request.sequence, {});
         return;
     }
-    const QString context = m_memory.context();
-    m_memory.addOriginal(text);
+    request.context = m_memory.context();
+    m_memory.addOriginal(request.text);
+    askTranslation(request);
+}
+
+void Translation::askTranslation(const PhraseRequest &request)
+{
     m_api.postJson(
         QStringLiteral("responses"),
-        api::translationBody(m_target, context, text),
+        api::translationBody(m_target, request.context, request.text),
         textTimeout,
         QStringLiteral("Traduccion"),
-        [this, sequence](const QByteArray &body) {
+        [this, sequence = request.sequence](const QByteArray &body) {
+            m_line.setReached();
             const QString translated = openai::outputText(body);
             m_memory.addTranslation(translated);
             finish(sequence, translated);
         },
-        [this, sequence, text](int) {
-            m_memory.forget(text);
-            finish(sequence, {});
-        });
+        [this, request](int status) { handleFailure(request, status); });
+}
+
+/// What the service refuses is given up. What the network lost is sent again, while it is of use.
+void Translation::handleFailure(const PhraseRequest &request, int status)
+{
+    const std::int64_t now = m_clock.wallMs();
+    if (status == 0 && m_order.isAwaited(request.sequence)
+        && m_line.putBack(request, m_clock.monotonicUs() / 1000, now)) {
+        --m_inFlight;
+        m_order.waitFrom(request.sequence, now);
+        tellRoad();
+        return;
+    }
+    if (status != 0) {
+        m_line.setReached();
+    }
+    if (!request.text.isEmpty()) {
+        m_memory.forget(request.text);
+    }
+    finish(request.sequence, {});
 }
 
 void Translation::finish(std::int32_t sequence, const QString &text)
@@ -223,7 +293,40 @@ void Translation::finish(std::int32_t sequence, const QString &text)
     const std::int32_t generation = requestGeneration();
     releaseResults();
     if (isCurrent(generation)) {
-        startUploads();
+        startRequests();
+        tellRoad();
+    }
+}
+
+void Translation::tick()
+{
+    const std::int32_t generation = requestGeneration();
+    releaseResults();
+    if (isCurrent(generation)) {
+        m_live.tick();
+    }
+    if (isCurrent(generation)) {
+        startRequests();
+        tellRoad();
+    }
+}
+
+VoiceRoad Translation::road() const
+{
+    if (!running()) {
+        return VoiceRoad::Stopped;
+    }
+    if (m_line.isAway()) {
+        return VoiceRoad::Waiting;
+    }
+    return m_live.isOpen() ? VoiceRoad::Live : VoiceRoad::Phrases;
+}
+
+void Translation::tellRoad()
+{
+    if (const VoiceRoad now = road(); now != m_toldRoad) {
+        m_toldRoad = now;
+        roadChanged();
     }
 }
 
@@ -233,7 +336,7 @@ void Translation::releaseResults()
         return;
     }
     const std::int32_t generation = requestGeneration();
-    if (m_order.skipLate(m_clock.wallMs())) {
+    if (!m_line.holds(m_order.awaited()) && m_order.skipLate(m_clock.wallMs())) {
         statusChanged("Se omitió un segmento lento para no detener la pantalla.");
     }
     while (isCurrent(generation)) {

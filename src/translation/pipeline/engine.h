@@ -4,12 +4,13 @@
 #include "base/message.h"
 #include "net/endpoints.h"
 #include "signal/audio_block.h"
+#include "translation/pipeline/audio_tail.h"
+#include "translation/pipeline/live_road.h"
 #include "translation/pipeline/phrase_order.h"
-#include "translation/pipeline/seam_buffer.h"
+#include "translation/pipeline/request_line.h"
 #include "translation/pipeline/segmenter.h"
 #include "translation/pipeline/transcript_memory.h"
 #include "translation/service/api_client.h"
-#include "translation/service/live_transcriber.h"
 
 #include <QByteArray>
 #include <QString>
@@ -21,9 +22,18 @@
 
 namespace nimbara {
 
-/// The live translation. A block of voice goes to the live session while that is active, else to
-/// the segmenter, whose phrases are uploaded; either way each transcript is translated, and the
-/// translations are released strictly in the order of their phrases.
+/// The way that the voice takes.
+enum class VoiceRoad {
+    Stopped,
+    Live, ///< a live session hears it
+    Phrases, ///< it is uploaded phrase by phrase
+    Waiting, ///< the network is away: what is said is kept and sent once it is back
+};
+
+/// The live translation. A block of voice goes to the live road while that is open, else to the
+/// segmenter, whose phrases are uploaded; either way each transcript is translated, and the
+/// translations are released strictly in the order of their phrases. The voice changes from one
+/// road to the other where no word is cut, and what the network loses is sent again.
 ///
 /// Interface thread only. A callback may call `stopEngine` or `start`, which take effect at once:
 /// nothing of an earlier run is ever reported. Needs a running event loop.
@@ -56,6 +66,10 @@ public:
     /// Raised by every stop.
     [[nodiscard]] std::int32_t requestGeneration() const { return m_api.generation(); }
 
+    [[nodiscard]] VoiceRoad road() const;
+
+    /// `road` has changed.
+    std::function<void()> roadChanged = [] {};
     /// Progress and failures.
     std::function<void(const Message &message)> statusChanged = [](const Message &) {};
     /// A caption has come, and how long it took.
@@ -70,19 +84,20 @@ public:
     std::function<void(const QByteArray &pcm)> voiceAudio = [](const QByteArray &) {};
 
 private:
-    struct PendingSegment {
-        std::int32_t sequence;
-        QByteArray wav;
-    };
-
     void connectLive();
     void end();
-    void segment(const AudioBlock &block);
+    void tick();
+    bool segment(const AudioBlock &block);
+    void segmentOwed(const std::deque<AudioBlock> &owed);
+    void takeOver();
     void takePhrase(const PhraseSamples &samples);
-    void startUploads();
-    void upload(const PendingSegment &segment);
-    void translate(std::int32_t sequence, const QString &text);
+    void startRequests();
+    void upload(const PhraseRequest &request);
+    void translate(PhraseRequest request);
+    void askTranslation(const PhraseRequest &request);
+    void handleFailure(const PhraseRequest &request, int status);
     void finish(std::int32_t sequence, const QString &text);
+    void tellRoad();
     void show(const PhraseOrder::Released &phrase);
     void speak(const QString &text);
     [[nodiscard]] bool isCurrent(std::int32_t generation) const
@@ -92,13 +107,14 @@ private:
 
     const Clock &m_clock;
     ApiClient m_api;
-    LiveTranscriber m_live;
-    SeamBuffer m_seam; ///< what the live session still owes a transcript
+    LiveRoad m_live;
     Segmenter m_segmenter;
+    AudioTail m_tail; ///< what the segmenter was given
     PhraseOrder m_order;
     TranscriptMemory m_memory;
-    std::deque<PendingSegment> m_pendingSegments; ///< waiting for their upload, at most 6
+    RequestLine m_line; ///< what waits to be sent
     std::int32_t m_inFlight = 0; ///< transcriptions and translations under way
+    VoiceRoad m_toldRoad = VoiceRoad::Stopped;
     QString m_target;
     QString m_source;
     bool m_voice = false;

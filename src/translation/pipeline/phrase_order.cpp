@@ -1,5 +1,4 @@
 #include "translation/pipeline/phrase_order.h"
-
 namespace nimbara {
 
 std::int32_t PhraseOrder::take(std::int64_t phraseTimeMs)
@@ -21,10 +20,16 @@ bool PhraseOrder::skipLate(std::int64_t nowMs)
         return false;
     }
     const auto time = m_phraseTimes.find(m_nextRelease);
-    if (time == m_phraseTimes.end() || nowMs - time->second <= patienceMs) {
+    if (time == m_phraseTimes.end()) {
+        return false;
+    }
+    const auto more = m_waitFrom.find(m_nextRelease);
+    const std::int64_t from = more == m_waitFrom.end() ? time->second : more->second;
+    if (nowMs - from <= patienceMs) {
         return false;
     }
     m_phraseTimes.erase(time);
+    m_waitFrom.erase(m_nextRelease);
     ++m_nextRelease;
     return true;
 }
@@ -36,6 +41,7 @@ std::optional<PhraseOrder::Released> PhraseOrder::next()
         return std::nullopt;
     }
     const auto time = m_phraseTimes.extract(m_nextRelease);
+    m_waitFrom.erase(m_nextRelease);
     ++m_nextRelease;
     return Released { result.mapped().trimmed(), time.empty() ? 0 : time.mapped() };
 }

@@ -30,6 +30,15 @@ public:
     /// did; at most one phrase per call.
     bool skipLate(std::int64_t nowMs);
 
+    /// The phrase is late for no fault of its own: it may take as long again from now on.
+    void waitFrom(std::int32_t sequence, std::int64_t nowMs) { m_waitFrom[sequence] = nowMs; }
+
+    /// The phrase whose turn it is.
+    [[nodiscard]] std::int32_t awaited() const { return m_nextRelease; }
+
+    /// The phrase has not been skipped.
+    [[nodiscard]] bool isAwaited(std::int32_t sequence) const { return sequence >= m_nextRelease; }
+
     /// The next phrase in order; none while it is missing.
     std::optional<Released> next();
 
@@ -41,6 +50,7 @@ private:
     std::int32_t m_nextRelease = 0;
     std::map<std::int32_t, QString> m_results;
     std::map<std::int32_t, std::int64_t> m_phraseTimes;
+    std::map<std::int32_t, std::int64_t> m_waitFrom; ///< of phrases that got more time
 };
 
 } // namespace nimbara

@@ -26,6 +26,15 @@ public:
     /// there is none worth sending.
     PhraseSamples flush();
 
+    /// A phrase is being collected.
+    [[nodiscard]] bool hasSpeech() const { return m_speechSeen; }
+
+    /// Frames of 48000 Hz since the last cut: the phrase being collected, or silence.
+    [[nodiscard]] std::size_t pendingFrames() const
+    {
+        return m_segment.size() * 3 + static_cast<std::size_t>(m_chunkCount);
+    }
+
     /// Begins anew.
     void clear();
 

@@ -14,6 +14,8 @@ namespace {
 constexpr std::int32_t samplesPerMs = 24;
 constexpr std::int32_t minCommit = 500 * samplesPerMs;
 constexpr std::int32_t minVoiced = 500 * samplesPerMs;
+/// No word is shorter; a cough of the line is.
+constexpr std::int32_t minWord = 60 * samplesPerMs;
 
 bool endsSentence(const QString &text)
 {
@@ -47,10 +49,13 @@ void LiveAudio::addSample(double s)
     ++m_samplesSinceCommit;
     if (s * s <= silenceEnergy) {
         ++m_silentRun;
+        ++m_quietRun;
         return;
     }
     ++m_voicedSamples;
+    ++m_uncommittedVoice;
     m_silentRun = 0;
+    m_quietRun = 0;
     m_speaking = true;
 }
 
@@ -89,7 +94,18 @@ bool LiveAudio::takeCommit()
     const bool enough = m_samplesSinceCommit >= minCommit;
     m_samplesSinceCommit = 0;
     m_voicedSamples = 0;
+    m_uncommittedVoice = enough ? 0 : m_uncommittedVoice;
     return enough;
+}
+
+bool LiveAudio::takeRest()
+{
+    const bool isWord = m_uncommittedVoice >= minWord;
+    m_samplesSinceCommit = 0;
+    m_voicedSamples = 0;
+    m_uncommittedVoice = 0;
+    m_speaking = false;
+    return isWord;
 }
 
 void LiveAudio::forgetSilence()
@@ -106,6 +122,8 @@ void LiveAudio::reset()
     m_decimCount = 0;
     m_voicedSamples = 0;
     m_silentRun = 0;
+    m_quietRun = 0;
+    m_uncommittedVoice = 0;
     m_samplesSinceCommit = 0;
     m_speaking = false;
 }

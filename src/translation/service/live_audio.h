@@ -33,6 +33,13 @@ public:
     /// Takes the decision of a commit: enough audio since the last one. Counts anew either way.
     bool takeCommit();
 
+    /// Takes the decision of a last commit: whether anything that was sent since the last one may
+    /// be a word, however short. Counts anew either way.
+    bool takeRest();
+
+    /// How long nobody has spoken, whether or not a phrase ended in it.
+    [[nodiscard]] std::int32_t pauseMs() const { return m_quietRun / 24; }
+
     /// Forgets long silence, so that the length rule counts from the next voice.
     void forgetSilence();
 
@@ -49,6 +56,8 @@ private:
     double m_gain = 1.0;
     std::int32_t m_voicedSamples = 0;
     std::int32_t m_silentRun = 0;
+    std::int32_t m_quietRun = 0; ///< as the silent run, over the ends of phrases too
+    std::int32_t m_uncommittedVoice = 0; ///< voiced samples that no commit has covered yet
     std::int32_t m_samplesSinceCommit = 0;
     bool m_speaking = false;
 };

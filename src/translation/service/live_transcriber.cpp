@@ -5,9 +5,16 @@
 
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <utility>
 
 namespace nimbara {
+
+namespace {
+
+constexpr std::int64_t turnSettleMs = 1500;
+
+} // namespace
 
 LiveTranscriber::LiveTranscriber(const Clock &clock, Endpoint endpoint)
     : m_clock(clock)
@@ -20,6 +27,7 @@ void LiveTranscriber::connectSocket()
 {
     m_socket.opened = [this] { configure(); };
     m_socket.rejected = [this](const QByteArray &block) {
+        m_keyRejected = block.startsWith("HTTP/1.1 401") || block.startsWith("HTTP/1.1 403");
         // The key goes before the text is cut: half a key is a secret too.
         QByteArray safe = block;
         safe.replace(m_apiKey.toUtf8(), "***");
@@ -42,6 +50,8 @@ void LiveTranscriber::start(const QString &apiKey, const QString &language, cons
     m_settings = live::fromEnvironment(language, prompt);
     // A time of the session before would date the first phrase of this one minutes back.
     m_lastSpeechTime = 0;
+    m_keyRejected = false;
+    m_startedMs = nowMs();
     m_socket.open(QStringLiteral("realtime?intent=transcription"), openai::bearer(apiKey));
 }
 
@@ -53,6 +63,7 @@ void LiveTranscriber::stop()
     m_socket.abort();
     m_partialText.clear();
     m_audio.reset();
+    m_owed = 0;
 }
 
 void LiveTranscriber::configure()
@@ -64,11 +75,10 @@ void LiveTranscriber::handleEvent(const QByteArray &message)
 {
     const QJsonObject event = QJsonDocument::fromJson(message).object();
     const QString type = event.value(QLatin1String("type")).toString();
+    m_answeredMs = nowMs();
     if (type == QLatin1String("session.updated")
         || type == QLatin1String("transcription_session.updated")) {
-        m_active = true;
-        status(m_settings.turnMode ? "Modo en vivo activo (por turnos)."
-                                   : "Modo en vivo activo (texto mientras se habla).");
+        confirm();
     } else if (type == QLatin1String("error")) {
         handleError(message);
     } else if (type == QLatin1String("conversation.item.input_audio_transcription.delta")) {
@@ -78,12 +88,37 @@ void LiveTranscriber::handleEvent(const QByteArray &message)
         handleCompleted(event.value(QLatin1String("transcript")).toString());
     } else if (type == QLatin1String("conversation.item.input_audio_transcription.failed")) {
         m_partialText.clear();
-        phraseDone();
+        payTranscript();
         tellError(message);
     } else if (type == QLatin1String("input_audio_buffer.speech_stopped")) {
         m_lastSpeechTime = m_clock.wallMs();
-        phraseEnded();
+        oweTranscript();
     }
+}
+
+void LiveTranscriber::confirm()
+{
+    const std::uint32_t session = m_session;
+    m_active = true;
+    status(m_settings.turnMode ? "Modo en vivo activo (por turnos)."
+                               : "Modo en vivo activo (texto mientras se habla).");
+    if (session == m_session) {
+        confirmed();
+    }
+}
+
+void LiveTranscriber::oweTranscript()
+{
+    if (m_owed++ == 0) {
+        m_answeredMs = nowMs();
+    }
+    phraseEnded();
+}
+
+void LiveTranscriber::payTranscript()
+{
+    m_owed = std::max(m_owed - 1, 0);
+    phraseDone();
 }
 
 void LiveTranscriber::handleError(const QByteArray &event)
@@ -106,7 +141,7 @@ void LiveTranscriber::handleActiveError(const QByteArray &event)
 {
     // A phrase that was not even taken gets no transcript.
     if (api::errorCode(event).startsWith(QLatin1String("input_audio_buffer_commit"))) {
-        phraseDone();
+        payTranscript();
     }
     tellError(event);
 }
@@ -124,7 +159,7 @@ void LiveTranscriber::handleCompleted(const QString &transcript)
 {
     const QString text = transcript.trimmed();
     m_partialText.clear();
-    phraseDone();
+    payTranscript();
     if (!text.isEmpty()) {
         turn(text, m_lastSpeechTime == 0 ? m_clock.wallMs() : m_lastSpeechTime);
     }
@@ -135,8 +170,7 @@ Message LiveTranscriber::shown(const QString &peerText, qsizetype length) const
     return Message::verbatim(api::withoutKey(peerText, m_apiKey).left(length));
 }
 
-/// Issues the message and returns to idle. A session that never got a connection ends without
-/// `unavailable`: the engine's first message said that it was only being tried.
+/// Issues the message and returns to idle.
 void LiveTranscriber::fail(const Message &message)
 {
     const std::uint32_t session = m_session;
@@ -148,8 +182,15 @@ void LiveTranscriber::fail(const Message &message)
     m_apiKey.clear();
     m_active = false;
     m_socket.abort();
-    if (!neverConnected) {
-        unavailable();
+    unavailable(!neverConnected);
+}
+
+void LiveTranscriber::checkAnswer()
+{
+    const bool connecting = !m_apiKey.isEmpty() && !m_active;
+    const bool silent = m_active && m_owed > 0 && nowMs() - m_answeredMs > answerPatienceMs;
+    if (silent || (connecting && nowMs() - m_startedMs > connectPatienceMs)) {
+        fail("Conexión en vivo falló: " + Message("el servidor no responde"));
     }
 }
 
@@ -191,8 +232,31 @@ void LiveTranscriber::endPhraseIfDue()
 
 void LiveTranscriber::sendCommit()
 {
-    m_socket.sendText(live::audioCommit());
-    phraseEnded();
+    if (m_active) { // sending what was left may have shown that the network is gone
+        m_socket.sendText(live::audioCommit());
+        oweTranscript();
+    }
+}
+
+void LiveTranscriber::finish()
+{
+    if (!m_active) {
+        return;
+    }
+    m_finishedMs = nowMs();
+    sendAudio();
+    if (m_settings.turnMode) {
+        // The server hears the end of a turn by its silence.
+        m_socket.sendText(live::audioAppend(QByteArray(600 * 24 * 2, '\0')));
+    } else if (m_audio.takeRest()) {
+        sendCommit();
+    }
+}
+
+bool LiveTranscriber::isSettled() const
+{
+    // In turn mode the server tells of a phrase once it has heard its end.
+    return m_owed == 0 && (!m_settings.turnMode || nowMs() - m_finishedMs > turnSettleMs);
 }
 
 void LiveTranscriber::commit()

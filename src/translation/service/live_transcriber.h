@@ -20,8 +20,8 @@ namespace nimbara {
 /// the text while it is spoken.
 ///
 /// Idle → connecting (`start`) → handshaken → active (the server confirmed the configuration). Any
-/// failure leads back to idle with `unavailable`; there is no reconnection. Interface thread only;
-/// a callback may call `stop` or `start`.
+/// failure leads back to idle with `unavailable`; there is no reconnection: `LiveRoad` opens the
+/// next session. Interface thread only; a callback may call `stop` or `start`.
 class LiveTranscriber {
 public:
     LiveTranscriber(const Clock &clock, Endpoint endpoint);
@@ -38,6 +38,24 @@ public:
     /// Ends the phrase on the server when at least 0.5 s were sent since the last one.
     void commit();
 
+    /// No audio follows: what was said and has not ended a phrase is one, too, however short.
+    void finish();
+
+    /// After `finish`: every phrase is transcribed.
+    [[nodiscard]] bool isSettled() const;
+
+    /// Fails a session whose server does not answer: not to the connection for `connectPatienceMs`,
+    /// or with no word at all for `answerPatienceMs` when a phrase has ended. Call it now and then.
+    void checkAnswer();
+    static constexpr std::int64_t connectPatienceMs = 10000;
+    static constexpr std::int64_t answerPatienceMs = 6000;
+
+    /// How long the audio that it was given has been silent.
+    [[nodiscard]] std::int32_t pauseMs() const { return m_audio.pauseMs(); }
+
+    /// The server has refused the key of the last session: the next one would be refused, too.
+    [[nodiscard]] bool isKeyRejected() const { return m_keyRejected; }
+
     /// The session takes audio.
     [[nodiscard]] bool isActive() const { return m_active; }
 
@@ -52,7 +70,11 @@ public:
     /// The earliest phrase that ended is transcribed, perhaps as nothing, or answered with an
     /// error. Comes before its `turn`.
     std::function<void()> phraseDone = [] {};
-    std::function<void()> unavailable = [] {}; ///< the session could not be made or was lost
+    /// The session could not be made or was lost. Whether there ever was a connection: without one
+    /// nothing was promised yet.
+    std::function<void(bool wasConnected)> unavailable = [](bool) {};
+    /// The server has confirmed the session.
+    std::function<void()> confirmed = [] {};
     /// After its message: no call with this key can succeed. The session is still there.
     std::function<void()> refused = [] {};
 
@@ -67,6 +89,10 @@ private:
     void endPhraseIfDue();
     void sendAudio();
     void sendCommit();
+    void confirm();
+    void oweTranscript();
+    void payTranscript();
+    [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
     void fail(const Message &message);
     [[nodiscard]] Message shown(const QString &peerText, qsizetype length) const;
 
@@ -79,6 +105,12 @@ private:
     LiveAudio m_audio;
     QString m_partialText;
     std::int64_t m_lastSpeechTime = 0; ///< ms since the epoch; 0: none in this session
+    bool m_keyRejected = false;
+    std::int32_t m_owed = 0; ///< phrases that ended and are not transcribed
+    // Monotonic milliseconds.
+    std::int64_t m_startedMs = 0;
+    std::int64_t m_answeredMs = 0; ///< the server's last word, or the end of the first owed phrase
+    std::int64_t m_finishedMs = 0;
 };
 
 } // namespace nimbara

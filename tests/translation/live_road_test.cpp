@@ -1,0 +1,219 @@
+#include "support/api_peer.h"
+#include "support/manual_clock.h"
+#include "support/test_registry.h"
+#include "translation/pipeline/live_road.h"
+#include "translation/signal.h"
+
+#include <QJsonDocument>
+
+#include <algorithm>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+/// One session after the other against an independent WebSocket server, the clock cranked by hand.
+class LiveRoadTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { restart("accept"); }
+
+    void triesAgainLaterAndLater()
+    {
+        restart("busy");
+        m_road->start(u"sk-secret"_s, u"es"_s, {});
+        int upgrades = 1;
+        for (const int seconds : { 2, 4, 8, 16, 30, 30 }) {
+            QTRY_COMPARE(m_peer.count("upgrade"), upgrades);
+            ++upgrades;
+            QTRY_VERIFY(!m_road->isOpening());
+            pass(seconds * 1000 - 1);
+            QVERIFY(!m_road->isOpening());
+            pass(1);
+            QVERIFY(m_road->isOpening());
+        }
+        QCOMPARE(m_log.join(u'|'),
+            u"Modo en vivo rechazado: HTTP/1.1 503 Service Unavailable|unavailable"_s);
+    }
+
+    void doesNotTryARefusedKeyAgain()
+    {
+        restart("reject");
+        m_road->start(u"sk-secret"_s, u"es"_s, {});
+        QTRY_COMPARE(m_log.value(1), u"unavailable"_s);
+        pass(3'600'000);
+        QVERIFY(!m_road->isOpening());
+    }
+
+    /// The next session is confirmed before the old one closes, and takes over in a pause. What the
+    /// old one still owes comes first, by its own transcript or, when it is lost, as voice.
+    void renews()
+    {
+        const std::pair<QByteArray, QStringList> rows[] {
+            { "transcribed", { u"=uno"_s, u"=dos"_s } },
+            { "lost", { u"owed 990"_s, u"=dos"_s } },
+            { "silent", { u"owed 990"_s, u"=dos"_s } },
+        };
+        for (const auto &[end, expected] : rows) {
+            const RowName named(end);
+            restart("accept");
+            open(0);
+            pass(LiveRoad::renewAfterMs - 1);
+            QCOMPARE(m_peer.count("upgrade"), 1);
+            pass(1);
+            confirm(1);
+            say({ { 100, 0 }, { 200, 0.1 }, { 290, 0 }, { 100, 0.1 }, { 290, 0 } });
+            QCOMPARE(appendedMs(1), 0); // that was no pause
+            say({ { 10, 0 }, { 1000, 0.1 }, { 500, 0 } });
+            QTRY_COMPARE(committed(1), 1);
+            QTRY_COMPARE(committed(0), 1); // a word of 300 ms, too
+            QCOMPARE(appendedMs(0), 990);
+            QCOMPARE(appendedMs(1), 1450);
+            transcript(1, "dos");
+            tell(1,
+                R"({"type":"conversation.item.input_audio_transcription.delta","delta":"tres"})");
+            QTRY_COMPARE(m_log.last(), u"~tres"_s); // both have come
+            m_log.clear();
+            if (end == "transcribed") {
+                transcript(0, "uno");
+            } else if (end == "lost") {
+                m_peer.command(R"({"do":"terminate","session":0})");
+            } else {
+                pass(LiveTranscriber::answerPatienceMs + 1);
+            }
+            QTRY_COMPARE((m_road->tick(), m_log), expected);
+            QTRY_VERIFY(hasClosed(0));
+            QVERIFY(m_road->isOpen());
+        }
+    }
+
+    void givesUpASilentServer()
+    {
+        const QString silent = u"Conexión en vivo falló: el servidor no responde"_s;
+        restart("mute");
+        m_road->start(u"sk-secret"_s, u"es"_s, {});
+        QTRY_COMPARE(m_peer.count("upgrade"), 1);
+        pass(LiveTranscriber::connectPatienceMs);
+        QVERIFY(m_log.isEmpty());
+        pass(1);
+        QCOMPARE(m_log, (QStringList { silent, u"unavailable"_s }));
+        restart("accept");
+        open(0);
+        m_log.clear();
+        say({ { 1000, 0.1 }, { 450, 0 }, { 200, 0.1 } });
+        pass(LiveTranscriber::answerPatienceMs);
+        QVERIFY(m_road->isOpen());
+        pass(1);
+        QCOMPARE(m_log, (QStringList { silent, u"owed 1650"_s, u"unavailable"_s }));
+        pass(2000);
+        confirm(1);
+        QVERIFY(m_road->isReady());
+    }
+
+private:
+    void restart(const char *mode)
+    {
+        m_road = std::make_unique<LiveRoad>(m_clock, m_peer.endpoint());
+        m_peer.live(mode);
+        m_peer.command(R"({"do":"forget"})");
+        m_peer.live(mode);
+        m_peer.events.clear();
+        m_log.clear();
+        m_road->status
+            = [this](const Message &text) { m_log.append(text.spanish().section(u'\r', 0, 0)); };
+        m_road->partial = [this](const QString &text) { m_log.append(u"~"_s + text); };
+        m_road->turn = [this](const QString &text, std::int64_t) { m_log.append(u"="_s + text); };
+        m_road->lost = [this](const std::deque<AudioBlock> &owed) {
+            std::size_t values = 0;
+            for (const AudioBlock &block : owed) {
+                values += block.samples.size();
+            }
+            m_log.append(u"owed %1"_s.arg(values / 96));
+        };
+        m_road->unavailable = [this] { m_log.append(u"unavailable"_s); };
+    }
+
+    void open(int session)
+    {
+        m_road->start(u"sk-secret"_s, u"es"_s, {});
+        confirm(session);
+        m_road->takeOver();
+    }
+
+    void confirm(int session)
+    {
+        QTRY_COMPARE(messages(session, "session.update").size(), std::size_t { 1 });
+        tell(session, R"({"type":"session.updated"})");
+        QTRY_VERIFY(!m_road->isOpening());
+    }
+
+    void transcript(int session, const QByteArray &text)
+    {
+        tell(session,
+            "{\"type\":\"conversation.item.input_audio_transcription.completed\","
+            "\"transcript\":\""
+                + text + "\"}");
+    }
+
+    void tell(int session, const QByteArray &message)
+    {
+        const QJsonObject command { { u"do"_s, u"send"_s },
+            { u"session"_s, session },
+            { u"text"_s, QString::fromUtf8(message) } };
+        m_peer.command(QJsonDocument(command).toJson(QJsonDocument::Compact));
+    }
+
+    void say(const Stretches &stretches)
+    {
+        inPieces(signal(stretches), 480, [this](const AudioBlock &piece) { m_road->push(piece); });
+    }
+
+    void pass(std::int64_t ms)
+    {
+        m_clock.advanceUs(ms * 1000);
+        m_road->tick();
+    }
+
+    [[nodiscard]] std::vector<QJsonObject> messages(int session, const char *type) const
+    {
+        std::vector<QJsonObject> found;
+        for (const QJsonObject &event : m_peer.of("text")) {
+            const auto message = QJsonDocument::fromJson(field(event, "text").toUtf8()).object();
+            if (event.value(u"session").toInt() == session
+                && field(message, "type") == QLatin1String(type)) {
+                found.push_back(message);
+            }
+        }
+        return found;
+    }
+
+    [[nodiscard]] bool hasClosed(int session) const
+    {
+        const auto closed = m_peer.of("closed");
+        return std::any_of(closed.begin(), closed.end(), [&](const QJsonObject &event) {
+            return event.value(u"session").toInt() == session;
+        });
+    }
+
+    [[nodiscard]] int committed(int session) const
+    {
+        return static_cast<int>(messages(session, "input_audio_buffer.commit").size());
+    }
+
+    [[nodiscard]] int appendedMs(int session) const
+    {
+        qsizetype bytes = 0;
+        for (const QJsonObject &append : messages(session, "input_audio_buffer.append")) {
+            bytes += QByteArray::fromBase64(field(append, "audio").toLatin1()).size();
+        }
+        return static_cast<int>(bytes / 48);
+    }
+
+    ApiPeer m_peer;
+    ManualClock m_clock;
+    std::unique_ptr<LiveRoad> m_road;
+    QStringList m_log; ///< every callback, in order
+};
+
+NIMBARA_TEST(LiveRoadTest)
+#include "live_road_test.moc"

@@ -105,7 +105,7 @@ void Studio::tick()
         return;
     }
     m_sources.logFirstFrame();
-    m_translation.clearOldCaptions();
+    m_translation.advanceCaptions();
     const Pictures pictures = composePictures(now);
     Q_EMIT picturesMade(pictures);
     feedOutputs(pictures.streams, *frameTime);

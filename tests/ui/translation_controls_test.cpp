@@ -48,7 +48,8 @@ private Q_SLOTS:
     void aSpokenPhraseIsShownAndSpoken()
     {
         Desk desk(servicesAt(m_peer.endpoint()));
-        m_peer.serve({ { u"abramos la Biblia"_s, u"Let us open the Bible"_s } },
+        m_peer.serve({ { u"abramos la Biblia"_s,
+                         u"Let us open the Bible, and let us hear what the Lord says"_s } },
             0,
             QByteArray(96000, '\x10'));
         Studio &studio = desk.window.studio();
@@ -62,11 +63,14 @@ private Q_SLOTS:
         desk.enter("apiKey", QLatin1String(key));
         desk.find<QCheckBox>("liveMode")->setChecked(false);
         desk.find<QCheckBox>("voice")->setChecked(true);
+        desk.find<QComboBox>("separator")->setCurrentIndex(3);
         QCOMPARE(m_peer.count("connection"), 0);
         QMetaObject::invokeMethod(start, "click");
         QCOMPARE(start->text(), u"Pausar traducción"_s);
+        QCOMPARE(desk.find<QLabel>("voiceRoad")->text(), u"Por frases"_s);
         speak();
-        QTRY_COMPARE(shown, QStringList { u"Let us open the Bible"_s });
+        QTRY_COMPARE(shown,
+            QStringList { u"Let us open the Bible,\nand let us hear what the Lord says"_s });
         QVERIFY(desk.find<QLabel>("heard")->text().endsWith(u"abramos la Biblia"));
         const auto *notice = desk.find<QLabel>("captionNotice");
         QVERIFY(notice->text().startsWith(u"Subtítulo actualizado · "));
@@ -76,7 +80,7 @@ private Q_SLOTS:
         QMetaObject::invokeMethod(start, "click");
         QCOMPARE(start->text(), u"Iniciar traducción"_s);
         QVERIFY(shown.isEmpty() && studio.programAudio().voice().empty());
-        QCOMPARE(notice->text(), QString());
+        QCOMPARE(notice->text() + desk.find<QLabel>("voiceRoad")->text(), QString());
         const int sent = m_peer.count("request");
         speak();
         desk.find<QPushButton>("testApiKey")->click(); // its request comes after any other

@@ -58,6 +58,7 @@ void TranslationDesk::connectEngine(AudioInput &input)
         logLine(QStringLiteral("IA: ") + message.spanish());
         Q_EMIT captionNoted(message);
     };
+    m_engine.roadChanged = [this] { Q_EMIT changed(); };
     m_engine.ended = [this] { pause(); };
     m_keyTest.status = [this](const Message &message) {
         Q_EMIT reported(message);
@@ -214,6 +215,7 @@ void TranslationDesk::setVoice(bool voice)
 void TranslationDesk::setSeparator(CaptionSeparator separator)
 {
     m_captions.setSeparator(separator);
+    m_reading.clear();
     m_settings.setValue(separatorSetting, static_cast<int>(separator));
     showCaptions();
     Q_EMIT changed();
@@ -228,25 +230,49 @@ void TranslationDesk::setCaptionsShown(bool shown)
 void TranslationDesk::clearCaptions()
 {
     m_captions.clear();
+    m_reading.clear();
     showCaptions();
 }
 
-void TranslationDesk::clearOldCaptions()
+void TranslationDesk::advanceCaptions()
 {
     if (m_captions.clearOld(m_clock.wallMs())) {
         showCaptions();
+    }
+    if (isReading()) {
+        advanceReading();
+    }
+}
+
+void TranslationDesk::advanceReading()
+{
+    const bool wasHurried = m_reading.isHurried();
+    if (m_reading.advance(m_clock.monotonicUs() / 1000)) {
+        showCaptions();
+    }
+    if (m_reading.isHurried() != wasHurried) {
+        tell(wasHurried ? "Lectura al día: vuelve a 15 caracteres por segundo."
+                        : "Lectura con retraso: sube a 20 caracteres por segundo.");
     }
 }
 
 void TranslationDesk::addCaption(const QString &text)
 {
     m_captions.addCaption(text, m_clock.wallMs());
-    showCaptions();
+    if (isReading()) {
+        m_reading.add(text);
+        advanceReading();
+    } else {
+        showCaptions();
+    }
 }
 
 void TranslationDesk::showCaptions()
 {
-    m_stage.captions.phrases = m_captions.captionPhrases();
+    const QString &block = m_reading.block();
+    m_stage.captions.phrases = !isReading() ? m_captions.captionPhrases()
+        : block.isEmpty()                   ? QStringList()
+                                            : QStringList(block);
     m_stage.captions.separator = separatorText(m_captions.separator());
 }
 

@@ -8,6 +8,7 @@
 #include "studio/sources/audio_input.h"
 #include "translation/pipeline/caption_text.h"
 #include "translation/pipeline/engine.h"
+#include "translation/pipeline/reading.h"
 #include "translation/service/key_test.h"
 
 #include <QObject>
@@ -59,8 +60,9 @@ public:
     [[nodiscard]] bool captionsShown() const { return m_stage.captions.shown; }
     void setCaptionsShown(bool shown);
     void clearCaptions();
-    /// Takes captions away that are too old. Call on each frame, before its pictures.
-    void clearOldCaptions();
+    /// Takes captions away that are too old, and shows the next block to be read. Call on each
+    /// frame, before its pictures.
+    void advanceCaptions();
 
     /// Starts a run, or pauses the one that is on. Does nothing while a start waits for its key.
     /// Fails without a capture that runs, and without a key.
@@ -71,12 +73,14 @@ public:
     void shutDown();
     [[nodiscard]] bool running() const { return m_engine.running(); }
     [[nodiscard]] bool isWaiting() const { return m_isWaiting; }
+    /// The way that the voice takes now.
+    [[nodiscard]] VoiceRoad road() const { return m_engine.road(); }
 
     /// One small request with the operator's key, whether or not a run is on.
     void testKey();
 
 Q_SIGNALS:
-    /// What is wanted, running or waiting has changed; the key tells by itself.
+    /// What is wanted, running, waiting or the voice's road has changed; the key tells by itself.
     void changed();
     /// What engine or key test have to say, for the panel.
     void reported(const nimbara::Message &text);
@@ -99,7 +103,9 @@ private:
     void setWaiting(bool waiting);
     void setSource(const QString &source);
     void addCaption(const QString &text);
+    void advanceReading();
     void showCaptions();
+    [[nodiscard]] bool isReading() const { return separator() == CaptionSeparator::Reading; }
     void tell(const Message &message);
     void tellHeard(const Message &text);
 
@@ -116,6 +122,7 @@ private:
     bool m_isWaiting = false;
     bool m_isShutDown = false;
     CaptionText m_captions;
+    Reading m_reading;
     KeyTest m_keyTest;
     Translation m_engine;
 };

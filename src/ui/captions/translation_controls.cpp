@@ -6,6 +6,25 @@
 
 namespace nimbara {
 
+namespace {
+
+Message nameOf(VoiceRoad road)
+{
+    switch (road) {
+    case VoiceRoad::Live:
+        return "En vivo";
+    case VoiceRoad::Phrases:
+        return "Por frases";
+    case VoiceRoad::Waiting:
+        return "En espera de la red";
+    case VoiceRoad::Stopped:
+        break;
+    }
+    return {};
+}
+
+} // namespace
+
 TranslationControls::TranslationControls(TranslationDesk &desk,
     const ErrorGuard &guard,
     TranslationTab &tab)
@@ -68,6 +87,7 @@ void TranslationControls::show()
         m_desk.captionsShown(),
         static_cast<int>(m_desk.separator()) });
     m_tab.showRunning(m_desk.running());
+    m_tab.showRoad(nimbara_i18n::tr(nameOf(m_desk.road())));
     m_tab.setStartEnabled(!m_desk.isWaiting());
 }
 

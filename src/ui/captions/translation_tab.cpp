@@ -45,11 +45,14 @@ TranslationTab::TranslationTab(QWidget *parent)
     , m_live(makeCheck("Modo en vivo (texto mientras se habla)", "liveMode"))
     , m_showSubtitles(makeCheck("Mostrar subtítulos", "showSubtitles"))
     , m_clear(makeButton("Limpiar pantalla de subtítulos", "clearSubtitles"))
-    , m_separator(makeList(
-          { "Frases seguidas", "Cada frase en su renglón", "Renglón en blanco entre frases" },
+    , m_separator(makeList({ "Frases seguidas",
+                               "Cada frase en su renglón",
+                               "Renglón en blanco entre frases",
+                               "Lectura" },
           "separator",
           "Cómo se separan las frases en pantalla (cada pausa es una frase)"))
     , m_status(named(makeNote("IA pausada · frases de 1,5 a 5 s + tiempo de API"), "aiStatus"))
+    , m_road(named(new QLabel, "voiceRoad"))
     , m_captionNotice(named(new QLabel, "captionNotice"))
     , m_heard(named(makeNote("Escuchado (texto original que reconoce la IA): "), "heard"))
     , m_bible(new BibleGroup)
@@ -90,6 +93,7 @@ void TranslationTab::addRows(QGridLayout &grid)
         grid.addLayout(line, row++, 0, 1, 4);
     }
     auto *told = new QHBoxLayout;
+    told->addWidget(m_road);
     told->addWidget(m_status, 1);
     told->addWidget(m_captionNotice);
     grid.addLayout(told, 4, 0, 1, 4);

@@ -39,6 +39,7 @@ public:
     void setStartEnabled(bool enabled) { m_start->setEnabled(enabled); }
     void showStatus(const QString &text) { m_status->setText(text); }
     void showCaptionNotice(const QString &text) { m_captionNotice->setText(text); }
+    void showRoad(const QString &text) { m_road->setText(text); }
     void showHeard(const QString &text) { m_heard->setText(text); }
 
     [[nodiscard]] BibleGroup *bible() const { return m_bible; }
@@ -73,6 +74,7 @@ private:
     QPushButton *m_clear;
     QComboBox *m_separator;
     QLabel *m_status;
+    QLabel *m_road; ///< the way that the voice takes; empty when it takes none
     QLabel *m_captionNotice;
     QLabel *m_heard;
     BibleGroup *m_bible;

@@ -224,9 +224,10 @@ class TranslationTest(StudioTest):
         self.api.command(do="live", mode="reject")
         self.api.command(do="terminate")
         self.studio.wait_status("IA: Modo en vivo no disponible; se usa modo por trozos.")
+        wait_for("another attempt", lambda: len(self.api.of("upgrade")) == 2)
         self.say(1)
         self.assertEqual(len(self.api.of("request", path="/audio/transcriptions")), 1)
-        self.assertEqual(len(self.api.of("upgrade")), 1)
+        self.assertEqual(len(self.api.of("upgrade")), 2, "a refused key was tried again")
 
     def pause_and_refuse_the_key(self):
         """What is said after the pause stays here. The API repeats the key in its refusal."""

@@ -442,6 +442,31 @@ private Q_SLOTS:
         }
     }
 
+    /// A speaker who makes no pause is cut at 5 s; what is behind the cut goes to the session.
+    void handsTheVoiceOverAtACut()
+    {
+        start(true);
+        hear(signal({ { 3000, 0.2 } }));
+        QTRY_COMPARE(m_peer.count("text"), 1);
+        m_peer.send(R"({"type":"session.updated"})");
+        QTRY_VERIFY(m_statuses.contains(liveActive));
+        QCOMPARE(m_engine->road(), VoiceRoad::Phrases);
+        hear(signal({ { 3000, 0.2 } }));
+        QCOMPARE(m_engine->road(), VoiceRoad::Live);
+        const double uploaded = voicedMs(wavOf(await(transcriptions, 1).at(0)));
+        m_peer.command(R"({"do":"ping","data":""})");
+        QTRY_COMPARE(m_peer.count("pong"), 1); // comes after all that was sent
+        double sent = 0;
+        for (const QJsonObject &event : m_peer.of("text")) {
+            const auto message = QJsonDocument::fromJson(field(event, "text").toUtf8());
+            sent += static_cast<double>(
+                        QByteArray::fromBase64(message["audio"_L1].toString().toLatin1()).size())
+                / 48;
+        }
+        const double waits = 6000 - uploaded - sent; // less than a message
+        QVERIFY2(waits > -2 && waits < 102, qPrintable(QString::number(waits)));
+    }
+
     void sendsWhatWasSaidBeforeTheSession()
     {
         start(true);

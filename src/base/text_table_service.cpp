@@ -58,6 +58,12 @@ constexpr TextPair pairs[] = {
     TextPair { "El equipo no da abasto para grabar en WebM. Graba en MKV: usa lo mismo que las "
                "transmisiones.",
         "This computer cannot keep up with WebM. Record in MKV: it uses the same as the streams." },
+    TextPair { "El equipo vuelve a dar abasto: se codifica como siempre.",
+        "This computer keeps up again: encoding as usual." },
+    TextPair { "El equipo va justo: se codifica con menos detalle.",
+        "This computer is at its limit: encoding with less detail." },
+    TextPair { "El equipo no da abasto: sale una imagen de cada dos.",
+        "This computer cannot keep up: every second picture goes out." },
     TextPair { "Estado del servicio", "State of the service" },
     TextPair { "En directo %1", "Live %1" },
     TextPair { "%1 de %2 destinos", "%1 of %2 destinations" },

@@ -120,6 +120,9 @@ void Studio::measureHealth(std::int64_t now)
         if (const Message text = m_health.advice(); !text.isEmpty()) {
             alarm(text);
         }
+        if (!m_health.news().isEmpty()) {
+            Q_EMIT status(m_health.news());
+        }
         Q_EMIT healthMeasured();
     }
 }

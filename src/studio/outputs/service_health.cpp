@@ -1,6 +1,7 @@
 #include "studio/outputs/service_health.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nimbara {
 
@@ -76,6 +77,7 @@ bool ServiceHealth::measure(std::int64_t nowUs, Composition composition)
     measureSlots();
     measureTimes();
     advise();
+    tellEffort();
     makeLine();
     return true;
 }
@@ -123,6 +125,26 @@ void ServiceHealth::advise()
         m_advised = true;
         m_advice = "El equipo no da abasto para grabar en WebM. Graba en MKV: usa lo mismo que las "
                    "transmisiones.";
+    }
+}
+
+void ServiceHealth::tellEffort()
+{
+    m_news = {};
+    const Effort effort = m_outputs.encoders().effort();
+    if (std::exchange(m_effort, effort) == effort) {
+        return;
+    }
+    switch (effort) {
+    case Effort::Full:
+        m_news = "El equipo vuelve a dar abasto: se codifica como siempre.";
+        break;
+    case Effort::Cheaper:
+        m_news = "El equipo va justo: se codifica con menos detalle.";
+        break;
+    case Effort::HalfRate:
+        m_news = "El equipo no da abasto: sale una imagen de cada dos.";
+        break;
     }
 }
 

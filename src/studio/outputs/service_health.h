@@ -54,11 +54,14 @@ public:
     [[nodiscard]] const SlotHealth &slot(std::size_t slot) const { return m_slots.at(slot); }
     /// What the operator could do about what was just measured; once, empty most of the time.
     [[nodiscard]] const Message &advice() const { return m_advice; }
+    /// What the encoders do otherwise since it was last measured; empty most of the time.
+    [[nodiscard]] const Message &news() const { return m_news; }
 
 private:
     void measureSlots();
     void measureTimes();
     void advise();
+    void tellEffort();
     void makeLine();
     void addLosses();
     void addDisk();
@@ -84,6 +87,8 @@ private:
     int m_starvedSeconds = 0; ///< in a row
     bool m_advised = false; ///< of this recording
     Message m_advice;
+    Effort m_effort = Effort::Full;
+    Message m_news;
     std::vector<HealthPart> m_line;
 };
 

@@ -17,5 +17,6 @@ const std::vector<TextPair> &textPairs();
 /// Those among them that stand in files of their own.
 std::span<const TextPair> serviceTextPairs();
 std::span<const TextPair> sermonTextPairs();
+std::span<const TextPair> cameraTextPairs();
 
 } // namespace nimbara_i18n

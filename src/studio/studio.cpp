@@ -33,9 +33,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           [this](const Message &text) { status(text); })
     , m_audio(clock, m_retirement, [this](const Message &text) { status(text); })
     , m_devices(clock,
-          m_factory,
           peers.permission ? std::move(peers.permission) : systemCapturePermission(),
-          m_stage,
           m_sources,
           m_audio,
           [this](const Message &text) { status(text); })
@@ -130,7 +128,7 @@ void Studio::measureHealth(std::int64_t now)
 void Studio::readInputs()
 {
     m_sources.poll(m_stage.document.project(), m_onAir);
-    m_sources.reopenCamera(m_stage.streamFrame());
+    m_sources.reopenCamera();
     m_devices.poll();
     m_program.poll();
     m_projects.poll();

@@ -1,7 +1,5 @@
 #include "media/capture/capture_permission.h"
-#include "media/capture/device_mode.h"
 #include "media/capture/devices.h"
-#include "media/gst/gst_build.h"
 #include "support/fake_device.h"
 #include "support/test_registry.h"
 
@@ -73,48 +71,6 @@ private Q_SLOTS:
         QTest::qWait(0);
         QCoreApplication::processEvents();
         QCOMPARE(answered, 2); // too late
-    }
-
-    void picksTheBestMode()
-    {
-        for (const auto &bare : { pickDeviceMode(static_cast<GstDevice *>(nullptr), {}),
-                 pickDeviceMode(static_cast<const GstCaps *>(nullptr), {}) }) {
-            QCOMPARE(gst_build::text(bare.get()), u"video/x-raw"_s);
-        }
-        constexpr FrameSize landscape { 1920, 1080 };
-        constexpr FrameSize portrait { 1080, 1920 };
-        const char *camera
-            = "@,width=1280,height=720;@,width=1920,height=1080;@,width=640,height=480";
-        // "@" is video/x-raw.
-        for (const auto &[offered, target, picked] :
-            { std::tuple { camera, landscape, FrameSize { 1920, 1080 } },
-                { camera, portrait, FrameSize { 1920, 1080 } }, // the nearest area
-                { "@,width=2560,height=1080;@,width=640,height=360",
-                    landscape,
-                    { 640, 360 } }, // shape before size
-                { "@,width=960,height=540,framerate=5/1;@,width=2880,height=1620",
-                    landscape,
-                    { 960, 540 } }, // the first of equals
-                { "@,width=16000,height=1", landscape, { 16000, 1 } }, // better than none
-                { "@(memory:SystemMemory),width=800,height=600", landscape, { 800, 600 } },
-                { "@(memory:DMABuf),width=1920,height=1080;@,width=320,height=240",
-                    landscape,
-                    { 320, 240 } },
-                { "image/jpeg,width=1920,height=1080;@,width=320,height=240",
-                    landscape,
-                    { 320, 240 } },
-                { "@,width=[1,1920],height=1080;@,width={640,800},height=480", landscape, {} },
-                { "@,width=640;@;@,width=0,height=1080", landscape, {} },
-                { "ANY", landscape, {} },
-                { "EMPTY", landscape, {} } }) {
-            const RowName named(offered);
-            const auto text = QByteArray(offered).replace('@', "video/x-raw");
-            const auto caps = CapsRef::adopt(gst_caps_from_string(text.constData()));
-            const QString size
-                = u", width=(int)%1, height=(int)%2"_s.arg(picked.width).arg(picked.height);
-            QCOMPARE(gst_build::text(pickDeviceMode(caps.get(), target).get()),
-                u"video/x-raw"_s + (picked.width > 0 ? size : QString()));
-        }
     }
 };
 

@@ -79,7 +79,7 @@ private Q_SLOTS:
             = [this](const QString &path) { play(m_factory.media(size, fileLocation(path))); };
         const auto camera = [this](const char *opens) {
             const DeviceRef device = fakeDevice({ .opens = opens });
-            play(m_factory.camera(size, device.get()));
+            play(m_factory.camera(size, device.get(), {}));
         };
         const QString file = clip({ .seconds = 0.4 });
         const std::pair<const char *, Scenario> rows[] {

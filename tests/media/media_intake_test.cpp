@@ -52,12 +52,59 @@ private Q_SLOTS:
 
     void describesADevice()
     {
-        const auto media = open(fakeDevice({ .name = "Cámara del coro",
-            .caps = "video/x-raw,width=64,height=48;video/x-raw,width=640,height=360" }));
+        const auto media = open(fakeDevice({ .name = "Cámara del coro" }),
+            DeviceMode { .format = u"UYVY"_s, .size = { 640, 360 }, .rate = { 25, 1 } });
         QVERIFY(media->isDevice());
         QCOMPARE(media->label(),
             u"fuente=videotestsrc (dispositivo) nombre=Cámara del coro device-index=-1 "
-            "pedido=video/x-raw, width=(int)640, height=(int)360"_s);
+            "pedido=video/x-raw, format=(string)UYVY, width=(int)640, height=(int)360, "
+            "framerate=(fraction)25/1"_s);
+    }
+
+    void decodesWhatADeviceCodes()
+    {
+        for (const auto &[coding, encoder] : { std::pair { PictureCoding::Jpeg, "jpegenc" },
+                 { PictureCoding::H264, "openh264enc" } }) {
+            const RowName named(encoder);
+            const auto media
+                = open(fakeDevice({ .opens
+                           = std::string("videotestsrc is-live=true pattern=red ! ") + encoder }),
+                    DeviceMode { coding, {}, { width, height }, { 30, 1 } });
+            QVERIFY(pollUntil(*media, [&] { return media->frameCount() >= 3; }));
+            const auto [red, green, blue, alpha] = pixelAt(*media->frame(), 0.5, 0.5);
+            QVERIFY(red > 200 && green < 40 && blue < 40 && alpha == 255);
+            QVERIFY(media->frame()->opaque);
+        }
+    }
+
+    /// What a bad cable makes of pictures in a row is lost; those after it are not.
+    void aDamagedPictureIsLostAlone()
+    {
+        const QTemporaryDir folder;
+        for (int number = 0; number < 20; ++number) {
+            QImage picture(width, height, QImage::Format_RGB32);
+            picture.fill(number == 0 ? Qt::red : Qt::blue);
+            QFile file(folder.filePath(u"%1.jpg"_s.arg(number)));
+            QVERIFY(file.open(QIODevice::WriteOnly) && picture.save(&file, "JPG"));
+            const bool damaged = number > 0 && number < 19;
+            QVERIFY(!damaged || (file.seek(2) && file.write(QByteArray(file.size() - 2, 'x')) > 0));
+        }
+        const std::string opens = "multifilesrc location=" + folder.path().toStdString()
+            + "/%d.jpg caps=image/jpeg,width=320,height=180,framerate=30/1 ! "
+              "identity sleep-time=20000";
+        const auto media = open(fakeDevice({ .opens = opens }),
+            DeviceMode { PictureCoding::Jpeg, {}, { width, height }, { 30, 1 } });
+        std::vector<int> reds;
+        QVERIFY(pollUntil(*media, [&] {
+            if (media->frameCount() > reds.size()) {
+                reds.push_back(pixelAt(*media->frame(), 0.5, 0.5)[0]);
+            }
+            return !media->active();
+        }));
+        QVERIFY(media->ended());
+        QCOMPARE(media->takeMessage(), QString());
+        QCOMPARE(reds.size(), 2U);
+        QVERIFY(reds[0] > 240 && reds[1] < 15);
     }
 
     /// Whatever pixel shape the device declares, its pixels are taken as square.
@@ -105,7 +152,7 @@ private Q_SLOTS:
             const ScreenElements screens { { "appsrc", { { "is-live", true } } } };
             const auto quiet
                 = device ? fakeDevice({ .opens = "appsrc is-live=true" }) : DeviceRef();
-            Media media(m_clock, width, height, quiet.get(), QString(), true, !device, screens);
+            Media media(m_clock, { size, quiet.get(), {}, {}, !device }, screens);
             m_clock.advanceUs(limitUs);
             media.pollSource();
             QVERIFY(media.active());
@@ -198,16 +245,16 @@ private Q_SLOTS:
 
     void refusesPicturesThatAreTooLarge()
     {
-        Media media(m_clock, Frame::maxSide + 8, 16, nullptr, QString(), true, false);
+        Media media(m_clock, { .size = { Frame::maxSide + 8, 16 } });
         QVERIFY(pollUntil(media, [&] { return !media.active(); }));
         QCOMPARE(media.takeMessage(), u"Invalid frame dimensions"_s);
     }
 
 private:
-    std::unique_ptr<Media> open(const DeviceRef &device)
+    std::unique_ptr<Media> open(const DeviceRef &device, std::optional<DeviceMode> mode = {})
     {
-        GstDevice *opened = device.get();
-        return std::make_unique<Media>(m_clock, width, height, opened, QString(), true, false);
+        return std::make_unique<Media>(m_clock,
+            SourceRequest { { width, height }, device.get(), std::move(mode) });
     }
 
     ManualClock m_clock;
@@ -263,7 +310,7 @@ private Q_SLOTS:
     {
         const auto camera = [&](const char *opens) {
             return refusal([&, device = fakeDevice({ .opens = opens })] {
-                return m_factory.camera(size, device.get());
+                return m_factory.camera(size, device.get(), {});
             });
         };
         QCOMPARE(camera(""), u"Falta componente de fuente multimedia"_s);

@@ -1,80 +1,109 @@
 #include "media/capture/device_mode.h"
 
+#include "base/error.h"
+#include "media/capture/picture_decoders.h"
+
 #include <algorithm>
 #include <cmath>
-#include <optional>
+#include <tuple>
 
 namespace nimbara {
 
 namespace {
 
-bool isSystemMemory(const GstCaps *caps, guint index)
+constexpr double wantedRate = 30;
+/// 23.976 and 14.985 are what 24 and 15 are called on the wire.
+constexpr double broadcastRate = 0.998;
+constexpr double shapeTolerance = 0.01;
+
+/// What a rate is worth: 4 for a picture in every frame, 0 for less than 15 a second.
+int rateClass(const FrameRate &rate)
 {
-    const GstCapsFeatures *features = gst_caps_get_features(caps, index);
-    return features == nullptr
-        || gst_caps_features_is_equal(features, GST_CAPS_FEATURES_MEMORY_SYSTEM_MEMORY) != FALSE;
+    if (!rate.isKnown()) {
+        return 1;
+    }
+    const double perSecond = rate.perSecond();
+    return perSecond >= wantedRate * 0.95 ? 4
+        : perSecond >= 24 * broadcastRate ? 3
+        : perSecond >= 15 * broadcastRate ? 2
+                                          : 0;
 }
 
-/// The definite size of a raw mode in system memory, or none.
-std::optional<FrameSize> modeSize(const GstCaps *caps, guint index)
+bool hasShape(FrameSize size, FrameSize target)
 {
-    const GstStructure *mode = gst_caps_get_structure(caps, index);
-    if (!isSystemMemory(caps, index) || gst_structure_has_name(mode, "video/x-raw") == FALSE) {
-        return std::nullopt;
-    }
-    FrameSize size;
-    if (gst_structure_get_int(mode, "width", &size.width) == FALSE
-        || gst_structure_get_int(mode, "height", &size.height) == FALSE || size.width < 1
-        || size.height < 1) {
-        return std::nullopt;
-    }
-    return size;
+    const double shape = static_cast<double>(size.width) / size.height;
+    const double wanted = static_cast<double>(target.width) / target.height;
+    return std::abs(shape - wanted) <= wanted * shapeTolerance;
 }
 
-double score(FrameSize mode, FrameSize target)
+/// Compares as the mode's worth does: the smaller, the better.
+auto order(const DeviceMode &mode, FrameSize target)
 {
-    const double aspect = static_cast<double>(target.width) / target.height;
-    const double area = static_cast<double>(target.width) * target.height;
-    const double modeAspect = static_cast<double>(mode.width) / mode.height;
-    const double modeArea = static_cast<double>(mode.width) * mode.height;
-    return 10 * (1 - std::min(std::abs(modeAspect - aspect) / aspect, 1.0))
-        + (1 - std::min(std::abs(modeArea / area - 1), 1.0));
+    const int rate = rateClass(mode.rate);
+    const bool covers = mode.size.width >= target.width && mode.size.height >= target.height;
+    const double area = static_cast<double>(mode.size.width) * mode.size.height;
+    const double perSecond = mode.rate.perSecond();
+    return std::tuple { -rate,
+        rate == 0 ? -perSecond : 0,
+        !hasShape(mode.size, target),
+        !covers,
+        covers ? area : -area,
+        mode.coding,
+        rate == 4 ? std::abs(perSecond - wantedRate) : -perSecond };
+}
+
+bool isGrey(const DeviceMode &mode)
+{
+    return mode.format.startsWith(QLatin1String("GRAY"));
+}
+
+bool differsInRateAlone(const DeviceMode &one, const DeviceMode &other)
+{
+    return one.coding == other.coding && one.format == other.format && one.size == other.size;
 }
 
 } // namespace
 
-CapsRef pickDeviceMode(const GstCaps *offered, FrameSize target)
+std::vector<DeviceMode> rankModes(std::vector<DeviceMode> offered, FrameSize target)
 {
-    auto request = CapsRef::adopt(gst_caps_new_empty_simple("video/x-raw"));
-    if (offered == nullptr) {
-        return request;
-    }
-    double best = -1;
-    std::optional<FrameSize> winner;
-    for (guint index = 0; index < gst_caps_get_size(offered); ++index) {
-        const auto size = modeSize(offered, index);
-        if (size && score(*size, target) > best) {
-            best = score(*size, target);
-            winner = size;
+    std::erase_if(offered, isGrey);
+    std::stable_sort(offered.begin(),
+        offered.end(),
+        [target](const DeviceMode &one, const DeviceMode &other) {
+            return order(one, target) < order(other, target);
+        });
+    std::vector<DeviceMode> ranked;
+    for (const DeviceMode &mode : offered) {
+        const bool isKnown = std::any_of(ranked.begin(),
+            ranked.end(),
+            [&mode](const DeviceMode &better) { return differsInRateAlone(better, mode); });
+        if (!isKnown) {
+            ranked.push_back(mode);
         }
     }
-    if (winner) {
-        gst_caps_set_simple(request.get(),
-            "width",
-            G_TYPE_INT,
-            winner->width,
-            "height",
-            G_TYPE_INT,
-            winner->height,
-            nullptr);
-    }
-    return request;
+    return ranked;
 }
 
-CapsRef pickDeviceMode(GstDevice *device, FrameSize target)
+std::vector<DeviceMode>
+modesToTry(GstDevice *device, FrameSize target, const std::optional<DeviceMode> &wanted)
 {
-    const auto offered = CapsRef::adopt(device != nullptr ? gst_device_get_caps(device) : nullptr);
-    return pickDeviceMode(offered.get(), target);
+    const auto offered = CapsRef::adopt(gst_device_get_caps(device));
+    const std::vector<DeviceMode> all = expandModes(offered.get(), target);
+    std::vector<DeviceMode> modes = rankModes(all, target);
+    if (wanted && std::find(all.begin(), all.end(), *wanted) != all.end()) {
+        std::erase(modes, *wanted);
+        modes.insert(modes.begin(), *wanted);
+    }
+    if (modes.empty() && !all.empty()) {
+        throw Error(Message("La cámara solo ofrece imagen infrarroja"));
+    }
+    const std::size_t shown = modes.size();
+    std::erase_if(modes, [](const DeviceMode &mode) { return !canDecode(mode.coding); });
+    if (modes.empty() && shown > 0) {
+        throw Error(Message("Falta componente de fuente multimedia"));
+    }
+    modes.resize(std::min(modes.size(), maxModesTried));
+    return modes;
 }
 
 } // namespace nimbara

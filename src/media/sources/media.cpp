@@ -80,25 +80,20 @@ QString errorDescription(GstMessage *message)
 } // namespace
 
 Media::Media(const Clock &clock,
-    std::int32_t width,
-    std::int32_t height,
-    GstDevice *device,
-    const QString &uri,
-    bool test,
-    bool screen,
+    const SourceRequest &request,
     const ScreenElements &screens,
     std::shared_ptr<OpeningSlots> holding)
     : m_clock(clock)
-    , m_isDevice(device != nullptr)
-    , m_isTestBars(test && device == nullptr && uri.isEmpty() && !screen)
-    , m_isFile(uri.startsWith(QLatin1String("file:")))
-    , m_isNetwork(!uri.isEmpty() && !m_isFile)
+    , m_isDevice(request.device != nullptr)
+    , m_isTestBars(request.isTestBars())
+    , m_isFile(request.uri.startsWith(QLatin1String("file:")))
+    , m_isNetwork(!request.uri.isEmpty() && !m_isFile)
     , m_hasKnownEnd(m_isFile)
     , m_lastFrameTime(clock.monotonicUs())
-    , m_parts(buildSourcePipeline({ { width, height }, device, uri, test, screen }, screens))
+    , m_parts(buildSourcePipeline(request, screens))
 {
     m_label = m_parts.label;
-    if (!uri.isEmpty()) {
+    if (!request.uri.isEmpty()) {
         linkDecodedPads();
     }
     if (m_isFile && holding) {

@@ -27,18 +27,11 @@ public:
     /// Builds the pipeline and asks for PLAYING, on a background task unless it shows test bars. A
     /// refusal that does not come in a moment is told by `startOutcome` and `pollSource`.
     ///
-    /// `width`, `height`: the profile's size. `device`: a capture device, or none. `uri`: a media
-    /// location (UTF-8 text), or empty. `test`: test bars when there is neither device nor uri.
-    /// `screen`: capture the screen, by the first of `screens` that this installation has. With
+    /// The screen is captured by the first of `screens` that this installation has. With
     /// `holding`, a file is opened and held at its first picture until it is shown. Throws `Error`
     /// with the operator's text.
     Media(const Clock &clock,
-        std::int32_t width,
-        std::int32_t height,
-        GstDevice *device,
-        const QString &uri,
-        bool test,
-        bool screen,
+        const SourceRequest &request,
         const ScreenElements &screens = screenElements(),
         std::shared_ptr<OpeningSlots> holding = {});
     Media(const Media &) = delete;
@@ -81,6 +74,8 @@ public:
     {
         return m_playback.poll(m_parts.pipeline);
     }
+    /// Expires once the pipeline has stopped, on whatever thread: then its device is free.
+    [[nodiscard]] std::weak_ptr<const void> presence() const { return m_presence; }
     /// Number of pictures taken so far.
     [[nodiscard]] std::uint64_t frameCount() const { return m_frameCount; }
     /// The media's sound, at most one second.
@@ -112,6 +107,7 @@ private:
     void fail(const Message &message);
     void deactivate();
 
+    std::shared_ptr<const void> m_presence = std::make_shared<char>(); ///< first: goes last
     const Clock &m_clock;
     bool m_active = true;
     bool m_ended = false;

@@ -79,47 +79,36 @@ MediaFactory::MediaFactory(const Clock &clock,
 {
 }
 
-MediaPtr MediaFactory::camera(FrameSize size, GstDevice *device) const
+MediaPtr
+MediaFactory::camera(FrameSize size, GstDevice *device, const std::optional<DeviceMode> &mode) const
 {
-    return make(size, device, {}, true, false);
+    return make({ .size = size, .device = device, .mode = mode });
 }
 
 MediaPtr MediaFactory::testBars(FrameSize size) const
 {
-    return make(size, nullptr, {}, true, false);
+    return make({ .size = size });
 }
 
 MediaPtr MediaFactory::screen(FrameSize size) const
 {
-    return make(size, nullptr, {}, false, true);
+    return make({ .size = size, .screen = true });
 }
 
 MediaPtr MediaFactory::media(FrameSize size, const QString &location) const
 {
-    return make(size, nullptr, checkedMediaLocation(location), false, false);
+    return make({ .size = size, .uri = checkedMediaLocation(location) });
 }
 
 MediaPtr MediaFactory::heldMedia(FrameSize size, const QString &location) const
 {
-    return make(size, nullptr, checkedMediaLocation(location), false, false, m_slots);
+    return make({ .size = size, .uri = checkedMediaLocation(location) }, m_slots);
 }
 
-MediaPtr MediaFactory::make(FrameSize size,
-    GstDevice *device,
-    const QString &uri,
-    bool test,
-    bool screen,
+MediaPtr MediaFactory::make(const SourceRequest &request,
     std::shared_ptr<OpeningSlots> holding) const
 {
-    auto source = std::make_unique<Media>(m_clock,
-        size.width,
-        size.height,
-        device,
-        uri,
-        test,
-        screen,
-        m_screens,
-        std::move(holding));
+    auto source = std::make_unique<Media>(m_clock, request, m_screens, std::move(holding));
     return { source.release(), [weak = std::weak_ptr(m_retirement)](Media *dropped) {
                 std::unique_ptr<Media> last(dropped);
                 if (const auto retirement = weak.lock()) {

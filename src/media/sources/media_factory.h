@@ -22,8 +22,10 @@ public:
         std::shared_ptr<Retirement> retirement,
         ScreenElements screens = screenElements());
 
-    /// All throw `Error` with the operator's text when the source cannot be built.
-    [[nodiscard]] MediaPtr camera(FrameSize size, GstDevice *device) const;
+    /// All throw `Error` with the operator's text when the source cannot be built. A camera without
+    /// a mode delivers whatever raw picture it likes.
+    [[nodiscard]] MediaPtr
+    camera(FrameSize size, GstDevice *device, const std::optional<DeviceMode> &mode) const;
     [[nodiscard]] MediaPtr testBars(FrameSize size) const;
     [[nodiscard]] MediaPtr screen(FrameSize size) const;
     /// Checks the location first (`checkedMediaLocation`), before any pipeline exists. That text,
@@ -33,11 +35,7 @@ public:
     [[nodiscard]] MediaPtr heldMedia(FrameSize size, const QString &location) const;
 
 private:
-    [[nodiscard]] MediaPtr make(FrameSize size,
-        GstDevice *device,
-        const QString &uri,
-        bool test,
-        bool screen,
+    [[nodiscard]] MediaPtr make(const SourceRequest &request,
         std::shared_ptr<OpeningSlots> holding = {}) const;
 
     const Clock &m_clock;

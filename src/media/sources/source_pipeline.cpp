@@ -1,8 +1,8 @@
 #include "media/sources/source_pipeline.h"
 
 #include "base/error.h"
-#include "media/capture/device_mode.h"
 #include "media/capture/device_pin.h"
+#include "media/capture/picture_decoders.h"
 #include "media/gst/gst_build.h"
 #include "media/sources/picture_bound.h"
 
@@ -40,7 +40,7 @@ ElementRef makeSource(const SourceRequest &request, const ScreenElements &screen
         pinToDevice(element.get());
         return element;
     }
-    return make(request.test && request.uri.isEmpty() ? "videotestsrc" : "uridecodebin", "source");
+    return make(request.isTestBars() ? "videotestsrc" : "uridecodebin", "source");
 }
 
 QString deviceDetails(GstDevice *device, GstElement *element)
@@ -184,13 +184,30 @@ void linkPictureChain(const SourcePipeline &built, const PictureChain &chain)
     }
 }
 
+/// From the request filter to the head of the picture branch, through the decoder of the mode.
+bool linkRequested(SourcePipeline &built, const PictureChain &chain, PictureCoding coding)
+{
+    ElementRef last = chain.requestFilter;
+    for (const ElementRef &decoder : makeDecoders(coding)) {
+        if (!decoder) {
+            throw Error(QStringLiteral("Falta componente de fuente multimedia"));
+        }
+        add(built.pipeline, { &decoder });
+        if (!link({ &last, &decoder })) {
+            return false;
+        }
+        last = decoder;
+    }
+    return link({ &last, &chain.squarePixels, &chain.convert });
+}
+
 /// Live sources: asks for a mode and declares whatever arrives square-pixel.
 void linkCapture(SourcePipeline &built, const PictureChain &chain, const SourceRequest &request)
 {
-    if (!request.screen && request.device == nullptr) {
+    if (request.isTestBars()) {
         g_object_set(built.source.get(), "is-live", TRUE, nullptr);
     }
-    const CapsRef mode = pickDeviceMode(request.device, request.size);
+    const CapsRef mode = modeCaps(request.mode);
     setCaps(chain.requestFilter, mode);
     setCaps(chain.squarePixels,
         CapsRef::adopt(gst_caps_new_simple("video/x-raw",
@@ -201,7 +218,8 @@ void linkCapture(SourcePipeline &built, const PictureChain &chain, const SourceR
             nullptr)));
     g_object_set(chain.squarePixels.get(), "replace", FALSE, "join", TRUE, nullptr);
     built.label += QStringLiteral(" pedido=") + text(mode.get());
-    if (!link({ &built.source, &chain.requestFilter, &chain.squarePixels, &chain.convert })) {
+    const PictureCoding coding = request.mode ? request.mode->coding : PictureCoding::Raw;
+    if (!link({ &built.source, &chain.requestFilter }) || !linkRequested(built, chain, coding)) {
         throw Error(QStringLiteral("Fuente no ofrece video raw compatible"));
     }
 }

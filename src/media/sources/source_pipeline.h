@@ -1,5 +1,6 @@
 #pragma once
 
+#include "media/capture/device_mode.h"
 #include "media/gst/gst_handles.h"
 #include "media/sources/platform_elements.h"
 #include "signal/frame.h"
@@ -8,13 +9,16 @@
 
 namespace nimbara {
 
-/// What a source is to show; see `Media`'s constructor.
+/// What a source is to show: a capture device, else a media location, else the screen, else test
+/// bars.
 struct SourceRequest {
     FrameSize size; ///< of the output profile
     GstDevice *device = nullptr;
-    QString uri;
-    bool test = false;
+    std::optional<DeviceMode> mode {}; ///< of the device; none: whatever raw picture it delivers
+    QString uri {}; ///< UTF-8 text
     bool screen = false;
+
+    [[nodiscard]] bool isTestBars() const { return device == nullptr && uri.isEmpty() && !screen; }
 };
 
 /// The linked pipeline "nimbara-source", not yet playing, and the elements that its owner talks to.

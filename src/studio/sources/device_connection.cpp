@@ -61,16 +61,12 @@ bool isSame(const std::vector<CaptureDevice> &present,
 } // namespace
 
 DeviceConnection::DeviceConnection(const Clock &clock,
-    const MediaFactory &factory,
     std::unique_ptr<CapturePermission> permission,
-    const Stage &stage,
     Sources &sources,
     AudioInput &audio,
     Report status)
     : m_clock(clock)
-    , m_factory(factory)
     , m_permission(std::move(permission))
-    , m_stage(stage)
     , m_sources(sources)
     , m_audio(audio)
     , m_status(std::move(status))
@@ -230,13 +226,7 @@ void DeviceConnection::openCamera(const CaptureDevice *device, std::int32_t inde
     logLine(QStringLiteral("Abrir cámara índice %1 : %2")
                 .arg(index)
                 .arg(device == nullptr ? QStringLiteral("Barras de prueba") : device->name));
-    const FrameSize size = m_stage.streamFrame();
-    MediaPtr camera = device == nullptr ? m_factory.testBars(size)
-                                        : m_factory.camera(size, device->device.get());
-    logLine(QStringLiteral("Cámara creada: ") + camera->label());
-    m_sources.offerCamera(std::move(camera),
-        index,
-        device == nullptr ? std::nullopt : std::optional(*device));
+    m_sources.offerCamera(index, device == nullptr ? std::nullopt : std::optional(*device));
 }
 
 DeviceConnection::Outcome DeviceConnection::connectAudio(const Wanted &wanted,

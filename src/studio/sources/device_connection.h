@@ -3,8 +3,6 @@
 #include "base/report.h"
 #include "media/capture/capture_permission.h"
 #include "media/capture/devices.h"
-#include "media/sources/media_factory.h"
-#include "studio/edit/stage.h"
 #include "studio/sources/audio_input.h"
 #include "studio/sources/sources.h"
 
@@ -27,9 +25,7 @@ class DeviceConnection : public QObject {
     Q_OBJECT
 public:
     DeviceConnection(const Clock &clock,
-        const MediaFactory &factory,
         std::unique_ptr<CapturePermission> permission,
-        const Stage &stage,
         Sources &sources,
         AudioInput &audio,
         Report status);
@@ -86,9 +82,7 @@ private:
     [[nodiscard]] bool waitedLong(std::int64_t sinceUs) const;
 
     const Clock &m_clock;
-    const MediaFactory &m_factory;
     std::unique_ptr<CapturePermission> m_permission;
-    const Stage &m_stage;
     Sources &m_sources;
     AudioInput &m_audio;
     Report m_status;

@@ -20,13 +20,14 @@ Sources::Sources(const Clock &clock,
     Report status)
     : m_clock(clock)
     , m_factory(factory)
+    , m_frame(std::move(frame))
     , m_status(status)
     , m_return(clock, status)
     , m_pool(
           clock,
-          [&factory, frame = std::move(frame)](const Layer &layer) {
-              return layer.kind == LayerKind::Screen ? factory.screen(frame())
-                                                     : factory.heldMedia(frame(), layer.uri);
+          [this](const Layer &layer) {
+              return layer.kind == LayerKind::Screen ? m_factory.screen(m_frame())
+                                                     : m_factory.heldMedia(m_frame(), layer.uri);
           },
           status)
     , m_sourceReturn(clock, std::move(status))
@@ -63,23 +64,39 @@ void Sources::setBars(MediaPtr camera, std::int32_t index)
 {
     m_refused = m_refused || cameraOpening() == Opening::Underway;
     m_offer = {};
-    install({ std::move(camera), index, std::nullopt });
+    install(std::move(camera), { nullptr, index, std::nullopt });
 }
 
-void Sources::install(Offer offer)
+void Sources::install(MediaPtr camera, const Offer &from)
 {
-    m_camera = std::move(offer.camera);
-    m_cameraIndex = offer.index;
-    m_device = std::move(offer.device);
+    m_camera = std::move(camera);
+    m_cameraIndex = from.index;
+    m_device = from.device;
+    m_mode = from.opening ? from.opening->mode() : std::nullopt;
     m_firstFrameLogged = false;
 }
 
-void Sources::offerCamera(MediaPtr camera,
-    std::int32_t index,
-    const std::optional<CaptureDevice> &device)
+std::unique_ptr<CameraOpening> Sources::open(const std::optional<CaptureDevice> &device) const
 {
+    const FrameSize size = m_frame();
+    if (!device) {
+        const auto bars = [this, size](const auto & /*mode*/) { return m_factory.testBars(size); };
+        return std::make_unique<CameraOpening>(m_clock, bars, std::vector<DeviceMode> {});
+    }
+    const auto camera = [this, size, source = device->device](const auto &mode) {
+        return m_factory.camera(size, source.get(), mode);
+    };
+    return std::make_unique<CameraOpening>(m_clock,
+        camera,
+        modesToTry(device->device.get(), size, m_mode));
+}
+
+void Sources::offerCamera(std::int32_t index, const std::optional<CaptureDevice> &device)
+{
+    auto opening = open(device);
+    logLine(QStringLiteral("Cámara creada: ") + opening->camera()->label());
     m_refused = false;
-    m_offer = { std::move(camera), index, device };
+    m_offer = { std::move(opening), index, device };
 }
 
 void Sources::withdrawCamera()
@@ -90,7 +107,7 @@ void Sources::withdrawCamera()
 
 Opening Sources::cameraOpening() const
 {
-    if (m_offer.camera && !m_offer.returning) {
+    if (m_offer.opening && !m_offer.returning) {
         return Opening::Underway;
     }
     return m_refused ? Opening::Refused : Opening::Done;
@@ -98,24 +115,26 @@ Opening Sources::cameraOpening() const
 
 void Sources::pollOffer()
 {
-    if (!m_offer.camera) {
+    if (!m_offer.opening) {
         return;
     }
-    m_offer.camera->pollSource();
-    if (!m_offer.camera->active()) {
+    const CameraOpening::State state = m_offer.opening->poll();
+    if (state == CameraOpening::State::Failed) {
         refuseOffer();
-    } else if (m_offer.camera->frameCount() > 0) {
-        if (m_offer.returning) {
-            logLine(QStringLiteral("Cámara reabierta: ") + m_offer.camera->label());
+    } else if (state == CameraOpening::State::Delivers) {
+        const Offer accepted = std::exchange(m_offer, {});
+        const MediaPtr camera = accepted.opening->camera();
+        if (accepted.returning) {
+            logLine(QStringLiteral("Cámara reabierta: ") + camera->label());
         }
-        install(std::exchange(m_offer, {}));
+        install(camera, accepted);
     }
 }
 
 void Sources::refuseOffer()
 {
     const Offer refused = std::exchange(m_offer, {});
-    const Message reason = refused.camera->takeMessage();
+    const Message &reason = refused.opening->reason();
     if (refused.returning) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + reason.spanish());
         return;
@@ -125,7 +144,7 @@ void Sources::refuseOffer()
         = refused.device ? Message::verbatim(refused.device->name) : Message("Barras de prueba");
     const Message rest = m_camera ? Message("Continúa la cámara que había. ") : Message();
     m_status(Message("No llega imagen de %1. ", { name }) + rest
-        + (refused.camera->starved() ? Message() : reason));
+        + (refused.opening->starved() ? Message() : reason));
 }
 
 /// A lost camera lets go of its device at once, so that it can be opened again.
@@ -187,21 +206,21 @@ void Sources::pollOnce(Media *source, bool shown)
     }
 }
 
-void Sources::reopenCamera(FrameSize size)
+void Sources::reopenCamera()
 {
     const bool lost = m_device && !m_camera;
     const std::optional<CaptureDevice> found = m_return.poll(lost ? &*m_device : nullptr);
-    const bool busy
-        = m_offer.camera && (!m_offer.returning || !found || m_offer.device->place == found->place);
+    const bool busy = m_offer.opening
+        && (!m_offer.returning || !found || m_offer.device->place == found->place);
     if (found && !busy) {
-        reopen(*found, size);
+        reopen(*found);
     }
 }
 
-void Sources::reopen(const CaptureDevice &found, FrameSize size)
+void Sources::reopen(const CaptureDevice &found)
 {
     try {
-        m_offer = { m_factory.camera(size, found.device.get()), m_cameraIndex, found, true };
+        m_offer = { open(found), m_cameraIndex, found, true };
     } catch (const Error &error) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
     }

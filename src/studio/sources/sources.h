@@ -3,6 +3,7 @@
 #include "base/report.h"
 #include "media/capture/devices.h"
 #include "media/sources/media_factory.h"
+#include "studio/sources/camera_opening.h"
 #include "studio/sources/device_return.h"
 #include "studio/sources/on_air.h"
 #include "studio/sources/opening.h"
@@ -12,6 +13,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -44,11 +46,10 @@ public:
     /// From now on every camera layer shows a picture without a device: `testBars`, `standIn`. A
     /// camera that is opening is called off.
     void setBars(MediaPtr camera, std::int32_t index);
-    /// The camera takes the place of the present one with its first picture. When it stops before,
-    /// that is told, and the present one stays. `index`: its place in the list of video devices.
-    /// No device: bars.
-    void
-    offerCamera(MediaPtr camera, std::int32_t index, const std::optional<CaptureDevice> &device);
+    /// Opens a camera, which takes the place of the present one with its first picture. When it
+    /// stops before, that is told, and the present one stays. `index`: its place in the list of
+    /// video devices. No device: bars. Throws `Error` when it cannot be built.
+    void offerCamera(std::int32_t index, const std::optional<CaptureDevice> &device);
     /// The camera that is opening is not wanted any more.
     void withdrawCamera();
     /// A lost camera that is opening again by itself is what the operator asks for.
@@ -79,7 +80,7 @@ public:
 
     /// Looks for a lost camera in the background, every 3 s, and shows it again once the very same
     /// device is there and delivers, under whatever number. Logs, never throws or waits.
-    void reopenCamera(FrameSize size);
+    void reopenCamera();
 
     /// Logs the first picture of each camera source, once.
     void logFirstFrame();
@@ -87,26 +88,30 @@ public:
 private:
     /// A camera that has not delivered yet.
     struct Offer {
-        MediaPtr camera;
+        std::unique_ptr<CameraOpening> opening; ///< none: nothing is offered
         std::int32_t index = testBars;
         std::optional<CaptureDevice> device;
         bool returning = false; ///< nobody asked for it: a lost camera that is there again
     };
 
-    void install(Offer offer);
+    [[nodiscard]] std::unique_ptr<CameraOpening> open(
+        const std::optional<CaptureDevice> &device) const;
+    void install(MediaPtr camera, const Offer &from);
     void pollOffer();
     void refuseOffer();
     void pollCamera();
-    void reopen(const CaptureDevice &found, FrameSize size);
+    void reopen(const CaptureDevice &found);
     void pollOnce(Media *source, bool shown);
     void sweep(const SceneSets &scenes);
 
     const Clock &m_clock;
     const MediaFactory &m_factory;
+    std::function<FrameSize()> m_frame;
     Report m_status;
     MediaPtr m_camera;
     std::int32_t m_cameraIndex = testBars;
     std::optional<CaptureDevice> m_device;
+    std::optional<DeviceMode> m_mode; ///< in which the device delivers
     Offer m_offer;
     bool m_refused = false; ///< the operator's last offer
     DeviceReturn m_return;

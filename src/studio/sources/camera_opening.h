@@ -1,0 +1,65 @@
+#pragma once
+
+#include "base/clock.h"
+#include "base/message.h"
+#include "media/sources/media.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace nimbara {
+
+/// Opens a camera in a mode; none: as it likes. Throws `Error`.
+using CameraOpener = std::function<MediaPtr(const std::optional<DeviceMode> &mode)>;
+
+/// A camera on its way to its first picture. What a device offers it may yet fail to deliver, on a
+/// bus that is full or behind a bad cable: a mode without a picture for 3 s gives way to the next
+/// one. The next is opened when the one before has let go of the device. Interface thread only;
+/// never waits.
+class CameraOpening {
+public:
+    static constexpr std::int64_t patienceUs = 3'000'000; ///< with a mode, and with a device's stop
+
+    enum class State {
+        Underway,
+        Delivers, ///< it has a picture
+        Failed, ///< no mode delivers, or the device hangs
+    };
+
+    /// `modes`: the best first; empty: what the camera likes. Throws `Error` when it cannot be
+    /// built in the first of them.
+    CameraOpening(const Clock &clock, CameraOpener open, std::vector<DeviceMode> modes);
+
+    /// Takes the next step. Call on every run of the frame clock.
+    State poll();
+
+    /// The present attempt; none between two.
+    [[nodiscard]] const MediaPtr &camera() const { return m_camera; }
+    /// What it was asked for.
+    [[nodiscard]] std::optional<DeviceMode> mode() const;
+    /// Why the last attempt failed.
+    [[nodiscard]] const Message &reason() const { return m_reason; }
+    /// The last attempt failed because no picture came.
+    [[nodiscard]] bool starved() const { return m_starved; }
+
+private:
+    [[nodiscard]] bool hasNext() const { return m_attempt + 1 < m_modes.size(); }
+    State follow();
+    State giveUp();
+    State openNext();
+
+    const Clock &m_clock;
+    CameraOpener m_open;
+    std::vector<DeviceMode> m_modes;
+    std::size_t m_attempt = 0;
+    MediaPtr m_camera;
+    std::weak_ptr<const void> m_before; ///< what still holds the device
+    std::int64_t m_begunUs = 0; ///< the present step
+    Message m_reason;
+    bool m_starved = false;
+};
+
+} // namespace nimbara

@@ -1,0 +1,110 @@
+#include "base/error.h"
+#include "media/sources/media_factory.h"
+#include "studio/sources/camera_opening.h"
+#include "support/fake_device.h"
+#include "support/manual_clock.h"
+#include "support/test_registry.h"
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+using State = CameraOpening::State;
+
+namespace {
+
+DeviceMode mode(std::int32_t width)
+{
+    return { .format = u"YUY2"_s, .size = { width, 48 }, .rate = { 30, 1 } };
+}
+
+} // namespace
+
+class CameraOpeningTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup() { m_asked.clear(); }
+
+    /// The device refuses the first mode; the next is asked for when the first has let go of it.
+    void theNextModeDelivers()
+    {
+        auto opening = open("videotestsrc is-live=true ! capsfilter caps=video/x-raw,width=64",
+            { mode(640), mode(64) });
+        QVERIFY(run(*opening, State::Delivers));
+        QCOMPARE(m_asked, (std::vector<std::int32_t> { 640, 64 }));
+        QCOMPARE(opening->mode(), mode(64));
+        QVERIFY(opening->camera()->frame());
+    }
+
+    void aSilentModeGivesWayAfterThreeSeconds()
+    {
+        auto opening = open("appsrc is-live=true", { mode(640), mode(320), mode(64) });
+        for (const std::size_t attempts : { 1U, 2U }) {
+            QTRY_VERIFY(opening->camera()
+                && opening->camera()->startOutcome() == PipelineStart::Outcome::Accepted);
+            m_clock.advanceUs(3'000'000);
+            QCOMPARE(opening->poll(), State::Underway);
+            QCOMPARE(m_asked.size(), attempts);
+            m_clock.advanceUs(1);
+            QCOMPARE(opening->poll(), State::Underway);
+            QVERIFY(!opening->camera());
+            const auto isNext = [&] {
+                static_cast<void>(opening->poll());
+                return m_asked.size() > attempts;
+            };
+            QVERIFY(QTest::qWaitFor(isNext, 20'000));
+        }
+        m_clock.advanceUs(4'000'001); // nothing comes after the last: it has the source's patience
+        QVERIFY(run(*opening, State::Failed));
+        QVERIFY(opening->starved());
+        QCOMPARE(m_asked.size(), 3U);
+    }
+
+    void tellsWhyTheLastModeFailed()
+    {
+        auto opening
+            = open("videotestsrc is-live=true ! identity error-after=1", { mode(640), mode(64) });
+        QVERIFY(run(*opening, State::Failed));
+        QVERIFY(!opening->starved());
+        QVERIFY(opening->reason().spanish().startsWith(u"Fuente sin señal: "_s));
+        QCOMPARE(m_asked.size(), 2U);
+
+        m_asked.clear();
+        m_refuses = true; // it is gone by then
+        opening = open("appsrc is-live=true", { mode(640), mode(64) });
+        m_clock.advanceUs(3'000'001);
+        QVERIFY(run(*opening, State::Failed));
+        QCOMPARE(opening->reason(), Message("Falta"));
+        m_refuses = false;
+    }
+
+private:
+    std::unique_ptr<CameraOpening> open(const std::string &opens, std::vector<DeviceMode> modes)
+    {
+        const DeviceRef device = fakeDevice({ .opens = opens });
+        return std::make_unique<CameraOpening>(
+            m_clock,
+            [this, device](const std::optional<DeviceMode> &asked) {
+                if (m_refuses && !m_asked.empty()) {
+                    throw Error(Message("Falta"));
+                }
+                m_asked.push_back(asked->size.width);
+                return m_factory.camera({ 64, 36 }, device.get(), asked);
+            },
+            std::move(modes));
+    }
+    static bool run(CameraOpening &opening, State wanted)
+    {
+        State state {};
+        return QTest::qWaitFor([&] { return (state = opening.poll()) != State::Underway; }, 20'000)
+            && state == wanted;
+    }
+
+    ManualClock m_clock;
+    std::shared_ptr<Retirement> m_retirement = std::make_shared<Retirement>();
+    MediaFactory m_factory { m_clock, m_retirement };
+    std::vector<std::int32_t> m_asked;
+    bool m_refuses = false;
+};
+
+NIMBARA_TEST(CameraOpeningTest)
+#include "camera_opening_test.moc"

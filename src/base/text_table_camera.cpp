@@ -8,6 +8,8 @@ namespace {
 constexpr TextPair pairs[] = {
     TextPair { "La cámara solo ofrece imagen infrarroja",
         "The camera offers an infrared picture alone" },
+    TextPair { "Modo de la cámara", "Camera mode" },
+    TextPair { "Automático", "Automatic" },
 };
 
 } // namespace

@@ -182,6 +182,25 @@ private Q_SLOTS:
             u"Falta componente de fuente multimedia"_s);
     }
 
+    void offersTheOperatorEveryMode()
+    {
+        const QString all = u"GREY 640x360@60 YUYV 640x480@29.97 1920x1080@5 MJPG 1920x1080@30,25 "
+                            "H264 800x600@? RG10 4032x3040@21"_s;
+        const auto caps = capsOf(offeredCaps(all, false));
+        QStringList texts;
+        for (const DeviceMode &mode :
+            modesToChoose(expandModes(caps.get(), landscape), landscape)) {
+            texts << modeText(mode);
+        }
+        QCOMPARE(texts,
+            (QStringList { u"1920 × 1080 · 30 fps · MJPEG"_s,
+                u"640 × 480 · 29.97 fps · YUY2"_s,
+                u"1920 × 1080 · 25 fps · MJPEG"_s,
+                u"800 × 600 · H.264"_s,
+                u"1920 × 1080 · 5 fps · YUY2"_s,
+                u"640 × 360 · 60 fps · GRAY8"_s }));
+    }
+
     void pinsTheWholeMode()
     {
         QCOMPARE(gst_build::text(modeCaps({}).get()), u"video/x-raw"_s);

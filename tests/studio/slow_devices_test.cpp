@@ -162,6 +162,32 @@ private Q_SLOTS:
         QVERIFY(!desk.statuses.contains(QString::fromUtf8(opened)));
     }
 
+    /// Another mode of the camera that is shown: it is opened anew, and only then.
+    void theOperatorChoosesTheMode()
+    {
+        const DeviceMode small { .format = u"YUY2"_s, .size = { 320, 240 }, .rate = { 15, 1 } };
+        plugIn({ .name = "Galería",
+            .caps = "video/x-raw,format=YUY2,width=640,height=360,framerate=30/1;"
+                    "video/x-raw,format=YUY2,width=320,height=240,framerate={15/1,5/1}" });
+        SlowDesk desk;
+        QVERIFY(desk.list());
+        DeviceChoice choice = choose(desk.devices, u"Galería"_s, {});
+        choice.audio = 0;
+        const auto connected = [&](std::optional<DeviceMode> mode) {
+            choice.mode = std::move(mode);
+            desk.statuses.clear();
+            desk.studio.devices().connectSources(choice);
+            return desk.isTold(opened) ? desk.studio.sources().camera() : nullptr;
+        };
+        const MediaPtr best = connected({});
+        QVERIFY(best && best->label().contains(u"width=(int)640, height=(int)360"));
+        const MediaPtr chosen = connected(small);
+        QVERIFY(chosen && chosen->label().contains(u"width=(int)320, height=(int)240"));
+        QCOMPARE(connected(small), chosen); // no flicker
+        const MediaPtr again = connected({});
+        QVERIFY(again && again != chosen && again->label().contains(u"width=(int)640"));
+    }
+
     void metersAndClipLightsFollowTheInput()
     {
         SlowDesk desk;

@@ -3,8 +3,11 @@
 #include "base/error.h"
 #include "media/capture/picture_decoders.h"
 
+#include <QStringList>
+
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <tuple>
 
 namespace nimbara {
@@ -62,16 +65,27 @@ bool differsInRateAlone(const DeviceMode &one, const DeviceMode &other)
     return one.coding == other.coding && one.format == other.format && one.size == other.size;
 }
 
+void sortByWorth(std::vector<DeviceMode> &modes, FrameSize target)
+{
+    std::stable_sort(modes.begin(),
+        modes.end(),
+        [target](const DeviceMode &one, const DeviceMode &other) {
+            return order(one, target) < order(other, target);
+        });
+}
+
+/// Whether the device offers it, alone or in a range.
+bool isOffered(const DeviceMode &mode, const GstCaps *offered)
+{
+    return offered != nullptr && gst_caps_can_intersect(offered, modeCaps(mode).get()) != FALSE;
+}
+
 } // namespace
 
 std::vector<DeviceMode> rankModes(std::vector<DeviceMode> offered, FrameSize target)
 {
     std::erase_if(offered, isGrey);
-    std::stable_sort(offered.begin(),
-        offered.end(),
-        [target](const DeviceMode &one, const DeviceMode &other) {
-            return order(one, target) < order(other, target);
-        });
+    sortByWorth(offered, target);
     std::vector<DeviceMode> ranked;
     for (const DeviceMode &mode : offered) {
         const bool isKnown = std::any_of(ranked.begin(),
@@ -84,13 +98,36 @@ std::vector<DeviceMode> rankModes(std::vector<DeviceMode> offered, FrameSize tar
     return ranked;
 }
 
+std::vector<DeviceMode> modesToChoose(std::vector<DeviceMode> offered, FrameSize target)
+{
+    std::erase_if(offered, [](const DeviceMode &mode) { return !canDecode(mode.coding); });
+    sortByWorth(offered, target);
+    std::stable_partition(offered.begin(), offered.end(), std::not_fn(isGrey));
+    return offered;
+}
+
+QString modeText(const DeviceMode &mode)
+{
+    QStringList parts { QStringLiteral("%1 × %2").arg(mode.size.width).arg(mode.size.height) };
+    if (mode.rate.isKnown()) {
+        parts << QString::number(mode.rate.perSecond(), 'g', 4) + QStringLiteral(" fps");
+    }
+    const QString coding = mode.coding == PictureCoding::Jpeg ? QStringLiteral("MJPEG")
+        : mode.coding == PictureCoding::H264                  ? QStringLiteral("H.264")
+                                                              : mode.format;
+    if (!coding.isEmpty()) {
+        parts << coding;
+    }
+    return parts.join(QStringLiteral(" · "));
+}
+
 std::vector<DeviceMode>
 modesToTry(GstDevice *device, FrameSize target, const std::optional<DeviceMode> &wanted)
 {
     const auto offered = CapsRef::adopt(gst_device_get_caps(device));
     const std::vector<DeviceMode> all = expandModes(offered.get(), target);
     std::vector<DeviceMode> modes = rankModes(all, target);
-    if (wanted && std::find(all.begin(), all.end(), *wanted) != all.end()) {
+    if (wanted && isOffered(*wanted, offered.get())) {
         std::erase(modes, *wanted);
         modes.insert(modes.begin(), *wanted);
     }

@@ -52,6 +52,12 @@ std::vector<DeviceMode> expandModes(const GstCaps *offered, FrameSize target);
 /// rate only the best stays.
 std::vector<DeviceMode> rankModes(std::vector<DeviceMode> offered, FrameSize target);
 
+/// Every mode that can be shown, by its worth for such a frame; grey ones at the end.
+std::vector<DeviceMode> modesToChoose(std::vector<DeviceMode> offered, FrameSize target);
+
+/// A mode as an operator reads it, alike in every language: "1920 × 1080 · 30 fps · MJPEG".
+QString modeText(const DeviceMode &mode);
+
 /// The modes to ask of a device, one after the other as long as none delivers: the best that this
 /// installation can decode, `maxModesTried` at most. `wanted` comes first if it is offered. Empty:
 /// the device tells none, and whatever comes is taken. Throws `Error` when there are modes but none

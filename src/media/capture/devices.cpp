@@ -56,6 +56,13 @@ constexpr std::array persistentKeys { "node.name",
 /// What only says where it is at the moment.
 constexpr std::array placeKeys { "object.serial", "object.path", "device.path", "sysfs.path" };
 
+std::vector<DeviceMode> modesOf(GstDevice *device)
+{
+    constexpr FrameSize landscape { 1920, 1080 };
+    const auto offered = CapsRef::adopt(gst_device_get_caps(device));
+    return modesToChoose(expandModes(offered.get(), landscape), landscape);
+}
+
 } // namespace
 
 CaptureDevice describeDevice(GstDevice *device)
@@ -74,6 +81,9 @@ CaptureDevice describeDevice(GstDevice *device)
                              .join(QLatin1Char('\n'));
     described.place = firstText(device, properties.get(), placeKeys);
     described.device = DeviceRef::retain(device);
+    if (described.kind == DeviceKind::Video) {
+        described.modes = modesOf(device);
+    }
     return described;
 }
 

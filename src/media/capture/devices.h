@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/background_task.h"
+#include "media/capture/device_mode.h"
 #include "media/gst/gst_handles.h"
 
 #include <QString>
@@ -20,6 +21,7 @@ struct CaptureDevice {
     QString identity; ///< equal when the same device has gone away and come back
     QString place; ///< where it is at the moment (node number, device file); tells twins apart
     DeviceRef device; ///< opens it, as long as it is at that place
+    std::vector<DeviceMode> modes {}; ///< of a camera, the best for 1920 × 1080 first
 };
 
 /// The devices in the order in which the system names them.

@@ -7,18 +7,27 @@
 
 namespace nimbara {
 
-CameraOpening::CameraOpening(const Clock &clock, CameraOpener open, std::vector<DeviceMode> modes)
+CameraOpening::CameraOpening(const Clock &clock,
+    CameraOpener open,
+    const std::vector<DeviceMode> &modes,
+    std::weak_ptr<const void> before)
     : m_clock(clock)
     , m_open(std::move(open))
-    , m_modes(std::move(modes))
-    , m_camera(m_open(mode()))
+    , m_modes(modes.begin(), modes.end())
+    , m_before(std::move(before))
     , m_begunUs(clock.monotonicUs())
 {
+    if (m_modes.empty()) {
+        m_modes.emplace_back();
+    }
+    if (m_before.expired()) {
+        m_camera = m_open(m_modes[m_next++]);
+    }
 }
 
 std::optional<DeviceMode> CameraOpening::mode() const
 {
-    return m_attempt < m_modes.size() ? std::optional(m_modes[m_attempt]) : std::nullopt;
+    return m_next > 0 ? m_modes[m_next - 1] : std::nullopt;
 }
 
 CameraOpening::State CameraOpening::poll()
@@ -26,10 +35,8 @@ CameraOpening::State CameraOpening::poll()
     if (m_camera) {
         return follow();
     }
-    if (m_before.expired()) {
-        return openNext();
-    }
-    return m_clock.monotonicUs() - m_begunUs > patienceUs ? State::Failed : State::Underway;
+    const bool isFree = m_before.expired() || m_clock.monotonicUs() - m_begunUs > patienceUs;
+    return isFree ? openNext() : State::Underway;
 }
 
 CameraOpening::State CameraOpening::follow()
@@ -65,11 +72,10 @@ CameraOpening::State CameraOpening::giveUp()
 CameraOpening::State CameraOpening::openNext()
 {
     while (hasNext()) {
-        ++m_attempt;
         try {
-            m_camera = m_open(mode());
+            m_camera = m_open(m_modes[m_next++]);
             m_begunUs = m_clock.monotonicUs();
-            logLine(QStringLiteral("Cámara: otro modo: ") + m_camera->label());
+            logLine(QStringLiteral("Cámara creada: ") + m_camera->label());
             return State::Underway;
         } catch (const Error &error) {
             m_starved = false;

@@ -21,7 +21,7 @@ using CameraOpener = std::function<MediaPtr(const std::optional<DeviceMode> &mod
 /// never waits.
 class CameraOpening {
 public:
-    static constexpr std::int64_t patienceUs = 3'000'000; ///< with a mode, and with a device's stop
+    static constexpr std::int64_t patienceUs = 3'000'000; ///< with a mode, and with one that leaves
 
     enum class State {
         Underway,
@@ -29,16 +29,19 @@ public:
         Failed, ///< no mode delivers, or the device hangs
     };
 
-    /// `modes`: the best first; empty: what the camera likes. Throws `Error` when it cannot be
-    /// built in the first of them.
-    CameraOpening(const Clock &clock, CameraOpener open, std::vector<DeviceMode> modes);
+    /// `modes`: the best first; empty: what the camera likes. `before`: what holds the device as
+    /// yet, or none. Throws `Error` when it cannot be built in the first mode at once.
+    CameraOpening(const Clock &clock,
+        CameraOpener open,
+        const std::vector<DeviceMode> &modes,
+        std::weak_ptr<const void> before = {});
 
     /// Takes the next step. Call on every run of the frame clock.
     State poll();
 
-    /// The present attempt; none between two.
+    /// The present attempt; none while the device is still held.
     [[nodiscard]] const MediaPtr &camera() const { return m_camera; }
-    /// What it was asked for.
+    /// What it was asked for last.
     [[nodiscard]] std::optional<DeviceMode> mode() const;
     /// Why the last attempt failed.
     [[nodiscard]] const Message &reason() const { return m_reason; }
@@ -46,15 +49,15 @@ public:
     [[nodiscard]] bool starved() const { return m_starved; }
 
 private:
-    [[nodiscard]] bool hasNext() const { return m_attempt + 1 < m_modes.size(); }
+    [[nodiscard]] bool hasNext() const { return m_next < m_modes.size(); }
     State follow();
     State giveUp();
     State openNext();
 
     const Clock &m_clock;
     CameraOpener m_open;
-    std::vector<DeviceMode> m_modes;
-    std::size_t m_attempt = 0;
+    std::vector<std::optional<DeviceMode>> m_modes; ///< one at least
+    std::size_t m_next = 0;
     MediaPtr m_camera;
     std::weak_ptr<const void> m_before; ///< what still holds the device
     std::int64_t m_begunUs = 0; ///< the present step

@@ -195,7 +195,8 @@ DeviceConnection::Outcome DeviceConnection::connectCamera(const Wanted &wanted,
 {
     const bool bars = wanted.choice.camera == 0;
     const CaptureDevice *device = deviceAmong(present, wanted.camera);
-    if (device != nullptr && isSame(present, device, m_sources.offeredDevice())) {
+    if (device != nullptr && isSame(present, device, m_sources.offeredDevice())
+        && m_sources.offeredMode() == wanted.choice.mode) {
         m_sources.claimCamera();
         return Outcome::Connected;
     }
@@ -207,12 +208,13 @@ DeviceConnection::Outcome DeviceConnection::connectCamera(const Wanted &wanted,
     const bool works = m_sources.camera() && m_sources.camera()->active();
     const bool shown = bars
         ? m_sources.cameraIndex() == Sources::testBars && !m_sources.cameraDevice()
-        : isSame(present, device, m_sources.cameraDevice());
+        : isSame(present, device, m_sources.cameraDevice())
+            && m_sources.chosenMode() == wanted.choice.mode;
     if (works && shown) {
         return Outcome::Connected;
     }
     try {
-        openCamera(device, wanted.choice.camera - fixedCameras);
+        openCamera(device, wanted.choice);
     } catch (const Error &error) {
         m_status("Cámara: " + error.message());
         return Outcome::Failed;
@@ -221,12 +223,15 @@ DeviceConnection::Outcome DeviceConnection::connectCamera(const Wanted &wanted,
 }
 
 /// No device: test bars.
-void DeviceConnection::openCamera(const CaptureDevice *device, std::int32_t index)
+void DeviceConnection::openCamera(const CaptureDevice *device, const DeviceChoice &choice)
 {
+    const std::int32_t index = choice.camera - fixedCameras;
     logLine(QStringLiteral("Abrir cámara índice %1 : %2")
                 .arg(index)
                 .arg(device == nullptr ? QStringLiteral("Barras de prueba") : device->name));
-    m_sources.offerCamera(index, device == nullptr ? std::nullopt : std::optional(*device));
+    m_sources.offerCamera(index,
+        device == nullptr ? std::nullopt : std::optional(*device),
+        choice.mode);
 }
 
 DeviceConnection::Outcome DeviceConnection::connectAudio(const Wanted &wanted,

@@ -17,6 +17,7 @@ namespace nimbara {
 struct DeviceChoice {
     std::int32_t camera = 0; ///< 0: test bars; from 1: the video devices in order
     std::int32_t audio = 0; ///< 0: silence; 1: test signal; from 2: the audio devices in order
+    std::optional<DeviceMode> mode {}; ///< of the camera; none: the best
 };
 
 /// Finds capture devices, asks for permission and opens what the operator chose. Interface thread
@@ -78,7 +79,7 @@ private:
     void connectWanted(const Wanted &wanted, const DeviceLists &present);
     Outcome connectCamera(const Wanted &wanted, const std::vector<CaptureDevice> &present);
     Outcome connectAudio(const Wanted &wanted, const std::vector<CaptureDevice> &present);
-    void openCamera(const CaptureDevice *device, std::int32_t index);
+    void openCamera(const CaptureDevice *device, const DeviceChoice &choice);
     [[nodiscard]] bool waitedLong(std::int64_t sinceUs) const;
 
     const Clock &m_clock;

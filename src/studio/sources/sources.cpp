@@ -12,6 +12,11 @@ namespace {
 
 constexpr std::int64_t sweepSpacingUs = 2'000'000;
 
+bool isSame(const CaptureDevice &one, const CaptureDevice &other)
+{
+    return one.identity == other.identity && one.place == other.place;
+}
+
 } // namespace
 
 Sources::Sources(const Clock &clock,
@@ -64,7 +69,7 @@ void Sources::setBars(MediaPtr camera, std::int32_t index)
 {
     m_refused = m_refused || cameraOpening() == Opening::Underway;
     m_offer = {};
-    install(std::move(camera), { nullptr, index, std::nullopt });
+    install(std::move(camera), { nullptr, index, std::nullopt, std::nullopt });
 }
 
 void Sources::install(MediaPtr camera, const Offer &from)
@@ -72,35 +77,59 @@ void Sources::install(MediaPtr camera, const Offer &from)
     m_camera = std::move(camera);
     m_cameraIndex = from.index;
     m_device = from.device;
+    m_chosenMode = from.chosen;
     m_mode = from.opening ? from.opening->mode() : std::nullopt;
     m_firstFrameLogged = false;
 }
 
-std::unique_ptr<CameraOpening> Sources::open(const std::optional<CaptureDevice> &device) const
+std::unique_ptr<CameraOpening> Sources::open(const CaptureDevice &device,
+    const std::optional<DeviceMode> &first) const
 {
+    const bool isHeld = m_leaving && isSame(m_leaving->device, device);
     const FrameSize size = m_frame();
-    if (!device) {
-        const auto bars = [this, size](const auto & /*mode*/) { return m_factory.testBars(size); };
-        return std::make_unique<CameraOpening>(m_clock, bars, std::vector<DeviceMode> {});
-    }
-    const auto camera = [this, size, source = device->device](const auto &mode) {
+    const auto camera = [this, size, source = device.device](const auto &mode) {
         return m_factory.camera(size, source.get(), mode);
     };
     return std::make_unique<CameraOpening>(m_clock,
         camera,
-        modesToTry(device->device.get(), size, m_mode));
+        modesToTry(device.device.get(), size, first),
+        isHeld ? m_leaving->presence : std::weak_ptr<const void> {});
 }
 
-void Sources::offerCamera(std::int32_t index, const std::optional<CaptureDevice> &device)
+std::unique_ptr<CameraOpening> Sources::openBars() const
 {
-    auto opening = open(device);
-    logLine(QStringLiteral("Cámara creada: ") + opening->camera()->label());
+    const auto bars
+        = [this, size = m_frame()](const auto & /*mode*/) { return m_factory.testBars(size); };
+    return std::make_unique<CameraOpening>(m_clock, bars, std::vector<DeviceMode> {});
+}
+
+void Sources::letGo(const MediaPtr &camera, const std::optional<CaptureDevice> &device)
+{
+    if (camera && device) {
+        m_leaving = { *device, camera->presence() };
+    }
+}
+
+void Sources::offerCamera(std::int32_t index,
+    const std::optional<CaptureDevice> &device,
+    const std::optional<DeviceMode> &chosen)
+{
+    if (device && m_device && isSame(*device, *m_device)) {
+        letGo(std::exchange(m_camera, nullptr), m_device);
+    }
+    auto opening = device ? open(*device, chosen) : openBars();
+    if (opening->camera()) {
+        logLine(QStringLiteral("Cámara creada: ") + opening->camera()->label());
+    }
     m_refused = false;
-    m_offer = { std::move(opening), index, device };
+    m_offer = { std::move(opening), index, device, chosen };
 }
 
 void Sources::withdrawCamera()
 {
+    if (m_offer.opening) {
+        letGo(m_offer.opening->camera(), m_offer.device);
+    }
     m_refused = false;
     m_offer = {};
 }
@@ -152,7 +181,7 @@ void Sources::pollCamera()
 {
     pollOnce(m_camera.get(), true);
     if (m_device && m_camera && !m_camera->active()) {
-        m_camera.reset();
+        letGo(std::exchange(m_camera, nullptr), m_device);
     }
 }
 
@@ -220,7 +249,7 @@ void Sources::reopenCamera()
 void Sources::reopen(const CaptureDevice &found)
 {
     try {
-        m_offer = { open(found), m_cameraIndex, found, true };
+        m_offer = { open(found, m_mode), m_cameraIndex, found, m_chosenMode, true };
     } catch (const Error &error) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
     }

@@ -48,8 +48,12 @@ public:
     void setBars(MediaPtr camera, std::int32_t index);
     /// Opens a camera, which takes the place of the present one with its first picture. When it
     /// stops before, that is told, and the present one stays. `index`: its place in the list of
-    /// video devices. No device: bars. Throws `Error` when it cannot be built.
-    void offerCamera(std::int32_t index, const std::optional<CaptureDevice> &device);
+    /// video devices. No device: bars. `chosen`: the mode that the operator wants tried first. A
+    /// device that is shown already, in another mode, lets go of its picture at once, since it can
+    /// be opened once only. Throws `Error` when it cannot be built.
+    void offerCamera(std::int32_t index,
+        const std::optional<CaptureDevice> &device,
+        const std::optional<DeviceMode> &chosen);
     /// The camera that is opening is not wanted any more.
     void withdrawCamera();
     /// A lost camera that is opening again by itself is what the operator asks for.
@@ -63,6 +67,7 @@ public:
     {
         return m_offer.device;
     }
+    [[nodiscard]] const std::optional<DeviceMode> &offeredMode() const { return m_offer.chosen; }
     /// How the last offer of the operator came along.
     [[nodiscard]] Opening cameraOpening() const;
     /// None while the camera is lost.
@@ -70,6 +75,8 @@ public:
     [[nodiscard]] std::int32_t cameraIndex() const { return m_cameraIndex; }
     /// The device of the camera, also while it is lost; none for bars.
     [[nodiscard]] const std::optional<CaptureDevice> &cameraDevice() const { return m_device; }
+    /// The mode that the operator chose for it; none: the best.
+    [[nodiscard]] const std::optional<DeviceMode> &chosenMode() const { return m_chosenMode; }
     /// The camera's newest picture, or none.
     [[nodiscard]] FramePtr cameraFrame() const;
 
@@ -91,11 +98,20 @@ private:
         std::unique_ptr<CameraOpening> opening; ///< none: nothing is offered
         std::int32_t index = testBars;
         std::optional<CaptureDevice> device;
+        std::optional<DeviceMode> chosen;
         bool returning = false; ///< nobody asked for it: a lost camera that is there again
     };
 
-    [[nodiscard]] std::unique_ptr<CameraOpening> open(
-        const std::optional<CaptureDevice> &device) const;
+    /// A device that was let go of and may yet be held by a pipeline on its way out.
+    struct Leaving {
+        CaptureDevice device;
+        std::weak_ptr<const void> presence;
+    };
+
+    [[nodiscard]] std::unique_ptr<CameraOpening> open(const CaptureDevice &device,
+        const std::optional<DeviceMode> &first) const;
+    [[nodiscard]] std::unique_ptr<CameraOpening> openBars() const;
+    void letGo(const MediaPtr &camera, const std::optional<CaptureDevice> &device);
     void install(MediaPtr camera, const Offer &from);
     void pollOffer();
     void refuseOffer();
@@ -111,9 +127,11 @@ private:
     MediaPtr m_camera;
     std::int32_t m_cameraIndex = testBars;
     std::optional<CaptureDevice> m_device;
+    std::optional<DeviceMode> m_chosenMode;
     std::optional<DeviceMode> m_mode; ///< in which the device delivers
     Offer m_offer;
     bool m_refused = false; ///< the operator's last offer
+    std::optional<Leaving> m_leaving; ///< the last one
     DeviceReturn m_return;
     bool m_firstFrameLogged = false;
     SourcePool m_pool;

@@ -12,6 +12,7 @@ namespace nimbara {
 
 namespace {
 
+constexpr int fixedCameras = 1; ///< entries that are no devices
 constexpr const char *showHall = "Pantallas de sala en el monitor elegido";
 constexpr const char *hideHall = "Ocultar pantallas de sala";
 constexpr const char *hideWithEscape = "Ocultar pantallas de sala (Esc)";
@@ -21,6 +22,7 @@ constexpr const char *hideWithEscape = "Ocultar pantallas de sala (Esc)";
 SourcesTab::SourcesTab(QWidget *parent)
     : QWidget(parent)
     , m_cameras(named(new QComboBox, "cameras", nimbara_i18n::tr("Cámara / capturadora")))
+    , m_modes(named(new QComboBox, "cameraModes", nimbara_i18n::tr("Modo de la cámara")))
     , m_microphones(
           named(new QComboBox, "microphones", nimbara_i18n::tr("Audio de consola / capturadora")))
     , m_screens(named(new QComboBox, "screens", nimbara_i18n::tr("Pantallas de sala")))
@@ -42,20 +44,24 @@ void SourcesTab::layOut()
     grid->addWidget(new QLabel(nimbara_i18n::tr("Cámara / capturadora")), 0, 0);
     grid->addWidget(m_cameras, 0, 1);
     grid->addWidget(m_refresh, 0, 2);
-    grid->addWidget(new QLabel(nimbara_i18n::tr("Audio de consola / capturadora")), 1, 0);
-    grid->addWidget(m_microphones, 1, 1);
-    grid->addWidget(m_connect, 1, 2);
-    grid->addWidget(m_loadImage, 2, 0);
-    grid->addWidget(m_loadVideo, 2, 1);
-    grid->addWidget(m_networkSource, 2, 2);
-    grid->addWidget(m_screens, 4, 0, 1, 2);
-    grid->addWidget(m_hallScreen, 4, 2);
+    grid->addWidget(new QLabel(nimbara_i18n::tr("Modo de la cámara")), 1, 0);
+    grid->addWidget(m_modes, 1, 1);
+    grid->addWidget(new QLabel(nimbara_i18n::tr("Audio de consola / capturadora")), 2, 0);
+    grid->addWidget(m_microphones, 2, 1);
+    grid->addWidget(m_connect, 2, 2);
+    grid->addWidget(m_loadImage, 3, 0);
+    grid->addWidget(m_loadVideo, 3, 1);
+    grid->addWidget(m_networkSource, 3, 2);
+    grid->addWidget(m_screens, 5, 0, 1, 2);
+    grid->addWidget(m_hallScreen, 5, 2);
     grid->setColumnStretch(1, 1);
-    grid->setRowStretch(5, 1);
+    grid->setRowStretch(6, 1);
 }
 
 void SourcesTab::connectButtons()
 {
+    connect(m_cameras, &QComboBox::currentIndexChanged, this, &SourcesTab::listModes);
+    connect(m_modes, &QComboBox::activated, this, &SourcesTab::keepMode);
     connect(m_refresh, &QPushButton::clicked, this, &SourcesTab::refreshPressed);
     connect(m_connect, &QPushButton::clicked, this, &SourcesTab::connectPressed);
     connect(m_loadImage, &QPushButton::clicked, this, &SourcesTab::loadImagePressed);
@@ -72,6 +78,42 @@ void SourcesTab::showDevices(const DeviceLists &devices)
             nimbara_i18n::tr("Señal de prueba (sin altavoces)") },
         m_listedMicrophones,
         devices.audio);
+    listModes();
+}
+
+void SourcesTab::listModes()
+{
+    const int place = m_cameras->currentIndex() - fixedCameras;
+    const CaptureDevice *camera = place >= 0 ? &m_listedCameras.devices.at(place) : nullptr;
+    m_listedModes = camera != nullptr ? camera->modes : std::vector<DeviceMode> {};
+    QStringList texts { nimbara_i18n::tr("Automático") };
+    int current = 0;
+    for (const DeviceMode &mode : m_listedModes) {
+        if (m_chosenModes.contains(camera->identity)
+            && m_chosenModes.value(camera->identity) == mode) {
+            current = static_cast<int>(texts.size());
+        }
+        texts << modeText(mode);
+    }
+    refill(m_modes, texts, current);
+    m_modes->setEnabled(!m_listedModes.empty());
+}
+
+void SourcesTab::keepMode()
+{
+    const QString identity
+        = m_listedCameras.devices.at(m_cameras->currentIndex() - fixedCameras).identity;
+    if (const auto mode = cameraMode()) {
+        m_chosenModes.insert(identity, *mode);
+    } else {
+        m_chosenModes.remove(identity);
+    }
+}
+
+std::optional<DeviceMode> SourcesTab::cameraMode() const
+{
+    const int place = m_modes->currentIndex() - 1;
+    return place >= 0 ? std::optional(m_listedModes.at(place)) : std::nullopt;
 }
 
 void SourcesTab::relist(QComboBox *list,

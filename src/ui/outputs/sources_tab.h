@@ -3,6 +3,7 @@
 #include "media/capture/devices.h"
 
 #include <QComboBox>
+#include <QHash>
 #include <QPushButton>
 #include <QWidget>
 
@@ -31,6 +32,9 @@ public:
     /// Entries from 0; -1: the chosen device has left the list.
     [[nodiscard]] int cameraEntry() const { return m_cameras->currentIndex(); }
     [[nodiscard]] int audioEntry() const { return m_microphones->currentIndex(); }
+    /// The mode chosen for the camera, remembered for each as long as the program runs; none: the
+    /// best.
+    [[nodiscard]] std::optional<DeviceMode> cameraMode() const;
     [[nodiscard]] int screenEntry() const { return m_screens->currentIndex(); }
 
 Q_SIGNALS:
@@ -52,10 +56,13 @@ private:
         Listed &listed,
         const std::vector<CaptureDevice> &devices);
 
+    void listModes();
+    void keepMode();
     void layOut();
     void connectButtons();
 
     QComboBox *m_cameras;
+    QComboBox *m_modes;
     QComboBox *m_microphones;
     QComboBox *m_screens;
     QPushButton *m_refresh;
@@ -66,6 +73,8 @@ private:
     QPushButton *m_hallScreen;
     Listed m_listedCameras;
     Listed m_listedMicrophones;
+    std::vector<DeviceMode> m_listedModes; ///< of the camera, behind the automatic choice
+    QHash<QString, DeviceMode> m_chosenModes; ///< by the camera's identity
 };
 
 } // namespace nimbara

@@ -319,8 +319,9 @@ void StudioWindow::connectDevices()
 void StudioWindow::connectSources()
 {
     m_guard.run([this] {
-        m_studio.devices().connectSources(
-            { m_sourcesTab->cameraEntry(), m_sourcesTab->audioEntry() });
+        m_studio.devices().connectSources({ m_sourcesTab->cameraEntry(),
+            m_sourcesTab->audioEntry(),
+            m_sourcesTab->cameraMode() });
     });
 }
 

@@ -15,10 +15,10 @@ namespace {
 /// A camera's pictures: a new frame each time.
 class MovingCamera {
 public:
-    MovingCamera()
+    explicit MovingCamera(FrameSize size = landscapeSize)
     {
         for (std::size_t index = 0; index < m_frames.size(); ++index) {
-            auto frame = std::make_shared<Frame>(landscapeSize.width, landscapeSize.height);
+            auto frame = std::make_shared<Frame>(size.width, size.height);
             for (std::size_t byte = 0; byte < frame->pixels.size(); ++byte) {
                 if (byte % 4 != 3) {
                     frame->pixels[byte] = static_cast<std::uint8_t>(byte / 8000 + index * 5);
@@ -127,6 +127,17 @@ double streamSceneMs()
     return bench::medianMs(101, [&] { return composer.compose(composition.with(camera.next())); });
 }
 
+/// The same with a camera of 4:3 that covers the frame, as its source scales it.
+double coveringCameraMs()
+{
+    Composer composer(std::make_shared<PaintCache>());
+    MovingCamera camera({ 1920, 1440 });
+    Shown shown = streamComposition(twoLines);
+    shown.layers.front().cover = true;
+    Moving composition(shown);
+    return bench::medianMs(101, [&] { return composer.compose(composition.with(camera.next())); });
+}
+
 double hallStillMs()
 {
     Composer composer(std::make_shared<PaintCache>());
@@ -187,6 +198,7 @@ double fadeMs()
 } // namespace
 
 NIMBARA_BENCH_CASE("stream-scene", streamSceneMs)
+NIMBARA_BENCH_CASE("covering-camera", coveringCameraMs)
 NIMBARA_BENCH_CASE("hall-still", hallStillMs)
 NIMBARA_BENCH_CASE("hall-new-caption", hallNewCaptionMs)
 NIMBARA_BENCH_CASE("three-pictures", threePicturesMs)

@@ -166,6 +166,9 @@ Pictures Studio::composePictures(std::int64_t now)
 {
     const FramePtr camera = m_sources.cameraFrame();
     const LiveScene prepared = m_sources.live(m_stage.document.currentScene());
+    m_sources.showOn({ { prepared, m_stage.previewFrame() },
+        { m_onAir.streams, m_stage.streamFrame() },
+        { m_onAir.hall, hallSize } });
     Pictures pictures { m_pictures.preview(m_stage, prepared, camera),
         m_pictures.streams(m_stage, m_onAir.streams, camera),
         m_pictures.hall(m_stage, m_onAir.hall, camera) };

@@ -368,6 +368,33 @@ private Q_SLOTS:
         QVERIFY(!fitPicture({ 864, 459 }, box, false).pixelForPixel());
     }
 
+    /// Sources come at the size of their box, but for what makes their sides whole.
+    void picturesMadeForTheirPlaceStayUnscaled()
+    {
+        const QRectF frame(0, 0, 1920, 1080);
+        const QRectF part(633.6, 162.4, 652.8, 400.4);
+        for (const auto &[picture, into, cover, source, target] :
+            { std::tuple { FrameSize { 608, 1080 },
+                  frame,
+                  false,
+                  QRect(0, 0, 608, 1080),
+                  QRect(656, 0, 608, 1080) },
+                { { 1080, 608 },
+                    QRectF(0, 0, 1080, 1921),
+                    false,
+                    { 0, 0, 1080, 608 },
+                    { 0, 657, 1080, 608 } },
+                { { 1921, 1080 }, frame, true, { 1, 0, 1920, 1080 }, { 0, 0, 1920, 1080 } },
+                { { 1920, 1440 }, frame, true, { 0, 180, 1920, 1080 }, { 0, 0, 1920, 1080 } },
+                { { 653, 367 }, part, false, { 0, 0, 653, 367 }, { 634, 179, 653, 367 } },
+                { { 653, 491 }, part, true, { 0, 45, 653, 401 }, { 634, 162, 653, 401 } } }) {
+            const PictureFit fit = fitPicture(picture, into, cover);
+            QVERIFY(fit.pixelForPixel());
+            QCOMPARE(fit.source.toRect(), source);
+            QCOMPARE(fit.target.toRect(), target);
+        }
+    }
+
     void pictureFillsItsPlace()
     {
         // Black shows around the place.

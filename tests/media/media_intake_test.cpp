@@ -107,20 +107,6 @@ private Q_SLOTS:
         QVERIFY(reds[0] > 240 && reds[1] < 15);
     }
 
-    /// Whatever pixel shape the device declares, its pixels are taken as square.
-    void letterboxesADevice()
-    {
-        const auto media = open(
-            fakeDevice({ .opens = "videotestsrc is-live=true pattern=white ! capsfilter "
-                                  "caps=video/x-raw,width=90,height=90,pixel-aspect-ratio=2/1" }));
-        QVERIFY(pollUntil(*media, [&] { return media->frame() != nullptr; }));
-        const Frame &frame = *media->frame();
-        const double edge = 70.0 / width; // a square of 180 pixels in the middle
-        QCOMPARE(pixelAt(frame, 0.5, 0.5), (std::array { 255, 255, 255, 255 }));
-        QCOMPARE(pixelAt(frame, edge + 0.04, 0.5), (std::array { 255, 255, 255, 255 }));
-        QCOMPARE(pixelAt(frame, edge - 0.04, 0.5), (std::array { 0, 0, 0, 255 }));
-    }
-
     void marksOpaquePictures()
     {
         // Raw zeros: padding and alpha alike are 0.

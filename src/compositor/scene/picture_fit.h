@@ -18,7 +18,8 @@ struct PictureFit {
 
 /// Fit: the whole picture, as large as the box allows, centred in it. Cover: the largest centred
 /// part of the picture with the box's shape, drawn into the whole box. The picture and the box must
-/// not be empty.
+/// not be empty. A picture that was made for its place but for a part of a pixel is moved by that
+/// part, so that it needs no scaling.
 PictureFit fitPicture(FrameSize picture, const QRectF &box, bool cover);
 
 /// A layer's box on a canvas, in pixels. `fractions`: x, y, w and h of the layer.

@@ -173,6 +173,25 @@ void Media::setShown(bool shown)
     }
 }
 
+void Media::showIn(const std::vector<PictureBox> &boxes)
+{
+    const std::int64_t now = m_clock.monotonicUs();
+    if (!boxes.empty() && boxes != m_boxes) {
+        m_boxes = boxes;
+        m_boxesSince = now;
+    }
+    if (m_boxesSince && (m_frameCount == 0 || now - *m_boxesSince >= settleUs)) {
+        m_boxesSince.reset();
+        m_parts.picture->showIn(m_boxes);
+    }
+}
+
+std::optional<FrameSize> Media::naturalSize() const
+{
+    const FrameSize size = m_parts.picture->size();
+    return m_frameCount > 0 && size.width > 0 ? std::optional(size) : std::nullopt;
+}
+
 void Media::pollSource()
 {
     if (!m_active || takeBusMessage()) {

@@ -11,14 +11,15 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace nimbara {
 
 /// One live picture that a layer can show (camera, screen capture, media file or network stream,
 /// test bars): the GStreamer pipeline "nimbara-source", which decodes or captures, converts to RGBA
-/// at the profile's size and leaves the newest picture, and the media's sound as 48 kHz stereo, in
-/// application sinks.
+/// in the picture's own shape, at the size at which it is shown, and leaves the newest picture, and
+/// the media's sound as 48 kHz stereo, in application sinks. Test bars have the profile's size.
 ///
 /// Interface thread only, except for destruction, which may block and belongs on a background task
 /// (`Retirement`). GStreamer's threads only fill the two sinks and link decoded pads.
@@ -44,12 +45,21 @@ public:
     /// shows two clips cannot decode fifty; everything else plays on.
     void setShown(bool shown);
 
+    /// Where layers show the picture: it comes at the size that needs no more scaling in the
+    /// largest of the boxes, scaled on the pipeline's threads. A change takes effect once it has
+    /// stood for `settleUs`, as a box is dragged. None: as before.
+    void showIn(const std::vector<PictureBox> &boxes);
+    static constexpr std::int64_t settleUs = 250'000;
+
     /// One non-blocking read: bus, media sound, newest picture, no-frame watchdog.
     void pollSource();
 
     /// The newest picture; none before the first, and none after a failure. Copied out of the
     /// pipeline when it is first asked for: many sources play while nobody looks.
     [[nodiscard]] const FramePtr &frame();
+
+    /// The picture's own size in square pixels; none before the first.
+    [[nodiscard]] std::optional<FrameSize> naturalSize() const;
 
     /// The pending message for the operator, empty when there is none. Taking it empties the
     /// picture, so that the layer shows nothing stale; the last picture of a clip stays.
@@ -122,6 +132,8 @@ private:
     Message m_message;
     QString m_label;
     FramePtr m_frame;
+    std::vector<PictureBox> m_boxes; ///< as told last
+    std::optional<std::int64_t> m_boxesSince; ///< µs; they have not taken effect yet
     AudioFifo m_audioFifo;
     bool m_soundIsOver = false;
     std::vector<float> m_soundBuffer; ///< reused between polls

@@ -4,9 +4,6 @@
 #include "media/capture/device_pin.h"
 #include "media/capture/picture_decoders.h"
 #include "media/gst/gst_build.h"
-#include "media/sources/picture_bound.h"
-
-#include <algorithm>
 
 namespace nimbara {
 
@@ -18,7 +15,7 @@ using namespace gst_build;
 struct PictureChain {
     ElementRef requestFilter = make("capsfilter");
     ElementRef squarePixels = make("capssetter");
-    ElementRef reduce; ///< makes pictures that are larger than the profile smaller; media only
+    ElementRef reduce; ///< makes pictures that are larger than they are shown smaller
     ElementRef reduced; ///< says how small
     ElementRef convert = make("videoconvert");
     ElementRef upright; ///< turns pictures by the orientation they carry; media only
@@ -69,9 +66,8 @@ QString startLabel(const SourceRequest &request, GstElement *element)
     return label + (request.uri.isEmpty() ? QStringLiteral(" (prueba)") : QStringLiteral(" (uri)"));
 }
 
-/// A 4K picture costs a third when it is made smaller before its colours are converted. The longer
-/// side of the profile bounds both sides: the picture may yet be turned.
-void reduceBeforeConversion(SourcePipeline &built, PictureChain &chain, FrameSize size)
+/// A 4K picture costs a third when it is made smaller before its colours are converted.
+void reduceBeforeConversion(SourcePipeline &built, PictureChain &chain)
 {
     chain.reduce = make("videoscale");
     chain.reduced = make("capsfilter");
@@ -79,7 +75,7 @@ void reduceBeforeConversion(SourcePipeline &built, PictureChain &chain, FrameSiz
         throw Error(QStringLiteral("Falta componente de fuente multimedia"));
     }
     add(built.pipeline, { &chain.reduce, &chain.reduced });
-    boundPictures(chain.reduce, chain.reduced, std::max(size.width, size.height));
+    reduceToShown(chain.reduce, chain.reduced, built.picture);
     built.pictureHead = chain.reduce;
 }
 
@@ -112,30 +108,39 @@ void makePictureChain(SourcePipeline &built, PictureChain &chain, const SourceRe
         gst_util_set_object_arg(G_OBJECT(chain.upright.get()), "video-direction", "auto");
         add(built.pipeline, { &chain.upright });
     }
-    if (!request.uri.isEmpty()) {
-        reduceBeforeConversion(built, chain, request.size);
+    if (!request.isTestBars()) {
+        reduceBeforeConversion(built, chain);
     }
 }
 
-void configurePictureChain(const SourcePipeline &built, const PictureChain &chain, FrameSize size)
+/// Test bars have no shape but the profile's; every other picture keeps its own.
+void configurePictureChain(const SourcePipeline &built,
+    const PictureChain &chain,
+    const SourceRequest &request)
 {
-    setCaps(chain.outputFilter,
-        CapsRef::adopt(gst_caps_new_simple("video/x-raw",
-            "format",
-            G_TYPE_STRING,
-            "RGBA",
+    const auto caps = CapsRef::adopt(gst_caps_new_simple("video/x-raw",
+        "format",
+        G_TYPE_STRING,
+        "RGBA",
+        "pixel-aspect-ratio",
+        GST_TYPE_FRACTION,
+        1,
+        1,
+        nullptr));
+    if (request.isTestBars()) {
+        gst_caps_set_simple(caps.get(),
             "width",
             G_TYPE_INT,
-            size.width,
+            request.size.width,
             "height",
             G_TYPE_INT,
-            size.height,
-            "pixel-aspect-ratio",
-            GST_TYPE_FRACTION,
-            1,
-            1,
-            nullptr)));
-    g_object_set(chain.scale.get(), "add-borders", TRUE, nullptr);
+            request.size.height,
+            nullptr);
+        setCaps(chain.outputFilter, caps);
+        built.picture->setSize(request.size);
+    } else {
+        scaleToShown(chain.scale, chain.outputFilter, caps, built.picture);
+    }
     g_object_set(built.videoSink.get(),
         "max-buffers",
         2U,
@@ -198,7 +203,7 @@ bool linkRequested(SourcePipeline &built, const PictureChain &chain, PictureCodi
         }
         last = decoder;
     }
-    return link({ &last, &chain.squarePixels, &chain.convert });
+    return link({ &last, &chain.squarePixels, &built.pictureHead });
 }
 
 /// Live sources: asks for a mode and declares whatever arrives square-pixel.
@@ -230,11 +235,12 @@ SourcePipeline buildSourcePipeline(const SourceRequest &request, const ScreenEle
 {
     SourcePipeline built;
     built.pipeline = Pipeline("nimbara-source");
+    built.picture = std::make_shared<NaturalPicture>(request.size);
     built.source = makeSource(request, screens);
     PictureChain chain;
     makePictureChain(built, chain, request);
     built.label = startLabel(request, built.source.get());
-    configurePictureChain(built, chain, request.size);
+    configurePictureChain(built, chain, request);
     buildSoundBranch(built);
     linkPictureChain(built, chain);
     if (request.uri.isEmpty()) {

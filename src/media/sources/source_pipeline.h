@@ -2,6 +2,7 @@
 
 #include "media/capture/device_mode.h"
 #include "media/gst/gst_handles.h"
+#include "media/sources/natural_picture.h"
 #include "media/sources/platform_elements.h"
 #include "signal/frame.h"
 
@@ -25,7 +26,8 @@ struct SourceRequest {
 struct SourcePipeline {
     ElementRef source; ///< captures or decodes; named "source"
     ElementRef pictureHead; ///< of the picture branch: takes raw pictures of any kind
-    ElementRef videoSink; ///< its end: RGBA at the profile's size
+    ElementRef videoSink; ///< its end: RGBA in the picture's own shape, test bars in the profile's
+    std::shared_ptr<NaturalPicture> picture;
     ElementRef audioConvert; ///< head of the sound branch
     ElementRef audioSink; ///< its end: the system's block format
     QString label; ///< what was built, for the log

@@ -52,11 +52,12 @@ LiveScene Sources::live(const ScenePtr &scene) const
 
 std::optional<FrameSize> Sources::contentSize(const Layer &layer) const
 {
-    FramePtr frame = layer.kind == LayerKind::Camera ? cameraFrame() : m_shelf.find(layer);
-    if (const MediaPtr source = m_pool.find(layer)) {
-        frame = source->frame();
+    const MediaPtr source = layer.kind == LayerKind::Camera ? m_camera : m_pool.find(layer);
+    if (source) {
+        return source->naturalSize();
     }
-    return frame ? std::optional(frame->size()) : std::nullopt;
+    const FramePtr still = m_shelf.find(layer);
+    return still ? std::optional(still->size()) : std::nullopt;
 }
 
 void Sources::follow(const SceneSets &scenes)
@@ -209,6 +210,18 @@ void Sources::poll(const Project &project, OnAir &onAir)
     m_sourceReturn.poll(project.scenes, m_pool, onAir);
     m_shelf.poll();
     sweep(project.scenes);
+}
+
+void Sources::showOn(std::initializer_list<ShownScene> scenes) const
+{
+    ShownBoxes boxes;
+    for (const ShownScene &shown : scenes) {
+        boxes.add(shown, m_camera.get());
+    }
+    boxes.tell();
+    if (m_offer.opening && m_offer.opening->camera() && m_camera) {
+        m_offer.opening->camera()->showIn(boxes.of(m_camera.get()));
+    }
 }
 
 void Sources::sweep(const SceneSets &scenes)

@@ -8,11 +8,13 @@
 #include "studio/sources/on_air.h"
 #include "studio/sources/opening.h"
 #include "studio/sources/picture_shelf.h"
+#include "studio/sources/shown_boxes.h"
 #include "studio/sources/source_pool.h"
 #include "studio/sources/source_return.h"
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -33,7 +35,7 @@ public:
     [[nodiscard]] PictureShelf &shelf() { return m_shelf; }
     /// The scene with what its layers show now, to be held.
     [[nodiscard]] LiveScene live(const ScenePtr &scene) const;
-    /// The size in pixels of what the layer shows, when there is a picture.
+    /// The size in pixels of what the layer shows, in its own shape, when there is a picture.
     [[nodiscard]] std::optional<FrameSize> contentSize(const Layer &layer) const;
     /// The project has changed: opens and decodes what its layers lack.
     void follow(const SceneSets &scenes);
@@ -84,6 +86,9 @@ public:
     /// program nor a current scene shows are held. Network and screen sources that stopped are
     /// opened again (`SourceReturn`), in the programs too.
     void poll(const Project &project, OnAir &onAir);
+
+    /// Tells each source where the scenes show it; one that is shown nowhere stays as it is.
+    void showOn(std::initializer_list<ShownScene> scenes) const;
 
     /// Looks for a lost camera in the background, every 3 s, and shows it again once the very same
     /// device is there and delivers, under whatever number. Logs, never throws or waits.

@@ -10,6 +10,12 @@ constexpr TextPair pairs[] = {
         "The camera offers an infrared picture alone" },
     TextPair { "Modo de la cámara", "Camera mode" },
     TextPair { "Automático", "Automatic" },
+    TextPair { "lo que ofrezca", "what it offers" },
+    TextPair { "Pedido: %1", "Asked for: %1" },
+    TextPair { "Pedido: %1. Acordado: %2. Llega: %3 × %4, %5 imágenes por segundo.",
+        "Asked for: %1. Agreed: %2. Coming in: %3 × %4, %5 pictures per second." },
+    TextPair { " Llegan menos de las acordadas: suele faltar luz.",
+        " Fewer than agreed are coming in: there is often too little light." },
 };
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "base/error.h"
 #include "media/sources/media_factory.h"
+#include "studio/sources/camera_arrival.h"
 #include "studio/sources/camera_opening.h"
 #include "support/fake_device.h"
 #include "support/manual_clock.h"
@@ -75,6 +76,36 @@ private Q_SLOTS:
         QVERIFY(run(*opening, State::Failed));
         QCOMPARE(opening->reason(), Message("Falta"));
         m_refuses = false;
+    }
+
+    /// Asked for, agreed, coming in; a hint once it has been too little for 5 s.
+    void tellsWhatComesIn()
+    {
+        const DeviceRef device = fakeDevice({ .opens = "videotestsrc num-buffers=9 ! jpegenc" });
+        const DeviceMode asked { PictureCoding::Jpeg, {}, { 64, 48 }, { 30, 1 } };
+        const MediaPtr camera = m_factory.camera({ 64, 48 }, device.get(), asked);
+        CameraArrival arrival;
+        QCOMPARE(arrival.poll(nullptr, 0), Message());
+        QCOMPARE(arrival.poll(camera.get(), 1)->spanish(), u"Pedido: 64 × 48 · 30 fps · MJPEG"_s);
+        const auto ended = [&] { return camera->pollSource(), !camera->active(); };
+        QVERIFY(QTest::qWaitFor(ended, 20'000));
+        QCOMPARE(camera->arrivedCount(), 9U);
+
+        const MediaPtr bars = m_factory.testBars({ 64, 48 });
+        QCOMPARE(arrival.poll(bars.get(), 2), Message());
+        std::vector<QString> told;
+        for (std::int64_t second = 1; second < 9; ++second) {
+            if (const auto text = arrival.poll(camera.get(), second * 1'000'000)) {
+                told.push_back(text->spanish());
+            }
+        }
+        const QString mode = u"64 × 48 · 30 fps · MJPEG"_s;
+        const QString none
+            = u"Pedido: %1. Acordado: %1. Llega: 64 × 48, 0.0 imágenes por segundo."_s;
+        QCOMPARE(told,
+            (std::vector { u"Pedido: "_s + mode,
+                none.arg(mode),
+                none.arg(mode) + u" Llegan menos de las acordadas: suele faltar luz."_s }));
     }
 
 private:

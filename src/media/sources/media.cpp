@@ -90,6 +90,7 @@ Media::Media(const Clock &clock,
     , m_isNetwork(!request.uri.isEmpty() && !m_isFile)
     , m_hasKnownEnd(m_isFile)
     , m_lastFrameTime(clock.monotonicUs())
+    , m_wantedMode(request.mode)
     , m_parts(buildSourcePipeline(request, screens))
 {
     m_label = m_parts.label;
@@ -324,6 +325,8 @@ void Media::describeFirstPicture(const SampleRef &sample)
     if (pad) {
         const auto caps = CapsRef::adopt(gst_pad_get_current_caps(pad.get()));
         m_label += QStringLiteral(" fuente caps=") + gst_build::text(caps.get());
+        const std::vector<DeviceMode> agreed = expandModes(caps.get(), {});
+        m_agreedMode = agreed.empty() ? std::nullopt : std::optional(agreed.front());
     }
 }
 
@@ -337,6 +340,7 @@ void Media::readAlpha()
     }
     GstVideoInfo info;
     const bool known = caps && gst_video_info_from_caps(&info, caps.get()) != FALSE;
+    m_receivedSize = known ? FrameSize { info.width, info.height } : FrameSize {};
     // The test bars may be drawn as RGBA from the start, and are opaque nevertheless.
     m_hasAlpha = !m_isTestBars && (!known || GST_VIDEO_INFO_HAS_ALPHA(&info));
     m_hasPadding

@@ -88,6 +88,14 @@ public:
     [[nodiscard]] std::weak_ptr<const void> presence() const { return m_presence; }
     /// Number of pictures taken so far.
     [[nodiscard]] std::uint64_t frameCount() const { return m_frameCount; }
+    /// Number of pictures that a device or the screen delivered so far, taken or not.
+    [[nodiscard]] std::uint64_t arrivedCount() const { return *m_parts.arrived; }
+    /// What was asked of the device, or none.
+    [[nodiscard]] const std::optional<DeviceMode> &wantedMode() const { return m_wantedMode; }
+    /// What the device agreed upon; none before the first picture.
+    [[nodiscard]] const std::optional<DeviceMode> &agreedMode() const { return m_agreedMode; }
+    /// The size in which pictures come in, decoded and not yet scaled; 0 × 0 before the first.
+    [[nodiscard]] FrameSize receivedSize() const { return m_receivedSize; }
     /// The media's sound, at most one second.
     [[nodiscard]] AudioFifo &audioFifo() { return m_audioFifo; }
     /// No more sound will come: the sound track is over, or the source is.
@@ -132,6 +140,9 @@ private:
     Message m_message;
     QString m_label;
     FramePtr m_frame;
+    std::optional<DeviceMode> m_wantedMode;
+    std::optional<DeviceMode> m_agreedMode;
+    FrameSize m_receivedSize;
     std::vector<PictureBox> m_boxes; ///< as told last
     std::optional<std::int64_t> m_boxesSince; ///< µs; they have not taken effect yet
     AudioFifo m_audioFifo;

@@ -189,6 +189,25 @@ void linkPictureChain(const SourcePipeline &built, const PictureChain &chain)
     }
 }
 
+/// Counts what the source delivers, on its thread, before any of it is dropped.
+void countArrivals(SourcePipeline &built)
+{
+    const auto pad = PadRef::adopt(gst_element_get_static_pad(built.source.get(), "src"));
+    if (!pad) {
+        return;
+    }
+    using Count = std::shared_ptr<std::atomic<std::uint64_t>>;
+    gst_pad_add_probe(
+        pad.get(),
+        GST_PAD_PROBE_TYPE_BUFFER,
+        [](GstPad *, GstPadProbeInfo *, gpointer count) {
+            ++**static_cast<Count *>(count);
+            return GST_PAD_PROBE_OK;
+        },
+        new Count(built.arrived),
+        [](gpointer count) { delete static_cast<Count *>(count); });
+}
+
 /// From the request filter to the head of the picture branch, through the decoder of the mode.
 bool linkRequested(SourcePipeline &built, const PictureChain &chain, PictureCoding coding)
 {
@@ -223,6 +242,7 @@ void linkCapture(SourcePipeline &built, const PictureChain &chain, const SourceR
             nullptr)));
     g_object_set(chain.squarePixels.get(), "replace", FALSE, "join", TRUE, nullptr);
     built.label += QStringLiteral(" pedido=") + text(mode.get());
+    countArrivals(built);
     const PictureCoding coding = request.mode ? request.mode->coding : PictureCoding::Raw;
     if (!link({ &built.source, &chain.requestFilter }) || !linkRequested(built, chain, coding)) {
         throw Error(QStringLiteral("Fuente no ofrece video raw compatible"));
@@ -236,6 +256,7 @@ SourcePipeline buildSourcePipeline(const SourceRequest &request, const ScreenEle
     SourcePipeline built;
     built.pipeline = Pipeline("nimbara-source");
     built.picture = std::make_shared<NaturalPicture>(request.size);
+    built.arrived = std::make_shared<std::atomic<std::uint64_t>>(0);
     built.source = makeSource(request, screens);
     PictureChain chain;
     makePictureChain(built, chain, request);

@@ -8,6 +8,10 @@
 
 #include <QString>
 
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
 namespace nimbara {
 
 /// What a source is to show: a capture device, else a media location, else the screen, else test
@@ -28,6 +32,7 @@ struct SourcePipeline {
     ElementRef pictureHead; ///< of the picture branch: takes raw pictures of any kind
     ElementRef videoSink; ///< its end: RGBA in the picture's own shape, test bars in the profile's
     std::shared_ptr<NaturalPicture> picture;
+    std::shared_ptr<std::atomic<std::uint64_t>> arrived; ///< pictures from a device or the screen
     ElementRef audioConvert; ///< head of the sound branch
     ElementRef audioSink; ///< its end: the system's block format
     QString label; ///< what was built, for the log

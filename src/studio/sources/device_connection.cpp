@@ -84,6 +84,9 @@ void DeviceConnection::poll()
     collectList();
     collectLookup();
     followOpening();
+    if (const auto text = m_arrival.poll(m_sources.camera().get(), m_clock.monotonicUs())) {
+        Q_EMIT arrivalChanged(*text);
+    }
 }
 
 bool DeviceConnection::waitedLong(std::int64_t sinceUs) const

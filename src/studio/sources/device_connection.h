@@ -4,6 +4,7 @@
 #include "media/capture/capture_permission.h"
 #include "media/capture/devices.h"
 #include "studio/sources/audio_input.h"
+#include "studio/sources/camera_arrival.h"
 #include "studio/sources/sources.h"
 
 #include <QObject>
@@ -54,6 +55,8 @@ public:
 Q_SIGNALS:
     /// The cameras and audio inputs in the order of the choice.
     void devicesFound(const DeviceLists &devices);
+    /// What was asked of the camera, agreed upon and comes in; empty: it is no device.
+    void arrivalChanged(const nimbara::Message &text);
     /// The operator has answered a request for permission: whoever knows what is chosen by now
     /// calls `connectSources` again.
     void permissionAnswered();
@@ -87,6 +90,7 @@ private:
     Sources &m_sources;
     AudioInput &m_audio;
     Report m_status;
+    CameraArrival m_arrival;
     DeviceDiscovery m_discovery;
     std::optional<std::int64_t> m_listAsked; ///< µs; a list is to come, and silence is not told yet
     DeviceLists m_devices; ///< as listed

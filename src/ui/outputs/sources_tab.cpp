@@ -23,6 +23,7 @@ SourcesTab::SourcesTab(QWidget *parent)
     : QWidget(parent)
     , m_cameras(named(new QComboBox, "cameras", nimbara_i18n::tr("Cámara / capturadora")))
     , m_modes(named(new QComboBox, "cameraModes", nimbara_i18n::tr("Modo de la cámara")))
+    , m_arrival(named(new QLabel, "cameraArrival"))
     , m_microphones(
           named(new QComboBox, "microphones", nimbara_i18n::tr("Audio de consola / capturadora")))
     , m_screens(named(new QComboBox, "screens", nimbara_i18n::tr("Pantallas de sala")))
@@ -46,16 +47,19 @@ void SourcesTab::layOut()
     grid->addWidget(m_refresh, 0, 2);
     grid->addWidget(new QLabel(nimbara_i18n::tr("Modo de la cámara")), 1, 0);
     grid->addWidget(m_modes, 1, 1);
-    grid->addWidget(new QLabel(nimbara_i18n::tr("Audio de consola / capturadora")), 2, 0);
-    grid->addWidget(m_microphones, 2, 1);
-    grid->addWidget(m_connect, 2, 2);
-    grid->addWidget(m_loadImage, 3, 0);
-    grid->addWidget(m_loadVideo, 3, 1);
-    grid->addWidget(m_networkSource, 3, 2);
-    grid->addWidget(m_screens, 5, 0, 1, 2);
-    grid->addWidget(m_hallScreen, 5, 2);
+    grid->addWidget(m_arrival, 2, 0, 1, 3);
+    m_arrival->setWordWrap(true);
+    m_arrival->hide();
+    grid->addWidget(new QLabel(nimbara_i18n::tr("Audio de consola / capturadora")), 3, 0);
+    grid->addWidget(m_microphones, 3, 1);
+    grid->addWidget(m_connect, 3, 2);
+    grid->addWidget(m_loadImage, 4, 0);
+    grid->addWidget(m_loadVideo, 4, 1);
+    grid->addWidget(m_networkSource, 4, 2);
+    grid->addWidget(m_screens, 6, 0, 1, 2);
+    grid->addWidget(m_hallScreen, 6, 2);
     grid->setColumnStretch(1, 1);
-    grid->setRowStretch(6, 1);
+    grid->setRowStretch(7, 1);
 }
 
 void SourcesTab::connectButtons()
@@ -138,6 +142,12 @@ void SourcesTab::relist(QComboBox *list,
     }
     listed.devices = devices;
     refill(list, names, listed.chosen ? current : std::max(current, 0));
+}
+
+void SourcesTab::showArrival(const Message &text)
+{
+    m_arrival->setText(nimbara_i18n::tr(text));
+    m_arrival->setVisible(!text.isEmpty());
 }
 
 void SourcesTab::showScreens(const QStringList &names)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "media/capture/devices.h"
 
 #include <QComboBox>
@@ -10,6 +11,7 @@
 #include <optional>
 
 class QGridLayout;
+class QLabel;
 
 namespace nimbara {
 
@@ -23,6 +25,8 @@ public:
     /// as the same device; none is chosen while that device is not there, so that nothing else
     /// takes its place on air.
     void showDevices(const DeviceLists &devices);
+    /// What comes in from the camera; empty for what is no camera.
+    void showArrival(const Message &text);
     /// Fills the list of screens; the chosen one stays chosen while it is there.
     void showScreens(const QStringList &names);
     void chooseScreen(int entry) { m_screens->setCurrentIndex(entry); }
@@ -63,6 +67,7 @@ private:
 
     QComboBox *m_cameras;
     QComboBox *m_modes;
+    QLabel *m_arrival;
     QComboBox *m_microphones;
     QComboBox *m_screens;
     QPushButton *m_refresh;

@@ -300,6 +300,7 @@ void StudioWindow::connectDevices()
 {
     const DeviceConnection *devices = &m_studio.devices();
     connect(devices, &DeviceConnection::devicesFound, m_sourcesTab, &SourcesTab::showDevices);
+    connect(devices, &DeviceConnection::arrivalChanged, m_sourcesTab, &SourcesTab::showArrival);
     connect(devices, &DeviceConnection::permissionAnswered, this, &StudioWindow::connectSources);
     connect(m_sourcesTab, &SourcesTab::refreshPressed, this, [this] {
         m_studio.devices().refreshDevices();

@@ -20,8 +20,8 @@ CameraOpening::CameraOpening(const Clock &clock,
     if (m_modes.empty()) {
         m_modes.emplace_back();
     }
-    if (m_before.expired()) {
-        m_camera = m_open(m_modes[m_next++]);
+    if (m_before.expired() && openNext() == State::Failed) {
+        throw Error(m_reason);
     }
 }
 
@@ -36,7 +36,14 @@ CameraOpening::State CameraOpening::poll()
         return follow();
     }
     const bool isFree = m_before.expired() || m_clock.monotonicUs() - m_begunUs > patienceUs;
-    return isFree ? openNext() : State::Underway;
+    if (!isFree) {
+        return State::Underway;
+    }
+    const State state = openNext();
+    if (m_camera) {
+        logLine(QStringLiteral("Cámara creada: ") + m_camera->label());
+    }
+    return state;
 }
 
 CameraOpening::State CameraOpening::follow()
@@ -75,7 +82,6 @@ CameraOpening::State CameraOpening::openNext()
         try {
             m_camera = m_open(m_modes[m_next++]);
             m_begunUs = m_clock.monotonicUs();
-            logLine(QStringLiteral("Cámara creada: ") + m_camera->label());
             return State::Underway;
         } catch (const Error &error) {
             m_starved = false;

@@ -30,7 +30,7 @@ public:
     };
 
     /// `modes`: the best first; empty: what the camera likes. `before`: what holds the device as
-    /// yet, or none. Throws `Error` when it cannot be built in the first mode at once.
+    /// yet, or none. Throws `Error` when the device is free and cannot be built in any mode.
     CameraOpening(const Clock &clock,
         CameraOpener open,
         const std::vector<DeviceMode> &modes,

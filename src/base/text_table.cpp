@@ -587,7 +587,8 @@ const std::vector<TextPair> &textPairs()
 {
     static const std::vector<TextPair> all = [] {
         std::vector<TextPair> joined(std::begin(pairs), std::end(pairs));
-        for (const std::span<const TextPair> more : { serviceTextPairs(), sermonTextPairs(), cameraTextPairs() }) {
+        for (const std::span<const TextPair> more :
+            { serviceTextPairs(), sermonTextPairs(), cameraTextPairs() }) {
             joined.insert(joined.end(), more.begin(), more.end());
         }
         return joined;

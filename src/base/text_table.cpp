@@ -588,7 +588,7 @@ const std::vector<TextPair> &textPairs()
     static const std::vector<TextPair> all = [] {
         std::vector<TextPair> joined(std::begin(pairs), std::end(pairs));
         for (const std::span<const TextPair> more :
-            { serviceTextPairs(), sermonTextPairs(), cameraTextPairs() }) {
+            { serviceTextPairs(), sermonTextPairs(), cameraTextPairs(), verseTextPairs() }) {
             joined.insert(joined.end(), more.begin(), more.end());
         }
         return joined;

@@ -18,5 +18,6 @@ const std::vector<TextPair> &textPairs();
 std::span<const TextPair> serviceTextPairs();
 std::span<const TextPair> sermonTextPairs();
 std::span<const TextPair> cameraTextPairs();
+std::span<const TextPair> verseTextPairs();
 
 } // namespace nimbara_i18n

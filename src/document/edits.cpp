@@ -154,6 +154,7 @@ struct Application {
                 layer.text = edit.text;
                 layer.reference = edit.reference;
                 layer.name = edit.name.value_or(layer.name);
+                layer.page = edit.page;
             }
         });
     }
@@ -211,6 +212,19 @@ struct Subject {
 SceneSets applied(const SceneSets &scenes, const Edit &edit)
 {
     return std::visit(Application { scenes }, edit);
+}
+
+ScenePtr amended(const ScenePtr &scene, const std::vector<SetVerse> &verses)
+{
+    if (!scene) {
+        return scene;
+    }
+    SceneSets alone;
+    alone.of(SceneSet::Streams) = { scene };
+    for (const SetVerse &verse : verses) {
+        alone = applied(alone, verse);
+    }
+    return alone.of(SceneSet::Streams).front();
 }
 
 const char *stepName(const Edit &edit)

@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <variant>
+#include <vector>
 
 /// Everything that changes the scenes, as values. Applying one makes new scenes and leaves the old
 /// ones as they are; what an edit names and is gone is an ordinary case that changes nothing.
@@ -58,12 +59,13 @@ struct SetImage {
     LayerId layer;
     QString path;
 };
-/// A verse that was looked up. Changes verse layers alone.
+/// A verse that was looked up, or another page of it. Changes verse layers alone.
 struct SetVerse {
     LayerId layer;
     QString text;
     QString reference;
     std::optional<QString> name;
+    std::int32_t page = 0;
 };
 
 /// Files that were found elsewhere, old absolute path → new one: every layer that names one
@@ -86,6 +88,10 @@ using Edit = std::variant<AddScene,
 
 /// The scenes after the edit; the very same ones when it changes nothing. Throws `Error` as above.
 SceneSets applied(const SceneSets &scenes, const Edit &edit);
+
+/// A scene that stands alone, such as one on air, with those of its verse layers changed; the very
+/// same one when nothing changes. None stays none.
+ScenePtr amended(const ScenePtr &scene, const std::vector<SetVerse> &verses);
 
 /// The edit's name in the steps of undo: a key of the text table.
 const char *stepName(const Edit &edit);

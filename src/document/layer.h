@@ -63,6 +63,7 @@ bool hasSource(LayerKind kind);
 struct Layer {
     static constexpr std::int32_t minSize = 8;
     static constexpr std::int32_t maxSize = 400;
+    static constexpr std::int32_t minSmallest = 20;
 
     LayerId id = LayerId::make(); ///< a copy keeps it; a second layer like this one needs another
     SourceId source = SourceId::make(); ///< what it plays; layers that share it play the same
@@ -88,6 +89,9 @@ struct Layer {
     bool sound = true; ///< video: its sound is heard on the stream program
     bool cover = false; ///< fill the box and crop, instead of fitting the picture whole
     QColor fill = QColor(12, 48, 88); ///< colour layers
+    bool paged = true; ///< verse: what is too long for the box is made smaller, then split
+    std::int32_t smallest = 60; ///< verse: its smallest letters, in percent of `size`, 20..100
+    std::int32_t page = 0; ///< verse: the page shown, from 0; beyond the last one means the last
 
     bool operator==(const Layer &) const = default;
 };

@@ -22,7 +22,7 @@ struct FieldRow {
 
 const FieldRow &rowOf(LayerField field)
 {
-    static const std::array<FieldRow, 15> rows { {
+    static const std::array<FieldRow, 18> rows { {
         { LayerField::Name, "Cambiar nombre", &Layer::name },
         { LayerField::Visible, "Mostrar u ocultar", &Layer::visible },
         { LayerField::Opacity, "Opacidad", &Layer::opacity },
@@ -38,6 +38,9 @@ const FieldRow &rowOf(LayerField field)
         { LayerField::Sound, "Sonido del video", &Layer::sound },
         { LayerField::Cover, "Rellenar el recuadro", &Layer::cover },
         { LayerField::Fill, "Color", &Layer::fill },
+        { LayerField::Paged, "Dividir en páginas", &Layer::paged },
+        { LayerField::Smallest, "Tamaño mínimo", &Layer::smallest },
+        { LayerField::Page, "Página", &Layer::page },
     } };
     return rows.at(static_cast<std::size_t>(field));
 }

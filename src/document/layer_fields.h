@@ -28,6 +28,9 @@ enum class LayerField : std::int32_t {
     Sound,
     Cover,
     Fill,
+    Paged,
+    Smallest,
+    Page,
 };
 
 /// What such a field holds.

@@ -19,6 +19,8 @@ using nimbara_i18n::tr;
 
 namespace {
 
+/// No chapter has that many pages, whatever its box.
+constexpr std::int32_t maxPage = 9999;
 /// Objects and arrays of one file: the items, each scene's list, and room for what is unknown.
 constexpr std::size_t maxProjectContainers = 3 * maxProjectItems;
 
@@ -117,6 +119,9 @@ Layer layerFrom(const QJsonValue &value, const QString &folder)
     layer.sound = members.flag("sound", layer.sound);
     layer.cover = members.flag("cover", layer.cover);
     layer.fill = members.color("fill", layer.fill);
+    layer.paged = members.flag("paged", layer.paged);
+    layer.smallest = members.integer("smallest", layer.smallest, Layer::minSmallest, 100);
+    layer.page = members.integer("page", layer.page, 0, maxPage);
     return layer;
 }
 

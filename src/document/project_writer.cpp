@@ -24,6 +24,21 @@ void addTextStyle(QJsonObject &object, const Layer &layer)
     object[QLatin1String("shadow")] = layer.shadow;
 }
 
+/// Adds what is not as it is in a new layer.
+void addPaging(QJsonObject &object, const Layer &layer)
+{
+    static const Layer plain;
+    if (layer.paged != plain.paged) {
+        object[QLatin1String("paged")] = layer.paged;
+    }
+    if (layer.smallest != plain.smallest) {
+        object[QLatin1String("smallest")] = layer.smallest;
+    }
+    if (layer.page != plain.page) {
+        object[QLatin1String("page")] = layer.page;
+    }
+}
+
 /// Adds the relative form of a local file, where there is one.
 void addRelative(QJsonObject &object, const char *key, const QString &relative)
 {
@@ -47,6 +62,9 @@ QJsonObject layerObject(const Layer &layer, const QString &folder)
     };
     if (isText(layer.kind)) {
         addTextStyle(object, layer);
+        if (layer.kind == LayerKind::Verse) {
+            addPaging(object, layer);
+        }
     } else if (layer.kind == LayerKind::Image) {
         object[QLatin1String("path")] = layer.path;
         if (!folder.isEmpty()) {

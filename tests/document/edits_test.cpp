@@ -151,6 +151,8 @@ private Q_SLOTS:
         QVERIFY(applied(sets, SetField { id, LayerField::Size, u"72"_s }) == sets);
         QVERIFY(applied(sets, SetField { id, LayerField::Visible, true }) == sets); // as it was
         QVERIFY(applied(sets, SetVerse { id, u"v"_s, u"r"_s, {} }) == sets); // no verse layer
+        QCOMPARE(with(LayerField::Smallest, std::int32_t { 70 }).smallest, 70);
+        QCOMPARE(with(LayerField::Page, std::int32_t { 2 }).page, 2);
     }
 
     void changedImageKeepsTheBox()

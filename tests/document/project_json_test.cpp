@@ -155,6 +155,14 @@ private Q_SLOTS:
             QCOMPARE(layer.keys(), keys);
             QCOMPARE(kindFromWord(layer["kind"_L1].toString()), static_cast<LayerKind>(kind));
         }
+        Layer verse = newLayer(LayerKind::Verse);
+        verse.paged = false;
+        verse.smallest = 75;
+        verse.page = 2;
+        Project paged = newProject();
+        paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse }) };
+        const Project read = fromJson(toJson(paged));
+        QVERIFY(contents(read.hall()) == contents(paged.hall()));
     }
 
     void missingMembersTakeTheirDefaults()
@@ -185,6 +193,10 @@ private Q_SLOTS:
             { R"({"bold":0,"color":7,"align":"left","font":{},"cover":1,"size":"9"})", nothing },
             { R"({"future":[1,{"a":2}]})", nothing },
             { R"({"size":2})", smallest },
+            { R"({"paged":false,"smallest":4,"page":-1})",
+                [](auto &layer) { layer.paged = false, layer.smallest = 20; } },
+            { R"({"paged":3,"smallest":170,"page":7})",
+                [](auto &layer) { layer.smallest = 100, layer.page = 7; } },
             { R"({"size":1000})", [](auto &layer) { layer.size = 400; } },
             { R"({"size":-1e300,"opacity":1e300})", smallest },
             { R"({"opacity":1.5})", nothing },

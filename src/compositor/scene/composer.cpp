@@ -13,7 +13,7 @@ Composer::Composer(std::shared_ptr<PaintCache> cache)
 
 QImage Composer::compose(const Composition &composition)
 {
-    Drawing drawing = describe(composition, m_cache->captionFit());
+    Drawing drawing = describe(composition, *m_cache);
     if (m_last && m_last->drawing == drawing) {
         return m_last->picture;
     }
@@ -37,7 +37,7 @@ QImage
 renderScene(const Scene &scene, const LayerPictures &pictures, FrameSize size, PaintCache &cache)
 {
     QImage canvas(size.width, size.height, QImage::Format_RGBX8888);
-    paint(canvas, describe(scene, pictures, size), cache);
+    paint(canvas, describe(scene, pictures, size, cache.versePager()), cache);
     return canvas;
 }
 

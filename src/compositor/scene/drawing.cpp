@@ -11,8 +11,14 @@ QRectF boxOf(const Layer &layer, FrameSize size)
     return pixelBox(QRectF(layer.x, layer.y, layer.w, layer.h), size);
 }
 
-Layer drawnFields(Layer layer)
+Layer drawnFields(Layer layer, FrameSize size, VersePager &pager)
 {
+    if (layer.kind == LayerKind::Verse && layer.paged) {
+        layer = pageShown(layer, pager.pages(layer, size));
+    }
+    layer.paged = false;
+    layer.page = 0;
+    layer.smallest = 0;
     layer.id = {};
     layer.source = {};
     layer.name.clear();
@@ -78,23 +84,29 @@ std::size_t lowestSeen(const Drawing &drawing, bool &covered)
 
 } // namespace
 
-Drawing describe(const Scene &scene, const LayerPictures &pictures, FrameSize size)
+Drawing
+describe(const Scene &scene, const LayerPictures &pictures, FrameSize size, VersePager &pager)
 {
     Drawing drawing { size, {}, std::nullopt };
     for (std::size_t index = 0; index < scene.layers.size(); ++index) {
         const Layer &layer = scene.layers[index];
         if (layer.visible && layer.opacity > 0) {
-            drawing.layers.push_back({ drawnFields(layer), pictureAt(pictures, index) });
+            drawing.layers.push_back(
+                { drawnFields(layer, size, pager), pictureAt(pictures, index) });
         }
     }
     return drawing;
 }
 
-Drawing describe(const Composition &composition, CaptionFit &fit)
+Drawing describe(const Composition &composition, PaintCache &cache)
 {
+    CaptionFit &fit = cache.captionFit();
     Drawing drawing { composition.size, {}, std::nullopt };
     if (composition.scene) {
-        drawing = describe(*composition.scene, composition.pictures, composition.size);
+        drawing = describe(*composition.scene,
+            composition.pictures,
+            composition.size,
+            cache.versePager());
     }
     for (DrawnLayer &drawn : drawing.layers) {
         if (drawn.layer.kind == LayerKind::Subtitle) {

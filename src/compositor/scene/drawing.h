@@ -29,11 +29,13 @@ struct Composed {
     std::vector<SpritePtr> sprites;
 };
 
-/// The visible layers of the scene with their pictures of this moment.
-Drawing describe(const Scene &scene, const LayerPictures &pictures, FrameSize size);
+/// The visible layers of the scene with their pictures of this moment, verses by their page.
+Drawing
+describe(const Scene &scene, const LayerPictures &pictures, FrameSize size, VersePager &pager);
 
-/// The whole composition, each place for captions filled with what it has room for.
-Drawing describe(const Composition &composition, CaptionFit &fit);
+/// The whole composition, each place for captions filled with what it has room for. `cache`
+/// remembers what fits where.
+Drawing describe(const Composition &composition, PaintCache &cache);
 
 /// Draws onto a canvas (`CanvasPool`) of the drawing's size and returns the sprites used. The
 /// canvas must not be shared.

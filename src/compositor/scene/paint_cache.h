@@ -3,6 +3,7 @@
 #include "compositor/scene/canvas_pool.h"
 #include "compositor/scene/caption_fit.h"
 #include "compositor/scene/paint_picture.h"
+#include "compositor/scene/verse_pager.h"
 #include "compositor/text/glyph_ink.h"
 #include "compositor/text/text_block.h"
 
@@ -39,6 +40,9 @@ public:
 
     /// What the places for captions have room for.
     [[nodiscard]] CaptionFit &captionFit() { return m_captionFit; }
+
+    /// How verse layers are split.
+    [[nodiscard]] VersePager &versePager() { return m_versePager; }
 
     /// The compositions that composers hold now; those that nobody holds any more are gone.
     [[nodiscard]] std::vector<std::shared_ptr<const Composed>> compositions();
@@ -78,6 +82,7 @@ private:
     GlyphInk m_ink;
     CanvasPool m_canvases;
     CaptionFit m_captionFit;
+    VersePager m_versePager;
     std::vector<TextEntry> m_texts;
     std::vector<PictureEntry> m_pictures;
     std::vector<HalvedEntry> m_halved;

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <utility>
 
 namespace nimbara {
 
@@ -43,6 +44,10 @@ public:
 
     /// OFF AIR of the hall: a cut to black.
     void offAirHall();
+
+    /// Shows a scene in place of the one on air, without a fade; a running one goes on.
+    void amendStreams(ScenePtr scene) { m_streams = std::move(scene); }
+    void amendHall(ScenePtr scene) { m_hall = std::move(scene); }
 
     /// The stream program black at once, no title and no fade: the stream profile changed.
     void clearStreams();

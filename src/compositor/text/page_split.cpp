@@ -1,0 +1,278 @@
+#include "compositor/text/page_split.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <tuple>
+#include <utility>
+
+namespace nimbara {
+
+namespace {
+
+constexpr double balance = 0.75;
+
+bool isOneOf(QChar sign, QStringView signs)
+{
+    return signs.contains(sign);
+}
+
+/// What the text pauses with behind the word.
+PageEnd pauseAfter(QStringView word)
+{
+    while (!word.isEmpty() && isOneOf(word.back(), u")]}\"'»”’›")) {
+        word.chop(1);
+    }
+    if (word.isEmpty()) {
+        return PageEnd::Blank;
+    }
+    if (isOneOf(word.back(), u".?!…")) {
+        return PageEnd::Sentence;
+    }
+    return isOneOf(word.back(), u",;:—–") ? PageEnd::Comma : PageEnd::Blank;
+}
+
+/// Splits the words within a band of lengths, each way of cutting at its price.
+class Splitter {
+public:
+    Splitter(const std::vector<PageWord> &words, const PageReach &reach)
+        : m_words(words)
+        , m_reach(reach)
+        , m_ends(words.size(), 0)
+    {
+    }
+
+    struct Split {
+        std::int64_t cuts = 0; ///< their price
+        std::vector<PageRange> pages;
+        double unevenness = 0;
+
+        [[nodiscard]] bool betterThan(const Split &other) const
+        {
+            if (cuts != other.cuts) {
+                return cuts < other.cuts;
+            }
+            return pages.size() != other.pages.size() ? pages.size() < other.pages.size()
+                                                      : unevenness < other.unevenness;
+        }
+    };
+
+    /// The fewest pages that there can be.
+    std::size_t fewest()
+    {
+        std::size_t pages = 0;
+        for (std::size_t first = 0; first < m_words.size(); ++pages) {
+            std::size_t end = endOf(first);
+            while (
+                end < m_words.size() && end > first + 1 && m_words[end].before == PageEnd::Never) {
+                --end;
+            }
+            first = end;
+        }
+        return pages;
+    }
+
+    /// The best split at `worst` or better with pages from `least` to `most` characters.
+    std::optional<Split> within(PageEnd worst, double least, double most)
+    {
+        const std::vector<std::size_t> cuts = cutsAt(worst);
+        std::vector<Step> steps(cuts.size());
+        steps[0].cost = 0;
+        for (std::size_t to = 1; to < cuts.size(); ++to) {
+            for (std::size_t from = to; from-- > 0;) {
+                const double page = length(cuts[from], cuts[to]);
+                if (page > most) {
+                    break;
+                }
+                if (page >= least && steps[from].cost >= 0 && cuts[to] <= endOf(cuts[from])) {
+                    const double off = page - (least + most) / 2;
+                    steps[to].offer(steps[from], from, price(cuts[to]), off * off);
+                }
+            }
+        }
+        return steps.back().cost < 0 ? std::nullopt : std::optional(read(steps, cuts));
+    }
+
+    [[nodiscard]] double length(std::size_t first, std::size_t end) const
+    {
+        return static_cast<double>(m_words[end - 1].end - m_words[first].begin);
+    }
+
+private:
+    /// The best way to a cut.
+    struct Step {
+        std::int64_t cost = -1; ///< none yet
+        std::size_t pages = 0;
+        double unevenness = 0;
+        std::size_t from = 0;
+
+        void offer(const Step &before, std::size_t place, std::int64_t price, double off)
+        {
+            const Step other { before.cost + price,
+                before.pages + 1,
+                before.unevenness + off,
+                place };
+            const auto key = [](const Step &step) {
+                return std::tuple(step.cost, step.pages, step.unevenness);
+            };
+            if (cost < 0 || key(other) < key(*this)) {
+                *this = other;
+            }
+        }
+    };
+
+    std::size_t endOf(std::size_t first)
+    {
+        if (m_ends[first] == 0) {
+            m_ends[first] = std::clamp(m_reach(first), first + 1, m_words.size());
+        }
+        return m_ends[first];
+    }
+
+    [[nodiscard]] std::vector<std::size_t> cutsAt(PageEnd worst) const
+    {
+        std::vector<std::size_t> cuts { 0 };
+        for (std::size_t word = 1; word < m_words.size(); ++word) {
+            if (m_words[word].before <= worst) {
+                cuts.push_back(word);
+            }
+        }
+        cuts.push_back(m_words.size());
+        return cuts;
+    }
+
+    /// One cut at a worse place costs more than a few at better ones.
+    [[nodiscard]] std::int64_t price(std::size_t cut) const
+    {
+        static constexpr std::array<std::int64_t, 5> prices { 0, 1, 4, 16, 10'000 };
+        return cut == m_words.size() ? 0 : prices.at(static_cast<std::size_t>(m_words[cut].before));
+    }
+
+    [[nodiscard]] static Split read(const std::vector<Step> &steps,
+        const std::vector<std::size_t> &cuts)
+    {
+        Split split { steps.back().cost, {}, steps.back().unevenness };
+        for (std::size_t to = steps.size() - 1; to > 0; to = steps[to].from) {
+            split.pages.push_back({ cuts[steps[to].from], cuts[to] });
+        }
+        std::reverse(split.pages.begin(), split.pages.end());
+        return split;
+    }
+
+    const std::vector<PageWord> &m_words;
+    const PageReach &m_reach;
+    std::vector<std::size_t> m_ends;
+};
+
+/// The best split of that many pages, more or less, none of them shorter than its share of the
+/// longest.
+std::optional<Splitter::Split>
+bestOf(Splitter &splitter, PageEnd worst, double total, std::size_t pages, double share)
+{
+    std::optional<Splitter::Split> best;
+    const double mean = total / static_cast<double>(pages);
+    // From pages of one length to the widest band whose middle is still the mean.
+    for (double above = 1.04; above <= 1 / share + 0.001 && above < 2; above += 0.04) {
+        auto split = splitter.within(worst, share * mean * above, mean * above);
+        if (split && (!best || split->betterThan(*best))) {
+            best = std::move(split);
+        }
+    }
+    return best;
+}
+
+std::optional<std::vector<PageRange>>
+balanced(Splitter &splitter, PageEnd worst, double total, std::size_t fewest)
+{
+    const std::size_t most = fewest + fewest / 2 + 2;
+    std::optional<Splitter::Split> best;
+    for (std::size_t pages = fewest; pages <= most; ++pages) {
+        auto split = bestOf(splitter, worst, total, pages, balance);
+        if (split && (!best || split->betterThan(*best))) {
+            best = std::move(split);
+        }
+        if (best && best->cuts == 0) {
+            break;
+        }
+    }
+    return best ? std::optional(std::move(best->pages)) : std::nullopt;
+}
+
+/// Whatever is left of the balance.
+std::vector<PageRange> nearlyBalanced(Splitter &splitter, double total, std::size_t fewest)
+{
+    for (double share = 0.7; share > 0.05; share -= 0.05) {
+        for (std::size_t pages = fewest; pages <= fewest + 2; ++pages) {
+            if (auto split = bestOf(splitter, PageEnd::Blank, total, pages, share)) {
+                return std::move(split->pages);
+            }
+        }
+    }
+    auto split = splitter.within(PageEnd::Blank, 0, std::numeric_limits<double>::max());
+    if (!split) { // not even a number fits beside its word
+        split = splitter.within(PageEnd::Never, 0, std::numeric_limits<double>::max());
+    }
+    return std::move(split->pages);
+}
+
+} // namespace
+
+std::vector<PageWord> pageWords(const QString &text, const std::vector<qsizetype> &numbers)
+{
+    std::vector<PageWord> words;
+    auto number = numbers.begin();
+    bool behindNumber = false;
+    for (qsizetype at = 0; at < text.size();) {
+        PageWord word;
+        for (; at < text.size() && text.at(at).isSpace(); ++at) {
+            word.lines += text.at(at) == QLatin1Char('\n') ? 1 : 0;
+        }
+        word.begin = at;
+        while (at < text.size() && !text.at(at).isSpace()) {
+            ++at;
+        }
+        word.end = at;
+        if (word.begin == word.end) {
+            break;
+        }
+        const bool isNumber = number != numbers.end() && *number == word.begin;
+        if (isNumber) {
+            ++number;
+            word.before = PageEnd::Verse;
+        } else if (behindNumber) {
+            word.before = PageEnd::Never;
+        } else if (word.lines > 0) {
+            word.before = PageEnd::Sentence;
+        } else if (!words.empty()) {
+            const PageWord &last = words.back();
+            word.before = pauseAfter(QStringView(text).mid(last.begin, last.end - last.begin));
+        }
+        behindNumber = isNumber;
+        words.push_back(word);
+    }
+    return words;
+}
+
+std::vector<PageRange> splitPages(const std::vector<PageWord> &words, const PageReach &reach)
+{
+    if (words.empty()) {
+        return {};
+    }
+    Splitter splitter(words, reach);
+    const std::size_t fewest = splitter.fewest();
+    if (fewest <= 1) {
+        return { { 0, words.size() } };
+    }
+    const double total = splitter.length(0, words.size());
+    for (const PageEnd worst :
+        { PageEnd::Verse, PageEnd::Sentence, PageEnd::Comma, PageEnd::Blank }) {
+        if (auto pages = balanced(splitter, worst, total, fewest)) {
+            return std::move(*pages);
+        }
+    }
+    return nearlyBalanced(splitter, total, fewest);
+}
+
+} // namespace nimbara

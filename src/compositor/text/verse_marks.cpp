@@ -1,0 +1,152 @@
+#include "compositor/text/verse_marks.h"
+
+#include <QRegularExpression>
+#include <QStringList>
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+struct Place {
+    std::int32_t chapter = 0;
+    std::int32_t verse = 0;
+
+    bool operator==(const Place &) const = default;
+};
+
+/// A label taken apart: the book's name and the first place of each of its spans.
+struct Label {
+    QString book;
+    std::vector<Place> starts;
+};
+
+Label taken(const QString &label)
+{
+    static const QRegularExpression form(QStringLiteral("^(.+?) (\\d[\\d:,;\\- ]*)$"));
+    static const QRegularExpression comma(QStringLiteral("[,;]"));
+    const auto match = form.match(label);
+    Label parts { match.captured(1), {} };
+    std::int32_t chapter = 0;
+    const bool hasVerses = match.captured(2).contains(QLatin1Char(':'));
+    for (const QString &span : match.captured(2).split(comma, Qt::SkipEmptyParts)) {
+        const QString first = span.section(QLatin1Char('-'), 0, 0).trimmed();
+        const QString last = span.section(QLatin1Char('-'), -1).trimmed();
+        if (first.contains(QLatin1Char(':')) || !hasVerses) {
+            chapter = first.section(QLatin1Char(':'), 0, 0).toInt();
+        }
+        parts.starts.push_back(
+            { chapter, hasVerses ? first.section(QLatin1Char(':'), -1).toInt() : 1 });
+        if (last.contains(QLatin1Char(':'))) {
+            chapter = last.section(QLatin1Char(':'), 0, 0).toInt();
+        }
+    }
+    return parts;
+}
+
+/// "4:1", "16", "[16]"; a number alone has the chapter 0.
+Place numberIn(const QRegularExpressionMatch &match)
+{
+    return match.capturedLength(2) > 0
+        ? Place { match.captured(1).toInt(), match.captured(2).toInt() }
+        : Place { 0, match.captured(1).toInt() };
+}
+
+bool means(Place read, Place place)
+{
+    return read.verse == place.verse && (read.chapter == 0 || read.chapter == place.chapter);
+}
+
+/// What the number stands for behind the place before; chapter 0 when it is none of a verse.
+Place following(Place before, Place read, const std::vector<Place> &starts, std::size_t &span)
+{
+    if (means(read, { before.chapter, before.verse + 1 })) {
+        return { before.chapter, before.verse + 1 };
+    }
+    if (read == Place { before.chapter + 1, 1 }) {
+        return read;
+    }
+    for (std::size_t next = span + 1; next < starts.size(); ++next) {
+        if (means(read, starts[next])) {
+            span = next;
+            return starts[next];
+        }
+    }
+    return {};
+}
+
+bool goesOn(const VerseMark &from, const VerseMark &to)
+{
+    return to.chapter == from.chapter ? to.verse == from.verse + 1
+                                      : to.chapter == from.chapter + 1 && to.verse == 1;
+}
+
+QString placeText(const VerseMark &mark)
+{
+    return QString::number(mark.chapter) + QLatin1Char(':') + QString::number(mark.verse);
+}
+
+/// "-18", "-4:2", or nothing for a single verse.
+QString rangeEnd(const VerseMark &from, const VerseMark &to)
+{
+    if (to.chapter != from.chapter) {
+        return QLatin1Char('-') + placeText(to);
+    }
+    return to.verse > from.verse ? QLatin1Char('-') + QString::number(to.verse) : QString();
+}
+
+} // namespace
+
+std::vector<VerseMark> verseMarks(const QString &text, const QString &label)
+{
+    static const QRegularExpression number(
+        QStringLiteral("(?<!\\S)\\[?(\\d{1,3})(?::(\\d{1,3}))?\\]?(?!\\S)"));
+    const Label parts = taken(label);
+    std::vector<VerseMark> marks;
+    std::size_t span = 0;
+    for (auto each = number.globalMatch(text); each.hasNext() && !parts.starts.empty();) {
+        const auto match = each.next();
+        Place place;
+        if (!marks.empty()) {
+            place = following({ marks.back().chapter, marks.back().verse },
+                numberIn(match),
+                parts.starts,
+                span);
+        } else if (QStringView(text).left(match.capturedStart()).trimmed().isEmpty()
+            && means(numberIn(match), parts.starts.front())) {
+            place = parts.starts.front();
+        } else {
+            break;
+        }
+        if (place.chapter > 0) {
+            marks.push_back(
+                { match.capturedStart(), match.capturedEnd(), place.chapter, place.verse });
+        }
+    }
+    return marks;
+}
+
+QString labelOf(const QString &label,
+    const std::vector<VerseMark> &marks,
+    std::size_t first,
+    std::size_t last)
+{
+    QString shown = taken(label).book + QLatin1Char(' ') + placeText(marks[first]);
+    std::size_t from = first;
+    for (std::size_t each = first; each <= last; ++each) {
+        if (each < last && goesOn(marks[each], marks[each + 1])) {
+            continue;
+        }
+        if (from != first) {
+            const bool sameChapter = marks[from].chapter == marks[from - 1].chapter;
+            shown += sameChapter ? QLatin1Char(',') + QString::number(marks[from].verse)
+                                 : QStringLiteral("; ") + placeText(marks[from]);
+        }
+        shown += rangeEnd(marks[from], marks[each]);
+        from = each + 1;
+    }
+    return shown;
+}
+
+} // namespace nimbara

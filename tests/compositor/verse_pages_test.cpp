@@ -1,0 +1,239 @@
+#include "bible/builtin.h"
+#include "bible/canon.h"
+#include "bible/passage.h"
+#include "compositor/scene/verse_pager.h"
+#include "compositor/text/page_split.h"
+#include "compositor/text/text_overflow.h"
+#include "compositor/text/verse_marks.h"
+#include "document/profile.h"
+#include "support/test_registry.h"
+
+#include <algorithm>
+
+using namespace nimbara;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Shown {
+    QString text;
+    QString label;
+};
+
+/// Every chapter of both Bibles, and every verse, as they are looked up.
+template <typename Visit> void forEachPassage(int everyVerse, Visit visit)
+{
+    for (const bible::Bible *bible : { &bible::spanish(), &bible::english() }) {
+        int count = 0;
+        for (int book = 0; book < 66; ++book) {
+            for (int chapter = 1; chapter <= bible::canonChapters(book); ++chapter) {
+                const bible::Ref whole { book, chapter, 0, 0 };
+                visit(Shown { bible::verseText(*bible, whole), label(whole, bible->lang) });
+                for (int verse = 1; verse <= bible::canonVerses(book, chapter); ++verse) {
+                    const bible::Ref ref { book, chapter, verse, verse };
+                    if (++count % everyVerse == 0) {
+                        visit(Shown { bible::verseText(*bible, ref), label(ref, bible->lang) });
+                    }
+                }
+            }
+        }
+    }
+}
+
+/// A page of equal letters: so many lines of so many of them.
+std::vector<PageRange> split(const std::vector<PageWord> &words, int columns)
+{
+    return splitPages(words, [&](std::size_t first) {
+        constexpr int lines = 5;
+        int line = 1;
+        qsizetype begin = words[first].begin;
+        std::size_t word = first;
+        for (; word < words.size(); ++word) {
+            if (words[word].end - begin > columns) {
+                begin = words[word].begin;
+                line += word > first ? 1 : 0;
+            }
+            if (line > lines) {
+                break;
+            }
+        }
+        return word;
+    });
+}
+
+std::vector<PageWord> wordsOf(const Shown &shown)
+{
+    std::vector<qsizetype> numbers;
+    for (const VerseMark &mark : verseMarks(shown.text, shown.label)) {
+        numbers.push_back(mark.at);
+    }
+    return pageWords(shown.text, numbers);
+}
+
+/// The shortest page as a share of the longest.
+double evenness(const std::vector<PageWord> &words, const std::vector<PageRange> &pages)
+{
+    double least = 1e9;
+    double most = 0;
+    for (const PageRange &page : pages) {
+        const auto length = static_cast<double>(words[page.end - 1].end - words[page.first].begin);
+        least = std::min(least, length);
+        most = std::max(most, length);
+    }
+    return least / most;
+}
+
+Layer layerOf(const Shown &shown, bool lowerThird)
+{
+    Layer layer = newLayer(LayerKind::Verse);
+    layer.text = shown.text;
+    layer.reference = shown.label + u" · Reina-Valera 1909"_s;
+    if (lowerThird) {
+        layer.y = 0.8;
+        layer.h = 0.15;
+    }
+    return layer;
+}
+
+} // namespace
+
+/// How verses are split into pages.
+class VersePagesTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { bible::prepare().waitForFinished(); }
+
+    void numbersAreTheNextVerseOrWords()
+    {
+        struct Row {
+            const char *label, *text, *marks;
+        };
+        const std::initializer_list<Row> rows {
+            { "Juan 3:16-18", "16 a 17 b 18 c", "3:16 3:17 3:18" },
+            { "1 Juan 3:16-17", "[16] a, 120 b [17] c", "3:16 3:17" },
+            { "Juan 3:16,18; 4:2", "16 a 18 b 4:2 c", "3:16 3:18 4:2" },
+            { "Juan 3:36-4:2", "36 a 4:1 b 2 c 5:1 d", "3:36 4:1 4:2 5:1" },
+            { "Song of Solomon 2", "1 a 3 b 2 3 c", "2:1 2:2 2:3" },
+            { "Salmos 23; 24", "1 a 2 b 24:1 c", "23:1 23:2 24:1" },
+            { "Juan 3:16", "Porque 16 a 17 b", "" },
+            { "", "1 a 2 b", "" },
+        };
+        for (const Row &row : rows) {
+            QStringList read;
+            for (const VerseMark &mark :
+                verseMarks(QLatin1String(row.text), QLatin1String(row.label))) {
+                read << u"%1:%2"_s.arg(mark.chapter).arg(mark.verse);
+            }
+            QCOMPARE(read.join(u' '), QLatin1String(row.marks));
+        }
+    }
+
+    void pagesAreNamedByTheirVerses()
+    {
+        const QString text = u"34 a 35 b 36 c 4:1 d 2 e 5 f"_s;
+        const QString label = u"Juan 3:34-4:2,5"_s;
+        const auto marks = verseMarks(text, label);
+        QCOMPARE(marks.size(), std::size_t { 6 });
+        for (const auto &[first, last, named] : { std::tuple { 0, 0, "Juan 3:34" },
+                 { 0, 1, "Juan 3:34-35" },
+                 { 2, 4, "Juan 3:36-4:2" },
+                 { 4, 5, "Juan 4:2,5" },
+                 { 0, 5, "Juan 3:34-4:2,5" } }) {
+            QCOMPARE(labelOf(label, marks, first, last), QLatin1String(named));
+        }
+    }
+
+    /// Every word of both Bibles is on one page, in its place, and no page is much shorter than
+    /// another where a blank could be moved.
+    void everyPassageIsWholeAndBalanced()
+    {
+        int uneven = 0;
+        int split = 0;
+        forEachPassage(1, [&](const Shown &shown) {
+            const std::vector<PageWord> words = wordsOf(shown);
+            for (const int columns : { 24, 60 }) {
+                const auto pages = ::split(words, columns);
+                std::size_t next = 0;
+                for (const PageRange &page : pages) {
+                    QCOMPARE(page.first, next);
+                    QVERIFY(page.end > page.first);
+                    next = page.end;
+                }
+                QCOMPARE(next, words.size());
+                split += pages.size() > 1 ? 1 : 0;
+                uneven += pages.size() > 1 && evenness(words, pages) < 0.75 ? 1 : 0;
+            }
+        });
+        QVERIFY(split > 10'000);
+        QCOMPARE(uneven, 0);
+    }
+
+    void endsAtTheBestPlace()
+    {
+        struct Row {
+            const char *label, *text, *pages;
+        };
+        const std::initializer_list<Row> rows {
+            { "Juan 3:1-4",
+                "1 aaaa aaaa aaaa aaaa. 2 bbbb, bbbb bbbb bbbb 3 cccc cccc cccc cccc 4 dddd dddd "
+                "dddd dddd",
+                "1 aaaa aaaa aaaa aaaa. 2 bbbb, bbbb bbbb bbbb|3 cccc cccc cccc cccc 4 dddd dddd "
+                "dddd "
+                "dddd" },
+            { "Juan 3:1",
+                "aaaa aaaa, aaaa aaaa aaaa aaaa. bbbb, bbbb bbbb bbbb bbbb bbbb bbbb",
+                "aaaa aaaa, aaaa aaaa aaaa aaaa.|bbbb, bbbb bbbb bbbb bbbb bbbb bbbb" },
+            { "Juan 3:1",
+                "a. aaaa aaaa aaaa aaaa aaaa aaaa, aaaa aaaa aaaa aaaa aaaa aaaa aaaa",
+                "a. aaaa aaaa aaaa aaaa aaaa aaaa,|aaaa aaaa aaaa aaaa aaaa aaaa aaaa" },
+            { "Juan 3:1",
+                "aaaa aaaa aaaa aaaa aaaa aaaa aaaa aaaa aaaa aaaa aaaa aaaa",
+                "aaaa aaaa aaaa aaaa aaaa aaaa|aaaa aaaa aaaa aaaa aaaa aaaa" },
+        };
+        for (const Row &row : rows) {
+            const Shown shown { QLatin1String(row.text), QLatin1String(row.label) };
+            const auto words = wordsOf(shown);
+            QStringList pages;
+            for (const PageRange &page : ::split(words, 10)) {
+                const qsizetype begin = words[page.first].begin;
+                pages << shown.text.mid(begin, words[page.end - 1].end - begin);
+            }
+            QCOMPARE(pages.join(u'|'), QLatin1String(row.pages));
+        }
+    }
+
+    /// With real letters, in the box of a new layer and in a lower third.
+    void noLineIsHidden()
+    {
+        forEachPassage(199, [](const Shown &shown) {
+            for (const bool lowerThird : { false, true }) {
+                const Layer layer = layerOf(shown, lowerThird);
+                const VersePages pages = pagesOf(layer, landscapeSize);
+                QVERIFY(pages.size >= layer.size * 60 / 100);
+                Layer page = layer;
+                for (const std::size_t each : { std::size_t { 0 }, pages.pages.size() - 1 }) {
+                    page.page = static_cast<std::int32_t>(each);
+                    const Layer drawn = pageShown(page, pages);
+                    QVERIFY2(hiddenLines(drawn, landscapeSize) == 0, qPrintable(drawn.reference));
+                }
+            }
+        });
+    }
+
+    void smallerComesBeforePages()
+    {
+        Layer layer
+            = layerOf({ u"Porque de tal manera amó Dios al mundo. "_s.repeated(8), {} }, false);
+        QCOMPARE(pagesOf(layer, landscapeSize).pages.size(), std::size_t { 1 });
+        QVERIFY(pagesOf(layer, landscapeSize).size < 48);
+        layer.smallest = 100;
+        QVERIFY(pagesOf(layer, landscapeSize).pages.size() > 1);
+        QCOMPARE(pagesOf(layer, landscapeSize).size, 48);
+        layer.paged = false;
+        QCOMPARE(pagesOf(layer, landscapeSize).pages.size(), std::size_t { 1 });
+        QVERIFY(hiddenLines(layer, landscapeSize) > 0);
+    }
+};
+
+NIMBARA_TEST(VersePagesTest)
+#include "verse_pages_test.moc"

@@ -1,0 +1,283 @@
+#include "bible/verse_index.h"
+
+#include "bible/known_verses.h"
+#include "bible/verse_order.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QSet>
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+
+namespace bible {
+
+namespace {
+
+/// Counts up when anything in the file means another thing.
+constexpr std::int64_t version = 1;
+/// Rows of the second Bible begin here.
+constexpr std::int64_t bibleStride = 100'000;
+
+const std::array<const Bible *, 2> &bibles()
+{
+    static const std::array<const Bible *, 2> both { &spanish(), &english() };
+    return both;
+}
+
+QString textOf(std::int64_t row)
+{
+    const Bible &bible = *bibles().at(static_cast<std::size_t>(row / bibleStride));
+    return verseText(bible, verseAt(static_cast<std::int32_t>(row % bibleStride)));
+}
+
+/// Of the Bibles that the index is made of.
+std::int64_t fingerprint()
+{
+    std::int64_t sum = version;
+    for (const Bible *bible : bibles()) {
+        for (std::int32_t number = 0; number < verseTotal(); number += 977) {
+            sum = (sum * 31 + verseText(*bible, verseAt(number)).size()) % 1'000'000'007;
+        }
+    }
+    return sum;
+}
+
+constexpr const char *knownQuery
+    = "SELECT rowid, 1 FROM known WHERE known MATCH ?1 ORDER BY rank LIMIT 80";
+constexpr const char *allQuery
+    = "SELECT rowid, 0 FROM verses WHERE verses MATCH ?1 ORDER BY rank LIMIT 80";
+
+SqliteDatabase opened(const QString &path)
+{
+    SqliteDatabase database(path, SqliteDatabase::Mode::Read);
+    SqliteStatement check = database.query("PRAGMA quick_check(1)");
+    if (!check.step() || check.text(0) != "ok") {
+        throw SqliteError("the index of verses is damaged");
+    }
+    SqliteStatement mark = database.query("SELECT fingerprint FROM made");
+    if (!mark.step() || mark.integer(0) != fingerprint()) {
+        throw SqliteError("the index of verses was made of others");
+    }
+    return database;
+}
+
+/// Double quotes make a word out of what may be an operator of the query language.
+QString quoted(const QString &word)
+{
+    return QLatin1Char('"') + word + QLatin1Char('"');
+}
+
+/// How the words stand in a verse.
+struct Fit {
+    double found = 0; ///< the share of them that is there
+    double run = 0; ///< the share of neighbours that are neighbours there, too, in that order
+    double order = 0; ///< 1: all are there in their order
+    double close = 0; ///< 1: with nothing between them
+};
+
+bool isWord(const QString &word, const QString &wanted, bool mayGoOn)
+{
+    return mayGoOn ? word.startsWith(wanted) : word == wanted;
+}
+
+/// A whole word is meant before one that goes on.
+double worthOf(const QString &word, const QString &wanted)
+{
+    return word == wanted ? 1 : 0.9;
+}
+
+Fit fitOf(const QStringList &verse, const QStringList &wanted, bool mayGoOn)
+{
+    const qsizetype count = wanted.size();
+    Fit fit;
+    double found = 0;
+    qsizetype neighbours = 0;
+    for (qsizetype place = 0; place < count; ++place) {
+        const bool open = mayGoOn && place + 1 == count;
+        double here = 0;
+        bool next = false;
+        for (qsizetype at = 0; at < verse.size(); ++at) {
+            const bool same = isWord(verse.at(at), wanted.at(place), open);
+            here = std::max(here, same ? worthOf(verse.at(at), wanted.at(place)) : 0.0);
+            next
+                = next || (same && place > 0 && at > 0 && verse.at(at - 1) == wanted.at(place - 1));
+        }
+        found += here;
+        neighbours += next ? 1 : 0;
+    }
+    fit.found = found / static_cast<double>(count);
+    fit.run = count > 1 ? static_cast<double>(neighbours) / static_cast<double>(count - 1) : 0;
+    // The shortest stretch with all words in their order.
+    qsizetype shortest = verse.size() + 1;
+    for (qsizetype begin = 0; begin < verse.size(); ++begin) {
+        qsizetype place = 0;
+        qsizetype at = begin;
+        for (; at < verse.size() && place < count; ++at) {
+            place += isWord(verse.at(at), wanted.at(place), mayGoOn && place + 1 == count) ? 1 : 0;
+        }
+        if (place == count) {
+            shortest = std::min(shortest, at - begin);
+        }
+    }
+    if (shortest <= verse.size()) {
+        fit.order = 1;
+        fit.close = static_cast<double>(count) / static_cast<double>(shortest);
+    }
+    return fit;
+}
+
+void fill(SqliteDatabase &database, const std::function<bool()> &stopped)
+{
+    SqliteStatement verse = database.query("INSERT INTO verses(rowid, text) VALUES(?1, ?2)");
+    for (std::size_t bible = 0; bible < bibles().size(); ++bible) {
+        for (std::int32_t number = 0; number < verseTotal(); ++number) {
+            const std::int64_t row = static_cast<std::int64_t>(bible) * bibleStride + number;
+            verse.bind(1, row).bind(2, searchWords(textOf(row)).join(QLatin1Char(' ')).toUtf8());
+            verse.step();
+            verse.reset();
+            if (number % 256 == 0 && stopped()) {
+                throw SqliteError("the index of verses is not wanted any more");
+            }
+        }
+    }
+    SqliteStatement known = database.query("INSERT INTO known(rowid, text) VALUES(?1, ?2)");
+    QSet<std::int64_t> rows;
+    for (const Ref &ref : knownVerses()) {
+        for (std::size_t bible = 0; bible < bibles().size(); ++bible) {
+            const std::int64_t row
+                = static_cast<std::int64_t>(bible) * bibleStride + verseNumber(ref);
+            if (verseNumber(ref) >= 0 && !rows.contains(row)) {
+                rows.insert(row);
+                known.bind(1, row).bind(2,
+                    searchWords(textOf(row)).join(QLatin1Char(' ')).toUtf8());
+                known.step();
+                known.reset();
+            }
+        }
+    }
+}
+
+} // namespace
+
+QStringList searchWords(const QString &text)
+{
+    QStringList words;
+    QString word;
+    for (const QChar sign : normalize(text)) {
+        if (sign.isLetterOrNumber()) {
+            word += sign;
+        } else if (!word.isEmpty()) {
+            words << word;
+            word.clear();
+        }
+    }
+    return word.isEmpty() ? words : words << word;
+}
+
+struct VerseIndex::Candidate {
+    std::int64_t row = 0;
+    bool isKnown = false;
+    double worth = 0;
+};
+
+VerseIndex::VerseIndex(const QString &path)
+    : m_database(opened(path))
+    , m_known(m_database.query(knownQuery))
+    , m_all(m_database.query(allQuery))
+{
+}
+
+void VerseIndex::make(const QString &path, const std::function<bool()> &stopped)
+{
+    // Another instance of the program may be at the same.
+    const QString beside = path + QStringLiteral(".%1").arg(QCoreApplication::applicationPid());
+    QFile::remove(beside);
+    try {
+        SqliteDatabase database(beside, SqliteDatabase::Mode::Make);
+        // A file that is not finished is thrown away: no journal is needed.
+        database.run("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; BEGIN;"
+                     "CREATE VIRTUAL TABLE verses USING fts5(text, content='', prefix='2 3');"
+                     "CREATE VIRTUAL TABLE known USING fts5(text, content='', prefix='2 3');"
+                     "CREATE TABLE made(fingerprint INTEGER)");
+        fill(database, stopped);
+        SqliteStatement mark = database.query("INSERT INTO made VALUES(?1)");
+        mark.bind(1, fingerprint());
+        mark.step();
+        mark.reset();
+        database.run("COMMIT");
+    } catch (const SqliteError &) {
+        QFile::remove(beside);
+        throw;
+    }
+    QFile::remove(path);
+    if (!QFile::rename(beside, path)) {
+        QFile::remove(beside);
+        throw SqliteError("the index of verses cannot be put in its place");
+    }
+}
+
+void VerseIndex::collect(std::vector<Candidate> &candidates,
+    SqliteStatement &statement,
+    const QString &match)
+{
+    statement.reset();
+    statement.bind(1, match.toUtf8());
+    while (statement.step()) {
+        const std::int64_t row = statement.integer(0);
+        const bool isNew = std::none_of(candidates.begin(),
+            candidates.end(),
+            [row](const Candidate &candidate) { return candidate.row == row; });
+        if (isNew) {
+            candidates.push_back({ row, statement.integer(1) == 1, 0 });
+        }
+    }
+    statement.reset();
+}
+
+QList<FoundVerse> VerseIndex::find(const QString &typed, qsizetype most)
+{
+    const QStringList wanted = searchWords(typed).mid(0, 24);
+    if (wanted.isEmpty()) {
+        return {};
+    }
+    const bool mayGoOn = typed.back().isLetterOrNumber() && wanted.back().size() > 1;
+    QStringList terms;
+    for (const QString &word : wanted) {
+        terms << quoted(word);
+    }
+    const QString rest = mayGoOn ? QStringLiteral(" *") : QString();
+    const QString together = terms.join(QStringLiteral(" AND ")) + rest;
+    std::vector<Candidate> candidates;
+    collect(candidates, m_known, together);
+    if (wanted.size() > 1) {
+        collect(candidates, m_all, terms.join(QStringLiteral(" + ")) + rest);
+    }
+    collect(candidates, m_all, together);
+    if (static_cast<qsizetype>(candidates.size()) < most && wanted.size() > 1) {
+        collect(candidates, m_known, terms.join(QStringLiteral(" OR ")) + rest);
+        collect(candidates, m_all, terms.join(QStringLiteral(" OR ")) + rest);
+    }
+    double early = 0; // of equals, the one that the index thinks the better of
+    for (Candidate &candidate : candidates) {
+        const Fit fit = fitOf(searchWords(textOf(candidate.row)), wanted, mayGoOn);
+        candidate.worth = 10 * fit.found + 3 * fit.run + fit.order + fit.close
+            + (candidate.isKnown ? 2 : 0) - early;
+        early += 0.0005;
+    }
+    std::stable_sort(candidates.begin(),
+        candidates.end(),
+        [](const Candidate &a, const Candidate &b) { return a.worth > b.worth; });
+    QList<FoundVerse> found;
+    for (const Candidate &candidate : candidates) {
+        if (found.size() == most) {
+            break;
+        }
+        found.append({ bibles().at(static_cast<std::size_t>(candidate.row / bibleStride))->lang,
+            verseAt(static_cast<std::int32_t>(candidate.row % bibleStride)) });
+    }
+    return found;
+}
+
+} // namespace bible

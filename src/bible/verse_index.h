@@ -1,0 +1,54 @@
+#pragma once
+
+#include "bible/builtin.h"
+#include "bible/sqlite_handle.h"
+
+#include <QList>
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace bible {
+
+/// A verse of one of the built-in Bibles.
+struct FoundVerse {
+    QString lang; ///< of the Bible: "es", "en"
+    Ref verse;
+
+    bool operator==(const FoundVerse &) const = default;
+};
+
+/// The words of a text as they are looked for: letters and digits, without accents, in lower case.
+QStringList searchWords(const QString &text);
+
+/// Finds verses of both built-in Bibles by their words: a full-text index (SQLite FTS5) in one file
+/// that holds no text. One thread at a time; loads the Bibles.
+class VerseIndex {
+public:
+    /// Opens the index in a file. Throws SqliteError when there is none, when it is damaged, and
+    /// when it was made otherwise or of other Bibles.
+    explicit VerseIndex(const QString &path);
+
+    /// Makes the file, in place of one that stands there; ":memory:" is not for this. Gives up when
+    /// `stopped` says so. Throws SqliteError, and then leaves no file.
+    static void make(const QString &path, const std::function<bool()> &stopped);
+
+    /// The verses with the words, the likeliest first: those with all of them, near each other and
+    /// in their order, and verses that are known well. The last word may be the beginning of one
+    /// when no blank is behind it. Throws SqliteError when the file is damaged after all.
+    QList<FoundVerse> find(const QString &typed, qsizetype most);
+
+private:
+    struct Candidate;
+
+    void
+    collect(std::vector<Candidate> &candidates, SqliteStatement &statement, const QString &match);
+
+    SqliteDatabase m_database;
+    SqliteStatement m_known; ///< among the well-known verses
+    SqliteStatement m_all;
+};
+
+} // namespace bible

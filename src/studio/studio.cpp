@@ -65,6 +65,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           { m_stage, m_audio, m_programAudio, m_secrets, m_settings })
     , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const Message &text) { status(text); })
     , m_bibles({ m_verses, m_translation, m_secrets, m_settings })
+    , m_verseSteps({ m_stage, m_program, m_verses, m_bibles })
     , m_schedule(clock.monotonicUs())
 {
     QObject::connect(&m_stage.document, &Document::changed, &m_stage.document, [this] {
@@ -90,6 +91,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_recordings, &RecordingDesk::said, this, &Studio::status);
     connect(&m_recordings, &RecordingDesk::alarmed, this, &Studio::alarm);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
+    connect(&m_verseSteps, &VerseSteps::said, this, &Studio::status);
 }
 
 Studio::~Studio() = default;

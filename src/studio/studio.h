@@ -21,6 +21,7 @@
 #include "studio/services/bible_desk.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
+#include "studio/services/verse_steps.h"
 #include "studio/sources/audio_input.h"
 #include "studio/sources/device_connection.h"
 #include "studio/sources/image_intake.h"
@@ -80,6 +81,7 @@ public:
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
+    [[nodiscard]] VerseSteps &verseSteps() { return m_verseSteps; }
     [[nodiscard]] WorkSafety &safety() { return m_safety; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
     /// What the operator must not miss.
@@ -148,6 +150,7 @@ private:
     TranslationDesk m_translation;
     VerseDesk m_verses;
     BibleDesk m_bibles;
+    VerseSteps m_verseSteps;
     Notices m_notices;
     WakeLock m_wakeLock;
     bool m_hallShown = false;

@@ -31,6 +31,10 @@ struct VerseStage {
         bible::prepare().waitForFinished();
     }
     const Layer &layer() { return *findLayer(stage.document.scenes(), place); }
+    void setPaged(bool paged)
+    {
+        stage.document.apply(SetField { place, LayerField::Paged, paged });
+    }
     void show(const QString &typed, const QString &lang)
     {
         desk.lookupVerse(place, typed, { lang, {}, {} });
@@ -62,6 +66,8 @@ private Q_SLOTS:
                  { "Jonás 1:16-17", true } }) { // an empty verse
             for (const QString &lang : { u"es"_s, u"en"_s }) {
                 on.show(QString::fromUtf8(typed), lang);
+                on.setPaged(false); // the layer comes with its first verse
+                on.show(QString::fromUtf8(typed), lang);
                 QCOMPARE(on.told(on.layer().name),
                     hiddenLines(on.layer(), on.stage.previewFrame()));
                 for (const auto profile : { StreamProfile::Landscape, StreamProfile::Portrait }) {
@@ -79,6 +85,18 @@ private Q_SLOTS:
                 }
             }
         }
+    }
+
+    void tellsHowManyPagesThereAre()
+    {
+        VerseStage on;
+        on.show(u"Salmos 119"_s, u"es"_s);
+        QVERIFY2(QRegularExpression(u"^Versículo listo: Salmos 119 · página 1 de \\d+$"_s)
+                     .match(on.status)
+                     .hasMatch(),
+            qPrintable(on.status));
+        on.show(u"Ester 8:9"_s, u"es"_s);
+        QCOMPARE(on.told(u"Ester 8:9"_s), 0); // made smaller
     }
 };
 

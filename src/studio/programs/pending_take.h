@@ -1,5 +1,6 @@
 #pragma once
 
+#include "document/edits.h"
 #include "media/sources/media_factory.h"
 #include "studio/sources/sources.h"
 
@@ -32,6 +33,9 @@ public:
     /// The scene with what its layers show. From now on its layers in the project play the new
     /// files too, unless they were given others meanwhile.
     [[nodiscard]] LiveScene goLive(Sources &sources);
+
+    /// Other verses for its verse layers.
+    void amend(const std::vector<SetVerse> &verses) { m_scene = amended(m_scene, verses); }
 
     [[nodiscard]] SceneSet set() const { return m_set; }
     /// Of the project at the operator's sending.

@@ -100,6 +100,19 @@ void ProgramControl::offAir()
     m_status("Programa en negro (fuera del aire).");
 }
 
+void ProgramControl::amend(const std::vector<SetVerse> &verses)
+{
+    m_onAir.streams.scene = amended(m_onAir.streams.scene, verses);
+    m_stage.program.amendStreams(m_onAir.streams.scene);
+    m_onAir.hall.scene = amended(m_onAir.hall.scene, verses);
+    m_stage.program.amendHall(m_onAir.hall.scene);
+    for (std::optional<PendingTake> &take : m_pending) {
+        if (take) {
+            take->amend(verses);
+        }
+    }
+}
+
 QImage ProgramControl::streamsOnAir()
 {
     return m_pictures.streams(m_stage, m_onAir.streams, m_sources.cameraFrame());

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <optional>
+#include <vector>
 
 namespace nimbara {
 
@@ -32,6 +33,10 @@ public:
 
     /// Sends the edited set's program to black.
     void offAir();
+
+    /// Changes verse layers of what is on air, or on its way there, in both programs at once and
+    /// without a fade.
+    void amend(const std::vector<SetVerse> &verses);
 
     /// A scene of the set waits for its files.
     [[nodiscard]] bool isWaiting(SceneSet set) { return pending(set).has_value(); }

@@ -37,6 +37,18 @@ void BibleDesk::choose(int choice)
         QLatin1String(words.at(static_cast<std::size_t>(choice))));
 }
 
+QString BibleDesk::resolvedChoice() const
+{
+    return bible::bibleChoice(QLatin1String(words.at(static_cast<std::size_t>(choice()))),
+        m_surroundings.translation.target());
+}
+
+bool BibleDesk::isOnline() const
+{
+    const QString choice = resolvedChoice();
+    return choice == QLatin1String("api") || bible::translationTarget(choice).has_value();
+}
+
 bible::ListedBible BibleDesk::online() const
 {
     return { m_surroundings.settings.value(idSetting).toString(),
@@ -52,11 +64,7 @@ void BibleDesk::chooseOnline(const bible::ListedBible &bible)
 void BibleDesk::lookUp(LayerId layer, const QString &typed)
 {
     const bible::ListedBible listed = online();
-    const QLatin1String stored(words.at(static_cast<std::size_t>(choice())));
-    const bible::VerseLookup::Source source { bible::bibleChoice(stored,
-                                                  m_surroundings.translation.target()),
-        listed.id,
-        listed.text };
+    const bible::VerseLookup::Source source { resolvedChoice(), listed.id, listed.text };
     try {
         m_surroundings.verses.lookupVerse(layer, typed, source);
     } catch (const bible::DoubtfulReference &doubt) {

@@ -35,6 +35,11 @@ public:
     [[nodiscard]] int choice() const;
     void choose(int choice);
 
+    /// The language of the built-in Bible that a lookup shows first: "es" or "en".
+    [[nodiscard]] QString language() const { return bible::builtInLanguage(resolvedChoice()); }
+    /// The text of a lookup comes from the network, behind a built-in one.
+    [[nodiscard]] bool isOnline() const;
+
     /// The online Bible; its id is empty when none was chosen, its name when none is known.
     [[nodiscard]] bible::ListedBible online() const;
     void chooseOnline(const bible::ListedBible &bible);
@@ -56,6 +61,7 @@ Q_SIGNALS:
     void said(const nimbara::Message &text);
 
 private:
+    [[nodiscard]] QString resolvedChoice() const;
     void listBibles(const QString &key);
 
     Surroundings m_surroundings;

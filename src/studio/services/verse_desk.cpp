@@ -18,6 +18,14 @@ Message hiddenLinesText(std::int32_t lines)
 
 } // namespace
 
+Message pageText(const QString &label, std::size_t page, std::size_t pages)
+{
+    const Message text("página %1 de %2",
+        { Message::verbatim(QString::number(page + 1)),
+            Message::verbatim(QString::number(pages)) });
+    return label.isEmpty() ? text : Message::verbatim(label + QStringLiteral(" · ")) + text;
+}
+
 VerseDesk::VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &stage, Report status)
     : m_stage(stage)
     , m_status(std::move(status))
@@ -145,6 +153,7 @@ void VerseDesk::write(LayerId id, const bible::VerseUpdate &update)
         return;
     }
     m_stage.document.apply(SetVerse { id, update.text, update.reference, update.name });
+    Q_EMIT written(id, !update.name);
 }
 
 void VerseDesk::setWaiting(LayerId id, std::optional<bible::VerseUpdate> update)
@@ -163,10 +172,19 @@ void VerseDesk::setWaiting(LayerId id, std::optional<bible::VerseUpdate> update)
 void VerseDesk::tell(LayerId id, const Message &text)
 {
     const Layer *layer = verseLayer(id);
-    const int hidden = layer == nullptr ? 0 : hiddenLines(*layer, m_stage.previewFrame());
-    m_status(hidden == 0
-            ? text
-            : text + Message::verbatim(QStringLiteral(" · ")) + hiddenLinesText(hidden));
+    if (layer == nullptr) {
+        m_status(text);
+        return;
+    }
+    const FrameSize frame = m_stage.previewFrame();
+    const VersePages &pages = m_pager.pages(*layer, frame);
+    const Message dot = Message::verbatim(QStringLiteral(" · "));
+    if (pages.pages.size() > 1) {
+        m_status(text + dot + pageText({}, pages.shown(*layer), pages.pages.size()));
+        return;
+    }
+    const int hidden = hiddenLines(pageShown(*layer, pages), frame);
+    m_status(hidden == 0 ? text : text + dot + hiddenLinesText(hidden));
 }
 
 } // namespace nimbara

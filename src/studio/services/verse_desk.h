@@ -4,6 +4,7 @@
 #include "bible/api.h"
 #include "bible/verse_lookup.h"
 #include "bible/verse_translator.h"
+#include "compositor/scene/verse_pager.h"
 #include "net/endpoints.h"
 #include "studio/edit/stage.h"
 
@@ -14,6 +15,9 @@
 #include <optional>
 
 namespace nimbara {
+
+/// "Salmos 119:1-4 · página 1 de 40". `page`: from 0.
+Message pageText(const QString &label, std::size_t page, std::size_t pages);
 
 /// Looks verses up for verse layers. An answer that comes later finds its layer wherever it is
 /// then, or finds it gone. Where the operator has written over the text meanwhile, that stays and
@@ -49,6 +53,9 @@ public:
 Q_SIGNALS:
     /// An answer waits for the layer now, or no more.
     void waitingChanged(nimbara::LayerId layer);
+    /// A verse was written into the layer. `isFinal`: its text is from the network, and no other
+    /// one follows it.
+    void written(nimbara::LayerId layer, bool isFinal);
     /// A new layer has its verse.
     void quickVerseAdded(nimbara::LayerId layer);
     /// A lookup that had to wait for the Bibles has failed.
@@ -68,6 +75,7 @@ private:
     bible::Api m_api;
     bible::VerseTranslator m_translator;
     bible::VerseLookup m_lookup;
+    VersePager m_pager;
     std::map<LayerId, QString> m_written; ///< the text that a lookup last found or left in a layer
     std::map<LayerId, SceneId> m_planned; ///< layers to come, at most one for each scene
     std::map<LayerId, bible::VerseUpdate> m_waiting;

@@ -1,0 +1,317 @@
+#include "studio/services/verse_steps.h"
+
+#include "bible/builtin.h"
+#include "bible/next_verse.h"
+#include "bible/reader.h"
+#include "bible/verse_flow.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nimbara {
+
+namespace {
+
+const QString dot = QStringLiteral(" · ");
+
+const Layer *frontVerse(const ScenePtr &scene)
+{
+    if (!scene) {
+        return nullptr;
+    }
+    const auto found = std::find_if(scene->layers.rbegin(),
+        scene->layers.rend(),
+        [](const Layer &layer) { return layer.kind == LayerKind::Verse && layer.visible; });
+    return found != scene->layers.rend() ? &*found : nullptr;
+}
+
+QString labelOf(const Layer &layer)
+{
+    return layer.reference.section(dot, 0, 0);
+}
+
+std::optional<bible::Passage> passageOf(const Layer &layer)
+{
+    const bible::Reading reading = bible::read(labelOf(layer));
+    return reading.status == bible::Reading::Status::Found ? std::optional(reading.passages.first())
+                                                           : std::nullopt;
+}
+
+bool showsSame(const Layer &one, const Layer &other)
+{
+    if (one.reference == other.reference) {
+        return one.text == other.text;
+    }
+    const auto passage = passageOf(one);
+    return passage && passage == passageOf(other);
+}
+
+/// The built-in Bible that the layer's text is from; none for an online text.
+const bible::Bible *bibleOf(const Layer &layer)
+{
+    const QString source = layer.reference.section(dot, 1);
+    for (const bible::Bible *each : { &bible::spanish(), &bible::english() }) {
+        if (each->valid && each->name == source) {
+            return each;
+        }
+    }
+    return nullptr;
+}
+
+SetVerse verseFrom(const bible::Bible &bible, const bible::Passage &passage, LayerId layer)
+{
+    const bible::VerseUpdate update = bible::builtInVerse(bible, passage, bible.lang);
+    return { layer, update.text, update.reference, update.name };
+}
+
+SetVerse verseOf(const Layer &layer, std::int32_t page)
+{
+    return { layer.id, layer.text, layer.reference, layer.name, page };
+}
+
+/// The page of other pages that shows what a page shows: of as many pages the same one, else the
+/// one with its beginning.
+std::int32_t matchingPage(const VersePages &lead,
+    std::size_t page,
+    qsizetype leadText,
+    const VersePages &other,
+    qsizetype otherText)
+{
+    if (lead.pages.size() == other.pages.size()) {
+        return static_cast<std::int32_t>(page);
+    }
+    const double place = static_cast<double>(lead.pages[page].begin)
+        / static_cast<double>(std::max(leadText, qsizetype { 1 }));
+    std::int32_t found = 0;
+    while (static_cast<std::size_t>(found) + 1 < other.pages.size()
+        && static_cast<double>(other.pages[static_cast<std::size_t>(found) + 1].begin)
+            <= place * static_cast<double>(otherText)) {
+        ++found;
+    }
+    return found;
+}
+
+} // namespace
+
+VerseSteps::VerseSteps(const Surroundings &surroundings)
+    : m_surroundings(surroundings)
+    , m_ready(bible::prepare())
+{
+    connect(&surroundings.verses, &VerseDesk::written, this, &VerseSteps::receive);
+}
+
+void VerseSteps::step(LayerId layer, Direction direction)
+{
+    const std::optional<Spot> lead = spotOf(layer);
+    if (!lead) {
+        Q_EMIT said("No hay ningún versículo en la escena ni en Programa.");
+        return;
+    }
+    const VersePages &pages = m_pager.pages(lead->layer, lead->frame);
+    const std::size_t shown = pages.shown(lead->layer);
+    const bool leaves = direction == Direction::On ? shown + 1 == pages.pages.size() : shown == 0;
+    if (leaves) {
+        leave(*lead, direction);
+    } else {
+        turn(*lead, direction == Direction::On ? shown + 1 : shown - 1);
+    }
+}
+
+std::optional<VerseSteps::Spot> VerseSteps::spotOf(LayerId layer) const
+{
+    const Document &document = m_surroundings.stage.document;
+    const FrameSize frame = m_surroundings.stage.previewFrame();
+    const Layer *found = findLayer(*document.currentScene(), layer);
+    if (found == nullptr || found->kind != LayerKind::Verse) {
+        found = frontVerse(document.currentScene());
+    }
+    if (found != nullptr) {
+        return Spot { *found, frame };
+    }
+    const ProgramState &program = m_surroundings.stage.program;
+    const SceneSet other = document.editingHall() ? SceneSet::Streams : SceneSet::Hall;
+    for (const SceneSet set : { document.editing(), other }) {
+        found = frontVerse(set == SceneSet::Hall ? program.hall() : program.streams());
+        if (found != nullptr) {
+            return Spot { *found, m_surroundings.stage.frameOf(set) };
+        }
+    }
+    return std::nullopt;
+}
+
+std::vector<VerseSteps::Spot> VerseSteps::onAir() const
+{
+    const ProgramState &program = m_surroundings.stage.program;
+    std::vector<Spot> spots;
+    for (const SceneSet set : bothSets) {
+        const ScenePtr &scene = set == SceneSet::Hall ? program.hall() : program.streams();
+        for (const Layer &layer : scene ? scene->layers : std::vector<Layer>()) {
+            if (layer.kind == LayerKind::Verse) {
+                spots.push_back({ layer, m_surroundings.stage.frameOf(set) });
+            }
+        }
+    }
+    return spots;
+}
+
+/// What steps on air along with the layer: nothing when the layer is not on air as it stands.
+std::vector<VerseSteps::Spot> VerseSteps::following(const Spot &lead) const
+{
+    std::vector<Spot> spots = onAir();
+    std::erase_if(spots, [&](const Spot &spot) { return !showsSame(spot.layer, lead.layer); });
+    const bool isOnAir = std::any_of(spots.begin(), spots.end(), [&](const Spot &spot) {
+        return spot.layer.id == lead.layer.id;
+    });
+    return isOnAir ? spots : std::vector<Spot>();
+}
+
+/// In the project the layer still shows what the other one shows.
+bool VerseSteps::isPrepared(const Layer &shown, LayerId layer) const
+{
+    const Layer *prepared = findLayer(m_surroundings.stage.document.scenes(), layer);
+    return prepared != nullptr && showsSame(*prepared, shown);
+}
+
+void VerseSteps::turn(const Spot &lead, std::size_t page)
+{
+    const VersePages pages = m_pager.pages(lead.layer, lead.frame);
+    std::vector<SetVerse> followers;
+    for (const Spot &spot : following(lead)) {
+        followers.push_back(verseOf(spot.layer,
+            matchingPage(pages,
+                page,
+                lead.layer.text.size(),
+                m_pager.pages(spot.layer, spot.frame),
+                spot.layer.text.size())));
+    }
+    apply(lead, verseOf(lead.layer, static_cast<std::int32_t>(page)), followers);
+}
+
+/// Goes on to the verse behind or before what the layer shows.
+void VerseSteps::leave(const Spot &lead, Direction direction)
+{
+    if (!m_ready.isFinished()) {
+        return; // for tens of milliseconds after the start
+    }
+    const auto passage = passageOf(lead.layer);
+    if (!passage) {
+        Q_EMIT said("El texto no tiene más páginas.");
+        return;
+    }
+    const bible::Bible *bible = bibleOf(lead.layer);
+    const bible::Bible &counted = bible != nullptr ? *bible : bible::spanish();
+    const auto next = direction == Direction::On ? bible::verseAfter(counted, *passage)
+                                                 : bible::verseBefore(counted, *passage);
+    if (!next) {
+        Q_EMIT said(direction == Direction::On ? "Es el último versículo de la Biblia."
+                                               : "Es el primer versículo de la Biblia.");
+        return;
+    }
+    if (bible != nullptr) {
+        show(lead, *next, direction, verseFrom(*bible, *next, lead.layer.id));
+    } else {
+        askOnline(lead, *next, direction);
+    }
+}
+
+/// The built-in text stands in PREVIEW meanwhile; on air the verse before stays until the text is
+/// there.
+void VerseSteps::askOnline(const Spot &lead, const bible::Passage &passage, Direction direction)
+{
+    m_awaited.reset();
+    if (!isPrepared(lead.layer, lead.layer.id)) {
+        Q_EMIT said("El texto no tiene más páginas.");
+        return;
+    }
+    m_surroundings.bibles.lookUp(lead.layer.id, bible::label(passage, QStringLiteral("es")));
+    m_awaited = Awaited { lead, passage, direction };
+    if (!m_surroundings.bibles.isOnline()) { // chosen otherwise meanwhile: the text is there
+        receive(lead.layer.id, true);
+    }
+}
+
+void VerseSteps::receive(LayerId layer, bool isFinal)
+{
+    if (!m_awaited || m_awaited->from.layer.id != layer) {
+        return;
+    }
+    const Awaited awaited = *std::exchange(m_awaited, std::nullopt);
+    const Layer *now = findLayer(m_surroundings.stage.document.scenes(), layer);
+    if (isFinal && now != nullptr && passageOf(*now) == awaited.passage) {
+        show(awaited.from, awaited.passage, awaited.direction, verseOf(*now, 0));
+    }
+}
+
+/// `verse`: for the leading layer.
+void VerseSteps::show(const Spot &lead,
+    const bible::Passage &passage,
+    Direction direction,
+    const SetVerse &verse)
+{
+    std::vector<SetVerse> followers;
+    for (const Spot &spot : following(lead)) {
+        const bible::Bible *bible = bibleOf(spot.layer);
+        SetVerse own = verse;
+        own.layer = spot.layer.id;
+        if (bible != nullptr
+            && bible::passageText(*bible, passage).isEmpty()) { // nothing blank goes on air
+            continue;
+        }
+        followers.push_back(placed(spot,
+            bible != nullptr ? verseFrom(*bible, passage, spot.layer.id) : std::move(own),
+            direction));
+    }
+    apply(lead, placed(lead, verse, direction), followers);
+}
+
+/// The verse at its first page, or at its last where the operator comes from behind.
+SetVerse VerseSteps::placed(const Spot &spot, SetVerse verse, Direction direction)
+{
+    if (direction == Direction::Back) {
+        Layer layer = spot.layer;
+        layer.text = verse.text;
+        layer.reference = verse.reference;
+        verse.page = static_cast<std::int32_t>(m_pager.pages(layer, spot.frame).pages.size()) - 1;
+    }
+    return verse;
+}
+
+void VerseSteps::apply(const Spot &lead,
+    const SetVerse &verse,
+    const std::vector<SetVerse> &followers)
+{
+    Document &document = m_surroundings.stage.document;
+    std::vector<Edit> edits;
+    for (const SetVerse &follower : followers) {
+        if (follower.layer != lead.layer.id && isPrepared(lead.layer, follower.layer)) {
+            edits.emplace_back(follower);
+        }
+    }
+    const Layer *prepared = findLayer(document.scenes(), verse.layer);
+    if (prepared != nullptr && prepared->text == verse.text
+        && prepared->reference == verse.reference) { // a run of pages is one step of undo
+        edits.emplace_back(SetField { verse.layer, LayerField::Page, verse.page });
+    } else if (isPrepared(lead.layer, verse.layer)) {
+        edits.emplace_back(verse);
+    }
+    if (!edits.empty()) {
+        document.apply(edits);
+    }
+    m_surroundings.program.amend(followers);
+    tell(lead, verse);
+}
+
+void VerseSteps::tell(const Spot &spot, const SetVerse &verse)
+{
+    Layer layer = spot.layer;
+    layer.text = verse.text;
+    layer.reference = verse.reference;
+    layer.page = verse.page;
+    const VersePages &pages = m_pager.pages(layer, spot.frame);
+    const std::size_t page = pages.shown(layer);
+    const QString label = pages.pages[page].reference.section(dot, 0, 0);
+    Q_EMIT said(pages.pages.size() == 1 ? bible::readyStatus(label)
+                                        : pageText(label, page, pages.pages.size()));
+}
+
+} // namespace nimbara

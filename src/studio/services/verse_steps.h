@@ -1,0 +1,82 @@
+#pragma once
+
+#include "base/message.h"
+#include "bible/passage.h"
+#include "compositor/scene/verse_pager.h"
+#include "studio/edit/stage.h"
+#include "studio/programs/program_control.h"
+#include "studio/services/bible_desk.h"
+#include "studio/services/verse_desk.h"
+
+#include <QFuture>
+#include <QObject>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace nimbara {
+
+/// Steps through the pages of a verse layer, and past them through the Bible. What is stepped while
+/// it is on air steps on air at once: every verse layer of both programs that shows the same
+/// passage steps along, each by its own box. Interface thread only; nothing here waits.
+class VerseSteps : public QObject {
+    Q_OBJECT
+public:
+    /// All must outlive this.
+    struct Surroundings {
+        Stage &stage;
+        ProgramControl &program;
+        VerseDesk &verses;
+        BibleDesk &bibles;
+    };
+    enum class Direction : std::int32_t { Back = -1, On = 1 };
+
+    explicit VerseSteps(const Surroundings &surroundings);
+
+    /// One page on or back; past the last page the next verse, before the first the end of the
+    /// previous one. Steps the layer when it is a verse layer of the scene in PREVIEW, else the
+    /// front-most verse layer of that scene, else that of the edited set's program, or of the
+    /// other.
+    void step(LayerId layer, Direction direction);
+
+Q_SIGNALS:
+    /// One line for the operator.
+    void said(const nimbara::Message &text);
+
+private:
+    /// A verse layer and the size of the program that it stands in.
+    struct Spot {
+        Layer layer;
+        FrameSize frame;
+    };
+    /// An online text that is on its way.
+    struct Awaited {
+        Spot from;
+        bible::Passage passage;
+        Direction direction = Direction::On;
+    };
+
+    [[nodiscard]] std::optional<Spot> spotOf(LayerId layer) const;
+    [[nodiscard]] std::vector<Spot> onAir() const;
+    [[nodiscard]] std::vector<Spot> following(const Spot &lead) const;
+    [[nodiscard]] bool isPrepared(const Layer &shown, LayerId layer) const;
+    void turn(const Spot &lead, std::size_t page);
+    void leave(const Spot &lead, Direction direction);
+    void askOnline(const Spot &lead, const bible::Passage &passage, Direction direction);
+    void receive(LayerId layer, bool isFinal);
+    void show(const Spot &lead,
+        const bible::Passage &passage,
+        Direction direction,
+        const SetVerse &verse);
+    void apply(const Spot &lead, const SetVerse &verse, const std::vector<SetVerse> &followers);
+    [[nodiscard]] SetVerse placed(const Spot &spot, SetVerse verse, Direction direction);
+    void tell(const Spot &spot, const SetVerse &verse);
+
+    Surroundings m_surroundings;
+    QFuture<void> m_ready; ///< the built-in Bibles are loaded
+    VersePager m_pager;
+    std::optional<Awaited> m_awaited;
+};
+
+} // namespace nimbara

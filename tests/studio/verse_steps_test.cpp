@@ -1,0 +1,165 @@
+#include "bible/builtin.h"
+#include "studio/studio_fixture.h"
+#include "support/test_registry.h"
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+using Direction = VerseSteps::Direction;
+
+namespace {
+
+/// The same passage on air in both programs, in the box of a new layer and in a narrow one.
+struct PagedDesk : StudioFixture {
+    LayerId streams;
+    LayerId hall;
+
+    explicit PagedDesk(const QString &typed)
+    {
+        bible::prepare().waitForFinished();
+        studio.settings().setValue(u"bible_choice"_s, u"es"_s);
+        studio.stage().program.setFadeEnabled(false);
+        studio.program().setEditSet(1);
+        hall = show(typed, u"es"_s);
+        set(placeOf(hall), LayerField::Box, Box { 0.3, 0.1, 0.4, 0.2 });
+        studio.program().take();
+        studio.program().setEditSet(0);
+        streams = show(typed, u"es"_s);
+        studio.program().take();
+    }
+    LayerId show(const QString &typed, const QString &lang)
+    {
+        const LayerId id = studio.verses().quickVerseLayer();
+        studio.verses().lookupVerse(id, typed, { lang, {}, {} });
+        return id;
+    }
+    std::size_t placeOf(LayerId id)
+    {
+        return static_cast<std::size_t>(findLayer(scene(), id) - scene().layers.data());
+    }
+    void step(Direction direction, int times = 1)
+    {
+        for (; times > 0; --times) {
+            studio.verseSteps().step(streams, direction);
+        }
+    }
+    /// What a layer shows on air.
+    Layer onAir(LayerId id)
+    {
+        for (const ScenePtr &each :
+            { studio.stage().program.streams(), studio.stage().program.hall() }) {
+            if (const Layer *layer = each ? findLayer(*each, id) : nullptr) {
+                return pageShown(*layer, pagesOf(*layer, landscapeSize));
+            }
+        }
+        return {};
+    }
+    Layer prepared(LayerId id)
+    {
+        const Layer *layer = findLayer(studio.document().scenes(), id);
+        return pageShown(*layer, pagesOf(*layer, landscapeSize));
+    }
+    static QString label(const Layer &layer) { return layer.reference.section(u" · "_s, 0, 0); }
+};
+
+} // namespace
+
+/// Page Down and Page Up through passages and through the Bible.
+class VerseStepsTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void bothProgramsStepOnOneFrame()
+    {
+        PagedDesk desk(u"Salmos 119:1-40"_s);
+        desk.frame();
+        const Pictures before = desk.pictures;
+        desk.step(Direction::On, 3);
+        desk.frame();
+        QVERIFY(desk.pictures.streams != before.streams);
+        QVERIFY(desk.pictures.hall != before.hall);
+        const Layer streams = desk.onAir(desk.streams);
+        const Layer hall = desk.onAir(desk.hall);
+        QCOMPARE(desk.prepared(desk.streams).text, streams.text);
+        QCOMPARE(desk.prepared(desk.hall).text, hall.text); // its own project layer, too
+        // The hall's box is small: its page has the beginning of the other one.
+        QVERIFY(hall.text.size() < streams.text.size());
+        QVERIFY2(hall.text.contains(streams.text.left(12)), qPrintable(hall.text));
+        QVERIFY(desk.statuses.last().startsWith(desk.label(streams) + u" · página 4 de "_s));
+
+        desk.studio.document().undo(); // a run of pages is one step, and never reaches the air
+        QCOMPARE(findLayer(desk.studio.document().scenes(), desk.streams)->page, 0);
+        QCOMPARE(desk.onAir(desk.streams).text, streams.text);
+    }
+
+    void whatIsNotOnAirStepsInPreviewAlone()
+    {
+        PagedDesk desk(u"Salmos 119:1-40"_s);
+        const QString onAir = desk.onAir(desk.streams).text;
+        desk.show(u"Salmos 119:1-60"_s, u"es"_s); // into the same layer
+        desk.step(Direction::On);
+        QCOMPARE(findLayer(desk.scene(), desk.streams)->page, 1);
+        QCOMPARE(desk.onAir(desk.streams).text, onAir);
+        QCOMPARE(findLayer(*desk.studio.stage().program.hall(), desk.hall)->page, 0);
+
+        desk.setLayers({ colorLayer(Qt::black) }); // a scene without a verse: what is on air
+        desk.step(Direction::On);
+        QVERIFY(desk.onAir(desk.streams).text != onAir);
+        desk.studio.program().offAir();
+        desk.studio.program().setEditSet(1);
+        desk.setLayers({});
+        desk.studio.program().offAir();
+        desk.step(Direction::On);
+        QCOMPARE(desk.statuses.last(), u"No hay ningún versículo en la escena ni en Programa."_s);
+    }
+
+    void beyondTheEndsComeTheNeighbours()
+    {
+        struct Row {
+            const char *typed, *lang, *back, *on;
+        };
+        const std::initializer_list<Row> rows {
+            { "Juan 3:16-18", "es", "Juan 3:15", "Juan 3:19" },
+            { "John 3:36", "en", "John 3:35", "John 4:1" },
+            { "Salmos 23", "es", "Salmos 22:31", "Salmos 24:1" },
+            { "Génesis 50:26", "es", "Génesis 50:25", "Éxodo 1:1" },
+            { "Jonás 2:1", "es", "Jonás 1:16", "Jonás 2:2" }, // 1:17 is empty there
+            { "Génesis 1:1", "es", "Génesis 1:1", "Génesis 1:2" },
+            { "Apocalipsis 22:21", "es", "Apocalipsis 22:20", "Apocalipsis 22:21" },
+        };
+        for (const Row &row : rows) {
+            for (const bool on : { false, true }) {
+                PagedDesk desk(QString::fromUtf8(row.typed));
+                desk.show(QString::fromUtf8(row.typed), QLatin1String(row.lang));
+                desk.studio.program().take();
+                const QString label = QString::fromUtf8(on ? row.on : row.back);
+                int most = on ? 12 : 1; // out of the pages
+                do {
+                    desk.step(on ? Direction::On : Direction::Back);
+                } while (--most > 0 && desk.label(desk.prepared(desk.streams)) != label);
+                QCOMPARE(desk.label(desk.onAir(desk.streams)), label);
+                QCOMPARE(desk.label(desk.prepared(desk.streams)), label);
+                const bool moves = label != QString::fromUtf8(row.typed);
+                QCOMPARE(desk.statuses.last().startsWith(u"Es el "), !moves);
+                QVERIFY(!desk.onAir(desk.streams).text.isEmpty());
+            }
+        }
+    }
+
+    /// Each program in its own Bible; from behind, a verse is entered by its last page.
+    void programsKeepTheirBibles()
+    {
+        PagedDesk desk(u"Ester 8:10"_s);
+        desk.show(u"Esther 8:10"_s, u"en"_s);
+        desk.studio.program().take();
+        desk.step(Direction::Back);
+        QCOMPARE(desk.label(desk.onAir(desk.streams)), u"Esther 8:9"_s);
+        QCOMPARE(desk.label(desk.onAir(desk.hall)), u"Ester 8:9"_s);
+        const Layer whole = *findLayer(*desk.studio.stage().program.hall(), desk.hall);
+        const VersePages pages = pagesOf(whole, landscapeSize);
+        QVERIFY(pages.pages.size() > 1);
+        QCOMPARE(pages.shown(whole), pages.pages.size() - 1);
+    }
+};
+
+NIMBARA_TEST(VerseStepsTest)
+#include "verse_steps_test.moc"

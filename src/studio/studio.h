@@ -21,6 +21,7 @@
 #include "studio/services/bible_desk.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
+#include "studio/services/verse_finder.h"
 #include "studio/services/verse_steps.h"
 #include "studio/sources/audio_input.h"
 #include "studio/sources/device_connection.h"
@@ -43,6 +44,7 @@ struct StudioPeers {
     std::unique_ptr<SystemKeyStore> keychain = nullptr; ///< none: the platform's store
     QString dataFolder {}; ///< of recovery copies, backups, recordings; empty: none are kept
     DiskWatch::Look disk = DiskWatch::lookAtDisk; ///< of the recording
+    QString cacheFolder {}; ///< of what can be made anew; empty: it is, with each run
 };
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick
@@ -81,6 +83,7 @@ public:
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
+    [[nodiscard]] VerseFinder &verseFinder() { return m_verseFinder; }
     [[nodiscard]] VerseSteps &verseSteps() { return m_verseSteps; }
     [[nodiscard]] WorkSafety &safety() { return m_safety; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
@@ -151,6 +154,7 @@ private:
     VerseDesk m_verses;
     BibleDesk m_bibles;
     VerseSteps m_verseSteps;
+    VerseFinder m_verseFinder;
     Notices m_notices;
     WakeLock m_wakeLock;
     bool m_hallShown = false;

@@ -47,6 +47,7 @@ int runStudio(nimbara::StudioApplication &application, nimbara::EndGuard &guard)
 {
     nimbara::StudioServices services;
     services.dataFolder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    services.cacheFolder = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
     nimbara::StudioWindow window(false, std::move(services));
     window.show();
     int exitCode = 1;

@@ -2,7 +2,9 @@
 #include "support/test_registry.h"
 #include "ui/desk.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
+#include <QCompleter>
 #include <QDoubleSpinBox>
 #include <QListWidget>
 #include <QMenu>
@@ -113,6 +115,47 @@ private Q_SLOTS:
         QCOMPARE(desk.status(), u"Esa cita no existe en la Biblia. Judas tiene 1 capítulo."_s);
         QCOMPARE(desk.dialogs->asked.last(), u"Ardenvale Vesperline: "_s + desk.status());
         QCOMPARE(m_peer.count("request"), 0);
+    }
+
+    void keysAndButtonsStepThePages()
+    {
+        VerseDeskWindow desk(m_peer);
+        QVERIFY(desk.isActive());
+        desk.type("quickVerse", u"Salmos 119"_s);
+        const auto page = [&] { return desk.layers().back().page; };
+        QTest::keyClick(desk.find<QLineEdit>("quickVerse"), Qt::Key_PageDown);
+        desk.press("pageOn");
+        QTRY_COMPARE(page(), 2);
+        QTest::keyClick(desk.find<QWidget>("canvas"), Qt::Key_PageUp);
+        desk.press("pageBack");
+        QTRY_COMPARE(page(), 0);
+        QCOMPARE(desk.layers().back().name, u"Salmos 119"_s);
+        desk.press("pageBack");
+        QCOMPARE(desk.layers().back().name, u"Salmos 118:29"_s);
+        QCOMPARE(desk.find<QLineEdit>("verseReference")->text(), u"Salmos 118:29"_s);
+    }
+
+    void referencesAndWordsAreCompleted()
+    {
+        VerseDeskWindow desk(m_peer);
+        QVERIFY(desk.isActive());
+        for (const auto &[field, words, downs, shown] :
+            { std::tuple { "quickVerse", "juan 3:1", 2, "Juan 3:10" },
+                { "quickVerse", "lord is my shepherd", 1, "Salmos 23:1" } }) {
+            auto *edit = desk.find<QLineEdit>(field);
+            edit->setFocus();
+            edit->clear();
+            QTest::keyClicks(edit, QLatin1String(words));
+            const auto list = [&edit = edit] { return edit->findChild<QCompleter *>()->popup(); };
+            QTRY_VERIFY_WITH_TIMEOUT(list()->isVisible(), 60'000); // words need their index
+            for (int down = 0; down < downs; ++down) {
+                QTest::keyClick(list(), Qt::Key_Down);
+            }
+            QTest::keyClick(list(), Qt::Key_Return);
+            QTRY_COMPARE(desk.layers().back().name, QLatin1String(shown));
+            QVERIFY(!list()->isVisible());
+        }
+        QVERIFY(desk.dialogs->asked.isEmpty());
     }
 
     void whatMayBeMeantIsPicked()

@@ -7,17 +7,17 @@
 
 namespace nimbara {
 
-VerseControls::VerseControls(BibleDesk &desk,
-    VerseDesk &verses,
-    const ErrorGuard &guard,
-    Views views)
-    : m_desk(desk)
-    , m_verses(verses)
+VerseControls::VerseControls(Studio &studio, const ErrorGuard &guard, Views views)
+    : m_desk(studio.bibles())
+    , m_verses(studio.verses())
+    , m_steps(studio.verseSteps())
+    , m_finder(studio.verseFinder())
     , m_guard(guard)
     , m_views(views)
 {
     showChoice();
     connectViews();
+    connectTyping();
     const auto tell = [this](const Message &reason) { m_guard.tell(reason); };
     connect(&m_verses, &VerseDesk::failed, this, tell);
     connect(&m_verses, &VerseDesk::quickVerseAdded, &m_views.editor, &SceneEditor::offer);
@@ -40,6 +40,9 @@ void VerseControls::connectViews()
 {
     const BibleGroup *bible = &m_views.bible;
     connect(&m_views.tab, &SceneTab::verseRequested, this, &VerseControls::showQuickVerse);
+    connect(&m_views.tab, &SceneTab::pageStepped, this, [this](int step) {
+        stepPage(step < 0 ? VerseSteps::Direction::Back : VerseSteps::Direction::On);
+    });
     connect(m_views.tab.properties(),
         &PropertiesPanel::verseRequested,
         this,
@@ -52,6 +55,35 @@ void VerseControls::connectViews()
             m_desk.chooseOnline({ id, name });
         });
     connect(bible, &BibleGroup::findPressed, &m_desk, &BibleDesk::findBibles);
+}
+
+/// Suggestions go to the field that was typed into, wherever it is by then.
+void VerseControls::connectTyping()
+{
+    VerseField *quick = m_views.tab.verseField();
+    connect(quick, &VerseField::typed, this, [this, quick](const QString &text) {
+        suggest(quick, text);
+    });
+    connect(m_views.tab.properties(), &PropertiesPanel::verseTyped, this, &VerseControls::suggest);
+    connect(&m_finder,
+        &VerseFinder::suggested,
+        this,
+        [this](const QString &typed, const QList<bible::Suggestion> &suggestions) {
+            if (m_typedIn) {
+                m_typedIn->offer(typed, suggestions);
+            }
+        });
+}
+
+void VerseControls::suggest(VerseField *field, const QString &typed)
+{
+    m_typedIn = field;
+    m_finder.suggest(typed);
+}
+
+void VerseControls::stepPage(VerseSteps::Direction direction)
+{
+    m_guard.run([&] { m_steps.step(m_views.editor.selected(), direction); });
 }
 
 void VerseControls::showVerse(LayerId layer, const QString &typed)

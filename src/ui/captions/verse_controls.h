@@ -1,12 +1,13 @@
 #pragma once
 
-#include "studio/services/bible_desk.h"
+#include "studio/studio.h"
 #include "ui/captions/bible_group.h"
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
 #include "ui/kit/error_guard.h"
 
 #include <QObject>
+#include <QPointer>
 
 namespace nimbara {
 
@@ -22,17 +23,25 @@ public:
     };
 
     /// Everything referred to must outlive the controls.
-    VerseControls(BibleDesk &desk, VerseDesk &verses, const ErrorGuard &guard, Views views);
+    VerseControls(Studio &studio, const ErrorGuard &guard, Views views);
+
+    /// A page on or back of the selected verse, see `VerseSteps::step`.
+    void stepPage(VerseSteps::Direction direction);
 
 private:
     void showChoice();
     void connectViews();
+    void connectTyping();
+    void suggest(VerseField *field, const QString &typed);
     void showVerse(LayerId layer, const QString &typed);
     void showQuickVerse(const QString &typed);
     void offer(LayerId layer, const QStringList &offers);
 
     BibleDesk &m_desk;
     VerseDesk &m_verses;
+    VerseSteps &m_steps;
+    VerseFinder &m_finder;
+    QPointer<VerseField> m_typedIn; ///< what was last typed into
     const ErrorGuard &m_guard;
     Views m_views;
 };

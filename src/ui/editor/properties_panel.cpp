@@ -4,6 +4,7 @@
 #include "document/layer_geometry.h"
 #include "ui/editor/color_button.h"
 #include "ui/editor/position_row.h"
+#include "ui/editor/verse_field.h"
 #include "ui/kit/controls.h"
 
 #include <QApplication>
@@ -254,7 +255,7 @@ void PropertiesPanel::addVerseRows(QFormLayout &form, const Layer &shown)
         return;
     }
     const LayerId id = shown.id;
-    auto *reference = named(new QLineEdit, "verseReference", label("Cita"));
+    auto *reference = named(new VerseField, "verseReference", label("Cita"));
     reference->setPlaceholderText(label("Juan 3:16"));
     onRefresh([reference, last = QString()](const Layer &layer) mutable {
         const QString cited = layer.reference.section(referenceDot, 0, 0);
@@ -269,6 +270,10 @@ void PropertiesPanel::addVerseRows(QFormLayout &form, const Layer &shown)
         Q_EMIT verseRequested(id, reference->text());
     };
     connect(reference, &QLineEdit::returnPressed, this, request);
+    connect(reference, &VerseField::chosen, this, request);
+    connect(reference, &VerseField::typed, this, [this, reference](const QString &text) {
+        Q_EMIT verseTyped(reference, text);
+    });
     connect(look, &QPushButton::clicked, this, request);
     form.addRow(label("Cita"), reference);
     form.addRow(look);
@@ -318,7 +323,20 @@ void PropertiesPanel::addStyleRows(QFormLayout &form, const Layer &shown)
     }
     const LayerId id = shown.id;
     form.addRow(label("Tipo de letra"), makeFontList(id));
-    form.addRow(label("Tamaño"), makeSize(id));
+    form.addRow(label("Tamaño"),
+        makeNumber("Tamaño", "textSize", id, LayerField::Size, { Layer::minSize, Layer::maxSize }));
+    if (shown.kind == LayerKind::Verse) {
+        form.addRow(makeCheck("Achicar y dividir en páginas lo que no cabe",
+            "paged",
+            id,
+            LayerField::Paged));
+        form.addRow(label("Tamaño mínimo (%)"),
+            makeNumber("Tamaño mínimo (%)",
+                "smallestSize",
+                id,
+                LayerField::Smallest,
+                { Layer::minSmallest, 100 }));
+    }
     form.addRow(makeCheck("Negrita", "bold", id, LayerField::Bold));
     form.addRow(label("Color del texto"),
         makeColorButton("Color del texto", "textColor", id, LayerField::Color, false));
@@ -347,20 +365,25 @@ QWidget *PropertiesPanel::makeFontList(LayerId id)
     return font;
 }
 
-QWidget *PropertiesPanel::makeSize(LayerId id)
+QWidget *PropertiesPanel::makeNumber(const char *spanish,
+    const char *name,
+    LayerId id,
+    LayerField field,
+    std::pair<int, int> range)
 {
-    auto *size = named(new QSpinBox, "textSize", label("Tamaño"));
-    size->setRange(Layer::minSize, Layer::maxSize);
-    connect(size, &QSpinBox::valueChanged, this, [this, id](int pixels) {
-        Q_EMIT edited(id, LayerField::Size, std::int32_t { pixels });
+    auto *number = named(new QSpinBox, name, label(spanish));
+    number->setRange(range.first, range.second);
+    connect(number, &QSpinBox::valueChanged, this, [this, id, field](int value) {
+        Q_EMIT edited(id, field, std::int32_t { value });
     });
-    onRefresh([size](const Layer &layer) {
-        if (size->value() != layer.size) {
-            const QSignalBlocker blocker(size);
-            size->setValue(layer.size);
+    onRefresh([number, field](const Layer &layer) {
+        const std::int32_t value = std::get<std::int32_t>(fieldOf(layer, field));
+        if (number->value() != value) {
+            const QSignalBlocker blocker(number);
+            number->setValue(value);
         }
     });
-    return size;
+    return number;
 }
 
 QWidget *PropertiesPanel::makeAlignment(LayerId id)

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "document/layer_fields.h"
+#include "ui/editor/verse_field.h"
 
 #include <QScrollArea>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 class QFormLayout;
@@ -45,6 +47,8 @@ Q_SIGNALS:
     void changeImagePressed(nimbara::LayerId layer);
     void restartVideoPressed(nimbara::LayerId layer);
     void verseRequested(nimbara::LayerId layer, const QString &reference);
+    /// The operator typed into a field that takes a reference.
+    void verseTyped(nimbara::VerseField *field, const QString &text);
     void waitingWanted(nimbara::LayerId layer);
 
 private:
@@ -61,7 +65,11 @@ private:
     QWidget *makeOpacity(LayerId id);
     QWidget *makeAlignmentGrid(LayerId id);
     QWidget *makeFontList(LayerId id);
-    QWidget *makeSize(LayerId id);
+    QWidget *makeNumber(const char *spanish,
+        const char *name,
+        LayerId id,
+        LayerField field,
+        std::pair<int, int> range);
     QWidget *makeAlignment(LayerId id);
     QWidget *makeColorButton(const char *spanish,
         const char *name,

@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include <array>
+#include <tuple>
 
 namespace nimbara {
 
@@ -40,7 +41,7 @@ SceneTab::SceneTab(QWidget *parent)
     , m_layers(named(new QListWidget,
           "layers",
           nimbara_i18n::tr("Fuentes de la escena (arriba = encima)")))
-    , m_verse(named(new QLineEdit, "quickVerse", nimbara_i18n::tr("Cita")))
+    , m_verse(named(new VerseField, "quickVerse", nimbara_i18n::tr("Cita")))
     , m_properties(new PropertiesPanel)
 {
     m_layers->setMinimumWidth(260);
@@ -79,7 +80,16 @@ QVBoxLayout *SceneTab::makeSceneColumn()
     verseRow->addWidget(m_verse, 1);
     const auto requestVerse = [this] { Q_EMIT verseRequested(m_verse->text()); };
     connect(m_verse, &QLineEdit::returnPressed, this, requestVerse);
+    connect(m_verse, &VerseField::chosen, this, requestVerse);
     addButton(verseRow, "Mostrar versículo", "showVerse", requestVerse);
+    for (const auto &[arrow, name, step, spoken] :
+        { std::tuple { "◀", "pageBack", -1, "Página o versículo anterior" },
+            { "▶", "pageOn", 1, "Página o versículo siguiente" } }) {
+        QPushButton *button
+            = addButton(verseRow, arrow, name, [this, step = step] { Q_EMIT pageStepped(step); });
+        button->setAccessibleName(nimbara_i18n::tr(spoken));
+        button->setToolTip(nimbara_i18n::tr(spoken));
+    }
     column->addLayout(verseRow);
 
     auto *layers = new QHBoxLayout;

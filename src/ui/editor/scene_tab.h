@@ -2,8 +2,8 @@
 
 #include "document/scene.h"
 #include "ui/editor/properties_panel.h"
+#include "ui/editor/verse_field.h"
 
-#include <QLineEdit>
 #include <QListWidget>
 #include <QWidget>
 
@@ -38,6 +38,7 @@ public:
     void showLayers(const Scene &scene, LayerId selected);
     /// Writes one layer's entry anew.
     void showLayer(const Layer &layer);
+    [[nodiscard]] VerseField *verseField() const { return m_verse; }
     [[nodiscard]] PropertiesPanel *properties() const { return m_properties; }
 
 Q_SIGNALS:
@@ -49,6 +50,8 @@ Q_SIGNALS:
     void moveLayerPressed(int delta);
     void deleteLayerPressed();
     void verseRequested(const QString &reference);
+    /// A page of the verse on (1) or back (−1).
+    void pageStepped(int step);
     /// The operator selected a layer in the list.
     void layerSelected(nimbara::LayerId layer);
     /// The operator checked or unchecked a layer.
@@ -60,7 +63,7 @@ private:
     void connectList();
 
     QListWidget *m_layers;
-    QLineEdit *m_verse;
+    VerseField *m_verse;
     PropertiesPanel *m_properties;
 };
 

@@ -108,7 +108,8 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
             services.openAi,
             services.apiBible,
             std::move(services.keychain),
-            services.dataFolder })
+            services.dataFolder,
+            services.cacheFolder })
     , m_settings(m_studio.settings())
     , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
     , m_guard(*m_dialogs, [this](const Message &text) { showStatus(text); })
@@ -145,8 +146,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     connectStudio();
     m_translation
         = std::make_unique<TranslationControls>(m_studio.translation(), m_guard, *m_translationTab);
-    m_verses = std::make_unique<VerseControls>(m_studio.bibles(),
-        m_studio.verses(),
+    m_verses = std::make_unique<VerseControls>(m_studio,
         m_guard,
         VerseControls::Views { *m_sceneTab, *m_editor, *m_translationTab->bible() });
     qApp->installEventFilter(new WheelGuard(this));
@@ -343,6 +343,14 @@ void StudioWindow::connectShortcuts()
     auto *space = new QShortcut(Qt::Key_Space, this);
     space->setAutoRepeat(false); // a key that is held down is one TAKE
     connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
+    for (const auto &[key, direction] : { std::pair(Qt::Key_PageUp, VerseSteps::Direction::Back),
+             std::pair(Qt::Key_PageDown, VerseSteps::Direction::On) }) {
+        auto *shortcut = new QShortcut(key, this);
+        shortcut->setAutoRepeat(false); // a key that is held down is one page on air
+        connect(shortcut, &QShortcut::activated, this, [this, direction = direction] {
+            m_verses->stepPage(direction);
+        });
+    }
     Document *document = &m_studio.document();
     connect(new QShortcut(QKeySequence::Undo, this),
         &QShortcut::activated,

@@ -44,6 +44,7 @@ struct StudioServices {
     Endpoint openAi = openAiEndpoint();
     Endpoint apiBible = apiBibleEndpoint();
     QString dataFolder; ///< of recovery copies and backups; empty: none are kept
+    QString cacheFolder; ///< of what can be made anew; empty: it is, with each run
 };
 
 /// The one main window. It owns the studio for the life of the process, hands it what the operator

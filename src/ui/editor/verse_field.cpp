@@ -1,0 +1,104 @@
+#include "ui/editor/verse_field.h"
+
+#include "base/i18n.h"
+#include "ui/kit/controls.h"
+
+#include <QAbstractItemView>
+#include <QCompleter>
+#include <QKeyEvent>
+#include <QStandardItemModel>
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+constexpr int listWidth = 560; ///< pixels; a reference and the first words of its verse
+
+QString lineOf(const bible::Suggestion &suggestion)
+{
+    return suggestion.isWhole()
+        ? suggestion.reference + QStringLiteral("   ·   ") + suggestion.words
+        : suggestion.reference;
+}
+
+} // namespace
+
+VerseField::VerseField(QWidget *parent)
+    : QLineEdit(parent)
+    , m_model(new QStandardItemModel(this))
+    , m_completer(new QCompleter(m_model, this))
+{
+    m_completer->setCompletionMode(QCompleter::UnfilteredPopupCompletion);
+    m_completer->setMaxVisibleItems(10);
+    m_completer->setWidget(this);
+    m_completer->popup()->setObjectName(QStringLiteral("verseSuggestions"));
+    m_completer->popup()->setAccessibleName(nimbara_i18n::tr("Citas y versículos encontrados"));
+    m_completer->popup()->setTextElideMode(Qt::ElideRight);
+    connect(this, &QLineEdit::textEdited, this, &VerseField::typed);
+    connect(m_completer,
+        qOverload<const QModelIndex &>(&QCompleter::activated),
+        this,
+        [this](const QModelIndex &index) { take(index.row()); });
+}
+
+void VerseField::offer(const QString &typed, const QList<bible::Suggestion> &suggestions)
+{
+    if (!hasFocus() || text() != typed || !isModified()) {
+        return;
+    }
+    const QAbstractItemView *list = m_completer->popup();
+    const bool isChoosing = list->isVisible() && list->currentIndex().isValid();
+    if (isChoosing && suggestions == m_suggestions) {
+        return; // what the operator is at stays
+    }
+    m_suggestions = suggestions;
+    m_model->clear();
+    for (const bible::Suggestion &suggestion : suggestions) {
+        auto *item = new QStandardItem(lineOf(suggestion));
+        item->setEditable(false);
+        m_model->appendRow(item);
+    }
+    if (suggestions.isEmpty()) {
+        m_completer->popup()->hide();
+        return;
+    }
+    m_completer->complete(QRect(0, 0, std::max(width(), listWidth), height()));
+}
+
+void VerseField::keyPressEvent(QKeyEvent *event)
+{
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    QAbstractItemView *list = m_completer->popup();
+    if (isReturn && list->isVisible() && list->currentIndex().isValid()) {
+        event->ignore(); // it is the list's
+        return;
+    }
+    if (isReturn) {
+        list->hide();
+    }
+    QLineEdit::keyPressEvent(event);
+}
+
+void VerseField::take(int row)
+{
+    if (row < 0 || row >= m_suggestions.size()) {
+        return;
+    }
+    const bible::Suggestion suggestion = m_suggestions.at(row);
+    if (suggestion.isWhole()) {
+        setText(suggestion.reference);
+        Q_EMIT chosen(suggestion.reference);
+        return;
+    }
+    setText(suggestion.reference + QLatin1Char(' '));
+    setModified(true);
+    // Not from within the list's own signal: it closes behind it.
+    QMetaObject::invokeMethod(
+        this,
+        [this] { Q_EMIT typed(text()); },
+        Qt::QueuedConnection);
+}
+
+} // namespace nimbara

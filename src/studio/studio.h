@@ -43,8 +43,8 @@ struct StudioPeers {
     Endpoint apiBible = apiBibleEndpoint();
     std::unique_ptr<SystemKeyStore> keychain = nullptr; ///< none: the platform's store
     QString dataFolder {}; ///< of recovery copies, backups, recordings; empty: none are kept
-    DiskWatch::Look disk = DiskWatch::lookAtDisk; ///< of the recording
     QString cacheFolder {}; ///< of what can be made anew; empty: it is, with each run
+    DiskWatch::Look disk = DiskWatch::lookAtDisk; ///< of the recording
 };
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick

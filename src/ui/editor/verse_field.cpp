@@ -36,7 +36,10 @@ VerseField::VerseField(QWidget *parent)
     m_completer->popup()->setObjectName(QStringLiteral("verseSuggestions"));
     m_completer->popup()->setAccessibleName(nimbara_i18n::tr("Citas y versículos encontrados"));
     m_completer->popup()->setTextElideMode(Qt::ElideRight);
-    connect(this, &QLineEdit::textEdited, this, &VerseField::typed);
+    connect(this, &QLineEdit::textEdited, this, [this](const QString &text) {
+        m_completer->popup()->setCurrentIndex({}); // what was chosen went with the text before
+        Q_EMIT typed(text);
+    });
     connect(m_completer,
         qOverload<const QModelIndex &>(&QCompleter::activated),
         this,
@@ -49,9 +52,8 @@ void VerseField::offer(const QString &typed, const QList<bible::Suggestion> &sug
         return;
     }
     const QAbstractItemView *list = m_completer->popup();
-    const bool isChoosing = list->isVisible() && list->currentIndex().isValid();
-    if (isChoosing && suggestions == m_suggestions) {
-        return; // what the operator is at stays
+    if (list->isVisible() && list->currentIndex().isValid()) {
+        return; // what the operator is about to take stays in its place
     }
     m_suggestions = suggestions;
     m_model->clear();

@@ -109,7 +109,7 @@ Five runFive(const std::string &view, const QString &recordingName)
     prepareService(studio, view, factory, clock);
     Outputs &outputs = studio.outputs();
     const QString file = folder.filePath(recordingName);
-    outputs.recording().start(file, landscapeSize);
+    studio.recordings().start(file);
     for (std::size_t slot = 0; slot < destinationCount; ++slot) {
         outputs.destination(slot).start(platform.rtmp(QStringLiteral("live")),
             QString::number(slot),
@@ -147,7 +147,7 @@ Five runFive(const std::string &view, const QString &recordingName)
     for (std::size_t slot = 0; slot < destinationCount; ++slot) {
         stopped(slot);
     }
-    outputs.recording().finish();
+    studio.recordings().finish();
     while (outputs.recording().exists()) {
         runFor(studio, 100ms);
     }

@@ -52,6 +52,16 @@ constexpr TextPair pairs[] = {
         "Less than 500 MB are left on the disk: the recording was closed. The streams go on." },
     TextPair { "El archivo de la grabación no crecía; sigue en %1",
         "The recording's file did not grow; it goes on in %1" },
+    TextPair { "No se pudo terminar una parte de la grabación; se reparará en el próximo inicio.",
+        "A part of the recording could not be finished; it will be mended at the next start." },
+    TextPair {
+        "No hay sitio en el disco para reparar la grabación interrumpida %1; se intentará en el "
+        "próximo inicio.",
+        "There is no room on the disk to mend the interrupted recording %1; it will be tried at "
+        "the "
+        "next start." },
+    TextPair { "el disco no responde.", "the disk does not answer." },
+    TextPair { "el disco no recibe nada más.", "the disk takes nothing more." },
     TextPair { "Grabación interrumpida reparada: %1", "Interrupted recording mended: %1" },
     TextPair { "No se pudo reparar la grabación interrumpida %1; el archivo queda como está.",
         "The interrupted recording %1 could not be mended; the file stays as it is." },

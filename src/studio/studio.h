@@ -96,11 +96,11 @@ public:
     /// Changes the shape of the streams (`nimbara::changeProfile`). Does nothing while an output
     /// runs.
     void changeProfile(StreamProfile profile);
-    /// An output runs, or is lost and tried again: profile, project and language must stay as they
-    /// are.
+    /// An output runs, is paused, or is lost and tried again: profile, project and language must
+    /// stay as they are.
     [[nodiscard]] bool hasOutputs() const
     {
-        return m_outputs.any() || m_streams.isAnyReconnecting();
+        return m_outputs.any() || m_streams.isAnyReconnecting() || m_recordings.isPaused();
     }
     /// The congregation sees the hall program: the desktop must not sleep.
     void setHallShown(bool shown);

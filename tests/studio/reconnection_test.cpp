@@ -114,7 +114,7 @@ private Q_SLOTS:
             });
         };
         QVERIFY(inTime([&] { return shows("1 de 1 destinos", HealthLevel::Good); }));
-        QVERIFY(inTime([&] { return desk.studio.health().slot(0).kbits() > 0; }));
+        QVERIFY(inTime([&] { return desk.studio.health().slot(0).kbits > 0; }));
         peer.stop();
         QVERIFY(inTime([&] { return streams.isReconnecting(0); }));
         QVERIFY(

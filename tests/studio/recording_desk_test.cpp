@@ -3,6 +3,7 @@
 #include "studio/studio_fixture.h"
 #include "support/test_registry.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -19,6 +20,7 @@ struct Disk {
     std::atomic<std::int64_t> freeBytes { 10'000'000'000 };
     std::atomic<bool> grows { true };
     std::atomic<std::int64_t> fileBytes { 0 };
+    std::atomic<bool> hangs { false };
 };
 
 struct RecordingFixture {
@@ -35,7 +37,9 @@ struct RecordingFixture {
     [[nodiscard]] StudioPeers peers() const
     {
         StudioPeers peers;
+        peers.dataFolder = folder.filePath(u"data"_s);
         peers.disk = [disk = disk](const QString & /*path*/) {
+            disk->hangs.wait(true);
             disk->fileBytes += disk->grows ? 1000 : 0;
             return DiskWatch::Sample { disk->freeBytes, disk->fileBytes };
         };
@@ -51,6 +55,12 @@ struct RecordingFixture {
     bool ends()
     {
         return desk.runUntil([&] { return !desk.studio.outputs().recording().exists(); });
+    }
+    /// Recordings that the next start would mend.
+    [[nodiscard]] qsizetype unfinished() const
+    {
+        const QDir journal(folder.filePath(u"data/recordings"_s));
+        return journal.entryList({ u"*.recording"_s }, QDir::Files).size();
     }
     [[nodiscard]] QString file(const QString &name) const { return folder.filePath(name); }
     [[nodiscard]] bool noticed(const char *text)
@@ -84,6 +94,17 @@ private Q_SLOTS:
         QVERIFY(f.noticed("menos de 500 MB") && f.desk.told("Grabación guardada correctamente"));
         QVERIFY(probe(f.file(u"a 3.webm"_s)).duration > 0);
         QVERIFY(!f.recordings.isActive());
+        QCOMPARE(f.unfinished(), 1); // the one that did not grow
+
+        f.disk->freeBytes = 10'000'000'000;
+        f.recordings.start(f.file(u"hung.webm"_s));
+        QVERIFY(f.records(u"hung.webm"_s));
+        f.disk->hangs = true;
+        QVERIFY(f.desk.runUntil([&] { return f.noticed("no responde"); }));
+        QVERIFY(!f.desk.studio.outputs().recording().exists() && !f.recordings.isActive());
+        QCOMPARE(f.unfinished(), 2);
+        f.disk->hangs = false;
+        f.disk->hangs.notify_all();
     }
 
     void pausesAndGoesOnInParts()
@@ -95,6 +116,7 @@ private Q_SLOTS:
         f.recordings.pause();
         QVERIFY(f.recordings.isPaused() && f.recordings.isActive());
         QVERIFY(f.ends());
+        QVERIFY(f.desk.studio.hasOutputs()); // no other format, no project, no sleep meanwhile
         QVERIFY(f.recordings.isActive()); // until the operator goes on or ends it
         f.recordings.resume();
         QVERIFY(f.records(u"b 2.webm"_s));
@@ -102,8 +124,14 @@ private Q_SLOTS:
         QVERIFY(f.desk.runUntil([&] { return f.recordings.path() == f.file(u"b 3.webm"_s); }));
         f.recordings.setPartMinutes(0);
         QVERIFY(f.records(u"b 3.webm"_s));
-        f.recordings.finish();
+        f.recordings.setPartMinutes(1);
+        f.desk.clock.advanceUs(61'000'000);
+        QVERIFY(f.desk.runUntil([&] { return f.recordings.path() == f.file(u"b 4.webm"_s); }));
+        f.recordings.finish(); // mostly before the key frame with which that part begins
         QVERIFY(f.ends());
+        const QString last = f.file(u"b 4.webm"_s);
+        QTRY_VERIFY(!QFile::exists(last) || probe(last).duration > 0);
+        QCOMPARE(f.unfinished(), 0);
         for (const auto &name : { u"b.webm"_s, u"b 2.webm"_s, u"b 3.webm"_s }) {
             QVERIFY2(probe(f.file(name)).duration > 0, qPrintable(name));
         }

@@ -13,7 +13,7 @@ namespace nimbara {
 class EffortSwitch {
 public:
     EffortSwitch() = default;
-    /// `source` feeds `encoder`, which was made by `choice`.
+    /// `source` feeds `encoder` on its thread, which was made by `choice`.
     EffortSwitch(GstElement *source, GstElement *encoder, const EncoderChoice &choice);
 
     void setCheaper(bool cheaper) const;

@@ -100,7 +100,7 @@ void makeVideo(const PipelineParts &parts,
         PipelineParts::link({ encoder, end });
     }
     built.videoSrc = ElementRef::retain(source);
-    built.effort = EffortSwitch(source, encoder, choice);
+    built.effort = EffortSwitch(breath, encoder, choice);
     built.videoEncoder = ElementRef::retain(encoder);
     built.videoSink = ElementRef::retain(end);
 }

@@ -201,7 +201,8 @@ std::uint64_t ProgramEncoder::lost() const
 {
     const std::uint64_t waiting
         = gst_app_src_get_current_level_buffers(GST_APP_SRC(m_parts.videoSrc.get()));
-    const std::uint64_t seen = m_ends->taken + waiting;
+    const std::uint64_t taken = m_ends->taken; // the first one was never pushed: it warmed up
+    const std::uint64_t seen = taken - std::min<std::uint64_t>(taken, 1) + waiting;
     return m_pushed - std::min(seen, m_pushed);
 }
 
@@ -242,6 +243,7 @@ std::shared_ptr<ProgramEncoder> EncoderPool::take(const EncoderProfile &profile)
 
 void EncoderPool::poll(std::int64_t tNs)
 {
+    std::erase_if(m_entries, [](const Entry &entry) { return entry.encoder.expired(); });
     for (Entry &entry : m_entries) {
         if (const auto encoder = entry.encoder.lock()) {
             count(entry, *encoder);

@@ -9,7 +9,8 @@ namespace nimbara {
 
 namespace {
 
-constexpr std::uint64_t keptSoundNs = 1'000'000'000;
+/// Pictures come out of their encoder later than sound by as much as may wait in front of it.
+constexpr std::uint64_t keptSoundNs = 4'000'000'000;
 
 GstAppSrc *appSource(const ElementRef &source)
 {
@@ -101,6 +102,20 @@ void OutletInput::beginAt(std::uint64_t base, const std::deque<EncodedUnit> &sou
     }
 }
 
+void OutletInput::forwardHeld()
+{
+    for (const EncodedUnit &unit : std::exchange(m_held, {})) {
+        forward(m_audio, unit);
+    }
+}
+
+void OutletInput::takeBack()
+{
+    const std::lock_guard lock(m_mutex);
+    m_next.reset();
+    forwardHeld();
+}
+
 void OutletInput::waitForOther()
 {
     const std::lock_guard lock(m_mutex);
@@ -162,6 +177,9 @@ void OutletInput::forward(Input &input, const EncodedUnit &unit)
 void OutletInput::end(Track track)
 {
     const std::lock_guard lock(m_mutex);
+    if (track == Track::Sound) {
+        forwardHeld();
+    }
     finish(track == Track::Picture ? m_video : m_audio);
 }
 
@@ -174,6 +192,7 @@ void OutletInput::finishAt(std::uint64_t time)
 void OutletInput::finish()
 {
     const std::lock_guard lock(m_mutex);
+    forwardHeld();
     finish(m_video);
     finish(m_audio);
     if (const auto next = std::exchange(m_next, nullptr)) {

@@ -49,6 +49,9 @@ public:
     /// tap of the same encoder: no picture and no sound is missing or doubled between the two.
     void handOverTo(const std::shared_ptr<OutletInput> &next);
 
+    /// There will be no next one; all goes on here.
+    void takeBack();
+
     [[nodiscard]] OutletFigures figures() const;
 
     /// Its first key frame has come.
@@ -61,6 +64,7 @@ private:
         bool hasEnded = false;
     };
     void handOver(const EncodedUnit &key);
+    void forwardHeld();
     void beginAlone();
     void beginAt(std::uint64_t base, const std::deque<EncodedUnit> &sound);
     void takePicture(const EncodedUnit &unit);

@@ -13,8 +13,8 @@ namespace {
 /// may take its time.
 constexpr std::uint64_t streamPatience = 2'000'000'000;
 constexpr std::uint64_t filePatience = 20'000'000'000;
-/// With a shared encoder, for what it still holds.
-constexpr auto endPatience = std::chrono::seconds(1);
+/// With a shared encoder, for what it still holds: a second of pictures, two at half the rate.
+constexpr auto endPatience = std::chrono::seconds(4);
 /// For the key frame with which another output goes on.
 constexpr auto keyPatience = std::chrono::seconds(5);
 
@@ -131,6 +131,15 @@ void Output::finish()
         m_stoppedAt = std::chrono::steady_clock::now();
         m_input->finishAt(m_encoder->nextTime());
         pollEnd();
+    }
+}
+
+void Output::takeBack()
+{
+    if (m_running && m_handsOver) {
+        m_handsOver = false;
+        m_stopping = false;
+        m_input->takeBack();
     }
 }
 

@@ -88,8 +88,12 @@ public:
     /// Since the start. Thread-safe.
     [[nodiscard]] OutletFigures figures() const { return m_input->figures(); }
 
+    /// The one that was to go on is given up before its first key frame: this one is pushed to
+    /// again.
+    void takeBack();
+
     /// What is pushed after the next stamp is taken. One that joins a running encoder waits for a
-    /// key frame first, two seconds at most.
+    /// key frame first, two seconds of pictures at most.
     [[nodiscard]] bool ready() const
     {
         return m_encoder->ready() && (!m_encoder->hasBegun() || m_input->hasBegun());

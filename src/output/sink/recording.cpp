@@ -73,11 +73,18 @@ std::optional<OutletFigures> Recording::figures() const
     return m_output ? std::optional(m_output->figures()) : std::nullopt;
 }
 
-void Recording::finish()
+bool Recording::finish()
 {
+    const bool givesUp = m_lastPart && m_lastPart->running() && m_output && !m_output->ready()
+        && !m_output->stopping();
+    if (givesUp) {
+        m_lastPart->takeBack();
+        m_retirement->retire(std::exchange(m_output, std::move(m_lastPart)));
+    }
     if (m_output) {
         m_output->finish();
     }
+    return givesUp;
 }
 
 std::optional<Message>
@@ -99,6 +106,7 @@ void Recording::pollLastPart()
     }
     m_lastPart->pollOutput();
     if (!m_lastPart->running()) {
+        m_partEnd = m_lastPart->finished();
         if (!m_lastPart->finished()) {
             logLine(QStringLiteral("Recording, last part: ") + m_lastPart->error().spanish());
         }

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <utility>
 
 namespace nimbara {
 
@@ -59,8 +60,12 @@ public:
     void abandon();
 
     /// Asks for the end of the file. Nothing more is pushed from here on. Does nothing when idle or
-    /// already finishing.
-    void finish();
+    /// already finishing. Returns whether a part that had not begun yet was given up: the one
+    /// before is the last then, and the other's file is empty.
+    bool finish();
+
+    /// How the part before the present one ended, once: whether its file is complete.
+    std::optional<bool> takePartEnd() { return std::exchange(m_partEnd, std::nullopt); }
 
     /// One tick: stamp, picture, sound, bus. `tNs` as in `Output::stamp`. Returns the status to
     /// show when the recording ended in this tick (cleanly or not); the slot is idle then.
@@ -92,6 +97,7 @@ private:
     EncoderPool &m_encoders;
     std::int32_t m_bitrate = outputBitrate;
     std::unique_ptr<Output> m_output;
+    std::optional<bool> m_partEnd;
     std::unique_ptr<Output> m_lastPart; ///< being finished, while the next one is written
 };
 

@@ -4,6 +4,7 @@
 #include "media/gst/gst_handles.h"
 #include "output/encode/failure_text.h"
 #include "output/encode/pipeline_parts.h"
+#include "output/encode/task_threads.h"
 
 namespace nimbara {
 
@@ -17,12 +18,23 @@ void connectTrack(GstElement * /*demuxer*/, GstPad *track, gpointer muxer)
     auto *to = static_cast<GstElement *>(muxer);
     const auto bin = ElementRef::adopt(GST_ELEMENT(gst_element_get_parent(to)));
     GstElement *queue = gst_element_factory_make("queue", nullptr);
+    // Room for one track's gap, in which the muxer waits for the other one.
+    g_object_set(queue,
+        "max-size-buffers",
+        0U,
+        "max-size-time",
+        guint64 { 0 },
+        "max-size-bytes",
+        64U << 20U,
+        nullptr);
     gst_bin_add(GST_BIN(bin.get()), queue);
     const auto caps = CapsRef::adopt(gst_pad_query_caps(track, nullptr));
     const bool isSound
         = g_str_has_prefix(gst_structure_get_name(gst_caps_get_structure(caps.get(), 0)), "audio/");
-    gst_element_link_pads(queue, "src", to, isSound ? "audio_%u" : "video_%u");
-    gst_pad_link(track, padOf(queue, "sink").get());
+    if (gst_element_link_pads(queue, "src", to, isSound ? "audio_%u" : "video_%u") == FALSE
+        || gst_pad_link(track, padOf(queue, "sink").get()) != GST_PAD_LINK_OK) {
+        GST_ELEMENT_ERROR(to, STREAM, WRONG_TYPE, (nullptr), ("a track cannot be linked"));
+    }
     gst_element_sync_state_with_parent(queue);
 }
 
@@ -66,6 +78,7 @@ void remux(const QString &source, const QString &target)
     PipelineParts::link({ muxer, fileElement(parts, "filesink", target) });
     g_signal_connect(demuxer, "pad-added", G_CALLBACK(connectTrack), muxer);
     const Pipeline pipeline = parts.take();
+    giveWayToOthers(pipeline.bus());
     if (!pipeline.play()) {
         throw Error(failureText(GST_RESOURCE_ERROR_OPEN_READ));
     }

@@ -36,6 +36,9 @@ public:
     /// From now on this file; empty: none.
     void watch(const QString &path);
 
+    /// A look is under way: the disk has not answered yet.
+    [[nodiscard]] bool isLooking() const { return m_look.isUnderWay(); }
+
     /// The newest look, once. Begins the next one when it is time and the last one is back.
     std::optional<Sample> poll(std::int64_t nowUs);
 

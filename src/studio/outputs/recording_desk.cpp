@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <utility>
@@ -11,6 +12,7 @@ namespace nimbara {
 namespace {
 
 constexpr std::int64_t minuteUs = 60'000'000;
+constexpr int healthyGrowths = 5; // of a file; its header alone is no sign of a disk that works
 
 Message nameOf(const QString &path)
 {
@@ -55,6 +57,7 @@ void RecordingDesk::start(const QString &path)
     const QString free = path.isEmpty() ? path : freePath(path);
     open(free);
     m_firstPath = path;
+    m_stuckFiles = 0;
     Q_EMIT changed();
 }
 
@@ -68,17 +71,31 @@ void RecordingDesk::open(const QString &path)
 
 void RecordingDesk::follow(const QString &path)
 {
-    m_path = path;
+    m_lastPath = std::exchange(m_path, path);
     m_lastEntry = std::exchange(m_entry, m_journal.begin(path));
     m_disk.watch(path);
     m_partStartedUs = m_clock.monotonicUs();
     m_grownUs = m_partStartedUs;
     m_fileBytes = -1;
+    m_growths = 0;
+}
+
+/// A part that had not begun leaves nothing but an empty file behind.
+void RecordingDesk::finishFile()
+{
+    if (m_outputs.recording().finish()) {
+        if (m_entry) {
+            m_entry->finished();
+        }
+        m_entry = std::move(m_lastEntry);
+        BackgroundTask<bool>().start(
+            [empty = std::exchange(m_path, m_lastPath)] { return QFile::remove(empty); });
+    }
 }
 
 void RecordingDesk::finish()
 {
-    m_outputs.recording().finish();
+    finishFile();
     if (std::exchange(m_isPaused, false)) {
         Q_EMIT said("Grabación terminada.");
     }
@@ -89,7 +106,7 @@ void RecordingDesk::pause()
 {
     if (m_outputs.recording().state() == RecordingState::recording) {
         m_isPaused = true;
-        m_outputs.recording().finish();
+        finishFile();
         Q_EMIT said("Grabación en pausa.");
         Q_EMIT changed();
     }
@@ -112,17 +129,44 @@ void RecordingDesk::ended(bool cleanly)
     if (m_entry && cleanly) {
         m_entry->finished();
     }
-    if (m_lastEntry) {
-        m_lastEntry->finished();
-    }
     m_entry.reset();
-    m_lastEntry.reset();
+    settleLastPart();
     m_isPaused = m_isPaused && cleanly;
     Q_EMIT changed();
 }
 
+void RecordingDesk::setPartMinutes(int minutes)
+{
+    m_partMinutes = minutes;
+    m_partStartedUs = m_clock.monotonicUs(); // nothing is cut while the operator chooses
+}
+
+/// One whose file is not whole is mended at the next start.
+void RecordingDesk::settleLastPart()
+{
+    const std::optional<bool> isWhole = m_outputs.recording().takePartEnd();
+    if (!isWhole) {
+        return;
+    }
+    if (!*isWhole) {
+        Q_EMIT alarmed("No se pudo terminar una parte de la grabación; se reparará en el próximo "
+                       "inicio.");
+    } else if (m_lastEntry) {
+        m_lastEntry->finished();
+    }
+    m_lastEntry.reset();
+}
+
+void RecordingDesk::fail(const Message &reason)
+{
+    m_outputs.recording().abandon();
+    ended(false);
+    Q_EMIT alarmed("La grabación se detuvo: " + reason);
+}
+
 void RecordingDesk::poll()
 {
+    settleLastPart();
     for (const Message &text : m_journal.poll()) {
         Q_EMIT said(text);
     }
@@ -135,6 +179,9 @@ void RecordingDesk::poll()
     }
     if (const auto sample = m_disk.poll(m_clock.monotonicUs())) {
         judge(*sample);
+    } else if (m_disk.isLooking() && m_outputs.recording().ready()
+        && m_clock.monotonicUs() - m_grownUs >= answerUs) {
+        fail("el disco no responde."); // nothing more is opened there
     }
 }
 
@@ -159,7 +206,7 @@ void RecordingDesk::judge(const DiskWatch::Sample &sample)
         m_freeBytes = sample.freeBytes;
     }
     if (m_freeBytes && *m_freeBytes < reserveBytes) {
-        m_outputs.recording().finish();
+        finishFile();
         Q_EMIT alarmed("Quedan menos de 500 MB en el disco: la grabación se cerró. Las "
                        "transmisiones siguen.");
         Q_EMIT changed();
@@ -171,21 +218,34 @@ void RecordingDesk::judge(const DiskWatch::Sample &sample)
 void RecordingDesk::judgeGrowth(std::int64_t fileBytes)
 {
     const std::int64_t now = m_clock.monotonicUs();
-    if (std::exchange(m_fileBytes, fileBytes) != fileBytes || !m_outputs.recording().ready()) {
+    if (std::exchange(m_fileBytes, fileBytes) != fileBytes) {
+        m_stuckFiles = ++m_growths > healthyGrowths ? 0 : m_stuckFiles;
+        m_grownUs = now;
+    }
+    if (!m_outputs.recording().ready()) {
         m_grownUs = now;
     }
     if (now - m_grownUs < growthUs) {
         return;
     }
-    m_grownUs = now;
+    if (++m_stuckFiles > 1) {
+        fail("el disco no recibe nada más.");
+    } else {
+        goOnInAnotherFile();
+    }
+}
+
+/// The one that is left is mended at the next start.
+void RecordingDesk::goOnInAnotherFile()
+{
     m_outputs.recording().abandon();
+    m_entry.reset();
     try {
         open(freePath(m_firstPath));
         Q_EMIT alarmed(
             Message("El archivo de la grabación no crecía; sigue en %1", { nameOf(m_path) }));
     } catch (const std::exception &error) {
-        ended(false);
-        Q_EMIT alarmed("La grabación se detuvo: " + errorMessage(error));
+        fail(errorMessage(error));
     }
 }
 

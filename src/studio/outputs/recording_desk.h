@@ -24,6 +24,7 @@ class RecordingDesk : public QObject {
 public:
     static constexpr std::int64_t reserveBytes = 500'000'000; ///< left free on the disk
     static constexpr std::int64_t growthUs = 5'000'000; ///< in which a file has to grow
+    static constexpr std::int64_t answerUs = 15'000'000; ///< in which a disk has to answer
 
     /// All must outlive the desk. `journalFolder`: see `RecordingJournal`.
     RecordingDesk(const Clock &clock,
@@ -46,7 +47,7 @@ public:
     [[nodiscard]] bool isActive() const;
 
     /// The recording goes on in another part after so many minutes; 0: it does not.
-    void setPartMinutes(int minutes) { m_partMinutes = minutes; }
+    void setPartMinutes(int minutes);
     [[nodiscard]] int partMinutes() const { return m_partMinutes; }
 
     /// Call on every run of the frame clock.
@@ -54,6 +55,11 @@ public:
     /// The recording ended by itself, cleanly or not.
     void ended(bool cleanly);
 
+    /// Of the pictures, as the project wants them.
+    [[nodiscard]] std::int64_t videoBitsPerSecond() const
+    {
+        return std::int64_t { m_stage.document.project().videoKbits } * 1000;
+    }
     /// The file that is being written, or was last.
     [[nodiscard]] const QString &path() const { return m_path; }
     /// Free on its disk; none while nothing is recorded, or unknown.
@@ -75,6 +81,10 @@ private:
     void nextPart();
     void judge(const DiskWatch::Sample &sample);
     void judgeGrowth(std::int64_t fileBytes);
+    void goOnInAnotherFile();
+    void finishFile();
+    void settleLastPart();
+    void fail(const Message &reason);
 
     const Clock &m_clock;
     Outputs &m_outputs;
@@ -88,6 +98,9 @@ private:
     int m_partMinutes = 0;
     bool m_isPaused = false;
     std::int64_t m_partStartedUs = 0;
+    QString m_lastPath; ///< of the part before it
+    int m_stuckFiles = 0; ///< in a row that did not grow
+    int m_growths = 0; ///< times that the present file was seen to have grown
     std::int64_t m_fileBytes = -1;
     std::int64_t m_grownUs = 0;
     std::optional<std::int64_t> m_freeBytes;

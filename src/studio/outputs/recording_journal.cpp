@@ -4,13 +4,20 @@
 #include "base/log.h"
 #include "output/sink/remux.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QUuid>
+#include <QStorageInfo>
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
+
+#ifdef Q_OS_LINUX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
 
 namespace nimbara {
 
@@ -18,20 +25,38 @@ namespace {
 
 const auto recordingSuffix = QStringLiteral(".recording");
 const auto lockSuffix = QStringLiteral(".lock");
+constexpr std::int64_t roomLeft = 1'000'000'000; ///< bytes that a new recording must still have
 
 std::filesystem::path nativePath(const QString &path)
 {
     return std::filesystem::path(path.toStdU16String());
 }
 
-/// The original stays until the new one is whole.
+/// What is written reaches the disk before anything builds upon it.
+void bringToDisk([[maybe_unused]] const QString &path)
+{
+#ifdef Q_OS_LINUX
+    const int file = open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC); // NOLINT: as it is
+    if (file >= 0) {
+        fsync(file);
+        close(file);
+    }
+#endif
+}
+
+/// The original stays until the new one is whole and on the disk.
 Message mend(const QString &path)
 {
     const QString name = QFileInfo(path).fileName();
     const QString whole = path + QStringLiteral(".mending");
     try {
         remux(path, whole);
+        if (QFileInfo(whole).size() * 10 < QFileInfo(path).size() * 9) {
+            throw Error(QStringLiteral("Fallo de salida"));
+        }
+        bringToDisk(whole);
         std::filesystem::rename(nativePath(whole), nativePath(path));
+        bringToDisk(QFileInfo(path).path());
         return { "Grabación interrumpida reparada: %1", { Message::verbatim(name) } };
     } catch (const std::exception &error) {
         QFile::remove(whole);
@@ -52,8 +77,18 @@ std::optional<Message> mendEntry(const QString &file)
     QFile journal(file);
     const QString path
         = journal.open(QIODevice::ReadOnly) ? QString::fromUtf8(journal.readAll()) : QString();
+    const QFileInfo recording(path);
+    if (!path.isEmpty() && !QFileInfo(recording.path()).isDir()) {
+        return std::nullopt; // its disk may be back another time
+    }
     std::optional<Message> told;
-    if (QFileInfo(path).size() > 0) {
+    if (recording.size() > 0) {
+        const QStorageInfo disk(recording.path());
+        if (disk.isValid() && disk.bytesAvailable() < recording.size() + roomLeft) {
+            return Message("No hay sitio en el disco para reparar la grabación interrumpida %1; se "
+                           "intentará en el próximo inicio.",
+                { Message::verbatim(recording.fileName()) });
+        }
         told = mend(path);
     }
     journal.remove();
@@ -97,10 +132,11 @@ std::unique_ptr<RecordingJournal::Entry> RecordingJournal::begin(const QString &
     if (m_folder.isEmpty() || !QDir().mkpath(m_folder)) {
         return nullptr;
     }
-    const QString stem = m_folder + QLatin1Char('/') + QUuid::createUuid().toString(QUuid::Id128);
+    const QByteArray text = QFileInfo(path).absoluteFilePath().toUtf8();
+    const QByteArray digest = QCryptographicHash::hash(text, QCryptographicHash::Sha1).toHex();
+    const QString stem = m_folder + QLatin1Char('/') + QString::fromLatin1(digest);
     auto entry = std::make_unique<Entry>(stem);
     QFile file(stem + recordingSuffix);
-    const QByteArray text = QFileInfo(path).absoluteFilePath().toUtf8();
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
         return nullptr;
     }

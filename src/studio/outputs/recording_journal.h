@@ -13,8 +13,8 @@
 namespace nimbara {
 
 /// Which recordings are being written, so that the next start finds those that a crash or a power
-/// cut left unfinished. Each has a file "<id>.recording" with its path in the folder, and beside it
-/// a lock that is held for as long as this program writes it. Interface thread only.
+/// cut left unfinished. Each has a file "<digest of its path>.recording" in the folder, which holds
+/// the path, and beside it a lock for as long as this program writes it. Interface thread only.
 class RecordingJournal {
 public:
     /// Empty: nothing is kept.
@@ -34,7 +34,8 @@ public:
     [[nodiscard]] std::unique_ptr<Entry> begin(const QString &path) const;
 
     /// Mends what other runs left behind, on a background task: each is written anew beside itself,
-    /// whole and with an index, and then takes its own place. Call once.
+    /// whole and with an index, and then takes its own place. What lies on a disk that is not there
+    /// now, or too full for it, waits for another start. Call once.
     void mendUnfinished();
     /// What came of it, once.
     std::vector<Message> poll();

@@ -14,16 +14,16 @@ constexpr double busyCpu = 0.85;
 constexpr std::int64_t warningDiskMinutes = 60;
 constexpr std::int64_t alarmDiskMinutes = 20;
 constexpr int starvedPatience = 10; // s
-/// Of a recording of which nothing is known yet, with its sound.
-constexpr std::int64_t usualBytesPerMinute = (outputBitrate + 160'000) / 8 * 60;
+constexpr std::int64_t soundBitsPerSecond = 160'000;
 
 Message number(std::int64_t value)
 {
     return Message::verbatim(QString::number(value));
 }
 
-Message clockText(int seconds)
+Message clockText(double exact)
 {
+    const auto seconds = static_cast<int>(exact);
     return Message::verbatim(QStringLiteral("%1:%2:%3")
                                  .arg(seconds / 3600)
                                  .arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'))
@@ -67,11 +67,11 @@ bool ServiceHealth::measure(std::int64_t nowUs, Composition composition)
     if (nowUs - m_measuredUs < periodUs) {
         return false;
     }
+    m_seconds = m_measuredUs == 0 ? 0 : static_cast<double>(nowUs - m_measuredUs) * 1e-6;
     m_measuredUs = nowUs;
     m_cpuShare = m_cpu.share();
     m_due.add(composition.due);
     m_late.add(composition.late);
-    m_pushed.add(m_outputs.encoders().pushed());
     m_lost.add(m_outputs.encoders().lost());
     m_recordedBytes.add(m_outputs.recording().figures().value_or(OutletFigures {}).bytes);
     measureSlots();
@@ -92,6 +92,9 @@ void ServiceHealth::measureSlots()
         const OutletFigures figures = destination.figures().value_or(OutletFigures {});
         SlotHealth &health = m_slots.at(slot);
         health.bytes.add(figures.bytes);
+        health.kbits = m_seconds > 0
+            ? static_cast<int>(static_cast<double>(health.bytes.gain()) * 8e-3 / m_seconds)
+            : 0;
         health.dropped.add(figures.dropped);
         health.waitingSeconds = static_cast<double>(figures.waitingNs) * 1e-9;
         m_dropped = std::max(m_dropped, health.dropped.sum());
@@ -103,12 +106,13 @@ void ServiceHealth::measureSlots()
 void ServiceHealth::measureTimes()
 {
     m_streamSeconds
-        = m_wanted == 0 ? 0 : m_streamSeconds + (m_up > 0 || m_streamSeconds > 0 ? 1 : 0);
+        = m_wanted == 0 ? 0 : m_streamSeconds + (m_up > 0 || m_streamSeconds > 0 ? m_seconds : 0);
+    m_steadySeconds = m_recordings.isActive() && !m_recordings.isPaused() ? m_steadySeconds + 1 : 0;
     if (!m_recordings.isActive()) {
         m_recordingSeconds = 0;
         m_advised = false;
     } else if (!m_recordings.isPaused()) {
-        ++m_recordingSeconds;
+        m_recordingSeconds += m_seconds;
     }
 }
 
@@ -116,7 +120,8 @@ void ServiceHealth::measureTimes()
 void ServiceHealth::advise()
 {
     m_advice = {};
-    const bool isStarved = share(m_lost.gain(), m_pushed.gain()) > alarmLoss
+    const bool isStarved = m_outputs.encoders().effort() == Effort::HalfRate
+        || share(m_lost.gain(), m_due.gain()) > alarmLoss
         || share(m_late.gain(), m_due.gain()) > alarmLoss;
     m_starvedSeconds = isStarved ? m_starvedSeconds + 1 : 0;
     const bool isWebM = m_recordings.isActive() && !m_recordings.isPaused()
@@ -157,14 +162,14 @@ void ServiceHealth::makeLine()
 {
     m_line.clear();
     if (m_wanted > 0) {
-        std::uint64_t bytes = 0;
+        std::int64_t kbits = 0;
         for (const SlotHealth &slot : m_slots) {
-            bytes += slot.bytes.gain();
+            kbits += slot.kbits;
         }
         add({ "En directo %1", { clockText(m_streamSeconds) } });
         add({ "%1 de %2 destinos", { number(m_up), number(m_wanted) } },
             m_up < m_wanted ? HealthLevel::Alarm : HealthLevel::Good);
-        add({ "%1 kbit/s", { number(static_cast<std::int64_t>(bytes * 8 / 1000)) } });
+        add({ "%1 kbit/s", { number(kbits) } });
     }
     if (m_recordings.isActive()) {
         add({ m_recordings.isPaused() ? "En pausa %1" : "Grabando %1",
@@ -179,7 +184,7 @@ void ServiceHealth::addLosses()
 {
     if (m_outputs.any()) {
         const std::uint64_t lost = m_lost.sum() + m_dropped;
-        HealthLevel level = levelOfLoss(share(lost, m_pushed.sum()));
+        HealthLevel level = levelOfLoss(share(lost, m_due.sum()));
         const bool waits = std::any_of(m_slots.begin(), m_slots.end(), [](const auto &slot) {
             return slot.waitingSeconds >= warningWait;
         });
@@ -202,9 +207,10 @@ void ServiceHealth::addDisk()
     if (!free) {
         return;
     }
-    const bool isKnown = m_recordingSeconds >= static_cast<int>(MinuteSum::seconds);
-    const std::int64_t perMinute = std::max<std::int64_t>(
-        isKnown ? static_cast<std::int64_t>(m_recordedBytes.sum()) : usualBytesPerMinute,
+    const bool isKnown = m_steadySeconds > static_cast<int>(MinuteSum::seconds);
+    const std::int64_t perMinute = std::max<std::int64_t>(isKnown
+            ? static_cast<std::int64_t>(m_recordedBytes.sum())
+            : (m_recordings.videoBitsPerSecond() + soundBitsPerSecond) / 8 * 60,
         1);
     const std::int64_t minutes
         = std::max<std::int64_t>(*free - RecordingDesk::reserveBytes, 0) / perMinute;

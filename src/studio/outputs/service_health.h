@@ -27,7 +27,7 @@ struct SlotHealth {
     MinuteSum bytes; ///< that it took
     MinuteSum dropped; ///< pictures that were left out for it
     double waitingSeconds = 0; ///< of pictures that wait to be sent
-    [[nodiscard]] int kbits() const { return static_cast<int>(bytes.gain() * 8 / 1000); }
+    int kbits = 0; ///< kbit/s that it takes
 };
 
 /// How the outputs and the machine are, measured once a second. Interface thread only.
@@ -76,11 +76,12 @@ private:
     std::array<SlotHealth, destinationCount> m_slots;
     int m_wanted = 0;
     int m_up = 0;
-    int m_streamSeconds = 0;
-    int m_recordingSeconds = 0;
+    double m_seconds = 0; ///< since it was measured before
+    double m_streamSeconds = 0;
+    double m_recordingSeconds = 0;
+    int m_steadySeconds = 0; ///< of a recording without a pause
     MinuteSum m_due;
     MinuteSum m_late;
-    MinuteSum m_pushed;
     MinuteSum m_lost; ///< pictures that no encoder took
     std::uint64_t m_dropped = 0; ///< of the last minute, the worst output's
     MinuteSum m_recordedBytes;

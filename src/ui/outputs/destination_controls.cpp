@@ -55,7 +55,7 @@ void DestinationControls::showDestination(std::size_t slot)
 QString DestinationControls::figuresText(std::size_t slot, const SlotHealth &health) const
 {
     return nimbara_i18n::tr("%1 kbit/s · en cola %2 s · perdidas %3 · reconexiones %4")
-        .arg(health.kbits())
+        .arg(health.kbits)
         .arg(health.waitingSeconds, 0, 'f', 1)
         .arg(health.dropped.sum())
         .arg(m_desk.reconnections(slot));

@@ -5,6 +5,7 @@
 
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QSignalBlocker>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
@@ -85,6 +86,8 @@ void OutputsTab::addButtons(QGridLayout *grid)
 void OutputsTab::addRecordingRow(QGridLayout *grid)
 {
     m_partMinutes->setRange(0, 240);
+    m_partMinutes->setKeyboardTracking(false); // a number that is half typed means nothing yet
+    m_videoRate->setKeyboardTracking(false);
     m_partMinutes->setSpecialValueText(nimbara_i18n::tr("Un solo archivo"));
     m_partMinutes->setPrefix(nimbara_i18n::tr("Partes de") + QLatin1Char(' '));
     m_partMinutes->setSuffix(QStringLiteral(" min"));
@@ -192,6 +195,7 @@ void OutputsTab::showSaving(bool saving)
 
 void OutputsTab::showVideoKbits(int kbits)
 {
+    const QSignalBlocker blocker(m_videoRate); // it may be shown rounded
     m_videoRate->setValue(kbits / 1000.0);
 }
 

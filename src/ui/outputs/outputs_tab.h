@@ -42,8 +42,8 @@ public:
     void showReconnects(bool on);
     /// Keys are being saved: the button takes no press for now.
     void showSaving(bool saving);
-    /// `pausable`: it can be paused, or is paused and can go on.
     void showVideoKbits(int kbits);
+    /// `pausable`: it can be paused, or is paused and can go on.
     void showRecording(const Message &buttonText, bool pausable, bool paused);
 
 Q_SIGNALS:

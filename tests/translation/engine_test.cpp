@@ -157,9 +157,10 @@ private Q_SLOTS:
                  { responses, 91, 11 } }) {
             const RowName named(lost);
             restart();
-            bool away = true;
-            m_peer.onEvent = [&, path = QLatin1String(lost)](const QJsonObject &event) {
-                if (away && field(event, "path") == path) {
+            // Events come until the next row has begun.
+            const auto away = std::make_shared<bool>(true);
+            m_peer.onEvent = [this, away, path = QLatin1String(lost)](const QJsonObject &event) {
+                if (*away && field(event, "path") == path) {
                     m_peer.drop(event);
                 } else if (field(event, "path") == QLatin1String(transcriptions)) {
                     transcribe(event, u"frase %1"_s.arg(m_peer.events.size()));
@@ -175,7 +176,7 @@ private Q_SLOTS:
             m_clock.advanceUs(awaySeconds * 1'000'000LL);
             QTRY_VERIFY(m_statuses.size() > 2); // tried again
             speak(11);
-            away = false;
+            *away = false;
             m_clock.advanceUs(5'000'000);
             QTRY_COMPARE(m_captions.size(), captions);
             QVERIFY(!m_statuses.join(u'|').contains(u"omit"));

@@ -112,11 +112,15 @@ void AudioCapture::play(bool isDevice)
 
 void AudioCapture::pull(const GainState &gainState)
 {
-    if (!m_running || takeBusMessage()) {
+    if (!m_running) {
         return;
     }
-    if (m_start.poll() == PipelineStart::Outcome::Refused) {
+    const PipelineStart::Outcome start = m_start.poll();
+    if (start == PipelineStart::Outcome::Refused) { // whatever the element says of it
         stop(refusedText());
+        return;
+    }
+    if (start != PipelineStart::Outcome::Underway && takeBusMessage()) {
         return;
     }
     for (int taken = 0; taken < samplesPerPull; ++taken) {

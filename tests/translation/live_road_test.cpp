@@ -12,11 +12,18 @@ using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr const char *turnModel = "gpt-4o-transcribe";
+
+} // namespace
+
 /// One session after the other against an independent WebSocket server, the clock cranked by hand.
 class LiveRoadTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void init() { restart("accept"); }
+    void cleanup() { qunsetenv("VESPERLINE_LIVE_MODEL"); }
 
     void triesAgainLaterAndLater()
     {
@@ -41,6 +48,15 @@ private Q_SLOTS:
         restart("reject");
         m_road->start(u"sk-secret"_s, u"es"_s, {});
         QTRY_COMPARE(m_log.value(1), u"unavailable"_s);
+        pass(3'600'000);
+        QVERIFY(!m_road->isOpening());
+        // Later, too, and then the operator has to know.
+        restart("busy");
+        m_road->start(u"sk-secret"_s, u"es"_s, {});
+        QTRY_COMPARE(m_log.size(), 2);
+        m_peer.live("reject");
+        pass(2000);
+        QTRY_COMPARE(m_log.value(2), u"Modo en vivo rechazado: HTTP/1.1 401 Unauthorized"_s);
         pass(3'600'000);
         QVERIFY(!m_road->isOpening());
     }
@@ -97,17 +113,48 @@ private Q_SLOTS:
         QVERIFY(m_log.isEmpty());
         pass(1);
         QCOMPARE(m_log, (QStringList { silent, u"unavailable"_s }));
-        restart("accept");
-        open(0);
-        m_log.clear();
-        say({ { 1000, 0.1 }, { 450, 0 }, { 200, 0.1 } });
-        pass(LiveTranscriber::answerPatienceMs);
-        QVERIFY(m_road->isOpen());
-        pass(1);
-        QCOMPARE(m_log, (QStringList { silent, u"owed 1650"_s, u"unavailable"_s }));
-        pass(2000);
-        confirm(1);
-        QVERIFY(m_road->isReady());
+        for (const char *model : { "gpt-live-transcribe", turnModel }) {
+            const RowName named(model);
+            restart("accept");
+            qputenv("VESPERLINE_LIVE_MODEL", model);
+            open(0);
+            m_log.clear();
+            say({ { 1000, 0.1 }, { 450, 0 }, { 200, 0.1 } });
+            pass(LiveTranscriber::answerPatienceMs);
+            QVERIFY(m_road->isOpen());
+            pass(1);
+            QCOMPARE(m_log, (QStringList { silent, u"owed 1650"_s, u"unavailable"_s }));
+            pass(2000);
+            confirm(1);
+            QVERIFY(m_road->isReady());
+        }
+    }
+
+    /// A turn ends when the server says so, and that may take it a while.
+    void waitsForTheLastTurn()
+    {
+        for (const bool answers : { true, false }) {
+            restart("accept");
+            qputenv("VESPERLINE_LIVE_MODEL", turnModel);
+            open(0);
+            pass(LiveRoad::renewAfterMs);
+            confirm(1);
+            say({ { 300, 0.1 }, { 300, 0 } });
+            transcript(1, "dos");
+            tell(1,
+                R"({"type":"conversation.item.input_audio_transcription.delta","delta":"tres"})");
+            QTRY_COMPARE(m_log.last(), u"~tres"_s); // both have come
+            m_log.clear();
+            pass(2000);
+            if (answers) {
+                tell(0, R"({"type":"input_audio_buffer.speech_stopped"})");
+                transcript(0, "uno");
+            } else {
+                pass(LiveTranscriber::answerPatienceMs);
+            }
+            const QString first = answers ? u"=uno"_s : u"owed 600"_s;
+            QTRY_COMPARE((m_road->tick(), m_log), (QStringList { first, u"=dos"_s }));
+        }
     }
 
 private:
@@ -122,7 +169,8 @@ private:
         m_road->status
             = [this](const Message &text) { m_log.append(text.spanish().section(u'\r', 0, 0)); };
         m_road->partial = [this](const QString &text) { m_log.append(u"~"_s + text); };
-        m_road->turn = [this](const QString &text, std::int64_t) { m_log.append(u"="_s + text); };
+        m_road->turn
+            = [this](const QString &text, std::int64_t) { m_log.append(u"="_s + text); };
         m_road->lost = [this](const std::deque<AudioBlock> &owed) {
             std::size_t values = 0;
             for (const AudioBlock &block : owed) {

@@ -89,7 +89,8 @@ void LiveRoad::connectSession(Session &session)
 }
 
 /// The operator hears of the session that takes the voice, of the first one while it is tried, and
-/// of the one that brings the live road back. A renewal, and the attempts in between, are no news.
+/// of the one that brings the live road back. A renewal, and the attempts in between, are no news,
+/// unless the key is refused.
 void LiveRoad::tell(Session &session, const Message &message)
 {
     const bool isFirst = m_failures == 0 && m_current == nullptr;
@@ -202,6 +203,13 @@ void LiveRoad::handleFailure(const Session &session, bool wasConnected)
     const std::uint32_t run = m_run;
     if (session.transcriber.isKeyRejected()) {
         m_apiKey.clear();
+        // No session follows: that is news, whichever was refused.
+        if (!session.untold.isEmpty()) {
+            status(session.untold);
+        }
+        if (run != m_run) {
+            return;
+        }
     }
     if (&session == m_leaving.get()) {
         loseLeaving();

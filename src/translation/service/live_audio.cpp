@@ -67,14 +67,17 @@ QByteArray LiveAudio::takeChunk()
     return bytes;
 }
 
+bool LiveAudio::endsBySilence() const
+{
+    return m_speaking && m_silentRun >= 450 * samplesPerMs && m_voicedSamples >= 800 * samplesPerMs;
+}
+
 bool LiveAudio::isPhraseEnd(const QString &partialText) const
 {
-    const bool bySilence
-        = m_speaking && m_silentRun >= 450 * samplesPerMs && m_voicedSamples >= 800 * samplesPerMs;
     const bool byPunctuation = m_speaking && m_samplesSinceCommit >= 2000 * samplesPerMs
         && m_silentRun >= 150 * samplesPerMs && endsSentence(partialText);
     const bool byLength = m_samplesSinceCommit >= 7000 * samplesPerMs;
-    return bySilence || byPunctuation || byLength;
+    return endsBySilence() || byPunctuation || byLength;
 }
 
 bool LiveAudio::endPhrase()
@@ -98,9 +101,25 @@ bool LiveAudio::takeCommit()
     return enough;
 }
 
+bool LiveAudio::takeTurnEnd()
+{
+    const bool ends = endsBySilence();
+    if (ends) {
+        m_speaking = false;
+        m_silentRun = 0;
+        m_voicedSamples = 0;
+    }
+    return ends;
+}
+
+bool LiveAudio::hasRest() const
+{
+    return m_uncommittedVoice >= minWord;
+}
+
 bool LiveAudio::takeRest()
 {
-    const bool isWord = m_uncommittedVoice >= minWord;
+    const bool isWord = hasRest();
     m_samplesSinceCommit = 0;
     m_voicedSamples = 0;
     m_uncommittedVoice = 0;

@@ -37,6 +37,13 @@ public:
     /// be a word, however short. Counts anew either way.
     bool takeRest();
 
+    /// A turn ends here, as a server that listens for turns should hear it: 0.8 s of voice and a
+    /// pause of 450 ms. Told once, and then counted anew.
+    bool takeTurnEnd();
+
+    /// Anything since the last commit or `takeRest` may be a word.
+    [[nodiscard]] bool hasRest() const;
+
     /// How long nobody has spoken, whether or not a phrase ended in it.
     [[nodiscard]] std::int32_t pauseMs() const { return m_quietRun / 24; }
 
@@ -48,6 +55,7 @@ public:
 
 private:
     void addSample(double s);
+    [[nodiscard]] bool endsBySilence() const;
 
     std::vector<std::int16_t> m_pcmOut;
     double m_decimSum = 0;

@@ -64,6 +64,8 @@ void LiveTranscriber::stop()
     m_partialText.clear();
     m_audio.reset();
     m_owed = 0;
+    m_turnEndMs.reset();
+    m_finishedMs.reset();
 }
 
 void LiveTranscriber::configure()
@@ -76,6 +78,7 @@ void LiveTranscriber::handleEvent(const QByteArray &message)
     const QJsonObject event = QJsonDocument::fromJson(message).object();
     const QString type = event.value(QLatin1String("type")).toString();
     m_answeredMs = nowMs();
+    m_turnEndMs.reset();
     if (type == QLatin1String("session.updated")
         || type == QLatin1String("transcription_session.updated")) {
         confirm();
@@ -91,9 +94,18 @@ void LiveTranscriber::handleEvent(const QByteArray &message)
         payTranscript();
         tellError(message);
     } else if (type == QLatin1String("input_audio_buffer.speech_stopped")) {
-        m_lastSpeechTime = m_clock.wallMs();
-        oweTranscript();
+        endTurn();
     }
+}
+
+/// The server has heard the end of a turn, with all the voice that it was given.
+void LiveTranscriber::endTurn()
+{
+    m_lastSpeechTime = m_clock.wallMs();
+    if (m_settings.turnMode) {
+        m_audio.takeRest();
+    }
+    oweTranscript();
 }
 
 void LiveTranscriber::confirm()
@@ -185,11 +197,26 @@ void LiveTranscriber::fail(const Message &message)
     unavailable(!neverConnected);
 }
 
+bool LiveTranscriber::isServerSilent() const
+{
+    const auto isLate
+        = [this](std::int64_t sinceMs) { return nowMs() - sinceMs > answerPatienceMs; };
+    if (!m_active) {
+        return false;
+    }
+    if (m_owed > 0) {
+        return isLate(m_answeredMs);
+    }
+    if (m_settings.turnMode && m_finishedMs && m_audio.hasRest()) {
+        return isLate(std::max(*m_finishedMs, m_answeredMs));
+    }
+    return m_turnEndMs && isLate(*m_turnEndMs);
+}
+
 void LiveTranscriber::checkAnswer()
 {
     const bool connecting = !m_apiKey.isEmpty() && !m_active;
-    const bool silent = m_active && m_owed > 0 && nowMs() - m_answeredMs > answerPatienceMs;
-    if (silent || (connecting && nowMs() - m_startedMs > connectPatienceMs)) {
+    if (isServerSilent() || (connecting && nowMs() - m_startedMs > connectPatienceMs)) {
         fail("Conexión en vivo falló: " + Message("el servidor no responde"));
     }
 }
@@ -207,6 +234,8 @@ void LiveTranscriber::pushAudio(const AudioBlock &block)
     }
     if (m_active && !m_settings.turnMode) {
         endPhraseIfDue();
+    } else if (m_active && m_audio.takeTurnEnd() && !m_turnEndMs) {
+        m_turnEndMs = nowMs();
     }
 }
 
@@ -256,7 +285,9 @@ void LiveTranscriber::finish()
 bool LiveTranscriber::isSettled() const
 {
     // In turn mode the server tells of a phrase once it has heard its end.
-    return m_owed == 0 && (!m_settings.turnMode || nowMs() - m_finishedMs > turnSettleMs);
+    return m_owed == 0
+        && (!m_settings.turnMode
+            || (m_finishedMs && !m_audio.hasRest() && nowMs() - *m_finishedMs > turnSettleMs));
 }
 
 void LiveTranscriber::commit()

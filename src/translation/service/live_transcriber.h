@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 namespace nimbara {
 
@@ -45,7 +46,8 @@ public:
     [[nodiscard]] bool isSettled() const;
 
     /// Fails a session whose server does not answer: not to the connection for `connectPatienceMs`,
-    /// or with no word at all for `answerPatienceMs` when a phrase has ended. Call it now and then.
+    /// or with no word at all for `answerPatienceMs` when a phrase has ended, even one whose end it
+    /// has to hear itself. Call it now and then.
     void checkAnswer();
     static constexpr std::int64_t connectPatienceMs = 10000;
     static constexpr std::int64_t answerPatienceMs = 6000;
@@ -90,6 +92,8 @@ private:
     void sendAudio();
     void sendCommit();
     void confirm();
+    void endTurn();
+    [[nodiscard]] bool isServerSilent() const;
     void oweTranscript();
     void payTranscript();
     [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
@@ -110,7 +114,8 @@ private:
     // Monotonic milliseconds.
     std::int64_t m_startedMs = 0;
     std::int64_t m_answeredMs = 0; ///< the server's last word, or the end of the first owed phrase
-    std::int64_t m_finishedMs = 0;
+    std::optional<std::int64_t> m_turnEndMs; ///< a turn ended, and no word came since
+    std::optional<std::int64_t> m_finishedMs;
 };
 
 } // namespace nimbara

@@ -114,9 +114,10 @@ void ApiPeer::answer(const QJsonObject &request, const QByteArray &body, int sta
         + ",\"status\":" + QByteArray::number(status) + ",\"base64\":\"" + body.toBase64() + "\"}");
 }
 
-void ApiPeer::drop(const QJsonObject &request)
+void ApiPeer::drop(const QJsonObject &request, bool inBody)
 {
-    command(R"({"do":"drop","id":)" + QByteArray::number(request.value(u"id").toInt()) + '}');
+    command(R"({"do":"drop","id":)" + QByteArray::number(request.value(u"id").toInt())
+        + ",\"cut\":" + (inBody ? "true" : "false") + '}');
 }
 
 std::vector<QJsonObject> ApiPeer::of(const char *kind, const char *pathEnd) const

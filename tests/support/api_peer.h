@@ -39,7 +39,8 @@ public:
         int delayMs = 0,
         const QByteArray &voice = {});
     void answer(const QJsonObject &request, const QByteArray &body, int status = 200);
-    void drop(const QJsonObject &request);
+    /// Ends the connection without an answer, or in the body of one.
+    void drop(const QJsonObject &request, bool inBody = false);
 
     std::vector<QJsonObject> events; ///< all so far
     std::function<void(const QJsonObject &)> onEvent; ///< called for each, when it is set

@@ -3,7 +3,8 @@
 // A server over TLS that a test steers: every request and live event is reported as a line of JSON
 // on standard output, with its time in milliseconds since the epoch, and nothing is answered before a
 // command on standard input says so:
-//   {do:"answer", id, status, headers, base64}   {do:"drop", id}   and those of ws_peer.mjs;
+//   {do:"answer", id, status, headers, base64}   {do:"drop", id, cut} (cut: behind the headers)
+//   and those of ws_peer.mjs;
 //   {do:"serve", …} answers by itself from then on: api_service.mjs; without phrases no more;
 //   {do:"listen"} hears the words that are said and reports no requests: word_ear.mjs.
 // Ends with its standard input.
@@ -58,7 +59,11 @@ const commands = {
     open.delete(id);
     response?.writeHead(status, headers).end(Buffer.from(base64, 'base64'));
   },
-  drop: ({ id }) => open.get(id)?.destroy(),
+  drop: ({ id, cut }) => {
+    const response = open.get(id);
+    if (cut) response?.writeHead(200, { 'content-length': 99 }).write('{', () => response.destroy());
+    else response?.destroy();
+  },
 };
 createInterface({ input: process.stdin })
   .on('line', (line) => { const command = JSON.parse(line); commands[command.do](command); })

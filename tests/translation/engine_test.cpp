@@ -1,50 +1,11 @@
 #include "base/error.h"
-#include "support/api_peer.h"
-#include "support/manual_clock.h"
-#include "support/test_registry.h"
-#include "translation/pipeline/engine.h"
-#include "translation/signal.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QtEndian>
+#include "translation/engine_fixture.h"
 
 using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr const char *transcriptions = "/v1/audio/transcriptions";
-constexpr const char *responses = "/v1/responses";
-constexpr const char *speeches = "/v1/audio/speech";
-const QString liveActive = u"Modo en vivo activo (texto mientras se habla)."_s;
-
-QString inputOf(const QJsonObject &request)
-{
-    return QJsonDocument::fromJson(field(request, "body").toUtf8())["input"_L1].toString();
-}
-
-/// The last part of the form.
-QByteArray wavOf(const QJsonObject &upload)
-{
-    const QJsonObject file = upload[u"form"].toArray().last().toObject();
-    return QByteArray::fromBase64(field(file, "base64").toLatin1());
-}
-
-double voicedMs(const QByteArray &wav)
-{
-    int voiced = 0;
-    for (qsizetype at = 44; at < wav.size(); at += 2) {
-        voiced += qFromLittleEndian<qint16>(wav.constData() + at) > 300 ? 1 : 0;
-    }
-    return voiced / 16.0;
-}
-
-} // namespace
-
-/// The engine against a server of the API over TLS, with the clock cranked by hand.
-class EngineTest : public QObject {
+class EngineTest : public EngineFixture {
     Q_OBJECT
 private Q_SLOTS:
     void init() { restart(); }
@@ -146,41 +107,6 @@ private Q_SLOTS:
             interpret(u"uno"_s, u"one"_s);
             QCOMPARE(inputOf(await(responses, 1).back()), u"New text: uno"_s);
             QTRY_COMPARE(m_captions, QStringList { u"one"_s });
-        }
-    }
-
-    /// Of what is said while the network is away nothing is lost, but what no screen can use.
-    void sendsAgainWhatTheNetworkLost()
-    {
-        for (const auto &[lost, awaySeconds, captions] : { std::tuple { transcriptions, 40, 12 },
-                 { responses, 40, 12 },
-                 { responses, 91, 11 } }) {
-            const RowName named(lost);
-            restart();
-            // Events come until the next row has begun.
-            const auto away = std::make_shared<bool>(true);
-            m_peer.onEvent = [this, away, path = QLatin1String(lost)](const QJsonObject &event) {
-                if (*away && field(event, "path") == path) {
-                    m_peer.drop(event);
-                } else if (field(event, "path") == QLatin1String(transcriptions)) {
-                    transcribe(event, u"frase %1"_s.arg(m_peer.events.size()));
-                } else if (field(event, "path") == QLatin1String(responses)) {
-                    translate(event, u"phrase"_s);
-                }
-            };
-            QList<VoiceRoad> roads;
-            m_engine->roadChanged = [&] { roads.append(m_engine->road()); };
-            start();
-            speak();
-            QTRY_COMPARE(m_engine->road(), VoiceRoad::Waiting);
-            m_clock.advanceUs(awaySeconds * 1'000'000LL);
-            QTRY_VERIFY(m_statuses.size() > 2); // tried again
-            speak(11);
-            *away = false;
-            m_clock.advanceUs(5'000'000);
-            QTRY_COMPARE(m_captions.size(), captions);
-            QVERIFY(!m_statuses.join(u'|').contains(u"omit"));
-            QCOMPARE(roads, (QList { VoiceRoad::Phrases, VoiceRoad::Waiting, VoiceRoad::Phrases }));
         }
     }
 
@@ -482,111 +408,6 @@ private Q_SLOTS:
         QTRY_COMPARE(m_captions, (QStringList { u"one"_s, u"two"_s }));
         QCOMPARE(m_peer.count("request", transcriptions), 1);
     }
-
-private:
-    void restart()
-    {
-        m_engine.reset();
-        QVERIFY2(!(m_statuses + m_captions + m_heard).join(u' ').contains(u"sk-secret"),
-            "the key leaked");
-        m_statuses.clear();
-        m_captions.clear();
-        m_heard.clear();
-        m_notices.clear();
-        m_voices.clear();
-        m_peer.live("accept");
-        m_peer.events.clear();
-        m_peer.onEvent = {};
-        m_engine = std::make_unique<Translation>(m_clock, m_peer.endpoint());
-        m_engine->statusChanged
-            = [this](const Message &text) { m_statuses.append(text.spanish()); };
-        m_engine->caption = [this](const QString &text) { m_captions.append(text); };
-        m_engine->captionNotice = [this](const Message &text) { m_notices.append(text.spanish()); };
-        m_engine->heard = [this](const Message &text) { m_heard.append(text.spanish()); };
-        m_engine->voiceAudio = [this](const QByteArray &pcm) { m_voices.append(pcm); };
-    }
-
-    void start(bool live = false, bool voice = false, const QString &source = u"es"_s)
-    {
-        m_engine->setLiveDisabled(!live);
-        m_engine->start(u" sk-secret\n"_s, u"English"_s, voice, source);
-    }
-
-    void startLive(bool voice = false)
-    {
-        m_peer.events.clear();
-        m_statuses.clear();
-        start(true, voice);
-        QTRY_COMPARE(m_peer.count("text"), 1);
-        m_peer.send(R"({"type":"session.updated"})");
-        QTRY_COMPARE(m_statuses,
-            (QStringList { u"IA activa; conectando modo en vivo..."_s, liveActive }));
-    }
-
-    void hear(const AudioBlock &block)
-    {
-        inPieces(block, 960, [this](const AudioBlock &piece) { m_engine->processAudio(piece); });
-    }
-
-    /// Phrases of 1.9 s each.
-    void speak(int phrases = 1)
-    {
-        for (int i = 0; i < phrases; ++i) {
-            hear(signal({ { 1200, 0.2 }, { 700, 0 } }));
-        }
-    }
-
-    /// Speaks a phrase and answers its transcript and its translation.
-    void interpret(const QString &heard, const QString &translation)
-    {
-        const auto uploads = m_peer.of("request", transcriptions).size();
-        const auto asked = m_peer.of("request", responses).size();
-        speak();
-        transcribe(await(transcriptions, uploads + 1).back(), heard);
-        translate(await(responses, asked + 1).back(), translation);
-    }
-
-    /// A transcript of the live session, and the answer to the `count`th request for its
-    /// translation.
-    void turn(const QString &heard, std::size_t count, const QString &translation)
-    {
-        turn(heard);
-        translate(await(responses, count).at(count - 1), translation);
-    }
-
-    void turn(const QString &text) { m_peer.sendTranscript(text.toUtf8()); }
-
-    /// The requests of this path, in their order, once there are so many.
-    std::vector<QJsonObject> await(const char *path, std::size_t count)
-    {
-        const bool came
-            = QTest::qWaitFor([&] { return m_peer.of("request", path).size() >= count; }, 30000);
-        if (!came) {
-            qFatal("the requests did not come: %s", path);
-        }
-        return m_peer.of("request", path);
-    }
-
-    void transcribe(const QJsonObject &upload, const QString &text)
-    {
-        m_peer.answer(upload, "{\"text\":\"" + text.toUtf8() + "\"}");
-    }
-
-    void translate(const QJsonObject &request, const QString &text)
-    {
-        m_peer.answer(request,
-            "{\"output\":[{\"content\":[{\"type\":\"output_text\",\"text\":\"" + text.toUtf8()
-                + "\"}]}]}");
-    }
-
-    ApiPeer m_peer;
-    ManualClock m_clock;
-    std::unique_ptr<Translation> m_engine;
-    QStringList m_statuses;
-    QStringList m_notices;
-    QStringList m_captions;
-    QStringList m_heard;
-    QByteArrayList m_voices;
 };
 
 NIMBARA_TEST(EngineTest)

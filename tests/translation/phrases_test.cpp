@@ -2,6 +2,7 @@
 #include "translation/pipeline/caption_text.h"
 #include "translation/pipeline/heard_line.h"
 #include "translation/pipeline/phrase_order.h"
+#include "translation/pipeline/request_line.h"
 #include "translation/pipeline/transcript_memory.h"
 #include "translation/pipeline/voice.h"
 
@@ -49,6 +50,27 @@ private Q_SLOTS:
         QVERIFY(order.skipLate(100000));
         QCOMPARE(order.next()->text, u"d"_s);
         QVERIFY(!order.next() && !order.skipLate(200000));
+    }
+
+    /// 51 phrases, a second apart, without the network.
+    void givesUpWhatNoScreenCanUse()
+    {
+        RequestLine line;
+        const auto useless = [&](std::int64_t wallMs) {
+            QList<std::int32_t> sequences;
+            for (const PhraseRequest &request : line.takeUseless(wallMs)) {
+                sequences.append(request.sequence);
+            }
+            return sequences;
+        };
+        QVERIFY(line.putBack({ 0, 0, {}, {}, {} }, 0, 0));
+        for (std::int32_t i = 1; i <= 50; ++i) {
+            QVERIFY2(line.hasRoom(), "the newest always has");
+            line.add({ i, i * 1000, {}, {}, {} });
+        }
+        QCOMPARE(useless(50'000), (QList { 0, 1, 2 })); // 48 may wait
+        QCOMPARE(useless(95'000), (QList { 3, 4 }));
+        QCOMPARE(line.take(95'000, 0)->sequence, 5);
     }
 
     void tellsRepetitions()

@@ -42,10 +42,14 @@ void Translation::connectLive()
             heard(Message::verbatim(QStringLiteral("… ") + text));
         }
     };
-    m_live.turn = [this](const QString &text, std::int64_t phraseTimeMs) {
+    m_live.turn = [this](const QString &text, std::int64_t phraseTimeMs, bool atSeam) {
         if (running()) {
             ++m_inFlight;
-            translate({ m_order.take(phraseTimeMs), phraseTimeMs, {}, text, {} });
+            const std::int32_t sequence = m_order.take(phraseTimeMs);
+            if (atSeam) {
+                m_order.waitFrom(sequence, m_clock.wallMs());
+            }
+            translate({ sequence, phraseTimeMs, {}, text, {} });
         }
     };
     m_live.refused = [this] { end(); };
@@ -194,8 +198,20 @@ void Translation::takePhrase(const PhraseSamples &samples)
     startRequests();
 }
 
+/// What the line gives up was a phrase that gave nothing.
+void Translation::giveUpUseless()
+{
+    for (const PhraseRequest &request : m_line.takeUseless(m_clock.wallMs())) {
+        if (!request.text.isEmpty()) {
+            m_memory.forget(request.text);
+        }
+        m_order.store(request.sequence, {});
+    }
+}
+
 void Translation::startRequests()
 {
+    giveUpUseless();
     while (running()) {
         const auto request = m_line.take(m_clock.monotonicUs() / 1000, m_inFlight);
         if (!request) {
@@ -247,6 +263,11 @@ void Translation::translate(PhraseRequest request)
     }
     request.context = m_memory.context();
     m_memory.addOriginal(request.text);
+    if (m_line.isAway()) { // a live session may hear all the same
+        --m_inFlight;
+        m_line.add(request);
+        return;
+    }
     askTranslation(request);
 }
 
@@ -301,6 +322,7 @@ void Translation::finish(std::int32_t sequence, const QString &text)
 void Translation::tick()
 {
     const std::int32_t generation = requestGeneration();
+    giveUpUseless();
     releaseResults();
     if (isCurrent(generation)) {
         m_live.tick();

@@ -92,6 +92,7 @@ private:
     void takeOver();
     void takePhrase(const PhraseSamples &samples);
     void startRequests();
+    void giveUpUseless();
     void upload(const PhraseRequest &request);
     void translate(PhraseRequest request);
     void askTranslation(const PhraseRequest &request);

@@ -108,7 +108,7 @@ void LiveRoad::takeTurn(Session &session, const QString &text, std::int64_t phra
     if (&session != m_leaving.get() && m_leaving) {
         session.held.emplace_back(text, phraseTimeMs);
     } else {
-        turn(text, phraseTimeMs);
+        turn(text, phraseTimeMs, m_leaving != nullptr);
     }
 }
 
@@ -119,7 +119,7 @@ void LiveRoad::releaseHeld()
         return;
     }
     for (const auto &[text, time] : std::exchange(m_current->held, {})) {
-        turn(text, time);
+        turn(text, time, true);
         if (run != m_run) {
             return;
         }

@@ -65,9 +65,10 @@ public:
     std::function<void(const Message &message)> status = [](const Message &) {};
     /// Gets the text of the phrase being spoken so far.
     std::function<void(const QString &text)> partial = [](const QString &) {};
-    /// Gets the text of a finished phrase and when it ended, in milliseconds since the epoch.
-    std::function<void(const QString &text, std::int64_t phraseTimeMs)> turn
-        = [](const QString &, std::int64_t) {};
+    /// Gets the text of a finished phrase and when it ended, in milliseconds since the epoch. At a
+    /// seam of two sessions that may be a while ago.
+    std::function<void(const QString &text, std::int64_t phraseTimeMs, bool atSeam)> turn
+        = [](const QString &, std::int64_t, bool) {};
     /// A session is confirmed: `isReady` may have become true.
     std::function<void()> ready = [] {};
     /// Gets the voice that a lost session had not transcribed, oldest first. It comes before all

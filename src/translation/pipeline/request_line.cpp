@@ -1,6 +1,7 @@
 #include "translation/pipeline/request_line.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nimbara {
 
@@ -13,7 +14,7 @@ constexpr std::int64_t lastRetryMs = 5000;
 
 bool RequestLine::hasRoom() const
 {
-    return m_requests.size() < (m_isPatient ? maxPatient : maxWaiting);
+    return m_isPatient || m_requests.size() < maxWaiting;
 }
 
 void RequestLine::add(const PhraseRequest &request)
@@ -30,11 +31,30 @@ bool RequestLine::putBack(const PhraseRequest &request, std::int64_t nowMs, std:
         ++m_failures;
     }
     m_isPatient = true;
-    if (wallMs - request.phraseTimeMs > maxAgeMs) {
+    if (isTooOld(request, wallMs)) {
         return false;
     }
     add(request);
     return true;
+}
+
+bool RequestLine::isTooOld(const PhraseRequest &request, std::int64_t wallMs)
+{
+    return wallMs - request.phraseTimeMs > maxAgeMs;
+}
+
+std::vector<PhraseRequest> RequestLine::takeUseless(std::int64_t wallMs)
+{
+    std::vector<PhraseRequest> useless;
+    for (auto each = m_requests.begin(); each != m_requests.end();) {
+        if (m_requests.size() > maxPatient || isTooOld(each->second, wallMs)) {
+            useless.push_back(std::move(each->second));
+            each = m_requests.erase(each);
+        } else {
+            ++each;
+        }
+    }
+    return useless;
 }
 
 std::optional<PhraseRequest> RequestLine::take(std::int64_t nowMs, std::int32_t inFlight)
@@ -44,7 +64,7 @@ std::optional<PhraseRequest> RequestLine::take(std::int64_t nowMs, std::int32_t 
         return std::nullopt;
     }
     if (m_requests.empty()) {
-        m_isPatient = m_isPatient && inFlight > 0;
+        m_isPatient = m_isPatient && (isAway() || inFlight > 0);
         return std::nullopt;
     }
     return m_requests.extract(m_requests.begin()).mapped();

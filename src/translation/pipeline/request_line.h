@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <vector>
 
 namespace nimbara {
 
@@ -20,9 +21,10 @@ struct PhraseRequest {
 };
 
 /// The requests that wait for their turn, in the order of their phrases. While the network is away
-/// nothing is lost: a request that did not get through stands in its old place again, and one alone
-/// is tried after 1, 2, 4 and then every 5 seconds. Pure; times are monotonic milliseconds, but for
-/// those of the phrases.
+/// a request that did not get through stands in its old place again, and one alone is tried after
+/// 1, 2, 4 and then every 5 seconds; lost is only what is older than 90 s, and the oldest of more
+/// than 48. Pure; times are monotonic milliseconds, but for those of the phrases and `wallMs`, the
+/// time of day.
 class RequestLine {
 public:
     static constexpr std::int32_t maxInFlight = 3;
@@ -33,12 +35,12 @@ public:
     /// A phrase that is older is of no use on a screen any more.
     static constexpr std::int64_t maxAgeMs = 90 * 1000;
 
-    /// There is room for one more phrase.
+    /// There is room for one more phrase; behind a seam always, since the oldest makes room.
     [[nodiscard]] bool hasRoom() const;
     void add(const PhraseRequest &request);
 
-    /// Nothing came back for the request: the network is away. `wallMs` is the time of day. Returns
-    /// whether it will be tried again; one that is too old will not.
+    /// Nothing came back for the request: the network is away. Returns whether it will be tried
+    /// again; one that is too old will not.
     bool putBack(const PhraseRequest &request, std::int64_t nowMs, std::int64_t wallMs);
 
     /// Something came back: the network is there.
@@ -54,12 +56,17 @@ public:
     /// The network is away.
     [[nodiscard]] bool isAway() const { return m_failures > 0; }
 
+    /// Takes out what must be given up: what is too old, and the oldest of what is too much.
+    std::vector<PhraseRequest> takeUseless(std::int64_t wallMs);
+
     /// The next request that may be sent beside so many others; none when it has to wait.
     std::optional<PhraseRequest> take(std::int64_t nowMs, std::int32_t inFlight);
 
     void clear() { *this = {}; }
 
 private:
+    static bool isTooOld(const PhraseRequest &request, std::int64_t wallMs);
+
     std::map<std::int32_t, PhraseRequest> m_requests;
     bool m_isPatient = false;
     std::int32_t m_failures = 0; ///< since anything came back

@@ -72,7 +72,8 @@ void ApiClient::finish(const HttpReply &reply, const Call &call)
     describeApiError(reply, call.tag);
     // The receiver of the message may have ended the run, and with it what this call counted.
     if (call.onHttpError && call.generation == m_generation) {
-        call.onHttpError(reply.status);
+        // A reply that breaks off in its body is none, whatever its status was.
+        call.onHttpError(reply.status / 100 == 2 ? 0 : reply.status);
     }
 }
 

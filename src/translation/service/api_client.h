@@ -21,7 +21,7 @@ class ApiClient {
 public:
     /// Gets the body of a reply without network or HTTP error.
     using Success = std::function<void(const QByteArray &body)>;
-    /// Gets the HTTP status (0 without one), after the message was issued.
+    /// Gets the HTTP status, 0 without a whole reply, after the message was issued.
     using HttpError = std::function<void(int status)>;
 
     explicit ApiClient(Endpoint endpoint);

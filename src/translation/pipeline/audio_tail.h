@@ -30,7 +30,7 @@ public:
 
 private:
     /// More than the segmenter ever keeps of silence or behind a cut: 3 s, in values.
-    static constexpr std::ptrdiff_t longest = 3 * audioRate * audioChannels;
+    static constexpr std::ptrdiff_t longest = std::ptrdiff_t { 3 } * audioRate * audioChannels;
 
     std::vector<float> m_values;
 };

@@ -30,11 +30,11 @@ public:
     /// The age at which the next session is opened, in milliseconds: the service allows an hour.
     static constexpr std::int64_t renewAfterMs = 50LL * 60 * 1000;
     /// A next session that has waited so long for a pause takes over where any phrase ends.
-    static constexpr std::int64_t pausePatienceMs = 60 * 1000;
+    static constexpr std::int64_t pausePatienceMs = 60LL * 1000;
     /// What counts as a pause of the speaker.
     static constexpr std::int32_t pauseMs = 300;
     /// A session that stood so long was a good one: the next loss begins with a short wait again.
-    static constexpr std::int64_t goodAfterMs = 30 * 1000;
+    static constexpr std::int64_t goodAfterMs = 30LL * 1000;
 
     LiveRoad(const Clock &clock, Endpoint endpoint);
 

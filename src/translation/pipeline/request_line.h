@@ -33,7 +33,7 @@ public:
     /// What waits behind a seam: a minute and a half of speech at least.
     static constexpr std::size_t maxPatient = 48;
     /// A phrase that is older is of no use on a screen any more.
-    static constexpr std::int64_t maxAgeMs = 90 * 1000;
+    static constexpr std::int64_t maxAgeMs = 90LL * 1000;
 
     /// There is room for one more phrase; behind a seam always, since the oldest makes room.
     [[nodiscard]] bool hasRoom() const;

@@ -29,7 +29,7 @@ constexpr std::int64_t roomLeft = 1'000'000'000; ///< bytes that a new recording
 
 std::filesystem::path nativePath(const QString &path)
 {
-    return std::filesystem::path(path.toStdU16String());
+    return { path.toStdU16String() };
 }
 
 /// What is written reaches the disk before anything builds upon it.

@@ -1,6 +1,7 @@
 #include "studio/outputs/service_health.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace nimbara {
@@ -196,7 +197,7 @@ void ServiceHealth::addLosses()
     add({ "Imágenes tarde: %1", { number(static_cast<std::int64_t>(m_late.sum())) } },
         levelOfLoss(share(m_late.sum(), m_due.sum())));
     if (m_cpuShare) {
-        add({ "CPU %1 %", { number(static_cast<std::int64_t>(*m_cpuShare * 100 + 0.5)) } },
+        add({ "CPU %1 %", { number(std::lround(*m_cpuShare * 100)) } },
             *m_cpuShare >= busyCpu ? HealthLevel::Warning : HealthLevel::Good);
     }
 }

@@ -48,7 +48,7 @@ void prepareService(Studio &studio,
     studio.document().apply(AddLayer { studio.document().currentScene()->id, text });
     studio.program().take();
     const DeviceRef camera = fakeDevice({ .opens = view });
-    studio.sources().setBars(factory.camera(landscapeSize, camera.get()), Sources::testBars);
+    studio.sources().setBars(factory.camera(landscapeSize, camera.get(), {}), Sources::testBars);
     const DeviceRef microphone
         = fakeDevice({ .deviceClass = "Audio/Source", .caps = "audio/x-raw", .opens = voice });
     studio.audio().setCapture(std::make_unique<AudioCapture>(clock, microphone.get()));

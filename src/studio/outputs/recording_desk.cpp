@@ -41,7 +41,7 @@ QString RecordingDesk::freePath(const QString &path)
     const QString stem = file.path() + QLatin1Char('/') + file.completeBaseName();
     const QString end = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
     QString free = path;
-    for (int number = 2; QFileInfo::exists(free); ++number) {
+    for (int number = 2; QFileInfo(free).isFile(); ++number) {
         free = stem + QStringLiteral(" %1").arg(number) + end;
     }
     return free;
@@ -222,7 +222,8 @@ void RecordingDesk::judgeGrowth(std::int64_t fileBytes)
         m_stuckFiles = ++m_growths > healthyGrowths ? 0 : m_stuckFiles;
         m_grownUs = now;
     }
-    if (!m_outputs.recording().ready()) {
+    const bool isNoFile = fileBytes < 0 && m_growths == 0; // a device, of which nothing is known
+    if (isNoFile || !m_outputs.recording().ready()) {
         m_grownUs = now;
     }
     if (now - m_grownUs < growthUs) {

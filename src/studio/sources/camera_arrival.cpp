@@ -56,7 +56,7 @@ Message CameraArrival::text(const Media &camera) const
     if (!agreed || !rate) {
         return { "Pedido: %1", { written(camera.wantedMode()) } };
     }
-    const Message text("Pedido: %1. Acordado: %2. Llega: %3 × %4, %5 imágenes por segundo.",
+    Message text("Pedido: %1. Acordado: %2. Llega: %3 × %4, %5 imágenes por segundo.",
         { written(camera.wantedMode()),
             written(agreed),
             Message::verbatim(QString::number(camera.receivedSize().width)),

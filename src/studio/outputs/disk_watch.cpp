@@ -1,29 +1,11 @@
 #include "studio/outputs/disk_watch.h"
 
+#include "studio/outputs/disk_sync.h"
+
 #include <QFileInfo>
 #include <QStorageInfo>
 
-#ifdef Q_OS_LINUX
-#include <fcntl.h>
-#include <unistd.h>
-#endif
-
 namespace nimbara {
-
-namespace {
-
-void bringToDisk([[maybe_unused]] const QString &path)
-{
-#ifdef Q_OS_LINUX
-    const int file = open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC); // NOLINT: as it is
-    if (file >= 0) {
-        fdatasync(file);
-        close(file);
-    }
-#endif
-}
-
-} // namespace
 
 DiskWatch::Sample DiskWatch::lookAtDisk(const QString &path)
 {

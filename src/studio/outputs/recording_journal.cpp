@@ -3,6 +3,7 @@
 #include "base/error.h"
 #include "base/log.h"
 #include "output/sink/remux.h"
+#include "studio/outputs/disk_sync.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -13,11 +14,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
-
-#ifdef Q_OS_LINUX
-#include <fcntl.h>
-#include <unistd.h>
-#endif
 
 namespace nimbara {
 
@@ -30,18 +26,6 @@ constexpr std::int64_t roomLeft = 1'000'000'000; ///< bytes that a new recording
 std::filesystem::path nativePath(const QString &path)
 {
     return { path.toStdU16String() };
-}
-
-/// What is written reaches the disk before anything builds upon it.
-void bringToDisk([[maybe_unused]] const QString &path)
-{
-#ifdef Q_OS_LINUX
-    const int file = open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC); // NOLINT: as it is
-    if (file >= 0) {
-        fsync(file);
-        close(file);
-    }
-#endif
 }
 
 /// The original stays until the new one is whole and on the disk.

@@ -7,8 +7,12 @@ namespace nimbara {
 
 static_assert(OutputsTab::slots == destinationCount);
 
-DestinationControls::DestinationControls(StreamDesk &desk, const ErrorGuard &guard, OutputsTab &tab)
+DestinationControls::DestinationControls(StreamDesk &desk,
+    const ServiceHealth &health,
+    const ErrorGuard &guard,
+    OutputsTab &tab)
     : m_desk(desk)
+    , m_health(health)
     , m_tab(tab)
 {
     showDestinations();
@@ -24,6 +28,7 @@ DestinationControls::DestinationControls(StreamDesk &desk, const ErrorGuard &gua
 void DestinationControls::connectTab()
 {
     const OutputsTab *tab = &m_tab;
+    connect(tab, &OutputsTab::figuresHovered, this, &DestinationControls::showCurve);
     connect(tab, &OutputsTab::serverEdited, &m_desk, &StreamDesk::setServer);
     connect(tab, &OutputsTab::keyEdited, &m_desk, &StreamDesk::setKey);
     connect(tab, &OutputsTab::selectionChanged, &m_desk, &StreamDesk::setSelected);
@@ -61,20 +66,22 @@ QString DestinationControls::figuresText(std::size_t slot, const SlotHealth &hea
         .arg(m_desk.reconnections(slot));
 }
 
-void DestinationControls::showHealth(const ServiceHealth &health)
+void DestinationControls::showHealth()
 {
     for (std::size_t slot = 0; slot < destinationCount; ++slot) {
-        if (!m_desk.isOnAir(slot)) {
-            m_tab.showFigures(slot, {}, {});
-            continue;
-        }
-        const SlotHealth &each = health.slot(slot);
-        const QString curve = minuteCurve(each.bytes);
-        const QString toolTip = curve.isEmpty()
-            ? QString()
-            : nimbara_i18n::tr("kbit/s en el último minuto") + QStringLiteral("<br>") + curve;
-        m_tab.showFigures(slot, figuresText(slot, each), toolTip);
+        const bool isOnAir = m_desk.isOnAir(slot);
+        m_tab.showFigures(slot, isOnAir ? figuresText(slot, m_health.slot(slot)) : QString());
     }
+}
+
+/// Drawn when it is looked at, not every second.
+void DestinationControls::showCurve(std::size_t slot)
+{
+    const QString curve = minuteCurve(m_health.slot(slot).bytes);
+    m_tab.setFiguresToolTip(slot,
+        curve.isEmpty()
+            ? QString()
+            : nimbara_i18n::tr("kbit/s en el último minuto") + QStringLiteral("<br>") + curve);
 }
 
 } // namespace nimbara

@@ -16,19 +16,24 @@ class DestinationControls : public QObject {
     Q_OBJECT
 public:
     /// All must outlive the controls.
-    DestinationControls(StreamDesk &desk, const ErrorGuard &guard, OutputsTab &tab);
+    DestinationControls(StreamDesk &desk,
+        const ServiceHealth &health,
+        const ErrorGuard &guard,
+        OutputsTab &tab);
 
     /// Shows what the slots do now.
     void showDestinations();
     /// Shows how those that are on air do.
-    void showHealth(const ServiceHealth &health);
+    void showHealth();
 
 private:
     void connectTab();
     void showDestination(std::size_t slot);
+    void showCurve(std::size_t slot);
     [[nodiscard]] QString figuresText(std::size_t slot, const SlotHealth &health) const;
 
     StreamDesk &m_desk;
+    const ServiceHealth &m_health;
     OutputsTab &m_tab;
 };
 

@@ -3,6 +3,7 @@
 #include "base/i18n.h"
 #include "ui/kit/controls.h"
 
+#include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QSignalBlocker>
@@ -54,6 +55,7 @@ void OutputsTab::addRow(QGridLayout *grid, std::size_t slot)
     state->addWidget(row.state);
     state->addWidget(row.figures);
     grid->addLayout(state, static_cast<int>(slot), column);
+    row.figures->installEventFilter(this);
     connect(row.toggle, &QPushButton::clicked, this, [this, slot] { Q_EMIT togglePressed(slot); });
     connect(row.now, &QPushButton::clicked, this, [this, slot] { Q_EMIT retryNowPressed(slot); });
     connect(row.server, &QLineEdit::textChanged, this, [this, slot](const QString &text) {
@@ -175,11 +177,27 @@ void OutputsTab::showDestination(std::size_t slot,
     row.state->setText(nimbara_i18n::tr(stateText));
 }
 
-void OutputsTab::showFigures(std::size_t slot, const QString &text, const QString &toolTip)
+bool OutputsTab::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip) {
+        for (std::size_t slot = 0; slot < slots; ++slot) {
+            if (watched == m_rows.at(slot).figures) {
+                Q_EMIT figuresHovered(slot);
+            }
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void OutputsTab::setFiguresToolTip(std::size_t slot, const QString &toolTip)
+{
+    m_rows.at(slot).figures->setToolTip(toolTip);
+}
+
+void OutputsTab::showFigures(std::size_t slot, const QString &text)
 {
     const Row &row = m_rows.at(slot);
     row.figures->setText(text);
-    row.figures->setToolTip(toolTip);
     row.figures->setVisible(!text.isEmpty());
 }
 

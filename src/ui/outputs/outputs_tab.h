@@ -36,9 +36,10 @@ public:
         const Message &stateText,
         bool waiting,
         bool reconnecting);
-    /// The figures of a slot that is on air, and what its tool tip shows, as rich text; empty:
-    /// none.
-    void showFigures(std::size_t slot, const QString &text, const QString &toolTip);
+    /// The figures of a slot that is on air; empty: none.
+    void showFigures(std::size_t slot, const QString &text);
+    /// What the tool tip of the figures shows, as rich text.
+    void setFiguresToolTip(std::size_t slot, const QString &toolTip);
     void showReconnects(bool on);
     /// Keys are being saved: the button takes no press for now.
     void showSaving(bool saving);
@@ -62,7 +63,12 @@ Q_SIGNALS:
     void pausePressed();
     /// Of each part of a recording; 0: it stays in one file.
     void partMinutesChanged(int minutes);
+    /// The tool tip of a slot's figures is about to be shown.
+    void figuresHovered(std::size_t slot);
     void videoKbitsChanged(int kbits);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     struct Row {

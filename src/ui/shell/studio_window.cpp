@@ -136,8 +136,10 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *m_dialogs,
         m_guard,
         SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
-    m_destinations
-        = std::make_unique<DestinationControls>(m_studio.streams(), m_guard, *m_outputsTab);
+    m_destinations = std::make_unique<DestinationControls>(m_studio.streams(),
+        m_studio.health(),
+        m_guard,
+        *m_outputsTab);
     m_recording = std::make_unique<RecordingControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
     m_projects = std::make_unique<ProjectControls>(m_studio,
         *m_dialogs,
@@ -404,7 +406,7 @@ void StudioWindow::showOutputs()
 void StudioWindow::showHealth()
 {
     m_health->show(m_studio.health().line());
-    m_destinations->showHealth(m_studio.health());
+    m_destinations->showHealth();
 }
 
 /// What stopped in a tab that is not in view is marked there until it is read.

@@ -26,6 +26,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_retirement(std::make_shared<Retirement>())
     , m_factory(clock, m_retirement)
     , m_stage(clock)
+    , m_pictures(m_stage.pager)
     , m_sources(
           clock,
           m_factory,
@@ -185,11 +186,22 @@ void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
     const ProgramBlock block = m_programAudio.next(m_onAir.streams, m_audio);
     m_wakeLock.setHeld(m_hallShown || hasOutputs());
     if (!m_outputs.any()) {
+        m_fed.reset();
         return;
     }
     const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
-    tellStopped(m_outputs.push(toFrame(streams), block, timeNs));
+    tellStopped(m_outputs.push(frameOf(streams), block, timeNs));
     Q_EMIT outputsStepped();
+}
+
+/// A picture that stands still is copied once, and stays the same frame for the encoders.
+const FramePtr &Studio::frameOf(const QImage &picture)
+{
+    if (!m_fed || picture.cacheKey() != m_fedKey) {
+        m_fed = toFrame(picture);
+        m_fedKey = picture.cacheKey();
+    }
+    return m_fed;
 }
 
 void Studio::alarm(const Message &text)

@@ -124,6 +124,7 @@ private:
     void readInputs();
     [[nodiscard]] Pictures composePictures(std::int64_t now);
     void feedOutputs(const QImage &streams, std::int64_t frameTime);
+    [[nodiscard]] const FramePtr &frameOf(const QImage &picture);
     void tellStopped(const Outputs::Stopped &stopped);
     void alarm(const Message &text);
     void measureHealth(std::int64_t now);
@@ -158,6 +159,8 @@ private:
     Notices m_notices;
     WakeLock m_wakeLock;
     bool m_hallShown = false;
+    qint64 m_fedKey = 0; ///< of the picture that the outputs were given last
+    FramePtr m_fed; ///< that picture
     Diagnostics m_diagnostics;
     FrameSchedule m_schedule;
     std::uint64_t m_composed = 0; ///< pictures since the start

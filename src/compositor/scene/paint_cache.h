@@ -29,6 +29,12 @@ public:
     static constexpr std::uint64_t patience = 12;
     static constexpr std::int64_t maxIdleBytes = 96LL * 1024 * 1024;
 
+    /// `pager`: shared with whoever asks for pages as well.
+    explicit PaintCache(std::shared_ptr<VersePager> pager = std::make_shared<VersePager>())
+        : m_versePager(std::move(pager))
+    {
+    }
+
     [[nodiscard]] SpritePtr text(const TextBlock &block);
     [[nodiscard]] SpritePtr picture(const PictureSpot &spot);
 
@@ -42,7 +48,7 @@ public:
     [[nodiscard]] CaptionFit &captionFit() { return m_captionFit; }
 
     /// How verse layers are split.
-    [[nodiscard]] VersePager &versePager() { return m_versePager; }
+    [[nodiscard]] VersePager &versePager() { return *m_versePager; }
 
     /// The compositions that composers hold now; those that nobody holds any more are gone.
     [[nodiscard]] std::vector<std::shared_ptr<const Composed>> compositions();
@@ -82,7 +88,7 @@ private:
     GlyphInk m_ink;
     CanvasPool m_canvases;
     CaptionFit m_captionFit;
-    VersePager m_versePager;
+    std::shared_ptr<VersePager> m_versePager;
     std::vector<TextEntry> m_texts;
     std::vector<PictureEntry> m_pictures;
     std::vector<HalvedEntry> m_halved;

@@ -2,10 +2,12 @@
 
 #include "compositor/scene/captions.h"
 #include "compositor/scene/program_state.h"
+#include "compositor/scene/verse_pager.h"
 #include "document/profile.h"
 #include "studio/edit/document.h"
 
 #include <cstdint>
+#include <memory>
 
 namespace nimbara {
 
@@ -15,6 +17,8 @@ struct Stage {
     Document document;
     ProgramState program;
     Captions captions;
+    /// How verses are split, worked out once for the pictures and whoever steps through them.
+    std::shared_ptr<VersePager> pager = std::make_shared<VersePager>();
     std::uint64_t sent = 0; ///< how often the operator sent a scene, or black, to a program
 
     explicit Stage(const Clock &clock)

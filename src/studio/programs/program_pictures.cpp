@@ -2,8 +2,8 @@
 
 namespace nimbara {
 
-ProgramPictures::ProgramPictures()
-    : m_cache(std::make_shared<PaintCache>())
+ProgramPictures::ProgramPictures(std::shared_ptr<VersePager> pager)
+    : m_cache(std::make_shared<PaintCache>(std::move(pager)))
     , m_preview(m_cache)
     , m_streams(m_cache)
     , m_hall(m_cache)

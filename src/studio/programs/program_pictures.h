@@ -20,7 +20,8 @@ struct Pictures {
 /// Composes PREVIEW and both programs from the stage. Interface thread only.
 class ProgramPictures {
 public:
-    ProgramPictures();
+    /// `pager`: shared with whoever asks for the pages of verses as well.
+    explicit ProgramPictures(std::shared_ptr<VersePager> pager = std::make_shared<VersePager>());
 
     /// `scene`: the one in PREVIEW. `camera`: what camera layers show.
     [[nodiscard]] QImage

@@ -177,7 +177,7 @@ void VerseDesk::tell(LayerId id, const Message &text)
         return;
     }
     const FrameSize frame = m_stage.previewFrame();
-    const VersePages &pages = m_pager.pages(*layer, frame);
+    const VersePages &pages = m_stage.pager->pages(*layer, frame);
     const Message dot = Message::verbatim(QStringLiteral(" · "));
     if (pages.pages.size() > 1) {
         m_status(text + dot + pageText({}, pages.shown(*layer), pages.pages.size()));

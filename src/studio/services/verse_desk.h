@@ -4,7 +4,6 @@
 #include "bible/api.h"
 #include "bible/verse_lookup.h"
 #include "bible/verse_translator.h"
-#include "compositor/scene/verse_pager.h"
 #include "net/endpoints.h"
 #include "studio/edit/stage.h"
 
@@ -75,7 +74,6 @@ private:
     bible::Api m_api;
     bible::VerseTranslator m_translator;
     bible::VerseLookup m_lookup;
-    VersePager m_pager;
     std::map<LayerId, QString> m_written; ///< the text that a lookup last found or left in a layer
     std::map<LayerId, SceneId> m_planned; ///< layers to come, at most one for each scene
     std::map<LayerId, bible::VerseUpdate> m_waiting;

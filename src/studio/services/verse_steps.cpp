@@ -107,7 +107,7 @@ void VerseSteps::step(LayerId layer, Direction direction)
         Q_EMIT said("No hay ningún versículo en la escena ni en Programa.");
         return;
     }
-    const VersePages &pages = m_pager.pages(lead->layer, lead->frame);
+    const VersePages &pages = m_surroundings.stage.pager->pages(lead->layer, lead->frame);
     const std::size_t shown = pages.shown(lead->layer);
     const bool leaves = direction == Direction::On ? shown + 1 == pages.pages.size() : shown == 0;
     if (leaves) {
@@ -174,14 +174,14 @@ bool VerseSteps::isPrepared(const Layer &shown, LayerId layer) const
 
 void VerseSteps::turn(const Spot &lead, std::size_t page)
 {
-    const VersePages pages = m_pager.pages(lead.layer, lead.frame);
+    const VersePages pages = m_surroundings.stage.pager->pages(lead.layer, lead.frame);
     std::vector<SetVerse> followers;
     for (const Spot &spot : following(lead)) {
         followers.push_back(verseOf(spot.layer,
             matchingPage(pages,
                 page,
                 lead.layer.text.size(),
-                m_pager.pages(spot.layer, spot.frame),
+                m_surroundings.stage.pager->pages(spot.layer, spot.frame),
                 spot.layer.text.size())));
     }
     apply(lead, verseOf(lead.layer, static_cast<std::int32_t>(page)), followers);
@@ -271,7 +271,9 @@ SetVerse VerseSteps::placed(const Spot &spot, SetVerse verse, Direction directio
         Layer layer = spot.layer;
         layer.text = verse.text;
         layer.reference = verse.reference;
-        verse.page = static_cast<std::int32_t>(m_pager.pages(layer, spot.frame).pages.size()) - 1;
+        verse.page = static_cast<std::int32_t>(
+                         m_surroundings.stage.pager->pages(layer, spot.frame).pages.size())
+            - 1;
     }
     return verse;
 }
@@ -307,7 +309,7 @@ void VerseSteps::tell(const Spot &spot, const SetVerse &verse)
     layer.text = verse.text;
     layer.reference = verse.reference;
     layer.page = verse.page;
-    const VersePages &pages = m_pager.pages(layer, spot.frame);
+    const VersePages &pages = m_surroundings.stage.pager->pages(layer, spot.frame);
     const std::size_t page = pages.shown(layer);
     const QString label = pages.pages[page].reference.section(dot, 0, 0);
     Q_EMIT said(pages.pages.size() == 1 ? bible::readyStatus(label)

@@ -2,7 +2,6 @@
 
 #include "base/message.h"
 #include "bible/passage.h"
-#include "compositor/scene/verse_pager.h"
 #include "studio/edit/stage.h"
 #include "studio/programs/program_control.h"
 #include "studio/services/bible_desk.h"
@@ -75,7 +74,6 @@ private:
 
     Surroundings m_surroundings;
     QFuture<void> m_ready; ///< the built-in Bibles are loaded
-    VersePager m_pager;
     std::optional<Awaited> m_awaited;
 };
 

@@ -77,19 +77,32 @@ public:
     /// The best split at `worst` or better with pages from `least` to `most` characters.
     std::optional<Split> within(PageEnd worst, double least, double most)
     {
-        const std::vector<std::size_t> cuts = cutsAt(worst);
+        const std::vector<std::size_t> &cuts = cutsAt(worst);
         std::vector<Step> steps(cuts.size());
         steps[0].cost = 0;
+        std::vector<std::size_t> reached { 0 }; // the places where a page may begin
+        std::size_t nearest = 0; // of those, the first behind which a page is too short
+        std::size_t farthest = 0; // and the first behind which it is not too long
         for (std::size_t to = 1; to < cuts.size(); ++to) {
-            for (std::size_t from = to; from-- > 0;) {
-                const double page = length(cuts[from], cuts[to]);
-                if (page > most) {
-                    break;
+            const std::size_t cut = cuts[to];
+            if (length(cuts[reached.back()], cut) > most) {
+                return std::nullopt; // and so it stays: what is behind is farther still
+            }
+            while (nearest < reached.size() && length(cuts[reached[nearest]], cut) >= least) {
+                ++nearest;
+            }
+            while (farthest < nearest && length(cuts[reached[farthest]], cut) > most) {
+                ++farthest;
+            }
+            for (std::size_t place = nearest; place-- > farthest;) {
+                const std::size_t from = reached[place];
+                if (cut <= endOf(cuts[from])) {
+                    const double off = length(cuts[from], cut) - (least + most) / 2;
+                    steps[to].offer(steps[from], from, price(cut), off * off);
                 }
-                if (page >= least && steps[from].cost >= 0 && cuts[to] <= endOf(cuts[from])) {
-                    const double off = page - (least + most) / 2;
-                    steps[to].offer(steps[from], from, price(cuts[to]), off * off);
-                }
+            }
+            if (steps[to].cost >= 0) {
+                reached.push_back(to);
             }
         }
         return steps.back().cost < 0 ? std::nullopt : std::optional(read(steps, cuts));
@@ -114,9 +127,8 @@ private:
                 before.pages + 1,
                 before.unevenness + off,
                 place };
-            const auto key = [](const Step &step) {
-                return std::tuple(step.cost, step.pages, step.unevenness);
-            };
+            const auto key
+                = [](const Step &step) { return std::tie(step.cost, step.pages, step.unevenness); };
             if (cost < 0 || key(other) < key(*this)) {
                 *this = other;
             }
@@ -131,15 +143,18 @@ private:
         return m_ends[first];
     }
 
-    [[nodiscard]] std::vector<std::size_t> cutsAt(PageEnd worst) const
+    const std::vector<std::size_t> &cutsAt(PageEnd worst)
     {
-        std::vector<std::size_t> cuts { 0 };
-        for (std::size_t word = 1; word < m_words.size(); ++word) {
-            if (m_words[word].before <= worst) {
-                cuts.push_back(word);
+        std::vector<std::size_t> &cuts = m_cuts.at(static_cast<std::size_t>(worst));
+        if (cuts.empty()) {
+            cuts.push_back(0);
+            for (std::size_t word = 1; word < m_words.size(); ++word) {
+                if (m_words[word].before <= worst) {
+                    cuts.push_back(word);
+                }
             }
+            cuts.push_back(m_words.size());
         }
-        cuts.push_back(m_words.size());
         return cuts;
     }
 
@@ -164,49 +179,79 @@ private:
     const std::vector<PageWord> &m_words;
     const PageReach &m_reach;
     std::vector<std::size_t> m_ends;
+    std::array<std::vector<std::size_t>, 5> m_cuts; ///< by the worst place
 };
 
-/// The best split of that many pages, more or less, none of them shorter than its share of the
-/// longest.
-std::optional<Splitter::Split>
-bestOf(Splitter &splitter, PageEnd worst, double total, std::size_t pages, double share)
-{
-    std::optional<Splitter::Split> best;
-    const double mean = total / static_cast<double>(pages);
-    // From pages of one length to the widest band whose middle is still the mean.
-    for (double above = 1.04; above <= 1 / share + 0.001 && above < 2; above += 0.04) {
-        auto split = splitter.within(worst, share * mean * above, mean * above);
-        if (split && (!best || split->betterThan(*best))) {
-            best = std::move(split);
+/// Looks for the best split in bands of page lengths, none of them twice.
+class BandSearch {
+public:
+    BandSearch(Splitter &splitter, PageEnd worst, double total)
+        : m_splitter(splitter)
+        , m_worst(worst)
+        , m_total(total)
+    {
+    }
+
+    /// Tries bands of that many pages, more or less, none of them shorter than its share of the
+    /// longest.
+    void tryPages(std::size_t pages, double share)
+    {
+        const double mean = m_total / static_cast<double>(pages);
+        // From pages of one length to the widest band whose middle is still the mean.
+        for (double above = 1.04; above <= 1 / share + 0.001 && above < 2; above += 0.04) {
+            const double most = mean * above;
+            if (isTried(most)) {
+                continue;
+            }
+            m_tried.push_back(most);
+            auto split = m_splitter.within(m_worst, share * most, most);
+            if (split && (!m_best || split->betterThan(*m_best))) {
+                m_best = std::move(split);
+            }
         }
     }
-    return best;
-}
+
+    [[nodiscard]] std::optional<Splitter::Split> &best() { return m_best; }
+
+private:
+    /// Hundreds of pages have means beside each other.
+    [[nodiscard]] bool isTried(double most) const
+    {
+        return std::any_of(m_tried.begin(), m_tried.end(), [most](double tried) {
+            return std::abs(tried - most) < 0.01 * most;
+        });
+    }
+
+    Splitter &m_splitter;
+    PageEnd m_worst;
+    double m_total;
+    std::vector<double> m_tried;
+    std::optional<Splitter::Split> m_best;
+};
 
 std::optional<std::vector<PageRange>>
 balanced(Splitter &splitter, PageEnd worst, double total, std::size_t fewest)
 {
     const std::size_t most = fewest + fewest / 2 + 2;
-    std::optional<Splitter::Split> best;
+    BandSearch search(splitter, worst, total);
     for (std::size_t pages = fewest; pages <= most; ++pages) {
-        auto split = bestOf(splitter, worst, total, pages, balance);
-        if (split && (!best || split->betterThan(*best))) {
-            best = std::move(split);
-        }
-        if (best && best->cuts == 0) {
+        search.tryPages(pages, balance);
+        if (search.best() && search.best()->cuts == 0) {
             break;
         }
     }
-    return best ? std::optional(std::move(best->pages)) : std::nullopt;
+    return search.best() ? std::optional(std::move(search.best()->pages)) : std::nullopt;
 }
 
 /// Whatever is left of the balance.
 std::vector<PageRange> nearlyBalanced(Splitter &splitter, double total, std::size_t fewest)
 {
     for (double share = 0.7; share > 0.05; share -= 0.05) {
+        BandSearch search(splitter, PageEnd::Blank, total);
         for (std::size_t pages = fewest; pages <= fewest + 2; ++pages) {
-            if (auto split = bestOf(splitter, PageEnd::Blank, total, pages, share)) {
-                return std::move(split->pages);
+            search.tryPages(pages, share);
+            if (search.best()) {
+                return std::move(search.best()->pages);
             }
         }
     }

@@ -10,13 +10,14 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 namespace bible {
 
 namespace {
 
 /// Counts up when anything in the file means another thing.
-constexpr std::int64_t version = 1;
+constexpr std::int64_t version = 2;
 /// Rows of the second Bible begin here.
 constexpr std::int64_t bibleStride = 100'000;
 
@@ -48,6 +49,9 @@ constexpr const char *knownQuery
     = "SELECT rowid, 1 FROM known WHERE known MATCH ?1 ORDER BY rank LIMIT 80";
 constexpr const char *allQuery
     = "SELECT rowid, 0 FROM verses WHERE verses MATCH ?1 ORDER BY rank LIMIT 80";
+constexpr const char *wordQuery = "SELECT sum(doc) FROM words WHERE term >= ?1 AND term < ?2";
+/// A word of more verses than this says little of which one is meant, and costs much to rank.
+constexpr std::int64_t commonWord = 1500;
 
 SqliteDatabase opened(const QString &path)
 {
@@ -186,6 +190,7 @@ VerseIndex::VerseIndex(const QString &path)
     : m_database(opened(path))
     , m_known(m_database.query(knownQuery))
     , m_all(m_database.query(allQuery))
+    , m_words(m_database.query(wordQuery))
 {
 }
 
@@ -200,6 +205,7 @@ void VerseIndex::make(const QString &path, const std::function<bool()> &stopped)
         database.run("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; BEGIN;"
                      "CREATE VIRTUAL TABLE verses USING fts5(text, content='', prefix='2 3');"
                      "CREATE VIRTUAL TABLE known USING fts5(text, content='', prefix='2 3');"
+                     "CREATE VIRTUAL TABLE words USING fts5vocab(verses, 'row');"
                      "CREATE TABLE made(fingerprint INTEGER)");
         fill(database, stopped);
         SqliteStatement mark = database.query("INSERT INTO made VALUES(?1)");
@@ -222,6 +228,9 @@ void VerseIndex::collect(std::vector<Candidate> &candidates,
     SqliteStatement &statement,
     const QString &match)
 {
+    if (match.isEmpty()) {
+        return;
+    }
     statement.reset();
     statement.bind(1, match.toUtf8());
     while (statement.step()) {
@@ -234,6 +243,36 @@ void VerseIndex::collect(std::vector<Candidate> &candidates,
         }
     }
     statement.reset();
+}
+
+std::int64_t VerseIndex::versesWith(const QString &word, bool mayGoOn)
+{
+    const QByteArray from = word.toUtf8();
+    m_words.reset();
+    m_words.bind(1, from).bind(2, from + (mayGoOn ? "\xff" : " "));
+    const std::int64_t count = m_words.step() ? m_words.integer(0) : 0;
+    m_words.reset();
+    return count;
+}
+
+QString VerseIndex::anyOf(const QStringList &wanted, bool mayGoOn)
+{
+    QStringList telling;
+    std::int64_t fewest = std::numeric_limits<std::int64_t>::max();
+    QString rarest;
+    for (qsizetype place = 0; place < wanted.size(); ++place) {
+        const bool open = mayGoOn && place + 1 == wanted.size();
+        const QString term = quoted(wanted.at(place)) + (open ? QStringLiteral(" *") : QString());
+        const std::int64_t count = versesWith(wanted.at(place), open);
+        if (count > 0 && count <= commonWord) {
+            telling << term;
+        }
+        if (count > 0 && count < fewest) {
+            fewest = count;
+            rarest = term;
+        }
+    }
+    return telling.isEmpty() && !rarest.isEmpty() ? rarest : telling.join(QStringLiteral(" OR "));
 }
 
 QList<FoundVerse> VerseIndex::find(const QString &typed, qsizetype most)
@@ -256,8 +295,9 @@ QList<FoundVerse> VerseIndex::find(const QString &typed, qsizetype most)
     }
     collect(candidates, m_all, together);
     if (static_cast<qsizetype>(candidates.size()) < most && wanted.size() > 1) {
-        collect(candidates, m_known, terms.join(QStringLiteral(" OR ")) + rest);
-        collect(candidates, m_all, terms.join(QStringLiteral(" OR ")) + rest);
+        const QString any = anyOf(wanted, mayGoOn);
+        collect(candidates, m_known, any);
+        collect(candidates, m_all, any);
     }
     double early = 0; // of equals, the one that the index thinks the better of
     for (Candidate &candidate : candidates) {

@@ -46,9 +46,15 @@ private:
     void
     collect(std::vector<Candidate> &candidates, SqliteStatement &statement, const QString &match);
 
+    /// In how many verses of both Bibles a word stands, or what begins with it.
+    std::int64_t versesWith(const QString &word, bool mayGoOn);
+    /// A query for any of the words that tell verses apart; empty when none stands in a Bible.
+    QString anyOf(const QStringList &wanted, bool mayGoOn);
+
     SqliteDatabase m_database;
     SqliteStatement m_known; ///< among the well-known verses
     SqliteStatement m_all;
+    SqliteStatement m_words; ///< in how many verses a word stands
 };
 
 } // namespace bible

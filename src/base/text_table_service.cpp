@@ -18,6 +18,8 @@ constexpr TextPair pairs[] = {
         "The server still has the stream before; trying again in %1 s · attempt %2" },
     TextPair { "El servidor la cierra una y otra vez: revisa la clave.",
         "The server closes it again and again: check the key." },
+    TextPair { "Claves que el llavero del sistema puede conservar: ",
+        "Keys that the system's key ring may still keep: " },
     TextPair { "Reconectando en %1 s · intento %2", "Reconnecting in %1 s · attempt %2" },
     TextPair { "Se vuelve a conectar sola.", "It reconnects by itself." },
     TextPair { "%1: la transmisión ha vuelto.", "%1: the stream is back." },

@@ -87,4 +87,20 @@ void SecretStore::writeSecret(const QString &account,
         });
 }
 
+void SecretStore::removeSecret(const QString &account, std::function<void(Removal removal)> done)
+{
+    onFile(
+        [this, account] {
+            return m_file.writeSecretFile(account, QString())
+                || m_file.readSecretFile(account).isEmpty();
+        },
+        [this, account, done = std::move(done)](bool outOfFile) {
+            const Removal atLeast = outOfFile ? Removal::SystemMayKeepIt : Removal::Failed;
+            const auto answer = answerOnce<Removal>(&m_context, m_patience, atLeast, done);
+            m_keychain.writeKeychain(account, QString(), [answer, atLeast](bool emptied) {
+                answer(emptied && atLeast != Removal::Failed ? Removal::Done : atLeast);
+            });
+        });
+}
+
 } // namespace nimbara

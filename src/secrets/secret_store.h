@@ -61,10 +61,21 @@ public:
     /// Writes the file and then the system's store, always both. True when at least one was
     /// written: answered as soon as that is certain, so that a store which waits for the operator
     /// does not hold up a secret that the file has. An empty value removes the file's entry and
-    /// empties the system's.
+    /// empties the system's; where it matters whether both did, see `removeSecret`.
     void writeSecret(const QString &account,
         const QString &value,
         std::function<void(bool written)> done);
+
+    /// What became of a secret that was to be removed.
+    enum class Removal {
+        Failed, ///< the file still has it
+        SystemMayKeepIt, ///< the file has it no more; the system's store refused, or is silent
+        Done ///< neither has it
+    };
+
+    /// Removes the file's entry and empties the system's. Unlike a write, the answer waits for
+    /// both: a secret that one of them keeps would come back.
+    void removeSecret(const QString &account, std::function<void(Removal removal)> done);
 
 private:
     /// Runs `work` on the background task, after all earlier work, and `then` here with its result.

@@ -47,6 +47,26 @@ private Q_SLOTS:
         }
     }
 
+    void aRemovedSecretIsGoneFromBoth()
+    {
+        using Removal = SecretStore::Removal;
+        for (const auto &[fileWorks, manner, removal] :
+            { std::tuple { true, Manner::Works, Removal::Done },
+                { true, Manner::Refuses, Removal::SystemMayKeepIt },
+                { true, Manner::Waits, Removal::SystemMayKeepIt },
+                { false, Manner::Works, Removal::Done }, // no file at all
+                { false, Manner::Waits, Removal::SystemMayKeepIt } }) {
+            QVERIFY(SecretFile(m_path).writeSecretFile(account, u"clave"_s));
+            ScriptedKeyStore system(manner);
+            SecretStore store(system, fileWorks ? m_path : m_path + u"/a"_s, 300ms);
+            std::vector<Removal> answers;
+            store.removeSecret(account, [&](Removal how) { answers.push_back(how); });
+            QTRY_COMPARE(answers, std::vector<Removal> { removal });
+            QCOMPARE(store.readSecretFile(account), QString());
+            QCOMPARE(system.written, QStringList { account + u'=' });
+        }
+    }
+
     void readsTheFileThenTheSystem()
     {
         for (const auto &[inFile, manner, wanted] :

@@ -340,40 +340,57 @@ void StreamDesk::saveNext(Saving saving)
         return;
     }
     const auto [slot, key] = saving.keys.front();
-    m_secrets.writeSecret(account(slot),
-        key,
-        [self = QPointer(this), saving = std::move(saving)](bool written) mutable {
+    const auto answer = [self = QPointer(this), saving = std::move(saving)](auto handle) {
+        return [self, saving, handle](auto result) {
             if (self) {
-                self->saved(std::move(saving), written);
+                (self->*handle)(saving, result);
             }
-        });
+        };
+    };
+    if (key.isEmpty()) {
+        m_secrets.removeSecret(account(slot), answer(&StreamDesk::removed));
+    } else {
+        m_secrets.writeSecret(account(slot), key, answer(&StreamDesk::saved));
+    }
+}
+
+void StreamDesk::saveFailed(const Saving &saving)
+{
+    setSaving(false);
+    if (!saving.written.isEmpty() || !saving.removed.isEmpty() || !saving.kept.isEmpty()) {
+        Q_EMIT said(outcome(saving)); // those before it are done
+    }
+    Q_EMIT failed("No se pudo guardar en el almacén seguro del sistema");
 }
 
 void StreamDesk::saved(Saving saving, bool written)
 {
     if (!written) {
-        setSaving(false);
-        if (!saving.written.isEmpty() || !saving.removed.isEmpty()) {
-            Q_EMIT said(outcome(saving)); // those before it are done
-        }
-        Q_EMIT failed("No se pudo guardar en el almacén seguro del sistema");
+        saveFailed(saving);
         return;
     }
-    const auto [slot, key] = saving.keys.front();
+    saving.written << m_outputs.destination(saving.keys.front().first).name();
     saving.keys.pop_front();
-    const QString &name = m_outputs.destination(slot).name();
-    if (key.isEmpty()) {
-        m_slots.at(slot).wasEmptied = false;
-        saving.removed << name;
-    } else {
-        saving.written << name;
+    saveNext(std::move(saving));
+}
+
+void StreamDesk::removed(Saving saving, SecretStore::Removal removal)
+{
+    if (removal == SecretStore::Removal::Failed) {
+        saveFailed(saving);
+        return;
     }
+    const std::size_t slot = saving.keys.front().first;
+    saving.keys.pop_front();
+    const bool isDone = removal == SecretStore::Removal::Done;
+    m_slots.at(slot).wasEmptied = m_slots.at(slot).wasEmptied && !isDone; // else tried once more
+    (isDone ? saving.removed : saving.kept) << m_outputs.destination(slot).name();
     saveNext(std::move(saving));
 }
 
 Message StreamDesk::outcome(const Saving &saving)
 {
-    if (saving.written.isEmpty() && saving.removed.isEmpty()) {
+    if (saving.written.isEmpty() && saving.removed.isEmpty() && saving.kept.isEmpty()) {
         return "No hay claves que guardar: las guardadas siguen como estaban.";
     }
     const auto names
@@ -385,6 +402,9 @@ Message StreamDesk::outcome(const Saving &saving)
     }
     if (!saving.removed.isEmpty()) {
         text += blank + "Claves eliminadas: " + names(saving.removed);
+    }
+    if (!saving.kept.isEmpty()) {
+        text += blank + "Claves que el llavero del sistema puede conservar: " + names(saving.kept);
     }
     return text;
 }

@@ -100,6 +100,7 @@ private:
         std::deque<std::pair<std::size_t, QString>> keys; ///< slot and key, empty to remove it
         QStringList written;
         QStringList removed;
+        QStringList kept; ///< removed, though the system's store may still have them
     };
 
     struct Slot {
@@ -137,6 +138,8 @@ private:
     void setSaving(bool saving);
     void saveNext(Saving saving);
     void saved(Saving saving, bool written);
+    void removed(Saving saving, SecretStore::Removal removal);
+    void saveFailed(const Saving &saving);
     [[nodiscard]] static Message outcome(const Saving &saving);
 
     const Clock &m_clock;

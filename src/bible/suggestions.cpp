@@ -25,6 +25,20 @@ QString firstWords(const QString &text)
     return text.left(blank > 0 ? blank : wordsShown) + QChar(0x2026);
 }
 
+QString withBible(const QString &reference, const QString &bible)
+{
+    return bible.isEmpty() ? reference : reference + QLatin1Char(' ') + bible;
+}
+
+/// Of one that may be online, the other Bible's words tell the verse.
+const Bible &builtInNamed(const QString &name, const Bible &other)
+{
+    if (name == english().id) {
+        return english();
+    }
+    return name == spanish().id ? spanish() : other;
+}
+
 /// Collects suggestions of one Bible, as many as there is room for.
 class Collection {
 public:
@@ -34,22 +48,25 @@ public:
     {
     }
 
-    void addBook(std::int32_t book) { add({ bookName(book, m_bible.lang), {} }); }
+    void addBook(std::int32_t book) { add({ bookName(book, m_bible.lang), {}, true }); }
     /// `verse` 0: the whole chapter.
     void addPlace(std::int32_t book, std::int32_t chapter, std::int32_t verse)
     {
         const std::int32_t first = std::max(verse, 1);
         const QString text = verseText(m_bible, { book, chapter, first, first });
         if (!text.isEmpty()) {
-            add({ label(Ref { book, chapter, verse, verse }, m_bible.lang), firstWords(text) });
+            const Ref place { book, chapter, verse, verse };
+            add({ label(place, m_bible.lang), firstWords(text), false });
         }
     }
-    void addPassage(const Passage &passage)
+    /// `named`: the Bible that stands behind the reference, as typed; or empty.
+    void addPassage(const Passage &passage, const QString &named)
     {
         const Span &first = passage.spans.first();
         const std::int32_t verse = std::max(first.verseFrom, 1);
-        const QString text = verseText(m_bible, { passage.book, first.chapterFrom, verse, verse });
-        add({ label(passage, m_bible.lang), firstWords(text) });
+        const Ref begin { passage.book, first.chapterFrom, verse, verse };
+        const QString text = verseText(builtInNamed(named, m_bible), begin);
+        add({ withBible(label(passage, m_bible.lang), named), firstWords(text), false });
     }
     [[nodiscard]] bool isFull() const { return m_list.size() >= m_most; }
     [[nodiscard]] QList<Suggestion> list() const { return m_list; }
@@ -105,12 +122,29 @@ bool beginsWith(std::int32_t number, std::int32_t digits)
     return number == digits;
 }
 
+/// "Judas 2": its verses 2 and 20 to 25; "Judas 1" is the chapter, too.
+void addFromOnlyChapter(Collection &all, std::int32_t book, std::int32_t digits)
+{
+    if (digits == 1) {
+        all.addPlace(book, 1, 0);
+    }
+    for (std::int32_t verse = 1; verse <= canonVerses(book, 1) && !all.isFull(); ++verse) {
+        if (beginsWith(verse, digits)) {
+            all.addPlace(book, 1, verse);
+        }
+    }
+}
+
 void addFrom(Collection &all, std::int32_t book, const Begun &begun)
 {
     if (begun.chapter == 0) {
         for (std::int32_t chapter = 1; chapter <= canonChapters(book) && !all.isFull(); ++chapter) {
             all.addPlace(book, chapter, 0);
         }
+        return;
+    }
+    if (canonChapters(book) == 1 && begun.verse == 0) {
+        addFromOnlyChapter(all, book, begun.chapter);
         return;
     }
     const std::int32_t last = canonVerses(book, begun.chapter);
@@ -152,16 +186,20 @@ QList<Suggestion> completions(const QString &typed, const Bible &bible, qsizetyp
         }
         return all.list();
     }
-    for (const Passage &passage : read(typed).passages) {
-        all.addPassage(passage);
+    const Reading reading = read(typed);
+    for (const Passage &passage : reading.passages) {
+        all.addPassage(passage, reading.bible);
     }
     return all.list();
 }
 
-Suggestion suggestionOf(const FoundVerse &found)
+Suggestion suggestionOf(const FoundVerse &found, const QString &language)
 {
-    const Bible &bible = found.lang == QLatin1String("en") ? english() : spanish();
-    return { label(found.verse, found.lang), firstWords(verseText(bible, found.verse)) };
+    const Bible &bible = found.lang == english().lang ? english() : spanish();
+    return { withBible(label(found.verse, bible.lang),
+                 bible.lang == language ? QString() : bible.id),
+        firstWords(verseText(bible, found.verse)),
+        false };
 }
 
 bool mayBeWords(const QString &typed)

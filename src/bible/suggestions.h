@@ -10,10 +10,9 @@ namespace bible {
 
 /// One line below a field that takes a reference.
 struct Suggestion {
-    QString reference; ///< "Juan 3:16", or the book alone, "Juan", to be gone on with
-    QString words; ///< the first words of its text; empty for a book alone
-
-    [[nodiscard]] bool isWhole() const { return !words.isEmpty(); }
+    QString reference; ///< "Juan 3:16", "Juan 3:16 KJV", or a book alone, "Juan"
+    QString words; ///< the first words of its text, if it has any
+    bool isBook = false; ///< a book alone, to be gone on with
     bool operator==(const Suggestion &) const = default;
 };
 
@@ -22,8 +21,9 @@ struct Suggestion {
 /// is no beginning of a reference. Labelled in the Bible's language.
 QList<Suggestion> completions(const QString &typed, const Bible &bible, qsizetype most);
 
-/// The suggestion for a verse that was found by its words, in its own Bible.
-Suggestion suggestionOf(const FoundVerse &found);
+/// The suggestion for a verse that was found by its words, in its own Bible. Names that Bible where
+/// it is not the one of `language`, from which a reference alone would be shown.
+Suggestion suggestionOf(const FoundVerse &found, const QString &language);
 
 /// The text may be words of a verse: no reference is written in so many letters and no number.
 bool mayBeWords(const QString &typed);

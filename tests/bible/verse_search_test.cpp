@@ -183,6 +183,9 @@ private Q_SLOTS:
             { "juan 3 16", "Juan 3:16" },
             { "ju 3:16", "Jueces 3:16 | Juan 3:16" },
             { "juan 3:16-18", "Juan 3:16-18" },
+            { "juan 3:16 kjv", "Juan 3:16 KJV" },
+            { "judas 2", "Judas 1:2 | Judas 1:20 | Judas 1:21 | Judas 1:22" },
+            { "filemon 25", "Filemón 1:25" },
             { "juan 3:99", "" },
             { "amó Dios", "" },
         };

@@ -30,7 +30,7 @@ void VerseFinder::suggest(const QString &typed)
             QList<bible::Suggestion> all = references;
             for (const bible::FoundVerse &verse : found) {
                 if (all.size() < most) {
-                    all << bible::suggestionOf(verse);
+                    all << bible::suggestionOf(verse, m_bibles.language());
                 }
             }
             Q_EMIT suggested(typed, all);

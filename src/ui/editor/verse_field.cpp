@@ -18,9 +18,9 @@ constexpr int listWidth = 560; ///< pixels; a reference and the first words of i
 
 QString lineOf(const bible::Suggestion &suggestion)
 {
-    return suggestion.isWhole()
-        ? suggestion.reference + QStringLiteral("   ·   ") + suggestion.words
-        : suggestion.reference;
+    return suggestion.words.isEmpty()
+        ? suggestion.reference
+        : suggestion.reference + QStringLiteral("   ·   ") + suggestion.words;
 }
 
 } // namespace
@@ -67,6 +67,7 @@ void VerseField::offer(const QString &typed, const QList<bible::Suggestion> &sug
         return;
     }
     m_completer->complete(QRect(0, 0, std::max(width(), listWidth), height()));
+    m_completer->popup()->setCurrentIndex({}); // Return takes a line that the arrows chose, alone
 }
 
 void VerseField::keyPressEvent(QKeyEvent *event)
@@ -89,7 +90,7 @@ void VerseField::take(int row)
         return;
     }
     const bible::Suggestion suggestion = m_suggestions.at(row);
-    if (suggestion.isWhole()) {
+    if (!suggestion.isBook) {
         setText(suggestion.reference);
         Q_EMIT chosen(suggestion.reference);
         return;

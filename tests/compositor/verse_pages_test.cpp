@@ -117,6 +117,8 @@ private Q_SLOTS:
             { "Juan 3:36-4:2", "36 a 4:1 b 2 c 5:1 d", "3:36 4:1 4:2 5:1" },
             { "Song of Solomon 2", "1 a 3 b 2 3 c", "2:1 2:2 2:3" },
             { "Salmos 23; 24", "1 a 2 b 24:1 c", "23:1 23:2 24:1" },
+            { "Juan 3:36-4:2", "[36] a [1] b [2] c [1] d", "3:36 4:1 4:2" },
+            { "Salmos 23-24", "[1] a [2] b [1] c", "23:1 23:2 24:1" },
             { "Juan 3:16", "Porque 16 a 17 b", "" },
             { "", "1 a 2 b", "" },
         };
@@ -143,6 +145,9 @@ private Q_SLOTS:
                  { 0, 5, "Juan 3:34-4:2,5" } }) {
             QCOMPARE(labelOf(label, marks, first, last), QLatin1String(named));
         }
+        const QString apart = u"Mateo 5:11-12; 6:1-3"_s; // what lies between is not on the page
+        const auto both = verseMarks(u"11 a 12 b 6:1 c 2 d 3 e"_s, apart);
+        QCOMPARE(labelOf(apart, both, 0, 4), apart);
     }
 
     /// Every word of both Bibles is on one page, in its place, and no page is much shorter than

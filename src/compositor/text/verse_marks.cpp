@@ -16,10 +16,16 @@ struct Place {
     bool operator==(const Place &) const = default;
 };
 
-/// A label taken apart: the book's name and the first place of each of its spans.
+/// A span of a label, "3:36-4:2".
+struct Span {
+    Place start;
+    std::int32_t lastChapter = 0;
+};
+
+/// A label taken apart.
 struct Label {
     QString book;
-    std::vector<Place> starts;
+    std::vector<Span> spans;
 };
 
 Label taken(const QString &label)
@@ -36,11 +42,13 @@ Label taken(const QString &label)
         if (first.contains(QLatin1Char(':')) || !hasVerses) {
             chapter = first.section(QLatin1Char(':'), 0, 0).toInt();
         }
-        parts.starts.push_back(
-            { chapter, hasVerses ? first.section(QLatin1Char(':'), -1).toInt() : 1 });
-        if (last.contains(QLatin1Char(':'))) {
+        Span read { { chapter, hasVerses ? first.section(QLatin1Char(':'), -1).toInt() : 1 },
+            chapter };
+        if (last.contains(QLatin1Char(':')) || !hasVerses) {
             chapter = last.section(QLatin1Char(':'), 0, 0).toInt();
+            read.lastChapter = chapter;
         }
+        parts.spans.push_back(read);
     }
     return parts;
 }
@@ -59,27 +67,29 @@ bool means(Place read, Place place)
 }
 
 /// What the number stands for behind the place before; chapter 0 when it is none of a verse.
-Place following(Place before, Place read, const std::vector<Place> &starts, std::size_t &span)
+Place following(Place before, Place read, const std::vector<Span> &spans, std::size_t &span)
 {
     if (means(read, { before.chapter, before.verse + 1 })) {
         return { before.chapter, before.verse + 1 };
     }
-    if (read == Place { before.chapter + 1, 1 }) {
-        return read;
+    const Place next { before.chapter + 1, 1 };
+    if (next.chapter <= spans[span].lastChapter && means(read, next)) {
+        return next; // also of a text that counts no chapters
     }
-    for (std::size_t next = span + 1; next < starts.size(); ++next) {
-        if (means(read, starts[next])) {
-            span = next;
-            return starts[next];
+    for (std::size_t later = span + 1; later < spans.size(); ++later) {
+        if (means(read, spans[later].start)) {
+            span = later;
+            return spans[later].start;
         }
     }
-    return {};
+    return read == next ? next : Place {};
 }
 
 bool goesOn(const VerseMark &from, const VerseMark &to)
 {
-    return to.chapter == from.chapter ? to.verse == from.verse + 1
-                                      : to.chapter == from.chapter + 1 && to.verse == 1;
+    return to.chapter == from.chapter
+        ? to.verse == from.verse + 1
+        : to.span == from.span && to.chapter == from.chapter + 1 && to.verse == 1;
 }
 
 QString placeText(const VerseMark &mark)
@@ -105,23 +115,23 @@ std::vector<VerseMark> verseMarks(const QString &text, const QString &label)
     const Label parts = taken(label);
     std::vector<VerseMark> marks;
     std::size_t span = 0;
-    for (auto each = number.globalMatch(text); each.hasNext() && !parts.starts.empty();) {
+    for (auto each = number.globalMatch(text); each.hasNext() && !parts.spans.empty();) {
         const auto match = each.next();
         Place place;
         if (!marks.empty()) {
             place = following({ marks.back().chapter, marks.back().verse },
                 numberIn(match),
-                parts.starts,
+                parts.spans,
                 span);
         } else if (QStringView(text).left(match.capturedStart()).trimmed().isEmpty()
-            && means(numberIn(match), parts.starts.front())) {
-            place = parts.starts.front();
+            && means(numberIn(match), parts.spans.front().start)) {
+            place = parts.spans.front().start;
         } else {
             break;
         }
         if (place.chapter > 0) {
             marks.push_back(
-                { match.capturedStart(), match.capturedEnd(), place.chapter, place.verse });
+                { match.capturedStart(), match.capturedEnd(), place.chapter, place.verse, span });
         }
     }
     return marks;

@@ -15,6 +15,7 @@ struct VerseMark {
     qsizetype end = 0; ///< behind the number
     std::int32_t chapter = 0;
     std::int32_t verse = 0;
+    std::size_t span = 0; ///< of the label, "3:34-4:2" or "5"
 
     bool operator==(const VerseMark &) const = default;
 };

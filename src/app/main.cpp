@@ -6,6 +6,7 @@
 #include "base/i18n.h"
 #include "base/log.h"
 #include "base/memory_policy.h"
+#include "studio/programs/tick_priority.h"
 #include "ui/kit/style.h"
 #include "ui/shell/studio_window.h"
 
@@ -48,6 +49,7 @@ int runStudio(nimbara::StudioApplication &application, nimbara::EndGuard &guard)
     nimbara::StudioServices services;
     services.dataFolder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
     services.cacheFolder = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
+    nimbara::askForTickPriority();
     nimbara::StudioWindow window(false, std::move(services));
     window.show();
     int exitCode = 1;

@@ -1,54 +1,15 @@
 #include "studio/outputs/wake_lock.h"
+#include "support/bus_service.h"
 #include "support/log_text.h"
 #include "support/test_registry.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QDBusVirtualObject>
 
 #include <glib.h>
 
 using namespace nimbara;
+using nimbara::testing::BusService;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// A service of the desktop on the session bus; it answers when it is told to.
-class Service : public QDBusVirtualObject {
-public:
-    Service(const QString &name, const QString &path)
-        : m_name(name)
-    {
-        m_bus.registerVirtualObject(path, this, QDBusConnection::SubPath);
-        ready = m_bus.registerService(name);
-    }
-    ~Service() override { m_bus.unregisterService(m_name); }
-    void answer(const QVariantList &values = {})
-    {
-        m_bus.send(waiting.takeFirst().createReply(values));
-    }
-    QString introspect(const QString &) const override { return {}; }
-    bool handleMessage(const QDBusMessage &call, const QDBusConnection &) override
-    {
-        calls << call.member();
-        for (const QVariant &argument : call.arguments()) {
-            calls.last() += u' ' + argument.toString();
-        }
-        waiting << call;
-        return true;
-    }
-
-    bool ready = false;
-    QStringList calls; ///< method and arguments
-    QList<QDBusMessage> waiting;
-
-private:
-    QDBusConnection m_bus = QDBusConnection::sessionBus();
-    QString m_name;
-};
-
-} // namespace
 
 class WakeLockTest : public QObject {
     Q_OBJECT
@@ -58,7 +19,7 @@ private Q_SLOTS:
     /// Granted in time or only after it was given back: nothing stays inhibited.
     void isGivenBackHoweverLateItIsGranted()
     {
-        Service desktop(u"org.freedesktop.ScreenSaver"_s, u"/org/freedesktop/ScreenSaver"_s);
+        BusService desktop(u"org.freedesktop.ScreenSaver"_s, u"/org/freedesktop/ScreenSaver"_s);
         QVERIFY(desktop.ready);
         for (const bool late : { false, true }) {
             desktop.calls.clear();
@@ -84,7 +45,7 @@ private Q_SLOTS:
     void asksThePortalWhereThereIsNoOther()
     {
         const auto path = u"/org/freedesktop/portal/desktop"_s;
-        Service portal(u"org.freedesktop.portal.Desktop"_s, path);
+        BusService portal(u"org.freedesktop.portal.Desktop"_s, path);
         QVERIFY(portal.ready);
         {
             WakeLock lock;

@@ -69,6 +69,12 @@ void VerseField::offer(const QString &typed, const QList<bible::Suggestion> &sug
     m_completer->complete(QRect(0, 0, std::max(width(), listWidth), height()));
 }
 
+void VerseField::replaceText(const QString &text)
+{
+    m_completer->popup()->hide();
+    setText(text);
+}
+
 void VerseField::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;

@@ -8,6 +8,7 @@
 #include "ui/kit/controls.h"
 
 #include <QApplication>
+#include <QBoxLayout>
 #include <QCheckBox>
 #include <QFileInfo>
 #include <QFontComboBox>
@@ -24,6 +25,7 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <utility>
@@ -44,6 +46,8 @@ QLabel *makeNote(const QString &text)
     note->setWordWrap(true);
     return note;
 }
+
+constexpr int columnWidth = 350; ///< pixels that a column of rows needs
 
 /// The verse layer's reference line: label, middle dot, name of the source.
 const QString referenceDot = QStringLiteral(" · ");
@@ -99,20 +103,20 @@ void PropertiesPanel::turnTo(const Layer *layer)
     if (widget() == nullptr) {
         build();
     }
-    if (layer != nullptr && m_form == nullptr) {
+    if (layer != nullptr && m_columns == nullptr) {
         buildRows();
     }
     m_shown = layer != nullptr ? layer->id : LayerId();
     m_empty->setVisible(layer == nullptr);
-    if (m_form == nullptr) {
+    if (m_columns == nullptr) {
         return;
     }
-    m_form->parentWidget()->setVisible(layer != nullptr);
+    m_columns->parentWidget()->setVisible(layer != nullptr);
     if (layer == nullptr) {
         return;
     }
     showRowsOf(layer->kind);
-    m_form->setRowVisible(m_waiting, false);
+    m_waiting->hide();
     m_anew = true;
     refresh(*layer);
     m_anew = false;
@@ -127,8 +131,8 @@ void PropertiesPanel::showRowsOf(LayerKind kind)
         return;
     }
     m_kind = kind;
-    for (const auto &[row, isShownFor] : m_rows) {
-        m_form->setRowVisible(row, isShownFor(kind));
+    for (const Group &group : m_groups) {
+        group.owner->setVisible(group.kinds(kind));
     }
     verticalScrollBar()->setValue(0);
 }
@@ -142,6 +146,15 @@ void PropertiesPanel::refresh(const Layer &layer)
     }
 }
 
+void PropertiesPanel::editName()
+{
+    if (m_name != nullptr) {
+        ensureWidgetVisible(m_name);
+        m_name->setFocus();
+        m_name->selectAll();
+    }
+}
+
 void PropertiesPanel::showWaiting(LayerId layer, bool waiting)
 {
     if (layer != m_shown || m_waiting == nullptr || m_waiting->isHidden() != waiting) {
@@ -150,7 +163,7 @@ void PropertiesPanel::showWaiting(LayerId layer, bool waiting)
     const QWidget *typedIn = isTyping() ? QApplication::focusWidget() : nullptr;
     const auto place = [&] { return typedIn == nullptr ? 0 : typedIn->mapTo(this, QPoint()).y(); };
     const int before = place();
-    m_form->setRowVisible(m_waiting, waiting);
+    m_waiting->setVisible(waiting);
     // What comes or goes above the operator's hands does not move what is under them.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     verticalScrollBar()->setValue(verticalScrollBar()->value() + place() - before);
@@ -185,10 +198,11 @@ void PropertiesPanel::build()
 void PropertiesPanel::buildRows()
 {
     auto *owner = new QWidget;
-    m_form = new QFormLayout(owner);
-    m_form->setContentsMargins(0, 0, 0, 0);
-    m_form->setRowWrapPolicy(QFormLayout::WrapLongRows); // on a small screen
+    m_columns = new QBoxLayout(QBoxLayout::TopToBottom, owner);
+    m_columns->setContentsMargins(0, 0, 0, 0);
+    addColumn();
     addCommonRows();
+    addColumn();
     addVerseRows();
     addTextRows();
     addStyleRows();
@@ -201,18 +215,79 @@ void PropertiesPanel::buildRows()
         }
     }
     static_cast<QVBoxLayout *>(widget()->layout())->insertWidget(0, owner);
+    alignLabels();
+    arrange();
+}
+
+void PropertiesPanel::addColumn()
+{
+    auto *owner = new QWidget;
+    m_column = new QVBoxLayout(owner);
+    m_column->setContentsMargins(0, 0, 0, 0);
+    m_column->setSpacing(6);
+    m_columns->addWidget(owner, 1, Qt::AlignTop);
+}
+
+QFormLayout *PropertiesPanel::formOf(Kinds kinds)
+{
+    const bool goesOn = !m_groups.empty() && m_groups.back().kinds == kinds
+        && m_column->indexOf(m_groups.back().owner) == m_column->count() - 1;
+    if (!goesOn) {
+        auto *owner = new QWidget;
+        auto *form = new QFormLayout(owner);
+        form->setContentsMargins(0, 0, 0, 0);
+        form->setVerticalSpacing(6);
+        form->setRowWrapPolicy(QFormLayout::WrapLongRows); // on a small screen
+        m_column->addWidget(owner);
+        m_groups.push_back({ owner, form, kinds });
+    }
+    return m_groups.back().form;
+}
+
+/// The fields of all groups stand in one line.
+void PropertiesPanel::alignLabels()
+{
+    QList<QWidget *> labels;
+    int widest = 0;
+    for (const Group &group : m_groups) {
+        for (int row = 0; row < group.form->rowCount(); ++row) {
+            if (const QLayoutItem *item = group.form->itemAt(row, QFormLayout::LabelRole)) {
+                item->widget()->ensurePolished();
+                labels << item->widget();
+                widest = std::max(widest, item->widget()->sizeHint().width());
+            }
+        }
+    }
+    for (QWidget *each : labels) {
+        each->setMinimumWidth(widest);
+    }
+}
+
+/// Side by side where there is room for both, so that little has to be scrolled.
+void PropertiesPanel::arrange()
+{
+    if (m_columns == nullptr) {
+        return;
+    }
+    const bool wide = viewport()->width() >= 2 * columnWidth;
+    m_columns->setDirection(wide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    m_columns->setSpacing(wide ? 24 : 6);
+}
+
+void PropertiesPanel::resizeEvent(QResizeEvent *event)
+{
+    QScrollArea::resizeEvent(event);
+    arrange();
 }
 
 void PropertiesPanel::addRow(Kinds kinds, QWidget *field)
 {
-    m_form->addRow(field);
-    m_rows.emplace_back(field, kinds);
+    formOf(kinds)->addRow(field);
 }
 
 void PropertiesPanel::addRow(Kinds kinds, const char *spanish, QWidget *field)
 {
-    m_form->addRow(label(spanish), field);
-    m_rows.emplace_back(field, kinds);
+    formOf(kinds)->addRow(label(spanish), field);
 }
 
 void PropertiesPanel::addButton(Kinds kinds,
@@ -233,12 +308,12 @@ void PropertiesPanel::addCommonRows()
     });
     addRow(isAny, title);
 
-    auto *name = named(new QLineEdit, "layerName", label("Nombre"));
-    connect(name, &QLineEdit::textEdited, this, [this](const QString &text) {
+    m_name = named(new QLineEdit, "layerName", label("Nombre"));
+    connect(m_name, &QLineEdit::textEdited, this, [this](const QString &text) {
         Q_EMIT edited(m_shown, LayerField::Name, text);
     });
-    onRefresh([name](const Layer &layer) { showText(name, layer.name); });
-    addRow(isAny, "Nombre", name);
+    onRefresh([this](const Layer &layer) { showText(m_name, layer.name); });
+    addRow(isAny, "Nombre", m_name);
     addRow(isAny, "Posición", makePosition());
     addRow(isAny, "Alinear en pantalla", makeAlignmentGrid());
     addRow(isAny, "Opacidad", makeOpacity());
@@ -362,7 +437,8 @@ void PropertiesPanel::addVerseRows()
     auto *use = makeButton("Usar el texto recibido", "useWaiting");
     connect(use, &QPushButton::clicked, this, [this] { Q_EMIT waitingWanted(m_shown); });
     column->addWidget(use);
-    m_form->addRow(m_waiting); // shown for itself
+    m_waiting->hide(); // shown for itself
+    m_column->addWidget(m_waiting);
 }
 
 void PropertiesPanel::addTextRows()

@@ -10,8 +10,10 @@
 #include <utility>
 #include <vector>
 
+class QBoxLayout;
 class QFormLayout;
 class QLabel;
+class QLineEdit;
 
 namespace nimbara {
 
@@ -32,10 +34,15 @@ public:
     void refresh(const Layer &layer);
     /// Shows or hides the note that an answer waits behind what the operator wrote.
     void showWaiting(LayerId layer, bool waiting);
+    /// Puts the keyboard into the layer's name, all of it selected.
+    void editName();
     /// The operator is writing into one of the fields.
     [[nodiscard]] bool isTyping() const;
 
     bool eventFilter(QObject *watched, QEvent *event) override;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
 
 Q_SIGNALS:
     void
@@ -61,6 +68,10 @@ private:
     void turnTo(const Layer *layer);
     void showRowsOf(LayerKind kind);
     void build();
+    void addColumn();
+    void alignLabels();
+    QFormLayout *formOf(Kinds kinds);
+    void arrange();
     void buildRows();
     void addRow(Kinds kinds, QWidget *field);
     void addRow(Kinds kinds, const char *spanish, QWidget *field);
@@ -92,9 +103,17 @@ private:
     bool m_anew = false; ///< the layer is written over another one
     LayerId m_ridden; ///< the layer whose slider is held
     QLabel *m_empty = nullptr; ///< in place of the rows when no layer is selected
-    QFormLayout *m_form = nullptr;
-    std::vector<std::pair<QWidget *, Kinds>> m_rows;
+    /// Rows that are shown for the same kinds, one after another.
+    struct Group {
+        QWidget *owner;
+        QFormLayout *form;
+        Kinds kinds;
+    };
+    QBoxLayout *m_columns = nullptr; ///< what every kind has, beside or above what is its own
+    QBoxLayout *m_column = nullptr; ///< that takes further rows
+    std::vector<Group> m_groups;
     std::vector<Refresher> m_refreshers; ///< of all controls
+    QLineEdit *m_name = nullptr;
     QWidget *m_waiting = nullptr; ///< the note and button of an answer that waits
 };
 

@@ -50,6 +50,7 @@ int runStudio(nimbara::StudioApplication &application, nimbara::EndGuard &guard)
     services.dataFolder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
     services.cacheFolder = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
     nimbara::askForTickPriority();
+    services.remembersDesk = true;
     nimbara::StudioWindow window(false, std::move(services));
     window.show();
     int exitCode = 1;

@@ -575,10 +575,6 @@ constexpr TextPair pairs[] = {
     TextPair { "Error en vivo: ", "Live mode error: " },
     TextPair { "respuesta no válida del servidor", "invalid answer from the server" },
     TextPair { "la red no responde", "the network is not responding" },
-    TextPair { "El texto no cabe en su recuadro: 1 línea oculta",
-        "The text does not fit its box: 1 line hidden" },
-    TextPair { "El texto no cabe en su recuadro: %1 líneas ocultas",
-        "The text does not fit its box: %1 lines hidden" },
 };
 
 } // namespace
@@ -587,8 +583,11 @@ const std::vector<TextPair> &textPairs()
 {
     static const std::vector<TextPair> all = [] {
         std::vector<TextPair> joined(std::begin(pairs), std::end(pairs));
-        for (const std::span<const TextPair> more :
-            { serviceTextPairs(), sermonTextPairs(), cameraTextPairs(), verseTextPairs() }) {
+        for (const std::span<const TextPair> more : { serviceTextPairs(),
+                 sermonTextPairs(),
+                 cameraTextPairs(),
+                 verseTextPairs(),
+                 deskTextPairs() }) {
             joined.insert(joined.end(), more.begin(), more.end());
         }
         return joined;

@@ -19,5 +19,6 @@ std::span<const TextPair> serviceTextPairs();
 std::span<const TextPair> sermonTextPairs();
 std::span<const TextPair> cameraTextPairs();
 std::span<const TextPair> verseTextPairs();
+std::span<const TextPair> deskTextPairs();
 
 } // namespace nimbara_i18n

@@ -110,6 +110,8 @@ private Q_SLOTS:
         const QStringList all = (always + style
             + u" verseReference findVerse layerText cover fillColor changeImage sound restartVideo"_s)
                                     .split(u' ', Qt::SkipEmptyParts);
+        SceneDesk desk;
+        const auto *panel = desk.find<QWidget>("properties");
         for (const auto &[kind, own] : { std::pair { LayerKind::Camera, u" cover"_s },
                  { LayerKind::Image, u" cover changeImage"_s },
                  { LayerKind::Text, u" layerText"_s + style },
@@ -118,14 +120,48 @@ private Q_SLOTS:
                  { LayerKind::Color, u" fillColor"_s },
                  { LayerKind::Verse, u" verseReference findVerse layerText"_s + style },
                  { LayerKind::Subtitle, style } }) {
-            SceneDesk desk;
             desk.only(kind);
             const QStringList expected = (always + own).split(u' ', Qt::SkipEmptyParts);
             for (const QString &name : all) {
-                const bool found = desk.find<QWidget>("properties")->findChild<QWidget *>(name);
-                QVERIFY2(found == expected.contains(name), qPrintable(own + u": "_s + name));
+                const bool shown = desk.find<QWidget>(name)->isVisibleTo(panel);
+                QVERIFY2(shown == expected.contains(name), qPrintable(own + u": "_s + name));
             }
         }
+        desk.setLayers({});
+        QVERIFY(!desk.find<QWidget>("layerName")->isVisibleTo(panel));
+    }
+
+    /// A control outlives the layer that it shows: what was begun with it stays with that layer.
+    void anotherLayerIsWrittenIntoTheSameControls()
+    {
+        SceneDesk desk;
+        QVERIFY(desk.isActive());
+        Layer other = newLayer(LayerKind::Verse);
+        other.opacity = 0.5;
+        desk.setLayers({ newLayer(LayerKind::Verse), other });
+        desk.select(0);
+        auto *reference = desk.find<QLineEdit>("verseReference");
+        reference->setFocus();
+        QTest::keyClicks(reference, u"Rut"_s);
+        desk.select(1);
+        QCOMPARE(reference->text(), QString());
+        desk.select(0);
+        auto *size = desk.find<QSpinBox>("textSize");
+        size->setFocus();
+        size->selectAll();
+        QTest::keyClicks(size, u"33"_s);
+        auto *opacity = desk.find<QSlider>("opacity");
+        opacity->setSliderDown(true);
+        opacity->setValue(70);
+        desk.select(1);
+        QCOMPARE(size->value(), other.size);
+        QCOMPARE(QApplication::focusWidget(), size);
+        opacity->setValue(80);
+        opacity->setSliderDown(false);
+        QCOMPARE(opacity->value(), 50);
+        QCOMPARE(desk.layers()[0].opacity, 0.8);
+        QCOMPARE(desk.layers()[0].size, 33);
+        QVERIFY(desk.layers()[1] == other);
     }
 
     void everyFieldReachesItsLayer()

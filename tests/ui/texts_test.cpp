@@ -10,8 +10,6 @@
 #include <QMenu>
 #include <QPointer>
 #include <QRegularExpression>
-#include <QStyle>
-#include <QStyleOptionComboBox>
 #include <QWizard>
 
 using namespace nimbara;
@@ -82,51 +80,6 @@ void addEveryKind(Desk &desk)
     desk.press("editStreams");
 }
 
-bool showsWholeText(const QWidget &widget)
-{
-    if (const auto *list = qobject_cast<const QComboBox *>(&widget)) {
-        QStyleOptionComboBox option;
-        option.initFrom(list);
-        const int room
-            = list->style()
-                  ->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, list)
-                  .width();
-        return list->isEditable()
-            || room >= list->fontMetrics().horizontalAdvance(list->currentText());
-    }
-    const auto *label = qobject_cast<const QLabel *>(&widget);
-    if (label != nullptr && label->wordWrap()) {
-        return label->height() >= label->heightForWidth(label->width());
-    }
-    const bool hasText = label != nullptr || qobject_cast<const QAbstractButton *>(&widget);
-    return !hasText || widget.minimumWidth() == widget.maximumWidth()
-        || widget.width() >= widget.sizeHint().width();
-}
-
-bool isInsideEveryParent(const QWidget &widget)
-{
-    for (const QWidget *inner = &widget; !inner->isWindow(); inner = inner->parentWidget()) {
-        if (inner->x() < 0 || inner->geometry().right() >= inner->parentWidget()->width()) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// The widgets that show part of their text alone, one line each.
-QString cutOff(const QWidget &window)
-{
-    QStringList found;
-    for (const QWidget *widget : window.findChildren<QWidget *>()) {
-        const QString text = widget->property("text").toString();
-        if (widget->isVisible() && !(showsWholeText(*widget) && isInsideEveryParent(*widget))) {
-            found << QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ')
-                    + widget->objectName() + QLatin1Char(' ') + text;
-        }
-    }
-    return found.join(QLatin1Char('\n'));
-}
-
 } // namespace
 
 class TextsTest : public QObject {
@@ -168,31 +121,6 @@ private Q_SLOTS:
         for (const QString &line : logText().split(QLatin1Char('\n'))) {
             if (line.contains(u"  UI: "_s)) {
                 QCOMPARE(spanishIn(line), QStringList());
-            }
-        }
-    }
-
-    void nothingIsCutOffOnASmallScreen()
-    {
-        for (const char *language : { "es", "en" }) {
-            const RowName named(language);
-            nimbara_i18n::language() = QLatin1String(language);
-            Desk desk;
-            desk.window.resize(1024, 768);
-            QVERIFY(QTest::qWaitForWindowExposed(&desk.window));
-            QCOMPARE(desk.window.size(), QSize(1024, 768));
-            auto *tabs = desk.find<QTabWidget>("tabs");
-            for (int tab = 0; tab < tabs->count(); ++tab) {
-                tabs->setCurrentIndex(tab);
-                QCoreApplication::processEvents(); // the layout follows
-                QCOMPARE(cutOff(desk.window), QString());
-            }
-            tabs->setCurrentIndex(0);
-            addEveryKind(desk);
-            for (int row = 0; row < desk.find<QListWidget>("layers")->count(); ++row) {
-                desk.find<QListWidget>("layers")->setCurrentRow(row);
-                QCoreApplication::processEvents();
-                QCOMPARE(cutOff(desk.window), QString());
             }
         }
     }

@@ -20,6 +20,9 @@ SIZES = {
     "guide": ("1920x1080x24", (1320, 920), "1", ROOT / "docs" / "pictures"),
     "normal": ("1920x1080x24", (1320, 920), "1", BUILD / "normal"),
     "small": ("1024x768x24", (1024, 768), "1", BUILD / "small"),
+    "netbook": ("1024x600x24", (1024, 600), "1", BUILD / "netbook"),
+    "laptop": ("1366x768x24", (1366, 768), "1", BUILD / "laptop"),
+    "full": ("1920x1080x24", (1920, 1080), "1", BUILD / "full"),
     "double": ("2720x2000x24", (2640, 1840), "2", BUILD / "double"),
 }
 TABS = {
@@ -31,7 +34,7 @@ TABS = {
 }
 # In the order of the menu.
 KINDS = ["camera", "image", "text", "video", "network", "screen", "color", "subtitles", "verse-source"]
-WINDOW = "^Vesperline · Ardenvale$"
+WINDOW = "(^|— )Vesperline · Ardenvale$"  # after what it streams and records
 
 
 def window_id(title):
@@ -76,6 +79,7 @@ class Photographer:
         self.program, self.language = program, language
         self.screen, self.window, self.scale, folder = SIZES[size]
         self.for_guide, self.is_small = size == "guide", size == "small"
+        self.fills = size in ("netbook", "laptop", "full")  # the screen, below the window's title
         self.folder = folder / language
         self.folder.mkdir(parents=True, exist_ok=True)
         self.spanish = language == "es"
@@ -94,7 +98,7 @@ class Photographer:
         target = wait_for(f"window {title}", lambda: window_id(title or WINDOW))
         width, height, left, top = place(target)
         area = f"{width}x{height}+{left}+{top}"
-        if title is None and (width, height) != self.window:
+        if title is None and not self.fills and (width, height) != self.window:
             print(f"{self.folder}: {name}: the window is {area}, not {self.window}")
         path = self.folder / f"{name}.png"
         subprocess.run(
@@ -116,7 +120,12 @@ class Photographer:
         )
         os.environ["LC_ALL"] = "C.UTF-8"  # the tools need one that is installed, to find titles by
         target = wait_for("the main window", lambda: window_id(WINDOW))
-        x("windowmove", "--sync", target, "0", "0")
+        if self.fills:
+            x("windowmove", "--sync", target, "0", "20")
+            x("windowsize", target, str(self.window[0]), str(self.window[1] - 20))
+            time.sleep(0.6)
+        else:
+            x("windowmove", "--sync", target, "0", "0")
 
     def wheel(self, column, row, turns=30):
         """Down over a place of the window, told in parts of its size."""
@@ -171,6 +180,8 @@ class Photographer:
         self.take("verse")
 
     def languages(self):
+        if self.fills and self.window[1] < 900:  # the header is folded away
+            self.click("Mostrar la cabecera", "Show the header")
         there, back = (("Down", "Up") if self.spanish else ("Up", "Down"))
         self.click("ES", "EN", role="combo box")
         x("key", there, "Return")

@@ -23,11 +23,14 @@ BibleGroup::BibleGroup(QWidget *parent)
 {
     auto *grid = new QGridLayout(this);
     m_bibles->setMinimumWidth(260);
+    // Beside the translation it makes do with less than its longest entry.
+    m_choice->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_choice->setMinimumContentsLength(36);
     grid->addWidget(new QLabel(nimbara_i18n::tr("Usar")), 0, 0);
     grid->addWidget(m_choice, 0, 1, 1, 2);
     grid->addWidget(m_key, 1, 0, 1, 2);
     grid->addWidget(m_find, 1, 2);
-    grid->addWidget(new QLabel(nimbara_i18n::tr("Biblia de API.Bible")), 2, 0);
+    grid->addWidget(makeNote("Biblia de API.Bible"), 2, 0);
     grid->addWidget(m_bibles, 2, 1, 1, 2);
     grid->addWidget(makeNote("Las Biblias con derechos (RVR1960, NVI, etc.) se consultan en línea "
                              "con tu propia licencia de API.Bible; la app no guarda su texto."),

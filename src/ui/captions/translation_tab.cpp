@@ -4,10 +4,12 @@
 #include "translation/service/languages.h"
 #include "ui/kit/controls.h"
 
+#include <QBoxLayout>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QSignalBlocker>
 
+#include <algorithm>
 #include <initializer_list>
 
 namespace nimbara {
@@ -58,9 +60,13 @@ TranslationTab::TranslationTab(QWidget *parent)
     , m_bible(new BibleGroup)
 {
     auto *content = new QWidget;
-    auto *grid = new QGridLayout(content);
+    m_columns = new QBoxLayout(QBoxLayout::TopToBottom, content);
+    auto *controls = new QWidget;
+    auto *grid = new QGridLayout(controls);
+    grid->setContentsMargins(0, 0, 0, 0);
     addRows(*grid);
-    grid->addWidget(m_bible, 8, 0, 1, 4);
+    m_columns->addWidget(controls, 1);
+    m_columns->addWidget(m_bible, 0, Qt::AlignTop);
     setWidget(content);
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
@@ -77,15 +83,15 @@ void TranslationTab::addRows(QGridLayout &grid)
 {
     // Each row shares its width in its own way: in columns of the grid the longest caption of every
     // row would add up to more than a small screen has.
-    auto *label = new QLabel(nimbara_i18n::tr("Idioma de la traducción"));
+    QLabel *label = makeNote("Idioma de la traducción");
     auto *separatorNote
         = makeNote("Cómo se separan las frases en pantalla (cada pausa es una frase)");
     int row = 0;
     for (const std::initializer_list<QWidget *> widgets :
         { std::initializer_list<QWidget *> { m_apiKey, m_saveKey, m_testKey },
             { label, m_target, m_toSpanish, m_toEnglish },
-            { m_voice, m_live, m_showSubtitles, m_clear },
-            { separatorNote, m_separator, m_start } }) {
+            { m_voice, m_live, m_showSubtitles },
+            { separatorNote, m_separator, m_start, m_clear } }) {
         auto *line = new QHBoxLayout;
         for (QWidget *widget : widgets) {
             line->addWidget(widget);
@@ -107,6 +113,38 @@ void TranslationTab::addRows(QGridLayout &grid)
         1,
         4);
     grid.setRowStretch(9, 1);
+}
+
+/// The Bible stands beside the translation where there is room for both.
+bool TranslationTab::isWide(int width) const
+{
+    const QMargins margins = m_columns->contentsMargins();
+    int needed = m_columns->spacing() + margins.left() + margins.right();
+    for (int place = 0; place < m_columns->count(); ++place) {
+        needed += m_columns->itemAt(place)->widget()->minimumSizeHint().width();
+    }
+    return width >= needed;
+}
+
+int TranslationTab::heightForWidth(int width) const
+{
+    const QMargins margins = m_columns->contentsMargins();
+    const QWidget *controls = m_columns->itemAt(0)->widget();
+    const int bible = m_bible->minimumSizeHint().width();
+    const bool wide = isWide(width);
+    const int rest = width - margins.left() - margins.right();
+    const int first = controls->layout()->totalHeightForWidth(
+        wide ? rest - bible - m_columns->spacing() : rest);
+    const int second = m_bible->layout()->totalHeightForWidth(wide ? bible : rest);
+    return margins.top() + margins.bottom()
+        + (wide ? std::max(first, second) : first + m_columns->spacing() + second);
+}
+
+void TranslationTab::resizeEvent(QResizeEvent *event)
+{
+    m_columns->setDirection(
+        isWide(viewport()->width()) ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    QScrollArea::resizeEvent(event);
 }
 
 void TranslationTab::connectControls()

@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 
+class QBoxLayout;
 class QGridLayout;
 
 namespace nimbara {
@@ -43,6 +44,8 @@ public:
     void showHeard(const QString &text) { m_heard->setText(text); }
 
     [[nodiscard]] BibleGroup *bible() const { return m_bible; }
+    /// The height at which nothing has to be scrolled.
+    [[nodiscard]] int heightForWidth(int width) const override;
 
 Q_SIGNALS:
     void saveKeyChanged(bool on);
@@ -57,7 +60,11 @@ Q_SIGNALS:
     void showSubtitlesChanged(bool on);
     void clearPressed();
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
+    [[nodiscard]] bool isWide(int width) const;
     void addRows(QGridLayout &grid);
     void connectControls();
 
@@ -78,6 +85,7 @@ private:
     QLabel *m_captionNotice;
     QLabel *m_heard;
     BibleGroup *m_bible;
+    QBoxLayout *m_columns = nullptr; ///< the translation and the Bible
 };
 
 } // namespace nimbara

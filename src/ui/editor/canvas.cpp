@@ -33,7 +33,7 @@ void paintSelection(QPainter &painter, const QRectF &rect)
 Canvas::Canvas(QWidget *parent)
     : QWidget(parent)
 {
-    setMinimumSize(240, 135);
+    setMinimumSize(160, 90);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setMouseTracking(true);
     // A click alone gives the arrow keys to the canvas: they move what is selected.

@@ -2,8 +2,10 @@
 
 #include "base/i18n.h"
 #include "ui/kit/controls.h"
+#include "ui/kit/marks.h"
 
 #include <QHBoxLayout>
+#include <QSignalBlocker>
 
 #include <algorithm>
 
@@ -50,6 +52,19 @@ ControlRow::ControlRow(QWidget *parent)
 void ControlRow::showScenes(const QStringList &names, int current)
 {
     refill(m_scenes, names, current);
+}
+
+void ControlRow::showOnAir(int scene)
+{
+    const QSignalBlocker blocker(m_scenes);
+    for (int row = 0; row < m_scenes->count(); ++row) {
+        const QString name = m_scenes->itemText(row);
+        const QString told
+            = row == scene ? name + QStringLiteral(" · ") + nimbara_i18n::tr("AL AIRE") : name;
+        m_scenes->setItemIcon(row, row == scene ? onAirMark() : QIcon());
+        m_scenes->setItemData(row, told, Qt::AccessibleTextRole);
+        m_scenes->setItemData(row, told, Qt::ToolTipRole);
+    }
 }
 
 void ControlRow::showEditSet(bool hall)

@@ -16,6 +16,8 @@ public:
 
     /// Fills the scene list without its change signal.
     void showScenes(const QStringList &names, int current);
+    /// Marks the scene of the list that is on air; −1: none of them.
+    void showOnAir(int scene);
     /// The TAKE button names where it sends to.
     void showEditSet(bool hall);
     /// Sets the lower third and the band, as an opened project does.

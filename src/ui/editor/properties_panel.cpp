@@ -8,6 +8,7 @@
 #include "ui/kit/controls.h"
 
 #include <QApplication>
+#include <QBoxLayout>
 #include <QCheckBox>
 #include <QFileInfo>
 #include <QFontComboBox>
@@ -17,12 +18,14 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <utility>
@@ -44,8 +47,20 @@ QLabel *makeNote(const QString &text)
     return note;
 }
 
+constexpr int columnWidth = 350; ///< pixels that a column of rows needs
+
 /// The verse layer's reference line: label, middle dot, name of the source.
 const QString referenceDot = QStringLiteral(" · ");
+
+template <LayerKind... kinds> bool isOneOf(LayerKind kind)
+{
+    return ((kind == kinds) || ...);
+}
+
+bool isAny(LayerKind)
+{
+    return true;
+}
 
 } // namespace
 
@@ -74,8 +89,52 @@ void PropertiesPanel::showLayer(const Layer *layer)
     if (same) {
         refresh(*layer);
     } else if (layer != nullptr || m_shown || widget() == nullptr) {
-        rebuild(layer);
+        turnTo(layer);
     }
+}
+
+/// What the fields hold uncommitted goes to the layer that they showed until now.
+void PropertiesPanel::turnTo(const Layer *layer)
+{
+    QPointer<QWidget> typedIn = isTyping() ? QApplication::focusWidget() : nullptr;
+    if (typedIn != nullptr) {
+        typedIn->clearFocus();
+    }
+    if (widget() == nullptr) {
+        build();
+    }
+    if (layer != nullptr && m_columns == nullptr) {
+        buildRows();
+    }
+    m_shown = layer != nullptr ? layer->id : LayerId();
+    m_empty->setVisible(layer == nullptr);
+    if (m_columns == nullptr) {
+        return;
+    }
+    m_columns->parentWidget()->setVisible(layer != nullptr);
+    if (layer == nullptr) {
+        return;
+    }
+    showRowsOf(layer->kind);
+    m_waiting->hide();
+    m_anew = true;
+    refresh(*layer);
+    m_anew = false;
+    if (typedIn != nullptr && typedIn->isVisibleTo(this)) {
+        typedIn->setFocus(); // a space that is typed on is no TAKE
+    }
+}
+
+void PropertiesPanel::showRowsOf(LayerKind kind)
+{
+    if (m_kind == kind) {
+        return;
+    }
+    m_kind = kind;
+    for (const Group &group : m_groups) {
+        group.owner->setVisible(group.kinds(kind));
+    }
+    verticalScrollBar()->setValue(0);
 }
 
 void PropertiesPanel::refresh(const Layer &layer)
@@ -84,6 +143,15 @@ void PropertiesPanel::refresh(const Layer &layer)
         for (const Refresher &refresher : m_refreshers) {
             refresher(layer);
         }
+    }
+}
+
+void PropertiesPanel::editName()
+{
+    if (m_name != nullptr) {
+        ensureWidgetVisible(m_name);
+        m_name->setFocus();
+        m_name->selectAll();
     }
 }
 
@@ -114,86 +182,150 @@ bool PropertiesPanel::eventFilter(QObject *watched, QEvent *event)
     return QScrollArea::eventFilter(watched, event);
 }
 
-void PropertiesPanel::rebuild(const Layer *layer)
+void PropertiesPanel::build()
 {
-    m_shown = layer != nullptr ? layer->id : LayerId();
-    m_kind = layer != nullptr ? layer->kind : LayerKind::Camera;
-    m_refreshers.clear();
-    m_waiting = nullptr;
-    // One of the old controls may have asked for this: it must live until its signal is over. What
-    // it holds uncommitted goes to the layer that it was built for.
-    if (QWidget *old = takeWidget()) {
-        old->hide();
-        old->deleteLater();
-    }
     auto *content = new QWidget;
     content->setMinimumWidth(330);
     auto *column = new QVBoxLayout(content);
     column->setContentsMargins(0, 0, 8, 0);
-    auto *formOwner = new QWidget;
-    auto *form = new QFormLayout(formOwner);
-    form->setContentsMargins(0, 0, 0, 0);
-    form->setRowWrapPolicy(QFormLayout::WrapLongRows); // on a small screen
-    column->addWidget(formOwner);
+    m_empty = makeNote(label("Selecciona una fuente en la lista o en Preparación."));
+    column->addWidget(m_empty);
     column->addStretch();
-    if (layer != nullptr) {
-        addRows(*form, *layer);
-    } else {
-        form->addRow(makeNote(label("Selecciona una fuente en la lista o en Preparación.")));
-    }
     setWidget(content);
-    if (layer != nullptr) {
-        refresh(*layer);
-    }
 }
 
-void PropertiesPanel::addRows(QFormLayout &form, const Layer &shown)
+/// Once, at the first layer: the fields are costly to make and cheap to write into.
+void PropertiesPanel::buildRows()
 {
-    addCommonRows(form, shown);
-    addVerseRows(form, shown);
-    addTextRows(form, shown);
-    addStyleRows(form, shown);
-    addPictureRows(form, shown);
-    for (QWidget *field : form.parentWidget()->findChildren<QWidget *>()) {
+    auto *owner = new QWidget;
+    m_columns = new QBoxLayout(QBoxLayout::TopToBottom, owner);
+    m_columns->setContentsMargins(0, 0, 0, 0);
+    addColumn();
+    addCommonRows();
+    addColumn();
+    addVerseRows();
+    addTextRows();
+    addStyleRows();
+    addPictureRows();
+    for (QWidget *field : owner->findChildren<QWidget *>()) {
         if (qobject_cast<QLineEdit *>(field) != nullptr
             || qobject_cast<QPlainTextEdit *>(field) != nullptr
             || qobject_cast<QAbstractSpinBox *>(field) != nullptr) {
             field->installEventFilter(this);
         }
     }
+    static_cast<QVBoxLayout *>(widget()->layout())->insertWidget(0, owner);
+    alignLabels();
+    arrange();
 }
 
-void PropertiesPanel::addCommonRows(QFormLayout &form, const Layer &shown)
+void PropertiesPanel::addColumn()
 {
-    const LayerId id = shown.id;
-    form.addRow(
-        new QLabel(QStringLiteral("<b>") + displayName(shown.kind) + QStringLiteral("</b>")));
-
-    auto *name = named(new QLineEdit, "layerName", label("Nombre"));
-    connect(name, &QLineEdit::textEdited, this, [this, id](const QString &text) {
-        Q_EMIT edited(id, LayerField::Name, text);
-    });
-    onRefresh([name](const Layer &layer) {
-        if (name->text() != layer.name) {
-            name->setText(layer.name);
-        }
-    });
-    form.addRow(label("Nombre"), name);
-    form.addRow(label("Posición"), makePosition(id));
-    form.addRow(label("Alinear en pantalla"), makeAlignmentGrid(id));
-    form.addRow(label("Opacidad"), makeOpacity(id));
-
-    auto *fit = makeButton("Ajustar a pantalla completa", "fitToFrame");
-    connect(fit, &QPushButton::clicked, this, [this, id] { Q_EMIT fitPressed(id); });
-    form.addRow(fit);
+    auto *owner = new QWidget;
+    m_column = new QVBoxLayout(owner);
+    m_column->setContentsMargins(0, 0, 0, 0);
+    m_column->setSpacing(6);
+    m_columns->addWidget(owner, 1, Qt::AlignTop);
 }
 
-QWidget *PropertiesPanel::makePosition(LayerId id)
+QFormLayout *PropertiesPanel::formOf(Kinds kinds)
+{
+    const bool goesOn = !m_groups.empty() && m_groups.back().kinds == kinds
+        && m_column->indexOf(m_groups.back().owner) == m_column->count() - 1;
+    if (!goesOn) {
+        auto *owner = new QWidget;
+        auto *form = new QFormLayout(owner);
+        form->setContentsMargins(0, 0, 0, 0);
+        form->setVerticalSpacing(6);
+        form->setRowWrapPolicy(QFormLayout::WrapLongRows); // on a small screen
+        m_column->addWidget(owner);
+        m_groups.push_back({ owner, form, kinds });
+    }
+    return m_groups.back().form;
+}
+
+/// The fields of all groups stand in one line.
+void PropertiesPanel::alignLabels()
+{
+    QList<QWidget *> labels;
+    int widest = 0;
+    for (const Group &group : m_groups) {
+        for (int row = 0; row < group.form->rowCount(); ++row) {
+            if (const QLayoutItem *item = group.form->itemAt(row, QFormLayout::LabelRole)) {
+                item->widget()->ensurePolished();
+                labels << item->widget();
+                widest = std::max(widest, item->widget()->sizeHint().width());
+            }
+        }
+    }
+    for (QWidget *each : labels) {
+        each->setMinimumWidth(widest);
+    }
+}
+
+/// Side by side where there is room for both, so that little has to be scrolled.
+void PropertiesPanel::arrange()
+{
+    if (m_columns == nullptr) {
+        return;
+    }
+    const bool wide = viewport()->width() >= 2 * columnWidth;
+    m_columns->setDirection(wide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    m_columns->setSpacing(wide ? 24 : 6);
+}
+
+void PropertiesPanel::resizeEvent(QResizeEvent *event)
+{
+    QScrollArea::resizeEvent(event);
+    arrange();
+}
+
+void PropertiesPanel::addRow(Kinds kinds, QWidget *field)
+{
+    formOf(kinds)->addRow(field);
+}
+
+void PropertiesPanel::addRow(Kinds kinds, const char *spanish, QWidget *field)
+{
+    formOf(kinds)->addRow(label(spanish), field);
+}
+
+void PropertiesPanel::addButton(Kinds kinds,
+    const char *spanish,
+    const char *name,
+    void (PropertiesPanel::*pressed)(LayerId))
+{
+    auto *button = makeButton(spanish, name);
+    connect(button, &QPushButton::clicked, this, [this, pressed] { (this->*pressed)(m_shown); });
+    addRow(kinds, button);
+}
+
+void PropertiesPanel::addCommonRows()
+{
+    auto *title = new QLabel;
+    onRefresh([title](const Layer &layer) {
+        title->setText(QStringLiteral("<b>") + displayName(layer.kind) + QStringLiteral("</b>"));
+    });
+    addRow(isAny, title);
+
+    m_name = named(new QLineEdit, "layerName", label("Nombre"));
+    connect(m_name, &QLineEdit::textEdited, this, [this](const QString &text) {
+        Q_EMIT edited(m_shown, LayerField::Name, text);
+    });
+    onRefresh([this](const Layer &layer) { showText(m_name, layer.name); });
+    addRow(isAny, "Nombre", m_name);
+    addRow(isAny, "Posición", makePosition());
+    addRow(isAny, "Alinear en pantalla", makeAlignmentGrid());
+    addRow(isAny, "Opacidad", makeOpacity());
+    addButton(isAny, "Ajustar a pantalla completa", "fitToFrame", &PropertiesPanel::fitPressed);
+}
+
+QWidget *PropertiesPanel::makePosition()
 {
     auto *position = new PositionRow;
-    connect(position, &PositionRow::edited, this, [this, id, position] {
-        if (const Layer *layer = layerOf(id)) {
-            Q_EMIT edited(id,
+    connect(position, &PositionRow::edited, this, [this, position] {
+        if (const Layer *layer = layerOf(m_shown)) {
+            Q_EMIT edited(m_shown,
                 LayerField::Box,
                 editedBox(layer->kind, boxOf(*layer), position->percent()));
         }
@@ -202,26 +334,38 @@ QWidget *PropertiesPanel::makePosition(LayerId id)
     return position;
 }
 
-QWidget *PropertiesPanel::makeOpacity(LayerId id)
+/// A ride goes on with the layer that it began with, whatever is shown meanwhile.
+QWidget *PropertiesPanel::makeOpacity()
 {
     auto *opacity = named(new QSlider(Qt::Horizontal), "opacity", label("Opacidad"));
     opacity->setRange(0, 100);
-    connect(opacity, &QSlider::valueChanged, this, [this, id](int percent) {
-        Q_EMIT edited(id, LayerField::Opacity, percent / 100.0);
+    connect(opacity, &QSlider::valueChanged, this, [this, opacity](int percent) {
+        Q_EMIT edited(opacity->isSliderDown() ? m_ridden : m_shown,
+            LayerField::Opacity,
+            percent / 100.0);
     });
-    connect(opacity, &QSlider::sliderPressed, this, &PropertiesPanel::rideBegan);
-    connect(opacity, &QSlider::sliderReleased, this, &PropertiesPanel::rideEnded);
-    onRefresh([opacity](const Layer &layer) {
+    connect(opacity, &QSlider::sliderPressed, this, [this] {
+        m_ridden = m_shown;
+        Q_EMIT rideBegan();
+    });
+    connect(opacity, &QSlider::sliderReleased, this, [this] {
+        Q_EMIT rideEnded();
+        if (const Layer *layer = layerOf(m_shown)) {
+            refresh(*layer);
+        }
+    });
+    onRefresh([this, opacity](const Layer &layer) {
         const QSignalBlocker blocker(opacity);
         const double percent = layer.opacity * 100;
-        if (std::abs(percent - opacity->value()) >= 1) {
+        const bool isRidden = opacity->isSliderDown() && layer.id != m_ridden;
+        if (!isRidden && (m_anew || std::abs(percent - opacity->value()) >= 1)) {
             opacity->setValue(static_cast<int>(percent));
         }
     });
     return opacity;
 }
 
-QWidget *PropertiesPanel::makeAlignmentGrid(LayerId id)
+QWidget *PropertiesPanel::makeAlignmentGrid()
 {
     static constexpr std::array arrows { "↖", "↑", "↗", "←", "●", "→", "↙", "↓", "↘" };
     auto *owner = new QWidget;
@@ -238,9 +382,9 @@ QWidget *PropertiesPanel::makeAlignmentGrid(LayerId id)
         button->setStyleSheet(QStringLiteral("padding: 0;"));
         button->setToolTip(label("Alinear"));
         button->setAccessibleName(label("Alinear") + QLatin1Char(' ') + button->text());
-        connect(button, &QPushButton::clicked, this, [this, id, column, row] {
-            if (const Layer *layer = layerOf(id)) {
-                Q_EMIT edited(id, LayerField::Box, alignedBox(boxOf(*layer), column, row));
+        connect(button, &QPushButton::clicked, this, [this, column, row] {
+            if (const Layer *layer = layerOf(m_shown)) {
+                Q_EMIT edited(m_shown, LayerField::Box, alignedBox(boxOf(*layer), column, row));
             }
         });
         grid->addWidget(button, row, column);
@@ -249,36 +393,41 @@ QWidget *PropertiesPanel::makeAlignmentGrid(LayerId id)
     return owner;
 }
 
-void PropertiesPanel::addVerseRows(QFormLayout &form, const Layer &shown)
+VerseField *PropertiesPanel::makeReference()
 {
-    if (shown.kind != LayerKind::Verse) {
-        return;
-    }
-    const LayerId id = shown.id;
     auto *reference = named(new VerseField, "verseReference", label("Cita"));
     reference->setPlaceholderText(label("Juan 3:16"));
-    onRefresh([reference, last = QString()](const Layer &layer) mutable {
+    onRefresh([this, reference, last = QString()](const Layer &layer) mutable {
         const QString cited = layer.reference.section(referenceDot, 0, 0);
+        const bool isNew = std::exchange(last, cited) != cited;
         // What is being typed stays.
-        if (std::exchange(last, cited) != cited && !reference->isModified()) {
-            reference->setText(cited);
+        if (m_anew || (isNew && !reference->isModified())) {
+            reference->replaceText(cited);
         }
     });
-    auto *look = makeButton("Buscar versículo", "findVerse");
-    const auto request = [this, id, reference] {
-        reference->setModified(false); // the answer may write it out
-        Q_EMIT verseRequested(id, reference->text());
-    };
-    connect(reference, &QLineEdit::returnPressed, this, request);
-    connect(reference, &VerseField::chosen, this, request);
     connect(reference, &VerseField::typed, this, [this, reference](const QString &text) {
         Q_EMIT verseTyped(reference, text);
     });
+    return reference;
+}
+
+void PropertiesPanel::addVerseRows()
+{
+    constexpr Kinds verse = isOneOf<LayerKind::Verse>;
+    VerseField *reference = makeReference();
+    auto *look = makeButton("Buscar versículo", "findVerse");
+    const auto request = [this, reference] {
+        reference->setModified(false); // the answer may write it out
+        Q_EMIT verseRequested(m_shown, reference->text());
+    };
+    connect(reference, &QLineEdit::returnPressed, this, request);
+    connect(reference, &VerseField::chosen, this, request);
     connect(look, &QPushButton::clicked, this, request);
-    form.addRow(label("Cita"), reference);
-    form.addRow(look);
-    form.addRow(label("Biblia"),
-        makeLiveNote([](const Layer &layer) { return layer.reference.section(referenceDot, 1); }));
+    addRow(verse, "Cita", reference);
+    addRow(verse, look);
+    addRow(verse, "Biblia", makeLiveNote([](const Layer &layer) {
+        return layer.reference.section(referenceDot, 1);
+    }));
 
     m_waiting = named(new QWidget, "verseWaiting");
     auto *column = new QVBoxLayout(m_waiting);
@@ -286,26 +435,22 @@ void PropertiesPanel::addVerseRows(QFormLayout &form, const Layer &shown)
     column->addWidget(
         makeNote(label("Ha llegado el texto pedido. Se conserva lo que escribiste.")));
     auto *use = makeButton("Usar el texto recibido", "useWaiting");
-    connect(use, &QPushButton::clicked, this, [this, id] { Q_EMIT waitingWanted(id); });
+    connect(use, &QPushButton::clicked, this, [this] { Q_EMIT waitingWanted(m_shown); });
     column->addWidget(use);
-    m_waiting->hide();
-    form.addRow(m_waiting);
+    m_waiting->hide(); // shown for itself
+    m_column->addWidget(m_waiting);
 }
 
-void PropertiesPanel::addTextRows(QFormLayout &form, const Layer &shown)
+void PropertiesPanel::addTextRows()
 {
-    if (shown.kind == LayerKind::Subtitle) {
-        form.addRow(makeNote(label(
+    addRow(isOneOf<LayerKind::Subtitle>,
+        makeNote(label(
             "El texto lo pone la traducción IA. Aquí eliges posición, tamaño, color y fondo.")));
-    }
-    if (shown.kind != LayerKind::Text && shown.kind != LayerKind::Verse) {
-        return;
-    }
     auto *text = named(new QPlainTextEdit, "layerText", label("Texto"));
     text->setMaximumHeight(64);
     text->setTabChangesFocus(true);
-    connect(text, &QPlainTextEdit::textChanged, this, [this, id = shown.id, text] {
-        Q_EMIT edited(id, LayerField::Text, text->toPlainText());
+    connect(text, &QPlainTextEdit::textChanged, this, [this, text] {
+        Q_EMIT edited(m_shown, LayerField::Text, text->toPlainText());
     });
     onRefresh([text](const Layer &layer) {
         if (text->toPlainText() != layer.text) {
@@ -313,53 +458,50 @@ void PropertiesPanel::addTextRows(QFormLayout &form, const Layer &shown)
             text->setPlainText(layer.text);
         }
     });
-    form.addRow(label("Texto"), text);
+    addRow(isOneOf<LayerKind::Text, LayerKind::Verse>, "Texto", text);
 }
 
-void PropertiesPanel::addStyleRows(QFormLayout &form, const Layer &shown)
+void PropertiesPanel::addStyleRows()
 {
-    if (!isText(shown.kind)) {
-        return;
-    }
-    const LayerId id = shown.id;
-    form.addRow(label("Tipo de letra"), makeFontList(id));
-    form.addRow(label("Tamaño"),
-        makeNumber("Tamaño", "textSize", id, LayerField::Size, { Layer::minSize, Layer::maxSize }));
-    if (shown.kind == LayerKind::Verse) {
-        form.addRow(makeCheck("Achicar y dividir en páginas lo que no cabe",
-            "paged",
-            id,
-            LayerField::Paged));
-        form.addRow(label("Tamaño mínimo (%)"),
-            makeNumber("Tamaño mínimo (%)",
-                "smallestSize",
-                id,
-                LayerField::Smallest,
-                { Layer::minSmallest, 100 }));
-    }
-    form.addRow(makeCheck("Negrita", "bold", id, LayerField::Bold));
-    form.addRow(label("Color del texto"),
-        makeColorButton("Color del texto", "textColor", id, LayerField::Color, false));
-    form.addRow(label("Fondo (con transparencia)"),
+    constexpr Kinds verse = isOneOf<LayerKind::Verse>;
+    addRow(isText, "Tipo de letra", makeFontList());
+    addRow(isText,
+        "Tamaño",
+        makeNumber("Tamaño", "textSize", LayerField::Size, { Layer::minSize, Layer::maxSize }));
+    addRow(verse,
+        makeCheck("Achicar y dividir en páginas lo que no cabe", "paged", LayerField::Paged));
+    addRow(verse,
+        "Tamaño mínimo (%)",
+        makeNumber("Tamaño mínimo (%)",
+            "smallestSize",
+            LayerField::Smallest,
+            { Layer::minSmallest, 100 }));
+    addRow(isText, makeCheck("Negrita", "bold", LayerField::Bold));
+    addRow(isText,
+        "Color del texto",
+        makeColorButton("Color del texto", "textColor", LayerField::Color, false));
+    addRow(isText,
+        "Fondo (con transparencia)",
         makeColorButton("Fondo (con transparencia)",
             "backgroundColor",
-            id,
             LayerField::Background,
             true));
-    form.addRow(makeCheck("Sombra / contorno oscuro", "shadow", id, LayerField::Shadow));
-    form.addRow(label("Alineación"), makeAlignment(id));
+    addRow(isText, makeCheck("Sombra / contorno oscuro", "shadow", LayerField::Shadow));
+    addRow(isText, "Alineación", makeAlignment());
 }
 
-QWidget *PropertiesPanel::makeFontList(LayerId id)
+QWidget *PropertiesPanel::makeFontList()
 {
     auto *font = named(new QFontComboBox, "font", label("Tipo de letra"));
-    connect(font, &QFontComboBox::currentFontChanged, this, [this, id](const QFont &chosen) {
-        Q_EMIT edited(id, LayerField::Font, chosen.family());
+    connect(font, &QFontComboBox::currentFontChanged, this, [this](const QFont &chosen) {
+        Q_EMIT edited(m_shown, LayerField::Font, chosen.family());
     });
-    onRefresh([font, last = QString()](const Layer &layer) mutable {
+    onRefresh([this, font, last = QString()](const Layer &layer) mutable {
+        const QSignalBlocker blocker(font);
         if (std::exchange(last, layer.font) != layer.font) {
-            const QSignalBlocker blocker(font);
             font->setCurrentFont(QFont(layer.font));
+        } else if (m_anew) {
+            font->setEditText(layer.font); // in place of what was typed for another layer
         }
     });
     return font;
@@ -367,14 +509,13 @@ QWidget *PropertiesPanel::makeFontList(LayerId id)
 
 QWidget *PropertiesPanel::makeNumber(const char *spanish,
     const char *name,
-    LayerId id,
     LayerField field,
     std::pair<int, int> range)
 {
     auto *number = named(new QSpinBox, name, label(spanish));
     number->setRange(range.first, range.second);
-    connect(number, &QSpinBox::valueChanged, this, [this, id, field](int value) {
-        Q_EMIT edited(id, field, std::int32_t { value });
+    connect(number, &QSpinBox::valueChanged, this, [this, field](int value) {
+        Q_EMIT edited(m_shown, field, std::int32_t { value });
     });
     onRefresh([number, field](const Layer &layer) {
         const std::int32_t value = std::get<std::int32_t>(fieldOf(layer, field));
@@ -386,13 +527,13 @@ QWidget *PropertiesPanel::makeNumber(const char *spanish,
     return number;
 }
 
-QWidget *PropertiesPanel::makeAlignment(LayerId id)
+QWidget *PropertiesPanel::makeAlignment()
 {
     auto *alignment = named(new QComboBox, "textAlign", label("Alineación"));
     alignment->addItems({ label("Izquierda"), label("Centro"), label("Derecha") });
-    connect(alignment, &QComboBox::currentIndexChanged, this, [this, id](int index) {
-        if (const Layer *layer = layerOf(id)) {
-            Q_EMIT edited(id,
+    connect(alignment, &QComboBox::currentIndexChanged, this, [this](int index) {
+        if (const Layer *layer = layerOf(m_shown)) {
+            Q_EMIT edited(m_shown,
                 LayerField::Align,
                 withHorizontalAlign(layer->align, static_cast<HorizontalAlign>(index)));
         }
@@ -404,48 +545,28 @@ QWidget *PropertiesPanel::makeAlignment(LayerId id)
     return alignment;
 }
 
-void PropertiesPanel::addPictureRows(QFormLayout &form, const Layer &shown)
+void PropertiesPanel::addPictureRows()
 {
-    const LayerId id = shown.id;
-    if (isPicture(shown.kind)) {
-        form.addRow(makeCheck("Rellenar el recuadro (recorta bordes, sin franjas negras)",
+    constexpr Kinds image = isOneOf<LayerKind::Image>;
+    constexpr Kinds video = isOneOf<LayerKind::Video>;
+    addRow(isPicture,
+        makeCheck("Rellenar el recuadro (recorta bordes, sin franjas negras)",
             "cover",
-            id,
             LayerField::Cover));
-    }
-    switch (shown.kind) {
-    case LayerKind::Color:
-        form.addRow(label("Color"),
-            makeColorButton("Color", "fillColor", id, LayerField::Fill, false));
-        break;
-    case LayerKind::Image: {
-        form.addRow(label("Archivo"),
-            makeLiveNote([](const Layer &layer) { return QFileInfo(layer.path).fileName(); }));
-        auto *change = makeButton("Cambiar imagen...", "changeImage");
-        connect(change, &QPushButton::clicked, this, [this, id] { Q_EMIT changeImagePressed(id); });
-        form.addRow(change);
-        break;
-    }
-    case LayerKind::Video: {
-        form.addRow(
-            makeCheck("Audio del video cuando esté en Programa", "sound", id, LayerField::Sound));
-        form.addRow(label("Origen"), makeLiveNote([](const Layer &layer) { return layer.uri; }));
-        auto *restart = makeButton("Reiniciar video", "restartVideo");
-        connect(restart, &QPushButton::clicked, this, [this, id] {
-            Q_EMIT restartVideoPressed(id);
-        });
-        form.addRow(restart);
-        break;
-    }
-    case LayerKind::Camera:
-        form.addRow(makeNote(label("Muestra la cámara conectada en \"Fuentes y pantallas\".")));
-        break;
-    case LayerKind::Screen:
-        form.addRow(makeNote(label("Captura la pantalla principal de este equipo.")));
-        break;
-    default:
-        break;
-    }
+    addRow(isOneOf<LayerKind::Color>,
+        "Color",
+        makeColorButton("Color", "fillColor", LayerField::Fill, false));
+    addRow(image, "Archivo", makeLiveNote([](const Layer &layer) {
+        return QFileInfo(layer.path).fileName();
+    }));
+    addButton(image, "Cambiar imagen...", "changeImage", &PropertiesPanel::changeImagePressed);
+    addRow(video, makeCheck("Audio del video cuando esté en Programa", "sound", LayerField::Sound));
+    addRow(video, "Origen", makeLiveNote([](const Layer &layer) { return layer.uri; }));
+    addButton(video, "Reiniciar video", "restartVideo", &PropertiesPanel::restartVideoPressed);
+    addRow(isOneOf<LayerKind::Camera>,
+        makeNote(label("Muestra la cámara conectada en \"Fuentes y pantallas\".")));
+    addRow(isOneOf<LayerKind::Screen>,
+        makeNote(label("Captura la pantalla principal de este equipo.")));
 }
 
 QWidget *PropertiesPanel::makeLiveNote(std::function<QString(const Layer &)> text)
@@ -457,13 +578,12 @@ QWidget *PropertiesPanel::makeLiveNote(std::function<QString(const Layer &)> tex
 
 QWidget *PropertiesPanel::makeColorButton(const char *spanish,
     const char *name,
-    LayerId id,
     LayerField field,
     bool alpha)
 {
     auto *button = named(new ColorButton(QColor()), name, label(spanish));
-    connect(button, &QPushButton::clicked, this, [this, id, field, alpha] {
-        Q_EMIT colorWanted(id, field, alpha);
+    connect(button, &QPushButton::clicked, this, [this, field, alpha] {
+        Q_EMIT colorWanted(m_shown, field, alpha);
     });
     onRefresh([button, field](const Layer &layer) {
         button->showColor(std::get<QColor>(fieldOf(layer, field)));
@@ -471,12 +591,11 @@ QWidget *PropertiesPanel::makeColorButton(const char *spanish,
     return button;
 }
 
-QWidget *
-PropertiesPanel::makeCheck(const char *spanish, const char *name, LayerId id, LayerField field)
+QWidget *PropertiesPanel::makeCheck(const char *spanish, const char *name, LayerField field)
 {
     auto *check = named(new QCheckBox(label(spanish)), name);
-    connect(check, &QCheckBox::toggled, this, [this, id, field](bool on) {
-        Q_EMIT edited(id, field, on);
+    connect(check, &QCheckBox::toggled, this, [this, field](bool on) {
+        Q_EMIT edited(m_shown, field, on);
     });
     onRefresh([check, field](const Layer &layer) {
         const QSignalBlocker blocker(check);

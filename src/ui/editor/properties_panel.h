@@ -6,16 +6,20 @@
 #include <QScrollArea>
 
 #include <functional>
+#include <optional>
 #include <utility>
 #include <vector>
 
+class QBoxLayout;
 class QFormLayout;
+class QLabel;
+class QLineEdit;
 
 namespace nimbara {
 
 /// The properties of one layer. Every control tells of an edit at once, and names the layer that it
-/// was built for. The panel is built anew only for another layer; whatever else changes is written
-/// into the controls that are there, so that typing is never interrupted.
+/// shows. The controls are made once and stay; another layer is written into them, and the rows
+/// that its kind has not are hidden.
 class PropertiesPanel : public QScrollArea {
     Q_OBJECT
 public:
@@ -30,10 +34,15 @@ public:
     void refresh(const Layer &layer);
     /// Shows or hides the note that an answer waits behind what the operator wrote.
     void showWaiting(LayerId layer, bool waiting);
+    /// Puts the keyboard into the layer's name, all of it selected.
+    void editName();
     /// The operator is writing into one of the fields.
     [[nodiscard]] bool isTyping() const;
 
     bool eventFilter(QObject *watched, QEvent *event) override;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
 
 Q_SIGNALS:
     void
@@ -54,36 +63,57 @@ Q_SIGNALS:
 private:
     using Refresher = std::function<void(const Layer &)>;
 
-    void rebuild(const Layer *layer);
-    void addRows(QFormLayout &form, const Layer &shown);
-    void addCommonRows(QFormLayout &form, const Layer &shown);
-    void addTextRows(QFormLayout &form, const Layer &shown);
-    void addStyleRows(QFormLayout &form, const Layer &shown);
-    void addVerseRows(QFormLayout &form, const Layer &shown);
-    void addPictureRows(QFormLayout &form, const Layer &shown);
-    QWidget *makePosition(LayerId id);
-    QWidget *makeOpacity(LayerId id);
-    QWidget *makeAlignmentGrid(LayerId id);
-    QWidget *makeFontList(LayerId id);
-    QWidget *makeNumber(const char *spanish,
+    using Kinds = bool (*)(LayerKind); ///< the kinds that a row is shown for
+
+    void turnTo(const Layer *layer);
+    void showRowsOf(LayerKind kind);
+    void build();
+    void addColumn();
+    void alignLabels();
+    QFormLayout *formOf(Kinds kinds);
+    void arrange();
+    void buildRows();
+    void addRow(Kinds kinds, QWidget *field);
+    void addRow(Kinds kinds, const char *spanish, QWidget *field);
+    void addButton(Kinds kinds,
+        const char *spanish,
         const char *name,
-        LayerId id,
-        LayerField field,
-        std::pair<int, int> range);
-    QWidget *makeAlignment(LayerId id);
-    QWidget *makeColorButton(const char *spanish,
-        const char *name,
-        LayerId id,
-        LayerField field,
-        bool alpha);
-    QWidget *makeCheck(const char *spanish, const char *name, LayerId id, LayerField field);
+        void (PropertiesPanel::*pressed)(LayerId));
+    void addCommonRows();
+    void addTextRows();
+    void addStyleRows();
+    void addVerseRows();
+    void addPictureRows();
+    VerseField *makeReference();
+    QWidget *makePosition();
+    QWidget *makeOpacity();
+    QWidget *makeAlignmentGrid();
+    QWidget *makeFontList();
+    QWidget *
+    makeNumber(const char *spanish, const char *name, LayerField field, std::pair<int, int> range);
+    QWidget *makeAlignment();
+    QWidget *makeColorButton(const char *spanish, const char *name, LayerField field, bool alpha);
+    QWidget *makeCheck(const char *spanish, const char *name, LayerField field);
     /// A note that follows the layer.
     QWidget *makeLiveNote(std::function<QString(const Layer &)> text);
     void onRefresh(Refresher refresher) { m_refreshers.push_back(std::move(refresher)); }
 
     LayerId m_shown;
-    LayerKind m_kind = LayerKind::Camera;
-    std::vector<Refresher> m_refreshers; ///< of the controls that are there
+    std::optional<LayerKind> m_kind; ///< whose rows are shown
+    bool m_anew = false; ///< the layer is written over another one
+    LayerId m_ridden; ///< the layer whose slider is held
+    QLabel *m_empty = nullptr; ///< in place of the rows when no layer is selected
+    /// Rows that are shown for the same kinds, one after another.
+    struct Group {
+        QWidget *owner;
+        QFormLayout *form;
+        Kinds kinds;
+    };
+    QBoxLayout *m_columns = nullptr; ///< what every kind has, beside or above what is its own
+    QBoxLayout *m_column = nullptr; ///< that takes further rows
+    std::vector<Group> m_groups;
+    std::vector<Refresher> m_refreshers; ///< of all controls
+    QLineEdit *m_name = nullptr;
     QWidget *m_waiting = nullptr; ///< the note and button of an answer that waits
 };
 

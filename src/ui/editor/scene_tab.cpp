@@ -9,12 +9,16 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
 #include <tuple>
+#include <utility>
 
 namespace nimbara {
 
 namespace {
+
+constexpr int widestList = 720; ///< pixels, until the operator wants it wider
 
 QString itemText(const Layer &layer)
 {
@@ -22,38 +26,34 @@ QString itemText(const Layer &layer)
         + QStringLiteral("   ·  ") + displayName(layer.kind);
 }
 
-LayerId layerOf(const QListWidgetItem &item)
-{
-    return LayerId::of(item.data(Qt::UserRole).toULongLong());
-}
-
-void write(QListWidgetItem &item, const Layer &layer)
-{
-    item.setText(itemText(layer));
-    item.setData(Qt::UserRole, QVariant::fromValue(qulonglong { layer.id.value() }));
-    item.setCheckState(layer.visible ? Qt::Checked : Qt::Unchecked);
-}
-
 } // namespace
 
 SceneTab::SceneTab(QWidget *parent)
     : QWidget(parent)
-    , m_layers(named(new QListWidget,
+    , m_layers(named(new LayerList,
           "layers",
           nimbara_i18n::tr("Fuentes de la escena (arriba = encima)")))
     , m_verse(named(new VerseField, "quickVerse", nimbara_i18n::tr("Cita")))
     , m_properties(new PropertiesPanel)
+    , m_splitter(new ShareSplitter(Qt::Horizontal, "editorSplitter"))
 {
     m_layers->setMinimumWidth(260);
+    m_splitter->addWidget(makeSceneColumn());
+    m_splitter->addWidget(m_properties);
+    m_splitter->shares = [](int room) {
+        const int list = std::min(room * 2 / 5, widestList);
+        return QList<int> { list, room - list };
+    };
     auto *columns = new QHBoxLayout(this);
-    columns->addLayout(makeSceneColumn(), 1);
-    columns->addWidget(m_properties, 1);
+    columns->addWidget(m_splitter);
     connectList();
 }
 
-QVBoxLayout *SceneTab::makeSceneColumn()
+QWidget *SceneTab::makeSceneColumn()
 {
-    auto *column = new QVBoxLayout;
+    auto *owner = new QWidget;
+    auto *column = new QVBoxLayout(owner);
+    column->setContentsMargins(0, 0, 0, 0);
     const auto addButton
         = [this](QHBoxLayout *row, const char *spanish, const char *name, auto pressed) {
               QPushButton *button = makeButton(spanish, name);
@@ -105,7 +105,7 @@ QVBoxLayout *SceneTab::makeSceneColumn()
     addButton(layers, "Eliminar", "deleteLayer", &SceneTab::deleteLayerPressed);
     layers->addStretch();
     column->addLayout(layers);
-    return column;
+    return owner;
 }
 
 QMenu *SceneTab::makeSourceMenu()
@@ -132,12 +132,30 @@ void SceneTab::connectList()
 {
     connect(m_layers, &QListWidget::currentItemChanged, this, [this](const QListWidgetItem *item) {
         if (item != nullptr) {
-            Q_EMIT layerSelected(layerOf(*item));
+            Q_EMIT layerSelected(LayerList::layerOf(*item));
         }
     });
     connect(m_layers, &QListWidget::itemChanged, this, [this](const QListWidgetItem *item) {
-        Q_EMIT layerChecked(layerOf(*item), item->checkState() == Qt::Checked);
+        Q_EMIT layerChecked(LayerList::layerOf(*item), item->checkState() == Qt::Checked);
     });
+}
+
+void SceneTab::write(QListWidgetItem &item, const Layer &layer) const
+{
+    const bool onAir = std::find(m_onAir.begin(), m_onAir.end(), layer.id) != m_onAir.end();
+    item.setText(onAir ? itemText(layer) + QStringLiteral("   ●  ") + nimbara_i18n::tr("AL AIRE")
+                       : itemText(layer));
+    item.setData(Qt::ForegroundRole, onAir ? QVariant(QColor(0xff, 0xa0, 0x98)) : QVariant());
+    LayerList::setLayer(item, layer.id);
+    item.setCheckState(layer.visible ? Qt::Checked : Qt::Unchecked);
+}
+
+void SceneTab::showOnAir(std::vector<LayerId> layers, const Scene &scene)
+{
+    m_onAir = std::move(layers);
+    for (const Layer &layer : scene.layers) {
+        showLayer(layer);
+    }
 }
 
 void SceneTab::showLayers(const Scene &scene, LayerId selected)
@@ -150,7 +168,7 @@ void SceneTab::showLayers(const Scene &scene, LayerId selected)
     }
     while (m_layers->count() < count) {
         auto *item = new QListWidgetItem(m_layers);
-        item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+        item->setFlags((item->flags() | Qt::ItemIsUserCheckable) & ~Qt::ItemIsDropEnabled);
         item->setToolTip(nimbara_i18n::tr("Marca para mostrar, desmarca para ocultar"));
     }
     int marked = -1;
@@ -166,7 +184,7 @@ void SceneTab::showLayer(const Layer &layer)
 {
     const QSignalBlocker blocker(m_layers);
     for (int row = 0; row < m_layers->count(); ++row) {
-        if (layerOf(*m_layers->item(row)) == layer.id) {
+        if (LayerList::layerOf(*m_layers->item(row)) == layer.id) {
             write(*m_layers->item(row), layer);
         }
     }

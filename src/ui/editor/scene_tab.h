@@ -1,16 +1,17 @@
 #pragma once
 
 #include "document/scene.h"
+#include "ui/editor/layer_list.h"
 #include "ui/editor/properties_panel.h"
 #include "ui/editor/verse_field.h"
+#include "ui/kit/share_splitter.h"
 
-#include <QListWidget>
 #include <QWidget>
 
 #include <cstdint>
+#include <vector>
 
 class QMenu;
-class QVBoxLayout;
 
 namespace nimbara {
 
@@ -38,8 +39,13 @@ public:
     void showLayers(const Scene &scene, LayerId selected);
     /// Writes one layer's entry anew.
     void showLayer(const Layer &layer);
+    /// Marks the layers that others see now, also in the lists to come.
+    void showOnAir(std::vector<LayerId> layers, const Scene &scene);
+    [[nodiscard]] LayerList *layerList() const { return m_layers; }
     [[nodiscard]] VerseField *verseField() const { return m_verse; }
     [[nodiscard]] PropertiesPanel *properties() const { return m_properties; }
+    /// Between the list and the properties.
+    [[nodiscard]] ShareSplitter *splitter() const { return m_splitter; }
 
 Q_SIGNALS:
     void newScenePressed();
@@ -58,13 +64,17 @@ Q_SIGNALS:
     void layerChecked(nimbara::LayerId layer, bool visible);
 
 private:
-    QVBoxLayout *makeSceneColumn();
+    QWidget *makeSceneColumn();
     QMenu *makeSourceMenu();
     void connectList();
 
-    QListWidget *m_layers;
+    void write(QListWidgetItem &item, const Layer &layer) const;
+
+    LayerList *m_layers;
+    std::vector<LayerId> m_onAir;
     VerseField *m_verse;
     PropertiesPanel *m_properties;
+    ShareSplitter *m_splitter;
 };
 
 } // namespace nimbara

@@ -70,6 +70,12 @@ void VerseField::offer(const QString &typed, const QList<bible::Suggestion> &sug
     m_completer->popup()->setCurrentIndex({}); // Return takes a line that the arrows chose, alone
 }
 
+void VerseField::replaceText(const QString &text)
+{
+    m_completer->popup()->hide();
+    setText(text);
+}
+
 void VerseField::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;

@@ -20,6 +20,8 @@ public:
 
     /// Shows the suggestions for a text, if that is still what the operator has typed here.
     void offer(const QString &typed, const QList<bible::Suggestion> &suggestions);
+    /// Shows another text, and no longer what the one before may become.
+    void replaceText(const QString &text);
 
 Q_SIGNALS:
     /// The operator typed; suggestions are wanted.

@@ -7,7 +7,7 @@ namespace nimbara {
 Picture::Picture(QWidget *parent)
     : QWidget(parent)
 {
-    setMinimumSize(240, 135);
+    setMinimumSize(160, 90);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     // Every pixel is painted here, so the style's background would be work done twice.
     setAttribute(Qt::WA_OpaquePaintEvent);

@@ -17,6 +17,8 @@ ProjectRow::ProjectRow(QWidget *parent)
     , m_undo(makeButton("↶", "undo"))
     , m_redo(makeButton("↷", "redo"))
     , m_credits(makeButton("Créditos", "credits"))
+    , m_fold(makeButton("▴", "foldHeader"))
+    , m_time(named(new QLabel, "serviceTime", nimbara_i18n::tr("Hora y duración del servicio")))
 {
     m_format->addItems({ nimbara_i18n::tr("Horizontal · 1920 × 1080"),
         nimbara_i18n::tr("Vertical · 1080 × 1920") });
@@ -34,6 +36,10 @@ ProjectRow::ProjectRow(QWidget *parent)
     row->addWidget(m_redo);
     row->addWidget(m_credits);
     row->addStretch();
+    row->addWidget(m_time);
+    row->addWidget(m_fold);
+    showHeaderFolded(false);
+    connect(m_fold, &QPushButton::clicked, this, [this] { Q_EMIT headerFolded(!m_isFolded); });
     connect(m_format, &QComboBox::currentIndexChanged, this, &ProjectRow::formatChosen);
 }
 
@@ -41,6 +47,22 @@ void ProjectRow::showFormat(int entry)
 {
     const QSignalBlocker blocker(m_format);
     m_format->setCurrentIndex(entry);
+}
+
+void ProjectRow::showTime(const QString &now, const QString &service)
+{
+    m_time->setText(service.isEmpty()
+            ? now
+            : now + QStringLiteral("  ·  ") + nimbara_i18n::tr("Servicio %1").arg(service));
+}
+
+void ProjectRow::showHeaderFolded(bool folded)
+{
+    m_isFolded = folded;
+    const QString name = nimbara_i18n::tr(folded ? "Mostrar la cabecera" : "Plegar la cabecera");
+    m_fold->setText(folded ? QStringLiteral("▾") : QStringLiteral("▴"));
+    m_fold->setToolTip(name);
+    m_fold->setAccessibleName(name);
 }
 
 void ProjectRow::showOpening(bool opening)

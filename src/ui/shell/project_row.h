@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QComboBox>
+#include <QLabel>
 #include <QPushButton>
 #include <QWidget>
 
@@ -28,9 +29,14 @@ public:
     /// The step that each would undo or do again, translated; empty: none.
     void showSteps(const QString &undo, const QString &redo);
     [[nodiscard]] QPushButton *creditsButton() const { return m_credits; }
+    /// The time of day, and for how long the service has gone on; empty while it has not.
+    void showTime(const QString &now, const QString &service);
+    /// The button at the end folds the header away, or shows it again.
+    void showHeaderFolded(bool folded);
 
 Q_SIGNALS:
     void formatChosen(int entry);
+    void headerFolded(bool folded);
 
 private:
     QComboBox *m_format;
@@ -40,6 +46,9 @@ private:
     QPushButton *m_undo;
     QPushButton *m_redo;
     QPushButton *m_credits;
+    QPushButton *m_fold;
+    QLabel *m_time;
+    bool m_isFolded = false;
 };
 
 } // namespace nimbara

@@ -8,9 +8,12 @@
 #include "ui/captions/translation_tab.h"
 #include "ui/captions/verse_controls.h"
 #include "ui/editor/control_row.h"
+#include "ui/editor/layer_actions.h"
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
 #include "ui/kit/controls.h"
+#include "ui/kit/marks.h"
+#include "ui/kit/page_scroll.h"
 #include "ui/kit/return_key.h"
 #include "ui/kit/steady_tabs.h"
 #include "ui/kit/wheel_guard.h"
@@ -25,27 +28,24 @@
 #include "ui/shell/health_line.h"
 #include "ui/shell/monitors.h"
 #include "ui/shell/notice_bar.h"
+#include "ui/shell/on_air_view.h"
 #include "ui/shell/onboarding.h"
 #include "ui/shell/project_controls.h"
 #include "ui/shell/project_row.h"
+#include "ui/shell/window_room.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPainter>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QScreen>
-#include <QScrollArea>
-#include <QScrollBar>
 #include <QShortcut>
 #include <QTabWidget>
 #include <QTextEdit>
-#include <QVBoxLayout>
 
 #include <chrono>
-#include <initializer_list>
 #include <utility>
 
 namespace nimbara {
@@ -55,7 +55,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr const char *onboardingSetting = "onboarding_complete";
-constexpr int smallestRowsHeight = 400; ///< pixels; the monitors and a row below them
+constexpr int lowestTabs = 130; ///< pixels
 constexpr auto frameTimerInterval = 5ms;
 
 std::array<QString, OutputsTab::slots> destinationNames()
@@ -65,39 +65,6 @@ std::array<QString, OutputsTab::slots> destinationNames()
         names.at(slot) = QString::fromUtf8(destinationPresets().at(slot).name);
     }
     return names;
-}
-
-QIcon alarmMark()
-{
-    constexpr int side = 14;
-    QPixmap mark(side, side);
-    mark.fill(QColor(0xe0, 0x3c, 0x4f));
-    QPainter painter(&mark);
-    painter.setPen(Qt::white);
-    painter.drawText(mark.rect(), Qt::AlignCenter, QStringLiteral("!"));
-    return QIcon(mark);
-}
-
-/// Rows with their stretch factors. A screen too small for them, such as that of an old laptop,
-/// shows them behind a scroll bar.
-QScrollArea *scrollable(std::initializer_list<std::pair<QWidget *, int>> widgets)
-{
-    auto *content = new QWidget;
-    auto *rows = new QVBoxLayout(content);
-    rows->setContentsMargins(0, 0, 0, 0);
-    rows->setSpacing(12);
-    for (const auto &[widget, stretch] : widgets) {
-        rows->addWidget(widget, stretch);
-    }
-    auto *area = new QScrollArea;
-    area->setWidget(content);
-    area->setWidgetResizable(true);
-    area->setFrameShape(QFrame::NoFrame);
-    area->setFocusPolicy(Qt::NoFocus);
-    area->setMinimumSize(content->minimumSizeHint().width()
-            + area->verticalScrollBar()->sizeHint().width(),
-        smallestRowsHeight);
-    return area;
 }
 
 } // namespace
@@ -136,6 +103,11 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *m_dialogs,
         m_guard,
         SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
+    m_layerActions = std::make_unique<LayerActions>(m_studio,
+        m_guard,
+        *m_editor,
+        *m_sceneTab,
+        *m_monitors->canvas());
     m_destinations = std::make_unique<DestinationControls>(m_studio.streams(),
         m_studio.health(),
         m_guard,
@@ -145,6 +117,9 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *m_dialogs,
         m_guard,
         ProjectControls::Views { *m_project, *m_controls, *m_audioTab, *m_outputsTab });
+    m_onAir = std::make_unique<OnAirView>(m_studio,
+        *this,
+        OnAirView::Views { *m_monitors, *m_sceneTab, *m_controls, *m_project });
     connectStudio();
     m_translation
         = std::make_unique<TranslationControls>(m_studio.translation(), m_guard, *m_translationTab);
@@ -157,6 +132,9 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     connectDevices();
     connectShortcuts();
     m_editor->showAll();
+    if (services.remembersDesk) {
+        m_room->remember(m_settings);
+    }
     // Space and the arrow keys work from the first moment.
     m_monitors->canvas()->setFocus();
 
@@ -180,19 +158,15 @@ StudioWindow::~StudioWindow()
 
 void StudioWindow::layOut()
 {
-    setWindowTitle(nimbara_i18n::tr("Vesperline · Ardenvale") + QStringLiteral("[*]"));
-    setWindowIcon(QIcon(QStringLiteral(":/logo.png")));
     resize(QSize(1320, 920).boundedTo(screen()->availableSize()));
 
     m_tabs->setObjectName(QStringLiteral("tabs"));
-    m_tabs->setMinimumHeight(250);
-    m_tabs->setMaximumHeight(330);
-    m_tabs->addTab(m_sourcesTab, nimbara_i18n::tr("Fuentes y pantallas"));
-    m_tabs->addTab(m_audioTab, nimbara_i18n::tr("Audio"));
-    m_tabs->addTab(m_outputsTab, nimbara_i18n::tr("Transmitir y grabar"));
+    m_tabs->setMinimumHeight(lowestTabs);
+    m_tabs->addTab(new PageScroll(m_sceneTab), nimbara_i18n::tr("Escena y fuentes"));
+    m_tabs->addTab(new PageScroll(m_sourcesTab), nimbara_i18n::tr("Fuentes y pantallas"));
+    m_tabs->addTab(new PageScroll(m_audioTab), nimbara_i18n::tr("Audio"));
+    m_tabs->addTab(new PageScroll(m_outputsTab), nimbara_i18n::tr("Transmitir y grabar"));
     m_tabs->addTab(m_translationTab, nimbara_i18n::tr("Traducción IA y Biblia"));
-    m_tabs->insertTab(0, m_sceneTab, nimbara_i18n::tr("Escena y fuentes"));
-    m_tabs->setCurrentIndex(0);
 
     m_lostAudio->setTextFormat(Qt::PlainText);
     m_lostAudio->setWordWrap(true);
@@ -201,20 +175,13 @@ void StudioWindow::layOut()
     m_status->setTextFormat(Qt::PlainText);
     m_status->setWordWrap(true);
 
-    auto *central = new QWidget;
-    auto *column = new QVBoxLayout(central);
-    column->setContentsMargins(20, 14, 20, 14);
-    column->setSpacing(12);
-    column->addWidget(scrollable({ { m_header, 0 },
-        { m_project, 0 },
-        { m_monitors, 3 },
-        { m_health, 0 },
-        { m_controls, 0 },
-        { m_tabs, 0 } }));
-    column->addWidget(new NoticeBar(m_studio.notices()));
-    column->addWidget(m_lostAudio);
-    column->addWidget(m_status);
-    setCentralWidget(central);
+    m_room = std::make_unique<WindowRoom>(*this,
+        WindowRoom::Rows { m_header,
+            m_project,
+            { m_monitors, m_health, m_controls },
+            m_tabs,
+            { m_monitors->splitter(), m_sceneTab->splitter() },
+            { new NoticeBar(m_studio.notices()), m_lostAudio, m_status } });
 }
 
 void StudioWindow::connectStudio()
@@ -250,7 +217,7 @@ void StudioWindow::connectRows()
         m_studio.stage().program.setFadeEnabled(on);
     });
     connect(m_monitors->canvas(), &Canvas::activated, this, [this] {
-        m_tabs->setCurrentWidget(m_sceneTab);
+        m_tabs->setCurrentIndex(tabOf(*m_tabs, m_sceneTab));
     });
     Document *document = &m_studio.document();
     connect(document, &Document::changed, this, &StudioWindow::followDocument);
@@ -394,6 +361,7 @@ void StudioWindow::showPictures(const Pictures &pictures)
     m_monitors->streams()->setFrame(pictures.streams);
     m_monitors->hall()->setFrame(pictures.hall);
     m_hall->setFrame(pictures.hall);
+    m_onAir->follow();
 }
 
 void StudioWindow::showOutputs()
@@ -401,19 +369,21 @@ void StudioWindow::showOutputs()
     m_recording->showRecording();
     m_destinations->showDestinations();
     m_project->setFormatEnabled(!m_studio.hasOutputs());
+    m_onAir->followOutputs();
 }
 
 void StudioWindow::showHealth()
 {
     m_health->show(m_studio.health().line());
     m_destinations->showHealth();
+    m_onAir->showTime();
 }
 
 /// What stopped in a tab that is not in view is marked there until it is read.
 void StudioWindow::markTabs()
 {
     const bool marked = !m_studio.notices().all().empty();
-    const int tab = m_tabs->indexOf(m_outputsTab);
+    const int tab = tabOf(*m_tabs, m_outputsTab);
     m_tabs->setTabIcon(tab, marked ? alarmMark() : QIcon());
     m_tabs->setTabToolTip(tab, marked ? nimbara_i18n::tr("Hay un aviso sin leer") : QString());
 }
@@ -431,7 +401,9 @@ void StudioWindow::followDocument(const Change &change)
 void StudioWindow::showPreviewShape()
 {
     const FrameSize size = m_studio.stage().previewFrame();
-    m_monitors->canvas()->setAspect(static_cast<double>(size.width) / size.height);
+    const FrameSize streams = m_studio.stage().streamFrame();
+    m_monitors->showShapes(static_cast<double>(size.width) / size.height,
+        static_cast<double>(streams.width) / streams.height);
 }
 
 void StudioWindow::setLanguage(int index)
@@ -501,6 +473,7 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     if (!m_projects->isSettling()) {
         m_studio.safety().giveUp(); // saved, or given up by the operator
     }
+    m_room->keep();
     m_frameTimer.stop();
     m_guard.withoutBoxes();
     const std::optional<Message> lost = m_studio.shutDown();

@@ -24,7 +24,9 @@ class DestinationControls;
 class HallControls;
 class HeaderRow;
 class HealthLine;
+class LayerActions;
 class Monitors;
+class OnAirView;
 class OutputsTab;
 class ProjectControls;
 class ProjectRow;
@@ -36,6 +38,7 @@ class SourcesTab;
 class TranslationControls;
 class TranslationTab;
 class VerseControls;
+class WindowRoom;
 
 /// What the window reaches outside itself. Tests put their own in place.
 struct StudioServices {
@@ -45,6 +48,7 @@ struct StudioServices {
     Endpoint apiBible = apiBibleEndpoint();
     QString dataFolder; ///< of recovery copies and backups; empty: none are kept
     QString cacheFolder; ///< of what can be made anew; empty: it is, with each run
+    bool remembersDesk = false; ///< the window's place, splitters and tab, in the settings
 };
 
 /// The one main window. It owns the studio for the life of the process, hands it what the operator
@@ -113,9 +117,12 @@ private:
     HealthLine *m_health;
     QLabel *m_lostAudio;
     QLabel *m_status;
+    std::unique_ptr<WindowRoom> m_room;
+    std::unique_ptr<OnAirView> m_onAir;
     std::unique_ptr<HallControls> m_hall;
     std::unique_ptr<ReturnKey> m_returnKey;
     std::unique_ptr<SceneEditor> m_editor;
+    std::unique_ptr<LayerActions> m_layerActions;
     std::unique_ptr<DestinationControls> m_destinations;
     std::unique_ptr<RecordingControls> m_recording;
     std::unique_ptr<ProjectControls> m_projects;

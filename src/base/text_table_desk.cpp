@@ -1,0 +1,36 @@
+#include "base/text_table.h"
+
+namespace nimbara_i18n {
+
+namespace {
+
+// The room of the window, and what it tells of the air.
+constexpr TextPair pairs[] = {
+    TextPair { "El texto no cabe en su recuadro: 1 línea oculta",
+        "The text does not fit its box: 1 line hidden" },
+    TextPair { "El texto no cabe en su recuadro: %1 líneas ocultas",
+        "The text does not fit its box: %1 lines hidden" },
+    TextPair { "Arrastra para repartir el espacio; doble clic: automático",
+        "Drag to share the room; double click: automatic" },
+    TextPair { "Copiar", "Copy" },
+    TextPair { "Cortar", "Cut" },
+    TextPair { "Pegar", "Paste" },
+    TextPair { "Plegar la cabecera", "Fold the header away" },
+    TextPair { "Mostrar la cabecera", "Show the header" },
+    TextPair { "FUERA DEL AIRE", "OFF AIR" },
+    TextPair { "AL AIRE", "ON AIR" },
+    TextPair { "EN VIVO (%1)", "LIVE (%1)" },
+    TextPair { "GRABANDO", "RECORDING" },
+    TextPair { "GRABACIÓN EN PAUSA", "RECORDING PAUSED" },
+    TextPair { "Servicio %1", "Service %1" },
+    TextPair { "Hora y duración del servicio", "Time of day and length of the service" },
+};
+
+} // namespace
+
+std::span<const TextPair> deskTextPairs()
+{
+    return pairs;
+}
+
+} // namespace nimbara_i18n

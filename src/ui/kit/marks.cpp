@@ -1,0 +1,58 @@
+#include "ui/kit/marks.h"
+
+#include <QPainter>
+#include <QPixmap>
+
+namespace nimbara {
+
+namespace {
+
+constexpr int side = 14; ///< pixels of a mark in a list or a tab
+const QColor red(0xe0, 0x3c, 0x4f);
+
+} // namespace
+
+QIcon alarmMark()
+{
+    QPixmap mark(side, side);
+    mark.fill(red);
+    QPainter painter(&mark);
+    painter.setPen(Qt::white);
+    painter.drawText(mark.rect(), Qt::AlignCenter, QStringLiteral("!"));
+    return QIcon(mark);
+}
+
+QIcon onAirMark()
+{
+    QPixmap mark(side, side);
+    mark.fill(Qt::transparent);
+    QPainter painter(&mark);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::white, 1.5));
+    painter.setBrush(red);
+    painter.drawEllipse(QRectF(1, 1, side - 2, side - 2));
+    return QIcon(mark);
+}
+
+QIcon programIcon(bool streaming, bool recording)
+{
+    QPixmap icon(QStringLiteral(":/logo.png"));
+    if (icon.isNull()) {
+        return {};
+    }
+    const double size = icon.width() * 0.42;
+    const double top = icon.height() - size;
+    QPainter painter(&icon);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::white, icon.width() * 0.04));
+    painter.setBrush(red);
+    if (streaming) {
+        painter.drawEllipse(QRectF(icon.width() - size, top, size, size).adjusted(2, 2, -2, -2));
+    }
+    if (recording) {
+        painter.drawRect(QRectF(0, top, size, size).adjusted(2, 2, -2, -2));
+    }
+    return QIcon(icon);
+}
+
+} // namespace nimbara

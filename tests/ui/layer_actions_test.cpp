@@ -1,0 +1,113 @@
+#include "support/test_registry.h"
+#include "ui/desk.h"
+#include "ui/editor/layer_list.h"
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct LayerDesk : Desk {
+    LayerDesk()
+    {
+        std::vector<Layer> made;
+        for (const char *name : { "a", "b", "c" }) {
+            made.push_back(newLayer(LayerKind::Text));
+            made.back().name = QLatin1String(name);
+        }
+        setLayers(made);
+        select(0);
+    }
+    LayerList *list() { return find<LayerList>("layers"); }
+    /// Of the layers, rear layer first.
+    QString names()
+    {
+        QString all;
+        for (const Layer &layer : layers()) {
+            all += layer.name;
+        }
+        return all;
+    }
+    void key(const char *widget, QKeyCombination keys)
+    {
+        auto *target = find<QWidget>(widget);
+        target->setFocus();
+        QTest::keyClick(target, keys.key(), keys.keyboardModifiers());
+    }
+};
+
+} // namespace
+
+/// What is done with a layer by key and by dragging its entry.
+class LayerActionsTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void keysChangeTheSelectedLayerInOneStep()
+    {
+        for (const auto &[keys, after, selected] :
+            { std::tuple { QKeyCombination(Qt::Key_Delete), "bc", 0 },
+                { Qt::CTRL | Qt::Key_X, "bc", 0 },
+                { Qt::CTRL | Qt::Key_D, "abca", 3 } }) {
+            for (const char *widget : { "layers", "canvas" }) {
+                const RowName named(after);
+                LayerDesk desk;
+                QVERIFY(desk.isActive());
+                desk.key(widget, keys);
+                QCOMPARE(desk.names(), QLatin1String(after));
+                QCOMPARE(desk.selected(), selected);
+                desk.press("undo");
+                QCOMPARE(desk.names(), u"abc"_s);
+            }
+        }
+        LayerDesk desk;
+        QVERIFY(desk.isActive());
+        desk.key("canvas", Qt::CTRL | Qt::Key_H);
+        QVERIFY(!desk.layers()[0].visible);
+        desk.key("layerName", Qt::Key_Delete); // a field's keys are its own
+        QCOMPARE(desk.names(), u"abc"_s);
+    }
+
+    void aCopyGoesIntoTheOtherSet()
+    {
+        LayerDesk desk;
+        QVERIFY(desk.isActive());
+        desk.key("layers", Qt::CTRL | Qt::Key_C);
+        const Layer copied = desk.layers()[0];
+        desk.press("editHall");
+        const auto before = desk.layers().size();
+        desk.key("canvas", Qt::CTRL | Qt::Key_V);
+        desk.key("canvas", Qt::CTRL | Qt::Key_V);
+        QCOMPARE(desk.layers().size(), before + 2);
+        Layer pasted = desk.layers().back();
+        QVERIFY(pasted.id != copied.id && pasted.id != desk.layers()[before].id);
+        pasted.id = copied.id;
+        QVERIFY(pasted == copied);
+    }
+
+    void aDraggedEntryMovesItsLayer()
+    {
+        for (const auto &[from, onto, lower, after] : { std::tuple { 0, 2, true, "cab" },
+                 { 0, 1, true, "acb" },
+                 { 2, 0, false, "bca" },
+                 { 1, 1, true, "abc" } }) {
+            const RowName named(after);
+            LayerDesk desk;
+            desk.list()->setCurrentRow(from);
+            const QRect entry = desk.list()->visualItemRect(desk.list()->item(onto));
+            desk.list()->dropCurrent(lower ? entry.bottomLeft() : entry.topLeft());
+            QCOMPARE(desk.names(), QLatin1String(after));
+            if (from != onto) {
+                desk.press("undo");
+                QCOMPARE(desk.names(), u"abc"_s);
+            }
+        }
+        LayerDesk desk;
+        desk.list()->setCurrentRow(0);
+        desk.list()->dropCurrent({ 10, desk.list()->height() - 2 }); // below all entries
+        QCOMPARE(desk.names(), u"cab"_s);
+    }
+};
+
+NIMBARA_TEST(LayerActionsTest)
+#include "layer_actions_test.moc"

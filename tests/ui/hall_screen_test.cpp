@@ -80,6 +80,7 @@ private Q_SLOTS:
     {
         HallDesk desk;
         QCOMPARE(desk.find<QComboBox>("screens")->count(), 2);
+        QCOMPARE(desk.find<QComboBox>("screens")->currentIndex(), 1); // not the operator's own
         QCOMPARE(desk.buttonText(), QString::fromUtf8(showText));
         QVERIFY(!HallDesk::hall()->isVisible());
         for (const int index : { 1, 0, 1 }) {

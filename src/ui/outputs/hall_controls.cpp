@@ -3,6 +3,8 @@
 #include <QGuiApplication>
 #include <QScreen>
 
+#include <algorithm>
+
 namespace nimbara {
 
 HallControls::HallControls(QWidget &window, SourcesTab &tab, Report status)
@@ -41,6 +43,22 @@ void HallControls::listScreens()
         names << screen->name();
     }
     m_tab.showScreens(names);
+    suggestScreen();
+}
+
+/// A hall on the operator's own screen covers the studio: another one is what is wanted.
+void HallControls::suggestScreen()
+{
+    const QList<QScreen *> screens = QGuiApplication::screens();
+    if (m_screen.isVisible() || screens.value(m_tab.screenEntry()) != m_window.screen()) {
+        return;
+    }
+    const auto other = std::find_if(screens.begin(), screens.end(), [this](const QScreen *screen) {
+        return screen != m_window.screen();
+    });
+    if (other != screens.end()) {
+        m_tab.chooseScreen(static_cast<int>(other - screens.begin()));
+    }
 }
 
 void HallControls::hide()

@@ -40,6 +40,7 @@ private:
         QRect geometry;
     };
     void listScreens();
+    void suggestScreen();
     void toggle();
     void showOn(QScreen &screen);
     void screenAdded(QScreen *screen);

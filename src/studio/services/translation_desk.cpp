@@ -251,8 +251,11 @@ void TranslationDesk::advanceReading()
         showCaptions();
     }
     if (m_reading.isHurried() != wasHurried) {
-        tell(wasHurried ? "Lectura al día: vuelve a 15 caracteres por segundo."
-                        : "Lectura con retraso: sube a 20 caracteres por segundo.");
+        // Beside the delay of the captions: the status keeps what is told of the run.
+        const Message pace = wasHurried ? "Lectura al día: vuelve a 15 caracteres por segundo."
+                                        : "Lectura con retraso: sube a 20 caracteres por segundo.";
+        Q_EMIT captionNoted(pace);
+        logLine(QStringLiteral("IA: ") + pace.spanish());
     }
 }
 

@@ -84,7 +84,7 @@ Q_SIGNALS:
     void changed();
     /// What engine or key test have to say, for the panel.
     void reported(const nimbara::Message &text);
-    /// A caption has come, and how long it took; empty after a run.
+    /// A caption has come, and how long it took, or it is read at another pace; empty after a run.
     void captionNoted(const nimbara::Message &text);
     /// What was understood; see `Translation::heard`.
     void heard(const nimbara::Message &text);

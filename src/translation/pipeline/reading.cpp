@@ -8,8 +8,7 @@ void Reading::add(const QString &phrase)
 {
     const QString text = reading::spokenText(phrase);
     if (!text.isEmpty()) {
-        // Scripts of full width have no blanks.
-        const bool blank = !m_waiting.isEmpty() && reading::columns(m_waiting.right(1)) == 1;
+        const bool blank = !m_waiting.isEmpty() && reading::takesBlank(m_waiting);
         m_waiting += blank ? QLatin1Char(' ') + text : text;
     }
 }
@@ -29,7 +28,10 @@ bool Reading::advance(std::int64_t nowMs)
 {
     const bool changed = step(nowMs);
     const std::int64_t backlog = backlogMs();
-    m_hurried = backlog > hurryAboveMs || (m_hurried && backlog > calmBelowMs);
+    if (backlog > calmBelowMs) {
+        m_busyMs = nowMs;
+    }
+    m_hurried = backlog > hurryAboveMs || (m_hurried && nowMs - m_busyMs < calmAfterMs);
     return changed;
 }
 

@@ -10,8 +10,8 @@ namespace nimbara {
 
 /// Captions that are easy to read: one block after the other, each shown whole and unchanged until
 /// the next. A block stays at least 1.5 s, and long enough to be read at 15 characters per second;
-/// when what waits would take over 6 s, at 20. Without a next one it stays for 8 s. Pure; times are
-/// monotonic milliseconds.
+/// when what waits would take over 6 s, at 20, until little has waited for half a minute. Without a
+/// next one it stays for 8 s. Pure; times are monotonic milliseconds.
 class Reading {
 public:
     static constexpr std::int64_t leastMs = 1500;
@@ -20,6 +20,7 @@ public:
     static constexpr std::int32_t hurriedPace = 20;
     static constexpr std::int64_t hurryAboveMs = 6000; ///< of backlog
     static constexpr std::int64_t calmBelowMs = 2000;
+    static constexpr std::int64_t calmAfterMs = 30 * 1000; ///< of so little backlog
 
     /// A phrase that is to be read behind all others; what was not spoken is left out.
     void add(const QString &phrase);
@@ -47,6 +48,7 @@ private:
     QString m_waiting;
     QString m_block;
     std::int64_t m_shownMs = 0; ///< when the block came
+    std::int64_t m_busyMs = 0; ///< when more than a little waited last
     bool m_hurried = false;
 };
 

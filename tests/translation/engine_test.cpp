@@ -233,6 +233,37 @@ private Q_SLOTS:
         QCOMPARE(await(transcriptions, 6).size(), std::size_t { 6 });
     }
 
+    /// On both roads from the last voiced sample on, whatever is said meanwhile.
+    void timesEachStage()
+    {
+        for (const bool live : { false, true }) {
+            const RowName named(live ? "live" : "phrases");
+            restart();
+            PhraseTimes times;
+            m_engine->timed = [&](const PhraseTimes &each) { times = each; };
+            live ? startLive() : start();
+            hear(signal({ { 1300, 0.2 } }));
+            const int silence = live ? 450 : 700;
+            m_clock.advanceUs(silence * 1000);
+            hear(signal({ { silence, 0 } }));
+            m_clock.advanceUs(300'000);
+            hear(signal({ { 500, 0.2 } }));
+            if (live) {
+                turn(u"uno"_s);
+            } else {
+                transcribe(await(transcriptions, 1).at(0), u"uno"_s);
+            }
+            const QJsonObject request = await(responses, 1).at(0);
+            m_clock.advanceUs(400'000);
+            translate(request, u"one"_s);
+            QTRY_COMPARE(m_captions.size(), 1);
+            QCOMPARE(times.heard - times.spoken, silence);
+            QCOMPARE(times.transcribed - times.heard, 300);
+            QCOMPARE(times.asked - times.transcribed, 0);
+            QCOMPARE(times.translated - times.asked, 400);
+        }
+    }
+
     void speaksCaptions()
     {
         start(false, true);

@@ -2,11 +2,14 @@
 
 #include "base/error.h"
 #include "base/log.h"
+#include "translation/pipeline/delay_text.h"
 #include "translation/pipeline/heard_line.h"
 #include "translation/pipeline/voice.h"
 #include "translation/service/languages.h"
 
 #include <QPointer>
+
+#include <algorithm>
 
 namespace nimbara {
 
@@ -50,6 +53,7 @@ void TranslationDesk::connectEngine(AudioInput &input)
     connect(&input, &AudioInput::blockArrived, this, [this](const AudioBlock &block) {
         m_engine.processAudio(block);
     });
+    m_engine.timed = [this](const PhraseTimes &times) { m_unshown.push_back(times); };
     m_engine.caption = [this](const QString &text) { addCaption(text); };
     m_engine.heard = [this](const Message &text) { tellHeard(text); };
     m_engine.voiceAudio = [this](const QByteArray &pcm) { queueVoice(m_sound.voice(), pcm); };
@@ -129,6 +133,7 @@ void TranslationDesk::begin(const QString &key)
     setWaiting(false);
     run([&] {
         const QString target = m_target.isEmpty() ? languages::defaultTarget() : m_target;
+        m_delays.clear();
         m_engine.start(key, target, m_voice, m_source);
         Q_EMIT changed();
     });
@@ -146,7 +151,35 @@ void TranslationDesk::pause()
     m_sound.voice().clear();
     clearCaptions();
     Q_EMIT captionNoted({});
+    reportDelays();
     Q_EMIT changed();
+}
+
+/// At the end of a run.
+void TranslationDesk::reportDelays()
+{
+    const DelayMeter::Figures whole = m_delays.whole();
+    if (whole.phrases == 0) {
+        return;
+    }
+    const Message report("Retraso de la traducción: mediana %1 s, 9 de cada 10 en %2 s, %3 frases.",
+        { delay_text::seconds(whole.medianMs),
+            delay_text::seconds(whole.p90Ms),
+            Message::verbatim(QString::number(whole.phrases)) });
+    logLine(QStringLiteral("IA: ") + (report + delay_text::stages(whole)).spanish());
+    Q_EMIT captionNoted(report);
+    m_delays.clear();
+    Q_EMIT delayed();
+}
+
+DelayMeter::Figures TranslationDesk::delayFigures() const
+{
+    return m_delays.figures(m_clock.wallMs());
+}
+
+QList<std::int64_t> TranslationDesk::delayCurve() const
+{
+    return m_delays.curve(m_clock.wallMs());
 }
 
 void TranslationDesk::shutDown()
@@ -191,6 +224,7 @@ void TranslationDesk::switchTarget(const QString &language)
     if (running()) {
         m_engine.stopEngine(); // a voice that speaks goes on
         clearCaptions();
+        reportDelays();
         setWaiting(true);
         start();
     }
@@ -216,6 +250,7 @@ void TranslationDesk::setSeparator(CaptionSeparator separator)
 {
     m_captions.setSeparator(separator);
     m_reading.clear();
+    m_unshown.clear();
     m_settings.setValue(separatorSetting, static_cast<int>(separator));
     showCaptions();
     Q_EMIT changed();
@@ -231,6 +266,7 @@ void TranslationDesk::clearCaptions()
 {
     m_captions.clear();
     m_reading.clear();
+    m_unshown.clear();
     showCaptions();
 }
 
@@ -241,6 +277,26 @@ void TranslationDesk::advanceCaptions()
     }
     if (isReading()) {
         advanceReading();
+    }
+    measureShown();
+}
+
+/// The pictures that are made now show what has been added since the last ones.
+void TranslationDesk::measureShown()
+{
+    const qsizetype waiting = static_cast<qsizetype>(m_unshown.size());
+    const qsizetype shown = isReading() ? std::min(m_reading.takeShown(), waiting) : waiting;
+    for (qsizetype i = 0; i < shown; ++i) {
+        m_unshown.front().shown = m_clock.wallMs();
+        if (captionsShown()) {
+            m_delays.add(m_unshown.front());
+        }
+        m_unshown.pop_front();
+    }
+    const std::int64_t now = m_clock.monotonicUs() / 1000;
+    if (running() && (shown > 0 || now - m_delayedMs >= 1000)) {
+        m_delayedMs = now;
+        Q_EMIT delayed();
     }
 }
 
@@ -263,7 +319,9 @@ void TranslationDesk::addCaption(const QString &text)
 {
     m_captions.addCaption(text, m_clock.wallMs());
     if (isReading()) {
-        m_reading.add(text);
+        if (!m_reading.add(text) && !m_unshown.empty()) {
+            m_unshown.pop_back();
+        }
         advanceReading();
     } else {
         showCaptions();

@@ -8,12 +8,16 @@
 #include "studio/sources/audio_input.h"
 #include "translation/pipeline/caption_text.h"
 #include "translation/pipeline/engine.h"
+#include "translation/pipeline/phrase_delay.h"
 #include "translation/pipeline/reading.h"
 #include "translation/service/key_test.h"
 
 #include <QObject>
 #include <QSettings>
 #include <QString>
+
+#include <cstdint>
+#include <deque>
 
 namespace nimbara {
 
@@ -73,6 +77,9 @@ public:
     void shutDown();
     [[nodiscard]] bool running() const { return m_engine.running(); }
     [[nodiscard]] bool isWaiting() const { return m_isWaiting; }
+    /// How late the captions of the last five minutes came.
+    [[nodiscard]] DelayMeter::Figures delayFigures() const;
+    [[nodiscard]] QList<std::int64_t> delayCurve() const;
     /// The way that the voice takes now.
     [[nodiscard]] VoiceRoad road() const { return m_engine.road(); }
 
@@ -86,6 +93,8 @@ Q_SIGNALS:
     void reported(const nimbara::Message &text);
     /// A caption has come, and how long it took, or it is read at another pace; empty after a run.
     void captionNoted(const nimbara::Message &text);
+    /// The delays have changed, or a second has passed in a run.
+    void delayed();
     /// What was understood; see `Translation::heard`.
     void heard(const nimbara::Message &text);
     /// An operation failed.
@@ -104,6 +113,8 @@ private:
     void setSource(const QString &source);
     void addCaption(const QString &text);
     void advanceReading();
+    void measureShown();
+    void reportDelays();
     void showCaptions();
     [[nodiscard]] bool isReading() const { return separator() == CaptionSeparator::Reading; }
     void tell(const Message &message);
@@ -123,6 +134,9 @@ private:
     bool m_isShutDown = false;
     CaptionText m_captions;
     Reading m_reading;
+    std::deque<PhraseTimes> m_unshown; ///< of captions that no picture has shown to the end
+    DelayMeter m_delays;
+    std::int64_t m_delayedMs = 0; ///< when `delayed` was told last, monotonic
     KeyTest m_keyTest;
     Translation m_engine;
 };

@@ -2,11 +2,13 @@
 
 #include "base/error.h"
 #include "net/openai.h"
+#include "signal/mono.h"
 #include "translation/pipeline/voice.h"
 #include "translation/pipeline/wav.h"
 #include "translation/service/api_messages.h"
 #include "translation/service/languages.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace nimbara {
@@ -42,14 +44,14 @@ void Translation::connectLive()
             heard(Message::verbatim(QStringLiteral("… ") + text));
         }
     };
-    m_live.turn = [this](const QString &text, std::int64_t phraseTimeMs, bool atSeam) {
+    m_live.turn = [this](const QString &text, const PhraseEnd &end, bool atSeam) {
         if (running()) {
             ++m_inFlight;
-            const std::int32_t sequence = m_order.take(phraseTimeMs);
+            const std::int32_t sequence = m_order.take(end.phraseTimeMs);
             if (atSeam) {
                 m_order.waitFrom(sequence, m_clock.wallMs());
             }
-            translate({ sequence, phraseTimeMs, {}, text, {} });
+            translate({ sequence, { end.spokenMs, end.heardMs }, {}, text, {} });
         }
     };
     m_live.refused = [this] { end(); };
@@ -99,6 +101,7 @@ void Translation::stopEngine()
     m_line.clear();
     m_inFlight = 0;
     m_order.clear();
+    m_times.clear();
     m_memory.clear();
     m_api.close();
     m_toldRoad = VoiceRoad::Stopped;
@@ -172,8 +175,13 @@ void Translation::segmentOwed(const std::deque<AudioBlock> &owed)
 {
     const std::int32_t generation = requestGeneration();
     m_line.bePatient();
+    m_owedFrames = 0;
+    for (const AudioBlock &block : owed) {
+        m_owedFrames += block.samples.size() / audioChannels;
+    }
     for (const AudioBlock &block : owed) {
         if (isCurrent(generation)) {
+            m_owedFrames -= block.samples.size() / audioChannels;
             segment(block);
         }
     }
@@ -193,9 +201,25 @@ void Translation::takePhrase(const PhraseSamples &samples)
         statusChanged("IA con retraso; se omite un segmento.");
         return;
     }
-    const std::int64_t now = m_clock.wallMs();
-    m_line.add({ m_order.take(now), now, wavFile(samples), {}, {} });
+    const std::int32_t sequence = m_order.take(m_clock.wallMs());
+    m_line.add({ sequence, timesOf(samples), wavFile(samples), {}, {} });
     startRequests();
+}
+
+/// The phrase was cut just now; behind its last word are its own silence, what the segmenter has
+/// kept, and what of a lost session is still to come.
+PhraseTimes Translation::timesOf(const PhraseSamples &samples) const
+{
+    const auto isVoice = [](std::int16_t sample) {
+        const double v = sample / 32767.0;
+        return v * v > silenceEnergy;
+    };
+    const auto silent = std::find_if(samples.rbegin(), samples.rend(), isVoice) - samples.rbegin();
+    const std::size_t frames = m_segmenter.pendingFrames() + m_owedFrames;
+    const std::int64_t now = m_clock.wallMs();
+    return { now - silent / (Segmenter::rate / 1000)
+            - static_cast<std::int64_t>(frames) * 1000 / audioRate,
+        now };
 }
 
 /// What the line gives up was a phrase that gave nothing.
@@ -238,7 +262,7 @@ void Translation::upload(const PhraseRequest &request)
         QStringLiteral("Transcripcion"),
         [this, request](const QByteArray &body) {
             m_line.setReached();
-            translate({ request.sequence, request.phraseTimeMs, {}, api::transcript(body), {} });
+            translate({ request.sequence, request.times, {}, api::transcript(body), {} });
         },
         [this, request](int status) { handleFailure(request, status); });
 }
@@ -247,6 +271,7 @@ void Translation::upload(const PhraseRequest &request)
 void Translation::translate(PhraseRequest request)
 {
     const std::int32_t generation = requestGeneration();
+    request.times.transcribed = m_clock.wallMs();
     const bool repeated = m_memory.isRepeated(request.text);
     const bool blank = request.text.trimmed().isEmpty();
     if (repeated) {
@@ -271,15 +296,18 @@ void Translation::translate(PhraseRequest request)
     askTranslation(request);
 }
 
-void Translation::askTranslation(const PhraseRequest &request)
+void Translation::askTranslation(PhraseRequest request)
 {
+    request.times.asked = m_clock.wallMs();
     m_api.postJson(
         QStringLiteral("responses"),
         api::translationBody(m_target, request.context, request.text),
         textTimeout,
         QStringLiteral("Traduccion"),
-        [this, sequence = request.sequence](const QByteArray &body) {
+        [this, sequence = request.sequence, times = request.times](const QByteArray &body) {
             m_line.setReached();
+            PhraseTimes &all = m_times[sequence] = times;
+            all.translated = m_clock.wallMs();
             const QString translated = openai::outputText(body);
             m_memory.addTranslation(translated);
             finish(sequence, translated);
@@ -362,19 +390,21 @@ void Translation::releaseResults()
         statusChanged("Se omitió un segmento lento para no detener la pantalla.");
     }
     while (isCurrent(generation)) {
+        const auto times = m_times.extract(m_order.awaited());
         const auto phrase = m_order.next();
         if (!phrase) {
             return;
         }
         if (!phrase->text.isEmpty()) {
-            show(*phrase);
+            show(*phrase, times.empty() ? PhraseTimes {} : times.mapped());
         }
     }
 }
 
-void Translation::show(const PhraseOrder::Released &phrase)
+void Translation::show(const PhraseOrder::Released &phrase, const PhraseTimes &times)
 {
     const std::int32_t generation = requestGeneration();
+    timed(times);
     caption(phrase.text);
     if (!isCurrent(generation)) {
         return;

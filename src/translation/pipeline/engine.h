@@ -19,6 +19,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 
 namespace nimbara {
 
@@ -76,6 +77,8 @@ public:
     std::function<void(const Message &message)> captionNotice = [](const Message &) {};
     /// The run has ended by itself, after its message.
     std::function<void()> ended = [] {};
+    /// When the phrase that comes next went through the stages, all but the last.
+    std::function<void(const PhraseTimes &times)> timed = [](const PhraseTimes &) {};
     /// The next translated phrase.
     std::function<void(const QString &text)> caption = [](const QString &) {};
     /// What was understood; begins with "… " while it is still being spoken.
@@ -91,15 +94,16 @@ private:
     void segmentOwed(const std::deque<AudioBlock> &owed);
     void takeOver();
     void takePhrase(const PhraseSamples &samples);
+    [[nodiscard]] PhraseTimes timesOf(const PhraseSamples &samples) const;
     void startRequests();
     void giveUpUseless();
     void upload(const PhraseRequest &request);
     void translate(PhraseRequest request);
-    void askTranslation(const PhraseRequest &request);
+    void askTranslation(PhraseRequest request);
     void handleFailure(const PhraseRequest &request, int status);
     void finish(std::int32_t sequence, const QString &text);
     void tellRoad();
-    void show(const PhraseOrder::Released &phrase);
+    void show(const PhraseOrder::Released &phrase, const PhraseTimes &times);
     void speak(const QString &text);
     [[nodiscard]] bool isCurrent(std::int32_t generation) const
     {
@@ -115,6 +119,8 @@ private:
     TranscriptMemory m_memory;
     RequestLine m_line; ///< what waits to be sent
     std::int32_t m_inFlight = 0; ///< transcriptions and translations under way
+    std::map<std::int32_t, PhraseTimes> m_times; ///< of phrases that are translated
+    std::size_t m_owedFrames = 0; ///< of 48000 Hz, that are older than what is heard now
     VoiceRoad m_toldRoad = VoiceRoad::Stopped;
     QString m_target;
     QString m_source;

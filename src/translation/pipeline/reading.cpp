@@ -1,16 +1,25 @@
 #include "translation/pipeline/reading.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nimbara {
 
-void Reading::add(const QString &phrase)
+bool Reading::add(const QString &phrase)
 {
     const QString text = reading::spokenText(phrase);
-    if (!text.isEmpty()) {
-        const bool blank = !m_waiting.isEmpty() && reading::takesBlank(m_waiting);
-        m_waiting += blank ? QLatin1Char(' ') + text : text;
+    if (text.isEmpty()) {
+        return false;
     }
+    const bool blank = !m_waiting.isEmpty() && reading::takesBlank(m_waiting);
+    m_waiting += blank ? QLatin1Char(' ') + text : text;
+    m_ends.push_back(m_waiting.size());
+    return true;
+}
+
+qsizetype Reading::takeShown()
+{
+    return std::exchange(m_shown, 0);
 }
 
 std::int64_t Reading::backlogMs() const
@@ -50,7 +59,16 @@ bool Reading::step(std::int64_t nowMs)
     }
     const reading::Cut cut = reading::takeBlock(m_waiting);
     m_block = cut.lines.join(QLatin1Char('\n'));
+    const qsizetype taken = m_waiting.size() - cut.rest.size();
     m_waiting = cut.rest;
+    for (qsizetype &end : m_ends) {
+        end -= taken;
+    }
+    // A blank may have gone with the block.
+    while (!m_ends.empty() && m_ends.front() <= 0) {
+        m_ends.pop_front();
+        ++m_shown;
+    }
     m_shownMs = nowMs;
     return true;
 }

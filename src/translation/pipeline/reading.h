@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <deque>
 
 namespace nimbara {
 
@@ -22,8 +23,9 @@ public:
     static constexpr std::int64_t calmBelowMs = 2000;
     static constexpr std::int64_t calmAfterMs = 30 * 1000; ///< of so little backlog
 
-    /// A phrase that is to be read behind all others; what was not spoken is left out.
-    void add(const QString &phrase);
+    /// A phrase that is to be read behind all others; what was not spoken is left out. Returns
+    /// whether there is anything to be read.
+    bool add(const QString &phrase);
 
     /// Shows the next block when it is time, or none. Call it for every frame and behind `add`.
     /// Returns whether the block has changed.
@@ -31,6 +33,9 @@ public:
 
     /// What is to be read now: at most two lines, between them a line break. Empty when nothing is.
     [[nodiscard]] const QString &block() const { return m_block; }
+
+    /// How many phrases have been shown to their end since it was asked last.
+    qsizetype takeShown();
 
     /// How long what waits takes to be read at the usual pace.
     [[nodiscard]] std::int64_t backlogMs() const;
@@ -46,6 +51,8 @@ private:
     [[nodiscard]] std::int64_t readMs(std::int32_t columns) const;
 
     QString m_waiting;
+    std::deque<qsizetype> m_ends; ///< of the phrases in what waits
+    qsizetype m_shown = 0; ///< see `takeShown`
     QString m_block;
     std::int64_t m_shownMs = 0; ///< when the block came
     std::int64_t m_busyMs = 0; ///< when more than a little waited last

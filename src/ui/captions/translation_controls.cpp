@@ -1,6 +1,7 @@
 #include "ui/captions/translation_controls.h"
 
 #include "base/i18n.h"
+#include "translation/pipeline/delay_text.h"
 #include "translation/pipeline/heard_line.h"
 #include "ui/kit/key_field.h"
 
@@ -70,12 +71,22 @@ void TranslationControls::connectDesk(const ErrorGuard &guard)
     connect(desk, &TranslationDesk::captionNoted, this, [this](const Message &text) {
         m_tab.showCaptionNotice(nimbara_i18n::tr(text));
     });
+    connect(desk, &TranslationDesk::delayed, this, &TranslationControls::showDelay);
     connect(desk, &TranslationDesk::heard, this, [this](const Message &text) {
         m_tab.showHeard(nimbara_i18n::tr(heard::label(nimbara_i18n::tr(text))));
     });
     connect(desk, &TranslationDesk::failed, this, [&guard](const Message &reason) {
         guard.tell(reason);
     });
+}
+
+void TranslationControls::showDelay()
+{
+    const DelayMeter::Figures figures = m_desk.delayFigures();
+    m_tab.showDelay(nimbara_i18n::tr(delay_text::summary(figures)),
+        nimbara_i18n::tr(delay_text::stages(figures)),
+        figures.grows);
+    m_tab.delayCurve()->setPoints(m_desk.delayCurve());
 }
 
 void TranslationControls::show()

@@ -20,6 +20,7 @@ private:
     void connectTab();
     void connectDesk(const ErrorGuard &guard);
     void show();
+    void showDelay();
 
     TranslationDesk &m_desk;
     TranslationTab &m_tab;

@@ -55,6 +55,8 @@ TranslationTab::TranslationTab(QWidget *parent)
           "Cómo se separan las frases en pantalla (cada pausa es una frase)"))
     , m_status(named(makeNote("IA pausada · frases de 1,5 a 5 s + tiempo de API"), "aiStatus"))
     , m_road(named(new QLabel, "voiceRoad"))
+    , m_delay(named(new QLabel, "captionDelay"))
+    , m_delayCurve(named(new DelayCurve, "delayCurve"))
     , m_captionNotice(named(new QLabel, "captionNotice"))
     , m_heard(named(makeNote("Escuchado (texto original que reconoce la IA): "), "heard"))
     , m_bible(new BibleGroup)
@@ -76,6 +78,7 @@ TranslationTab::TranslationTab(QWidget *parent)
     showRunning(true);
     m_start->setMinimumWidth(std::max(narrow, m_start->sizeHint().width()));
     showRunning(false);
+    showDelay({}, {}, false);
     connectControls();
 }
 
@@ -103,7 +106,11 @@ void TranslationTab::addRows(QGridLayout &grid)
     told->addWidget(m_status, 1);
     told->addWidget(m_captionNotice);
     grid.addLayout(told, 4, 0, 1, 4);
-    grid.addWidget(m_heard, 5, 0, 1, 4);
+    auto *heard = new QHBoxLayout;
+    heard->addWidget(m_heard, 1);
+    heard->addWidget(m_delay);
+    heard->addWidget(m_delayCurve);
+    grid.addLayout(heard, 5, 0, 1, 4);
     grid.addWidget(
         makeNote("Al iniciar aceptas enviar la entrada seleccionada a OpenAI. Tiene costo de API.\n"
                  "La voz es sintética; no se reproduce en altavoces. Música y ruido afectan la "
@@ -178,6 +185,17 @@ void TranslationTab::showSettings(const Settings &settings)
         m_target->setCurrentText(settings.target);
     }
     m_separator->setCurrentIndex(settings.separator);
+}
+
+void TranslationTab::showDelay(const QString &summary, const QString &stages, bool grows)
+{
+    m_delay->setText(summary);
+    m_delay->setToolTip(stages);
+    m_delayCurve->setVisible(!summary.isEmpty());
+    const QString style = grows ? QStringLiteral("color: #ffb300; font-weight: bold") : QString();
+    if (m_delay->styleSheet() != style) {
+        m_delay->setStyleSheet(style);
+    }
 }
 
 void TranslationTab::showRunning(bool running)

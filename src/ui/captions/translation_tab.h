@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/captions/bible_group.h"
+#include "ui/captions/delay_curve.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -41,6 +42,9 @@ public:
     void showStatus(const QString &text) { m_status->setText(text); }
     void showCaptionNotice(const QString &text) { m_captionNotice->setText(text); }
     void showRoad(const QString &text) { m_road->setText(text); }
+    /// How late the captions are: empty when nothing is known; `grows` makes it amber.
+    void showDelay(const QString &summary, const QString &stages, bool grows);
+    [[nodiscard]] DelayCurve *delayCurve() const { return m_delayCurve; }
     void showHeard(const QString &text) { m_heard->setText(text); }
 
     [[nodiscard]] BibleGroup *bible() const { return m_bible; }
@@ -82,6 +86,8 @@ private:
     QComboBox *m_separator;
     QLabel *m_status;
     QLabel *m_road; ///< the way that the voice takes; empty when it takes none
+    QLabel *m_delay;
+    DelayCurve *m_delayCurve;
     QLabel *m_captionNotice;
     QLabel *m_heard;
     BibleGroup *m_bible;

@@ -201,8 +201,8 @@ private Q_SLOTS:
             turn(u"frase %1"_s.arg(i));
         }
         const auto requests = await(responses, 3);
-        m_engine->caption = [this](const QString &text) {
-            m_captions.append(text);
+        m_engine->caption = [this](const Caption &caption) {
+            m_captions.append(caption.text);
             m_engine->stopEngine();
         };
         for (std::size_t i = 3; i > 0; --i) {
@@ -240,7 +240,10 @@ private Q_SLOTS:
             const RowName named(live ? "live" : "phrases");
             restart();
             PhraseTimes times;
-            m_engine->timed = [&](const PhraseTimes &each) { times = each; };
+            m_engine->caption = [&](const Caption &caption) {
+                times = caption.times;
+                m_captions.append(caption.text);
+            };
             live ? startLive() : start();
             hear(signal({ { 1300, 0.2 } }));
             const int silence = live ? 450 : 700;
@@ -262,6 +265,24 @@ private Q_SLOTS:
             QCOMPARE(times.asked - times.transcribed, 0);
             QCOMPARE(times.translated - times.asked, 400);
         }
+    }
+
+    /// Both services are told of the terms, and what they say is held to them.
+    void keepsToTheGlossary()
+    {
+        restart();
+        m_engine->setTerms({ { u"Halvenmoor"_s, {}, {} },
+            { u"Santa Cena"_s, u"the Lord's Supper"_s, u"English"_s } });
+        start();
+        speak();
+        const QJsonObject upload = await(transcriptions, 1).at(0);
+        QVERIFY(QJsonDocument(upload).toJson().contains("Halvenmoor, Santa Cena."));
+        transcribe(upload, u"Santa Cena en Halven Moor"_s);
+        const QJsonObject asked = await(responses, 1).at(0);
+        QCOMPARE(inputOf(asked), u"New text: Santa Cena en Halvenmoor"_s);
+        QVERIFY(field(asked, "body").contains(u"Santa Cena → the Lord's Supper"));
+        translate(asked, u"Santa Cena at Halvenmoor"_s);
+        QTRY_COMPARE(m_captions, QStringList { u"The Lord's Supper at Halvenmoor"_s });
     }
 
     void speaksCaptions()

@@ -77,6 +77,22 @@ private Q_SLOTS:
         }
     }
 
+    void tellsWhichPhrasesAreShown()
+    {
+        Reading reading;
+        const auto shown = [&](std::int64_t nowMs) {
+            reading.advance(nowMs);
+            const Reading::Shown told = reading.takeShown();
+            return std::pair(told.begun, told.ended);
+        };
+        QVERIFY(reading.add(u"Gracia y paz a todos ustedes, mis queridos hermanos."_s));
+        QVERIFY(!reading.add(u"[Música]"_s));
+        QVERIFY(reading.add(u"que el Señor guarde a cada familia de esta ciudad."_s));
+        QCOMPARE(shown(0), (std::pair<qsizetype, qsizetype>(1, 1)));
+        QCOMPARE(shown(10), (std::pair<qsizetype, qsizetype>(0, 0)));
+        QCOMPARE(shown(5000), (std::pair<qsizetype, qsizetype>(1, 1)));
+    }
+
     void holdsTheRaisedPace()
     {
         Reading reading;

@@ -53,8 +53,14 @@ void TranslationDesk::connectEngine(AudioInput &input)
     connect(&input, &AudioInput::blockArrived, this, [this](const AudioBlock &block) {
         m_engine.processAudio(block);
     });
-    m_engine.timed = [this](const PhraseTimes &times) { m_unshown.push_back(times); };
-    m_engine.caption = [this](const QString &text) { addCaption(text); };
+    m_engine.caption = [this](const Caption &caption) { addCaption(caption); };
+    m_engine.understood
+        = [this](const QString &text, bool isGrowing) { Q_EMIT understood(text, isGrowing); };
+    connect(&m_stage.document, &Document::changed, this, [this](const Change &change) {
+        if (change.terms) {
+            m_engine.setTerms(m_stage.document.project().terms);
+        }
+    });
     m_engine.heard = [this](const Message &text) { tellHeard(text); };
     m_engine.voiceAudio = [this](const QByteArray &pcm) { queueVoice(m_sound.voice(), pcm); };
     m_engine.statusChanged = [this](const Message &message) { tell(message); };
@@ -132,11 +138,16 @@ void TranslationDesk::begin(const QString &key)
 {
     setWaiting(false);
     run([&] {
-        const QString target = m_target.isEmpty() ? languages::defaultTarget() : m_target;
         m_delays.clear();
-        m_engine.start(key, target, m_voice, m_source);
+        m_engine.start(key, targetName(), m_voice, m_source);
+        Q_EMIT began();
         Q_EMIT changed();
     });
+}
+
+QString TranslationDesk::targetName() const
+{
+    return m_target.isEmpty() ? languages::defaultTarget() : m_target;
 }
 
 void TranslationDesk::setWaiting(bool waiting)
@@ -250,7 +261,7 @@ void TranslationDesk::setSeparator(CaptionSeparator separator)
 {
     m_captions.setSeparator(separator);
     m_reading.clear();
-    m_unshown.clear();
+    forgetUnshown();
     m_settings.setValue(separatorSetting, static_cast<int>(separator));
     showCaptions();
     Q_EMIT changed();
@@ -266,7 +277,7 @@ void TranslationDesk::clearCaptions()
 {
     m_captions.clear();
     m_reading.clear();
-    m_unshown.clear();
+    forgetUnshown();
     showCaptions();
 }
 
@@ -284,14 +295,18 @@ void TranslationDesk::advanceCaptions()
 /// The pictures that are made now show what has been added since the last ones.
 void TranslationDesk::measureShown()
 {
-    const qsizetype waiting = static_cast<qsizetype>(m_unshown.size());
-    const qsizetype shown = isReading() ? std::min(m_reading.takeShown(), waiting) : waiting;
+    const auto waiting = static_cast<qsizetype>(m_unshown.size());
+    const Reading::Shown read = m_reading.takeShown();
+    showBegun(isReading() ? read.begun : waiting - m_begun);
+    const qsizetype shown = isReading() ? std::min(read.ended, waiting) : waiting;
     for (qsizetype i = 0; i < shown; ++i) {
-        m_unshown.front().shown = m_clock.wallMs();
+        PhraseTimes &times = m_unshown.front().times;
+        times.shown = m_clock.wallMs();
         if (captionsShown()) {
-            m_delays.add(m_unshown.front());
+            m_delays.add(times);
         }
         m_unshown.pop_front();
+        m_begun = std::max<qsizetype>(m_begun - 1, 0);
     }
     const std::int64_t now = m_clock.monotonicUs() / 1000;
     if (running() && (shown > 0 || now - m_delayedMs >= 1000)) {
@@ -300,11 +315,28 @@ void TranslationDesk::measureShown()
     }
 }
 
+/// Some of so many more captions is shown.
+void TranslationDesk::showBegun(qsizetype count)
+{
+    const auto waiting = static_cast<qsizetype>(m_unshown.size());
+    for (; count > 0 && m_begun < waiting; --count) {
+        Q_EMIT captionShown(m_unshown.at(static_cast<std::size_t>(m_begun++)));
+    }
+}
+
+void TranslationDesk::forgetUnshown()
+{
+    m_unshown.clear();
+    m_begun = 0;
+    Q_EMIT blockShown({});
+}
+
 void TranslationDesk::advanceReading()
 {
     const bool wasHurried = m_reading.isHurried();
     if (m_reading.advance(m_clock.monotonicUs() / 1000)) {
         showCaptions();
+        Q_EMIT blockShown(m_reading.block());
     }
     if (m_reading.isHurried() != wasHurried) {
         // Beside the delay of the captions: the status keeps what is told of the run.
@@ -315,17 +347,18 @@ void TranslationDesk::advanceReading()
     }
 }
 
-void TranslationDesk::addCaption(const QString &text)
+void TranslationDesk::addCaption(const Caption &caption)
 {
-    m_captions.addCaption(text, m_clock.wallMs());
-    if (isReading()) {
-        if (!m_reading.add(text) && !m_unshown.empty()) {
-            m_unshown.pop_back();
-        }
-        advanceReading();
-    } else {
+    m_captions.addCaption(caption.text, m_clock.wallMs());
+    if (!isReading()) {
+        m_unshown.push_back(caption);
         showCaptions();
+        return;
     }
+    if (m_reading.add(caption.text)) {
+        m_unshown.push_back(caption);
+    }
+    advanceReading();
 }
 
 void TranslationDesk::showCaptions()

@@ -41,7 +41,11 @@ void Translation::connectLive()
     m_live.status = [this](const Message &message) { statusChanged(message); };
     m_live.partial = [this](const QString &text) {
         if (running()) {
-            heard(Message::verbatim(QStringLiteral("… ") + text));
+            const std::int32_t generation = requestGeneration();
+            understood(text, true);
+            if (isCurrent(generation)) {
+                heard(Message::verbatim(QStringLiteral("… ") + text));
+            }
         }
     };
     m_live.turn = [this](const QString &text, const PhraseEnd &end, bool atSeam) {
@@ -78,6 +82,7 @@ void Translation::start(const QString &key,
     stopEngine();
     m_target = target;
     m_source = source;
+    useTerms();
     m_voice = voice;
     m_startTime = m_clock.wallMs();
     m_api.open(trimmed);
@@ -88,9 +93,23 @@ void Translation::start(const QString &key,
     }
     m_api.probe(QStringLiteral("models/gpt-4.1-mini"), probeTimeout);
     if (!m_liveDisabled) {
-        m_live.start(trimmed, source, languages::livePrompt(source));
+        m_live.start(trimmed,
+            source,
+            languages::withTerms(languages::livePrompt(source), m_glossary.prompt()));
     }
     tellRoad();
+}
+
+void Translation::setTerms(const Terms &terms)
+{
+    m_terms = terms;
+    useTerms();
+}
+
+void Translation::useTerms()
+{
+    m_glossary = Glossary(m_terms, m_source, m_target);
+    m_live.setPrompt(languages::withTerms(languages::livePrompt(m_source), m_glossary.prompt()));
 }
 
 void Translation::stopEngine()
@@ -101,7 +120,7 @@ void Translation::stopEngine()
     m_line.clear();
     m_inFlight = 0;
     m_order.clear();
-    m_times.clear();
+    m_translated.clear();
     m_memory.clear();
     m_api.close();
     m_toldRoad = VoiceRoad::Stopped;
@@ -257,7 +276,7 @@ void Translation::upload(const PhraseRequest &request)
 {
     m_api.postForm(
         QStringLiteral("audio/transcriptions"),
-        api::transcriptionForm(m_source, request.wav),
+        api::transcriptionForm(m_source, request.wav, m_glossary.prompt()),
         textTimeout,
         QStringLiteral("Transcripcion"),
         [this, request](const QByteArray &body) {
@@ -272,12 +291,16 @@ void Translation::translate(PhraseRequest request)
 {
     const std::int32_t generation = requestGeneration();
     request.times.transcribed = m_clock.wallMs();
+    request.text = m_glossary.mended(request.text);
     const bool repeated = m_memory.isRepeated(request.text);
     const bool blank = request.text.trimmed().isEmpty();
     if (repeated) {
         heard("(repetido, descartado) " + Message::verbatim(request.text));
     } else if (!blank) {
-        heard(Message::verbatim(request.text));
+        understood(request.text, false);
+        if (isCurrent(generation)) {
+            heard(Message::verbatim(request.text));
+        }
     }
     if (!isCurrent(generation)) {
         return;
@@ -301,16 +324,22 @@ void Translation::askTranslation(PhraseRequest request)
     request.times.asked = m_clock.wallMs();
     m_api.postJson(
         QStringLiteral("responses"),
-        api::translationBody(m_target, request.context, request.text),
+        api::translationBody(m_target,
+            request.context,
+            request.text,
+            m_glossary.toldFor(request.text)),
         textTimeout,
         QStringLiteral("Traduccion"),
-        [this, sequence = request.sequence, times = request.times](const QByteArray &body) {
+        [this, request](const QByteArray &body) {
             m_line.setReached();
-            PhraseTimes &all = m_times[sequence] = times;
-            all.translated = m_clock.wallMs();
-            const QString translated = openai::outputText(body);
+            const QString translated = m_glossary.held(request.text, openai::outputText(body));
             m_memory.addTranslation(translated);
-            finish(sequence, translated);
+            if (m_order.isAwaited(request.sequence)) {
+                Caption &done = m_translated[request.sequence];
+                done = { {}, request.text, request.times };
+                done.times.translated = m_clock.wallMs();
+            }
+            finish(request.sequence, translated);
         },
         [this, request](int status) { handleFailure(request, status); });
 }
@@ -390,22 +419,26 @@ void Translation::releaseResults()
         statusChanged("Se omitió un segmento lento para no detener la pantalla.");
     }
     while (isCurrent(generation)) {
-        const auto times = m_times.extract(m_order.awaited());
+        const std::int32_t sequence = m_order.awaited();
         const auto phrase = m_order.next();
         if (!phrase) {
             return;
         }
-        if (!phrase->text.isEmpty()) {
-            show(*phrase, times.empty() ? PhraseTimes {} : times.mapped());
+        const auto translated = m_translated.extract(sequence);
+        if (!phrase->text.isEmpty() && translated) {
+            show(*phrase, translated.mapped());
         }
     }
 }
 
-void Translation::show(const PhraseOrder::Released &phrase, const PhraseTimes &times)
+void Translation::show(const PhraseOrder::Released &phrase, Caption shown)
 {
     const std::int32_t generation = requestGeneration();
-    timed(times);
-    caption(phrase.text);
+    shown.text = finalText(shown.original, phrase.text).trimmed();
+    if (shown.text.isEmpty() || !isCurrent(generation)) {
+        return;
+    }
+    caption(shown);
     if (!isCurrent(generation)) {
         return;
     }
@@ -415,7 +448,7 @@ void Translation::show(const PhraseOrder::Released &phrase, const PhraseTimes &t
     captionNotice("Subtítulo actualizado · " + Message::verbatim(QString::number(delay, 'f', 1))
         + " s después de la frase");
     if (m_voice && isCurrent(generation)) {
-        speak(phrase.text);
+        speak(shown.text);
     }
 }
 

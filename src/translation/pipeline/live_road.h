@@ -41,6 +41,9 @@ public:
     /// Ends every session and opens one. See `LiveTranscriber::start`.
     void start(const QString &apiKey, const QString &language, const QString &prompt);
 
+    /// For the sessions that are opened from now on.
+    void setPrompt(const QString &prompt) { m_prompt = prompt; }
+
     /// Ends every session without a callback and forgets the key.
     void stop();
 

@@ -13,13 +13,33 @@ bool Reading::add(const QString &phrase)
     }
     const bool blank = !m_waiting.isEmpty() && reading::takesBlank(m_waiting);
     m_waiting += blank ? QLatin1Char(' ') + text : text;
+    m_begins.push_back(m_waiting.size() - text.size());
     m_ends.push_back(m_waiting.size());
     return true;
 }
 
-qsizetype Reading::takeShown()
+Reading::Shown Reading::takeShown()
 {
-    return std::exchange(m_shown, 0);
+    return std::exchange(m_shown, {});
+}
+
+/// So many letters of what waited are shown.
+void Reading::count(qsizetype taken)
+{
+    for (std::deque<qsizetype> *places : { &m_begins, &m_ends }) {
+        for (qsizetype &place : *places) {
+            place -= taken;
+        }
+    }
+    while (!m_begins.empty() && m_begins.front() < 0) {
+        m_begins.pop_front();
+        ++m_shown.begun;
+    }
+    // A blank may have gone with the block.
+    while (!m_ends.empty() && m_ends.front() <= 0) {
+        m_ends.pop_front();
+        ++m_shown.ended;
+    }
 }
 
 std::int64_t Reading::backlogMs() const
@@ -61,14 +81,7 @@ bool Reading::step(std::int64_t nowMs)
     m_block = cut.lines.join(QLatin1Char('\n'));
     const qsizetype taken = m_waiting.size() - cut.rest.size();
     m_waiting = cut.rest;
-    for (qsizetype &end : m_ends) {
-        end -= taken;
-    }
-    // A blank may have gone with the block.
-    while (!m_ends.empty() && m_ends.front() <= 0) {
-        m_ends.pop_front();
-        ++m_shown;
-    }
+    count(taken);
     m_shownMs = nowMs;
     return true;
 }

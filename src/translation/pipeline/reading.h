@@ -34,8 +34,12 @@ public:
     /// What is to be read now: at most two lines, between them a line break. Empty when nothing is.
     [[nodiscard]] const QString &block() const { return m_block; }
 
-    /// How many phrases have been shown to their end since it was asked last.
-    qsizetype takeShown();
+    /// How many phrases have been shown since it was asked last: their first word, their last.
+    struct Shown {
+        qsizetype begun = 0;
+        qsizetype ended = 0;
+    };
+    Shown takeShown();
 
     /// How long what waits takes to be read at the usual pace.
     [[nodiscard]] std::int64_t backlogMs() const;
@@ -48,11 +52,13 @@ public:
 
 private:
     bool step(std::int64_t nowMs);
+    void count(qsizetype taken);
     [[nodiscard]] std::int64_t readMs(std::int32_t columns) const;
 
     QString m_waiting;
-    std::deque<qsizetype> m_ends; ///< of the phrases in what waits
-    qsizetype m_shown = 0; ///< see `takeShown`
+    std::deque<qsizetype> m_begins; ///< of the phrases in what waits
+    std::deque<qsizetype> m_ends;
+    Shown m_shown; ///< see `takeShown`
     QString m_block;
     std::int64_t m_shownMs = 0; ///< when the block came
     std::int64_t m_busyMs = 0; ///< when more than a little waited last

@@ -16,6 +16,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Retraso de los últimos 5 minutos", "Delay of the last 5 minutes" },
     TextPair { "Retraso de la traducción: mediana %1 s, 9 de cada 10 en %2 s, %3 frases.",
         "Delay of the translation: median %1 s, 9 in 10 within %2 s, %3 phrases." },
+    TextPair { "No se pueden escribir los archivos de la traducción en %1",
+        "The files of the translation cannot be written in %1" },
     TextPair { "Lectura", "Easy reading" },
     TextPair { "Lectura con retraso: sube a 20 caracteres por segundo.",
         "Reading is behind: up to 20 characters per second." },

@@ -76,7 +76,9 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
             services.apiBible,
             std::move(services.keychain),
             services.dataFolder,
-            services.cacheFolder })
+            services.cacheFolder,
+            DiskWatch::lookAtDisk,
+            services.captionFolder })
     , m_settings(m_studio.settings())
     , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
     , m_guard(*m_dialogs, [this](const Message &text) { showStatus(text); })

@@ -72,6 +72,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_bibles({ m_verses, m_translation, m_secrets, m_settings })
     , m_verseSteps({ m_stage, m_program, m_verses, m_bibles })
     , m_verseFinder(m_bibles, peers.cacheFolder)
+    , m_spokenVerses(clock, { m_stage, m_program, m_verses, m_bibles, m_translation, m_settings })
     , m_captionFiles(clock, peers.captionFolder)
     , m_schedule(clock.monotonicUs())
 {
@@ -99,6 +100,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_recordings, &RecordingDesk::alarmed, this, &Studio::alarm);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
     connect(&m_verseSteps, &VerseSteps::said, this, &Studio::status);
+    connect(&m_spokenVerses, &SpokenVerses::said, this, &Studio::status);
     connectCaptions();
 }
 

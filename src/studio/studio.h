@@ -20,6 +20,7 @@
 #include "studio/projects/work_safety.h"
 #include "studio/services/bible_desk.h"
 #include "studio/services/caption_files.h"
+#include "studio/services/spoken_verses.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
 #include "studio/services/verse_finder.h"
@@ -87,6 +88,7 @@ public:
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
     [[nodiscard]] VerseFinder &verseFinder() { return m_verseFinder; }
     [[nodiscard]] VerseSteps &verseSteps() { return m_verseSteps; }
+    [[nodiscard]] SpokenVerses &spokenVerses() { return m_spokenVerses; }
     [[nodiscard]] WorkSafety &safety() { return m_safety; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
     /// What the operator must not miss.
@@ -160,6 +162,7 @@ private:
     BibleDesk m_bibles;
     VerseSteps m_verseSteps;
     VerseFinder m_verseFinder;
+    SpokenVerses m_spokenVerses;
     CaptionFiles m_captionFiles;
     Notices m_notices;
     WakeLock m_wakeLock;

@@ -30,6 +30,7 @@ public:
         bool live = true;
         bool subtitles = true;
         int separator = 1;
+        bool spokenOnAir = false;
     };
     /// Shows the settings without the signals of their controls.
     void showSettings(const Settings &settings);
@@ -63,6 +64,8 @@ Q_SIGNALS:
     void separatorChosen(int entry);
     void showSubtitlesChanged(bool on);
     void clearPressed();
+    void glossaryPressed();
+    void spokenOnAirChanged(bool on);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -84,6 +87,8 @@ private:
     QCheckBox *m_showSubtitles;
     QPushButton *m_clear;
     QComboBox *m_separator;
+    QPushButton *m_glossary;
+    QCheckBox *m_spokenOnAir;
     QLabel *m_status;
     QLabel *m_road; ///< the way that the voice takes; empty when it takes none
     QLabel *m_delay;

@@ -51,6 +51,8 @@ int runStudio(nimbara::StudioApplication &application, nimbara::EndGuard &guard)
     services.cacheFolder = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
     nimbara::askForTickPriority();
     services.remembersDesk = true;
+    services.captionFolder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation)
+        + QStringLiteral("/Vesperline");
     nimbara::StudioWindow window(false, std::move(services));
     window.show();
     int exitCode = 1;

@@ -1,6 +1,7 @@
 #include "bible/spoken_references.h"
 
 #include "bible/books.h"
+#include "bible/canon.h"
 #include "bible/reader.h"
 #include "bible/spoken_books.h"
 
@@ -48,12 +49,13 @@ const Vocabulary &vocabularyOf(Language language)
         setOf("al a hasta"),
         setOf("y"),
         setOf("de del en"),
-        setOf("en a leamos leemos leer lee lean abramos abran vamos vayamos busquemos busquen"),
+        setOf("en leamos leemos leer lee lean abramos abran vamos vayamos busquemos busquen biblia "
+              "biblias llegamos lleguemos pasamos pasemos"),
         setOf("dice dicen nos leemos habla encontramos vemos donde pablo jesus el la"),
         setOf(
             "veces anos dias horas minutos semanas meses hijos hijas hermanos hermanas personas "
             "hombres mujeres mil millones cosas pesos dolares euros por familias puntos discipulos "
-            "panes peces amigos iglesias jovenes ninos de") };
+            "panes peces amigos iglesias jovenes ninos otros otras de") };
     static const Vocabulary english { setOf("chapter chapters"),
         setOf("verse verses"),
         setOf("verses"),
@@ -62,22 +64,23 @@ const Vocabulary &vocabularyOf(Language language)
         setOf("through thru to until till"),
         setOf("and"),
         setOf("of in from"),
-        setOf("in to read reading turn at open from"),
+        setOf("in read reading turn turning at open from bible bibles"),
         setOf("says tells we where paul jesus the he it reads and"),
         setOf("times years days hours minutes weeks months sons daughters brothers sisters people "
               "men "
               "women hundred thousand million things dollars percent families points disciples "
               "loaves "
-              "friends churches kids children boxes of") };
+              "friends churches kids children boxes other others of") };
     return language == Language::Spanish ? spanish : english;
 }
 
 class Finder {
 public:
-    Finder(const Words &words, Language language)
+    Finder(const Words &words, Language language, bool isGrowing)
         : m_words(words)
         , m_language(language)
         , m_vocabulary(vocabularyOf(language))
+        , m_isGrowing(isGrowing)
     {
     }
 
@@ -281,12 +284,25 @@ private:
     /// be anything: something must lead to them, and they must stand for themselves.
     [[nodiscard]] bool isChapterEnough(const BookName &book, qsizetype from, qsizetype end) const
     {
+        if (book.isPsalm && isPronoun(end - 1)) {
+            return end < m_words.size() && !m_words.at(end).sign.isNull();
+        }
         if (book.isPsalm) {
             return !isCounted(end);
         }
-        const bool closed
-            = end >= m_words.size() || m_words.at(end).text.isEmpty() || is(m_vocabulary.says, end);
+        const bool closed = end < m_words.size()
+            ? m_words.at(end).text.isEmpty() || is(m_vocabulary.says, end)
+            : !m_isGrowing;
         return closed && isLedTo(from);
+    }
+
+    /// "En los salmos uno descubre", "in the Psalms one finds".
+    [[nodiscard]] bool isPronoun(qsizetype at) const
+    {
+        const QString &book = m_words.at(at - 1).text;
+        return m_words.at(at).text
+            == (m_language == Language::Spanish ? QLatin1String("uno") : QLatin1String("one"))
+            && (book == QLatin1String("salmos") || book == QLatin1String("psalms"));
     }
 
     [[nodiscard]] bool isLedTo(qsizetype from) const
@@ -322,6 +338,10 @@ private:
             if (named < 0 && (book.isCommon || isCounted(chapter.end))) {
                 continue;
             }
+            if (named > 0 && is(m_vocabulary.of, chapter.end)
+                && bookBehind(m_words, chapter.end, m_language)) {
+                return std::nullopt; // the chapter is of that book
+            }
             const QList<Numbers> verses = versesBehind(QString::number(chapter.value), chapter.end);
             if (!verses.isEmpty()) {
                 readings += verses;
@@ -341,7 +361,7 @@ private:
     [[nodiscard]] QList<Numbers> versesOfOnlyChapter(const BookName &book) const
     {
         const qsizetype named = behindNamed(m_vocabulary.verse, book.end);
-        if (named < 0) {
+        if (named < 0 || canonChapters(book.book) != 1) {
             return {};
         }
         QList<Numbers> found
@@ -457,14 +477,15 @@ private:
     const Words &m_words;
     Language m_language;
     const Vocabulary &m_vocabulary;
+    bool m_isGrowing; ///< more words may follow
 };
 
 } // namespace
 
-QList<SpokenReference> findSpoken(const QString &transcript, Language language)
+QList<SpokenReference> findSpoken(const QString &transcript, Language language, bool isGrowing)
 {
     const Words words = wordsOf(transcript);
-    const Finder finder(words, language);
+    const Finder finder(words, language, isGrowing);
     QList<SpokenReference> found;
     for (qsizetype at = 0; at < words.size();) {
         const auto result = finder.referenceAt(at);

@@ -19,7 +19,9 @@ struct SpokenReference {
 /// "primera de Corintios trece, del cuatro al siete", "the third chapter of John, verse sixteen",
 /// "Psalm one nineteen". Numbers may be in words or digits. What the Bible does not have is none,
 /// and neither is a name with a number that may be anything: "tres Juanes", "mark two boxes". What
-/// a reference means is decided by `read`. Callable from any thread.
-QList<SpokenReference> findSpoken(const QString &transcript, spoken::Language language);
+/// a reference means is decided by `read`. While the transcript `isGrowing`, its end closes
+/// nothing: "en Marcos tres" may become "en Marcos tres cosas". Callable from any thread.
+QList<SpokenReference>
+findSpoken(const QString &transcript, spoken::Language language, bool isGrowing = false);
 
 } // namespace bible

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/term.h"
 #include "document/profile.h"
 #include "document/scene.h"
 
@@ -18,6 +19,8 @@ struct Project {
     static constexpr std::int32_t maxVideoKbits = 20'000;
     static constexpr std::int32_t usualVideoKbits = 6000;
     static constexpr qsizetype maxTitle = 500;
+    static constexpr qsizetype maxTerms = 1000;
+    static constexpr qsizetype maxTermLength = 200; ///< of each of its texts
 
     StreamProfile profile = StreamProfile::Landscape;
     SceneSets scenes; ///< neither set is empty after `fromJson` and in the document
@@ -26,6 +29,7 @@ struct Project {
     QString title; ///< the lower-third title; at most 500 characters after reading
     std::int32_t gain = 100; ///< input gain in percent, 0..200
     std::int32_t videoKbits = usualVideoKbits; ///< of streams and recordings, kbit/s
+    Terms terms; ///< the glossary; at most 1000 after reading
 
     /// With the very same scenes.
     bool operator==(const Project &) const = default;

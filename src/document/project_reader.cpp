@@ -223,13 +223,29 @@ std::size_t containersIn(const QByteArray &json)
     return count;
 }
 
-QString cutTitle(const QString &title)
+QString cutText(const QString &text, qsizetype length)
 {
-    QString cut = title.left(Project::maxTitle);
-    if (cut.size() < title.size() && cut.back().isHighSurrogate()) {
+    QString cut = text.left(length);
+    if (cut.size() < text.size() && cut.back().isHighSurrogate()) {
         cut.chop(1); // half a character is none
     }
     return cut;
+}
+
+Terms termsFrom(const QJsonArray &array)
+{
+    Terms terms;
+    for (const auto &entry : array) {
+        const Members members(entry);
+        const auto text = [&members](const char *key) {
+            return cutText(members.text(key), Project::maxTermLength);
+        };
+        if (const QString said = text("said");
+            !said.trimmed().isEmpty() && terms.size() < Project::maxTerms) {
+            terms.append({ said, text("shown"), text("language") });
+        }
+    }
+    return terms;
 }
 
 } // namespace
@@ -254,12 +270,13 @@ Project fromJson(const QByteArray &json, const QString &folder)
         = members.flag("vertical", false) ? StreamProfile::Portrait : StreamProfile::Landscape;
     readSets(project, members, *version, folder);
     project.band = members.flag("band", false);
-    project.title = cutTitle(members.text("title"));
+    project.title = cutText(members.text("title"), Project::maxTitle);
     project.gain = *gain;
     project.videoKbits = members.integer("videoKbits",
         Project::usualVideoKbits,
         Project::minVideoKbits,
         Project::maxVideoKbits);
+    project.terms = termsFrom(members.value("glossary").toArray());
     return project;
 }
 

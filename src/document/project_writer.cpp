@@ -96,6 +96,20 @@ QJsonArray sceneArray(const Scenes &scenes, const QString &folder)
     return array;
 }
 
+QJsonArray termArray(const Terms &terms)
+{
+    QJsonArray array;
+    for (const Term &term : terms) {
+        QJsonObject object { { QStringLiteral("said"), term.said },
+            { QStringLiteral("shown"), term.shown } };
+        if (!term.language.isEmpty()) {
+            object.insert(QStringLiteral("language"), term.language);
+        }
+        array.append(object);
+    }
+    return array;
+}
+
 } // namespace
 
 QByteArray toJson(const Project &project, const QString &folder)
@@ -115,6 +129,9 @@ QByteArray toJson(const Project &project, const QString &folder)
     };
     if (project.videoKbits != Project::usualVideoKbits) {
         object.insert(QStringLiteral("videoKbits"), project.videoKbits);
+    }
+    if (!project.terms.isEmpty()) {
+        object.insert(QStringLiteral("glossary"), termArray(project.terms));
     }
     return QJsonDocument(object).toJson(QJsonDocument::Indented);
 }

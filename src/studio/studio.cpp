@@ -4,11 +4,15 @@
 #include "secrets/keychain_store.h"
 #include "studio/outputs/closing.h"
 #include "studio/projects/profile_change.h"
+#include "translation/service/languages.h"
+
+#include <chrono>
 
 namespace nimbara {
 
 namespace {
 
+constexpr std::chrono::milliseconds captionPatience { 2000 }; ///< for the last captions
 const auto reconnectSetting = QStringLiteral("reconnect_streams");
 
 QString below(const QString &folder, const char *name)
@@ -68,6 +72,8 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_bibles({ m_verses, m_translation, m_secrets, m_settings })
     , m_verseSteps({ m_stage, m_program, m_verses, m_bibles })
     , m_verseFinder(m_bibles, peers.cacheFolder)
+    , m_spokenVerses(clock, { m_stage, m_program, m_verses, m_bibles, m_translation, m_settings })
+    , m_captionFiles(clock, peers.captionFolder)
     , m_schedule(clock.monotonicUs())
 {
     QObject::connect(&m_stage.document, &Document::changed, &m_stage.document, [this] {
@@ -94,6 +100,47 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_recordings, &RecordingDesk::alarmed, this, &Studio::alarm);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
     connect(&m_verseSteps, &VerseSteps::said, this, &Studio::status);
+    connect(&m_spokenVerses, &SpokenVerses::said, this, &Studio::status);
+    connectCaptions();
+}
+
+void Studio::connectCaptions()
+{
+    const TranslationDesk *desk = &m_translation;
+    connect(desk, &TranslationDesk::began, this, [this] {
+        const QString target = m_translation.targetName();
+        const QString source = m_translation.source();
+        const auto original = QStringLiteral("original");
+        m_captionFiles.begin({ source.isEmpty() ? original : source,
+                                 source == QLatin1String("es")       ? QStringLiteral("Spanish")
+                                     : source == QLatin1String("en") ? QStringLiteral("English")
+                                                                     : original },
+            { languages::codeOf(target), target });
+    });
+    connect(desk, &TranslationDesk::captionShown, this, [this](const Caption &caption) {
+        const bool isBlock = m_translation.separator() != CaptionSeparator::Reading;
+        m_captionFiles.addPhrase(caption.original, caption.text, isBlock);
+    });
+    connect(desk, &TranslationDesk::blockShown, this, [this](const QString &block) {
+        if (block.isEmpty()) {
+            m_captionFiles.end();
+        } else {
+            m_captionFiles.showBlock(block);
+        }
+    });
+    connect(&m_captionFiles, &CaptionFiles::failed, this, &Studio::alarm);
+}
+
+/// Captions are written on the clock of the recording that runs.
+void Studio::advanceCaptions()
+{
+    const Recording &recording = m_outputs.recording();
+    const bool isRecording = recording.state() == RecordingState::recording;
+    const std::optional<std::int64_t> position = recording.position();
+    m_captionFiles.follow(isRecording ? m_recordings.path() : QString(),
+        position ? std::optional(*position / 1'000'000) : std::nullopt);
+    m_translation.advanceCaptions();
+    m_captionFiles.poll();
 }
 
 Studio::~Studio() = default;
@@ -107,7 +154,7 @@ void Studio::tick()
         return;
     }
     m_sources.logFirstFrame();
-    m_translation.advanceCaptions();
+    advanceCaptions();
     const Pictures pictures = composePictures(now);
     Q_EMIT picturesMade(pictures);
     feedOutputs(pictures.streams, *frameTime);
@@ -161,6 +208,7 @@ std::optional<Message> Studio::shutDown()
 {
     m_streams.callOffStarts();
     m_translation.shutDown();
+    m_captionFiles.finish(captionPatience);
     auto told = finishOutputs(m_outputs.recording(), m_streams);
     m_recordings.ended(!told && !m_outputs.recording().exists());
     return told;

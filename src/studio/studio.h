@@ -19,6 +19,8 @@
 #include "studio/projects/project_desk.h"
 #include "studio/projects/work_safety.h"
 #include "studio/services/bible_desk.h"
+#include "studio/services/caption_files.h"
+#include "studio/services/spoken_verses.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
 #include "studio/services/verse_finder.h"
@@ -45,6 +47,7 @@ struct StudioPeers {
     QString dataFolder {}; ///< of recovery copies, backups, recordings; empty: none are kept
     QString cacheFolder {}; ///< of what can be made anew; empty: it is, with each run
     DiskWatch::Look disk = DiskWatch::lookAtDisk; ///< of the recording
+    QString captionFolder {}; ///< of captions without a recording; empty: none are kept
 };
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick
@@ -85,6 +88,7 @@ public:
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
     [[nodiscard]] VerseFinder &verseFinder() { return m_verseFinder; }
     [[nodiscard]] VerseSteps &verseSteps() { return m_verseSteps; }
+    [[nodiscard]] SpokenVerses &spokenVerses() { return m_spokenVerses; }
     [[nodiscard]] WorkSafety &safety() { return m_safety; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }
     /// What the operator must not miss.
@@ -122,6 +126,8 @@ Q_SIGNALS:
 
 private:
     void readInputs();
+    void connectCaptions();
+    void advanceCaptions();
     [[nodiscard]] Pictures composePictures(std::int64_t now);
     void feedOutputs(const QImage &streams, std::int64_t frameTime);
     [[nodiscard]] const FramePtr &frameOf(const QImage &picture);
@@ -156,6 +162,8 @@ private:
     BibleDesk m_bibles;
     VerseSteps m_verseSteps;
     VerseFinder m_verseFinder;
+    SpokenVerses m_spokenVerses;
+    CaptionFiles m_captionFiles;
     Notices m_notices;
     WakeLock m_wakeLock;
     bool m_hallShown = false;

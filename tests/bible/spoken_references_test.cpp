@@ -15,10 +15,10 @@ QString contents(const QString &name)
 }
 
 /// The references in what was said, as labels.
-QString found(const QString &said, Language language)
+QString found(const QString &said, Language language, bool isGrowing = false)
 {
     QStringList labels;
-    for (const auto &each : bible::findSpoken(said, language)) {
+    for (const auto &each : bible::findSpoken(said, language, isGrowing)) {
         labels.append(
             bible::label(each.passage, language == Language::Spanish ? u"es"_s : u"en"_s));
     }
@@ -43,7 +43,7 @@ private Q_SLOTS:
             for (const QString &line :
                 contents(u"spoken_%1.tsv"_s.arg(code)).split(u'\n', Qt::SkipEmptyParts)) {
                 const QString said = line.section(u'\t', 0, 0);
-                // As a recogniser writes it, in its sentence and in lower case.
+                // As a recogniser writes it, alone and in a sentence.
                 const QString lead = code == u"es" ? u"Vamos a leer en "_s : u"We read in "_s;
                 for (const QString &form : { said, lead + said + u'.' }) {
                     const QString got = found(form, language);
@@ -80,6 +80,19 @@ private Q_SLOTS:
             { Language::English, u"John chapter three verse fifty"_s, {} },
             { Language::English, u"Psalm one fifty one"_s, {} },
             { Language::English, u"Second Corinthians fourteen one"_s, {} },
+            // Names of people, and numbers of other things.
+            { Language::Spanish, u"Como dice Juan en el versículo dieciséis"_s, {} },
+            { Language::English, u"What John, in verse sixteen, is saying"_s, {} },
+            { Language::Spanish, u"En los salmos uno descubre quién es Dios"_s, {} },
+            { Language::English, u"In the Psalms one finds comfort"_s, {} },
+            { Language::English, u"In the Psalms one reads of joy"_s, {} },
+            { Language::Spanish, u"Le di a Marcos tres, a Lucas dos y a Juan uno."_s, {} },
+            { Language::English, u"I gave to Mark two, to Luke one."_s, {} },
+            { Language::English, u"Ruth two, four others"_s, {} },
+            { Language::Spanish, u"Pedro y Juan, en el capítulo tres de Hechos"_s, u"Hechos 3"_s },
+            { Language::English, u"Peter and John, in chapter three of Acts"_s, u"Acts 3"_s },
+            { Language::Spanish, u"Vamos a Juan tres."_s, u"Juan 3"_s },
+            { Language::English, u"Turn to John three."_s, u"John 3"_s },
             // Several, and their places.
             { Language::Spanish,
                 u"Juan tres dieciséis, y también Romanos ocho uno."_s,
@@ -96,12 +109,14 @@ private Q_SLOTS:
     /// While the reference is still being said, nothing that it does not say is offered.
     void growsWithThePartialText()
     {
+        QVERIFY(found(u"Leemos en Marcos tres"_s, Language::Spanish, true).isEmpty());
+        QCOMPARE(found(u"Leemos en Marcos tres"_s, Language::Spanish), u"Marcos 3"_s);
         const QStringList words
             = u"vamos a leer en primera de Corintios capítulo trece versículos cuatro al siete"_s
                   .split(u' ');
         QStringList steps;
         for (qsizetype count = 1; count <= words.size(); ++count) {
-            const QString step = found(words.mid(0, count).join(u' '), Language::Spanish);
+            const QString step = found(words.mid(0, count).join(u' '), Language::Spanish, true);
             if (steps.isEmpty() || steps.last() != step) {
                 steps.append(step);
             }

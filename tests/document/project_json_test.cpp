@@ -23,6 +23,8 @@ Project fullProject()
     project.title = QString::fromUtf8("Culto de «Pascua» \U0001F54A\n\"2\"");
     project.gain = 137;
     project.videoKbits = 4500;
+    project.terms = { { u"Halvenmoor"_s, {}, {} },
+        { u"Santa Cena"_s, u"the Lord's Supper"_s, u"English"_s } };
     std::array<Layer, 8> layers;
     for (int kind = 0; kind < 8; ++kind) {
         Layer &layer = layers.at(static_cast<std::size_t>(kind))
@@ -135,11 +137,12 @@ private Q_SLOTS:
         const Project read = fromJson(json);
         QVERIFY(contents(read.streams()) == contents(project.streams()));
         QVERIFY(contents(read.hall()) == contents(project.hall()));
+        QCOMPARE(read.terms, project.terms);
         QCOMPARE(toJson(read), json); // and with it the rest
         QVERIFY(read.streams()[1]->layers[0].id != read.streams()[1]->layers[1].id);
         QVERIFY(json.contains("\n    "));
         QCOMPARE(QJsonDocument::fromJson(json).object().keys().join(u' '),
-            u"band current currentHall gain hall scenes title version vertical videoKbits"_s);
+            u"band current currentHall gain glossary hall scenes title version vertical videoKbits"_s);
     }
 
     void writesTheKeysOfEachKind()

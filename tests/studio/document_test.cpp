@@ -146,6 +146,28 @@ private Q_SLOTS:
         QVERIFY(document.redoName().isEmpty());
     }
 
+    void theGlossaryIsAStepOfUndo()
+    {
+        Document document(m_clock);
+        const Terms terms { { u"Santa Cena"_s, u"the Lord's Supper"_s, u"English"_s } };
+        int told = 0;
+        connect(&document, &Document::changed, this, [&](const Change &change) {
+            told += change.terms ? 1 : 0;
+        });
+        document.setTerms(terms);
+        QVERIFY(document.hasUnsavedWork());
+        document.apply(RenameScene { document.currentScene()->id, u"x"_s });
+        document.undo();
+        QCOMPARE(document.project().terms, terms);
+        QCOMPARE(document.undoName(), u"Glosario"_s);
+        document.undo();
+        QVERIFY(document.project().terms.isEmpty() && !document.hasUnsavedWork());
+        document.redo();
+        QCOMPARE(document.project().terms, terms);
+        document.setTerms(terms); // nothing changed
+        QCOMPARE(told, 3);
+    }
+
     void previewGoesWhereTheChangeIs()
     {
         Document document(m_clock);

@@ -61,7 +61,7 @@ protected:
         m_engine = std::make_unique<Translation>(m_clock, m_peer.endpoint());
         m_engine->statusChanged
             = [this](const Message &text) { m_statuses.append(text.spanish()); };
-        m_engine->caption = [this](const QString &text) { m_captions.append(text); };
+        m_engine->caption = [this](const Caption &caption) { m_captions.append(caption.text); };
         m_engine->captionNotice = [this](const Message &text) { m_notices.append(text.spanish()); };
         m_engine->heard = [this](const Message &text) { m_heard.append(text.spanish()); };
         m_engine->voiceAudio = [this](const QByteArray &pcm) { m_voices.append(pcm); };

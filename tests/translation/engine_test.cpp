@@ -201,8 +201,8 @@ private Q_SLOTS:
             turn(u"frase %1"_s.arg(i));
         }
         const auto requests = await(responses, 3);
-        m_engine->caption = [this](const QString &text) {
-            m_captions.append(text);
+        m_engine->caption = [this](const Caption &caption) {
+            m_captions.append(caption.text);
             m_engine->stopEngine();
         };
         for (std::size_t i = 3; i > 0; --i) {
@@ -231,6 +231,58 @@ private Q_SLOTS:
         }
         QTRY_COMPARE(m_captions.size(), 3);
         QCOMPARE(await(transcriptions, 6).size(), std::size_t { 6 });
+    }
+
+    /// On both roads from the last voiced sample on, whatever is said meanwhile.
+    void timesEachStage()
+    {
+        for (const bool live : { false, true }) {
+            const RowName named(live ? "live" : "phrases");
+            restart();
+            PhraseTimes times;
+            m_engine->caption = [&](const Caption &caption) {
+                times = caption.times;
+                m_captions.append(caption.text);
+            };
+            live ? startLive() : start();
+            hear(signal({ { 1300, 0.2 } }));
+            const int silence = live ? 450 : 700;
+            m_clock.advanceUs(silence * 1000);
+            hear(signal({ { silence, 0 } }));
+            m_clock.advanceUs(300'000);
+            hear(signal({ { 500, 0.2 } }));
+            if (live) {
+                turn(u"uno"_s);
+            } else {
+                transcribe(await(transcriptions, 1).at(0), u"uno"_s);
+            }
+            const QJsonObject request = await(responses, 1).at(0);
+            m_clock.advanceUs(400'000);
+            translate(request, u"one"_s);
+            QTRY_COMPARE(m_captions.size(), 1);
+            QCOMPARE(times.heard - times.spoken, silence);
+            QCOMPARE(times.transcribed - times.heard, 300);
+            QCOMPARE(times.asked - times.transcribed, 0);
+            QCOMPARE(times.translated - times.asked, 400);
+        }
+    }
+
+    /// Both services are told of the terms, and what they say is held to them.
+    void keepsToTheGlossary()
+    {
+        restart();
+        m_engine->setTerms({ { u"Halvenmoor"_s, {}, {} },
+            { u"Santa Cena"_s, u"the Lord's Supper"_s, u"English"_s } });
+        start();
+        speak();
+        const QJsonObject upload = await(transcriptions, 1).at(0);
+        QVERIFY(QJsonDocument(upload).toJson().contains("Halvenmoor, Santa Cena."));
+        transcribe(upload, u"Santa Cena en Halven Moor"_s);
+        const QJsonObject asked = await(responses, 1).at(0);
+        QCOMPARE(inputOf(asked), u"New text: Santa Cena en Halvenmoor"_s);
+        QVERIFY(field(asked, "body").contains(u"Santa Cena → the Lord's Supper"));
+        translate(asked, u"Santa Cena at Halvenmoor"_s);
+        QTRY_COMPARE(m_captions, QStringList { u"The Lord's Supper at Halvenmoor"_s });
     }
 
     void speaksCaptions()

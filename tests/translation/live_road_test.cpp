@@ -170,7 +170,7 @@ private:
             = [this](const Message &text) { m_log.append(text.spanish().section(u'\r', 0, 0)); };
         m_road->partial = [this](const QString &text) { m_log.append(u"~"_s + text); };
         m_road->turn
-            = [this](const QString &text, std::int64_t, bool) { m_log.append(u"="_s + text); };
+            = [this](const QString &text, const PhraseEnd &, bool) { m_log.append(u"="_s + text); };
         m_road->lost = [this](const std::deque<AudioBlock> &owed) {
             std::size_t values = 0;
             for (const AudioBlock &block : owed) {

@@ -246,8 +246,8 @@ private:
         m_live = std::make_unique<LiveTranscriber>(m_clock, m_peer.endpoint());
         m_live->status = [this](const Message &text) { m_log.append(text.spanish()); };
         m_live->partial = [this](const QString &text) { m_log.append(u"~"_s + text); };
-        m_live->turn = [this](const QString &text, std::int64_t time) {
-            m_log.append(u"=%1 %2"_s.arg(text).arg(m_clock.wallMs() - time));
+        m_live->turn = [this](const QString &text, const PhraseEnd &end) {
+            m_log.append(u"=%1 %2"_s.arg(text).arg(m_clock.wallMs() - end.phraseTimeMs));
         };
         m_live->unavailable = [this](bool) { m_log.append(u"unavailable"_s); };
     }

@@ -63,10 +63,10 @@ private Q_SLOTS:
             }
             return sequences;
         };
-        QVERIFY(line.putBack({ 0, 0, {}, {}, {} }, 0, 0));
+        QVERIFY(line.putBack({ 0, {}, {}, {}, {} }, 0, 0));
         for (std::int32_t i = 1; i <= 50; ++i) {
             QVERIFY2(line.hasRoom(), "the newest always has");
-            line.add({ i, i * 1000, {}, {}, {} });
+            line.add({ i, { 0, i * 1000 }, {}, {}, {} });
         }
         QCOMPARE(useless(50'000), (QList { 0, 1, 2 })); // 48 may wait
         QCOMPARE(useless(95'000), (QList { 3, 4 }));

@@ -39,6 +39,8 @@ private Q_SLOTS:
                 u"The Lord is my shepherd, I shall/not want, and he makes me lie down|in green pastures"_s },
             { u"神は愛です。愛のうちにいる者は神のうちにおり、神もその人のうちにおられます。感謝します。"_s,
                 u"神は愛です。愛のうちにいる者は神のうち/におり、神もその人のうちにおられます。|感謝します。"_s },
+            { u"태초에 하나님이 천지를 창조하시니라 그 땅이 혼돈하고 공허하며"_s,
+                u"태초에 하나님이 천지를 창조하시니라/그 땅이 혼돈하고 공허하며"_s },
             { u"x"_s.repeated(80),
                 u"x"_s.repeated(37) + u'/' + u"x"_s.repeated(37) + u"|xxxxxx"_s },
         };
@@ -53,6 +55,57 @@ private Q_SLOTS:
             QCOMPARE(blocks.join(u'|'), expected);
         }
         QVERIFY(reading::takeBlock(u" \n"_s).lines.isEmpty());
+    }
+
+    void joinsPhrases()
+    {
+        const std::tuple<QString, QString, QString> rows[] {
+            { u"Gracia."_s, u"Paz."_s, u"Gracia. Paz."_s },
+            { u"यह है"_s, u"वह है"_s, u"यह है वह है"_s },
+            { u"اللهُ"_s, u"مَحَبَّةٌ"_s, u"اللهُ مَحَبَّةٌ"_s },
+            { u"하나님은"_s, u"사랑이시라"_s, u"하나님은 사랑이시라"_s },
+            { u"神は"_s, u"愛です。"_s, u"神は愛です。"_s },
+            { u"ゴスペル"_s, u"です、"_s, u"ゴスペルです、"_s },
+            { u"神爱世人。"_s, u"阿们！"_s, u"神爱世人。阿们！"_s },
+        };
+        for (const auto &[first, second, block] : rows) {
+            Reading reading;
+            reading.add(first);
+            reading.add(second);
+            reading.advance(0);
+            QCOMPARE(reading.block(), block);
+        }
+    }
+
+    void tellsWhichPhrasesAreShown()
+    {
+        Reading reading;
+        const auto shown = [&](std::int64_t nowMs) {
+            reading.advance(nowMs);
+            const Reading::Shown told = reading.takeShown();
+            return std::pair(told.begun, told.ended);
+        };
+        QVERIFY(reading.add(u"Gracia y paz a todos ustedes, mis queridos hermanos."_s));
+        QVERIFY(!reading.add(u"[Música]"_s));
+        QVERIFY(reading.add(u"que el Señor guarde a cada familia de esta ciudad."_s));
+        QCOMPARE(shown(0), (std::pair<qsizetype, qsizetype>(1, 1)));
+        QCOMPARE(shown(10), (std::pair<qsizetype, qsizetype>(0, 0)));
+        QCOMPARE(shown(5000), (std::pair<qsizetype, qsizetype>(1, 1)));
+    }
+
+    void holdsTheRaisedPace()
+    {
+        Reading reading;
+        reading.add(sermon.join(u' '));
+        std::int64_t now = 0;
+        for (; reading.backlogMs() > Reading::calmBelowMs; now += 100) {
+            reading.advance(now);
+        }
+        now -= 200; // more waited then
+        reading.advance(now + Reading::calmAfterMs - 1);
+        QVERIFY(reading.isHurried());
+        reading.advance(now + Reading::calmAfterMs);
+        QVERIFY(!reading.isHurried());
     }
 
     void showsOnlyWhatIsSpoken()

@@ -53,7 +53,7 @@ private Q_SLOTS:
 private:
     void connectEngine()
     {
-        m_engine.caption = [this](const QString &text) { m_heard += text.split(u' '); };
+        m_engine.caption = [this](const Caption &caption) { m_heard += caption.text.split(u' '); };
         m_engine.roadChanged = [this] { m_roads.append(m_engine.road()); };
         m_engine.statusChanged = [this](const Message &message) {
             if (message.spanish().contains(u"omit")) {

@@ -218,10 +218,10 @@ OutletFigures OutletInput::figures() const
     return figures;
 }
 
-bool OutletInput::hasBegun() const
+std::optional<std::uint64_t> OutletInput::base() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_base.has_value();
+    return m_base;
 }
 
 } // namespace nimbara

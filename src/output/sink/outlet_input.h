@@ -55,7 +55,9 @@ public:
     [[nodiscard]] OutletFigures figures() const;
 
     /// Its first key frame has come.
-    [[nodiscard]] bool hasBegun() const;
+    [[nodiscard]] bool hasBegun() const { return base().has_value(); }
+    /// When it came, and what the outlet calls 0: ns on the encoder's time line.
+    [[nodiscard]] std::optional<std::uint64_t> base() const;
 
 private:
     struct Input {

@@ -86,6 +86,14 @@ void Output::stamp(std::int64_t tNs)
     m_encoder->stamp(tNs);
 }
 
+std::optional<std::int64_t> Output::position() const
+{
+    const std::optional<std::uint64_t> base = m_input->base();
+    return base ? std::optional(
+               static_cast<std::int64_t>(m_encoder->nextTime()) - static_cast<std::int64_t>(*base))
+                : std::nullopt;
+}
+
 void Output::pushVideo(const FramePtr &frame)
 {
     if (takes() && frame->size() != size()) {

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace nimbara {
@@ -84,6 +85,10 @@ public:
     /// Ends the stream on both inputs, once; nothing more is pushed. The file is complete when
     /// `finished` turns true, which `pollOutput` finds.
     void finish();
+
+    /// Time in the stream or file of the picture that is pushed next, in ns; none before the first
+    /// one is in it.
+    [[nodiscard]] std::optional<std::int64_t> position() const;
 
     /// Since the start. Thread-safe.
     [[nodiscard]] OutletFigures figures() const { return m_input->figures(); }

@@ -81,6 +81,11 @@ public:
     [[nodiscard]] RecordingState state() const;
     /// An output exists: recording or finishing.
     [[nodiscard]] bool exists() const { return m_output || m_lastPart; }
+    /// See `Output::position`, of the present file; none when idle.
+    [[nodiscard]] std::optional<std::int64_t> position() const
+    {
+        return m_output ? m_output->position() : std::nullopt;
+    }
     /// Of the present file; none when idle.
     [[nodiscard]] std::optional<OutletFigures> figures() const;
 

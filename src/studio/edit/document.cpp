@@ -114,14 +114,32 @@ void Document::record(const SceneSets &before, const Edit &edit)
 {
     const EditSubject subject = subjectOf(edit);
     if (!continues(subject)) {
-        m_undo.push_back({ before, stepName(edit), subject });
-        if (m_undo.size() > mostSteps) {
-            m_undo.pop_front();
-        }
+        push({ before, m_project.terms, stepName(edit), subject });
     }
     m_redo.clear();
     m_lastEditUs = m_clock.monotonicUs();
     m_runBroken = false;
+}
+
+void Document::push(Step step)
+{
+    m_undo.push_back(std::move(step));
+    if (m_undo.size() > mostSteps) {
+        m_undo.pop_front();
+    }
+}
+
+void Document::setTerms(const Terms &terms)
+{
+    if (terms == m_project.terms) {
+        return;
+    }
+    push({ scenes(), std::exchange(m_project.terms, terms), "Glosario", {} });
+    m_redo.clear();
+    m_runBroken = true;
+    Change change;
+    change.terms = true;
+    tell(change);
 }
 
 /// Moves PREVIEW along with an edit, and tells of it.
@@ -247,6 +265,7 @@ void Document::exchange(std::deque<Step> &from, std::deque<Step> &to)
     from.pop_back();
     const SceneSets before = scenes();
     m_project.scenes = std::exchange(step.scenes, before);
+    std::swap(m_project.terms, step.terms);
     m_runBroken = true;
     settleCurrent(before);
     showWhere(before);
@@ -255,6 +274,7 @@ void Document::exchange(std::deque<Step> &from, std::deque<Step> &to)
     change.current = true;
     change.layers = true;
     change.layer = step.subject.layer;
+    change.terms = step.terms != m_project.terms;
     change.undone = true;
     to.push_back(std::move(step));
     tell(change);
@@ -276,7 +296,8 @@ void Document::open(const Project &project)
     m_redo.clear();
     m_runBroken = true;
     Change change;
-    change.everything = change.scenes = change.current = change.settings = change.layers = true;
+    change.everything = change.scenes = change.current = change.settings = change.terms = true;
+    change.layers = true;
     tell(change);
 }
 

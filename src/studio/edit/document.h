@@ -20,6 +20,7 @@ struct Change {
     bool scenes = false; ///< scenes came, went, moved or were renamed
     bool current = false; ///< PREVIEW shows another scene, or edits the other set
     bool settings = false; ///< format, title, band, gain or bit rate
+    bool terms = false; ///< the glossary
     bool layers = false; ///< layers of one scene or more came, went or changed places
     LayerId layer; ///< the layer that an edit was about; it may be gone
     std::optional<LayerField> field; ///< the one field of it that changed, if only that did
@@ -60,6 +61,9 @@ public:
     /// Several edits as one step, named after the last one. Throws with none applied.
     void apply(const std::vector<Edit> &edits);
 
+    /// Another glossary, as a step of undo.
+    void setTerms(const Terms &terms);
+
     /// Encloses a drag or a slider's ride.
     void beginGesture() { m_gesture = true; }
     void endGesture();
@@ -97,11 +101,13 @@ Q_SIGNALS:
 private:
     struct Step {
         SceneSets scenes; ///< before the step, or after it when it was undone
+        Terms terms; ///< the same
         const char *name = "";
         EditSubject subject;
     };
 
     void record(const SceneSets &before, const Edit &edit);
+    void push(Step step);
     [[nodiscard]] bool continues(const EditSubject &subject) const;
     void follow(const Edit &edit, const SceneSets &before);
     void exchange(std::deque<Step> &from, std::deque<Step> &to);

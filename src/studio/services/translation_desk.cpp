@@ -2,11 +2,14 @@
 
 #include "base/error.h"
 #include "base/log.h"
+#include "translation/pipeline/delay_text.h"
 #include "translation/pipeline/heard_line.h"
 #include "translation/pipeline/voice.h"
 #include "translation/service/languages.h"
 
 #include <QPointer>
+
+#include <algorithm>
 
 namespace nimbara {
 
@@ -50,7 +53,14 @@ void TranslationDesk::connectEngine(AudioInput &input)
     connect(&input, &AudioInput::blockArrived, this, [this](const AudioBlock &block) {
         m_engine.processAudio(block);
     });
-    m_engine.caption = [this](const QString &text) { addCaption(text); };
+    m_engine.caption = [this](const Caption &caption) { addCaption(caption); };
+    m_engine.understood
+        = [this](const QString &text, bool isGrowing) { Q_EMIT understood(text, isGrowing); };
+    connect(&m_stage.document, &Document::changed, this, [this](const Change &change) {
+        if (change.terms) {
+            m_engine.setTerms(m_stage.document.project().terms);
+        }
+    });
     m_engine.heard = [this](const Message &text) { tellHeard(text); };
     m_engine.voiceAudio = [this](const QByteArray &pcm) { queueVoice(m_sound.voice(), pcm); };
     m_engine.statusChanged = [this](const Message &message) { tell(message); };
@@ -128,10 +138,16 @@ void TranslationDesk::begin(const QString &key)
 {
     setWaiting(false);
     run([&] {
-        const QString target = m_target.isEmpty() ? languages::defaultTarget() : m_target;
-        m_engine.start(key, target, m_voice, m_source);
+        m_delays.clear();
+        m_engine.start(key, targetName(), m_voice, m_source);
+        Q_EMIT began();
         Q_EMIT changed();
     });
+}
+
+QString TranslationDesk::targetName() const
+{
+    return m_target.isEmpty() ? languages::defaultTarget() : m_target;
 }
 
 void TranslationDesk::setWaiting(bool waiting)
@@ -146,7 +162,35 @@ void TranslationDesk::pause()
     m_sound.voice().clear();
     clearCaptions();
     Q_EMIT captionNoted({});
+    reportDelays();
     Q_EMIT changed();
+}
+
+/// At the end of a run.
+void TranslationDesk::reportDelays()
+{
+    const DelayMeter::Figures whole = m_delays.whole();
+    if (whole.phrases == 0) {
+        return;
+    }
+    const Message report("Retraso de la traducción: mediana %1 s, 9 de cada 10 en %2 s, %3 frases.",
+        { delay_text::seconds(whole.medianMs),
+            delay_text::seconds(whole.p90Ms),
+            Message::verbatim(QString::number(whole.phrases)) });
+    logLine(QStringLiteral("IA: ") + (report + delay_text::stages(whole)).spanish());
+    Q_EMIT captionNoted(report);
+    m_delays.clear();
+    Q_EMIT delayed();
+}
+
+DelayMeter::Figures TranslationDesk::delayFigures() const
+{
+    return m_delays.figures(m_clock.wallMs());
+}
+
+QList<std::int64_t> TranslationDesk::delayCurve() const
+{
+    return m_delays.curve(m_clock.wallMs());
 }
 
 void TranslationDesk::shutDown()
@@ -191,6 +235,7 @@ void TranslationDesk::switchTarget(const QString &language)
     if (running()) {
         m_engine.stopEngine(); // a voice that speaks goes on
         clearCaptions();
+        reportDelays();
         setWaiting(true);
         start();
     }
@@ -216,6 +261,7 @@ void TranslationDesk::setSeparator(CaptionSeparator separator)
 {
     m_captions.setSeparator(separator);
     m_reading.clear();
+    forgetUnshown();
     m_settings.setValue(separatorSetting, static_cast<int>(separator));
     showCaptions();
     Q_EMIT changed();
@@ -231,6 +277,7 @@ void TranslationDesk::clearCaptions()
 {
     m_captions.clear();
     m_reading.clear();
+    forgetUnshown();
     showCaptions();
 }
 
@@ -242,6 +289,46 @@ void TranslationDesk::advanceCaptions()
     if (isReading()) {
         advanceReading();
     }
+    measureShown();
+}
+
+/// The pictures that are made now show what has been added since the last ones.
+void TranslationDesk::measureShown()
+{
+    const auto waiting = static_cast<qsizetype>(m_unshown.size());
+    const Reading::Shown read = m_reading.takeShown();
+    showBegun(isReading() ? read.begun : waiting - m_begun);
+    const qsizetype shown = isReading() ? std::min(read.ended, waiting) : waiting;
+    for (qsizetype i = 0; i < shown; ++i) {
+        PhraseTimes &times = m_unshown.front().times;
+        times.shown = m_clock.wallMs();
+        if (captionsShown()) {
+            m_delays.add(times);
+        }
+        m_unshown.pop_front();
+        m_begun = std::max<qsizetype>(m_begun - 1, 0);
+    }
+    const std::int64_t now = m_clock.monotonicUs() / 1000;
+    if (running() && (shown > 0 || now - m_delayedMs >= 1000)) {
+        m_delayedMs = now;
+        Q_EMIT delayed();
+    }
+}
+
+/// Some of so many more captions is shown.
+void TranslationDesk::showBegun(qsizetype count)
+{
+    const auto waiting = static_cast<qsizetype>(m_unshown.size());
+    for (; count > 0 && m_begun < waiting; --count) {
+        Q_EMIT captionShown(m_unshown.at(static_cast<std::size_t>(m_begun++)));
+    }
+}
+
+void TranslationDesk::forgetUnshown()
+{
+    m_unshown.clear();
+    m_begun = 0;
+    Q_EMIT blockShown({});
 }
 
 void TranslationDesk::advanceReading()
@@ -249,22 +336,29 @@ void TranslationDesk::advanceReading()
     const bool wasHurried = m_reading.isHurried();
     if (m_reading.advance(m_clock.monotonicUs() / 1000)) {
         showCaptions();
+        Q_EMIT blockShown(m_reading.block());
     }
     if (m_reading.isHurried() != wasHurried) {
-        tell(wasHurried ? "Lectura al día: vuelve a 15 caracteres por segundo."
-                        : "Lectura con retraso: sube a 20 caracteres por segundo.");
+        // Beside the delay of the captions: the status keeps what is told of the run.
+        const Message pace = wasHurried ? "Lectura al día: vuelve a 15 caracteres por segundo."
+                                        : "Lectura con retraso: sube a 20 caracteres por segundo.";
+        Q_EMIT captionNoted(pace);
+        logLine(QStringLiteral("IA: ") + pace.spanish());
     }
 }
 
-void TranslationDesk::addCaption(const QString &text)
+void TranslationDesk::addCaption(const Caption &caption)
 {
-    m_captions.addCaption(text, m_clock.wallMs());
-    if (isReading()) {
-        m_reading.add(text);
-        advanceReading();
-    } else {
+    m_captions.addCaption(caption.text, m_clock.wallMs());
+    if (!isReading()) {
+        m_unshown.push_back(caption);
         showCaptions();
+        return;
     }
+    if (m_reading.add(caption.text)) {
+        m_unshown.push_back(caption);
+    }
+    advanceReading();
 }
 
 void TranslationDesk::showCaptions()

@@ -8,12 +8,18 @@
 #include "studio/sources/audio_input.h"
 #include "translation/pipeline/caption_text.h"
 #include "translation/pipeline/engine.h"
+#include "translation/pipeline/phrase_delay.h"
 #include "translation/pipeline/reading.h"
 #include "translation/service/key_test.h"
 
 #include <QObject>
 #include <QSettings>
 #include <QString>
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <utility>
 
 namespace nimbara {
 
@@ -41,8 +47,12 @@ public:
     [[nodiscard]] bool keepsKey() const { return m_keepsKey; }
     void setKeepsKey(bool keeps);
 
+    /// What is preached: "es", "en" or empty for any other.
+    [[nodiscard]] const QString &source() const { return m_source; }
     /// The language of the screens, by its name; empty for the default one.
     [[nodiscard]] const QString &target() const { return m_target; }
+    /// The same, with the default one in place of none.
+    [[nodiscard]] QString targetName() const;
     /// From the next start on. What is preached follows from it.
     void chooseTarget(const QString &language);
     /// Shows the screens in "Spanish" or "English"; a run that is on begins again.
@@ -59,6 +69,11 @@ public:
     void setSeparator(CaptionSeparator separator);
     [[nodiscard]] bool captionsShown() const { return m_stage.captions.shown; }
     void setCaptionsShown(bool shown);
+    /// What is shown in place of a translation, see `Translation::finalText`.
+    void setFinalText(std::function<QString(const QString &, const QString &)> finalText)
+    {
+        m_engine.finalText = std::move(finalText);
+    }
     void clearCaptions();
     /// Takes captions away that are too old, and shows the next block to be read. Call on each
     /// frame, before its pictures.
@@ -73,6 +88,9 @@ public:
     void shutDown();
     [[nodiscard]] bool running() const { return m_engine.running(); }
     [[nodiscard]] bool isWaiting() const { return m_isWaiting; }
+    /// How late the captions of the last five minutes came.
+    [[nodiscard]] DelayMeter::Figures delayFigures() const;
+    [[nodiscard]] QList<std::int64_t> delayCurve() const;
     /// The way that the voice takes now.
     [[nodiscard]] VoiceRoad road() const { return m_engine.road(); }
 
@@ -84,10 +102,21 @@ Q_SIGNALS:
     void changed();
     /// What engine or key test have to say, for the panel.
     void reported(const nimbara::Message &text);
-    /// A caption has come, and how long it took; empty after a run.
+    /// A caption has come, and how long it took, or it is read at another pace; empty after a run.
     void captionNoted(const nimbara::Message &text);
+    /// The delays have changed, or a second has passed in a run.
+    void delayed();
     /// What was understood; see `Translation::heard`.
     void heard(const nimbara::Message &text);
+    /// What was said, as far as it is understood; `isGrowing`: it is still being spoken.
+    void understood(const QString &text, bool isGrowing);
+    /// A run begins.
+    void began();
+    /// The pictures that are made now are the first with the caption, or with its first word.
+    void captionShown(const nimbara::Caption &caption);
+    /// In easy reading: the pictures that are made now are the first with the block; empty: without
+    /// any.
+    void blockShown(const QString &block);
     /// An operation failed.
     void failed(const nimbara::Message &reason);
     /// One line for the operator.
@@ -102,9 +131,13 @@ private:
     void begin(const QString &key);
     void setWaiting(bool waiting);
     void setSource(const QString &source);
-    void addCaption(const QString &text);
+    void addCaption(const Caption &caption);
+    void showBegun(qsizetype count);
     void advanceReading();
+    void measureShown();
+    void reportDelays();
     void showCaptions();
+    void forgetUnshown();
     [[nodiscard]] bool isReading() const { return separator() == CaptionSeparator::Reading; }
     void tell(const Message &message);
     void tellHeard(const Message &text);
@@ -123,6 +156,10 @@ private:
     bool m_isShutDown = false;
     CaptionText m_captions;
     Reading m_reading;
+    std::deque<Caption> m_unshown; ///< those that no picture has shown to the end
+    qsizetype m_begun = 0; ///< of them, those of which some is shown
+    DelayMeter m_delays;
+    std::int64_t m_delayedMs = 0; ///< when `delayed` was told last, monotonic
     KeyTest m_keyTest;
     Translation m_engine;
 };

@@ -2,11 +2,13 @@
 
 #include "base/error.h"
 #include "net/openai.h"
+#include "signal/mono.h"
 #include "translation/pipeline/voice.h"
 #include "translation/pipeline/wav.h"
 #include "translation/service/api_messages.h"
 #include "translation/service/languages.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace nimbara {
@@ -39,17 +41,21 @@ void Translation::connectLive()
     m_live.status = [this](const Message &message) { statusChanged(message); };
     m_live.partial = [this](const QString &text) {
         if (running()) {
-            heard(Message::verbatim(QStringLiteral("… ") + text));
+            const std::int32_t generation = requestGeneration();
+            understood(text, true);
+            if (isCurrent(generation)) {
+                heard(Message::verbatim(QStringLiteral("… ") + text));
+            }
         }
     };
-    m_live.turn = [this](const QString &text, std::int64_t phraseTimeMs, bool atSeam) {
+    m_live.turn = [this](const QString &text, const PhraseEnd &end, bool atSeam) {
         if (running()) {
             ++m_inFlight;
-            const std::int32_t sequence = m_order.take(phraseTimeMs);
+            const std::int32_t sequence = m_order.take(end.phraseTimeMs);
             if (atSeam) {
                 m_order.waitFrom(sequence, m_clock.wallMs());
             }
-            translate({ sequence, phraseTimeMs, {}, text, {} });
+            translate({ sequence, { end.spokenMs, end.heardMs }, {}, text, {} });
         }
     };
     m_live.refused = [this] { end(); };
@@ -76,6 +82,7 @@ void Translation::start(const QString &key,
     stopEngine();
     m_target = target;
     m_source = source;
+    useTerms();
     m_voice = voice;
     m_startTime = m_clock.wallMs();
     m_api.open(trimmed);
@@ -86,9 +93,23 @@ void Translation::start(const QString &key,
     }
     m_api.probe(QStringLiteral("models/gpt-4.1-mini"), probeTimeout);
     if (!m_liveDisabled) {
-        m_live.start(trimmed, source, languages::livePrompt(source));
+        m_live.start(trimmed,
+            source,
+            languages::withTerms(languages::livePrompt(source), m_glossary.prompt()));
     }
     tellRoad();
+}
+
+void Translation::setTerms(const Terms &terms)
+{
+    m_terms = terms;
+    useTerms();
+}
+
+void Translation::useTerms()
+{
+    m_glossary = Glossary(m_terms, m_source, m_target);
+    m_live.setPrompt(languages::withTerms(languages::livePrompt(m_source), m_glossary.prompt()));
 }
 
 void Translation::stopEngine()
@@ -99,6 +120,7 @@ void Translation::stopEngine()
     m_line.clear();
     m_inFlight = 0;
     m_order.clear();
+    m_translated.clear();
     m_memory.clear();
     m_api.close();
     m_toldRoad = VoiceRoad::Stopped;
@@ -172,8 +194,13 @@ void Translation::segmentOwed(const std::deque<AudioBlock> &owed)
 {
     const std::int32_t generation = requestGeneration();
     m_line.bePatient();
+    m_owedFrames = 0;
+    for (const AudioBlock &block : owed) {
+        m_owedFrames += block.samples.size() / audioChannels;
+    }
     for (const AudioBlock &block : owed) {
         if (isCurrent(generation)) {
+            m_owedFrames -= block.samples.size() / audioChannels;
             segment(block);
         }
     }
@@ -193,9 +220,25 @@ void Translation::takePhrase(const PhraseSamples &samples)
         statusChanged("IA con retraso; se omite un segmento.");
         return;
     }
-    const std::int64_t now = m_clock.wallMs();
-    m_line.add({ m_order.take(now), now, wavFile(samples), {}, {} });
+    const std::int32_t sequence = m_order.take(m_clock.wallMs());
+    m_line.add({ sequence, timesOf(samples), wavFile(samples), {}, {} });
     startRequests();
+}
+
+/// The phrase was cut just now; behind its last word are its own silence, what the segmenter has
+/// kept, and what of a lost session is still to come.
+PhraseTimes Translation::timesOf(const PhraseSamples &samples) const
+{
+    const auto isVoice = [](std::int16_t sample) {
+        const double v = sample / 32767.0;
+        return v * v > silenceEnergy;
+    };
+    const auto silent = std::find_if(samples.rbegin(), samples.rend(), isVoice) - samples.rbegin();
+    const std::size_t frames = m_segmenter.pendingFrames() + m_owedFrames;
+    const std::int64_t now = m_clock.wallMs();
+    return { now - silent / (Segmenter::rate / 1000)
+            - static_cast<std::int64_t>(frames) * 1000 / audioRate,
+        now };
 }
 
 /// What the line gives up was a phrase that gave nothing.
@@ -233,12 +276,12 @@ void Translation::upload(const PhraseRequest &request)
 {
     m_api.postForm(
         QStringLiteral("audio/transcriptions"),
-        api::transcriptionForm(m_source, request.wav),
+        api::transcriptionForm(m_source, request.wav, m_glossary.prompt()),
         textTimeout,
         QStringLiteral("Transcripcion"),
         [this, request](const QByteArray &body) {
             m_line.setReached();
-            translate({ request.sequence, request.phraseTimeMs, {}, api::transcript(body), {} });
+            translate({ request.sequence, request.times, {}, api::transcript(body), {} });
         },
         [this, request](int status) { handleFailure(request, status); });
 }
@@ -247,12 +290,17 @@ void Translation::upload(const PhraseRequest &request)
 void Translation::translate(PhraseRequest request)
 {
     const std::int32_t generation = requestGeneration();
+    request.times.transcribed = m_clock.wallMs();
+    request.text = m_glossary.mended(request.text);
     const bool repeated = m_memory.isRepeated(request.text);
     const bool blank = request.text.trimmed().isEmpty();
     if (repeated) {
         heard("(repetido, descartado) " + Message::verbatim(request.text));
     } else if (!blank) {
-        heard(Message::verbatim(request.text));
+        understood(request.text, false);
+        if (isCurrent(generation)) {
+            heard(Message::verbatim(request.text));
+        }
     }
     if (!isCurrent(generation)) {
         return;
@@ -271,18 +319,27 @@ void Translation::translate(PhraseRequest request)
     askTranslation(request);
 }
 
-void Translation::askTranslation(const PhraseRequest &request)
+void Translation::askTranslation(PhraseRequest request)
 {
+    request.times.asked = m_clock.wallMs();
     m_api.postJson(
         QStringLiteral("responses"),
-        api::translationBody(m_target, request.context, request.text),
+        api::translationBody(m_target,
+            request.context,
+            request.text,
+            m_glossary.toldFor(request.text)),
         textTimeout,
         QStringLiteral("Traduccion"),
-        [this, sequence = request.sequence](const QByteArray &body) {
+        [this, request](const QByteArray &body) {
             m_line.setReached();
-            const QString translated = openai::outputText(body);
+            const QString translated = m_glossary.held(request.text, openai::outputText(body));
             m_memory.addTranslation(translated);
-            finish(sequence, translated);
+            if (m_order.isAwaited(request.sequence)) {
+                Caption &done = m_translated[request.sequence];
+                done = { {}, request.text, request.times };
+                done.times.translated = m_clock.wallMs();
+            }
+            finish(request.sequence, translated);
         },
         [this, request](int status) { handleFailure(request, status); });
 }
@@ -362,20 +419,26 @@ void Translation::releaseResults()
         statusChanged("Se omitió un segmento lento para no detener la pantalla.");
     }
     while (isCurrent(generation)) {
+        const std::int32_t sequence = m_order.awaited();
         const auto phrase = m_order.next();
         if (!phrase) {
             return;
         }
-        if (!phrase->text.isEmpty()) {
-            show(*phrase);
+        const auto translated = m_translated.extract(sequence);
+        if (!phrase->text.isEmpty() && translated) {
+            show(*phrase, translated.mapped());
         }
     }
 }
 
-void Translation::show(const PhraseOrder::Released &phrase)
+void Translation::show(const PhraseOrder::Released &phrase, Caption shown)
 {
     const std::int32_t generation = requestGeneration();
-    caption(phrase.text);
+    shown.text = finalText(shown.original, phrase.text).trimmed();
+    if (shown.text.isEmpty() || !isCurrent(generation)) {
+        return;
+    }
+    caption(shown);
     if (!isCurrent(generation)) {
         return;
     }
@@ -385,7 +448,7 @@ void Translation::show(const PhraseOrder::Released &phrase)
     captionNotice("Subtítulo actualizado · " + Message::verbatim(QString::number(delay, 'f', 1))
         + " s después de la frase");
     if (m_voice && isCurrent(generation)) {
-        speak(phrase.text);
+        speak(shown.text);
     }
 }
 

@@ -2,9 +2,12 @@
 
 #include "base/clock.h"
 #include "base/message.h"
+#include "base/term.h"
 #include "net/endpoints.h"
 #include "signal/audio_block.h"
 #include "translation/pipeline/audio_tail.h"
+#include "translation/pipeline/caption.h"
+#include "translation/pipeline/glossary.h"
 #include "translation/pipeline/live_road.h"
 #include "translation/pipeline/phrase_order.h"
 #include "translation/pipeline/request_line.h"
@@ -19,6 +22,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 
 namespace nimbara {
 
@@ -68,6 +72,9 @@ public:
 
     [[nodiscard]] VoiceRoad road() const;
 
+    /// Names and expressions and their translations: what is spoken from now on keeps to them.
+    void setTerms(const Terms &terms);
+
     /// `road` has changed.
     std::function<void()> roadChanged = [] {};
     /// Progress and failures.
@@ -77,7 +84,14 @@ public:
     /// The run has ended by itself, after its message.
     std::function<void()> ended = [] {};
     /// The next translated phrase.
-    std::function<void(const QString &text)> caption = [](const QString &) {};
+    std::function<void(const Caption &caption)> caption = [](const Caption &) {};
+    /// What is shown in place of the translation; asked in the order of the phrases. Empty: the
+    /// phrase is not shown.
+    std::function<QString(const QString &original, const QString &translation)> finalText
+        = [](const QString &, const QString &translation) { return translation; };
+    /// What was said, as far as it is understood; `isGrowing`: it is still being spoken.
+    std::function<void(const QString &text, bool isGrowing)> understood
+        = [](const QString &, bool) {};
     /// What was understood; begins with "… " while it is still being spoken.
     std::function<void(const Message &text)> heard = [](const Message &) {};
     /// A spoken caption: 16-bit little-endian mono PCM at 24000 Hz, at most 30 s.
@@ -91,15 +105,17 @@ private:
     void segmentOwed(const std::deque<AudioBlock> &owed);
     void takeOver();
     void takePhrase(const PhraseSamples &samples);
+    [[nodiscard]] PhraseTimes timesOf(const PhraseSamples &samples) const;
     void startRequests();
     void giveUpUseless();
     void upload(const PhraseRequest &request);
     void translate(PhraseRequest request);
-    void askTranslation(const PhraseRequest &request);
+    void askTranslation(PhraseRequest request);
     void handleFailure(const PhraseRequest &request, int status);
     void finish(std::int32_t sequence, const QString &text);
     void tellRoad();
-    void show(const PhraseOrder::Released &phrase);
+    void show(const PhraseOrder::Released &phrase, Caption shown);
+    void useTerms();
     void speak(const QString &text);
     [[nodiscard]] bool isCurrent(std::int32_t generation) const
     {
@@ -115,6 +131,10 @@ private:
     TranscriptMemory m_memory;
     RequestLine m_line; ///< what waits to be sent
     std::int32_t m_inFlight = 0; ///< transcriptions and translations under way
+    std::map<std::int32_t, Caption> m_translated; ///< without their text
+    Terms m_terms;
+    Glossary m_glossary; ///< the terms between the languages of the run
+    std::size_t m_owedFrames = 0; ///< of 48000 Hz, that are older than what is heard now
     VoiceRoad m_toldRoad = VoiceRoad::Stopped;
     QString m_target;
     QString m_source;

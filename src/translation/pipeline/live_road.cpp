@@ -64,9 +64,8 @@ void LiveRoad::connectSession(Session &session)
             partial(text);
         }
     };
-    transcriber.turn = [this, s](const QString &text, std::int64_t phraseTimeMs) {
-        takeTurn(*s, text, phraseTimeMs);
-    };
+    transcriber.turn
+        = [this, s](const QString &text, const PhraseEnd &end) { takeTurn(*s, text, end); };
     transcriber.phraseEnded = [this, s] {
         s->owed.endPhrase();
         m_phraseEnded = m_phraseEnded || s == m_current.get();
@@ -103,12 +102,12 @@ void LiveRoad::tell(Session &session, const Message &message)
     }
 }
 
-void LiveRoad::takeTurn(Session &session, const QString &text, std::int64_t phraseTimeMs)
+void LiveRoad::takeTurn(Session &session, const QString &text, const PhraseEnd &end)
 {
     if (&session != m_leaving.get() && m_leaving) {
-        session.held.emplace_back(text, phraseTimeMs);
+        session.held.emplace_back(text, end);
     } else {
-        turn(text, phraseTimeMs, m_leaving != nullptr);
+        turn(text, end, m_leaving != nullptr);
     }
 }
 
@@ -118,8 +117,8 @@ void LiveRoad::releaseHeld()
     if (!m_current) {
         return;
     }
-    for (const auto &[text, time] : std::exchange(m_current->held, {})) {
-        turn(text, time, true);
+    for (const auto &[text, end] : std::exchange(m_current->held, {})) {
+        turn(text, end, true);
         if (run != m_run) {
             return;
         }

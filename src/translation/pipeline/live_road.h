@@ -41,6 +41,9 @@ public:
     /// Ends every session and opens one. See `LiveTranscriber::start`.
     void start(const QString &apiKey, const QString &language, const QString &prompt);
 
+    /// For the sessions that are opened from now on.
+    void setPrompt(const QString &prompt) { m_prompt = prompt; }
+
     /// Ends every session without a callback and forgets the key.
     void stop();
 
@@ -65,10 +68,9 @@ public:
     std::function<void(const Message &message)> status = [](const Message &) {};
     /// Gets the text of the phrase being spoken so far.
     std::function<void(const QString &text)> partial = [](const QString &) {};
-    /// Gets the text of a finished phrase and when it ended, in milliseconds since the epoch. At a
-    /// seam of two sessions that may be a while ago.
-    std::function<void(const QString &text, std::int64_t phraseTimeMs, bool atSeam)> turn
-        = [](const QString &, std::int64_t, bool) {};
+    /// Gets the text of a finished phrase. At a seam of two sessions it may have ended a while ago.
+    std::function<void(const QString &text, const PhraseEnd &end, bool atSeam)> turn
+        = [](const QString &, const PhraseEnd &, bool) {};
     /// A session is confirmed: `isReady` may have become true.
     std::function<void()> ready = [] {};
     /// Gets the voice that a lost session had not transcribed, oldest first. It comes before all
@@ -88,7 +90,7 @@ private:
         SeamBuffer owed; ///< what it was given and has not transcribed
         std::int64_t openedMs = 0;
         std::int64_t confirmedMs = 0;
-        std::vector<std::pair<QString, std::int64_t>> held; ///< until the one before it is done
+        std::vector<std::pair<QString, PhraseEnd>> held; ///< until the one before it is done
         Message untold; ///< its last message that the operator does not need
     };
     using Owner = std::unique_ptr<Session>;
@@ -96,7 +98,7 @@ private:
     void open();
     void connectSession(Session &session);
     void tell(Session &session, const Message &message);
-    void takeTurn(Session &session, const QString &text, std::int64_t phraseTimeMs);
+    void takeTurn(Session &session, const QString &text, const PhraseEnd &end);
     void handleFailure(const Session &session, bool wasConnected);
     void loseCurrent();
     void loseLeaving();

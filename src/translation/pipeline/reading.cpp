@@ -1,16 +1,44 @@
 #include "translation/pipeline/reading.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nimbara {
 
-void Reading::add(const QString &phrase)
+bool Reading::add(const QString &phrase)
 {
     const QString text = reading::spokenText(phrase);
-    if (!text.isEmpty()) {
-        // Scripts of full width have no blanks.
-        const bool blank = !m_waiting.isEmpty() && reading::columns(m_waiting.right(1)) == 1;
-        m_waiting += blank ? QLatin1Char(' ') + text : text;
+    if (text.isEmpty()) {
+        return false;
+    }
+    const bool blank = !m_waiting.isEmpty() && reading::takesBlank(m_waiting);
+    m_waiting += blank ? QLatin1Char(' ') + text : text;
+    m_begins.push_back(m_waiting.size() - text.size());
+    m_ends.push_back(m_waiting.size());
+    return true;
+}
+
+Reading::Shown Reading::takeShown()
+{
+    return std::exchange(m_shown, {});
+}
+
+/// So many letters of what waited are shown.
+void Reading::count(qsizetype taken)
+{
+    for (std::deque<qsizetype> *places : { &m_begins, &m_ends }) {
+        for (qsizetype &place : *places) {
+            place -= taken;
+        }
+    }
+    while (!m_begins.empty() && m_begins.front() < 0) {
+        m_begins.pop_front();
+        ++m_shown.begun;
+    }
+    // A blank may have gone with the block.
+    while (!m_ends.empty() && m_ends.front() <= 0) {
+        m_ends.pop_front();
+        ++m_shown.ended;
     }
 }
 
@@ -29,7 +57,10 @@ bool Reading::advance(std::int64_t nowMs)
 {
     const bool changed = step(nowMs);
     const std::int64_t backlog = backlogMs();
-    m_hurried = backlog > hurryAboveMs || (m_hurried && backlog > calmBelowMs);
+    if (backlog > calmBelowMs) {
+        m_busyMs = nowMs;
+    }
+    m_hurried = backlog > hurryAboveMs || (m_hurried && nowMs - m_busyMs < calmAfterMs);
     return changed;
 }
 
@@ -48,7 +79,9 @@ bool Reading::step(std::int64_t nowMs)
     }
     const reading::Cut cut = reading::takeBlock(m_waiting);
     m_block = cut.lines.join(QLatin1Char('\n'));
+    const qsizetype taken = m_waiting.size() - cut.rest.size();
     m_waiting = cut.rest;
+    count(taken);
     m_shownMs = nowMs;
     return true;
 }

@@ -64,6 +64,18 @@ std::int32_t unitsOf(const QString &text)
     return sum;
 }
 
+bool isHangul(char32_t letter)
+{
+    return QChar::script(letter) == QChar::Script_Hangul;
+}
+
+/// Hangul is of full width, and has blanks between its words all the same.
+bool isWithinHangul(const QString &text, qsizetype at)
+{
+    return at > 0 && at < text.size() && isHangul(text.at(at - 1).unicode())
+        && isHangul(text.at(at).unicode());
+}
+
 /// How well a text is cut behind a piece.
 enum class Break { Bad, Plain, Joining, Clause, Sentence };
 
@@ -158,6 +170,9 @@ Pieces piecesOf(const QString &text)
     qsizetype from = 0;
     while (from < text.size()) {
         qsizetype to = finder.toNextBoundary();
+        while (isWithinHangul(text, to)) {
+            to = finder.toNextBoundary();
+        }
         to = to < 0 ? text.size() : to;
         const QString piece = text.mid(from, to - from);
         appendPiece(pieces, piece.trimmed(), piece.back().isSpace());
@@ -258,6 +273,17 @@ std::size_t blockEnd(const Pieces &pieces)
 std::int32_t columns(const QString &text)
 {
     return (unitsOf(text) + narrowUnits - 1) / narrowUnits;
+}
+
+bool takesBlank(const QString &text)
+{
+    const QList<uint> letters = text.toUcs4();
+    if (letters.isEmpty()) {
+        return true;
+    }
+    const char32_t last = letters.last();
+    const bool isPicture = last >= 0x1f000 && last < 0x20000;
+    return unitsOf(last) != wideUnits || isPicture || isHangul(last);
 }
 
 bool fitsLine(const QString &text)

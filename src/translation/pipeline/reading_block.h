@@ -16,6 +16,10 @@ constexpr qsizetype maxLines = 2;
 /// The columns of a text, of 37 to a line; what is of full width takes nearly two.
 std::int32_t columns(const QString &text);
 
+/// Whether a blank stands between the text and what follows it: not behind Chinese and Japanese,
+/// nor behind their punctuation.
+bool takesBlank(const QString &text);
+
 /// Whether the text is within a line.
 bool fitsLine(const QString &text);
 

@@ -40,7 +40,7 @@ bool RequestLine::putBack(const PhraseRequest &request, std::int64_t nowMs, std:
 
 bool RequestLine::isTooOld(const PhraseRequest &request, std::int64_t wallMs)
 {
-    return wallMs - request.phraseTimeMs > maxAgeMs;
+    return wallMs - request.times.heard > maxAgeMs;
 }
 
 std::vector<PhraseRequest> RequestLine::takeUseless(std::int64_t wallMs)

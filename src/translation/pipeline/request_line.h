@@ -1,5 +1,7 @@
 #pragma once
 
+#include "translation/pipeline/phrase_delay.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -14,7 +16,7 @@ namespace nimbara {
 /// What a phrase needs from the service next: its transcript, and with a text its translation.
 struct PhraseRequest {
     std::int32_t sequence = 0;
-    std::int64_t phraseTimeMs = 0; ///< since the epoch
+    PhraseTimes times; ///< so far
     QByteArray wav; ///< to be transcribed; empty once there is a text
     QString text;
     QString context; ///< of the translation

@@ -27,6 +27,12 @@ QString instructions(const QString &target)
             "meaningless fragment, or a repetition, output nothing.");
 }
 
+QString toldTerms(const QString &terms)
+{
+    return terms.isEmpty() ? QString()
+                           : QStringLiteral(" Translate these terms exactly as given:\n") + terms;
+}
+
 QHttpPart formPart(const QString &disposition, const QByteArray &value)
 {
     QHttpPart part;
@@ -43,10 +49,13 @@ QHttpPart field(const char *name, const QString &value)
 
 } // namespace
 
-QJsonObject translationBody(const QString &target, const QString &context, const QString &text)
+QJsonObject translationBody(const QString &target,
+    const QString &context,
+    const QString &text,
+    const QString &terms)
 {
     return openai::textBody({
-        .instructions = instructions(target),
+        .instructions = instructions(target) + toldTerms(terms),
         .input = context + QStringLiteral("New text: ") + text,
         .maxOutputTokens = 400,
     });
@@ -71,14 +80,15 @@ QJsonObject keyTestBody()
     });
 }
 
-std::unique_ptr<QHttpMultiPart> transcriptionForm(const QString &source, const QByteArray &wav)
+std::unique_ptr<QHttpMultiPart>
+transcriptionForm(const QString &source, const QByteArray &wav, const QString &terms)
 {
     auto form = std::make_unique<QHttpMultiPart>(QHttpMultiPart::FormDataType);
     form->append(field("model", QStringLiteral("gpt-4o-transcribe")));
     if (!source.isEmpty()) {
         form->append(field("language", source));
     }
-    form->append(field("prompt", languages::phrasePrompt(source)));
+    form->append(field("prompt", languages::withTerms(languages::phrasePrompt(source), terms)));
     form->append(field("response_format", QStringLiteral("json")));
     QHttpPart file = formPart(QStringLiteral("name=\"file\"; filename=\"church.wav\""), wav);
     file.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("audio/wav"));

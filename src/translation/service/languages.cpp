@@ -72,4 +72,42 @@ QString livePrompt(const QString &source)
         QStringLiteral("Church sermon."));
 }
 
+QString withTerms(const QString &prompt, const QString &terms)
+{
+    return terms.isEmpty() ? prompt : prompt + QLatin1Char(' ') + terms + QLatin1Char('.');
+}
+
+QString codeOf(const QString &target)
+{
+    static const QStringList codes {
+        QStringLiteral("en"),
+        QStringLiteral("es"),
+        QStringLiteral("pt"),
+        QStringLiteral("fr"),
+        QStringLiteral("de"),
+        QStringLiteral("it"),
+        QStringLiteral("ko"),
+        QStringLiteral("zh"),
+        QStringLiteral("ja"),
+        QStringLiteral("ru"),
+        QStringLiteral("ar"),
+        QStringLiteral("hi"),
+        QStringLiteral("tl"),
+        QStringLiteral("vi"),
+        QStringLiteral("ht"),
+        QStringLiteral("sw"),
+    };
+    const QString name = target.trimmed();
+    for (qsizetype i = 0; i < targets().size(); ++i) {
+        if (targets().at(i).compare(name, Qt::CaseInsensitive) == 0) {
+            return codes.at(i);
+        }
+    }
+    QString word;
+    for (const QChar letter : name.toLower().left(32)) {
+        word += letter.isLetterOrNumber() ? letter : QLatin1Char('-');
+    }
+    return word;
+}
+
 } // namespace nimbara::languages

@@ -23,4 +23,10 @@ QString phrasePrompt(const QString &source);
 /// Transcription prompt of a live session.
 QString livePrompt(const QString &source);
 
+/// A transcription prompt with the terms that may be heard, if any.
+QString withTerms(const QString &prompt, const QString &terms);
+
+/// ISO 639 code of a target; of one that is not offered its name as a word of a file's name.
+QString codeOf(const QString &target);
+
 } // namespace nimbara::languages

@@ -49,7 +49,7 @@ void LiveTranscriber::start(const QString &apiKey, const QString &language, cons
     m_apiKey = apiKey;
     m_settings = live::fromEnvironment(language, prompt);
     // A time of the session before would date the first phrase of this one minutes back.
-    m_lastSpeechTime = 0;
+    m_lastSpeechTime = m_lastVoiceTime = 0;
     m_keyRejected = false;
     m_startedMs = nowMs();
     m_socket.open(QStringLiteral("realtime?intent=transcription"), openai::bearer(apiKey));
@@ -63,7 +63,7 @@ void LiveTranscriber::stop()
     m_socket.abort();
     m_partialText.clear();
     m_audio.reset();
-    m_owed = 0;
+    m_owed.clear();
     m_turnEndMs.reset();
     m_finishedMs.reset();
 }
@@ -119,18 +119,31 @@ void LiveTranscriber::confirm()
     }
 }
 
+PhraseEnd LiveTranscriber::endNow() const
+{
+    const std::int64_t now = m_clock.wallMs();
+    const std::int64_t phraseTime = m_lastSpeechTime == 0 ? now : m_lastSpeechTime;
+    return { m_lastVoiceTime == 0 ? phraseTime : m_lastVoiceTime, now, phraseTime };
+}
+
 void LiveTranscriber::oweTranscript()
 {
-    if (m_owed++ == 0) {
+    if (m_owed.empty()) {
         m_answeredMs = nowMs();
     }
+    m_owed.push_back(endNow());
     phraseEnded();
 }
 
-void LiveTranscriber::payTranscript()
+PhraseEnd LiveTranscriber::payTranscript()
 {
-    m_owed = std::max(m_owed - 1, 0);
+    PhraseEnd end = endNow();
+    if (!m_owed.empty()) {
+        end = m_owed.front();
+        m_owed.pop_front();
+    }
     phraseDone();
+    return end;
 }
 
 void LiveTranscriber::handleError(const QByteArray &event)
@@ -171,9 +184,9 @@ void LiveTranscriber::handleCompleted(const QString &transcript)
 {
     const QString text = transcript.trimmed();
     m_partialText.clear();
-    payTranscript();
+    const PhraseEnd end = payTranscript();
     if (!text.isEmpty()) {
-        turn(text, m_lastSpeechTime == 0 ? m_clock.wallMs() : m_lastSpeechTime);
+        turn(text, end);
     }
 }
 
@@ -204,7 +217,7 @@ bool LiveTranscriber::isServerSilent() const
     if (!m_active) {
         return false;
     }
-    if (m_owed > 0) {
+    if (!m_owed.empty()) {
         return isLate(m_answeredMs);
     }
     if (m_settings.turnMode && m_finishedMs && m_audio.hasRest()) {
@@ -227,7 +240,7 @@ void LiveTranscriber::pushAudio(const AudioBlock &block)
         return;
     }
     if (m_audio.push(block)) {
-        m_lastSpeechTime = m_clock.wallMs();
+        m_lastSpeechTime = m_lastVoiceTime = m_clock.wallMs();
     }
     if (m_audio.isChunkReady()) {
         sendAudio();
@@ -285,7 +298,7 @@ void LiveTranscriber::finish()
 bool LiveTranscriber::isSettled() const
 {
     // In turn mode the server tells of a phrase once it has heard its end.
-    return m_owed == 0
+    return m_owed.empty()
         && (!m_settings.turnMode
             || (m_finishedMs && !m_audio.hasRest() && nowMs() - *m_finishedMs > turnSettleMs));
 }

@@ -12,10 +12,18 @@
 #include <QString>
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 
 namespace nimbara {
+
+/// The end of a phrase, in milliseconds since the epoch.
+struct PhraseEnd {
+    std::int64_t spokenMs = 0; ///< its last voiced sample
+    std::int64_t heardMs = 0; ///< when it was found
+    std::int64_t phraseTimeMs = 0; ///< `spokenMs`, or when the server told of the end
+};
 
 /// The live transcription session: streams the voice to the OpenAI realtime endpoint and reports
 /// the text while it is spoken.
@@ -64,9 +72,9 @@ public:
     std::function<void(const Message &message)> status = [](const Message &) {};
     /// Gets the text of the phrase being spoken so far.
     std::function<void(const QString &text)> partial = [](const QString &) {};
-    /// Gets the text of a finished phrase and when it ended, in milliseconds since the epoch.
-    std::function<void(const QString &text, std::int64_t phraseTimeMs)> turn
-        = [](const QString &, std::int64_t) {};
+    /// Gets the text of a finished phrase.
+    std::function<void(const QString &text, const PhraseEnd &end)> turn
+        = [](const QString &, const PhraseEnd &) {};
     /// The audio given so far ends a phrase.
     std::function<void()> phraseEnded = [] {};
     /// The earliest phrase that ended is transcribed, perhaps as nothing, or answered with an
@@ -95,7 +103,8 @@ private:
     void endTurn();
     [[nodiscard]] bool isServerSilent() const;
     void oweTranscript();
-    void payTranscript();
+    PhraseEnd payTranscript();
+    [[nodiscard]] PhraseEnd endNow() const;
     [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
     void fail(const Message &message);
     [[nodiscard]] Message shown(const QString &peerText, qsizetype length) const;
@@ -108,9 +117,11 @@ private:
     std::uint32_t m_session = 0; ///< raised by every stop, and so by every start
     LiveAudio m_audio;
     QString m_partialText;
-    std::int64_t m_lastSpeechTime = 0; ///< ms since the epoch; 0: none in this session
+    // Milliseconds since the epoch; 0: none in this session.
+    std::int64_t m_lastVoiceTime = 0; ///< of the last voiced sample
+    std::int64_t m_lastSpeechTime = 0; ///< the same, or of the last end that the server told of
     bool m_keyRejected = false;
-    std::int32_t m_owed = 0; ///< phrases that ended and are not transcribed
+    std::deque<PhraseEnd> m_owed; ///< phrases that ended and are not transcribed
     // Monotonic milliseconds.
     std::int64_t m_startedMs = 0;
     std::int64_t m_answeredMs = 0; ///< the server's last word, or the end of the first owed phrase

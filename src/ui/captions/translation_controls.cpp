@@ -1,6 +1,7 @@
 #include "ui/captions/translation_controls.h"
 
 #include "base/i18n.h"
+#include "translation/pipeline/delay_text.h"
 #include "translation/pipeline/heard_line.h"
 #include "ui/kit/key_field.h"
 
@@ -25,14 +26,16 @@ Message nameOf(VoiceRoad road)
 
 } // namespace
 
-TranslationControls::TranslationControls(TranslationDesk &desk,
+TranslationControls::TranslationControls(Studio &studio,
     const ErrorGuard &guard,
     TranslationTab &tab)
-    : m_desk(desk)
+    : m_desk(studio.translation())
+    , m_spoken(studio.spokenVerses())
+    , m_document(studio.document())
     , m_tab(tab)
 {
     show();
-    bindKeyField(*tab.apiKey(), desk.key());
+    bindKeyField(*tab.apiKey(), m_desk.key());
     connectTab();
     connectDesk(guard);
 }
@@ -58,24 +61,51 @@ void TranslationControls::connectTab()
     });
     connect(tab, &TranslationTab::showSubtitlesChanged, desk, &TranslationDesk::setCaptionsShown);
     connect(tab, &TranslationTab::clearPressed, desk, &TranslationDesk::clearCaptions);
+    connect(tab, &TranslationTab::glossaryPressed, this, &TranslationControls::openGlossary);
+    connect(tab, &TranslationTab::spokenOnAirChanged, &m_spoken, &SpokenVerses::setGoesOnAir);
 }
 
 void TranslationControls::connectDesk(const ErrorGuard &guard)
 {
     const TranslationDesk *desk = &m_desk;
     connect(desk, &TranslationDesk::changed, this, &TranslationControls::show);
+    connect(&m_spoken, &SpokenVerses::changed, this, &TranslationControls::show);
     connect(desk, &TranslationDesk::reported, this, [this](const Message &text) {
         m_tab.showStatus(nimbara_i18n::tr(text));
     });
     connect(desk, &TranslationDesk::captionNoted, this, [this](const Message &text) {
         m_tab.showCaptionNotice(nimbara_i18n::tr(text));
     });
+    connect(desk, &TranslationDesk::delayed, this, &TranslationControls::showDelay);
     connect(desk, &TranslationDesk::heard, this, [this](const Message &text) {
         m_tab.showHeard(nimbara_i18n::tr(heard::label(nimbara_i18n::tr(text))));
     });
     connect(desk, &TranslationDesk::failed, this, [&guard](const Message &reason) {
         guard.tell(reason);
     });
+}
+
+void TranslationControls::openGlossary()
+{
+    if (!m_glossary) {
+        m_glossary = new GlossaryDialog(
+            m_document,
+            [this] { return m_desk.target(); },
+            m_tab.window());
+        m_glossary->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_glossary->show();
+    m_glossary->raise();
+    m_glossary->activateWindow();
+}
+
+void TranslationControls::showDelay()
+{
+    const DelayMeter::Figures figures = m_desk.delayFigures();
+    m_tab.showDelay(nimbara_i18n::tr(delay_text::summary(figures)),
+        nimbara_i18n::tr(delay_text::stages(figures)),
+        figures.grows);
+    m_tab.delayCurve()->setPoints(m_desk.delayCurve());
 }
 
 void TranslationControls::show()
@@ -85,7 +115,8 @@ void TranslationControls::show()
         m_desk.voice(),
         m_desk.liveMode(),
         m_desk.captionsShown(),
-        static_cast<int>(m_desk.separator()) });
+        static_cast<int>(m_desk.separator()),
+        m_spoken.goesOnAir() });
     m_tab.showRunning(m_desk.running());
     m_tab.showRoad(nimbara_i18n::tr(nameOf(m_desk.road())));
     m_tab.setStartEnabled(!m_desk.isWaiting());

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "studio/services/translation_desk.h"
+#include "studio/studio.h"
+#include "ui/captions/glossary_dialog.h"
 #include "ui/captions/translation_tab.h"
 #include "ui/kit/error_guard.h"
 
 #include <QObject>
+#include <QPointer>
 
 namespace nimbara {
 
@@ -14,15 +16,20 @@ class TranslationControls : public QObject {
     Q_OBJECT
 public:
     /// Everything referred to must outlive the controls.
-    TranslationControls(TranslationDesk &desk, const ErrorGuard &guard, TranslationTab &tab);
+    TranslationControls(Studio &studio, const ErrorGuard &guard, TranslationTab &tab);
 
 private:
     void connectTab();
     void connectDesk(const ErrorGuard &guard);
     void show();
+    void showDelay();
+    void openGlossary();
 
     TranslationDesk &m_desk;
+    SpokenVerses &m_spoken;
+    Document &m_document;
     TranslationTab &m_tab;
+    QPointer<GlossaryDialog> m_glossary; ///< while it is open
 };
 
 } // namespace nimbara

@@ -53,8 +53,12 @@ TranslationTab::TranslationTab(QWidget *parent)
                                "Lectura" },
           "separator",
           "Cómo se separan las frases en pantalla (cada pausa es una frase)"))
+    , m_glossary(makeButton("Glosario…", "openGlossary"))
+    , m_spokenOnAir(makeCheck("Versículos dichos, al aire por sí solos", "spokenGoesOnAir"))
     , m_status(named(makeNote("IA pausada · frases de 1,5 a 5 s + tiempo de API"), "aiStatus"))
     , m_road(named(new QLabel, "voiceRoad"))
+    , m_delay(named(new QLabel, "captionDelay"))
+    , m_delayCurve(named(new DelayCurve, "delayCurve"))
     , m_captionNotice(named(new QLabel, "captionNotice"))
     , m_heard(named(makeNote("Escuchado (texto original que reconoce la IA): "), "heard"))
     , m_bible(new BibleGroup)
@@ -76,6 +80,7 @@ TranslationTab::TranslationTab(QWidget *parent)
     showRunning(true);
     m_start->setMinimumWidth(std::max(narrow, m_start->sizeHint().width()));
     showRunning(false);
+    showDelay({}, {}, false);
     connectControls();
 }
 
@@ -91,7 +96,8 @@ void TranslationTab::addRows(QGridLayout &grid)
         { std::initializer_list<QWidget *> { m_apiKey, m_saveKey, m_testKey },
             { label, m_target, m_toSpanish, m_toEnglish },
             { m_voice, m_live, m_showSubtitles },
-            { separatorNote, m_separator, m_start, m_clear } }) {
+            { separatorNote, m_separator, m_start, m_clear },
+            { m_glossary, m_spokenOnAir } }) {
         auto *line = new QHBoxLayout;
         for (QWidget *widget : widgets) {
             line->addWidget(widget);
@@ -102,13 +108,17 @@ void TranslationTab::addRows(QGridLayout &grid)
     told->addWidget(m_road);
     told->addWidget(m_status, 1);
     told->addWidget(m_captionNotice);
-    grid.addLayout(told, 4, 0, 1, 4);
-    grid.addWidget(m_heard, 5, 0, 1, 4);
+    grid.addLayout(told, 5, 0, 1, 4);
+    auto *heard = new QHBoxLayout;
+    heard->addWidget(m_heard, 1);
+    heard->addWidget(m_delay);
+    heard->addWidget(m_delayCurve);
+    grid.addLayout(heard, 6, 0, 1, 4);
     grid.addWidget(
         makeNote("Al iniciar aceptas enviar la entrada seleccionada a OpenAI. Tiene costo de API.\n"
                  "La voz es sintética; no se reproduce en altavoces. Música y ruido afectan la "
                  "calidad."),
-        6,
+        7,
         0,
         1,
         4);
@@ -159,6 +169,8 @@ void TranslationTab::connectControls()
     connect(m_voice, &QCheckBox::toggled, this, &TranslationTab::voiceChanged);
     connect(m_live, &QCheckBox::toggled, this, &TranslationTab::liveModeChanged);
     connect(m_showSubtitles, &QCheckBox::toggled, this, &TranslationTab::showSubtitlesChanged);
+    connect(m_glossary, &QPushButton::clicked, this, &TranslationTab::glossaryPressed);
+    connect(m_spokenOnAir, &QCheckBox::toggled, this, &TranslationTab::spokenOnAirChanged);
     connect(m_separator, &QComboBox::currentIndexChanged, this, &TranslationTab::separatorChosen);
 }
 
@@ -172,12 +184,24 @@ void TranslationTab::showSettings(const Settings &settings)
     check(m_voice, settings.voice);
     check(m_live, settings.live);
     check(m_showSubtitles, settings.subtitles);
+    check(m_spokenOnAir, settings.spokenOnAir);
     const QSignalBlocker target(m_target);
     const QSignalBlocker separator(m_separator);
     if (m_target->currentText().trimmed() != settings.target) { // blanks are typed on the way
         m_target->setCurrentText(settings.target);
     }
     m_separator->setCurrentIndex(settings.separator);
+}
+
+void TranslationTab::showDelay(const QString &summary, const QString &stages, bool grows)
+{
+    m_delay->setText(summary);
+    m_delay->setToolTip(stages);
+    m_delayCurve->setVisible(!summary.isEmpty());
+    const QString style = grows ? QStringLiteral("color: #ffb300; font-weight: bold") : QString();
+    if (m_delay->styleSheet() != style) {
+        m_delay->setStyleSheet(style);
+    }
 }
 
 void TranslationTab::showRunning(bool running)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/captions/bible_group.h"
+#include "ui/captions/delay_curve.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -29,6 +30,7 @@ public:
         bool live = true;
         bool subtitles = true;
         int separator = 1;
+        bool spokenOnAir = false;
     };
     /// Shows the settings without the signals of their controls.
     void showSettings(const Settings &settings);
@@ -41,6 +43,9 @@ public:
     void showStatus(const QString &text) { m_status->setText(text); }
     void showCaptionNotice(const QString &text) { m_captionNotice->setText(text); }
     void showRoad(const QString &text) { m_road->setText(text); }
+    /// How late the captions are: empty when nothing is known; `grows` makes it amber.
+    void showDelay(const QString &summary, const QString &stages, bool grows);
+    [[nodiscard]] DelayCurve *delayCurve() const { return m_delayCurve; }
     void showHeard(const QString &text) { m_heard->setText(text); }
 
     [[nodiscard]] BibleGroup *bible() const { return m_bible; }
@@ -59,6 +64,8 @@ Q_SIGNALS:
     void separatorChosen(int entry);
     void showSubtitlesChanged(bool on);
     void clearPressed();
+    void glossaryPressed();
+    void spokenOnAirChanged(bool on);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -80,8 +87,12 @@ private:
     QCheckBox *m_showSubtitles;
     QPushButton *m_clear;
     QComboBox *m_separator;
+    QPushButton *m_glossary;
+    QCheckBox *m_spokenOnAir;
     QLabel *m_status;
     QLabel *m_road; ///< the way that the voice takes; empty when it takes none
+    QLabel *m_delay;
+    DelayCurve *m_delayCurve;
     QLabel *m_captionNotice;
     QLabel *m_heard;
     BibleGroup *m_bible;

@@ -12,6 +12,7 @@ VerseControls::VerseControls(Studio &studio, const ErrorGuard &guard, Views view
     , m_verses(studio.verses())
     , m_steps(studio.verseSteps())
     , m_finder(studio.verseFinder())
+    , m_spoken(studio.spokenVerses())
     , m_guard(guard)
     , m_views(views)
 {
@@ -99,6 +100,21 @@ void VerseControls::showQuickVerse(const QString &typed)
     if (m_verses.hasLayer(layer)) {
         m_views.editor.select(layer);
     }
+}
+
+void VerseControls::prepareSpoken()
+{
+    m_guard.run([this] {
+        m_views.editor.expectLayer();
+        if (const auto layer = m_spoken.prepare(); layer && m_verses.hasLayer(*layer)) {
+            m_views.editor.select(*layer);
+        }
+    });
+}
+
+void VerseControls::takeSpokenOnAir()
+{
+    m_guard.run([this] { m_spoken.takeOnAir(); });
 }
 
 /// Below what the operator pressed Return or the button in. Closing the menu chooses nothing.

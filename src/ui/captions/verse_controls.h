@@ -28,6 +28,10 @@ public:
     /// A page on or back of the selected verse, see `VerseSteps::step`.
     void stepPage(VerseSteps::Direction direction);
 
+    /// Puts the verse that the preacher has named on PREVIEW, and then on air.
+    void prepareSpoken();
+    void takeSpokenOnAir();
+
 private:
     void showChoice();
     void connectViews();
@@ -41,6 +45,7 @@ private:
     VerseDesk &m_verses;
     VerseSteps &m_steps;
     VerseFinder &m_finder;
+    SpokenVerses &m_spoken;
     QPointer<VerseField> m_typedIn; ///< what was last typed into
     const ErrorGuard &m_guard;
     Views m_views;

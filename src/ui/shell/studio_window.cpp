@@ -6,6 +6,7 @@
 #include "output/sink/destination.h"
 #include "ui/captions/translation_controls.h"
 #include "ui/captions/translation_tab.h"
+#include "ui/captions/verse_card.h"
 #include "ui/captions/verse_controls.h"
 #include "ui/editor/control_row.h"
 #include "ui/editor/layer_actions.h"
@@ -36,6 +37,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -76,7 +78,9 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
             services.apiBible,
             std::move(services.keychain),
             services.dataFolder,
-            services.cacheFolder })
+            services.cacheFolder,
+            DiskWatch::lookAtDisk,
+            services.captionFolder })
     , m_settings(m_studio.settings())
     , m_dialogs(services.dialogs ? std::move(services.dialogs) : std::make_unique<QtDialogs>(this))
     , m_guard(*m_dialogs, [this](const Message &text) { showStatus(text); })
@@ -121,8 +125,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *this,
         OnAirView::Views { *m_monitors, *m_sceneTab, *m_controls, *m_project });
     connectStudio();
-    m_translation
-        = std::make_unique<TranslationControls>(m_studio.translation(), m_guard, *m_translationTab);
+    m_translation = std::make_unique<TranslationControls>(m_studio, m_guard, *m_translationTab);
     m_verses = std::make_unique<VerseControls>(m_studio,
         m_guard,
         VerseControls::Views { *m_sceneTab, *m_editor, *m_translationTab->bible() });
@@ -175,13 +178,21 @@ void StudioWindow::layOut()
     m_status->setTextFormat(Qt::PlainText);
     m_status->setWordWrap(true);
 
+    auto *card = new VerseCard(m_studio.spokenVerses());
+    connect(card, &VerseCard::previewPressed, this, [this] { m_verses->prepareSpoken(); });
+    connect(card, &VerseCard::onAirPressed, this, [this] { m_verses->takeSpokenOnAir(); });
+    auto *told = new QWidget;
+    auto *line = new QHBoxLayout(told);
+    line->setContentsMargins(0, 0, 0, 0);
+    line->addWidget(m_status, 1);
+    line->addWidget(card);
     m_room = std::make_unique<WindowRoom>(*this,
         WindowRoom::Rows { m_header,
             m_project,
             { m_monitors, m_health, m_controls },
             m_tabs,
             { m_monitors->splitter(), m_sceneTab->splitter() },
-            { new NoticeBar(m_studio.notices()), m_lostAudio, m_status } });
+            { new NoticeBar(m_studio.notices()), m_lostAudio, told } });
 }
 
 void StudioWindow::connectStudio()
@@ -319,6 +330,12 @@ void StudioWindow::connectShortcuts()
         connect(shortcut, &QShortcut::activated, this, [this, direction = direction] {
             m_verses->stepPage(direction);
         });
+    }
+    for (const auto &[key, step] : { std::pair(Qt::Key_F3, &VerseControls::prepareSpoken),
+             std::pair(Qt::Key_F4, &VerseControls::takeSpokenOnAir) }) {
+        auto *shortcut = new QShortcut(key, this);
+        shortcut->setAutoRepeat(false);
+        connect(shortcut, &QShortcut::activated, m_verses.get(), step);
     }
     Document *document = &m_studio.document();
     connect(new QShortcut(QKeySequence::Undo, this),

@@ -49,6 +49,7 @@ struct StudioServices {
     QString dataFolder; ///< of recovery copies and backups; empty: none are kept
     QString cacheFolder; ///< of what can be made anew; empty: it is, with each run
     bool remembersDesk = false; ///< the window's place, splitters and tab, in the settings
+    QString captionFolder {}; ///< of captions without a recording; empty: none are kept
 };
 
 /// The one main window. It owns the studio for the life of the process, hands it what the operator

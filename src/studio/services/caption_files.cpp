@@ -1,0 +1,210 @@
+#include "studio/services/caption_files.h"
+
+#include "studio/outputs/disk_sync.h"
+#include "studio/outputs/recording_desk.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <utility>
+
+namespace nimbara {
+
+/// What the background task knows. One task at a time.
+class CaptionFiles::Disk {
+public:
+    /// Returns whether all was written.
+    bool write(const std::vector<Piece> &pieces)
+    {
+        bool all = true;
+        for (const Piece &piece : pieces) {
+            all = append(piece) && all;
+        }
+        for (const Piece &piece : pieces) {
+            bringToDisk(m_paths[piece.path]);
+        }
+        return all;
+    }
+
+private:
+    bool append(const Piece &piece)
+    {
+        QString &path = m_paths[piece.path];
+        QByteArray bytes = piece.text.toUtf8();
+        if (path.isEmpty()) {
+            QDir().mkpath(QFileInfo(piece.path).path());
+            path = RecordingDesk::freePath(piece.path);
+            bytes.prepend(piece.head.toUtf8());
+        }
+        QFile file(path);
+        const bool written = file.open(QIODevice::WriteOnly | QIODevice::Append)
+            && file.write(bytes) == bytes.size() && file.flush();
+        if (!written && file.size() == 0) {
+            path.clear(); // its head is not there
+        }
+        return written;
+    }
+
+    std::map<QString, QString> m_paths; ///< where what was wanted lies
+};
+
+CaptionFiles::CaptionFiles(const Clock &clock, QString folder)
+    : m_clock(clock)
+    , m_folder(std::move(folder))
+    , m_disk(std::make_shared<Disk>())
+{
+}
+
+void CaptionFiles::begin(const Language &original, const Language &translation)
+{
+    end();
+    m_originalLanguage = original;
+    m_translationLanguage = translation;
+    m_original.code = original.code;
+    m_translation.code = translation.code;
+    m_sessionMs = nowMs();
+    m_sessionStem = m_folder.isEmpty()
+        ? QString()
+        : QDir(m_folder).filePath(QDateTime::fromMSecsSinceEpoch(m_clock.wallMs())
+                                      .toString(QStringLiteral("yyyy-MM-dd HH-mm-ss")));
+    if (m_recording.isEmpty()) {
+        moveTo(m_sessionStem, m_sessionMs);
+    }
+    m_hasFailed = false;
+}
+
+void CaptionFiles::follow(const QString &recording, std::optional<std::int64_t> positionMs)
+{
+    if (recording.isEmpty()) {
+        if (!std::exchange(m_recording, {}).isEmpty()) {
+            moveTo(m_sessionStem, m_sessionMs);
+        }
+        return;
+    }
+    if (positionMs && recording != m_recording) {
+        m_recording = recording;
+        const QFileInfo file(recording);
+        moveTo(file.dir().filePath(file.completeBaseName()), nowMs() - *positionMs);
+    }
+}
+
+/// What is shown goes on in the files of another clock.
+void CaptionFiles::moveTo(const QString &stem, std::int64_t zeroMs)
+{
+    if (stem == m_stem) {
+        return;
+    }
+    close(m_original);
+    close(m_translation);
+    m_stem = stem;
+    m_zeroMs = zeroMs;
+}
+
+std::int64_t CaptionFiles::sinceZero(std::int64_t ms) const
+{
+    return std::max<std::int64_t>(ms - m_zeroMs, 0);
+}
+
+void CaptionFiles::addPhrase(const QString &original, const QString &translation, bool isBlock)
+{
+    show(m_original, original);
+    if (isBlock) {
+        show(m_translation, translation);
+    }
+    const auto line = [](const QString &text) { return text.simplified() + QLatin1Char('\n'); };
+    write(m_original.code + QStringLiteral(".txt"), line(original));
+    write(m_translation.code + QStringLiteral(".txt"), line(translation));
+    write(QStringLiteral("html"),
+        cues::pageRow(sinceZero(nowMs()), original, translation),
+        cues::pageHead(QFileInfo(m_stem).fileName(),
+            m_originalLanguage.name,
+            m_translationLanguage.name));
+}
+
+void CaptionFiles::showBlock(const QString &text)
+{
+    show(m_translation, text);
+}
+
+void CaptionFiles::end()
+{
+    close(m_original);
+    close(m_translation);
+}
+
+void CaptionFiles::show(Track &track, const QString &text)
+{
+    close(track);
+    track.shown = text;
+    track.sinceMs = nowMs();
+}
+
+void CaptionFiles::close(Track &track)
+{
+    const QString text = std::exchange(track.shown, {});
+    if (text.trimmed().isEmpty()) {
+        return;
+    }
+    const cues::Cue cue { sinceZero(track.sinceMs), sinceZero(nowMs()), text };
+    write(track.code + QStringLiteral(".srt"), cues::srt(cue, ++m_numbers[m_stem + track.code]));
+    write(track.code + QStringLiteral(".vtt"), cues::vtt(cue), cues::vttHead());
+}
+
+void CaptionFiles::closeLong(Track &track)
+{
+    const std::int64_t readMs = track.shown.size() * 1000 / pace;
+    if (!track.shown.isEmpty() && nowMs() - track.sinceMs >= std::max(longestMs, readMs)) {
+        close(track);
+    }
+}
+
+void CaptionFiles::write(const QString &end, const QString &text, const QString &head)
+{
+    if (!m_stem.isEmpty()) {
+        m_waiting.push_back({ m_stem + QLatin1Char('.') + end, head, text });
+    }
+}
+
+void CaptionFiles::poll()
+{
+    closeLong(m_original);
+    closeLong(m_translation);
+    startWriting();
+}
+
+void CaptionFiles::startWriting()
+{
+    if (m_writing.isUnderWay()) {
+        if (!m_writing.isReady()) {
+            return; // a disk that hangs holds up what follows, and nothing else
+        }
+        if (!m_writing.take() && !std::exchange(m_hasFailed, true)) {
+            Q_EMIT failed(Message("No se pueden escribir los archivos de la traducción en %1",
+                { Message::verbatim(QFileInfo(m_stem).path()) }));
+        }
+    }
+    if (!m_waiting.empty()) {
+        m_writing.start(
+            [disk = m_disk, pieces = std::exchange(m_waiting, {})] { return disk->write(pieces); });
+    }
+}
+
+bool CaptionFiles::finish(std::chrono::milliseconds patience)
+{
+    end();
+    const auto until = std::chrono::steady_clock::now() + patience;
+    while (m_writing.isUnderWay() || !m_waiting.empty()) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            until - std::chrono::steady_clock::now());
+        if (m_writing.isUnderWay() && (left.count() <= 0 || !m_writing.isReady(left))) {
+            return false;
+        }
+        startWriting();
+    }
+    return true;
+}
+
+} // namespace nimbara

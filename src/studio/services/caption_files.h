@@ -1,0 +1,104 @@
+#pragma once
+
+#include "base/background_task.h"
+#include "base/clock.h"
+#include "base/message.h"
+#include "translation/pipeline/caption_cues.h"
+
+#include <QObject>
+#include <QString>
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace nimbara {
+
+/// The captions of a service on file: for each of the two languages SubRip, WebVTT and plain text,
+/// and a page of both side by side. They lie beside the recording that runs, on its clock; without
+/// one in a folder of their own, since the start of the translation. Each caption is written when
+/// its end is known, on a background task, so that a crash loses one at most. Nothing that exists
+/// is overwritten. Interface thread only, which never waits.
+class CaptionFiles : public QObject {
+    Q_OBJECT
+public:
+    /// A caption that nothing follows ends after so long, or when it can be read.
+    static constexpr std::int64_t longestMs = 8000;
+    static constexpr std::int32_t pace = 15; ///< letters per second
+
+    /// `folder`: of services without a recording; empty: they have no files.
+    CaptionFiles(const Clock &clock, QString folder);
+
+    /// A translation begins: codes and names of its two languages.
+    struct Language {
+        QString code; ///< part of the files' names, "es"
+        QString name; ///< on the page
+    };
+    void begin(const Language &original, const Language &translation);
+
+    /// Where the recording is: its file, and the time on its clock of the picture that is made now;
+    /// none while there is no such picture. Call on each frame, before the captions.
+    void follow(const QString &recording, std::optional<std::int64_t> positionMs);
+
+    /// The first word of a phrase is on the pictures that are made now. `isBlock`: the translation
+    /// is shown as it is, not in blocks.
+    void addPhrase(const QString &original, const QString &translation, bool isBlock);
+    /// A block of the translation is on those pictures; empty: none is.
+    void showBlock(const QString &text);
+    /// Nothing follows for now.
+    void end();
+
+    /// Writes what is due. Call on each frame.
+    void poll();
+    /// Writes the rest, before the program ends; returns whether it is written by then.
+    bool finish(std::chrono::milliseconds patience);
+
+Q_SIGNALS:
+    /// The files cannot be written; told once for a service.
+    void failed(const nimbara::Message &reason);
+
+private:
+    class Disk;
+    struct Piece {
+        QString path;
+        QString head; ///< of a file that is new
+        QString text;
+    };
+    /// The captions of one language, of which the last may not have ended.
+    struct Track {
+        QString code;
+        QString shown; ///< without an end yet
+        std::int64_t sinceMs = 0; ///< monotonic
+    };
+
+    void show(Track &track, const QString &text);
+    void close(Track &track);
+    void closeLong(Track &track);
+    void moveTo(const QString &stem, std::int64_t zeroMs);
+    void write(const QString &end, const QString &text, const QString &head = {});
+    void startWriting();
+    [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
+    [[nodiscard]] std::int64_t sinceZero(std::int64_t ms) const;
+
+    const Clock &m_clock;
+    QString m_folder;
+    QString m_recording; ///< beside which the files lie; empty: none runs
+    QString m_sessionStem; ///< of the files without a recording
+    std::int64_t m_sessionMs = 0; ///< monotonic, when the translation began
+    QString m_stem; ///< path of the present files, without their ends
+    std::int64_t m_zeroMs = 0; ///< monotonic, of their clock
+    Language m_originalLanguage;
+    Language m_translationLanguage;
+    Track m_original;
+    Track m_translation;
+    std::map<QString, std::int64_t> m_numbers; ///< of the last cue, by file
+    std::vector<Piece> m_waiting;
+    std::shared_ptr<Disk> m_disk;
+    BackgroundTask<bool> m_writing;
+    bool m_hasFailed = false;
+};
+
+} // namespace nimbara

@@ -1,0 +1,184 @@
+#include "studio/services/spoken_verses.h"
+
+#include "bible/quotation.h"
+#include "bible/spoken_references.h"
+#include "translation/service/languages.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nimbara {
+
+namespace {
+
+const QString onAirSetting = QStringLiteral("spoken_verse_on_air");
+constexpr qsizetype keptLetters = 120; ///< of a phrase; no reference is longer
+
+} // namespace
+
+SpokenVerses::SpokenVerses(const Clock &clock, const Surroundings &surroundings)
+    : m_clock(clock)
+    , m_surroundings(surroundings)
+    , m_ready(bible::prepare())
+    , m_goesOnAir(surroundings.settings.value(onAirSetting, false).toBool())
+{
+    connect(&m_surroundings.translation, &TranslationDesk::understood, this, &SpokenVerses::hear);
+    connect(&m_surroundings.translation, &TranslationDesk::began, this, [this] {
+        m_before.clear();
+        m_announced.clear();
+        m_shown.clear();
+    });
+    m_surroundings.translation.setFinalText(
+        [this](const QString &original, const QString &translation) {
+            return captionFor(original, translation);
+        });
+}
+
+void SpokenVerses::setGoesOnAir(bool goes)
+{
+    m_goesOnAir = goes;
+    m_surroundings.settings.setValue(onAirSetting, goes);
+    Q_EMIT changed();
+}
+
+void SpokenVerses::hear(const QString &text, bool isGrowing)
+{
+    const QString source = m_surroundings.translation.source();
+    if (source.isEmpty()) {
+        return; // references are known in two languages
+    }
+    const QString before = nowMs() - m_beforeMs > cutMs ? QString() : m_before;
+    const QString whole = before.isEmpty() ? text : before + QLatin1Char(' ') + text;
+    const auto references = bible::findSpoken(whole,
+        source == QLatin1String("es") ? bible::spoken::Language::Spanish
+                                      : bible::spoken::Language::English,
+        isGrowing);
+    for (const bible::SpokenReference &each : references) {
+        if (each.to > before.size()) {
+            offer(each.passage, isGrowing);
+        }
+    }
+    if (!isGrowing) {
+        m_before = text.right(keptLetters);
+        m_beforeMs = nowMs();
+    }
+}
+
+void SpokenVerses::offer(const bible::Passage &passage, bool isGrowing)
+{
+    if (!isGrowing) {
+        announce(passage);
+    }
+    const bool isKnown = passage == m_lastOffer && nowMs() - m_lastOfferMs < againMs;
+    if (!isKnown) {
+        m_lastOffer = passage;
+        m_lastOfferMs = nowMs();
+        m_offered = bible::label(passage, m_surroundings.bibles.language());
+        m_isPrepared = false;
+        Q_EMIT changed();
+    }
+    if (m_goesOnAir && !isGrowing && !m_isPrepared && !m_offered.isEmpty()) {
+        prepare();
+        takeOnAir();
+    }
+}
+
+void SpokenVerses::announce(const bible::Passage &passage)
+{
+    const auto same = std::find_if(m_announced.begin(), m_announced.end(), [&](const auto &each) {
+        return each.passage == passage;
+    });
+    if (same != m_announced.end()) {
+        m_announced.erase(same);
+    }
+    m_announced.push_front({ passage, nowMs() });
+    if (m_announced.size() > mostAnnounced) {
+        m_announced.pop_back();
+    }
+}
+
+std::optional<LayerId> SpokenVerses::prepare()
+{
+    if (m_offered.isEmpty()) {
+        return std::nullopt;
+    }
+    const LayerId layer = m_surroundings.verses.quickVerseLayer();
+    m_prepared = layer;
+    m_isPrepared = true;
+    m_surroundings.bibles.lookUp(layer, m_offered);
+    Q_EMIT changed();
+    return layer;
+}
+
+void SpokenVerses::takeOnAir()
+{
+    const Scene &preview = *m_surroundings.stage.document.currentScene();
+    if (!m_prepared || findLayer(preview, *m_prepared) == nullptr) {
+        Q_EMIT said("Ningún versículo dicho está en PREVIEW: primero F3.");
+        return;
+    }
+    m_prepared.reset();
+    m_offered.clear();
+    m_isPrepared = false;
+    m_surroundings.program.take();
+    Q_EMIT changed();
+}
+
+void SpokenVerses::dismiss()
+{
+    m_offered.clear();
+    m_isPrepared = false;
+    Q_EMIT changed();
+}
+
+const bible::Bible *SpokenVerses::bibleOf(const QString &code) const
+{
+    if (code != QLatin1String("es") && code != QLatin1String("en")) {
+        return nullptr;
+    }
+    const bible::Bible &found = code == QLatin1String("es") ? bible::spanish() : bible::english();
+    return found.valid ? &found : nullptr;
+}
+
+QString SpokenVerses::captionFor(const QString &original, const QString &translation)
+{
+    if (m_announced.empty() || !m_ready.isFinished()) {
+        return translation;
+    }
+    const bible::Bible *source = bibleOf(m_surroundings.translation.source());
+    const bible::Bible *target
+        = bibleOf(languages::codeOf(m_surroundings.translation.targetName()));
+    if (source == nullptr || target == nullptr) {
+        return translation;
+    }
+    for (Announced &each : m_announced) {
+        if (nowMs() - each.ms > announcedMs) {
+            continue;
+        }
+        if (const auto verses = bible::versesRead(original, *source, each.passage);
+            !verses.isEmpty()) {
+            each.ms = nowMs();
+            return verseCaption(verses);
+        }
+    }
+    return translation;
+}
+
+QString SpokenVerses::verseCaption(const QList<bible::Passage> &verses)
+{
+    const QString code = languages::codeOf(m_surroundings.translation.targetName());
+    QStringList captions;
+    for (const bible::Passage &verse : verses) {
+        const QString label = bible::label(verse, code);
+        const auto shown = m_shown.find(label);
+        const bool isOn = shown != m_shown.end() && nowMs() - shown->second < shownMs;
+        m_shown[label] = nowMs();
+        if (!isOn) {
+            captions.append(bible::passageText(*bibleOf(code), verse) + QStringLiteral(" (") + label
+                + QLatin1Char(')'));
+        }
+    }
+    return captions.join(QLatin1Char(' '));
+}
+
+} // namespace nimbara

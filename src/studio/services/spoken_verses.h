@@ -1,0 +1,106 @@
+#pragma once
+
+#include "base/clock.h"
+#include "base/message.h"
+#include "bible/passage.h"
+#include "studio/edit/stage.h"
+#include "studio/programs/program_control.h"
+#include "studio/services/bible_desk.h"
+#include "studio/services/translation_desk.h"
+#include "studio/services/verse_desk.h"
+
+#include <QFuture>
+#include <QObject>
+#include <QSettings>
+#include <QString>
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+
+namespace nimbara {
+
+/// The references that the preacher says. The newest is offered to the operator, who puts it on
+/// PREVIEW and then on air; it goes there by itself only when that is wanted. Where an announced
+/// passage is being read, the caption carries the verse of the built-in Bible in the language of
+/// the screens, with its reference, in place of a translation. Interface thread only, which never
+/// waits.
+class SpokenVerses : public QObject {
+    Q_OBJECT
+public:
+    /// All must outlive this.
+    struct Surroundings {
+        Stage &stage;
+        ProgramControl &program;
+        VerseDesk &verses;
+        BibleDesk &bibles;
+        TranslationDesk &translation;
+        QSettings &settings;
+    };
+    /// A reference that was cut by the end of a phrase goes on within this.
+    static constexpr std::int64_t cutMs = 8000;
+    /// A passage that was announced is held against what is read for so long.
+    static constexpr std::int64_t announcedMs = 5LL * 60 * 1000;
+    /// What was offered is offered again after this.
+    static constexpr std::int64_t againMs = 60LL * 1000;
+    /// A verse that is read on is shown once; read again after this, it is shown again.
+    static constexpr std::int64_t shownMs = 20LL * 1000;
+    static constexpr std::size_t mostAnnounced = 3;
+
+    SpokenVerses(const Clock &clock, const Surroundings &surroundings);
+
+    /// The reference that is offered; empty: none is.
+    [[nodiscard]] const QString &offered() const { return m_offered; }
+    /// It is on PREVIEW.
+    [[nodiscard]] bool isPrepared() const { return m_isPrepared; }
+
+    /// Puts the reference on PREVIEW: into the front-most verse layer of its scene, or a new one.
+    /// Returns that layer; none without an offer.
+    std::optional<LayerId> prepare();
+    /// Sends PREVIEW to its program, when it shows the verse that was put there.
+    void takeOnAir();
+    void dismiss();
+
+    /// Finished references go on PREVIEW and on air by themselves.
+    [[nodiscard]] bool goesOnAir() const { return m_goesOnAir; }
+    void setGoesOnAir(bool goes);
+
+    /// What the caption of a phrase says: its translation, or the verses that are being read. Empty
+    /// while a verse that is on the screens is read on.
+    [[nodiscard]] QString captionFor(const QString &original, const QString &translation);
+
+Q_SIGNALS:
+    /// The offer, what became of it, or `goesOnAir`.
+    void changed();
+    /// One line for the operator.
+    void said(const nimbara::Message &text);
+
+private:
+    struct Announced {
+        bible::Passage passage;
+        std::int64_t ms = 0;
+    };
+    void hear(const QString &text, bool isGrowing);
+    void offer(const bible::Passage &passage, bool isGrowing);
+    void announce(const bible::Passage &passage);
+    [[nodiscard]] QString verseCaption(const QList<bible::Passage> &verses);
+    [[nodiscard]] const bible::Bible *bibleOf(const QString &code) const;
+    [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
+
+    const Clock &m_clock;
+    Surroundings m_surroundings;
+    QFuture<void> m_ready; ///< the built-in Bibles are loaded
+    QString m_before; ///< the end of the last phrase
+    std::int64_t m_beforeMs = 0;
+    bible::Passage m_lastOffer;
+    std::int64_t m_lastOfferMs = 0;
+    QString m_offered;
+    bool m_isPrepared = false;
+    bool m_goesOnAir = false;
+    std::optional<LayerId> m_prepared; ///< shows the verse that was put on PREVIEW last
+    std::deque<Announced> m_announced; ///< newest first
+    std::map<QString, std::int64_t> m_shown; ///< when each verse was in a caption, by its label
+};
+
+} // namespace nimbara

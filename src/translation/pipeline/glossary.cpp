@@ -1,0 +1,244 @@
+#include "translation/pipeline/glossary.h"
+
+#include "translation/pipeline/term_words.h"
+
+#include <QStringList>
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+using term_words::Word;
+
+/// The shortest names in which one and two letters may be wrong: a shorter one is soon another
+/// word.
+constexpr qsizetype oneWrongFrom = 8;
+constexpr qsizetype twoWrongFrom = 12;
+
+struct Place {
+    qsizetype first = -1; ///< word
+    qsizetype count = 0;
+    [[nodiscard]] bool isFound() const { return first >= 0; }
+};
+
+QString lettersOf(const QString &term)
+{
+    const QList<Word> words = term_words::wordsOf(term);
+    return term_words::joined(words, 0, words.size());
+}
+
+QString textAt(const QString &text, const QList<Word> &words, const Place &place)
+{
+    const qsizetype from = words.at(place.first).from;
+    return text.mid(from, words.at(place.first + place.count - 1).to - from);
+}
+
+/// The first run of words, from `start` on, that fits; a term may come back with its words run
+/// together or with one more blank.
+template <typename Fits>
+Place findRun(const QList<Word> &words, const QString &term, qsizetype start, Fits fits)
+{
+    const qsizetype most = term_words::wordsOf(term).size() + 1;
+    for (qsizetype first = start; first < words.size(); ++first) {
+        for (qsizetype count = 1; count <= std::min(most, words.size() - first); ++count) {
+            if (fits(term_words::joined(words, first, count), Place { first, count })) {
+                return { first, count };
+            }
+        }
+    }
+    return {};
+}
+
+Place findTerm(const QString &text, const QString &term)
+{
+    const QString letters = lettersOf(term);
+    return findRun(term_words::wordsOf(text), term, 0, [&](const QString &run, const Place &) {
+        return run == letters;
+    });
+}
+
+bool contains(const QString &text, const QString &term)
+{
+    return findTerm(text, term).isFound();
+}
+
+bool isCapital(const QString &text)
+{
+    return !text.isEmpty() && text.front().isUpper();
+}
+
+/// A name with so few wrong letters that it can be no other word, and is no other term.
+Place findNear(const QString &text, const QString &term, const QSet<QString> &known)
+{
+    const QString letters = lettersOf(term);
+    const qsizetype allowed = letters.size() >= twoWrongFrom ? 2
+        : letters.size() >= oneWrongFrom                     ? 1
+                                                             : 0;
+    if (allowed == 0 || !isCapital(term)) {
+        return {};
+    }
+    const QList<Word> words = term_words::wordsOf(text);
+    return findRun(words, term, 0, [&](const QString &run, const Place &place) {
+        return run.front() == letters.front() && !known.contains(run)
+            && isCapital(textAt(text, words, place))
+            && term_words::distance(run, letters, allowed) <= allowed;
+    });
+}
+
+bool beginsSentence(const QString &text, qsizetype at)
+{
+    const QString before = text.left(at).trimmed();
+    return before.isEmpty() || QStringLiteral(".!?¡¿:").contains(before.back());
+}
+
+/// The term in the case of what stands in its place.
+QString inCaseOf(const QString &found, const QString &term, bool beginsSentence)
+{
+    if (found.size() > 1 && found == found.toUpper() && found != found.toLower() && found != term) {
+        return term.toUpper();
+    }
+    if (beginsSentence && isCapital(found)) {
+        return term.left(1).toUpper() + term.mid(1);
+    }
+    return term;
+}
+
+QString replaced(const QString &text, const Place &place, const QString &term)
+{
+    const QList<Word> words = term_words::wordsOf(text);
+    const QList<Word> termWords = term_words::wordsOf(term);
+    Place whole = place;
+    // "the Santa Cena" becomes "the Lord's Supper", with one article.
+    if (place.first > 0 && termWords.size() > 1
+        && words.at(place.first - 1).folded == termWords.front().folded) {
+        whole = { place.first - 1, place.count + 1 };
+    }
+    const qsizetype from = words.at(whole.first).from;
+    const qsizetype to = words.at(whole.first + whole.count - 1).to;
+    const QString put = inCaseOf(textAt(text, words, whole), term, beginsSentence(text, from));
+    return text.left(from) + put + text.mid(to);
+}
+
+/// Writes the term as it is written wherever only blanks, accents and apostrophes differ.
+QString respelled(QString text, const QString &term)
+{
+    const QString letters = lettersOf(term);
+    for (qsizetype start = 0;;) {
+        const QList<Word> words = term_words::wordsOf(text);
+        const Place place
+            = findRun(words, term, start, [&](const QString &run, const Place & /*place*/) {
+                  return run == letters;
+              });
+        if (!place.isFound()) {
+            return text;
+        }
+        const QString found = textAt(text, words, place);
+        // "tomas" is a verb where "Tomás" is a name.
+        const bool isOther = place.count == 1 && term_words::wordsOf(term).size() == 1
+            && isCapital(found) != isCapital(term);
+        if (!isOther && found.toCaseFolded() != term.toCaseFolded()) {
+            const qsizetype from = words.at(place.first).from;
+            text = text.left(from) + inCaseOf(found, term, beginsSentence(text, from))
+                + text.mid(from + found.size());
+        }
+        start = place.first + 1;
+    }
+}
+
+QString codeOf(const QString &language)
+{
+    const QString name = language.trimmed().toCaseFolded();
+    if (name == QLatin1String("spanish")) {
+        return QStringLiteral("es");
+    }
+    return name == QLatin1String("english") ? QStringLiteral("en") : QString();
+}
+
+} // namespace
+
+Glossary::Glossary(const Terms &terms, const QString &source, const QString &target)
+{
+    const QString wanted = target.trimmed().toCaseFolded();
+    for (const Term &term : terms) {
+        const QString said = term.said.simplified();
+        const QString shown = term.shown.simplified().isEmpty() ? said : term.shown.simplified();
+        const QString language = term.language.trimmed().toCaseFolded();
+        if (lettersOf(said).isEmpty() || lettersOf(shown).isEmpty()) {
+            continue;
+        }
+        if (language.isEmpty() || language == wanted) {
+            m_pairs.push_back({ said, shown });
+        } else if (!source.isEmpty() && codeOf(language) == source) {
+            m_pairs.push_back({ shown, said });
+        }
+    }
+    for (const Pair &pair : m_pairs) {
+        m_known.insert(lettersOf(pair.from));
+        m_known.insert(lettersOf(pair.to));
+    }
+    // A term within another one must not be taken for it.
+    std::stable_sort(m_pairs.begin(), m_pairs.end(), [](const Pair &a, const Pair &b) {
+        return a.from.size() > b.from.size();
+    });
+}
+
+QString Glossary::prompt() const
+{
+    QStringList fitting;
+    qsizetype letters = 0;
+    for (const Pair &pair : m_pairs) {
+        if (letters + pair.from.size() + 2 <= maxPrompt) {
+            fitting.append(pair.from);
+            letters += pair.from.size() + 2;
+        }
+    }
+    return fitting.join(QStringLiteral(", "));
+}
+
+QString Glossary::toldFor(const QString &text) const
+{
+    QStringList told;
+    for (const Pair &pair : m_pairs) {
+        if (told.size() < maxTold && contains(text, pair.from)) {
+            told.append(pair.from + QStringLiteral(" → ") + pair.to);
+        }
+    }
+    return told.join(QLatin1Char('\n'));
+}
+
+QString Glossary::mended(const QString &transcript) const
+{
+    QString text = transcript;
+    for (const Pair &pair : m_pairs) {
+        text = respelled(text, pair.from);
+        if (const Place near = findNear(text, pair.from, m_known);
+            near.isFound() && !contains(text, pair.from)) {
+            text = replaced(text, near, pair.from);
+        }
+    }
+    return text;
+}
+
+QString Glossary::held(const QString &original, const QString &translation) const
+{
+    QString text = translation;
+    for (const Pair &pair : m_pairs) {
+        if (!contains(original, pair.from)) {
+            continue;
+        }
+        text = respelled(text, pair.to);
+        if (contains(text, pair.to)) {
+            continue;
+        }
+        Place place = findTerm(text, pair.from);
+        place = place.isFound() ? place : findNear(text, pair.to, m_known);
+        if (place.isFound()) {
+            text = replaced(text, place, pair.to);
+        }
+    }
+    return text;
+}
+
+} // namespace nimbara

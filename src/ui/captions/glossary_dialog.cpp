@@ -1,0 +1,146 @@
+#include "ui/captions/glossary_dialog.h"
+
+#include "base/i18n.h"
+#include "ui/kit/controls.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QShortcut>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+
+#include <set>
+
+namespace nimbara {
+
+namespace {
+
+enum Column { Said, Shown, Language, Columns };
+
+} // namespace
+
+GlossaryDialog::GlossaryDialog(Document &document,
+    std::function<QString()> language,
+    QWidget *parent)
+    : QDialog(parent)
+    , m_document(document)
+    , m_language(std::move(language))
+    , m_table(named(new QTableWidget(0, Columns), "glossary", nimbara_i18n::tr("Glosario")))
+{
+    setObjectName(QStringLiteral("glossaryDialog"));
+    setWindowTitle(nimbara_i18n::tr("Glosario"));
+    resize(640, 420);
+    m_table->setHorizontalHeaderLabels({ nimbara_i18n::tr("Nombre o término"),
+        nimbara_i18n::tr("Traducción (vacía: igual)"),
+        nimbara_i18n::tr("Idioma (vacío: todos)") });
+    m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    m_table->verticalHeader()->hide();
+    m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    auto *remove = makeButton("Quitar", "removeTerms");
+    auto *close = makeButton("Cerrar", "closeGlossary");
+    remove->setAutoDefault(false); // Return ends the edit of a cell
+    close->setAutoDefault(false);
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(remove);
+    buttons->addStretch();
+    buttons->addWidget(close);
+    auto *column = new QVBoxLayout(this);
+    column->addWidget(
+        makeNote("Nombres y términos de tu iglesia: se dicen a la IA, y se corrigen si "
+                 "vuelven escritos de otra forma. Se guardan en el proyecto."));
+    column->addWidget(m_table);
+    column->addLayout(buttons);
+    showTerms();
+    addShortcuts();
+    connect(m_table, &QTableWidget::cellChanged, this, &GlossaryDialog::takeEdit);
+    connect(remove, &QPushButton::clicked, this, &GlossaryDialog::removeSelected);
+    connect(close, &QPushButton::clicked, this, &QDialog::close);
+    connect(&m_document, &Document::changed, this, [this](const Change &change) {
+        if (change.terms && terms() != m_document.project().terms) {
+            showTerms();
+        }
+    });
+}
+
+void GlossaryDialog::addShortcuts()
+{
+    connect(new QShortcut(QKeySequence::Undo, this),
+        &QShortcut::activated,
+        &m_document,
+        &Document::undo);
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), this),
+        &QShortcut::activated,
+        &m_document,
+        &Document::redo);
+}
+
+void GlossaryDialog::showTerms()
+{
+    const QSignalBlocker blocker(m_table);
+    m_table->setRowCount(0);
+    for (const Term &term : m_document.project().terms) {
+        appendRow(term);
+    }
+    appendRow({});
+}
+
+void GlossaryDialog::appendRow(const Term &term)
+{
+    const int row = m_table->rowCount();
+    m_table->insertRow(row);
+    m_table->setItem(row, Said, new QTableWidgetItem(term.said));
+    m_table->setItem(row, Shown, new QTableWidgetItem(term.shown));
+    m_table->setItem(row, Language, new QTableWidgetItem(term.language));
+}
+
+QString GlossaryDialog::textAt(int row, int column) const
+{
+    const QTableWidgetItem *item = m_table->item(row, column);
+    return item == nullptr ? QString() : item->text().simplified().left(Project::maxTermLength);
+}
+
+Terms GlossaryDialog::terms() const
+{
+    Terms terms;
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        if (const QString said = textAt(row, Said);
+            !said.isEmpty() && terms.size() < Project::maxTerms) {
+            terms.append({ said, textAt(row, Shown), textAt(row, Language) });
+        }
+    }
+    return terms;
+}
+
+/// A term that is new is of the language that is translated into now.
+void GlossaryDialog::takeEdit(int row)
+{
+    const bool isNew = row == m_table->rowCount() - 1 && !textAt(row, Said).isEmpty();
+    if (isNew) {
+        const QSignalBlocker blocker(m_table);
+        if (textAt(row, Language).isEmpty()) {
+            m_table->item(row, Language)->setText(m_language());
+        }
+        appendRow({});
+    }
+    m_document.setTerms(terms());
+}
+
+void GlossaryDialog::removeSelected()
+{
+    std::set<int> rows;
+    for (const QTableWidgetItem *item : m_table->selectedItems()) {
+        rows.insert(item->row());
+    }
+    {
+        const QSignalBlocker blocker(m_table);
+        for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+            m_table->removeRow(*row);
+        }
+        if (m_table->rowCount() == 0 || !textAt(m_table->rowCount() - 1, Said).isEmpty()) {
+            appendRow({});
+        }
+    }
+    m_document.setTerms(terms());
+}
+
+} // namespace nimbara

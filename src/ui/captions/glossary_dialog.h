@@ -1,0 +1,34 @@
+#pragma once
+
+#include "studio/edit/document.h"
+
+#include <QDialog>
+#include <QTableWidget>
+
+#include <functional>
+
+namespace nimbara {
+
+/// The glossary of the project as a table. Each change is a step of undo of the document, and what
+/// others change is shown. Stays open beside the window.
+class GlossaryDialog : public QDialog {
+    Q_OBJECT
+public:
+    /// `document` must outlive the dialog. `language`: what a new term is translated into.
+    GlossaryDialog(Document &document, std::function<QString()> language, QWidget *parent);
+
+private:
+    void showTerms();
+    void appendRow(const Term &term);
+    [[nodiscard]] Terms terms() const;
+    [[nodiscard]] QString textAt(int row, int column) const;
+    void takeEdit(int row);
+    void removeSelected();
+    void addShortcuts();
+
+    Document &m_document;
+    std::function<QString()> m_language;
+    QTableWidget *m_table; ///< the last row is empty, for a new term
+};
+
+} // namespace nimbara

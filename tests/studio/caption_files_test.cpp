@@ -1,0 +1,174 @@
+#include "studio/services/caption_files.h"
+#include "studio/studio_fixture.h"
+#include "support/test_registry.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+QString contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+/// When the picture of a recording is no longer black, in seconds.
+double firstLight(const QString &path)
+{
+    QProcess ffmpeg;
+    ffmpeg.start(u"ffmpeg"_s,
+        { u"-i"_s, path, u"-vf"_s, u"blackdetect=d=0.05"_s, u"-an"_s, u"-f"_s, u"null"_s, u"-"_s });
+    ffmpeg.waitForFinished();
+    static const QRegularExpression end(u"black_end:([0-9.]+)"_s);
+    return end.match(QString::fromUtf8(ffmpeg.readAllStandardError())).captured(1).toDouble();
+}
+
+/// A translation from Spanish into English, without a recording.
+struct Service {
+    QTemporaryDir folder;
+    ManualClock clock;
+    CaptionFiles files { clock, folder.filePath(u"none/yet"_s) };
+
+    Service() { files.begin({ u"es"_s, u"Spanish"_s }, { u"en"_s, u"English"_s }); }
+    void wait(std::int64_t ms) { clock.advanceUs(ms * 1000); }
+    bool writes()
+    {
+        files.poll();
+        return QTest::qWaitFor([this] {
+            files.poll();
+            return contents(all("html")).count(u"<tr>"_s) > 1;
+        });
+    }
+    /// Of all files with this end; there is one.
+    [[nodiscard]] QString all(const char *end) const
+    {
+        const QDir dir(folder.filePath(u"none/yet"_s));
+        const QStringList found = dir.entryList({ u"*."_s + QLatin1String(end) });
+        return found.size() == 1 ? dir.filePath(found.first()) : QString();
+    }
+    [[nodiscard]] QString text(const char *end) const { return contents(all(end)); }
+};
+
+} // namespace
+
+class CaptionFilesTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void writesBothLanguages()
+    {
+        Service service;
+        service.wait(1000);
+        service.files.addPhrase(u"Gracia."_s, u"Grace."_s, true);
+        service.wait(2000);
+        service.files.addPhrase(u"Paz."_s, u"Peace."_s, true);
+        QVERIFY(service.files.finish(10s));
+        QCOMPARE(service.text("es.srt"),
+            u"1\n00:00:01,000 --> 00:00:03,000\nGracia.\n\n"
+            "2\n00:00:03,000 --> 00:00:03,001\nPaz.\n\n"_s);
+        QCOMPARE(service.text("en.vtt"),
+            u"WEBVTT\n\n00:00:01.000 --> 00:00:03.000\nGrace.\n\n"
+            "00:00:03.000 --> 00:00:03.001\nPeace.\n\n"_s);
+        QCOMPARE(service.text("es.txt") + service.text("en.txt"),
+            u"Gracia.\nPaz.\nGrace.\nPeace.\n"_s);
+        QVERIFY(service.text("html").contains(u"<td>0:00:03</td><td>Paz.</td><td>Peace.</td>"_s));
+    }
+
+    /// What is on the screens when the program dies is all that is missing, and not for long.
+    void losesOneCaptionAtMost()
+    {
+        Service service;
+        service.files.addPhrase(u"uno"_s, u"one"_s, false);
+        service.files.showBlock(u"one"_s);
+        service.wait(1500);
+        service.files.showBlock(u"two,\nthree"_s);
+        QVERIFY(service.writes());
+        QVERIFY(service.text("en.srt").endsWith(u"00:00:01,500\none\n\n"_s));
+        service.wait(CaptionFiles::longestMs);
+        service.files.poll();
+        QTRY_VERIFY(service.text("en.srt").endsWith(u"00:00:09,500\ntwo,\nthree\n\n"_s));
+        service.wait(60'000); // silence
+        QVERIFY(service.files.finish(10s));
+        QCOMPARE(service.text("en.srt").count(u"-->"_s), 2);
+    }
+
+    /// On the clock of its pictures, and in files of its own.
+    void followsTheRecording()
+    {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(u"Culto.webm"_s);
+        QFile other(folder.filePath(u"Culto.en.srt"_s));
+        QVERIFY(other.open(QIODevice::WriteOnly) && other.write("kept") == 4);
+        other.close();
+        StudioFixture desk;
+        const auto &recording = desk.studio.outputs().recording();
+        desk.studio.stage().program.setFadeEnabled(false);
+        Q_EMIT desk.studio.translation().began();
+        desk.frame();
+        desk.studio.recordings().start(path);
+        const auto pictures = [&recording] {
+            const auto figures = recording.figures();
+            return figures ? figures->pictures : 0;
+        };
+        const auto run = [&](int frames) { // no faster than they are encoded
+            for (; frames > 0; --frames) {
+                const auto before = pictures();
+                desk.frame();
+                QVERIFY(QTest::qWaitFor([&] { return pictures() > before; }));
+            }
+        };
+        QVERIFY(desk.runUntil([&] { return pictures() > 0; }));
+        run(30);
+        Layer light = newLayer(LayerKind::Color);
+        light.fill = Qt::white;
+        desk.take({ light });
+        Q_EMIT desk.studio.translation().captionShown({ u"Light"_s, u"Luz"_s, {} });
+        run(20);
+        desk.studio.recordings().finish();
+        QVERIFY(desk.runUntil([&] { return !recording.exists(); }));
+        desk.studio.shutDown();
+        const QString cue = contents(folder.filePath(u"Culto.es.srt"_s));
+        QVERIFY2(cue.endsWith(u"\nLuz\n\n"_s), qPrintable(cue));
+        const double from = QStringView(cue)
+                                .mid(cue.indexOf(u"00:00:"_s) + 6, 6)
+                                .toString()
+                                .replace(u',', u'.')
+                                .toDouble();
+        const double seen = firstLight(path);
+        QVERIFY2(seen > 0.5 && std::abs(from - seen) < 0.1,
+            qPrintable(u"%1 against %2"_s.arg(from).arg(seen)));
+        QCOMPARE(contents(other.fileName()), u"kept"_s);
+        QVERIFY(contents(folder.filePath(u"Culto.en 2.srt"_s)).contains(u"Light"_s));
+    }
+
+    void tellsOfADiskThatTakesNothing()
+    {
+        QTemporaryDir folder;
+        QFile file(folder.filePath(u"wall"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        ManualClock clock;
+        CaptionFiles files(clock, file.fileName()); // no folder can be there
+        QStringList told;
+        connect(&files, &CaptionFiles::failed, this, [&](const Message &reason) {
+            told.append(reason.spanish());
+        });
+        files.begin({ u"es"_s, u"Spanish"_s }, { u"en"_s, u"English"_s });
+        for (int i = 0; i < 3; ++i) {
+            files.addPhrase(u"uno"_s, u"one"_s, true);
+            files.finish(10s);
+        }
+        QCOMPARE(told.size(), 1);
+        QVERIFY(told.first().contains(file.fileName()));
+    }
+};
+
+NIMBARA_TEST(CaptionFilesTest)
+#include "caption_files_test.moc"

@@ -1,0 +1,123 @@
+#include "bible/builtin.h"
+#include "studio/studio_fixture.h"
+#include "support/test_registry.h"
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A studio that translates from Spanish into English.
+struct SermonDesk : StudioFixture {
+    SpokenVerses &verses;
+
+    SermonDesk()
+        : verses(studio.spokenVerses())
+    {
+        bible::prepare().waitForFinished();
+        studio.settings().setValue(u"bible_choice"_s, u"es"_s);
+        studio.translation().chooseTarget(u"English"_s);
+        studio.stage().program.setFadeEnabled(false);
+        verses.setGoesOnAir(false);
+    }
+    void hear(const QString &text, bool isGrowing = false)
+    {
+        Q_EMIT studio.translation().understood(text, isGrowing);
+    }
+    /// The verses of a scene; none is none.
+    static QString versesIn(const ScenePtr &scene)
+    {
+        QStringList references;
+        for (const Layer &layer : scene ? scene->layers : std::vector<Layer>()) {
+            if (layer.kind == LayerKind::Verse) {
+                references.append(layer.name);
+            }
+        }
+        return references.join(u'|');
+    }
+    [[nodiscard]] QString onPreview() { return versesIn(studio.document().currentScene()); }
+    [[nodiscard]] QString onAir() { return versesIn(studio.stage().program.streams()); }
+};
+
+} // namespace
+
+class SpokenVersesTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup() { QSettings(u"Halvenmoor"_s, u"NimbaraStudio"_s).clear(); }
+
+    /// One key for PREVIEW, another one for the air; nothing by itself.
+    void theOperatorShowsWhatIsNamed()
+    {
+        SermonDesk desk;
+        desk.hear(u"abramos en Juan tres"_s, true);
+        QCOMPARE(desk.verses.offered(), QString());
+        desk.hear(u"abramos en Juan tres dieciséis"_s, true);
+        QCOMPARE(desk.verses.offered(), u"Juan 3:16"_s);
+        QCOMPARE(desk.onPreview() + desk.onAir(), QString());
+        desk.verses.takeOnAir();
+        QVERIFY(desk.told("primero F3") && desk.onAir().isEmpty());
+        QVERIFY(desk.verses.prepare());
+        QCOMPARE(desk.onPreview(), u"Juan 3:16"_s);
+        desk.hear(u"abramos en Juan tres dieciséis."_s); // the same, now it is finished
+        QVERIFY(desk.verses.isPrepared() && desk.onAir().isEmpty());
+        desk.verses.takeOnAir();
+        QVERIFY(desk.runUntil([&] { return desk.onAir() == u"Juan 3:16"_s; }));
+        QCOMPARE(desk.verses.offered(), QString());
+        desk.hear(u"Y en Romanos ocho uno"_s);
+        QCOMPARE(desk.verses.offered(), u"Romanos 8:1"_s);
+        desk.verses.dismiss();
+        desk.hear(u"Sí, en Romanos ocho uno"_s); // it was dismissed
+        QCOMPARE(desk.verses.offered(), QString());
+        QCOMPARE(desk.onAir(), u"Juan 3:16"_s);
+    }
+
+    void joinsWhatAPhraseHasCut()
+    {
+        for (const auto &[afterMs, offered] :
+            { std::pair(2000, u"1 Corintios 13:4-7"_s), std::pair(20'000, QString()) }) {
+            SermonDesk desk;
+            desk.hear(u"primera de Corintios trece,"_s);
+            desk.verses.dismiss();
+            desk.clock.advanceUs(afterMs * 1000);
+            desk.hear(u"del cuatro al siete"_s);
+            QCOMPARE(desk.verses.offered(), offered);
+        }
+    }
+
+    void goesOnAirByItselfWhenWanted()
+    {
+        SermonDesk desk;
+        desk.verses.setGoesOnAir(true);
+        desk.hear(u"leamos Juan tres dieciséis"_s, true); // more may come
+        QVERIFY(desk.onPreview().isEmpty());
+        desk.hear(u"leamos Juan tres dieciséis"_s);
+        QVERIFY(desk.runUntil([&] { return desk.onAir() == u"Juan 3:16"_s; }));
+    }
+
+    /// Each verse once, in the Bible of the screens; all else as it is translated.
+    void captionsCarryTheVerse()
+    {
+        SermonDesk desk;
+        const QString quote
+            = u"porque de tal manera amó Dios al mundo que ha dado a su Hijo unigénito"_s;
+        QCOMPARE(desk.verses.captionFor(quote, u"x"_s), u"x"_s); // nobody has named it
+        desk.hear(u"Juan tres dieciséis."_s);
+        const QString caption = desk.verses.captionFor(quote, u"x"_s);
+        QVERIFY2(caption.startsWith(u"For God so loved the world"_s), qPrintable(caption));
+        QVERIFY(caption.endsWith(u" (John 3:16)"_s));
+        QCOMPARE(desk.verses.captionFor(
+                     u"para que todo aquel que en él cree no se pierda, mas tenga vida eterna"_s,
+                     u"x"_s),
+            QString());
+        QCOMPARE(desk.verses.captionFor(u"Hermanos, ese amor cambia la vida."_s, u"y"_s), u"y"_s);
+        desk.clock.advanceUs((SpokenVerses::shownMs + 1) * 1000);
+        QCOMPARE(desk.verses.captionFor(quote, u"x"_s), caption); // read again
+        desk.studio.translation().chooseTarget(u"Portuguese"_s);
+        QCOMPARE(desk.verses.captionFor(quote, u"x"_s), u"x"_s); // no such Bible is built in
+    }
+};
+
+NIMBARA_TEST(SpokenVersesTest)
+#include "spoken_verses_test.moc"

@@ -67,6 +67,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const Message &text) { status(text); })
     , m_bibles({ m_verses, m_translation, m_secrets, m_settings })
     , m_verseSteps({ m_stage, m_program, m_verses, m_bibles })
+    , m_passages({ m_stage.document, m_verses, m_bibles, m_settings })
     , m_verseFinder(m_bibles, peers.cacheFolder)
     , m_schedule(clock.monotonicUs())
 {

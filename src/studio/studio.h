@@ -19,6 +19,7 @@
 #include "studio/projects/project_desk.h"
 #include "studio/projects/work_safety.h"
 #include "studio/services/bible_desk.h"
+#include "studio/services/passage_desk.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
 #include "studio/services/verse_finder.h"
@@ -83,6 +84,7 @@ public:
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
+    [[nodiscard]] PassageDesk &passages() { return m_passages; }
     [[nodiscard]] VerseFinder &verseFinder() { return m_verseFinder; }
     [[nodiscard]] VerseSteps &verseSteps() { return m_verseSteps; }
     [[nodiscard]] WorkSafety &safety() { return m_safety; }
@@ -155,6 +157,7 @@ private:
     VerseDesk m_verses;
     BibleDesk m_bibles;
     VerseSteps m_verseSteps;
+    PassageDesk m_passages;
     VerseFinder m_verseFinder;
     Notices m_notices;
     WakeLock m_wakeLock;

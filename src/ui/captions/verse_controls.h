@@ -2,6 +2,7 @@
 
 #include "studio/studio.h"
 #include "ui/captions/bible_group.h"
+#include "ui/editor/passage_box.h"
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
 #include "ui/kit/error_guard.h"
@@ -27,11 +28,14 @@ public:
 
     /// A page on or back of the selected verse, see `VerseSteps::step`.
     void stepPage(VerseSteps::Direction direction);
+    /// Shows the passages of the service.
+    void showPassages();
 
 private:
     void showChoice();
     void connectViews();
     void connectTyping();
+    void connectPassages();
     void suggest(VerseField *field, const QString &typed);
     void showVerse(LayerId layer, const QString &typed);
     void showQuickVerse(const QString &typed);
@@ -41,9 +45,11 @@ private:
     VerseDesk &m_verses;
     VerseSteps &m_steps;
     VerseFinder &m_finder;
+    PassageDesk &m_passages;
     QPointer<VerseField> m_typedIn; ///< what was last typed into
     const ErrorGuard &m_guard;
     Views m_views;
+    PassageBox *m_box; ///< the tab's
 };
 
 } // namespace nimbara

@@ -320,6 +320,10 @@ void StudioWindow::connectShortcuts()
             m_verses->stepPage(direction);
         });
     }
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), this),
+        &QShortcut::activated,
+        this,
+        [this] { m_verses->showPassages(); });
     Document *document = &m_studio.document();
     connect(new QShortcut(QKeySequence::Undo, this),
         &QShortcut::activated,

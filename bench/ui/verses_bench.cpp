@@ -79,6 +79,38 @@ std::string windowLookUp(WatchedWindow &window, const char *name, const QString 
     return text.data();
 }
 
+/// Psalm 119 on air in both programs, a page ten times a second.
+std::string tellSteps()
+{
+    const QTemporaryDir home;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, home.path());
+    bible::prepare().waitForFinished();
+    WatchedWindow window;
+    for (const int set : { 1, 0 }) {
+        window.studio().program().setEditSet(set);
+        windowLookUp(window, "on air", QStringLiteral("Salmos 119"));
+        window.studio().program().take();
+    }
+    WatchedWindow::Figures worst;
+    int steps = 0;
+    for (; steps < 60; ++steps) {
+        window.press("pageOn");
+        const WatchedWindow::Figures after = window.runFor(100ms);
+        worst.turn = std::max(worst.turn, after.turn);
+        worst.gap = std::max(worst.gap, after.gap);
+        worst.missed += after.missed;
+    }
+    std::array<char, 100> text {};
+    std::snprintf(text.data(),
+        text.size(),
+        "%d steps: longest turn %.1f ms, picture gap %.1f ms, missed %llu",
+        steps,
+        worst.turn,
+        worst.gap,
+        worst.missed);
+    return text.data();
+}
+
 /// What lookups cost the interface, a short one for comparison first; then the time that loading
 /// takes where nothing waits for it, and the memory of both Bibles.
 std::string tellVerses()
@@ -111,3 +143,4 @@ std::string tellVerses()
 } // namespace
 
 NIMBARA_BENCH_CASE("verses", tellVerses)
+NIMBARA_BENCH_CASE("verse-steps", tellSteps)

@@ -21,7 +21,6 @@ constexpr TextPair pairs[] = {
     TextPair { "Nombre o término", "Name or term" },
     TextPair { "Traducción (vacía: igual)", "Translation (empty: the same)" },
     TextPair { "Idioma (vacío: todos)", "Language (empty: all)" },
-    TextPair { "Quitar", "Remove" },
     TextPair {
         "Nombres y términos de tu iglesia: se dicen a la IA, y se corrigen si vuelven escritos "
         "de otra forma. Se guardan en el proyecto.",

@@ -70,7 +70,9 @@ QString label(const Passage &passage, const QString &lang)
     return text;
 }
 
-QString passageText(const Bible &bible, const Passage &passage)
+namespace {
+
+QString textOf(const Bible &bible, const Passage &passage, bool withEmpty)
 {
     std::int32_t count = 0;
     forEachVerse(passage, [&count](std::int32_t, std::int32_t) { ++count; });
@@ -80,12 +82,27 @@ QString passageText(const Bible &bible, const Passage &passage)
     forEachVerse(passage, [&](std::int32_t chapter, std::int32_t verse) {
         const QString text = verseText(bible, { passage.book, chapter, verse, verse });
         found = found || !text.isEmpty();
+        if (text.isEmpty() && !withEmpty) {
+            return;
+        }
         const bool turns = chapterBefore != 0 && chapter != chapterBefore;
         chapterBefore = chapter;
         const QString number = turns ? place(chapter, verse) : QString::number(verse);
         pieces << (count > 1 ? number + QLatin1Char(' ') + text : text);
     });
     return found ? pieces.join(QLatin1Char(' ')) : QString();
+}
+
+} // namespace
+
+QString passageText(const Bible &bible, const Passage &passage)
+{
+    return textOf(bible, passage, true);
+}
+
+QString presentText(const Bible &bible, const Passage &passage)
+{
+    return textOf(bible, passage, false);
 }
 
 } // namespace bible

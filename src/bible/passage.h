@@ -44,4 +44,7 @@ QString label(const Passage &passage, const QString &lang);
 /// of every further chapter is numbered "4:1". Empty when the Bible has none of it.
 QString passageText(const Bible &bible, const Passage &passage);
 
+/// The same without the numbers of verses that the Bible leaves empty.
+QString presentText(const Bible &bible, const Passage &passage);
+
 } // namespace bible

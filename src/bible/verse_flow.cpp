@@ -157,6 +157,11 @@ VerseUpdate builtInVerse(const Bible &bible, const Passage &passage, const QStri
     return { name, text, name + dot() + bible.name };
 }
 
+QString referenceLine(const Bible &bible, const Passage &passage)
+{
+    return label(passage, bible.lang) + dot() + bible.name;
+}
+
 VerseOutcome passageOutcome(const Passage &passage,
     const QString &listed,
     const QString &text,

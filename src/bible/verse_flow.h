@@ -66,6 +66,9 @@ QString choiceFor(const QString &bible, const QString &choice, const QString &li
 /// Bible is broken or has no such text.
 VerseUpdate builtInVerse(const Bible &bible, const Passage &passage, const QString &lang);
 
+/// "John 3:16 · King James Version", in the Bible's own language.
+QString referenceLine(const Bible &bible, const Passage &passage);
+
 /// What becomes of an online reply: the new contents of the layer, nothing when the built-in text
 /// stays, and the message for the status line.
 struct VerseOutcome {

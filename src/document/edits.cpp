@@ -151,10 +151,7 @@ struct Application {
         return changedLayer(scenes, edit.layer, [&edit](Scene &scene, std::size_t place) {
             Layer &layer = scene.layers[place];
             if (layer.kind == LayerKind::Verse) {
-                layer.text = edit.text;
-                layer.reference = edit.reference;
-                layer.name = edit.name.value_or(layer.name);
-                layer.page = edit.page;
+                setVerse(layer, edit);
             }
         });
     }
@@ -225,6 +222,16 @@ ScenePtr amended(const ScenePtr &scene, const std::vector<SetVerse> &verses)
         alone = applied(alone, verse);
     }
     return alone.of(SceneSet::Streams).front();
+}
+
+void setVerse(Layer &layer, const SetVerse &verse)
+{
+    layer.text = verse.text;
+    layer.reference = verse.reference;
+    layer.name = verse.name.value_or(layer.name);
+    layer.page = verse.page;
+    layer.secondText = verse.second.text;
+    layer.secondReference = verse.second.reference;
 }
 
 const char *stepName(const Edit &edit)

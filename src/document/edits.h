@@ -59,6 +59,13 @@ struct SetImage {
     LayerId layer;
     QString path;
 };
+/// A passage in the second Bible of a layer; empty where that has none.
+struct SecondText {
+    QString text;
+    QString reference;
+
+    bool operator==(const SecondText &) const = default;
+};
 /// A verse that was looked up, or another page of it. Changes verse layers alone.
 struct SetVerse {
     LayerId layer;
@@ -66,6 +73,9 @@ struct SetVerse {
     QString reference;
     std::optional<QString> name;
     std::int32_t page = 0;
+    SecondText second {};
+
+    bool operator==(const SetVerse &) const = default;
 };
 
 /// Files that were found elsewhere, old absolute path → new one: every layer that names one
@@ -92,6 +102,9 @@ SceneSets applied(const SceneSets &scenes, const Edit &edit);
 /// A scene that stands alone, such as one on air, with those of its verse layers changed; the very
 /// same one when nothing changes. None stays none.
 ScenePtr amended(const ScenePtr &scene, const std::vector<SetVerse> &verses);
+
+/// What the edit of a verse makes of a verse layer.
+void setVerse(Layer &layer, const SetVerse &verse);
 
 /// The edit's name in the steps of undo: a key of the text table.
 const char *stepName(const Edit &edit);

@@ -102,6 +102,53 @@ std::int32_t withHorizontalAlign(std::int32_t bits, HorizontalAlign choice)
     }
 }
 
+Layer shownVerse(Layer layer)
+{
+    const bool hasBoth = !layer.text.isEmpty() && !layer.secondText.isEmpty();
+    const bool showsSecond
+        = layer.text.isEmpty() || (hasBoth && layer.shows == shown_bibles::second);
+    if (showsSecond && !layer.secondText.isEmpty()) {
+        layer.text = layer.secondText;
+        layer.reference = layer.secondReference;
+    }
+    if (!hasBoth || layer.shows != shown_bibles::both) {
+        layer.secondText.clear();
+        layer.secondReference.clear();
+        layer.arrangement = arrange::above;
+    }
+    layer.second.clear();
+    layer.shows = shown_bibles::both;
+    return layer;
+}
+
+Layer verseStyleOf(const Layer &layer)
+{
+    Layer bare;
+    bare.id = {};
+    bare.source = {};
+    bare.kind = LayerKind::Verse;
+    return styledAs(bare, layer);
+}
+
+Layer styledAs(Layer layer, const Layer &style)
+{
+    layer.font = style.font;
+    layer.size = style.size;
+    layer.bold = style.bold;
+    layer.color = style.color;
+    layer.background = style.background;
+    layer.align = style.align;
+    layer.shadow = style.shadow;
+    layer.paged = style.paged;
+    layer.smallest = style.smallest;
+    layer.numbers = style.numbers;
+    layer.referencePlace = style.referencePlace;
+    layer.second = style.second;
+    layer.arrangement = style.arrangement;
+    layer.shows = style.shows;
+    return layer;
+}
+
 Layer newLayer(LayerKind kind)
 {
     Layer layer;

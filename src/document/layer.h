@@ -47,6 +47,33 @@ constexpr std::int32_t horizontalMask = left | right | horizontalCentre | justif
 constexpr std::int32_t verticalMask = top | bottom | verticalCentre;
 } // namespace align
 
+/// How a verse layer places two Bibles, which of them it shows, how it shows verse numbers and
+/// where the reference: as project files hold it. The first of each is what a new layer has.
+namespace arrange {
+constexpr std::int32_t above = 0; ///< the first one above the second
+constexpr std::int32_t beside = 1;
+constexpr std::int32_t alternating = 2; ///< verse by verse
+constexpr std::int32_t last = alternating;
+} // namespace arrange
+namespace shown_bibles {
+constexpr std::int32_t both = 0;
+constexpr std::int32_t first = 1;
+constexpr std::int32_t second = 2;
+constexpr std::int32_t last = second;
+} // namespace shown_bibles
+namespace verse_numbers {
+constexpr std::int32_t plain = 0; ///< as the words
+constexpr std::int32_t raised = 1; ///< small and dim
+constexpr std::int32_t hidden = 2;
+constexpr std::int32_t last = hidden;
+} // namespace verse_numbers
+namespace reference_place {
+constexpr std::int32_t after = 0;
+constexpr std::int32_t before = 1;
+constexpr std::int32_t hidden = 2;
+constexpr std::int32_t last = hidden;
+} // namespace reference_place
+
 /// The operator's choice of alignment, numbered as the list shows it.
 enum class HorizontalAlign : std::int32_t { Left = 0, Centre = 1, Right = 2 };
 
@@ -92,9 +119,25 @@ struct Layer {
     bool paged = true; ///< verse: what is too long for the box is made smaller, then split
     std::int32_t smallest = 60; ///< verse: its smallest letters, in percent of `size`, 20..100
     std::int32_t page = 0; ///< verse: the page shown, from 0; beyond the last one means the last
+    std::int32_t numbers = verse_numbers::plain; ///< verse: how its numbers look
+    std::int32_t referencePlace = reference_place::after; ///< verse
+    QString second; ///< verse: the second Bible's identifier; empty: none
+    QString secondText; ///< the same passage in it; empty where it has none
+    QString secondReference;
+    std::int32_t arrangement = arrange::above; ///< of the two Bibles
+    std::int32_t shows = shown_bibles::both; ///< of the two; nothing blank: see `shownVerse`
 
     bool operator==(const Layer &) const = default;
 };
+
+/// The verse layer with the texts that it shows, and all of them: what it does not show is emptied.
+/// One that would be blank gives way to the other.
+Layer shownVerse(Layer layer);
+
+/// The look of a verse layer, to be kept: without its texts, name and place.
+Layer verseStyleOf(const Layer &layer);
+/// The layer with another's look.
+Layer styledAs(Layer layer, const Layer &style);
 
 /// A new layer of the kind with its default box and texts, not yet named (a subtitle layer is).
 Layer newLayer(LayerKind kind);

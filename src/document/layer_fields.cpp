@@ -22,7 +22,7 @@ struct FieldRow {
 
 const FieldRow &rowOf(LayerField field)
 {
-    static const std::array<FieldRow, 18> rows { {
+    static const std::array<FieldRow, 23> rows { {
         { LayerField::Name, "Cambiar nombre", &Layer::name },
         { LayerField::Visible, "Mostrar u ocultar", &Layer::visible },
         { LayerField::Opacity, "Opacidad", &Layer::opacity },
@@ -41,6 +41,11 @@ const FieldRow &rowOf(LayerField field)
         { LayerField::Paged, "Dividir en páginas", &Layer::paged },
         { LayerField::Smallest, "Tamaño mínimo", &Layer::smallest },
         { LayerField::Page, "Página", &Layer::page },
+        { LayerField::Numbers, "Números de versículo", &Layer::numbers },
+        { LayerField::ReferencePlace, "Lugar de la cita", &Layer::referencePlace },
+        { LayerField::Second, "Segunda Biblia", &Layer::second },
+        { LayerField::Arrangement, "Disposición", &Layer::arrangement },
+        { LayerField::Shows, "Biblias que se muestran", &Layer::shows },
     } };
     return rows.at(static_cast<std::size_t>(field));
 }

@@ -31,6 +31,11 @@ enum class LayerField : std::int32_t {
     Paged,
     Smallest,
     Page,
+    Numbers,
+    ReferencePlace,
+    Second,
+    Arrangement,
+    Shows,
 };
 
 /// What such a field holds.

@@ -7,9 +7,20 @@
 #include <QString>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace nimbara {
+
+/// A passage of a service.
+struct KeptPassage {
+    QString reference; ///< to look it up, "Juan 3:16-18"
+    QString words; ///< the first ones of its text
+
+    bool operator==(const KeptPassage &) const = default;
+};
 
 /// All that a project file holds, as a plain value without anything live. A copy is cheap and
 /// shares the scenes, so that it may be kept, compared and written on any thread.
@@ -21,6 +32,7 @@ struct Project {
     static constexpr qsizetype maxTitle = 500;
     static constexpr qsizetype maxTerms = 1000;
     static constexpr qsizetype maxTermLength = 200; ///< of each of its texts
+    static constexpr std::size_t maxPassages = 500;
 
     StreamProfile profile = StreamProfile::Landscape;
     SceneSets scenes; ///< neither set is empty after `fromJson` and in the document
@@ -30,6 +42,8 @@ struct Project {
     std::int32_t gain = 100; ///< input gain in percent, 0..200
     std::int32_t videoKbits = usualVideoKbits; ///< of streams and recordings, kbit/s
     Terms terms; ///< the glossary; at most 1000 after reading
+    std::vector<KeptPassage> passages; ///< of the service, in order; at most `maxPassages`
+    std::optional<Layer> verseStyle; ///< the look of new verse layers (`verseStyleOf`)
 
     /// With the very same scenes.
     bool operator==(const Project &) const = default;

@@ -22,7 +22,7 @@ namespace {
 /// No chapter has that many pages, whatever its box.
 constexpr std::int32_t maxPage = 9999;
 /// Objects and arrays of one file: the items, each scene's list, and room for what is unknown.
-constexpr std::size_t maxProjectContainers = 3 * maxProjectItems;
+constexpr std::size_t maxProjectContainers = 3 * maxProjectItems + 2 * Project::maxPassages;
 
 /// Reads the members of one object. What is missing or of another type takes the default.
 class Members {
@@ -91,6 +91,18 @@ std::int32_t alignFrom(const Members &members)
     return bits ? *bits & known : Layer {}.align;
 }
 
+void readVerse(Layer &layer, const Members &members)
+{
+    layer.numbers = members.integer("numbers", layer.numbers, 0, verse_numbers::last);
+    layer.referencePlace
+        = members.integer("referencePlace", layer.referencePlace, 0, reference_place::last);
+    layer.second = members.text("second");
+    layer.secondText = members.text("secondText");
+    layer.secondReference = members.text("secondReference");
+    layer.arrangement = members.integer("arrangement", layer.arrangement, 0, arrange::last);
+    layer.shows = members.integer("shows", layer.shows, 0, shown_bibles::last);
+}
+
 Layer layerFrom(const QJsonValue &value, const QString &folder)
 {
     const Members members(value);
@@ -122,7 +134,20 @@ Layer layerFrom(const QJsonValue &value, const QString &folder)
     layer.paged = members.flag("paged", layer.paged);
     layer.smallest = members.integer("smallest", layer.smallest, Layer::minSmallest, 100);
     layer.page = members.integer("page", layer.page, 0, maxPage);
+    readVerse(layer, members);
     return layer;
+}
+
+std::vector<KeptPassage> passagesFrom(const QJsonValue &value)
+{
+    std::vector<KeptPassage> passages;
+    for (const auto &entry : value.toArray()) {
+        const Members members(entry);
+        if (passages.size() < Project::maxPassages && !members.text("reference").isEmpty()) {
+            passages.push_back({ members.text("reference"), members.text("words") });
+        }
+    }
+    return passages;
 }
 
 /// `room`: how many more scenes and layers the file may hold.
@@ -277,6 +302,10 @@ Project fromJson(const QByteArray &json, const QString &folder)
         Project::minVideoKbits,
         Project::maxVideoKbits);
     project.terms = termsFrom(members.value("glossary").toArray());
+    project.passages = passagesFrom(members.value("passages"));
+    if (const QJsonValue style = members.value("verseStyle"); style.isObject()) {
+        project.verseStyle = verseStyleOf(layerFrom(style, {}));
+    }
     return project;
 }
 

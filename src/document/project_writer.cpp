@@ -25,18 +25,24 @@ void addTextStyle(QJsonObject &object, const Layer &layer)
 }
 
 /// Adds what is not as it is in a new layer.
-void addPaging(QJsonObject &object, const Layer &layer)
+void addVerse(QJsonObject &object, const Layer &layer)
 {
     static const Layer plain;
-    if (layer.paged != plain.paged) {
-        object[QLatin1String("paged")] = layer.paged;
-    }
-    if (layer.smallest != plain.smallest) {
-        object[QLatin1String("smallest")] = layer.smallest;
-    }
-    if (layer.page != plain.page) {
-        object[QLatin1String("page")] = layer.page;
-    }
+    const auto add = [&](const char *key, auto member) {
+        if (layer.*member != plain.*member) {
+            object[QLatin1String(key)] = layer.*member;
+        }
+    };
+    add("paged", &Layer::paged);
+    add("smallest", &Layer::smallest);
+    add("page", &Layer::page);
+    add("numbers", &Layer::numbers);
+    add("referencePlace", &Layer::referencePlace);
+    add("second", &Layer::second);
+    add("secondText", &Layer::secondText);
+    add("secondReference", &Layer::secondReference);
+    add("arrangement", &Layer::arrangement);
+    add("shows", &Layer::shows);
 }
 
 /// Adds the relative form of a local file, where there is one.
@@ -63,7 +69,7 @@ QJsonObject layerObject(const Layer &layer, const QString &folder)
     if (isText(layer.kind)) {
         addTextStyle(object, layer);
         if (layer.kind == LayerKind::Verse) {
-            addPaging(object, layer);
+            addVerse(object, layer);
         }
     } else if (layer.kind == LayerKind::Image) {
         object[QLatin1String("path")] = layer.path;
@@ -110,6 +116,25 @@ QJsonArray termArray(const Terms &terms)
     return array;
 }
 
+/// What the service has of verses, if it has anything.
+void addVerses(QJsonObject &object, const Project &project)
+{
+    QJsonArray passages;
+    for (const KeptPassage &passage : project.passages) {
+        passages.append(QJsonObject { { QStringLiteral("reference"), passage.reference },
+            { QStringLiteral("words"), passage.words } });
+    }
+    if (!passages.isEmpty()) {
+        object.insert(QStringLiteral("passages"), passages);
+    }
+    if (project.verseStyle) {
+        QJsonObject style;
+        addTextStyle(style, *project.verseStyle);
+        addVerse(style, *project.verseStyle);
+        object.insert(QStringLiteral("verseStyle"), style);
+    }
+}
+
 } // namespace
 
 QByteArray toJson(const Project &project, const QString &folder)
@@ -133,6 +158,7 @@ QByteArray toJson(const Project &project, const QString &folder)
     if (!project.terms.isEmpty()) {
         object.insert(QStringLiteral("glossary"), termArray(project.terms));
     }
+    addVerses(object, project);
     return QJsonDocument(object).toJson(QJsonDocument::Indented);
 }
 

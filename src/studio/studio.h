@@ -21,6 +21,7 @@
 #include "studio/services/bible_desk.h"
 #include "studio/services/caption_files.h"
 #include "studio/services/spoken_verses.h"
+#include "studio/services/passage_desk.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
 #include "studio/services/verse_finder.h"
@@ -86,6 +87,7 @@ public:
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
+    [[nodiscard]] PassageDesk &passages() { return m_passages; }
     [[nodiscard]] VerseFinder &verseFinder() { return m_verseFinder; }
     [[nodiscard]] VerseSteps &verseSteps() { return m_verseSteps; }
     [[nodiscard]] SpokenVerses &spokenVerses() { return m_spokenVerses; }
@@ -161,6 +163,7 @@ private:
     VerseDesk m_verses;
     BibleDesk m_bibles;
     VerseSteps m_verseSteps;
+    PassageDesk m_passages;
     VerseFinder m_verseFinder;
     SpokenVerses m_spokenVerses;
     CaptionFiles m_captionFiles;

@@ -2,13 +2,17 @@
 #include "bible/canon.h"
 #include "bible/passage.h"
 #include "compositor/scene/verse_pager.h"
+#include "compositor/text/page_pairs.h"
 #include "compositor/text/page_split.h"
 #include "compositor/text/text_overflow.h"
 #include "compositor/text/verse_marks.h"
 #include "document/profile.h"
 #include "support/test_registry.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
+#include <array>
 
 using namespace nimbara;
 using namespace Qt::StringLiterals;
@@ -95,6 +99,45 @@ Layer layerOf(const Shown &shown, bool lowerThird)
         layer.h = 0.15;
     }
     return layer;
+}
+
+/// A passage in both Bibles at once, the second one without the verses that it has not.
+struct Both {
+    Shown first;
+    Shown second;
+};
+
+template <typename Visit> void forEachInBoth(int every, Visit visit)
+{
+    const bible::Bible &spanish = bible::spanish();
+    const bible::Bible &english = bible::english();
+    int count = 0;
+    for (int book = 0; book < 66; ++book) {
+        for (int chapter = 1; chapter <= bible::canonChapters(book); ++chapter) {
+            for (int verse = 0; verse <= bible::canonVerses(book, chapter); ++verse) {
+                if (++count % every != 0) {
+                    continue;
+                }
+                const bible::Passage passage { book, { { chapter, verse, chapter, verse } } };
+                visit(Both { { bible::passageText(spanish, passage), label(passage, u"es"_s) },
+                    { bible::presentText(english, passage), label(passage, u"en"_s) } });
+            }
+        }
+    }
+}
+
+Layer bilingual(const Both &both, std::int32_t arrangement, bool lowerThird)
+{
+    Layer layer = layerOf(both.first, lowerThird);
+    layer.secondText = both.second.text;
+    layer.secondReference = both.second.label + u" · King James Version"_s;
+    layer.arrangement = arrangement;
+    return layer;
+}
+
+QStringList wordsOf(const QString &text)
+{
+    return text.split(QRegularExpression(u"\\s+"_s), Qt::SkipEmptyParts);
 }
 
 } // namespace
@@ -225,6 +268,110 @@ private Q_SLOTS:
                 }
             }
         });
+    }
+
+    /// Every word of both Bibles is in one pair, in its place; a page of pairs has both languages
+    /// wherever both have the verse, and none is much shorter than another.
+    void twoBiblesAreSplitInStep()
+    {
+        int uneven = 0;
+        int blank = 0;
+        int split = 0;
+        forEachInBoth(3, [&](const Both &both) {
+            const PairedText first = pairedText(both.first.text, both.first.label);
+            const PairedText second = pairedText(both.second.text, both.second.label);
+            const std::vector<PagePair> pairs = pairWords(first, second);
+            std::array<std::size_t, 2> next {};
+            for (const PagePair &pair : pairs) {
+                QCOMPARE(pair.first.first, next[0]);
+                QCOMPARE(pair.second.first, next[1]);
+                next = { pair.first.end, pair.second.end };
+            }
+            QCOMPARE(next[0], first.words.size());
+            QCOMPARE(next[1], second.words.size());
+            const std::vector<PageWord> words = wordsOf(pairs, first, second);
+            const auto pages = ::split(words, 90);
+            split += pages.size() > 1 ? 1 : 0;
+            uneven += pages.size() > 1 && evenness(words, pages) < 0.75 ? 1 : 0;
+            for (const PageRange &page : pages) {
+                const PagePair &from = pairs[page.first];
+                const PagePair &to = pairs[page.end - 1];
+                blank += !first.words.empty() && !second.words.empty()
+                    && (from.first.first == to.first.end || from.second.first == to.second.end);
+            }
+        });
+        QVERIFY(split > 1000);
+        QCOMPARE(uneven, 0);
+        QVERIFY2(blank <= 1, qPrintable(QString::number(blank))); // verses that one Bible lacks
+    }
+
+    /// With real letters, each way of placing the two: no line is hidden, and the pages joined give
+    /// both texts, each once.
+    void pagesOfTwoBiblesShowEveryWord()
+    {
+        int place = 0;
+        forEachInBoth(389, [&](const Both &both) {
+            const std::int32_t arrangement = ++place % 3;
+            Layer layer = bilingual(both, arrangement, place % 2 == 0);
+            layer.referencePlace = reference_place::hidden;
+            const VersePages pages = pagesOf(layer, landscapeSize);
+            QStringList shown;
+            for (const VersePage &page : pages.pages) {
+                shown << wordsOf(page.text) << wordsOf(page.second);
+            }
+            QStringList wanted = wordsOf(both.first.text) + wordsOf(both.second.text);
+            shown.sort();
+            wanted.sort();
+            QCOMPARE(shown, wanted);
+            layer.referencePlace = place % 2; // after or before
+            const VersePages named = pagesOf(layer, landscapeSize);
+            for (const std::size_t each : { std::size_t { 0 }, named.pages.size() - 1 }) {
+                layer.page = static_cast<std::int32_t>(each);
+                const Layer drawn = pageShown(layer, named);
+                QVERIFY2(hiddenLines(drawn, landscapeSize) == 0, qPrintable(drawn.text));
+            }
+        });
+    }
+
+    void theTwoArePlacedAsChosen()
+    {
+        const Both both { { u"16 a 17 b"_s, u"Juan 3:16-17"_s },
+            { u"16 x 17 y"_s, u"John 3:16-17"_s } };
+        struct Row {
+            std::int32_t arrangement, shows, place, numbers;
+            const char *shown; ///< text | reference | second | its reference; E, I: the references
+        };
+        const std::initializer_list<Row> rows {
+            { 0, 0, 0, 0, "16 a 17 b/E/16 x 17 y/I|||" },
+            { 0, 0, 1, 0, "E/16 a 17 b/I/16 x 17 y|||" },
+            { 0, 0, 2, 2, "a b/x y|||" },
+            { 1, 0, 0, 0, "16 a 17 b|E|16 x 17 y|I" },
+            { 2, 0, 0, 0, "16 a/16 x/17 b/17 y/E/I|||" },
+            { 2, 0, 1, 2, "E/I/a/x/b/y|||" },
+            { 1, 1, 0, 0, "16 a 17 b|E||" },
+            { 2, 2, 0, 2, "x y|I||" },
+        };
+        for (const Row &row : rows) {
+            Layer layer = bilingual(both, row.arrangement, false);
+            const QString es = layer.reference;
+            const QString en = layer.secondReference;
+            layer.shows = row.shows;
+            layer.referencePlace = row.place;
+            layer.numbers = row.numbers;
+            const Layer drawn = pageShown(layer, pagesOf(layer, landscapeSize));
+            QStringList shown { drawn.text,
+                drawn.reference,
+                drawn.secondText,
+                drawn.secondReference };
+            shown.replaceInStrings(es, u"E"_s).replaceInStrings(en, u"I"_s);
+            QCOMPARE(shown.join(u'|').replace(u'\n', u'/'), QLatin1String(row.shown));
+        }
+        // Nothing blank: what the second Bible lacks leaves the first one alone.
+        Layer layer = bilingual({ both.first, {} }, arrange::beside, false);
+        for (const std::int32_t shown : { 0, 1, 2 }) {
+            layer.shows = shown;
+            QCOMPARE(pageShown(layer, pagesOf(layer, landscapeSize)).text, both.first.text);
+        }
     }
 
     void smallerComesBeforePages()

@@ -162,10 +162,22 @@ private Q_SLOTS:
         verse.paged = false;
         verse.smallest = 75;
         verse.page = 2;
+        verse.numbers = verse_numbers::raised;
+        verse.referencePlace = reference_place::hidden;
+        verse.second = u"KJV"_s;
+        verse.secondText = u"For God"_s;
+        verse.secondReference = u"John 3:16 · King James Version"_s;
+        verse.arrangement = arrange::beside;
+        verse.shows = shown_bibles::second;
         Project paged = newProject();
         paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse }) };
+        paged.verseStyle = verseStyleOf(verse);
+        paged.passages = { { u"Juan 3:16"_s, u"Porque de tal manera"_s }, { u"Salmos 23"_s, {} } };
         const Project read = fromJson(toJson(paged));
         QVERIFY(contents(read.hall()) == contents(paged.hall()));
+        QVERIFY(read.verseStyle == paged.verseStyle);
+        QVERIFY(read.passages == paged.passages);
+        QVERIFY(!QJsonDocument::fromJson(toJson(newProject())).object().contains(u"passages"));
     }
 
     void missingMembersTakeTheirDefaults()
@@ -200,6 +212,8 @@ private Q_SLOTS:
                 [](auto &layer) { layer.paged = false, layer.smallest = 20; } },
             { R"({"paged":3,"smallest":170,"page":7})",
                 [](auto &layer) { layer.smallest = 100, layer.page = 7; } },
+            { R"({"numbers":9,"arrangement":-1,"shows":"x","referencePlace":2,"second":4})",
+                [](auto &layer) { layer.numbers = 2, layer.referencePlace = 2; } },
             { R"({"size":1000})", [](auto &layer) { layer.size = 400; } },
             { R"({"size":-1e300,"opacity":1e300})", smallest },
             { R"({"opacity":1.5})", nothing },

@@ -145,6 +145,55 @@ private Q_SLOTS:
         }
     }
 
+    /// The hall shows Spanish and English, the streams English alone.
+    void twoBiblesStepTogether()
+    {
+        PagedDesk desk(u"Salmos 119:1-40"_s);
+        for (const auto &[set, id, shown] : { std::tuple { 1, desk.hall, shown_bibles::both },
+                 { 0, desk.streams, shown_bibles::second } }) {
+            desk.studio.program().setEditSet(set);
+            desk.studio.verses().setSecond(id, u"KJV"_s);
+            QCOMPARE(desk.studio.document().undoName(), u"Segunda Biblia"_s);
+            desk.set(desk.placeOf(id), LayerField::Shows, shown);
+            desk.studio.program().take();
+        }
+        QVERIFY(desk.onAir(desk.streams).text.startsWith(u"1 Blessed are the undefiled"));
+        for (int page = 0; page < 4; ++page) {
+            desk.step(Direction::On);
+            const QString streams = desk.onAir(desk.streams).text;
+            const QString hall = desk.onAir(desk.hall).text;
+            QVERIFY2(hall.contains(streams.left(12)), qPrintable(streams + u'|' + hall));
+        }
+        // Past the last page the next verse, in both; where the second Bible has none, that is
+        // said.
+        desk.studio.verses().setSecond(desk.streams, u"RV1909"_s);
+        for (const auto &[typed, on, blank] : { std::tuple { "Jonah 1:16", "Jonah 1:17", true },
+                 { "John 3:16", "John 3:17", false } }) {
+            desk.show(QLatin1String(typed), u"en"_s);
+            desk.studio.program().take();
+            desk.step(Direction::On);
+            const Layer onAir = *findLayer(*desk.studio.stage().program.streams(), desk.streams);
+            QCOMPARE(desk.label(onAir), QLatin1String(on));
+            QCOMPARE(onAir.secondText.isEmpty(), blank);
+            QVERIFY(!desk.onAir(desk.streams).text.isEmpty());
+            QCOMPARE(desk.statuses.last().contains(u"No está en Reina-Valera 1909"), blank);
+        }
+    }
+
+    void newVersesTakeTheKeptStyle()
+    {
+        PagedDesk desk(u"Juan 3:16"_s);
+        desk.set(desk.placeOf(desk.streams), LayerField::Size, std::int32_t { 90 });
+        desk.studio.verses().setSecond(desk.streams, u"KJV"_s);
+        desk.studio.verses().keepStyle(desk.streams);
+        desk.setLayers({});
+        const LayerId id = desk.show(u"Salmos 23:1"_s, u"es"_s);
+        const Layer made = *findLayer(desk.scene(), id);
+        QCOMPARE(made.size, 90);
+        QVERIFY(made.secondText.startsWith(u"The LORD is my shepherd"));
+        QCOMPARE(made.reference, u"Salmos 23:1 · Reina-Valera 1909"_s);
+    }
+
     /// Each program in its own Bible; from behind, a verse is entered by its last page.
     void programsKeepTheirBibles()
     {

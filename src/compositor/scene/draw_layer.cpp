@@ -20,10 +20,11 @@ LayerPainter::LayerPainter(QPainter &painter, PaintCache &cache)
 void LayerPainter::draw(const Layer &layer,
     const QRectF &box,
     std::int32_t frameHeight,
-    const FramePtr &picture)
+    const FramePtr &picture,
+    const RaisedNumbers &numbers)
 {
     if (isText(layer.kind)) {
-        if (const auto block = layerText(layer, box, frameHeight, m_canvas)) {
+        if (const auto block = layerText(layer, box, frameHeight, m_canvas, numbers)) {
             draw(*block);
         }
         return;

@@ -20,9 +20,12 @@ public:
 
     /// Draws a layer with its opacity, whether visible or not. `box` in canvas pixels;
     /// `frameHeight`: the lines of the frame, which scale text; `picture`: what it shows, or
-    /// none.
-    void
-    draw(const Layer &layer, const QRectF &box, std::int32_t frameHeight, const FramePtr &picture);
+    /// none; `numbers`: those raised in a verse.
+    void draw(const Layer &layer,
+        const QRectF &box,
+        std::int32_t frameHeight,
+        const FramePtr &picture,
+        const RaisedNumbers &numbers);
 
     /// Draws a block of text with its box.
     void draw(const TextBlock &block);

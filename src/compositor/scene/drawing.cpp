@@ -11,10 +11,13 @@ QRectF boxOf(const Layer &layer, FrameSize size)
     return pixelBox(QRectF(layer.x, layer.y, layer.w, layer.h), size);
 }
 
-Layer drawnFields(Layer layer, FrameSize size, VersePager &pager)
+DrawnLayer drawnFields(Layer layer, FramePtr picture, FrameSize size, VersePager &pager)
 {
-    if (layer.kind == LayerKind::Verse && layer.paged) {
-        layer = pageShown(layer, pager.pages(layer, size));
+    RaisedNumbers numbers;
+    if (layer.kind == LayerKind::Verse) {
+        const VersePages &pages = pager.pages(layer, size);
+        numbers = pages.pages[pages.shown(layer)].numbers;
+        layer = pageShown(layer, pages);
     }
     layer.paged = false;
     layer.page = 0;
@@ -25,7 +28,7 @@ Layer drawnFields(Layer layer, FrameSize size, VersePager &pager)
     layer.path.clear();
     layer.uri.clear();
     layer.sound = true;
-    return layer;
+    return { std::move(layer), std::move(picture), std::move(numbers) };
 }
 
 FramePtr pictureAt(const LayerPictures &pictures, std::size_t index)
@@ -73,7 +76,7 @@ std::optional<TextBlock> overlay(const Composition &composition, CaptionFit &fit
 std::size_t lowestSeen(const Drawing &drawing, bool &covered)
 {
     for (std::size_t index = drawing.layers.size(); index-- > 0;) {
-        const auto &[layer, picture] = drawing.layers[index];
+        const auto &[layer, picture, numbers] = drawing.layers[index];
         if (coversCanvas(layer, boxOf(layer, drawing.size), drawing.size, picture)) {
             covered = true;
             return index;
@@ -91,8 +94,7 @@ describe(const Scene &scene, const LayerPictures &pictures, FrameSize size, Vers
     for (std::size_t index = 0; index < scene.layers.size(); ++index) {
         const Layer &layer = scene.layers[index];
         if (layer.visible && layer.opacity > 0) {
-            drawing.layers.push_back(
-                { drawnFields(layer, size, pager), pictureAt(pictures, index) });
+            drawing.layers.push_back(drawnFields(layer, pictureAt(pictures, index), size, pager));
         }
     }
     return drawing;
@@ -128,8 +130,8 @@ std::vector<SpritePtr> paint(QImage &canvas, const Drawing &drawing, PaintCache 
     QPainter painter(&canvas);
     LayerPainter layers(painter, cache);
     for (std::size_t index = first; index < drawing.layers.size(); ++index) {
-        const auto &[layer, picture] = drawing.layers[index];
-        layers.draw(layer, boxOf(layer, drawing.size), drawing.size.height, picture);
+        const auto &[layer, picture, numbers] = drawing.layers[index];
+        layers.draw(layer, boxOf(layer, drawing.size), drawing.size.height, picture, numbers);
     }
     if (drawing.overlay) {
         layers.draw(*drawing.overlay);

@@ -11,6 +11,7 @@ namespace nimbara {
 struct DrawnLayer {
     Layer layer;
     FramePtr picture;
+    RaisedNumbers numbers {}; ///< of a verse
     bool operator==(const DrawnLayer &) const = default;
 };
 

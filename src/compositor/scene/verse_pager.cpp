@@ -1,11 +1,6 @@
 #include "compositor/scene/verse_pager.h"
 
-#include "compositor/scene/picture_fit.h"
-#include "compositor/text/page_ruler.h"
-#include "compositor/text/page_split.h"
-#include "compositor/text/text_block.h"
-#include "compositor/text/text_layout.h"
-#include "compositor/text/verse_marks.h"
+#include "compositor/scene/verse_paging.h"
 
 #include <algorithm>
 
@@ -13,136 +8,8 @@ namespace nimbara {
 
 namespace {
 
-/// Longer texts, in characters, are measured by their words alone.
-constexpr qsizetype maxLaidOut = 1500;
-
-/// The lines and words of one layer, at any size of its letters.
-class Paging {
-public:
-    Paging(const Layer &layer, FrameSize frame)
-        : m_layer(layer)
-        , m_frame(frame)
-        , m_box(pixelBox(QRectF(layer.x, layer.y, layer.w, layer.h), frame))
-        , m_label(layer.reference.section(QStringLiteral(" · "), 0, 0))
-        , m_marks(verseMarks(layer.text, m_label))
-        , m_words(pageWords(layer.text, numbers()))
-    {
-    }
-
-    [[nodiscard]] bool isEmpty() const { return m_words.empty() || area(m_layer.size).isEmpty(); }
-
-    /// The whole text fits on one page with letters of the size.
-    [[nodiscard]] bool fits(std::int32_t size) const
-    {
-        const QRectF room = area(size);
-        if (m_layer.text.size() <= maxLaidOut) {
-            const QString text = m_layer.reference.isEmpty()
-                ? m_layer.text
-                : m_layer.text + QLatin1Char('\n') + m_layer.reference;
-            return wrappedHeight(text, font(size), room.width()) <= room.height();
-        }
-        const std::int32_t lines = linesForText(size);
-        return PageRuler(m_layer.text, m_words, font(size), room.width()).lines(lines) <= lines;
-    }
-
-    [[nodiscard]] std::vector<VersePage> split(std::int32_t size) const
-    {
-        const PageRuler ruler(m_layer.text, m_words, font(size), area(size).width());
-        const std::int32_t lines = linesForText(size);
-        std::vector<VersePage> pages;
-        for (const PageRange &range :
-            splitPages(m_words, [&](std::size_t first) { return ruler.reach(first, lines); })) {
-            const qsizetype begin = m_words[range.first].begin;
-            const qsizetype end = m_words[range.end - 1].end;
-            pages.push_back({ begin, end, referenceOf(begin, end) });
-        }
-        return pages;
-    }
-
-private:
-    [[nodiscard]] std::vector<qsizetype> numbers() const
-    {
-        std::vector<qsizetype> places;
-        for (const VerseMark &mark : m_marks) {
-            places.push_back(mark.at);
-        }
-        return places;
-    }
-
-    [[nodiscard]] TextBlock block(std::int32_t size) const
-    {
-        Layer sized = m_layer;
-        sized.size = size;
-        sized.text.clear();
-        return *layerText(sized, m_box, m_frame.height, QRect(0, 0, m_frame.width, m_frame.height));
-    }
-    [[nodiscard]] QFont font(std::int32_t size) const { return block(size).font; }
-    [[nodiscard]] QRectF area(std::int32_t size) const { return block(size).draws.front().area; }
-
-    /// What the reference line leaves, one line at least.
-    [[nodiscard]] std::int32_t linesForText(std::int32_t size) const
-    {
-        const QRectF room = area(size);
-        const std::int32_t all = linesIn(room.height(), font(size));
-        std::int32_t taken = 0;
-        for (const QString &reference : { m_layer.reference, widestReference() }) {
-            const std::vector<PageWord> words = pageWords(reference, {});
-            taken
-                = std::max(taken, PageRuler(reference, words, font(size), room.width()).lines(all));
-        }
-        return std::max(all - taken, 1);
-    }
-
-    /// No page has a longer one, but for lists, whose own is the longest.
-    [[nodiscard]] QString widestReference() const
-    {
-        if (m_marks.empty()) {
-            return m_layer.reference;
-        }
-        const auto byVerse
-            = [](const VerseMark &a, const VerseMark &b) { return a.verse < b.verse; };
-        const VerseMark widest { 0,
-            0,
-            m_marks.back().chapter,
-            std::max_element(m_marks.begin(), m_marks.end(), byVerse)->verse };
-        const QString chapter = widest.chapter > m_marks.front().chapter
-            ? QString::number(widest.chapter) + QLatin1Char(':')
-            : QString();
-        return labelOf(m_label, { widest }, 0, 0) + QLatin1Char('-') + chapter
-            + QString::number(widest.verse) + source();
-    }
-
-    [[nodiscard]] QString source() const { return m_layer.reference.mid(m_label.size()); }
-
-    /// The page may begin in the middle of a verse.
-    [[nodiscard]] QString referenceOf(qsizetype begin, qsizetype end) const
-    {
-        if (m_marks.empty()) {
-            return m_layer.reference;
-        }
-        const auto before = [this](qsizetype place) {
-            const auto next = std::find_if(m_marks.begin(),
-                m_marks.end(),
-                [place](const VerseMark &mark) { return mark.at >= place; });
-            return static_cast<std::size_t>(std::max(next - m_marks.begin(), 1L) - 1);
-        };
-        const std::size_t first = before(begin + 1);
-        const std::size_t last = before(end);
-        return first == 0 && last + 1 == m_marks.size()
-            ? m_layer.reference
-            : labelOf(m_label, m_marks, first, last) + source();
-    }
-
-    const Layer &m_layer;
-    FrameSize m_frame;
-    QRectF m_box;
-    QString m_label;
-    std::vector<VerseMark> m_marks;
-    std::vector<PageWord> m_words;
-};
-
 /// The largest size from `smallest` on that shows everything on one page; `smallest` does.
-std::int32_t largestFitting(const Paging &paging, std::int32_t smallest, std::int32_t size)
+std::int32_t largestFitting(const VersePaging &paging, std::int32_t smallest, std::int32_t size)
 {
     std::int32_t fits = smallest;
     std::int32_t tooLarge = size;
@@ -171,6 +38,11 @@ Layer pagedFields(const Layer &layer)
     kept.bold = layer.bold;
     kept.paged = layer.paged;
     kept.smallest = layer.smallest;
+    kept.numbers = layer.numbers;
+    kept.referencePlace = layer.referencePlace;
+    kept.secondText = layer.secondText;
+    kept.secondReference = layer.secondReference;
+    kept.arrangement = layer.arrangement;
     return kept;
 }
 
@@ -183,12 +55,16 @@ std::size_t VersePages::shown(const Layer &layer) const
 
 VersePages pagesOf(const Layer &layer, FrameSize frame)
 {
-    VersePages whole { layer.size, { { 0, layer.text.size(), layer.reference } } };
-    if (layer.kind != LayerKind::Verse || !layer.paged) {
+    if (layer.kind != LayerKind::Verse) {
+        VersePages whole { layer.size, std::vector<VersePage>(1) };
+        whole.pages.front().text = layer.text;
+        whole.pages.front().reference = layer.reference;
         return whole;
     }
-    const Paging paging(layer, frame);
-    if (paging.isEmpty() || paging.fits(layer.size)) {
+    const Layer shown = shownVerse(layer);
+    const VersePaging paging(shown, frame);
+    VersePages whole { layer.size, { paging.whole() } };
+    if (!layer.paged || paging.isEmpty() || paging.fits(layer.size)) {
         return whole;
     }
     const std::int32_t smallest
@@ -203,10 +79,14 @@ VersePages pagesOf(const Layer &layer, FrameSize frame)
 Layer pageShown(const Layer &layer, const VersePages &pages)
 {
     const VersePage &page = pages.pages[pages.shown(layer)];
-    Layer shown = layer;
+    Layer shown = shownVerse(layer);
     shown.size = pages.size;
-    shown.text = layer.text.mid(page.begin, page.end - page.begin);
-    shown.reference = page.reference;
+    shown.text = page.text;
+    shown.reference = page.namesItself ? QString() : page.reference;
+    shown.secondText = page.second;
+    shown.secondReference = page.secondReference;
+    shown.arrangement = page.second.isEmpty() ? arrange::above : arrange::beside;
+    shown.numbers = verse_numbers::plain;
     shown.paged = false;
     shown.page = 0;
     return shown;
@@ -214,7 +94,7 @@ Layer pageShown(const Layer &layer, const VersePages &pages)
 
 const VersePages &VersePager::pages(const Layer &layer, FrameSize frame)
 {
-    const Layer asked = pagedFields(layer);
+    const Layer asked = pagedFields(layer.kind == LayerKind::Verse ? shownVerse(layer) : layer);
     const auto found = std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry &entry) {
         return entry.layer == asked && entry.frame == frame;
     });

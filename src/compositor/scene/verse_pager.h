@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compositor/text/text_block.h"
 #include "document/layer.h"
 #include "signal/frame.h"
 
@@ -11,11 +12,15 @@
 
 namespace nimbara {
 
-/// A part of a verse layer's text that is shown at once.
+/// A part of a verse layer's passage that is shown at once: its texts as they are drawn.
 struct VersePage {
-    qsizetype begin = 0; ///< in the layer's text
-    qsizetype end = 0;
     QString reference; ///< names the verses of the page: "Juan 3:17-18 · Reina-Valera 1909"
+    QString text;
+    QString second; ///< beside the first one; empty unless the layer is arranged so
+    QString secondReference;
+    RaisedNumbers numbers;
+    bool namesItself = false; ///< no reference belongs to it: the text has it, or there is no room
+    double place = 0; ///< how many verses of the passage stand before the page
 };
 
 /// How a verse layer is shown in a frame.
@@ -28,8 +33,9 @@ struct VersePages {
 };
 
 /// Makes the text smaller until its box shows all of it, down to the layer's smallest size, and
-/// splits what is still too long into pages (`splitPages`). A layer that is not paged has one page
-/// of its own size. `frame`: of the program. Needs the application's fonts.
+/// splits what is still too long into pages (`splitPages`); two Bibles are split in step, so that a
+/// page says the same in both. A layer that is not paged has one page of its own size. `frame`: of
+/// the program. Needs the application's fonts.
 VersePages pagesOf(const Layer &layer, FrameSize frame);
 
 /// The layer with what its page shows, and no pages any more.

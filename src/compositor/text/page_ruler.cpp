@@ -1,8 +1,5 @@
 #include "compositor/text/page_ruler.h"
 
-#include <QFontMetricsF>
-#include <QHash>
-
 #include <algorithm>
 #include <cmath>
 
@@ -13,33 +10,59 @@ PageRuler::PageRuler(const QString &text,
     const QFont &font,
     double width)
     : m_words(words)
-{
-    const QFontMetricsF metrics(font);
+    , m_text(text)
+    , m_metrics(font)
+    , m_widths(words.size(), -1)
+    , m_blank(m_metrics.horizontalAdvance(QLatin1Char(' ')))
     // Letters reach beyond their advance, and the layout leaves room for that.
-    m_room = width - metrics.height() / 8;
-    m_blank = metrics.horizontalAdvance(QLatin1Char(' '));
-    QHash<QString, double> known;
-    m_widths.reserve(words.size());
-    for (const PageWord &word : words) {
-        const QString letters = text.mid(word.begin, word.end - word.begin);
-        const auto found = known.constFind(letters);
-        m_widths.push_back(found != known.cend()
-                ? *found
-                : *known.insert(letters, metrics.horizontalAdvance(letters)));
+    , m_room(width - m_metrics.height() / 8)
+{
+}
+
+double PageRuler::width(std::size_t word) const
+{
+    double &known = m_widths[word];
+    if (known < 0) {
+        const PageWord &place = m_words[word];
+        const QStringView letters = QStringView(m_text).mid(place.begin, place.end - place.begin);
+        const auto found = m_known.constFind(letters);
+        known = found != m_known.cend()
+            ? *found
+            : *m_known.insert(letters, m_metrics.horizontalAdvance(letters.toString()));
+    }
+    return known;
+}
+
+double PageRuler::blanksBefore(std::size_t word) const
+{
+    return m_blank * static_cast<double>(m_words[word].begin - m_words[word - 1].end);
+}
+
+void PageRuler::Lines::add(PageRange words)
+{
+    for (std::size_t word = words.first; word < words.end; ++word) {
+        const double width = m_ruler.width(word);
+        const std::int32_t breaks = m_ended ? 0 : m_ruler.m_words[word].lines;
+        const double next = m_ended ? width : m_used + m_ruler.blanksBefore(word) + width;
+        if (m_ended || breaks > 0 || next > m_ruler.m_room) {
+            m_count += std::max(breaks, 1);
+            m_used = width;
+        } else {
+            m_used = next;
+        }
+        m_ended = false;
     }
 }
 
 std::size_t PageRuler::count(std::size_t first, std::int32_t most, std::int32_t &lines) const
 {
     lines = 1;
-    double used = m_widths[first];
+    double used = width(first);
     for (std::size_t word = first + 1; word < m_words.size(); ++word) {
-        const double blanks
-            = m_blank * static_cast<double>(m_words[word].begin - m_words[word - 1].end);
-        const double next = used + blanks + m_widths[word];
+        const double next = used + blanksBefore(word) + width(word);
         if (m_words[word].lines > 0 || next > m_room) {
             lines += std::max(m_words[word].lines, 1);
-            used = m_widths[word];
+            used = width(word);
         } else {
             used = next;
         }

@@ -3,17 +3,21 @@
 #include "compositor/text/page_split.h"
 
 #include <QFont>
+#include <QFontMetricsF>
+#include <QHash>
 #include <QString>
+#include <QStringView>
 
 #include <vector>
 
 namespace nimbara {
 
 /// Counts the lines of a word-wrapped text by the widths of its words: never fewer than the text
-/// takes when it is laid out, whatever part of it stands alone. Needs the application's fonts.
+/// takes when it is laid out, whatever part of it stands alone. A word is measured when it is first
+/// asked for. Needs the application's fonts.
 class PageRuler {
 public:
-    /// `width`: of the area, in pixels. `words` must outlive the ruler.
+    /// `width`: of the area, in pixels. `words`, of the text, must outlive the ruler.
     PageRuler(const QString &text,
         const std::vector<PageWord> &words,
         const QFont &font,
@@ -24,12 +28,36 @@ public:
     /// The lines of the whole text; at most one more than `most`.
     [[nodiscard]] std::int32_t lines(std::int32_t most) const;
 
+    /// Counts the lines of words that are added one by one, in order.
+    class Lines {
+    public:
+        explicit Lines(const PageRuler &ruler)
+            : m_ruler(ruler)
+        {
+        }
+        void add(PageRange words);
+        /// The next word begins a line.
+        void end() { m_ended = true; }
+        [[nodiscard]] std::int32_t count() const { return m_count; }
+
+    private:
+        const PageRuler &m_ruler;
+        std::int32_t m_count = 0;
+        double m_used = 0;
+        bool m_ended = true;
+    };
+
 private:
+    [[nodiscard]] double width(std::size_t word) const;
+    [[nodiscard]] double blanksBefore(std::size_t word) const;
     [[nodiscard]] std::size_t
     count(std::size_t first, std::int32_t most, std::int32_t &lines) const;
 
     const std::vector<PageWord> &m_words;
-    std::vector<double> m_widths;
+    QString m_text;
+    QFontMetricsF m_metrics;
+    mutable std::vector<double> m_widths; ///< below 0: not measured yet
+    mutable QHash<QStringView, double> m_known; ///< by the words' letters, in `m_text`
     double m_blank;
     double m_room;
 };

@@ -9,6 +9,8 @@ namespace {
 const QColor shadowColor(0, 0, 0, 200);
 const QColor bandColor(12, 48, 88, 235);
 constexpr double dimmedAlpha = 0.55; ///< of the phrases before the newest
+constexpr double numberAlpha = 0.75; ///< of raised numbers
+constexpr double columnGap = 32; ///< pixels between two texts side by side
 
 QRectF textArea(const QRectF &box, double marginX, double marginY)
 {
@@ -47,10 +49,58 @@ std::vector<TextPass> passes(const Layer &layer, std::int32_t frameHeight, const
     return list;
 }
 
-QColor dimmed(QColor color)
+QColor dimmed(QColor color, double alpha = dimmedAlpha)
 {
-    color.setAlphaF(static_cast<float>(color.alphaF() * dimmedAlpha));
+    color.setAlphaF(static_cast<float>(color.alphaF() * alpha));
     return color;
+}
+
+/// The words, and what is raised in them dimmed.
+void addVerse(std::vector<TextDraw> &draws,
+    PlacedText verse,
+    const TextDraw &like,
+    const std::vector<TextPass> &dim)
+{
+    TextDraw words = like;
+    words.text = std::move(verse.text);
+    if (verse.raised.empty()) {
+        draws.push_back(std::move(words));
+        return;
+    }
+    words.raised = std::move(verse.raised);
+    words.part = TextPart::Words;
+    TextDraw numbers = words;
+    numbers.part = TextPart::Raised;
+    numbers.passes = dim;
+    draws.push_back(std::move(words));
+    draws.push_back(std::move(numbers));
+}
+
+std::vector<TextDraw> verseDraws(const Layer &layer,
+    const QRectF &area,
+    std::int32_t frameHeight,
+    const RaisedNumbers &numbers)
+{
+    TextDraw like { {}, area, layer.align, passes(layer, frameHeight, layer.color), false };
+    const auto dim = passes(layer, frameHeight, dimmed(layer.color, numberAlpha));
+    std::vector<TextDraw> draws;
+    if (!layer.secondText.isEmpty()) {
+        like.area.setWidth(std::max((area.width() - columnGap) / 2, 0.0));
+    }
+    addVerse(draws,
+        placed({ layer.text, numbers.first }, layer.reference, layer.referencePlace),
+        like,
+        dim);
+    if (!layer.secondText.isEmpty()) {
+        like.area.moveRight(area.right());
+        addVerse(draws,
+            placed({ layer.secondText, numbers.second },
+                layer.secondReference,
+                layer.referencePlace),
+            like,
+            dim);
+    }
+    return draws;
 }
 
 std::vector<TextDraw> layerDraws(const Layer &layer, const QRectF &area, std::int32_t frameHeight)
@@ -67,27 +117,44 @@ std::vector<TextDraw> layerDraws(const Layer &layer, const QRectF &area, std::in
             { layer.reference, area, top, bright, true },
         };
     }
-    QString text = layer.text;
-    if (layer.kind == LayerKind::Verse && !layer.reference.isEmpty()) {
-        text += QLatin1Char('\n') + layer.reference;
-    }
-    return { { text, area, layer.align, bright, false } };
+    return { { layer.text, area, layer.align, bright, false } };
 }
 
 } // namespace
 
-std::optional<TextBlock>
-layerText(const Layer &layer, const QRectF &box, std::int32_t frameHeight, const QRect &canvas)
+PlacedText placed(PlacedText passage, const QString &reference, std::int32_t place)
+{
+    if (reference.isEmpty() || place == reference_place::hidden) {
+        return passage;
+    }
+    if (place != reference_place::before) {
+        passage.text += QLatin1Char('\n') + reference;
+        return passage;
+    }
+    passage.text.prepend(reference + QLatin1Char('\n'));
+    for (RaisedSpan &span : passage.raised) {
+        span.at += reference.size() + 1;
+    }
+    return passage;
+}
+
+std::optional<TextBlock> layerText(const Layer &layer,
+    const QRectF &box,
+    std::int32_t frameHeight,
+    const QRect &canvas,
+    const RaisedNumbers &numbers)
 {
     if (layer.kind == LayerKind::Subtitle && layer.text.trimmed().isEmpty()) {
         return std::nullopt;
     }
+    const QRectF area = textArea(box, 12, 8);
     return TextBlock { canvas,
         layer.opacity,
         box,
         layer.background,
         layerFont(layer, frameHeight),
-        layerDraws(layer, textArea(box, 12, 8), frameHeight) };
+        layer.kind == LayerKind::Verse ? verseDraws(layer, area, frameHeight, numbers)
+                                       : layerDraws(layer, area, frameHeight) };
 }
 
 TextBlock titleBand(const QString &title, FrameSize canvas)

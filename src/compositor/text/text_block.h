@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compositor/text/text_layout.h"
 #include "document/layer.h"
 #include "signal/frame.h"
 
@@ -29,6 +30,8 @@ struct TextDraw {
     std::int32_t alignment = 0; ///< alignment bits of a layer
     std::vector<TextPass> passes;
     bool below = false; ///< the area starts below the wrapped text before it
+    std::vector<RaisedSpan> raised {};
+    TextPart part = TextPart::Whole; ///< what the passes draw
     bool operator==(const TextDraw &) const = default;
 };
 
@@ -44,10 +47,28 @@ struct TextBlock {
     bool operator==(const TextBlock &) const = default;
 };
 
+/// The raised numbers in a verse layer's texts.
+struct RaisedNumbers {
+    std::vector<RaisedSpan> first;
+    std::vector<RaisedSpan> second;
+    bool operator==(const RaisedNumbers &) const = default;
+};
+
 /// The text of a text, verse or subtitle layer; none when nothing of it is drawn. `box` in canvas
-/// pixels; `frameHeight`: the lines of the output frame, which scale the text.
-std::optional<TextBlock>
-layerText(const Layer &layer, const QRectF &box, std::int32_t frameHeight, const QRect &canvas);
+/// pixels; `frameHeight`: the lines of the output frame, which scale the text. A verse layer's
+/// second text stands beside the first.
+std::optional<TextBlock> layerText(const Layer &layer,
+    const QRectF &box,
+    std::int32_t frameHeight,
+    const QRect &canvas,
+    const RaisedNumbers &numbers = {});
+
+/// A passage with its reference where that belongs (`reference_place`), and what is raised in it.
+struct PlacedText {
+    QString text;
+    std::vector<RaisedSpan> raised;
+};
+PlacedText placed(PlacedText passage, const QString &reference, std::int32_t place);
 
 /// The lower third of the streams: the band and the first 500 characters of the title.
 TextBlock titleBand(const QString &title, FrameSize canvas);

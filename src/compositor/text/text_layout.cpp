@@ -14,6 +14,7 @@ namespace nimbara {
 
 namespace {
 
+constexpr double raisedSize = 0.65; ///< of the font's
 constexpr double endless = std::numeric_limits<double>::infinity();
 
 /// The font as a painter on a canvas would use it: points become pixels.
@@ -32,6 +33,67 @@ QString paintable(QString text)
     text.replace(QLatin1Char('\t'), QLatin1Char(' '));
     text.replace(QLatin1Char('\n'), QChar(QChar::LineSeparator));
     return text;
+}
+
+QFont raisedFont(const QFont &font)
+{
+    QFont small = font;
+    if (font.pixelSize() > 0) {
+        small.setPixelSize(std::max(static_cast<int>(font.pixelSize() * raisedSize), 4));
+    } else {
+        small.setPointSizeF(font.pointSizeF() * raisedSize);
+    }
+    return small;
+}
+
+void setRaised(QTextLayout &layout, const std::vector<RaisedSpan> &raised)
+{
+    QList<QTextLayout::FormatRange> formats;
+    for (const RaisedSpan &span : raised) {
+        QTextLayout::FormatRange range;
+        range.start = static_cast<int>(span.at);
+        range.length = static_cast<int>(span.length);
+        range.format.setFont(raisedFont(layout.font()));
+        formats << range;
+    }
+    if (!formats.isEmpty()) {
+        layout.setFormats(formats);
+    }
+}
+
+QList<QGlyphRun> runsOf(const QTextLayout &layout, qsizetype from, qsizetype end)
+{
+    return end > from ? layout.glyphRuns(static_cast<int>(from), static_cast<int>(end - from))
+                      : QList<QGlyphRun>();
+}
+
+/// The glyphs of the part; raised ones as high as capitals.
+QList<QGlyphRun> runsOf(const QTextLayout &layout, const TextForm &form)
+{
+    if (form.raised.empty()) {
+        return layout.glyphRuns();
+    }
+    const double rise = QFontMetricsF(layout.font()).capHeight()
+        - QFontMetricsF(raisedFont(layout.font())).capHeight();
+    QList<QGlyphRun> runs;
+    qsizetype from = 0;
+    for (const RaisedSpan &span : form.raised) {
+        if (form.part != TextPart::Raised) {
+            runs += runsOf(layout, from, span.at);
+        }
+        from = span.at + span.length;
+        for (QGlyphRun &run : runsOf(layout, span.at, from)) {
+            QList<QPointF> places = run.positions();
+            for (QPointF &place : places) {
+                place.ry() -= rise;
+            }
+            run.setPositions(places);
+            if (form.part != TextPart::Words) {
+                runs << run;
+            }
+        }
+    }
+    return form.part == TextPart::Raised ? runs : runs + runsOf(layout, from, layout.text().size());
 }
 
 struct Extent {
@@ -94,8 +156,9 @@ double leftOf(const QRectF &area, double width, std::int32_t alignment)
 
 } // namespace
 
-LaidText layText(const QString &text, const QFont &font, const QRectF &area, std::int32_t alignment)
+LaidText layText(const QString &text, const QFont &font, const QRectF &area, const TextForm &form)
 {
+    const std::int32_t alignment = form.alignment;
     LaidText laid;
     if (text.isEmpty() || area.isEmpty()) {
         return laid;
@@ -103,6 +166,7 @@ LaidText layText(const QString &text, const QFont &font, const QRectF &area, std
     const QFont painted = canvasFont(font);
     QTextLayout layout(paintable(text), painted);
     setOptions(layout, alignment);
+    setRaised(layout, form.raised);
     const QFontMetricsF metrics(painted);
     const Extent extent = breakLines(layout, metrics.leading(), area.width(), area.height());
     const double top = topOf(area, extent.height, alignment);
@@ -112,7 +176,7 @@ LaidText layText(const QString &text, const QFont &font, const QRectF &area, std
             area.y() + top + line.y() });
     }
     const double left = leftOf(area, extent.width, alignment);
-    laid.runs = layout.glyphRuns();
+    laid.runs = runsOf(layout, form);
     laid.bounds = { area.x() + left, area.y() + top, extent.width, extent.height };
     laid.clipped = !area.contains(laid.bounds);
     laid.lines = laid.bounds;
@@ -124,7 +188,10 @@ LaidText layText(const QString &text, const QFont &font, const QRectF &area, std
     return laid;
 }
 
-double wrappedHeight(const QString &text, const QFont &font, double width)
+double wrappedHeight(const QString &text,
+    const QFont &font,
+    double width,
+    const std::vector<RaisedSpan> &raised)
 {
     if (text.isEmpty()) {
         return 0;
@@ -132,6 +199,7 @@ double wrappedHeight(const QString &text, const QFont &font, double width)
     const QFont painted = canvasFont(font);
     QTextLayout layout(paintable(text), painted);
     setOptions(layout, align::left);
+    setRaised(layout, raised);
     return breakLines(layout, QFontMetricsF(painted).leading(), std::max(width, 0.0), endless)
         .height;
 }

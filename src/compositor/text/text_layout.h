@@ -7,8 +7,26 @@
 #include <QString>
 
 #include <cstdint>
+#include <vector>
 
 namespace nimbara {
+
+/// A part of a text that stands small and high, such as a verse's number.
+struct RaisedSpan {
+    qsizetype at = 0;
+    qsizetype length = 0;
+    bool operator==(const RaisedSpan &) const = default;
+};
+
+/// Which glyphs of a text with raised spans are wanted; the layout is the same.
+enum class TextPart : std::int32_t { Whole, Words, Raised };
+
+/// How a text is laid out, besides its font and area.
+struct TextForm {
+    std::int32_t alignment = 0; ///< alignment bits of a layer
+    std::vector<RaisedSpan> raised; ///< in order, none within another
+    TextPart part = TextPart::Whole;
+};
 
 /// A word-wrapped text laid out in an area of the canvas, line by line and pixel by pixel where the
 /// toolkit's painter would put it.
@@ -20,13 +38,15 @@ struct LaidText {
     double fontHeight = 0; ///< of one line, in pixels
 };
 
-/// Lays out `text` in `area`. `alignment`: alignment bits of a layer. Line breaks are kept, words
-/// longer than the area stay whole. Fonts given in points take the resolution of off-screen images.
-/// An empty text or an empty area gives no runs.
-LaidText
-layText(const QString &text, const QFont &font, const QRectF &area, std::int32_t alignment);
+/// Lays out `text` in `area`. Line breaks are kept, words longer than the area stay whole. Fonts
+/// given in points take the resolution of off-screen images. An empty text or an empty area gives
+/// no runs.
+LaidText layText(const QString &text, const QFont &font, const QRectF &area, const TextForm &form);
 
 /// The height of the wrapped text in pixels; 0 for an empty text.
-double wrappedHeight(const QString &text, const QFont &font, double width);
+double wrappedHeight(const QString &text,
+    const QFont &font,
+    double width,
+    const std::vector<RaisedSpan> &raised = {});
 
 } // namespace nimbara

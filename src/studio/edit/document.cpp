@@ -194,6 +194,33 @@ void Document::setTitle(const QString &title)
     tell(change);
 }
 
+void Document::setPassages(std::vector<KeptPassage> passages)
+{
+    passages.resize(std::min(passages.size(), Project::maxPassages));
+    if (std::exchange(m_project.passages, passages) == passages) {
+        return;
+    }
+    Change change;
+    change.settings = true;
+    tell(change);
+}
+
+void Document::setVerseStyle(std::optional<Layer> style)
+{
+    if (std::exchange(m_project.verseStyle, style) == style) {
+        return;
+    }
+    Change change;
+    change.settings = true;
+    tell(change);
+}
+
+Layer Document::newVerseLayer() const
+{
+    const Layer plain = newLayer(LayerKind::Verse);
+    return m_project.verseStyle ? styledAs(plain, *m_project.verseStyle) : plain;
+}
+
 void Document::setBand(bool band)
 {
     if (std::exchange(m_project.band, band) == band) {

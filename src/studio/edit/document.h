@@ -74,6 +74,10 @@ public:
     void setGain(std::int32_t percent); ///< 0..200
     void setVideoKbits(std::int32_t kbits); ///< 500..20,000 kbit/s
     void setProfile(StreamProfile profile);
+    void setPassages(std::vector<KeptPassage> passages); ///< what exceeds the most is cut off
+    void setVerseStyle(std::optional<Layer> style);
+    /// A new verse layer with the look that the project keeps for it.
+    [[nodiscard]] Layer newVerseLayer() const;
 
     /// The name of the step that would be undone or redone, a key of the text table; empty when
     /// there is none.

@@ -1,6 +1,8 @@
 #include "studio/services/verse_desk.h"
 
+#include "bible/builtin.h"
 #include "compositor/text/text_overflow.h"
+#include "studio/services/second_verse.h"
 
 #include <algorithm>
 #include <utility>
@@ -98,6 +100,41 @@ void VerseDesk::useWaiting(LayerId layer)
     }
 }
 
+void VerseDesk::setSecond(LayerId layer, const QString &bible)
+{
+    QFuture<void> ready = bible::prepare();
+    if (ready.isFinished()) {
+        showSecond(layer, bible);
+    } else { // for tens of milliseconds after the start
+        ready.then(this, [this, layer, bible] { showSecond(layer, bible); });
+    }
+}
+
+void VerseDesk::showSecond(LayerId id, const QString &bible)
+{
+    const Layer *layer = verseLayer(id);
+    if (layer == nullptr) {
+        return;
+    }
+    Layer changed = *layer;
+    changed.second = bible;
+    const SecondText second = secondOf(changed, layer->reference);
+    changed.secondText = second.text;
+    const SetVerse verse { id, layer->text, layer->reference, layer->name, 0, second };
+    m_stage.document.apply({ verse, SetField { id, LayerField::Second, bible } });
+    if (const Message missing = missingSecond(changed); !missing.isEmpty()) {
+        m_status(missing);
+    }
+}
+
+void VerseDesk::keepStyle(LayerId layer)
+{
+    if (const Layer *verse = verseLayer(layer)) {
+        m_stage.document.setVerseStyle(verseStyleOf(*verse));
+        m_status("Los versículos nuevos del proyecto tendrán este estilo.");
+    }
+}
+
 void VerseDesk::listBibles(const QString &key, bible::Api::BiblesCallback done)
 {
     m_api.bibles(key, QStringLiteral("spa"), std::move(done));
@@ -124,11 +161,10 @@ bool VerseDesk::isPlanned(LayerId id) const
 
 void VerseDesk::add(LayerId id, const bible::VerseUpdate &update)
 {
-    Layer layer = newLayer(LayerKind::Verse);
+    Layer layer = m_stage.document.newVerseLayer();
     layer.id = id;
-    layer.text = update.text;
-    layer.reference = update.reference;
-    layer.name = update.name.value_or(layer.name);
+    setVerse(layer,
+        { id, update.text, update.reference, update.name, 0, secondOf(layer, update.reference) });
     const SceneId scene = m_planned.extract(id).mapped();
     m_stage.document.apply(AddLayer { scene, std::move(layer) });
     Q_EMIT quickVerseAdded(id);
@@ -152,7 +188,9 @@ void VerseDesk::write(LayerId id, const bible::VerseUpdate &update)
         add(id, update);
         return;
     }
-    m_stage.document.apply(SetVerse { id, update.text, update.reference, update.name });
+    const Layer *layer = verseLayer(id);
+    const SecondText second = layer != nullptr ? secondOf(*layer, update.reference) : SecondText {};
+    m_stage.document.apply(SetVerse { id, update.text, update.reference, update.name, 0, second });
     Q_EMIT written(id, !update.name);
 }
 
@@ -169,21 +207,23 @@ void VerseDesk::setWaiting(LayerId id, std::optional<bible::VerseUpdate> update)
     }
 }
 
-void VerseDesk::tell(LayerId id, const Message &text)
+void VerseDesk::tell(LayerId id, const Message &said)
 {
     const Layer *layer = verseLayer(id);
     if (layer == nullptr) {
-        m_status(text);
+        m_status(said);
         return;
     }
+    const Message dot = Message::verbatim(QStringLiteral(" · "));
+    const Message missing = missingSecond(*layer);
+    const Message text = missing.isEmpty() ? said : said + dot + missing;
     const FrameSize frame = m_stage.previewFrame();
     const VersePages &pages = m_stage.pager->pages(*layer, frame);
-    const Message dot = Message::verbatim(QStringLiteral(" · "));
     if (pages.pages.size() > 1) {
         m_status(text + dot + pageText({}, pages.shown(*layer), pages.pages.size()));
         return;
     }
-    const int hidden = hiddenLines(pageShown(*layer, pages), frame);
+    const int hidden = hiddenLines(pageShown(*layer, pages), frame, pages.pages.front().numbers);
     m_status(hidden == 0 ? text : text + dot + hiddenLinesText(hidden));
 }
 

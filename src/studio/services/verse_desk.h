@@ -43,6 +43,13 @@ public:
     /// Shows the answer that waits for the layer.
     void useWaiting(LayerId layer);
 
+    /// Takes the built-in Bible with the identifier for the layer's second one, none for an empty
+    /// text, and shows the layer's passage in it; see `secondOf`. What is missing is told.
+    void setSecond(LayerId layer, const QString &bible);
+
+    /// Keeps the layer's look for the project's new verse layers, and tells so.
+    void keepStyle(LayerId layer);
+
     /// Lists the Spanish Bibles that the key may read.
     void listBibles(const QString &key, bible::Api::BiblesCallback done);
 
@@ -68,6 +75,7 @@ private:
     void write(LayerId id, const bible::VerseUpdate &update);
     void setWaiting(LayerId id, std::optional<bible::VerseUpdate> update);
     void tell(LayerId id, const Message &text);
+    void showSecond(LayerId id, const QString &bible);
 
     Stage &m_stage;
     Report m_status;

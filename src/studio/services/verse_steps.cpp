@@ -2,8 +2,8 @@
 
 #include "bible/builtin.h"
 #include "bible/next_verse.h"
-#include "bible/reader.h"
 #include "bible/verse_flow.h"
+#include "studio/services/second_verse.h"
 
 #include <algorithm>
 #include <utility>
@@ -25,25 +25,13 @@ const Layer *frontVerse(const ScenePtr &scene)
     return found != scene->layers.rend() ? &*found : nullptr;
 }
 
-QString labelOf(const Layer &layer)
-{
-    return layer.reference.section(dot, 0, 0);
-}
-
-std::optional<bible::Passage> passageOf(const Layer &layer)
-{
-    const bible::Reading reading = bible::read(labelOf(layer));
-    return reading.status == bible::Reading::Status::Found ? std::optional(reading.passages.first())
-                                                           : std::nullopt;
-}
-
 bool showsSame(const Layer &one, const Layer &other)
 {
     if (one.reference == other.reference) {
         return one.text == other.text;
     }
-    const auto passage = passageOf(one);
-    return passage && passage == passageOf(other);
+    const auto passage = passageOf(one.reference);
+    return passage && passage == passageOf(other.reference);
 }
 
 /// The built-in Bible that the layer's text is from; none for an online text.
@@ -66,29 +54,33 @@ SetVerse verseFrom(const bible::Bible &bible, const bible::Passage &passage, Lay
 
 SetVerse verseOf(const Layer &layer, std::int32_t page)
 {
-    return { layer.id, layer.text, layer.reference, layer.name, page };
+    return { layer.id,
+        layer.text,
+        layer.reference,
+        layer.name,
+        page,
+        { layer.secondText, layer.secondReference } };
+}
+
+Layer withVerse(Layer layer, const SetVerse &verse)
+{
+    setVerse(layer, verse);
+    return layer;
 }
 
 /// The page of other pages that shows what a page shows: of as many pages the same one, else the
 /// one with its beginning.
-std::int32_t matchingPage(const VersePages &lead,
-    std::size_t page,
-    qsizetype leadText,
-    const VersePages &other,
-    qsizetype otherText)
+std::int32_t matchingPage(const VersePages &lead, std::size_t page, const VersePages &other)
 {
     if (lead.pages.size() == other.pages.size()) {
         return static_cast<std::int32_t>(page);
     }
-    const double place = static_cast<double>(lead.pages[page].begin)
-        / static_cast<double>(std::max(leadText, qsizetype { 1 }));
-    std::int32_t found = 0;
-    while (static_cast<std::size_t>(found) + 1 < other.pages.size()
-        && static_cast<double>(other.pages[static_cast<std::size_t>(found) + 1].begin)
-            <= place * static_cast<double>(otherText)) {
+    std::size_t found = 0;
+    while (
+        found + 1 < other.pages.size() && other.pages[found + 1].place <= lead.pages[page].place) {
         ++found;
     }
-    return found;
+    return static_cast<std::int32_t>(found);
 }
 
 } // namespace
@@ -178,11 +170,7 @@ void VerseSteps::turn(const Spot &lead, std::size_t page)
     std::vector<SetVerse> followers;
     for (const Spot &spot : following(lead)) {
         followers.push_back(verseOf(spot.layer,
-            matchingPage(pages,
-                page,
-                lead.layer.text.size(),
-                m_surroundings.stage.pager->pages(spot.layer, spot.frame),
-                spot.layer.text.size())));
+            matchingPage(pages, page, m_surroundings.stage.pager->pages(spot.layer, spot.frame))));
     }
     apply(lead, verseOf(lead.layer, static_cast<std::int32_t>(page)), followers);
 }
@@ -193,7 +181,7 @@ void VerseSteps::leave(const Spot &lead, Direction direction)
     if (!m_ready.isFinished()) {
         return; // for tens of milliseconds after the start
     }
-    const auto passage = passageOf(lead.layer);
+    const auto passage = passageOf(lead.layer.reference);
     if (!passage) {
         Q_EMIT said("El texto no tiene más páginas.");
         return;
@@ -237,7 +225,7 @@ void VerseSteps::receive(LayerId layer, bool isFinal)
     }
     const Awaited awaited = *std::exchange(m_awaited, std::nullopt);
     const Layer *now = findLayer(m_surroundings.stage.document.scenes(), layer);
-    if (isFinal && now != nullptr && passageOf(*now) == awaited.passage) {
+    if (isFinal && now != nullptr && passageOf(now->reference) == awaited.passage) {
         show(awaited.from, awaited.passage, awaited.direction, verseOf(*now, 0));
     }
 }
@@ -257,20 +245,22 @@ void VerseSteps::show(const Spot &lead,
             && bible::passageText(*bible, passage).isEmpty()) { // nothing blank goes on air
             continue;
         }
-        followers.push_back(placed(spot,
-            bible != nullptr ? verseFrom(*bible, passage, spot.layer.id) : std::move(own),
-            direction));
+        if (bible != nullptr) {
+            own = verseFrom(*bible, passage, spot.layer.id);
+        }
+        own.second = secondOf(spot.layer, passage);
+        followers.push_back(placed(spot, std::move(own), direction));
     }
-    apply(lead, placed(lead, verse, direction), followers);
+    SetVerse leading = verse;
+    leading.second = secondOf(lead.layer, passage);
+    apply(lead, placed(lead, std::move(leading), direction), followers);
 }
 
 /// The verse at its first page, or at its last where the operator comes from behind.
 SetVerse VerseSteps::placed(const Spot &spot, SetVerse verse, Direction direction)
 {
     if (direction == Direction::Back) {
-        Layer layer = spot.layer;
-        layer.text = verse.text;
-        layer.reference = verse.reference;
+        const Layer layer = withVerse(spot.layer, verse);
         verse.page = static_cast<std::int32_t>(
                          m_surroundings.stage.pager->pages(layer, spot.frame).pages.size())
             - 1;
@@ -290,8 +280,8 @@ void VerseSteps::apply(const Spot &lead,
         }
     }
     const Layer *prepared = findLayer(document.scenes(), verse.layer);
-    if (prepared != nullptr && prepared->text == verse.text
-        && prepared->reference == verse.reference) { // a run of pages is one step of undo
+    if (prepared != nullptr
+        && verseOf(*prepared, verse.page) == verse) { // a run of pages is one step of undo
         edits.emplace_back(SetField { verse.layer, LayerField::Page, verse.page });
     } else if (isPrepared(lead.layer, verse.layer)) {
         edits.emplace_back(verse);
@@ -305,15 +295,14 @@ void VerseSteps::apply(const Spot &lead,
 
 void VerseSteps::tell(const Spot &spot, const SetVerse &verse)
 {
-    Layer layer = spot.layer;
-    layer.text = verse.text;
-    layer.reference = verse.reference;
-    layer.page = verse.page;
+    const Layer layer = withVerse(spot.layer, verse);
     const VersePages &pages = m_surroundings.stage.pager->pages(layer, spot.frame);
     const std::size_t page = pages.shown(layer);
-    const QString label = pages.pages[page].reference.section(dot, 0, 0);
-    Q_EMIT said(pages.pages.size() == 1 ? bible::readyStatus(label)
-                                        : pageText(label, page, pages.pages.size()));
+    const QString label = labelOf(pages.pages[page].reference);
+    const Message shown = pages.pages.size() == 1 ? bible::readyStatus(label)
+                                                  : pageText(label, page, pages.pages.size());
+    const Message missing = missingSecond(layer);
+    Q_EMIT said(missing.isEmpty() ? shown : shown + Message::verbatim(dot) + missing);
 }
 
 } // namespace nimbara

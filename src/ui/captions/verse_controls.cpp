@@ -5,6 +5,8 @@
 #include <QApplication>
 #include <QMenu>
 
+#include <algorithm>
+
 namespace nimbara {
 
 VerseControls::VerseControls(Studio &studio, const ErrorGuard &guard, Views views)
@@ -13,12 +15,15 @@ VerseControls::VerseControls(Studio &studio, const ErrorGuard &guard, Views view
     , m_steps(studio.verseSteps())
     , m_finder(studio.verseFinder())
     , m_spoken(studio.spokenVerses())
+    , m_passages(studio.passages())
     , m_guard(guard)
     , m_views(views)
+    , m_box(new PassageBox(&views.tab))
 {
     showChoice();
     connectViews();
     connectTyping();
+    connectPassages();
     const auto tell = [this](const Message &reason) { m_guard.tell(reason); };
     connect(&m_verses, &VerseDesk::failed, this, tell);
     connect(&m_verses, &VerseDesk::quickVerseAdded, &m_views.editor, &SceneEditor::offer);
@@ -48,6 +53,14 @@ void VerseControls::connectViews()
         &PropertiesPanel::verseRequested,
         this,
         &VerseControls::showVerse);
+    connect(m_views.tab.properties(),
+        &PropertiesPanel::secondBibleWanted,
+        &m_verses,
+        &VerseDesk::setSecond);
+    connect(m_views.tab.properties(),
+        &PropertiesPanel::verseStyleKept,
+        this,
+        [this](LayerId layer) { m_verses.keepStyle(layer); });
     connect(bible, &BibleGroup::choiceMade, &m_desk, &BibleDesk::choose);
     connect(bible,
         &BibleGroup::bibleChosen,
@@ -74,6 +87,39 @@ void VerseControls::connectTyping()
                 m_typedIn->offer(typed, suggestions);
             }
         });
+}
+
+void VerseControls::connectPassages()
+{
+    VerseField *field = m_box->field();
+    connect(field, &VerseField::typed, this, [this, field](const QString &text) {
+        suggest(field, text);
+    });
+    const auto showKept = [this] { m_box->showKept(m_passages.kept()); };
+    const auto showRecent = [this] { m_box->showRecent(m_passages.recent()); };
+    showKept();
+    showRecent();
+    connect(&m_passages, &PassageDesk::keptChanged, this, showKept);
+    connect(&m_passages, &PassageDesk::recentChanged, this, showRecent);
+    connect(&m_views.tab, &SceneTab::passagesPressed, this, &VerseControls::showPassages);
+    connect(m_box, &PassageBox::cued, this, &VerseControls::showQuickVerse);
+    connect(m_box, &PassageBox::removePressed, this, [this](int place) {
+        m_passages.remove(static_cast<std::size_t>(std::max(place, 0)));
+    });
+    connect(m_box, &PassageBox::movePressed, this, [this](int place, int delta) {
+        m_passages.move(static_cast<std::size_t>(std::max(place, 0)), delta);
+    });
+    connect(m_box, &PassageBox::addPressed, this, [this, field](const QString &typed) {
+        m_guard.run([&] {
+            m_passages.add(typed);
+            field->clear();
+        });
+    });
+}
+
+void VerseControls::showPassages()
+{
+    m_box->open();
 }
 
 void VerseControls::suggest(VerseField *field, const QString &typed)

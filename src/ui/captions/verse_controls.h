@@ -2,6 +2,7 @@
 
 #include "studio/studio.h"
 #include "ui/captions/bible_group.h"
+#include "ui/editor/passage_box.h"
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
 #include "ui/kit/error_guard.h"
@@ -27,6 +28,8 @@ public:
 
     /// A page on or back of the selected verse, see `VerseSteps::step`.
     void stepPage(VerseSteps::Direction direction);
+    /// Shows the passages of the service.
+    void showPassages();
 
     /// Puts the verse that the preacher has named on PREVIEW, and then on air.
     void prepareSpoken();
@@ -36,6 +39,7 @@ private:
     void showChoice();
     void connectViews();
     void connectTyping();
+    void connectPassages();
     void suggest(VerseField *field, const QString &typed);
     void showVerse(LayerId layer, const QString &typed);
     void showQuickVerse(const QString &typed);
@@ -46,9 +50,11 @@ private:
     VerseSteps &m_steps;
     VerseFinder &m_finder;
     SpokenVerses &m_spoken;
+    PassageDesk &m_passages;
     QPointer<VerseField> m_typedIn; ///< what was last typed into
     const ErrorGuard &m_guard;
     Views m_views;
+    PassageBox *m_box; ///< the tab's
 };
 
 } // namespace nimbara

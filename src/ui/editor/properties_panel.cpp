@@ -5,6 +5,7 @@
 #include "ui/editor/color_button.h"
 #include "ui/editor/position_row.h"
 #include "ui/editor/verse_field.h"
+#include "ui/editor/verse_rows.h"
 #include "ui/kit/controls.h"
 
 #include <QApplication>
@@ -488,6 +489,20 @@ void PropertiesPanel::addStyleRows()
             true));
     addRow(isText, makeCheck("Sombra / contorno oscuro", "shadow", LayerField::Shadow));
     addRow(isText, "Alineación", makeAlignment());
+    addVerseLook();
+}
+
+void PropertiesPanel::addVerseLook()
+{
+    auto *rows = new VerseRows(*formOf(isOneOf<LayerKind::Verse>), this);
+    connect(rows, &VerseRows::edited, this, [this](LayerField field, const FieldValue &value) {
+        Q_EMIT edited(m_shown, field, value);
+    });
+    connect(rows, &VerseRows::secondWanted, this, [this](const QString &bible) {
+        Q_EMIT secondBibleWanted(m_shown, bible);
+    });
+    connect(rows, &VerseRows::styleKept, this, [this] { Q_EMIT verseStyleKept(m_shown); });
+    onRefresh([rows](const Layer &layer) { rows->refresh(layer); });
 }
 
 QWidget *PropertiesPanel::makeFontList()

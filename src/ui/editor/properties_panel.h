@@ -59,6 +59,10 @@ Q_SIGNALS:
     /// The operator typed into a field that takes a reference.
     void verseTyped(nimbara::VerseField *field, const QString &text);
     void waitingWanted(nimbara::LayerId layer);
+    /// Another second Bible for a verse: its identifier, empty for none.
+    void secondBibleWanted(nimbara::LayerId layer, const QString &bible);
+    /// New verses shall look as this one.
+    void verseStyleKept(nimbara::LayerId layer);
 
 private:
     using Refresher = std::function<void(const Layer &)>;
@@ -83,6 +87,7 @@ private:
     void addTextRows();
     void addStyleRows();
     void addVerseRows();
+    void addVerseLook();
     void addPictureRows();
     VerseField *makeReference();
     QWidget *makePosition();

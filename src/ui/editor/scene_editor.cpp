@@ -288,7 +288,7 @@ void SceneEditor::addSource(SourceEntry entry)
 
 void SceneEditor::addLayer(LayerKind kind)
 {
-    Layer layer = newLayer(kind);
+    Layer layer = kind == LayerKind::Verse ? document().newVerseLayer() : newLayer(kind);
     const LayerId id = layer.id;
     document().apply(AddLayer { scene().id, std::move(layer) });
     select(id);

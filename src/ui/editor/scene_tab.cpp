@@ -82,6 +82,8 @@ QWidget *SceneTab::makeSceneColumn()
     connect(m_verse, &QLineEdit::returnPressed, this, requestVerse);
     connect(m_verse, &VerseField::chosen, this, requestVerse);
     addButton(verseRow, "Mostrar versículo", "showVerse", requestVerse);
+    addButton(verseRow, "Lista", "openPassages", &SceneTab::passagesPressed)
+        ->setToolTip(nimbara_i18n::tr("Pasajes de hoy (Ctrl+L)"));
     for (const auto &[arrow, name, step, spoken] :
         { std::tuple { "◀", "pageBack", -1, "Página o versículo anterior" },
             { "▶", "pageOn", 1, "Página o versículo siguiente" } }) {

@@ -56,6 +56,8 @@ Q_SIGNALS:
     void moveLayerPressed(int delta);
     void deleteLayerPressed();
     void verseRequested(const QString &reference);
+    /// The list of the service's passages is wanted.
+    void passagesPressed();
     /// A page of the verse on (1) or back (−1).
     void pageStepped(int step);
     /// The operator selected a layer in the list.

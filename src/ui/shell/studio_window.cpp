@@ -337,6 +337,10 @@ void StudioWindow::connectShortcuts()
         shortcut->setAutoRepeat(false);
         connect(shortcut, &QShortcut::activated, m_verses.get(), step);
     }
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), this),
+        &QShortcut::activated,
+        this,
+        [this] { m_verses->showPassages(); });
     Document *document = &m_studio.document();
     connect(new QShortcut(QKeySequence::Undo, this),
         &QShortcut::activated,

@@ -1,0 +1,258 @@
+#include "compositor/scene/verse_paging.h"
+
+#include "compositor/scene/picture_fit.h"
+#include "compositor/text/text_overflow.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nimbara {
+
+namespace {
+
+/// Longer texts, in characters, are measured by their words alone.
+constexpr qsizetype maxLaidOut = 1500;
+
+Layer withPage(Layer layer, const VersePage &page)
+{
+    layer.text = page.text;
+    layer.reference = page.namesItself ? QString() : page.reference;
+    layer.secondText = page.second;
+    layer.secondReference = page.secondReference;
+    return layer;
+}
+
+/// Appends a text on lines of its own.
+void append(PlacedText &all, PlacedText more)
+{
+    if (more.text.isEmpty()) {
+        return;
+    }
+    if (!all.text.isEmpty()) {
+        all.text += QLatin1Char('\n');
+    }
+    for (RaisedSpan &span : more.raised) {
+        span.at += all.text.size();
+        all.raised.push_back(span);
+    }
+    all.text += more.text;
+}
+
+} // namespace
+
+VersePaging::VersePaging(const Layer &layer, FrameSize frame)
+    : m_layer(layer)
+    , m_frame(frame)
+    , m_box(pixelBox(QRectF(layer.x, layer.y, layer.w, layer.h), frame))
+{
+    m_voices.emplace_back(layer.text, layer.reference, layer.numbers);
+    if (!layer.secondText.isEmpty()) {
+        m_voices.emplace_back(layer.secondText, layer.secondReference, layer.numbers);
+        m_pairs = pairWords(m_voices[0].paired(), m_voices[1].paired());
+        m_units = nimbara::wordsOf(m_pairs, m_voices[0].paired(), m_voices[1].paired());
+    } else {
+        m_units = m_voices[0].words();
+    }
+}
+
+bool VersePaging::isEmpty() const
+{
+    return m_units.empty() || block(m_layer.size).draws.front().area.isEmpty();
+}
+
+bool VersePaging::isBeside() const
+{
+    return m_voices.size() > 1 && m_layer.arrangement == arrange::beside;
+}
+
+bool VersePaging::isAlternating() const
+{
+    return m_voices.size() > 1 && m_layer.arrangement == arrange::alternating;
+}
+
+bool VersePaging::fits(std::int32_t size) const
+{
+    if (m_layer.text.size() + m_layer.secondText.size() > maxLaidOut) {
+        return reach(room(size), 0) == m_units.size();
+    }
+    const VersePage all = whole();
+    Layer sized = withPage(m_layer, all);
+    sized.size = size;
+    const QRect canvas(0, 0, m_frame.width, m_frame.height);
+    return fitsItsAreas(*layerText(sized, m_box, m_frame.height, canvas, all.numbers));
+}
+
+VersePage VersePaging::whole() const
+{
+    return page({ 0, m_units.size() }, m_layer.referencePlace);
+}
+
+std::vector<VersePage> VersePaging::split(std::int32_t size) const
+{
+    const Room measured = room(size);
+    std::vector<VersePage> pages;
+    for (const PageRange &range :
+        splitPages(m_units, [&](std::size_t first) { return reach(measured, first); })) {
+        pages.push_back(page(range, measured.place));
+    }
+    return pages;
+}
+
+/// Where the texts go, and their font.
+TextBlock VersePaging::block(std::int32_t size) const
+{
+    Layer sized = m_layer;
+    sized.size = size;
+    sized.text.clear();
+    sized.reference.clear();
+    sized.secondReference.clear();
+    if (!isBeside()) {
+        sized.secondText.clear();
+    }
+    return *layerText(sized, m_box, m_frame.height, QRect(0, 0, m_frame.width, m_frame.height));
+}
+
+VersePaging::Room VersePaging::room(std::int32_t size) const
+{
+    const TextBlock places = block(size);
+    const QRectF area = places.draws.front().area;
+    const std::int32_t all = linesIn(area.height(), places.font);
+    Room room;
+    room.place = m_layer.referencePlace;
+    std::int32_t left = all;
+    for (const VerseVoice &voice : m_voices) {
+        room.rulers.emplace_back(voice.text(), voice.words(), places.font, area.width());
+        room.lines.push_back(all - referenceLines(voice, places.font, area.width(), all));
+        left -= all - room.lines.back();
+    }
+    if (!isBeside()) {
+        room.lines = { left };
+    }
+    const std::int32_t least = isBeside() ? 1 : static_cast<std::int32_t>(m_voices.size());
+    if (*std::min_element(room.lines.begin(), room.lines.end()) < least) {
+        room.place = reference_place::hidden;
+        room.lines.assign(room.lines.size(), std::max(all, 1));
+    }
+    return room;
+}
+
+std::int32_t VersePaging::referenceLines(const VerseVoice &voice,
+    const QFont &font,
+    double width,
+    std::int32_t most) const
+{
+    std::int32_t lines = 0;
+    if (m_layer.referencePlace == reference_place::hidden) {
+        return lines;
+    }
+    for (const QString &reference : { voice.reference(), voice.widestReference() }) {
+        const std::vector<PageWord> words = pageWords(reference, {});
+        lines = std::max(lines, PageRuler(reference, words, font, width).lines(most));
+    }
+    return lines;
+}
+
+std::size_t VersePaging::reach(const Room &room, std::size_t first) const
+{
+    if (m_voices.size() == 1) {
+        return room.rulers[0].reach(first, room.lines[0]);
+    }
+    PageRuler::Lines one(room.rulers[0]);
+    PageRuler::Lines other(room.rulers[1]);
+    std::size_t unit = first;
+    for (; unit < m_pairs.size(); ++unit) {
+        if (isAlternating() && m_pairs[unit].beginsVerse) {
+            one.end();
+            other.end();
+        }
+        one.add(m_pairs[unit].first);
+        other.add(m_pairs[unit].second);
+        const bool full = isBeside() ? one.count() > room.lines[0] || other.count() > room.lines[1]
+                                     : one.count() + other.count() > room.lines[0];
+        if (full) {
+            break;
+        }
+    }
+    return unit;
+}
+
+PageRange VersePaging::wordsOf(std::size_t voice, PageRange units) const
+{
+    if (m_voices.size() == 1) {
+        return units;
+    }
+    if (units.first == units.end) {
+        return {};
+    }
+    const auto range
+        = [voice](const PagePair &pair) { return voice == 0 ? pair.first : pair.second; };
+    return { range(m_pairs[units.first]).first, range(m_pairs[units.end - 1]).end };
+}
+
+VersePage VersePaging::page(PageRange units, std::int32_t place) const
+{
+    VersePage page;
+    const PageRange first = wordsOf(0, units);
+    PlacedText shown = m_voices[0].shown(first);
+    page.reference = m_voices[0].referenceOf(first);
+    page.place = m_voices[0].versesBefore(first.first);
+    if (m_voices.size() == 1) {
+        page.text = std::move(shown.text);
+        page.numbers.first = std::move(shown.raised);
+        page.namesItself = place == reference_place::hidden;
+        return page;
+    }
+    const PageRange second = wordsOf(1, units);
+    PlacedText other = m_voices[1].shown(second);
+    const QString otherReference = m_voices[1].referenceOf(second);
+    if (isBeside() && !shown.text.isEmpty() && !other.text.isEmpty()) {
+        page.text = std::move(shown.text);
+        page.second = std::move(other.text);
+        page.namesItself = place == reference_place::hidden;
+        page.secondReference = page.namesItself ? QString() : otherReference;
+        page.numbers = { std::move(shown.raised), std::move(other.raised) };
+        return page;
+    }
+    page.namesItself = true;
+    if (isAlternating()) {
+        alternate(page, units, place);
+        return page;
+    }
+    PlacedText all;
+    if (!shown.text.isEmpty()) {
+        append(all, placed(std::move(shown), page.reference, place));
+    }
+    if (!other.text.isEmpty()) {
+        append(all, placed(std::move(other), otherReference, place));
+    }
+    page.text = std::move(all.text);
+    page.numbers.first = std::move(all.raised);
+    return page;
+}
+
+/// Verse by verse, and both references where the one would be.
+void VersePaging::alternate(VersePage &page, PageRange units, std::int32_t place) const
+{
+    PlacedText all;
+    for (std::size_t from = units.first; from < units.end;) {
+        std::size_t end = from + 1;
+        while (end < units.end && !m_pairs[end].beginsVerse) {
+            ++end;
+        }
+        append(all, m_voices[0].shown(wordsOf(0, { from, end })));
+        append(all, m_voices[1].shown(wordsOf(1, { from, end })));
+        from = end;
+    }
+    QStringList references;
+    for (const std::size_t voice : { std::size_t { 0 }, std::size_t { 1 } }) {
+        const PageRange words = wordsOf(voice, units);
+        if (words.first != words.end) {
+            references << m_voices[voice].referenceOf(words);
+        }
+    }
+    all = placed(std::move(all), references.join(QLatin1Char('\n')), place);
+    page.text = std::move(all.text);
+    page.numbers.first = std::move(all.raised);
+}
+
+} // namespace nimbara

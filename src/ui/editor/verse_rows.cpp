@@ -1,0 +1,92 @@
+#include "ui/editor/verse_rows.h"
+
+#include "base/i18n.h"
+#include "ui/kit/controls.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QPushButton>
+#include <QSignalBlocker>
+
+#include <algorithm>
+
+namespace nimbara {
+
+namespace {
+
+using nimbara_i18n::tr;
+
+void show(QComboBox *list, int entry)
+{
+    const QSignalBlocker blocker(list);
+    list->setCurrentIndex(entry);
+}
+
+} // namespace
+
+VerseRows::VerseRows(QFormLayout &form, QObject *parent)
+    : QObject(parent)
+    , m_second(named(new QComboBox, "secondBible", tr("Segunda Biblia")))
+    , m_arrangement(makeChoice({ "Una sobre otra", "Lado a lado", "Versículos alternados" },
+          "arrangement",
+          "Disposición",
+          LayerField::Arrangement))
+    , m_shows(makeChoice({ "Las dos", "Solo la primera", "Solo la segunda" },
+          "shownBibles",
+          "Biblias que se muestran",
+          LayerField::Shows))
+    , m_numbers(makeChoice({ "Como el texto", "Pequeños y tenues", "Ocultos" },
+          "verseNumbers",
+          "Números de versículo",
+          LayerField::Numbers))
+    , m_reference(makeChoice({ "Después del texto", "Antes del texto", "Oculta" },
+          "referencePlace",
+          "Lugar de la cita",
+          LayerField::ReferencePlace))
+{
+    addSecond(form);
+    form.addRow(tr("Números de versículo"), m_numbers);
+    form.addRow(tr("Lugar de la cita"), m_reference);
+    auto *keep = makeButton("Usar este estilo en los versículos nuevos", "keepVerseStyle");
+    connect(keep, &QPushButton::clicked, this, &VerseRows::styleKept);
+    form.addRow(keep);
+}
+
+void VerseRows::addSecond(QFormLayout &form)
+{
+    // The built-in ones, by their own names.
+    m_second->addItem(tr("Ninguna"), QString());
+    m_second->addItem(QStringLiteral("Reina-Valera 1909"), QStringLiteral("RV1909"));
+    m_second->addItem(QStringLiteral("King James Version"), QStringLiteral("KJV"));
+    connect(m_second, &QComboBox::activated, this, [this](int entry) {
+        Q_EMIT secondWanted(m_second->itemData(entry).toString());
+    });
+    form.addRow(tr("Segunda Biblia"), m_second);
+    form.addRow(tr("Disposición"), m_arrangement);
+    form.addRow(tr("Biblias que se muestran"), m_shows);
+}
+
+QComboBox *VerseRows::makeChoice(std::initializer_list<const char *> entries,
+    const char *name,
+    const char *spanish,
+    LayerField field)
+{
+    QComboBox *list = makeList(entries, name, spanish);
+    connect(list, &QComboBox::currentIndexChanged, this, [this, field](int entry) {
+        Q_EMIT edited(field, std::int32_t { entry });
+    });
+    return list;
+}
+
+void VerseRows::refresh(const Layer &layer)
+{
+    show(m_second, std::max(m_second->findData(layer.second), 0));
+    show(m_arrangement, layer.arrangement);
+    show(m_shows, layer.shows);
+    show(m_numbers, layer.numbers);
+    show(m_reference, layer.referencePlace);
+    m_arrangement->setEnabled(!layer.second.isEmpty());
+    m_shows->setEnabled(!layer.second.isEmpty());
+}
+
+} // namespace nimbara

@@ -159,6 +159,97 @@ private Q_SLOTS:
         QVERIFY(desk.dialogs->asked.isEmpty());
     }
 
+    /// Below the panel's field, too, again and again.
+    void thePanelsFieldIsCompleted()
+    {
+        VerseDeskWindow desk(m_peer);
+        desk.type("quickVerse", u"Rut 1:1"_s);
+        auto *edit = desk.find<QLineEdit>("verseReference");
+        QAbstractItemView *list = edit->findChild<QCompleter *>()->popup();
+        for (const auto &[words, downs, shown] : { std::tuple { "juan 3:1", 2, "Juan 3:10" },
+                 { "salmos 2", 1, "Salmos 2" },
+                 { "juan 3:1", 1, "Juan 3:1" } }) {
+            desk.window.activateWindow(); // without a desktop a closed list leaves none active
+            QVERIFY(desk.isActive());
+            edit->setFocus();
+            edit->clear();
+            QTest::keyClicks(edit, QLatin1String(words));
+            QTRY_VERIFY(list->isVisible());
+            for (int down = 0; down < downs; ++down) {
+                QTest::keyClick(list, Qt::Key_Down);
+            }
+            QTest::keyClick(list, Qt::Key_Return);
+            QTRY_COMPARE(desk.layers().back().name, QLatin1String(shown));
+        }
+    }
+
+    void theSecondBibleIsChosenInThePanel()
+    {
+        VerseDeskWindow desk(m_peer);
+        desk.type("quickVerse", u"Juan 3:16"_s);
+        const auto pick = [&](const char *name, int entry) {
+            auto *list = desk.find<QComboBox>(name);
+            list->setCurrentIndex(entry);
+            Q_EMIT list->activated(entry); // as by the operator's hand
+        };
+        QVERIFY(!desk.find<QWidget>("arrangement")->isEnabled());
+        pick("secondBible", 2);
+        pick("arrangement", arrange::beside);
+        pick("shownBibles", shown_bibles::second);
+        pick("verseNumbers", verse_numbers::raised);
+        pick("referencePlace", reference_place::before);
+        const Layer layer = desk.layers().back();
+        QVERIFY(layer.secondText.startsWith(u"For God so loved"));
+        QCOMPARE(layer.secondReference, u"John 3:16 · King James Version"_s);
+        QCOMPARE(layer.arrangement, arrange::beside);
+        QCOMPARE(layer.shows, shown_bibles::second);
+        QCOMPARE(layer.numbers, verse_numbers::raised);
+        QCOMPARE(layer.referencePlace, reference_place::before);
+        desk.press("keepVerseStyle");
+        QVERIFY(desk.document().project().verseStyle == verseStyleOf(layer));
+        pick("secondBible", 0);
+        QVERIFY(desk.layers().back().secondText.isEmpty());
+        desk.press("undo");
+        QCOMPARE(desk.layers().back().secondText, layer.secondText);
+        QCOMPARE(desk.find<QComboBox>("secondBible")->currentIndex(), 2);
+    }
+
+    /// By the keyboard alone: opened, a passage added, cued, put in order.
+    void passagesOfTheServiceAreCued()
+    {
+        VerseDeskWindow desk(m_peer);
+        QVERIFY(desk.isActive());
+        QTest::keyClick(&desk.window, Qt::Key_L, Qt::ControlModifier);
+        auto *kept = desk.find<QListWidget>("keptPassages");
+        QTRY_VERIFY(kept->isVisible());
+        for (const QString &typed : { u"Salmo 23:1"_s, u"jn 3 16"_s, u"Juna 3"_s }) {
+            desk.type("passageReference", typed);
+        }
+        QCOMPARE(desk.dialogs->asked.size(), 1); // the slip
+        QCOMPARE(kept->count(), 2);
+        QCOMPARE(kept->item(0)->text().section(u"   ·   "_s, 0, 0), u"Salmos 23:1"_s);
+        QVERIFY(kept->item(1)->text().contains(u"Porque de tal manera"));
+        kept->setCurrentRow(1);
+        desk.press("passageUp");
+        QCOMPARE(desk.document().project().passages.front().reference, u"Juan 3:16"_s);
+        for (const auto &[row, name] : { std::pair { 0, "Juan 3:16" }, { 1, "Salmos 23:1" } }) {
+            kept->setCurrentRow(row);
+            QTest::keyClick(kept, Qt::Key_Return);
+            QCOMPARE(desk.layers().back().name, QLatin1String(name));
+        }
+        auto *recent = desk.find<QListWidget>("recentPassages");
+        QCOMPARE(recent->count(), 2); // the last one first
+        QVERIFY(recent->item(0)->text().startsWith(u"Salmos 23:1"));
+        for (int chapter = 1; chapter <= 60; ++chapter) {
+            desk.type("quickVerse", u"Salmos %1:1"_s.arg(chapter));
+        }
+        QCOMPARE(recent->count(), 50);
+        desk.press("removePassage");
+        QCOMPARE(kept->count(), 1);
+        VerseDeskWindow next(m_peer); // another run
+        QCOMPARE(next.find<QListWidget>("recentPassages")->count(), 50);
+    }
+
     void whatMayBeMeantIsPicked()
     {
         VerseDeskWindow desk(m_peer);

@@ -9,7 +9,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStyleOptionComboBox>
-#include <QTextDocument>
+
+#include <algorithm>
+#include <vector>
 
 namespace nimbara::testing {
 
@@ -86,12 +88,17 @@ QRect seen(const QWidget &window, const QWidget &widget)
     return widget.visibleRegion().boundingRect().translated(widget.mapTo(&window, QPoint()));
 }
 
-QList<const QWidget *> visibleTexts(const QWidget &window)
+struct Text {
+    const QWidget *widget;
+    QRect place; ///< of what is seen of it, in the window
+};
+
+std::vector<Text> visibleTexts(const QWidget &window)
 {
-    QList<const QWidget *> found;
+    std::vector<Text> found;
     for (const QWidget *widget : window.findChildren<QWidget *>()) {
         if (widget->isVisible() && !textOf(*widget).isEmpty()) {
-            found << widget;
+            found.push_back({ widget, seen(window, *widget) });
         }
     }
     return found;
@@ -113,14 +120,14 @@ QString cutOffTexts(const QWidget &window)
 QString overlappingTexts(const QWidget &window)
 {
     QStringList found;
-    const QList<const QWidget *> texts = visibleTexts(window);
-    for (qsizetype i = 0; i < texts.size(); ++i) {
-        for (qsizetype j = i + 1; j < texts.size(); ++j) {
-            const bool nested
-                = texts[i]->isAncestorOf(texts[j]) || texts[j]->isAncestorOf(texts[i]);
-            const QRect both = seen(window, *texts[i]) & seen(window, *texts[j]);
-            if (!nested && both.width() > 1 && both.height() > 1) {
-                found << described(*texts[i]) + QStringLiteral(" over ") + described(*texts[j]);
+    const std::vector<Text> texts = visibleTexts(window);
+    for (auto one = texts.begin(); one != texts.end(); ++one) {
+        for (auto other = one + 1; other != texts.end(); ++other) {
+            const QRect both = one->place & other->place;
+            if (both.width() > 1 && both.height() > 1 && !one->widget->isAncestorOf(other->widget)
+                && !other->widget->isAncestorOf(one->widget)) {
+                found << described(*one->widget) + QStringLiteral(" over ")
+                        + described(*other->widget);
             }
         }
     }

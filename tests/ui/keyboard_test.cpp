@@ -109,6 +109,9 @@ private Q_SLOTS:
             desk.showTab(tab);
             desk.setLayers({ newLayer(static_cast<LayerKind>(qMax(kind, 0))) });
             desk.find<Canvas>("canvas")->setSelected(kind < 0 ? LayerId() : desk.layers()[0].id);
+            if (!desk.find<QWidget>("language")->isVisible()) { // on a low screen
+                desk.press("foldHeader");
+            }
             desk.find<QWidget>("language")->setFocus();
             const QStringList faults = faultsOf(desk.window);
             QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));

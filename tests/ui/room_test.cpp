@@ -76,10 +76,16 @@ private Q_SLOTS:
     void init() { settings().clear(); }
     void cleanup() { nimbara_i18n::language() = u"es"_s; }
 
-    void nothingIsCutOffOrOverlapsOnAnyScreen()
+    /// One window for all sizes of a language: each takes a while to be made.
+    void everythingCanBeReadAndPressedOnAnyScreen()
     {
         for (const char *language : { "es", "en" }) {
             nimbara_i18n::language() = QLatin1String(language);
+            RoomDesk desk({ 1024, 600 });
+            const auto read = [&desk] {
+                QCOMPARE(cutOffTexts(desk.window), QString());
+                QCOMPARE(overlappingTexts(desk.window), QString());
+            };
             for (const QSize screen : { QSize(1024, 600),
                      { 1366, 768 },
                      { 1320, 920 },
@@ -87,36 +93,25 @@ private Q_SLOTS:
                      { 3840, 2160 } }) {
                 const RowName named(
                     qPrintable(u"%1 %2"_s.arg(QLatin1String(language)).arg(screen.width())));
-                RoomDesk desk(screen);
+                desk.window.resize(screen - QSize(0, bars));
+                RoomDesk::settle();
                 QCOMPARE(desk.window.size(), screen - QSize(0, bars));
-                const auto look = [&desk] {
-                    QCOMPARE(cutOffTexts(desk.window), QString());
-                    QCOMPARE(overlappingTexts(desk.window), QString());
-                };
-                desk.walkTabs(look);
-                desk.walkKinds(look);
+                desk.walkTabs(read);
+                if (screen.width() == 1366) { // the cheapest laptops
+                    desk.walkTabs([&desk] { QCOMPARE(buttonsOutOfSight(desk.window), QString()); });
+                }
+                if (screen.width() == 1024) {
+                    desk.walkKinds(read);
+                }
+                if (screen.width() == 1920) {
+                    desk.setLayers({ newLayer(LayerKind::Text) });
+                    desk.select(0);
+                    RoomDesk::settle();
+                    read();
+                    auto *panel = desk.find<QScrollArea>("properties");
+                    QCOMPARE(panel->verticalScrollBar()->maximum(), 0);
+                }
             }
-        }
-    }
-
-    void everyButtonIsInSightOnACheapLaptop()
-    {
-        for (const char *language : { "es", "en" }) {
-            nimbara_i18n::language() = QLatin1String(language);
-            RoomDesk desk({ 1366, 768 });
-            desk.walkTabs([&desk] { QCOMPARE(buttonsOutOfSight(desk.window), QString()); });
-        }
-    }
-
-    void aTextsPropertiesNeedNoScrollingOnALargeScreen()
-    {
-        for (const char *language : { "es", "en" }) {
-            nimbara_i18n::language() = QLatin1String(language);
-            RoomDesk desk({ 1920, 1080 });
-            desk.setLayers({ newLayer(LayerKind::Text) });
-            desk.select(0);
-            RoomDesk::settle();
-            QCOMPARE(desk.find<QScrollArea>("properties")->verticalScrollBar()->maximum(), 0);
         }
     }
 

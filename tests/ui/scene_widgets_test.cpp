@@ -136,9 +136,10 @@ private Q_SLOTS:
     {
         SceneDesk desk;
         QVERIFY(desk.isActive());
-        Layer other = newLayer(LayerKind::Verse);
-        other.opacity = 0.5;
-        desk.setLayers({ newLayer(LayerKind::Verse), other });
+        Layer half = newLayer(LayerKind::Verse);
+        half.opacity = 0.5;
+        desk.setLayers({ newLayer(LayerKind::Verse), half });
+        const Layer other = desk.layers()[1]; // named
         desk.select(0);
         auto *reference = desk.find<QLineEdit>("verseReference");
         reference->setFocus();

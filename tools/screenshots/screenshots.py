@@ -34,7 +34,7 @@ TABS = {
 }
 # In the order of the menu.
 KINDS = ["camera", "image", "text", "video", "network", "screen", "color", "subtitles", "verse-source"]
-WINDOW = "(^|— )Vesperline · Ardenvale$"  # after what it streams and records
+WINDOW = r"(^|— )Vesperline · Ardenvale\*?$"  # after what it streams and records, before unsaved changes
 
 
 def window_id(title):

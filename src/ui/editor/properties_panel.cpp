@@ -116,11 +116,15 @@ void PropertiesPanel::turnTo(const Layer *layer)
     if (layer == nullptr) {
         return;
     }
+    const bool otherRows = m_kind != layer->kind;
     showRowsOf(layer->kind);
     m_waiting->hide();
     m_anew = true;
     refresh(*layer);
     m_anew = false;
+    if (otherRows) { // in their places before anything is measured or scrolled to
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    }
     if (typedIn != nullptr && typedIn->isVisibleTo(this)) {
         typedIn->setFocus(); // a space that is typed on is no TAKE
     }

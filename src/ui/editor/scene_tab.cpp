@@ -37,7 +37,7 @@ SceneTab::SceneTab(QWidget *parent)
     , m_properties(new PropertiesPanel)
     , m_splitter(new ShareSplitter(Qt::Horizontal, "editorSplitter"))
 {
-    m_layers->setMinimumWidth(260);
+    m_layers->setMinimumSize(260, 96);
     m_splitter->addWidget(makeSceneColumn());
     m_splitter->addWidget(m_properties);
     m_splitter->shares = [](int room) {

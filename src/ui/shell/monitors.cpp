@@ -141,8 +141,7 @@ void Monitors::showShapes(double preview, double streams)
 
 void Monitors::showPreview(const QString &scene)
 {
-    m_previewFrame->showTally(Tally::Preview,
-        nimbara_i18n::tr("PREPARACIÓN") + QStringLiteral(" · ") + scene);
+    m_previewFrame->showTally(Tally::Preview, scene);
 }
 
 void Monitors::showOnAir(SceneSet set, const Scene *scene)

@@ -22,7 +22,7 @@ struct FieldRow {
 
 const FieldRow &rowOf(LayerField field)
 {
-    static const std::array<FieldRow, 18> rows { {
+    static const std::array<FieldRow, 19> rows { {
         { LayerField::Name, "Cambiar nombre", &Layer::name },
         { LayerField::Visible, "Mostrar u ocultar", &Layer::visible },
         { LayerField::Opacity, "Opacidad", &Layer::opacity },
@@ -41,6 +41,7 @@ const FieldRow &rowOf(LayerField field)
         { LayerField::Paged, "Dividir en páginas", &Layer::paged },
         { LayerField::Smallest, "Tamaño mínimo", &Layer::smallest },
         { LayerField::Page, "Página", &Layer::page },
+        { LayerField::Device, "Cambiar de cámara", &Layer::uri },
     } };
     return rows.at(static_cast<std::size_t>(field));
 }

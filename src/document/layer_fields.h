@@ -31,6 +31,7 @@ enum class LayerField : std::int32_t {
     Paged,
     Smallest,
     Page,
+    Device,
 };
 
 /// What such a field holds.

@@ -160,7 +160,9 @@ private Q_SLOTS:
         verse.smallest = 75;
         verse.page = 2;
         Project paged = newProject();
-        paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse }) };
+        Layer camera = newLayer(LayerKind::Camera);
+        camera.uri = uR"({"name":"Coro","twin":true})"_s;
+        paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse, camera }) };
         const Project read = fromJson(toJson(paged));
         QVERIFY(contents(read.hall()) == contents(paged.hall()));
     }
@@ -215,7 +217,11 @@ private Q_SLOTS:
             { R"({"fill":"red"})", [](auto &layer) { layer.fill = Qt::red; } },
             { "{\"color\":\"colorado\",\"background\":\"\",\"fill\":\"#12345\"}", nothing },
             { R"({"path":"/a.png"})", [](auto &layer) { layer.path = u"/a.png"_s; } },
-            { R"({"uri":"file:b"})", [](auto &layer) { layer.uri = u"file:b"_s; } },
+            { R"({"kind":"video","uri":"file:b"})",
+                [](auto &layer) { layer.kind = LayerKind::Video, layer.uri = u"file:b"_s; } },
+            { R"({"device":{"path":"1","name":"A"}})",
+                [](auto &layer) { layer.uri = uR"({"name":"A","path":"1"})"_s; } },
+            { R"({"device":"A","uri":"file:b"})", nothing },
             { R"({"text":"t"})", [](auto &layer) { layer.text = u"t"_s; } },
         };
         const QByteArray start(R"({"version":3,"gain":100,"scenes":[{"layers":[)");

@@ -112,7 +112,7 @@ struct Layer {
     QColor background = QColor(0, 0, 0, 150); ///< box behind the text; alpha 0: none
     std::int32_t align = align::horizontalCentre | align::verticalCentre;
     bool shadow = true;
-    QString uri; ///< media location, as the operator gave it
+    QString uri; ///< media location, as the operator gave it; camera: its device, a JSON object
     bool sound = true; ///< video: its sound is heard on the stream program
     bool cover = false; ///< fill the box and crop, instead of fitting the picture whole
     QColor fill = QColor(12, 48, 88); ///< colour layers

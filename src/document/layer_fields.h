@@ -36,6 +36,7 @@ enum class LayerField : std::int32_t {
     Second,
     Arrangement,
     Shows,
+    Device,
 };
 
 /// What such a field holds.

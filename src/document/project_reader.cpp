@@ -37,6 +37,14 @@ public:
         return m_object.value(QLatin1String(key));
     }
     [[nodiscard]] QString text(const char *key) const { return value(key).toString(); }
+    /// An object as text, always alike; empty without one.
+    [[nodiscard]] QString object(const char *key) const
+    {
+        const QJsonObject found = value(key).toObject();
+        return found.isEmpty()
+            ? QString()
+            : QString::fromUtf8(QJsonDocument(found).toJson(QJsonDocument::Compact));
+    }
     [[nodiscard]] bool flag(const char *key, bool missing) const
     {
         return value(key).toBool(missing);
@@ -113,7 +121,7 @@ Layer layerFrom(const QJsonValue &value, const QString &folder)
     layer.opacity = members.number("opacity", layer.opacity, 0, 1);
     setBox(layer, boxFrom(members));
     layer.path = members.text("path");
-    layer.uri = members.text("uri");
+    layer.uri = layer.kind == LayerKind::Camera ? members.object("device") : members.text("uri");
     if (!folder.isEmpty()) {
         const FileTest exists = [](const QString &path) { return QFileInfo::exists(path); };
         layer.path = resolvePath(folder, layer.path, members.text("relativePath"), exists);

@@ -82,6 +82,8 @@ QJsonObject layerObject(const Layer &layer, const QString &folder)
             addRelative(object, "relativeUri", relativeUri(folder, layer.uri));
         }
         object[QLatin1String("sound")] = layer.sound;
+    } else if (layer.kind == LayerKind::Camera && !layer.uri.isEmpty()) {
+        object[QLatin1String("device")] = QJsonDocument::fromJson(layer.uri.toUtf8()).object();
     } else if (layer.kind == LayerKind::Color) {
         object[QLatin1String("fill")] = layer.fill.name(QColor::HexArgb);
     }

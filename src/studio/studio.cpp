@@ -217,7 +217,7 @@ std::optional<Message> Studio::shutDown()
 
 Pictures Studio::composePictures(std::int64_t now)
 {
-    const FramePtr camera = m_sources.cameraFrame();
+    const CameraPicture camera = m_sources.cameraPicture();
     const LiveScene prepared = m_sources.live(m_stage.document.currentScene());
     m_sources.showOn({ { prepared, m_stage.previewFrame() },
         { m_onAir.streams, m_stage.streamFrame() },

@@ -170,7 +170,9 @@ private Q_SLOTS:
         verse.arrangement = arrange::beside;
         verse.shows = shown_bibles::second;
         Project paged = newProject();
-        paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse }) };
+        Layer camera = newLayer(LayerKind::Camera);
+        camera.uri = uR"({"name":"Coro","twin":true})"_s;
+        paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse, camera }) };
         paged.verseStyle = verseStyleOf(verse);
         paged.passages = { { u"Juan 3:16"_s, u"Porque de tal manera"_s }, { u"Salmos 23"_s, {} } };
         const Project read = fromJson(toJson(paged));
@@ -232,7 +234,11 @@ private Q_SLOTS:
             { R"({"fill":"red"})", [](auto &layer) { layer.fill = Qt::red; } },
             { "{\"color\":\"colorado\",\"background\":\"\",\"fill\":\"#12345\"}", nothing },
             { R"({"path":"/a.png"})", [](auto &layer) { layer.path = u"/a.png"_s; } },
-            { R"({"uri":"file:b"})", [](auto &layer) { layer.uri = u"file:b"_s; } },
+            { R"({"kind":"video","uri":"file:b"})",
+                [](auto &layer) { layer.kind = LayerKind::Video, layer.uri = u"file:b"_s; } },
+            { R"({"device":{"path":"1","name":"A"}})",
+                [](auto &layer) { layer.uri = uR"({"name":"A","path":"1"})"_s; } },
+            { R"({"device":"A","uri":"file:b"})", nothing },
             { R"({"text":"t"})", [](auto &layer) { layer.text = u"t"_s; } },
         };
         const QByteArray start(R"({"version":3,"gain":100,"scenes":[{"layers":[)");

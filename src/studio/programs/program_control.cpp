@@ -115,7 +115,7 @@ void ProgramControl::amend(const std::vector<SetVerse> &verses)
 
 QImage ProgramControl::streamsOnAir()
 {
-    return m_pictures.streams(m_stage, m_onAir.streams, m_sources.cameraFrame());
+    return m_pictures.streams(m_stage, m_onAir.streams, m_sources.cameraPicture());
 }
 
 } // namespace nimbara

@@ -10,7 +10,8 @@ ProgramPictures::ProgramPictures(std::shared_ptr<VersePager> pager)
 {
 }
 
-QImage ProgramPictures::preview(const Stage &stage, const LiveScene &scene, const FramePtr &camera)
+QImage
+ProgramPictures::preview(const Stage &stage, const LiveScene &scene, const CameraPicture &camera)
 {
     return m_preview.compose({ scene.scene,
         scene.pictures(camera),
@@ -22,7 +23,8 @@ QImage ProgramPictures::preview(const Stage &stage, const LiveScene &scene, cons
         stage.captions });
 }
 
-QImage ProgramPictures::streams(const Stage &stage, const LiveScene &scene, const FramePtr &camera)
+QImage
+ProgramPictures::streams(const Stage &stage, const LiveScene &scene, const CameraPicture &camera)
 {
     return m_streams.compose({ scene.scene,
         scene.pictures(camera),
@@ -34,7 +36,8 @@ QImage ProgramPictures::streams(const Stage &stage, const LiveScene &scene, cons
         stage.captions });
 }
 
-QImage ProgramPictures::hall(const Stage &stage, const LiveScene &scene, const FramePtr &camera)
+QImage
+ProgramPictures::hall(const Stage &stage, const LiveScene &scene, const CameraPicture &camera)
 {
     return m_hall.compose({ scene.scene,
         scene.pictures(camera),

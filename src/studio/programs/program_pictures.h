@@ -23,13 +23,14 @@ public:
     /// `pager`: shared with whoever asks for the pages of verses as well.
     explicit ProgramPictures(std::shared_ptr<VersePager> pager = std::make_shared<VersePager>());
 
-    /// `scene`: the one in PREVIEW. `camera`: what camera layers show.
+    /// `scene`: the one in PREVIEW. `camera`: tells what camera layers show.
     [[nodiscard]] QImage
-    preview(const Stage &stage, const LiveScene &scene, const FramePtr &camera);
+    preview(const Stage &stage, const LiveScene &scene, const CameraPicture &camera);
     /// The stream program without a running fade.
     [[nodiscard]] QImage
-    streams(const Stage &stage, const LiveScene &scene, const FramePtr &camera);
-    [[nodiscard]] QImage hall(const Stage &stage, const LiveScene &scene, const FramePtr &camera);
+    streams(const Stage &stage, const LiveScene &scene, const CameraPicture &camera);
+    [[nodiscard]] QImage
+    hall(const Stage &stage, const LiveScene &scene, const CameraPicture &camera);
 
 private:
     std::shared_ptr<PaintCache> m_cache;

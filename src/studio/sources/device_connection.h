@@ -36,6 +36,9 @@ public:
     /// does not answer for 5 s is told.
     void refreshDevices();
 
+    /// As they were listed last.
+    [[nodiscard]] const DeviceLists &devices() const { return m_devices; }
+
     /// Collects a finished search and tells when what was chosen is open. Call on every run of the
     /// frame clock.
     void poll();

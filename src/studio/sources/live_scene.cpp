@@ -2,7 +2,7 @@
 
 namespace nimbara {
 
-LayerPictures LiveScene::pictures(const FramePtr &camera) const
+LayerPictures LiveScene::pictures(const CameraPicture &camera) const
 {
     LayerPictures pictures(layers.size());
     for (std::size_t index = 0; index < layers.size(); ++index) {
@@ -11,7 +11,7 @@ LayerPictures LiveScene::pictures(const FramePtr &camera) const
             continue; // a source's picture is copied when it is first asked for
         }
         if (layer.kind == LayerKind::Camera) {
-            pictures[index] = camera;
+            pictures[index] = camera ? camera(layer) : nullptr;
         } else {
             pictures[index]
                 = layers[index].source ? layers[index].source->frame() : layers[index].still;

@@ -4,6 +4,7 @@
 #include "document/scene.h"
 #include "media/sources/media.h"
 
+#include <functional>
 #include <vector>
 
 namespace nimbara {
@@ -14,14 +15,17 @@ struct LiveLayer {
     MediaPtr source;
 };
 
+/// What a camera layer shows at this moment; none: nothing.
+using CameraPicture = std::function<FramePtr(const Layer &layer)>;
+
 /// A scene with what its layers show. A program on air holds one, taken at TAKE: another picture or
 /// source for the prepared layer does not reach it.
 struct LiveScene {
     ScenePtr scene; ///< none: black
     std::vector<LiveLayer> layers; ///< of the scene's layers, in their order
 
-    /// The pictures of this moment. `camera`: what camera layers show.
-    [[nodiscard]] LayerPictures pictures(const FramePtr &camera) const;
+    /// The pictures of this moment.
+    [[nodiscard]] LayerPictures pictures(const CameraPicture &camera) const;
 };
 
 } // namespace nimbara

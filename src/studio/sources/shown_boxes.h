@@ -3,6 +3,7 @@
 #include "signal/picture_box.h"
 #include "studio/sources/live_scene.h"
 
+#include <functional>
 #include <vector>
 
 namespace nimbara {
@@ -16,8 +17,11 @@ struct ShownScene {
 /// Where each source is shown at this moment. Interface thread only.
 class ShownBoxes {
 public:
-    /// Adds what the scene shows. `camera`: the source of its camera layers, or none.
-    void add(const ShownScene &shown, Media *camera);
+    /// Tells the source of a camera layer, or none.
+    using CameraOf = std::function<Media *(const Layer &layer)>;
+
+    /// Adds what the scene shows.
+    void add(const ShownScene &shown, const CameraOf &camera);
     /// Where the source is shown; empty: nowhere.
     [[nodiscard]] std::vector<PictureBox> of(const Media *source) const;
     /// Tells each source.

@@ -12,9 +12,18 @@ namespace {
 
 constexpr std::int64_t sweepSpacingUs = 2'000'000;
 
-bool isSame(const CaptureDevice &one, const CaptureDevice &other)
+/// Adds the devices that camera layers of the scene name.
+void addNamed(std::vector<QString> &named, const ScenePtr &scene)
 {
-    return one.identity == other.identity && one.place == other.place;
+    if (!scene) {
+        return;
+    }
+    for (const Layer &layer : scene->layers) {
+        const bool isNamed = layer.kind == LayerKind::Camera && !layer.uri.isEmpty();
+        if (isNamed && std::find(named.begin(), named.end(), layer.uri) == named.end()) {
+            named.push_back(layer.uri);
+        }
+    }
 }
 
 } // namespace
@@ -28,6 +37,12 @@ Sources::Sources(const Clock &clock,
     , m_frame(std::move(frame))
     , m_status(status)
     , m_return(clock, status)
+    , m_layerCameras(
+          clock,
+          m_factory,
+          m_frame,
+          [this](const CaptureDevice &device) { return hasDevice(device); },
+          status)
     , m_pool(
           clock,
           [this](const Layer &layer) {
@@ -52,7 +67,7 @@ LiveScene Sources::live(const ScenePtr &scene) const
 
 std::optional<FrameSize> Sources::contentSize(const Layer &layer) const
 {
-    const MediaPtr source = layer.kind == LayerKind::Camera ? m_camera : m_pool.find(layer);
+    const MediaPtr source = layer.kind == LayerKind::Camera ? cameraOf(layer) : m_pool.find(layer);
     if (source) {
         return source->naturalSize();
     }
@@ -75,17 +90,23 @@ void Sources::setBars(MediaPtr camera, std::int32_t index)
 
 void Sources::install(MediaPtr camera, const Offer &from)
 {
+    if (m_camera && m_device && !m_layerCameras.takeOver(*m_device, m_camera)) {
+        letGo(m_camera, m_device);
+    }
     m_camera = std::move(camera);
     m_cameraIndex = from.index;
     m_device = from.device;
     m_chosenMode = from.chosen;
-    m_mode = from.opening ? from.opening->mode() : std::nullopt;
+    m_mode = from.opening ? from.opening->mode() : m_camera->wantedMode();
     m_firstFrameLogged = false;
 }
 
 std::unique_ptr<CameraOpening> Sources::open(const CaptureDevice &device,
-    const std::optional<DeviceMode> &first) const
+    const std::optional<DeviceMode> &first)
 {
+    if (const auto held = m_layerCameras.release(device); !held.expired()) {
+        m_leaving = { device, held };
+    }
     const bool isHeld = m_leaving && isSame(m_leaving->device, device);
     const FrameSize size = m_frame();
     const auto camera = [this, size, source = device.device](const auto &mode) {
@@ -115,6 +136,14 @@ void Sources::offerCamera(std::int32_t index,
     const std::optional<CaptureDevice> &device,
     const std::optional<DeviceMode> &chosen)
 {
+    if (device && !chosen) {
+        if (MediaPtr open = m_layerCameras.handOver(*device)) {
+            m_refused = false;
+            m_offer = {};
+            install(std::move(open), { nullptr, index, device, chosen });
+            return;
+        }
+    }
     if (device && m_device && isSame(*device, *m_device)) {
         letGo(std::exchange(m_camera, nullptr), m_device);
     }
@@ -186,6 +215,52 @@ void Sources::pollCamera()
     }
 }
 
+bool Sources::hasDevice(const CaptureDevice &device) const
+{
+    const auto is = [&](const std::optional<CaptureDevice> &other) {
+        return other && isSame(*other, device);
+    };
+    return is(m_device) || is(m_offer.device)
+        || (m_leaving && isSame(m_leaving->device, device) && !m_leaving->presence.expired());
+}
+
+MediaPtr Sources::cameraOf(const Layer &layer) const
+{
+    if (layer.uri.isEmpty()) {
+        return m_camera;
+    }
+    const CaptureDevice *device = m_layerCameras.device(layer.uri);
+    const bool isPrincipal = device != nullptr && m_device && isSame(*m_device, *device);
+    return isPrincipal ? m_camera : m_layerCameras.find(layer.uri);
+}
+
+CameraPicture Sources::cameraPicture() const
+{
+    return [this](const Layer &layer) {
+        const MediaPtr camera = cameraOf(layer);
+        const FramePtr picture = camera ? camera->frame() : nullptr;
+        return picture || layer.uri.isEmpty() ? picture : m_layerCameras.slate(layer.uri);
+    };
+}
+
+void Sources::pollLayerCameras(const Project &project, const OnAir &onAir)
+{
+    std::vector<QString> named;
+    addNamed(named, onAir.streams.scene);
+    addNamed(named, onAir.hall.scene);
+    for (const SceneSet set : bothSets) {
+        const Scenes &scenes = project.scenes.of(set);
+        if (m_onlyShown) {
+            addNamed(named, scenes[project.currentPlace(set)]);
+            continue;
+        }
+        for (const ScenePtr &scene : scenes) {
+            addNamed(named, scene);
+        }
+    }
+    m_layerCameras.poll(named);
+}
+
 FramePtr Sources::cameraFrame() const
 {
     return m_camera ? m_camera->frame() : nullptr;
@@ -196,6 +271,7 @@ void Sources::poll(const Project &project, OnAir &onAir)
     m_polled.clear();
     pollOffer();
     pollCamera();
+    pollLayerCameras(project, onAir);
     for (const LiveScene *program : { &onAir.streams, &onAir.hall }) {
         for (const LiveLayer &layer : program->layers) {
             pollOnce(layer.source.get(), true);
@@ -216,7 +292,7 @@ void Sources::showOn(std::initializer_list<ShownScene> scenes) const
 {
     ShownBoxes boxes;
     for (const ShownScene &shown : scenes) {
-        boxes.add(shown, m_camera.get());
+        boxes.add(shown, [this](const Layer &layer) { return cameraOf(layer).get(); });
     }
     boxes.tell();
     if (m_offer.opening && m_offer.opening->camera() && m_camera) {

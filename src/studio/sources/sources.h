@@ -5,6 +5,7 @@
 #include "media/sources/media_factory.h"
 #include "studio/sources/camera_opening.h"
 #include "studio/sources/device_return.h"
+#include "studio/sources/layer_cameras.h"
 #include "studio/sources/on_air.h"
 #include "studio/sources/opening.h"
 #include "studio/sources/picture_shelf.h"
@@ -81,6 +82,16 @@ public:
     [[nodiscard]] const std::optional<DeviceMode> &chosenMode() const { return m_chosenMode; }
     /// The camera's newest picture, or none.
     [[nodiscard]] FramePtr cameraFrame() const;
+    /// Tells what a camera layer shows: the camera above, unless it names a device; then that one's
+    /// picture, or its name while it is not there.
+    [[nodiscard]] CameraPicture cameraPicture() const;
+    /// The camera that the layer shows, or none while there is no picture of it.
+    [[nodiscard]] MediaPtr cameraOf(const Layer &layer) const;
+
+    /// Cameras that layers name are open while any scene has them, or only while a layer on PREVIEW
+    /// or on a program shows them.
+    void openCamerasOnlyShown(bool only) { m_onlyShown = only; }
+    [[nodiscard]] bool opensCamerasOnlyShown() const { return m_onlyShown; }
 
     /// Reads the camera and each source once, and shows what they have to say. Files that neither a
     /// program nor a current scene shows are held. Network and screen sources that stopped are
@@ -114,10 +125,12 @@ private:
     };
 
     [[nodiscard]] std::unique_ptr<CameraOpening> open(const CaptureDevice &device,
-        const std::optional<DeviceMode> &first) const;
+        const std::optional<DeviceMode> &first);
     [[nodiscard]] std::unique_ptr<CameraOpening> openBars() const;
     void letGo(const MediaPtr &camera, const std::optional<CaptureDevice> &device);
     void install(MediaPtr camera, const Offer &from);
+    [[nodiscard]] bool hasDevice(const CaptureDevice &device) const;
+    void pollLayerCameras(const Project &project, const OnAir &onAir);
     void pollOffer();
     void refuseOffer();
     void pollCamera();
@@ -139,6 +152,8 @@ private:
     std::optional<Leaving> m_leaving; ///< the last one
     DeviceReturn m_return;
     bool m_firstFrameLogged = false;
+    LayerCameras m_layerCameras;
+    bool m_onlyShown = false;
     SourcePool m_pool;
     SourceReturn m_sourceReturn;
     PictureShelf m_shelf;

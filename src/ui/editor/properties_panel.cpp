@@ -2,6 +2,7 @@
 
 #include "base/i18n.h"
 #include "document/layer_geometry.h"
+#include "ui/editor/camera_row.h"
 #include "ui/editor/color_button.h"
 #include "ui/editor/position_row.h"
 #include "ui/editor/verse_field.h"
@@ -67,12 +68,19 @@ bool isAny(LayerKind)
 
 PropertiesPanel::PropertiesPanel(QWidget *parent)
     : QScrollArea(parent)
+    , m_cameras(new CameraRow(this))
 {
+    m_cameras->hide(); // until a camera layer is shown
     named(this, "properties", label("Propiedades"));
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setMinimumWidth(346);
+}
+
+void PropertiesPanel::showCameras(const DeviceLists &devices)
+{
+    m_cameras->showDevices(devices.video);
 }
 
 bool PropertiesPanel::isTyping() const
@@ -582,8 +590,17 @@ void PropertiesPanel::addPictureRows()
     addRow(video, makeCheck("Audio del video cuando esté en Programa", "sound", LayerField::Sound));
     addRow(video, "Origen", makeLiveNote([](const Layer &layer) { return layer.uri; }));
     addButton(video, "Reiniciar video", "restartVideo", &PropertiesPanel::restartVideoPressed);
-    addRow(isOneOf<LayerKind::Camera>,
-        makeNote(label("Muestra la cámara conectada en \"Fuentes y pantallas\".")));
+    constexpr Kinds camera = isOneOf<LayerKind::Camera>;
+    connect(m_cameras, &CameraRow::chosen, this, [this](const QString &device) {
+        Q_EMIT edited(m_shown, LayerField::Device, device);
+    });
+    onRefresh([this](const Layer &layer) { m_cameras->showChoice(layer.uri); });
+    addRow(camera, "Cámara que se muestra", m_cameras);
+    addRow(camera, makeLiveNote([](const Layer &layer) {
+        return layer.uri.isEmpty()
+            ? label("Muestra la cámara conectada en \"Fuentes y pantallas\".")
+            : label("Muestra su propia cámara, esté o no conectada en \"Fuentes y pantallas\".");
+    }));
     addRow(isOneOf<LayerKind::Screen>,
         makeNote(label("Captura la pantalla principal de este equipo.")));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/layer_fields.h"
+#include "media/capture/devices.h"
 #include "ui/editor/verse_field.h"
 
 #include <QScrollArea>
@@ -17,6 +18,8 @@ class QLineEdit;
 
 namespace nimbara {
 
+class CameraRow;
+
 /// The properties of one layer. Every control tells of an edit at once, and names the layer that it
 /// shows. The controls are made once and stay; another layer is written into them, and the rows
 /// that its kind has not are hidden.
@@ -32,6 +35,8 @@ public:
     void showLayer(const Layer *layer);
     /// Writes the layer's values into the controls, when it is the one shown.
     void refresh(const Layer &layer);
+    /// The cameras that a camera layer may show.
+    void showCameras(const DeviceLists &devices);
     /// Shows or hides the note that an answer waits behind what the operator wrote.
     void showWaiting(LayerId layer, bool waiting);
     /// Puts the keyboard into the layer's name, all of it selected.
@@ -107,6 +112,7 @@ private:
     std::optional<LayerKind> m_kind; ///< whose rows are shown
     bool m_anew = false; ///< the layer is written over another one
     LayerId m_ridden; ///< the layer whose slider is held
+    CameraRow *m_cameras;
     QLabel *m_empty = nullptr; ///< in place of the rows when no layer is selected
     /// Rows that are shown for the same kinds, one after another.
     struct Group {

@@ -3,8 +3,10 @@
 #include "base/i18n.h"
 #include "ui/kit/controls.h"
 
+#include <QCheckBox>
 #include <QGridLayout>
 #include <QLabel>
+#include <QSignalBlocker>
 
 #include <algorithm>
 
@@ -24,6 +26,9 @@ SourcesTab::SourcesTab(QWidget *parent)
     , m_cameras(named(new QComboBox, "cameras", nimbara_i18n::tr("Cámara / capturadora")))
     , m_modes(named(new QComboBox, "cameraModes", nimbara_i18n::tr("Modo de la cámara")))
     , m_arrival(named(new QLabel, "cameraArrival"))
+    , m_onlyShown(named(
+          new QCheckBox(nimbara_i18n::tr("Abrir las cámaras de las capas solo mientras se ven")),
+          "camerasOnlyShown"))
     , m_microphones(
           named(new QComboBox, "microphones", nimbara_i18n::tr("Audio de consola / capturadora")))
     , m_screens(named(new QComboBox, "screens", nimbara_i18n::tr("Pantallas de sala")))
@@ -56,6 +61,7 @@ void SourcesTab::layOut()
     grid->addWidget(m_loadImage, 4, 0);
     grid->addWidget(m_loadVideo, 4, 1);
     grid->addWidget(m_networkSource, 4, 2);
+    grid->addWidget(m_onlyShown, 5, 0, 1, 3);
     grid->addWidget(m_screens, 6, 0, 1, 2);
     grid->addWidget(m_hallScreen, 6, 2);
     grid->setColumnStretch(1, 1);
@@ -66,6 +72,7 @@ void SourcesTab::connectButtons()
 {
     connect(m_cameras, &QComboBox::currentIndexChanged, this, &SourcesTab::listModes);
     connect(m_modes, &QComboBox::activated, this, &SourcesTab::keepMode);
+    connect(m_onlyShown, &QCheckBox::toggled, this, &SourcesTab::camerasOnlyShownChosen);
     connect(m_refresh, &QPushButton::clicked, this, &SourcesTab::refreshPressed);
     connect(m_connect, &QPushButton::clicked, this, &SourcesTab::connectPressed);
     connect(m_loadImage, &QPushButton::clicked, this, &SourcesTab::loadImagePressed);
@@ -83,6 +90,12 @@ void SourcesTab::showDevices(const DeviceLists &devices)
         m_listedMicrophones,
         devices.audio);
     listModes();
+}
+
+void SourcesTab::showCamerasOnlyShown(bool only)
+{
+    const QSignalBlocker blocker(m_onlyShown);
+    m_onlyShown->setChecked(only);
 }
 
 void SourcesTab::listModes()

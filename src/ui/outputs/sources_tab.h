@@ -10,6 +10,7 @@
 
 #include <optional>
 
+class QCheckBox;
 class QGridLayout;
 class QLabel;
 
@@ -41,7 +42,12 @@ public:
     [[nodiscard]] std::optional<DeviceMode> cameraMode() const;
     [[nodiscard]] int screenEntry() const { return m_screens->currentIndex(); }
 
+    /// Without its signal.
+    void showCamerasOnlyShown(bool only);
+
 Q_SIGNALS:
+    /// Cameras that layers name are to be open only while they are seen, or always.
+    void camerasOnlyShownChosen(bool only);
     void refreshPressed();
     void connectPressed();
     void loadImagePressed();
@@ -68,6 +74,7 @@ private:
     QComboBox *m_cameras;
     QComboBox *m_modes;
     QLabel *m_arrival;
+    QCheckBox *m_onlyShown;
     QComboBox *m_microphones;
     QComboBox *m_screens;
     QPushButton *m_refresh;

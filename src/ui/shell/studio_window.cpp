@@ -280,6 +280,17 @@ void StudioWindow::connectDevices()
 {
     const DeviceConnection *devices = &m_studio.devices();
     connect(devices, &DeviceConnection::devicesFound, m_sourcesTab, &SourcesTab::showDevices);
+    connect(devices,
+        &DeviceConnection::devicesFound,
+        m_sceneTab->properties(),
+        &PropertiesPanel::showCameras);
+    const auto onlyShown = QStringLiteral("cameras_only_shown");
+    m_studio.sources().openCamerasOnlyShown(m_studio.settings().value(onlyShown).toBool());
+    m_sourcesTab->showCamerasOnlyShown(m_studio.sources().opensCamerasOnlyShown());
+    connect(m_sourcesTab, &SourcesTab::camerasOnlyShownChosen, this, [this, onlyShown](bool only) {
+        m_studio.sources().openCamerasOnlyShown(only);
+        m_studio.settings().setValue(onlyShown, only);
+    });
     connect(devices, &DeviceConnection::arrivalChanged, m_sourcesTab, &SourcesTab::showArrival);
     connect(devices, &DeviceConnection::permissionAnswered, this, &StudioWindow::connectSources);
     connect(m_sourcesTab, &SourcesTab::refreshPressed, this, [this] {

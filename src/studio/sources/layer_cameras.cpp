@@ -1,0 +1,251 @@
+#include "studio/sources/layer_cameras.h"
+
+#include "base/error.h"
+#include "base/log.h"
+#include "studio/sources/camera_slate.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nimbara {
+
+/// A camera that layers name.
+struct LayerCameras::Entry {
+    QString named;
+    DeviceIdentity identity;
+    FramePtr slate;
+    std::optional<CaptureDevice> device; ///< where it is
+    std::unique_ptr<CameraOpening> opening; ///< on its way
+    MediaPtr camera; ///< delivers
+    std::weak_ptr<const void> leaving; ///< what still holds the device
+    std::int64_t nextUs = 0; ///< not opened before
+    bool isAsked = false; ///< the operator was told that several fit
+
+    /// Other than by a search it is not known where it is.
+    [[nodiscard]] bool isSettled() const { return camera || opening; }
+};
+
+LayerCameras::LayerCameras(const Clock &clock,
+    const MediaFactory &factory,
+    std::function<FrameSize()> frame,
+    IsHeld isHeld,
+    Report status)
+    : m_clock(clock)
+    , m_factory(factory)
+    , m_frame(std::move(frame))
+    , m_isHeld(std::move(isHeld))
+    , m_status(std::move(status))
+{
+}
+
+LayerCameras::~LayerCameras() = default;
+
+LayerCameras::Entry *LayerCameras::entryOf(const QString &named) const
+{
+    const auto found = std::find_if(m_entries.begin(), m_entries.end(), [&](const auto &entry) {
+        return entry->named == named;
+    });
+    return found == m_entries.end() ? nullptr : found->get();
+}
+
+/// Two texts may name one device, as it was at different times.
+bool LayerCameras::isOpenedBy(const Entry &other, const Entry &entry) const
+{
+    return other.isSettled() && other.device && entry.device
+        && isSame(*other.device, *entry.device);
+}
+
+MediaPtr LayerCameras::find(const QString &named) const
+{
+    const Entry *entry = entryOf(named);
+    if (entry == nullptr) {
+        return nullptr;
+    }
+    const auto found = std::find_if(m_entries.begin(), m_entries.end(), [&](const auto &other) {
+        return other->camera && (other.get() == entry || isOpenedBy(*other, *entry));
+    });
+    return found == m_entries.end() ? nullptr : (*found)->camera;
+}
+
+const CaptureDevice *LayerCameras::device(const QString &named) const
+{
+    const Entry *entry = entryOf(named);
+    return entry != nullptr && entry->device ? &*entry->device : nullptr;
+}
+
+FramePtr LayerCameras::slate(const QString &named) const
+{
+    const Entry *entry = entryOf(named);
+    return entry != nullptr ? entry->slate : nullptr;
+}
+
+void LayerCameras::poll(const std::vector<QString> &named)
+{
+    name(named);
+    search();
+    for (const auto &entry : m_entries) {
+        advance(*entry);
+    }
+}
+
+void LayerCameras::name(const std::vector<QString> &named)
+{
+    std::erase_if(m_entries, [&](const auto &entry) {
+        return std::find(named.begin(), named.end(), entry->named) == named.end();
+    });
+    for (const QString &each : named) {
+        if (entryOf(each) == nullptr) {
+            auto entry = std::make_unique<Entry>();
+            entry->named = each;
+            entry->identity = identityFrom(each);
+            entry->slate = cameraSlate(entry->identity.name);
+            m_entries.push_back(std::move(entry));
+            m_searchedUs.reset();
+        }
+    }
+}
+
+bool LayerCameras::isInHands(const Entry &entry) const
+{
+    return entry.isSettled() || (entry.device && m_isHeld(*entry.device))
+        || std::any_of(m_entries.begin(), m_entries.end(), [&](const auto &other) {
+               return isOpenedBy(*other, entry);
+           });
+}
+
+/// Where they are is asked for while one of them is not open.
+void LayerCameras::search()
+{
+    if (const std::optional<DeviceLists> present = m_search.poll()) {
+        resolve(present->video);
+    }
+    const bool isComplete = std::all_of(m_entries.begin(),
+        m_entries.end(),
+        [this](const auto &one) { return isInHands(*one); });
+    const std::int64_t now = m_clock.monotonicUs();
+    if (!isComplete && !m_search.running() && (!m_searchedUs || now - *m_searchedUs > spacingUs)) {
+        m_searchedUs = now;
+        m_search.start();
+    }
+}
+
+void LayerCameras::resolve(const std::vector<CaptureDevice> &present)
+{
+    std::vector<DeviceIdentity> wanted;
+    for (const auto &entry : m_entries) {
+        wanted.push_back(entry->identity);
+    }
+    const auto found = matchDevices(wanted, marksOf(present));
+    for (std::size_t at = 0; at < m_entries.size(); ++at) {
+        Entry &entry = *m_entries[at];
+        if (entry.isSettled()) {
+            continue;
+        }
+        entry.device
+            = found[at].size() == 1 ? std::optional(present[found[at].front()]) : std::nullopt;
+        if (found[at].size() > 1 && !std::exchange(entry.isAsked, true)) {
+            m_status(
+                Message("Hay varias cámaras como %1: elige cuál en las propiedades de la capa.",
+                    { Message::verbatim(entry.identity.name) }));
+        }
+    }
+}
+
+void LayerCameras::advance(Entry &entry)
+{
+    if (entry.opening) {
+        follow(entry);
+    } else if (entry.camera) {
+        watch(entry);
+    } else if (entry.device && entry.leaving.expired() && m_clock.monotonicUs() >= entry.nextUs
+        && !isInHands(entry)) {
+        open(entry);
+    }
+}
+
+void LayerCameras::open(Entry &entry)
+{
+    entry.nextUs = m_clock.monotonicUs() + spacingUs;
+    try {
+        const FrameSize size = m_frame();
+        entry.opening = std::make_unique<CameraOpening>(
+            m_clock,
+            [this, size, device = entry.device->device](
+                const auto &mode) { return m_factory.camera(size, device.get(), mode); },
+            modesToTry(entry.device->device.get(), size, std::nullopt));
+    } catch (const Error &error) {
+        logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
+        entry.device.reset();
+    }
+}
+
+void LayerCameras::follow(Entry &entry)
+{
+    const CameraOpening::State state = entry.opening->poll();
+    if (state == CameraOpening::State::Failed) {
+        logLine(
+            QStringLiteral("Cámara: este modo no da imagen: ") + entry.opening->reason().spanish());
+        drop(entry);
+    } else if (state == CameraOpening::State::Delivers) {
+        entry.camera = entry.opening->camera();
+        entry.opening.reset();
+    }
+}
+
+void LayerCameras::watch(Entry &entry)
+{
+    entry.camera->pollSource();
+    if (const Message text = entry.camera->takeMessage(); !text.isEmpty()) {
+        m_status(Message::verbatim(entry.identity.name + QStringLiteral(": ")) + text);
+    }
+    if (!entry.camera->active()) {
+        drop(entry);
+    }
+}
+
+/// It is where it was, or somewhere else, or nowhere: the next search tells.
+void LayerCameras::drop(Entry &entry)
+{
+    const MediaPtr camera = entry.opening ? entry.opening->camera() : entry.camera;
+    entry.leaving = camera ? camera->presence() : std::weak_ptr<const void> {};
+    entry.opening.reset();
+    entry.camera.reset();
+    entry.device.reset();
+    entry.nextUs = m_clock.monotonicUs() + spacingUs;
+}
+
+MediaPtr LayerCameras::handOver(const CaptureDevice &device)
+{
+    for (const auto &entry : m_entries) {
+        if (entry->camera && entry->device && isSame(*entry->device, device)) {
+            return std::exchange(entry->camera, nullptr);
+        }
+    }
+    return nullptr;
+}
+
+bool LayerCameras::takeOver(const CaptureDevice &device, const MediaPtr &camera)
+{
+    const auto found = std::find_if(m_entries.begin(), m_entries.end(), [&](const auto &entry) {
+        return !entry->isSettled() && entry->device && isSame(*entry->device, device);
+    });
+    if (found != m_entries.end()) {
+        (*found)->camera = camera;
+    }
+    return found != m_entries.end();
+}
+
+std::weak_ptr<const void> LayerCameras::release(const CaptureDevice &device)
+{
+    std::weak_ptr<const void> leaving;
+    for (const auto &entry : m_entries) {
+        if (entry->device && isSame(*entry->device, device) && entry->isSettled()) {
+            drop(*entry);
+            leaving = entry->leaving;
+            entry->device = device; // it is in other hands now
+        }
+    }
+    return leaving;
+}
+
+} // namespace nimbara

@@ -1,0 +1,150 @@
+#include "studio/sources/layer_cameras.h"
+#include "support/manual_clock.h"
+#include "support/test_registry.h"
+#include "support/virtual_device.h"
+
+#include <random>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QStringList names { u"Altar"_s, u"Coro"_s };
+
+VirtualDevice camera(qsizetype which)
+{
+    return VirtualDevice::camera(names[which], names[which], which == 0 ? u"red"_s : u"blue"_s);
+}
+
+/// As a layer names it.
+QString textOf(qsizetype which)
+{
+    DeviceIdentity identity;
+    identity.name = names[which];
+    identity.node = u"node.name="_s + names[which];
+    return identityText(identity);
+}
+
+/// Two cameras that layers name, and a principal one that may have a device.
+struct Cameras {
+    ManualClock clock;
+    MediaFactory factory { clock, std::make_shared<Retirement>() };
+    std::optional<CaptureDevice> principal;
+    QStringList told;
+    LayerCameras cameras { clock,
+        factory,
+        [] {
+            return FrameSize { 640, 480 };
+        },
+        [this](const CaptureDevice &device) { return principal && isSame(*principal, device); },
+        [this](const Message &text) { told << text.spanish(); } };
+    std::vector<QString> named { textOf(0), textOf(1) };
+
+    template <typename Condition> bool pollUntil(Condition condition)
+    {
+        return QTest::qWaitFor(
+            [&] {
+                clock.advanceUs(10'000);
+                cameras.poll(named);
+                return condition();
+            },
+            60'000);
+    }
+    /// Its own picture comes in, and never another.
+    bool shows(qsizetype which)
+    {
+        const MediaPtr media = cameras.find(textOf(which));
+        const FramePtr frame = media ? media->frame() : nullptr;
+        if (!frame) {
+            return false;
+        }
+        const QColor colour = imageView(*frame).pixelColor(frame->width / 2, frame->height / 2);
+        m_confused = m_confused || (colour.red() > colour.blue()) != (which == 0);
+        return true;
+    }
+    [[nodiscard]] bool confused() const { return m_confused; }
+
+private:
+    bool m_confused = false;
+};
+
+} // namespace
+
+class LayerCamerasTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    /// What is plugged in and out in any order never shows in the place of the other.
+    void eachShowsItsOwn()
+    {
+        std::array<std::optional<VirtualDevice>, 2> devices { camera(0), camera(1) };
+        Cameras desk;
+        QVERIFY(desk.pollUntil([&] { return desk.shows(0) && desk.shows(1); }));
+        std::mt19937 random(5);
+        for (int event = 0; event < 4; ++event) {
+            const auto which = static_cast<qsizetype>(random() % 2);
+            const RowName row(QByteArray::number(event));
+            auto &device = devices.at(static_cast<std::size_t>(which));
+            if (device) {
+                device.reset();
+            } else {
+                device = camera(which);
+            }
+            QVERIFY(desk.pollUntil([&] { return desk.shows(which) == device.has_value(); }));
+            QVERIFY(!desk.confused());
+        }
+    }
+
+    void isOpenWhileItIsNamed()
+    {
+        const VirtualDevice altar = camera(0);
+        Cameras desk;
+        QVERIFY(desk.pollUntil([&] { return desk.shows(0); }));
+        QVERIFY(desk.cameras.slate(textOf(1)) && !desk.cameras.find(textOf(1))); // away
+        DeviceIdentity other = identityFrom(textOf(0));
+        other.vendor = u"x"_s; // as another layer remembers it
+        desk.named.push_back(identityText(other));
+        QVERIFY(desk.pollUntil([&] { return desk.cameras.find(desk.named.back()) != nullptr; }));
+        QCOMPARE(desk.cameras.find(desk.named.back()), desk.cameras.find(textOf(0)));
+        const std::weak_ptr<Media> open = desk.cameras.find(textOf(0));
+        desk.named.clear();
+        QVERIFY(desk.pollUntil([&] { return open.expired(); }));
+    }
+
+    /// The open camera goes from hand to hand.
+    void thePrincipalCameraTakesItAndGivesItBack()
+    {
+        const VirtualDevice altar = camera(0);
+        Cameras desk;
+        QVERIFY(desk.pollUntil([&] { return desk.shows(0); }));
+        desk.principal = *desk.cameras.device(textOf(0));
+        const MediaPtr handed = desk.cameras.handOver(*desk.principal);
+        QVERIFY(handed && handed->active());
+        const std::int64_t later = desk.clock.monotonicUs() + 2 * LayerCameras::spacingUs;
+        QVERIFY(desk.pollUntil([&] { return desk.clock.monotonicUs() > later; }));
+        QVERIFY(!desk.cameras.find(textOf(0))); // nor opened a second time
+        QVERIFY(desk.cameras.takeOver(*std::exchange(desk.principal, std::nullopt), handed));
+        QCOMPARE(desk.cameras.find(textOf(0)), handed);
+        QVERIFY(desk.pollUntil([&] { return desk.shows(0); }));
+        const auto leaving = desk.cameras.release(*desk.cameras.device(textOf(0)));
+        QVERIFY(!desk.cameras.find(textOf(0)) && !leaving.expired()); // held here
+    }
+
+    /// Of two alike the operator has to say which.
+    void isAskedWhichOfTwo()
+    {
+        const VirtualDevice one = VirtualDevice::camera(u"uno"_s, u"Coro"_s, u"blue"_s);
+        const VirtualDevice two = VirtualDevice::camera(u"dos"_s, u"Coro"_s, u"blue"_s);
+        Cameras desk;
+        QVERIFY(desk.pollUntil([&] { return !desk.told.isEmpty(); }));
+        QCOMPARE(desk.told,
+            QStringList {
+                u"Hay varias cámaras como Coro: elige cuál en las propiedades de la capa."_s });
+        QVERIFY(!desk.cameras.device(textOf(1)));
+    }
+};
+
+NIMBARA_TEST(LayerCamerasTest)
+
+#include "layer_cameras_test.moc"

@@ -159,30 +159,6 @@ private Q_SLOTS:
         QVERIFY(desk.dialogs->asked.isEmpty());
     }
 
-    /// Below the panel's field, too, again and again.
-    void thePanelsFieldIsCompleted()
-    {
-        VerseDeskWindow desk(m_peer);
-        desk.type("quickVerse", u"Rut 1:1"_s);
-        auto *edit = desk.find<QLineEdit>("verseReference");
-        QAbstractItemView *list = edit->findChild<QCompleter *>()->popup();
-        for (const auto &[words, downs, shown] : { std::tuple { "juan 3:1", 2, "Juan 3:10" },
-                 { "salmos 2", 1, "Salmos 2" },
-                 { "juan 3:1", 1, "Juan 3:1" } }) {
-            desk.window.activateWindow(); // without a desktop a closed list leaves none active
-            QVERIFY(desk.isActive());
-            edit->setFocus();
-            edit->clear();
-            QTest::keyClicks(edit, QLatin1String(words));
-            QTRY_VERIFY(list->isVisible());
-            for (int down = 0; down < downs; ++down) {
-                QTest::keyClick(list, Qt::Key_Down);
-            }
-            QTest::keyClick(list, Qt::Key_Return);
-            QTRY_COMPARE(desk.layers().back().name, QLatin1String(shown));
-        }
-    }
-
     void theSecondBibleIsChosenInThePanel()
     {
         VerseDeskWindow desk(m_peer);

@@ -24,7 +24,7 @@ namespace {
 
 constexpr int spacing = 8; ///< pixels between rows
 constexpr int leastDesk = 232; ///< pixels; monitors that can be judged, and the rows below them
-constexpr int paneBorder = 2; ///< pixels around a tab's page
+constexpr int paneBorder = 6; ///< pixels around a tab's page
 constexpr double tabsShare = 0.42; ///< of a large window
 constexpr int heightForHeader = 860; ///< pixels; a lower window folds it away
 constexpr QSize leastSize(480, 320);

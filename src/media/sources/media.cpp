@@ -5,6 +5,7 @@
 #include "media/gst/bus_error.h"
 #include "media/gst/gst_build.h"
 #include "media/gst/gst_maps.h"
+#include "media/sources/frame_maker.h"
 
 #include <gst/app/gstappsink.h>
 
@@ -286,13 +287,17 @@ void Media::takePicture(SampleRef sample, std::int64_t now)
 const FramePtr &Media::frame()
 {
     if (m_sample) {
-        copyPicture(std::exchange(m_sample, {}));
+        takeFrame(std::exchange(m_sample, {}));
     }
     return m_frame;
 }
 
-void Media::copyPicture(const SampleRef &sample)
+void Media::takeFrame(const SampleRef &sample)
 {
+    if (FramePtr whole = frameIn(gst_sample_get_buffer(sample.get()))) {
+        m_frame = std::move(whole);
+        return;
+    }
     GstVideoInfo info;
     GstCaps *caps = gst_sample_get_caps(sample.get());
     if (caps == nullptr || gst_video_info_from_caps(&info, caps) == FALSE) {

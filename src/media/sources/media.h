@@ -54,7 +54,7 @@ public:
     /// One non-blocking read: bus, media sound, newest picture, no-frame watchdog.
     void pollSource();
 
-    /// The newest picture; none before the first, and none after a failure. Copied out of the
+    /// The newest picture; none before the first, and none after a failure. Taken out of the
     /// pipeline when it is first asked for: many sources play while nobody looks.
     [[nodiscard]] const FramePtr &frame();
 
@@ -117,7 +117,7 @@ private:
     bool takeBusMessage();
     void takeSound();
     void takePicture(SampleRef sample, std::int64_t now);
-    void copyPicture(const SampleRef &sample);
+    void takeFrame(const SampleRef &sample);
     void describeFirstPicture(const SampleRef &sample);
     void readAlpha();
     [[nodiscard]] bool streamsEnded() const;

@@ -4,6 +4,7 @@
 #include "media/capture/device_pin.h"
 #include "media/capture/picture_decoders.h"
 #include "media/gst/gst_build.h"
+#include "media/sources/frame_maker.h"
 
 namespace nimbara {
 
@@ -15,6 +16,7 @@ using namespace gst_build;
 struct PictureChain {
     ElementRef requestFilter = make("capsfilter");
     ElementRef squarePixels = make("capssetter");
+    ElementRef frames; ///< makes whole frames of pictures that need no scaling
     ElementRef reduce; ///< makes pictures that are larger than they are shown smaller
     ElementRef reduced; ///< says how small
     ElementRef convert = make("videoconvert");
@@ -66,17 +68,19 @@ QString startLabel(const SourceRequest &request, GstElement *element)
     return label + (request.uri.isEmpty() ? QStringLiteral(" (prueba)") : QStringLiteral(" (uri)"));
 }
 
-/// A 4K picture costs a third when it is made smaller before its colours are converted.
-void reduceBeforeConversion(SourcePipeline &built, PictureChain &chain)
+/// What need not be scaled costs a fraction when it is converted by loops of our own; a 4K picture
+/// a third when it is made smaller before its colours are converted.
+void prepareConversion(SourcePipeline &built, PictureChain &chain)
 {
+    chain.frames = makeFrameMaker(built.picture);
     chain.reduce = make("videoscale");
     chain.reduced = make("capsfilter");
-    if (!complete({ &chain.reduce, &chain.reduced })) {
+    if (!complete({ &chain.frames, &chain.reduce, &chain.reduced })) {
         throw Error(QStringLiteral("Falta componente de fuente multimedia"));
     }
-    add(built.pipeline, { &chain.reduce, &chain.reduced });
+    add(built.pipeline, { &chain.frames, &chain.reduce, &chain.reduced });
     reduceToShown(chain.reduce, chain.reduced, built.picture);
-    built.pictureHead = chain.reduce;
+    built.pictureHead = chain.frames;
 }
 
 void makePictureChain(SourcePipeline &built, PictureChain &chain, const SourceRequest &request)
@@ -109,7 +113,7 @@ void makePictureChain(SourcePipeline &built, PictureChain &chain, const SourceRe
         add(built.pipeline, { &chain.upright });
     }
     if (!request.isTestBars()) {
-        reduceBeforeConversion(built, chain);
+        prepareConversion(built, chain);
     }
 }
 
@@ -181,7 +185,8 @@ void buildSoundBranch(SourcePipeline &built)
 
 void linkPictureChain(const SourcePipeline &built, const PictureChain &chain)
 {
-    const bool reduced = !chain.reduce || link({ &chain.reduce, &chain.reduced, &chain.convert });
+    const bool reduced
+        = !chain.reduce || link({ &chain.frames, &chain.reduce, &chain.reduced, &chain.convert });
     const bool converted = chain.upright ? link({ &chain.convert, &chain.upright, &chain.scale })
                                          : link({ &chain.convert, &chain.scale });
     if (!reduced || !converted || !link({ &chain.scale, &chain.outputFilter, &built.videoSink })) {

@@ -56,11 +56,46 @@ constexpr std::array persistentKeys { "node.name",
 /// What only says where it is at the moment.
 constexpr std::array placeKeys { "object.serial", "object.path", "device.path", "sysfs.path" };
 
+constexpr std::array vendorKeys { "device.vendor.id", "device.vendor.name" };
+constexpr std::array productKeys { "device.product.id", "device.product.name" };
+constexpr std::array serialKeys { "device.serial" };
+constexpr std::array portKeys { "device.bus-path",
+    "device.bus_path",
+    "v4l2.device.bus_info",
+    "api.v4l2.cap.bus_info" };
+constexpr std::array nodeKeys { "node.name",
+    "avf.unique_id",
+    "unique-id",
+    "persistent-id",
+    "device.strid",
+    "internal-name" };
+
+DeviceIdentity marksOf(GstDevice *device, const GstStructure *properties, const QString &name)
+{
+    return { name,
+        firstText(device, properties, vendorKeys),
+        firstText(device, properties, productKeys),
+        firstText(device, properties, serialKeys),
+        firstText(device, properties, portKeys),
+        firstText(device, properties, nodeKeys) };
+}
+
 std::vector<DeviceMode> modesOf(GstDevice *device)
 {
     constexpr FrameSize landscape { 1920, 1080 };
     const auto offered = CapsRef::adopt(gst_device_get_caps(device));
     return modesToChoose(expandModes(offered.get(), landscape), landscape);
+}
+
+/// By a serial number of its own, since anything less may be another device.
+const CaptureDevice *findElsewhere(const std::vector<CaptureDevice> &devices,
+    const CaptureDevice &lost)
+{
+    const auto found = matchDevices({ lost.marks }, marksOf(devices)).front();
+    const bool isKnown = found.size() == 1 && !lost.marks.serial.isEmpty()
+        && devices[found.front()].marks.serial == lost.marks.serial
+        && devices[found.front()].kind == lost.kind;
+    return isKnown ? &devices[found.front()] : nullptr;
 }
 
 } // namespace
@@ -79,6 +114,7 @@ CaptureDevice describeDevice(GstDevice *device)
         described.name,
         firstText(device, properties.get(), persistentKeys) }
                              .join(QLatin1Char('\n'));
+    described.marks = marksOf(device, properties.get(), described.name);
     described.place = firstText(device, properties.get(), placeKeys);
     described.device = DeviceRef::retain(device);
     if (described.kind == DeviceKind::Video) {
@@ -87,12 +123,22 @@ CaptureDevice describeDevice(GstDevice *device)
     return described;
 }
 
+std::vector<DeviceIdentity> marksOf(const std::vector<CaptureDevice> &devices)
+{
+    std::vector<DeviceIdentity> marks;
+    marks.reserve(devices.size());
+    for (const CaptureDevice &device : devices) {
+        marks.push_back(device.marks);
+    }
+    return marks;
+}
+
 const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices, const CaptureDevice &lost)
 {
     const auto same = [&](const CaptureDevice &device) { return device.identity == lost.identity; };
     const auto first = std::find_if(devices.begin(), devices.end(), same);
     if (first == devices.end()) {
-        return nullptr;
+        return findElsewhere(devices, lost);
     }
     if (std::find_if(std::next(first), devices.end(), same) == devices.end()) {
         return &*first;
@@ -142,6 +188,7 @@ public:
                 addDevices(provider.element, lists);
             }
         }
+        markTwins(lists.video);
         return lists;
     }
 
@@ -207,6 +254,14 @@ private:
             list.push_back(std::move(described));
         }
         g_list_free_full(found, gst_object_unref);
+    }
+
+    static void markTwins(std::vector<CaptureDevice> &devices)
+    {
+        const std::vector<DeviceIdentity> present = marksOf(devices);
+        for (std::size_t place = 0; place < devices.size(); ++place) {
+            devices[place].marks = rememberedAs(present, place);
+        }
     }
 
     std::mutex m_mutex;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/background_task.h"
+#include "media/capture/device_identity.h"
 #include "media/capture/device_mode.h"
 #include "media/gst/gst_handles.h"
 
@@ -19,6 +20,7 @@ struct CaptureDevice {
     QString name; ///< for the operator
     DeviceKind kind = DeviceKind::Audio;
     QString identity; ///< equal when the same device has gone away and come back
+    DeviceIdentity marks; ///< what tells it from others
     QString place; ///< where it is at the moment (node number, device file); tells twins apart
     DeviceRef device; ///< opens it, as long as it is at that place
     std::vector<DeviceMode> modes {}; ///< of a camera, the best for 1920 × 1080 first
@@ -34,9 +36,19 @@ struct DeviceLists {
 /// audio device.
 CaptureDevice describeDevice(GstDevice *device);
 
+/// Of each device, in their order.
+std::vector<DeviceIdentity> marksOf(const std::vector<CaptureDevice> &devices);
+
+/// The two are one device at one place.
+inline bool isSame(const CaptureDevice &one, const CaptureDevice &other)
+{
+    return one.identity == other.identity && one.place == other.place;
+}
+
 /// The device that was lost, among those that are there now; null when it is not there. Never
 /// another device in its place: of several that look the same, only the one at the old place is
-/// taken. The result points into `devices`.
+/// taken. One that is plugged in elsewhere is known by its marks (`matchDevices`). The result
+/// points into `devices`.
 const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices,
     const CaptureDevice &lost);
 

@@ -12,11 +12,6 @@ namespace {
 
 constexpr std::int64_t sweepSpacingUs = 2'000'000;
 
-bool isSame(const CaptureDevice &one, const CaptureDevice &other)
-{
-    return one.identity == other.identity && one.place == other.place;
-}
-
 } // namespace
 
 Sources::Sources(const Clock &clock,

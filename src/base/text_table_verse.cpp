@@ -50,6 +50,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Añadir a los pasajes de hoy", "Add to today's passages" },
     TextPair { "Subir el pasaje", "Move the passage up" },
     TextPair { "Bajar el pasaje", "Move the passage down" },
+    TextPair { "El texto en línea está por llegar.", "The online text is on its way." },
     TextPair { "Quitar", "Remove" },
     TextPair { "Quitar el pasaje", "Remove the passage" },
     TextPair { "Intro prepara el pasaje elegido.", "Enter prepares the chosen passage." },

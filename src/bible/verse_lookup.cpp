@@ -73,6 +73,7 @@ void VerseLookup::showBuiltIn(const Request &request)
                 const QString &key) { askTranslation(request, verse, name, key); });
     } else {
         statusChanged(layer, readyStatus(label(passage, lang)));
+        ended(layer);
     }
 }
 
@@ -93,6 +94,7 @@ void VerseLookup::askApiBible(const Request &request, const QString &key)
         statusChanged(request.layer,
             "Versículo mostrado con RV1909: configura la clave y la Biblia de API.Bible "
             "en la pestaña Traducción IA y Biblia.");
+        ended(request.layer);
         return;
     }
     statusChanged(request.layer, "Consultando API.Bible...");
@@ -114,6 +116,7 @@ void VerseLookup::askTranslation(const Request &request,
         statusChanged(request.layer,
             "Versículo en español; para traducirlo a otro idioma añade la API key de "
             "OpenAI.");
+        ended(request.layer);
         return;
     }
     statusChanged(request.layer, "Traduciendo versículo...");
@@ -134,6 +137,7 @@ void VerseLookup::finish(const Request &request, const VerseOutcome &outcome)
         updateLayer(request.layer, *outcome.update);
     }
     statusChanged(request.layer, outcome.status);
+    ended(request.layer);
 }
 
 } // namespace bible

@@ -56,6 +56,9 @@ public:
     std::function<void(LayerId layer, const VerseUpdate &update)> updateLayer
         = [](LayerId, const VerseUpdate &) {};
 
+    /// Told behind the last thing that comes for a lookup.
+    std::function<void(LayerId layer)> ended = [](LayerId) {};
+
     /// Gets a key to hand to its receiver, empty without one, at once or later: a store of secrets
     /// may wait for the operator. Asked only when a key is needed, and not kept.
     using KeySource = std::function<void(std::function<void(const QString &key)> receiver)>;

@@ -136,7 +136,9 @@ private Q_SLOTS:
         QVERIFY(delivers({ 1067, 800 }));
         m_clock.advanceUs(Media::settleUs);
         media->showIn({}); // nobody looks
-        QVERIFY(delivers({ 1067, 800 }));
+        const auto seen = media->frameCount();
+        QVERIFY(pollUntil(*media, [&] { return media->frameCount() > seen + 3; }));
+        QCOMPARE(media->frame()->size(), (FrameSize { 1067, 800 }));
         for (double width = 100; width < 140; width += 4) {
             media->showIn({ { width, 100 } });
             m_clock.advanceUs(Media::settleUs);

@@ -81,14 +81,68 @@ private Q_SLOTS:
         const Layer hall = desk.onAir(desk.hall);
         QCOMPARE(desk.prepared(desk.streams).text, streams.text);
         QCOMPARE(desk.prepared(desk.hall).text, hall.text); // its own project layer, too
-        // The hall's box is small: its page has the beginning of the other one.
+        // The hall's box is small: its pages set the pace, and the other one has their beginnings.
         QVERIFY(hall.text.size() < streams.text.size());
-        QVERIFY2(hall.text.contains(streams.text.left(12)), qPrintable(hall.text));
-        QVERIFY(desk.statuses.last().startsWith(desk.label(streams) + u" · página 4 de "_s));
+        QVERIFY2(streams.text.contains(hall.text.left(12)), qPrintable(streams.text));
+        QVERIFY(desk.statuses.last().startsWith(desk.label(streams) + u" · página "_s));
 
         desk.studio.document().undo(); // a run of pages is one step, and never reaches the air
         QCOMPARE(findLayer(desk.studio.document().scenes(), desk.streams)->page, 0);
         QCOMPARE(desk.onAir(desk.streams).text, streams.text);
+    }
+
+    /// Whichever layer leads: each box shows all of its pages before the next verse comes.
+    void noBoxLeavesAPageOut()
+    {
+        PagedDesk desk(u"Salmos 119:1-40"_s);
+        QString shown[2];
+        const std::array layers { desk.streams, desk.hall };
+        for (int step = 0; step < 100; ++step) {
+            for (const std::size_t each : { 0, 1 }) {
+                const QString text = desk.onAir(layers.at(each)).text;
+                if (!shown[each].endsWith(text)) {
+                    shown[each] += text;
+                }
+            }
+            desk.step(Direction::On);
+            if (desk.label(desk.onAir(desk.hall)) == u"Salmos 119:41"_s) {
+                break;
+            }
+        }
+        QCOMPARE(desk.label(desk.onAir(desk.streams)), u"Salmos 119:41"_s);
+        for (const QString &all : shown) {
+            QCOMPARE(all.simplified().remove(u' '),
+                bible::verseText(bible::spanish(), { 18, 119, 1, 40 }).simplified().remove(u' '));
+        }
+    }
+
+    /// Without a key: the built-in text follows on air, and a key pressed meanwhile waits for it.
+    void anOnlineTextThatDoesNotComeKeepsTheStepsGoing()
+    {
+        PagedDesk desk(u"Juan 3:16"_s);
+        desk.studio.bibles().choose(3);
+        desk.studio.bibles().chooseOnline({ u"b2"_s, u"Reina Valera 1960"_s });
+        const Layer built = *findLayer(desk.scene(), desk.streams);
+        desk.studio.document().apply(SetVerse { desk.streams,
+            built.text,
+            u"Juan 3:16 · Reina Valera 1960"_s,
+            built.name,
+            0,
+            {} });
+        desk.studio.program().take();
+        for (const char *next : { "Juan 3:17", "Juan 3:18" }) {
+            desk.step(Direction::On);
+            desk.step(Direction::On);
+            QTRY_COMPARE(desk.label(desk.onAir(desk.streams)), QLatin1String(next));
+            QCOMPARE(desk.label(desk.onAir(desk.hall)), QLatin1String(next));
+            desk.studio.document().apply(SetVerse { desk.streams,
+                desk.onAir(desk.streams).text,
+                QLatin1String(next) + u" · Reina Valera 1960"_s,
+                QString::fromLatin1(next),
+                0,
+                {} });
+            desk.studio.program().take();
+        }
     }
 
     void whatIsNotOnAirStepsInPreviewAlone()

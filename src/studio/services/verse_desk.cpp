@@ -41,6 +41,7 @@ VerseDesk::VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &st
     m_lookup.holdsVerse = [this](auto id) {
         return verseLayer(LayerId::of(id)) != nullptr || isPlanned(LayerId::of(id));
     };
+    m_lookup.ended = [this](auto id) { Q_EMIT lookupEnded(LayerId::of(id)); };
     m_lookup.updateLayer
         = [this](auto id, const bible::VerseUpdate &update) { receive(LayerId::of(id), update); };
 }

@@ -62,6 +62,8 @@ Q_SIGNALS:
     /// A verse was written into the layer. `isFinal`: its text is from the network, and no other
     /// one follows it.
     void written(nimbara::LayerId layer, bool isFinal);
+    /// Nothing more comes for the last lookup of the layer, whether its text came or not.
+    void lookupEnded(nimbara::LayerId layer);
     /// A new layer has its verse.
     void quickVerseAdded(nimbara::LayerId layer);
     /// A lookup that had to wait for the Bibles has failed.

@@ -5,6 +5,8 @@
 #include "bible/verse_flow.h"
 #include "studio/services/second_verse.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <utility>
 
@@ -34,10 +36,16 @@ bool showsSame(const Layer &one, const Layer &other)
     return passage && passage == passageOf(other.reference);
 }
 
+/// The name of the Bible behind the reference.
+QString sourceOf(const Layer &layer)
+{
+    return layer.reference.section(dot, 1);
+}
+
 /// The built-in Bible that the layer's text is from; none for an online text.
 const bible::Bible *bibleOf(const Layer &layer)
 {
-    const QString source = layer.reference.section(dot, 1);
+    const QString source = sourceOf(layer);
     for (const bible::Bible *each : { &bible::spanish(), &bible::english() }) {
         if (each->valid && each->name == source) {
             return each;
@@ -68,19 +76,26 @@ Layer withVerse(Layer layer, const SetVerse &verse)
     return layer;
 }
 
-/// The page of other pages that shows what a page shows: of as many pages the same one, else the
-/// one with its beginning.
-std::int32_t matchingPage(const VersePages &lead, std::size_t page, const VersePages &other)
+/// The page of other pages that shows what a page shows: of as many pages the same one, the last
+/// one for the last, else the one with its beginning.
+std::int32_t matchingPage(const VersePages &pace, std::size_t page, const VersePages &other)
 {
-    if (lead.pages.size() == other.pages.size()) {
+    if (pace.pages.size() == other.pages.size()) {
         return static_cast<std::int32_t>(page);
     }
-    std::size_t found = 0;
+    std::size_t found = page + 1 == pace.pages.size() ? other.pages.size() - 1 : 0;
     while (
-        found + 1 < other.pages.size() && other.pages[found + 1].place <= lead.pages[page].place) {
+        found + 1 < other.pages.size() && other.pages[found + 1].place <= pace.pages[page].place) {
         ++found;
     }
     return static_cast<std::int32_t>(found);
+}
+
+/// Where an online text cannot be had: the built-in Bible of the language that its label is in.
+const bible::Bible &standIn(const Layer &layer, const bible::Passage &shown)
+{
+    const bool isEnglish = bible::label(shown, bible::english().lang) == labelOf(layer.reference);
+    return isEnglish && bible::english().valid ? bible::english() : bible::spanish();
 }
 
 } // namespace
@@ -90,6 +105,7 @@ VerseSteps::VerseSteps(const Surroundings &surroundings)
     , m_ready(bible::prepare())
 {
     connect(&surroundings.verses, &VerseDesk::written, this, &VerseSteps::receive);
+    connect(&surroundings.verses, &VerseDesk::lookupEnded, this, &VerseSteps::showAwaited);
 }
 
 void VerseSteps::step(LayerId layer, Direction direction)
@@ -99,14 +115,34 @@ void VerseSteps::step(LayerId layer, Direction direction)
         Q_EMIT said("No hay ningún versículo en la escena ni en Programa.");
         return;
     }
-    const VersePages &pages = m_surroundings.stage.pager->pages(lead->layer, lead->frame);
-    const std::size_t shown = pages.shown(lead->layer);
+    if (m_awaited && m_awaited->from.layer.id == lead->layer.id) {
+        Q_EMIT said("El texto en línea está por llegar.");
+        return;
+    }
+    const Spot pace = paceOf(*lead);
+    const VersePages &pages = m_surroundings.stage.pager->pages(pace.layer, pace.frame);
+    const std::size_t shown = pages.shown(pace.layer);
     const bool leaves = direction == Direction::On ? shown + 1 == pages.pages.size() : shown == 0;
     if (leaves) {
         leave(*lead, direction);
     } else {
-        turn(*lead, direction == Direction::On ? shown + 1 : shown - 1);
+        turn(*lead, pace, direction == Direction::On ? shown + 1 : shown - 1);
     }
+}
+
+/// The one with the most pages, so that no box leaves a page out.
+VerseSteps::Spot VerseSteps::paceOf(const Spot &lead) const
+{
+    const auto count = [this](const Spot &spot) {
+        return m_surroundings.stage.pager->pages(spot.layer, spot.frame).pages.size();
+    };
+    Spot pace = lead;
+    for (const Spot &spot : following(lead)) {
+        if (count(spot) > count(pace)) {
+            pace = spot;
+        }
+    }
+    return pace;
 }
 
 std::optional<VerseSteps::Spot> VerseSteps::spotOf(LayerId layer) const
@@ -164,15 +200,31 @@ bool VerseSteps::isPrepared(const Layer &shown, LayerId layer) const
     return prepared != nullptr && showsSame(*prepared, shown);
 }
 
-void VerseSteps::turn(const Spot &lead, std::size_t page)
+void VerseSteps::turn(const Spot &lead, const Spot &pace, std::size_t page)
 {
-    const VersePages pages = m_surroundings.stage.pager->pages(lead.layer, lead.frame);
+    const VersePages pages = m_surroundings.stage.pager->pages(pace.layer, pace.frame);
+    const auto pageOf = [&](const Spot &spot) {
+        return matchingPage(pages, page, m_surroundings.stage.pager->pages(spot.layer, spot.frame));
+    };
     std::vector<SetVerse> followers;
+    std::vector<Edit> edits; // a run of pages is one step of undo
+    const auto turnPrepared = [&](const Spot &spot) {
+        if (isPrepared(spot.layer, spot.layer.id)) {
+            edits.emplace_back(SetField { spot.layer.id, LayerField::Page, pageOf(spot) });
+        }
+    };
     for (const Spot &spot : following(lead)) {
-        followers.push_back(verseOf(spot.layer,
-            matchingPage(pages, page, m_surroundings.stage.pager->pages(spot.layer, spot.frame))));
+        followers.push_back(verseOf(spot.layer, pageOf(spot)));
+        if (spot.layer.id != lead.layer.id) {
+            turnPrepared(spot);
+        }
     }
-    apply(lead, verseOf(lead.layer, static_cast<std::int32_t>(page)), followers);
+    turnPrepared(lead);
+    if (!edits.empty()) {
+        m_surroundings.stage.document.apply(edits);
+    }
+    m_surroundings.program.amend(followers);
+    tell(lead, verseOf(lead.layer, pageOf(lead)));
 }
 
 /// Goes on to the verse behind or before what the layer shows.
@@ -206,26 +258,39 @@ void VerseSteps::leave(const Spot &lead, Direction direction)
 /// there.
 void VerseSteps::askOnline(const Spot &lead, const bible::Passage &passage, Direction direction)
 {
-    m_awaited.reset();
     if (!isPrepared(lead.layer, lead.layer.id)) {
         Q_EMIT said("El texto no tiene más páginas.");
         return;
     }
-    m_surroundings.bibles.lookUp(lead.layer.id, bible::label(passage, QStringLiteral("es")));
     m_awaited = Awaited { lead, passage, direction };
-    if (!m_surroundings.bibles.isOnline()) { // chosen otherwise meanwhile: the text is there
-        receive(lead.layer.id, true);
+    m_isAsking = true; // what is written and ended meanwhile is of this lookup
+    const auto asked = qScopeGuard([this] { m_isAsking = false; });
+    try {
+        m_surroundings.bibles.lookUp(lead.layer.id, bible::label(passage, QStringLiteral("es")));
+    } catch (...) {
+        m_awaited.reset();
+        throw;
     }
 }
 
 void VerseSteps::receive(LayerId layer, bool isFinal)
+{
+    if (isFinal) {
+        showAwaited(layer);
+    } else if (!m_isAsking && m_awaited && m_awaited->from.layer.id == layer) {
+        m_awaited.reset(); // another reference was typed
+    }
+}
+
+/// What stands in PREVIEW by now: the online text, or the built-in one where that did not come.
+void VerseSteps::showAwaited(LayerId layer)
 {
     if (!m_awaited || m_awaited->from.layer.id != layer) {
         return;
     }
     const Awaited awaited = *std::exchange(m_awaited, std::nullopt);
     const Layer *now = findLayer(m_surroundings.stage.document.scenes(), layer);
-    if (isFinal && now != nullptr && passageOf(now->reference) == awaited.passage) {
+    if (now != nullptr && passageOf(now->reference) == awaited.passage) {
         show(awaited.from, awaited.passage, awaited.direction, verseOf(*now, 0));
     }
 }
@@ -239,6 +304,10 @@ void VerseSteps::show(const Spot &lead,
     std::vector<SetVerse> followers;
     for (const Spot &spot : following(lead)) {
         const bible::Bible *bible = bibleOf(spot.layer);
+        const bool isOther = sourceOf(spot.layer) != sourceOf(lead.layer);
+        if (bible == nullptr && isOther) { // another online Bible than the leading one
+            bible = &standIn(spot.layer, *passageOf(lead.layer.reference));
+        }
         SetVerse own = verse;
         own.layer = spot.layer.id;
         if (bible != nullptr
@@ -279,11 +348,7 @@ void VerseSteps::apply(const Spot &lead,
             edits.emplace_back(follower);
         }
     }
-    const Layer *prepared = findLayer(document.scenes(), verse.layer);
-    if (prepared != nullptr
-        && verseOf(*prepared, verse.page) == verse) { // a run of pages is one step of undo
-        edits.emplace_back(SetField { verse.layer, LayerField::Page, verse.page });
-    } else if (isPrepared(lead.layer, verse.layer)) {
+    if (isPrepared(lead.layer, verse.layer)) {
         edits.emplace_back(verse);
     }
     if (!edits.empty()) {

@@ -60,10 +60,12 @@ private:
     [[nodiscard]] std::vector<Spot> onAir() const;
     [[nodiscard]] std::vector<Spot> following(const Spot &lead) const;
     [[nodiscard]] bool isPrepared(const Layer &shown, LayerId layer) const;
-    void turn(const Spot &lead, std::size_t page);
+    [[nodiscard]] Spot paceOf(const Spot &lead) const;
+    void turn(const Spot &lead, const Spot &pace, std::size_t page);
     void leave(const Spot &lead, Direction direction);
     void askOnline(const Spot &lead, const bible::Passage &passage, Direction direction);
     void receive(LayerId layer, bool isFinal);
+    void showAwaited(LayerId layer);
     void show(const Spot &lead,
         const bible::Passage &passage,
         Direction direction,
@@ -75,6 +77,7 @@ private:
     Surroundings m_surroundings;
     QFuture<void> m_ready; ///< the built-in Bibles are loaded
     std::optional<Awaited> m_awaited;
+    bool m_isAsking = false; ///< a lookup is being begun
 };
 
 } // namespace nimbara

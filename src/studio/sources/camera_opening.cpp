@@ -54,6 +54,9 @@ CameraOpening::State CameraOpening::follow()
     }
     // A device that has not answered yet would not answer to another mode either.
     const bool isAnswered = m_camera->startOutcome() != PipelineStart::Outcome::Underway;
+    if (isAnswered && !std::exchange(m_isAnswered, true)) {
+        m_begunUs = m_clock.monotonicUs(); // the time for a picture is the mode's own
+    }
     const bool isSilent = isAnswered && m_clock.monotonicUs() - m_begunUs > patienceUs;
     if (!m_camera->active()) {
         m_starved = m_camera->starved();
@@ -82,6 +85,7 @@ CameraOpening::State CameraOpening::openNext()
         try {
             m_camera = m_open(m_modes[m_next++]);
             m_begunUs = m_clock.monotonicUs();
+            m_isAnswered = false;
             return State::Underway;
         } catch (const Error &error) {
             m_starved = false;

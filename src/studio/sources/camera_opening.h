@@ -61,6 +61,7 @@ private:
     MediaPtr m_camera;
     std::weak_ptr<const void> m_before; ///< what still holds the device
     std::int64_t m_begunUs = 0; ///< the present step
+    bool m_isAnswered = false; ///< the device has taken the present mode, or refused it
     Message m_reason;
     bool m_starved = false;
 };

@@ -6,6 +6,14 @@
 
 namespace nimbara {
 
+QLabel *makeNote(const QString &text)
+{
+    auto *note = new QLabel(text);
+    note->setTextFormat(Qt::PlainText); // names of files and sources may look like markup
+    note->setWordWrap(true);
+    return note;
+}
+
 QPushButton *makeButton(const char *spanish, const char *name, QWidget *parent)
 {
     auto *button = new QPushButton(nimbara_i18n::tr(spanish), parent);
@@ -33,10 +41,7 @@ void showText(QLineEdit *field, const QString &text)
 
 QLabel *makeNote(const char *spanish)
 {
-    auto *note = new QLabel(nimbara_i18n::tr(spanish));
-    note->setWordWrap(true);
-    note->setTextFormat(Qt::PlainText);
-    return note;
+    return makeNote(nimbara_i18n::tr(spanish));
 }
 
 QComboBox *

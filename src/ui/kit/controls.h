@@ -32,7 +32,8 @@ QLineEdit *makeKeyField(const char *name, const char *spanish);
 /// Makes `text` the field's; one that it shows already leaves the cursor in its place.
 void showText(QLineEdit *field, const QString &text);
 
-/// A word-wrapped label; `spanish` passes through the text table.
+/// A word-wrapped label: `text` as it stands, or `spanish` through the text table.
+QLabel *makeNote(const QString &text);
 QLabel *makeNote(const char *spanish);
 
 /// A list of entries, each through the text table; `spanish` is its accessible name.

@@ -1,0 +1,381 @@
+#include "base/i18n.h"
+#include "document/layer_geometry.h"
+#include "ui/editor/camera_row.h"
+#include "ui/editor/color_button.h"
+#include "ui/editor/position_row.h"
+#include "ui/editor/properties_panel.h"
+#include "ui/editor/verse_field.h"
+#include "ui/editor/verse_rows.h"
+#include "ui/kit/controls.h"
+
+#include <QBoxLayout>
+#include <QCheckBox>
+#include <QFileInfo>
+#include <QFontComboBox>
+#include <QFormLayout>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace nimbara {
+
+namespace {
+
+QString label(const char *spanish)
+{
+    return nimbara_i18n::tr(spanish);
+}
+
+/// The verse layer's reference line: label, middle dot, name of the source.
+const QString referenceDot = QStringLiteral(" · ");
+
+template <LayerKind... kinds> bool isOneOf(LayerKind kind)
+{
+    return ((kind == kinds) || ...);
+}
+
+bool isAny(LayerKind)
+{
+    return true;
+}
+
+} // namespace
+
+void PropertiesPanel::addCommonRows()
+{
+    auto *title = new QLabel;
+    onRefresh([title](const Layer &layer) {
+        title->setText(QStringLiteral("<b>") + displayName(layer.kind) + QStringLiteral("</b>"));
+    });
+    addRow(isAny, title);
+
+    m_name = named(new QLineEdit, "layerName", label("Nombre"));
+    connect(m_name, &QLineEdit::textEdited, this, [this](const QString &text) {
+        Q_EMIT edited(m_shown, LayerField::Name, text);
+    });
+    onRefresh([this](const Layer &layer) { showText(m_name, layer.name); });
+    addRow(isAny, "Nombre", m_name);
+    addRow(isAny, "Posición", makePosition());
+    addRow(isAny, "Alinear en pantalla", makeAlignmentGrid());
+    addRow(isAny, "Opacidad", makeOpacity());
+    addButton(isAny, "Ajustar a pantalla completa", "fitToFrame", &PropertiesPanel::fitPressed);
+}
+
+QWidget *PropertiesPanel::makePosition()
+{
+    auto *position = new PositionRow;
+    connect(position, &PositionRow::edited, this, [this, position] {
+        if (const Layer *layer = layerOf(m_shown)) {
+            Q_EMIT edited(m_shown,
+                LayerField::Box,
+                editedBox(layer->kind, boxOf(*layer), position->percent()));
+        }
+    });
+    onRefresh([position](const Layer &layer) { position->showBox(boxOf(layer)); });
+    return position;
+}
+
+/// A ride goes on with the layer that it began with, whatever is shown meanwhile.
+QWidget *PropertiesPanel::makeOpacity()
+{
+    auto *opacity = named(new QSlider(Qt::Horizontal), "opacity", label("Opacidad"));
+    opacity->setRange(0, 100);
+    connect(opacity, &QSlider::valueChanged, this, [this, opacity](int percent) {
+        Q_EMIT edited(opacity->isSliderDown() ? m_ridden : m_shown,
+            LayerField::Opacity,
+            percent / 100.0);
+    });
+    connect(opacity, &QSlider::sliderPressed, this, [this] {
+        m_ridden = m_shown;
+        Q_EMIT rideBegan();
+    });
+    connect(opacity, &QSlider::sliderReleased, this, [this] {
+        Q_EMIT rideEnded();
+        if (const Layer *layer = layerOf(m_shown)) {
+            refresh(*layer);
+        }
+    });
+    onRefresh([this, opacity](const Layer &layer) {
+        const QSignalBlocker blocker(opacity);
+        const double percent = layer.opacity * 100;
+        const bool isRidden = opacity->isSliderDown() && layer.id != m_ridden;
+        if (!isRidden && (m_anew || std::abs(percent - opacity->value()) >= 1)) {
+            opacity->setValue(static_cast<int>(percent));
+        }
+    });
+    return opacity;
+}
+
+QWidget *PropertiesPanel::makeAlignmentGrid()
+{
+    static constexpr std::array arrows { "↖", "↑", "↗", "←", "●", "→", "↙", "↓", "↘" };
+    auto *owner = new QWidget;
+    auto *grid = new QGridLayout(owner);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setSpacing(2);
+    for (int place = 0; place < 9; ++place) {
+        const int column = place % 3;
+        const int row = place / 3;
+        auto *button
+            = new QPushButton(QString::fromUtf8(arrows.at(static_cast<std::size_t>(place))));
+        button->setObjectName(QStringLiteral("align%1%2").arg(column).arg(row));
+        button->setFixedSize(30, 26);
+        button->setStyleSheet(QStringLiteral("padding: 0;"));
+        button->setToolTip(label("Alinear"));
+        button->setAccessibleName(label("Alinear") + QLatin1Char(' ') + button->text());
+        connect(button, &QPushButton::clicked, this, [this, column, row] {
+            if (const Layer *layer = layerOf(m_shown)) {
+                Q_EMIT edited(m_shown, LayerField::Box, alignedBox(boxOf(*layer), column, row));
+            }
+        });
+        grid->addWidget(button, row, column);
+    }
+    grid->setColumnStretch(3, 1);
+    return owner;
+}
+
+VerseField *PropertiesPanel::makeReference()
+{
+    auto *reference = named(new VerseField, "verseReference", label("Cita"));
+    reference->setPlaceholderText(label("Juan 3:16"));
+    onRefresh([this, reference, last = QString()](const Layer &layer) mutable {
+        const QString cited = layer.reference.section(referenceDot, 0, 0);
+        const bool isNew = std::exchange(last, cited) != cited;
+        // What is being typed stays.
+        if (m_anew || (isNew && !reference->isModified())) {
+            reference->replaceText(cited);
+        }
+    });
+    connect(reference, &VerseField::typed, this, [this, reference](const QString &text) {
+        Q_EMIT verseTyped(reference, text);
+    });
+    return reference;
+}
+
+void PropertiesPanel::addVerseRows()
+{
+    constexpr Kinds verse = isOneOf<LayerKind::Verse>;
+    VerseField *reference = makeReference();
+    auto *look = makeButton("Buscar versículo", "findVerse");
+    const auto request = [this, reference] {
+        reference->setModified(false); // the answer may write it out
+        Q_EMIT verseRequested(m_shown, reference->text());
+    };
+    connect(reference, &QLineEdit::returnPressed, this, request);
+    connect(reference, &VerseField::chosen, this, request);
+    connect(look, &QPushButton::clicked, this, request);
+    addRow(verse, "Cita", reference);
+    addRow(verse, look);
+    addRow(verse, "Biblia", makeLiveNote([](const Layer &layer) {
+        return layer.reference.section(referenceDot, 1);
+    }));
+
+    m_waiting = named(new QWidget, "verseWaiting");
+    auto *column = new QVBoxLayout(m_waiting);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(
+        makeNote(label("Ha llegado el texto pedido. Se conserva lo que escribiste.")));
+    auto *use = makeButton("Usar el texto recibido", "useWaiting");
+    connect(use, &QPushButton::clicked, this, [this] { Q_EMIT waitingWanted(m_shown); });
+    column->addWidget(use);
+    m_waiting->hide(); // shown for itself
+    m_column->addWidget(m_waiting);
+}
+
+void PropertiesPanel::addTextRows()
+{
+    addRow(isOneOf<LayerKind::Subtitle>,
+        makeNote(label(
+            "El texto lo pone la traducción IA. Aquí eliges posición, tamaño, color y fondo.")));
+    auto *text = named(new QPlainTextEdit, "layerText", label("Texto"));
+    text->setMaximumHeight(64);
+    text->setTabChangesFocus(true);
+    connect(text, &QPlainTextEdit::textChanged, this, [this, text] {
+        Q_EMIT edited(m_shown, LayerField::Text, text->toPlainText());
+    });
+    onRefresh([text](const Layer &layer) {
+        if (text->toPlainText() != layer.text) {
+            const QSignalBlocker blocker(text);
+            text->setPlainText(layer.text);
+        }
+    });
+    addRow(isOneOf<LayerKind::Text, LayerKind::Verse>, "Texto", text);
+}
+
+void PropertiesPanel::addStyleRows()
+{
+    constexpr Kinds verse = isOneOf<LayerKind::Verse>;
+    addRow(isText, "Tipo de letra", makeFontList());
+    addRow(isText,
+        "Tamaño",
+        makeNumber("Tamaño", "textSize", LayerField::Size, { Layer::minSize, Layer::maxSize }));
+    addRow(verse,
+        makeCheck("Achicar y dividir en páginas lo que no cabe", "paged", LayerField::Paged));
+    addRow(verse,
+        "Tamaño mínimo (%)",
+        makeNumber("Tamaño mínimo (%)",
+            "smallestSize",
+            LayerField::Smallest,
+            { Layer::minSmallest, 100 }));
+    addRow(isText, makeCheck("Negrita", "bold", LayerField::Bold));
+    addRow(isText,
+        "Color del texto",
+        makeColorButton("Color del texto", "textColor", LayerField::Color, false));
+    addRow(isText,
+        "Fondo (con transparencia)",
+        makeColorButton("Fondo (con transparencia)",
+            "backgroundColor",
+            LayerField::Background,
+            true));
+    addRow(isText, makeCheck("Sombra / contorno oscuro", "shadow", LayerField::Shadow));
+    addRow(isText, "Alineación", makeAlignment());
+    addVerseLook();
+}
+
+void PropertiesPanel::addVerseLook()
+{
+    auto *rows = new VerseRows(*formOf(isOneOf<LayerKind::Verse>), this);
+    connect(rows, &VerseRows::edited, this, [this](LayerField field, const FieldValue &value) {
+        Q_EMIT edited(m_shown, field, value);
+    });
+    connect(rows, &VerseRows::secondWanted, this, [this](const QString &bible) {
+        Q_EMIT secondBibleWanted(m_shown, bible);
+    });
+    connect(rows, &VerseRows::styleKept, this, [this] { Q_EMIT verseStyleKept(m_shown); });
+    onRefresh([rows](const Layer &layer) { rows->refresh(layer); });
+}
+
+QWidget *PropertiesPanel::makeFontList()
+{
+    auto *font = named(new QFontComboBox, "font", label("Tipo de letra"));
+    connect(font, &QFontComboBox::currentFontChanged, this, [this](const QFont &chosen) {
+        Q_EMIT edited(m_shown, LayerField::Font, chosen.family());
+    });
+    onRefresh([this, font, last = QString()](const Layer &layer) mutable {
+        const QSignalBlocker blocker(font);
+        if (std::exchange(last, layer.font) != layer.font) {
+            font->setCurrentFont(QFont(layer.font));
+        } else if (m_anew) {
+            font->setEditText(layer.font); // in place of what was typed for another layer
+        }
+    });
+    return font;
+}
+
+QWidget *PropertiesPanel::makeNumber(const char *spanish,
+    const char *name,
+    LayerField field,
+    std::pair<int, int> range)
+{
+    auto *number = named(new QSpinBox, name, label(spanish));
+    number->setRange(range.first, range.second);
+    connect(number, &QSpinBox::valueChanged, this, [this, field](int value) {
+        Q_EMIT edited(m_shown, field, std::int32_t { value });
+    });
+    onRefresh([number, field](const Layer &layer) {
+        const std::int32_t value = std::get<std::int32_t>(fieldOf(layer, field));
+        if (number->value() != value) {
+            const QSignalBlocker blocker(number);
+            number->setValue(value);
+        }
+    });
+    return number;
+}
+
+QWidget *PropertiesPanel::makeAlignment()
+{
+    auto *alignment = named(new QComboBox, "textAlign", label("Alineación"));
+    alignment->addItems({ label("Izquierda"), label("Centro"), label("Derecha") });
+    connect(alignment, &QComboBox::currentIndexChanged, this, [this](int index) {
+        if (const Layer *layer = layerOf(m_shown)) {
+            Q_EMIT edited(m_shown,
+                LayerField::Align,
+                withHorizontalAlign(layer->align, static_cast<HorizontalAlign>(index)));
+        }
+    });
+    onRefresh([alignment](const Layer &layer) {
+        const QSignalBlocker blocker(alignment);
+        alignment->setCurrentIndex(static_cast<int>(horizontalAlign(layer.align)));
+    });
+    return alignment;
+}
+
+void PropertiesPanel::addPictureRows()
+{
+    constexpr Kinds image = isOneOf<LayerKind::Image>;
+    constexpr Kinds video = isOneOf<LayerKind::Video>;
+    addRow(isPicture,
+        makeCheck("Rellenar el recuadro (recorta bordes, sin franjas negras)",
+            "cover",
+            LayerField::Cover));
+    addRow(isOneOf<LayerKind::Color>,
+        "Color",
+        makeColorButton("Color", "fillColor", LayerField::Fill, false));
+    addRow(image, "Archivo", makeLiveNote([](const Layer &layer) {
+        return QFileInfo(layer.path).fileName();
+    }));
+    addButton(image, "Cambiar imagen...", "changeImage", &PropertiesPanel::changeImagePressed);
+    addRow(video, makeCheck("Audio del video cuando esté en Programa", "sound", LayerField::Sound));
+    addRow(video, "Origen", makeLiveNote([](const Layer &layer) { return layer.uri; }));
+    addButton(video, "Reiniciar video", "restartVideo", &PropertiesPanel::restartVideoPressed);
+    constexpr Kinds camera = isOneOf<LayerKind::Camera>;
+    connect(m_cameras, &CameraRow::chosen, this, [this](const QString &device) {
+        Q_EMIT edited(m_shown, LayerField::Device, device);
+    });
+    onRefresh([this](const Layer &layer) { m_cameras->showChoice(layer.uri); });
+    addRow(camera, "Cámara que se muestra", m_cameras);
+    addRow(camera, makeLiveNote([](const Layer &layer) {
+        return layer.uri.isEmpty()
+            ? label("Muestra la cámara conectada en \"Fuentes y pantallas\".")
+            : label("Muestra su propia cámara, esté o no conectada en \"Fuentes y pantallas\".");
+    }));
+    addRow(isOneOf<LayerKind::Screen>,
+        makeNote(label("Captura la pantalla principal de este equipo.")));
+}
+
+QWidget *PropertiesPanel::makeLiveNote(std::function<QString(const Layer &)> text)
+{
+    QLabel *note = makeNote(QString());
+    onRefresh([note, text = std::move(text)](const Layer &layer) { note->setText(text(layer)); });
+    return note;
+}
+
+QWidget *PropertiesPanel::makeColorButton(const char *spanish,
+    const char *name,
+    LayerField field,
+    bool alpha)
+{
+    auto *button = named(new ColorButton(QColor()), name, label(spanish));
+    connect(button, &QPushButton::clicked, this, [this, field, alpha] {
+        Q_EMIT colorWanted(m_shown, field, alpha);
+    });
+    onRefresh([button, field](const Layer &layer) {
+        button->showColor(std::get<QColor>(fieldOf(layer, field)));
+    });
+    return button;
+}
+
+QWidget *PropertiesPanel::makeCheck(const char *spanish, const char *name, LayerField field)
+{
+    auto *check = named(new QCheckBox(label(spanish)), name);
+    connect(check, &QCheckBox::toggled, this, [this, field](bool on) {
+        Q_EMIT edited(m_shown, field, on);
+    });
+    onRefresh([check, field](const Layer &layer) {
+        const QSignalBlocker blocker(check);
+        check->setChecked(std::get<bool>(fieldOf(layer, field)));
+    });
+    return check;
+}
+
+} // namespace nimbara

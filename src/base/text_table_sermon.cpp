@@ -6,6 +6,8 @@ namespace {
 
 // How a sermon is heard, translated and shown.
 constexpr TextPair pairs[] = {
+    TextPair { "El versículo espera: en PREVIEW no está la escena que está al aire.",
+        "The verse waits: PREVIEW does not have the scene that is on air." },
     TextPair { "En vivo", "Live" },
     TextPair { "Por frases", "Phrase by phrase" },
     TextPair { "En espera de la red", "Waiting for the network" },

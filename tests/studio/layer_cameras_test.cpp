@@ -70,6 +70,25 @@ private:
     bool m_confused = false;
 };
 
+/// Once the system lists so many cameras of that name.
+std::vector<CaptureDevice> listed(const QString &name, std::size_t count)
+{
+    DeviceDiscovery search;
+    std::vector<CaptureDevice> found;
+    const auto areThere = [&] {
+        if (!search.running()) {
+            search.start();
+        }
+        if (auto present = search.poll()) {
+            found = std::move(present->video);
+            std::erase_if(found, [&](const CaptureDevice &each) { return each.name != name; });
+        }
+        return found.size() == count;
+    };
+    static_cast<void>(QTest::qWaitFor(areThere, 60'000));
+    return found;
+}
+
 } // namespace
 
 class LayerCamerasTest : public QObject {
@@ -108,6 +127,10 @@ private Q_SLOTS:
         QVERIFY(desk.pollUntil([&] { return desk.cameras.find(desk.named.back()) != nullptr; }));
         QCOMPARE(desk.cameras.find(desk.named.back()), desk.cameras.find(textOf(0)));
         const std::weak_ptr<Media> open = desk.cameras.find(textOf(0));
+        desk.named = { desk.named.back() }; // the layer that opened it goes
+        desk.cameras.poll(desk.named);
+        QCOMPARE(desk.cameras.find(desk.named.back()), open.lock());
+        QVERIFY(open.lock());
         desk.named.clear();
         QVERIFY(desk.pollUntil([&] { return open.expired(); }));
     }
@@ -135,12 +158,22 @@ private Q_SLOTS:
     void isAskedWhichOfTwo()
     {
         const VirtualDevice one = VirtualDevice::camera(u"uno"_s, u"Coro"_s, u"blue"_s);
-        const VirtualDevice two = VirtualDevice::camera(u"dos"_s, u"Coro"_s, u"blue"_s);
+        std::optional two { VirtualDevice::camera(u"dos"_s, u"Coro"_s, u"blue"_s) };
+        const auto both = listed(u"Coro"_s, 2);
+        QCOMPARE(both.size(), 2U);
         Cameras desk;
         QVERIFY(desk.pollUntil([&] { return !desk.told.isEmpty(); }));
         QCOMPARE(desk.told,
             QStringList {
                 u"Hay varias cámaras como Coro: elige cuál en las propiedades de la capa."_s });
+        QVERIFY(!desk.cameras.device(textOf(1)));
+
+        // The principal camera is no other's, though it is the only one left.
+        desk.principal = both[both[0].marks.node.contains(u"uno") ? 0 : 1];
+        two.reset();
+        QCOMPARE(listed(u"Coro"_s, 1).size(), 1U);
+        const std::int64_t later = desk.clock.monotonicUs() + 3 * LayerCameras::spacingUs;
+        QVERIFY(desk.pollUntil([&] { return desk.clock.monotonicUs() > later; }));
         QVERIFY(!desk.cameras.device(textOf(1)));
     }
 };

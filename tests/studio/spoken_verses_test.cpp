@@ -90,10 +90,31 @@ private Q_SLOTS:
     {
         SermonDesk desk;
         desk.verses.setGoesOnAir(true);
-        desk.hear(u"leamos Juan tres dieciséis"_s, true); // more may come
+        desk.hear(u"leamos Juan tres dieciséis"_s); // PREVIEW is not what is on air
+        QVERIFY(desk.onPreview().isEmpty() && desk.told("El versículo espera"));
+        desk.verses.dismiss();
+        desk.studio.program().take();
+        desk.hear(u"leamos Romanos ocho uno"_s, true); // more may come
         QVERIFY(desk.onPreview().isEmpty());
+        desk.hear(u"leamos Romanos ocho uno"_s);
+        QVERIFY(desk.runUntil([&] { return desk.onAir() == u"Romanos 8:1"_s; }));
+    }
+
+    /// The key for the air sends what the card said and PREVIEW shows, or nothing.
+    void sendsNothingElse()
+    {
+        SermonDesk desk;
+        desk.hear(u"dice Segunda de Corintios trece catorce"_s); // not in this Bible
+        QCOMPARE(desk.verses.offered(), QString());
         desk.hear(u"leamos Juan tres dieciséis"_s);
-        QVERIFY(desk.runUntil([&] { return desk.onAir() == u"Juan 3:16"_s; }));
+        const LayerId layer = *desk.verses.prepare();
+        desk.hear(u"Y en Romanos ocho uno"_s); // another card by now
+        desk.verses.takeOnAir();
+        QVERIFY(desk.onAir().isEmpty());
+        desk.verses.prepare();
+        desk.studio.verses().lookupVerse(layer, u"Salmos 23:1"_s, { u"es"_s, {}, {} });
+        desk.verses.takeOnAir(); // typed in its place
+        QVERIFY(desk.onAir().isEmpty());
     }
 
     /// Each verse once, in the Bible of the screens; all else as it is translated.

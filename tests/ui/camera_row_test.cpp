@@ -39,7 +39,7 @@ private Q_SLOTS:
             camera(u"Coro"_s, u"2"_s, true),
             camera(u"Coro"_s, u"3"_s, true) });
         const std::tuple<QString, QString> rows[] {
-            { {}, u"Cámara principal"_s },
+            { QString(), u"Cámara principal"_s },
             { identityText(camera(u"Altar"_s, u"1"_s).marks), u"Altar"_s },
             { identityText(camera(u"Altar"_s, u"4"_s).marks), u"Altar"_s }, // plugged in elsewhere
             { identityText(camera(u"Coro"_s, u"3"_s, true).marks), u"Coro · 3"_s },

@@ -108,11 +108,11 @@ private Q_SLOTS:
             = u" layerName positionX positionY positionW positionH align00 align22 "
               "opacity fitToFrame"_s;
         const QStringList all = (always + style
-            + u" verseReference findVerse layerText cover fillColor changeImage sound restartVideo"_s)
+            + u" verseReference findVerse layerText cover fillColor changeImage sound restartVideo layerCamera"_s)
                                     .split(u' ', Qt::SkipEmptyParts);
         SceneDesk desk;
         const auto *panel = desk.find<QWidget>("properties");
-        for (const auto &[kind, own] : { std::pair { LayerKind::Camera, u" cover"_s },
+        for (const auto &[kind, own] : { std::pair { LayerKind::Camera, u" cover layerCamera"_s },
                  { LayerKind::Image, u" cover changeImage"_s },
                  { LayerKind::Text, u" layerText"_s + style },
                  { LayerKind::Video, u" cover sound restartVideo"_s },

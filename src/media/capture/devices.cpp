@@ -110,11 +110,12 @@ CaptureDevice describeDevice(GstDevice *device)
     described.kind = g_str_has_prefix(deviceClass.get(), "Video/Source") != FALSE
         ? DeviceKind::Video
         : DeviceKind::Audio;
+    described.marks = marksOf(device, properties.get(), described.name);
     described.identity = QStringList { QString::fromUtf8(deviceClass.get()),
         described.name,
-        firstText(device, properties.get(), persistentKeys) }
+        firstText(device, properties.get(), persistentKeys),
+        described.marks.serial } // another one in the same port is another device
                              .join(QLatin1Char('\n'));
-    described.marks = marksOf(device, properties.get(), described.name);
     described.place = firstText(device, properties.get(), placeKeys);
     described.device = DeviceRef::retain(device);
     if (described.kind == DeviceKind::Video) {

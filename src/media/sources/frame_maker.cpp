@@ -35,7 +35,11 @@ void setCaps(FrameWork &work, GstCaps *caps)
 {
     GstVideoInfo info;
     work.caps = CapsRef::retain(caps);
-    const bool isKnown = gst_video_info_from_caps(&info, caps) != FALSE && convertsToRgba(info);
+    const bool isPlain = gst_caps_features_is_equal(gst_caps_get_features(caps, 0),
+                             GST_CAPS_FEATURES_MEMORY_SYSTEM_MEMORY)
+        != FALSE; // else a decoder's own memory, which is not to be read here
+    const bool isKnown
+        = isPlain && gst_video_info_from_caps(&info, caps) != FALSE && convertsToRgba(info);
     work.known = isKnown ? std::optional(info) : std::nullopt;
 }
 
@@ -172,10 +176,14 @@ void finalize(GObject *object)
     G_OBJECT_CLASS(frame_maker_parent_class)->finalize(object);
 }
 
-GstStaticPadTemplate sinkTemplate
-    = GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS("video/x-raw"));
-GstStaticPadTemplate srcTemplate
-    = GST_STATIC_PAD_TEMPLATE("src", GST_PAD_SRC, GST_PAD_ALWAYS, GST_STATIC_CAPS("video/x-raw"));
+GstStaticPadTemplate sinkTemplate = GST_STATIC_PAD_TEMPLATE("sink",
+    GST_PAD_SINK,
+    GST_PAD_ALWAYS,
+    GST_STATIC_CAPS("video/x-raw; video/x-raw(ANY)"));
+GstStaticPadTemplate srcTemplate = GST_STATIC_PAD_TEMPLATE("src",
+    GST_PAD_SRC,
+    GST_PAD_ALWAYS,
+    GST_STATIC_CAPS("video/x-raw; video/x-raw(ANY)"));
 
 void frame_maker_init(FrameMaker *maker)
 {

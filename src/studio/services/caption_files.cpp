@@ -39,11 +39,15 @@ private:
             path = RecordingDesk::freePath(piece.path);
             bytes.prepend(piece.head.toUtf8());
         }
+        const qint64 before = QFileInfo(path).size();
         QFile file(path);
-        const bool written = file.open(QIODevice::WriteOnly | QIODevice::Append)
-            && file.write(bytes) == bytes.size() && file.flush();
-        if (!written && file.size() == 0) {
-            path.clear(); // its head is not there
+        const bool written
+            = file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)
+            && file.write(bytes) == bytes.size();
+        if (!written) { // no half of a cue stays, and no file without its head
+            file.close();
+            QFile::resize(path, before);
+            path = before == 0 ? QString() : path;
         }
         return written;
     }

@@ -1,7 +1,9 @@
 #include "studio/services/spoken_verses.h"
 
+#include "base/error.h"
 #include "bible/quotation.h"
 #include "bible/spoken_references.h"
+#include "studio/services/second_verse.h"
 #include "translation/service/languages.h"
 
 #include <algorithm>
@@ -13,6 +15,14 @@ namespace {
 
 const QString onAirSetting = QStringLiteral("spoken_verse_on_air");
 constexpr qsizetype keptLetters = 120; ///< of a phrase; no reference is longer
+
+/// What the operator prepares in another scene goes nowhere by itself.
+bool isPreviewOnAir(const Stage &stage)
+{
+    const ScenePtr &air
+        = stage.document.editingHall() ? stage.program.hall() : stage.program.streams();
+    return air && air->id == stage.document.currentScene()->id;
+}
 
 } // namespace
 
@@ -66,6 +76,10 @@ void SpokenVerses::hear(const QString &text, bool isGrowing)
 
 void SpokenVerses::offer(const bible::Passage &passage, bool isGrowing)
 {
+    const bible::Bible *own = bibleOf(m_surroundings.bibles.language());
+    if (!m_ready.isFinished() || own == nullptr || bible::passageText(*own, passage).isEmpty()) {
+        return; // what the Bible does not have is never offered
+    }
     if (!isGrowing) {
         announce(passage);
     }
@@ -75,11 +89,20 @@ void SpokenVerses::offer(const bible::Passage &passage, bool isGrowing)
         m_lastOfferMs = nowMs();
         m_offered = bible::label(passage, m_surroundings.bibles.language());
         m_isPrepared = false;
+        m_prepared.reset();
         Q_EMIT changed();
     }
     if (m_goesOnAir && !isGrowing && !m_isPrepared && !m_offered.isEmpty()) {
-        prepare();
-        takeOnAir();
+        if (!isPreviewOnAir(m_surroundings.stage)) {
+            Q_EMIT said("El versículo espera: en PREVIEW no está la escena que está al aire.");
+            return;
+        }
+        try {
+            prepare();
+            takeOnAir();
+        } catch (const std::exception &error) {
+            Q_EMIT said(errorMessage(error));
+        }
     }
 }
 
@@ -103,9 +126,9 @@ std::optional<LayerId> SpokenVerses::prepare()
         return std::nullopt;
     }
     const LayerId layer = m_surroundings.verses.quickVerseLayer();
+    m_surroundings.bibles.lookUp(layer, m_offered);
     m_prepared = layer;
     m_isPrepared = true;
-    m_surroundings.bibles.lookUp(layer, m_offered);
     Q_EMIT changed();
     return layer;
 }
@@ -113,7 +136,8 @@ std::optional<LayerId> SpokenVerses::prepare()
 void SpokenVerses::takeOnAir()
 {
     const Scene &preview = *m_surroundings.stage.document.currentScene();
-    if (!m_prepared || findLayer(preview, *m_prepared) == nullptr) {
+    const Layer *layer = m_prepared ? findLayer(preview, *m_prepared) : nullptr;
+    if (layer == nullptr || passageOf(layer->reference) != m_lastOffer) {
         Q_EMIT said("Ningún versículo dicho está en PREVIEW: primero F3.");
         return;
     }
@@ -126,6 +150,7 @@ void SpokenVerses::takeOnAir()
 
 void SpokenVerses::dismiss()
 {
+    m_prepared.reset();
     m_offered.clear();
     m_isPrepared = false;
     Q_EMIT changed();
@@ -158,7 +183,10 @@ QString SpokenVerses::captionFor(const QString &original, const QString &transla
         if (const auto verses = bible::versesRead(original, *source, each.passage);
             !verses.isEmpty()) {
             each.ms = nowMs();
-            return verseCaption(verses);
+            const bool isThere = std::none_of(verses.begin(), verses.end(), [&](const auto &verse) {
+                return bible::passageText(*target, verse).isEmpty();
+            });
+            return isThere ? verseCaption(verses) : translation;
         }
     }
     return translation;

@@ -90,9 +90,19 @@ void LayerCameras::poll(const std::vector<QString> &named)
 
 void LayerCameras::name(const std::vector<QString> &named)
 {
-    std::erase_if(m_entries, [&](const auto &entry) {
+    const auto isLeft = [&](const auto &entry) {
         return std::find(named.begin(), named.end(), entry->named) == named.end();
-    });
+    };
+    for (const auto &left : m_entries) {
+        const auto heir = std::find_if(m_entries.begin(), m_entries.end(), [&](const auto &entry) {
+            return !isLeft(entry) && !entry->isSettled() && isOpenedBy(*left, *entry);
+        });
+        if (isLeft(left) && heir != m_entries.end()) { // it names the same device
+            (*heir)->camera = std::move(left->camera);
+            (*heir)->opening = std::move(left->opening);
+        }
+    }
+    std::erase_if(m_entries, isLeft);
     for (const QString &each : named) {
         if (entryOf(each) == nullptr) {
             auto entry = std::make_unique<Entry>();
@@ -134,6 +144,11 @@ void LayerCameras::resolve(const std::vector<CaptureDevice> &present)
     std::vector<DeviceIdentity> wanted;
     for (const auto &entry : m_entries) {
         wanted.push_back(entry->identity);
+    }
+    for (std::size_t place = 0; place < present.size(); ++place) {
+        if (m_isHeld(present[place])) { // nobody else's, but for whoever names it for certain
+            wanted.push_back(rememberedAs(marksOf(present), place));
+        }
     }
     const auto found = matchDevices(wanted, marksOf(present));
     for (std::size_t at = 0; at < m_entries.size(); ++at) {

@@ -334,6 +334,7 @@ void PropertiesPanel::addPictureRows()
     });
     onRefresh([this](const Layer &layer) { m_cameras->showChoice(layer.uri); });
     addRow(camera, "Cámara que se muestra", m_cameras);
+    m_cameras->show(); // it was hidden while it stood nowhere
     addRow(camera, makeLiveNote([](const Layer &layer) {
         return layer.uri.isEmpty()
             ? label("Muestra la cámara conectada en \"Fuentes y pantallas\".")

@@ -42,7 +42,7 @@ private Q_SLOTS:
         for (const std::size_t attempts : { 1U, 2U }) {
             QTRY_VERIFY(opening->camera()
                 && opening->camera()->startOutcome() == PipelineStart::Outcome::Accepted);
-            for (const std::int64_t us : { 3'200'000, 3'000'000 }) { // its answer took long, too
+            for (const std::int64_t us : { 900'000, 3'000'000 }) { // its answer took time, too
                 m_clock.advanceUs(us);
                 QCOMPARE(opening->poll(), State::Underway);
                 QCOMPARE(m_asked.size(), attempts);
@@ -75,6 +75,8 @@ private Q_SLOTS:
         m_asked.clear();
         m_refuses = true; // it is gone by then
         opening = open("appsrc is-live=true", { mode(640), mode(64) });
+        QTRY_COMPARE(opening->camera()->startOutcome(), PipelineStart::Outcome::Accepted);
+        QCOMPARE(opening->poll(), State::Underway);
         m_clock.advanceUs(3'000'001);
         QVERIFY(run(*opening, State::Failed));
         QCOMPARE(opening->reason(), Message("Falta"));

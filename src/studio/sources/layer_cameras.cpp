@@ -252,12 +252,13 @@ bool LayerCameras::takeOver(const CaptureDevice &device, const MediaPtr &camera)
 
 std::weak_ptr<const void> LayerCameras::release(const CaptureDevice &device)
 {
+    const CaptureDevice released = device; // it may be an entry's own
     std::weak_ptr<const void> leaving;
     for (const auto &entry : m_entries) {
-        if (entry->device && isSame(*entry->device, device) && entry->isSettled()) {
+        if (entry->device && isSame(*entry->device, released) && entry->isSettled()) {
             drop(*entry);
             leaving = entry->leaving;
-            entry->device = device; // it is in other hands now
+            entry->device = released; // it is in other hands now
         }
     }
     return leaving;

@@ -177,10 +177,7 @@ private Q_SLOTS:
             choice.mode = std::move(mode);
             desk.statuses.clear();
             desk.studio.devices().connectSources(choice);
-            const bool isOpen = desk.pollUntil([&] { // a mode has 3 s of the clock for a picture
-                return desk.statuses.contains(QString::fromUtf8(opened));
-            });
-            return isOpen ? desk.studio.sources().camera() : nullptr;
+            return desk.isTold(opened) ? desk.studio.sources().camera() : nullptr;
         };
         const MediaPtr best = connected({});
         QVERIFY(best && best->label().contains(u"width=(int)640, height=(int)360"));

@@ -207,9 +207,10 @@ void Document::setPassages(std::vector<KeptPassage> passages)
 
 void Document::setVerseStyle(std::optional<Layer> style)
 {
-    if (std::exchange(m_project.verseStyle, style) == style) {
+    if (m_project.verseStyle == style) {
         return;
     }
+    m_project.verseStyle = std::move(style);
     Change change;
     change.settings = true;
     tell(change);

@@ -27,7 +27,7 @@ constexpr std::size_t delayStages = 5;
 class DelayMeter {
 public:
     static constexpr std::int64_t windowMs = 5LL * 60 * 1000; ///< what the figures tell of
-    static constexpr std::int64_t lateMs = 60 * 1000; ///< is held against it
+    static constexpr std::int64_t lateMs = 60'000; ///< is held against it
     static constexpr qsizetype curvePoints = 30; ///< of ten seconds each
 
     struct Figures {

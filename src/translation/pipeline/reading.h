@@ -21,7 +21,7 @@ public:
     static constexpr std::int32_t hurriedPace = 20;
     static constexpr std::int64_t hurryAboveMs = 6000; ///< of backlog
     static constexpr std::int64_t calmBelowMs = 2000;
-    static constexpr std::int64_t calmAfterMs = 30 * 1000; ///< of so little backlog
+    static constexpr std::int64_t calmAfterMs = 30'000; ///< of so little backlog
 
     /// A phrase that is to be read behind all others; what was not spoken is left out. Returns
     /// whether there is anything to be read.

@@ -14,8 +14,6 @@ namespace nimbara {
 
 namespace {
 
-using nimbara_i18n::tr;
-
 void show(QComboBox *list, int entry)
 {
     const QSignalBlocker blocker(list);
@@ -26,7 +24,7 @@ void show(QComboBox *list, int entry)
 
 VerseRows::VerseRows(QFormLayout &form, QObject *parent)
     : QObject(parent)
-    , m_second(named(new QComboBox, "secondBible", tr("Segunda Biblia")))
+    , m_second(named(new QComboBox, "secondBible", nimbara_i18n::tr("Segunda Biblia")))
     , m_arrangement(makeChoice({ "Una sobre otra", "Lado a lado", "Versículos alternados" },
           "arrangement",
           "Disposición",
@@ -45,8 +43,8 @@ VerseRows::VerseRows(QFormLayout &form, QObject *parent)
           LayerField::ReferencePlace))
 {
     addSecond(form);
-    form.addRow(tr("Números de versículo"), m_numbers);
-    form.addRow(tr("Lugar de la cita"), m_reference);
+    form.addRow(nimbara_i18n::tr("Números de versículo"), m_numbers);
+    form.addRow(nimbara_i18n::tr("Lugar de la cita"), m_reference);
     auto *keep = makeButton("Usar este estilo en los versículos nuevos", "keepVerseStyle");
     connect(keep, &QPushButton::clicked, this, &VerseRows::styleKept);
     form.addRow(keep);
@@ -55,15 +53,15 @@ VerseRows::VerseRows(QFormLayout &form, QObject *parent)
 void VerseRows::addSecond(QFormLayout &form)
 {
     // The built-in ones, by their own names.
-    m_second->addItem(tr("Ninguna"), QString());
+    m_second->addItem(nimbara_i18n::tr("Ninguna"), QString());
     m_second->addItem(QStringLiteral("Reina-Valera 1909"), QStringLiteral("RV1909"));
     m_second->addItem(QStringLiteral("King James Version"), QStringLiteral("KJV"));
     connect(m_second, &QComboBox::activated, this, [this](int entry) {
         Q_EMIT secondWanted(m_second->itemData(entry).toString());
     });
-    form.addRow(tr("Segunda Biblia"), m_second);
-    form.addRow(tr("Disposición"), m_arrangement);
-    form.addRow(tr("Biblias que se muestran"), m_shows);
+    form.addRow(nimbara_i18n::tr("Segunda Biblia"), m_second);
+    form.addRow(nimbara_i18n::tr("Disposición"), m_arrangement);
+    form.addRow(nimbara_i18n::tr("Biblias que se muestran"), m_shows);
 }
 
 QComboBox *VerseRows::makeChoice(std::initializer_list<const char *> entries,

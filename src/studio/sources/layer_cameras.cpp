@@ -252,7 +252,8 @@ bool LayerCameras::takeOver(const CaptureDevice &device, const MediaPtr &camera)
 
 std::weak_ptr<const void> LayerCameras::release(const CaptureDevice &device)
 {
-    const CaptureDevice released = device; // it may be an entry's own
+    // It may be an entry's own, which is reset on the way.
+    const CaptureDevice released = device; // NOLINT(performance-unnecessary-copy-initialization)
     std::weak_ptr<const void> leaving;
     for (const auto &entry : m_entries) {
         if (entry->device && isSame(*entry->device, released) && entry->isSettled()) {

@@ -84,7 +84,12 @@ private Q_SLOTS:
         // The hall's box is small: its pages set the pace, and the other one has their beginnings.
         QVERIFY(hall.text.size() < streams.text.size());
         QVERIFY2(streams.text.contains(hall.text.left(12)), qPrintable(streams.text));
-        QVERIFY(desk.statuses.last().startsWith(desk.label(streams) + u" · página "_s));
+        QCOMPARE(findLayer(desk.studio.document().scenes(), desk.hall)->page, 3);
+        const Layer &lead = *findLayer(desk.studio.document().scenes(), desk.streams);
+        QCOMPARE(desk.statuses.last(),
+            desk.label(streams)
+                + u" · página %1 de %2"_s.arg(lead.page + 1)
+                      .arg(pagesOf(lead, landscapeSize).pages.size()));
 
         desk.studio.document().undo(); // a run of pages is one step, and never reaches the air
         QCOMPARE(findLayer(desk.studio.document().scenes(), desk.streams)->page, 0);

@@ -22,7 +22,6 @@ constexpr const char *key = "sk-llave-que-nadie-ve";
 /// The live translation in the real window, with the API played by a server of this machine.
 class TranslationControlsTest : public QObject {
     Q_OBJECT
-    bool m_logged = false;
     ApiPeer m_peer;
     SystemClock m_clock;
 
@@ -44,10 +43,11 @@ private Q_SLOTS:
     }
     void cleanup()
     {
-        m_logged = m_logged || !logText().isEmpty(); // not every case has anything to log
+        const bool isSilent // it has nothing to log
+            = qstrcmp(QTest::currentTestFunction(), "theGlossaryIsEditedInItsTable") == 0;
+        QVERIFY(isSilent || !logText().isEmpty());
         QVERIFY2(!logText().contains(QLatin1String(key)), "the key is in the log");
     }
-    void cleanupTestCase() { QVERIFY(m_logged); }
 
     /// Heard, shown and spoken; nothing is sent before the start or after the pause.
     void aSpokenPhraseIsShownAndSpoken()

@@ -197,9 +197,10 @@ void Document::setTitle(const QString &title)
 void Document::setPassages(std::vector<KeptPassage> passages)
 {
     passages.resize(std::min(passages.size(), Project::maxPassages));
-    if (std::exchange(m_project.passages, passages) == passages) {
+    if (m_project.passages == passages) {
         return;
     }
+    m_project.passages = std::move(passages);
     Change change;
     change.settings = true;
     tell(change);

@@ -141,16 +141,17 @@ void LayerCameras::search()
 
 void LayerCameras::resolve(const std::vector<CaptureDevice> &present)
 {
+    const std::vector<DeviceIdentity> marks = marksOf(present);
     std::vector<DeviceIdentity> wanted;
     for (const auto &entry : m_entries) {
         wanted.push_back(entry->identity);
     }
     for (std::size_t place = 0; place < present.size(); ++place) {
         if (m_isHeld(present[place])) { // nobody else's, but for whoever names it for certain
-            wanted.push_back(rememberedAs(marksOf(present), place));
+            wanted.push_back(rememberedAs(marks, place));
         }
     }
-    const auto found = matchDevices(wanted, marksOf(present));
+    const auto found = matchDevices(wanted, marks);
     for (std::size_t at = 0; at < m_entries.size(); ++at) {
         Entry &entry = *m_entries[at];
         if (entry.isSettled()) {

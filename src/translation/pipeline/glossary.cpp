@@ -64,6 +64,13 @@ bool contains(const QString &text, const QString &term)
     return findTerm(text, term).isFound();
 }
 
+/// Cheap, for glossaries of hundreds of terms: without its letters in a row a text has no term.
+/// `letters`: of the text.
+bool mayHave(const QString &letters, const QString &term)
+{
+    return letters.contains(lettersOf(term));
+}
+
 bool isCapital(const QString &text)
 {
     return !text.isEmpty() && text.front().isUpper();
@@ -199,9 +206,10 @@ QString Glossary::prompt() const
 
 QString Glossary::toldFor(const QString &text) const
 {
+    const QString letters = lettersOf(text);
     QStringList told;
     for (const Pair &pair : m_pairs) {
-        if (told.size() < maxTold && contains(text, pair.from)) {
+        if (told.size() < maxTold && mayHave(letters, pair.from) && contains(text, pair.from)) {
             told.append(pair.from + QStringLiteral(" → ") + pair.to);
         }
     }
@@ -211,11 +219,15 @@ QString Glossary::toldFor(const QString &text) const
 QString Glossary::mended(const QString &transcript) const
 {
     QString text = transcript;
+    QString letters = lettersOf(text);
     for (const Pair &pair : m_pairs) {
-        text = respelled(text, pair.from);
+        if (mayHave(letters, pair.from)) {
+            text = respelled(text, pair.from);
+        }
         if (const Place near = findNear(text, pair.from, m_known);
             near.isFound() && !contains(text, pair.from)) {
             text = replaced(text, near, pair.from);
+            letters = lettersOf(text);
         }
     }
     return text;
@@ -223,9 +235,10 @@ QString Glossary::mended(const QString &transcript) const
 
 QString Glossary::held(const QString &original, const QString &translation) const
 {
+    const QString letters = lettersOf(original);
     QString text = translation;
     for (const Pair &pair : m_pairs) {
-        if (!contains(original, pair.from)) {
+        if (!mayHave(letters, pair.from) || !contains(original, pair.from)) {
             continue;
         }
         text = respelled(text, pair.to);

@@ -114,12 +114,12 @@ void OnAirView::followOutputs()
         parts << QStringLiteral("■ ")
                 + nimbara_i18n::tr(recordings.isPaused() ? "GRABACIÓN EN PAUSA" : "GRABANDO");
     }
-    const QString title = nimbara_i18n::tr("Vesperline · Ardenvale") + QStringLiteral("[*]");
     const QString outputs = parts.join(QStringLiteral(" · "));
     if (outputs == m_outputs && !m_window.windowTitle().isEmpty()) {
         return; // on every frame
     }
     m_outputs = outputs;
+    const QString title = nimbara_i18n::tr("Vesperline · Ardenvale") + QStringLiteral("[*]");
     m_window.setWindowTitle(outputs.isEmpty() ? title : outputs + QStringLiteral(" — ") + title);
     m_window.setWindowIcon(programIcon(streaming > 0, recordings.isActive()));
 }

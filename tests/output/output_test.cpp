@@ -245,13 +245,13 @@ private Q_SLOTS:
             Outputs outputs(std::make_shared<Retirement>());
             Recording &recording = outputs.recording();
             ProgramFeed feed(small);
+            const auto push = [&] {
+                const Tick tick = feed.next();
+                return !outputs.push(tick.frame, tick.block, tick.tNs).recording;
+            };
             const auto run = [&](int ticks) {
                 for (int i = 0; i < ticks; ++i) {
-                    const auto push = [&](const Tick &tick) {
-                        return outputs.push(tick.frame, tick.block, tick.tNs).recording;
-                    };
-                    QVERIFY(!push(feed.next()));
-                    QVERIFY(feed.wait());
+                    QVERIFY(push() && feed.wait());
                 }
             };
             const auto file
@@ -260,6 +260,7 @@ private Q_SLOTS:
             QTRY_VERIFY(recording.ready());
             for (int part = 2; part <= 3; ++part) {
                 run(40);
+                QVERIFY(push() && push() && push()); // pictures wait, their sound has gone on
                 QVERIFY(recording.canStartPart());
                 recording.startPart(file(part));
                 QVERIFY(!recording.canStartPart()); // before the key frame has come

@@ -60,7 +60,8 @@ Probe probe(const QString &path)
 
 QByteArray decodeErrors(const QString &path)
 {
-    const auto command = u"ffmpeg -nostdin -v error -xerror -i %1 -f null -"_s;
+    // With the file's own time base: whole frame times would make two of the file's ms one.
+    const auto command = u"ffmpeg -nostdin -v error -xerror -i %1 -enc_time_base -1 -f null -"_s;
     return run(command.split(u' '), path, QProcess::StandardError);
 }
 

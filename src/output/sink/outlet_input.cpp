@@ -17,6 +17,12 @@ GstAppSrc *appSource(const ElementRef &source)
     return GST_APP_SRC_CAST(source.get());
 }
 
+/// What an outlet that begins with this key frame calls 0.
+std::uint64_t baseAt(const EncodedUnit &key)
+{
+    return key.time - std::min(key.time, key.lead);
+}
+
 } // namespace
 
 OutletInput::OutletInput(ElementRef video, ElementRef audio, std::uint64_t patienceNs)
@@ -50,7 +56,7 @@ void OutletInput::takePicture(const EncodedUnit &unit)
     if (m_waitsForOther) {
         return;
     }
-    if (m_next && unit.isKey && m_base) {
+    if (m_next && unit.isKey && m_base && m_lastSound < baseAt(unit)) {
         handOver(unit);
         return;
     }
@@ -58,7 +64,7 @@ void OutletInput::takePicture(const EncodedUnit &unit)
         if (!unit.isKey) {
             return;
         }
-        m_base = unit.time - std::min(unit.time, unit.lead);
+        m_base = baseAt(unit);
         for (const EncodedUnit &sound : std::exchange(m_early, {})) {
             takeSound(sound);
         }
@@ -76,7 +82,7 @@ void OutletInput::takePicture(const EncodedUnit &unit)
 /// The sound that was held belongs to the two by its time.
 void OutletInput::handOver(const EncodedUnit &key)
 {
-    const std::uint64_t base = key.time - std::min(key.time, key.lead);
+    const std::uint64_t base = baseAt(key);
     const auto later = [base](const EncodedUnit &unit) { return unit.time >= base; };
     const auto first = std::find_if(m_held.begin(), m_held.end(), later);
     std::for_each(m_held.begin(), first, [this](const EncodedUnit &unit) {
@@ -149,6 +155,7 @@ void OutletInput::takeSound(const EncodedUnit &unit)
     if (m_base) {
         if (unit.time >= *m_base) {
             forward(m_audio, unit);
+            m_lastSound = unit.time;
         }
         return;
     }

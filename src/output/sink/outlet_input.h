@@ -45,8 +45,9 @@ public:
 
     /// Nothing is taken before another one hands over. Call before this becomes a tap.
     void waitForOther();
-    /// With the next key frame the tracks end here and go on in `next`, which waits for it and is a
-    /// tap of the same encoder: no picture and no sound is missing or doubled between the two.
+    /// With the next key frame whose sound has not come yet the tracks end here and go on in `next`,
+    /// which waits for it and is a tap of the same encoder: no picture and no sound is missing or
+    /// doubled between the two.
     void handOverTo(const std::shared_ptr<OutletInput> &next);
 
     /// There will be no next one; all goes on here.
@@ -80,6 +81,7 @@ private:
     const std::uint64_t m_patienceNs;
     std::optional<std::uint64_t> m_base; ///< ns on the encoder's time line; none: no key frame yet
     std::deque<EncodedUnit> m_early; ///< sound of the last second before the first key frame
+    std::optional<std::uint64_t> m_lastSound; ///< that was forwarded; ns on the encoder's time line
     std::optional<std::uint64_t> m_end; ///< ns on the encoder's time line
     bool m_behind = false; ///< until the next key frame
     bool m_waitsForOther = false; ///< for the one before to hand over

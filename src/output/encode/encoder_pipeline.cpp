@@ -17,22 +17,27 @@ namespace {
 constexpr std::int32_t maxSide = 4096;
 constexpr std::int32_t minBitrate = 500'000;
 constexpr std::int32_t maxBitrate = 20'000'000;
-constexpr guint64 inputMaxTime = 500'000'000; // ns
+
+/// What waits for an encoder. Sound is small, and what was let go of it is heard.
+struct Patience {
+    guint64 buffers; ///< at most; a tick gives one
+    guint64 ns;
+};
+constexpr Patience picturePatience { 5, 500'000'000 };
+constexpr Patience soundPatience { 120, 4'000'000'000 };
 
 /// When the input is full the oldest data goes: pushing never waits.
-GstElement *makeLeakyInput(const PipelineParts &parts,
-    const char *name,
-    const CapsRef &caps,
-    guint64 maxBuffers)
+GstElement *
+makeLeakyInput(const PipelineParts &parts, const char *name, const CapsRef &caps, Patience patience)
 {
     GstElement *source = parts.makeInput(name);
     g_object_set(source,
         "caps",
         caps.get(),
         "max-buffers",
-        maxBuffers,
+        patience.buffers,
         "max-time",
-        inputMaxTime,
+        patience.ns,
         "leaky-type",
         GST_APP_LEAKY_TYPE_DOWNSTREAM,
         nullptr);
@@ -84,7 +89,8 @@ void makeVideo(const PipelineParts &parts,
     const bool isH264 = profile.codecs == Codecs::H264Aac;
     const EncoderChoice &choice = firstAvailable(videoEncoders(isH264));
     const GstVideoFormat format = gst_video_format_from_string(choice.inputFormat);
-    GstElement *source = makeLeakyInput(parts, "pictures", pictureCaps(profile, format), 5);
+    GstElement *source
+        = makeLeakyInput(parts, "pictures", pictureCaps(profile, format), picturePatience);
     convertFrames(source, format, converter);
     GstElement *breath = makeBreath(parts, isH264 ? "h264" : "vp8");
     GstElement *encoder = parts.make(choice.factory);
@@ -108,8 +114,10 @@ void makeVideo(const PipelineParts &parts,
 void makeAudio(const PipelineParts &parts, const EncoderProfile &profile, EncoderPipeline &built)
 {
     const bool isAac = profile.codecs == Codecs::H264Aac;
-    GstElement *source
-        = makeLeakyInput(parts, isAac ? "aac" : "vorbis", gst_build::audioBlockCaps(), 32);
+    GstElement *source = makeLeakyInput(parts,
+        isAac ? "aac" : "vorbis",
+        gst_build::audioBlockCaps(),
+        soundPatience);
     keepSoundWhole(source);
     const EncoderChoice &choice = firstAvailable(audioEncoders(isAac));
     GstElement *convert = parts.make("audioconvert");

@@ -245,7 +245,11 @@ private Q_SLOTS:
         }
         QTRY_VERIFY((push(feed), settled()));
         // What Qt and GLib keep for later use does not grow with the number of starts.
-        QTRY_VERIFY(held("task") <= threads + 4 && held("fd") <= files + 6);
+        QTRY_VERIFY2(held("task") <= threads + 4 && held("fd") <= files + 6,
+            qPrintable(u"%1 threads, %2 before; %3 files, %4 before"_s.arg(held("task"))
+                           .arg(threads)
+                           .arg(held("fd"))
+                           .arg(files)));
         QVERIFY(m_outputs->destination(0).running());
         const QDir received(QFileInfo(through).path());
         QVERIFY(received.entryList({ u"*-again-*"_s }).size() > 3);

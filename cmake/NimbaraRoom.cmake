@@ -17,15 +17,27 @@ if(NIMBARA_SANITIZE)
   target_link_options(nimbara_options INTERFACE -fsanitize=${NIMBARA_SANITIZE})
 endif()
 
-# nimbara_room(<name> SOURCES <file>... LINKS <target>...)
+# What the sanitizers look for is in the product. The tests call it; a compiler that makes them fast
+# takes twice as long.
+set(nimbara_test_options)
+if(NIMBARA_SANITIZE)
+  set(nimbara_test_options -O0)
+endif()
+
+# nimbara_room(<name> SOURCES <file>... LINKS <target>... [HEADERS core|widgets])
 #
 # One static library per folder under src/: target nimbara_<name>. LINKS names the floors below that
 # the room may use; scripts/check holds the includes against the same order.
 function(nimbara_room name)
-  cmake_parse_arguments(ROOM "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(ROOM "" "HEADERS" "SOURCES;LINKS" ${ARGN})
   add_library(nimbara_${name} STATIC ${ROOM_SOURCES})
   target_include_directories(nimbara_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(nimbara_${name} PUBLIC ${ROOM_LINKS} PRIVATE nimbara_options)
+  if(ROOM_HEADERS)
+    nimbara_use_headers(nimbara_${name} ${ROOM_HEADERS})
+  else()
+    nimbara_use_headers(nimbara_${name} core)
+  endif()
 endfunction()
 
 # nimbara_test(<name> [APP core|gui|widgets] SOURCES <file>... LINKS <target>... [TIMEOUT <s>]
@@ -46,6 +58,12 @@ function(nimbara_test name)
   add_executable(${target} ${PROJECT_SOURCE_DIR}/tests/support/test_main.cpp ${TEST_SOURCES})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${target} PRIVATE nimbara_options nimbara_test_support Qt6::Test ${TEST_LINKS})
+  target_compile_options(${target} PRIVATE ${nimbara_test_options})
+  if(TEST_APP STREQUAL "widgets")
+    nimbara_use_headers(${target} test_widgets)
+  else()
+    nimbara_use_headers(${target} test)
+  endif()
   if(TEST_APP STREQUAL "widgets")
     target_compile_definitions(${target} PRIVATE NIMBARA_TEST_WIDGETS)
     target_link_libraries(${target} PRIVATE Qt6::Widgets)

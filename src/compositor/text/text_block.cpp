@@ -6,7 +6,6 @@ namespace nimbara {
 
 namespace {
 
-const QColor shadowColor(0, 0, 0, 200);
 const QColor bandColor(12, 48, 88, 235);
 constexpr double dimmedAlpha = 0.55; ///< of the phrases before the newest
 constexpr double numberAlpha = 0.75; ///< of raised numbers
@@ -41,9 +40,9 @@ std::vector<TextPass> passes(const Layer &layer, std::int32_t frameHeight, const
         const double d = std::max(frameHeight * layer.size / 19440, 2);
         for (const QPointF offset :
             { QPointF(d, d), QPointF(-d, d), QPointF(d, -d), QPointF(-d, -d) }) {
-            list.push_back({ offset, shadowColor });
+            list.push_back({ offset, outlineColor });
         }
-        list.push_back({ QPointF(0, 1.5 * d), shadowColor });
+        list.push_back({ QPointF(0, 1.5 * d), outlineColor });
     }
     list.push_back({ QPointF(), color });
     return list;
@@ -190,7 +189,7 @@ TextBlock automaticCaption(const QString &caption, FrameSize canvas)
         { { caption.left(maxAutomaticCaption),
             area,
             align::horizontalCentre | align::verticalCentre,
-            { { QPointF(4, 4), shadowColor }, { QPointF(), Qt::white } },
+            { { QPointF(4, 4), outlineColor }, { QPointF(), Qt::white } },
             false } } };
 }
 

@@ -16,6 +16,9 @@
 
 namespace nimbara {
 
+/// What outlines and shadows of texts are drawn in.
+inline const QColor outlineColor(0, 0, 0, 200);
+
 /// One drawing of a text: its area moved, in one colour.
 struct TextPass {
     QPointF offset;

@@ -226,6 +226,7 @@ Pictures Studio::composePictures(std::int64_t now)
         m_pictures.streams(m_stage, m_onAir.streams, camera),
         m_pictures.hall(m_stage, m_onAir.hall, camera) };
     m_diagnostics.observe(m_stage, m_sources, pictures.preview);
+    m_legibility.look(now, prepared.scene, pictures.preview, *m_stage.pager);
     pictures.streams = m_stage.program.fade(pictures.streams, now);
     return pictures;
 }

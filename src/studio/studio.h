@@ -12,6 +12,7 @@
 #include "studio/outputs/stream_desk.h"
 #include "studio/outputs/wake_lock.h"
 #include "studio/programs/diagnostics.h"
+#include "studio/programs/legibility_watch.h"
 #include "studio/programs/program_audio_desk.h"
 #include "studio/programs/program_control.h"
 #include "studio/programs/program_pictures.h"
@@ -84,6 +85,8 @@ public:
     [[nodiscard]] RecordingDesk &recordings() { return m_recordings; }
     /// How the outputs and the machine are.
     [[nodiscard]] const ServiceHealth &health() const { return m_health; }
+    /// How the texts in PREVIEW can be read.
+    [[nodiscard]] const LegibilityWatch &legibility() const { return m_legibility; }
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
@@ -146,6 +149,7 @@ private:
     Stage m_stage;
     OnAir m_onAir;
     ProgramPictures m_pictures;
+    LegibilityWatch m_legibility;
     Sources m_sources;
     AudioInput m_audio;
     DeviceConnection m_devices;

@@ -107,6 +107,39 @@ private Q_SLOTS:
         desk.list()->dropCurrent({ 10, desk.list()->height() - 2 }); // below all entries
         QCOMPARE(desk.names(), u"cab"_s);
     }
+
+    /// Seen on PREVIEW's picture, in the background; one step of undo.
+    void whatIsHardToReadIsMarkedAndMended()
+    {
+        LayerDesk desk;
+        Layer wall = newLayer(LayerKind::Color);
+        wall.fill = Qt::white;
+        Layer words = newLayer(LayerKind::Text);
+        words.text = u"Dios es amor"_s;
+        words.background = QColor(0, 0, 0, 0);
+        words.shadow = false;
+        Layer small = words;
+        small.id = LayerId::make();
+        small.color = Qt::black;
+        small.size = 20;
+        desk.setLayers({ wall, words, small });
+        desk.select(1);
+        const auto isMarked
+            = [&](int row) { return desk.list()->item(row)->text().contains(u"cuesta leerlo"_s); };
+        auto *mend = desk.find<QPushButton>("makeLegible");
+        QTRY_VERIFY(isMarked(0) && isMarked(1) && mend->isVisibleTo(&desk.window));
+        QVERIFY(!isMarked(2));
+        QVERIFY(desk.list()->item(1)->toolTip().contains(u"contraste 1.0 : 1"_s));
+        mend->click();
+        QVERIFY(desk.layers()[1].shadow);
+        QTRY_VERIFY(!isMarked(1) && !mend->isVisibleTo(&desk.window));
+        QVERIFY(isMarked(0)); // its letters stay small
+        desk.select(2);
+        QVERIFY(!mend->isVisibleTo(&desk.window)); // a box would not help
+        desk.press("undo");
+        QVERIFY(!desk.layers()[1].shadow);
+        QTRY_VERIFY(isMarked(1));
+    }
 };
 
 NIMBARA_TEST(LayerActionsTest)

@@ -141,13 +141,20 @@ void PropertiesPanel::editName()
 
 void PropertiesPanel::showWaiting(LayerId layer, bool waiting)
 {
-    if (layer != m_shown || m_waiting == nullptr || m_waiting->isHidden() != waiting) {
+    if (layer == m_shown && m_waiting != nullptr) {
+        showInPlace(m_waiting, waiting);
+    }
+}
+
+void PropertiesPanel::showInPlace(QWidget *note, bool shown)
+{
+    if (note->isHidden() != shown) {
         return;
     }
     const QWidget *typedIn = isTyping() ? QApplication::focusWidget() : nullptr;
     const auto place = [&] { return typedIn == nullptr ? 0 : typedIn->mapTo(this, QPoint()).y(); };
     const int before = place();
-    m_waiting->setVisible(waiting);
+    note->setVisible(shown);
     // What comes or goes above the operator's hands does not move what is under them.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     verticalScrollBar()->setValue(verticalScrollBar()->value() + place() - before);
@@ -188,6 +195,7 @@ void PropertiesPanel::buildRows()
     addCommonRows();
     addColumn();
     addVerseRows();
+    addTroubleNote();
     addTextRows();
     addStyleRows();
     addPictureRows();

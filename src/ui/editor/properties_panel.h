@@ -30,6 +30,10 @@ public:
 
     /// The layer as it is now, asked anew at each use; none when it is gone. Never empty.
     std::function<const Layer *(LayerId)> layerOf = [](LayerId) { return nullptr; };
+    /// What is amiss with the layer's text, for the operator, asked at each `refresh`; and whether
+    /// outline or box would mend it. Never empty.
+    std::function<QString(LayerId)> troubleOf = [](LayerId) { return QString(); };
+    std::function<bool(LayerId)> canMend = [](LayerId) { return false; };
 
     /// Shows the layer, or that none is selected.
     void showLayer(const Layer *layer);
@@ -64,6 +68,8 @@ Q_SIGNALS:
     /// The operator typed into a field that takes a reference.
     void verseTyped(nimbara::VerseField *field, const QString &text);
     void waitingWanted(nimbara::LayerId layer);
+    /// The layer's text shall be readable whatever is behind it.
+    void legibleWanted(nimbara::LayerId layer);
     /// Another second Bible for a verse: its identifier, empty for none.
     void secondBibleWanted(nimbara::LayerId layer, const QString &bible);
     /// New verses shall look as this one.
@@ -93,6 +99,8 @@ private:
     void addStyleRows();
     void addVerseRows();
     void addVerseLook();
+    void addTroubleNote();
+    void showInPlace(QWidget *note, bool shown);
     void addPictureRows();
     VerseField *makeReference();
     QWidget *makePosition();

@@ -192,6 +192,26 @@ void PropertiesPanel::addVerseRows()
     m_column->addWidget(m_waiting);
 }
 
+void PropertiesPanel::addTroubleNote()
+{
+    auto *note = named(new QWidget, "legibility");
+    auto *column = new QVBoxLayout(note);
+    column->setContentsMargins(0, 0, 0, 0);
+    auto *words = makeNote(QString());
+    column->addWidget(words);
+    auto *mend = makeButton("Hacer legible", "makeLegible");
+    connect(mend, &QPushButton::clicked, this, [this] { Q_EMIT legibleWanted(m_shown); });
+    column->addWidget(mend);
+    note->hide();
+    m_column->addWidget(note);
+    onRefresh([this, note, words, mend](const Layer &layer) {
+        const QString trouble = isText(layer.kind) ? troubleOf(layer.id) : QString();
+        words->setText(trouble);
+        mend->setVisible(canMend(layer.id));
+        showInPlace(note, !trouble.isEmpty());
+    });
+}
+
 void PropertiesPanel::addTextRows()
 {
     addRow(isOneOf<LayerKind::Subtitle>,

@@ -145,11 +145,25 @@ void SceneTab::connectList()
 void SceneTab::write(QListWidgetItem &item, const Layer &layer) const
 {
     const bool onAir = std::find(m_onAir.begin(), m_onAir.end(), layer.id) != m_onAir.end();
-    item.setText(onAir ? itemText(layer) + QStringLiteral("   ●  ") + nimbara_i18n::tr("AL AIRE")
-                       : itemText(layer));
+    const auto trouble = m_troubles.find(layer.id);
+    const bool isWell = trouble == m_troubles.end();
+    QString text = itemText(layer);
+    text += onAir ? QStringLiteral("   ●  ") + nimbara_i18n::tr("AL AIRE") : QString();
+    text += isWell ? QString() : QStringLiteral("   ▲  ") + nimbara_i18n::tr("cuesta leerlo");
+    item.setText(text);
+    item.setToolTip(
+        isWell ? nimbara_i18n::tr("Marca para mostrar, desmarca para ocultar") : trouble->second);
     item.setData(Qt::ForegroundRole, onAir ? QVariant(QColor(0xff, 0xa0, 0x98)) : QVariant());
     LayerList::setLayer(item, layer.id);
     item.setCheckState(layer.visible ? Qt::Checked : Qt::Unchecked);
+}
+
+void SceneTab::showTroubles(std::map<LayerId, QString> troubles, const Scene &scene)
+{
+    m_troubles = std::move(troubles);
+    for (const Layer &layer : scene.layers) {
+        showLayer(layer);
+    }
 }
 
 void SceneTab::showOnAir(std::vector<LayerId> layers, const Scene &scene)
@@ -171,7 +185,6 @@ void SceneTab::showLayers(const Scene &scene, LayerId selected)
     while (m_layers->count() < count) {
         auto *item = new QListWidgetItem(m_layers);
         item->setFlags((item->flags() | Qt::ItemIsUserCheckable) & ~Qt::ItemIsDropEnabled);
-        item->setToolTip(nimbara_i18n::tr("Marca para mostrar, desmarca para ocultar"));
     }
     int marked = -1;
     for (int row = 0; row < count; ++row) {

@@ -6,9 +6,11 @@
 #include "ui/editor/verse_field.h"
 #include "ui/kit/share_splitter.h"
 
+#include <QString>
 #include <QWidget>
 
 #include <cstdint>
+#include <map>
 #include <vector>
 
 class QMenu;
@@ -41,6 +43,8 @@ public:
     void showLayer(const Layer &layer);
     /// Marks the layers that others see now, also in the lists to come.
     void showOnAir(std::vector<LayerId> layers, const Scene &scene);
+    /// Marks the layers that something is amiss with, and tells what in their tool tips.
+    void showTroubles(std::map<LayerId, QString> troubles, const Scene &scene);
     [[nodiscard]] LayerList *layerList() const { return m_layers; }
     [[nodiscard]] VerseField *verseField() const { return m_verse; }
     [[nodiscard]] PropertiesPanel *properties() const { return m_properties; }
@@ -74,6 +78,7 @@ private:
 
     LayerList *m_layers;
     std::vector<LayerId> m_onAir;
+    std::map<LayerId, QString> m_troubles;
     VerseField *m_verse;
     PropertiesPanel *m_properties;
     ShareSplitter *m_splitter;

@@ -10,6 +10,7 @@
 #include "ui/captions/verse_controls.h"
 #include "ui/editor/control_row.h"
 #include "ui/editor/layer_actions.h"
+#include "ui/editor/legibility_view.h"
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
 #include "ui/kit/controls.h"
@@ -112,6 +113,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *m_editor,
         *m_sceneTab,
         *m_monitors->canvas());
+    m_legibility = std::make_unique<LegibilityView>(m_studio, *m_sceneTab);
     m_destinations = std::make_unique<DestinationControls>(m_studio.streams(),
         m_studio.health(),
         m_guard,

@@ -25,6 +25,7 @@ class HallControls;
 class HeaderRow;
 class HealthLine;
 class LayerActions;
+class LegibilityView;
 class Monitors;
 class OnAirView;
 class OutputsTab;
@@ -124,6 +125,7 @@ private:
     std::unique_ptr<ReturnKey> m_returnKey;
     std::unique_ptr<SceneEditor> m_editor;
     std::unique_ptr<LayerActions> m_layerActions;
+    std::unique_ptr<LegibilityView> m_legibility;
     std::unique_ptr<DestinationControls> m_destinations;
     std::unique_ptr<RecordingControls> m_recording;
     std::unique_ptr<ProjectControls> m_projects;

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "studio/studio.h"
+
+#include <QObject>
+
+namespace nimbara {
+
+class SceneTab;
+
+/// Tells in the scene tab which texts of the scene in PREVIEW are hard to read, and mends one at
+/// the press of its button. Both must outlive the view.
+class LegibilityView : public QObject {
+    Q_OBJECT
+public:
+    LegibilityView(Studio &studio, SceneTab &tab);
+
+private:
+    /// What is amiss with the layer's text, translated; empty: nothing.
+    [[nodiscard]] QString trouble(LayerId layer) const;
+    void show();
+    void mend(LayerId layer);
+
+    Studio &m_studio;
+    SceneTab &m_tab;
+};
+
+} // namespace nimbara

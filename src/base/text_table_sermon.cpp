@@ -42,6 +42,15 @@ constexpr TextPair pairs[] = {
         "Reading is behind: up to 20 characters per second." },
     TextPair { "Lectura al día: vuelve a 15 caracteres por segundo.",
         "Reading is up to date: back to 15 characters per second." },
+    TextPair { " Oír %1 · transcribir %2 · pedir %3 · traducir %4 · retener %5 · mostrar %6 s.",
+        " Hear %1 · transcribe %2 · ask %3 · translate %4 · hold %5 · show %6 s." },
+    TextPair { "Retener subtítulos", "Hold subtitles" },
+    TextPair { "Borrar ya", "Clear now" },
+    TextPair { "Siguiente subtítulo", "Next subtitle" },
+    TextPair { "y %1 más", "and %1 more" },
+    TextPair { "Al glosario…", "To the glossary…" },
+    TextPair { "El subtítulo salió como estaba: su corrección tardó más de 30 s.",
+        "The subtitle left as it was: its correction took over 30 s." },
 };
 
 } // namespace

@@ -80,6 +80,7 @@ void Translation::start(const QString &key,
         throw Error(QStringLiteral("Ingresa tu API key"));
     }
     stopEngine();
+    m_hold.clear();
     m_target = target;
     m_source = source;
     useTerms();
@@ -381,6 +382,7 @@ void Translation::tick()
     const std::int32_t generation = requestGeneration();
     giveUpUseless();
     releaseResults();
+    releaseHeld();
     if (isCurrent(generation)) {
         m_live.tick();
     }
@@ -438,13 +440,27 @@ void Translation::show(const PhraseOrder::Released &phrase, Caption shown)
     if (shown.text.isEmpty() || !isCurrent(generation)) {
         return;
     }
+    const std::int64_t now = m_clock.monotonicUs() / 1000;
+    if (m_hold.delayMs() == 0 && m_hold.waiting().empty()) {
+        letPass({ 0, shown, phrase.phraseTimeMs, now });
+        return;
+    }
+    m_hold.add(shown, phrase.phraseTimeMs, now);
+    heldChanged();
+}
+
+void Translation::letPass(const CaptionHold::Held &held)
+{
+    const std::int32_t generation = requestGeneration();
+    Caption shown = held.caption;
+    shown.times.passed = m_clock.wallMs();
     caption(shown);
     if (!isCurrent(generation)) {
         return;
     }
-    const double delay = phrase.phraseTimeMs == 0
+    const double delay = held.phraseTimeMs == 0
         ? 0.0
-        : static_cast<double>(m_clock.wallMs() - phrase.phraseTimeMs) / 1000.0;
+        : static_cast<double>(m_clock.wallMs() - held.phraseTimeMs) / 1000.0;
     captionNotice("Subtítulo actualizado · " + Message::verbatim(QString::number(delay, 'f', 1))
         + " s después de la frase");
     if (m_voice && isCurrent(generation)) {

@@ -37,6 +37,7 @@ TranslationControls::TranslationControls(Studio &studio,
     show();
     bindKeyField(*tab.apiKey(), m_desk.key());
     connectTab();
+    connectHold();
     connectDesk(guard);
 }
 
@@ -63,6 +64,37 @@ void TranslationControls::connectTab()
     connect(tab, &TranslationTab::clearPressed, desk, &TranslationDesk::clearCaptions);
     connect(tab, &TranslationTab::glossaryPressed, this, &TranslationControls::openGlossary);
     connect(tab, &TranslationTab::spokenOnAirChanged, &m_spoken, &SpokenVerses::setGoesOnAir);
+}
+
+void TranslationControls::connectHold()
+{
+    const HoldRow *row = m_tab.holdRow();
+    TranslationDesk *desk = &m_desk;
+    connect(&m_tab, &TranslationTab::holdChosen, desk, &TranslationDesk::setHoldSeconds);
+    connect(row, &HoldRow::editBegun, desk, &TranslationDesk::editHeld);
+    connect(row, &HoldRow::editLeft, desk, &TranslationDesk::leaveHeld);
+    connect(row, &HoldRow::changed, desk, &TranslationDesk::changeHeld);
+    connect(row, &HoldRow::dropped, desk, &TranslationDesk::dropHeld);
+    connect(row, &HoldRow::glossaryPressed, this, [this](const QString &words) {
+        openGlossary();
+        m_glossary->propose(words);
+    });
+    connect(desk, &TranslationDesk::heldChanged, this, &TranslationControls::showHeld);
+    showHeld();
+}
+
+/// The row has its place while there is anything to hold.
+void TranslationControls::showHeld()
+{
+    const auto &waiting = m_desk.held().waiting();
+    m_tab.holdRow()->setVisible(m_desk.holdSeconds() > 0 || !waiting.empty());
+    if (waiting.empty()) {
+        m_tab.holdRow()->showNext({});
+        return;
+    }
+    const CaptionHold::Held &next = waiting.front();
+    m_tab.holdRow()->showNext(
+        { next.id, next.caption.text, next.caption.original, waiting.size() - 1 });
 }
 
 void TranslationControls::connectDesk(const ErrorGuard &guard)
@@ -116,7 +148,9 @@ void TranslationControls::show()
         m_desk.liveMode(),
         m_desk.captionsShown(),
         static_cast<int>(m_desk.separator()),
-        m_spoken.goesOnAir() });
+        m_spoken.goesOnAir(),
+        m_desk.holdSeconds() });
+    showHeld();
     m_tab.showRunning(m_desk.running());
     m_tab.showRoad(nimbara_i18n::tr(nameOf(m_desk.road())));
     m_tab.setStartEnabled(!m_desk.isWaiting());

@@ -23,6 +23,8 @@ private:
     void connectDesk(const ErrorGuard &guard);
     void show();
     void showDelay();
+    void connectHold();
+    void showHeld();
     void openGlossary();
 
     TranslationDesk &m_desk;

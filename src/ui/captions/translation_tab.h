@@ -2,6 +2,7 @@
 
 #include "ui/captions/bible_group.h"
 #include "ui/captions/delay_curve.h"
+#include "ui/captions/hold_row.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -9,6 +10,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QSpinBox>
 
 class QBoxLayout;
 class QGridLayout;
@@ -31,6 +33,7 @@ public:
         bool subtitles = true;
         int separator = 1;
         bool spokenOnAir = false;
+        int holdSeconds = 0;
     };
     /// Shows the settings without the signals of their controls.
     void showSettings(const Settings &settings);
@@ -48,6 +51,7 @@ public:
     [[nodiscard]] DelayCurve *delayCurve() const { return m_delayCurve; }
     void showHeard(const QString &text) { m_heard->setText(text); }
 
+    [[nodiscard]] HoldRow *holdRow() const { return m_holdRow; }
     [[nodiscard]] BibleGroup *bible() const { return m_bible; }
     /// The height at which nothing has to be scrolled.
     [[nodiscard]] int heightForWidth(int width) const override;
@@ -66,6 +70,7 @@ Q_SIGNALS:
     void clearPressed();
     void glossaryPressed();
     void spokenOnAirChanged(bool on);
+    void holdChosen(int seconds);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -89,6 +94,9 @@ private:
     QComboBox *m_separator;
     QPushButton *m_glossary;
     QCheckBox *m_spokenOnAir;
+    QSpinBox *m_hold;
+    QPushButton *m_clearNow;
+    HoldRow *m_holdRow; ///< while anything is held, or may be
     QLabel *m_status;
     QLabel *m_road; ///< the way that the voice takes; empty when it takes none
     QLabel *m_delay;

@@ -51,6 +51,29 @@ constexpr TextPair pairs[] = {
     TextPair { "Al glosario…", "To the glossary…" },
     TextPair { "El subtítulo salió como estaba: su corrección tardó más de 30 s.",
         "The subtitle left as it was: its correction took over 30 s." },
+    TextPair { "Precios…", "Prices…" },
+    TextPair { "Lo que cuesta la traducción", "What the translation costs" },
+    TextPair { "Gasto estimado %1 · %2 min · %3 pedidos",
+        "Estimated cost %1 · %2 min · %3 requests" },
+    TextPair { "Voz en vivo", "Live voice" },
+    TextPair { "Frases enviadas", "Uploaded phrases" },
+    TextPair { "Textos traducidos", "Translated texts" },
+    TextPair { "Voz sintética", "Synthetic voice" },
+    TextPair { "%1: el gasto estimado pasó del 80 % de su límite. Nada se detiene.",
+        "%1: the estimated cost is past 80 % of its limit. Nothing is stopped." },
+    TextPair { "Minutos", "Minutes" },
+    TextPair { "Pedidos", "Requests" },
+    TextPair { "Precio por minuto", "Price per minute" },
+    TextPair { "Precio por pedido", "Price per request" },
+    TextPair { "Estimado", "Estimate" },
+    TextPair { "Límite (0: ninguno)", "Limit (0: none)" },
+    TextPair { "Total", "Total" },
+    TextPair { "De la traducción que corre, o de la última. Escribe los precios de tu contrato: "
+               "los que ves "
+               "al principio son aproximados. Al 80 % de un límite se avisa; nada se detiene.",
+        "Of the translation that runs, or of the last one. Enter the prices of your contract: "
+        "those you "
+        "see at first are approximate. At 80 % of a limit you are warned; nothing is stopped." },
 };
 
 } // namespace

@@ -63,6 +63,21 @@ private Q_SLOTS:
         QTRY_COMPARE(m_captions.size(), 2); // what gave nothing holds nothing up
     }
 
+    void countsWhatItAsksFor()
+    {
+        using Used = std::pair<std::int64_t, std::int64_t>;
+        startLive();
+        hear(signal({ { 1200, 0.2 } }));
+        turn(u"uno"_s, 1, u"one"_s);
+        const auto used = [this](cost::Service service) {
+            const cost::Use &use = m_engine->usage().at(static_cast<std::size_t>(service));
+            return Used(use.requests, use.us);
+        };
+        QCOMPARE(used(cost::Service::Live), Used(1, 1'200'000));
+        QCOMPARE(used(cost::Service::Translation), Used(1, 0));
+        QCOMPARE(used(cost::Service::Phrases), Used(0, 0));
+    }
+
     /// Shown, spoken and measured is what the operator let pass, when it was time.
     void holdsCaptionsBack()
     {

@@ -7,6 +7,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QSpinBox>
 #include <QTableWidget>
 
@@ -152,6 +153,50 @@ private Q_SLOTS:
         QMetaObject::invokeMethod(start, "click");
         QCOMPARE(shown, QStringList { u"Peace"_s });
         QCOMPARE(next->text(), QString());
+        m_peer.serve({});
+    }
+
+    /// Counted as it is asked for; near its limit a mark stands and nothing is stopped.
+    void whatItCostsIsTold()
+    {
+        const auto warning
+            = u"Textos traducidos: el gasto estimado pasó del 80 % de su límite. Nada se detiene."_s;
+        {
+            Desk desk(servicesAt(m_peer.endpoint()));
+            m_peer.serve({ { u"uno"_s, u"One"_s }, { u"dos"_s, u"Two"_s } },
+                0,
+                QByteArray(96000, '\x10'));
+            Studio &studio = desk.window.studio();
+            const auto &notices = studio.notices().all();
+            connectVoice(studio);
+            desk.enter("apiKey", QLatin1String(key));
+            desk.find<QCheckBox>("liveMode")->setChecked(false);
+            desk.find<QCheckBox>("voice")->setChecked(true);
+            desk.find<QPushButton>("openPrices")->click();
+            const std::pair<const char *, double> entered[] { { "perMinute1", 1 },
+                { "perRequest2", 2 },
+                { "perMinute3", 30 },
+                { "limit2", 2.51 } };
+            for (const auto &[name, value] : entered) {
+                desk.find<QDoubleSpinBox>(name)->setValue(value);
+            }
+            QMetaObject::invokeMethod(desk.find<QPushButton>("startTranslation"), "click");
+            Q_EMIT studio.audio().blockArrived(signal({ { 2300, 0.2 }, { 700, 0 } }));
+            // 3 s that were sent, one translation and 2 s that were spoken.
+            const auto *told = desk.find<QLabel>("translationCost");
+            QTRY_COMPARE(told->text(), u"Gasto estimado 3.05 · 0.1 min · 3 pedidos"_s);
+            QVERIFY(notices.empty());
+            desk.find<QDoubleSpinBox>("limit2")->setValue(2.5);
+            QCOMPARE(notices.size(), 1U);
+            QCOMPARE(notices.front().text.spanish(), warning);
+            QCOMPARE(desk.status(), warning);
+            QVERIFY(studio.translation().running());
+            desk.find<QDoubleSpinBox>("limit2")->setValue(3);
+            QVERIFY(notices.empty());
+        }
+        Desk again(servicesAt(m_peer.endpoint()));
+        const cost::Price kept { 0, 2, 3 };
+        QCOMPARE(again.window.studio().costs().prices().at(2), kept);
         m_peer.serve({});
     }
 

@@ -107,6 +107,7 @@ void TranslationDesk::toggle()
     }
     run([this] {
         requireVoiceInput();
+        m_engine.countAnew();
         setWaiting(true);
         const QString typed = m_key.text().trimmed();
         // An empty key is filled from the store, and must not empty it first.

@@ -107,6 +107,9 @@ public:
     /// The way that the voice takes now.
     [[nodiscard]] VoiceRoad road() const { return m_engine.road(); }
 
+    /// What the run has used of the services; another direction of it goes on counting.
+    [[nodiscard]] const cost::Usage &usage() const { return m_engine.usage(); }
+
     /// One small request with the operator's key, whether or not a run is on.
     void testKey();
 

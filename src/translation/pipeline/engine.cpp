@@ -60,6 +60,7 @@ void Translation::connectLive()
     };
     m_live.refused = [this] { end(); };
     m_live.ready = [this] {
+        count(cost::Service::Live, 1, 0);
         m_line.setReached();
         if (running() && m_live.isReady() && !m_segmenter.hasSpeech()) {
             takeOver();
@@ -153,7 +154,7 @@ void Translation::processAudio(const AudioBlock &block)
         return;
     }
     if (m_live.isOpen()) {
-        m_live.push(block);
+        pushLive(block);
         return;
     }
     const bool cut = segment(block);
@@ -171,7 +172,7 @@ void Translation::takeOver()
     m_tail.clear();
     m_live.takeOver();
     if (!tail.samples.empty()) {
-        m_live.push(tail);
+        pushLive(tail);
     }
     tellRoad();
 }
@@ -273,8 +274,23 @@ void Translation::startRequests()
     }
 }
 
+void Translation::count(cost::Service service, std::int64_t requests, std::int64_t us)
+{
+    cost::Use &use = m_usage.at(static_cast<std::size_t>(service));
+    use.requests += requests;
+    use.us += us;
+}
+
+void Translation::pushLive(const AudioBlock &block)
+{
+    const auto frames = static_cast<std::int64_t>(block.samples.size() / audioChannels);
+    count(cost::Service::Live, 0, frames * 1'000'000 / audioRate);
+    m_live.push(block);
+}
+
 void Translation::upload(const PhraseRequest &request)
 {
+    count(cost::Service::Phrases, 1, wavUs(request.wav));
     m_api.postForm(
         QStringLiteral("audio/transcriptions"),
         api::transcriptionForm(m_source, request.wav, m_glossary.prompt()),
@@ -323,6 +339,7 @@ void Translation::translate(PhraseRequest request)
 void Translation::askTranslation(PhraseRequest request)
 {
     request.times.asked = m_clock.wallMs();
+    count(cost::Service::Translation, 1, 0);
     m_api.postJson(
         QStringLiteral("responses"),
         api::translationBody(m_target,
@@ -470,11 +487,13 @@ void Translation::letPass(const CaptionHold::Held &held)
 
 void Translation::speak(const QString &text)
 {
+    count(cost::Service::Voice, 1, 0);
     m_api.postJson(QStringLiteral("audio/speech"),
         api::speechBody(text),
         voiceTimeout,
         QStringLiteral("Voz"),
         [this, number = ++m_spoken](const QByteArray &pcm) {
+            count(cost::Service::Voice, 0, voiceUs(pcm));
             // A clip that comes after that of a later phrase is out of date.
             if (pcm.size() <= maxVoiceBytes && number > m_heardVoice) {
                 m_heardVoice = number;

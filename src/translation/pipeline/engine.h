@@ -8,6 +8,7 @@
 #include "translation/pipeline/audio_tail.h"
 #include "translation/pipeline/caption.h"
 #include "translation/pipeline/caption_hold.h"
+#include "translation/pipeline/cost.h"
 #include "translation/pipeline/glossary.h"
 #include "translation/pipeline/live_road.h"
 #include "translation/pipeline/phrase_order.h"
@@ -91,6 +92,10 @@ public:
     /// Names and expressions and their translations: what is spoken from now on keeps to them.
     void setTerms(const Terms &terms);
 
+    /// What was asked of the services since it was counted anew, over any number of runs.
+    [[nodiscard]] const cost::Usage &usage() const { return m_usage; }
+    void countAnew() { m_usage = {}; }
+
     /// `road` has changed.
     std::function<void()> roadChanged = [] {};
     /// Progress and failures.
@@ -133,6 +138,8 @@ private:
     void finish(std::int32_t sequence, const QString &text);
     void tellRoad();
     void show(const PhraseOrder::Released &phrase, Caption shown);
+    void pushLive(const AudioBlock &block);
+    void count(cost::Service service, std::int64_t requests, std::int64_t us);
     void letPass(const CaptionHold::Held &held);
     void useTerms();
     void speak(const QString &text);
@@ -163,6 +170,7 @@ private:
     std::int64_t m_heardVoice = 0; ///< the newest of them whose clip came
     bool m_liveDisabled = false;
     std::int64_t m_startTime = 0; ///< ms since the epoch
+    cost::Usage m_usage {};
     QTimer m_releaseTimer;
 };
 

@@ -32,6 +32,7 @@ TranslationControls::TranslationControls(Studio &studio,
     : m_desk(studio.translation())
     , m_spoken(studio.spokenVerses())
     , m_document(studio.document())
+    , m_costs(studio.costs())
     , m_tab(tab)
 {
     show();
@@ -63,6 +64,8 @@ void TranslationControls::connectTab()
     connect(tab, &TranslationTab::showSubtitlesChanged, desk, &TranslationDesk::setCaptionsShown);
     connect(tab, &TranslationTab::clearPressed, desk, &TranslationDesk::clearCaptions);
     connect(tab, &TranslationTab::glossaryPressed, this, &TranslationControls::openGlossary);
+    connect(tab, &TranslationTab::pricesPressed, this, &TranslationControls::openPrices);
+    connect(&m_costs, &CostDesk::changed, this, &TranslationControls::showCost);
     connect(tab, &TranslationTab::spokenOnAirChanged, &m_spoken, &SpokenVerses::setGoesOnAir);
 }
 
@@ -129,6 +132,22 @@ void TranslationControls::openGlossary()
     m_glossary->show();
     m_glossary->raise();
     m_glossary->activateWindow();
+}
+
+void TranslationControls::openPrices()
+{
+    if (!m_prices) {
+        m_prices = new PricesDialog(m_costs, m_tab.window());
+        m_prices->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_prices->show();
+    m_prices->raise();
+    m_prices->activateWindow();
+}
+
+void TranslationControls::showCost()
+{
+    m_tab.showCost(nimbara_i18n::tr(m_costs.summary()), m_costs.isAnyNearLimit());
 }
 
 void TranslationControls::showDelay()

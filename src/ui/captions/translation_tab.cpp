@@ -32,6 +32,14 @@ QComboBox *makeTargetList()
     return list;
 }
 
+void setAmber(QLabel &label, bool amber)
+{
+    const QString style = amber ? QStringLiteral("color: #ffb300; font-weight: bold") : QString();
+    if (label.styleSheet() != style) {
+        label.setStyleSheet(style);
+    }
+}
+
 QSpinBox *makeHold()
 {
     auto *seconds = named(new QSpinBox, "holdSeconds", nimbara_i18n::tr("Retener subtítulos"));
@@ -63,6 +71,7 @@ TranslationTab::TranslationTab(QWidget *parent)
           "separator",
           "Cómo se separan las frases en pantalla (cada pausa es una frase)"))
     , m_glossary(makeButton("Glosario…", "openGlossary"))
+    , m_prices(makeButton("Precios…", "openPrices"))
     , m_spokenOnAir(makeCheck("Versículos dichos, al aire por sí solos", "spokenGoesOnAir"))
     , m_hold(makeHold())
     , m_clearNow(makeButton("Borrar ya", "clearNow"))
@@ -71,6 +80,7 @@ TranslationTab::TranslationTab(QWidget *parent)
     , m_road(named(new QLabel, "voiceRoad"))
     , m_delay(named(new QLabel, "captionDelay"))
     , m_delayCurve(named(new DelayCurve, "delayCurve"))
+    , m_cost(named(new QLabel, "translationCost"))
     , m_captionNotice(named(new QLabel, "captionNotice"))
     , m_heard(named(makeNote("Escuchado (texto original que reconoce la IA): "), "heard"))
     , m_bible(new BibleGroup)
@@ -110,7 +120,7 @@ void TranslationTab::addRows(QGridLayout &grid)
             { label, m_target, m_toSpanish, m_toEnglish },
             { m_voice, m_live, m_showSubtitles },
             { separatorNote, m_separator, m_start, m_clear },
-            { m_glossary, m_spokenOnAir, holdLabel, m_hold, m_clearNow },
+            { m_glossary, m_prices, m_spokenOnAir, holdLabel, m_hold, m_clearNow },
             { m_holdRow } }) {
         auto *line = new QHBoxLayout;
         for (QWidget *widget : widgets) {
@@ -125,6 +135,7 @@ void TranslationTab::addRows(QGridLayout &grid)
     grid.addLayout(told, row++, 0, 1, 4);
     auto *heard = new QHBoxLayout;
     heard->addWidget(m_heard, 1);
+    heard->addWidget(m_cost);
     heard->addWidget(m_delay);
     heard->addWidget(m_delayCurve);
     grid.addLayout(heard, row++, 0, 1, 4);
@@ -184,6 +195,7 @@ void TranslationTab::connectControls()
     connect(m_live, &QCheckBox::toggled, this, &TranslationTab::liveModeChanged);
     connect(m_showSubtitles, &QCheckBox::toggled, this, &TranslationTab::showSubtitlesChanged);
     connect(m_glossary, &QPushButton::clicked, this, &TranslationTab::glossaryPressed);
+    connect(m_prices, &QPushButton::clicked, this, &TranslationTab::pricesPressed);
     connect(m_spokenOnAir, &QCheckBox::toggled, this, &TranslationTab::spokenOnAirChanged);
     connect(m_hold, &QSpinBox::valueChanged, this, &TranslationTab::holdChosen);
     connect(m_clearNow, &QPushButton::clicked, this, &TranslationTab::clearPressed);
@@ -216,10 +228,13 @@ void TranslationTab::showDelay(const QString &summary, const QString &stages, bo
     m_delay->setText(summary);
     m_delay->setToolTip(stages);
     m_delayCurve->setVisible(!summary.isEmpty());
-    const QString style = grows ? QStringLiteral("color: #ffb300; font-weight: bold") : QString();
-    if (m_delay->styleSheet() != style) {
-        m_delay->setStyleSheet(style);
-    }
+    setAmber(*m_delay, grows);
+}
+
+void TranslationTab::showCost(const QString &summary, bool nearLimit)
+{
+    m_cost->setText(summary);
+    setAmber(*m_cost, nearLimit);
 }
 
 void TranslationTab::showRunning(bool running)

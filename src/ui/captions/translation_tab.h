@@ -48,6 +48,7 @@ public:
     void showRoad(const QString &text) { m_road->setText(text); }
     /// How late the captions are: empty when nothing is known; `grows` makes it amber.
     void showDelay(const QString &summary, const QString &stages, bool grows);
+    void showCost(const QString &summary, bool nearLimit);
     [[nodiscard]] DelayCurve *delayCurve() const { return m_delayCurve; }
     void showHeard(const QString &text) { m_heard->setText(text); }
 
@@ -69,6 +70,7 @@ Q_SIGNALS:
     void showSubtitlesChanged(bool on);
     void clearPressed();
     void glossaryPressed();
+    void pricesPressed();
     void spokenOnAirChanged(bool on);
     void holdChosen(int seconds);
 
@@ -93,6 +95,7 @@ private:
     QPushButton *m_clear;
     QComboBox *m_separator;
     QPushButton *m_glossary;
+    QPushButton *m_prices;
     QCheckBox *m_spokenOnAir;
     QSpinBox *m_hold;
     QPushButton *m_clearNow;
@@ -101,6 +104,7 @@ private:
     QLabel *m_road; ///< the way that the voice takes; empty when it takes none
     QLabel *m_delay;
     DelayCurve *m_delayCurve;
+    QLabel *m_cost;
     QLabel *m_captionNotice;
     QLabel *m_heard;
     BibleGroup *m_bible;

@@ -42,6 +42,38 @@ constexpr TextPair pairs[] = {
         "Reading is behind: up to 20 characters per second." },
     TextPair { "Lectura al día: vuelve a 15 caracteres por segundo.",
         "Reading is up to date: back to 15 characters per second." },
+    TextPair { " Oír %1 · transcribir %2 · pedir %3 · traducir %4 · retener %5 · mostrar %6 s.",
+        " Hear %1 · transcribe %2 · ask %3 · translate %4 · hold %5 · show %6 s." },
+    TextPair { "Retener subtítulos", "Hold subtitles" },
+    TextPair { "Borrar ya", "Clear now" },
+    TextPair { "Siguiente subtítulo", "Next subtitle" },
+    TextPair { "y %1 más", "and %1 more" },
+    TextPair { "Al glosario…", "To the glossary…" },
+    TextPair { "El subtítulo salió como estaba: su corrección tardó más de 30 s.",
+        "The subtitle left as it was: its correction took over 30 s." },
+    TextPair { "Precios…", "Prices…" },
+    TextPair { "Lo que cuesta la traducción", "What the translation costs" },
+    TextPair { "Gasto estimado %1 · %2 min · %3 pedidos",
+        "Estimated cost %1 · %2 min · %3 requests" },
+    TextPair { "Voz en vivo", "Live voice" },
+    TextPair { "Frases enviadas", "Uploaded phrases" },
+    TextPair { "Textos traducidos", "Translated texts" },
+    TextPair { "Voz sintética", "Synthetic voice" },
+    TextPair { "%1: el gasto estimado pasó del 80 % de su límite. Nada se detiene.",
+        "%1: the estimated cost is past 80 % of its limit. Nothing is stopped." },
+    TextPair { "Minutos", "Minutes" },
+    TextPair { "Pedidos", "Requests" },
+    TextPair { "Precio por minuto", "Price per minute" },
+    TextPair { "Precio por pedido", "Price per request" },
+    TextPair { "Estimado", "Estimate" },
+    TextPair { "Límite (0: ninguno)", "Limit (0: none)" },
+    TextPair { "Total", "Total" },
+    TextPair { "De la traducción que corre, o de la última. Escribe los precios de tu contrato: "
+               "los que ves "
+               "al principio son aproximados. Al 80 % de un límite se avisa; nada se detiene.",
+        "Of the translation that runs, or of the last one. Enter the prices of your contract: "
+        "those you "
+        "see at first are approximate. At 80 % of a limit you are warned; nothing is stopped." },
 };
 
 } // namespace

@@ -75,6 +75,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_verseFinder(m_bibles, peers.cacheFolder)
     , m_spokenVerses(clock, { m_stage, m_program, m_verses, m_bibles, m_translation, m_settings })
     , m_captionFiles(clock, peers.captionFolder)
+    , m_costs(m_settings, m_notices)
     , m_schedule(clock.monotonicUs())
 {
     QObject::connect(&m_stage.document, &Document::changed, &m_stage.document, [this] {
@@ -130,6 +131,10 @@ void Studio::connectCaptions()
         }
     });
     connect(&m_captionFiles, &CaptionFiles::failed, this, &Studio::alarm);
+    const auto count = [this] { m_costs.follow(m_translation.usage()); };
+    connect(desk, &TranslationDesk::delayed, this, count);
+    connect(desk, &TranslationDesk::changed, this, count);
+    connect(&m_costs, &CostDesk::said, this, &Studio::status);
 }
 
 /// Captions are written on the clock of the recording that runs.

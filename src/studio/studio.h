@@ -21,6 +21,7 @@
 #include "studio/projects/work_safety.h"
 #include "studio/services/bible_desk.h"
 #include "studio/services/caption_files.h"
+#include "studio/services/cost_desk.h"
 #include "studio/services/passage_desk.h"
 #include "studio/services/spoken_verses.h"
 #include "studio/services/translation_desk.h"
@@ -88,6 +89,7 @@ public:
     /// How the texts in PREVIEW can be read.
     [[nodiscard]] const LegibilityWatch &legibility() const { return m_legibility; }
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
+    [[nodiscard]] CostDesk &costs() { return m_costs; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
     [[nodiscard]] PassageDesk &passages() { return m_passages; }
@@ -172,6 +174,7 @@ private:
     SpokenVerses m_spokenVerses;
     CaptionFiles m_captionFiles;
     Notices m_notices;
+    CostDesk m_costs;
     WakeLock m_wakeLock;
     bool m_hallShown = false;
     qint64 m_fedKey = 0; ///< of the picture that the outputs were given last

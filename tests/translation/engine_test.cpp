@@ -63,6 +63,55 @@ private Q_SLOTS:
         QTRY_COMPARE(m_captions.size(), 2); // what gave nothing holds nothing up
     }
 
+    void countsWhatItAsksFor()
+    {
+        using Used = std::pair<std::int64_t, std::int64_t>;
+        startLive();
+        hear(signal({ { 1200, 0.2 } }));
+        turn(u"uno"_s, 1, u"one"_s);
+        const auto used = [this](cost::Service service) {
+            const cost::Use &use = m_engine->usage().at(static_cast<std::size_t>(service));
+            return Used(use.requests, use.us);
+        };
+        QCOMPARE(used(cost::Service::Live), Used(1, 1'200'000));
+        QCOMPARE(used(cost::Service::Translation), Used(1, 0));
+        QCOMPARE(used(cost::Service::Phrases), Used(0, 0));
+    }
+
+    /// Shown, spoken and measured is what the operator let pass, when it was time.
+    void holdsCaptionsBack()
+    {
+        QList<std::int64_t> held;
+        m_engine->caption = [&](const Caption &caption) {
+            m_captions.append(caption.text);
+            held.append(caption.times.passed - caption.times.translated);
+        };
+        m_engine->setHold(3000);
+        start(false, true);
+        for (const auto &[heard, translated] : { std::pair { u"uno"_s, u"one"_s },
+                 { u"dos"_s, u"tow"_s },
+                 { u"tres"_s, u"three"_s } }) {
+            interpret(heard, translated);
+            QTRY_COMPARE(m_engine->held().waiting().back().caption.text, translated);
+        }
+        m_clock.advanceUs(2'999'000);
+        m_engine->releaseHeld();
+        QVERIFY(m_captions.isEmpty());
+        m_engine->dropHeld(m_engine->held().waiting().at(0).id);
+        m_engine->changeHeld(m_engine->held().waiting().at(0).id, u" two "_s);
+        m_clock.advanceUs(1'000);
+        QTRY_COMPARE(m_captions, (QStringList { u"two"_s, u"three"_s })); // by its own timer
+        QCOMPARE(held, (QList<std::int64_t> { 3000, 3000 }));
+        QCOMPARE(await(speeches, 2).size(), 2U);
+        QVERIFY(inputOf(m_peer.of("request", speeches).at(0)).contains(u"two"));
+
+        interpret(u"cuatro"_s, u"four"_s);
+        QTRY_COMPARE(m_engine->held().waiting().size(), 1U);
+        m_engine->stopEngine();
+        QCOMPARE(m_engine->takeHeld().at(0).text, u"four"_s);
+        QCOMPARE(m_captions.size(), 2);
+    }
+
     void skipsAPhraseThatNeverComes()
     {
         startLive();

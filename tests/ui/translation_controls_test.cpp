@@ -7,6 +7,8 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QSpinBox>
 #include <QTableWidget>
 
 using namespace nimbara;
@@ -92,6 +94,109 @@ private Q_SLOTS:
         desk.find<QPushButton>("testApiKey")->click(); // its request comes after any other
         QTRY_COMPARE(desk.find<QLabel>("aiStatus")->text().left(6), u"API OK"_s);
         QCOMPARE(m_peer.count("request"), sent + 1);
+        m_peer.serve({});
+    }
+
+    /// Seen, changed or dropped before the screens have it; what is held at a pause is shown.
+    void theNextCaptionIsMended()
+    {
+        Desk desk(servicesAt(m_peer.endpoint()));
+        m_peer.serve({ { u"uno"_s, u"Go to Halven more"_s },
+            { u"dos"_s, u"Noise"_s },
+            { u"tres"_s, u"Amen"_s },
+            { u"cuatro"_s, u"More noise"_s },
+            { u"cinco"_s, u"Peace"_s } });
+        Studio &studio = desk.window.studio();
+        const QStringList &shown = studio.stage().captions.phrases;
+        auto *start = desk.find<QPushButton>("startTranslation");
+        auto *next = desk.find<QLineEdit>("nextCaption");
+        desk.showTab(4);
+        QVERIFY(!next->isVisible());
+        desk.find<QSpinBox>("holdSeconds")->setValue(10);
+        connectVoice(studio);
+        desk.enter("apiKey", QLatin1String(key));
+        QMetaObject::invokeMethod(start, "click");
+        QTRY_VERIFY(desk.status().startsWith(u"IA: Modo en vivo activo"));
+        m_peer.sendTranscript("uno");
+        QTRY_COMPARE(next->text(), u"Go to Halven more"_s);
+        QVERIFY(next->isVisible());
+        QTest::mouseClick(next, Qt::LeftButton); // it stays as long as that takes
+        m_peer.sendTranscript("dos");
+        m_peer.sendTranscript("tres");
+        QTRY_COMPARE(desk.find<QLabel>("heldBehind")->text(), u"y 2 más"_s);
+        next->end(false);
+        for (int i = 0; i < 5; ++i) {
+            QTest::keyClick(next, Qt::Key_Backspace);
+        }
+        QTest::keyClicks(next, u"moor"_s);
+        QTest::keyClick(next, Qt::Key_Return);
+        desk.find<QSpinBox>("holdSeconds")->setValue(0); // all are let go
+        QTRY_COMPARE(shown, (QStringList { u"Go to Halvenmoor"_s, u"Noise"_s, u"Amen"_s }));
+        desk.find<QPushButton>("correctionToGlossary")->click();
+        auto *table = desk.find<QTableWidget>("glossary");
+        QCOMPARE(table->item(0, 1)->text(), u"Halvenmoor"_s);
+        table->item(0, 0)->setText(u"Jalvenmur"_s);
+        const Terms terms { { u"Jalvenmur"_s, u"Halvenmoor"_s, u"English"_s } };
+        QCOMPARE(desk.document().project().terms, terms);
+        desk.find<QPushButton>("clearNow")->click();
+        QVERIFY(shown.isEmpty());
+
+        desk.find<QSpinBox>("holdSeconds")->setValue(10);
+        QCOMPARE(stored(u"caption_hold"_s), u"10"_s);
+        m_peer.sendTranscript("cuatro");
+        QTRY_COMPARE(next->text(), u"More noise"_s);
+        QTest::mouseClick(next, Qt::LeftButton);
+        m_peer.sendTranscript("cinco");
+        QTRY_COMPARE(desk.find<QLabel>("heldBehind")->text(), u"y 1 más"_s);
+        desk.find<QPushButton>("dropCaption")->click();
+        QCOMPARE(next->text(), u"Peace"_s);
+        QMetaObject::invokeMethod(start, "click");
+        QCOMPARE(shown, QStringList { u"Peace"_s });
+        QCOMPARE(next->text(), QString());
+        m_peer.serve({});
+    }
+
+    /// Counted as it is asked for; near its limit a mark stands and nothing is stopped.
+    void whatItCostsIsTold()
+    {
+        const auto warning
+            = u"Textos traducidos: el gasto estimado pasó del 80 % de su límite. Nada se detiene."_s;
+        {
+            Desk desk(servicesAt(m_peer.endpoint()));
+            m_peer.serve({ { u"uno"_s, u"One"_s }, { u"dos"_s, u"Two"_s } },
+                0,
+                QByteArray(96000, '\x10'));
+            Studio &studio = desk.window.studio();
+            const auto &notices = studio.notices().all();
+            connectVoice(studio);
+            desk.enter("apiKey", QLatin1String(key));
+            desk.find<QCheckBox>("liveMode")->setChecked(false);
+            desk.find<QCheckBox>("voice")->setChecked(true);
+            desk.find<QPushButton>("openPrices")->click();
+            const std::pair<const char *, double> entered[] { { "perMinute1", 1 },
+                { "perRequest2", 2 },
+                { "perMinute3", 30 },
+                { "limit2", 2.51 } };
+            for (const auto &[name, value] : entered) {
+                desk.find<QDoubleSpinBox>(name)->setValue(value);
+            }
+            QMetaObject::invokeMethod(desk.find<QPushButton>("startTranslation"), "click");
+            Q_EMIT studio.audio().blockArrived(signal({ { 2300, 0.2 }, { 700, 0 } }));
+            // 3 s that were sent, one translation and 2 s that were spoken.
+            const auto *told = desk.find<QLabel>("translationCost");
+            QTRY_COMPARE(told->text(), u"Gasto estimado 3.05 · 0.1 min · 3 pedidos"_s);
+            QVERIFY(notices.empty());
+            desk.find<QDoubleSpinBox>("limit2")->setValue(2.5);
+            QCOMPARE(notices.size(), 1U);
+            QCOMPARE(notices.front().text.spanish(), warning);
+            QCOMPARE(desk.status(), warning);
+            QVERIFY(studio.translation().running());
+            desk.find<QDoubleSpinBox>("limit2")->setValue(3);
+            QVERIFY(notices.empty());
+        }
+        Desk again(servicesAt(m_peer.endpoint()));
+        const cost::Price kept { 0, 2, 3 };
+        QCOMPARE(again.window.studio().costs().prices().at(2), kept);
         m_peer.serve({});
     }
 

@@ -19,6 +19,7 @@ const QString targetSetting = QStringLiteral("translation_target");
 const QString sourceSetting = QStringLiteral("source_language");
 const QString liveSetting = QStringLiteral("live_mode");
 const QString separatorSetting = QStringLiteral("caption_separator");
+const QString holdSetting = QStringLiteral("caption_hold"); ///< in seconds
 
 } // namespace
 
@@ -46,6 +47,7 @@ void TranslationDesk::readSettings()
     m_source = m_settings.value(sourceSetting, languages::sourceFor(m_target)).toString();
     m_engine.setLiveDisabled(!m_settings.value(liveSetting, true).toBool());
     m_captions.setSeparator(captionSeparator(m_settings.value(separatorSetting, 1).toInt()));
+    m_engine.setHold(m_settings.value(holdSetting, 0).toInt() * 1000LL);
 }
 
 void TranslationDesk::connectEngine(AudioInput &input)
@@ -69,6 +71,7 @@ void TranslationDesk::connectEngine(AudioInput &input)
         Q_EMIT captionNoted(message);
     };
     m_engine.roadChanged = [this] { Q_EMIT changed(); };
+    m_engine.heldChanged = [this] { Q_EMIT heldChanged(); };
     m_engine.ended = [this] { pause(); };
     m_keyTest.status = [this](const Message &message) {
         Q_EMIT reported(message);
@@ -104,6 +107,7 @@ void TranslationDesk::toggle()
     }
     run([this] {
         requireVoiceInput();
+        m_engine.countAnew();
         setWaiting(true);
         const QString typed = m_key.text().trimmed();
         // An empty key is filled from the store, and must not empty it first.
@@ -140,6 +144,9 @@ void TranslationDesk::begin(const QString &key)
     run([&] {
         m_delays.clear();
         m_engine.start(key, targetName(), m_voice, m_source);
+        fileUnshown(); // of the run before, in its own files
+        m_reading.clear();
+        forgetUnshown();
         Q_EMIT began();
         Q_EMIT changed();
     });
@@ -161,6 +168,7 @@ void TranslationDesk::pause()
     m_engine.stopEngine();
     m_sound.voice().clear();
     clearCaptions();
+    letHeldGo();
     Q_EMIT captionNoted({});
     reportDelays();
     Q_EMIT changed();
@@ -197,6 +205,7 @@ void TranslationDesk::shutDown()
 {
     m_isShutDown = true;
     pause();
+    fileUnshown();
 }
 
 void TranslationDesk::testKey()
@@ -235,6 +244,7 @@ void TranslationDesk::switchTarget(const QString &language)
     if (running()) {
         m_engine.stopEngine(); // a voice that speaks goes on
         clearCaptions();
+        letHeldGo();
         reportDelays();
         setWaiting(true);
         start();
@@ -281,8 +291,41 @@ void TranslationDesk::clearCaptions()
     showCaptions();
 }
 
+int TranslationDesk::holdSeconds() const
+{
+    return static_cast<int>(m_engine.held().delayMs() / 1000);
+}
+
+void TranslationDesk::setHoldSeconds(int seconds)
+{
+    m_engine.setHold(seconds * 1000LL);
+    m_settings.setValue(holdSetting, holdSeconds());
+    Q_EMIT changed();
+}
+
+/// At the end of a run.
+void TranslationDesk::letHeldGo()
+{
+    for (const Caption &caption : m_engine.takeHeld()) {
+        addCaption(caption);
+    }
+}
+
+/// No picture will show what waits, but it was let go: it is on file all the same.
+void TranslationDesk::fileUnshown()
+{
+    showBegun(static_cast<qsizetype>(m_unshown.size()));
+    std::int64_t ms = m_clock.monotonicUs() / 1000;
+    while (m_reading.backlogMs() > 0) {
+        ms += Reading::lifetimeMs; // every block is read by then
+        m_reading.advance(ms);
+        Q_EMIT blockShown(m_reading.block());
+    }
+}
+
 void TranslationDesk::advanceCaptions()
 {
+    m_engine.releaseHeld();
     if (m_captions.clearOld(m_clock.wallMs())) {
         showCaptions();
     }

@@ -37,7 +37,7 @@ public:
         AudioInput &input;
         ProgramAudioDesk &sound;
         SecretStore &secrets;
-        QSettings &settings; ///< keeps target, source, live mode and separator
+        QSettings &settings; ///< keeps target, source, live mode, separator and hold
     };
 
     TranslationDesk(const Clock &clock, const Endpoint &openAi, const Surroundings &surroundings);
@@ -75,6 +75,18 @@ public:
         m_engine.finalText = std::move(finalText);
     }
     void clearCaptions();
+
+    /// The operator sees each caption so many seconds before the screens do: 0 to 10.
+    [[nodiscard]] int holdSeconds() const;
+    void setHoldSeconds(int seconds);
+    [[nodiscard]] const CaptionHold &held() const { return m_engine.held(); }
+    /// The operator begins to edit a caption that is held, leaves it as it was, has changed it or
+    /// drops it. Nothing happens when it is not held any more.
+    void editHeld(std::int64_t id) { m_engine.editHeld(id); }
+    void leaveHeld(std::int64_t id) { m_engine.leaveHeld(id); }
+    void changeHeld(std::int64_t id, const QString &text) { m_engine.changeHeld(id, text); }
+    void dropHeld(std::int64_t id) { m_engine.dropHeld(id); }
+
     /// Takes captions away that are too old, and shows the next block to be read. Call on each
     /// frame, before its pictures.
     void advanceCaptions();
@@ -82,7 +94,8 @@ public:
     /// Starts a run, or pauses the one that is on. Does nothing while a start waits for its key.
     /// Fails without a capture that runs, and without a key.
     void toggle();
-    /// Ends the run, and takes voice and captions away; so does the end of a run by itself.
+    /// Ends the run, and takes voice and captions away; so does the end of a run by itself. What is
+    /// held is shown then, but not spoken.
     void pause();
     /// Ends the run and any start that still waits for its key, for good.
     void shutDown();
@@ -94,6 +107,9 @@ public:
     /// The way that the voice takes now.
     [[nodiscard]] VoiceRoad road() const { return m_engine.road(); }
 
+    /// What the run has used of the services; another direction of it goes on counting.
+    [[nodiscard]] const cost::Usage &usage() const { return m_engine.usage(); }
+
     /// One small request with the operator's key, whether or not a run is on.
     void testKey();
 
@@ -104,6 +120,8 @@ Q_SIGNALS:
     void reported(const nimbara::Message &text);
     /// A caption has come, and how long it took, or it is read at another pace; empty after a run.
     void captionNoted(const nimbara::Message &text);
+    /// What is held has changed.
+    void heldChanged();
     /// The delays have changed, or a second has passed in a run.
     void delayed();
     /// What was understood; see `Translation::heard`.
@@ -138,6 +156,8 @@ private:
     void reportDelays();
     void showCaptions();
     void forgetUnshown();
+    void letHeldGo();
+    void fileUnshown();
     [[nodiscard]] bool isReading() const { return separator() == CaptionSeparator::Reading; }
     void tell(const Message &message);
     void tellHeard(const Message &text);

@@ -18,11 +18,18 @@ Message summary(const DelayMeter::Figures &figures)
 
 Message stages(const DelayMeter::Figures &figures)
 {
+    constexpr auto held = static_cast<std::size_t>(DelayStage::Held);
+    const bool isHeld = figures.stageMs.at(held) > 0;
     QList<Message> parts;
-    for (const std::int64_t ms : figures.stageMs) {
-        parts.append(seconds(ms));
+    for (std::size_t stage = 0; stage < delayStages; ++stage) {
+        if (stage != held || isHeld) {
+            parts.append(seconds(figures.stageMs.at(stage)));
+        }
     }
-    return Message(" Oír %1 · transcribir %2 · pedir %3 · traducir %4 · mostrar %5 s.", parts);
+    return isHeld
+        ? Message(" Oír %1 · transcribir %2 · pedir %3 · traducir %4 · retener %5 · mostrar %6 s.",
+            parts)
+        : Message(" Oír %1 · transcribir %2 · pedir %3 · traducir %4 · mostrar %5 s.", parts);
 }
 
 } // namespace nimbara::delay_text

@@ -14,7 +14,7 @@ Message seconds(std::int64_t ms);
 /// Median and ninth tenth; empty before the first phrase.
 Message summary(const DelayMeter::Figures &figures);
 
-/// The median of each stage.
+/// The median of each stage; what was held back only where anything was.
 Message stages(const DelayMeter::Figures &figures);
 
 } // namespace nimbara::delay_text

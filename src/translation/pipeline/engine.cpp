@@ -60,6 +60,7 @@ void Translation::connectLive()
     };
     m_live.refused = [this] { end(); };
     m_live.ready = [this] {
+        count(cost::Service::Live, 1, 0);
         m_line.setReached();
         if (running() && m_live.isReady() && !m_segmenter.hasSpeech()) {
             takeOver();
@@ -80,6 +81,7 @@ void Translation::start(const QString &key,
         throw Error(QStringLiteral("Ingresa tu API key"));
     }
     stopEngine();
+    m_hold.clear();
     m_target = target;
     m_source = source;
     useTerms();
@@ -152,7 +154,7 @@ void Translation::processAudio(const AudioBlock &block)
         return;
     }
     if (m_live.isOpen()) {
-        m_live.push(block);
+        pushLive(block);
         return;
     }
     const bool cut = segment(block);
@@ -170,7 +172,7 @@ void Translation::takeOver()
     m_tail.clear();
     m_live.takeOver();
     if (!tail.samples.empty()) {
-        m_live.push(tail);
+        pushLive(tail);
     }
     tellRoad();
 }
@@ -272,8 +274,23 @@ void Translation::startRequests()
     }
 }
 
+void Translation::count(cost::Service service, std::int64_t requests, std::int64_t us)
+{
+    cost::Use &use = m_usage.at(static_cast<std::size_t>(service));
+    use.requests += requests;
+    use.us += us;
+}
+
+void Translation::pushLive(const AudioBlock &block)
+{
+    const auto frames = static_cast<std::int64_t>(block.samples.size() / audioChannels);
+    count(cost::Service::Live, 0, frames * 1'000'000 / audioRate);
+    m_live.push(block);
+}
+
 void Translation::upload(const PhraseRequest &request)
 {
+    count(cost::Service::Phrases, 1, wavUs(request.wav));
     m_api.postForm(
         QStringLiteral("audio/transcriptions"),
         api::transcriptionForm(m_source, request.wav, m_glossary.prompt()),
@@ -322,6 +339,7 @@ void Translation::translate(PhraseRequest request)
 void Translation::askTranslation(PhraseRequest request)
 {
     request.times.asked = m_clock.wallMs();
+    count(cost::Service::Translation, 1, 0);
     m_api.postJson(
         QStringLiteral("responses"),
         api::translationBody(m_target,
@@ -381,6 +399,7 @@ void Translation::tick()
     const std::int32_t generation = requestGeneration();
     giveUpUseless();
     releaseResults();
+    releaseHeld();
     if (isCurrent(generation)) {
         m_live.tick();
     }
@@ -438,13 +457,27 @@ void Translation::show(const PhraseOrder::Released &phrase, Caption shown)
     if (shown.text.isEmpty() || !isCurrent(generation)) {
         return;
     }
+    const std::int64_t now = m_clock.monotonicUs() / 1000;
+    if (m_hold.delayMs() == 0 && m_hold.waiting().empty()) {
+        letPass({ 0, shown, phrase.phraseTimeMs, now });
+        return;
+    }
+    m_hold.add(shown, phrase.phraseTimeMs, now);
+    heldChanged();
+}
+
+void Translation::letPass(const CaptionHold::Held &held)
+{
+    const std::int32_t generation = requestGeneration();
+    Caption shown = held.caption;
+    shown.times.passed = m_clock.wallMs();
     caption(shown);
     if (!isCurrent(generation)) {
         return;
     }
-    const double delay = phrase.phraseTimeMs == 0
+    const double delay = held.phraseTimeMs == 0
         ? 0.0
-        : static_cast<double>(m_clock.wallMs() - phrase.phraseTimeMs) / 1000.0;
+        : static_cast<double>(m_clock.wallMs() - held.phraseTimeMs) / 1000.0;
     captionNotice("Subtítulo actualizado · " + Message::verbatim(QString::number(delay, 'f', 1))
         + " s después de la frase");
     if (m_voice && isCurrent(generation)) {
@@ -454,11 +487,13 @@ void Translation::show(const PhraseOrder::Released &phrase, Caption shown)
 
 void Translation::speak(const QString &text)
 {
+    count(cost::Service::Voice, 1, 0);
     m_api.postJson(QStringLiteral("audio/speech"),
         api::speechBody(text),
         voiceTimeout,
         QStringLiteral("Voz"),
         [this, number = ++m_spoken](const QByteArray &pcm) {
+            count(cost::Service::Voice, 0, voiceUs(pcm));
             // A clip that comes after that of a later phrase is out of date.
             if (pcm.size() <= maxVoiceBytes && number > m_heardVoice) {
                 m_heardVoice = number;

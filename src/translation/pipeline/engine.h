@@ -7,6 +7,8 @@
 #include "signal/audio_block.h"
 #include "translation/pipeline/audio_tail.h"
 #include "translation/pipeline/caption.h"
+#include "translation/pipeline/caption_hold.h"
+#include "translation/pipeline/cost.h"
 #include "translation/pipeline/glossary.h"
 #include "translation/pipeline/live_road.h"
 #include "translation/pipeline/phrase_order.h"
@@ -23,6 +25,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <vector>
 
 namespace nimbara {
 
@@ -50,7 +53,8 @@ public:
     /// speaks every caption. Throws `Error` "Ingresa tu API key" for a blank key.
     void start(const QString &key, const QString &target, bool voice, const QString &source);
 
-    /// Ends the run: nothing is sent or reported after this. Reports no status.
+    /// Ends the run: nothing is sent or reported after this. Reports no status. What is held by
+    /// then is had from `takeHeld`, until the next start.
     void stopEngine();
 
     /// Takes one block of the voice input, after gain and mute. Ignored unless running.
@@ -59,6 +63,19 @@ public:
     /// Hands out the translations whose turn has come, and skips a phrase that is too late. Called
     /// by the engine itself after every result and every 500 ms.
     void releaseResults();
+
+    /// Every caption is held for so long before it is handed out: 0 to `CaptionHold::longestMs`.
+    void setHold(std::int64_t ms);
+    [[nodiscard]] const CaptionHold &held() const { return m_hold; }
+    /// What the operator does with a caption that is held, see `CaptionHold`.
+    void editHeld(std::int64_t id);
+    void leaveHeld(std::int64_t id);
+    void changeHeld(std::int64_t id, const QString &text);
+    void dropHeld(std::int64_t id);
+    /// Hands out the captions that were held long enough; the engine does so every 500 ms.
+    void releaseHeld();
+    /// All that are held, in their order. They are not spoken.
+    [[nodiscard]] std::vector<Caption> takeHeld();
 
     /// Without live mode no session is opened. Takes effect at the next start.
     void setLiveDisabled(bool disabled) { m_liveDisabled = disabled; }
@@ -75,6 +92,10 @@ public:
     /// Names and expressions and their translations: what is spoken from now on keeps to them.
     void setTerms(const Terms &terms);
 
+    /// What was asked of the services since it was counted anew, over any number of runs.
+    [[nodiscard]] const cost::Usage &usage() const { return m_usage; }
+    void countAnew() { m_usage = {}; }
+
     /// `road` has changed.
     std::function<void()> roadChanged = [] {};
     /// Progress and failures.
@@ -83,6 +104,8 @@ public:
     std::function<void(const Message &message)> captionNotice = [](const Message &) {};
     /// The run has ended by itself, after its message.
     std::function<void()> ended = [] {};
+    /// The captions that are held, or the text of one, have changed.
+    std::function<void()> heldChanged = [] {};
     /// The next translated phrase.
     std::function<void(const Caption &caption)> caption = [](const Caption &) {};
     /// What is shown in place of the translation; asked in the order of the phrases. Empty: the
@@ -115,6 +138,9 @@ private:
     void finish(std::int32_t sequence, const QString &text);
     void tellRoad();
     void show(const PhraseOrder::Released &phrase, Caption shown);
+    void pushLive(const AudioBlock &block);
+    void count(cost::Service service, std::int64_t requests, std::int64_t us);
+    void letPass(const CaptionHold::Held &held);
     void useTerms();
     void speak(const QString &text);
     [[nodiscard]] bool isCurrent(std::int32_t generation) const
@@ -128,6 +154,7 @@ private:
     Segmenter m_segmenter;
     AudioTail m_tail; ///< what the segmenter was given
     PhraseOrder m_order;
+    CaptionHold m_hold;
     TranscriptMemory m_memory;
     RequestLine m_line; ///< what waits to be sent
     std::int32_t m_inFlight = 0; ///< transcriptions and translations under way
@@ -143,6 +170,7 @@ private:
     std::int64_t m_heardVoice = 0; ///< the newest of them whose clip came
     bool m_liveDisabled = false;
     std::int64_t m_startTime = 0; ///< ms since the epoch
+    cost::Usage m_usage {};
     QTimer m_releaseTimer;
 };
 

@@ -31,6 +31,7 @@ void DelayMeter::add(const PhraseTimes &times)
         times.transcribed,
         times.asked,
         times.translated,
+        times.passed,
         times.shown };
     Phrase phrase { times.shown, {}, times.shown - times.spoken };
     for (std::size_t i = 0; i < delayStages; ++i) {

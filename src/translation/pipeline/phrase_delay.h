@@ -16,12 +16,13 @@ struct PhraseTimes {
     std::int64_t transcribed = 0;
     std::int64_t asked = 0; ///< its translation was asked for
     std::int64_t translated = 0;
+    std::int64_t passed = 0; ///< it was held back no longer
     std::int64_t shown = 0; ///< the picture that shows its last word
 };
 
 /// The stages behind the speaker's last word.
-enum class DelayStage { Heard, Transcribed, Asked, Translated, Shown };
-constexpr std::size_t delayStages = 5;
+enum class DelayStage { Heard, Transcribed, Asked, Translated, Held, Shown };
+constexpr std::size_t delayStages = 6;
 
 /// How late the captions are. Pure; times are milliseconds since the epoch.
 class DelayMeter {

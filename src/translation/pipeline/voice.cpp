@@ -15,6 +15,11 @@ std::vector<float> voiceSamples(const QByteArray &pcm)
     return samples;
 }
 
+std::int64_t voiceUs(const QByteArray &pcm)
+{
+    return pcm.size() / 2 * 1'000'000 / 24000;
+}
+
 void queueVoice(AudioFifo &voiceQueue, const QByteArray &pcm)
 {
     voiceQueue.clear();

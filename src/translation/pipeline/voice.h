@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 
+#include <cstdint>
 #include <vector>
 
 namespace nimbara {
@@ -18,6 +19,9 @@ constexpr std::size_t voiceQueueLimit = static_cast<std::size_t>(maxVoiceBytes) 
 /// Little-endian 16-bit mono PCM at 24000 Hz as interleaved stereo at 48000 Hz, −1..1: every sample
 /// four times. An odd last byte is ignored.
 std::vector<float> voiceSamples(const QByteArray &pcm);
+
+/// How long the clip is, in microseconds.
+std::int64_t voiceUs(const QByteArray &pcm);
 
 /// Replaces what is left in the queue with the clip: only the newest phrase is spoken.
 void queueVoice(AudioFifo &voiceQueue, const QByteArray &pcm);

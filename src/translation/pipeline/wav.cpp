@@ -8,6 +8,10 @@ namespace nimbara {
 
 namespace {
 
+constexpr quint32 rate = 16000;
+constexpr quint16 bytesPerSample = 2;
+constexpr qsizetype headerBytes = 44;
+
 template <typename Value> void append(QByteArray &into, Value value)
 {
     std::array<char, sizeof(Value)> bytes {};
@@ -19,11 +23,9 @@ template <typename Value> void append(QByteArray &into, Value value)
 
 QByteArray wavFile(std::span<const std::int16_t> samples)
 {
-    constexpr quint32 rate = 16000;
-    constexpr quint16 bytesPerSample = 2;
     const auto dataBytes = static_cast<quint32>(samples.size_bytes());
     QByteArray file;
-    file.reserve(static_cast<qsizetype>(44 + samples.size_bytes()));
+    file.reserve(headerBytes + static_cast<qsizetype>(samples.size_bytes()));
     file += "RIFF";
     append<quint32>(file, dataBytes + 36);
     file += "WAVEfmt ";
@@ -40,6 +42,11 @@ QByteArray wavFile(std::span<const std::int16_t> samples)
         append<qint16>(file, sample);
     }
     return file;
+}
+
+std::int64_t wavUs(const QByteArray &file)
+{
+    return (file.size() - headerBytes) / bytesPerSample * 1'000'000 / rate;
 }
 
 } // namespace nimbara

@@ -11,4 +11,7 @@ namespace nimbara {
 /// little-endian.
 QByteArray wavFile(std::span<const std::int16_t> samples);
 
+/// How long such a file is, in microseconds.
+std::int64_t wavUs(const QByteArray &file);
+
 } // namespace nimbara

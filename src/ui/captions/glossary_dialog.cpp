@@ -125,6 +125,18 @@ void GlossaryDialog::takeEdit(int row)
     m_document.setTerms(terms());
 }
 
+void GlossaryDialog::propose(const QString &shown)
+{
+    const int row = m_table->rowCount() - 1;
+    {
+        const QSignalBlocker blocker(m_table); // no term yet
+        m_table->item(row, Shown)->setText(shown);
+        m_table->item(row, Language)->setText(m_language());
+    }
+    m_table->setCurrentCell(row, Said);
+    m_table->editItem(m_table->item(row, Said));
+}
+
 void GlossaryDialog::removeSelected()
 {
     std::set<int> rows;

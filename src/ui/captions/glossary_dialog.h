@@ -17,6 +17,9 @@ public:
     /// `document` must outlive the dialog. `language`: what a new term is translated into.
     GlossaryDialog(Document &document, std::function<QString()> language, QWidget *parent);
 
+    /// Writes down how a term is translated; the operator is asked how it is said.
+    void propose(const QString &shown);
+
 private:
     void showTerms();
     void appendRow(const Term &term);

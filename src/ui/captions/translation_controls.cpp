@@ -32,11 +32,13 @@ TranslationControls::TranslationControls(Studio &studio,
     : m_desk(studio.translation())
     , m_spoken(studio.spokenVerses())
     , m_document(studio.document())
+    , m_costs(studio.costs())
     , m_tab(tab)
 {
     show();
     bindKeyField(*tab.apiKey(), m_desk.key());
     connectTab();
+    connectHold();
     connectDesk(guard);
 }
 
@@ -62,7 +64,40 @@ void TranslationControls::connectTab()
     connect(tab, &TranslationTab::showSubtitlesChanged, desk, &TranslationDesk::setCaptionsShown);
     connect(tab, &TranslationTab::clearPressed, desk, &TranslationDesk::clearCaptions);
     connect(tab, &TranslationTab::glossaryPressed, this, &TranslationControls::openGlossary);
+    connect(tab, &TranslationTab::pricesPressed, this, &TranslationControls::openPrices);
+    connect(&m_costs, &CostDesk::changed, this, &TranslationControls::showCost);
     connect(tab, &TranslationTab::spokenOnAirChanged, &m_spoken, &SpokenVerses::setGoesOnAir);
+}
+
+void TranslationControls::connectHold()
+{
+    const HoldRow *row = m_tab.holdRow();
+    TranslationDesk *desk = &m_desk;
+    connect(&m_tab, &TranslationTab::holdChosen, desk, &TranslationDesk::setHoldSeconds);
+    connect(row, &HoldRow::editBegun, desk, &TranslationDesk::editHeld);
+    connect(row, &HoldRow::editLeft, desk, &TranslationDesk::leaveHeld);
+    connect(row, &HoldRow::changed, desk, &TranslationDesk::changeHeld);
+    connect(row, &HoldRow::dropped, desk, &TranslationDesk::dropHeld);
+    connect(row, &HoldRow::glossaryPressed, this, [this](const QString &words) {
+        openGlossary();
+        m_glossary->propose(words);
+    });
+    connect(desk, &TranslationDesk::heldChanged, this, &TranslationControls::showHeld);
+    showHeld();
+}
+
+/// The row has its place while there is anything to hold.
+void TranslationControls::showHeld()
+{
+    const auto &waiting = m_desk.held().waiting();
+    m_tab.holdRow()->setVisible(m_desk.holdSeconds() > 0 || !waiting.empty());
+    if (waiting.empty()) {
+        m_tab.holdRow()->showNext({});
+        return;
+    }
+    const CaptionHold::Held &next = waiting.front();
+    m_tab.holdRow()->showNext(
+        { next.id, next.caption.text, next.caption.original, waiting.size() - 1 });
 }
 
 void TranslationControls::connectDesk(const ErrorGuard &guard)
@@ -99,6 +134,22 @@ void TranslationControls::openGlossary()
     m_glossary->activateWindow();
 }
 
+void TranslationControls::openPrices()
+{
+    if (!m_prices) {
+        m_prices = new PricesDialog(m_costs, m_tab.window());
+        m_prices->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_prices->show();
+    m_prices->raise();
+    m_prices->activateWindow();
+}
+
+void TranslationControls::showCost()
+{
+    m_tab.showCost(nimbara_i18n::tr(m_costs.summary()), m_costs.isAnyNearLimit());
+}
+
 void TranslationControls::showDelay()
 {
     const DelayMeter::Figures figures = m_desk.delayFigures();
@@ -116,7 +167,9 @@ void TranslationControls::show()
         m_desk.liveMode(),
         m_desk.captionsShown(),
         static_cast<int>(m_desk.separator()),
-        m_spoken.goesOnAir() });
+        m_spoken.goesOnAir(),
+        m_desk.holdSeconds() });
+    showHeld();
     m_tab.showRunning(m_desk.running());
     m_tab.showRoad(nimbara_i18n::tr(nameOf(m_desk.road())));
     m_tab.setStartEnabled(!m_desk.isWaiting());

@@ -2,6 +2,7 @@
 
 #include "studio/studio.h"
 #include "ui/captions/glossary_dialog.h"
+#include "ui/captions/prices_dialog.h"
 #include "ui/captions/translation_tab.h"
 #include "ui/kit/error_guard.h"
 
@@ -23,13 +24,19 @@ private:
     void connectDesk(const ErrorGuard &guard);
     void show();
     void showDelay();
+    void connectHold();
+    void showHeld();
     void openGlossary();
+    void openPrices();
+    void showCost();
 
     TranslationDesk &m_desk;
     SpokenVerses &m_spoken;
     Document &m_document;
+    CostDesk &m_costs;
     TranslationTab &m_tab;
     QPointer<GlossaryDialog> m_glossary; ///< while it is open
+    QPointer<PricesDialog> m_prices; ///< the same
 };
 
 } // namespace nimbara

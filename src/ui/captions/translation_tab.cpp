@@ -1,6 +1,7 @@
 #include "ui/captions/translation_tab.h"
 
 #include "base/i18n.h"
+#include "translation/pipeline/caption_hold.h"
 #include "translation/service/languages.h"
 #include "ui/kit/controls.h"
 
@@ -31,6 +32,22 @@ QComboBox *makeTargetList()
     return list;
 }
 
+void setAmber(QLabel &label, bool amber)
+{
+    const QString style = amber ? QStringLiteral("color: #ffb300; font-weight: bold") : QString();
+    if (label.styleSheet() != style) {
+        label.setStyleSheet(style);
+    }
+}
+
+QSpinBox *makeHold()
+{
+    auto *seconds = named(new QSpinBox, "holdSeconds", nimbara_i18n::tr("Retener subtítulos"));
+    seconds->setRange(0, static_cast<int>(CaptionHold::longestMs / 1000));
+    seconds->setSuffix(QStringLiteral(" s"));
+    return seconds;
+}
+
 } // namespace
 
 TranslationTab::TranslationTab(QWidget *parent)
@@ -54,11 +71,16 @@ TranslationTab::TranslationTab(QWidget *parent)
           "separator",
           "Cómo se separan las frases en pantalla (cada pausa es una frase)"))
     , m_glossary(makeButton("Glosario…", "openGlossary"))
+    , m_prices(makeButton("Precios…", "openPrices"))
     , m_spokenOnAir(makeCheck("Versículos dichos, al aire por sí solos", "spokenGoesOnAir"))
+    , m_hold(makeHold())
+    , m_clearNow(makeButton("Borrar ya", "clearNow"))
+    , m_holdRow(new HoldRow)
     , m_status(named(makeNote("IA pausada · frases de 1,5 a 5 s + tiempo de API"), "aiStatus"))
     , m_road(named(new QLabel, "voiceRoad"))
     , m_delay(named(new QLabel, "captionDelay"))
     , m_delayCurve(named(new DelayCurve, "delayCurve"))
+    , m_cost(named(new QLabel, "translationCost"))
     , m_captionNotice(named(new QLabel, "captionNotice"))
     , m_heard(named(makeNote("Escuchado (texto original que reconoce la IA): "), "heard"))
     , m_bible(new BibleGroup)
@@ -89,6 +111,7 @@ void TranslationTab::addRows(QGridLayout &grid)
     // Each row shares its width in its own way: in columns of the grid the longest caption of every
     // row would add up to more than a small screen has.
     QLabel *label = makeNote("Idioma de la traducción");
+    QLabel *holdLabel = makeNote("Retener subtítulos");
     auto *separatorNote
         = makeNote("Cómo se separan las frases en pantalla (cada pausa es una frase)");
     int row = 0;
@@ -97,7 +120,8 @@ void TranslationTab::addRows(QGridLayout &grid)
             { label, m_target, m_toSpanish, m_toEnglish },
             { m_voice, m_live, m_showSubtitles },
             { separatorNote, m_separator, m_start, m_clear },
-            { m_glossary, m_spokenOnAir } }) {
+            { m_glossary, m_prices, m_spokenOnAir, holdLabel, m_hold, m_clearNow },
+            { m_holdRow } }) {
         auto *line = new QHBoxLayout;
         for (QWidget *widget : widgets) {
             line->addWidget(widget);
@@ -108,21 +132,22 @@ void TranslationTab::addRows(QGridLayout &grid)
     told->addWidget(m_road);
     told->addWidget(m_status, 1);
     told->addWidget(m_captionNotice);
-    grid.addLayout(told, 5, 0, 1, 4);
+    grid.addLayout(told, row++, 0, 1, 4);
     auto *heard = new QHBoxLayout;
     heard->addWidget(m_heard, 1);
+    heard->addWidget(m_cost);
     heard->addWidget(m_delay);
     heard->addWidget(m_delayCurve);
-    grid.addLayout(heard, 6, 0, 1, 4);
+    grid.addLayout(heard, row++, 0, 1, 4);
     grid.addWidget(
         makeNote("Al iniciar aceptas enviar la entrada seleccionada a OpenAI. Tiene costo de API.\n"
                  "La voz es sintética; no se reproduce en altavoces. Música y ruido afectan la "
                  "calidad."),
-        7,
+        row++,
         0,
         1,
         4);
-    grid.setRowStretch(9, 1);
+    grid.setRowStretch(row, 1);
 }
 
 /// The Bible stands beside the translation where there is room for both.
@@ -170,7 +195,10 @@ void TranslationTab::connectControls()
     connect(m_live, &QCheckBox::toggled, this, &TranslationTab::liveModeChanged);
     connect(m_showSubtitles, &QCheckBox::toggled, this, &TranslationTab::showSubtitlesChanged);
     connect(m_glossary, &QPushButton::clicked, this, &TranslationTab::glossaryPressed);
+    connect(m_prices, &QPushButton::clicked, this, &TranslationTab::pricesPressed);
     connect(m_spokenOnAir, &QCheckBox::toggled, this, &TranslationTab::spokenOnAirChanged);
+    connect(m_hold, &QSpinBox::valueChanged, this, &TranslationTab::holdChosen);
+    connect(m_clearNow, &QPushButton::clicked, this, &TranslationTab::clearPressed);
     connect(m_separator, &QComboBox::currentIndexChanged, this, &TranslationTab::separatorChosen);
 }
 
@@ -187,10 +215,12 @@ void TranslationTab::showSettings(const Settings &settings)
     check(m_spokenOnAir, settings.spokenOnAir);
     const QSignalBlocker target(m_target);
     const QSignalBlocker separator(m_separator);
+    const QSignalBlocker hold(m_hold);
     if (m_target->currentText().trimmed() != settings.target) { // blanks are typed on the way
         m_target->setCurrentText(settings.target);
     }
     m_separator->setCurrentIndex(settings.separator);
+    m_hold->setValue(settings.holdSeconds);
 }
 
 void TranslationTab::showDelay(const QString &summary, const QString &stages, bool grows)
@@ -198,10 +228,13 @@ void TranslationTab::showDelay(const QString &summary, const QString &stages, bo
     m_delay->setText(summary);
     m_delay->setToolTip(stages);
     m_delayCurve->setVisible(!summary.isEmpty());
-    const QString style = grows ? QStringLiteral("color: #ffb300; font-weight: bold") : QString();
-    if (m_delay->styleSheet() != style) {
-        m_delay->setStyleSheet(style);
-    }
+    setAmber(*m_delay, grows);
+}
+
+void TranslationTab::showCost(const QString &summary, bool nearLimit)
+{
+    m_cost->setText(summary);
+    setAmber(*m_cost, nearLimit);
 }
 
 void TranslationTab::showRunning(bool running)

@@ -2,6 +2,7 @@
 
 #include "ui/captions/bible_group.h"
 #include "ui/captions/delay_curve.h"
+#include "ui/captions/hold_row.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -9,6 +10,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QSpinBox>
 
 class QBoxLayout;
 class QGridLayout;
@@ -31,6 +33,7 @@ public:
         bool subtitles = true;
         int separator = 1;
         bool spokenOnAir = false;
+        int holdSeconds = 0;
     };
     /// Shows the settings without the signals of their controls.
     void showSettings(const Settings &settings);
@@ -45,9 +48,11 @@ public:
     void showRoad(const QString &text) { m_road->setText(text); }
     /// How late the captions are: empty when nothing is known; `grows` makes it amber.
     void showDelay(const QString &summary, const QString &stages, bool grows);
+    void showCost(const QString &summary, bool nearLimit);
     [[nodiscard]] DelayCurve *delayCurve() const { return m_delayCurve; }
     void showHeard(const QString &text) { m_heard->setText(text); }
 
+    [[nodiscard]] HoldRow *holdRow() const { return m_holdRow; }
     [[nodiscard]] BibleGroup *bible() const { return m_bible; }
     /// The height at which nothing has to be scrolled.
     [[nodiscard]] int heightForWidth(int width) const override;
@@ -65,7 +70,9 @@ Q_SIGNALS:
     void showSubtitlesChanged(bool on);
     void clearPressed();
     void glossaryPressed();
+    void pricesPressed();
     void spokenOnAirChanged(bool on);
+    void holdChosen(int seconds);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -88,11 +95,16 @@ private:
     QPushButton *m_clear;
     QComboBox *m_separator;
     QPushButton *m_glossary;
+    QPushButton *m_prices;
     QCheckBox *m_spokenOnAir;
+    QSpinBox *m_hold;
+    QPushButton *m_clearNow;
+    HoldRow *m_holdRow; ///< while anything is held, or may be
     QLabel *m_status;
     QLabel *m_road; ///< the way that the voice takes; empty when it takes none
     QLabel *m_delay;
     DelayCurve *m_delayCurve;
+    QLabel *m_cost;
     QLabel *m_captionNotice;
     QLabel *m_heard;
     BibleGroup *m_bible;

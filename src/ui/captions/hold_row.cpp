@@ -1,0 +1,123 @@
+#include "ui/captions/hold_row.h"
+
+#include "base/i18n.h"
+#include "translation/pipeline/corrected_words.h"
+#include "ui/kit/controls.h"
+
+#include <QFocusEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+
+#include <utility>
+
+namespace nimbara {
+
+HoldRow::HoldRow(QWidget *parent)
+    : QWidget(parent)
+    , m_text(named(new QLineEdit, "nextCaption", nimbara_i18n::tr("Siguiente subtítulo")))
+    , m_others(named(new QLabel, "heldBehind"))
+    , m_drop(makeButton("Descartar", "dropCaption"))
+    , m_toGlossary(makeButton("Al glosario…", "correctionToGlossary"))
+{
+    setObjectName(QStringLiteral("holdRow"));
+    m_text->setPlaceholderText(nimbara_i18n::tr("Siguiente subtítulo"));
+    m_text->installEventFilter(this);
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(m_text, 1);
+    row->addWidget(m_others);
+    row->addWidget(m_drop);
+    row->addWidget(m_toGlossary);
+    connect(m_text, &QLineEdit::textEdited, this, &HoldRow::begin);
+    connect(m_text, &QLineEdit::editingFinished, this, &HoldRow::finish);
+    // A click must not end the edit: its caption would leave, and the one behind it be dropped.
+    m_drop->setFocusPolicy(Qt::TabFocus);
+    connect(m_drop, &QPushButton::clicked, this, [this] {
+        m_isEdited = false;
+        Q_EMIT dropped(m_next.id);
+    });
+    connect(m_toGlossary, &QPushButton::clicked, this, [this] {
+        const QString words = m_correction;
+        showCorrection({});
+        Q_EMIT glossaryPressed(words);
+    });
+    showNext({});
+    showCorrection({});
+}
+
+void HoldRow::showNext(const Next &next)
+{
+    const bool isAnother = next.id != m_next.id;
+    m_next = next;
+    if (isAnother && std::exchange(m_isEdited, false)) {
+        m_text->clearFocus(); // what is still typed is not meant for this one
+    }
+    if (!m_isEdited && m_text->text() != next.text) {
+        m_text->setText(next.text);
+        m_text->setCursorPosition(0);
+    }
+    m_text->setToolTip(next.original);
+    m_text->setReadOnly(next.id == 0);
+    m_drop->setEnabled(next.id != 0);
+    m_others->setText(next.others == 0
+            ? QString()
+            : nimbara_i18n::tr("y %1 más").arg(static_cast<qulonglong>(next.others)));
+}
+
+void HoldRow::showCorrection(const QString &words)
+{
+    m_correction = words;
+    m_toGlossary->setEnabled(!words.isEmpty());
+    m_toGlossary->setToolTip(words);
+}
+
+void HoldRow::begin()
+{
+    if (m_next.id != 0 && !std::exchange(m_isEdited, true)) {
+        Q_EMIT editBegun(m_next.id);
+    }
+}
+
+void HoldRow::finish()
+{
+    if (!std::exchange(m_isEdited, false)) {
+        return;
+    }
+    const QString text = m_text->text().trimmed();
+    if (text == m_next.text) {
+        Q_EMIT editLeft(m_next.id);
+        return;
+    }
+    if (const QString words = correctedWords(m_next.text, text); !words.isEmpty()) {
+        showCorrection(words);
+    }
+    Q_EMIT changed(m_next.id, text);
+}
+
+void HoldRow::leave()
+{
+    if (std::exchange(m_isEdited, false)) {
+        m_text->setText(m_next.text);
+        Q_EMIT editLeft(m_next.id);
+    }
+}
+
+/// Who goes into the text means to change it: it must not leave meanwhile.
+bool HoldRow::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::FocusIn) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
+        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason) {
+            begin();
+        }
+    } else if (event->type() == QEvent::MouseButtonPress) {
+        begin();
+    } else if (event->type() == QEvent::KeyPress
+        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape && m_isEdited) {
+        leave();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+} // namespace nimbara

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QWidget>
+
+#include <cstdint>
+
+namespace nimbara {
+
+/// The caption that comes next, which the operator may change or drop while it is held. Shown while
+/// captions are held.
+class HoldRow : public QWidget {
+    Q_OBJECT
+public:
+    explicit HoldRow(QWidget *parent = nullptr);
+
+    struct Next {
+        std::int64_t id = 0; ///< 0: none is held
+        QString text;
+        QString original; ///< as it was said
+        std::size_t others = 0; ///< that are held behind it
+    };
+    /// What is being typed stays as long as its caption is the next one.
+    void showNext(const Next &next);
+
+Q_SIGNALS:
+    void editBegun(std::int64_t id);
+    /// The edit ended without a change.
+    void editLeft(std::int64_t id);
+    void changed(std::int64_t id, const QString &text);
+    void dropped(std::int64_t id);
+    /// The words that were corrected last are wanted in the glossary.
+    void glossaryPressed(const QString &words);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void begin();
+    void finish();
+    void leave();
+    void showCorrection(const QString &words);
+
+    QLineEdit *m_text;
+    QLabel *m_others;
+    QPushButton *m_drop;
+    QPushButton *m_toGlossary;
+    Next m_next;
+    bool m_isEdited = false;
+    QString m_correction; ///< not in the glossary yet
+};
+
+} // namespace nimbara

@@ -28,12 +28,29 @@ private Q_SLOTS:
     /// The device refuses the first mode; the next is asked for when the first has let go of it.
     void theNextModeDelivers()
     {
-        auto opening = open("videotestsrc is-live=true ! capsfilter caps=video/x-raw,width=64",
-            { mode(640), mode(64) });
+        const std::pair<std::string, std::vector<std::int32_t>> rows[] {
+            { "capsfilter caps=video/x-raw,width=64", { 640, 64 } }, // not even to be linked
+            { "rawvideoparse width=64 height=48 format=yuy2 framerate=30/1", { 640, 640, 64 } },
+        };
+        for (const auto &[refusal, asked] : rows) {
+            const RowName named(refusal.c_str());
+            m_asked.clear();
+            auto opening = open("videotestsrc is-live=true ! " + refusal, { mode(640), mode(64) });
+            QVERIFY(run(*opening, State::Delivers));
+            QCOMPARE(m_asked, asked);
+            QVERIFY(opening->mode() == mode(64) && opening->mayDoBetter());
+            QVERIFY(opening->camera()->frame());
+        }
+    }
+
+    /// Just plugged in, it breaks off once.
+    void aPassingFailureCostsNoMode()
+    {
+        m_first = fakeDevice({ .opens = "videotestsrc is-live=true ! identity error-after=1" });
+        auto opening = open("videotestsrc is-live=true", { mode(640), mode(64) });
         QVERIFY(run(*opening, State::Delivers));
-        QCOMPARE(m_asked, (std::vector<std::int32_t> { 640, 64 }));
-        QCOMPARE(opening->mode(), mode(64));
-        QVERIFY(opening->camera()->frame());
+        QCOMPARE(m_asked, (std::vector<std::int32_t> { 640, 640 }));
+        QVERIFY(opening->mode() == mode(640) && !opening->mayDoBetter());
     }
 
     void aSilentModeGivesWayAfterThreeSeconds()
@@ -42,7 +59,7 @@ private Q_SLOTS:
         for (const std::size_t attempts : { 1U, 2U }) {
             QTRY_VERIFY(opening->camera()
                 && opening->camera()->startOutcome() == PipelineStart::Outcome::Accepted);
-            for (const std::int64_t us : { 900'000, 3'000'000 }) { // its answer took time, too
+            for (const std::int64_t us : { 3'900'000, 3'000'000 }) { // its answer took time, too
                 m_clock.advanceUs(us);
                 QCOMPARE(opening->poll(), State::Underway);
                 QCOMPARE(m_asked.size(), attempts);
@@ -57,6 +74,8 @@ private Q_SLOTS:
             };
             QVERIFY(QTest::qWaitFor(isNext, 20'000));
         }
+        QTRY_VERIFY(opening->camera()->startOutcome() == PipelineStart::Outcome::Accepted);
+        QCOMPARE(opening->poll(), State::Underway);
         m_clock.advanceUs(4'000'001); // nothing comes after the last: it has the source's patience
         QVERIFY(run(*opening, State::Failed));
         QVERIFY(opening->starved());
@@ -70,7 +89,7 @@ private Q_SLOTS:
         QVERIFY(run(*opening, State::Failed));
         QVERIFY(!opening->starved());
         QVERIFY(opening->reason().spanish().startsWith(u"Fuente sin señal: "_s));
-        QCOMPARE(m_asked.size(), 2U);
+        QCOMPARE(m_asked.size(), 4U); // each twice
 
         m_asked.clear();
         m_refuses = true; // it is gone by then
@@ -124,15 +143,20 @@ private:
                     throw Error(Message("Falta"));
                 }
                 m_asked.push_back(asked->size.width);
-                return m_factory.camera({ 64, 36 }, device.get(), asked);
+                const DeviceRef opened = m_first ? std::exchange(m_first, {}) : device;
+                return m_factory.camera({ 64, 36 }, opened.get(), asked);
             },
             std::move(modes));
     }
-    static bool run(CameraOpening &opening, State wanted)
+    /// The clock runs between two attempts alone.
+    bool run(CameraOpening &opening, State wanted)
     {
         State state {};
-        return QTest::qWaitFor([&] { return (state = opening.poll()) != State::Underway; }, 20'000)
-            && state == wanted;
+        const auto isOver = [&] {
+            m_clock.advanceUs(opening.camera() ? 0 : 100'000);
+            return (state = opening.poll()) != State::Underway;
+        };
+        return QTest::qWaitFor(isOver, 20'000) && state == wanted;
     }
 
     ManualClock m_clock;
@@ -140,6 +164,7 @@ private:
     MediaFactory m_factory { m_clock, m_retirement };
     std::vector<std::int32_t> m_asked;
     bool m_refuses = false;
+    DeviceRef m_first; ///< what the first attempt opens instead, or none
 };
 
 NIMBARA_TEST(CameraOpeningTest)

@@ -35,8 +35,9 @@ CameraOpening::State CameraOpening::poll()
     if (m_camera) {
         return follow();
     }
-    const bool isFree = m_before.expired() || m_clock.monotonicUs() - m_begunUs > patienceUs;
-    if (!isFree) {
+    const std::int64_t waitedUs = m_clock.monotonicUs() - m_begunUs;
+    const bool isFree = m_before.expired() || waitedUs > patienceUs;
+    if (!isFree || waitedUs < m_restUs) {
         return State::Underway;
     }
     const State state = openNext();
@@ -61,9 +62,25 @@ CameraOpening::State CameraOpening::follow()
     if (!m_camera->active()) {
         m_starved = m_camera->starved();
         m_reason = m_camera->takeMessage();
+        if (!m_starved) {
+            return retry(); // what breaks off has answered
+        }
         return isAnswered ? giveUp() : State::Failed;
     }
     return isSilent && hasNext() ? giveUp() : State::Underway;
+}
+
+/// The present mode broke off.
+CameraOpening::State CameraOpening::retry()
+{
+    if (m_isRetried) {
+        m_mayDoBetter = true;
+        return giveUp();
+    }
+    m_isRetried = true;
+    --m_next;
+    leave(restUs);
+    return State::Underway;
 }
 
 /// The present mode is none.
@@ -73,10 +90,17 @@ CameraOpening::State CameraOpening::giveUp()
         return State::Failed;
     }
     logLine(QStringLiteral("Cámara: este modo no da imagen: ") + m_camera->label());
+    m_isRetried = false;
+    leave(0);
+    return State::Underway;
+}
+
+void CameraOpening::leave(std::int64_t pauseUs)
+{
     m_before = m_camera->presence();
     m_camera.reset();
     m_begunUs = m_clock.monotonicUs();
-    return State::Underway;
+    m_restUs = pauseUs;
 }
 
 CameraOpening::State CameraOpening::openNext()
@@ -89,6 +113,7 @@ CameraOpening::State CameraOpening::openNext()
             return State::Underway;
         } catch (const Error &error) {
             m_starved = false;
+            m_mayDoBetter = true;
             m_reason = error.message();
         }
     }

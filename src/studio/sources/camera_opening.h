@@ -17,11 +17,13 @@ using CameraOpener = std::function<MediaPtr(const std::optional<DeviceMode> &mod
 
 /// A camera on its way to its first picture. What a device offers it may yet fail to deliver, on a
 /// bus that is full or behind a bad cable: a mode without a picture for 3 s gives way to the next
-/// one. The next is opened when the one before has let go of the device. Interface thread only;
-/// never waits.
+/// one. One that breaks off is asked for once more after a moment, since a device that has just
+/// been plugged in may refuse at first what it can do well. An attempt begins when the one before
+/// has let go of the device. Interface thread only; never waits.
 class CameraOpening {
 public:
     static constexpr std::int64_t patienceUs = 3'000'000; ///< with a mode, and with one that leaves
+    static constexpr std::int64_t restUs = 500'000; ///< before a mode is asked for once more
 
     enum class State {
         Underway,
@@ -43,6 +45,8 @@ public:
     [[nodiscard]] const MediaPtr &camera() const { return m_camera; }
     /// What it was asked for last.
     [[nodiscard]] std::optional<DeviceMode> mode() const;
+    /// A mode before it broke off, other than by its silence: at another time it may work.
+    [[nodiscard]] bool mayDoBetter() const { return m_mayDoBetter; }
     /// Why the last attempt failed.
     [[nodiscard]] const Message &reason() const { return m_reason; }
     /// The last attempt failed because no picture came.
@@ -51,7 +55,9 @@ public:
 private:
     [[nodiscard]] bool hasNext() const { return m_next < m_modes.size(); }
     State follow();
+    State retry();
     State giveUp();
+    void leave(std::int64_t restUs);
     State openNext();
 
     const Clock &m_clock;
@@ -61,7 +67,10 @@ private:
     MediaPtr m_camera;
     std::weak_ptr<const void> m_before; ///< what still holds the device
     std::int64_t m_begunUs = 0; ///< the present step
+    std::int64_t m_restUs = 0; ///< at least, between the present attempt and the one before
     bool m_isAnswered = false; ///< the device has taken the present mode, or refused it
+    bool m_isRetried = false; ///< the present mode is asked for the second time
+    bool m_mayDoBetter = false;
     Message m_reason;
     bool m_starved = false;
 };

@@ -97,7 +97,7 @@ void Sources::install(MediaPtr camera, const Offer &from)
     m_cameraIndex = from.index;
     m_device = from.device;
     m_chosenMode = from.chosen;
-    m_mode = from.opening ? from.opening->mode() : m_camera->wantedMode();
+    m_mayDoBetter = from.opening && from.opening->mayDoBetter();
     m_firstFrameLogged = false;
 }
 
@@ -338,7 +338,7 @@ void Sources::reopenCamera()
 void Sources::reopen(const CaptureDevice &found)
 {
     try {
-        m_offer = { open(found, m_mode), m_cameraIndex, found, m_chosenMode, true };
+        m_offer = { open(found, m_chosenMode), m_cameraIndex, found, m_chosenMode, true };
     } catch (const Error &error) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
     }

@@ -80,6 +80,9 @@ public:
     [[nodiscard]] const std::optional<CaptureDevice> &cameraDevice() const { return m_device; }
     /// The mode that the operator chose for it; none: the best.
     [[nodiscard]] const std::optional<DeviceMode> &chosenMode() const { return m_chosenMode; }
+    /// It delivers in a lesser mode, since a better one broke off when it was opened. That may
+    /// pass: the next time it is opened the better one is tried first again.
+    [[nodiscard]] bool mayDoBetter() const { return m_mayDoBetter; }
     /// The camera's newest picture, or none.
     [[nodiscard]] FramePtr cameraFrame() const;
     /// Tells what a camera layer shows: the camera above, unless it names a device; then that one's
@@ -146,7 +149,7 @@ private:
     std::int32_t m_cameraIndex = testBars;
     std::optional<CaptureDevice> m_device;
     std::optional<DeviceMode> m_chosenMode;
-    std::optional<DeviceMode> m_mode; ///< in which the device delivers
+    bool m_mayDoBetter = false;
     Offer m_offer;
     bool m_refused = false; ///< the operator's last offer
     std::optional<Leaving> m_leaving; ///< the last one

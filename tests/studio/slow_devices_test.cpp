@@ -228,9 +228,19 @@ private Q_SLOTS:
 
     void aSearchThatHangsIsGivenUp()
     {
+        const DeviceRef brief
+            = plugIn({ .name = "Breve", .opens = "videotestsrc is-live=true num-buffers=9" });
         SlowDesk desk;
         QVERIFY(desk.list());
+        Layer layer = newLayer(LayerKind::Camera);
+        layer.uri = identityText(describeDevice(brief.get()).marks);
+        desk.setLayers({ layer });
+        const auto isThere = [&] { return desk.studio.sources().cameraOf(layer) != nullptr; };
+        QVERIFY(desk.runUntil(isThere));
         hung = true;
+        QVERIFY(desk.runUntil([&] { return !isThere(); }));
+        setOpened(brief, "videotestsrc is-live=true");
+        QVERIFY(desk.runUntil(isThere)); // tried where it was
         desk.connectTo("Altar", "Consola");
         QVERIFY(desk.isTold("La búsqueda de dispositivos no responde; se prueba"));
         QVERIFY(desk.isTold(opened));

@@ -3,6 +3,7 @@
 #include "base/error.h"
 #include "base/log.h"
 #include "studio/sources/camera_slate.h"
+#include "studio/sources/device_return.h"
 
 #include <algorithm>
 #include <utility>
@@ -15,6 +16,7 @@ struct LayerCameras::Entry {
     DeviceIdentity identity;
     FramePtr slate;
     std::optional<CaptureDevice> device; ///< where it is
+    std::optional<CaptureDevice> last; ///< where it was; none: a search has not found it there
     std::unique_ptr<CameraOpening> opening; ///< on its way
     MediaPtr camera; ///< delivers
     std::weak_ptr<const void> leaving; ///< what still holds the device
@@ -110,7 +112,9 @@ void LayerCameras::name(const std::vector<QString> &named)
             entry->identity = identityFrom(each);
             entry->slate = cameraSlate(entry->identity.name);
             m_entries.push_back(std::move(entry));
-            m_searchedUs.reset();
+            if (!m_search.running()) {
+                m_searchedUs.reset();
+            }
         }
     }
 }
@@ -127,15 +131,35 @@ bool LayerCameras::isInHands(const Entry &entry) const
 void LayerCameras::search()
 {
     if (const std::optional<DeviceLists> present = m_search.poll()) {
+        m_silenceTold = false;
         resolve(present->video);
     }
     const bool isComplete = std::all_of(m_entries.begin(),
         m_entries.end(),
         [this](const auto &one) { return isInHands(*one); });
     const std::int64_t now = m_clock.monotonicUs();
-    if (!isComplete && !m_search.running() && (!m_searchedUs || now - *m_searchedUs > spacingUs)) {
-        m_searchedUs = now;
+    const std::int64_t patienceUs = m_search.running() ? DeviceReturn::patienceUs : spacingUs;
+    if (isComplete || (m_searchedUs && now - *m_searchedUs <= patienceUs)) {
+        return;
+    }
+    m_searchedUs = now;
+    if (m_search.running()) {
+        remember();
+    } else {
         m_search.start();
+    }
+}
+
+/// Another search would hang behind the one that does.
+void LayerCameras::remember()
+{
+    if (!std::exchange(m_silenceTold, true)) {
+        m_status(searchSilentText());
+    }
+    for (const auto &entry : m_entries) {
+        if (!entry->isSettled() && !entry->device) {
+            entry->device = entry->last;
+        }
     }
 }
 
@@ -159,6 +183,7 @@ void LayerCameras::resolve(const std::vector<CaptureDevice> &present)
         }
         entry.device
             = found[at].size() == 1 ? std::optional(present[found[at].front()]) : std::nullopt;
+        entry.last = entry.device;
         if (found[at].size() > 1 && !std::exchange(entry.isAsked, true)) {
             m_status(
                 Message("Hay varias cámaras como %1: elige cuál en las propiedades de la capa.",
@@ -226,7 +251,9 @@ void LayerCameras::drop(Entry &entry)
     entry.leaving = camera ? camera->presence() : std::weak_ptr<const void> {};
     entry.opening.reset();
     entry.camera.reset();
-    entry.device.reset();
+    if (entry.device) {
+        entry.last = std::exchange(entry.device, std::nullopt);
+    }
     entry.nextUs = m_clock.monotonicUs() + spacingUs;
 }
 

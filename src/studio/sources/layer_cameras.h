@@ -18,7 +18,9 @@ namespace nimbara {
 
 /// The cameras that layers name themselves, beside the principal one. Each device is opened once,
 /// however many layers name it, looked for every 3 s while it is not there, and opened again by
-/// itself; never another one in its place. Interface thread only; nothing in it waits.
+/// itself; never another one in its place. A search that does not answer for 5 s is told of once,
+/// and what was lost since the one before is tried where it was. Interface thread only; nothing in
+/// it waits.
 class LayerCameras {
 public:
     static constexpr std::int64_t spacingUs = 3'000'000; ///< between two searches or attempts
@@ -65,6 +67,7 @@ private:
     void name(const std::vector<QString> &named);
     void search();
     void resolve(const std::vector<CaptureDevice> &present);
+    void remember();
     void advance(Entry &entry);
     void open(Entry &entry);
     void follow(Entry &entry);
@@ -78,7 +81,8 @@ private:
     Report m_status;
     std::vector<std::unique_ptr<Entry>> m_entries;
     DeviceDiscovery m_search;
-    std::optional<std::int64_t> m_searchedUs;
+    std::optional<std::int64_t> m_searchedUs; ///< none: a search is due
+    bool m_silenceTold = false;
 };
 
 } // namespace nimbara

@@ -2,9 +2,15 @@
 #include "media/sources/media_factory.h"
 #include "studio/sources/camera_arrival.h"
 #include "studio/sources/camera_opening.h"
+#include "studio/studio_fixture.h"
+#include "support/error_of.h"
 #include "support/fake_device.h"
-#include "support/manual_clock.h"
 #include "support/test_registry.h"
+
+#include <QScopeGuard>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -80,6 +86,44 @@ private Q_SLOTS:
         QVERIFY(run(*opening, State::Failed));
         QVERIFY(opening->starved());
         QCOMPARE(m_asked.size(), 3U);
+    }
+
+    /// A device that is still being let go of is not opened, on whatever way it was given up.
+    void waitsUntilTheDeviceIsFree()
+    {
+        using Way = void (*)(StudioFixture &);
+        const std::tuple<const char *, Way> ways[] {
+            { "bars",
+                [](StudioFixture &desk) {
+                    desk.studio.sources().setBars(desk.studio.sources().camera(), -1);
+                } },
+            { "withdrawn", [](StudioFixture &desk) { desk.studio.sources().withdrawCamera(); } },
+            { "refused", [](StudioFixture &desk) { desk.frame(4'000'001); } },
+            { "another",
+                [](StudioFixture &desk) {
+                    const DeviceRef other = fakeDevice({ .name = "Otra" });
+                    desk.studio.sources().offerCamera(1, describeDevice(other.get()), {});
+                    desk.studio.sources().withdrawCamera();
+                } },
+        };
+        for (const auto &[name, giveUp] : ways) {
+            const RowName row(name);
+            const QTemporaryDir folder; // neither opens nor stops until the pipe is written to
+            const QString pipe = folder.filePath(u"pipe"_s);
+            QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+            const DeviceRef device = fakeDevice({ .opens = "filesrc location=" + pipe.toStdString()
+                    + " ! rawvideoparse width=16 height=16 format=rgb" });
+            QFile writer(pipe);
+            StudioFixture desk;
+            const auto open = qScopeGuard([&] { writer.open(QIODevice::ReadWrite); });
+            Sources &sources = desk.studio.sources();
+            sources.offerCamera(0, describeDevice(device.get()), {});
+            giveUp(desk);
+            QVERIFY(!sources.offeredDevice());
+            setOpened(device, ""); // would be refused
+            const auto offer = [&] { sources.offerCamera(0, describeDevice(device.get()), {}); };
+            QCOMPARE(errorOf([&] { return offer(), 0; }), QString());
+        }
     }
 
     void tellsWhyTheLastModeFailed()

@@ -10,7 +10,7 @@ namespace nimbara {
 CameraOpening::CameraOpening(const Clock &clock,
     CameraOpener open,
     const std::vector<DeviceMode> &modes,
-    std::weak_ptr<const void> before)
+    DeviceHolders before)
     : m_clock(clock)
     , m_open(std::move(open))
     , m_modes(modes.begin(), modes.end())
@@ -20,7 +20,7 @@ CameraOpening::CameraOpening(const Clock &clock,
     if (m_modes.empty()) {
         m_modes.emplace_back();
     }
-    if (m_before.expired() && openNext() == State::Failed) {
+    if (areGone(m_before) && openNext() == State::Failed) {
         throw Error(m_reason);
     }
 }
@@ -30,13 +30,22 @@ std::optional<DeviceMode> CameraOpening::mode() const
     return m_next > 0 ? m_modes[m_next - 1] : std::nullopt;
 }
 
+DeviceHolders CameraOpening::holders() const
+{
+    DeviceHolders all = m_before;
+    if (m_camera) {
+        all.push_back(m_camera->presence());
+    }
+    return all;
+}
+
 CameraOpening::State CameraOpening::poll()
 {
     if (m_camera) {
         return follow();
     }
     const std::int64_t waitedUs = m_clock.monotonicUs() - m_begunUs;
-    const bool isFree = m_before.expired() || waitedUs > patienceUs;
+    const bool isFree = areGone(m_before) || waitedUs > patienceUs;
     if (!isFree || waitedUs < m_restUs) {
         return State::Underway;
     }
@@ -97,7 +106,7 @@ CameraOpening::State CameraOpening::giveUp()
 
 void CameraOpening::leave(std::int64_t pauseUs)
 {
-    m_before = m_camera->presence();
+    m_before = holders();
     m_camera.reset();
     m_begunUs = m_clock.monotonicUs();
     m_restUs = pauseUs;

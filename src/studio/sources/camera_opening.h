@@ -3,6 +3,7 @@
 #include "base/clock.h"
 #include "base/message.h"
 #include "media/sources/media.h"
+#include "studio/sources/leaving_devices.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -32,20 +33,22 @@ public:
     };
 
     /// `modes`: the best first; empty: what the camera likes. `before`: what holds the device as
-    /// yet, or none. Throws `Error` when the device is free and cannot be built in any mode.
+    /// yet. Throws `Error` when the device is free and cannot be built in any mode.
     CameraOpening(const Clock &clock,
         CameraOpener open,
         const std::vector<DeviceMode> &modes,
-        std::weak_ptr<const void> before = {});
+        DeviceHolders before = {});
 
     /// Takes the next step. Call on every run of the frame clock.
     State poll();
 
     /// The present attempt; none while the device is still held.
     [[nodiscard]] const MediaPtr &camera() const { return m_camera; }
+    /// What holds the device once this is given up.
+    [[nodiscard]] DeviceHolders holders() const;
     /// What it was asked for last.
     [[nodiscard]] std::optional<DeviceMode> mode() const;
-    /// A mode before it broke off, other than by its silence: at another time it may work.
+    /// A mode before it failed, other than by its silence: at another time it may work.
     [[nodiscard]] bool mayDoBetter() const { return m_mayDoBetter; }
     /// Why the last attempt failed.
     [[nodiscard]] const Message &reason() const { return m_reason; }
@@ -65,7 +68,7 @@ private:
     std::vector<std::optional<DeviceMode>> m_modes; ///< one at least
     std::size_t m_next = 0;
     MediaPtr m_camera;
-    std::weak_ptr<const void> m_before; ///< what still holds the device
+    DeviceHolders m_before; ///< what still holds the device
     std::int64_t m_begunUs = 0; ///< the present step
     std::int64_t m_restUs = 0; ///< at least, between the present attempt and the one before
     bool m_isAnswered = false; ///< the device has taken the present mode, or refused it

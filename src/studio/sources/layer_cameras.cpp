@@ -19,7 +19,6 @@ struct LayerCameras::Entry {
     std::optional<CaptureDevice> last; ///< where it was; none: a search has not found it there
     std::unique_ptr<CameraOpening> opening; ///< on its way
     MediaPtr camera; ///< delivers
-    std::weak_ptr<const void> leaving; ///< what still holds the device
     std::int64_t nextUs = 0; ///< not opened before
     bool isAsked = false; ///< the operator was told that several fit
 
@@ -102,6 +101,8 @@ void LayerCameras::name(const std::vector<QString> &named)
         if (isLeft(left) && heir != m_entries.end()) { // it names the same device
             (*heir)->camera = std::move(left->camera);
             (*heir)->opening = std::move(left->opening);
+        } else if (isLeft(left)) {
+            drop(*left);
         }
     }
     std::erase_if(m_entries, isLeft);
@@ -198,8 +199,7 @@ void LayerCameras::advance(Entry &entry)
         follow(entry);
     } else if (entry.camera) {
         watch(entry);
-    } else if (entry.device && entry.leaving.expired() && m_clock.monotonicUs() >= entry.nextUs
-        && !isInHands(entry)) {
+    } else if (entry.device && m_clock.monotonicUs() >= entry.nextUs && !isInHands(entry)) {
         open(entry);
     }
 }
@@ -213,7 +213,8 @@ void LayerCameras::open(Entry &entry)
             m_clock,
             [this, size, device = entry.device->device](
                 const auto &mode) { return m_factory.camera(size, device.get(), mode); },
-            modesToTry(entry.device->device.get(), size, std::nullopt));
+            modesToTry(entry.device->device.get(), size, std::nullopt),
+            m_leaving.holders(*entry.device));
     } catch (const Error &error) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
         entry.device.reset();
@@ -247,8 +248,10 @@ void LayerCameras::watch(Entry &entry)
 /// It is where it was, or somewhere else, or nowhere: the next search tells.
 void LayerCameras::drop(Entry &entry)
 {
-    const MediaPtr camera = entry.opening ? entry.opening->camera() : entry.camera;
-    entry.leaving = camera ? camera->presence() : std::weak_ptr<const void> {};
+    if (entry.device && entry.isSettled()) {
+        m_leaving.note(*entry.device,
+            entry.opening ? entry.opening->holders() : DeviceHolders { entry.camera->presence() });
+    }
     entry.opening.reset();
     entry.camera.reset();
     if (entry.device) {
@@ -278,19 +281,17 @@ bool LayerCameras::takeOver(const CaptureDevice &device, const MediaPtr &camera)
     return found != m_entries.end();
 }
 
-std::weak_ptr<const void> LayerCameras::release(const CaptureDevice &device)
+DeviceHolders LayerCameras::release(const CaptureDevice &device)
 {
     // It may be an entry's own, which is reset on the way.
     const CaptureDevice released = device; // NOLINT(performance-unnecessary-copy-initialization)
-    std::weak_ptr<const void> leaving;
     for (const auto &entry : m_entries) {
         if (entry->device && isSame(*entry->device, released) && entry->isSettled()) {
             drop(*entry);
-            leaving = entry->leaving;
             entry->device = released; // it is in other hands now
         }
     }
-    return leaving;
+    return m_leaving.holders(released);
 }
 
 } // namespace nimbara

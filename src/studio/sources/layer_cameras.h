@@ -55,8 +55,8 @@ public:
     MediaPtr handOver(const CaptureDevice &device);
     /// The device is the principal camera no more: takes it over; false when no layer names it.
     bool takeOver(const CaptureDevice &device, const MediaPtr &camera);
-    /// Somebody else opens the device: lets go of it. Expires when it is free.
-    std::weak_ptr<const void> release(const CaptureDevice &device);
+    /// Somebody else opens the device: lets go of it. Returns what holds it still.
+    DeviceHolders release(const CaptureDevice &device);
 
 private:
     struct Entry;
@@ -80,6 +80,7 @@ private:
     IsHeld m_isHeld;
     Report m_status;
     std::vector<std::unique_ptr<Entry>> m_entries;
+    LeavingDevices m_leaving;
     DeviceDiscovery m_search;
     std::optional<std::int64_t> m_searchedUs; ///< none: a search is due
     bool m_silenceTold = false;

@@ -6,6 +6,7 @@
 #include "studio/sources/camera_opening.h"
 #include "studio/sources/device_return.h"
 #include "studio/sources/layer_cameras.h"
+#include "studio/sources/leaving_devices.h"
 #include "studio/sources/on_air.h"
 #include "studio/sources/opening.h"
 #include "studio/sources/picture_shelf.h"
@@ -80,7 +81,7 @@ public:
     [[nodiscard]] const std::optional<CaptureDevice> &cameraDevice() const { return m_device; }
     /// The mode that the operator chose for it; none: the best.
     [[nodiscard]] const std::optional<DeviceMode> &chosenMode() const { return m_chosenMode; }
-    /// It delivers in a lesser mode, since a better one broke off when it was opened. That may
+    /// It delivers in a lesser mode, since a better one failed when it was opened. That may
     /// pass: the next time it is opened the better one is tried first again.
     [[nodiscard]] bool mayDoBetter() const { return m_mayDoBetter; }
     /// The camera's newest picture, or none.
@@ -121,16 +122,11 @@ private:
         bool returning = false; ///< nobody asked for it: a lost camera that is there again
     };
 
-    /// A device that was let go of and may yet be held by a pipeline on its way out.
-    struct Leaving {
-        CaptureDevice device;
-        std::weak_ptr<const void> presence;
-    };
-
     [[nodiscard]] std::unique_ptr<CameraOpening> open(const CaptureDevice &device,
         const std::optional<DeviceMode> &first);
     [[nodiscard]] std::unique_ptr<CameraOpening> openBars() const;
-    void letGo(const MediaPtr &camera, const std::optional<CaptureDevice> &device);
+    void letGo(const MediaPtr &camera);
+    Offer takeOffer();
     void install(MediaPtr camera, const Offer &from);
     [[nodiscard]] bool hasDevice(const CaptureDevice &device) const;
     void pollLayerCameras(const Project &project, const OnAir &onAir);
@@ -152,7 +148,7 @@ private:
     bool m_mayDoBetter = false;
     Offer m_offer;
     bool m_refused = false; ///< the operator's last offer
-    std::optional<Leaving> m_leaving; ///< the last one
+    LeavingDevices m_leaving;
     DeviceReturn m_return;
     bool m_firstFrameLogged = false;
     LayerCameras m_layerCameras;

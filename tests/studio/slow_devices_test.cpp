@@ -174,6 +174,9 @@ private Q_SLOTS:
                     "video/x-raw,format=YUY2,width=320,height=240,framerate={15/1,5/1}" });
         SlowDesk desk;
         QVERIFY(desk.list());
+        Layer quarter = newLayer(LayerKind::Camera);
+        std::tie(quarter.w, quarter.h) = std::pair(0.25, 0.25);
+        desk.setLayers({ quarter });
         DeviceChoice choice = choose(desk.devices, u"Galería"_s, {});
         choice.audio = 0;
         const auto slowly
@@ -202,6 +205,7 @@ private Q_SLOTS:
         setOpened(device, well); // it is lost, and comes back as it was
         QVERIFY(desk.pollUntil([&] { return slowly(), isWide(desk.studio.sources().camera()); }));
         const MediaPtr again = desk.studio.sources().camera();
+        QCOMPARE(again->frame()->size(), (FrameSize { 480, 270 })); // as it is shown
         QCOMPARE(connected({}), again);
     }
 

@@ -68,6 +68,12 @@ MediaPtr LayerCameras::find(const QString &named) const
     return found == m_entries.end() ? nullptr : (*found)->camera;
 }
 
+Media *LayerCameras::coming(const QString &named) const
+{
+    const Entry *entry = entryOf(named);
+    return entry != nullptr && entry->opening ? entry->opening->camera().get() : nullptr;
+}
+
 const CaptureDevice *LayerCameras::device(const QString &named) const
 {
     const Entry *entry = entryOf(named);

@@ -46,6 +46,8 @@ public:
 
     /// The camera, once it delivers; none when it is away, or in other hands.
     [[nodiscard]] MediaPtr find(const QString &named) const;
+    /// The one that is being opened and has no picture yet, or none.
+    [[nodiscard]] Media *coming(const QString &named) const;
     /// The device as it was found last, or none.
     [[nodiscard]] const CaptureDevice *device(const QString &named) const;
     /// Its name on a plain ground: what a layer shows of a camera that is not there.

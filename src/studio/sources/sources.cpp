@@ -296,12 +296,27 @@ void Sources::showOn(std::initializer_list<ShownScene> scenes) const
 {
     ShownBoxes boxes;
     for (const ShownScene &shown : scenes) {
-        boxes.add(shown, [this](const Layer &layer) { return cameraOf(layer).get(); });
+        boxes.add(shown, [this](const Layer &layer) { return comingTo(layer); });
     }
     boxes.tell();
     if (m_offer.opening && m_offer.opening->camera() && m_camera) {
         m_offer.opening->camera()->showIn(boxes.of(m_camera.get()));
     }
+}
+
+/// The camera of the layer, or what is about to be shown in it while its source is lost.
+Media *Sources::comingTo(const Layer &layer) const
+{
+    if (layer.kind != LayerKind::Camera) {
+        return m_sourceReturn.coming(layer);
+    }
+    if (const MediaPtr camera = cameraOf(layer)) {
+        return camera.get();
+    }
+    if (!layer.uri.isEmpty()) {
+        return m_layerCameras.coming(layer.uri);
+    }
+    return m_offer.opening ? m_offer.opening->camera().get() : nullptr;
 }
 
 void Sources::sweep(const SceneSets &scenes)

@@ -102,7 +102,8 @@ public:
     /// opened again (`SourceReturn`), in the programs too.
     void poll(const Project &project, OnAir &onAir);
 
-    /// Tells each source where the scenes show it; one that is shown nowhere stays as it is.
+    /// Tells each source where the scenes show it, also one that is on its way back; one that is
+    /// shown nowhere stays as it is.
     void showOn(std::initializer_list<ShownScene> scenes) const;
 
     /// Looks for a lost camera in the background, every 3 s, and shows it again once the very same
@@ -125,6 +126,7 @@ private:
     [[nodiscard]] std::unique_ptr<CameraOpening> open(const CaptureDevice &device,
         const std::optional<DeviceMode> &first);
     [[nodiscard]] std::unique_ptr<CameraOpening> openBars() const;
+    [[nodiscard]] Media *comingTo(const Layer &layer) const;
     void letGo(const MediaPtr &camera);
     Offer takeOffer();
     void install(MediaPtr camera, const Offer &from);

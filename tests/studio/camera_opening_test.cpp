@@ -146,6 +146,32 @@ private Q_SLOTS:
         m_refuses = false;
     }
 
+    /// Of 30 that are due; 24 are enough, and all seconds of the last five have to be short.
+    void tellsAHiccupFromLackOfLight()
+    {
+        const std::tuple<std::vector<std::uint64_t>, double, bool> rows[] {
+            { { 30, 30, 30, 30, 30, 30 }, 30, false },
+            { { 30, 23, 23, 23, 23, 23 }, 23, true },
+            { { 23, 23, 23, 23 }, 23, false }, // too short a time
+            { { 23, 23, 24, 23, 23 }, 23.2, false },
+            { { 0, 0, 30, 30, 30 }, 18, false },
+            { { 15, 15, 15, 15, 15, 30 }, 18, false }, // light again
+        };
+        for (const auto &[seconds, rate, isShort] : rows) {
+            const RowName named(QByteArray::number(rate));
+            ArrivalRate arrival;
+            std::uint64_t arrived = 7;
+            std::int64_t nowUs = 1'000'000;
+            arrival.look(arrived, nowUs);
+            QVERIFY(!arrival.perSecond());
+            for (const std::uint64_t each : seconds) {
+                arrival.look(arrived += each, nowUs += ArrivalRate::spacingUs);
+            }
+            QCOMPARE(arrival.perSecond(), rate);
+            QCOMPARE(arrival.isShortOf(30), isShort);
+        }
+    }
+
     /// Asked for, agreed, coming in; a hint once it has been too little for 5 s.
     void tellsWhatComesIn()
     {

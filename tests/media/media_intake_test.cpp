@@ -139,6 +139,9 @@ private Q_SLOTS:
             const auto quiet
                 = device ? fakeDevice({ .opens = "appsrc is-live=true" }) : DeviceRef();
             Media media(m_clock, { size, quiet.get(), {}, {}, !device }, screens);
+            QTRY_COMPARE(media.startOutcome(), PipelineStart::Outcome::Accepted);
+            m_clock.advanceUs(device ? 3'900'000 : 0); // its answer took so long
+            media.pollSource();
             m_clock.advanceUs(limitUs);
             media.pollSource();
             QVERIFY(media.active());

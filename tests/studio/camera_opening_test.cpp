@@ -2,9 +2,15 @@
 #include "media/sources/media_factory.h"
 #include "studio/sources/camera_arrival.h"
 #include "studio/sources/camera_opening.h"
+#include "studio/studio_fixture.h"
+#include "support/error_of.h"
 #include "support/fake_device.h"
-#include "support/manual_clock.h"
 #include "support/test_registry.h"
+
+#include <QScopeGuard>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -28,12 +34,29 @@ private Q_SLOTS:
     /// The device refuses the first mode; the next is asked for when the first has let go of it.
     void theNextModeDelivers()
     {
-        auto opening = open("videotestsrc is-live=true ! capsfilter caps=video/x-raw,width=64",
-            { mode(640), mode(64) });
+        const std::pair<std::string, std::vector<std::int32_t>> rows[] {
+            { "capsfilter caps=video/x-raw,width=64", { 640, 64 } }, // not even to be linked
+            { "rawvideoparse width=64 height=48 format=yuy2 framerate=30/1", { 640, 640, 64 } },
+        };
+        for (const auto &[refusal, asked] : rows) {
+            const RowName named(refusal.c_str());
+            m_asked.clear();
+            auto opening = open("videotestsrc is-live=true ! " + refusal, { mode(640), mode(64) });
+            QVERIFY(run(*opening, State::Delivers));
+            QCOMPARE(m_asked, asked);
+            QVERIFY(opening->mode() == mode(64) && opening->mayDoBetter());
+            QVERIFY(opening->camera()->frame());
+        }
+    }
+
+    /// Just plugged in, it breaks off once.
+    void aPassingFailureCostsNoMode()
+    {
+        m_first = fakeDevice({ .opens = "videotestsrc is-live=true ! identity error-after=1" });
+        auto opening = open("videotestsrc is-live=true", { mode(640), mode(64) });
         QVERIFY(run(*opening, State::Delivers));
-        QCOMPARE(m_asked, (std::vector<std::int32_t> { 640, 64 }));
-        QCOMPARE(opening->mode(), mode(64));
-        QVERIFY(opening->camera()->frame());
+        QCOMPARE(m_asked, (std::vector<std::int32_t> { 640, 640 }));
+        QVERIFY(opening->mode() == mode(640) && !opening->mayDoBetter());
     }
 
     void aSilentModeGivesWayAfterThreeSeconds()
@@ -42,7 +65,7 @@ private Q_SLOTS:
         for (const std::size_t attempts : { 1U, 2U }) {
             QTRY_VERIFY(opening->camera()
                 && opening->camera()->startOutcome() == PipelineStart::Outcome::Accepted);
-            for (const std::int64_t us : { 900'000, 3'000'000 }) { // its answer took time, too
+            for (const std::int64_t us : { 3'900'000, 3'000'000 }) { // its answer took time, too
                 m_clock.advanceUs(us);
                 QCOMPARE(opening->poll(), State::Underway);
                 QCOMPARE(m_asked.size(), attempts);
@@ -57,10 +80,50 @@ private Q_SLOTS:
             };
             QVERIFY(QTest::qWaitFor(isNext, 20'000));
         }
+        QTRY_VERIFY(opening->camera()->startOutcome() == PipelineStart::Outcome::Accepted);
+        QCOMPARE(opening->poll(), State::Underway);
         m_clock.advanceUs(4'000'001); // nothing comes after the last: it has the source's patience
         QVERIFY(run(*opening, State::Failed));
         QVERIFY(opening->starved());
         QCOMPARE(m_asked.size(), 3U);
+    }
+
+    /// A device that is still being let go of is not opened, on whatever way it was given up.
+    void waitsUntilTheDeviceIsFree()
+    {
+        using Way = void (*)(StudioFixture &);
+        const std::tuple<const char *, Way> ways[] {
+            { "bars",
+                [](StudioFixture &desk) {
+                    desk.studio.sources().setBars(desk.studio.sources().camera(), -1);
+                } },
+            { "withdrawn", [](StudioFixture &desk) { desk.studio.sources().withdrawCamera(); } },
+            { "refused", [](StudioFixture &desk) { desk.frame(4'000'001); } },
+            { "another",
+                [](StudioFixture &desk) {
+                    const DeviceRef other = fakeDevice({ .name = "Otra" });
+                    desk.studio.sources().offerCamera(1, describeDevice(other.get()), {});
+                    desk.studio.sources().withdrawCamera();
+                } },
+        };
+        for (const auto &[name, giveUp] : ways) {
+            const RowName row(name);
+            const QTemporaryDir folder; // neither opens nor stops until the pipe is written to
+            const QString pipe = folder.filePath(u"pipe"_s);
+            QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+            const DeviceRef device = fakeDevice({ .opens = "filesrc location=" + pipe.toStdString()
+                    + " ! rawvideoparse width=16 height=16 format=rgb" });
+            QFile writer(pipe);
+            StudioFixture desk;
+            const auto open = qScopeGuard([&] { writer.open(QIODevice::ReadWrite); });
+            Sources &sources = desk.studio.sources();
+            sources.offerCamera(0, describeDevice(device.get()), {});
+            giveUp(desk);
+            QVERIFY(!sources.offeredDevice());
+            setOpened(device, ""); // would be refused
+            const auto offer = [&] { sources.offerCamera(0, describeDevice(device.get()), {}); };
+            QCOMPARE(errorOf([&] { return offer(), 0; }), QString());
+        }
     }
 
     void tellsWhyTheLastModeFailed()
@@ -70,7 +133,7 @@ private Q_SLOTS:
         QVERIFY(run(*opening, State::Failed));
         QVERIFY(!opening->starved());
         QVERIFY(opening->reason().spanish().startsWith(u"Fuente sin señal: "_s));
-        QCOMPARE(m_asked.size(), 2U);
+        QCOMPARE(m_asked.size(), 4U); // each twice
 
         m_asked.clear();
         m_refuses = true; // it is gone by then
@@ -81,6 +144,32 @@ private Q_SLOTS:
         QVERIFY(run(*opening, State::Failed));
         QCOMPARE(opening->reason(), Message("Falta"));
         m_refuses = false;
+    }
+
+    /// Of 30 that are due; 24 are enough, and all seconds of the last five have to be short.
+    void tellsAHiccupFromLackOfLight()
+    {
+        const std::tuple<std::vector<std::uint64_t>, double, bool> rows[] {
+            { { 30, 30, 30, 30, 30, 30 }, 30, false },
+            { { 30, 23, 23, 23, 23, 23 }, 23, true },
+            { { 23, 23, 23, 23 }, 23, false }, // too short a time
+            { { 23, 23, 24, 23, 23 }, 23.2, false },
+            { { 0, 0, 30, 30, 30 }, 18, false },
+            { { 15, 15, 15, 15, 15, 30 }, 18, false }, // light again
+        };
+        for (const auto &[seconds, rate, isShort] : rows) {
+            const RowName named(QByteArray::number(rate));
+            ArrivalRate arrival;
+            std::uint64_t arrived = 7;
+            std::int64_t nowUs = 1'000'000;
+            arrival.look(arrived, nowUs);
+            QVERIFY(!arrival.perSecond());
+            for (const std::uint64_t each : seconds) {
+                arrival.look(arrived += each, nowUs += ArrivalRate::spacingUs);
+            }
+            QCOMPARE(arrival.perSecond(), rate);
+            QCOMPARE(arrival.isShortOf(30), isShort);
+        }
     }
 
     /// Asked for, agreed, coming in; a hint once it has been too little for 5 s.
@@ -124,15 +213,20 @@ private:
                     throw Error(Message("Falta"));
                 }
                 m_asked.push_back(asked->size.width);
-                return m_factory.camera({ 64, 36 }, device.get(), asked);
+                const DeviceRef opened = m_first ? std::exchange(m_first, {}) : device;
+                return m_factory.camera({ 64, 36 }, opened.get(), asked);
             },
             std::move(modes));
     }
-    static bool run(CameraOpening &opening, State wanted)
+    /// The clock runs between two attempts alone.
+    bool run(CameraOpening &opening, State wanted)
     {
         State state {};
-        return QTest::qWaitFor([&] { return (state = opening.poll()) != State::Underway; }, 20'000)
-            && state == wanted;
+        const auto isOver = [&] {
+            m_clock.advanceUs(opening.camera() ? 0 : 100'000);
+            return (state = opening.poll()) != State::Underway;
+        };
+        return QTest::qWaitFor(isOver, 20'000) && state == wanted;
     }
 
     ManualClock m_clock;
@@ -140,6 +234,7 @@ private:
     MediaFactory m_factory { m_clock, m_retirement };
     std::vector<std::int32_t> m_asked;
     bool m_refuses = false;
+    DeviceRef m_first; ///< what the first attempt opens instead, or none
 };
 
 NIMBARA_TEST(CameraOpeningTest)

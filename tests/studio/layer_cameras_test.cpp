@@ -151,7 +151,7 @@ private Q_SLOTS:
         QCOMPARE(desk.cameras.find(textOf(0)), handed);
         QVERIFY(desk.pollUntil([&] { return desk.shows(0); }));
         const auto leaving = desk.cameras.release(*desk.cameras.device(textOf(0)));
-        QVERIFY(!desk.cameras.find(textOf(0)) && !leaving.expired()); // held here
+        QVERIFY(!desk.cameras.find(textOf(0)) && !areGone(leaving)); // held here
     }
 
     /// Of two alike the operator has to say which.

@@ -162,30 +162,51 @@ private Q_SLOTS:
         QVERIFY(!desk.statuses.contains(QString::fromUtf8(opened)));
     }
 
-    /// Another mode of the camera that is shown: it is opened anew, and only then.
+    /// Another mode of the camera that is shown, or a better one that failed before: it is opened
+    /// anew, and only then.
     void theOperatorChoosesTheMode()
     {
         const DeviceMode small { .format = u"YUY2"_s, .size = { 320, 240 }, .rate = { 15, 1 } };
-        plugIn({ .name = "Galería",
+        const std::string well = "videotestsrc is-live=true";
+        const std::string ill = " ! capsfilter caps=video/x-raw,width=320";
+        const DeviceRef device = plugIn({ .name = "Galería",
             .caps = "video/x-raw,format=YUY2,width=640,height=360,framerate=30/1;"
                     "video/x-raw,format=YUY2,width=320,height=240,framerate={15/1,5/1}" });
         SlowDesk desk;
         QVERIFY(desk.list());
+        Layer quarter = newLayer(LayerKind::Camera);
+        std::tie(quarter.w, quarter.h) = std::pair(0.25, 0.25);
+        desk.setLayers({ quarter });
         DeviceChoice choice = choose(desk.devices, u"Galería"_s, {});
         choice.audio = 0;
+        const auto slowly
+            = [&] { desk.clock.advanceUs(10'000); }; // a loaded machine is slow as well
         const auto connected = [&](std::optional<DeviceMode> mode) {
             choice.mode = std::move(mode);
             desk.statuses.clear();
             desk.studio.devices().connectSources(choice);
-            return desk.isTold(opened) ? desk.studio.sources().camera() : nullptr;
+            return desk.pollUntil([&] { return slowly(), desk.told(opened); })
+                ? desk.studio.sources().camera()
+                : nullptr;
+        };
+        const auto isWide = [](const MediaPtr &camera) {
+            return camera && camera->label().contains(u"width=(int)640"_s);
         };
         const MediaPtr best = connected({});
-        QVERIFY(best && best->label().contains(u"width=(int)640, height=(int)360"));
+        QVERIFY(isWide(best));
         const MediaPtr chosen = connected(small);
         QVERIFY(chosen && chosen->label().contains(u"width=(int)320, height=(int)240"));
         QCOMPARE(connected(small), chosen); // no flicker
-        const MediaPtr again = connected({});
-        QVERIFY(again && again != chosen && again->label().contains(u"width=(int)640"));
+        setOpened(device, well + ill);
+        const MediaPtr lesser = connected({});
+        QVERIFY(lesser && lesser != chosen && !isWide(lesser));
+        setOpened(device, well + " num-buffers=9" + ill);
+        QVERIFY(!isWide(connected({})));
+        setOpened(device, well); // it is lost, and comes back as it was
+        QVERIFY(desk.pollUntil([&] { return slowly(), isWide(desk.studio.sources().camera()); }));
+        const MediaPtr again = desk.studio.sources().camera();
+        QCOMPARE(again->frame()->size(), (FrameSize { 480, 270 })); // as it is shown
+        QCOMPARE(connected({}), again);
     }
 
     void metersAndClipLightsFollowTheInput()
@@ -211,9 +232,19 @@ private Q_SLOTS:
 
     void aSearchThatHangsIsGivenUp()
     {
+        const DeviceRef brief
+            = plugIn({ .name = "Breve", .opens = "videotestsrc is-live=true num-buffers=9" });
         SlowDesk desk;
         QVERIFY(desk.list());
+        Layer layer = newLayer(LayerKind::Camera);
+        layer.uri = identityText(describeDevice(brief.get()).marks);
+        desk.setLayers({ layer });
+        const auto isThere = [&] { return desk.studio.sources().cameraOf(layer) != nullptr; };
+        QVERIFY(desk.runUntil(isThere));
         hung = true;
+        QVERIFY(desk.runUntil([&] { return !isThere(); }));
+        setOpened(brief, "videotestsrc is-live=true");
+        QVERIFY(desk.runUntil(isThere)); // tried where it was
         desk.connectTo("Altar", "Consola");
         QVERIFY(desk.isTold("La búsqueda de dispositivos no responde; se prueba"));
         QVERIFY(desk.isTold(opened));

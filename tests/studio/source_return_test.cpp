@@ -115,6 +115,7 @@ private Q_SLOTS:
         desk.setLayers({});
         // The server may not listen yet.
         desk.studio.layers().addMedia(server.location());
+        desk.set(0, LayerField::Box, Box { 0.25, 0.25, 0.5, 0.5 });
         desk.studio.program().take();
         const auto shows = [&](const QColor &colour) {
             return isNear(centre(desk.pictures.streams), colour, 60)
@@ -128,8 +129,9 @@ private Q_SLOTS:
             inRealTime([&] { return desk.told("La fuente de red terminó; se vuelve a abrir."); }));
         QVERIFY(inRealTime([&] { return shows(Qt::black); }));
         server.start(u"blue"_s);
+        QVERIFY(inRealTime([&] { return desk.told("Fuente recuperada: "); }));
+        QCOMPARE(desk.source(0)->frame()->size(), (FrameSize { 960, 540 })); // from the first on
         QVERIFY(inRealTime([&] { return shows(Qt::blue); }));
-        QVERIFY(desk.told("Fuente recuperada: "));
         server.start(u"lime"_s);
         QVERIFY(inRealTime([&] { return shows(Qt::green); }));
     }

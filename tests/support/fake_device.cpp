@@ -66,6 +66,11 @@ DeviceRef fakeDevice(const FakeDeviceRecipe &recipe)
     return DeviceRef::sink(device);
 }
 
+void setOpened(const DeviceRef &device, const std::string &opens)
+{
+    g_object_set_data_full(G_OBJECT(device.get()), opensKey, g_strdup(opens.c_str()), g_free);
+}
+
 HiddenElement::HiddenElement(const char *factory)
     : m_feature(gst_registry_lookup_feature(gst_registry_get(), factory))
 {

@@ -18,6 +18,9 @@ struct FakeDeviceRecipe {
 
 DeviceRef fakeDevice(const FakeDeviceRecipe &recipe);
 
+/// From now on it opens that.
+void setOpened(const DeviceRef &device, const std::string &opens);
+
 /// Hides an element from this program while it lives, as if its plug-in were not installed.
 class HiddenElement {
 public:

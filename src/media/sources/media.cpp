@@ -10,6 +10,7 @@
 #include <gst/app/gstappsink.h>
 
 #include <cstring>
+#include <utility>
 
 namespace nimbara {
 
@@ -214,6 +215,10 @@ void Media::pollStreams(PipelineStart::Outcome start)
     takeSound();
     SampleRef sample = tryPull(m_parts.videoSink);
     const std::int64_t now = m_clock.monotonicUs();
+    const bool isAnswered = m_isDevice && start == PipelineStart::Outcome::Accepted;
+    if (isAnswered && !std::exchange(m_isAnswered, true)) {
+        m_lastFrameTime = now; // its answer may have taken long, too
+    }
     if (sample) {
         takePicture(std::move(sample), now);
     } else if (start == PipelineStart::Outcome::Accepted && streamsEnded()) {

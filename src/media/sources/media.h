@@ -135,6 +135,7 @@ private:
     bool m_isFile = false;
     bool m_isNetwork = false;
     bool m_hasKnownEnd = false;
+    bool m_isAnswered = false; ///< a device has taken what was asked of it
     std::int64_t m_lastFrameTime = 0;
     std::uint64_t m_frameCount = 0;
     Message m_message;

@@ -22,6 +22,7 @@ bool isSeen(const Layer &layer)
 
 PendingTake::PendingTake(const MediaFactory &factory,
     FrameSize frame,
+    FrameSize canvas,
     const Project &project,
     SceneSet set,
     std::int64_t nowUs)
@@ -42,6 +43,12 @@ PendingTake::PendingTake(const MediaFactory &factory,
         }
         file->isAwaited = file->isAwaited || isSeen(layer);
     }
+    LiveScene live { m_scene, {} };
+    live.layers.resize(m_scene->layers.size());
+    giveFilesTo(live);
+    ShownBoxes boxes;
+    boxes.add({ live, canvas }, [](const Layer & /*layer*/) { return nullptr; });
+    boxes.tell();
 }
 
 PendingTake::File *PendingTake::fileOf(const Layer &layer)
@@ -76,12 +83,17 @@ LiveScene PendingTake::goLive(Sources &sources)
         sources.pool().replace(file.layer, file.media);
     }
     LiveScene live = sources.live(m_scene);
+    giveFilesTo(live);
+    return live;
+}
+
+void PendingTake::giveFilesTo(LiveScene &live)
+{
     for (std::size_t place = 0; place < live.layers.size(); ++place) {
         if (const File *file = fileOf(m_scene->layers[place])) {
             live.layers[place].source = file->media;
         }
     }
-    return live;
 }
 
 } // namespace nimbara

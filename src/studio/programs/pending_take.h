@@ -18,10 +18,12 @@ public:
     /// µs; a file that has no picture by then goes on air without.
     static constexpr std::int64_t patienceUs = 1'000'000;
 
+    /// `frame`: of the streams; `canvas`: of the set's program, on which the files are shown.
     /// `nowUs`: the clock's time. Throws `Error` with the operator's text when a file cannot be
     /// opened.
     PendingTake(const MediaFactory &factory,
         FrameSize frame,
+        FrameSize canvas,
         const Project &project,
         SceneSet set,
         std::int64_t nowUs);
@@ -50,6 +52,7 @@ private:
         bool isAwaited = false;
     };
     [[nodiscard]] File *fileOf(const Layer &layer);
+    void giveFilesTo(LiveScene &live);
 
     SceneSet m_set;
     ScenePtr m_scene;

@@ -37,6 +37,7 @@ void ProgramControl::take()
     try {
         take.emplace(m_factory,
             m_stage.streamFrame(),
+            m_stage.frameOf(set),
             m_stage.document.project(),
             set,
             m_clock.monotonicUs());

@@ -1,5 +1,6 @@
 #include "studio/sources/camera_arrival.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace nimbara {
@@ -13,17 +14,53 @@ Message written(const std::optional<DeviceMode> &mode)
 
 } // namespace
 
-std::optional<Message> CameraArrival::poll(const Media *camera, std::int64_t nowUs)
+void ArrivalRate::look(std::uint64_t arrived, std::int64_t nowUs)
 {
-    const bool isAnother = camera != m_camera;
-    if (!isAnother && !m_looks.empty() && nowUs - m_looks.back().timeUs < spacingUs) {
+    m_looks.push_back({ nowUs, arrived });
+    while (m_looks.size() > 2 && nowUs - m_looks[1].timeUs >= windowUs) {
+        m_looks.pop_front();
+    }
+}
+
+bool ArrivalRate::isDue(std::int64_t nowUs) const
+{
+    return m_looks.empty() || nowUs - m_looks.back().timeUs >= spacingUs;
+}
+
+std::int64_t ArrivalRate::spanUs() const
+{
+    return m_looks.empty() ? 0 : m_looks.back().timeUs - m_looks.front().timeUs;
+}
+
+std::optional<double> ArrivalRate::perSecond() const
+{
+    if (spanUs() < spacingUs) {
         return std::nullopt;
     }
-    if (isAnother) {
-        m_camera = camera;
-        m_looks.clear();
+    return static_cast<double>(m_looks.back().arrived - m_looks.front().arrived) * 1e6
+        / static_cast<double>(spanUs());
+}
+
+bool ArrivalRate::isShortOf(double duePerSecond) const
+{
+    const auto isWell = [&](const Look &from, const Look &to) {
+        return static_cast<double>(to.arrived - from.arrived) * 1e6
+            >= duePerSecond * enough * static_cast<double>(to.timeUs - from.timeUs);
+    };
+    return spanUs() >= windowUs
+        && std::adjacent_find(m_looks.begin(), m_looks.end(), isWell) == m_looks.end();
+}
+
+std::optional<Message> CameraArrival::poll(const Media *camera, std::int64_t nowUs)
+{
+    if (camera == m_camera && !m_rate.isDue(nowUs)) {
+        return std::nullopt;
     }
-    look(camera, nowUs);
+    if (camera != m_camera) {
+        m_camera = camera;
+        m_rate = {};
+    }
+    m_rate.look(camera != nullptr ? camera->arrivedCount() : 0, nowUs);
     Message now = camera != nullptr && camera->isDevice() ? text(*camera) : Message();
     if (m_told && *m_told == now) {
         return std::nullopt;
@@ -31,40 +68,22 @@ std::optional<Message> CameraArrival::poll(const Media *camera, std::int64_t now
     return m_told = std::move(now);
 }
 
-void CameraArrival::look(const Media *camera, std::int64_t nowUs)
-{
-    m_looks.push_back({ nowUs, camera != nullptr ? camera->arrivedCount() : 0 });
-    while (m_looks.size() > 2 && nowUs - m_looks[1].timeUs >= windowUs) {
-        m_looks.pop_front();
-    }
-}
-
-std::optional<double> CameraArrival::perSecond() const
-{
-    const std::int64_t spanUs = m_looks.back().timeUs - m_looks.front().timeUs;
-    if (spanUs < spacingUs) {
-        return std::nullopt;
-    }
-    return static_cast<double>(m_looks.back().arrived - m_looks.front().arrived) * 1e6
-        / static_cast<double>(spanUs);
-}
-
 Message CameraArrival::text(const Media &camera) const
 {
+    const std::optional<DeviceMode> &wanted = camera.wantedMode();
     const std::optional<DeviceMode> &agreed = camera.agreedMode();
-    const std::optional<double> rate = perSecond();
+    const std::optional<double> rate = m_rate.perSecond();
     if (!agreed || !rate) {
-        return { "Pedido: %1", { written(camera.wantedMode()) } };
+        return { "Pedido: %1", { written(wanted) } };
     }
     Message text("Pedido: %1. Acordado: %2. Llega: %3 × %4, %5 imágenes por segundo.",
-        { written(camera.wantedMode()),
+        { written(wanted),
             written(agreed),
             Message::verbatim(QString::number(camera.receivedSize().width)),
             Message::verbatim(QString::number(camera.receivedSize().height)),
             Message::verbatim(QString::number(*rate, 'f', 1)) });
-    const bool isKnown
-        = agreed->rate.isKnown() && m_looks.back().timeUs - m_looks.front().timeUs >= windowUs;
-    if (!isKnown || *rate >= agreed->rate.perSecond() * enough) {
+    const FrameRate due = agreed->rate.isKnown() || !wanted ? agreed->rate : wanted->rate;
+    if (!due.isKnown() || !m_rate.isShortOf(due.perSecond())) {
         return text;
     }
     return text + Message(" Llegan menos de las acordadas: suele faltar luz.");

@@ -10,7 +10,7 @@ namespace nimbara {
 CameraOpening::CameraOpening(const Clock &clock,
     CameraOpener open,
     const std::vector<DeviceMode> &modes,
-    std::weak_ptr<const void> before)
+    DeviceHolders before)
     : m_clock(clock)
     , m_open(std::move(open))
     , m_modes(modes.begin(), modes.end())
@@ -20,7 +20,7 @@ CameraOpening::CameraOpening(const Clock &clock,
     if (m_modes.empty()) {
         m_modes.emplace_back();
     }
-    if (m_before.expired() && openNext() == State::Failed) {
+    if (areGone(m_before) && openNext() == State::Failed) {
         throw Error(m_reason);
     }
 }
@@ -30,13 +30,23 @@ std::optional<DeviceMode> CameraOpening::mode() const
     return m_next > 0 ? m_modes[m_next - 1] : std::nullopt;
 }
 
+DeviceHolders CameraOpening::holders() const
+{
+    DeviceHolders all = m_before;
+    if (m_camera) {
+        all.push_back(m_camera->presence());
+    }
+    return all;
+}
+
 CameraOpening::State CameraOpening::poll()
 {
     if (m_camera) {
         return follow();
     }
-    const bool isFree = m_before.expired() || m_clock.monotonicUs() - m_begunUs > patienceUs;
-    if (!isFree) {
+    const std::int64_t waitedUs = m_clock.monotonicUs() - m_begunUs;
+    const bool isFree = areGone(m_before) || waitedUs > patienceUs;
+    if (!isFree || waitedUs < m_restUs) {
         return State::Underway;
     }
     const State state = openNext();
@@ -61,9 +71,25 @@ CameraOpening::State CameraOpening::follow()
     if (!m_camera->active()) {
         m_starved = m_camera->starved();
         m_reason = m_camera->takeMessage();
+        if (!m_starved) {
+            return retry(); // what breaks off has answered
+        }
         return isAnswered ? giveUp() : State::Failed;
     }
     return isSilent && hasNext() ? giveUp() : State::Underway;
+}
+
+/// The present mode broke off.
+CameraOpening::State CameraOpening::retry()
+{
+    if (m_isRetried) {
+        m_mayDoBetter = true;
+        return giveUp();
+    }
+    m_isRetried = true;
+    --m_next;
+    leave(restUs);
+    return State::Underway;
 }
 
 /// The present mode is none.
@@ -73,10 +99,17 @@ CameraOpening::State CameraOpening::giveUp()
         return State::Failed;
     }
     logLine(QStringLiteral("Cámara: este modo no da imagen: ") + m_camera->label());
-    m_before = m_camera->presence();
+    m_isRetried = false;
+    leave(0);
+    return State::Underway;
+}
+
+void CameraOpening::leave(std::int64_t pauseUs)
+{
+    m_before = holders();
     m_camera.reset();
     m_begunUs = m_clock.monotonicUs();
-    return State::Underway;
+    m_restUs = pauseUs;
 }
 
 CameraOpening::State CameraOpening::openNext()
@@ -89,6 +122,7 @@ CameraOpening::State CameraOpening::openNext()
             return State::Underway;
         } catch (const Error &error) {
             m_starved = false;
+            m_mayDoBetter = true;
             m_reason = error.message();
         }
     }

@@ -3,6 +3,7 @@
 #include "base/clock.h"
 #include "base/message.h"
 #include "media/sources/media.h"
+#include "studio/sources/leaving_devices.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,11 +18,13 @@ using CameraOpener = std::function<MediaPtr(const std::optional<DeviceMode> &mod
 
 /// A camera on its way to its first picture. What a device offers it may yet fail to deliver, on a
 /// bus that is full or behind a bad cable: a mode without a picture for 3 s gives way to the next
-/// one. The next is opened when the one before has let go of the device. Interface thread only;
-/// never waits.
+/// one. One that breaks off is asked for once more after a moment, since a device that has just
+/// been plugged in may refuse at first what it can do well. An attempt begins when the one before
+/// has let go of the device. Interface thread only; never waits.
 class CameraOpening {
 public:
     static constexpr std::int64_t patienceUs = 3'000'000; ///< with a mode, and with one that leaves
+    static constexpr std::int64_t restUs = 500'000; ///< before a mode is asked for once more
 
     enum class State {
         Underway,
@@ -30,19 +33,23 @@ public:
     };
 
     /// `modes`: the best first; empty: what the camera likes. `before`: what holds the device as
-    /// yet, or none. Throws `Error` when the device is free and cannot be built in any mode.
+    /// yet. Throws `Error` when the device is free and cannot be built in any mode.
     CameraOpening(const Clock &clock,
         CameraOpener open,
         const std::vector<DeviceMode> &modes,
-        std::weak_ptr<const void> before = {});
+        DeviceHolders before = {});
 
     /// Takes the next step. Call on every run of the frame clock.
     State poll();
 
     /// The present attempt; none while the device is still held.
     [[nodiscard]] const MediaPtr &camera() const { return m_camera; }
+    /// What holds the device once this is given up.
+    [[nodiscard]] DeviceHolders holders() const;
     /// What it was asked for last.
     [[nodiscard]] std::optional<DeviceMode> mode() const;
+    /// A mode before it failed, other than by its silence: at another time it may work.
+    [[nodiscard]] bool mayDoBetter() const { return m_mayDoBetter; }
     /// Why the last attempt failed.
     [[nodiscard]] const Message &reason() const { return m_reason; }
     /// The last attempt failed because no picture came.
@@ -51,7 +58,9 @@ public:
 private:
     [[nodiscard]] bool hasNext() const { return m_next < m_modes.size(); }
     State follow();
+    State retry();
     State giveUp();
+    void leave(std::int64_t restUs);
     State openNext();
 
     const Clock &m_clock;
@@ -59,9 +68,12 @@ private:
     std::vector<std::optional<DeviceMode>> m_modes; ///< one at least
     std::size_t m_next = 0;
     MediaPtr m_camera;
-    std::weak_ptr<const void> m_before; ///< what still holds the device
+    DeviceHolders m_before; ///< what still holds the device
     std::int64_t m_begunUs = 0; ///< the present step
+    std::int64_t m_restUs = 0; ///< at least, between the present attempt and the one before
     bool m_isAnswered = false; ///< the device has taken the present mode, or refused it
+    bool m_isRetried = false; ///< the present mode is asked for the second time
+    bool m_mayDoBetter = false;
     Message m_reason;
     bool m_starved = false;
 };

@@ -212,7 +212,7 @@ DeviceConnection::Outcome DeviceConnection::connectCamera(const Wanted &wanted,
     const bool shown = bars
         ? m_sources.cameraIndex() == Sources::testBars && !m_sources.cameraDevice()
         : isSame(present, device, m_sources.cameraDevice())
-            && m_sources.chosenMode() == wanted.choice.mode;
+            && m_sources.chosenMode() == wanted.choice.mode && !m_sources.mayDoBetter();
     if (works && shown) {
         return Outcome::Connected;
     }

@@ -3,6 +3,7 @@
 #include "base/error.h"
 #include "base/log.h"
 #include "studio/sources/camera_slate.h"
+#include "studio/sources/device_return.h"
 
 #include <algorithm>
 #include <utility>
@@ -15,9 +16,9 @@ struct LayerCameras::Entry {
     DeviceIdentity identity;
     FramePtr slate;
     std::optional<CaptureDevice> device; ///< where it is
+    std::optional<CaptureDevice> last; ///< where it was; none: a search has not found it there
     std::unique_ptr<CameraOpening> opening; ///< on its way
     MediaPtr camera; ///< delivers
-    std::weak_ptr<const void> leaving; ///< what still holds the device
     std::int64_t nextUs = 0; ///< not opened before
     bool isAsked = false; ///< the operator was told that several fit
 
@@ -67,6 +68,12 @@ MediaPtr LayerCameras::find(const QString &named) const
     return found == m_entries.end() ? nullptr : (*found)->camera;
 }
 
+Media *LayerCameras::coming(const QString &named) const
+{
+    const Entry *entry = entryOf(named);
+    return entry != nullptr && entry->opening ? entry->opening->camera().get() : nullptr;
+}
+
 const CaptureDevice *LayerCameras::device(const QString &named) const
 {
     const Entry *entry = entryOf(named);
@@ -100,6 +107,8 @@ void LayerCameras::name(const std::vector<QString> &named)
         if (isLeft(left) && heir != m_entries.end()) { // it names the same device
             (*heir)->camera = std::move(left->camera);
             (*heir)->opening = std::move(left->opening);
+        } else if (isLeft(left)) {
+            drop(*left);
         }
     }
     std::erase_if(m_entries, isLeft);
@@ -110,7 +119,9 @@ void LayerCameras::name(const std::vector<QString> &named)
             entry->identity = identityFrom(each);
             entry->slate = cameraSlate(entry->identity.name);
             m_entries.push_back(std::move(entry));
-            m_searchedUs.reset();
+            if (!m_search.running()) {
+                m_searchedUs.reset();
+            }
         }
     }
 }
@@ -127,15 +138,35 @@ bool LayerCameras::isInHands(const Entry &entry) const
 void LayerCameras::search()
 {
     if (const std::optional<DeviceLists> present = m_search.poll()) {
+        m_silenceTold = false;
         resolve(present->video);
     }
     const bool isComplete = std::all_of(m_entries.begin(),
         m_entries.end(),
         [this](const auto &one) { return isInHands(*one); });
     const std::int64_t now = m_clock.monotonicUs();
-    if (!isComplete && !m_search.running() && (!m_searchedUs || now - *m_searchedUs > spacingUs)) {
-        m_searchedUs = now;
+    const std::int64_t patienceUs = m_search.running() ? DeviceReturn::patienceUs : spacingUs;
+    if (isComplete || (m_searchedUs && now - *m_searchedUs <= patienceUs)) {
+        return;
+    }
+    m_searchedUs = now;
+    if (m_search.running()) {
+        remember();
+    } else {
         m_search.start();
+    }
+}
+
+/// Another search would hang behind the one that does.
+void LayerCameras::remember()
+{
+    if (!std::exchange(m_silenceTold, true)) {
+        m_status(searchSilentText());
+    }
+    for (const auto &entry : m_entries) {
+        if (!entry->isSettled() && !entry->device) {
+            entry->device = entry->last;
+        }
     }
 }
 
@@ -159,6 +190,7 @@ void LayerCameras::resolve(const std::vector<CaptureDevice> &present)
         }
         entry.device
             = found[at].size() == 1 ? std::optional(present[found[at].front()]) : std::nullopt;
+        entry.last = entry.device;
         if (found[at].size() > 1 && !std::exchange(entry.isAsked, true)) {
             m_status(
                 Message("Hay varias cámaras como %1: elige cuál en las propiedades de la capa.",
@@ -173,8 +205,7 @@ void LayerCameras::advance(Entry &entry)
         follow(entry);
     } else if (entry.camera) {
         watch(entry);
-    } else if (entry.device && entry.leaving.expired() && m_clock.monotonicUs() >= entry.nextUs
-        && !isInHands(entry)) {
+    } else if (entry.device && m_clock.monotonicUs() >= entry.nextUs && !isInHands(entry)) {
         open(entry);
     }
 }
@@ -188,7 +219,8 @@ void LayerCameras::open(Entry &entry)
             m_clock,
             [this, size, device = entry.device->device](
                 const auto &mode) { return m_factory.camera(size, device.get(), mode); },
-            modesToTry(entry.device->device.get(), size, std::nullopt));
+            modesToTry(entry.device->device.get(), size, std::nullopt),
+            m_leaving.holders(*entry.device));
     } catch (const Error &error) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
         entry.device.reset();
@@ -222,11 +254,15 @@ void LayerCameras::watch(Entry &entry)
 /// It is where it was, or somewhere else, or nowhere: the next search tells.
 void LayerCameras::drop(Entry &entry)
 {
-    const MediaPtr camera = entry.opening ? entry.opening->camera() : entry.camera;
-    entry.leaving = camera ? camera->presence() : std::weak_ptr<const void> {};
+    if (entry.device && entry.isSettled()) {
+        m_leaving.note(*entry.device,
+            entry.opening ? entry.opening->holders() : DeviceHolders { entry.camera->presence() });
+    }
     entry.opening.reset();
     entry.camera.reset();
-    entry.device.reset();
+    if (entry.device) {
+        entry.last = std::exchange(entry.device, std::nullopt);
+    }
     entry.nextUs = m_clock.monotonicUs() + spacingUs;
 }
 
@@ -251,19 +287,17 @@ bool LayerCameras::takeOver(const CaptureDevice &device, const MediaPtr &camera)
     return found != m_entries.end();
 }
 
-std::weak_ptr<const void> LayerCameras::release(const CaptureDevice &device)
+DeviceHolders LayerCameras::release(const CaptureDevice &device)
 {
     // It may be an entry's own, which is reset on the way.
     const CaptureDevice released = device; // NOLINT(performance-unnecessary-copy-initialization)
-    std::weak_ptr<const void> leaving;
     for (const auto &entry : m_entries) {
         if (entry->device && isSame(*entry->device, released) && entry->isSettled()) {
             drop(*entry);
-            leaving = entry->leaving;
             entry->device = released; // it is in other hands now
         }
     }
-    return leaving;
+    return m_leaving.holders(released);
 }
 
 } // namespace nimbara

@@ -18,7 +18,9 @@ namespace nimbara {
 
 /// The cameras that layers name themselves, beside the principal one. Each device is opened once,
 /// however many layers name it, looked for every 3 s while it is not there, and opened again by
-/// itself; never another one in its place. Interface thread only; nothing in it waits.
+/// itself; never another one in its place. A search that does not answer for 5 s is told of once,
+/// and what was lost since the one before is tried where it was. Interface thread only; nothing in
+/// it waits.
 class LayerCameras {
 public:
     static constexpr std::int64_t spacingUs = 3'000'000; ///< between two searches or attempts
@@ -44,6 +46,8 @@ public:
 
     /// The camera, once it delivers; none when it is away, or in other hands.
     [[nodiscard]] MediaPtr find(const QString &named) const;
+    /// The one that is being opened and has no picture yet, or none.
+    [[nodiscard]] Media *coming(const QString &named) const;
     /// The device as it was found last, or none.
     [[nodiscard]] const CaptureDevice *device(const QString &named) const;
     /// Its name on a plain ground: what a layer shows of a camera that is not there.
@@ -53,8 +57,8 @@ public:
     MediaPtr handOver(const CaptureDevice &device);
     /// The device is the principal camera no more: takes it over; false when no layer names it.
     bool takeOver(const CaptureDevice &device, const MediaPtr &camera);
-    /// Somebody else opens the device: lets go of it. Expires when it is free.
-    std::weak_ptr<const void> release(const CaptureDevice &device);
+    /// Somebody else opens the device: lets go of it. Returns what holds it still.
+    DeviceHolders release(const CaptureDevice &device);
 
 private:
     struct Entry;
@@ -65,6 +69,7 @@ private:
     void name(const std::vector<QString> &named);
     void search();
     void resolve(const std::vector<CaptureDevice> &present);
+    void remember();
     void advance(Entry &entry);
     void open(Entry &entry);
     void follow(Entry &entry);
@@ -77,8 +82,10 @@ private:
     IsHeld m_isHeld;
     Report m_status;
     std::vector<std::unique_ptr<Entry>> m_entries;
+    LeavingDevices m_leaving;
     DeviceDiscovery m_search;
-    std::optional<std::int64_t> m_searchedUs;
+    std::optional<std::int64_t> m_searchedUs; ///< none: a search is due
+    bool m_silenceTold = false;
 };
 
 } // namespace nimbara

@@ -6,12 +6,12 @@
 
 namespace nimbara {
 
-void ShownBoxes::add(const ShownScene &shown, const CameraOf &camera)
+void ShownBoxes::add(const ShownScene &shown, const SourceOf &sourceOf)
 {
     for (std::size_t place = 0; place < shown.scene.layers.size(); ++place) {
         const Layer &layer = shown.scene.scene->layers[place];
-        Media *source = layer.kind == LayerKind::Camera ? camera(layer)
-                                                        : shown.scene.layers[place].source.get();
+        const MediaPtr &held = shown.scene.layers[place].source;
+        Media *source = layer.kind == LayerKind::Camera || !held ? sourceOf(layer) : held.get();
         const QRectF box = pixelBox(QRectF(layer.x, layer.y, layer.w, layer.h), shown.canvas);
         if (source != nullptr && layer.visible && layer.opacity > 0 && !box.isEmpty()) {
             boxesOf(source).push_back({ box.width(), box.height(), layer.cover });

@@ -17,11 +17,11 @@ struct ShownScene {
 /// Where each source is shown at this moment. Interface thread only.
 class ShownBoxes {
 public:
-    /// Tells the source of a camera layer, or none.
-    using CameraOf = std::function<Media *(const Layer &layer)>;
+    /// Tells the source of a camera layer and of one that the scene holds none for; or none.
+    using SourceOf = std::function<Media *(const Layer &layer)>;
 
     /// Adds what the scene shows.
-    void add(const ShownScene &shown, const CameraOf &camera);
+    void add(const ShownScene &shown, const SourceOf &sourceOf);
     /// Where the source is shown; empty: nowhere.
     [[nodiscard]] std::vector<PictureBox> of(const Media *source) const;
     /// Tells each source.

@@ -61,6 +61,14 @@ void SourceReturn::poll(const SceneSets &scenes, SourcePool &pool, OnAir &onAir)
     }
 }
 
+Media *SourceReturn::coming(const Layer &layer) const
+{
+    const auto found = std::find_if(m_lost.begin(), m_lost.end(), [&](const Lost &lost) {
+        return lost.next && lost.layer.source == layer.source && lost.layer.uri == layer.uri;
+    });
+    return found == m_lost.end() ? nullptr : found->next.get();
+}
+
 void SourceReturn::search(const SceneSets &scenes, SourcePool &pool, OnAir &onAir)
 {
     for (Lost &lost : m_lost) {

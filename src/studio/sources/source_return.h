@@ -25,6 +25,9 @@ public:
     /// programs is looked after; those of no layer are forgotten.
     void poll(const SceneSets &scenes, SourcePool &pool, OnAir &onAir);
 
+    /// The one that is being opened for the layer and has no picture yet, or none.
+    [[nodiscard]] Media *coming(const Layer &layer) const;
+
 private:
     struct Lost {
         Layer layer; ///< one that plays it

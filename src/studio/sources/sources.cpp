@@ -84,30 +84,27 @@ void Sources::follow(const SceneSets &scenes)
 void Sources::setBars(MediaPtr camera, std::int32_t index)
 {
     m_refused = m_refused || cameraOpening() == Opening::Underway;
-    m_offer = {};
+    takeOffer();
     install(std::move(camera), { nullptr, index, std::nullopt, std::nullopt });
 }
 
 void Sources::install(MediaPtr camera, const Offer &from)
 {
     if (m_camera && m_device && !m_layerCameras.takeOver(*m_device, m_camera)) {
-        letGo(m_camera, m_device);
+        letGo(m_camera);
     }
     m_camera = std::move(camera);
     m_cameraIndex = from.index;
     m_device = from.device;
     m_chosenMode = from.chosen;
-    m_mode = from.opening ? from.opening->mode() : m_camera->wantedMode();
+    m_mayDoBetter = from.opening && from.opening->mayDoBetter();
     m_firstFrameLogged = false;
 }
 
 std::unique_ptr<CameraOpening> Sources::open(const CaptureDevice &device,
     const std::optional<DeviceMode> &first)
 {
-    if (const auto held = m_layerCameras.release(device); !held.expired()) {
-        m_leaving = { device, held };
-    }
-    const bool isHeld = m_leaving && isSame(m_leaving->device, device);
+    m_leaving.note(device, m_layerCameras.release(device));
     const FrameSize size = m_frame();
     const auto camera = [this, size, source = device.device](const auto &mode) {
         return m_factory.camera(size, source.get(), mode);
@@ -115,7 +112,7 @@ std::unique_ptr<CameraOpening> Sources::open(const CaptureDevice &device,
     return std::make_unique<CameraOpening>(m_clock,
         camera,
         modesToTry(device.device.get(), size, first),
-        isHeld ? m_leaving->presence : std::weak_ptr<const void> {});
+        m_leaving.holders(device));
 }
 
 std::unique_ptr<CameraOpening> Sources::openBars() const
@@ -125,11 +122,21 @@ std::unique_ptr<CameraOpening> Sources::openBars() const
     return std::make_unique<CameraOpening>(m_clock, bars, std::vector<DeviceMode> {});
 }
 
-void Sources::letGo(const MediaPtr &camera, const std::optional<CaptureDevice> &device)
+/// The present camera's device is let go of.
+void Sources::letGo(const MediaPtr &camera)
 {
-    if (camera && device) {
-        m_leaving = { *device, camera->presence() };
+    if (camera && m_device) {
+        m_leaving.note(*m_device, { camera->presence() });
     }
+}
+
+/// Nothing is offered from now on; what was may hold its device for a while.
+Sources::Offer Sources::takeOffer()
+{
+    if (m_offer.opening && m_offer.device) {
+        m_leaving.note(*m_offer.device, m_offer.opening->holders());
+    }
+    return std::exchange(m_offer, {});
 }
 
 void Sources::offerCamera(std::int32_t index,
@@ -139,14 +146,15 @@ void Sources::offerCamera(std::int32_t index,
     if (device && !chosen) {
         if (MediaPtr open = m_layerCameras.handOver(*device)) {
             m_refused = false;
-            m_offer = {};
+            takeOffer();
             install(std::move(open), { nullptr, index, device, chosen });
             return;
         }
     }
     if (device && m_device && isSame(*device, *m_device)) {
-        letGo(std::exchange(m_camera, nullptr), m_device);
+        letGo(std::exchange(m_camera, nullptr));
     }
+    takeOffer();
     auto opening = device ? open(*device, chosen) : openBars();
     if (opening->camera()) {
         logLine(QStringLiteral("Cámara creada: ") + opening->camera()->label());
@@ -157,11 +165,8 @@ void Sources::offerCamera(std::int32_t index,
 
 void Sources::withdrawCamera()
 {
-    if (m_offer.opening) {
-        letGo(m_offer.opening->camera(), m_offer.device);
-    }
     m_refused = false;
-    m_offer = {};
+    takeOffer();
 }
 
 Opening Sources::cameraOpening() const
@@ -192,7 +197,7 @@ void Sources::pollOffer()
 
 void Sources::refuseOffer()
 {
-    const Offer refused = std::exchange(m_offer, {});
+    const Offer refused = takeOffer();
     const Message &reason = refused.opening->reason();
     if (refused.returning) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + reason.spanish());
@@ -211,7 +216,7 @@ void Sources::pollCamera()
 {
     pollOnce(m_camera.get(), true);
     if (m_device && m_camera && !m_camera->active()) {
-        letGo(std::exchange(m_camera, nullptr), m_device);
+        letGo(std::exchange(m_camera, nullptr));
     }
 }
 
@@ -220,8 +225,7 @@ bool Sources::hasDevice(const CaptureDevice &device) const
     const auto is = [&](const std::optional<CaptureDevice> &other) {
         return other && isSame(*other, device);
     };
-    return is(m_device) || is(m_offer.device)
-        || (m_leaving && isSame(m_leaving->device, device) && !m_leaving->presence.expired());
+    return is(m_device) || is(m_offer.device) || !m_leaving.holders(device).empty();
 }
 
 MediaPtr Sources::cameraOf(const Layer &layer) const
@@ -292,12 +296,27 @@ void Sources::showOn(std::initializer_list<ShownScene> scenes) const
 {
     ShownBoxes boxes;
     for (const ShownScene &shown : scenes) {
-        boxes.add(shown, [this](const Layer &layer) { return cameraOf(layer).get(); });
+        boxes.add(shown, [this](const Layer &layer) { return comingTo(layer); });
     }
     boxes.tell();
     if (m_offer.opening && m_offer.opening->camera() && m_camera) {
         m_offer.opening->camera()->showIn(boxes.of(m_camera.get()));
     }
+}
+
+/// The camera of the layer, or what is about to be shown in it while its source is lost.
+Media *Sources::comingTo(const Layer &layer) const
+{
+    if (layer.kind != LayerKind::Camera) {
+        return m_sourceReturn.coming(layer);
+    }
+    if (const MediaPtr camera = cameraOf(layer)) {
+        return camera.get();
+    }
+    if (!layer.uri.isEmpty()) {
+        return m_layerCameras.coming(layer.uri);
+    }
+    return m_offer.opening ? m_offer.opening->camera().get() : nullptr;
 }
 
 void Sources::sweep(const SceneSets &scenes)
@@ -337,8 +356,9 @@ void Sources::reopenCamera()
 
 void Sources::reopen(const CaptureDevice &found)
 {
+    takeOffer();
     try {
-        m_offer = { open(found, m_mode), m_cameraIndex, found, m_chosenMode, true };
+        m_offer = { open(found, m_chosenMode), m_cameraIndex, found, m_chosenMode, true };
     } catch (const Error &error) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
     }

@@ -6,6 +6,7 @@
 #include "studio/sources/camera_opening.h"
 #include "studio/sources/device_return.h"
 #include "studio/sources/layer_cameras.h"
+#include "studio/sources/leaving_devices.h"
 #include "studio/sources/on_air.h"
 #include "studio/sources/opening.h"
 #include "studio/sources/picture_shelf.h"
@@ -80,6 +81,9 @@ public:
     [[nodiscard]] const std::optional<CaptureDevice> &cameraDevice() const { return m_device; }
     /// The mode that the operator chose for it; none: the best.
     [[nodiscard]] const std::optional<DeviceMode> &chosenMode() const { return m_chosenMode; }
+    /// It delivers in a lesser mode, since a better one failed when it was opened. That may
+    /// pass: the next time it is opened the better one is tried first again.
+    [[nodiscard]] bool mayDoBetter() const { return m_mayDoBetter; }
     /// The camera's newest picture, or none.
     [[nodiscard]] FramePtr cameraFrame() const;
     /// Tells what a camera layer shows: the camera above, unless it names a device; then that one's
@@ -98,7 +102,8 @@ public:
     /// opened again (`SourceReturn`), in the programs too.
     void poll(const Project &project, OnAir &onAir);
 
-    /// Tells each source where the scenes show it; one that is shown nowhere stays as it is.
+    /// Tells each source where the scenes show it, also one that is on its way back; one that is
+    /// shown nowhere stays as it is.
     void showOn(std::initializer_list<ShownScene> scenes) const;
 
     /// Looks for a lost camera in the background, every 3 s, and shows it again once the very same
@@ -118,16 +123,12 @@ private:
         bool returning = false; ///< nobody asked for it: a lost camera that is there again
     };
 
-    /// A device that was let go of and may yet be held by a pipeline on its way out.
-    struct Leaving {
-        CaptureDevice device;
-        std::weak_ptr<const void> presence;
-    };
-
     [[nodiscard]] std::unique_ptr<CameraOpening> open(const CaptureDevice &device,
         const std::optional<DeviceMode> &first);
     [[nodiscard]] std::unique_ptr<CameraOpening> openBars() const;
-    void letGo(const MediaPtr &camera, const std::optional<CaptureDevice> &device);
+    [[nodiscard]] Media *comingTo(const Layer &layer) const;
+    void letGo(const MediaPtr &camera);
+    Offer takeOffer();
     void install(MediaPtr camera, const Offer &from);
     [[nodiscard]] bool hasDevice(const CaptureDevice &device) const;
     void pollLayerCameras(const Project &project, const OnAir &onAir);
@@ -146,10 +147,10 @@ private:
     std::int32_t m_cameraIndex = testBars;
     std::optional<CaptureDevice> m_device;
     std::optional<DeviceMode> m_chosenMode;
-    std::optional<DeviceMode> m_mode; ///< in which the device delivers
+    bool m_mayDoBetter = false;
     Offer m_offer;
     bool m_refused = false; ///< the operator's last offer
-    std::optional<Leaving> m_leaving; ///< the last one
+    LeavingDevices m_leaving;
     DeviceReturn m_return;
     bool m_firstFrameLogged = false;
     LayerCameras m_layerCameras;

@@ -38,13 +38,13 @@ private Q_SLOTS:
         StudioFixture desk;
         desk.studio.changeProfile(StreamProfile::Portrait);
         for (const auto &[set, size] :
-            { std::pair { 0, FrameSize { 540, 304 } }, { 1, { 960, 540 } } }) {
+            { std::pair { 0, FrameSize { 540, 304 } }, std::pair { 1, FrameSize { 960, 540 } } }) {
             desk.studio.program().setEditSet(set);
             desk.setLayers({});
             desk.studio.layers().addVideoFile(clip({ .width = 320, .height = 180 }));
             desk.set(0, LayerField::Box, Box { 0, 0, 0.5, 0.5 });
             QVERIFY(desk.takePrepared());
-            QCOMPARE(desk.source(0)->frame()->size(), size);
+            QVERIFY(desk.pollUntil([&] { return desk.source(0)->frame()->size() == size; }));
         }
     }
 

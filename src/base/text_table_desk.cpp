@@ -17,6 +17,9 @@ constexpr TextPair pairs[] = {
     TextPair { "Pegar", "Paste" },
     TextPair { "Plegar la cabecera", "Fold the header away" },
     TextPair { "Mostrar la cabecera", "Show the header" },
+    TextPair { "Clic o teclas 1 a 9: a Preparación. Doble clic: al aire. Arrastra para ordenar. "
+               "Ctrl+R: renombrar.",
+        "Click or keys 1 to 9: to Preview. Double click: on air. Drag to order. Ctrl+R: rename." },
     TextPair { "FUERA DEL AIRE", "OFF AIR" },
     TextPair { "AL AIRE", "ON AIR" },
     TextPair { "EN VIVO (%1)", "LIVE (%1)" },

@@ -12,6 +12,7 @@
 #include "ui/editor/layer_actions.h"
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
+#include "ui/editor/scene_tiles.h"
 #include "ui/kit/controls.h"
 #include "ui/kit/marks.h"
 #include "ui/kit/page_scroll.h"
@@ -35,6 +36,7 @@
 #include "ui/shell/project_row.h"
 #include "ui/shell/window_room.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QHBoxLayout>
@@ -59,6 +61,16 @@ namespace {
 constexpr const char *onboardingSetting = "onboarding_complete";
 constexpr int lowestTabs = 130; ///< pixels
 constexpr auto frameTimerInterval = 5ms;
+
+/// A key is a letter to whoever types, whatever else it is for.
+bool isTyping()
+{
+    const QWidget *focus = QApplication::focusWidget();
+    return qobject_cast<const QLineEdit *>(focus) != nullptr
+        || qobject_cast<const QPlainTextEdit *>(focus) != nullptr
+        || qobject_cast<const QTextEdit *>(focus) != nullptr
+        || qobject_cast<const QAbstractSpinBox *>(focus) != nullptr;
+}
 
 std::array<QString, OutputsTab::slots> destinationNames()
 {
@@ -87,6 +99,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_header(new HeaderRow)
     , m_project(new ProjectRow)
     , m_monitors(new Monitors)
+    , m_tiles(new SceneTiles)
     , m_controls(new ControlRow)
     , m_tabs(new SteadyTabs)
     , m_sceneTab(new SceneTab)
@@ -106,7 +119,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     m_editor = std::make_unique<SceneEditor>(m_studio,
         *m_dialogs,
         m_guard,
-        SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
+        SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls, *m_tiles });
     m_layerActions = std::make_unique<LayerActions>(m_studio,
         m_guard,
         *m_editor,
@@ -123,7 +136,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         ProjectControls::Views { *m_project, *m_controls, *m_audioTab, *m_outputsTab });
     m_onAir = std::make_unique<OnAirView>(m_studio,
         *this,
-        OnAirView::Views { *m_monitors, *m_sceneTab, *m_controls, *m_project });
+        OnAirView::Views { *m_monitors, *m_sceneTab, *m_tiles, *m_controls, *m_project });
     connectStudio();
     m_translation = std::make_unique<TranslationControls>(m_studio, m_guard, *m_translationTab);
     m_verses = std::make_unique<VerseControls>(m_studio,
@@ -189,7 +202,8 @@ void StudioWindow::layOut()
     m_room = std::make_unique<WindowRoom>(*this,
         WindowRoom::Rows { m_header,
             m_project,
-            { m_monitors, m_health, m_controls },
+            { m_monitors, m_health, m_tiles, m_controls },
+            m_tiles,
             m_tabs,
             { m_monitors->splitter(), m_sceneTab->splitter() },
             { new NoticeBar(m_studio.notices()), m_lostAudio, told } });
@@ -334,6 +348,13 @@ void StudioWindow::connectShortcuts()
     auto *space = new QShortcut(Qt::Key_Space, this);
     space->setAutoRepeat(false); // a key that is held down is one TAKE
     connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
+    for (int place = 0; place < 9; ++place) {
+        auto *number = new QShortcut(QKeySequence(Qt::Key_1 + place), this);
+        number->setAutoRepeat(false);
+        connect(number, &QShortcut::activated, this, [this, place] {
+            chooseSceneFromKeyboard(place);
+        });
+    }
     for (const auto &[key, direction] : { std::pair(Qt::Key_PageUp, VerseSteps::Direction::Back),
              std::pair(Qt::Key_PageDown, VerseSteps::Direction::On) }) {
         auto *shortcut = new QShortcut(key, this);
@@ -469,12 +490,15 @@ void StudioWindow::restartInOtherLanguage()
 
 void StudioWindow::takeFromKeyboard()
 {
-    const QWidget *focus = QApplication::focusWidget();
-    const bool typing = qobject_cast<const QLineEdit *>(focus) != nullptr
-        || qobject_cast<const QPlainTextEdit *>(focus) != nullptr
-        || qobject_cast<const QTextEdit *>(focus) != nullptr;
-    if (!typing) {
+    if (!isTyping()) {
         m_studio.program().take();
+    }
+}
+
+void StudioWindow::chooseSceneFromKeyboard(int place)
+{
+    if (!isTyping()) {
+        m_editor->showPlace(place);
     }
 }
 

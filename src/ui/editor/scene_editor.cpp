@@ -188,7 +188,7 @@ void SceneEditor::follow(const Change &change)
 /// One field: the cheap case, on every step of a drag.
 void SceneEditor::followField(const Layer &layer, LayerField field)
 {
-    if (field == LayerField::Name || field == LayerField::Visible) {
+    if (field == LayerField::Name || field == LayerField::Visible || field == LayerField::Locked) {
         m_views.tab.showLayer(layer);
     }
     m_views.tab.properties()->refresh(layer);

@@ -148,7 +148,7 @@ void SceneTab::write(QListWidgetItem &item, const Layer &layer) const
     item.setText(onAir ? itemText(layer) + QStringLiteral("   ●  ") + nimbara_i18n::tr("AL AIRE")
                        : itemText(layer));
     item.setData(Qt::ForegroundRole, onAir ? QVariant(QColor(0xff, 0xa0, 0x98)) : QVariant());
-    LayerList::setLayer(item, layer.id);
+    LayerList::setLayer(item, layer);
     item.setCheckState(layer.visible ? Qt::Checked : Qt::Unchecked);
 }
 
@@ -170,7 +170,8 @@ void SceneTab::showLayers(const Scene &scene, LayerId selected)
     }
     while (m_layers->count() < count) {
         auto *item = new QListWidgetItem(m_layers);
-        item->setFlags((item->flags() | Qt::ItemIsUserCheckable) & ~Qt::ItemIsDropEnabled);
+        item->setFlags((item->flags() | Qt::ItemIsUserCheckable | Qt::ItemIsEditable)
+            & ~Qt::ItemIsDropEnabled);
         item->setToolTip(nimbara_i18n::tr("Marca para mostrar, desmarca para ocultar"));
     }
     int marked = -1;

@@ -88,7 +88,7 @@ LayerId layerAt(const Scene &scene, const QRectF &frame, QPointF pointer)
 
 CanvasHit canvasHit(const Scene &scene, LayerId selected, const QRectF &frame, QPointF pointer)
 {
-    if (const Layer *layer = findLayer(scene, selected)) {
+    if (const Layer *layer = findLayer(scene, selected); layer != nullptr && !layer->locked) {
         const Handle handle = handleAt(layerRect(boxOf(*layer), frame), pointer);
         if (handle != Handle::None) {
             return { handle, selected };

@@ -41,7 +41,8 @@ Handle handleAt(const QRectF &rect, QPointF pointer);
 /// The front-most visible layer under the pointer, or none.
 LayerId layerAt(const Scene &scene, const QRectF &frame, QPointF pointer);
 
-/// What lies under the pointer: a handle of the selected layer comes before any layer.
+/// What lies under the pointer: a handle of the selected layer, unless that is locked, comes before
+/// any layer.
 struct CanvasHit {
     Handle handle = Handle::None;
     LayerId layer; ///< none; the selected one when a handle was hit

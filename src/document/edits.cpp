@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QUrl>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace nimbara {
@@ -108,6 +110,21 @@ struct Application {
         set.erase(set.begin() + static_cast<Offset>(place->scene));
         return result;
     }
+    SceneSets operator()(const MoveScene &edit) const
+    {
+        const auto place = placeOf(scenes, edit.scene);
+        if (!place) {
+            return scenes;
+        }
+        SceneSets result = scenes;
+        Scenes &set = result.of(place->set);
+        const auto from = set.begin() + static_cast<Offset>(place->scene);
+        const ScenePtr moved = *from;
+        set.erase(from);
+        set.insert(set.begin() + std::clamp(Offset { edit.place }, Offset { 0 }, std::ssize(set)),
+            moved);
+        return result;
+    }
     SceneSets operator()(const AddLayer &edit) const
     {
         const auto place = placeOf(scenes, edit.scene);
@@ -181,6 +198,7 @@ struct StepName {
     const char *operator()(const RenameScene &) const { return "Renombrar"; }
     const char *operator()(const DuplicateScene &) const { return "Duplicar"; }
     const char *operator()(const DeleteScene &) const { return "Eliminar escena"; }
+    const char *operator()(const MoveScene &) const { return "Cambiar orden"; }
     const char *operator()(const AddLayer &) const { return "Añadir fuente"; }
     const char *operator()(const DeleteLayer &) const { return "Eliminar fuente"; }
     const char *operator()(const MoveLayer &) const { return "Cambiar orden"; }
@@ -195,6 +213,7 @@ struct Subject {
     EditSubject operator()(const RenameScene &edit) const { return { edit.scene, {}, {} }; }
     EditSubject operator()(const DuplicateScene &edit) const { return { edit.copy, {}, {} }; }
     EditSubject operator()(const DeleteScene &edit) const { return { edit.scene, {}, {} }; }
+    EditSubject operator()(const MoveScene &edit) const { return { edit.scene, {}, {} }; }
     EditSubject operator()(const AddLayer &edit) const { return { edit.scene, edit.layer.id, {} }; }
     EditSubject operator()(const DeleteLayer &edit) const { return { {}, edit.layer, {} }; }
     EditSubject operator()(const MoveLayer &edit) const { return { {}, edit.layer, {} }; }

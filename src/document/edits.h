@@ -34,6 +34,11 @@ struct DuplicateScene {
 struct DeleteScene {
     SceneId scene;
 };
+/// Puts the scene at the place in its set, counted without it; beyond the last one is last.
+struct MoveScene {
+    SceneId scene;
+    std::int32_t place = 0;
+};
 /// Appends the layer, in front of all others; an unnamed one is named after its kind and its place
 /// ("Texto 3"). Refused with `Error` "Esta escena ya tiene una fuente de subtítulos." for a second
 /// subtitle layer.
@@ -88,6 +93,7 @@ using Edit = std::variant<AddScene,
     RenameScene,
     DuplicateScene,
     DeleteScene,
+    MoveScene,
     AddLayer,
     DeleteLayer,
     MoveLayer,

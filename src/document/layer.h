@@ -97,6 +97,7 @@ struct Layer {
     LayerKind kind = LayerKind::Camera;
     QString name; ///< the operator's label
     bool visible = true;
+    bool locked = false; ///< neither moved nor scaled on the canvas
     double opacity = 1.0; ///< 0..1
     double x = 0; ///< box, as fractions of the frame's width (x, w) and height (y, h)
     double y = 0;

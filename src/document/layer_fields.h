@@ -37,6 +37,7 @@ enum class LayerField : std::int32_t {
     Arrangement,
     Shows,
     Device,
+    Locked,
 };
 
 /// What such a field holds.

@@ -118,6 +118,7 @@ Layer layerFrom(const QJsonValue &value, const QString &folder)
     layer.kind = kindFromWord(members.text("kind"));
     layer.name = members.text("name");
     layer.visible = members.flag("visible", layer.visible);
+    layer.locked = members.flag("locked", layer.locked);
     layer.opacity = members.number("opacity", layer.opacity, 0, 1);
     setBox(layer, boxFrom(members));
     layer.path = members.text("path");

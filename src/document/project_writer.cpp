@@ -66,6 +66,9 @@ QJsonObject layerObject(const Layer &layer, const QString &folder)
         { QStringLiteral("h"), layer.h },
         { QStringLiteral("cover"), layer.cover },
     };
+    if (layer.locked) {
+        object[QLatin1String("locked")] = true;
+    }
     if (isText(layer.kind)) {
         addTextStyle(object, layer);
         if (layer.kind == LayerKind::Verse) {

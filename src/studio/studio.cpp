@@ -7,6 +7,7 @@
 #include "translation/service/languages.h"
 
 #include <chrono>
+#include <utility>
 
 namespace nimbara {
 
@@ -36,6 +37,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           m_factory,
           [this] { return m_stage.streamFrame(); },
           [this](const Message &text) { status(text); })
+    , m_scenePictures(m_stage, m_sources)
     , m_audio(clock, m_retirement, [this](const Message &text) { status(text); })
     , m_devices(clock,
           peers.permission ? std::move(peers.permission) : systemCapturePermission(),
@@ -157,6 +159,7 @@ void Studio::tick()
     const std::int64_t now = m_clock.monotonicUs();
     const std::optional<std::int64_t> frameTime = m_schedule.due(now);
     if (!frameTime) {
+        m_scenePictures.useTime(now, m_schedule.next());
         return;
     }
     m_sources.logFirstFrame();
@@ -165,7 +168,11 @@ void Studio::tick()
     Q_EMIT picturesMade(pictures);
     feedOutputs(pictures.streams, *frameTime);
     ++m_composed;
-    m_late += m_clock.monotonicUs() - *frameTime > FrameSchedule::periodUs ? 1 : 0;
+    const bool isLate = m_clock.monotonicUs() - *frameTime > FrameSchedule::periodUs;
+    m_late += isLate ? 1 : 0;
+    const std::int64_t skipped = m_schedule.skipped();
+    const bool hasSkipped = std::exchange(m_knownSkipped, skipped) != skipped;
+    m_scenePictures.frameMade(now, isLate || hasSkipped);
     measureHealth(now);
 }
 

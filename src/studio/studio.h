@@ -16,6 +16,7 @@
 #include "studio/programs/program_audio_desk.h"
 #include "studio/programs/program_control.h"
 #include "studio/programs/program_pictures.h"
+#include "studio/programs/scene_pictures.h"
 #include "studio/projects/layer_maker.h"
 #include "studio/projects/project_desk.h"
 #include "studio/projects/work_safety.h"
@@ -79,6 +80,7 @@ public:
     [[nodiscard]] DeviceConnection &devices() { return m_devices; }
     [[nodiscard]] ProgramAudioDesk &programAudio() { return m_programAudio; }
     [[nodiscard]] ProgramControl &program() { return m_program; }
+    [[nodiscard]] ScenePictures &scenePictures() { return m_scenePictures; }
     [[nodiscard]] LayerMaker &layers() { return m_layers; }
     [[nodiscard]] ImageIntake &images() { return m_images; }
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
@@ -153,6 +155,7 @@ private:
     ProgramPictures m_pictures;
     LegibilityWatch m_legibility;
     Sources m_sources;
+    ScenePictures m_scenePictures;
     AudioInput m_audio;
     DeviceConnection m_devices;
     ProgramAudioDesk m_programAudio;
@@ -182,6 +185,7 @@ private:
     Diagnostics m_diagnostics;
     FrameSchedule m_schedule;
     std::uint64_t m_composed = 0; ///< pictures since the start
+    std::int64_t m_knownSkipped = 0; ///< slots, when the last frame was made
     std::uint64_t m_late = 0; ///< of those, later than a period after their slot
 };
 

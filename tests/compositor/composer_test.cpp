@@ -262,6 +262,7 @@ private Q_SLOTS:
         const qint64 key = composer.compose(composition).cacheKey();
         composition.name = u"Otra"_s;
         composition.layers[0].name = u"Fondo"_s;
+        composition.layers[0].locked = true;
         composition.layers[1].x = 0.5;
         composition.camera = filled(2);
         composition.captions.phrases = { u"sin capa"_s };

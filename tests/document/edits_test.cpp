@@ -92,6 +92,15 @@ private Q_SLOTS:
         QVERIFY(applied(sets, RenameScene { all[0]->id, u" \t"_s }) == sets);
         QCOMPARE(streams(applied(sets, DeleteScene { all[0]->id })), u"Culto,z"_s);
         QVERIFY(applied(sets, DeleteScene { SceneId::make() }) == sets);
+        for (const auto &[scene, place, after] : { std::tuple { 0, 2, "Culto,z,a" },
+                 { 0, 9, "Culto,z,a" },
+                 { 2, 0, "z,a,Culto" },
+                 { 2, -1, "z,a,Culto" },
+                 { 1, 1, "a,Culto,z" } }) {
+            QCOMPARE(streams(applied(sets, MoveScene { all[scene]->id, place })),
+                QLatin1String(after));
+        }
+        QVERIFY(applied(sets, MoveScene { SceneId::make(), 0 }) == sets);
         const SceneSets only = scenesOf(u"Única"_s);
         QCOMPARE(refusal(only, DeleteScene { only.of(SceneSet::Streams)[0]->id }),
             u"Debe quedar al menos una escena"_s);

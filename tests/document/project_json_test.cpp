@@ -160,6 +160,7 @@ private Q_SLOTS:
         }
         Layer verse = newLayer(LayerKind::Verse);
         verse.paged = false;
+        verse.locked = true;
         verse.smallest = 75;
         verse.page = 2;
         verse.numbers = verse_numbers::raised;

@@ -29,9 +29,10 @@ public:
         const SceneId in = scene.id;
         const double part = 0.01 * double(pick(90));
         const QString text = QString::number(pick(100));
-        const std::array<Edit, 9> edits { DuplicateScene { in },
+        const std::array<Edit, 10> edits { DuplicateScene { in },
             AddScene { document.editing(), defaultScene(pick(2) == 0) },
             RenameScene { in, text },
+            MoveScene { in, static_cast<std::int32_t>(pick(4)) },
             AddLayer { in, newLayer(static_cast<LayerKind>(pick(7))) },
             DeleteLayer { layer },
             MoveLayer { layer, pick(2) == 0 ? 1 : -1 },

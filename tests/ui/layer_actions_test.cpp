@@ -85,6 +85,53 @@ private Q_SLOTS:
         QVERIFY(pasted == copied);
     }
 
+    void aLockedLayerStaysWhereItIsOnTheCanvas()
+    {
+        LayerDesk desk;
+        QVERIFY(desk.isActive());
+        const auto box = [&desk] { return boxOf(desk.layers()[2]); };
+        const auto drag = [&desk](QPointF from, QPointF by) {
+            auto *canvas = desk.find<Canvas>("canvas");
+            QTest::mousePress(canvas, Qt::LeftButton, {}, from.toPoint());
+            QTest::mouseMove(canvas, (from + by).toPoint());
+            QTest::mouseRelease(canvas, Qt::LeftButton, {}, (from + by).toPoint());
+        };
+        const QRectF frame = frameRect(desk.find<Canvas>("canvas")->size(), 16.0 / 9);
+        const QRectF place = layerRect(box(), frame);
+        desk.select(2);
+        const QListWidgetItem *front = desk.list()->item(0);
+        const QRect lock = LayerList::lockIn(desk.list()->visualItemRect(front));
+        QTest::mouseClick(desk.list()->viewport(), Qt::LeftButton, {}, lock.center());
+        QVERIFY(desk.layers()[2].locked);
+        QVERIFY(front->data(Qt::AccessibleTextRole).toString().endsWith(u"Bloqueada"_s));
+        const Box before = box();
+        drag(place.center(), { 20, 10 });
+        drag(place.topLeft(), { 20, 10 });
+        desk.key("canvas", Qt::Key_Right);
+        QVERIFY(box() == before);
+        QCOMPARE(desk.selected(), 2);
+        desk.key("canvas", Qt::CTRL | Qt::Key_K);
+        drag(place.center(), { 20, 10 });
+        QVERIFY(box() != before);
+    }
+
+    void aLayerIsRenamedInItsEntry()
+    {
+        LayerDesk desk;
+        QVERIFY(desk.isActive());
+        for (const auto &[typed, after] :
+            { std::pair { " Nombre ", "Nombrebc" }, { " ", "Nombrebc" } }) {
+            desk.key("layers", Qt::CTRL | Qt::Key_R);
+            auto *field = desk.list()->findChild<QLineEdit *>();
+            QVERIFY(field != nullptr && field->hasFocus());
+            QTest::keyClicks(field, QLatin1String(typed));
+            QTest::keyClick(field, Qt::Key_Return);
+            QCOMPARE(desk.names(), QLatin1String(after));
+            QTRY_VERIFY(desk.list()->findChild<QLineEdit *>() == nullptr);
+        }
+        QVERIFY(desk.list()->item(2)->text().contains(u"Nombre"_s));
+    }
+
     void aDraggedEntryMovesItsLayer()
     {
         for (const auto &[from, onto, lower, after] : { std::tuple { 0, 2, true, "cab" },

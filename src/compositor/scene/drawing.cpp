@@ -25,6 +25,7 @@ DrawnLayer drawnFields(Layer layer, FramePtr picture, FrameSize size, VersePager
     layer.id = {};
     layer.source = {};
     layer.name.clear();
+    layer.locked = false;
     layer.path.clear();
     layer.uri.clear();
     layer.sound = true;

@@ -45,9 +45,9 @@ public:
 
     /// Nothing is taken before another one hands over. Call before this becomes a tap.
     void waitForOther();
-    /// With the next key frame whose sound has not come yet the tracks end here and go on in `next`,
-    /// which waits for it and is a tap of the same encoder: no picture and no sound is missing or
-    /// doubled between the two.
+    /// With the next key frame whose sound has not come yet the tracks end here and go on in
+    /// `next`, which waits for it and is a tap of the same encoder: no picture and no sound is
+    /// missing or doubled between the two.
     void handOverTo(const std::shared_ptr<OutletInput> &next);
 
     /// There will be no next one; all goes on here.

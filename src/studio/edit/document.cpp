@@ -297,7 +297,7 @@ void Document::exchange(std::deque<Step> &from, std::deque<Step> &to)
     std::swap(m_project.terms, step.terms);
     m_runBroken = true;
     settleCurrent(before);
-    showWhere(before);
+    showWhere(before, step.subject.scene);
     Change change;
     change.scenes = !sameList(scenes(), before);
     change.current = true;
@@ -309,9 +309,13 @@ void Document::exchange(std::deque<Step> &from, std::deque<Step> &to)
     tell(change);
 }
 
-void Document::showWhere(const SceneSets &before)
+void Document::showWhere(const SceneSets &before, SceneId subject)
 {
-    if (const auto place = firstDifference(scenes(), before)) {
+    auto place = placeOf(scenes(), subject); // it may only have changed places
+    if (!place || scenes().of(place->set) == before.of(place->set)) {
+        place = firstDifference(scenes(), before);
+    }
+    if (place) {
         m_editing = place->set;
         m_project.setCurrentPlace(place->set, place->scene);
     }

@@ -121,7 +121,7 @@ private:
     {
         return m_project.current.at(static_cast<std::size_t>(set));
     }
-    void showWhere(const SceneSets &before);
+    void showWhere(const SceneSets &before, SceneId subject);
 
     const Clock &m_clock;
     Project m_project;

@@ -15,12 +15,15 @@ const QColor groundColor(0x08, 0x0c, 0x14);
 const QColor frameColor(0x5a, 0x6e, 0x8c);
 const QColor selectionColor(0x65, 0xb0, 0xed);
 
-void paintSelection(QPainter &painter, const QRectF &rect)
+void paintSelection(QPainter &painter, const QRectF &rect, bool locked)
 {
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(selectionColor, 2));
+    painter.setPen(QPen(selectionColor, 2, locked ? Qt::DashLine : Qt::SolidLine));
     painter.setBrush(Qt::NoBrush);
     painter.drawRect(rect);
+    if (locked) {
+        return; // nothing to grip
+    }
     painter.setPen(Qt::NoPen);
     painter.setBrush(selectionColor);
     for (const QPointF &corner : cornersOf(rect)) {
@@ -99,7 +102,7 @@ void Canvas::paintEvent(QPaintEvent * /*event*/)
     painter.drawRect(area);
     const ScenePtr current = scene();
     if (const Layer *layer = current ? findLayer(*current, m_selected) : nullptr) {
-        paintSelection(painter, layerRect(boxOf(*layer), area));
+        paintSelection(painter, layerRect(boxOf(*layer), area), layer->locked);
     }
 }
 
@@ -114,7 +117,7 @@ void Canvas::mousePressEvent(QMouseEvent *event)
         selectAt(hit.layer);
     }
     const Layer *layer = findLayer(*current, m_selected);
-    if (layer == nullptr) {
+    if (layer == nullptr || layer->locked) {
         endDrag();
         return;
     }
@@ -160,7 +163,7 @@ void Canvas::keyPressEvent(QKeyEvent *event)
     const int down = (event->key() == Qt::Key_Down ? 1 : 0) - (event->key() == Qt::Key_Up ? 1 : 0);
     const ScenePtr current = scene();
     const Layer *layer = current ? findLayer(*current, m_selected) : nullptr;
-    if (layer == nullptr || (right == 0 && down == 0)) {
+    if (layer == nullptr || layer->locked || (right == 0 && down == 0)) {
         QWidget::keyPressEvent(event);
         return;
     }
@@ -181,7 +184,8 @@ void Canvas::showPointerShape(const Scene &current, QPointF pointer)
         setCursor(Qt::SizeBDiagCursor);
         return;
     case Handle::None:
-        setCursor(hit.layer ? Qt::OpenHandCursor : Qt::ArrowCursor);
+        const Layer *layer = findLayer(current, hit.layer);
+        setCursor(layer != nullptr && !layer->locked ? Qt::OpenHandCursor : Qt::ArrowCursor);
     }
 }
 

@@ -27,13 +27,27 @@ LayerActions::LayerActions(Studio &studio,
     addPaste();
     add("Duplicar", QKeySequence(Qt::CTRL | Qt::Key_D), &LayerActions::duplicate);
     add("Mostrar u ocultar", QKeySequence(Qt::CTRL | Qt::Key_H), &LayerActions::toggle);
-    add("Renombrar", {}, &LayerActions::rename);
+    add("Bloquear o desbloquear", QKeySequence(Qt::CTRL | Qt::Key_K), &LayerActions::lock);
+    add("Renombrar", QKeySequence(Qt::CTRL | Qt::Key_R), &LayerActions::rename);
     add("Eliminar", QKeySequence::Delete, &LayerActions::remove);
     m_tab.layerList()->setContextMenuPolicy(Qt::ActionsContextMenu);
     connect(m_tab.layerList(), &LayerList::dragged, this, [this](LayerId layer, int places) {
         const std::vector<Edit> steps(static_cast<std::size_t>(std::abs(places)),
             MoveLayer { layer, places > 0 ? 1 : -1 });
         m_studio.document().apply(steps);
+    });
+    connect(m_tab.layerList(),
+        &LayerList::renamed,
+        this,
+        [this](LayerId layer, const QString &name) {
+            if (!name.trimmed().isEmpty()) {
+                m_studio.document().apply(SetField { layer, LayerField::Name, name.trimmed() });
+            }
+        });
+    connect(m_tab.layerList(), &LayerList::lockPressed, this, [this](LayerId id) {
+        if (const Layer *layer = findLayer(*m_studio.document().currentScene(), id)) {
+            lock(*layer);
+        }
     });
 }
 
@@ -100,9 +114,17 @@ void LayerActions::toggle(const Layer &layer)
     m_studio.document().apply(SetField { layer.id, LayerField::Visible, !layer.visible });
 }
 
+void LayerActions::lock(const Layer &layer)
+{
+    m_studio.document().apply(SetField { layer.id, LayerField::Locked, !layer.locked });
+}
+
 void LayerActions::rename(const Layer & /*layer*/)
 {
-    m_tab.properties()->editName();
+    LayerList *list = m_tab.layerList();
+    if (QListWidgetItem *entry = list->isVisible() ? list->currentItem() : nullptr) {
+        list->editItem(entry);
+    }
 }
 
 void LayerActions::remove(const Layer &layer)

@@ -17,8 +17,8 @@ class SceneEditor;
 class SceneTab;
 
 /// What an operator does with the selected layer by key or from the list's menu: copy, cut and
-/// paste, also into another scene or set, duplicate, show or hide, rename, delete. Each is a step
-/// of undo. The keys work where the list or the canvas has them. Interface thread only.
+/// paste, also into another scene or set, duplicate, show or hide, lock, rename, delete. Each is a
+/// step of undo. The keys work where the list or the canvas has them. Interface thread only.
 class LayerActions : public QObject {
     Q_OBJECT
 public:
@@ -39,6 +39,7 @@ private:
     void cut(const Layer &layer);
     void duplicate(const Layer &layer);
     void toggle(const Layer &layer);
+    void lock(const Layer &layer);
     void rename(const Layer &layer);
     void remove(const Layer &layer);
     void paste(Layer layer);

@@ -1,14 +1,104 @@
 #include "ui/editor/layer_list.h"
 
+#include "base/i18n.h"
+#include "ui/kit/marks.h"
+#include "ui/kit/name_delegate.h"
+
 #include <QDropEvent>
+#include <QHelpEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QToolTip>
 
 namespace nimbara {
+
+namespace {
+
+constexpr int nameRole = Qt::UserRole + 1;
+constexpr int lockedRole = Qt::UserRole + 2;
+constexpr int lockWidth = 26; ///< pixels at the right of an entry
+const QColor selectedGround(0x24, 0x5b, 0x8b);
+
+class LayerDelegate : public NameDelegate {
+public:
+    explicit LayerDelegate(LayerList *list)
+        : NameDelegate(list)
+        , m_list(*list)
+    {
+        nameOf = [](const QModelIndex &entry) { return entry.data(nameRole).toString(); };
+    }
+
+    void paint(QPainter *painter,
+        const QStyleOptionViewItem &option,
+        const QModelIndex &index) const override
+    {
+        QStyleOptionViewItem text = option;
+        text.rect.setRight(option.rect.right() - lockWidth);
+        NameDelegate::paint(painter, text, index);
+        QRect lock = LayerList::lockIn(option.rect);
+        if (option.state.testFlag(QStyle::State_Selected)) {
+            painter->fillRect(lock, selectedGround);
+        }
+        lockMark(index.data(lockedRole).toBool()).paint(painter, lock);
+    }
+
+    bool helpEvent(QHelpEvent *event,
+        QAbstractItemView *view,
+        const QStyleOptionViewItem &option,
+        const QModelIndex &index) override
+    {
+        if (event->type() != QEvent::ToolTip
+            || !LayerList::lockIn(option.rect).contains(event->pos())) {
+            return NameDelegate::helpEvent(event, view, option, index);
+        }
+        QToolTip::showText(event->globalPos(),
+            nimbara_i18n::tr(index.data(lockedRole).toBool()
+                    ? "Bloqueada: no se mueve en la preparación"
+                    : "Bloquear: no se moverá en la preparación"),
+            view);
+        return true;
+    }
+
+protected:
+    bool editorEvent(QEvent *event,
+        QAbstractItemModel *model,
+        const QStyleOptionViewItem &option,
+        const QModelIndex &index) override
+    {
+        const bool isClick = event->type() == QEvent::MouseButtonRelease
+            || event->type() == QEvent::MouseButtonDblClick;
+        if (!isClick
+            || !LayerList::lockIn(option.rect)
+                    .contains(static_cast<QMouseEvent *>(event)->position().toPoint())) {
+            return NameDelegate::editorEvent(event, model, option, index);
+        }
+        if (event->type() == QEvent::MouseButtonRelease) {
+            Q_EMIT m_list.lockPressed(LayerList::layerOf(*m_list.item(index.row())));
+        }
+        return true; // no renaming here
+    }
+
+private:
+    LayerList &m_list;
+};
+
+} // namespace
 
 LayerList::LayerList(QWidget *parent)
     : QListWidget(parent)
 {
     setDragDropMode(QAbstractItemView::InternalMove);
     setDragDropOverwriteMode(false);
+    setEditTriggers(QAbstractItemView::DoubleClicked);
+    setStyleSheet(QStringLiteral("QLineEdit { padding: 0 2px; border-radius: 3px; }"));
+    auto *delegate = new LayerDelegate(this);
+    setItemDelegate(delegate);
+    connect(delegate,
+        &NameDelegate::named,
+        this,
+        [this](const QModelIndex &entry, const QString &name) {
+            Q_EMIT renamed(layerOf(*item(entry.row())), name);
+        });
 }
 
 LayerId LayerList::layerOf(const QListWidgetItem &item)
@@ -16,9 +106,18 @@ LayerId LayerList::layerOf(const QListWidgetItem &item)
     return LayerId::of(item.data(Qt::UserRole).toULongLong());
 }
 
-void LayerList::setLayer(QListWidgetItem &item, LayerId layer)
+void LayerList::setLayer(QListWidgetItem &item, const Layer &layer)
 {
-    item.setData(Qt::UserRole, QVariant::fromValue(qulonglong { layer.value() }));
+    item.setData(Qt::UserRole, QVariant::fromValue(qulonglong { layer.id.value() }));
+    item.setData(nameRole, layer.name);
+    item.setData(lockedRole, layer.locked);
+    const QString told = item.text() + QStringLiteral(" · ") + nimbara_i18n::tr("Bloqueada");
+    item.setData(Qt::AccessibleTextRole, layer.locked ? QVariant(told) : QVariant());
+}
+
+QRect LayerList::lockIn(QRect entry)
+{
+    return { entry.right() - lockWidth + 1, entry.top(), lockWidth, entry.height() };
 }
 
 void LayerList::dropCurrent(QPoint place)

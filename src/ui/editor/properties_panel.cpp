@@ -130,15 +130,6 @@ void PropertiesPanel::refresh(const Layer &layer)
     }
 }
 
-void PropertiesPanel::editName()
-{
-    if (m_name != nullptr) {
-        ensureWidgetVisible(m_name);
-        m_name->setFocus();
-        m_name->selectAll();
-    }
-}
-
 void PropertiesPanel::showWaiting(LayerId layer, bool waiting)
 {
     if (layer == m_shown && m_waiting != nullptr) {

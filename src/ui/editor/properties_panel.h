@@ -43,8 +43,6 @@ public:
     void showCameras(const DeviceLists &devices);
     /// Shows or hides the note that an answer waits behind what the operator wrote.
     void showWaiting(LayerId layer, bool waiting);
-    /// Puts the keyboard into the layer's name, all of it selected.
-    void editName();
     /// The operator is writing into one of the fields.
     [[nodiscard]] bool isTyping() const;
 
@@ -132,7 +130,6 @@ private:
     QBoxLayout *m_column = nullptr; ///< that takes further rows
     std::vector<Group> m_groups;
     std::vector<Refresher> m_refreshers; ///< of all controls
-    QLineEdit *m_name = nullptr;
     QWidget *m_waiting = nullptr; ///< the note and button of an answer that waits
 };
 

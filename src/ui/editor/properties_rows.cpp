@@ -59,12 +59,12 @@ void PropertiesPanel::addCommonRows()
     });
     addRow(isAny, title);
 
-    m_name = named(new QLineEdit, "layerName", label("Nombre"));
-    connect(m_name, &QLineEdit::textEdited, this, [this](const QString &text) {
+    auto *name = named(new QLineEdit, "layerName", label("Nombre"));
+    connect(name, &QLineEdit::textEdited, this, [this](const QString &text) {
         Q_EMIT edited(m_shown, LayerField::Name, text);
     });
-    onRefresh([this](const Layer &layer) { showText(m_name, layer.name); });
-    addRow(isAny, "Nombre", m_name);
+    onRefresh([name](const Layer &layer) { showText(name, layer.name); });
+    addRow(isAny, "Nombre", name);
     addRow(isAny, "Posición", makePosition());
     addRow(isAny, "Alinear en pantalla", makeAlignmentGrid());
     addRow(isAny, "Opacidad", makeOpacity());

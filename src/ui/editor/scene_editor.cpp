@@ -32,6 +32,7 @@ SceneEditor::SceneEditor(Studio &studio, Dialogs &dialogs, const ErrorGuard &gua
 {
     connectCanvas();
     connectTab();
+    connectTiles();
     connectPanel();
     connectPanelQuestions();
     connectImages();
@@ -75,12 +76,36 @@ void SceneEditor::connectTab()
     connect(tab, &SceneTab::layerChecked, this, [this](LayerId layer, bool visible) {
         document().apply(SetField { layer, LayerField::Visible, visible });
     });
-    connect(&m_views.controls, &ControlRow::sceneChosen, this, [this](int index) {
-        const Scenes &scenes = document().editedScenes();
-        if (static_cast<std::size_t>(index) < scenes.size()) {
-            document().showScene(scenes[static_cast<std::size_t>(index)]->id);
-        }
+    connect(&m_views.controls, &ControlRow::sceneChosen, this, &SceneEditor::showPlace);
+}
+
+void SceneEditor::connectTiles()
+{
+    const SceneTiles *tiles = &m_views.tiles;
+    connect(tiles, &SceneTiles::chosen, this, [this](SceneId scene) {
+        document().showScene(scene);
     });
+    connect(tiles, &SceneTiles::taken, this, [this](SceneId scene) {
+        document().showScene(scene);
+        m_studio.program().take();
+    });
+    connect(tiles, &SceneTiles::moved, this, [this](SceneId scene, int place) {
+        document().apply(MoveScene { scene, place });
+    });
+    connect(tiles, &SceneTiles::renamed, this, [this](SceneId scene, const QString &name) {
+        document().apply(RenameScene { scene, name });
+    });
+    ScenePictures *pictures = &m_studio.scenePictures();
+    connect(tiles, &SceneTiles::shownChanged, pictures, &ScenePictures::setShown);
+    connect(pictures, &ScenePictures::made, tiles, &SceneTiles::showPicture);
+}
+
+void SceneEditor::showPlace(int place)
+{
+    const Scenes &scenes = document().editedScenes();
+    if (static_cast<std::size_t>(place) < scenes.size()) {
+        document().showScene(scenes[static_cast<std::size_t>(place)]->id);
+    }
 }
 
 void SceneEditor::connectPanel()
@@ -163,7 +188,7 @@ void SceneEditor::follow(const Change &change)
 /// One field: the cheap case, on every step of a drag.
 void SceneEditor::followField(const Layer &layer, LayerField field)
 {
-    if (field == LayerField::Name || field == LayerField::Visible) {
+    if (field == LayerField::Name || field == LayerField::Visible || field == LayerField::Locked) {
         m_views.tab.showLayer(layer);
     }
     m_views.tab.properties()->refresh(layer);
@@ -200,6 +225,7 @@ void SceneEditor::showSceneList()
     }
     m_views.controls.showScenes(names,
         static_cast<int>(document().project().currentPlace(document().editing())));
+    m_views.tiles.showScenes(document().editedScenes(), scene().id);
 }
 
 void SceneEditor::select(LayerId layer)

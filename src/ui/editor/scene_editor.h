@@ -4,6 +4,7 @@
 #include "ui/editor/canvas.h"
 #include "ui/editor/control_row.h"
 #include "ui/editor/scene_tab.h"
+#include "ui/editor/scene_tiles.h"
 #include "ui/kit/dialogs.h"
 #include "ui/kit/error_guard.h"
 
@@ -21,6 +22,7 @@ public:
         Canvas &canvas;
         SceneTab &tab;
         ControlRow &controls;
+        SceneTiles &tiles;
     };
 
     SceneEditor(Studio &studio, Dialogs &dialogs, const ErrorGuard &guard, Views views);
@@ -28,6 +30,8 @@ public:
     /// Shows everything, and selects the rearmost layer of the scene in PREVIEW.
     void showAll();
     void select(LayerId layer);
+    /// Shows the scene at that place of the edited set in PREVIEW, if there is one.
+    void showPlace(int place);
     /// A layer has been asked for that may take its time.
     void expectLayer() { m_expectedAt = m_turns; }
     /// Selects the layer that was expected, unless the operator types or has gone on to other work.
@@ -43,6 +47,7 @@ public:
 private:
     void connectCanvas();
     void connectTab();
+    void connectTiles();
     void connectPanel();
     void connectPanelQuestions();
     void connectImages();

@@ -154,7 +154,7 @@ void SceneTab::write(QListWidgetItem &item, const Layer &layer) const
     item.setToolTip(
         isWell ? nimbara_i18n::tr("Marca para mostrar, desmarca para ocultar") : trouble->second);
     item.setData(Qt::ForegroundRole, onAir ? QVariant(QColor(0xff, 0xa0, 0x98)) : QVariant());
-    LayerList::setLayer(item, layer.id);
+    LayerList::setLayer(item, layer);
     item.setCheckState(layer.visible ? Qt::Checked : Qt::Unchecked);
 }
 
@@ -184,7 +184,8 @@ void SceneTab::showLayers(const Scene &scene, LayerId selected)
     }
     while (m_layers->count() < count) {
         auto *item = new QListWidgetItem(m_layers);
-        item->setFlags((item->flags() | Qt::ItemIsUserCheckable) & ~Qt::ItemIsDropEnabled);
+        item->setFlags((item->flags() | Qt::ItemIsUserCheckable | Qt::ItemIsEditable)
+            & ~Qt::ItemIsDropEnabled);
     }
     int marked = -1;
     for (int row = 0; row < count; ++row) {

@@ -34,6 +34,20 @@ QIcon onAirMark()
     return QIcon(mark);
 }
 
+QIcon lockMark(bool locked)
+{
+    QPixmap mark(side, side);
+    mark.fill(Qt::transparent);
+    const QColor color = locked ? QColor(0xff, 0xd1, 0x66) : QColor(0x8f, 0xa6, 0xbf);
+    QPainter painter(&mark);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(color, 1.6));
+    painter.drawArc(QRectF(locked ? 4 : 7.5, 1.5, 6, 9), 0, 180 * 16);
+    painter.setBrush(locked ? QBrush(color) : QBrush(Qt::NoBrush));
+    painter.drawRect(QRectF(2.5, 6.5, 8.5, 6));
+    return QIcon(mark);
+}
+
 QIcon programIcon(bool streaming, bool recording)
 {
     QPixmap icon(QStringLiteral(":/logo.png"));

@@ -10,6 +10,8 @@ namespace nimbara {
 QIcon alarmMark();
 /// A filled dot in a ring: on air.
 QIcon onAirMark();
+/// A padlock, shut or open.
+QIcon lockMark(bool locked);
 /// The program's icon, with a dot at its right while it streams and a square at its left while it
 /// records.
 QIcon programIcon(bool streaming, bool recording);

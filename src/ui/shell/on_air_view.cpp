@@ -3,6 +3,7 @@
 #include "base/i18n.h"
 #include "ui/editor/control_row.h"
 #include "ui/editor/scene_tab.h"
+#include "ui/editor/scene_tiles.h"
 #include "ui/kit/marks.h"
 #include "ui/shell/monitors.h"
 #include "ui/shell/project_row.h"
@@ -91,6 +92,7 @@ void OnAirView::markScenes()
     });
     m_views.controls.showOnAir(
         found == scenes.end() ? -1 : static_cast<int>(found - scenes.begin()));
+    m_views.tiles.showOnAir(onAir == nullptr ? SceneId() : onAir->id);
     m_views.monitors.showPreview(m_studio.document().currentScene()->name);
 }
 

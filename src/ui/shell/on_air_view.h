@@ -13,6 +13,7 @@ class ControlRow;
 class Monitors;
 class ProjectRow;
 class SceneTab;
+class SceneTiles;
 
 /// Shows what others see and hear right now, wherever the operator looks: on the monitors, in the
 /// lists of scenes and layers, in the window's title and icon, and for how long it has gone on.
@@ -23,6 +24,7 @@ public:
     struct Views {
         Monitors &monitors;
         SceneTab &tab;
+        SceneTiles &tiles;
         ControlRow &controls;
         ProjectRow &project;
     };

@@ -13,6 +13,7 @@
 #include "ui/editor/legibility_view.h"
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
+#include "ui/editor/scene_tiles.h"
 #include "ui/kit/controls.h"
 #include "ui/kit/marks.h"
 #include "ui/kit/page_scroll.h"
@@ -36,6 +37,7 @@
 #include "ui/shell/project_row.h"
 #include "ui/shell/window_room.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QHBoxLayout>
@@ -60,6 +62,16 @@ namespace {
 constexpr const char *onboardingSetting = "onboarding_complete";
 constexpr int lowestTabs = 130; ///< pixels
 constexpr auto frameTimerInterval = 5ms;
+
+/// A key is a letter to whoever types, whatever else it is for.
+bool isTyping()
+{
+    const QWidget *focus = QApplication::focusWidget();
+    return qobject_cast<const QLineEdit *>(focus) != nullptr
+        || qobject_cast<const QPlainTextEdit *>(focus) != nullptr
+        || qobject_cast<const QTextEdit *>(focus) != nullptr
+        || qobject_cast<const QAbstractSpinBox *>(focus) != nullptr;
+}
 
 std::array<QString, OutputsTab::slots> destinationNames()
 {
@@ -88,6 +100,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_header(new HeaderRow)
     , m_project(new ProjectRow)
     , m_monitors(new Monitors)
+    , m_tiles(new SceneTiles)
     , m_controls(new ControlRow)
     , m_tabs(new SteadyTabs)
     , m_sceneTab(new SceneTab)
@@ -107,7 +120,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     m_editor = std::make_unique<SceneEditor>(m_studio,
         *m_dialogs,
         m_guard,
-        SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls });
+        SceneEditor::Views { *m_monitors->canvas(), *m_sceneTab, *m_controls, *m_tiles });
     m_layerActions = std::make_unique<LayerActions>(m_studio,
         m_guard,
         *m_editor,
@@ -125,7 +138,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         ProjectControls::Views { *m_project, *m_controls, *m_audioTab, *m_outputsTab });
     m_onAir = std::make_unique<OnAirView>(m_studio,
         *this,
-        OnAirView::Views { *m_monitors, *m_sceneTab, *m_controls, *m_project });
+        OnAirView::Views { *m_monitors, *m_sceneTab, *m_tiles, *m_controls, *m_project });
     connectStudio();
     m_translation = std::make_unique<TranslationControls>(m_studio, m_guard, *m_translationTab);
     m_verses = std::make_unique<VerseControls>(m_studio,
@@ -191,7 +204,8 @@ void StudioWindow::layOut()
     m_room = std::make_unique<WindowRoom>(*this,
         WindowRoom::Rows { m_header,
             m_project,
-            { m_monitors, m_health, m_controls },
+            { m_monitors, m_health, m_tiles, m_controls },
+            m_tiles,
             m_tabs,
             { m_monitors->splitter(), m_sceneTab->splitter() },
             { new NoticeBar(m_studio.notices()), m_lostAudio, told } });
@@ -336,6 +350,13 @@ void StudioWindow::connectShortcuts()
     auto *space = new QShortcut(Qt::Key_Space, this);
     space->setAutoRepeat(false); // a key that is held down is one TAKE
     connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
+    for (int place = 0; place < 9; ++place) {
+        auto *number = new QShortcut(QKeySequence(Qt::Key_1 + place), this);
+        number->setAutoRepeat(false);
+        connect(number, &QShortcut::activated, this, [this, place] {
+            chooseSceneFromKeyboard(place);
+        });
+    }
     for (const auto &[key, direction] : { std::pair(Qt::Key_PageUp, VerseSteps::Direction::Back),
              std::pair(Qt::Key_PageDown, VerseSteps::Direction::On) }) {
         auto *shortcut = new QShortcut(key, this);
@@ -471,12 +492,15 @@ void StudioWindow::restartInOtherLanguage()
 
 void StudioWindow::takeFromKeyboard()
 {
-    const QWidget *focus = QApplication::focusWidget();
-    const bool typing = qobject_cast<const QLineEdit *>(focus) != nullptr
-        || qobject_cast<const QPlainTextEdit *>(focus) != nullptr
-        || qobject_cast<const QTextEdit *>(focus) != nullptr;
-    if (!typing) {
+    if (!isTyping()) {
         m_studio.program().take();
+    }
+}
+
+void StudioWindow::chooseSceneFromKeyboard(int place)
+{
+    if (!isTyping()) {
+        m_editor->showPlace(place);
     }
 }
 

@@ -35,6 +35,7 @@ class RecordingControls;
 class ReturnKey;
 class SceneEditor;
 class SceneTab;
+class SceneTiles;
 class SourcesTab;
 class TranslationControls;
 class TranslationTab;
@@ -97,6 +98,7 @@ private:
     void setLanguage(int index);
     void restartInOtherLanguage();
     void takeFromKeyboard();
+    void chooseSceneFromKeyboard(int place);
 
     bool m_mayClose = false; ///< what would be lost was settled
     SystemClock m_clock;
@@ -109,6 +111,7 @@ private:
     HeaderRow *m_header;
     ProjectRow *m_project;
     Monitors *m_monitors;
+    SceneTiles *m_tiles;
     ControlRow *m_controls;
     QTabWidget *m_tabs;
     SceneTab *m_sceneTab;

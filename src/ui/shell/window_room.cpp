@@ -1,5 +1,6 @@
 #include "ui/shell/window_room.h"
 
+#include "ui/editor/scene_tiles.h"
 #include "ui/kit/share_splitter.h"
 #include "ui/shell/header_row.h"
 #include "ui/shell/project_row.h"
@@ -27,6 +28,7 @@ constexpr int leastDesk = 232; ///< pixels; monitors that can be judged, and the
 constexpr int paneBorder = 6; ///< pixels around a tab's page
 constexpr double tabsShare = 0.42; ///< of a large window
 constexpr int heightForHeader = 860; ///< pixels; a lower window folds it away
+constexpr int heightForTiles = 690; ///< pixels, beside the header
 constexpr QSize leastSize(480, 320);
 constexpr auto keepDelay = 2s;
 
@@ -83,6 +85,7 @@ WindowRoom::WindowRoom(QMainWindow &window, const Rows &rows)
     : m_window(window)
     , m_header(rows.header)
     , m_project(rows.project)
+    , m_tiles(rows.tiles)
     , m_tabs(rows.tabs)
     , m_splitters(rows.splitters)
 {
@@ -117,7 +120,8 @@ QWidget *WindowRoom::makeDesk(const Rows &rows)
     splitter->addWidget(m_tabs);
     splitter->shares = [this](int room) {
         const int wanted = std::max(tabsNeed(), static_cast<int>(room * tabsShare));
-        const int tabs = std::min(wanted, std::max(room - leastDesk, room / 3));
+        const int tiles = m_tiles->isHidden() ? 0 : m_tiles->minimumHeight() + spacing;
+        const int tabs = std::min(wanted, std::max(room - leastDesk - tiles, room / 3));
         return QList<int> { room - tabs, tabs };
     };
     m_splitters.push_back(splitter);
@@ -147,6 +151,16 @@ void WindowRoom::showHeader()
     const bool folded = m_isFolded.value_or(m_window.height() < heightForHeader);
     m_header->setVisible(!folded);
     m_project->showHeaderFolded(folded);
+    showTiles();
+}
+
+/// Low in a window where every row counts, and none where the monitors need all there is.
+void WindowRoom::showTiles()
+{
+    const int header = m_header->isHidden() ? 0 : m_header->sizeHint().height() + spacing;
+    const int room = m_window.height() - header;
+    m_tiles->setLow(room < heightForHeader);
+    m_tiles->setVisible(room >= heightForTiles);
 }
 
 bool WindowRoom::eventFilter(QObject *watched, QEvent *event)

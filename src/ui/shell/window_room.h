@@ -17,6 +17,7 @@ namespace nimbara {
 
 class HeaderRow;
 class ProjectRow;
+class SceneTiles;
 class ShareSplitter;
 
 /// Shares the window's room among its rows: a splitter between monitors and tabs, a header that
@@ -29,6 +30,7 @@ public:
         HeaderRow *header;
         ProjectRow *project;
         std::initializer_list<QWidget *> desk; ///< monitors, with the most room, and rows below
+        SceneTiles *tiles; ///< one of the rows below; folds away in a low window
         QTabWidget *tabs;
         std::vector<ShareSplitter *> splitters; ///< those within the rows
         std::initializer_list<QWidget *> foot; ///< below everything
@@ -49,6 +51,7 @@ private:
     void follow(QWidget &header);
     void foldHeader(bool folded);
     void showHeader();
+    void showTiles();
     void restore();
     void keepSoon();
     [[nodiscard]] int tabsNeed() const;
@@ -57,6 +60,7 @@ private:
     QMainWindow &m_window;
     QWidget *m_header;
     ProjectRow *m_project;
+    SceneTiles *m_tiles;
     QTabWidget *m_tabs;
     std::vector<ShareSplitter *> m_splitters;
     std::optional<bool> m_isFolded; ///< as the operator chose

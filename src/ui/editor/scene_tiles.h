@@ -1,0 +1,73 @@
+#pragma once
+
+#include "document/scene.h"
+
+#include <QHash>
+#include <QImage>
+#include <QListWidget>
+#include <QPixmap>
+
+#include <optional>
+
+namespace nimbara {
+
+/// The scenes of the edited set in one row that scrolls sideways, each with its number, name and
+/// live picture. A click chooses a scene for PREVIEW, a double click sends it on air; a tile that
+/// is dragged tells where its scene is to go, Ctrl+R renames in place. Shows what it is given and
+/// changes nothing by itself.
+class SceneTiles : public QListWidget {
+    Q_OBJECT
+public:
+    explicit SceneTiles(QWidget *parent = nullptr);
+
+    void showScenes(const Scenes &scenes, SceneId current);
+    /// Marks the scene that is on air; none: none of them.
+    void showOnAir(SceneId scene);
+    void showPicture(SceneId scene, const QImage &picture);
+    /// Low tiles for a low window.
+    void setLow(bool low);
+
+    [[nodiscard]] SceneId sceneAt(int row) const;
+    /// The place that a tile dropped at a point of the viewport would be put in front of.
+    [[nodiscard]] int gapAt(QPoint place) const;
+    /// The current tile was dropped in front of the one at `gap`.
+    void dropCurrent(int gap);
+
+    /// What the painter of the tiles needs.
+    [[nodiscard]] bool isOnAir(int row) const { return sceneAt(row) == m_onAir; }
+    [[nodiscard]] QPixmap pictureAt(int row) const
+    {
+        return m_pictures.value(sceneAt(row).value());
+    }
+    [[nodiscard]] QSize tileSize() const;
+    [[nodiscard]] QSize pictureSize() const;
+
+Q_SIGNALS:
+    void chosen(nimbara::SceneId scene);
+    void taken(nimbara::SceneId scene);
+    /// The operator dragged the scene to that place in its set.
+    void moved(nimbara::SceneId scene, int place);
+    void renamed(nimbara::SceneId scene, const QString &name);
+    /// Tiles came into sight or went out of it.
+    void shownChanged(bool shown);
+
+protected:
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+
+private:
+    void describe(int row);
+    void showGap(std::optional<int> gap);
+
+    SceneId m_onAir;
+    QHash<quint64, QPixmap> m_pictures; ///< by scene, at the size of tiles
+    std::optional<int> m_gap; ///< where a dragged tile would go
+    bool m_isLow = false;
+};
+
+} // namespace nimbara

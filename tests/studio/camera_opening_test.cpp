@@ -7,10 +7,15 @@
 #include "support/fake_device.h"
 #include "support/test_registry.h"
 
+#include <QFile>
 #include <QScopeGuard>
 #include <QTemporaryDir>
+#include <QThread>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -22,6 +27,18 @@ namespace {
 DeviceMode mode(std::int32_t width)
 {
     return { .format = u"YUY2"_s, .size = { width, 48 }, .rate = { 30, 1 } };
+}
+
+/// Whoever opens the pipe to read meets its end, until the thread is asked to stop.
+void endEachReader(const std::stop_token &stop, const QString &pipe)
+{
+    while (!stop.stop_requested()) {
+        const int writer = ::open(QFile::encodeName(pipe).constData(), O_WRONLY | O_NONBLOCK);
+        if (writer >= 0) {
+            ::close(writer);
+        }
+        QThread::msleep(2);
+    }
 }
 
 } // namespace
@@ -113,9 +130,9 @@ private Q_SLOTS:
             QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
             const DeviceRef device = fakeDevice({ .opens = "filesrc location=" + pipe.toStdString()
                     + " ! rawvideoparse width=16 height=16 format=rgb" });
-            QFile writer(pipe);
+            std::jthread writer; // ends after the desk
             StudioFixture desk;
-            const auto open = qScopeGuard([&] { writer.open(QIODevice::ReadWrite); });
+            const auto free = qScopeGuard([&] { writer = std::jthread(endEachReader, pipe); });
             Sources &sources = desk.studio.sources();
             sources.offerCamera(0, describeDevice(device.get()), {});
             giveUp(desk);

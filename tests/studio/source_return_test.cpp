@@ -129,7 +129,8 @@ private Q_SLOTS:
             inRealTime([&] { return desk.told("La fuente de red terminó; se vuelve a abrir."); }));
         QVERIFY(inRealTime([&] { return shows(Qt::black); }));
         server.start(u"blue"_s);
-        QVERIFY(inRealTime([&] { return desk.told("Fuente recuperada: "); }));
+        QVERIFY(inRealTime([&] { return desk.source(0) && desk.source(0)->frame(); }));
+        QVERIFY(desk.told("Fuente recuperada: "));
         QCOMPARE(desk.source(0)->frame()->size(), (FrameSize { 960, 540 })); // from the first on
         QVERIFY(inRealTime([&] { return shows(Qt::blue); }));
         server.start(u"lime"_s);

@@ -179,11 +179,12 @@ void Media::setShown(bool shown)
 void Media::showIn(const std::vector<PictureBox> &boxes)
 {
     const std::int64_t now = m_clock.monotonicUs();
+    const bool isFirst = m_boxes.empty();
     if (!boxes.empty() && boxes != m_boxes) {
         m_boxes = boxes;
         m_boxesSince = now;
     }
-    if (m_boxesSince && (m_frameCount == 0 || now - *m_boxesSince >= settleUs)) {
+    if (m_boxesSince && (isFirst || m_frameCount == 0 || now - *m_boxesSince >= settleUs)) {
         m_boxesSince.reset();
         m_parts.picture->showIn(m_boxes);
     }

@@ -46,8 +46,8 @@ public:
     void setShown(bool shown);
 
     /// Where layers show the picture: it comes at the size that needs no more scaling in the
-    /// largest of the boxes, scaled on the pipeline's threads. A change takes effect once it has
-    /// stood for `settleUs`, as a box is dragged. None: as before.
+    /// largest of the boxes, scaled on the pipeline's threads. The first take effect at once,
+    /// others once they have stood for `settleUs`, as a box is dragged. None: as before.
     void showIn(const std::vector<PictureBox> &boxes);
     static constexpr std::int64_t settleUs = 250'000;
 

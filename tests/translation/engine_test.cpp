@@ -92,7 +92,8 @@ private Q_SLOTS:
                  { u"dos"_s, u"tow"_s },
                  { u"tres"_s, u"three"_s } }) {
             interpret(heard, translated);
-            QTRY_COMPARE(m_engine->held().waiting().back().caption.text, translated);
+            const auto &waiting = m_engine->held().waiting();
+            QTRY_VERIFY(!waiting.empty() && waiting.back().caption.text == translated);
         }
         m_clock.advanceUs(2'999'000);
         m_engine->releaseHeld();

@@ -145,16 +145,16 @@ private:
     Report m_status;
     MediaPtr m_camera;
     std::int32_t m_cameraIndex = testBars;
+    bool m_mayDoBetter = false;
+    bool m_refused = false; ///< the operator's last offer
+    bool m_firstFrameLogged = false;
+    bool m_onlyShown = false;
     std::optional<CaptureDevice> m_device;
     std::optional<DeviceMode> m_chosenMode;
-    bool m_mayDoBetter = false;
     Offer m_offer;
-    bool m_refused = false; ///< the operator's last offer
     LeavingDevices m_leaving;
     DeviceReturn m_return;
-    bool m_firstFrameLogged = false;
     LayerCameras m_layerCameras;
-    bool m_onlyShown = false;
     SourcePool m_pool;
     SourceReturn m_sourceReturn;
     PictureShelf m_shelf;

@@ -12,7 +12,7 @@
 namespace nimbara {
 
 /// Puts the ink of shaped glyphs into masks, pixel by pixel as the toolkit's painter would draw
-/// them. Remembers the outlines of large letters by font and size. Bounded. Interface thread only.
+/// them. Remembers the outlines of large letters by font and size. Bounded. Of one thread.
 class GlyphInk {
 public:
     /// Adds a run of a font without colours to the mask, moved by `offset`.

@@ -12,9 +12,9 @@ namespace nimbara {
 
 /// The contrast that text needs to be read: WCAG 2.2, success criterion 1.4.3.
 constexpr double leastContrast = 4.5;
-/// The smallest letters that are read from the last row, as a font size in pixels per 1080 lines: a
-/// twenty-fifth of the frame.
-constexpr std::int32_t leastLetters = 43;
+/// The smallest letters that are read from the last row, as a font size in pixels per 1080 lines:
+/// the first that is no less than a twenty-fifth of the frame.
+constexpr std::int32_t leastLetters = (1080 + 24) / 25;
 
 /// How much light a colour gives off, 0..1, and the contrast of two such: WCAG 2.2, "relative
 /// luminance" and "contrast ratio" (1..21).

@@ -21,8 +21,8 @@ public:
     CostDesk(QSettings &settings, Notices &notices);
 
     [[nodiscard]] const cost::Usage &usage() const { return m_usage; }
-    /// The run has used so much by now. A new run begins with nothing: warnings of the one before
-    /// are taken back.
+    /// The run has used so much by now. A new run begins with nothing, and may warn again; a
+    /// warning that nobody has read stands.
     void follow(const cost::Usage &usage);
 
     [[nodiscard]] const cost::Prices &prices() const { return m_prices; }

@@ -62,6 +62,10 @@ private Q_SLOTS:
         desk.studio.document().setEditing(SceneSet::Hall);
         desk.slots(3);
         QVERIFY(desk.made.size() > 3U && desk.made.back().first == desk.scene().id);
+        desk.studio.document().setEditing(SceneSet::Streams); // whose pictures nobody kept
+        desk.made.clear();
+        desk.slots(3);
+        QCOMPARE(desk.made.size(), 2U);
     }
 
     void whatMovesIsMadeOnceInAWhile()

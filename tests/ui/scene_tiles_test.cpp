@@ -140,6 +140,11 @@ private Q_SLOTS:
             Q_EMIT pictures.made(last, picture);
             QCOMPARE(desk.tiles()->pictureAt(2).height(), desk.tiles()->pictureSize().height());
         }
+        // A scene that stands still is not drawn anew for tiles of another size.
+        const QSize high = desk.tiles()->pictureSize();
+        desk.window.resize(1366, 706);
+        QTRY_VERIFY(desk.tiles()->pictureSize() != high);
+        QCOMPARE(desk.tiles()->pictureAt(2).height(), desk.tiles()->pictureSize().height());
     }
 };
 

@@ -38,6 +38,10 @@ void ScenePictures::useTime(std::int64_t nowUs, std::int64_t nextFrameUs)
     if (!m_isShown || !hasTime || !std::exchange(m_slotIsFree, false)) {
         return;
     }
+    const SceneSet set = m_stage.document.editing();
+    if (std::exchange(m_set, set) != set) {
+        m_made.clear(); // nobody kept those of the other set
+    }
     const FrameSize wanted = size();
     if (const ScenePtr scene = nextScene(nowUs, wanted)) {
         look(scene, wanted, nowUs);

@@ -60,6 +60,7 @@ private:
     const Sources &m_sources;
     PaintCache m_cache; ///< of its own: the programs' is for the programs
     std::map<SceneId, Made> m_made;
+    SceneSet m_set = SceneSet::Streams; ///< that `m_made` is of
     bool m_isShown = false;
     bool m_slotIsFree = false;
     std::int64_t m_restUntilUs = 0;

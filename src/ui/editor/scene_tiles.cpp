@@ -8,6 +8,7 @@
 #include <QDropEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QSet>
 #include <QSignalBlocker>
 #include <QWheelEvent>
 
@@ -182,10 +183,10 @@ QSize SceneTiles::tileSize() const
 
 void SceneTiles::setLow(bool low)
 {
-    if (low != m_isLow) {
-        m_pictures.clear(); // of the other size; new ones are on their way
-    }
     m_isLow = low;
+    for (Picture &picture : m_pictures) {
+        picture.shown = scaled(picture.given);
+    }
     setFixedHeight(tileSize().height() + barHeight);
     scheduleDelayedItemsLayout();
 }
@@ -208,22 +209,22 @@ void SceneTiles::showScenes(const Scenes &scenes, SceneId current)
         auto *tile = new QListWidgetItem(this);
         tile->setFlags((tile->flags() | Qt::ItemIsEditable) & ~Qt::ItemIsDropEnabled);
     }
-    QHash<quint64, QPixmap> kept;
+    QSet<quint64> shown;
     for (int row = 0; row < count; ++row) {
         const Scene &scene = *scenes[static_cast<std::size_t>(row)];
         const quint64 id = scene.id.value();
         item(row)->setText(scene.name);
         item(row)->setData(Qt::UserRole, QVariant::fromValue(qulonglong { id }));
         describe(row);
-        if (m_pictures.contains(id)) {
-            kept.insert(id, m_pictures.value(id));
-        }
+        shown.insert(id);
         if (scene.id == current && row != currentRow()) {
             setCurrentRow(row);
             scrollToItem(item(row));
         }
     }
-    m_pictures = std::move(kept);
+    m_pictures.removeIf([&shown](const QHash<quint64, Picture>::iterator &each) {
+        return !shown.contains(each.key());
+    });
     viewport()->update();
 }
 
@@ -246,15 +247,20 @@ void SceneTiles::showOnAir(SceneId scene)
     viewport()->update();
 }
 
+QPixmap SceneTiles::scaled(const QImage &picture) const
+{
+    QPixmap small = QPixmap::fromImage(picture.scaled(pictureSize() * devicePixelRatioF(),
+        Qt::KeepAspectRatio,
+        Qt::SmoothTransformation));
+    small.setDevicePixelRatio(devicePixelRatioF());
+    return small;
+}
+
 void SceneTiles::showPicture(SceneId scene, const QImage &picture)
 {
     for (int row = 0; row < count(); ++row) {
         if (sceneAt(row) == scene) {
-            QPixmap small = QPixmap::fromImage(picture.scaled(pictureSize() * devicePixelRatioF(),
-                Qt::KeepAspectRatio,
-                Qt::SmoothTransformation));
-            small.setDevicePixelRatio(devicePixelRatioF());
-            m_pictures.insert(scene.value(), small);
+            m_pictures.insert(scene.value(), { picture, scaled(picture) });
             viewport()->update(visualItemRect(item(row)));
         }
     }

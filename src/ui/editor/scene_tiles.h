@@ -37,7 +37,7 @@ public:
     [[nodiscard]] bool isOnAir(int row) const { return sceneAt(row) == m_onAir; }
     [[nodiscard]] QPixmap pictureAt(int row) const
     {
-        return m_pictures.value(sceneAt(row).value());
+        return m_pictures.value(sceneAt(row).value()).shown;
     }
     [[nodiscard]] QSize tileSize() const;
     [[nodiscard]] QSize pictureSize() const;
@@ -61,11 +61,16 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
+    struct Picture {
+        QImage given;
+        QPixmap shown; ///< at the size of tiles
+    };
     void describe(int row);
+    [[nodiscard]] QPixmap scaled(const QImage &picture) const;
     void showGap(std::optional<int> gap);
 
     SceneId m_onAir;
-    QHash<quint64, QPixmap> m_pictures; ///< by scene, at the size of tiles
+    QHash<quint64, Picture> m_pictures; ///< by scene
     std::optional<int> m_gap; ///< where a dragged tile would go
     bool m_isLow = false;
 };

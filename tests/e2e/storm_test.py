@@ -92,8 +92,9 @@ class StormTest(StudioTest):
         studio = self.studio
         studio.click(FILE_TAB, role="page tab")
         wait_for("the devices", lambda: {"Pulpit-microphone", "Altar"} <= set(studio.names()))
-        first = ("Barras de prueba", "Sin entrada / silencio", "Control")
-        for nothing, chosen in zip(first, ("Altar", "Pulpit-microphone", "Sala")):
+        wait_for("the other screen, chosen by itself", lambda: studio.find("Sala", role="combo box"))
+        first = ("Barras de prueba", "Sin entrada / silencio")
+        for nothing, chosen in zip(first, ("Altar", "Pulpit-microphone")):
             studio.click(nothing, role="combo box")
             studio.click(chosen, role="list item")
         studio.click("Conectar fuentes")

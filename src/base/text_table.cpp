@@ -586,6 +586,7 @@ const std::vector<TextPair> &textPairs()
         for (const std::span<const TextPair> more : { serviceTextPairs(),
                  sermonTextPairs(),
                  cameraTextPairs(),
+                 checkTextPairs(),
                  verseTextPairs(),
                  deskTextPairs() }) {
             joined.insert(joined.end(), more.begin(), more.end());

@@ -18,6 +18,7 @@ const std::vector<TextPair> &textPairs();
 std::span<const TextPair> serviceTextPairs();
 std::span<const TextPair> sermonTextPairs();
 std::span<const TextPair> cameraTextPairs();
+std::span<const TextPair> checkTextPairs();
 std::span<const TextPair> verseTextPairs();
 std::span<const TextPair> deskTextPairs();
 

@@ -84,6 +84,9 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
         m_sources.follow(m_stage.document.scenes());
     });
     m_sources.setBars(m_factory.testBars(m_stage.streamFrame()), Sources::testBars);
+    connect(&m_audio, &AudioInput::offsetChanged, this, [this] {
+        m_sources.delayCameras(m_audio.offset().pictureDelayUs());
+    });
     m_verses.setKeys([this](const auto &receiver) { m_bibles.key().withKey(receiver); },
         [this](const auto &receiver) { m_translation.key().withKey(receiver); });
     const auto callOffTakes = [this] {
@@ -246,6 +249,9 @@ Pictures Studio::composePictures(std::int64_t now)
 void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
 {
     const ProgramBlock block = m_programAudio.next(m_onAir.streams, m_audio);
+    if (m_claps.isUnderWay()) { // a picture is made of what nobody else may look at
+        m_claps.look(frameTime, m_sources.cameraFrame(), block);
+    }
     m_wakeLock.setHeld(m_hallShown || hasOutputs());
     if (!m_outputs.any()) {
         m_fed.reset();

@@ -30,6 +30,7 @@
 #include "studio/services/verse_finder.h"
 #include "studio/services/verse_steps.h"
 #include "studio/sources/audio_input.h"
+#include "studio/sources/clap_meter.h"
 #include "studio/sources/device_connection.h"
 #include "studio/sources/image_intake.h"
 #include "studio/sources/sources.h"
@@ -77,6 +78,7 @@ public:
     [[nodiscard]] const OnAir &onAir() const { return m_onAir; }
     [[nodiscard]] Sources &sources() { return m_sources; }
     [[nodiscard]] AudioInput &audio() { return m_audio; }
+    [[nodiscard]] ClapMeter &claps() { return m_claps; }
     [[nodiscard]] DeviceConnection &devices() { return m_devices; }
     [[nodiscard]] ProgramAudioDesk &programAudio() { return m_programAudio; }
     [[nodiscard]] ProgramControl &program() { return m_program; }
@@ -157,6 +159,7 @@ private:
     Sources m_sources;
     ScenePictures m_scenePictures;
     AudioInput m_audio;
+    ClapMeter m_claps;
     DeviceConnection m_devices;
     ProgramAudioDesk m_programAudio;
     ProgramControl m_program;

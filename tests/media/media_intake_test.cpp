@@ -1,5 +1,6 @@
 #include "base/clock.h"
 #include "base/secret_texts.h"
+#include "media/capture/device_trouble.h"
 #include "media/sources/media_factory.h"
 #include "media/sources/retirement.h"
 #include "poll.h"
@@ -7,6 +8,10 @@
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
 
+#include <QProcess>
+
+#include <cerrno>
+#include <cstring>
 #include <sys/stat.h>
 
 using namespace nimbara;
@@ -180,6 +185,39 @@ private Q_SLOTS:
             qPrintable(message));
         QVERIFY(message.endsWith(u']'));
         QVERIFY(!media->frame());
+    }
+
+    /// What the operator can do something about, in whatever words the system tells it.
+    void namesTheTroubleOfADevice()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(u"video0"_s);
+        const auto trouble = [&](int code, const char *said) {
+            const GErrorPtr error(g_error_new_literal(GST_RESOURCE_ERROR, code, said));
+            return troubleOf(*error, u"../v4l2src.c(1): "_s, file).spanish();
+        };
+        QFile held(file);
+        QVERIFY(held.open(QIODevice::WriteOnly)); // our own handle is no trouble
+        QProcess other;
+        other.start(u"tail"_s, { u"-f"_s, file });
+        const std::tuple<int, const char *, QString> rows[] {
+            { GST_RESOURCE_ERROR_BUSY,
+                "El dispositivo está ocupado",
+                u"tail usa la cámara; ciérralo."_s },
+            { GST_RESOURCE_ERROR_FAILED, "stream error: Device or resource busy", u"tail usa"_s },
+            { GST_RESOURCE_ERROR_FAILED, std::strerror(ENOSPC), u"el bus USB está lleno"_s },
+            { GST_RESOURCE_ERROR_OPEN_READ, "Permission denied", u"no hay permiso"_s },
+        };
+        QTRY_COMPARE(programUsing(file), u"tail"_s);
+        for (const auto &[code, said, told] : rows) {
+            const RowName row(said);
+            QVERIFY2(trouble(code, said).startsWith(told), qPrintable(trouble(code, said)));
+        }
+        other.kill();
+        QVERIFY(other.waitForFinished());
+        QCOMPARE(trouble(GST_RESOURCE_ERROR_BUSY, "busy"),
+            u"otro programa usa la cámara; ciérralo."_s);
+        QCOMPARE(trouble(GST_RESOURCE_ERROR_FAILED, "Internal data stream error."), QString());
     }
 
     /// A device whose opening blocks, as that of a camera that has just gone: the interface thread

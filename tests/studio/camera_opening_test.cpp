@@ -13,6 +13,7 @@
 #include <QThread>
 
 #include <fcntl.h>
+#include <mutex>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -40,6 +41,18 @@ void endEachReader(const std::stop_token &stop, const QString &pipe)
         QThread::msleep(2);
     }
 }
+
+/// What a camera was told, from whatever thread.
+struct Told {
+    std::mutex mutex;
+    QStringList calls;
+
+    QString all()
+    {
+        const std::lock_guard hold(mutex);
+        return calls.join(u' ');
+    }
+};
 
 } // namespace
 
@@ -141,6 +154,34 @@ private Q_SLOTS:
             const auto offer = [&] { sources.offerCamera(0, describeDevice(device.get()), {}); };
             QCOMPARE(errorOf([&] { return offer(), 0; }), QString());
         }
+    }
+
+    /// A camera forgets it when it is unplugged, so it is told anew at each opening.
+    void keepsTheRateInPoorLight()
+    {
+        const DeviceRef device
+            = fakeDevice({ .name = "Altar", .properties = "p,api.v4l2.path=(string)/dev/video7" });
+        const CaptureDevice camera = describeDevice(device.get());
+        const auto told = std::make_shared<Told>();
+        StudioFixture desk;
+        Sources &sources = desk.studio.sources();
+        sources.steadyCameras()
+            = SteadyCameras([told](const QString &file, std::uint32_t, std::int32_t value) {
+                  const std::lock_guard hold(told->mutex);
+                  told->calls << u"%1=%2"_s.arg(file).arg(value);
+                  return value == 0; // it refuses the other
+              });
+        sources.offerCamera(0, camera, {});
+        sources.steadyCameras().choose(camera, true);
+        QTRY_COMPARE(told->all(), u"/dev/video7=0"_s); // not before it was asked
+        sources.offerCamera(0, camera, {});
+        const auto twice = u"/dev/video7=0 /dev/video7=0"_s;
+        QVERIFY(desk.pollUntil([&] { return told->all() == twice; }));
+        sources.steadyCameras().choose(camera, false);
+        QVERIFY(desk.pollUntil([&] { return desk.told("Altar no deja mantener el ritmo"); }));
+        QCOMPARE(told->all(), twice + u" /dev/video7=1"_s);
+        QVERIFY(!sources.steadyCameras().isSteady(camera));
+        QVERIFY(!setCameraControl(u"/dev/null"_s, 0x009A0903, 0)); // no camera
     }
 
     void tellsWhyTheLastModeFailed()

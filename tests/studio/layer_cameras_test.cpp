@@ -33,11 +33,13 @@ struct Cameras {
     MediaFactory factory { clock, std::make_shared<Retirement>() };
     std::optional<CaptureDevice> principal;
     QStringList told;
+    SteadyCameras steady;
     LayerCameras cameras { clock,
         factory,
         [] {
             return FrameSize { 640, 480 };
         },
+        steady,
         [this](const CaptureDevice &device) { return principal && isSame(*principal, device); },
         [this](const Message &text) { told << text.spanish(); } };
     std::vector<QString> named { textOf(0), textOf(1) };

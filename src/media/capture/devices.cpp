@@ -100,6 +100,13 @@ const CaptureDevice *findElsewhere(const std::vector<CaptureDevice> &devices,
 
 } // namespace
 
+QString deviceFile(GstDevice *device)
+{
+    const StructurePtr properties(gst_device_get_properties(device));
+    const QString file = deviceText(device, properties.get(), "api.v4l2.path");
+    return file.isEmpty() ? deviceText(device, properties.get(), "device.path") : file;
+}
+
 CaptureDevice describeDevice(GstDevice *device)
 {
     const GCharPtr name(gst_device_get_display_name(device));
@@ -120,6 +127,7 @@ CaptureDevice describeDevice(GstDevice *device)
     described.device = DeviceRef::retain(device);
     if (described.kind == DeviceKind::Video) {
         described.modes = modesOf(device);
+        described.file = deviceFile(device);
     }
     return described;
 }

@@ -24,6 +24,7 @@ struct CaptureDevice {
     QString place; ///< where it is at the moment (node number, device file); tells twins apart
     DeviceRef device; ///< opens it, as long as it is at that place
     std::vector<DeviceMode> modes {}; ///< of a camera, the best for 1920 × 1080 first
+    QString file {}; ///< the system's, of a camera ("/dev/video0"); empty: none
 };
 
 /// The devices in the order in which the system names them.
@@ -31,6 +32,9 @@ struct DeviceLists {
     std::vector<CaptureDevice> video;
     std::vector<CaptureDevice> audio;
 };
+
+/// The system's file of a camera ("/dev/video0"), as PipeWire or Video4Linux name it; empty: none.
+QString deviceFile(GstDevice *device);
 
 /// What the studio keeps of a device. Anything whose class does not begin with "Video/Source" is an
 /// audio device.

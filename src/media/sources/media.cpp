@@ -1,7 +1,9 @@
 #include "media/sources/media.h"
 
 #include "base/error.h"
+#include "base/log.h"
 #include "base/secret_texts.h"
+#include "media/capture/devices.h"
 #include "media/gst/bus_error.h"
 #include "media/gst/gst_build.h"
 #include "media/gst/gst_maps.h"
@@ -96,6 +98,9 @@ Media::Media(const Clock &clock,
     , m_parts(buildSourcePipeline(request, screens))
 {
     m_label = m_parts.label;
+    if (m_isDevice) {
+        m_trouble = DeviceTrouble::watch(m_parts.pipeline, deviceFile(request.device));
+    }
     if (!request.uri.isEmpty()) {
         linkDecodedPads();
     }
@@ -164,6 +169,7 @@ Message Media::takeMessage()
 {
     if (!m_message.isEmpty() && !isOver()) {
         m_frame.reset();
+        m_waiting.clear();
         m_sample = {};
     }
     return std::exchange(m_message, {});
@@ -242,11 +248,21 @@ bool Media::takeBusMessage()
     if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS) {
         end();
     } else {
-        // A library repeats the location, which may hold a password.
-        fail("Fuente sin señal: "
-            + Message::verbatim(withoutSecrets(errorDescription(message.get()))));
+        failWith(message.get());
     }
     return true;
+}
+
+/// What the operator can do something about is told by its name.
+void Media::failWith(GstMessage *error)
+{
+    // A library repeats the location, which may hold a password.
+    const QString described = withoutSecrets(errorDescription(error));
+    const Message trouble = m_trouble ? m_trouble->text() : Message();
+    if (!trouble.isEmpty()) {
+        logLine(QStringLiteral("Fuente sin señal: ") + described);
+    }
+    fail("Fuente sin señal: " + (trouble.isEmpty() ? Message::verbatim(described) : trouble));
 }
 
 /// Every branch that is fed has run dry. The pipeline itself reports its end only when each of its
@@ -287,6 +303,25 @@ void Media::takePicture(SampleRef sample, std::int64_t now)
     m_sample = std::move(sample);
     if (++m_frameCount == 1) {
         static_cast<void>(frame()); // tells now of a size that no picture can have
+    } else if (m_pictureDelay > 0) {
+        holdBack(now);
+    }
+}
+
+/// The picture that has just come waits.
+void Media::holdBack(std::int64_t now)
+{
+    const FramePtr shown = m_frame;
+    takeFrame(std::exchange(m_sample, {}));
+    m_waiting.push_back({ now + m_pictureDelay, std::exchange(m_frame, shown) });
+}
+
+void Media::showDue()
+{
+    const std::int64_t now = m_clock.monotonicUs();
+    while (!m_waiting.empty() && (m_pictureDelay == 0 || m_waiting.front().dueUs <= now)) {
+        m_frame = std::move(m_waiting.front().frame);
+        m_waiting.pop_front();
     }
 }
 
@@ -294,6 +329,9 @@ const FramePtr &Media::frame()
 {
     if (m_sample) {
         takeFrame(std::exchange(m_sample, {}));
+        m_waiting.clear(); // older ones
+    } else {
+        showDue();
     }
     return m_frame;
 }

@@ -44,6 +44,9 @@ void AudioInput::install(std::unique_ptr<AudioCapture> capture, std::optional<Ca
 {
     m_retirement->retire(std::exchange(m_capture, std::move(capture)));
     m_device = std::move(device);
+    const int before = m_offset.ms();
+    m_offset.use(m_device ? m_device->identity : QString());
+    showOffset(before);
     if (m_capture) {
         m_capture->listener = [this](const AudioBlock &block) { take(block); };
     } else {
@@ -176,7 +179,9 @@ void AudioInput::lookForLost()
 
 void AudioInput::take(const AudioBlock &block)
 {
-    m_writer.append(m_fifo, block);
+    AudioBlock due = block;
+    m_offset.apply(due, m_gainState.muted);
+    m_writer.append(m_fifo, due);
     noteClip();
     Q_EMIT blockArrived(block);
 }
@@ -209,6 +214,21 @@ void AudioInput::setGainPercent(int percent)
     setGainState({ m_gainState.muted, gain });
     if (percent != std::exchange(m_gainPercent, percent)) {
         Q_EMIT gainChanged(percent);
+    }
+}
+
+void AudioInput::setOffset(int ms)
+{
+    const int before = m_offset.ms();
+    m_offset.set(ms);
+    showOffset(before);
+}
+
+void AudioInput::showOffset(int before)
+{
+    if (m_offset.ms() != before) {
+        m_writer.expectStep();
+        Q_EMIT offsetChanged(m_offset.ms());
     }
 }
 

@@ -7,6 +7,7 @@
 #include "output/mix/input_writer.h"
 #include "studio/sources/device_return.h"
 #include "studio/sources/opening.h"
+#include "studio/sources/sound_offset.h"
 
 #include <QObject>
 
@@ -59,6 +60,15 @@ public:
     void setMuted(bool muted);
     [[nodiscard]] const GainState &gainState() const { return m_gainState; }
 
+    /// How much later than it arrives the sound is heard (`SoundOffset`). What a muting cuts is cut
+    /// at once, what follows its end comes after the offset.
+    [[nodiscard]] const SoundOffset &offset() const { return m_offset; }
+    /// ms. Throws `Error` "Desfase fuera de −500 a 2000 ms" and keeps the offset for any other
+    /// value.
+    void setOffset(int ms);
+    /// Those that were kept at an earlier run (`SoundOffset::restore`).
+    void restoreOffsets(const QVariantMap &offsets) { m_offset.restore(offsets); }
+
     /// What the outputs mix from.
     [[nodiscard]] AudioFifo &fifo() { return m_fifo; }
 
@@ -74,6 +84,8 @@ Q_SIGNALS:
     void lostChanged(const QString &device);
     void gainChanged(int percent);
     void mutedChanged(bool muted);
+    /// Of the device that is in use now, in ms.
+    void offsetChanged(int ms);
 
 private:
     /// A capture that has not delivered yet.
@@ -84,6 +96,7 @@ private:
     };
 
     void setGainState(const GainState &state);
+    void showOffset(int before);
     void begin(Offer offer);
     void install(std::unique_ptr<AudioCapture> capture, std::optional<CaptureDevice> device);
     void emptyQueue();
@@ -108,6 +121,7 @@ private:
     QString m_lostDevice;
     int m_gainPercent = 100;
     GainState m_gainState;
+    SoundOffset m_offset;
     AudioFifo m_fifo;
     InputWriter m_writer; ///< fades the seams between blocks that do not meet
     std::array<std::int64_t, 2> m_clipUntil {}; ///< µs; before and after gain

@@ -29,11 +29,13 @@ struct LayerCameras::Entry {
 LayerCameras::LayerCameras(const Clock &clock,
     const MediaFactory &factory,
     std::function<FrameSize()> frame,
+    SteadyCameras &steady,
     IsHeld isHeld,
     Report status)
     : m_clock(clock)
     , m_factory(factory)
     , m_frame(std::move(frame))
+    , m_steady(steady)
     , m_isHeld(std::move(isHeld))
     , m_status(std::move(status))
 {
@@ -217,8 +219,10 @@ void LayerCameras::open(Entry &entry)
         const FrameSize size = m_frame();
         entry.opening = std::make_unique<CameraOpening>(
             m_clock,
-            [this, size, device = entry.device->device](
-                const auto &mode) { return m_factory.camera(size, device.get(), mode); },
+            [this, size, device = *entry.device](const auto &mode) {
+                m_steady.prepare(device);
+                return m_factory.camera(size, device.device.get(), mode);
+            },
             modesToTry(entry.device->device.get(), size, std::nullopt),
             m_leaving.holders(*entry.device));
     } catch (const Error &error) {
@@ -242,6 +246,7 @@ void LayerCameras::follow(Entry &entry)
 
 void LayerCameras::watch(Entry &entry)
 {
+    entry.camera->setPictureDelay(m_pictureDelayUs);
     entry.camera->pollSource();
     if (const Message text = entry.camera->takeMessage(); !text.isEmpty()) {
         m_status(Message::verbatim(entry.identity.name + QStringLiteral(": ")) + text);

@@ -3,6 +3,7 @@
 #include "base/clock.h"
 #include "base/report.h"
 #include "media/capture/devices.h"
+#include "media/capture/steady_cameras.h"
 #include "media/sources/media_factory.h"
 #include "studio/sources/camera_opening.h"
 
@@ -28,10 +29,11 @@ public:
     /// Who else has that device: it is not opened until nobody has.
     using IsHeld = std::function<bool(const CaptureDevice &device)>;
 
-    /// `frame`: the size of the stream program, asked anew at each use.
+    /// `frame`: the size of the stream program, asked anew at each use. `steady` outlives this.
     LayerCameras(const Clock &clock,
         const MediaFactory &factory,
         std::function<FrameSize()> frame,
+        SteadyCameras &steady,
         IsHeld isHeld,
         Report status);
     LayerCameras(const LayerCameras &) = delete;
@@ -43,6 +45,9 @@ public:
     /// Call on every run of the frame clock with the devices that layers name (`identityText`),
     /// each once. Those that are not named any more are let go of.
     void poll(const std::vector<QString> &named);
+
+    /// Every picture is shown so much later than it comes, in µs.
+    void delayPictures(std::int64_t us) { m_pictureDelayUs = us; }
 
     /// The camera, once it delivers; none when it is away, or in other hands.
     [[nodiscard]] MediaPtr find(const QString &named) const;
@@ -79,12 +84,14 @@ private:
     const Clock &m_clock;
     const MediaFactory &m_factory;
     std::function<FrameSize()> m_frame;
+    SteadyCameras &m_steady;
     IsHeld m_isHeld;
     Report m_status;
     std::vector<std::unique_ptr<Entry>> m_entries;
     LeavingDevices m_leaving;
     DeviceDiscovery m_search;
     std::optional<std::int64_t> m_searchedUs; ///< none: a search is due
+    std::int64_t m_pictureDelayUs = 0;
     bool m_silenceTold = false;
 };
 

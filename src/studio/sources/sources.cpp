@@ -41,6 +41,7 @@ Sources::Sources(const Clock &clock,
           clock,
           m_factory,
           m_frame,
+          m_steady,
           [this](const CaptureDevice &device) { return hasDevice(device); },
           status)
     , m_pool(
@@ -106,8 +107,9 @@ std::unique_ptr<CameraOpening> Sources::open(const CaptureDevice &device,
 {
     m_leaving.note(device, m_layerCameras.release(device));
     const FrameSize size = m_frame();
-    const auto camera = [this, size, source = device.device](const auto &mode) {
-        return m_factory.camera(size, source.get(), mode);
+    const auto camera = [this, size, device](const auto &mode) {
+        m_steady.prepare(device);
+        return m_factory.camera(size, device.device.get(), mode);
     };
     return std::make_unique<CameraOpening>(m_clock,
         camera,
@@ -214,6 +216,9 @@ void Sources::refuseOffer()
 /// A lost camera lets go of its device at once, so that it can be opened again.
 void Sources::pollCamera()
 {
+    if (m_camera) {
+        m_camera->setPictureDelay(m_cameraDelayUs);
+    }
     pollOnce(m_camera.get(), true);
     if (m_device && m_camera && !m_camera->active()) {
         letGo(std::exchange(m_camera, nullptr));
@@ -290,6 +295,15 @@ void Sources::poll(const Project &project, OnAir &onAir)
     m_sourceReturn.poll(project.scenes, m_pool, onAir);
     m_shelf.poll();
     sweep(project.scenes);
+    tellUnsteady();
+}
+
+void Sources::tellUnsteady()
+{
+    if (const QString name = m_steady.takeRefused(); !name.isEmpty()) {
+        m_status(
+            Message("%1 no deja mantener el ritmo con poca luz.", { Message::verbatim(name) }));
+    }
 }
 
 void Sources::showOn(std::initializer_list<ShownScene> scenes) const

@@ -2,6 +2,7 @@
 
 #include "base/report.h"
 #include "media/capture/devices.h"
+#include "media/capture/steady_cameras.h"
 #include "media/sources/media_factory.h"
 #include "studio/sources/camera_opening.h"
 #include "studio/sources/device_return.h"
@@ -97,6 +98,15 @@ public:
     void openCamerasOnlyShown(bool only) { m_onlyShown = only; }
     [[nodiscard]] bool opensCamerasOnlyShown() const { return m_onlyShown; }
 
+    /// Every camera's picture is shown so much later than it comes, in µs (`SoundOffset`).
+    void delayCameras(std::int64_t us)
+    {
+        m_cameraDelayUs = us;
+        m_layerCameras.delayPictures(us);
+    }
+    /// Cameras that keep their rate in poor light; one that cannot is told of.
+    [[nodiscard]] SteadyCameras &steadyCameras() { return m_steady; }
+
     /// Reads the camera and each source once, and shows what they have to say. Files that neither a
     /// program nor a current scene shows are held. Network and screen sources that stopped are
     /// opened again (`SourceReturn`), in the programs too.
@@ -136,6 +146,7 @@ private:
     void refuseOffer();
     void pollCamera();
     void reopen(const CaptureDevice &found);
+    void tellUnsteady();
     void pollOnce(Media *source, bool shown);
     void sweep(const SceneSets &scenes);
 
@@ -148,12 +159,14 @@ private:
     bool m_mayDoBetter = false;
     bool m_refused = false; ///< the operator's last offer
     bool m_firstFrameLogged = false;
+    std::int64_t m_cameraDelayUs = 0;
     bool m_onlyShown = false;
     std::optional<CaptureDevice> m_device;
     std::optional<DeviceMode> m_chosenMode;
     Offer m_offer;
     LeavingDevices m_leaving;
     DeviceReturn m_return;
+    SteadyCameras m_steady;
     LayerCameras m_layerCameras;
     SourcePool m_pool;
     SourceReturn m_sourceReturn;

@@ -1,10 +1,13 @@
 #include "ui/outputs/audio_tab.h"
 
 #include "base/i18n.h"
+#include "base/message.h"
 #include "ui/kit/controls.h"
 
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
+#include <QSignalBlocker>
 #include <QVariant>
 
 #include <algorithm>
@@ -50,12 +53,21 @@ AudioTab::AudioTab(QWidget *parent)
     , m_after(makeMeter("processedMeter", "Procesado"))
     , m_beforeClip(makeClipLight("inputClip"))
     , m_afterClip(makeClipLight("processedClip"))
+    , m_offset(named(new QSpinBox, "soundOffset", nimbara_i18n::tr("Desfase del sonido")))
+    , m_measure(makeButton("Medir con palmadas", "measureOffset"))
+    , m_useProposal(makeButton("Usar lo medido", "useOffset"))
     , m_sourceLevel(makeSlider(100, "sourceLevel", "Original en salidas"))
     , m_voiceLevel(makeSlider(100, "voiceLevel", "Voz traducida en salidas"))
 {
     layOut();
     connect(m_gain, &QSlider::valueChanged, this, &AudioTab::gainChanged);
     connect(m_mute, &QPushButton::clicked, this, &AudioTab::mutePressed);
+    connect(m_offset, &QSpinBox::valueChanged, this, &AudioTab::offsetChosen);
+    connect(m_measure, &QPushButton::clicked, this, &AudioTab::measurePressed);
+    connect(m_useProposal, &QPushButton::clicked, this, [this] {
+        m_offset->setValue(m_proposal);
+        m_useProposal->hide();
+    });
     connect(m_sourceLevel, &QSlider::valueChanged, this, &AudioTab::sourceLevelChanged);
     connect(m_voiceLevel, &QSlider::valueChanged, this, &AudioTab::voiceLevelChanged);
 }
@@ -73,10 +85,49 @@ void AudioTab::layOut()
     addRow(2, "Procesado", m_after);
     grid->addWidget(m_beforeClip, 1, 2);
     grid->addWidget(m_afterClip, 2, 2);
-    addRow(3, "Original en salidas", m_sourceLevel);
-    addRow(4, "Voz traducida en salidas", m_voiceLevel);
+    addRow(3, "Desfase del sonido", makeOffsetRow());
+    addRow(4, "Original en salidas", m_sourceLevel);
+    addRow(5, "Voz traducida en salidas", m_voiceLevel);
     grid->setColumnStretch(1, 1);
-    grid->setRowStretch(5, 1);
+    grid->setRowStretch(6, 1);
+}
+
+QWidget *AudioTab::makeOffsetRow()
+{
+    m_offset->setRange(-500, 2000);
+    m_offset->setSingleStep(10);
+    m_offset->setSuffix(QStringLiteral(" ms"));
+    m_offset->setToolTip(nimbara_i18n::tr(
+        "Por encima de 0 el sonido se oye después; por debajo, la imagen de las cámaras espera."));
+    m_useProposal->hide();
+    auto *row = new QWidget;
+    auto *line = new QHBoxLayout(row);
+    line->setContentsMargins(0, 0, 0, 0);
+    line->addWidget(m_offset);
+    line->addWidget(m_measure);
+    line->addWidget(m_useProposal);
+    line->addStretch(1);
+    return row;
+}
+
+void AudioTab::showOffset(int ms)
+{
+    const QSignalBlocker blocker(m_offset);
+    m_offset->setValue(ms);
+}
+
+void AudioTab::showMeasuring(bool underWay)
+{
+    m_measure->setText(nimbara_i18n::tr(underWay ? "Dejar de medir" : "Medir con palmadas"));
+    m_useProposal->hide();
+}
+
+void AudioTab::propose(int ms)
+{
+    m_proposal = std::clamp(ms, m_offset->minimum(), m_offset->maximum());
+    m_useProposal->setText(nimbara_i18n::tr(
+        Message("Usar %1 ms", { Message::verbatim(QString::number(m_proposal)) })));
+    m_useProposal->show();
 }
 
 void AudioTab::showLevels(int before, int after)

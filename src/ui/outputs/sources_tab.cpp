@@ -25,6 +25,8 @@ SourcesTab::SourcesTab(QWidget *parent)
     : QWidget(parent)
     , m_cameras(named(new QComboBox, "cameras", nimbara_i18n::tr("Cámara / capturadora")))
     , m_modes(named(new QComboBox, "cameraModes", nimbara_i18n::tr("Modo de la cámara")))
+    , m_steady(
+          named(new QCheckBox(nimbara_i18n::tr("Mantener el ritmo con poca luz")), "steadyCamera"))
     , m_arrival(named(new QLabel, "cameraArrival"))
     , m_onlyShown(named(
           new QCheckBox(nimbara_i18n::tr("Abrir las cámaras de las capas solo mientras se ven")),
@@ -32,6 +34,7 @@ SourcesTab::SourcesTab(QWidget *parent)
     , m_microphones(
           named(new QComboBox, "microphones", nimbara_i18n::tr("Audio de consola / capturadora")))
     , m_screens(named(new QComboBox, "screens", nimbara_i18n::tr("Pantallas de sala")))
+    , m_check(makeButton("Revisar antes del servicio…", "checkService"))
     , m_refresh(makeButton("Actualizar dispositivos", "refreshDevices"))
     , m_connect(makeButton("Conectar fuentes", "connectSources"))
     , m_loadImage(makeButton("Cargar imagen", "loadImage"))
@@ -52,6 +55,7 @@ void SourcesTab::layOut()
     grid->addWidget(m_refresh, 0, 2);
     grid->addWidget(new QLabel(nimbara_i18n::tr("Modo de la cámara")), 1, 0);
     grid->addWidget(m_modes, 1, 1);
+    grid->addWidget(m_steady, 1, 2);
     grid->addWidget(m_arrival, 2, 0, 1, 3);
     m_arrival->setWordWrap(true);
     m_arrival->hide();
@@ -61,7 +65,8 @@ void SourcesTab::layOut()
     grid->addWidget(m_loadImage, 4, 0);
     grid->addWidget(m_loadVideo, 4, 1);
     grid->addWidget(m_networkSource, 4, 2);
-    grid->addWidget(m_onlyShown, 5, 0, 1, 3);
+    grid->addWidget(m_onlyShown, 5, 0, 1, 2);
+    grid->addWidget(m_check, 5, 2);
     grid->addWidget(m_screens, 6, 0, 1, 2);
     grid->addWidget(m_hallScreen, 6, 2);
     grid->setColumnStretch(1, 1);
@@ -70,9 +75,13 @@ void SourcesTab::layOut()
 
 void SourcesTab::connectButtons()
 {
-    connect(m_cameras, &QComboBox::currentIndexChanged, this, &SourcesTab::listModes);
+    connect(m_cameras, &QComboBox::currentIndexChanged, this, &SourcesTab::showCamera);
+    connect(m_steady, &QCheckBox::clicked, this, [this](bool steady) {
+        Q_EMIT steadyChosen(*chosenCamera(), steady);
+    });
     connect(m_modes, &QComboBox::activated, this, &SourcesTab::keepMode);
     connect(m_onlyShown, &QCheckBox::toggled, this, &SourcesTab::camerasOnlyShownChosen);
+    connect(m_check, &QPushButton::clicked, this, &SourcesTab::checkPressed);
     connect(m_refresh, &QPushButton::clicked, this, &SourcesTab::refreshPressed);
     connect(m_connect, &QPushButton::clicked, this, &SourcesTab::connectPressed);
     connect(m_loadImage, &QPushButton::clicked, this, &SourcesTab::loadImagePressed);
@@ -89,7 +98,7 @@ void SourcesTab::showDevices(const DeviceLists &devices)
             nimbara_i18n::tr("Señal de prueba (sin altavoces)") },
         m_listedMicrophones,
         devices.audio);
-    listModes();
+    showCamera();
 }
 
 void SourcesTab::showCamerasOnlyShown(bool only)
@@ -98,10 +107,29 @@ void SourcesTab::showCamerasOnlyShown(bool only)
     m_onlyShown->setChecked(only);
 }
 
-void SourcesTab::listModes()
+void SourcesTab::showSteady(const QStringList &identities)
+{
+    m_steadyCameras = identities;
+    showCamera();
+}
+
+const CaptureDevice *SourcesTab::chosenCamera() const
 {
     const int place = m_cameras->currentIndex() - fixedCameras;
-    const CaptureDevice *camera = place >= 0 ? &m_listedCameras.devices.at(place) : nullptr;
+    return place >= 0 ? &m_listedCameras.devices.at(place) : nullptr;
+}
+
+void SourcesTab::showCamera()
+{
+    const CaptureDevice *camera = chosenCamera();
+    m_steady->setEnabled(camera != nullptr && !camera->file.isEmpty());
+    m_steady->setChecked(camera != nullptr && m_steadyCameras.contains(camera->identity));
+    listModes();
+}
+
+void SourcesTab::listModes()
+{
+    const CaptureDevice *camera = chosenCamera();
     m_listedModes = camera != nullptr ? camera->modes : std::vector<DeviceMode> {};
     QStringList texts { nimbara_i18n::tr("Automático") };
     int current = 0;
@@ -118,8 +146,7 @@ void SourcesTab::listModes()
 
 void SourcesTab::keepMode()
 {
-    const QString identity
-        = m_listedCameras.devices.at(m_cameras->currentIndex() - fixedCameras).identity;
+    const QString identity = chosenCamera()->identity;
     if (const auto mode = cameraMode()) {
         m_chosenModes.insert(identity, *mode);
     } else {

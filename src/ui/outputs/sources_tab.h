@@ -44,10 +44,16 @@ public:
 
     /// Without its signal.
     void showCamerasOnlyShown(bool only);
+    /// The cameras that keep their rate in poor light, by their identity.
+    void showSteady(const QStringList &identities);
 
 Q_SIGNALS:
     /// Cameras that layers name are to be open only while they are seen, or always.
     void camerasOnlyShownChosen(bool only);
+    /// The camera is to keep its rate in poor light, or not.
+    void steadyChosen(const CaptureDevice &camera, bool steady);
+    /// Look at all that the service needs.
+    void checkPressed();
     void refreshPressed();
     void connectPressed();
     void loadImagePressed();
@@ -66,6 +72,8 @@ private:
         Listed &listed,
         const std::vector<CaptureDevice> &devices);
 
+    [[nodiscard]] const CaptureDevice *chosenCamera() const;
+    void showCamera();
     void listModes();
     void keepMode();
     void layOut();
@@ -73,10 +81,12 @@ private:
 
     QComboBox *m_cameras;
     QComboBox *m_modes;
+    QCheckBox *m_steady;
     QLabel *m_arrival;
     QCheckBox *m_onlyShown;
     QComboBox *m_microphones;
     QComboBox *m_screens;
+    QPushButton *m_check;
     QPushButton *m_refresh;
     QPushButton *m_connect;
     QPushButton *m_loadImage;
@@ -87,6 +97,7 @@ private:
     Listed m_listedMicrophones;
     std::vector<DeviceMode> m_listedModes; ///< of the camera, behind the automatic choice
     QHash<QString, DeviceMode> m_chosenModes; ///< by the camera's identity
+    QStringList m_steadyCameras; ///< their identities
 };
 
 } // namespace nimbara

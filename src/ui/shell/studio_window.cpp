@@ -22,10 +22,12 @@
 #include "ui/kit/wheel_guard.h"
 #include "ui/outputs/audio_tab.h"
 #include "ui/outputs/destination_controls.h"
+#include "ui/outputs/device_settings.h"
 #include "ui/outputs/hall_controls.h"
 #include "ui/outputs/outputs_tab.h"
 #include "ui/outputs/recording_controls.h"
 #include "ui/outputs/sources_tab.h"
+#include "ui/shell/check_dialog.h"
 #include "ui/shell/credits.h"
 #include "ui/shell/header_row.h"
 #include "ui/shell/health_line.h"
@@ -131,6 +133,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         m_studio.health(),
         m_guard,
         *m_outputsTab);
+    m_deviceSettings = std::make_unique<DeviceSettings>(m_studio, *m_sourcesTab, *m_audioTab);
     m_recording = std::make_unique<RecordingControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
     m_projects = std::make_unique<ProjectControls>(m_studio,
         *m_dialogs,
@@ -292,6 +295,19 @@ void StudioWindow::connectTabs()
     });
 }
 
+void StudioWindow::checkService()
+{
+    if (!m_check) {
+        auto *check = new ServiceCheck(m_studio, this);
+        m_check = new CheckDialog(*check, *m_dialogs, this);
+        m_check->setAttribute(Qt::WA_DeleteOnClose);
+        connect(m_check, &QObject::destroyed, check, &QObject::deleteLater);
+    }
+    m_check->show();
+    m_check->raise();
+    m_check->begin();
+}
+
 void StudioWindow::connectDevices()
 {
     const DeviceConnection *devices = &m_studio.devices();
@@ -300,15 +316,9 @@ void StudioWindow::connectDevices()
         &DeviceConnection::devicesFound,
         m_sceneTab->properties(),
         &PropertiesPanel::showCameras);
-    const auto onlyShown = QStringLiteral("cameras_only_shown");
-    m_studio.sources().openCamerasOnlyShown(m_studio.settings().value(onlyShown).toBool());
-    m_sourcesTab->showCamerasOnlyShown(m_studio.sources().opensCamerasOnlyShown());
-    connect(m_sourcesTab, &SourcesTab::camerasOnlyShownChosen, this, [this, onlyShown](bool only) {
-        m_studio.sources().openCamerasOnlyShown(only);
-        m_studio.settings().setValue(onlyShown, only);
-    });
     connect(devices, &DeviceConnection::arrivalChanged, m_sourcesTab, &SourcesTab::showArrival);
     connect(devices, &DeviceConnection::permissionAnswered, this, &StudioWindow::connectSources);
+    connect(m_sourcesTab, &SourcesTab::checkPressed, this, &StudioWindow::checkService);
     connect(m_sourcesTab, &SourcesTab::refreshPressed, this, [this] {
         m_studio.devices().refreshDevices();
     });

@@ -8,6 +8,7 @@
 #include "ui/kit/error_guard.h"
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QSettings>
 #include <QTimer>
 
@@ -21,6 +22,8 @@ namespace nimbara {
 class AudioTab;
 class ControlRow;
 class DestinationControls;
+class CheckDialog;
+class DeviceSettings;
 class HallControls;
 class HeaderRow;
 class HealthLine;
@@ -85,6 +88,7 @@ private:
     void connectRows();
     void connectTabs();
     void connectDevices();
+    void checkService();
     void connectSources();
     void connectShortcuts();
 
@@ -125,6 +129,8 @@ private:
     std::unique_ptr<WindowRoom> m_room;
     std::unique_ptr<OnAirView> m_onAir;
     std::unique_ptr<HallControls> m_hall;
+    std::unique_ptr<DeviceSettings> m_deviceSettings;
+    QPointer<CheckDialog> m_check;
     std::unique_ptr<ReturnKey> m_returnKey;
     std::unique_ptr<SceneEditor> m_editor;
     std::unique_ptr<LayerActions> m_layerActions;

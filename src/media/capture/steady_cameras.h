@@ -1,0 +1,58 @@
+#pragma once
+
+#include "base/background_task.h"
+#include "media/capture/devices.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace nimbara {
+
+/// Sets a control of a camera's device file. False when there is none, or the camera refuses. Any
+/// thread; may block.
+using CameraControl
+    = std::function<bool(const QString &file, std::uint32_t control, std::int32_t value)>;
+
+/// By Video4Linux (`VIDIOC_S_CTRL`, linux/videodev2.h); on other systems there is none.
+bool setCameraControl(const QString &file, std::uint32_t control, std::int32_t value);
+
+/// The cameras that must keep their rate in poor light. What lowers it is the camera's own control
+/// "exposure_dynamic_framerate" (V4L2_CID_EXPOSURE_AUTO_PRIORITY, linux/v4l2-controls.h), which a
+/// camera forgets when it is unplugged. Interface thread only; the camera is spoken to in the
+/// background.
+class SteadyCameras {
+public:
+    explicit SteadyCameras(CameraControl set = setCameraControl);
+
+    /// By their identity (`CaptureDevice::identity`), in no order.
+    void restore(const QStringList &identities) { m_steady = identities; }
+    [[nodiscard]] const QStringList &identities() const { return m_steady; }
+    [[nodiscard]] bool isSteady(const CaptureDevice &device) const;
+
+    /// The operator's choice for the camera, which takes effect at once.
+    void choose(const CaptureDevice &device, bool steady);
+    /// The camera is about to be opened.
+    void prepare(const CaptureDevice &device);
+
+    /// The name of a camera that cannot be held, once, when it has answered a choice; else empty.
+    QString takeRefused();
+
+private:
+    void set(const QString &file, bool steady, const QString &chosenFor);
+
+    struct Answer {
+        QString name; ///< of the camera; empty: nobody has asked
+        BackgroundTask<bool> done;
+    };
+
+    CameraControl m_set;
+    QStringList m_steady;
+    std::vector<Answer> m_answers;
+};
+
+} // namespace nimbara

@@ -1,0 +1,142 @@
+#include "studio/check/service_check.h"
+
+#include "compositor/text/text_overflow.h"
+#include "output/sink/destination.h"
+#include "studio/studio.h"
+
+#include <QPointer>
+#include <QStandardPaths>
+
+#include <algorithm>
+#include <utility>
+
+namespace nimbara {
+
+namespace {
+
+constexpr int stepMs = 100;
+constexpr int patienceMs = 6000; ///< for all
+
+bool doesNotFit(const Layer &layer, FrameSize frame)
+{
+    const bool isText = layer.kind == LayerKind::Text || layer.kind == LayerKind::Verse;
+    const bool isPaged = layer.kind == LayerKind::Verse && layer.paged;
+    return isText && !isPaged && hiddenLines(layer, frame) > 0;
+}
+
+/// The scenes with a text that does not fit, each with the frame that it is shown in.
+QStringList scenesThatHide(const std::vector<std::pair<ScenePtr, FrameSize>> &scenes)
+{
+    QStringList names;
+    for (const auto &[scene, frame] : scenes) {
+        const auto hides = [size = frame](const Layer &layer) { return doesNotFit(layer, size); };
+        if (std::any_of(scene->layers.begin(), scene->layers.end(), hides)) {
+            names << scene->name;
+        }
+    }
+    return names;
+}
+
+} // namespace
+
+ServiceCheck::ServiceCheck(Studio &studio, QObject *parent)
+    : QObject(parent)
+    , m_studio(studio)
+{
+    m_timer.setInterval(stepMs);
+    connect(&m_timer, &QTimer::timeout, this, &ServiceCheck::look);
+}
+
+void ServiceCheck::begin(int screens)
+{
+    m_facts = {};
+    m_facts.screens = screens;
+    m_looks = 0;
+    const MediaPtr &camera = m_studio.sources().camera();
+    m_arrivedBefore = camera ? camera->arrivedCount() : 0;
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    const QString home = QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
+    m_machine.start([folder = folder.isEmpty() ? home : folder] { return askMachine(folder); });
+    std::vector<std::pair<ScenePtr, FrameSize>> scenes;
+    for (const SceneSet set : bothSets) {
+        for (const ScenePtr &scene : m_studio.document().project().scenes.of(set)) {
+            scenes.emplace_back(scene, m_studio.stage().frameOf(set));
+        }
+    }
+    m_texts.start([scenes = std::move(scenes)] { return scenesThatHide(scenes); });
+    m_studio.translation().key().withKey([this, guard = QPointer(this)](const QString &key) {
+        if (guard) {
+            m_facts.hasServiceKey = !key.isEmpty();
+        }
+    });
+    m_timer.start();
+}
+
+void ServiceCheck::look()
+{
+    ++m_looks;
+    if (const AudioCapture *capture = m_studio.audio().capture()) {
+        const AudioLevels &levels = capture->inputLevels();
+        m_facts.inputPeak = std::max({ m_facts.inputPeak, levels.peak[0], levels.peak[1] });
+    }
+    const int passedMs = m_looks * stepMs;
+    const bool isAnswered = m_machine.isReady() && m_texts.isReady();
+    if (passedMs < lookMs || (!isAnswered && passedMs < patienceMs)) {
+        return;
+    }
+    m_timer.stop();
+    takeAnswers();
+    readStudio();
+    readOutputs();
+    Q_EMIT finished(judge(m_facts));
+}
+
+void ServiceCheck::takeAnswers()
+{
+    if (m_machine.isReady()) {
+        const MachineFacts machine = m_machine.take();
+        m_facts.clockIsSet = machine.clockIsSet;
+        m_facts.onBattery = machine.onBattery;
+        m_facts.freeBytes = machine.freeBytes;
+    }
+    if (m_texts.isReady()) {
+        m_facts.hidden = m_texts.take();
+    }
+    m_machine.abandon();
+    m_texts.abandon();
+}
+
+void ServiceCheck::readStudio()
+{
+    const AudioInput &audio = m_studio.audio();
+    m_facts.hasInput = audio.capture() != nullptr || audio.device().has_value();
+    m_facts.inputIsLost = !audio.lostDevice().isEmpty();
+    m_facts.isMuted = audio.gainState().muted;
+    const Sources &sources = m_studio.sources();
+    m_facts.hasCamera = sources.cameraDevice().has_value();
+    m_facts.cameraIsLost = m_facts.hasCamera && !sources.camera();
+    if (const MediaPtr &camera = sources.camera()) {
+        const std::uint64_t arrived = camera->arrivedCount();
+        m_facts.cameraRate = arrived < m_arrivedBefore // it is another one
+            ? 0
+            : static_cast<double>(arrived - m_arrivedBefore) * 1000.0 / (m_looks * stepMs);
+    }
+}
+
+void ServiceCheck::readOutputs()
+{
+    m_facts.kbits = m_studio.document().project().videoKbits;
+    const StreamDesk &streams = m_studio.streams();
+    for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        if (!streams.isSelected(slot)) {
+            continue;
+        }
+        const QString name = QString::fromUtf8(destinationPresets().at(slot).name);
+        m_facts.destinations << name;
+        if (streams.server(slot).trimmed().isEmpty()) {
+            m_facts.withoutServer << name;
+        }
+    }
+}
+
+} // namespace nimbara

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "base/background_task.h"
+#include "studio/check/machine_facts.h"
+#include "studio/check/service_facts.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <vector>
+
+namespace nimbara {
+
+class Studio;
+
+/// Looks at everything that a service needs, for `lookMs`, and says what to do. Changes nothing.
+/// Interface thread only, which never waits.
+class ServiceCheck : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int lookMs = 3000; ///< at sound and camera; what the system tells may be later
+
+    /// `studio` must outlive the check.
+    explicit ServiceCheck(Studio &studio, QObject *parent = nullptr);
+
+    /// Begins, or begins anew. `screens`: how many the computer has.
+    void begin(int screens);
+    [[nodiscard]] bool isUnderWay() const { return m_timer.isActive(); }
+
+Q_SIGNALS:
+    /// All has been looked at.
+    void finished(const std::vector<nimbara::CheckLine> &lines);
+
+private:
+    void look();
+    void takeAnswers();
+    void readStudio();
+    void readOutputs();
+
+    Studio &m_studio;
+    QTimer m_timer;
+    int m_looks = 0;
+    std::uint64_t m_arrivedBefore = 0;
+    ServiceFacts m_facts;
+    BackgroundTask<MachineFacts> m_machine;
+    BackgroundTask<QStringList> m_texts;
+};
+
+} // namespace nimbara

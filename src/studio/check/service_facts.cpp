@@ -1,0 +1,155 @@
+#include "studio/check/service_facts.h"
+
+#include <cmath>
+
+namespace nimbara {
+
+namespace {
+
+using State = CheckLine::State;
+
+constexpr double quiet = 0.01; ///< −40 dBFS
+constexpr double loud = 0.98;
+constexpr double enoughPictures = 24;
+constexpr std::int64_t cautionMinutes = 60;
+constexpr std::int64_t badMinutes = 20;
+constexpr std::int64_t soundKbits = 160;
+
+Message number(qint64 value)
+{
+    return Message::verbatim(QString::number(value));
+}
+
+CheckLine screenLine(const ServiceFacts &facts)
+{
+    if (facts.screens > 1) {
+        return { State::Good, "Pantallas", { "Hay %1.", { number(facts.screens) } } };
+    }
+    return { State::Caution,
+        "Pantallas",
+        "Solo está la tuya. Conecta el proyector como pantalla extendida." };
+}
+
+CheckLine soundLine(const ServiceFacts &facts)
+{
+    const Message what = "Sonido";
+    if (!facts.hasInput) {
+        return { State::Caution, what, "No hay entrada elegida en “Fuentes y pantallas”." };
+    }
+    if (facts.inputIsLost) {
+        return { State::Bad, what, "La entrada no está. Revisa la consola y su cable." };
+    }
+    if (facts.isMuted) {
+        return { State::Caution, what, "Está silenciado." };
+    }
+    if (facts.inputPeak < quiet) {
+        return { State::Caution, what, "No se oye nada. Habla al micrófono y repite la revisión." };
+    }
+    const auto level = static_cast<qint64>(std::lround(20 * std::log10(facts.inputPeak)));
+    if (facts.inputPeak > loud) {
+        return { State::Caution, what, "Satura. Baja el volumen en la consola." };
+    }
+    return { State::Good, what, { "Llega a %1 dB.", { number(level) } } };
+}
+
+CheckLine cameraLine(const ServiceFacts &facts)
+{
+    const Message what = "Cámara";
+    if (!facts.hasCamera) {
+        return { State::Caution, what, "No hay cámara elegida: se ven las barras de prueba." };
+    }
+    if (facts.cameraIsLost) {
+        return { State::Bad, what, "No está. Revisa su cable." };
+    }
+    const Message rate
+        = Message("%1 imágenes por segundo.", { number(std::lround(facts.cameraRate)) });
+    if (facts.cameraRate < enoughPictures) {
+        return { State::Caution,
+            what,
+            rate + Message(" Son pocas: da más luz o elige otro modo.") };
+    }
+    return { State::Good, what, rate };
+}
+
+void addDisk(std::vector<CheckLine> &lines, const ServiceFacts &facts)
+{
+    if (!facts.freeBytes) {
+        return;
+    }
+    const std::int64_t perMinute = (facts.kbits + soundKbits) * 1000 / 8 * 60;
+    const std::int64_t minutes = *facts.freeBytes / perMinute;
+    const Message room = Message("Caben %1 minutos de grabación.", { number(minutes) });
+    const Message what = "Disco";
+    if (minutes >= cautionMinutes) {
+        lines.push_back({ State::Good, what, room });
+    } else {
+        lines.push_back({ minutes < badMinutes ? State::Bad : State::Caution,
+            what,
+            room + Message(" Libera espacio o graba en otro disco.") });
+    }
+}
+
+CheckLine destinationLine(const ServiceFacts &facts)
+{
+    const Message what = "Destinos";
+    if (facts.destinations.isEmpty()) {
+        return { State::Caution, what, "Ninguno está marcado: no se transmite." };
+    }
+    if (!facts.withoutServer.isEmpty()) {
+        return { State::Bad,
+            what,
+            { "Falta el servidor de %1.",
+                { Message::verbatim(facts.withoutServer.join(QStringLiteral(", "))) } } };
+    }
+    return { State::Good, what, Message::verbatim(facts.destinations.join(QStringLiteral(", "))) };
+}
+
+void addKey(std::vector<CheckLine> &lines, const ServiceFacts &facts)
+{
+    if (facts.hasServiceKey && *facts.hasServiceKey) {
+        lines.push_back({ State::Good, "Traducción", "Hay API key." });
+    } else if (facts.hasServiceKey) {
+        lines.push_back({ State::Caution, "Traducción", "No hay API key: no habrá traducción." });
+    }
+}
+
+CheckLine textLine(const ServiceFacts &facts)
+{
+    if (facts.hidden.isEmpty()) {
+        return { State::Good, "Textos y versículos", "Caben en su recuadro." };
+    }
+    return { State::Caution,
+        "Textos y versículos",
+        { "No caben en su recuadro: %1.",
+            { Message::verbatim(facts.hidden.join(QStringLiteral(", "))) } } };
+}
+
+void addMachine(std::vector<CheckLine> &lines, const ServiceFacts &facts)
+{
+    if (facts.clockIsSet) {
+        lines.push_back({ *facts.clockIsSet ? State::Good : State::Caution,
+            "Reloj",
+            *facts.clockIsSet ? "Está en hora." : "No se pone en hora por la red. Compruébalo." });
+    }
+    if (facts.onBattery) {
+        lines.push_back({ *facts.onBattery ? State::Bad : State::Good,
+            "Corriente",
+            *facts.onBattery ? "Funciona con la batería. Enchufa el cargador."
+                             : "Está enchufado." });
+    }
+}
+
+} // namespace
+
+std::vector<CheckLine> judge(const ServiceFacts &facts)
+{
+    std::vector<CheckLine> lines { screenLine(facts), soundLine(facts), cameraLine(facts) };
+    addDisk(lines, facts);
+    lines.push_back(destinationLine(facts));
+    addKey(lines, facts);
+    lines.push_back(textLine(facts));
+    addMachine(lines, facts);
+    return lines;
+}
+
+} // namespace nimbara

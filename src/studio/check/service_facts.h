@@ -1,0 +1,53 @@
+#pragma once
+
+#include "base/message.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace nimbara {
+
+/// What is known of the computer and the project shortly before a service. A plain value; what
+/// nobody can tell is none.
+struct ServiceFacts {
+    int screens = 1; ///< of the computer, the operator's among them
+
+    bool hasInput = false; ///< an audio device was chosen
+    bool inputIsLost = false;
+    bool isMuted = false;
+    double inputPeak = 0; ///< loudest value of the look, linear
+
+    bool hasCamera = false; ///< a camera was chosen
+    bool cameraIsLost = false;
+    double cameraRate = 0; ///< pictures per second that come in
+
+    std::optional<std::int64_t> freeBytes; ///< on the disk of the operator's videos
+    int kbits = 6000; ///< of a recording, kbit/s
+
+    QStringList destinations; ///< names of the ticked ones
+    QStringList withoutServer; ///< of those
+    std::optional<bool> hasServiceKey; ///< for the translation; none: the store has not answered
+    QStringList hidden; ///< scenes with a verse or text that does not fit its box
+
+    std::optional<bool> clockIsSet; ///< by a time server
+    std::optional<bool> onBattery;
+};
+
+/// One line of the check.
+struct CheckLine {
+    enum class State { Good, Caution, Bad };
+
+    State state = State::Good;
+    Message what; ///< what was looked at
+    Message found; ///< how it is and, unless it is good, what to do
+};
+
+/// What the operator should know before the service, in the order of the work. What nobody can tell
+/// has no line.
+std::vector<CheckLine> judge(const ServiceFacts &facts);
+
+} // namespace nimbara

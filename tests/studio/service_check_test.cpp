@@ -1,0 +1,146 @@
+#include "studio/check/service_check.h"
+#include "studio/studio_fixture.h"
+#include "support/test_registry.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+using State = CheckLine::State;
+
+namespace {
+
+ServiceFacts allWell()
+{
+    ServiceFacts facts;
+    facts.screens = 2;
+    facts.hasInput = facts.hasCamera = true;
+    facts.inputPeak = 0.5;
+    facts.cameraRate = 29.8;
+    facts.freeBytes = 60'000'000'000;
+    facts.destinations = QStringList { u"YouTube"_s };
+    facts.hasServiceKey = true;
+    facts.clockIsSet = true;
+    facts.onBattery = false;
+    return facts;
+}
+
+const CheckLine *lineOf(const std::vector<CheckLine> &lines, const QString &what)
+{
+    const auto is = [&](const CheckLine &line) { return line.what.spanish() == what; };
+    const auto found = std::find_if(lines.begin(), lines.end(), is);
+    return found == lines.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+class ServiceCheckTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void saysWhatIsWrong()
+    {
+        for (const CheckLine &line : judge(allWell())) {
+            QVERIFY2(line.state == State::Good, qPrintable(line.what.spanish()));
+        }
+        using Spoil = void (*)(ServiceFacts &);
+        const std::tuple<QString, State, Spoil> rows[] {
+            { u"Pantallas"_s, State::Caution, [](auto &facts) { facts.screens = 1; } },
+            { u"Sonido"_s, State::Caution, [](auto &facts) { facts.hasInput = false; } },
+            { u"Sonido"_s, State::Bad, [](auto &facts) { facts.inputIsLost = true; } },
+            { u"Sonido"_s, State::Caution, [](auto &facts) { facts.isMuted = true; } },
+            { u"Sonido"_s, State::Caution, [](auto &facts) { facts.inputPeak = 0.0099; } },
+            { u"Sonido"_s, State::Caution, [](auto &facts) { facts.inputPeak = 1; } },
+            { u"Cámara"_s, State::Caution, [](auto &facts) { facts.hasCamera = false; } },
+            { u"Cámara"_s, State::Bad, [](auto &facts) { facts.cameraIsLost = true; } },
+            { u"Cámara"_s, State::Caution, [](auto &facts) { facts.cameraRate = 15; } },
+            { u"Disco"_s,
+                State::Caution,
+                [](auto &facts) { facts.freeBytes = 2'700'000'000; } }, // 58 min
+            { u"Disco"_s,
+                State::Bad,
+                [](auto &facts) { facts.freeBytes = 900'000'000; } }, // 19 min
+            { u"Destinos"_s, State::Caution, [](auto &facts) { facts.destinations.clear(); } },
+            { u"Destinos"_s, State::Bad, [](auto &facts) { facts.withoutServer << u"X"_s; } },
+            { u"Traducción"_s, State::Caution, [](auto &facts) { facts.hasServiceKey = false; } },
+            { u"Textos y versículos"_s,
+                State::Caution,
+                [](auto &facts) { facts.hidden << u"E"_s; } },
+            { u"Reloj"_s, State::Caution, [](auto &facts) { facts.clockIsSet = false; } },
+            { u"Corriente"_s, State::Bad, [](auto &facts) { facts.onBattery = true; } },
+        };
+        for (const auto &[what, state, spoil] : rows) {
+            ServiceFacts facts = allWell();
+            spoil(facts);
+            const std::vector<CheckLine> lines = judge(facts);
+            const RowName row(what.toUtf8());
+            QVERIFY(lineOf(lines, what));
+            QCOMPARE(lineOf(lines, what)->state, state);
+            QCOMPARE(std::count_if(lines.begin(),
+                         lines.end(),
+                         [](const CheckLine &line) { return line.state != State::Good; }),
+                1);
+        }
+        ServiceFacts unknown = allWell();
+        unknown.clockIsSet.reset();
+        QVERIFY(!lineOf(judge(unknown), u"Reloj"_s));
+    }
+
+    void readsThePowerSupplies()
+    {
+        const std::tuple<QString, std::optional<bool>> rows[] {
+            { u""_s, std::nullopt }, // no supply that is told of
+            { u"Battery 1"_s, std::nullopt },
+            { u"Mains 1|Battery 1"_s, false },
+            { u"Mains 0|Battery 1"_s, true },
+            { u"Mains 0|Mains 1"_s, false }, // two sockets
+            { u"Mains 1|Mains 0"_s, false },
+        };
+        for (const auto &[supplies, onBattery] : rows) {
+            const RowName row(supplies.toUtf8());
+            const QTemporaryDir folder;
+            int number = 0;
+            for (const QString &each : supplies.split(u'|', Qt::SkipEmptyParts)) {
+                const QString supply = folder.filePath(QString::number(number++));
+                QVERIFY(QDir().mkpath(supply));
+                for (const auto &[name, field] :
+                    { std::pair { u"/type"_s, 0 }, { u"/online"_s, 1 } }) {
+                    QFile file(supply + name);
+                    QVERIFY(file.open(QIODevice::WriteOnly));
+                    file.write(each.section(u' ', field, field).toUtf8() + '\n');
+                }
+            }
+            const MachineFacts facts = askMachine(folder.path(), folder.path());
+            QCOMPARE(facts.onBattery, onBattery);
+            QVERIFY(facts.freeBytes && *facts.freeBytes > 0);
+        }
+    }
+
+    /// Of a studio as it starts, with a text that is too long.
+    void looksAtTheStudio()
+    {
+        StudioFixture desk;
+        Layer text = newLayer(LayerKind::Text);
+        text.text = QString(u"palabra "_s).repeated(4000);
+        desk.setLayers({ text });
+        desk.studio.streams().setSelected(0, true);
+        ServiceCheck check(desk.studio);
+        std::vector<CheckLine> lines;
+        QObject::connect(&check, &ServiceCheck::finished, &check, [&](const auto &found) {
+            lines = found;
+        });
+        check.begin(2);
+        QVERIFY(QTest::qWaitFor([&] { return !lines.empty(); }, 60'000));
+        QCOMPARE(lineOf(lines, u"Pantallas"_s)->state, State::Good);
+        QCOMPARE(lineOf(lines, u"Sonido"_s)->state, State::Caution);
+        QCOMPARE(lineOf(lines, u"Cámara"_s)->state, State::Caution);
+        QCOMPARE(lineOf(lines, u"Destinos"_s)->state, State::Good);
+        QCOMPARE(lineOf(lines, u"Textos y versículos"_s)->state, State::Caution);
+        QVERIFY(!check.isUnderWay());
+    }
+};
+
+NIMBARA_TEST(ServiceCheckTest)
+#include "service_check_test.moc"

@@ -37,6 +37,7 @@ private Q_SLOTS:
         QVERIFY(!length->isEnabled());
         choose("sceneTransition", u"Barrido ↓"_s);
         QVERIFY(length->isEnabled());
+        QCOMPARE(desk.document().currentScene()->transition->ms, Transition::usualMs);
         length->setValue(9); // the most is 3
         const Transition wipe { TransitionKind::WipeDown, 3000 };
         QVERIFY(desk.document().currentScene()->transition == wipe);

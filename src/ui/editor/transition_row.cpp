@@ -65,6 +65,7 @@ TransitionRow::TransitionRow(const QString &name, const QString &spoken, bool ma
     m_seconds->setDecimals(1);
     m_seconds->setSingleStep(0.1);
     m_seconds->setRange(Transition::shortestMs / msOfSecond, Transition::longestMs / msOfSecond);
+    m_seconds->setValue(Transition::usualMs / msOfSecond);
     m_seconds->setKeyboardTracking(false);
 
     auto *row = new QHBoxLayout(this);

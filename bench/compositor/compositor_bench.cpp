@@ -4,6 +4,7 @@
 #include "document/profile.h"
 #include "support/shown.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 
@@ -178,21 +179,49 @@ double threePicturesMs()
     });
 }
 
-/// What a fade adds to the composed picture.
-double fadeMs()
+/// What a transition adds to the composed picture; the limit is 15 copies of a frame.
+double transitionMs(TransitionKind kind, const PlayingClip &clip = {})
 {
     Composer composer(std::make_shared<PaintCache>());
     MovingCamera camera;
     Moving composition(streamComposition(twoLines));
     const auto compose = [&] { return composer.compose(composition.with(camera.next())); };
     ProgramState program;
-    program.takeStreams({}, {}, false, compose(), 0);
+    static_cast<void>(program.showStreams(compose(), -1));
+    program.takeStreams({}, {}, false, { kind, 1000 }, 0, clip);
     std::vector<double> times;
-    for (int i = 0; i < 101; ++i) {
+    for (int i = 1; i < 100; ++i) {
         const QImage picture = compose();
-        times.push_back(bench::timeMs([&] { return program.fade(picture, 100'000 + i); }));
+        times.push_back(bench::timeMs([&] { return program.showStreams(picture, i * 10'000); }));
     }
     return bench::median(times);
+}
+
+double fadeMs()
+{
+    return transitionMs(TransitionKind::Fade);
+}
+
+double slideMs()
+{
+    return std::max(transitionMs(TransitionKind::SlideLeft), transitionMs(TransitionKind::SlideUp));
+}
+
+/// A clip with transparency over the picture.
+double clipMs()
+{
+    const auto clip = std::make_shared<Frame>(landscapeSize.width, landscapeSize.height);
+    clip->opaque = false;
+    for (std::size_t byte = 0; byte < clip->pixels.size(); ++byte) {
+        clip->pixels[byte] = static_cast<std::uint8_t>(byte / 5000);
+    }
+    const PlayingClip playing { [clip] { return clip; }, [] { return false; }, 500'000 };
+    return transitionMs(TransitionKind::Clip, playing);
+}
+
+double wipeMs()
+{
+    return std::max(transitionMs(TransitionKind::WipeLeft), transitionMs(TransitionKind::WipeUp));
 }
 
 } // namespace
@@ -203,3 +232,6 @@ NIMBARA_BENCH_CASE("hall-still", hallStillMs)
 NIMBARA_BENCH_CASE("hall-new-caption", hallNewCaptionMs)
 NIMBARA_BENCH_CASE("three-pictures", threePicturesMs)
 NIMBARA_BENCH_CASE("fade", fadeMs)
+NIMBARA_BENCH_CASE("transition-slide", slideMs)
+NIMBARA_BENCH_CASE("transition-wipe", wipeMs)
+NIMBARA_BENCH_CASE("transition-clip", clipMs)

@@ -588,7 +588,8 @@ const std::vector<TextPair> &textPairs()
                  cameraTextPairs(),
                  checkTextPairs(),
                  verseTextPairs(),
-                 deskTextPairs() }) {
+                 deskTextPairs(),
+                 transitionTextPairs() }) {
             joined.insert(joined.end(), more.begin(), more.end());
         }
         return joined;

@@ -21,5 +21,6 @@ std::span<const TextPair> cameraTextPairs();
 std::span<const TextPair> checkTextPairs();
 std::span<const TextPair> verseTextPairs();
 std::span<const TextPair> deskTextPairs();
+std::span<const TextPair> transitionTextPairs();
 
 } // namespace nimbara_i18n

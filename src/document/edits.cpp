@@ -125,6 +125,19 @@ struct Application {
             moved);
         return result;
     }
+    SceneSets operator()(const SetSceneTransition &edit) const
+    {
+        const auto place = placeOf(scenes, edit.scene);
+        if (!place) {
+            return scenes;
+        }
+        Scene scene = *scenes.of(place->set)[place->scene];
+        const auto before = std::exchange(scene.transition, edit.transition);
+        if (scene.transition) {
+            scene.transition = withinRange(*scene.transition);
+        }
+        return scene.transition == before ? scenes : with(scenes, *place, std::move(scene));
+    }
     SceneSets operator()(const AddLayer &edit) const
     {
         const auto place = placeOf(scenes, edit.scene);
@@ -199,6 +212,7 @@ struct StepName {
     const char *operator()(const DuplicateScene &) const { return "Duplicar"; }
     const char *operator()(const DeleteScene &) const { return "Eliminar escena"; }
     const char *operator()(const MoveScene &) const { return "Cambiar orden"; }
+    const char *operator()(const SetSceneTransition &) const { return "Transición de la escena"; }
     const char *operator()(const AddLayer &) const { return "Añadir fuente"; }
     const char *operator()(const DeleteLayer &) const { return "Eliminar fuente"; }
     const char *operator()(const MoveLayer &) const { return "Cambiar orden"; }
@@ -214,6 +228,10 @@ struct Subject {
     EditSubject operator()(const DuplicateScene &edit) const { return { edit.copy, {}, {} }; }
     EditSubject operator()(const DeleteScene &edit) const { return { edit.scene, {}, {} }; }
     EditSubject operator()(const MoveScene &edit) const { return { edit.scene, {}, {} }; }
+    EditSubject operator()(const SetSceneTransition &edit) const
+    {
+        return { edit.scene, {}, {}, true };
+    }
     EditSubject operator()(const AddLayer &edit) const { return { edit.scene, edit.layer.id, {} }; }
     EditSubject operator()(const DeleteLayer &edit) const { return { {}, edit.layer, {} }; }
     EditSubject operator()(const MoveLayer &edit) const { return { {}, edit.layer, {} }; }

@@ -39,6 +39,11 @@ struct MoveScene {
     SceneId scene;
     std::int32_t place = 0;
 };
+/// How the scene goes on air; none: as the project says. The length is brought into range.
+struct SetSceneTransition {
+    SceneId scene;
+    std::optional<Transition> transition;
+};
 /// Appends the layer, in front of all others; an unnamed one is named after its kind and its place
 /// ("Texto 3"). Refused with `Error` "Esta escena ya tiene una fuente de subtítulos." for a second
 /// subtitle layer.
@@ -94,6 +99,7 @@ using Edit = std::variant<AddScene,
     DuplicateScene,
     DeleteScene,
     MoveScene,
+    SetSceneTransition,
     AddLayer,
     DeleteLayer,
     MoveLayer,
@@ -120,6 +126,7 @@ struct EditSubject {
     SceneId scene;
     LayerId layer;
     std::optional<LayerField> field; ///< one field alone
+    bool transition = false; ///< the scene's transition alone
 };
 EditSubject subjectOf(const Edit &edit);
 

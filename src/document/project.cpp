@@ -27,6 +27,33 @@ bool differ(const Project &a, const Project &b)
     return seenAlike != b;
 }
 
+namespace {
+
+Transition usualTransition(const Project &project, SceneSet set)
+{
+    return set == SceneSet::Hall && !project.hallTransitions ? plainCut : project.transition;
+}
+
+} // namespace
+
+Transition transitionTo(const Project &project, SceneSet set, const Scene &scene)
+{
+    Transition transition = scene.transition.value_or(usualTransition(project, set));
+    if (transition.kind == TransitionKind::Clip && project.transitionClip.path.isEmpty()) {
+        transition.kind = TransitionKind::Fade;
+    }
+    return transition;
+}
+
+Transition transitionToBlack(const Project &project, SceneSet set)
+{
+    Transition transition = usualTransition(project, set);
+    if (transition.kind != TransitionKind::Cut) {
+        transition.kind = TransitionKind::Fade;
+    }
+    return transition;
+}
+
 Project newProject()
 {
     Project project;

@@ -44,6 +44,9 @@ struct Project {
     Terms terms; ///< the glossary; at most 1000 after reading
     std::vector<KeptPassage> passages; ///< of the service, in order; at most `maxPassages`
     std::optional<Layer> verseStyle; ///< the look of new verse layers (`verseStyleOf`)
+    Transition transition; ///< of scenes without one of their own
+    TransitionClip transitionClip; ///< of those that play one
+    bool hallTransitions = false; ///< `transition` is the hall's too; else that cuts
 
     /// With the very same scenes.
     bool operator==(const Project &) const = default;
@@ -59,6 +62,11 @@ struct Project {
 /// Whether the two differ in anything but the scenes that PREVIEW shows: whether there is work to
 /// be saved.
 bool differ(const Project &a, const Project &b);
+
+/// How the scene goes on air: by a fade where it wants a clip and the project has none.
+Transition transitionTo(const Project &project, SceneSet set, const Scene &scene);
+/// How the program of the set goes black: by a fade, or a cut where the project cuts.
+Transition transitionToBlack(const Project &project, SceneSet set);
 
 /// A project with the default scene in each set.
 Project newProject();

@@ -147,6 +147,34 @@ Layer layerFrom(const QJsonValue &value, const QString &folder)
     return layer;
 }
 
+/// None where there is none, or one of an unknown kind.
+std::optional<Transition> transitionFrom(const QJsonValue &value)
+{
+    const Members members(value);
+    const auto kind = transitionFromWord(members.text("kind"));
+    if (!kind) {
+        return std::nullopt;
+    }
+    return Transition { *kind,
+        members.integer("ms", Transition::usualMs, Transition::shortestMs, Transition::longestMs) };
+}
+
+/// The absolute path of a file of the project, also when its folder was moved.
+QString pathFrom(const Members &members, const QString &folder)
+{
+    const FileTest exists = [](const QString &path) { return QFileInfo::exists(path); };
+    const QString path = members.text("path");
+    return folder.isEmpty() ? path
+                            : resolvePath(folder, path, members.text("relativePath"), exists);
+}
+
+TransitionClip transitionClipFrom(const QJsonValue &value, const QString &folder)
+{
+    const Members members(value);
+    return { pathFrom(members, folder),
+        members.integer("cutMs", TransitionClip::usualCutMs, 0, TransitionClip::latestCutMs) };
+}
+
 std::vector<KeptPassage> passagesFrom(const QJsonValue &value)
 {
     std::vector<KeptPassage> passages;
@@ -180,6 +208,7 @@ Scenes scenesFrom(const QJsonValue &value, const QString &folder, std::size_t &r
         claim(room, layers.size());
         Scene scene;
         scene.name = members.text("name");
+        scene.transition = transitionFrom(members.value("transition"));
         scene.layers.reserve(static_cast<std::size_t>(layers.size()));
         for (const auto &layer : layers) {
             scene.layers.push_back(layerFrom(layer, folder));
@@ -315,6 +344,9 @@ Project fromJson(const QByteArray &json, const QString &folder)
     if (const QJsonValue style = members.value("verseStyle"); style.isObject()) {
         project.verseStyle = verseStyleOf(layerFrom(style, {}));
     }
+    project.transition = transitionFrom(members.value("transition")).value_or(Transition {});
+    project.transitionClip = transitionClipFrom(members.value("transitionClip"), folder);
+    project.hallTransitions = members.flag("hallTransitions", false);
     return project;
 }
 

@@ -93,6 +93,31 @@ QJsonObject layerObject(const Layer &layer, const QString &folder)
     return object;
 }
 
+QJsonObject transitionObject(const Transition &transition)
+{
+    return { { QStringLiteral("kind"), wordOfTransition(transition.kind) },
+        { QStringLiteral("ms"), transition.ms } };
+}
+
+/// How scenes go on air, as far as it is not as in a new project.
+void addTransitions(QJsonObject &object, const Project &project, const QString &folder)
+{
+    if (project.transition != Transition {}) {
+        object.insert(QStringLiteral("transition"), transitionObject(project.transition));
+    }
+    if (project.hallTransitions) {
+        object.insert(QStringLiteral("hallTransitions"), true);
+    }
+    if (const TransitionClip &clip = project.transitionClip; clip != TransitionClip {}) {
+        QJsonObject written { { QStringLiteral("path"), clip.path },
+            { QStringLiteral("cutMs"), clip.cutMs } };
+        if (!folder.isEmpty()) {
+            addRelative(written, "relativePath", relativePath(folder, clip.path));
+        }
+        object.insert(QStringLiteral("transitionClip"), written);
+    }
+}
+
 QJsonArray sceneArray(const Scenes &scenes, const QString &folder)
 {
     QJsonArray array;
@@ -101,8 +126,12 @@ QJsonArray sceneArray(const Scenes &scenes, const QString &folder)
         for (const Layer &layer : scene->layers) {
             layers.append(layerObject(layer, folder));
         }
-        array.append(QJsonObject { { QStringLiteral("name"), scene->name },
-            { QStringLiteral("layers"), layers } });
+        QJsonObject object { { QStringLiteral("name"), scene->name },
+            { QStringLiteral("layers"), layers } };
+        if (scene->transition) {
+            object.insert(QStringLiteral("transition"), transitionObject(*scene->transition));
+        }
+        array.append(object);
     }
     return array;
 }
@@ -164,6 +193,7 @@ QByteArray toJson(const Project &project, const QString &folder)
         object.insert(QStringLiteral("glossary"), termArray(project.terms));
     }
     addVerses(object, project);
+    addTransitions(object, project, folder);
     return QJsonDocument(object).toJson(QJsonDocument::Indented);
 }
 

@@ -2,6 +2,7 @@
 
 #include "document/ids.h"
 #include "document/layer.h"
+#include "document/transition.h"
 
 #include <QString>
 
@@ -18,6 +19,7 @@ struct Scene {
     SceneId id = SceneId::make(); ///< a copy keeps it; a second scene like this one needs another
     QString name;
     std::vector<Layer> layers;
+    std::optional<Transition> transition; ///< when it goes on air; none: the project's
 
     bool operator==(const Scene &) const = default;
 };

@@ -50,7 +50,6 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           m_sources,
           m_stage,
           m_onAir,
-          m_pictures,
           [this](const Message &text) { status(text); })
     , m_layers(m_factory, m_stage, m_sources.pool(), [this](const Message &text) { status(text); })
     , m_images(m_stage, m_sources.shelf())
@@ -236,14 +235,35 @@ Pictures Studio::composePictures(std::int64_t now)
     const LiveScene prepared = m_sources.live(m_stage.document.currentScene());
     m_sources.showOn({ { prepared, m_stage.previewFrame() },
         { m_onAir.streams, m_stage.streamFrame() },
-        { m_onAir.hall, hallSize } });
+        { m_onAir.hall, hallSize },
+        { m_onAir.leftOf(SceneSet::Streams), m_stage.streamFrame() },
+        { m_onAir.leftOf(SceneSet::Hall), hallSize } });
     Pictures pictures { m_pictures.preview(m_stage, prepared, camera),
         m_pictures.streams(m_stage, m_onAir.streams, camera),
         m_pictures.hall(m_stage, m_onAir.hall, camera) };
     m_diagnostics.observe(m_stage, m_sources, pictures.preview);
     m_legibility.look(now, prepared.scene, pictures.preview, *m_stage.pager);
-    pictures.streams = m_stage.program.fade(pictures.streams, now);
+    composeLeft(camera);
+    pictures.streams = m_stage.program.showStreams(pictures.streams, now);
+    pictures.hall = m_stage.program.showHall(pictures.hall, now);
     return pictures;
+}
+
+/// What a transition comes from moves on until it is out of sight.
+void Studio::composeLeft(const CameraPicture &camera)
+{
+    for (const SceneSet set : bothSets) {
+        LiveScene &left = m_onAir.leftOf(set);
+        if (!left.scene) {
+            continue;
+        }
+        if (m_stage.program.isChanging(set)) {
+            m_stage.program.comeFrom(set, m_pictures.left(m_stage, set, left, camera));
+        } else {
+            left = {};
+            m_pictures.forgetLeft(set);
+        }
+    }
 }
 
 void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)

@@ -128,7 +128,7 @@ public:
 Q_SIGNALS:
     /// One line for the operator.
     void status(const nimbara::Message &text);
-    /// The pictures of each frame, after the fade.
+    /// The pictures of each frame, transitions in them.
     void picturesMade(const Pictures &pictures);
     /// After each frame that an output took: buttons, labels and guards may have changed.
     void outputsStepped();
@@ -140,6 +140,7 @@ private:
     void connectCaptions();
     void advanceCaptions();
     [[nodiscard]] Pictures composePictures(std::int64_t now);
+    void composeLeft(const CameraPicture &camera);
     void feedOutputs(const QImage &streams, std::int64_t frameTime);
     [[nodiscard]] const FramePtr &frameOf(const QImage &picture);
     void tellStopped(const Outputs::Stopped &stopped);

@@ -19,10 +19,12 @@ QImage filled(const QColor &color, QSize size = { 64, 36 })
 ProgramState fading(QSize onAir = { 64, 36 })
 {
     ProgramState state;
-    state.takeStreams(makeScene({}, { Layer {} }), {}, false, filled(Qt::red, onAir), 0);
+    static_cast<void>(state.showStreams(filled(Qt::red, onAir), -1));
+    state.takeStreams(makeScene({}, { Layer {} }), {}, false, Transition {}, 0);
     return state;
 }
 
+constexpr std::int64_t fadeUs = 400'000;
 constexpr std::int64_t start = 5'000'000;
 constexpr std::int64_t period = 33'333;
 
@@ -37,8 +39,8 @@ private Q_SLOTS:
         ProgramState state = fading();
         const QImage fresh = filled(QColor(0, 100, 0));
         std::vector<QImage> shown; // what was handed out stays as it was
-        for (std::int64_t at = 0; at < ProgramState::fadeUs; at += 33'333) {
-            shown.push_back(state.fade(fresh, at));
+        for (std::int64_t at = 0; at < fadeUs; at += 33'333) {
+            shown.push_back(state.showStreams(fresh, at));
         }
         QCOMPARE(shown.size(), std::size_t { 13 });
         for (std::size_t i = 0; i < shown.size(); ++i) {
@@ -48,28 +50,73 @@ private Q_SLOTS:
             QVERIFY(qAbs(pixel.green() - 100 * gone) < 2);
             QCOMPARE(shown[i].constBits()[3], uchar { 255 });
         }
-        QCOMPARE(state.fade(fresh, ProgramState::fadeUs).cacheKey(), fresh.cacheKey());
+        QCOMPARE(state.showStreams(fresh, fadeUs).cacheKey(), fresh.cacheKey());
         QCOMPARE(fresh, filled(QColor(0, 100, 0)));
 
         // However many frames are dropped, the fade ends on time.
         ProgramState late = fading();
-        QCOMPARE(late.fade(fresh, 5'000'000).cacheKey(), fresh.cacheKey());
+        QCOMPARE(late.showStreams(fresh, 5'000'000).cacheKey(), fresh.cacheKey());
+    }
+
+    void aClipPlaysOverTheCut()
+    {
+        ProgramState state;
+        static_cast<void>(state.showStreams(filled(Qt::red), 0));
+        const auto half = std::make_shared<Frame>(64, 36); // of black
+        half->opaque = false;
+        for (std::size_t alpha = 3; alpha < half->pixels.size(); alpha += 4) {
+            half->pixels[alpha] = 128;
+        }
+        FramePtr picture = half;
+        bool isOver = false;
+        std::weak_ptr<const char> held;
+        const auto take = [&] {
+            const auto clip = std::make_shared<const char>('c');
+            held = clip;
+            isOver = false;
+            state.takeStreams({},
+                {},
+                false,
+                { TransitionKind::Clip },
+                0,
+                { [&picture, clip] { return picture; }, [&] { return isOver; }, 500'000 });
+        };
+        const auto red = [&](std::int64_t at) {
+            return state.showStreams(filled(QColor(200, 0, 0)), at).pixelColor(5, 5).red();
+        };
+        take();
+        QVERIFY(qAbs(red(499'000) - 127) < 2);
+        QVERIFY(qAbs(red(500'000) - 100) < 2);
+        picture = nullptr; // none yet
+        QCOMPARE(red(600'000), 200);
+        isOver = true;
+        QVERIFY(!held.expired());
+        QCOMPARE(red(700'000), 200);
+        QVERIFY(held.expired());
+        take();
+        isOver = true; // before the cut is due
+        QCOMPARE(red(499'000), 200);
+        QVERIFY(!held.expired());
+        take();
+        QCOMPARE(red(ProgramTransition::longestClipUs), 200); // it does not play for ever
+        QVERIFY(held.expired());
     }
 
     void clearStopsEverything()
     {
         ProgramState state = fading();
-        state.takeHall(makeScene(u"sala"_s, { Layer {} }));
+        state.takeHall(makeScene(u"sala"_s, { Layer {} }), Transition {}, 0);
         state.clear();
         QVERIFY(!state.streams() && !state.hall());
         const QImage black = filled(Qt::black);
-        QCOMPARE(state.fade(black, 0).cacheKey(), black.cacheKey());
+        QCOMPARE(state.showStreams(black, 0).cacheKey(), black.cacheKey());
+        QCOMPARE(state.showHall(black, 0).cacheKey(), black.cacheKey());
     }
 
     void otherSizeOnAirIsPaintedAtTheOrigin()
     {
         ProgramState state = fading({ 36, 64 });
-        const QImage shown = state.fade(filled(Qt::black), 0);
+        const QImage shown = state.showStreams(filled(Qt::black), 0);
         QCOMPARE(shown.size(), QSize(64, 36));
         QVERIFY(shown.pixelColor(10, 10).red() > 250);
         QCOMPARE(shown.pixelColor(50, 10), QColor(Qt::black));

@@ -107,6 +107,36 @@ private Q_SLOTS:
         QCOMPARE(streams(sets), u"a,Culto,z"_s); // none of it changed the first value
     }
 
+    void aSceneGoesOnAirAsItOrTheProjectSays()
+    {
+        const Transition wipe { TransitionKind::WipeLeft, 1000 };
+        const Transition fade { TransitionKind::Fade, 1000 };
+        Project project = newProject();
+        project.transition = wipe;
+        const auto own = [&](std::optional<Transition> transition) {
+            const SetSceneTransition edit { project.hall()[0]->id, transition };
+            project.scenes = applied(project.scenes, edit);
+            return project.hall()[0];
+        };
+        const auto hall
+            = [&](const ScenePtr &scene) { return transitionTo(project, SceneSet::Hall, *scene); };
+        QVERIFY(transitionTo(project, SceneSet::Streams, *project.streams()[0]) == wipe);
+        QVERIFY(transitionToBlack(project, SceneSet::Streams) == fade);
+        QVERIFY(
+            hall(own({})) == plainCut && transitionToBlack(project, SceneSet::Hall) == plainCut);
+        QVERIFY(hall(own(Transition { TransitionKind::Fade, 9999 })).ms == Transition::longestMs);
+        project.hallTransitions = true;
+        QVERIFY(hall(own({})) == wipe && transitionToBlack(project, SceneSet::Hall) == fade);
+        const ScenePtr clip = own(Transition { TransitionKind::Clip, 1000 });
+        QVERIFY(hall(clip) == fade); // there is none
+        project.transitionClip.path = u"/a.webm"_s;
+        QVERIFY(hall(clip).kind == TransitionKind::Clip);
+        own({});
+        const SceneSets before = project.scenes;
+        own({});
+        QVERIFY(project.scenes == before); // the very same
+    }
+
     void addedLayersAreNamedInFront()
     {
         SceneSets sets = scenesOf(u"a"_s);

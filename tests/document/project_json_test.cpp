@@ -199,6 +199,39 @@ private Q_SLOTS:
         QVERIFY(contents(odd.hall()) == contents(project.hall()));
     }
 
+    void transitionsAreWrittenWhereTheyAreChosen()
+    {
+        Project project = newProject();
+        QVERIFY(!toJson(project).contains("ransition"));
+        project.transition = { TransitionKind::WipeUp, 1500 };
+        project.hallTransitions = true;
+        project.transitionClip = { u"/culto/clips/ola.webm"_s, 350 };
+        Scene scene = *project.hall().front();
+        scene.transition = plainCut;
+        project.scenes.of(SceneSet::Hall).push_back(std::make_shared<const Scene>(scene));
+        const Project read = fromJson(toJson(project));
+        QVERIFY(read.transition == project.transition && read.hallTransitions);
+        QVERIFY(contents(read.hall()) == contents(project.hall()));
+
+        QVERIFY(read.transitionClip == project.transitionClip);
+        QVERIFY(toJson(project, u"/culto"_s).contains(R"("relativePath": "clips/ola.webm")"));
+
+        const Transition usual;
+        for (const auto &[json, wanted] : { std::pair { R"("fade")", usual },
+                 { R"({"ms":900})", usual },
+                 { R"({"kind":"whirl","ms":900})", usual },
+                 { R"({"kind":"slide-left"})", Transition { TransitionKind::SlideLeft, 400 } },
+                 { R"({"kind":"cut","ms":"x"})", plainCut },
+                 { R"({"kind":"fade","ms":1e9})", Transition { TransitionKind::Fade, 3000 } },
+                 { R"({"kind":"fade","ms":-5})", Transition { TransitionKind::Fade, 100 } } }) {
+            const RowName named(json);
+            const Project odd = fromJson(QByteArray(R"({"version":3,"gain":1,"transition":)") + json
+                + R"(,"scenes":[{"transition":)" + json + "}]}");
+            QVERIFY(odd.transition == wanted);
+            QVERIFY(odd.streams()[0]->transition.value_or(usual) == wanted);
+        }
+    }
+
     void readsLayers()
     {
         const auto nothing = [](Layer &) {};

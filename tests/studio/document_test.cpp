@@ -147,6 +147,24 @@ private Q_SLOTS:
         QVERIFY(document.redoName().isEmpty());
     }
 
+    void aRideOfATransitionsLengthIsOneStep()
+    {
+        Document document(m_clock);
+        const auto set = [&](std::int32_t ms) {
+            const Transition slide { TransitionKind::SlideUp, ms };
+            document.apply(SetSceneTransition { document.currentScene()->id, slide });
+        };
+        set(500);
+        set(600);
+        m_clock.advanceUs(2'000'000);
+        set(700);
+        QCOMPARE(document.undoName(), u"Transición de la escena"_s);
+        document.undo();
+        QCOMPARE(document.currentScene()->transition->ms, 600);
+        document.undo();
+        QVERIFY(!document.currentScene()->transition);
+    }
+
     void theGlossaryIsAStepOfUndo()
     {
         Document document(m_clock);

@@ -1,3 +1,4 @@
+#include "compositor/scene/load_image.h"
 #include "studio/studio_fixture.h"
 #include "support/clips.h"
 #include "support/test_registry.h"
@@ -20,16 +21,121 @@ private Q_SLOTS:
             [&] { return isNear(desk.pictures.preview.pixelColor(100, 100), Qt::white); }));
     }
 
-    void takeDuringAFadeStartsFromThePictureOnAir()
+    void takeDuringAFadeStartsFromWhatIsSeen()
     {
         StudioFixture desk;
         desk.take({ colorLayer(QColor(200, 0, 0)) });
         desk.frame(200'000); // half of black → red
         desk.take({ colorLayer(QColor(0, 200, 0)) });
         desk.studio.tick();
-        desk.frame(40'000); // a tenth of red → green: the old overlay is gone
-        QVERIFY2(isNear(centre(desk.pictures.streams), QColor(180, 20, 0)),
+        desk.frame(40'000); // a tenth of dark red → green
+        QVERIFY2(isNear(centre(desk.pictures.streams), QColor(90, 20, 0)),
             qPrintable(centre(desk.pictures.streams).name()));
+    }
+
+    void aSceneGoesOnAirInItsOwnWay()
+    {
+        StudioFixture desk;
+        Document &document = desk.studio.document();
+        document.setTransition({ TransitionKind::SlideLeft, 1000 });
+        desk.take({ colorLayer(Qt::red) });
+        document.setTransition({ TransitionKind::Cut }); // what is on its way goes on
+        desk.frame(500'000);
+        QCOMPARE(desk.pictures.streams.pixelColor(940, 9), QColor(Qt::black));
+        QCOMPARE(desk.pictures.streams.pixelColor(980, 9), QColor(Qt::red));
+        desk.frame(500'000);
+
+        document.apply(SetSceneTransition { desk.scene().id, Transition {} });
+        desk.take({ colorLayer(Qt::blue) });
+        desk.frame(200'000);
+        QVERIFY(isNear(centre(desk.pictures.streams), QColor(127, 0, 128)));
+        desk.studio.program().offAir(); // as the project
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));
+        desk.studio.stage().program.setFadeEnabled(false); // all of them
+        desk.take({ colorLayer(Qt::green) });
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::green));
+    }
+
+    void theSceneBeforeMovesOnUntilItIsOutOfSight()
+    {
+        StudioFixture desk;
+        desk.studio.stage().program.setFadeEnabled(false);
+        desk.setLayers({});
+        desk.studio.layers().addVideoFile(clip({ .seconds = 5 }));
+        QVERIFY(desk.takePrepared());
+        desk.studio.stage().program.setFadeEnabled(true);
+        std::weak_ptr<Media> before = desk.source(0);
+        const auto number = [&] { return readClip(*before.lock()->frame()).number; };
+        desk.studio.document().setTransition({ TransitionKind::WipeUp, 3000 });
+        desk.take({ colorLayer(Qt::blue) });
+        const int first = number();
+        QVERIFY(desk.pollUntil([&] { return number() > first + 3; }));
+        desk.frame();
+        const QImage shown = desk.pictures.streams; // the edge is still below the number
+        QVERIFY(readClip(*toFrame(shown)).number > first + 3);
+        QVERIFY(desk.runUntil([&] { return centre(desk.pictures.streams) == QColor(Qt::blue); }));
+        desk.frame(3'000'000);
+        desk.frame();
+        QVERIFY(desk.studio.onAir().left[0].layers.empty());
+    }
+
+    void aClipPlaysOverTheCutOrIsLeftOut()
+    {
+        StudioFixture desk;
+        Document &document = desk.studio.document();
+        const auto take = [&](const QColor &color, const QString &path) {
+            document.setTransitionClip({ path, 400 });
+            desk.setLayers({ colorLayer(color) });
+            return desk.takePrepared();
+        };
+        const auto shows = [&](const QColor &color) {
+            return desk.runUntil([&] { return isNear(centre(desk.pictures.streams), color, 8); });
+        };
+        document.setTransition({ TransitionKind::Clip });
+        const QString halfGrey = clip({ .seconds = 5,
+            .videoCodec = u"libvpx"_s,
+            .audioCodec = {},
+            .container = u"webm"_s,
+            .pixelFormat = u"yuva420p"_s,
+            .extra = { u"-vf"_s,
+                u"format=rgba,colorchannelmixer=aa=0.5,format=yuva420p"_s,
+                u"-auto-alt-ref"_s,
+                u"0"_s } });
+        QVERIFY(take(Qt::red, halfGrey));
+        QVERIFY(shows(QColor(64, 64, 64)));
+        desk.frame(400'000); // the cut is due
+        QVERIFY(isNear(centre(desk.pictures.streams), QColor(191, 64, 64), 8));
+        desk.frame(ProgramTransition::longestClipUs);
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::red));
+
+        QVERIFY(take(Qt::blue, u"/nowhere/clip.webm"_s));
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::blue));
+        QVERIFY(desk.told("El clip de la transición no se puede reproducir"));
+        desk.statuses.clear();
+        desk.studio.stage().program.setFadeEnabled(false); // nothing is opened for it
+        QVERIFY(take(Qt::green, u"/nowhere/clip.webm"_s));
+        QVERIFY(!desk.told("El clip"));
+    }
+
+    void theHallPassesWhereTheProjectWantsIt()
+    {
+        StudioFixture desk;
+        desk.studio.program().setEditSet(1);
+        desk.take({ colorLayer(Qt::red) });
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.hall), QColor(Qt::red));
+        desk.studio.document().setHallTransitions(true);
+        desk.take({ colorLayer(Qt::blue) });
+        desk.frame(200'000);
+        QVERIFY(isNear(centre(desk.pictures.hall), QColor(127, 0, 128)));
+        desk.frame(200'000);
+        desk.studio.program().offAir();
+        desk.frame(200'000);
+        QVERIFY(isNear(centre(desk.pictures.hall), QColor(0, 0, 127)));
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::black));
     }
 
     /// Its first picture needs no more scaling, on whichever program.

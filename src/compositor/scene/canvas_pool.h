@@ -12,7 +12,7 @@ namespace nimbara {
 /// so that a frame costs no fresh memory. Interface thread only.
 class CanvasPool {
 public:
-    static constexpr std::size_t maxCanvases = 8;
+    static constexpr std::size_t maxCanvases = 12;
 
     /// A canvas of the size that only the caller holds; its pixels are arbitrary. It can be written
     /// without a hidden copy as long as it is not copied.

@@ -102,12 +102,14 @@ void Document::apply(const std::vector<Edit> &edits)
 
 bool Document::continues(const EditSubject &subject) const
 {
-    if (m_runBroken || m_undo.empty() || !subject.field) {
+    if (m_runBroken || m_undo.empty() || !(subject.field || subject.transition)) {
         return false;
     }
     const EditSubject &last = m_undo.back().subject;
     const bool recent = m_clock.monotonicUs() - m_lastEditUs < runUs;
-    return last.layer == subject.layer && last.field == subject.field && (m_gesture || recent);
+    const bool isSame = last.scene == subject.scene && last.layer == subject.layer
+        && last.field == subject.field && last.transition == subject.transition;
+    return isSame && (m_gesture || recent);
 }
 
 void Document::record(const SceneSets &before, const Edit &edit)
@@ -212,6 +214,38 @@ void Document::setVerseStyle(std::optional<Layer> style)
         return;
     }
     m_project.verseStyle = std::move(style);
+    Change change;
+    change.settings = true;
+    tell(change);
+}
+
+void Document::setTransition(const Transition &transition)
+{
+    const Transition wanted = withinRange(transition);
+    if (std::exchange(m_project.transition, wanted) == wanted) {
+        return;
+    }
+    Change change;
+    change.settings = true;
+    tell(change);
+}
+
+void Document::setHallTransitions(bool on)
+{
+    if (std::exchange(m_project.hallTransitions, on) == on) {
+        return;
+    }
+    Change change;
+    change.settings = true;
+    tell(change);
+}
+
+void Document::setTransitionClip(const TransitionClip &clip)
+{
+    const TransitionClip wanted = withinRange(clip);
+    if (std::exchange(m_project.transitionClip, wanted) == wanted) {
+        return;
+    }
     Change change;
     change.settings = true;
     tell(change);

@@ -19,7 +19,7 @@ struct Change {
     bool everything = false; ///< another project stands on the desk
     bool scenes = false; ///< scenes came, went, moved or were renamed
     bool current = false; ///< PREVIEW shows another scene, or edits the other set
-    bool settings = false; ///< format, title, band, gain or bit rate
+    bool settings = false; ///< format, title, band, gain, bit rate or transition
     bool terms = false; ///< the glossary
     bool layers = false; ///< layers of one scene or more came, went or changed places
     LayerId layer; ///< the layer that an edit was about; it may be gone
@@ -53,10 +53,10 @@ public:
     /// Shows a scene of its set in PREVIEW; nothing happens when it is gone.
     void showScene(SceneId scene);
 
-    /// Applies an edit as a step of undo. A run of edits of one field of one layer is one step:
-    /// while a gesture lasts, or with less than a second between two of them. A new or copied scene
-    /// becomes current, a deleted one hands on to the scene before it. Throws what the edit is
-    /// refused with.
+    /// Applies an edit as a step of undo. A run of edits of one field of one layer, or of one
+    /// scene's transition, is one step: while a gesture lasts, or with less than a second between
+    /// two of them. A new or copied scene becomes current, a deleted one hands on to the scene
+    /// before it. Throws what the edit is refused with.
     void apply(const Edit &edit);
     /// Several edits as one step, named after the last one. Throws with none applied.
     void apply(const std::vector<Edit> &edits);
@@ -76,6 +76,9 @@ public:
     void setProfile(StreamProfile profile);
     void setPassages(std::vector<KeptPassage> passages); ///< what exceeds the most is cut off
     void setVerseStyle(std::optional<Layer> style);
+    void setTransition(const Transition &transition); ///< brought into range
+    void setHallTransitions(bool on);
+    void setTransitionClip(const TransitionClip &clip); ///< brought into range
     /// A new verse layer with the look that the project keeps for it.
     [[nodiscard]] Layer newVerseLayer() const;
 

@@ -2,6 +2,8 @@
 
 #include "base/error.h"
 
+#include <QUrl>
+
 #include <algorithm>
 
 namespace nimbara {
@@ -25,11 +27,14 @@ PendingTake::PendingTake(const MediaFactory &factory,
     FrameSize canvas,
     const Project &project,
     SceneSet set,
+    const Transition &transition,
     std::int64_t nowUs)
     : m_set(set)
     , m_scene(project.scenes.of(set)[project.currentPlace(set)])
     , m_title(project.title)
     , m_band(project.band)
+    , m_transition(transition)
+    , m_clip(project.transitionClip)
     , m_sinceUs(nowUs)
 {
     for (const Layer &layer : m_scene->layers) {
@@ -49,6 +54,47 @@ PendingTake::PendingTake(const MediaFactory &factory,
     ShownBoxes boxes;
     boxes.add({ live, canvas }, [](const Layer & /*layer*/) { return nullptr; });
     boxes.tell();
+    openClip(factory, canvas);
+}
+
+/// It stands at its first picture until all else is ready.
+void PendingTake::openClip(const MediaFactory &factory, FrameSize canvas)
+{
+    if (m_transition.kind != TransitionKind::Clip) {
+        return;
+    }
+    try {
+        m_clipMedia = factory.heldMedia(canvas,
+            QString::fromLatin1(QUrl::fromLocalFile(m_clip.path).toEncoded()));
+        m_clipMedia->showIn(
+            { { static_cast<double>(canvas.width), static_cast<double>(canvas.height), true } });
+    } catch (const Error &) {
+        m_clipMedia.reset(); // told once the scene is on air
+    }
+}
+
+/// A clip that fails keeps no scene from going on air.
+bool PendingTake::isClipReady(bool play)
+{
+    if (!m_clipMedia) {
+        return true;
+    }
+    if (play) {
+        m_clipMedia->setShown(true);
+    }
+    m_clipMedia->pollSource();
+    return m_clipMedia->isReady();
+}
+
+MediaPtr PendingTake::playClip()
+{
+    if (m_transition.kind == TransitionKind::Clip
+        && (!m_clipMedia || m_clipMedia->frameCount() == 0)) {
+        m_clipMedia.reset();
+        m_transition = plainCut;
+        m_isWithoutClip = true;
+    }
+    return m_clipMedia;
 }
 
 PendingTake::File *PendingTake::fileOf(const Layer &layer)
@@ -74,6 +120,7 @@ bool PendingTake::isReady(std::int64_t nowUs)
         }
         ready = ready && file.media->isReady();
     }
+    ready = isClipReady(ready) && ready;
     return ready || nowUs - m_sinceUs >= patienceUs;
 }
 

@@ -3,7 +3,7 @@
 #include "base/report.h"
 #include "studio/edit/stage.h"
 #include "studio/programs/pending_take.h"
-#include "studio/programs/program_pictures.h"
+#include "studio/sources/on_air.h"
 
 #include <array>
 #include <optional>
@@ -19,7 +19,6 @@ public:
         Sources &sources,
         Stage &stage,
         OnAir &onAir,
-        ProgramPictures &pictures,
         Report status);
 
     /// Which set PREVIEW shows and TAKE and OFF AIR act on: 0 streams, anything else the hall.
@@ -28,10 +27,11 @@ public:
     /// Gives the edited set's current scene to its program, as it is now: at once, or with the
     /// first picture of each file in it, while the program runs on (`PendingTake`). Files play from
     /// their start. When one fails before, that is told and both programs stay as they are. A later
-    /// `take` or `offAir` of the same set takes its place.
+    /// `take` or `offAir` of the same set takes its place. It goes on air as the scene, or the
+    /// project, wants (`transitionTo`) from what is seen at that moment.
     void take();
 
-    /// Sends the edited set's program to black.
+    /// Sends the edited set's program to black (`transitionToBlack`).
     void offAir();
 
     /// Changes verse layers of what is on air, or on its way there, in both programs at once and
@@ -53,16 +53,17 @@ private:
     }
     void advance(std::optional<PendingTake> &take);
     void goOnAir(PendingTake &take);
-    [[nodiscard]] QImage streamsOnAir();
+    void replace(SceneSet set, LiveScene live, bool wasChanging);
+    [[nodiscard]] PlayingClip playClip(PendingTake &take);
 
     const Clock &m_clock;
     const MediaFactory &m_factory;
     Sources &m_sources;
     Stage &m_stage;
     OnAir &m_onAir;
-    ProgramPictures &m_pictures;
     Report m_status;
     std::array<std::optional<PendingTake>, 2> m_pending; ///< of the streams, of the hall
+    std::array<std::weak_ptr<Media>, 2> m_clips; ///< of transitions that run
 };
 
 } // namespace nimbara

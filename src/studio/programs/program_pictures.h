@@ -6,6 +6,7 @@
 
 #include <QImage>
 
+#include <array>
 #include <memory>
 
 namespace nimbara {
@@ -26,9 +27,14 @@ public:
     /// `scene`: the one in PREVIEW. `camera`: tells what camera layers show.
     [[nodiscard]] QImage
     preview(const Stage &stage, const LiveScene &scene, const CameraPicture &camera);
-    /// The stream program without a running fade.
+    /// The stream program without a transition that runs.
     [[nodiscard]] QImage
     streams(const Stage &stage, const LiveScene &scene, const CameraPicture &camera);
+    /// The scene that the set's program leaves, as `streams` and `hall` show theirs.
+    [[nodiscard]] QImage
+    left(const Stage &stage, SceneSet set, const LiveScene &scene, const CameraPicture &camera);
+    /// It is out of sight.
+    void forgetLeft(SceneSet set);
     [[nodiscard]] QImage
     hall(const Stage &stage, const LiveScene &scene, const CameraPicture &camera);
 
@@ -37,6 +43,7 @@ private:
     Composer m_preview;
     Composer m_streams;
     Composer m_hall;
+    std::array<Composer, 2> m_left; ///< of either set
 };
 
 } // namespace nimbara

@@ -255,8 +255,9 @@ CameraPicture Sources::cameraPicture() const
 void Sources::pollLayerCameras(const Project &project, const OnAir &onAir)
 {
     std::vector<QString> named;
-    addNamed(named, onAir.streams.scene);
-    addNamed(named, onAir.hall.scene);
+    for (const LiveScene *program : onAir.seen()) {
+        addNamed(named, program->scene);
+    }
     for (const SceneSet set : bothSets) {
         const Scenes &scenes = project.scenes.of(set);
         if (m_onlyShown) {
@@ -281,7 +282,7 @@ void Sources::poll(const Project &project, OnAir &onAir)
     pollOffer();
     pollCamera();
     pollLayerCameras(project, onAir);
-    for (const LiveScene *program : { &onAir.streams, &onAir.hall }) {
+    for (const LiveScene *program : onAir.seen()) {
         for (const LiveLayer &layer : program->layers) {
             pollOnce(layer.source.get(), true);
         }

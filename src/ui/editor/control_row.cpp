@@ -18,6 +18,7 @@ ControlRow::ControlRow(QWidget *parent)
           named(new QLineEdit, "title", nimbara_i18n::tr("Título, versículo o cinta inferior...")))
     , m_band(named(new QCheckBox(nimbara_i18n::tr("Banda")), "band"))
     , m_fade(named(new QCheckBox(nimbara_i18n::tr("Fundido 0.4 s")), "fade"))
+    , m_transition(makeButton("▾", "transition"))
     , m_take(makeButton("AL AIRE  →", "take"))
     , m_offAir(makeButton("Fuera del aire", "offair"))
 {
@@ -25,6 +26,10 @@ ControlRow::ControlRow(QWidget *parent)
     m_scenes->setToolTip(nimbara_i18n::tr("Escena en Preparación"));
     m_title->setPlaceholderText(nimbara_i18n::tr("Título, versículo o cinta inferior..."));
     m_fade->setChecked(true);
+    m_fade->setToolTip(nimbara_i18n::tr(
+        "Cómo pasa el programa de una escena a otra. Sin marcar, todo cambia de golpe."));
+    m_transition->setAccessibleName(nimbara_i18n::tr("Transiciones"));
+    m_transition->setToolTip(nimbara_i18n::tr("Transiciones"));
     m_take->setMinimumWidth(std::max(m_take->minimumWidth(), 150));
     m_offAir->setToolTip(nimbara_i18n::tr("Manda pantalla negra al Programa"));
 
@@ -34,6 +39,7 @@ ControlRow::ControlRow(QWidget *parent)
     row->addWidget(m_title, 1);
     row->addWidget(m_band);
     row->addWidget(m_fade);
+    row->addWidget(m_transition);
     row->addWidget(m_take);
     row->addWidget(m_offAir);
 

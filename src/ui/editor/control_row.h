@@ -8,7 +8,8 @@
 
 namespace nimbara {
 
-/// The row that sends PREVIEW to the programs: scene list, lower third, band, fade, TAKE, OFF AIR.
+/// The row that sends PREVIEW to the programs: scene list, lower third, band, transition, TAKE, OFF
+/// AIR.
 class ControlRow : public QWidget {
     Q_OBJECT
 public:
@@ -20,6 +21,10 @@ public:
     void showOnAir(int scene);
     /// The TAKE button names where it sends to.
     void showEditSet(bool hall);
+    /// Names the transition of the scene in PREVIEW.
+    void showTransition(const QString &text) { m_fade->setText(text); }
+    /// Opens the choice of transitions.
+    [[nodiscard]] QPushButton *transitionButton() const { return m_transition; }
     /// Sets the lower third and the band, as an opened project does.
     void showTitle(const QString &title, bool band);
 
@@ -39,6 +44,7 @@ private:
     QLineEdit *m_title;
     QCheckBox *m_band;
     QCheckBox *m_fade;
+    QPushButton *m_transition;
     QPushButton *m_take;
     QPushButton *m_offAir;
 };

@@ -18,6 +18,7 @@ QString applicationStyleSheet()
         "QWidget#notice QLabel { background: transparent; color: white; font-weight: 600; }"
         "QPushButton#take { background: #bd304d; color: white; font-weight: 800; }"
         "QPushButton#offair { background: #2b2f3a; color: #d9e2ee; border: 1px solid #59637a; }"
+        "QFrame#transitionBox { border: 1px solid #65b0ed; border-radius: 7px; }"
         "QTabBar::tab { background: #192b40; padding: 10px 20px; border-radius: 4px; }"
         "QTabBar::tab:selected { background: #245b8b; }"
         "QProgressBar { border: 1px solid #36516d; border-radius: 5px; background: #17273a;"

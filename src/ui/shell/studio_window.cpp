@@ -14,6 +14,7 @@
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
 #include "ui/editor/scene_tiles.h"
+#include "ui/editor/transition_controls.h"
 #include "ui/kit/controls.h"
 #include "ui/kit/marks.h"
 #include "ui/kit/page_scroll.h"
@@ -129,6 +130,10 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *m_sceneTab,
         *m_monitors->canvas());
     m_legibility = std::make_unique<LegibilityView>(m_studio, *m_sceneTab);
+    m_transitions = std::make_unique<TransitionControls>(m_studio.document(),
+        *m_dialogs,
+        *m_controls,
+        *m_tiles);
     m_destinations = std::make_unique<DestinationControls>(m_studio.streams(),
         m_studio.health(),
         m_guard,

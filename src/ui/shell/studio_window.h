@@ -42,6 +42,7 @@ class SceneTiles;
 class SourcesTab;
 class TranslationControls;
 class TranslationTab;
+class TransitionControls;
 class VerseControls;
 class WindowRoom;
 
@@ -138,6 +139,7 @@ private:
     std::unique_ptr<DestinationControls> m_destinations;
     std::unique_ptr<RecordingControls> m_recording;
     std::unique_ptr<ProjectControls> m_projects;
+    std::unique_ptr<TransitionControls> m_transitions;
     std::unique_ptr<TranslationControls> m_translation;
     std::unique_ptr<VerseControls> m_verses;
 };

@@ -6,6 +6,7 @@
 #include "studio/studio.h"
 #include "ui/kit/dialogs.h"
 #include "ui/kit/error_guard.h"
+#include "ui/kit/key_map.h"
 
 #include <QMainWindow>
 #include <QSettings>
@@ -40,6 +41,7 @@ class SourcesTab;
 class TranslationControls;
 class TranslationTab;
 class VerseControls;
+class WindowKeys;
 class WindowRoom;
 
 /// What the window reaches outside itself. Tests put their own in place.
@@ -86,7 +88,6 @@ private:
     void connectTabs();
     void connectDevices();
     void connectSources();
-    void connectShortcuts();
 
     void showPictures(const Pictures &pictures);
     void showOutputs();
@@ -97,8 +98,6 @@ private:
     void showPreviewShape();
     void setLanguage(int index);
     void restartInOtherLanguage();
-    void takeFromKeyboard();
-    void chooseSceneFromKeyboard(int place);
 
     bool m_mayClose = false; ///< what would be lost was settled
     SystemClock m_clock;
@@ -107,6 +106,7 @@ private:
     std::unique_ptr<Dialogs> m_dialogs;
     ErrorGuard m_guard;
     QTimer m_frameTimer;
+    KeyMap m_keys;
 
     HeaderRow *m_header;
     ProjectRow *m_project;
@@ -134,6 +134,7 @@ private:
     std::unique_ptr<ProjectControls> m_projects;
     std::unique_ptr<TranslationControls> m_translation;
     std::unique_ptr<VerseControls> m_verses;
+    std::unique_ptr<WindowKeys> m_windowKeys;
 };
 
 } // namespace nimbara

@@ -44,7 +44,6 @@ constexpr TextPair pairs[] = {
         "Not in %1: the first Bible is shown alone." },
     TextPair { "Lista", "List" },
     TextPair { "Pasajes de hoy", "Today's passages" },
-    TextPair { "Pasajes de hoy (Ctrl+L)", "Today's passages (Ctrl+L)" },
     TextPair { "Mostrados últimamente", "Shown lately" },
     TextPair { "Añadir", "Add" },
     TextPair { "Añadir a los pasajes de hoy", "Add to today's passages" },

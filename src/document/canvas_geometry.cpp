@@ -86,17 +86,6 @@ LayerId layerAt(const Scene &scene, const QRectF &frame, QPointF pointer)
     return {};
 }
 
-CanvasHit canvasHit(const Scene &scene, LayerId selected, const QRectF &frame, QPointF pointer)
-{
-    if (const Layer *layer = findLayer(scene, selected); layer != nullptr && !layer->locked) {
-        const Handle handle = handleAt(layerRect(boxOf(*layer), frame), pointer);
-        if (handle != Handle::None) {
-            return { handle, selected };
-        }
-    }
-    return { Handle::None, layerAt(scene, frame, pointer) };
-}
-
 Box CanvasDrag::boxAt(QPointF pointer, const QRectF &frame) const
 {
     if (frame.width() <= 0 || frame.height() <= 0) {
@@ -105,15 +94,16 @@ Box CanvasDrag::boxAt(QPointF pointer, const QRectF &frame) const
     const double dx = (pointer.x() - press.x()) / frame.width();
     const double dy = (pointer.y() - press.y()) / frame.height();
     if (handle == Handle::None) {
-        return clampedToScreen({ start.x + dx, start.y + dy, start.w, start.h });
+        return { start.x + dx, start.y + dy, start.w, start.h };
     }
-    return clampedToScreen(resized(kind, start, handle, dx, dy));
+    return resized(kind, start, handle, dx, dy);
 }
 
-Box nudgedBox(const Box &box, int right, int down, bool large)
+QPointF CanvasDrag::anchor() const
 {
-    const double step = large ? 0.05 : 0.005;
-    return clampedToScreen({ box.x + right * step, box.y + down * step, box.w, box.h });
+    const bool dragsLeft = handle == Handle::TopLeft || handle == Handle::BottomLeft;
+    const bool dragsTop = handle == Handle::TopLeft || handle == Handle::TopRight;
+    return { dragsLeft ? start.x + start.w : start.x, dragsTop ? start.y + start.h : start.y };
 }
 
 } // namespace nimbara

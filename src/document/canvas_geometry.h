@@ -41,30 +41,19 @@ Handle handleAt(const QRectF &rect, QPointF pointer);
 /// The front-most visible layer under the pointer, or none.
 LayerId layerAt(const Scene &scene, const QRectF &frame, QPointF pointer);
 
-/// What lies under the pointer: a handle of the selected layer, unless that is locked, comes before
-/// any layer.
-struct CanvasHit {
-    Handle handle = Handle::None;
-    LayerId layer; ///< none; the selected one when a handle was hit
-};
-
-/// `selected`: the selected layer; one that is not in the scene counts as none.
-CanvasHit canvasHit(const Scene &scene, LayerId selected, const QRectF &frame, QPointF pointer);
-
-/// One drag of a layer, from the press to the release.
+/// One drag of a box, from the press to the release.
 struct CanvasDrag {
     LayerKind kind = LayerKind::Camera;
-    Box start; ///< the layer's box when the drag began
+    Box start; ///< when the drag began
     Handle handle = Handle::None; ///< the corner being dragged; none moves the whole box
     QPointF press; ///< where the drag began
 
     /// The box for a pointer place. A corner moves against its opposite, which stays; picture kinds
-    /// keep the start's aspect; dragging past the opposite corner flips the box. The result stays
-    /// on screen. A frame without extent gives the start box.
+    /// keep the start's aspect; dragging past the opposite corner flips the box. A frame without
+    /// extent gives the start box.
     [[nodiscard]] Box boxAt(QPointF pointer, const QRectF &frame) const;
+    /// The corner that stays, in fractions of the frame.
+    [[nodiscard]] QPointF anchor() const;
 };
-
-/// One press of an arrow key: `right` and `down` are −1, 0 or 1; `large` with Shift held.
-Box nudgedBox(const Box &box, int right, int down, bool large);
 
 } // namespace nimbara

@@ -59,6 +59,22 @@ void addTo(Scene &scene, Layer layer)
     scene.layers.push_back(std::move(layer));
 }
 
+void place(Scene &scene, const PlaceLayers &edit)
+{
+    std::vector<Layer> moved;
+    std::vector<Layer> others;
+    for (Layer &layer : scene.layers) {
+        const bool isMoved
+            = std::find(edit.layers.begin(), edit.layers.end(), layer.id) != edit.layers.end();
+        (isMoved ? moved : others).push_back(std::move(layer));
+    }
+    const auto place = std::clamp(Offset { edit.place }, Offset { 0 }, std::ssize(others));
+    others.insert(others.begin() + place,
+        std::make_move_iterator(moved.begin()),
+        std::make_move_iterator(moved.end()));
+    scene.layers = std::move(others);
+}
+
 /// Applies each kind of edit.
 struct Application {
     const SceneSets &scenes;
@@ -163,6 +179,17 @@ struct Application {
             }
         });
     }
+    SceneSets operator()(const PlaceLayers &edit) const
+    {
+        const auto known = std::find_if(edit.layers.begin(),
+            edit.layers.end(),
+            [this](LayerId layer) { return placeOf(scenes, layer).has_value(); });
+        return known == edit.layers.end()
+            ? scenes
+            : changedLayer(scenes, *known, [&edit](Scene &scene, std::size_t) {
+                  place(scene, edit);
+              });
+    }
     SceneSets operator()(const SetField &edit) const
     {
         return changedLayer(scenes, edit.layer, [&edit](Scene &scene, std::size_t layer) {
@@ -216,6 +243,7 @@ struct StepName {
     const char *operator()(const AddLayer &) const { return "Añadir fuente"; }
     const char *operator()(const DeleteLayer &) const { return "Eliminar fuente"; }
     const char *operator()(const MoveLayer &) const { return "Cambiar orden"; }
+    const char *operator()(const PlaceLayers &) const { return "Cambiar orden"; }
     const char *operator()(const SetField &edit) const { return stepName(edit.field); }
     const char *operator()(const SetImage &) const { return "Cambiar imagen"; }
     const char *operator()(const SetVerse &) const { return "Versículo"; }
@@ -232,12 +260,19 @@ struct Subject {
     {
         return { edit.scene, {}, {}, true };
     }
-    EditSubject operator()(const AddLayer &edit) const { return { edit.scene, edit.layer.id, {} }; }
-    EditSubject operator()(const DeleteLayer &edit) const { return { {}, edit.layer, {} }; }
-    EditSubject operator()(const MoveLayer &edit) const { return { {}, edit.layer, {} }; }
-    EditSubject operator()(const SetField &edit) const { return { {}, edit.layer, edit.field }; }
-    EditSubject operator()(const SetImage &edit) const { return { {}, edit.layer, {} }; }
-    EditSubject operator()(const SetVerse &edit) const { return { {}, edit.layer, {} }; }
+    EditSubject operator()(const AddLayer &edit) const
+    {
+        return { edit.scene, { edit.layer.id }, {} };
+    }
+    EditSubject operator()(const DeleteLayer &edit) const { return { {}, { edit.layer }, {} }; }
+    EditSubject operator()(const MoveLayer &edit) const { return { {}, { edit.layer }, {} }; }
+    EditSubject operator()(const PlaceLayers &edit) const { return { {}, edit.layers, {} }; }
+    EditSubject operator()(const SetField &edit) const
+    {
+        return { {}, { edit.layer }, edit.field };
+    }
+    EditSubject operator()(const SetImage &edit) const { return { {}, { edit.layer }, {} }; }
+    EditSubject operator()(const SetVerse &edit) const { return { {}, { edit.layer }, {} }; }
     EditSubject operator()(const ReplaceFiles &) const { return {}; }
 };
 
@@ -276,9 +311,22 @@ const char *stepName(const Edit &edit)
     return std::visit(StepName {}, edit);
 }
 
-EditSubject subjectOf(const Edit &edit)
+EditSubject subjectOf(const std::vector<Edit> &edits)
 {
-    return std::visit(Subject {}, edit);
+    EditSubject all;
+    for (const Edit &edit : edits) {
+        const EditSubject one = std::visit(Subject {}, edit);
+        all.scene = one.scene;
+        const bool isFirst = &edit == &edits.front();
+        all.field = isFirst || all.field == one.field ? one.field : std::nullopt;
+        all.transition = one.transition && (isFirst || all.transition);
+        for (const LayerId layer : one.layers) {
+            if (std::find(all.layers.begin(), all.layers.end(), layer) == all.layers.end()) {
+                all.layers.push_back(layer);
+            }
+        }
+    }
+    return all;
 }
 
 QString proposedSceneName(const SceneSets &scenes, SceneSet set)

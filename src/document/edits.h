@@ -59,6 +59,12 @@ struct MoveLayer {
     LayerId layer;
     std::int32_t delta = 0;
 };
+/// Puts layers of one scene, in the order they have there, in front of that many of the others,
+/// counted from the rear; beyond the last one is the very front.
+struct PlaceLayers {
+    std::vector<LayerId> layers;
+    std::int32_t place = 0;
+};
 struct SetField {
     LayerId layer;
     LayerField field = LayerField::Name;
@@ -103,6 +109,7 @@ using Edit = std::variant<AddScene,
     AddLayer,
     DeleteLayer,
     MoveLayer,
+    PlaceLayers,
     SetField,
     SetImage,
     SetVerse,
@@ -121,14 +128,17 @@ void setVerse(Layer &layer, const SetVerse &verse);
 /// The edit's name in the steps of undo: a key of the text table.
 const char *stepName(const Edit &edit);
 
-/// What the edit is about, as far as it names it.
+/// What edits are about, as far as they name it.
 struct EditSubject {
-    SceneId scene;
-    LayerId layer;
+    SceneId scene; ///< of the last one
+    std::vector<LayerId> layers; ///< each once
     std::optional<LayerField> field; ///< one field alone
     bool transition = false; ///< the scene's transition alone
+
+    [[nodiscard]] LayerId lastLayer() const { return layers.empty() ? LayerId() : layers.back(); }
+    bool operator==(const EditSubject &) const = default;
 };
-EditSubject subjectOf(const Edit &edit);
+EditSubject subjectOf(const std::vector<Edit> &edits);
 
 /// The name proposed for a new scene: "Escena" and the number of scenes of the set plus one.
 QString proposedSceneName(const SceneSets &scenes, SceneSet set);

@@ -101,12 +101,4 @@ Box fittedBox(LayerKind kind, std::optional<FrameSize> content, FrameSize profil
     return alignedBox(box, 1, 1);
 }
 
-Box clampedToScreen(Box box)
-{
-    constexpr double kept = 0.05;
-    box.x = std::clamp(box.x, kept - box.w, 1 - kept);
-    box.y = std::clamp(box.y, kept - box.h, 1 - kept);
-    return box;
-}
-
 } // namespace nimbara

@@ -44,7 +44,4 @@ Box alignedBox(const Box &box, int column, int row);
 /// and is centred in the other; anything else takes the full frame. `profile`: the output size.
 Box fittedBox(LayerKind kind, std::optional<FrameSize> content, FrameSize profile);
 
-/// Keeps at least 5 % of the frame's width and height of the layer on screen.
-Box clampedToScreen(Box box);
-
 } // namespace nimbara

@@ -1,5 +1,5 @@
-#include "document/edits.h"
 #include "document/layer_geometry.h"
+#include "document/layer_group.h"
 #include "document/profile.h"
 #include "document/project.h"
 #include "support/contents.h"
@@ -173,6 +173,66 @@ private Q_SLOTS:
         QCOMPARE(names(), u"a,c"_s);
         QVERIFY(applied(sets, DeleteLayer { layers[1].id }) == sets);
         QVERIFY(applied(sets, SetField { layers[1].id, LayerField::Name, u"x"_s }) == sets);
+    }
+
+    void groupsOfLayersAreOrdered()
+    {
+        std::vector<Layer> layers(5);
+        for (std::size_t i = 0; i < 5; ++i) {
+            layers[i].id = LayerId::make();
+            layers[i].name = QChar(u'a' + char16_t(i));
+        }
+        SceneSets sets = newProject().scenes;
+        sets.of(SceneSet::Hall) = { makeScene({}, layers) };
+        const Scene &scene = *sets.of(SceneSet::Hall)[0];
+        const auto ids = [&](const QString &names) {
+            LayerIds found;
+            for (const QChar name : names) {
+                found.push_back(layers[std::size_t(name.unicode() - u'a')].id);
+            }
+            return found;
+        };
+        const auto after = [&](const std::vector<Edit> &edits) {
+            SceneSets result = sets;
+            for (const Edit &edit : edits) {
+                result = applied(result, edit);
+            }
+            return namesOf(result.of(SceneSet::Hall)[0]->layers).remove(u',');
+        };
+        for (const auto &[actual, expected] :
+            { std::pair { after({ PlaceLayers { ids(u"db"_s), 3 } }), "acebd" },
+                { after({ PlaceLayers { ids(u"b"_s), 0 } }), "bacde" },
+                { after({ PlaceLayers { ids(u"ac"_s), 99 } }), "bdeac" },
+                { after({ PlaceLayers { ids(u"c"_s), 2 } }), "abcde" },
+                { after({ PlaceLayers { { LayerId::make() }, 0 } }), "abcde" },
+                { after(shifted(scene, ids(u"bd"_s), 1)), "acbed" },
+                { after(shifted(scene, ids(u"ab"_s), -1)), "abcde" },
+                { after(shifted(scene, ids(u"be"_s), -1)), "baced" },
+                { after(removed(ids(u"ace"_s))), "bd" } }) {
+            QCOMPARE(actual, QLatin1String(expected));
+        }
+        QVERIFY(applied(sets, PlaceLayers { ids(u"c"_s), 2 }) == sets);
+    }
+
+    void aGroupIsSwitchedAndCopiedAsOne()
+    {
+        Scene scene;
+        scene.layers = { newLayer(LayerKind::Subtitle), newLayer(LayerKind::Text) };
+        scene.layers[1].visible = false;
+        const LayerIds all { scene.layers[0].id, scene.layers[1].id };
+        const auto isOn = [&] {
+            return std::get<bool>(
+                std::get<SetField>(switched(scene, all, LayerField::Visible).back()).value);
+        };
+        QVERIFY(isOn()); // one is hidden: all are shown
+        scene.layers[1].visible = true;
+        QVERIFY(!isOn());
+        QCOMPARE(layersOf(scene, { all[1], LayerId::make(), all[0] }).front().kind,
+            LayerKind::Subtitle);
+        const LayerCopies copies = copiedTo(scene, scene.layers);
+        QVERIFY(copies.leftOut && copies.made.size() == 1);
+        QVERIFY(copies.made.front() != all[1]);
+        QCOMPARE(copiedTo({}, scene.layers).made.size(), 2U);
     }
 
     void fieldsTakeValuesOfTheirTypeAlone()

@@ -1,4 +1,4 @@
-#include "document/canvas_geometry.h"
+#include "document/group_geometry.h"
 #include "document/profile.h"
 #include "support/test_registry.h"
 
@@ -21,12 +21,49 @@ Layer layerAtBox(const Box &box, bool visible = true)
     return layer;
 }
 
-/// The box after a drag by fractions of the frame.
-Box drag(Kind kind, const Box &start, At handle, double dx, double dy)
+GroupParts partsOf(Kind kind, const std::vector<Box> &boxes)
+{
+    GroupParts parts;
+    for (const Box &box : boxes) {
+        parts.push_back({ LayerId::make(), kind, box });
+    }
+    return parts;
+}
+
+/// The boxes after a drag by fractions of the frame, beside others when it is to rest on them.
+std::vector<Box> dragAll(Kind kind,
+    const std::vector<Box> &starts,
+    At handle,
+    QPointF by,
+    const std::optional<std::vector<Box>> &beside = {})
 {
     const QPointF press(700, 400);
-    const QPointF by(dx * frame.width(), dy * frame.height());
-    return CanvasDrag { kind, start, handle, press }.boxAt(press + by, frame);
+    const GroupDrag drag { partsOf(kind, starts),
+        handle,
+        press,
+        beside.value_or(std::vector<Box>()) };
+    const QPointF pointer = press + QPointF(by.x() * frame.width(), by.y() * frame.height());
+    std::vector<Box> boxes;
+    for (const Placement &each : drag.at(pointer, frame, beside.has_value()).placements) {
+        boxes.push_back(each.box);
+    }
+    return boxes;
+}
+
+Box drag(Kind kind, const Box &start, At handle, double dx, double dy)
+{
+    return dragAll(kind, { start }, handle, { dx, dy }).front();
+}
+
+Box nudge(const Box &start, int right, int down)
+{
+    return nudged(partsOf(Kind::Text, { start }), right, down, landscapeSize).front().box;
+}
+
+bool areClose(const Box &a, const Box &b)
+{
+    return std::abs(a.x - b.x) < 1e-9 && std::abs(a.y - b.y) < 1e-9 && std::abs(a.w - b.w) < 1e-9
+        && std::abs(a.h - b.h) < 1e-9;
 }
 
 } // namespace
@@ -87,15 +124,13 @@ private Q_SLOTS:
             { "far right", drag(Kind::Text, free, At::None, 3, 3), { 0.95, 0.95, 0.2, 0.2 } },
             { "far left", drag(Kind::Text, free, At::None, -3, -3), { -0.15, -0.15, 0.2, 0.2 } },
             { "frame without extent", flat.boxAt({ 5, 5 }, QRectF(0, 0, 0, 9)), old },
-            { "left", nudgedBox(free, -1, 0, false), { 0.395, 0.4, 0.2, 0.2 } },
-            { "shift down", nudgedBox(free, 0, 1, true), { 0.4, 0.45, 0.2, 0.2 } },
-            { "right to the edge", nudgedBox({ 0.94, 0, 1, 1 }, 1, 0, true), { 0.95, 0, 1, 1 } },
+            { "left", nudge(free, -1, 0), { 0.4 - 1.0 / 1920, 0.4, 0.2, 0.2 } },
+            { "far down", nudge(free, 0, 10), { 0.4, 0.4 + 10.0 / 1080, 0.2, 0.2 } },
+            { "right to the edge", nudge({ 0.949, 0, 1, 1 }, 10, 0), { 0.95, 0, 1, 1 } },
         };
         for (const auto &[name, actual, expected] : rows) {
             const RowName named(name);
-            QVERIFY(std::abs(actual.x - expected.x) < 1e-9 && std::abs(actual.y - expected.y) < 1e-9
-                && std::abs(actual.w - expected.w) < 1e-9
-                && std::abs(actual.h - expected.h) < 1e-9);
+            QVERIFY(areClose(actual, expected));
         }
     }
 
@@ -142,13 +177,87 @@ private Q_SLOTS:
         QVERIFY(layerAt(scene, frame, corner) == scene.layers[1].id);
         QVERIFY(!layerAt(scene, frame, { 800, 50 }));
 
-        // A handle of the selected layer comes before the layers in front of it.
-        const CanvasHit hit = canvasHit(scene, scene.layers[0].id, frame, corner);
-        QCOMPARE(hit.handle, Handle::BottomLeft);
-        QVERIFY(hit.layer == scene.layers[0].id);
-        for (const LayerId nothing : { LayerId(), LayerId::make() }) {
-            QCOMPARE(canvasHit(scene, nothing, frame, corner).handle, Handle::None);
-            QVERIFY(canvasHit(scene, nothing, frame, corner).layer == scene.layers[1].id);
+        scene.layers[1].locked = true; // a band takes what it touches and can be moved
+        const QRectF band(corner - QPointF(1, 1), QSizeF(2, 2));
+        QVERIFY(layersTouching(scene, frame, band) == LayerIds { scene.layers[0].id });
+        QVERIFY(layersTouching(scene, frame, QRectF(0, 100, 9, 9)).empty());
+    }
+
+    void aGroupKeepsItsShape()
+    {
+        const Box a { 0.1, 0.2, 0.2, 0.2 };
+        const Box b { 0.5, 0.4, 0.1, 0.4 };
+        using Boxes = std::vector<Box>;
+        for (const auto &[name, actual, expected] :
+            { std::tuple { "moved",
+                  dragAll(Kind::Text, { a, b }, At::None, { 0.1, -0.1 }),
+                  Boxes { { 0.2, 0.1, 0.2, 0.2 }, { 0.6, 0.3, 0.1, 0.4 } } },
+                { "as far as both can",
+                    dragAll(Kind::Text, { a, b }, At::None, { 3, 0 }),
+                    Boxes { { 0.55, 0.2, 0.2, 0.2 }, { 0.95, 0.4, 0.1, 0.4 } } },
+                { "scaled freely",
+                    dragAll(Kind::Text, { a, b }, At::BottomRight, { 0.5, -0.3 }),
+                    Boxes { { 0.1, 0.2, 0.4, 0.1 }, { 0.9, 0.3, 0.2, 0.2 } } },
+                { "pictures keep their aspect",
+                    dragAll(Kind::Image, { a, b }, At::TopLeft, { 0.25, 0 }),
+                    Boxes { a, b } },
+                { "no smaller than can be gripped",
+                    dragAll(Kind::Text, { a, b }, At::BottomRight, { -0.49, 0 }),
+                    Boxes { { 0.1, 0.2, 0.06, 0.2 }, { 0.22, 0.4, 0.03, 0.4 } } } }) {
+            const RowName named(name);
+            QCOMPARE(actual.size(), expected.size());
+            for (std::size_t i = 0; i < actual.size(); ++i) {
+                QVERIFY(areClose(actual[i], expected[i]));
+            }
+        }
+    }
+
+    /// Seven pixels of the widget are 0.0044 of its width and 0.0078 of its height.
+    void aDragComesToRest()
+    {
+        const Box box { 0.4, 0.4, 0.1, 0.1 };
+        const Box beside { 0.7, 0.42, 0.1, 0.2 };
+        const Box next { 0.85, 0.42, 0.1, 0.2 };
+        const auto moved
+            = [&](const Box &start, double dx, double dy, const std::vector<Box> &others) {
+                  return dragAll(Kind::Text, { start }, At::None, { dx, dy }, others).front();
+              };
+        const Box wide { 0.2, 0.2, 0.3, 0.3 };
+        for (const auto &[name, actual, expected] :
+            { std::tuple { "left edge", moved(box, -0.397, 0.09, {}), Box { 0, 0.49, 0.1, 0.1 } },
+                { "centre", moved(box, 0.048, 0.055, {}), Box { 0.45, 0.45, 0.1, 0.1 } },
+                { "third", moved(box, -0.07, 0.08, {}), Box { 1.0 / 3, 0.48, 0.1, 0.1 } },
+                { "safe area", moved(box, 0.448, 0.09, {}), Box { 0.85, 0.49, 0.1, 0.1 } },
+                { "too far", moved(box, -0.39, 0.09, {}), Box { 0.01, 0.49, 0.1, 0.1 } },
+                { "another layer",
+                    moved(box, 0.198, 0.09, { beside }),
+                    Box { 0.6, 0.49, 0.1, 0.1 } },
+                { "equal distances",
+                    moved(box, 0.148, 0.09, { beside, next }),
+                    Box { 0.55, 0.49, 0.1, 0.1 } },
+                { "corner",
+                    dragAll(Kind::Text,
+                        { wide },
+                        At::BottomRight,
+                        { 0.164, 0.164 },
+                        std::vector<Box>())
+                        .front(),
+                    Box { 0.2, 0.2, 2.0 / 3 - 0.2, 2.0 / 3 - 0.2 } },
+                { "corner of a picture",
+                    dragAll(Kind::Image,
+                        { wide },
+                        At::BottomRight,
+                        { 0.165, 0.1 },
+                        std::vector<Box>())
+                        .front(),
+                    Box { 0.2, 0.2, 2.0 / 3 - 0.2, 2.0 / 3 - 0.2 } } }) {
+            const RowName named(name);
+            QVERIFY2(areClose(actual, expected),
+                qPrintable(QStringLiteral("%1 %2 %3 %4")
+                               .arg(actual.x)
+                               .arg(actual.y)
+                               .arg(actual.w)
+                               .arg(actual.h)));
         }
     }
 };

@@ -1,3 +1,4 @@
+#include "document/layer_group.h"
 #include "studio/edit/document.h"
 #include "support/manual_clock.h"
 #include "support/scenes.h"
@@ -111,6 +112,32 @@ private Q_SLOTS:
         }
         const std::size_t grown = mallinfo2().uordblks - before;
         QVERIFY2(grown < 20U << 20, qPrintable(QString::number(grown)));
+    }
+
+    void severalEditsAreOneStepWithAName()
+    {
+        Document document(m_clock);
+        const LayerId one = document.currentScene()->layers[0].id;
+        const LayerId other = addLayer(document, newLayer(LayerKind::Text));
+        const SceneSets before = document.scenes();
+        std::optional<Change> told;
+        connect(&document, &Document::changed, this, [&told](const Change &change) {
+            told = change;
+        });
+        const auto place = [&](const std::vector<LayerId> &layers, double x) {
+            document.apply(setAll(layers, LayerField::Box, Box { x, 0, 1, 1 }), "Mover fuentes");
+        };
+        for (const double x : { 0.1, 0.2, 0.3 }) { // a run of the same layers
+            place({ one, other }, x);
+        }
+        QCOMPARE(document.undoName(), u"Mover fuentes"_s);
+        QVERIFY(told && told->all == (LayerIds { one, other }) && told->field == LayerField::Box);
+        place({ other }, 0.4); // of others: a step of its own
+        document.undo();
+        QCOMPARE(document.currentScene()->layers[1].x, 0.3);
+        document.undo();
+        QVERIFY(document.scenes() == before);
+        QVERIFY(told->all == (LayerIds { one, other }) && told->undone);
     }
 
     void aRunOfOneFieldIsOneStep()

@@ -57,7 +57,7 @@ private Q_SLOTS:
         QCOMPARE(desk.verses.offered(), u"Juan 3:16"_s);
         QCOMPARE(desk.onPreview() + desk.onAir(), QString());
         desk.verses.takeOnAir();
-        QVERIFY(desk.told("primero F3") && desk.onAir().isEmpty());
+        QVERIFY(desk.told("prepáralo primero") && desk.onAir().isEmpty());
         QVERIFY(desk.verses.prepare());
         QCOMPARE(desk.onPreview(), u"Juan 3:16"_s);
         desk.hear(u"abramos en Juan tres dieciséis."_s); // the same, now it is finished

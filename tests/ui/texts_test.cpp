@@ -98,7 +98,7 @@ private Q_SLOTS:
         addEveryKind(desk);
         auto *list = desk.find<QListWidget>("layers");
         for (int row = 0; row < list->count(); ++row) {
-            list->setCurrentRow(row);
+            list->setCurrentRow(row, QItemSelectionModel::ClearAndSelect);
             QCOMPARE(spanishShown(), QString());
         }
         for (const QAction *entry : desk.find<QPushButton>("addSource")->menu()->actions()) {

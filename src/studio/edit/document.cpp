@@ -85,7 +85,7 @@ void Document::apply(const Edit &edit)
     apply(std::vector { edit });
 }
 
-void Document::apply(const std::vector<Edit> &edits)
+void Document::apply(const std::vector<Edit> &edits, const char *name)
 {
     const SceneSets before = scenes();
     SceneSets after = before;
@@ -96,8 +96,9 @@ void Document::apply(const std::vector<Edit> &edits)
         return;
     }
     m_project.scenes = std::move(after);
-    record(before, edits.back());
-    follow(edits.back(), before);
+    const EditSubject subject = subjectOf(edits);
+    record(before, subject, name != nullptr ? name : stepName(edits.back()));
+    follow(subject, before);
 }
 
 bool Document::continues(const EditSubject &subject) const
@@ -107,16 +108,13 @@ bool Document::continues(const EditSubject &subject) const
     }
     const EditSubject &last = m_undo.back().subject;
     const bool recent = m_clock.monotonicUs() - m_lastEditUs < runUs;
-    const bool isSame = last.scene == subject.scene && last.layer == subject.layer
-        && last.field == subject.field && last.transition == subject.transition;
-    return isSame && (m_gesture || recent);
+    return last == subject && (m_gesture || recent);
 }
 
-void Document::record(const SceneSets &before, const Edit &edit)
+void Document::record(const SceneSets &before, const EditSubject &subject, const char *name)
 {
-    const EditSubject subject = subjectOf(edit);
     if (!continues(subject)) {
-        push({ before, m_project.terms, stepName(edit), subject });
+        push({ before, m_project.terms, name, subject });
     }
     m_redo.clear();
     m_lastEditUs = m_clock.monotonicUs();
@@ -144,15 +142,15 @@ void Document::setTerms(const Terms &terms)
     tell(change);
 }
 
-/// Moves PREVIEW along with an edit, and tells of it.
-void Document::follow(const Edit &edit, const SceneSets &before)
+/// Moves PREVIEW along with edits, and tells of them.
+void Document::follow(const EditSubject &subject, const SceneSets &before)
 {
-    const EditSubject subject = subjectOf(edit);
     Change change;
-    change.layer = subject.layer;
+    change.layer = subject.lastLayer();
+    change.all = subject.layers;
     change.field = subject.field;
     change.scenes = !sameList(scenes(), before);
-    change.layers = !subject.field && subject.layer;
+    change.layers = !subject.field && !subject.layers.empty();
     if (change.scenes) {
         const ScenePtr shown = currentScene();
         settleCurrent(before);
@@ -336,7 +334,8 @@ void Document::exchange(std::deque<Step> &from, std::deque<Step> &to)
     change.scenes = !sameList(scenes(), before);
     change.current = true;
     change.layers = true;
-    change.layer = step.subject.layer;
+    change.layer = step.subject.lastLayer();
+    change.all = step.subject.layers;
     change.terms = step.terms != m_project.terms;
     change.undone = true;
     to.push_back(std::move(step));

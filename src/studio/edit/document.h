@@ -22,8 +22,9 @@ struct Change {
     bool settings = false; ///< format, title, band, gain, bit rate or transition
     bool terms = false; ///< the glossary
     bool layers = false; ///< layers of one scene or more came, went or changed places
-    LayerId layer; ///< the layer that an edit was about; it may be gone
-    std::optional<LayerField> field; ///< the one field of it that changed, if only that did
+    LayerId layer; ///< the last layer that an edit was about; it may be gone
+    std::vector<LayerId> all; ///< every layer that it was about
+    std::optional<LayerField> field; ///< the one field of them that changed, if only that did
     bool undone = false; ///< by undo or redo
 };
 
@@ -53,13 +54,14 @@ public:
     /// Shows a scene of its set in PREVIEW; nothing happens when it is gone.
     void showScene(SceneId scene);
 
-    /// Applies an edit as a step of undo. A run of edits of one field of one layer, or of one
+    /// Applies an edit as a step of undo. A run of edits of one field of the same layers, or of one
     /// scene's transition, is one step: while a gesture lasts, or with less than a second between
     /// two of them. A new or copied scene becomes current, a deleted one hands on to the scene
     /// before it. Throws what the edit is refused with.
     void apply(const Edit &edit);
-    /// Several edits as one step, named after the last one. Throws with none applied.
-    void apply(const std::vector<Edit> &edits);
+    /// Several edits as one step. `name`: a key of the text table; none: that of the last edit.
+    /// Throws with none applied.
+    void apply(const std::vector<Edit> &edits, const char *name = nullptr);
 
     /// Another glossary, as a step of undo.
     void setTerms(const Terms &terms);
@@ -113,10 +115,10 @@ private:
         EditSubject subject;
     };
 
-    void record(const SceneSets &before, const Edit &edit);
+    void record(const SceneSets &before, const EditSubject &subject, const char *name);
     void push(Step step);
     [[nodiscard]] bool continues(const EditSubject &subject) const;
-    void follow(const Edit &edit, const SceneSets &before);
+    void follow(const EditSubject &subject, const SceneSets &before);
     void exchange(std::deque<Step> &from, std::deque<Step> &to);
     void settleCurrent(const SceneSets &before);
     void tell(const Change &change);

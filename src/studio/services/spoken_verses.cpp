@@ -138,7 +138,7 @@ void SpokenVerses::takeOnAir()
     const Scene &preview = *m_surroundings.stage.document.currentScene();
     const Layer *layer = m_prepared ? findLayer(preview, *m_prepared) : nullptr;
     if (layer == nullptr || passageOf(layer->reference) != m_lastOffer) {
-        Q_EMIT said("Ningún versículo dicho está en PREVIEW: primero F3.");
+        Q_EMIT said("Ningún versículo dicho está en PREVIEW: prepáralo primero.");
         return;
     }
     m_prepared.reset();

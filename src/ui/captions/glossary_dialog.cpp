@@ -3,9 +3,9 @@
 #include "base/i18n.h"
 #include "ui/kit/controls.h"
 
+#include <QAction>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QShortcut>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
@@ -20,6 +20,7 @@ enum Column { Said, Shown, Language, Columns };
 } // namespace
 
 GlossaryDialog::GlossaryDialog(Document &document,
+    const KeyMap &keys,
     std::function<QString()> language,
     QWidget *parent)
     : QDialog(parent)
@@ -51,7 +52,7 @@ GlossaryDialog::GlossaryDialog(Document &document,
     column->addWidget(m_table);
     column->addLayout(buttons);
     showTerms();
-    addShortcuts();
+    addKeys(keys);
     connect(m_table, &QTableWidget::cellChanged, this, &GlossaryDialog::takeEdit);
     connect(remove, &QPushButton::clicked, this, &GlossaryDialog::removeSelected);
     connect(close, &QPushButton::clicked, this, &QDialog::close);
@@ -62,16 +63,16 @@ GlossaryDialog::GlossaryDialog(Document &document,
     });
 }
 
-void GlossaryDialog::addShortcuts()
+void GlossaryDialog::addKeys(const KeyMap &keys)
 {
-    connect(new QShortcut(QKeySequence::Undo, this),
-        &QShortcut::activated,
-        &m_document,
-        &Document::undo);
-    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), this),
-        &QShortcut::activated,
-        &m_document,
-        &Document::redo);
+    const auto add = [this, &keys](KeyAction what, void (Document::*step)()) {
+        auto *action = new QAction(this);
+        keys.bind(action, what);
+        addAction(action);
+        connect(action, &QAction::triggered, &m_document, step);
+    };
+    add(KeyAction::Undo, &Document::undo);
+    add(KeyAction::Redo, &Document::redo);
 }
 
 void GlossaryDialog::showTerms()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "studio/edit/document.h"
+#include "ui/kit/key_map.h"
 
 #include <QDialog>
 #include <QTableWidget>
@@ -14,8 +15,12 @@ namespace nimbara {
 class GlossaryDialog : public QDialog {
     Q_OBJECT
 public:
-    /// `document` must outlive the dialog. `language`: what a new term is translated into.
-    GlossaryDialog(Document &document, std::function<QString()> language, QWidget *parent);
+    /// `document` and `keys` must outlive the dialog. `language`: what a new term is translated
+    /// into.
+    GlossaryDialog(Document &document,
+        const KeyMap &keys,
+        std::function<QString()> language,
+        QWidget *parent);
 
     /// Writes down how a term is translated; the operator is asked how it is said.
     void propose(const QString &shown);
@@ -27,7 +32,7 @@ private:
     [[nodiscard]] QString textAt(int row, int column) const;
     void takeEdit(int row);
     void removeSelected();
-    void addShortcuts();
+    void addKeys(const KeyMap &keys);
 
     Document &m_document;
     std::function<QString()> m_language;

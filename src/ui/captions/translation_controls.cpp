@@ -28,11 +28,13 @@ Message nameOf(VoiceRoad road)
 
 TranslationControls::TranslationControls(Studio &studio,
     const ErrorGuard &guard,
+    const KeyMap &keys,
     TranslationTab &tab)
     : m_desk(studio.translation())
     , m_spoken(studio.spokenVerses())
     , m_document(studio.document())
     , m_costs(studio.costs())
+    , m_keys(keys)
     , m_tab(tab)
 {
     show();
@@ -125,6 +127,7 @@ void TranslationControls::openGlossary()
     if (!m_glossary) {
         m_glossary = new GlossaryDialog(
             m_document,
+            m_keys,
             [this] { return m_desk.target(); },
             m_tab.window());
         m_glossary->setAttribute(Qt::WA_DeleteOnClose);

@@ -5,6 +5,7 @@
 #include "ui/captions/prices_dialog.h"
 #include "ui/captions/translation_tab.h"
 #include "ui/kit/error_guard.h"
+#include "ui/kit/key_map.h"
 
 #include <QObject>
 #include <QPointer>
@@ -17,7 +18,10 @@ class TranslationControls : public QObject {
     Q_OBJECT
 public:
     /// Everything referred to must outlive the controls.
-    TranslationControls(Studio &studio, const ErrorGuard &guard, TranslationTab &tab);
+    TranslationControls(Studio &studio,
+        const ErrorGuard &guard,
+        const KeyMap &keys,
+        TranslationTab &tab);
 
 private:
     void connectTab();
@@ -34,6 +38,7 @@ private:
     SpokenVerses &m_spoken;
     Document &m_document;
     CostDesk &m_costs;
+    const KeyMap &m_keys;
     TranslationTab &m_tab;
     QPointer<GlossaryDialog> m_glossary; ///< while it is open
     QPointer<PricesDialog> m_prices; ///< the same

@@ -7,12 +7,13 @@
 
 namespace nimbara {
 
-VerseCard::VerseCard(SpokenVerses &verses, QWidget *parent)
+VerseCard::VerseCard(SpokenVerses &verses, const KeyMap &keys, QWidget *parent)
     : QFrame(parent)
     , m_verses(verses)
+    , m_keys(keys)
     , m_reference(named(new QLabel, "spokenVerse"))
-    , m_preview(makeButton("A PREVIEW (F3)", "spokenToPreview"))
-    , m_onAir(makeButton("Al aire (F4)", "spokenOnAir"))
+    , m_preview(makeButton("A PREVIEW", "spokenToPreview"))
+    , m_onAir(makeButton("Al aire", "spokenOnAir"))
 {
     setObjectName(QStringLiteral("verseCard"));
     setAccessibleName(nimbara_i18n::tr("Versículo dicho"));
@@ -33,7 +34,21 @@ VerseCard::VerseCard(SpokenVerses &verses, QWidget *parent)
     connect(m_onAir, &QPushButton::clicked, this, &VerseCard::onAirPressed);
     connect(dismiss, &QPushButton::clicked, &m_verses, &SpokenVerses::dismiss);
     connect(&m_verses, &SpokenVerses::changed, this, &VerseCard::showOffer);
+    connect(&m_keys, &KeyMap::changed, this, &VerseCard::showKeys);
+    showKeys();
     showOffer();
+}
+
+void VerseCard::showKeys()
+{
+    const auto write = [this](QPushButton *button, const char *spanish, KeyAction action) {
+        const QString text = nimbara_i18n::tr(spanish);
+        const QString key = m_keys.text(action);
+        button->setText(key.isEmpty() ? text : QStringLiteral("%1 (%2)").arg(text, key));
+        button->setMinimumWidth(button->sizeHint().width());
+    };
+    write(m_preview, "A PREVIEW", KeyAction::SpokenToPreview);
+    write(m_onAir, "Al aire", KeyAction::SpokenOnAir);
 }
 
 void VerseCard::showOffer()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "studio/services/spoken_verses.h"
+#include "ui/kit/key_map.h"
 
 #include <QFrame>
 #include <QLabel>
@@ -12,8 +13,8 @@ namespace nimbara {
 class VerseCard : public QFrame {
     Q_OBJECT
 public:
-    /// `verses` must outlive the card.
-    explicit VerseCard(SpokenVerses &verses, QWidget *parent = nullptr);
+    /// Both must outlive the card.
+    VerseCard(SpokenVerses &verses, const KeyMap &keys, QWidget *parent = nullptr);
 
 Q_SIGNALS:
     void previewPressed();
@@ -21,8 +22,10 @@ Q_SIGNALS:
 
 private:
     void showOffer();
+    void showKeys();
 
     SpokenVerses &m_verses;
+    const KeyMap &m_keys;
     QLabel *m_reference;
     QPushButton *m_preview;
     QPushButton *m_onAir;

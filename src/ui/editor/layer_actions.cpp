@@ -1,125 +1,162 @@
 #include "ui/editor/layer_actions.h"
 
-#include "base/i18n.h"
+#include "document/layer_group.h"
+#include "ui/editor/canvas.h"
 #include "ui/editor/scene_editor.h"
 #include "ui/editor/scene_tab.h"
 
 #include <QAction>
 
-#include <cstdlib>
 #include <utility>
 
 namespace nimbara {
+
+namespace {
+
+constexpr int farPixels = 10; ///< of the output, that a key with Shift moves by
+
+/// The name of a step for one layer is that of its edit.
+const char *stepFor(const LayerIds &layers, const char *name)
+{
+    return layers.size() > 1 ? name : nullptr;
+}
+
+} // namespace
 
 LayerActions::LayerActions(Studio &studio,
     const ErrorGuard &guard,
     SceneEditor &editor,
     SceneTab &tab,
-    QWidget &canvas)
+    Canvas &canvas,
+    const KeyMap &keys)
     : m_studio(studio)
     , m_guard(guard)
     , m_editor(editor)
     , m_tab(tab)
     , m_canvas(canvas)
+    , m_keys(keys)
 {
-    add("Copiar", QKeySequence::Copy, &LayerActions::copy);
-    add("Cortar", QKeySequence::Cut, &LayerActions::cut);
-    addPaste();
-    add("Duplicar", QKeySequence(Qt::CTRL | Qt::Key_D), &LayerActions::duplicate);
-    add("Mostrar u ocultar", QKeySequence(Qt::CTRL | Qt::Key_H), &LayerActions::toggle);
-    add("Bloquear o desbloquear", QKeySequence(Qt::CTRL | Qt::Key_K), &LayerActions::lock);
-    add("Renombrar", QKeySequence(Qt::CTRL | Qt::Key_R), &LayerActions::rename);
-    add("Eliminar", QKeySequence::Delete, &LayerActions::remove);
+    add(KeyAction::Copy, [this] { copy(); });
+    add(KeyAction::Cut, [this] { cut(); });
+    add(KeyAction::Paste, [this] { paste(m_copied, "Pegar"); });
+    add(KeyAction::Duplicate, [this] { paste(layersOf(scene(), selected()), "Duplicar"); });
+    add(KeyAction::SelectAll, [this] { selectAll(); });
+    add(KeyAction::ShowOrHide,
+        [this] { toggle(selected(), LayerField::Visible, "Mostrar u ocultar"); });
+    add(KeyAction::Lock,
+        [this] { toggle(selected(), LayerField::Locked, "Bloquear o desbloquear"); });
+    add(KeyAction::Forward, [this] { shift(1); });
+    add(KeyAction::Backward, [this] { shift(-1); });
+    add(KeyAction::Rename, [this] { rename(); });
+    add(KeyAction::Delete, [this] { remove("Eliminar fuentes"); });
+    addNudges();
     m_tab.layerList()->setContextMenuPolicy(Qt::ActionsContextMenu);
-    connect(m_tab.layerList(), &LayerList::dragged, this, [this](LayerId layer, int places) {
-        const std::vector<Edit> steps(static_cast<std::size_t>(std::abs(places)),
-            MoveLayer { layer, places > 0 ? 1 : -1 });
-        m_studio.document().apply(steps);
-    });
-    connect(m_tab.layerList(),
-        &LayerList::renamed,
-        this,
-        [this](LayerId layer, const QString &name) {
-            if (!name.trimmed().isEmpty()) {
-                m_studio.document().apply(SetField { layer, LayerField::Name, name.trimmed() });
-            }
-        });
-    connect(m_tab.layerList(), &LayerList::lockPressed, this, [this](LayerId id) {
-        if (const Layer *layer = findLayer(*m_studio.document().currentScene(), id)) {
-            lock(*layer);
-        }
-    });
+    connectList();
 }
 
-void LayerActions::add(const char *spanish, const QKeySequence &key, Step step)
+QAction *LayerActions::add(KeyAction what, const std::function<void()> &step)
 {
-    auto *action = new QAction(nimbara_i18n::tr(spanish), this);
-    action->setShortcut(key);
-    connect(action, &QAction::triggered, this, [this, step] {
-        const Document &document = m_studio.document();
-        if (const Layer *layer = findLayer(*document.currentScene(), m_editor.selected())) {
-            m_guard.run([this, step, kept = *layer] { (this->*step)(kept); });
-        }
-    });
-    toCanvas(action);
-}
-
-void LayerActions::addPaste()
-{
-    auto *action = new QAction(nimbara_i18n::tr("Pegar"), this);
-    action->setShortcut(QKeySequence::Paste);
-    connect(action, &QAction::triggered, this, [this] {
-        if (m_copied) {
-            m_guard.run([this] { paste(*m_copied); });
-        }
-    });
-    toCanvas(action);
-}
-
-void LayerActions::toCanvas(QAction *action)
-{
+    auto *action = new QAction(keyActionText(what), this);
     action->setShortcutContext(Qt::WidgetShortcut); // a text field has keys of its own
-    m_tab.layerList()->addAction(action);
+    m_keys.bind(action, what);
+    connect(action, &QAction::triggered, this, [this, step] { m_guard.run(step); });
     m_canvas.addAction(action);
+    if (keyRow(what).place == KeyPlace::Lists) {
+        m_tab.layerList()->addAction(action);
+    }
+    return action;
 }
 
-void LayerActions::copy(const Layer &layer)
+/// While nothing can be moved the keys are free for others.
+void LayerActions::addNudges()
 {
-    m_copied = layer;
+    for (const auto &[what, right, down] : { std::tuple { KeyAction::Left, -1, 0 },
+             { KeyAction::Right, 1, 0 },
+             { KeyAction::Up, 0, -1 },
+             { KeyAction::Down, 0, 1 },
+             { KeyAction::FarLeft, -farPixels, 0 },
+             { KeyAction::FarRight, farPixels, 0 },
+             { KeyAction::FarUp, 0, -farPixels },
+             { KeyAction::FarDown, 0, farPixels } }) {
+        m_nudges.push_back(
+            add(what, [this, right = right, down = down] { m_canvas.nudge(right, down); }));
+    }
+    connect(&m_editor, &SceneEditor::selectionShown, this, [this] {
+        for (QAction *nudge : m_nudges) {
+            nudge->setEnabled(m_canvas.canNudge());
+        }
+    });
 }
 
-void LayerActions::cut(const Layer &layer)
+void LayerActions::connectList()
 {
-    copy(layer);
-    remove(layer);
+    const LayerList *list = m_tab.layerList();
+    connect(list, &LayerList::dragged, this, [this](const LayerIds &layers, int place) {
+        m_studio.document().apply(PlaceLayers { layers, place });
+    });
+    connect(list, &LayerList::renamed, this, [this](LayerId layer, const QString &name) {
+        if (!name.trimmed().isEmpty()) {
+            m_studio.document().apply(SetField { layer, LayerField::Name, name.trimmed() });
+        }
+    });
+    connect(list, &LayerList::lockPressed, this, [this](LayerId layer) {
+        toggle(m_editor.selection().withAll(layer), LayerField::Locked, "Bloquear o desbloquear");
+    });
+    connect(&m_tab, &SceneTab::moveLayerPressed, this, &LayerActions::shift);
+    connect(&m_tab, &SceneTab::deleteLayerPressed, this, [this] { remove("Eliminar fuentes"); });
 }
 
-void LayerActions::duplicate(const Layer &layer)
+const LayerIds &LayerActions::selected() const
 {
-    paste(layer);
+    return m_editor.selection().layers();
 }
 
-/// In front of all. It plays the same source as the layer that was copied.
-void LayerActions::paste(Layer layer)
+void LayerActions::copy()
 {
-    layer.id = LayerId::make();
-    const LayerId id = layer.id;
-    m_studio.document().apply(
-        AddLayer { m_studio.document().currentScene()->id, std::move(layer) });
-    m_editor.select(id);
+    if (std::vector<Layer> layers = layersOf(scene(), selected()); !layers.empty()) {
+        m_copied = std::move(layers);
+    }
 }
 
-void LayerActions::toggle(const Layer &layer)
+void LayerActions::cut()
 {
-    m_studio.document().apply(SetField { layer.id, LayerField::Visible, !layer.visible });
+    copy();
+    remove("Cortar");
 }
 
-void LayerActions::lock(const Layer &layer)
+/// In front of all. They play the same sources as the layers that were copied.
+void LayerActions::paste(const std::vector<Layer> &layers, const char *step)
 {
-    m_studio.document().apply(SetField { layer.id, LayerField::Locked, !layer.locked });
+    const LayerCopies copies = copiedTo(scene(), layers);
+    if (copies.leftOut) {
+        m_studio.status("Esta escena ya tiene una fuente de subtítulos.");
+    }
+    if (!copies.made.empty()) {
+        m_studio.document().apply(copies.edits, stepFor(copies.made, step));
+        m_editor.select(LayerSelection(copies.made));
+    }
 }
 
-void LayerActions::rename(const Layer & /*layer*/)
+void LayerActions::toggle(const LayerIds &layers, LayerField field, const char *step)
+{
+    m_studio.document().apply(switched(scene(), layers, field), stepFor(layers, step));
+}
+
+void LayerActions::shift(int delta)
+{
+    m_studio.document().apply(shifted(scene(), selected(), delta), "Cambiar orden");
+}
+
+void LayerActions::selectAll()
+{
+    LayerSelection all;
+    for (const Layer &layer : scene().layers) {
+        all = all.with({ layer.id });
+    }
+    m_editor.select(all);
+}
+
+void LayerActions::rename()
 {
     LayerList *list = m_tab.layerList();
     if (QListWidgetItem *entry = list->isVisible() ? list->currentItem() : nullptr) {
@@ -127,9 +164,10 @@ void LayerActions::rename(const Layer & /*layer*/)
     }
 }
 
-void LayerActions::remove(const Layer &layer)
+void LayerActions::remove(const char *step)
 {
-    m_studio.document().apply(DeleteLayer { layer.id });
+    const LayerIds layers = selected();
+    m_studio.document().apply(removed(layers), stepFor(layers, step));
 }
 
 } // namespace nimbara

@@ -1,24 +1,28 @@
 #pragma once
 
 #include "studio/studio.h"
+#include "ui/editor/layer_selection.h"
 #include "ui/kit/error_guard.h"
+#include "ui/kit/key_map.h"
 
-#include <QKeySequence>
 #include <QObject>
 
-#include <optional>
+#include <functional>
+#include <vector>
 
 class QAction;
 class QWidget;
 
 namespace nimbara {
 
+class Canvas;
 class SceneEditor;
 class SceneTab;
 
-/// What an operator does with the selected layer by key or from the list's menu: copy, cut and
-/// paste, also into another scene or set, duplicate, show or hide, lock, rename, delete. Each is a
-/// step of undo. The keys work where the list or the canvas has them. Interface thread only.
+/// What an operator does with the selected layers by key or from the list's menu: copy, cut and
+/// paste, also into another scene or set, duplicate, show or hide, lock, order, rename, delete,
+/// nudge. Each is one step of undo, however many layers there are. The keys work where the list or
+/// the canvas has them. Interface thread only.
 class LayerActions : public QObject {
     Q_OBJECT
 public:
@@ -26,30 +30,33 @@ public:
         const ErrorGuard &guard,
         SceneEditor &editor,
         SceneTab &tab,
-        QWidget &canvas);
+        Canvas &canvas,
+        const KeyMap &keys);
 
 private:
-    using Step = void (LayerActions::*)(const Layer &);
+    QAction *add(KeyAction what, const std::function<void()> &step);
+    void addNudges();
+    void connectList();
+    [[nodiscard]] const Scene &scene() const { return *m_studio.document().currentScene(); }
+    [[nodiscard]] const LayerIds &selected() const;
 
-    void add(const char *spanish, const QKeySequence &key, Step step);
-    void addPaste();
-    void toCanvas(QAction *action);
-
-    void copy(const Layer &layer);
-    void cut(const Layer &layer);
-    void duplicate(const Layer &layer);
-    void toggle(const Layer &layer);
-    void lock(const Layer &layer);
-    void rename(const Layer &layer);
-    void remove(const Layer &layer);
-    void paste(Layer layer);
+    void copy();
+    void cut();
+    void paste(const std::vector<Layer> &layers, const char *step);
+    void toggle(const LayerIds &layers, LayerField field, const char *step);
+    void shift(int delta);
+    void selectAll();
+    void rename();
+    void remove(const char *step);
 
     Studio &m_studio;
     const ErrorGuard &m_guard;
     SceneEditor &m_editor;
     SceneTab &m_tab;
-    QWidget &m_canvas;
-    std::optional<Layer> m_copied;
+    Canvas &m_canvas;
+    const KeyMap &m_keys;
+    std::vector<Layer> m_copied; ///< rear layer first
+    std::vector<QAction *> m_nudges;
 };
 
 } // namespace nimbara

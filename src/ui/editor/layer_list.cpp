@@ -8,7 +8,10 @@
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QSignalBlocker>
 #include <QToolTip>
+
+#include <utility>
 
 namespace nimbara {
 
@@ -87,12 +90,14 @@ private:
 LayerList::LayerList(QWidget *parent)
     : QListWidget(parent)
 {
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
     setDragDropMode(QAbstractItemView::InternalMove);
     setDragDropOverwriteMode(false);
     setEditTriggers(QAbstractItemView::DoubleClicked);
     setStyleSheet(QStringLiteral("QLineEdit { padding: 0 2px; border-radius: 3px; }"));
     auto *delegate = new LayerDelegate(this);
     setItemDelegate(delegate);
+    connect(this, &QListWidget::itemSelectionChanged, this, [this] { Q_EMIT chosen(selection()); });
     connect(delegate,
         &NameDelegate::named,
         this,
@@ -120,20 +125,44 @@ QRect LayerList::lockIn(QRect entry)
     return { entry.right() - lockWidth + 1, entry.top(), lockWidth, entry.height() };
 }
 
-void LayerList::dropCurrent(QPoint place)
+LayerSelection LayerList::selection() const
 {
-    const QListWidgetItem *dropped = currentItem();
-    if (dropped == nullptr) {
-        return;
+    LayerIds layers;
+    for (int row = 0; row < count(); ++row) {
+        if (item(row)->isSelected() && item(row) != currentItem()) {
+            layers.push_back(layerOf(*item(row)));
+        }
     }
-    const int from = row(dropped);
-    int before = count(); // the row that it is dropped in front of
+    if (currentItem() != nullptr && currentItem()->isSelected()) {
+        layers.push_back(layerOf(*currentItem()));
+    }
+    return LayerSelection(std::move(layers));
+}
+
+void LayerList::mark(const LayerSelection &selection)
+{
+    const QSignalBlocker blocker(this);
+    QListWidgetItem *current = nullptr;
+    for (int row = 0; row < count(); ++row) {
+        const LayerId layer = layerOf(*item(row));
+        item(row)->setSelected(selection.contains(layer));
+        current = layer == selection.current() ? item(row) : current;
+    }
+    setCurrentItem(current, QItemSelectionModel::NoUpdate);
+}
+
+void LayerList::dropSelected(QPoint place)
+{
+    int before = count(); // the row that they are dropped in front of
     if (const QListWidgetItem *under = itemAt(place)) {
         before = row(under) + (place.y() > visualItemRect(under).center().y() ? 1 : 0);
     }
-    const int to = before > from ? before - 1 : before;
-    if (to != from) {
-        Q_EMIT dragged(layerOf(*dropped), from - to);
+    int below = 0; // others that are behind them then
+    for (int row = before; row < count(); ++row) {
+        below += item(row)->isSelected() ? 0 : 1;
+    }
+    if (const LayerIds layers = selection().layers(); !layers.empty()) {
+        Q_EMIT dragged(layers, below);
     }
 }
 
@@ -146,7 +175,7 @@ void LayerList::dropEvent(QDropEvent *event)
     event->setDropAction(Qt::CopyAction); // so that the toolkit removes no entry
     event->accept();
     setState(QAbstractItemView::NoState);
-    dropCurrent(event->position().toPoint());
+    dropSelected(event->position().toPoint());
 }
 
 } // namespace nimbara

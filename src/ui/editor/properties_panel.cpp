@@ -63,6 +63,15 @@ bool PropertiesPanel::isTyping() const
             || qobject_cast<const QAbstractSpinBox *>(focused) != nullptr);
 }
 
+void PropertiesPanel::showMany(int count)
+{
+    showLayer(nullptr);
+    m_empty->setText(
+        label("%1 fuentes seleccionadas: se mueven, escalan, copian, ordenan, ocultan, "
+              "bloquean y eliminan juntas.")
+            .arg(count));
+}
+
 void PropertiesPanel::showLayer(const Layer *layer)
 {
     const bool same = layer != nullptr && layer->id == m_shown && layer->kind == m_kind;
@@ -70,6 +79,9 @@ void PropertiesPanel::showLayer(const Layer *layer)
         refresh(*layer);
     } else if (layer != nullptr || m_shown || widget() == nullptr) {
         turnTo(layer);
+    }
+    if (layer == nullptr) {
+        m_empty->setText(label("Selecciona una fuente en la lista o en Preparación."));
     }
 }
 
@@ -155,8 +167,7 @@ void PropertiesPanel::showInPlace(QWidget *note, bool shown)
 bool PropertiesPanel::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::ShortcutOverride) {
-        const auto *key = static_cast<QKeyEvent *>(event);
-        if (key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo)) {
+        if (isUndo(*static_cast<QKeyEvent *>(event))) {
             event->ignore();
             return true;
         }

@@ -13,6 +13,7 @@
 
 class QBoxLayout;
 class QFormLayout;
+class QKeyEvent;
 class QLabel;
 class QLineEdit;
 
@@ -37,6 +38,8 @@ public:
 
     /// Shows the layer, or that none is selected.
     void showLayer(const Layer *layer);
+    /// Tells how many layers are selected, in place of one's properties.
+    void showMany(int count);
     /// Writes the layer's values into the controls, when it is the one shown.
     void refresh(const Layer &layer);
     /// The cameras that a camera layer may show.
@@ -45,6 +48,9 @@ public:
     void showWaiting(LayerId layer, bool waiting);
     /// The operator is writing into one of the fields.
     [[nodiscard]] bool isTyping() const;
+
+    /// Whether a key undoes or does again: that is the project's, also in a field. Never empty.
+    std::function<bool(const QKeyEvent &)> isUndo = [](const QKeyEvent &) { return false; };
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -101,6 +107,7 @@ private:
     void showInPlace(QWidget *note, bool shown);
     void addPictureRows();
     VerseField *makeReference();
+    QWidget *makeHeading();
     QWidget *makePosition();
     QWidget *makeOpacity();
     QWidget *makeAlignmentGrid();
@@ -119,7 +126,7 @@ private:
     bool m_anew = false; ///< the layer is written over another one
     LayerId m_ridden; ///< the layer whose slider is held
     CameraRow *m_cameras;
-    QLabel *m_empty = nullptr; ///< in place of the rows when no layer is selected
+    QLabel *m_empty = nullptr; ///< in place of the rows when not one layer is selected
     /// Rows that are shown for the same kinds, one after another.
     struct Group {
         QWidget *owner;

@@ -53,12 +53,7 @@ bool isAny(LayerKind)
 
 void PropertiesPanel::addCommonRows()
 {
-    auto *title = new QLabel;
-    onRefresh([title](const Layer &layer) {
-        title->setText(QStringLiteral("<b>") + displayName(layer.kind) + QStringLiteral("</b>"));
-    });
-    addRow(isAny, title);
-
+    addRow(isAny, makeHeading());
     auto *name = named(new QLineEdit, "layerName", label("Nombre"));
     connect(name, &QLineEdit::textEdited, this, [this](const QString &text) {
         Q_EMIT edited(m_shown, LayerField::Name, text);
@@ -68,7 +63,23 @@ void PropertiesPanel::addCommonRows()
     addRow(isAny, "Posición", makePosition());
     addRow(isAny, "Alinear en pantalla", makeAlignmentGrid());
     addRow(isAny, "Opacidad", makeOpacity());
-    addButton(isAny, "Ajustar a pantalla completa", "fitToFrame", &PropertiesPanel::fitPressed);
+}
+
+/// The kind, and beside it what would not be seen below on a low screen.
+QWidget *PropertiesPanel::makeHeading()
+{
+    auto *heading = new QWidget;
+    auto *row = new QHBoxLayout(heading);
+    row->setContentsMargins(0, 0, 0, 0);
+    auto *title = new QLabel;
+    onRefresh([title](const Layer &layer) {
+        title->setText(QStringLiteral("<b>") + displayName(layer.kind) + QStringLiteral("</b>"));
+    });
+    auto *fit = makeButton("Ajustar a pantalla completa", "fitToFrame");
+    connect(fit, &QPushButton::clicked, this, [this] { Q_EMIT fitPressed(m_shown); });
+    row->addWidget(title, 1);
+    row->addWidget(fit);
+    return heading;
 }
 
 QWidget *PropertiesPanel::makePosition()

@@ -43,9 +43,14 @@ void SceneEditor::connectCanvas()
 {
     Canvas &canvas = m_views.canvas;
     canvas.scene = [this] { return document().currentScene(); };
-    connect(&canvas, &Canvas::placed, this, [this](LayerId layer, const Box &box) {
+    canvas.outputSize = [this] { return m_studio.stage().previewFrame(); };
+    connect(&canvas, &Canvas::placed, this, [this](const Placements &placements) {
         ++m_turns;
-        document().apply(SetField { layer, LayerField::Box, box });
+        std::vector<Edit> edits;
+        for (const auto &[layer, box] : placements) {
+            edits.emplace_back(SetField { layer, LayerField::Box, box });
+        }
+        document().apply(edits, edits.size() > 1 ? "Mover fuentes" : nullptr);
     });
     connect(&canvas, &Canvas::dragBegan, this, [this] { document().beginGesture(); });
     connect(&canvas, &Canvas::dragEnded, this, [this] { document().endGesture(); });
@@ -66,15 +71,11 @@ void SceneEditor::connectTab()
         document().apply(DuplicateScene { scene().id });
     });
     connect(tab, &SceneTab::addSourceChosen, this, guarded(&SceneEditor::addSource));
-    connect(tab, &SceneTab::moveLayerPressed, this, [this](int delta) {
-        document().apply(MoveLayer { selected(), delta });
+    connect(tab->layerList(), &LayerList::chosen, this, [this](const LayerSelection &chosen) {
+        select(chosen);
     });
-    connect(tab, &SceneTab::deleteLayerPressed, this, [this] {
-        document().apply(DeleteLayer { selected() });
-    });
-    connect(tab, &SceneTab::layerSelected, this, &SceneEditor::select);
     connect(tab, &SceneTab::layerChecked, this, [this](LayerId layer, bool visible) {
-        document().apply(SetField { layer, LayerField::Visible, visible });
+        document().apply(setAll(selection().withAll(layer), LayerField::Visible, visible));
     });
     connect(&m_views.controls, &ControlRow::sceneChosen, this, &SceneEditor::showPlace);
 }
@@ -160,10 +161,9 @@ void SceneEditor::connectImages()
 
 void SceneEditor::follow(const Change &change)
 {
-    const Layer *layer = findLayer(scene(), change.layer);
     if (change.field && !change.undone) {
-        if (layer != nullptr) {
-            followField(*layer, *change.field);
+        for (const Layer &layer : layersOf(scene(), change.all)) {
+            followField(layer, *change.field);
         }
         return;
     }
@@ -178,7 +178,8 @@ void SceneEditor::follow(const Change &change)
         keepSelection(change);
         return;
     }
-    if (layer != nullptr) { // a verse or a picture was written into it
+    if (const Layer *layer
+        = findLayer(scene(), change.layer)) { // a verse or a picture was written into it
         m_views.tab.showLayer(*layer);
         m_views.tab.properties()->refresh(*layer);
     }
@@ -190,24 +191,30 @@ void SceneEditor::followField(const Layer &layer, LayerField field)
 {
     if (field == LayerField::Name || field == LayerField::Visible || field == LayerField::Locked) {
         m_views.tab.showLayer(layer);
+        Q_EMIT selectionShown();
     }
     m_views.tab.properties()->refresh(layer);
     m_views.canvas.update();
 }
 
-/// Selects what an undone step was about, keeps the selected layer, or takes the one that stands in
-/// its place now. Another scene begins without a selection.
 void SceneEditor::keepSelection(const Change &change)
 {
-    const std::vector<Layer> &layers = scene().layers;
-    LayerId wanted = selected();
-    if (change.undone && findLayer(scene(), change.layer) != nullptr) {
-        wanted = change.layer;
-    } else if (findLayer(scene(), wanted) == nullptr) {
-        const bool deleted = wanted && change.layers && !change.current && !layers.empty();
-        wanted = deleted ? layers[std::min(m_place, layers.size() - 1)].id : LayerId();
+    select(selectionAfter(change));
+}
+
+/// What an undone step was about, the selected layers that are still there, or the one that stands
+/// in their place now. Another scene begins without a selection.
+LayerSelection SceneEditor::selectionAfter(const Change &change) const
+{
+    const LayerSelection about = LayerSelection(change.all).in(scene());
+    if (change.undone && about.size() > 0) {
+        return about;
     }
-    select(wanted);
+    const LayerSelection left = selection().in(scene());
+    const std::vector<Layer> &layers = scene().layers;
+    const bool isDeleted = selection().size() > 0 && left.size() == 0 && change.layers
+        && !change.current && !layers.empty();
+    return isDeleted ? LayerSelection(layers[std::min(m_place, layers.size() - 1)].id) : left;
 }
 
 void SceneEditor::showAll()
@@ -233,6 +240,11 @@ void SceneEditor::select(LayerId layer)
     m_views.canvas.setSelected(layer);
 }
 
+void SceneEditor::select(const LayerSelection &selection)
+{
+    m_views.canvas.setSelection(selection);
+}
+
 void SceneEditor::offer(LayerId layer)
 {
     if (!m_views.tab.properties()->isTyping() && m_turns == m_expectedAt) {
@@ -243,15 +255,30 @@ void SceneEditor::offer(LayerId layer)
 
 void SceneEditor::showSelection()
 {
-    m_turns += std::exchange(m_shown, selected()) == selected() ? 0 : 1;
-    const Layer *layer = findLayer(scene(), selected());
-    if (layer != nullptr) {
-        m_place = static_cast<std::size_t>(layer - scene().layers.data());
+    m_turns += std::exchange(m_shown, selection()) == selection() ? 0 : 1;
+    const std::vector<Layer> &layers = scene().layers;
+    const auto rearmost = std::find_if(layers.begin(), layers.end(), [this](const Layer &layer) {
+        return selection().contains(layer.id);
+    });
+    if (rearmost != layers.end()) {
+        m_place = static_cast<std::size_t>(rearmost - layers.begin());
     }
-    m_views.tab.showLayers(scene(), selected());
-    m_views.tab.properties()->showLayer(layer);
+    m_views.tab.showLayers(scene(), selection());
+    showProperties();
+    Q_EMIT selectionShown();
+}
+
+void SceneEditor::showProperties()
+{
+    PropertiesPanel *panel = m_views.tab.properties();
+    if (selection().size() > 1) {
+        panel->showMany(static_cast<int>(selection().size()));
+        return;
+    }
+    const Layer *layer = findLayer(scene(), selected());
+    panel->showLayer(layer);
     if (layer != nullptr) {
-        m_views.tab.properties()->showWaiting(layer->id, m_studio.verses().hasWaiting(layer->id));
+        panel->showWaiting(layer->id, m_studio.verses().hasWaiting(layer->id));
     }
 }
 

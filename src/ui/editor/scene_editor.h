@@ -30,19 +30,26 @@ public:
     /// Shows everything, and selects the rearmost layer of the scene in PREVIEW.
     void showAll();
     void select(LayerId layer);
+    void select(const LayerSelection &selection);
     /// Shows the scene at that place of the edited set in PREVIEW, if there is one.
     void showPlace(int place);
     /// A layer has been asked for that may take its time.
     void expectLayer() { m_expectedAt = m_turns; }
     /// Selects the layer that was expected, unless the operator types or has gone on to other work.
     void offer(LayerId layer);
+    /// The current one of the selected layers.
     [[nodiscard]] LayerId selected() const { return m_views.canvas.selected(); }
+    [[nodiscard]] const LayerSelection &selection() const { return m_views.canvas.selection(); }
 
     /// The three ways to bring in a file or a stream; each asks the operator. They throw `Error`;
     /// a picture that cannot be decoded is told of later.
     void addImage();
     void addVideo();
     void addNetworkSource();
+
+Q_SIGNALS:
+    /// Other layers are selected, or they are other than they were.
+    void selectionShown();
 
 private:
     void connectCanvas();
@@ -55,8 +62,10 @@ private:
     void follow(const Change &change);
     void followField(const Layer &layer, LayerField field);
     void keepSelection(const Change &change);
+    [[nodiscard]] LayerSelection selectionAfter(const Change &change) const;
     void showSceneList();
     void showSelection();
+    void showProperties();
 
     void addSource(SourceEntry entry);
     void addLayer(LayerKind kind);
@@ -75,10 +84,10 @@ private:
     Dialogs &m_dialogs;
     const ErrorGuard &m_guard;
     Views m_views;
-    LayerId m_shown; ///< the layer that was last shown as selected
+    LayerSelection m_shown; ///< what was last shown as selected
     int m_turns = 0; ///< counts what the operator selects and edits
     int m_expectedAt = 0; ///< the turn that a late layer belongs to
-    std::size_t m_place = 0; ///< where the selected layer stood when it was last seen
+    std::size_t m_place = 0; ///< where the rearmost selected layer stood when it was last seen
 };
 
 } // namespace nimbara

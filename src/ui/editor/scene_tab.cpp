@@ -82,8 +82,7 @@ QWidget *SceneTab::makeSceneColumn()
     connect(m_verse, &QLineEdit::returnPressed, this, requestVerse);
     connect(m_verse, &VerseField::chosen, this, requestVerse);
     addButton(verseRow, "Mostrar versículo", "showVerse", requestVerse);
-    addButton(verseRow, "Lista", "openPassages", &SceneTab::passagesPressed)
-        ->setToolTip(nimbara_i18n::tr("Pasajes de hoy (Ctrl+L)"));
+    m_passages = addButton(verseRow, "Lista", "openPassages", &SceneTab::passagesPressed);
     for (const auto &[arrow, name, step, spoken] :
         { std::tuple { "◀", "pageBack", -1, "Página o versículo anterior" },
             { "▶", "pageOn", 1, "Página o versículo siguiente" } }) {
@@ -132,11 +131,6 @@ QMenu *SceneTab::makeSourceMenu()
 
 void SceneTab::connectList()
 {
-    connect(m_layers, &QListWidget::currentItemChanged, this, [this](const QListWidgetItem *item) {
-        if (item != nullptr) {
-            Q_EMIT layerSelected(LayerList::layerOf(*item));
-        }
-    });
     connect(m_layers, &QListWidget::itemChanged, this, [this](const QListWidgetItem *item) {
         Q_EMIT layerChecked(LayerList::layerOf(*item), item->checkState() == Qt::Checked);
     });
@@ -174,7 +168,7 @@ void SceneTab::showOnAir(std::vector<LayerId> layers, const Scene &scene)
     }
 }
 
-void SceneTab::showLayers(const Scene &scene, LayerId selected)
+void SceneTab::showLayers(const Scene &scene, const LayerSelection &selected)
 {
     const QSignalBlocker blocker(m_layers);
     // Entries stay and are written anew: the mouse may be pressed on one of them right now.
@@ -187,13 +181,10 @@ void SceneTab::showLayers(const Scene &scene, LayerId selected)
         item->setFlags((item->flags() | Qt::ItemIsUserCheckable | Qt::ItemIsEditable)
             & ~Qt::ItemIsDropEnabled);
     }
-    int marked = -1;
     for (int row = 0; row < count; ++row) {
-        const Layer &layer = scene.layers[static_cast<std::size_t>(count - 1 - row)];
-        write(*m_layers->item(row), layer);
-        marked = layer.id == selected ? row : marked;
+        write(*m_layers->item(row), scene.layers[static_cast<std::size_t>(count - 1 - row)]);
     }
-    m_layers->setCurrentRow(marked);
+    m_layers->mark(selected);
 }
 
 void SceneTab::showLayer(const Layer &layer)

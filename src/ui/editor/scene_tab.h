@@ -14,6 +14,7 @@
 #include <vector>
 
 class QMenu;
+class QPushButton;
 
 namespace nimbara {
 
@@ -37,8 +38,8 @@ class SceneTab : public QWidget {
 public:
     explicit SceneTab(QWidget *parent = nullptr);
 
-    /// Writes the layer list anew, front layer first, and marks the selected one.
-    void showLayers(const Scene &scene, LayerId selected);
+    /// Writes the layer list anew, front layer first, and marks the selected ones.
+    void showLayers(const Scene &scene, const LayerSelection &selected);
     /// Writes one layer's entry anew.
     void showLayer(const Layer &layer);
     /// Marks the layers that others see now, also in the lists to come.
@@ -47,6 +48,7 @@ public:
     void showTroubles(std::map<LayerId, QString> troubles, const Scene &scene);
     [[nodiscard]] LayerList *layerList() const { return m_layers; }
     [[nodiscard]] VerseField *verseField() const { return m_verse; }
+    [[nodiscard]] QPushButton *passagesButton() const { return m_passages; }
     [[nodiscard]] PropertiesPanel *properties() const { return m_properties; }
     /// Between the list and the properties.
     [[nodiscard]] ShareSplitter *splitter() const { return m_splitter; }
@@ -64,8 +66,6 @@ Q_SIGNALS:
     void passagesPressed();
     /// A page of the verse on (1) or back (−1).
     void pageStepped(int step);
-    /// The operator selected a layer in the list.
-    void layerSelected(nimbara::LayerId layer);
     /// The operator checked or unchecked a layer.
     void layerChecked(nimbara::LayerId layer, bool visible);
 
@@ -80,6 +80,7 @@ private:
     std::vector<LayerId> m_onAir;
     std::map<LayerId, QString> m_troubles;
     VerseField *m_verse;
+    QPushButton *m_passages = nullptr;
     PropertiesPanel *m_properties;
     ShareSplitter *m_splitter;
 };

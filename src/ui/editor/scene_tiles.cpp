@@ -118,12 +118,11 @@ private:
 
 } // namespace
 
-SceneTiles::SceneTiles(QWidget *parent)
+SceneTiles::SceneTiles(const KeyMap &keys, QWidget *parent)
     : QListWidget(parent)
+    , m_keys(keys)
 {
     named(this, "sceneTiles", nimbara_i18n::tr("Escenas"));
-    setToolTip(nimbara_i18n::tr("Clic o teclas 1 a 9: a Preparación. Doble clic: al aire. "
-                                "Arrastra para ordenar. Ctrl+R: renombrar."));
     auto *delegate = new TileDelegate(this);
     setItemDelegate(delegate);
     connect(delegate,
@@ -150,9 +149,9 @@ SceneTiles::SceneTiles(QWidget *parent)
     setEditTriggers(QAbstractItemView::NoEditTriggers); // F2 is taken
     setLow(false);
 
-    auto *rename = new QAction(nimbara_i18n::tr("Renombrar"), this);
-    rename->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
+    auto *rename = new QAction(keyActionText(KeyAction::Rename), this);
     rename->setShortcutContext(Qt::WidgetShortcut);
+    keys.bind(rename, KeyAction::Rename);
     connect(rename, &QAction::triggered, this, [this] {
         if (currentItem() != nullptr) {
             editItem(currentItem());
@@ -168,6 +167,18 @@ SceneTiles::SceneTiles(QWidget *parent)
     connect(this, &QListWidget::itemDoubleClicked, this, [this](const QListWidgetItem *tile) {
         Q_EMIT taken(sceneAt(row(tile)));
     });
+    connect(&m_keys, &KeyMap::changed, this, &SceneTiles::showKeys);
+    showKeys();
+}
+
+void SceneTiles::showKeys()
+{
+    setToolTip(nimbara_i18n::tr("Clic o tecla: a Preparación. Doble clic: al aire. Arrastra para "
+                                "ordenar. Renombrar: %1")
+                   .arg(m_keys.text(KeyAction::Rename)));
+    for (int row = 0; row < count(); ++row) {
+        describe(row);
+    }
 }
 
 QSize SceneTiles::pictureSize() const
@@ -235,7 +246,10 @@ void SceneTiles::describe(int row)
     const QString told
         = isOnAir(row) ? name + QStringLiteral(" · ") + nimbara_i18n::tr("AL AIRE") : name;
     item(row)->setData(Qt::AccessibleTextRole, told);
-    item(row)->setData(Qt::ToolTipRole, told + QLatin1Char('\n') + toolTip());
+    const auto action = static_cast<KeyAction>(static_cast<int>(KeyAction::Scene1) + row);
+    const QString key = action <= KeyAction::Scene9 ? m_keys.text(action) : QString();
+    const QString named = key.isEmpty() ? told : QStringLiteral("%1 (%2)").arg(told, key);
+    item(row)->setData(Qt::ToolTipRole, named + QLatin1Char('\n') + toolTip());
 }
 
 void SceneTiles::showOnAir(SceneId scene)

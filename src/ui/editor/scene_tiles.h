@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/scene.h"
+#include "ui/kit/key_map.h"
 
 #include <QHash>
 #include <QImage>
@@ -13,12 +14,13 @@ namespace nimbara {
 
 /// The scenes of the edited set in one row that scrolls sideways, each with its number, name and
 /// live picture. A click chooses a scene for PREVIEW, a double click sends it on air; a tile that
-/// is dragged tells where its scene is to go, Ctrl+R renames in place. Shows what it is given and
+/// is dragged tells where its scene is to go, a key renames in place. Shows what it is given and
 /// changes nothing by itself.
 class SceneTiles : public QListWidget {
     Q_OBJECT
 public:
-    explicit SceneTiles(QWidget *parent = nullptr);
+    /// `keys` must outlive the tiles.
+    explicit SceneTiles(const KeyMap &keys, QWidget *parent = nullptr);
 
     void showScenes(const Scenes &scenes, SceneId current);
     /// Marks the scene that is on air; none: none of them.
@@ -66,9 +68,11 @@ private:
         QPixmap shown; ///< at the size of tiles
     };
     void describe(int row);
+    void showKeys();
     [[nodiscard]] QPixmap scaled(const QImage &picture) const;
     void showGap(std::optional<int> gap);
 
+    const KeyMap &m_keys;
     SceneId m_onAir;
     QHash<quint64, Picture> m_pictures; ///< by scene
     std::optional<int> m_gap; ///< where a dragged tile would go

@@ -1,5 +1,6 @@
 #include "ui/outputs/hall_controls.h"
 
+#include <QAction>
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -7,13 +8,17 @@
 
 namespace nimbara {
 
-HallControls::HallControls(QWidget &window, SourcesTab &tab, Report status)
+HallControls::HallControls(QWidget &window, SourcesTab &tab, const KeyMap &keys, Report status)
     : m_window(window)
     , m_tab(tab)
     , m_status(std::move(status))
-    , m_escape(new QShortcut(Qt::Key_Escape, &window))
+    , m_keys(keys)
+    , m_escape(new QAction(this))
 {
-    connect(m_escape, &QShortcut::activated, this, [this] {
+    keys.bind(m_escape, KeyAction::HideHall);
+    window.addAction(m_escape);
+    connect(&keys, &KeyMap::changed, this, &HallControls::showState);
+    connect(m_escape, &QAction::triggered, this, [this] {
         if (coversStudio()) {
             hide();
         }
@@ -95,12 +100,13 @@ bool HallControls::coversStudio() const
     return m_screen.isVisible() && m_screen.screen() == m_window.screen();
 }
 
-/// Esc hides a hall that covers the operator's window. On a screen of its own no key of the studio
-/// may blank what the congregation sees.
+/// A key hides a hall that covers the operator's window. On a screen of its own no key of the
+/// studio may blank what the congregation sees.
 void HallControls::showState()
 {
     m_escape->setEnabled(m_screen.isVisible());
-    m_tab.setHallShown(m_screen.isVisible(), coversStudio());
+    m_tab.setHallShown(m_screen.isVisible(),
+        coversStudio() ? m_keys.text(KeyAction::HideHall) : QString());
     Q_EMIT shownChanged(m_screen.isVisible());
 }
 

@@ -1,15 +1,17 @@
 #pragma once
 
 #include "base/report.h"
+#include "ui/kit/key_map.h"
 #include "ui/outputs/hall_screen.h"
 #include "ui/outputs/sources_tab.h"
 
 #include <QImage>
 #include <QObject>
 #include <QRect>
-#include <QShortcut>
 
 #include <optional>
+
+class QAction;
 
 namespace nimbara {
 
@@ -19,8 +21,8 @@ namespace nimbara {
 class HallControls : public QObject {
     Q_OBJECT
 public:
-    /// `window`: the operator's. Both must outlive the controls.
-    HallControls(QWidget &window, SourcesTab &tab, Report status);
+    /// `window`: the operator's. All must outlive the controls.
+    HallControls(QWidget &window, SourcesTab &tab, const KeyMap &keys, Report status);
     HallControls(const HallControls &) = delete;
     HallControls &operator=(const HallControls &) = delete;
     HallControls(HallControls &&) = delete;
@@ -52,7 +54,8 @@ private:
     SourcesTab &m_tab;
     Report m_status;
     HallScreen m_screen;
-    QShortcut *m_escape; ///< of the operator's window, while the hall is shown
+    const KeyMap &m_keys;
+    QAction *m_escape; ///< of the operator's window, while the hall is shown
     std::optional<Place> m_shownOn;
     bool m_waits = false; ///< for that screen to return
 };

@@ -17,7 +17,6 @@ namespace {
 constexpr int fixedCameras = 1; ///< entries that are no devices
 constexpr const char *showHall = "Pantallas de sala en el monitor elegido";
 constexpr const char *hideHall = "Ocultar pantallas de sala";
-constexpr const char *hideWithEscape = "Ocultar pantallas de sala (Esc)";
 
 } // namespace
 
@@ -196,9 +195,10 @@ void SourcesTab::showScreens(const QStringList &names)
     refill(m_screens, names, std::max(chosen, 0));
 }
 
-void SourcesTab::setHallShown(bool shown, bool covers)
+void SourcesTab::setHallShown(bool shown, const QString &key)
 {
-    m_hallScreen->setText(nimbara_i18n::tr(!shown ? showHall : covers ? hideWithEscape : hideHall));
+    const QString text = nimbara_i18n::tr(shown ? hideHall : showHall);
+    m_hallScreen->setText(key.isEmpty() ? text : QStringLiteral("%1 (%2)").arg(text, key));
 }
 
 } // namespace nimbara

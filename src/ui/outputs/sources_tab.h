@@ -31,8 +31,8 @@ public:
     /// Fills the list of screens; the chosen one stays chosen while it is there.
     void showScreens(const QStringList &names);
     void chooseScreen(int entry) { m_screens->setCurrentIndex(entry); }
-    /// `covers`: the hall stands in front of the studio, where Esc hides it.
-    void setHallShown(bool shown, bool covers);
+    /// `key`: what hides a hall that stands in front of the studio; empty for one that does not.
+    void setHallShown(bool shown, const QString &key);
 
     /// Entries from 0; -1: the chosen device has left the list.
     [[nodiscard]] int cameraEntry() const { return m_cameras->currentIndex(); }

@@ -27,6 +27,7 @@ Monitors::Monitors(QWidget *parent)
     : QWidget(parent)
     , m_editStreams(makeButton("Redes (YouTube/Facebook)", "editStreams"))
     , m_editHall(makeButton("Pantallas de sala", "editHall"))
+    , m_snap(makeButton("Imán", "snapping"))
     , m_canvas(named(new Canvas, "canvas", nimbara_i18n::tr("PREPARACIÓN")))
     , m_streams(named(new Picture,
           "streamsMonitor",
@@ -42,6 +43,7 @@ Monitors::Monitors(QWidget *parent)
     m_editStreams->setCheckable(true);
     m_editStreams->setChecked(true);
     m_editHall->setCheckable(true);
+    m_snap->setCheckable(true);
     connect(m_editStreams, &QPushButton::clicked, this, [this] { choose(0); });
     connect(m_editHall, &QPushButton::clicked, this, [this] { choose(1); });
 
@@ -67,6 +69,7 @@ QWidget *Monitors::makePreviewColumn()
     row->addWidget(m_editStreams);
     row->addWidget(m_editHall);
     row->addStretch();
+    row->addWidget(m_snap);
     column->addLayout(row);
     column->addWidget(m_previewFrame, 1);
     return owner;

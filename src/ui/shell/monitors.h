@@ -22,6 +22,8 @@ public:
     explicit Monitors(QWidget *parent = nullptr);
 
     [[nodiscard]] Canvas *canvas() const { return m_canvas; }
+    /// Whether what is dragged comes to rest on things.
+    [[nodiscard]] QPushButton *snapButton() const { return m_snap; }
     [[nodiscard]] Picture *streams() const { return m_streams; }
     [[nodiscard]] Picture *hall() const { return m_hall; }
     [[nodiscard]] ShareSplitter *splitter() const { return m_splitter; }
@@ -52,6 +54,7 @@ private:
 
     QPushButton *m_editStreams;
     QPushButton *m_editHall;
+    QPushButton *m_snap;
     Canvas *m_canvas;
     Picture *m_streams;
     Picture *m_hall;

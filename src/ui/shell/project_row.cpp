@@ -17,6 +17,7 @@ ProjectRow::ProjectRow(QWidget *parent)
     , m_undo(makeButton("↶", "undo"))
     , m_redo(makeButton("↷", "redo"))
     , m_credits(makeButton("Créditos", "credits"))
+    , m_keys(makeButton("⌨", "keys"))
     , m_fold(makeButton("▴", "foldHeader"))
     , m_time(named(new QLabel, "serviceTime", nimbara_i18n::tr("Hora y duración del servicio")))
 {
@@ -24,6 +25,7 @@ ProjectRow::ProjectRow(QWidget *parent)
         nimbara_i18n::tr("Vertical · 1080 × 1920") });
     m_versions->setToolTip(nimbara_i18n::tr("Versiones anteriores"));
     m_versions->setAccessibleName(m_versions->toolTip());
+    m_keys->setAccessibleName(nimbara_i18n::tr("Teclas"));
     setFormatEnabled(true);
     showSteps({}, {});
     auto *row = new QHBoxLayout(this);
@@ -35,6 +37,7 @@ ProjectRow::ProjectRow(QWidget *parent)
     row->addWidget(m_undo);
     row->addWidget(m_redo);
     row->addWidget(m_credits);
+    row->addWidget(m_keys);
     row->addStretch();
     row->addWidget(m_time);
     row->addWidget(m_fold);

@@ -29,6 +29,8 @@ public:
     /// The step that each would undo or do again, translated; empty: none.
     void showSteps(const QString &undo, const QString &redo);
     [[nodiscard]] QPushButton *creditsButton() const { return m_credits; }
+    /// Shows all keys.
+    [[nodiscard]] QPushButton *keysButton() const { return m_keys; }
     /// The time of day, and for how long the service has gone on; empty while it has not.
     void showTime(const QString &now, const QString &service);
     /// The button at the end folds the header away, or shows it again.
@@ -46,6 +48,7 @@ private:
     QPushButton *m_undo;
     QPushButton *m_redo;
     QPushButton *m_credits;
+    QPushButton *m_keys;
     QPushButton *m_fold;
     QLabel *m_time;
     bool m_isFolded = false;

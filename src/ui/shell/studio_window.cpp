@@ -38,20 +38,17 @@
 #include "ui/shell/onboarding.h"
 #include "ui/shell/project_controls.h"
 #include "ui/shell/project_row.h"
+#include "ui/shell/window_keys.h"
 #include "ui/shell/window_room.h"
 
-#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
 #include <QProcess>
 #include <QScreen>
-#include <QShortcut>
 #include <QTabWidget>
-#include <QTextEdit>
 
 #include <chrono>
 #include <utility>
@@ -65,16 +62,6 @@ namespace {
 constexpr const char *onboardingSetting = "onboarding_complete";
 constexpr int lowestTabs = 130; ///< pixels
 constexpr auto frameTimerInterval = 5ms;
-
-/// A key is a letter to whoever types, whatever else it is for.
-bool isTyping()
-{
-    const QWidget *focus = QApplication::focusWidget();
-    return qobject_cast<const QLineEdit *>(focus) != nullptr
-        || qobject_cast<const QPlainTextEdit *>(focus) != nullptr
-        || qobject_cast<const QTextEdit *>(focus) != nullptr
-        || qobject_cast<const QAbstractSpinBox *>(focus) != nullptr;
-}
 
 std::array<QString, OutputsTab::slots> destinationNames()
 {
@@ -103,7 +90,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_header(new HeaderRow)
     , m_project(new ProjectRow)
     , m_monitors(new Monitors)
-    , m_tiles(new SceneTiles)
+    , m_tiles(new SceneTiles(m_keys))
     , m_controls(new ControlRow)
     , m_tabs(new SteadyTabs)
     , m_sceneTab(new SceneTab)
@@ -116,9 +103,11 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_status(new QLabel)
     , m_hall(std::make_unique<HallControls>(*this,
           *m_sourcesTab,
+          m_keys,
           [this](const Message &text) { showStatus(text); }))
     , m_returnKey(std::make_unique<ReturnKey>(*this))
 {
+    m_keys.remember(m_settings);
     layOut();
     m_editor = std::make_unique<SceneEditor>(m_studio,
         *m_dialogs,
@@ -128,7 +117,8 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         m_guard,
         *m_editor,
         *m_sceneTab,
-        *m_monitors->canvas());
+        *m_monitors->canvas(),
+        m_keys);
     m_legibility = std::make_unique<LegibilityView>(m_studio, *m_sceneTab);
     m_transitions = std::make_unique<TransitionControls>(m_studio.document(),
         *m_dialogs,
@@ -148,7 +138,8 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *this,
         OnAirView::Views { *m_monitors, *m_sceneTab, *m_tiles, *m_controls, *m_project });
     connectStudio();
-    m_translation = std::make_unique<TranslationControls>(m_studio, m_guard, *m_translationTab);
+    m_translation
+        = std::make_unique<TranslationControls>(m_studio, m_guard, m_keys, *m_translationTab);
     m_verses = std::make_unique<VerseControls>(m_studio,
         m_guard,
         VerseControls::Views { *m_sceneTab, *m_editor, *m_translationTab->bible() });
@@ -156,7 +147,14 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     connectRows();
     connectTabs();
     connectDevices();
-    connectShortcuts();
+    m_sceneTab->properties()->isUndo = [this](const QKeyEvent &key) {
+        const QKeySequence pressed(key.keyCombination());
+        return m_keys.has(KeyAction::Undo, pressed) || m_keys.has(KeyAction::Redo, pressed);
+    };
+    m_windowKeys = std::make_unique<WindowKeys>(*this,
+        m_studio,
+        m_keys,
+        WindowKeys::Views { *m_project, *m_monitors, *m_sceneTab, *m_editor, *m_verses });
     m_editor->showAll();
     if (services.remembersDesk) {
         m_room->remember(m_settings);
@@ -201,7 +199,7 @@ void StudioWindow::layOut()
     m_status->setTextFormat(Qt::PlainText);
     m_status->setWordWrap(true);
 
-    auto *card = new VerseCard(m_studio.spokenVerses());
+    auto *card = new VerseCard(m_studio.spokenVerses(), m_keys);
     connect(card, &VerseCard::previewPressed, this, [this] { m_verses->prepareSpoken(); });
     connect(card, &VerseCard::onAirPressed, this, [this] { m_verses->takeSpokenOnAir(); });
     auto *told = new QWidget;
@@ -360,55 +358,6 @@ void StudioWindow::onboarding()
     assistant->open();
 }
 
-void StudioWindow::connectShortcuts()
-{
-    auto *space = new QShortcut(Qt::Key_Space, this);
-    space->setAutoRepeat(false); // a key that is held down is one TAKE
-    connect(space, &QShortcut::activated, this, &StudioWindow::takeFromKeyboard);
-    for (int place = 0; place < 9; ++place) {
-        auto *number = new QShortcut(QKeySequence(Qt::Key_1 + place), this);
-        number->setAutoRepeat(false);
-        connect(number, &QShortcut::activated, this, [this, place] {
-            chooseSceneFromKeyboard(place);
-        });
-    }
-    for (const auto &[key, direction] : { std::pair(Qt::Key_PageUp, VerseSteps::Direction::Back),
-             std::pair(Qt::Key_PageDown, VerseSteps::Direction::On) }) {
-        auto *shortcut = new QShortcut(key, this);
-        shortcut->setAutoRepeat(false); // a key that is held down is one page on air
-        connect(shortcut, &QShortcut::activated, this, [this, direction = direction] {
-            m_verses->stepPage(direction);
-        });
-    }
-    for (const auto &[key, step] : { std::pair(Qt::Key_F3, &VerseControls::prepareSpoken),
-             std::pair(Qt::Key_F4, &VerseControls::takeSpokenOnAir) }) {
-        auto *shortcut = new QShortcut(key, this);
-        shortcut->setAutoRepeat(false);
-        connect(shortcut, &QShortcut::activated, m_verses.get(), step);
-    }
-    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), this),
-        &QShortcut::activated,
-        this,
-        [this] { m_verses->showPassages(); });
-    Document *document = &m_studio.document();
-    connect(new QShortcut(QKeySequence::Undo, this),
-        &QShortcut::activated,
-        document,
-        &Document::undo);
-    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), this),
-        &QShortcut::activated,
-        document,
-        &Document::redo);
-    for (const auto &[key, language] :
-        { std::pair(Qt::Key_F1, "Spanish"), std::pair(Qt::Key_F2, "English") }) {
-        auto *shortcut = new QShortcut(key, this);
-        shortcut->setAutoRepeat(false); // each one begins the session anew
-        connect(shortcut, &QShortcut::activated, this, [this, language = language] {
-            m_studio.translation().switchTarget(QLatin1String(language));
-        });
-    }
-}
-
 void StudioWindow::showStatus(const Message &message)
 {
     const QString text = withoutSecrets(nimbara_i18n::tr(message));
@@ -503,20 +452,6 @@ void StudioWindow::restartInOtherLanguage()
     QProcess::startDetached(QCoreApplication::applicationFilePath(), {});
     m_mayClose = true;
     close();
-}
-
-void StudioWindow::takeFromKeyboard()
-{
-    if (!isTyping()) {
-        m_studio.program().take();
-    }
-}
-
-void StudioWindow::chooseSceneFromKeyboard(int place)
-{
-    if (!isTyping()) {
-        m_editor->showPlace(place);
-    }
 }
 
 void StudioWindow::closeEvent(QCloseEvent *event)

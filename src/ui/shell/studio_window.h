@@ -6,6 +6,7 @@
 #include "studio/studio.h"
 #include "ui/kit/dialogs.h"
 #include "ui/kit/error_guard.h"
+#include "ui/kit/key_map.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -44,6 +45,7 @@ class TranslationControls;
 class TranslationTab;
 class TransitionControls;
 class VerseControls;
+class WindowKeys;
 class WindowRoom;
 
 /// What the window reaches outside itself. Tests put their own in place.
@@ -91,7 +93,6 @@ private:
     void connectDevices();
     void checkService();
     void connectSources();
-    void connectShortcuts();
 
     void showPictures(const Pictures &pictures);
     void showOutputs();
@@ -102,8 +103,6 @@ private:
     void showPreviewShape();
     void setLanguage(int index);
     void restartInOtherLanguage();
-    void takeFromKeyboard();
-    void chooseSceneFromKeyboard(int place);
 
     bool m_mayClose = false; ///< what would be lost was settled
     SystemClock m_clock;
@@ -112,6 +111,7 @@ private:
     std::unique_ptr<Dialogs> m_dialogs;
     ErrorGuard m_guard;
     QTimer m_frameTimer;
+    KeyMap m_keys;
 
     HeaderRow *m_header;
     ProjectRow *m_project;
@@ -142,6 +142,7 @@ private:
     std::unique_ptr<TransitionControls> m_transitions;
     std::unique_ptr<TranslationControls> m_translation;
     std::unique_ptr<VerseControls> m_verses;
+    std::unique_ptr<WindowKeys> m_windowKeys;
 };
 
 } // namespace nimbara

@@ -1,0 +1,27 @@
+#include "ui/kit/typing.h"
+
+#include <QAbstractSpinBox>
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTextEdit>
+
+namespace nimbara {
+
+bool isTypedInto(const QWidget *widget)
+{
+    const auto *list = qobject_cast<const QComboBox *>(widget);
+    return qobject_cast<const QLineEdit *>(widget) != nullptr
+        || qobject_cast<const QPlainTextEdit *>(widget) != nullptr
+        || qobject_cast<const QTextEdit *>(widget) != nullptr
+        || qobject_cast<const QAbstractSpinBox *>(widget) != nullptr
+        || (list != nullptr && list->isEditable());
+}
+
+bool isTyping()
+{
+    return isTypedInto(QApplication::focusWidget());
+}
+
+} // namespace nimbara

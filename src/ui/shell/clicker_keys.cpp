@@ -1,0 +1,81 @@
+#include "ui/shell/clicker_keys.h"
+
+#include "ui/editor/canvas.h"
+#include "ui/kit/typing.h"
+
+#include <QAbstractItemView>
+#include <QAbstractSlider>
+#include <QApplication>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QTabBar>
+
+#include <array>
+
+namespace nimbara {
+
+namespace {
+
+bool isArrow(int key)
+{
+    return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down;
+}
+
+bool usesArrows(const QWidget &widget)
+{
+    const auto *canvas = qobject_cast<const Canvas *>(&widget);
+    return qobject_cast<const QAbstractItemView *>(&widget) != nullptr
+        || qobject_cast<const QAbstractSlider *>(&widget) != nullptr
+        || qobject_cast<const QComboBox *>(&widget) != nullptr
+        || qobject_cast<const QTabBar *>(&widget) != nullptr
+        || (canvas != nullptr && canvas->canNudge());
+}
+
+/// The key goes to this widget first.
+bool isReceiver(const QWidget &widget)
+{
+    const QWidget *focused = widget.window()->focusWidget();
+    return &widget == (focused != nullptr ? focused : widget.window());
+}
+
+} // namespace
+
+ClickerKeys::ClickerKeys(const KeyMap &keys, QObject *parent)
+    : QObject(parent)
+    , m_keys(keys)
+{
+    qApp->installEventFilter(this);
+}
+
+bool ClickerKeys::eventFilter(QObject *watched, QEvent *event)
+{
+    if (!m_isListening || event->type() != QEvent::KeyPress || !watched->isWidgetType()) {
+        return false;
+    }
+    const auto *widget = static_cast<QWidget *>(watched);
+    return isReceiver(*widget) && take(*widget, *static_cast<QKeyEvent *>(event));
+}
+
+/// A key that is held down is one press.
+bool ClickerKeys::take(const QWidget &widget, const QKeyEvent &key)
+{
+    if (isTypedInto(&widget) || QApplication::activePopupWidget() != nullptr
+        || (isArrow(key.key()) && usesArrows(widget))) {
+        return false;
+    }
+    const QKeySequence pressed(
+        QKeyCombination(key.modifiers() & ~Qt::KeypadModifier, static_cast<Qt::Key>(key.key())));
+    for (const KeyAction action :
+        std::array { KeyAction::ClickerOn, KeyAction::ClickerBack, KeyAction::ClickerBlack }) {
+        if (m_keys.has(action, pressed)) {
+            if (!key.isAutoRepeat()) {
+                Q_EMIT this->pressed(action);
+            }
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace nimbara

@@ -238,7 +238,14 @@ Pictures Studio::composePictures(std::int64_t now)
         m_pictures.streams(m_stage, m_onAir.streams, camera),
         m_pictures.hall(m_stage, m_onAir.hall, camera) };
     m_diagnostics.observe(m_stage, m_sources, pictures.preview);
-    m_legibility.look(now, prepared.scene, pictures.preview, *m_stage.pager);
+    const Composition shown { .scene = prepared.scene,
+        .pictures = {},
+        .title = {},
+        .size = m_stage.previewFrame(),
+        .isHall = m_stage.document.editingHall(),
+        .isPreview = true,
+        .captions = m_stage.captions };
+    m_legibility.look(now, shown, pictures.preview, *m_stage.pager);
     pictures.streams = m_stage.program.fade(pictures.streams, now);
     return pictures;
 }

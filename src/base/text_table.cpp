@@ -589,7 +589,8 @@ const std::vector<TextPair> &textPairs()
                  checkTextPairs(),
                  verseTextPairs(),
                  deskTextPairs(),
-                 transitionTextPairs() }) {
+                 transitionTextPairs(),
+                 bibleTextPairs() }) {
             joined.insert(joined.end(), more.begin(), more.end());
         }
         return joined;

@@ -22,5 +22,6 @@ std::span<const TextPair> checkTextPairs();
 std::span<const TextPair> verseTextPairs();
 std::span<const TextPair> deskTextPairs();
 std::span<const TextPair> transitionTextPairs();
+std::span<const TextPair> bibleTextPairs();
 
 } // namespace nimbara_i18n

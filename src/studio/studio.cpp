@@ -6,6 +6,8 @@
 #include "studio/projects/profile_change.h"
 #include "translation/service/languages.h"
 
+#include <QFutureWatcher>
+
 #include <chrono>
 #include <utility>
 
@@ -69,11 +71,17 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_translation(clock,
           peers.openAi,
           { m_stage, m_audio, m_programAudio, m_secrets, m_settings })
-    , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const Message &text) { status(text); })
+    , m_bibleLibrary(below(peers.dataFolder, "bibles"))
+    , m_verses(
+          peers.openAi,
+          peers.apiBible,
+          m_stage,
+          [this](const Message &text) { status(text); },
+          m_bibleLibrary.ready())
     , m_bibles({ m_verses, m_translation, m_secrets, m_settings })
     , m_verseSteps({ m_stage, m_program, m_verses, m_bibles })
     , m_passages({ m_stage.document, m_verses, m_bibles, m_settings })
-    , m_verseFinder(m_bibles, peers.cacheFolder)
+    , m_verseFinder(m_bibles, m_bibleLibrary, peers.cacheFolder)
     , m_spokenVerses(clock, { m_stage, m_program, m_verses, m_bibles, m_translation, m_settings })
     , m_captionFiles(clock, peers.captionFolder)
     , m_costs(m_settings, m_notices)
@@ -104,10 +112,28 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     });
     connect(&m_recordings, &RecordingDesk::said, this, &Studio::status);
     connect(&m_recordings, &RecordingDesk::alarmed, this, &Studio::alarm);
+    connect(&m_bibleLibrary, &BibleLibrary::said, this, &Studio::status);
+    connect(&m_projects, &ProjectDesk::opened, this, &Studio::tellAbsentBibles);
+    connect(&m_projects, &ProjectDesk::recovered, this, &Studio::tellAbsentBibles);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
     connect(&m_verseSteps, &VerseSteps::said, this, &Studio::status);
     connect(&m_spokenVerses, &SpokenVerses::said, this, &Studio::status);
     connectCaptions();
+}
+
+/// The texts that the project keeps of such a Bible stay as they are.
+void Studio::tellAbsentBibles()
+{
+    auto *watcher = new QFutureWatcher<void>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        const QStringList absent = absentBibles(m_stage.document.scenes());
+        if (!absent.isEmpty()) {
+            alarm({ "El proyecto usa Biblias que no están en este equipo: %1",
+                { Message::verbatim(absent.join(QStringLiteral(", "))) } });
+        }
+    });
+    watcher->setFuture(m_bibleLibrary.ready());
 }
 
 void Studio::connectCaptions()
@@ -242,7 +268,14 @@ Pictures Studio::composePictures(std::int64_t now)
         m_pictures.streams(m_stage, m_onAir.streams, camera),
         m_pictures.hall(m_stage, m_onAir.hall, camera) };
     m_diagnostics.observe(m_stage, m_sources, pictures.preview);
-    m_legibility.look(now, prepared.scene, pictures.preview, *m_stage.pager);
+    const Composition shown { .scene = prepared.scene,
+        .pictures = {},
+        .title = {},
+        .size = m_stage.previewFrame(),
+        .isHall = m_stage.document.editingHall(),
+        .isPreview = true,
+        .captions = m_stage.captions };
+    m_legibility.look(now, shown, pictures.preview, *m_stage.pager);
     composeLeft(camera);
     pictures.streams = m_stage.program.showStreams(pictures.streams, now);
     pictures.hall = m_stage.program.showHall(pictures.hall, now);

@@ -28,9 +28,9 @@ QUOTED = {
 # The book table holds its own names in both languages; what operators type and a style sheet are not
 # shown to them.
 WHOLE_FILES = {
-    *["bible/books.cpp", "translation/pipeline/reading_block.cpp", "ui/kit/style.cpp"],
+    *["bible/books.cpp", "compositor/text/word_widths.cpp", "translation/pipeline/reading_block.cpp", "ui/kit/style.cpp"],
     *[f"bible/{file}.cpp" for file in ["book_forms", "book_names", "named_bible", "reference_tokens", "spoken_books",
-                                   "spoken_references", "spoken_words", "sqlite_handle", "verse_index"]],
+                                   "spoken_references", "spoken_words", "osis_books", "usfm_markers", "sqlite_handle", "verse_index"]],
 }
 
 TOKEN = re.compile(

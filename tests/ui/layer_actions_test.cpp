@@ -187,6 +187,11 @@ private Q_SLOTS:
         desk.press("undo");
         QVERIFY(!desk.layers()[1].shadow);
         QTRY_VERIFY(isMarked(1));
+        Layer subtitle = newLayer(LayerKind::Subtitle); // with its placeholder
+        subtitle.background = QColor(0, 0, 0, 0);
+        subtitle.shadow = false;
+        desk.setLayers({ wall, subtitle });
+        QTRY_VERIFY(isMarked(0));
     }
 };
 

@@ -13,7 +13,7 @@ Composer::Composer(std::shared_ptr<PaintCache> cache)
 
 QImage Composer::compose(const Composition &composition)
 {
-    Drawing drawing = describe(composition, *m_cache);
+    Drawing drawing = describe(composition, m_cache->captionFit(), m_cache->versePager());
     if (m_last && m_last->drawing == drawing) {
         return m_last->picture;
     }

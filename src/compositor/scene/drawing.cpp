@@ -101,15 +101,11 @@ describe(const Scene &scene, const LayerPictures &pictures, FrameSize size, Vers
     return drawing;
 }
 
-Drawing describe(const Composition &composition, PaintCache &cache)
+Drawing describe(const Composition &composition, CaptionFit &fit, VersePager &pager)
 {
-    CaptionFit &fit = cache.captionFit();
     Drawing drawing { composition.size, {}, std::nullopt };
     if (composition.scene) {
-        drawing = describe(*composition.scene,
-            composition.pictures,
-            composition.size,
-            cache.versePager());
+        drawing = describe(*composition.scene, composition.pictures, composition.size, pager);
     }
     for (DrawnLayer &drawn : drawing.layers) {
         if (drawn.layer.kind == LayerKind::Subtitle) {

@@ -34,9 +34,9 @@ struct Composed {
 Drawing
 describe(const Scene &scene, const LayerPictures &pictures, FrameSize size, VersePager &pager);
 
-/// The whole composition, each place for captions filled with what it has room for. `cache`
-/// remembers what fits where.
-Drawing describe(const Composition &composition, PaintCache &cache);
+/// The whole composition, each place for captions filled with what it has room for. `fit` remembers
+/// what fits where.
+Drawing describe(const Composition &composition, CaptionFit &fit, VersePager &pager);
 
 /// Draws onto a canvas (`CanvasPool`) of the drawing's size and returns the sprites used. The
 /// canvas must not be shared.

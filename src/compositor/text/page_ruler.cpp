@@ -12,6 +12,7 @@ PageRuler::PageRuler(const QString &text,
     : m_words(words)
     , m_text(text)
     , m_metrics(font)
+    , m_font(WordWidths::of(font))
     , m_widths(words.size(), -1)
     , m_blank(m_metrics.horizontalAdvance(QLatin1Char(' ')))
     // Letters reach beyond their advance, and the layout leaves room for that.
@@ -28,7 +29,7 @@ double PageRuler::width(std::size_t word) const
         const auto found = m_known.constFind(letters);
         known = found != m_known.cend()
             ? *found
-            : *m_known.insert(letters, m_metrics.horizontalAdvance(letters.toString()));
+            : *m_known.insert(letters, m_font->width(letters, m_metrics));
     }
     return known;
 }

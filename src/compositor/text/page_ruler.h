@@ -1,6 +1,7 @@
 #pragma once
 
 #include "compositor/text/page_split.h"
+#include "compositor/text/word_widths.h"
 
 #include <QFont>
 #include <QFontMetricsF>
@@ -8,6 +9,7 @@
 #include <QString>
 #include <QStringView>
 
+#include <memory>
 #include <vector>
 
 namespace nimbara {
@@ -56,6 +58,7 @@ private:
     const std::vector<PageWord> &m_words;
     QString m_text;
     QFontMetricsF m_metrics;
+    std::shared_ptr<WordWidths> m_font;
     mutable std::vector<double> m_widths; ///< below 0: not measured yet
     mutable QHash<QStringView, double> m_known; ///< by the words' letters, in `m_text`
     double m_blank;

@@ -18,22 +18,23 @@ struct LookedAt {
     TextBlock block;
 };
 
-/// The texts in sight, but for subtitles, which change with each phrase.
-std::vector<LookedAt> textsOf(const Scene &scene, FrameSize size, VersePager &pager)
+/// The texts in sight, subtitles with the phrases of the moment.
+std::vector<LookedAt> textsOf(const Composition &shown, CaptionFit &fit, VersePager &pager)
 {
-    const Drawing drawing = describe(scene, {}, size, pager);
+    const Drawing drawing = describe(shown, fit, pager);
+    const FrameSize size = shown.size;
     std::vector<LookedAt> texts;
     auto drawn = drawing.layers.begin();
-    for (const Layer &layer : scene.layers) {
+    for (const Layer &layer : shown.scene->layers) {
         if (!layer.visible || layer.opacity <= 0) {
             continue;
         }
-        const Layer &shown = drawn->layer;
-        if (isText(shown.kind) && shown.kind != LayerKind::Subtitle) {
-            const QRectF box = pixelBox(QRectF(shown.x, shown.y, shown.w, shown.h), size);
+        const Layer &text = drawn->layer;
+        if (isText(text.kind)) {
+            const QRectF box = pixelBox(QRectF(text.x, text.y, text.w, text.h), size);
             const QRect canvas(0, 0, size.width, size.height);
-            if (auto block = layerText(shown, box, size.height, canvas, drawn->numbers)) {
-                texts.push_back({ layer.id, shown.size, std::move(*block) });
+            if (auto block = layerText(text, box, size.height, canvas, drawn->numbers)) {
+                texts.push_back({ layer.id, text.size, std::move(*block) });
             }
         }
         ++drawn;
@@ -44,7 +45,7 @@ std::vector<LookedAt> textsOf(const Scene &scene, FrameSize size, VersePager &pa
 } // namespace
 
 void LegibilityWatch::look(std::int64_t nowUs,
-    const ScenePtr &scene,
+    const Composition &shown,
     const QImage &picture,
     VersePager &pager)
 {
@@ -52,14 +53,14 @@ void LegibilityWatch::look(std::int64_t nowUs,
         takeResult();
     }
     const bool isTime = !m_lookedUs || nowUs - *m_lookedUs >= spacingUs;
-    const bool isNew = scene != m_scene || picture.cacheKey() != m_picture;
-    if (!scene || picture.isNull() || !isTime || !isNew || m_task.isUnderWay()) {
+    const bool isNew = shown.scene != m_scene || picture.cacheKey() != m_picture;
+    if (!shown.scene || picture.isNull() || !isTime || !isNew || m_task.isUnderWay()) {
         return;
     }
     m_lookedUs = nowUs;
-    m_scene = scene;
+    m_scene = shown.scene;
     m_picture = picture.cacheKey();
-    auto texts = textsOf(*scene, { picture.width(), picture.height() }, pager);
+    auto texts = textsOf(shown, m_fit, pager);
     try {
         m_task.start([texts = std::move(texts), picture] {
             Sights sights;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/background_task.h"
-#include "compositor/scene/verse_pager.h"
+#include "compositor/scene/composer.h"
 #include "compositor/text/legibility.h"
 #include "document/scene.h"
 #include "signal/frame.h"
@@ -33,9 +33,10 @@ public:
     /// us between two looks. A camera behind the text makes each picture another one.
     static constexpr std::int64_t spacingUs = 2'000'000;
 
-    /// Call with each picture. Looks when it is time and something that it shows is new. `pager`:
-    /// tells what a verse shows of its text.
-    void look(std::int64_t nowUs, const ScenePtr &scene, const QImage &picture, VersePager &pager);
+    /// Call with each picture and what it shows, without its sources' pictures. Looks when it is
+    /// time and something is new. `pager`: tells what a verse shows of its text.
+    void
+    look(std::int64_t nowUs, const Composition &shown, const QImage &picture, VersePager &pager);
 
     /// What was seen last of a layer; nothing amiss where it was not looked at.
     [[nodiscard]] TextSight of(LayerId layer) const;
@@ -49,6 +50,7 @@ private:
     void takeResult();
 
     std::optional<std::int64_t> m_lookedUs;
+    CaptionFit m_fit;
     ScenePtr m_scene;
     qint64 m_picture = 0; ///< key of the picture looked at last
     BackgroundTask<Sights> m_task;

@@ -28,7 +28,7 @@ QUOTED = {
 # The book table holds its own names in both languages; what operators type and a style sheet are not
 # shown to them.
 WHOLE_FILES = {
-    *["base/text_table.cpp", "base/text_table_verse.cpp", "base/text_table_camera.cpp", "base/text_table_desk.cpp", "base/text_table_service.cpp", "base/text_table_sermon.cpp",
+    *["base/text_table.cpp", "base/text_table_verse.cpp", "base/text_table_camera.cpp", "base/text_table_desk.cpp", "base/text_table_service.cpp", "base/text_table_outputs.cpp", "base/text_table_sermon.cpp",
       "bible/books.cpp", "translation/pipeline/reading_block.cpp", "ui/kit/style.cpp"],
     *[f"bible/{file}.cpp" for file in ["book_forms", "book_names", "named_bible", "reference_tokens", "spoken_books",
                                    "spoken_references", "spoken_words", "sqlite_handle", "verse_index"]],

@@ -25,10 +25,14 @@ std::uint64_t baseAt(const EncodedUnit &key)
 
 } // namespace
 
-OutletInput::OutletInput(ElementRef video, ElementRef audio, std::uint64_t patienceNs)
+OutletInput::OutletInput(ElementRef video,
+    ElementRef audio,
+    std::uint64_t patienceNs,
+    Headers headers)
     : m_video { std::move(video), {} }
     , m_audio { std::move(audio), {} }
     , m_patienceNs(patienceNs)
+    , m_headers(headers)
 {
 }
 
@@ -170,7 +174,7 @@ void OutletInput::forward(Input &input, const EncodedUnit &unit)
     if (input.hasEnded) {
         return;
     }
-    if (input.caps.get() != unit.caps.get()) {
+    if (input.caps.get() != unit.caps.get() && (!input.caps || m_headers == Headers::Follow)) {
         input.caps = unit.caps;
         gst_app_src_set_caps(appSource(input.source), unit.caps.get());
     }

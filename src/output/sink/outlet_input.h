@@ -25,8 +25,14 @@ struct OutletFigures {
 /// `take` and `end` on the encoder's threads, the rest on any.
 class OutletInput : public EncodedTap {
 public:
+    /// What the outlet does when another encoder goes on with the pictures.
+    enum class Headers {
+        Follow, ///< it takes other headers in mid-stream
+        Keep, ///< it does not: the key frames hold them as well
+    };
+
     /// Both inputs are "appsrc" elements without caps.
-    OutletInput(ElementRef video, ElementRef audio, std::uint64_t patienceNs);
+    OutletInput(ElementRef video, ElementRef audio, std::uint64_t patienceNs, Headers headers);
 
     OutletInput(const OutletInput &) = delete;
     OutletInput &operator=(const OutletInput &) = delete;
@@ -79,6 +85,7 @@ private:
     Input m_video;
     Input m_audio;
     const std::uint64_t m_patienceNs;
+    const Headers m_headers;
     std::optional<std::uint64_t> m_base; ///< ns on the encoder's time line; none: no key frame yet
     std::deque<EncodedUnit> m_early; ///< sound of the last second before the first key frame
     std::optional<std::uint64_t> m_lastSound; ///< that was forwarded; ns on the encoder's time line

@@ -53,7 +53,8 @@ Output::Output(std::int32_t width,
     Outlet outlet = isStream ? buildRtmpOutlet(location) : buildFileOutlet(location);
     m_input = std::make_shared<OutletInput>(std::move(outlet.videoSrc),
         std::move(outlet.audioSrc),
-        isStream ? streamPatience : filePatience);
+        isStream ? streamPatience : filePatience,
+        isStream ? OutletInput::Headers::Follow : OutletInput::Headers::Keep);
     if (isStream) {
         m_streamEnd = StreamEnd(outlet.sink.get());
         m_stallWatch = StallWatch(outlet.sink.get());

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/message.h"
-#include "output/encode/program_encoder.h"
+#include "output/encode/encoder_pool.h"
 #include "output/sink/outlet_input.h"
 #include "output/sink/stall_watch.h"
 #include "output/sink/stream_end.h"

@@ -190,9 +190,23 @@ private Q_SLOTS:
                 [](const auto &picture) { return !picture.expired(); });
             QVERIFY2(held < 12, qPrintable(QString::number(held)));
             QVERIFY(m_outputs->destination(0).running());
+            QCOMPARE(m_outputs->encoders().rateShare(), 1.0); // for one of two nothing is lowered
             QTRY_VERIFY((tick(), received(*m_peer) > before + 10'000));
             QTRY_VERIFY(settled()); // while the server still does not read
         }
+    }
+
+    void aLineThatIsTooNarrowLowersTheRate()
+    {
+        const RtmpPeer freezing;
+        start(0, freezing.rtmp(live));
+        ProgramFeed feed(small);
+        QTRY_VERIFY((push(feed), m_outputs->destination(0).accepted()));
+        freezing.freeze(true);
+        while (m_outputs->encoders().rateShare() == 1 && push(feed).destinations.empty()) {
+            QThread::usleep(3000);
+        }
+        QVERIFY(m_outputs->encoders().rateShare() < 1);
     }
 
     void aServerThatDiesStopsItsOwnSlotAlone()

@@ -26,10 +26,13 @@ std::shared_ptr<ProgramEncoder> EncoderPool::take(const EncoderProfile &profile)
 void EncoderPool::poll(std::int64_t tNs)
 {
     std::erase_if(m_entries, [](const Entry &entry) { return entry.encoder.expired(); });
+    m_rateShare = 1;
     for (Entry &entry : m_entries) {
         if (const auto encoder = entry.encoder.lock()) {
             count(entry, *encoder);
             encoder->setEffort(effortNow());
+            encoder->fitRate();
+            m_rateShare = std::min(m_rateShare, encoder->rateShare());
             if (const EncoderChoice *failed = encoder->givenUp()) {
                 m_h264.distrust(*failed);
             }

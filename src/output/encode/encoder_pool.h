@@ -17,12 +17,14 @@ public:
     std::shared_ptr<ProgramEncoder> take(const EncoderProfile &profile);
 
     /// Call on every tick, after the pictures were pushed: sees to it that the encoders ask of the
-    /// machine what it has.
+    /// machine and of the line what they have.
     void poll(std::int64_t tNs);
     [[nodiscard]] Effort effort() const { return m_pressure.effort(); }
     /// Pictures of all encoders since the start: to be encoded, and let go of.
     [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
     [[nodiscard]] std::uint64_t lost() const { return m_lost; }
+    /// What the encoder that gave up most has left of its bit rate, 0.5..1.
+    [[nodiscard]] double rateShare() const { return m_rateShare; }
     /// Which one is taken for the next H.264.
     [[nodiscard]] H264Encoders &h264() { return m_h264; }
     [[nodiscard]] const H264Encoders &h264() const { return m_h264; }
@@ -42,6 +44,7 @@ private:
     Pressure m_pressure;
     std::uint64_t m_pushed = 0;
     std::uint64_t m_lost = 0;
+    double m_rateShare = 1;
 };
 
 } // namespace nimbara

@@ -34,6 +34,7 @@ ProgramEncoder::ProgramEncoder(const EncoderProfile &profile,
     const EncoderChoice *h264)
     : m_profile(profile)
     , m_converter(converter)
+    , m_rate(profile.bitrate)
     , m_choice(h264)
 {
     checkProfile(profile);
@@ -66,7 +67,9 @@ void ProgramEncoder::startSound()
 
 void ProgramEncoder::startPictures(const EncoderChoice &choice)
 {
-    m_pictures = PictureBranch(m_profile, choice, m_converter, m_taps, m_sound.lead);
+    EncoderProfile profile = m_profile;
+    profile.bitrate = m_rate.bitrate();
+    m_pictures = PictureBranch(profile, choice, m_converter, m_taps, m_sound.lead);
 }
 
 bool ProgramEncoder::isPortable() const
@@ -89,12 +92,13 @@ void ProgramEncoder::giveUp()
     }
 }
 
-void ProgramEncoder::join(const std::shared_ptr<EncodedTap> &tap)
+std::uint64_t ProgramEncoder::join(const std::shared_ptr<EncodedTap> &tap)
 {
     m_taps->add(tap);
     if (m_base != -1) { // else the first one is
         askForKey();
     }
+    return ++m_joined;
 }
 
 void ProgramEncoder::askForKey()
@@ -117,6 +121,8 @@ void ProgramEncoder::stamp(std::int64_t tNs)
     m_tick = tNs;
     m_pictureTaken = false;
     m_soundTaken = false;
+    m_asksForQueues = m_rate.isDue(tNs);
+    m_queues.clear();
     m_time = static_cast<std::uint64_t>(std::max<std::int64_t>(tNs - m_base, 0));
 }
 
@@ -173,6 +179,18 @@ void ProgramEncoder::finish()
         m_pictures.finish();
         gst_app_src_end_of_stream(GST_APP_SRC(m_sound.source.get()));
     }
+}
+
+void ProgramEncoder::fitRate()
+{
+    if (std::exchange(m_asksForQueues, false) && m_rate.observe(m_tick, m_queues)) {
+        m_pictures.control().setBitrate(m_rate.bitrate());
+    }
+}
+
+double ProgramEncoder::rateShare() const
+{
+    return static_cast<double>(m_rate.bitrate()) / m_profile.bitrate;
 }
 
 const Message &ProgramEncoder::poll()

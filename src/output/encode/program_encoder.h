@@ -5,6 +5,7 @@
 #include "output/encode/encoder_pipeline.h"
 #include "output/encode/picture_branch.h"
 #include "output/encode/pressure.h"
+#include "output/encode/rate_adaptation.h"
 #include "output/encode/tap_list.h"
 #include "signal/frame.h"
 
@@ -45,8 +46,8 @@ public:
     ~ProgramEncoder();
 
     /// From now on the tap takes part, for as long as it lives. It gets a key frame soon, when one
-    /// was not asked for in the last two seconds.
-    void join(const std::shared_ptr<EncodedTap> &tap);
+    /// was not asked for in the last two seconds. Gives the number of its queue.
+    std::uint64_t join(const std::shared_ptr<EncodedTap> &tap);
 
     /// Sets the presentation time of the next picture and block, from any fixed origin in ns. The
     /// time line starts at 0 with the first stamp and never below. The same time again: another
@@ -64,6 +65,14 @@ public:
     [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
     /// Of those, the ones that were let go of because the encoder did not keep up.
     [[nodiscard]] std::uint64_t lost() const;
+
+    /// The outputs that send are to tell in this tick what waits for them.
+    [[nodiscard]] bool asksForQueues() const { return m_asksForQueues; }
+    void tellQueue(const QueueReading &queue) { m_queues.push_back(queue); }
+    /// Once all have told: fits the bit rate to what most of them can send.
+    void fitRate();
+    /// Of the bit rate of its profile that is left, 0.5..1.
+    [[nodiscard]] double rateShare() const;
 
     /// What failed and gave way to the portable encoder; none: nothing did.
     [[nodiscard]] const EncoderChoice *givenUp() const { return m_givenUp; }
@@ -103,6 +112,10 @@ private:
     std::uint64_t m_pushed = 0;
     std::uint64_t m_lostBefore = 0; ///< by what was given up
     std::uint64_t m_time = 0; ///< ns, of this tick
+    std::uint64_t m_joined = 0;
+    RateAdaptation m_rate;
+    bool m_asksForQueues = false;
+    std::vector<QueueReading> m_queues; ///< of this tick
     Message m_error;
     const EncoderChoice *m_choice;
     const EncoderChoice *m_givenUp = nullptr;

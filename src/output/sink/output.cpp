@@ -70,7 +70,7 @@ Output::Output(std::int32_t width,
     if (goesOn) {
         m_input->waitForOther();
     }
-    m_encoder->join(m_input);
+    m_queue = m_encoder->join(m_input);
     if (goesOn) {
         before->handOverTo(*this);
     }
@@ -130,6 +130,16 @@ void Output::pollOutput()
         fail(m_encoder->poll());
     } else if (m_running && m_stallWatch.stalled(m_encoder->time())) {
         fail(failureText(GST_RESOURCE_ERROR_WRITE));
+    }
+    tellQueue();
+}
+
+/// Only a server that takes the stream tells how much the line carries.
+void Output::tellQueue()
+{
+    if (m_encoder->asksForQueues() && accepted()) {
+        const OutletFigures own = figures();
+        m_encoder->tellQueue({ m_queue, own.waitingNs, own.dropped });
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "output/encode/encoded_tap.h"
 
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -44,6 +45,10 @@ public:
     void take(Track track, const EncodedUnit &unit) override;
     void end(Track track) override;
 
+    /// What waits is measured at `sink`, which is at the outlet's end and was not started yet: a
+    /// muxer may hold back a lot.
+    void measureAt(GstElement *sink);
+
     /// Each track ends with what was pushed before `time` (ns on the encoder's time line).
     void finishAt(std::uint64_t time);
     /// Both end with what has come so far.
@@ -72,6 +77,11 @@ private:
         CapsRef caps; ///< set last
         bool hasEnded = false;
     };
+    /// What has come to the outlet's end, on its thread.
+    struct Sent {
+        std::atomic<std::uint64_t> bytes = 0;
+        std::atomic<std::uint64_t> time = 0; ///< ns for the outlet
+    };
     void handOver(const EncodedUnit &key);
     void forwardHeld();
     void beginAlone();
@@ -96,6 +106,8 @@ private:
     std::optional<std::uint64_t> m_soundEnd; ///< ns on the encoder's time line, once it has
     std::deque<EncodedUnit> m_held; ///< sound that may belong to the next one
     OutletFigures m_given; ///< bytes with those that wait
+    std::uint64_t m_lastPicture = 0; ///< ns for the outlet
+    std::shared_ptr<const Sent> m_sent; ///< none: not measured there
 };
 
 } // namespace nimbara

@@ -56,6 +56,7 @@ Output::Output(std::int32_t width,
         isStream ? streamPatience : filePatience,
         isStream ? OutletInput::Headers::Follow : OutletInput::Headers::Keep);
     if (isStream) {
+        m_input->measureAt(outlet.sink.get());
         m_streamEnd = StreamEnd(outlet.sink.get());
         m_stallWatch = StallWatch(outlet.sink.get());
     }

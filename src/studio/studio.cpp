@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::chrono::milliseconds captionPatience { 2000 }; ///< for the last captions
 const auto reconnectSetting = QStringLiteral("reconnect_streams");
+const auto hardwareSetting = QStringLiteral("hardware_encoding");
 
 QString below(const QString &folder, const char *name)
 {
@@ -100,6 +101,11 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_streams, &StreamDesk::reconnectsChanged, this, [this](bool on) {
         m_settings.setValue(reconnectSetting, on);
     });
+    m_streams.setHardwareEncoding(m_settings.value(hardwareSetting, true).toBool());
+    connect(&m_streams, &StreamDesk::hardwareEncodingChanged, this, [this](bool on) {
+        m_settings.setValue(hardwareSetting, on);
+    });
+    m_outputs.encoders().h264().tryOut();
     connect(&m_recordings, &RecordingDesk::said, this, &Studio::status);
     connect(&m_recordings, &RecordingDesk::alarmed, this, &Studio::alarm);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
@@ -247,11 +253,11 @@ void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
 {
     const ProgramBlock block = m_programAudio.next(m_onAir.streams, m_audio);
     m_wakeLock.setHeld(m_hallShown || hasOutputs());
+    const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
     if (!m_outputs.any()) {
         m_fed.reset();
         return;
     }
-    const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
     tellStopped(m_outputs.push(frameOf(streams), block, timeNs));
     Q_EMIT outputsStepped();
 }

@@ -57,6 +57,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_images(m_stage, m_sources.shelf())
     , m_outputs(m_retirement)
     , m_streams(clock, m_outputs, m_stage, m_secrets)
+    , m_lineTest(clock, m_stage, m_streams, m_secrets, m_retirement)
     , m_recordings(clock, m_outputs, m_stage, below(peers.dataFolder, "recordings"), peers.disk)
     , m_health(m_outputs, m_streams, m_recordings)
     , m_projects(
@@ -226,6 +227,7 @@ void Studio::changeProfile(StreamProfile profile)
 std::optional<Message> Studio::shutDown()
 {
     m_streams.callOffStarts();
+    m_lineTest.cancel();
     m_translation.shutDown();
     m_captionFiles.finish(captionPatience);
     auto told = finishOutputs(m_outputs.recording(), m_streams);
@@ -254,6 +256,7 @@ void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
     const ProgramBlock block = m_programAudio.next(m_onAir.streams, m_audio);
     m_wakeLock.setHeld(m_hallShown || hasOutputs());
     const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
+    m_lineTest.push(timeNs);
     if (!m_outputs.any()) {
         m_fed.reset();
         return;

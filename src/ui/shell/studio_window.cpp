@@ -127,10 +127,8 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *m_sceneTab,
         *m_monitors->canvas());
     m_legibility = std::make_unique<LegibilityView>(m_studio, *m_sceneTab);
-    m_destinations = std::make_unique<DestinationControls>(m_studio.streams(),
-        m_studio.health(),
-        m_guard,
-        *m_outputsTab);
+    m_destinations
+        = std::make_unique<DestinationControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
     m_recording = std::make_unique<RecordingControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
     m_projects = std::make_unique<ProjectControls>(m_studio,
         *m_dialogs,

@@ -584,6 +584,7 @@ const std::vector<TextPair> &textPairs()
     static const std::vector<TextPair> all = [] {
         std::vector<TextPair> joined(std::begin(pairs), std::end(pairs));
         for (const std::span<const TextPair> more : { serviceTextPairs(),
+                 outputsTextPairs(),
                  sermonTextPairs(),
                  cameraTextPairs(),
                  checkTextPairs(),

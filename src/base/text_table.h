@@ -16,6 +16,7 @@ const std::vector<TextPair> &textPairs();
 
 /// Those among them that stand in files of their own.
 std::span<const TextPair> serviceTextPairs();
+std::span<const TextPair> outputsTextPairs();
 std::span<const TextPair> sermonTextPairs();
 std::span<const TextPair> cameraTextPairs();
 std::span<const TextPair> checkTextPairs();

@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::chrono::milliseconds captionPatience { 2000 }; ///< for the last captions
 const auto reconnectSetting = QStringLiteral("reconnect_streams");
+const auto hardwareSetting = QStringLiteral("hardware_encoding");
 
 QString below(const QString &folder, const char *name)
 {
@@ -57,6 +58,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_images(m_stage, m_sources.shelf())
     , m_outputs(m_retirement)
     , m_streams(clock, m_outputs, m_stage, m_secrets)
+    , m_lineTest(clock, m_stage, m_streams, m_secrets, m_retirement)
     , m_recordings(clock, m_outputs, m_stage, below(peers.dataFolder, "recordings"), peers.disk)
     , m_health(m_outputs, m_streams, m_recordings)
     , m_projects(
@@ -110,6 +112,11 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_streams, &StreamDesk::reconnectsChanged, this, [this](bool on) {
         m_settings.setValue(reconnectSetting, on);
     });
+    m_streams.setHardwareEncoding(m_settings.value(hardwareSetting, true).toBool());
+    connect(&m_streams, &StreamDesk::hardwareEncodingChanged, this, [this](bool on) {
+        m_settings.setValue(hardwareSetting, on);
+    });
+    m_outputs.encoders().h264().tryOut();
     connect(&m_recordings, &RecordingDesk::said, this, &Studio::status);
     connect(&m_recordings, &RecordingDesk::alarmed, this, &Studio::alarm);
     connect(&m_bibleLibrary, &BibleLibrary::said, this, &Studio::status);
@@ -248,6 +255,7 @@ void Studio::changeProfile(StreamProfile profile)
 std::optional<Message> Studio::shutDown()
 {
     m_streams.callOffStarts();
+    m_lineTest.cancel();
     m_translation.shutDown();
     m_captionFiles.finish(captionPatience);
     auto told = finishOutputs(m_outputs.recording(), m_streams);
@@ -306,11 +314,12 @@ void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
         m_claps.look(frameTime, m_sources.cameraFrame(), block);
     }
     m_wakeLock.setHeld(m_hallShown || hasOutputs());
+    const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
+    m_lineTest.push(timeNs);
     if (!m_outputs.any()) {
         m_fed.reset();
         return;
     }
-    const std::int64_t timeNs = (frameTime - m_schedule.origin()) * 1000;
     tellStopped(m_outputs.push(frameOf(streams), block, timeNs));
     Q_EMIT outputsStepped();
 }

@@ -7,6 +7,7 @@
 #include "output/sink/outputs.h"
 #include "secrets/secret_store.h"
 #include "studio/edit/stage.h"
+#include "studio/outputs/line_test.h"
 #include "studio/outputs/recording_desk.h"
 #include "studio/outputs/service_health.h"
 #include "studio/outputs/stream_desk.h"
@@ -89,6 +90,7 @@ public:
     [[nodiscard]] ImageIntake &images() { return m_images; }
     [[nodiscard]] Outputs &outputs() { return m_outputs; }
     [[nodiscard]] StreamDesk &streams() { return m_streams; }
+    [[nodiscard]] LineTest &lineTest() { return m_lineTest; }
     [[nodiscard]] RecordingDesk &recordings() { return m_recordings; }
     /// How the outputs and the machine are.
     [[nodiscard]] const ServiceHealth &health() const { return m_health; }
@@ -172,6 +174,7 @@ private:
     ImageIntake m_images;
     Outputs m_outputs;
     StreamDesk m_streams;
+    LineTest m_lineTest;
     RecordingDesk m_recordings;
     ServiceHealth m_health;
     ProjectDesk m_projects;

@@ -1,14 +1,19 @@
 #include "output/encode/i420.h"
 #include "output/encode/picture_converter.h"
 #include "output/encode/pressure.h"
+#include "output/encode/program_encoder.h"
 #include "support/test_registry.h"
 
 #include <QTest>
+#include <QThread>
 
+#include <atomic>
 #include <cmath>
+#include <random>
 
 using namespace nimbara;
 using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -27,6 +32,30 @@ FramePtr rainbow(FrameSize size)
     }
     return frame;
 }
+
+FramePtr noise(FrameSize size, unsigned seed)
+{
+    auto frame = std::make_shared<Frame>(size.width, size.height);
+    std::minstd_rand dice(seed);
+    for (std::uint8_t &value : frame->pixels) {
+        value = static_cast<std::uint8_t>(dice() >> 8);
+    }
+    return frame;
+}
+
+/// Counts what an encoder makes of its pictures.
+struct PictureCount final : EncodedTap {
+    std::atomic<std::uint64_t> bytes = 0;
+    std::atomic<int> pictures = 0;
+    void take(Track track, const EncodedUnit &unit) override
+    {
+        if (track == Track::Picture) {
+            bytes += gst_buffer_get_size(unit.buffer.get());
+            ++pictures;
+        }
+    }
+    void end(Track /*track*/) override { }
+};
 
 /// The picture by GStreamer's own converter, mapped as long as this lives.
 struct Reference {
@@ -121,6 +150,74 @@ private Q_SLOTS:
         QCOMPARE(run(20, 0), Effort::Cheaper);
         pushed = lost = 0; // other encoders
         QCOMPARE(run(4, 0), Effort::Cheaper);
+    }
+
+    void theRateFollowsMostDestinations()
+    {
+        RateAdaptation rate(6'000'000);
+        enum Queue { Well, Waits, Drains, Drops };
+        std::array<QueueReading, 3> queues { { { 1, 0, 0 }, { 2, 0, 0 }, { 3, 0, 0 } } };
+        std::int64_t now = 0;
+        const auto run = [&](int windows, const std::vector<Queue> &states) {
+            for (; windows > 0; --windows) {
+                for (std::size_t i = 0; i < states.size(); ++i) {
+                    const std::uint64_t waiting = queues.at(i).waitingNs;
+                    queues.at(i).waitingNs = states[i] == Waits ? 2 * second
+                        : states[i] == Drains                   ? waiting / 4 * 3
+                                                                : 0;
+                    queues.at(i).dropped += states[i] == Drops ? 20 : 0;
+                }
+                now += RateAdaptation::windowNs;
+                rate.observe(now, { queues.data(), states.size() });
+            }
+            return rate.bitrate() / 1000;
+        };
+        QCOMPARE(run(30, { Drops, Well, Well }), 6000); // alone
+        QCOMPARE(run(30, { Drops, Well }), 6000); // half are not most
+        QCOMPARE(run(2, { Well, Well, Well }), 6000);
+        QCOMPARE(run(1, { Waits, Drops, Well }), 4800);
+        QCOMPARE(run(3, { Drains, Drains, Well }), 4800); // what was done helps
+        QCOMPARE(run(30, { Drops, Waits, Well }), 3000); // no less than half
+        QCOMPARE(run(4, { Drops, Well, Well }), 3000);
+        QCOMPARE(run(1, { Drops, Well, Well }), 3300);
+        QCOMPARE(run(1, { Drops, Drops, Well }), 3000); // too early: it waits for longer now
+        QCOMPARE(run(9, { Well, Well, Well }), 3000);
+        QCOMPARE(run(1, { Well, Well, Well }), 3300);
+        QCOMPARE(run(200, { Well, Well, Well }), 6000);
+        QCOMPARE(run(1, { Drops }), 4800); // one alone is all
+    }
+
+    void anEncoderAtWorkTakesAnotherRate()
+    {
+        constexpr FrameSize size { 320, 180 };
+        ProgramEncoder encoder({ size.width, size.height, Codecs::H264Aac, 6'000'000 });
+        const auto tap = std::make_shared<PictureCount>();
+        encoder.join(tap);
+        QTRY_VERIFY(encoder.ready());
+        const std::array frames { noise(size, 1), noise(size, 2), noise(size, 3) };
+        int count = 0;
+        std::uint64_t dropped = 0;
+        const auto bytesOf = [&](int pictures, std::uint64_t drops) {
+            const std::uint64_t before = tap->bytes;
+            for (const int end = count + pictures; count < end; ++count) {
+                encoder.stamp(count * second / 30);
+                encoder.pushVideo(frames.at(static_cast<std::size_t>(count) % frames.size()));
+                if (encoder.asksForQueues()) {
+                    encoder.tellQueue({ 1, 0, dropped += drops });
+                }
+                encoder.fitRate();
+                for (int i = 0; i < 100'000 && tap->pictures <= count; ++i) {
+                    QThread::usleep(100);
+                }
+            }
+            return tap->bytes - before;
+        };
+        bytesOf(30, 0);
+        const std::uint64_t whole = bytesOf(60, 0);
+        bytesOf(300, 1);
+        QCOMPARE(encoder.rateShare(), 0.5);
+        const std::uint64_t half = bytesOf(60, 1);
+        QVERIFY2(half < whole * 2 / 3, qPrintable(u"%1 of %2"_s.arg(half).arg(whole)));
     }
 };
 

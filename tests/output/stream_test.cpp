@@ -190,9 +190,45 @@ private Q_SLOTS:
                 [](const auto &picture) { return !picture.expired(); });
             QVERIFY2(held < 12, qPrintable(QString::number(held)));
             QVERIFY(m_outputs->destination(0).running());
+            QCOMPARE(m_outputs->encoders().rateShare(), 1.0); // for one of two nothing is lowered
             QTRY_VERIFY((tick(), received(*m_peer) > before + 10'000));
             QTRY_VERIFY(settled()); // while the server still does not read
         }
+    }
+
+    void aLineThatIsTooNarrowLowersTheRate()
+    {
+        constexpr FrameSize size { 320, 180 };
+        std::array<std::shared_ptr<Frame>, 3> noise; // it fills the system's buffers soon
+        std::minstd_rand dice(1); // NOLINT(cert-msc51-cpp)
+        for (auto &frame : noise) {
+            frame = std::make_shared<Frame>(size.width, size.height);
+            std::ranges::generate(frame->pixels,
+                [&] { return static_cast<std::uint8_t>(dice() >> 8); });
+        }
+        const RtmpPeer freezing;
+        const Destination &slot = m_outputs->destination(0);
+        m_outputs->destination(0).start(freezing.rtmp(live), key, size);
+        ProgramFeed feed(small);
+        const auto tick = [&] {
+            const Tick next = feed.next();
+            const auto place = static_cast<std::size_t>(feed.count()) % noise.size();
+            const auto encoded = [&] {
+                const OutletFigures figures = slot.figures().value_or(OutletFigures {});
+                return figures.pictures + figures.dropped;
+            };
+            const std::uint64_t before = encoded();
+            m_outputs->push(noise.at(place), next.block, next.tNs);
+            for (int ms = 0; ms < 300 && encoded() == before; ++ms) { // not faster than that
+                QThread::msleep(1);
+            }
+            return slot.running();
+        };
+        QTRY_VERIFY((tick(), slot.accepted()));
+        freezing.freeze(true);
+        while (m_outputs->encoders().rateShare() == 1 && tick()) { }
+        QVERIFY(m_outputs->encoders().rateShare() < 1);
+        QVERIFY(slot.figures()->waitingNs >= RateAdaptation::longWaitNs);
     }
 
     void aServerThatDiesStopsItsOwnSlotAlone()

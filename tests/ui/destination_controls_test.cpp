@@ -219,6 +219,43 @@ private Q_SLOTS:
             QVERIFY(desk.find<QPushButton>("saveKeys")->isEnabled());
         }
     }
+
+    void theLineIsTestedWithConsent()
+    {
+        StreamWindow desk;
+        desk.fill(1, m_muteUrl, u"k3y-one"_s);
+        desk.select(1);
+        const auto text = [&] { return desk.find<QLabel>("lineText")->text(); };
+        desk.press("testLine"); // declined
+        QCOMPARE(desk.dialogs->asked.size(), 1);
+        QVERIFY(desk.dialogs->asked.first().contains(u"YouTube"_s));
+        QCOMPARE(text(), QString());
+        desk.dialogs->answers = { true };
+        desk.press("testLine");
+        QCOMPARE(text(), u"Conectando con los destinos…"_s);
+        QCOMPARE(desk.find<QPushButton>("testLine")->text(), u"Cancelar la prueba"_s);
+        desk.press("testLine");
+        QCOMPARE(text(), u"Prueba de conexión cancelada."_s);
+
+        desk.select(1);
+        desk.select(3); // its platform has a road for tests: nobody is asked
+        desk.press("testLine");
+        QVERIFY(desk.dialogs->asked.filter(u"Prueba de conexión"_s).size() == 2);
+    }
+
+    void theEncoderIsRemembered()
+    {
+        for (const bool isAutomatic : { false, true }) {
+            StreamWindow desk;
+            auto *list = desk.find<QComboBox>("encoder");
+            QCOMPARE(list->currentIndex(), isAutomatic ? 1 : 0); // as it was left
+            QCOMPARE(desk.find<QLabel>("encoderText")->text(),
+                u"Codifica el programa: openh264enc"_s);
+            list->setFocus();
+            QTest::keyClick(list, isAutomatic ? Qt::Key_Up : Qt::Key_Down);
+            QCOMPARE(settings().value("hardware_encoding").toBool(), isAutomatic);
+        }
+    }
 };
 
 NIMBARA_TEST(DestinationControlsTest)

@@ -81,13 +81,23 @@ CapsRef pictureCaps(const EncoderProfile &profile, GstVideoFormat format)
     return CapsRef::adopt(gst_video_info_to_caps(&info));
 }
 
-void makeVideo(const PipelineParts &parts,
-    const EncoderProfile &profile,
-    const std::shared_ptr<PictureConverter> &converter,
-    EncoderPipeline &built)
+} // namespace
+
+void checkProfile(const EncoderProfile &profile)
 {
+    const auto valid = [](std::int32_t side) { return side >= 1 && side <= maxSide; };
+    if (!valid(profile.width) || !valid(profile.height) || profile.bitrate < minBitrate
+        || profile.bitrate > maxBitrate) {
+        throw Error(QStringLiteral("Perfil de salida invalido"));
+    }
+}
+
+PictureEncoding buildPictureEncoding(const EncoderProfile &profile,
+    const EncoderChoice &choice,
+    const std::shared_ptr<PictureConverter> &converter)
+{
+    PipelineParts parts("nimbara-encoder");
     const bool isH264 = profile.codecs == Codecs::H264Aac;
-    const EncoderChoice &choice = firstAvailable(videoEncoders(isH264));
     const GstVideoFormat format = gst_video_format_from_string(choice.inputFormat);
     GstElement *source
         = makeLeakyInput(parts, "pictures", pictureCaps(profile, format), picturePatience);
@@ -99,20 +109,23 @@ void makeVideo(const PipelineParts &parts,
     PipelineParts::link({ source, breath, encoder });
     if (isH264) {
         GstElement *parse = parts.make("h264parse");
+        g_object_set(parse, "config-interval", -1, nullptr); // each key frame has its headers
         GstElement *units
             = parts.makeFilter(QStringLiteral("video/x-h264, stream-format=avc, alignment=au"));
         PipelineParts::link({ encoder, parse, units, end });
     } else {
         PipelineParts::link({ encoder, end });
     }
-    built.videoSrc = ElementRef::retain(source);
-    built.effort = EffortSwitch(breath, encoder, choice);
-    built.videoEncoder = ElementRef::retain(encoder);
-    built.videoSink = ElementRef::retain(end);
+    return { ElementRef::retain(source),
+        ElementRef::retain(encoder),
+        ElementRef::retain(end),
+        EncoderControl(breath, encoder, choice, profile.bitrate),
+        parts.take() };
 }
 
-void makeAudio(const PipelineParts &parts, const EncoderProfile &profile, EncoderPipeline &built)
+SoundEncoding buildSoundEncoding(const EncoderProfile &profile)
 {
+    PipelineParts parts("nimbara-encoder");
     const bool isAac = profile.codecs == Codecs::H264Aac;
     GstElement *source = makeLeakyInput(parts,
         isAac ? "aac" : "vorbis",
@@ -131,32 +144,10 @@ void makeAudio(const PipelineParts &parts, const EncoderProfile &profile, Encode
     } else {
         PipelineParts::link({ encoder, end });
     }
-    built.soundLead = gst_util_uint64_scale(choice.leadFrames, GST_SECOND, audioRate);
-    built.audioSrc = ElementRef::retain(source);
-    built.audioSink = ElementRef::retain(end);
-}
-
-} // namespace
-
-void checkProfile(const EncoderProfile &profile)
-{
-    const auto valid = [](std::int32_t side) { return side >= 1 && side <= maxSide; };
-    if (!valid(profile.width) || !valid(profile.height) || profile.bitrate < minBitrate
-        || profile.bitrate > maxBitrate) {
-        throw Error(QStringLiteral("Perfil de salida invalido"));
-    }
-}
-
-EncoderPipeline buildEncoderPipeline(const EncoderProfile &profile,
-    const std::shared_ptr<PictureConverter> &converter)
-{
-    checkProfile(profile);
-    PipelineParts parts("nimbara-encoder");
-    EncoderPipeline built;
-    makeVideo(parts, profile, converter, built);
-    makeAudio(parts, profile, built);
-    built.pipeline = parts.take();
-    return built;
+    return { ElementRef::retain(source),
+        ElementRef::retain(end),
+        gst_util_uint64_scale(choice.leadFrames, GST_SECOND, audioRate),
+        parts.take() };
 }
 
 } // namespace nimbara

@@ -1,13 +1,15 @@
 #pragma once
 
 #include "media/gst/gst_handles.h"
-#include "output/encode/effort_switch.h"
+#include "output/encode/encoder_control.h"
 #include "output/encode/picture_converter.h"
 
 #include <cstdint>
 #include <memory>
 
 namespace nimbara {
+
+constexpr std::uint64_t frameDuration = 33'333'333; ///< ns
 
 /// What the encoded picture and sound are made for.
 enum class Codecs {
@@ -27,21 +29,29 @@ struct EncoderProfile {
 /// Throws `Error` with the operator's text for a size or bit rate out of range.
 void checkProfile(const EncoderProfile &profile);
 
-/// A pipeline that is not started yet, with its two inputs and its two ends.
-struct EncoderPipeline {
-    ElementRef videoSrc; ///< takes what `frameBuffer` makes
-    ElementRef audioSrc; ///< takes `AudioBlock`s
-    ElementRef videoEncoder;
-    EffortSwitch effort; ///< of the video encoder
-    ElementRef videoSink;
-    ElementRef audioSink;
-    std::uint64_t soundLead = 0; ///< ns of the encoder's own in front of the sound, counted in
+/// The way of the pictures, not started yet, with its input and its end.
+struct PictureEncoding {
+    ElementRef source; ///< takes what `frameBuffer` makes
+    ElementRef encoder;
+    ElementRef sink;
+    EncoderControl control; ///< of the encoder
     Pipeline pipeline;
 };
 
-/// Builds the pipeline "nimbara-encoder". Throws `Error` with the operator's text: a size or bit
-/// rate out of range, a component that is missing, links that fail.
-EncoderPipeline buildEncoderPipeline(const EncoderProfile &profile,
+/// That of the sound.
+struct SoundEncoding {
+    ElementRef source; ///< takes `AudioBlock`s
+    ElementRef sink;
+    std::uint64_t lead = 0; ///< ns of the encoder's own in front of the sound, counted in
+    Pipeline pipeline;
+};
+
+/// Both build a pipeline "nimbara-encoder" for a checked profile. They throw `Error` with the
+/// operator's text: a component that is missing, links that fail. `choice`: one of `videoEncoders`
+/// for the profile's codecs.
+PictureEncoding buildPictureEncoding(const EncoderProfile &profile,
+    const EncoderChoice &choice,
     const std::shared_ptr<PictureConverter> &converter);
+SoundEncoding buildSoundEncoding(const EncoderProfile &profile);
 
 } // namespace nimbara

@@ -1,8 +1,6 @@
 #include "output/encode/encoders.h"
 
-#include "media/gst/gst_build.h"
-#include "media/gst/gst_handles.h"
-
+#include <algorithm>
 #include <array>
 
 namespace nimbara {
@@ -24,6 +22,39 @@ void configureVideoToolbox(GObject *encoder, std::int32_t bitrate)
         "max-keyframe-interval",
         keyFrameSpacing,
         nullptr);
+}
+
+/// Versions and drivers differ in what they have.
+bool has(GObject *object, const char *property)
+{
+    return g_object_class_find_property(G_OBJECT_GET_CLASS(object), property) != nullptr;
+}
+
+void setKbits(GObject *encoder, std::int32_t bitrate)
+{
+    if (has(encoder, "bitrate")) {
+        g_object_set(encoder, "bitrate", static_cast<guint>(bitrate / 1000), nullptr);
+    }
+}
+
+/// VA-API: a steady rate, and no picture waits for a later one.
+void configureVa(GObject *encoder, std::int32_t bitrate)
+{
+    if (has(encoder, "rate-control")) {
+        gst_util_set_object_arg(encoder, "rate-control", "cbr");
+    }
+    if (has(encoder, "key-int-max")) {
+        g_object_set(encoder, "key-int-max", static_cast<guint>(keyFrameSpacing), nullptr);
+    }
+    if (has(encoder, "b-frames")) {
+        g_object_set(encoder, "b-frames", 0U, nullptr);
+    }
+    setKbits(encoder, bitrate);
+}
+
+void setOpenH264Bitrate(GObject *encoder, std::int32_t bitrate)
+{
+    g_object_set(encoder, "bitrate", static_cast<guint>(bitrate), nullptr);
 }
 
 void configureOpenH264(GObject *encoder, std::int32_t bitrate)
@@ -68,9 +99,28 @@ void configureAac(GObject *encoder, std::int32_t /*bitrate*/)
 
 void keepDefaults(GObject * /*encoder*/, std::int32_t /*bitrate*/) { }
 
+constexpr EncoderChoice vaEncoder(const char *factory)
+{
+    return { .factory = factory,
+        .inputFormat = "NV12",
+        .configure = configureVa,
+        .setBitrate = setKbits,
+        .delaysPictures = true,
+        .needsTrial = true };
+}
+
 constexpr std::array streamVideo {
-    EncoderChoice { "vtenc_h264", "NV12", configureVideoToolbox },
-    EncoderChoice { "openh264enc", "I420", configureOpenH264 },
+    EncoderChoice { .factory = "vtenc_h264",
+        .inputFormat = "NV12",
+        .configure = configureVideoToolbox,
+        .setBitrate = setKbits,
+        .delaysPictures = true },
+    vaEncoder("vah264enc"),
+    vaEncoder("vah264lpenc"),
+    EncoderChoice { .factory = "openh264enc",
+        .inputFormat = "I420",
+        .configure = configureOpenH264,
+        .setBitrate = setOpenH264Bitrate },
 };
 constexpr std::array recordingVideo {
     EncoderChoice { "vp8enc", "I420", configureVp8, 0, setVp8Cheaper }
@@ -95,20 +145,21 @@ std::span<const EncoderChoice> audioEncoders(bool isStream)
     return isStream ? Choices(streamAudio) : Choices(recordingAudio);
 }
 
-const EncoderChoice &firstAvailable(std::span<const EncoderChoice> choices)
+bool isAvailable(const EncoderChoice &choice)
 {
-    for (const EncoderChoice &choice : choices) {
-        if (GstElementFactory *factory = gst_element_factory_find(choice.factory)) {
-            gst_object_unref(factory);
-            return choice;
-        }
+    GstElementFactory *factory = gst_element_factory_find(choice.factory);
+    if (factory != nullptr) {
+        gst_object_unref(factory);
     }
-    return choices.back();
+    return factory != nullptr;
 }
 
-bool delaysPictures(GstElement *encoder)
+const EncoderChoice &firstAvailable(std::span<const EncoderChoice> choices)
 {
-    return gst_build::factoryName(encoder) == QLatin1String(streamVideo.front().factory);
+    const auto found = std::find_if(choices.begin(), choices.end(), [](const auto &choice) {
+        return !choice.needsTrial && isAvailable(choice);
+    });
+    return found == choices.end() ? choices.back() : *found;
 }
 
 } // namespace nimbara

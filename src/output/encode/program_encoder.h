@@ -3,13 +3,15 @@
 #include "base/message.h"
 #include "output/encode/encoded_tap.h"
 #include "output/encode/encoder_pipeline.h"
+#include "output/encode/picture_branch.h"
 #include "output/encode/pressure.h"
+#include "output/encode/rate_adaptation.h"
+#include "output/encode/tap_list.h"
 #include "signal/frame.h"
 
-#include <atomic>
 #include <cstdint>
+#include <future>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <vector>
 
@@ -22,16 +24,21 @@ namespace nimbara {
 /// needs some tenths of a second to get ready, in which those queues would let go of the first
 /// pictures. So the time line begins when it is `ready`; until then pushing does nothing.
 ///
+/// One of the platform's that fails gives way to the portable one, whose first picture is a key
+/// frame: the outputs lose what is pushed until that one is ready, some tenths of a second.
+///
 /// Interface thread only, except for the last release, which may block and belongs on a background
 /// task.
 class ProgramEncoder {
 public:
     static constexpr std::int64_t keySpacingNs = 2'000'000'000; ///< between two that are asked for
 
-    /// Builds the pipeline and asks for PLAYING. `converter`: shared with encoders that read the
-    /// same pictures. Throws `Error` with the operator's text.
+    /// Builds the pipelines and asks for PLAYING. `converter`: shared with encoders that read the
+    /// same pictures. `h264`: of `videoEncoders`, for a profile of those; none: the first one that
+    /// needs no trial. Throws `Error` with the operator's text.
     explicit ProgramEncoder(const EncoderProfile &profile,
-        const std::shared_ptr<PictureConverter> &converter = std::make_shared<PictureConverter>());
+        const std::shared_ptr<PictureConverter> &converter = std::make_shared<PictureConverter>(),
+        const EncoderChoice *h264 = nullptr);
     ProgramEncoder(const ProgramEncoder &) = delete;
     ProgramEncoder &operator=(const ProgramEncoder &) = delete;
     ProgramEncoder(ProgramEncoder &&) = delete;
@@ -39,8 +46,8 @@ public:
     ~ProgramEncoder();
 
     /// From now on the tap takes part, for as long as it lives. It gets a key frame soon, when one
-    /// was not asked for in the last two seconds.
-    void join(const std::shared_ptr<EncodedTap> &tap);
+    /// was not asked for in the last two seconds. Gives the number of its queue.
+    std::uint64_t join(const std::shared_ptr<EncodedTap> &tap);
 
     /// Sets the presentation time of the next picture and block, from any fixed origin in ns. The
     /// time line starts at 0 with the first stamp and never below. The same time again: another
@@ -59,10 +66,21 @@ public:
     /// Of those, the ones that were let go of because the encoder did not keep up.
     [[nodiscard]] std::uint64_t lost() const;
 
-    /// Reads the bus and gives why encoding stopped; empty while it goes on.
+    /// The outputs that send are to tell in this tick what waits for them.
+    [[nodiscard]] bool asksForQueues() const { return m_asksForQueues; }
+    void tellQueue(const QueueReading &queue) { m_queues.push_back(queue); }
+    /// Once all have told: fits the bit rate to what most of them can send.
+    void fitRate();
+    /// Of the bit rate of its profile that is left, 0.5..1.
+    [[nodiscard]] double rateShare() const;
+
+    /// What failed and gave way to the portable encoder; none: nothing did.
+    [[nodiscard]] const EncoderChoice *givenUp() const { return m_givenUp; }
+
+    /// Reads the buses and gives why encoding stopped; empty while it goes on.
     const Message &poll();
 
-    [[nodiscard]] bool ready() const { return m_ready->load(); }
+    [[nodiscard]] bool ready() const { return hasBegun() || m_pictures.isReady(); }
     /// `finish` was called: nothing more comes.
     [[nodiscard]] bool hasEnded() const { return m_ended; }
     /// A picture has been taken.
@@ -73,21 +91,16 @@ public:
     [[nodiscard]] std::uint64_t nextTime() const;
 
 private:
-    using Taps = std::vector<std::weak_ptr<EncodedTap>>;
-    /// Shared with the ends' callbacks.
-    struct Ends {
-        std::mutex mutex;
-        Taps taps;
-        std::uint64_t soundLead = 0; ///< ns
-        std::atomic<std::uint64_t> taken = 0; ///< pictures that left the input
-    };
-    struct End;
-    void listen(const ElementRef &sink, Track track);
-    void countTaken();
+    void startPictures(const EncoderChoice &choice);
+    void startSound();
+    void giveUp();
     void askForKey();
+    [[nodiscard]] bool isPortable() const;
     [[nodiscard]] bool takes() const { return m_error.isEmpty() && !m_ended && m_base != -1; }
 
-    std::shared_ptr<Ends> m_ends = std::make_shared<Ends>();
+    EncoderProfile m_profile;
+    std::shared_ptr<PictureConverter> m_converter;
+    std::shared_ptr<TapList> m_taps = std::make_shared<TapList>();
     std::int64_t m_base = -1; ///< ns, of the first stamp; −1: none yet
     std::int64_t m_tick = -1; ///< ns, the last stamp
     std::int64_t m_keyAsked = -keySpacingNs; ///< ns, tick at which one was last asked for
@@ -97,40 +110,18 @@ private:
     bool m_isHalfRate = false;
     bool m_skips = false; ///< the next picture, at half the rate
     std::uint64_t m_pushed = 0;
+    std::uint64_t m_lostBefore = 0; ///< by what was given up
     std::uint64_t m_time = 0; ///< ns, of this tick
+    std::uint64_t m_joined = 0;
+    RateAdaptation m_rate;
+    bool m_asksForQueues = false;
+    std::vector<QueueReading> m_queues; ///< of this tick
     Message m_error;
-    EncoderPipeline m_parts;
-    std::shared_ptr<const std::atomic<bool>> m_ready;
-};
-
-/// The encoders that outputs share. Interface thread only.
-class EncoderPool {
-public:
-    /// The one of this profile that works, or a new one. Throws as `ProgramEncoder`.
-    std::shared_ptr<ProgramEncoder> take(const EncoderProfile &profile);
-
-    /// Call on every tick, after the pictures were pushed: sees to it that the encoders ask of the
-    /// machine what it has.
-    void poll(std::int64_t tNs);
-    [[nodiscard]] Effort effort() const { return m_pressure.effort(); }
-    /// Pictures of all encoders since the start: to be encoded, and let go of.
-    [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
-    [[nodiscard]] std::uint64_t lost() const { return m_lost; }
-
-private:
-    struct Entry {
-        EncoderProfile profile;
-        std::weak_ptr<ProgramEncoder> encoder;
-        std::uint64_t pushed = 0; ///< when last seen
-        std::uint64_t lost = 0;
-    };
-    [[nodiscard]] Effort effortNow() const;
-    void count(Entry &entry, const ProgramEncoder &encoder);
-    std::vector<Entry> m_entries;
-    std::shared_ptr<PictureConverter> m_converter = std::make_shared<PictureConverter>();
-    Pressure m_pressure;
-    std::uint64_t m_pushed = 0;
-    std::uint64_t m_lost = 0;
+    const EncoderChoice *m_choice;
+    const EncoderChoice *m_givenUp = nullptr;
+    SoundEncoding m_sound;
+    PictureBranch m_pictures;
+    std::future<void> m_leaving; ///< what was given up ends
 };
 
 } // namespace nimbara

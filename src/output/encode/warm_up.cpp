@@ -1,7 +1,6 @@
 #include "output/encode/warm_up.h"
 
 #include "media/gst/gst_handles.h"
-#include "output/encode/encoders.h"
 
 #include <gst/app/gstappsrc.h>
 #include <gst/video/video.h>
@@ -40,11 +39,12 @@ BufferRef blackPicture(GstAppSrc *source)
 
 } // namespace
 
-std::shared_ptr<const std::atomic<bool>> warmUp(GstElement *source, GstElement *encoder)
+std::shared_ptr<const std::atomic<bool>>
+warmUp(GstElement *source, GstElement *encoder, bool delaysPictures)
 {
     auto ready = std::make_shared<std::atomic<bool>>(false);
-    const auto pad = PadRef::adopt(
-        gst_element_get_static_pad(encoder, delaysPictures(encoder) ? "sink" : "src"));
+    const auto pad
+        = PadRef::adopt(gst_element_get_static_pad(encoder, delaysPictures ? "sink" : "src"));
     gst_pad_add_probe(pad.get(),
         GST_PAD_PROBE_TYPE_BUFFER,
         keepFirst,

@@ -15,6 +15,7 @@ namespace nimbara {
 ///
 /// The flag turns true, on a streaming thread, once the encoder is ready. Nothing else may be
 /// pushed into the source before.
-std::shared_ptr<const std::atomic<bool>> warmUp(GstElement *source, GstElement *encoder);
+std::shared_ptr<const std::atomic<bool>>
+warmUp(GstElement *source, GstElement *encoder, bool delaysPictures);
 
 } // namespace nimbara

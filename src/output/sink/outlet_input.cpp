@@ -25,10 +25,14 @@ std::uint64_t baseAt(const EncodedUnit &key)
 
 } // namespace
 
-OutletInput::OutletInput(ElementRef video, ElementRef audio, std::uint64_t patienceNs)
+OutletInput::OutletInput(ElementRef video,
+    ElementRef audio,
+    std::uint64_t patienceNs,
+    Headers headers)
     : m_video { std::move(video), {} }
     , m_audio { std::move(audio), {} }
     , m_patienceNs(patienceNs)
+    , m_headers(headers)
 {
 }
 
@@ -76,6 +80,7 @@ void OutletInput::takePicture(const EncodedUnit &unit)
         return;
     }
     forward(m_video, unit);
+    m_lastPicture = unit.time - *m_base;
     ++m_given.pictures;
 }
 
@@ -170,7 +175,7 @@ void OutletInput::forward(Input &input, const EncodedUnit &unit)
     if (input.hasEnded) {
         return;
     }
-    if (input.caps.get() != unit.caps.get()) {
+    if (input.caps.get() != unit.caps.get() && (!input.caps || m_headers == Headers::Follow)) {
         input.caps = unit.caps;
         gst_app_src_set_caps(appSource(input.source), unit.caps.get());
     }
@@ -214,10 +219,36 @@ void OutletInput::finish(Input &input)
     }
 }
 
+void OutletInput::measureAt(GstElement *sink)
+{
+    const auto sent = std::make_shared<Sent>();
+    m_sent = sent;
+    using Shared = std::shared_ptr<Sent>;
+    gst_pad_add_probe(
+        PadRef::adopt(gst_element_get_static_pad(sink, "sink")).get(),
+        GST_PAD_PROBE_TYPE_BUFFER,
+        [](GstPad *, GstPadProbeInfo *info, gpointer data) {
+            Sent &own = **static_cast<Shared *>(data);
+            GstBuffer *buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+            own.bytes += gst_buffer_get_size(buffer);
+            if (GST_BUFFER_PTS_IS_VALID(buffer)) {
+                own.time = GST_BUFFER_PTS(buffer);
+            }
+            return GST_PAD_PROBE_OK;
+        },
+        new Shared(sent),
+        [](gpointer data) { delete static_cast<Shared *>(data); });
+}
+
 OutletFigures OutletInput::figures() const
 {
     const std::lock_guard lock(m_mutex);
     OutletFigures figures = m_given;
+    if (m_sent) {
+        figures.bytes = m_sent->bytes;
+        figures.waitingNs = m_lastPicture - std::min<std::uint64_t>(m_sent->time, m_lastPicture);
+        return figures;
+    }
     figures.waitingNs = gst_app_src_get_current_level_time(appSource(m_video.source));
     const std::uint64_t waiting = gst_app_src_get_current_level_bytes(appSource(m_video.source))
         + gst_app_src_get_current_level_bytes(appSource(m_audio.source));

@@ -2,6 +2,7 @@
 
 #include "output/encode/encoded_tap.h"
 
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -25,8 +26,14 @@ struct OutletFigures {
 /// `take` and `end` on the encoder's threads, the rest on any.
 class OutletInput : public EncodedTap {
 public:
+    /// What the outlet does when another encoder goes on with the pictures.
+    enum class Headers {
+        Follow, ///< it takes other headers in mid-stream
+        Keep, ///< it does not: the key frames hold them as well
+    };
+
     /// Both inputs are "appsrc" elements without caps.
-    OutletInput(ElementRef video, ElementRef audio, std::uint64_t patienceNs);
+    OutletInput(ElementRef video, ElementRef audio, std::uint64_t patienceNs, Headers headers);
 
     OutletInput(const OutletInput &) = delete;
     OutletInput &operator=(const OutletInput &) = delete;
@@ -37,6 +44,10 @@ public:
 
     void take(Track track, const EncodedUnit &unit) override;
     void end(Track track) override;
+
+    /// What waits is measured at `sink`, which is at the outlet's end and was not started yet: a
+    /// muxer may hold back a lot.
+    void measureAt(GstElement *sink);
 
     /// Each track ends with what was pushed before `time` (ns on the encoder's time line).
     void finishAt(std::uint64_t time);
@@ -66,6 +77,11 @@ private:
         CapsRef caps; ///< set last
         bool hasEnded = false;
     };
+    /// What has come to the outlet's end, on its thread.
+    struct Sent {
+        std::atomic<std::uint64_t> bytes = 0;
+        std::atomic<std::uint64_t> time = 0; ///< ns for the outlet
+    };
     void handOver(const EncodedUnit &key);
     void forwardHeld();
     void beginAlone();
@@ -79,6 +95,7 @@ private:
     Input m_video;
     Input m_audio;
     const std::uint64_t m_patienceNs;
+    const Headers m_headers;
     std::optional<std::uint64_t> m_base; ///< ns on the encoder's time line; none: no key frame yet
     std::deque<EncodedUnit> m_early; ///< sound of the last second before the first key frame
     std::optional<std::uint64_t> m_lastSound; ///< that was forwarded; ns on the encoder's time line
@@ -89,6 +106,8 @@ private:
     std::optional<std::uint64_t> m_soundEnd; ///< ns on the encoder's time line, once it has
     std::deque<EncodedUnit> m_held; ///< sound that may belong to the next one
     OutletFigures m_given; ///< bytes with those that wait
+    std::uint64_t m_lastPicture = 0; ///< ns for the outlet
+    std::shared_ptr<const Sent> m_sent; ///< none: not measured there
 };
 
 } // namespace nimbara

@@ -53,8 +53,10 @@ Output::Output(std::int32_t width,
     Outlet outlet = isStream ? buildRtmpOutlet(location) : buildFileOutlet(location);
     m_input = std::make_shared<OutletInput>(std::move(outlet.videoSrc),
         std::move(outlet.audioSrc),
-        isStream ? streamPatience : filePatience);
+        isStream ? streamPatience : filePatience,
+        isStream ? OutletInput::Headers::Follow : OutletInput::Headers::Keep);
     if (isStream) {
+        m_input->measureAt(outlet.sink.get());
         m_streamEnd = StreamEnd(outlet.sink.get());
         m_stallWatch = StallWatch(outlet.sink.get());
     }
@@ -69,7 +71,7 @@ Output::Output(std::int32_t width,
     if (goesOn) {
         m_input->waitForOther();
     }
-    m_encoder->join(m_input);
+    m_queue = m_encoder->join(m_input);
     if (goesOn) {
         before->handOverTo(*this);
     }
@@ -129,6 +131,16 @@ void Output::pollOutput()
         fail(m_encoder->poll());
     } else if (m_running && m_stallWatch.stalled(m_encoder->time())) {
         fail(failureText(GST_RESOURCE_ERROR_WRITE));
+    }
+    tellQueue();
+}
+
+/// Only a server that takes the stream tells how much the line carries.
+void Output::tellQueue()
+{
+    if (m_encoder->asksForQueues() && accepted()) {
+        const OutletFigures own = figures();
+        m_encoder->tellQueue({ m_queue, own.waitingNs, own.dropped });
     }
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/message.h"
-#include "output/encode/program_encoder.h"
+#include "output/encode/encoder_pool.h"
 #include "output/sink/outlet_input.h"
 #include "output/sink/stall_watch.h"
 #include "output/sink/stream_end.h"
@@ -120,6 +120,7 @@ private:
     void handOverTo(Output &next);
     void fail(const Message &reason);
     void pollEnd();
+    void tellQueue();
     [[nodiscard]] bool takes() const { return m_running && !m_stopping; }
 
     std::int32_t m_width;
@@ -133,6 +134,7 @@ private:
     OutputFailure m_failure = OutputFailure::Other;
     std::shared_ptr<ProgramEncoder> m_encoder;
     std::shared_ptr<OutletInput> m_input;
+    std::uint64_t m_queue = 0; ///< its number for the encoder
     StreamEnd m_streamEnd;
     StallWatch m_stallWatch;
     Pipeline m_pipeline; ///< last: goes to NULL before anything else is released

@@ -33,6 +33,7 @@ public:
     /// Stops every destination and resets its status; the recording goes on.
     void stopStreams();
 
+    [[nodiscard]] EncoderPool &encoders() { return m_encoders; }
     [[nodiscard]] const EncoderPool &encoders() const { return m_encoders; }
     [[nodiscard]] Recording &recording() { return m_recording; }
     [[nodiscard]] const Recording &recording() const { return m_recording; }

@@ -79,6 +79,7 @@ bool ServiceHealth::measure(std::int64_t nowUs, Composition composition)
     measureTimes();
     advise();
     tellEffort();
+    tellRate();
     makeLine();
     return true;
 }
@@ -154,6 +155,21 @@ void ServiceHealth::tellEffort()
     }
 }
 
+/// Streams that the operator stopped tell nothing of the line; nor do those that are lost.
+void ServiceHealth::tellRate()
+{
+    if (m_wanted > 0 && m_up == 0) {
+        return;
+    }
+    const bool isNarrow = m_wanted > 0 && m_outputs.encoders().rateShare() < 1;
+    if (std::exchange(m_isNarrow, isNarrow) != isNarrow && m_wanted > 0) {
+        m_news += Message::verbatim(QLatin1String(m_news.isEmpty() ? "" : " "))
+            + (isNarrow ? "La conexión no da abasto en la mayoría de los destinos: se baja la "
+                          "calidad de video."
+                        : "La conexión vuelve a dar abasto: la calidad de video es la elegida.");
+    }
+}
+
 void ServiceHealth::add(const Message &text, HealthLevel level)
 {
     m_line.push_back({ text, level });
@@ -171,6 +187,10 @@ void ServiceHealth::makeLine()
         add({ "%1 de %2 destinos", { number(m_up), number(m_wanted) } },
             m_up < m_wanted ? HealthLevel::Alarm : HealthLevel::Good);
         add({ "%1 kbit/s", { number(kbits) } });
+    }
+    if (m_isNarrow) {
+        const auto percent = std::lround(m_outputs.encoders().rateShare() * 100);
+        add({ "Calidad al %1 %", { number(percent) } }, HealthLevel::Warning);
     }
     if (m_recordings.isActive()) {
         add({ m_recordings.isPaused() ? "En pausa %1" : "Grabando %1",

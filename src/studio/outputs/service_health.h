@@ -62,6 +62,7 @@ private:
     void measureTimes();
     void advise();
     void tellEffort();
+    void tellRate();
     void makeLine();
     void addLosses();
     void addDisk();
@@ -89,6 +90,7 @@ private:
     bool m_advised = false; ///< of this recording
     Message m_advice;
     Effort m_effort = Effort::Full;
+    bool m_isNarrow = false; ///< the line of most destinations
     Message m_news;
     std::vector<HealthPart> m_line;
 };

@@ -160,8 +160,28 @@ Message StreamDesk::lost(std::size_t slot)
 
 void StreamDesk::poll()
 {
+    followEncoder();
     for (std::size_t slot = 0; slot < destinationCount; ++slot) {
         advance(slot, m_clock.monotonicUs());
+    }
+}
+
+void StreamDesk::followEncoder()
+{
+    H264Encoders &encoders = m_outputs.encoders().h264();
+    if (encoders.poll()) {
+        Q_EMIT encoderChanged();
+    }
+    if (encoders.hasFailed() && !std::exchange(m_toldFailure, true)) {
+        Q_EMIT said(encoders.text());
+    }
+}
+
+void StreamDesk::setHardwareEncoding(bool on)
+{
+    if (on != usesHardware()) {
+        m_outputs.encoders().h264().setAutomatic(on);
+        Q_EMIT hardwareEncodingChanged(on);
     }
 }
 

@@ -57,6 +57,12 @@ public:
     /// Lost destinations are tried again by themselves; on at first.
     void setReconnecting(bool on);
     [[nodiscard]] bool reconnects() const { return m_reconnects; }
+    /// The platform's encoder is used where it may be trusted (at first), or the portable one
+    /// alone. Those that run keep theirs.
+    void setHardwareEncoding(bool on);
+    [[nodiscard]] bool usesHardware() const { return m_outputs.encoders().h264().isAutomatic(); }
+    /// Which encoder the next start gets, and why.
+    [[nodiscard]] Message encoderText() const { return m_outputs.encoders().h264().text(); }
     /// A slot ended by itself; what the operator must know of it, empty for one more attempt.
     Message lost(std::size_t slot);
     /// A destination is lost and tried again: as far as the operator is concerned, it runs.
@@ -91,6 +97,9 @@ Q_SIGNALS:
     /// A lost destination is back; what `lost` told of it is over.
     void returned(const nimbara::Message &loss);
     void reconnectsChanged(bool on);
+    void hardwareEncodingChanged(bool on);
+    /// `encoderText` says something else.
+    void encoderChanged();
     /// One line for the operator.
     void said(const nimbara::Message &text);
 
@@ -122,6 +131,7 @@ private:
         Message shown; ///< while it waits for an attempt
     };
     void advance(std::size_t slot, std::int64_t nowUs);
+    void followEncoder();
     void retry(std::size_t slot, std::int64_t nowUs);
     void startDestination(std::size_t slot);
     void forget(std::size_t slot);
@@ -149,6 +159,7 @@ private:
     std::array<Slot, destinationCount> m_slots;
     std::uint64_t m_lastTicket = 0;
     bool m_isSaving = false;
+    bool m_toldFailure = false; ///< of the platform's encoder
     bool m_reconnects = true;
 };
 

@@ -7,22 +7,60 @@ namespace nimbara {
 
 static_assert(OutputsTab::slots == destinationCount);
 
-DestinationControls::DestinationControls(StreamDesk &desk,
-    const ServiceHealth &health,
+DestinationControls::DestinationControls(Studio &studio,
+    Dialogs &dialogs,
     const ErrorGuard &guard,
     OutputsTab &tab)
-    : m_desk(desk)
-    , m_health(health)
+    : m_desk(studio.streams())
+    , m_health(studio.health())
+    , m_lineTest(studio.lineTest())
+    , m_dialogs(dialogs)
     , m_tab(tab)
 {
     showDestinations();
-    tab.showReconnects(desk.reconnects());
+    tab.showReconnects(m_desk.reconnects());
+    const auto showEncoder
+        = [this] { m_tab.showEncoder(m_desk.usesHardware(), m_desk.encoderText()); };
+    showEncoder();
     connectTab();
-    connect(&desk, &StreamDesk::changed, this, &DestinationControls::showDestination);
-    connect(&desk, &StreamDesk::savingChanged, &tab, &OutputsTab::showSaving);
-    connect(&desk, &StreamDesk::failed, this, [&guard](const Message &reason) {
+    connectLineTest(guard);
+    connect(&m_desk, &StreamDesk::changed, this, &DestinationControls::showDestination);
+    connect(&m_desk, &StreamDesk::savingChanged, &tab, &OutputsTab::showSaving);
+    connect(&m_desk, &StreamDesk::encoderChanged, this, showEncoder);
+    connect(&m_desk, &StreamDesk::failed, this, [&guard](const Message &reason) {
         guard.tell(reason);
     });
+}
+
+void DestinationControls::connectLineTest(const ErrorGuard &guard)
+{
+    connect(&m_tab, &OutputsTab::lineTestPressed, this, &DestinationControls::toggleLineTest);
+    connect(&m_lineTest, &LineTest::changed, this, [this] {
+        m_tab.showLineTest(m_lineTest.isRunning(), m_lineTest.text());
+    });
+    connect(&m_lineTest, &LineTest::failed, this, [&guard](const Message &reason) {
+        guard.tell(reason);
+    });
+}
+
+/// The box holds up the window's other buttons, not the program.
+void DestinationControls::toggleLineTest()
+{
+    if (m_lineTest.isRunning()) {
+        m_lineTest.cancel();
+        return;
+    }
+    const QStringList names = m_lineTest.publicNames();
+    if (names.isEmpty()) {
+        m_lineTest.start();
+        return;
+    }
+    m_dialogs.offer(nimbara_i18n::tr("Prueba de conexión"),
+        nimbara_i18n::tr("Durante 10 s se publica ruido en %1: lo verá quien mire allí. Otra forma "
+                         "de probarlos no hay.")
+            .arg(names.join(QStringLiteral(", "))),
+        nimbara_i18n::tr("Publicar y probar"),
+        [this] { m_lineTest.start(); });
 }
 
 void DestinationControls::connectTab()
@@ -35,6 +73,7 @@ void DestinationControls::connectTab()
     connect(tab, &OutputsTab::togglePressed, &m_desk, &StreamDesk::toggle);
     connect(tab, &OutputsTab::retryNowPressed, &m_desk, &StreamDesk::retryNow);
     connect(tab, &OutputsTab::reconnectsChanged, &m_desk, &StreamDesk::setReconnecting);
+    connect(tab, &OutputsTab::hardwareEncodingChanged, &m_desk, &StreamDesk::setHardwareEncoding);
     connect(tab, &OutputsTab::startSelectedPressed, &m_desk, &StreamDesk::startSelected);
     connect(tab, &OutputsTab::stopStreamsPressed, &m_desk, &StreamDesk::stopStreams);
     connect(tab, &OutputsTab::saveKeysPressed, &m_desk, &StreamDesk::saveKeys);

@@ -3,6 +3,7 @@
 #include "base/i18n.h"
 #include "ui/kit/controls.h"
 
+#include <QComboBox>
 #include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -20,6 +21,10 @@ OutputsTab::OutputsTab(std::span<const QString, slots> names, QWidget *parent)
     , m_startSelected(makeButton("Iniciar destinos seleccionados", "startSelected"))
     , m_stopStreams(makeButton("Detener transmisiones", "stopStreams"))
     , m_saveKeys(makeButton("Guardar claves en este equipo", "saveKeys"))
+    , m_testLine(makeButton("Probar la conexión", "testLine"))
+    , m_lineText(named(makeNote(QString()), "lineText"))
+    , m_encoder(makeList({ "Automático", "Solo el programa" }, "encoder", "Codificador"))
+    , m_encoderText(named(makeNote(QString()), "encoderText"))
     , m_record(makeButton("● Grabar", "record"))
     , m_pause(makeButton("Pausar", "pauseRecording"))
     , m_partMinutes(named(new QSpinBox, "partMinutes", nimbara_i18n::tr("Partes de la grabación")))
@@ -32,11 +37,12 @@ OutputsTab::OutputsTab(std::span<const QString, slots> names, QWidget *parent)
         addRow(grid, slot);
     }
     addButtons(grid);
+    addLineRow(grid);
     addRecordingRow(grid);
     grid->setColumnStretch(1, 3);
     grid->setColumnStretch(2, 2);
     grid->setColumnStretch(5, 3);
-    grid->setRowStretch(static_cast<int>(slots) + 2, 1);
+    grid->setRowStretch(static_cast<int>(slots) + 3, 1);
 }
 
 void OutputsTab::addRow(QGridLayout *grid, std::size_t slot)
@@ -85,6 +91,21 @@ void OutputsTab::addButtons(QGridLayout *grid)
     connect(m_reconnects, &QCheckBox::toggled, this, &OutputsTab::reconnectsChanged);
 }
 
+void OutputsTab::addLineRow(QGridLayout *grid)
+{
+    auto *row = new QHBoxLayout;
+    row->addWidget(m_testLine);
+    row->addWidget(m_lineText, 3);
+    row->addWidget(new QLabel(nimbara_i18n::tr("Codificador")));
+    row->addWidget(m_encoder);
+    row->addWidget(m_encoderText, 2);
+    grid->addLayout(row, static_cast<int>(slots) + 1, 0, 1, grid->columnCount());
+    connect(m_testLine, &QPushButton::clicked, this, &OutputsTab::lineTestPressed);
+    connect(m_encoder, &QComboBox::activated, this, [this](int entry) {
+        Q_EMIT hardwareEncodingChanged(entry == 0);
+    });
+}
+
 void OutputsTab::addRecordingRow(QGridLayout *grid)
 {
     m_partMinutes->setRange(0, 240);
@@ -108,7 +129,7 @@ void OutputsTab::addRecordingRow(QGridLayout *grid)
     row->addWidget(m_partMinutes);
     row->addWidget(m_videoRate);
     row->addStretch();
-    grid->addLayout(row, static_cast<int>(slots) + 1, 0, 1, grid->columnCount());
+    grid->addLayout(row, static_cast<int>(slots) + 2, 0, 1, grid->columnCount());
     connect(m_record, &QPushButton::clicked, this, &OutputsTab::recordPressed);
     connect(m_pause, &QPushButton::clicked, this, &OutputsTab::pausePressed);
     connect(m_partMinutes, &QSpinBox::valueChanged, this, &OutputsTab::partMinutesChanged);
@@ -204,6 +225,18 @@ void OutputsTab::showFigures(std::size_t slot, const QString &text)
 void OutputsTab::showReconnects(bool on)
 {
     m_reconnects->setChecked(on);
+}
+
+void OutputsTab::showEncoder(bool automatic, const Message &text)
+{
+    m_encoder->setCurrentIndex(automatic ? 0 : 1);
+    m_encoderText->setText(nimbara_i18n::tr(text));
+}
+
+void OutputsTab::showLineTest(bool running, const Message &text)
+{
+    m_testLine->setText(nimbara_i18n::tr(running ? "Cancelar la prueba" : "Probar la conexión"));
+    m_lineText->setText(nimbara_i18n::tr(text));
 }
 
 void OutputsTab::showSaving(bool saving)

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <span>
 
+class QComboBox;
 class QDoubleSpinBox;
 class QGridLayout;
 class QSpinBox;
@@ -41,6 +42,11 @@ public:
     /// What the tool tip of the figures shows, as rich text.
     void setFiguresToolTip(std::size_t slot, const QString &toolTip);
     void showReconnects(bool on);
+    /// How H.264 is encoded: the platform's encoder where it may be trusted, or the program's
+    /// alone.
+    void showEncoder(bool automatic, const Message &text);
+    /// `text` stays until the next test.
+    void showLineTest(bool running, const Message &text);
     /// Keys are being saved: the button takes no press for now.
     void showSaving(bool saving);
     void showVideoKbits(int kbits);
@@ -59,6 +65,9 @@ Q_SIGNALS:
     void startSelectedPressed();
     void stopStreamsPressed();
     void saveKeysPressed();
+    void hardwareEncodingChanged(bool on);
+    /// To begin the test of the line, or to end it.
+    void lineTestPressed();
     void recordPressed();
     void pausePressed();
     /// Of each part of a recording; 0: it stays in one file.
@@ -83,12 +92,17 @@ private:
     Row makeRow(const QString &title, std::size_t slot);
     void addRow(QGridLayout *grid, std::size_t slot);
     void addButtons(QGridLayout *grid);
+    void addLineRow(QGridLayout *grid);
     void addRecordingRow(QGridLayout *grid);
 
     std::array<Row, slots> m_rows {};
     QPushButton *m_startSelected;
     QPushButton *m_stopStreams;
     QPushButton *m_saveKeys;
+    QPushButton *m_testLine;
+    QLabel *m_lineText;
+    QComboBox *m_encoder;
+    QLabel *m_encoderText;
     QPushButton *m_record;
     QPushButton *m_pause;
     QSpinBox *m_partMinutes;

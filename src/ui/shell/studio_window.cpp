@@ -124,10 +124,8 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *m_dialogs,
         *m_controls,
         *m_tiles);
-    m_destinations = std::make_unique<DestinationControls>(m_studio.streams(),
-        m_studio.health(),
-        m_guard,
-        *m_outputsTab);
+    m_destinations
+        = std::make_unique<DestinationControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
     m_deviceSettings = std::make_unique<DeviceSettings>(m_studio, *m_sourcesTab, *m_audioTab);
     m_recording = std::make_unique<RecordingControls>(m_studio, *m_dialogs, m_guard, *m_outputsTab);
     m_projects = std::make_unique<ProjectControls>(m_studio,

@@ -1,0 +1,58 @@
+#include "output/encode/encoder_pool.h"
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+namespace nimbara {
+
+std::shared_ptr<ProgramEncoder> EncoderPool::take(const EncoderProfile &profile)
+{
+    std::erase_if(m_entries, [](const Entry &entry) { return entry.encoder.expired(); });
+    for (const Entry &entry : m_entries) {
+        if (entry.profile != profile) {
+            continue; // the last reference is never one of this thread
+        }
+        auto encoder = entry.encoder.lock();
+        if (encoder && !encoder->hasEnded() && encoder->poll().isEmpty()) {
+            return encoder;
+        }
+    }
+    auto encoder = std::make_shared<ProgramEncoder>(profile, m_converter, &m_h264.choice());
+    m_entries.push_back({ profile, encoder });
+    return encoder;
+}
+
+void EncoderPool::poll(std::int64_t tNs)
+{
+    std::erase_if(m_entries, [](const Entry &entry) { return entry.encoder.expired(); });
+    m_rateShare = 1;
+    for (Entry &entry : m_entries) {
+        if (const auto encoder = entry.encoder.lock()) {
+            count(entry, *encoder);
+            encoder->setEffort(effortNow());
+            encoder->fitRate();
+            m_rateShare = std::min(m_rateShare, encoder->rateShare());
+            if (const EncoderChoice *failed = encoder->givenUp()) {
+                m_h264.distrust(*failed);
+            }
+        }
+    }
+    m_pressure.observe(tNs, m_pushed, m_lost);
+}
+
+void EncoderPool::count(Entry &entry, const ProgramEncoder &encoder)
+{
+    m_pushed += encoder.pushed() - std::exchange(entry.pushed, encoder.pushed());
+    const std::uint64_t lost = std::max(encoder.lost(), entry.lost); // one may be on its way out
+    m_lost += lost - std::exchange(entry.lost, lost);
+}
+
+/// Two encoders have no core to spare for each other on the smallest machines.
+Effort EncoderPool::effortNow() const
+{
+    const bool isTight = m_entries.size() > 1 && std::thread::hardware_concurrency() <= 2;
+    return std::max(m_pressure.effort(), isTight ? Effort::Cheaper : Effort::Full);
+}
+
+} // namespace nimbara

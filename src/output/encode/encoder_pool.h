@@ -1,0 +1,50 @@
+#pragma once
+
+#include "output/encode/h264_encoders.h"
+#include "output/encode/pressure.h"
+#include "output/encode/program_encoder.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace nimbara {
+
+/// The encoders that outputs share. Interface thread only.
+class EncoderPool {
+public:
+    /// The one of this profile that works, or a new one. Throws as `ProgramEncoder`.
+    std::shared_ptr<ProgramEncoder> take(const EncoderProfile &profile);
+
+    /// Call on every tick, after the pictures were pushed: sees to it that the encoders ask of the
+    /// machine and of the line what they have.
+    void poll(std::int64_t tNs);
+    [[nodiscard]] Effort effort() const { return m_pressure.effort(); }
+    /// Pictures of all encoders since the start: to be encoded, and let go of.
+    [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
+    [[nodiscard]] std::uint64_t lost() const { return m_lost; }
+    /// What the encoder that gave up most has left of its bit rate, 0.5..1.
+    [[nodiscard]] double rateShare() const { return m_rateShare; }
+    /// Which one is taken for the next H.264.
+    [[nodiscard]] H264Encoders &h264() { return m_h264; }
+    [[nodiscard]] const H264Encoders &h264() const { return m_h264; }
+
+private:
+    struct Entry {
+        EncoderProfile profile;
+        std::weak_ptr<ProgramEncoder> encoder;
+        std::uint64_t pushed = 0; ///< when last seen
+        std::uint64_t lost = 0;
+    };
+    [[nodiscard]] Effort effortNow() const;
+    void count(Entry &entry, const ProgramEncoder &encoder);
+    std::vector<Entry> m_entries;
+    std::shared_ptr<PictureConverter> m_converter = std::make_shared<PictureConverter>();
+    H264Encoders m_h264;
+    Pressure m_pressure;
+    std::uint64_t m_pushed = 0;
+    std::uint64_t m_lost = 0;
+    double m_rateShare = 1;
+};
+
+} // namespace nimbara

@@ -587,7 +587,8 @@ const std::vector<TextPair> &textPairs()
                  sermonTextPairs(),
                  cameraTextPairs(),
                  verseTextPairs(),
-                 deskTextPairs() }) {
+                 deskTextPairs(),
+                 bibleTextPairs() }) {
             joined.insert(joined.end(), more.begin(), more.end());
         }
         return joined;

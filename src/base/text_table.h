@@ -20,5 +20,6 @@ std::span<const TextPair> sermonTextPairs();
 std::span<const TextPair> cameraTextPairs();
 std::span<const TextPair> verseTextPairs();
 std::span<const TextPair> deskTextPairs();
+std::span<const TextPair> bibleTextPairs();
 
 } // namespace nimbara_i18n

@@ -4,6 +4,7 @@
 
 #include <QFuture>
 #include <QJsonArray>
+#include <QSet>
 #include <QString>
 
 #include <cstdint>
@@ -17,7 +18,16 @@ struct Bible {
     QString lang; ///< ISO 639-1 code
     QJsonArray books; ///< 66 arrays of chapters, which are arrays of verse strings
     bool valid = false; ///< there are 66 books
+    bool isImported = false; ///< the operator's own: it may lack verses, chapters and books
+    QString license; ///< of an imported one, in its own words; may be empty
+    QSet<std::int32_t> renumbered; ///< chapters that it counts otherwise (`chapterKey`)
 };
+
+/// A chapter as one number.
+constexpr std::int32_t chapterKey(std::int32_t book, std::int32_t chapter)
+{
+    return book * 1000 + chapter;
+}
 
 /// The built-in King James Version and Reina-Valera 1909. The first call loads the Bible, for tens
 /// of milliseconds, and calls from other threads meanwhile wait for it: see `prepare`. Callable
@@ -30,8 +40,9 @@ const Bible &spanish();
 /// object, whose end waits for the task.
 QFuture<void> prepare();
 
-/// Reads a file of `qCompress` output around UTF-8 JSON with "id", "name", "lang" and "books". A
-/// missing or broken file gives an invalid Bible.
+/// Reads a file of `qCompress` output around UTF-8 JSON with "id", "name", "lang" and "books", and
+/// of an imported Bible "license" and "renumbered". A missing or broken file gives an invalid
+/// Bible.
 Bible load(const QString &path);
 
 /// Chapters of a book; 0 for an index outside 0..65.

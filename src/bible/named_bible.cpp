@@ -1,7 +1,11 @@
 #include "bible/named_bible.h"
 
+#include "bible/reference_tokens.h"
+#include "bible/shelf.h"
+
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <array>
 
 namespace bible {
@@ -45,10 +49,35 @@ const std::array<Name, 9> &names()
     return all;
 }
 
+/// The imported Bible at the end: of several, the one with the longest name. Nothing is taken where
+/// no number would be left.
+WithoutBible takeImported(const QString &normalized)
+{
+    WithoutBible found { normalized, {} };
+    for (const BiblePtr &each : importedBibles()) {
+        for (const QString &name : { plainReference(each->id), plainReference(each->name) }) {
+            if (name.size() < 2 || !normalized.endsWith(name)) {
+                continue;
+            }
+            const auto match = atEnd(QRegularExpression::escape(name)).match(normalized);
+            const QString rest = normalized.left(match.capturedStart());
+            const bool hasNumber
+                = std::any_of(rest.begin(), rest.end(), [](QChar sign) { return sign.isDigit(); });
+            if (match.hasMatch() && hasNumber && rest.size() < found.reference.size()) {
+                found = { rest, each->id };
+            }
+        }
+    }
+    return found;
+}
+
 } // namespace
 
 WithoutBible takeBible(const QString &normalized)
 {
+    if (const WithoutBible imported = takeImported(normalized); !imported.bible.isEmpty()) {
+        return imported;
+    }
     for (const Name &name : names()) {
         const auto match = name.form.match(normalized);
         if (match.hasMatch()) {

@@ -105,4 +105,24 @@ QString presentText(const Bible &bible, const Passage &passage)
     return textOf(bible, passage, false);
 }
 
+Passage missingFrom(const Bible &bible, const Passage &passage)
+{
+    Passage missing { passage.book, {} };
+    bool hasSome = false;
+    forEachVerse(passage, [&](std::int32_t chapter, std::int32_t verse) {
+        if (!verseText(bible, { passage.book, chapter, verse, verse }).isEmpty()) {
+            hasSome = true;
+            return;
+        }
+        const bool goesOn = !missing.spans.isEmpty() && missing.spans.last().chapterTo == chapter
+            && missing.spans.last().verseTo == verse - 1;
+        if (goesOn) {
+            missing.spans.last().verseTo = verse;
+        } else {
+            missing.spans.append({ chapter, verse, chapter, verse });
+        }
+    });
+    return hasSome ? missing : passage;
+}
+
 } // namespace bible

@@ -47,4 +47,7 @@ QString passageText(const Bible &bible, const Passage &passage);
 /// The same without the numbers of verses that the Bible leaves empty.
 QString presentText(const Bible &bible, const Passage &passage);
 
+/// The verses of the passage that the Bible leaves empty; without spans when it has all of them.
+Passage missingFrom(const Bible &bible, const Passage &passage);
+
 } // namespace bible

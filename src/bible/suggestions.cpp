@@ -5,6 +5,7 @@
 #include "bible/passage.h"
 #include "bible/reader.h"
 #include "bible/reference_tokens.h"
+#include "bible/shelf.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -28,15 +29,6 @@ QString firstWords(const QString &text)
 QString withBible(const QString &reference, const QString &bible)
 {
     return bible.isEmpty() ? reference : reference + QLatin1Char(' ') + bible;
-}
-
-/// Of one that may be online, the other Bible's words tell the verse.
-const Bible &builtInNamed(const QString &name, const Bible &other)
-{
-    if (name == english().id) {
-        return english();
-    }
-    return name == spanish().id ? spanish() : other;
 }
 
 /// Collects suggestions of one Bible, as many as there is room for.
@@ -65,7 +57,9 @@ public:
         const Span &first = passage.spans.first();
         const std::int32_t verse = std::max(first.verseFrom, 1);
         const Ref begin { passage.book, first.chapterFrom, verse, verse };
-        const QString text = verseText(builtInNamed(named, m_bible), begin);
+        // Of one that may be online, the other Bible's words tell the verse.
+        const BiblePtr bible = bibleWithId(named);
+        const QString text = verseText(bible != nullptr ? *bible : m_bible, begin);
         add({ withBible(label(passage, m_bible.lang), named), firstWords(text), false });
     }
     [[nodiscard]] bool isFull() const { return m_list.size() >= m_most; }
@@ -193,12 +187,15 @@ QList<Suggestion> completions(const QString &typed, const Bible &bible, qsizetyp
     return all.list();
 }
 
-Suggestion suggestionOf(const FoundVerse &found, const QString &language)
+Suggestion suggestionOf(const FoundVerse &found, const BiblePtr &first)
 {
-    const Bible &bible = found.lang == english().lang ? english() : spanish();
-    return { withBible(label(found.verse, bible.lang),
-                 bible.lang == language ? QString() : bible.id),
-        firstWords(verseText(bible, found.verse)),
+    const BiblePtr bible = bibleWithId(found.bible);
+    if (bible == nullptr) {
+        return {};
+    }
+    const bool isFirst = first != nullptr && first->id == bible->id;
+    return { withBible(label(found.verse, bible->lang), isFirst ? QString() : bible->id),
+        firstWords(verseText(*bible, found.verse)),
         false };
 }
 

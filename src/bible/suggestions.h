@@ -22,8 +22,8 @@ struct Suggestion {
 QList<Suggestion> completions(const QString &typed, const Bible &bible, qsizetype most);
 
 /// The suggestion for a verse that was found by its words, in its own Bible. Names that Bible where
-/// it is not the one of `language`, from which a reference alone would be shown.
-Suggestion suggestionOf(const FoundVerse &found, const QString &language);
+/// it is not `first`, from which a reference alone would be shown. Empty when it has gone.
+Suggestion suggestionOf(const FoundVerse &found, const BiblePtr &first);
 
 /// The text may be words of a verse: no reference is written in so many letters and no number.
 bool mayBeWords(const QString &typed);

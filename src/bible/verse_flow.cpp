@@ -16,6 +16,10 @@ QString otherPrefix()
 {
     return QStringLiteral("other:");
 }
+QString importedPrefix()
+{
+    return QStringLiteral("bible:");
+}
 QString spanishCode()
 {
     return QStringLiteral("es");
@@ -76,7 +80,8 @@ QStringList offersOf(const Reading &reading, const QString &lang)
 
 QString bibleChoice(const QString &stored, const QString &target)
 {
-    if (stored == spanishCode() || stored == englishCode() || stored == QLatin1String("api")) {
+    if (stored == spanishCode() || stored == englishCode() || stored == QLatin1String("api")
+        || importedChoice(stored)) {
         return stored;
     }
     const QString language = target.trimmed().toLower();
@@ -91,8 +96,33 @@ QString bibleChoice(const QString &stored, const QString &target)
     return otherPrefix() + language;
 }
 
+QString choiceOfImported(const QString &id)
+{
+    return importedPrefix() + id;
+}
+
+std::optional<QString> importedChoice(const QString &choice)
+{
+    if (!choice.startsWith(importedPrefix())) {
+        return std::nullopt;
+    }
+    return choice.mid(importedPrefix().size());
+}
+
+BiblePtr firstBible(const QString &choice)
+{
+    const auto id = importedChoice(choice);
+    return bibleWithId(id                              ? *id
+            : builtInLanguage(choice) == englishCode() ? QStringLiteral("KJV")
+                                                       : QStringLiteral("RV1909"));
+}
+
 QString builtInLanguage(const QString &choice)
 {
+    if (const auto id = importedChoice(choice)) {
+        const BiblePtr bible = importedNamed(*id);
+        return bible == nullptr || bible->lang == spanishCode() ? spanishCode() : englishCode();
+    }
     return choice == englishCode() ? englishCode() : spanishCode();
 }
 
@@ -137,6 +167,9 @@ QString choiceFor(const QString &bible, const QString &choice, const QString &li
     if (bible == QLatin1String("KJV")) {
         return englishCode();
     }
+    if (const BiblePtr imported = importedNamed(bible)) {
+        return choiceOfImported(imported->id);
+    }
     if (!isListedAs(bible, listed)) {
         throw nimbara::Error(Message("La Biblia %1 no está incluida ni es la elegida de API.Bible",
             { Message::verbatim(bible) }));
@@ -149,12 +182,32 @@ VerseUpdate builtInVerse(const Bible &bible, const Passage &passage, const QStri
     if (!bible.valid) {
         throw nimbara::Error(QStringLiteral("Biblia incluida no disponible"));
     }
-    const QString text = passageText(bible, passage);
+    const QString text
+        = bible.isImported ? presentText(bible, passage) : passageText(bible, passage);
     if (text.isEmpty()) {
-        throw nimbara::Error(QStringLiteral("Esa cita no existe en la Biblia"));
+        throw nimbara::Error(bible.isImported ? missingText(bible, passage)
+                                              : Message("Esa cita no existe en la Biblia"));
     }
     const QString name = label(passage, lang);
     return { name, text, name + dot() + bible.name };
+}
+
+Message missingText(const Bible &bible, const Passage &passage)
+{
+    const Passage missing = bible.isImported ? missingFrom(bible, passage) : Passage {};
+    if (missing.spans.isEmpty()) {
+        return {};
+    }
+    const Message text("No está en %1: %2.",
+        { Message::verbatim(bible.name), Message::verbatim(label(missing, bible.lang)) });
+    for (const Span &span : missing.spans) {
+        for (std::int32_t chapter = span.chapterFrom; chapter <= span.chapterTo; ++chapter) {
+            if (bible.renumbered.contains(chapterKey(missing.book, chapter))) {
+                return text + " Esa Biblia numera allí de otra forma.";
+            }
+        }
+    }
+    return text;
 }
 
 QString referenceLine(const Bible &bible, const Passage &passage)

@@ -2,8 +2,8 @@
 
 #include "base/error.h"
 #include "base/message.h"
-#include "bible/builtin.h"
 #include "bible/passage.h"
+#include "bible/shelf.h"
 
 #include <QString>
 #include <QStringList>
@@ -13,12 +13,21 @@
 /// The steps of a verse lookup as pure functions: what is shown, what is said.
 namespace bible {
 
-/// Where verses come from: "es", "en", "api", or "other:" and a language name in lower case.
-/// `stored` is the setting "bible_choice"; anything but the first three follows `target`, the
-/// subtitles' language as the operator wrote it.
+/// Where verses come from: "es", "en", "api", "bible:" and the identifier of an imported Bible, or
+/// "other:" and a language name in lower case. `stored` is the setting "bible_choice"; anything but
+/// the first four follows `target`, the subtitles' language as the operator wrote it.
 QString bibleChoice(const QString &stored, const QString &target);
 
-/// The language of the built-in Bible that a choice shows first: "en" for "en", else "es".
+/// The choice of the imported Bible with the identifier, and back; nothing for any other choice.
+QString choiceOfImported(const QString &id);
+std::optional<QString> importedChoice(const QString &choice);
+
+/// The Bible whose text a choice shows first; none when it is an imported one that is not there.
+/// The built-in ones must be loaded.
+BiblePtr firstBible(const QString &choice);
+
+/// The language that a choice labels references in: "en" for "en", and for an imported Bible that
+/// is not Spanish, else "es".
 QString builtInLanguage(const QString &choice);
 
 /// The language name behind "other:"; nothing for any other choice.
@@ -62,9 +71,13 @@ Asked requireReference(const QString &typed, const QString &lang);
 /// is neither built in nor the entry.
 QString choiceFor(const QString &bible, const QString &choice, const QString &listed);
 
-/// The text at once: from a built-in Bible, labelled in `lang`. Throws nimbara::Error when the
-/// Bible is broken or has no such text.
+/// The text at once: from a Bible of this computer, labelled in `lang`. Throws nimbara::Error when
+/// the Bible is broken or has no such text.
 VerseUpdate builtInVerse(const Bible &bible, const Passage &passage, const QString &lang);
+
+/// Names what an imported Bible has not of the passage, and that it counts otherwise where it does.
+/// Empty when it has all, and for a built-in one.
+nimbara::Message missingText(const Bible &bible, const Passage &passage);
 
 /// "John 3:16 · King James Version", in the Bible's own language.
 QString referenceLine(const Bible &bible, const Passage &passage);

@@ -4,40 +4,40 @@
 #include "bible/verse_order.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
 #include <QSet>
 #include <QStringList>
 
 #include <algorithm>
-#include <array>
 #include <limits>
+#include <utility>
 
 namespace bible {
 
 namespace {
 
 /// Counts up when anything in the file means another thing.
-constexpr std::int64_t version = 2;
-/// Rows of the second Bible begin here.
+constexpr std::int64_t version = 3;
+/// Rows of the second Bible begin here, those of the third at twice as many.
 constexpr std::int64_t bibleStride = 100'000;
 
-const std::array<const Bible *, 2> &bibles()
+QString textOf(const QList<BiblePtr> &bibles, std::int64_t row)
 {
-    static const std::array<const Bible *, 2> both { &spanish(), &english() };
-    return both;
-}
-
-QString textOf(std::int64_t row)
-{
-    const Bible &bible = *bibles().at(static_cast<std::size_t>(row / bibleStride));
+    const Bible &bible = *bibles.at(row / bibleStride);
     return verseText(bible, verseAt(static_cast<std::int32_t>(row % bibleStride)));
 }
 
 /// Of the Bibles that the index is made of.
-std::int64_t fingerprint()
+std::int64_t fingerprint(const QList<BiblePtr> &bibles)
 {
     std::int64_t sum = version;
-    for (const Bible *bible : bibles()) {
+    for (const BiblePtr &bible : bibles) {
+        for (const QChar sign : bible->id) {
+            sum = (sum * 31 + sign.unicode()) % 1'000'000'007;
+        }
         for (std::int32_t number = 0; number < verseTotal(); number += 977) {
             sum = (sum * 31 + verseText(*bible, verseAt(number)).size()) % 1'000'000'007;
         }
@@ -53,7 +53,7 @@ constexpr const char *wordQuery = "SELECT sum(doc) FROM words WHERE term >= ?1 A
 /// A word of more verses than this says little of which one is meant, and costs much to rank.
 constexpr std::int64_t commonWord = 1500;
 
-SqliteDatabase opened(const QString &path)
+SqliteDatabase opened(const QString &path, const QList<BiblePtr> &bibles)
 {
     SqliteDatabase database(path, SqliteDatabase::Mode::Read);
     SqliteStatement check = database.query("PRAGMA quick_check(1)");
@@ -61,7 +61,7 @@ SqliteDatabase opened(const QString &path)
         throw SqliteError("the index of verses is damaged");
     }
     SqliteStatement mark = database.query("SELECT fingerprint FROM made");
-    if (!mark.step() || mark.integer(0) != fingerprint()) {
+    if (!mark.step() || mark.integer(0) != fingerprint(bibles)) {
         throw SqliteError("the index of verses was made of others");
     }
     return database;
@@ -132,13 +132,16 @@ Fit fitOf(const QStringList &verse, const QStringList &wanted, bool mayGoOn)
     return fit;
 }
 
-void fill(SqliteDatabase &database, const std::function<bool()> &stopped)
+void fill(SqliteDatabase &database,
+    const QList<BiblePtr> &bibles,
+    const std::function<bool()> &stopped)
 {
     SqliteStatement verse = database.query("INSERT INTO verses(rowid, text) VALUES(?1, ?2)");
-    for (std::size_t bible = 0; bible < bibles().size(); ++bible) {
+    for (qsizetype bible = 0; bible < bibles.size(); ++bible) {
         for (std::int32_t number = 0; number < verseTotal(); ++number) {
-            const std::int64_t row = static_cast<std::int64_t>(bible) * bibleStride + number;
-            verse.bind(1, row).bind(2, searchWords(textOf(row)).join(QLatin1Char(' ')).toUtf8());
+            const std::int64_t row = bible * bibleStride + number;
+            verse.bind(1, row).bind(2,
+                searchWords(textOf(bibles, row)).join(QLatin1Char(' ')).toUtf8());
             verse.step();
             verse.reset();
             if (number % 256 == 0 && stopped()) {
@@ -149,16 +152,28 @@ void fill(SqliteDatabase &database, const std::function<bool()> &stopped)
     SqliteStatement known = database.query("INSERT INTO known(rowid, text) VALUES(?1, ?2)");
     QSet<std::int64_t> rows;
     for (const Ref &ref : knownVerses()) {
-        for (std::size_t bible = 0; bible < bibles().size(); ++bible) {
-            const std::int64_t row
-                = static_cast<std::int64_t>(bible) * bibleStride + verseNumber(ref);
+        for (qsizetype bible = 0; bible < bibles.size(); ++bible) {
+            const std::int64_t row = bible * bibleStride + verseNumber(ref);
             if (verseNumber(ref) >= 0 && !rows.contains(row)) {
                 rows.insert(row);
                 known.bind(1, row).bind(2,
-                    searchWords(textOf(row)).join(QLatin1Char(' ')).toUtf8());
+                    searchWords(textOf(bibles, row)).join(QLatin1Char(' ')).toUtf8());
                 known.step();
                 known.reset();
             }
+        }
+    }
+}
+
+/// Files that were being made by programs that have crashed. Only for who holds the lock.
+void removeUnfinished(const QString &path)
+{
+    const QFileInfo file(path);
+    const QString lock = file.fileName() + QStringLiteral(".lock");
+    for (const QString &name :
+        file.dir().entryList({ file.fileName() + QStringLiteral(".*") }, QDir::Files)) {
+        if (name != lock) {
+            file.dir().remove(name);
         }
     }
 }
@@ -186,17 +201,25 @@ struct VerseIndex::Candidate {
     double worth = 0;
 };
 
-VerseIndex::VerseIndex(const QString &path)
-    : m_database(opened(path))
+VerseIndex::VerseIndex(const QString &path, QList<BiblePtr> bibles)
+    : m_bibles(std::move(bibles))
+    , m_database(opened(path, m_bibles))
     , m_known(m_database.query(knownQuery))
     , m_all(m_database.query(allQuery))
     , m_words(m_database.query(wordQuery))
 {
 }
 
-void VerseIndex::make(const QString &path, const std::function<bool()> &stopped)
+void VerseIndex::make(const QString &path,
+    const std::function<bool()> &stopped,
+    const QList<BiblePtr> &bibles)
 {
-    // Another instance of the program may be at the same.
+    // Another instance of the program may be at the same. One that has died holds no lock.
+    QLockFile lock(path + QStringLiteral(".lock"));
+    lock.setStaleLockTime(0);
+    if (lock.tryLock(0)) {
+        removeUnfinished(path);
+    }
     const QString beside = path + QStringLiteral(".%1").arg(QCoreApplication::applicationPid());
     QFile::remove(beside);
     try {
@@ -207,9 +230,9 @@ void VerseIndex::make(const QString &path, const std::function<bool()> &stopped)
                      "CREATE VIRTUAL TABLE known USING fts5(text, content='', prefix='2 3');"
                      "CREATE VIRTUAL TABLE words USING fts5vocab(verses, 'row');"
                      "CREATE TABLE made(fingerprint INTEGER)");
-        fill(database, stopped);
+        fill(database, bibles, stopped);
         SqliteStatement mark = database.query("INSERT INTO made VALUES(?1)");
-        mark.bind(1, fingerprint());
+        mark.bind(1, fingerprint(bibles));
         mark.step();
         mark.reset();
         database.run("COMMIT");
@@ -301,7 +324,7 @@ QList<FoundVerse> VerseIndex::find(const QString &typed, qsizetype most)
     }
     double early = 0; // of equals, the one that the index thinks the better of
     for (Candidate &candidate : candidates) {
-        const Fit fit = fitOf(searchWords(textOf(candidate.row)), wanted, mayGoOn);
+        const Fit fit = fitOf(searchWords(textOf(m_bibles, candidate.row)), wanted, mayGoOn);
         candidate.worth = 10 * fit.found + 3 * fit.run + fit.order + fit.close
             + (candidate.isKnown ? 2 : 0) - early;
         early += 0.0005;
@@ -314,7 +337,7 @@ QList<FoundVerse> VerseIndex::find(const QString &typed, qsizetype most)
         if (found.size() == most) {
             break;
         }
-        found.append({ bibles().at(static_cast<std::size_t>(candidate.row / bibleStride))->lang,
+        found.append({ m_bibles.at(candidate.row / bibleStride)->id,
             verseAt(static_cast<std::int32_t>(candidate.row % bibleStride)) });
     }
     return found;

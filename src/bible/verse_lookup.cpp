@@ -54,9 +54,16 @@ void VerseLookup::showWhenReady(const Request &request)
 void VerseLookup::showBuiltIn(const Request &request)
 {
     const auto &[layer, passage, source] = request;
+    const BiblePtr bible = firstBible(source.choice);
+    if (bible == nullptr) {
+        const auto id = importedChoice(source.choice);
+        throw nimbara::Error(id
+                ? Message("La Biblia %1 no está en este equipo: impórtala o elige otra.",
+                    { Message::verbatim(*id) })
+                : Message("Biblia incluida no disponible"));
+    }
     const QString lang = builtInLanguage(source.choice);
-    const Bible &bible = lang == QLatin1String("en") ? english() : spanish();
-    const VerseUpdate update = builtInVerse(bible, passage, lang);
+    const VerseUpdate update = builtInVerse(*bible, passage, lang);
     updateLayer(layer, update);
     if (source.choice == QLatin1String("api")) {
         if (source.apiBibleId.isEmpty()) {
@@ -72,7 +79,10 @@ void VerseLookup::showBuiltIn(const Request &request)
             [this, request, verse = update.text, name = *target](
                 const QString &key) { askTranslation(request, verse, name, key); });
     } else {
-        statusChanged(layer, readyStatus(label(passage, lang)));
+        const Message missing = missingText(*bible, passage);
+        const Message ready = readyStatus(label(passage, lang));
+        statusChanged(layer,
+            missing.isEmpty() ? ready : ready + Message::verbatim(QStringLiteral(" · ")) + missing);
         ended(layer);
     }
 }

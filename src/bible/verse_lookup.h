@@ -13,8 +13,8 @@
 
 namespace bible {
 
-/// Shows a verse in a layer: a built-in text at once and then, where the choice asks for it, the
-/// online text in its place.
+/// Shows a verse in a layer: a text of this computer, of a built-in or an imported Bible, at once
+/// and then, where the choice asks for it, the online text in its place.
 ///
 /// The owner names a layer by a number of its own; what a number means is the owner's to say when
 /// an answer comes. A newer lookup does not cancel an older one: whichever
@@ -32,7 +32,7 @@ public:
         QString apiBibleName; ///< its entry in the list, "Reina Valera 1960 (RVR60)"; may be empty
     };
 
-    /// `ready` is finished once the built-in Bibles are loaded.
+    /// `ready` is finished once the Bibles of this computer are loaded.
     VerseLookup(Api &api, VerseTranslator &translator, QFuture<void> ready = prepare());
 
     /// Looks `typed` up for the layer, in the Bible that is named behind the reference, if any.

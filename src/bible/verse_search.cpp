@@ -15,8 +15,9 @@ const QString fileName = QStringLiteral("verses.sqlite");
 
 } // namespace
 
-VerseSearch::VerseSearch(QString folder)
+VerseSearch::VerseSearch(QString folder, QFuture<void> ready)
     : m_folder(std::move(folder))
+    , m_ready(std::move(ready))
 {
     m_thread.setMaxThreadCount(1);
     m_thread.setExpiryTimeout(-1);
@@ -54,6 +55,21 @@ void VerseSearch::find(const QString &words, qsizetype most, Receiver receiver)
     });
 }
 
+void VerseSearch::renew()
+{
+    m_thread.start([this] {
+        if (m_index && m_index->bibles() == allBibles()) {
+            return;
+        }
+        const bool isWanted = m_index != nullptr || !m_folder.isEmpty();
+        m_index.reset();
+        m_hopeless = false;
+        if (isWanted) {
+            open();
+        }
+    });
+}
+
 QList<FoundVerse> VerseSearch::search(const QString &words, qsizetype most)
 {
     for (int attempt = 0; attempt < 2 && open(); ++attempt) {
@@ -75,6 +91,7 @@ bool VerseSearch::open()
     if (m_index || m_hopeless || m_stopped) {
         return m_index != nullptr;
     }
+    m_ready.waitForFinished();
     const QString path = QDir(m_folder).filePath(fileName);
     if (!m_folder.isEmpty() && QDir().mkpath(m_folder)) {
         try {

@@ -2,6 +2,7 @@
 
 #include "bible/verse_index.h"
 
+#include <QFuture>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -22,9 +23,9 @@ namespace bible {
 class VerseSearch : public QObject {
     Q_OBJECT
 public:
-    /// Begins to open or make the index. `folder`: of the cache; it is made. Without one, the index
-    /// is made with the first search.
-    explicit VerseSearch(QString folder);
+    /// Begins to open or make the index of all Bibles, once they are there (`ready`). `folder`: of
+    /// the cache; it is made. Without one, the index is made with the first search.
+    explicit VerseSearch(QString folder, QFuture<void> ready = prepare());
     ~VerseSearch() override;
     VerseSearch(const VerseSearch &) = delete;
     VerseSearch &operator=(const VerseSearch &) = delete;
@@ -37,6 +38,9 @@ public:
     /// that is not done: that one's receiver is never called. Without words that is all.
     void find(const QString &words, qsizetype most, Receiver receiver);
 
+    /// Other Bibles may be there now: makes the index anew if so.
+    void renew();
+
 private:
     /// On the other thread.
     [[nodiscard]] QList<FoundVerse> search(const QString &words, qsizetype most);
@@ -44,6 +48,7 @@ private:
     bool makeAt(const QString &path);
 
     const QString m_folder;
+    QFuture<void> m_ready;
     std::atomic<bool> m_stopped = false;
     std::atomic<std::uint64_t> m_newest = 0;
     std::unique_ptr<VerseIndex> m_index; ///< of the other thread

@@ -6,6 +6,8 @@
 #include "studio/projects/profile_change.h"
 #include "translation/service/languages.h"
 
+#include <QFutureWatcher>
+
 #include <chrono>
 #include <utility>
 
@@ -70,11 +72,17 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_translation(clock,
           peers.openAi,
           { m_stage, m_audio, m_programAudio, m_secrets, m_settings })
-    , m_verses(peers.openAi, peers.apiBible, m_stage, [this](const Message &text) { status(text); })
+    , m_bibleLibrary(below(peers.dataFolder, "bibles"))
+    , m_verses(
+          peers.openAi,
+          peers.apiBible,
+          m_stage,
+          [this](const Message &text) { status(text); },
+          m_bibleLibrary.ready())
     , m_bibles({ m_verses, m_translation, m_secrets, m_settings })
     , m_verseSteps({ m_stage, m_program, m_verses, m_bibles })
     , m_passages({ m_stage.document, m_verses, m_bibles, m_settings })
-    , m_verseFinder(m_bibles, peers.cacheFolder)
+    , m_verseFinder(m_bibles, m_bibleLibrary, peers.cacheFolder)
     , m_spokenVerses(clock, { m_stage, m_program, m_verses, m_bibles, m_translation, m_settings })
     , m_captionFiles(clock, peers.captionFolder)
     , m_costs(m_settings, m_notices)
@@ -102,10 +110,28 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     });
     connect(&m_recordings, &RecordingDesk::said, this, &Studio::status);
     connect(&m_recordings, &RecordingDesk::alarmed, this, &Studio::alarm);
+    connect(&m_bibleLibrary, &BibleLibrary::said, this, &Studio::status);
+    connect(&m_projects, &ProjectDesk::opened, this, &Studio::tellAbsentBibles);
+    connect(&m_projects, &ProjectDesk::recovered, this, &Studio::tellAbsentBibles);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
     connect(&m_verseSteps, &VerseSteps::said, this, &Studio::status);
     connect(&m_spokenVerses, &SpokenVerses::said, this, &Studio::status);
     connectCaptions();
+}
+
+/// The texts that the project keeps of such a Bible stay as they are.
+void Studio::tellAbsentBibles()
+{
+    auto *watcher = new QFutureWatcher<void>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        const QStringList absent = absentBibles(m_stage.document.scenes());
+        if (!absent.isEmpty()) {
+            alarm({ "El proyecto usa Biblias que no están en este equipo: %1",
+                { Message::verbatim(absent.join(QStringLiteral(", "))) } });
+        }
+    });
+    watcher->setFuture(m_bibleLibrary.ready());
 }
 
 void Studio::connectCaptions()

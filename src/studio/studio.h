@@ -21,6 +21,7 @@
 #include "studio/projects/project_desk.h"
 #include "studio/projects/work_safety.h"
 #include "studio/services/bible_desk.h"
+#include "studio/services/bible_library.h"
 #include "studio/services/caption_files.h"
 #include "studio/services/cost_desk.h"
 #include "studio/services/passage_desk.h"
@@ -48,7 +49,8 @@ struct StudioPeers {
     Endpoint openAi = openAiEndpoint();
     Endpoint apiBible = apiBibleEndpoint();
     std::unique_ptr<SystemKeyStore> keychain = nullptr; ///< none: the platform's store
-    QString dataFolder {}; ///< of recovery copies, backups, recordings; empty: none are kept
+    QString
+        dataFolder {}; ///< of recovery copies, backups, recordings, Bibles; empty: none are kept
     QString cacheFolder {}; ///< of what can be made anew; empty: it is, with each run
     DiskWatch::Look disk = DiskWatch::lookAtDisk; ///< of the recording
     QString captionFolder {}; ///< of captions without a recording; empty: none are kept
@@ -92,6 +94,7 @@ public:
     [[nodiscard]] const LegibilityWatch &legibility() const { return m_legibility; }
     [[nodiscard]] TranslationDesk &translation() { return m_translation; }
     [[nodiscard]] CostDesk &costs() { return m_costs; }
+    [[nodiscard]] BibleLibrary &bibleLibrary() { return m_bibleLibrary; }
     [[nodiscard]] VerseDesk &verses() { return m_verses; }
     [[nodiscard]] BibleDesk &bibles() { return m_bibles; }
     [[nodiscard]] PassageDesk &passages() { return m_passages; }
@@ -136,6 +139,7 @@ Q_SIGNALS:
 private:
     void readInputs();
     void connectCaptions();
+    void tellAbsentBibles();
     void advanceCaptions();
     [[nodiscard]] Pictures composePictures(std::int64_t now);
     void feedOutputs(const QImage &streams, std::int64_t frameTime);
@@ -169,6 +173,7 @@ private:
     ProjectDesk m_projects;
     WorkSafety m_safety;
     TranslationDesk m_translation;
+    BibleLibrary m_bibleLibrary;
     VerseDesk m_verses;
     BibleDesk m_bibles;
     VerseSteps m_verseSteps;

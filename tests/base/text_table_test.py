@@ -28,10 +28,10 @@ QUOTED = {
 # The book table holds its own names in both languages; what operators type and a style sheet are not
 # shown to them.
 WHOLE_FILES = {
-    *["base/text_table.cpp", "base/text_table_verse.cpp", "base/text_table_camera.cpp", "base/text_table_desk.cpp", "base/text_table_service.cpp", "base/text_table_sermon.cpp",
-      "bible/books.cpp", "translation/pipeline/reading_block.cpp", "ui/kit/style.cpp"],
+    *["base/text_table.cpp", "base/text_table_bibles.cpp", "base/text_table_verse.cpp", "base/text_table_camera.cpp", "base/text_table_desk.cpp", "base/text_table_service.cpp", "base/text_table_sermon.cpp",
+      "bible/books.cpp", "compositor/text/word_widths.cpp", "translation/pipeline/reading_block.cpp", "ui/kit/style.cpp"],
     *[f"bible/{file}.cpp" for file in ["book_forms", "book_names", "named_bible", "reference_tokens", "spoken_books",
-                                   "spoken_references", "spoken_words", "sqlite_handle", "verse_index"]],
+                                   "spoken_references", "spoken_words", "osis_books", "usfm_markers", "sqlite_handle", "verse_index"]],
 }
 
 TOKEN = re.compile(

@@ -1,9 +1,13 @@
 #include "bible/suggestions.h"
+#include "bible/verse_flow.h"
 #include "bible/verse_order.h"
 #include "bible/verse_search.h"
 #include "support/test_registry.h"
 
+#include <QDir>
 #include <QFile>
+#include <QJsonArray>
+#include <QLockFile>
 #include <QTemporaryDir>
 
 #include <random>
@@ -14,10 +18,16 @@ using namespace Qt::StringLiterals;
 namespace {
 
 struct KnownVerse {
-    QString lang;
+    QString bible;
     Ref verse;
     QStringList words;
 };
+
+/// Of the built-in Bible of a language.
+QString idOf(const QString &lang)
+{
+    return lang == u"es" ? spanish().id : english().id;
+}
 
 QList<KnownVerse> versesOf(const QString &file)
 {
@@ -28,7 +38,7 @@ QList<KnownVerse> versesOf(const QString &file)
     }
     for (const QByteArray &line : lines.readAll().trimmed().split('\n')) {
         const QStringList parts = QString::fromUtf8(line).split(u'\t');
-        verses.append({ parts[0], parse(parts[1]), searchWords(parts[2]) });
+        verses.append({ idOf(parts[0]), parse(parts[1]), searchWords(parts[2]) });
     }
     return verses;
 }
@@ -55,6 +65,20 @@ QString queryOf(const QStringList &all, std::mt19937 &random)
         words.removeAt(below(words.size()));
     }
     return words.join(u' ');
+}
+
+/// With one verse, so that its index is soon made.
+BiblePtr shortBible()
+{
+    auto own = std::make_shared<Bible>();
+    own->id = u"LP"_s;
+    own->lang = u"es"_s;
+    own->books = QJsonArray { QJsonArray { QJsonArray { u"Un xilófono"_s } } };
+    while (own->books.size() < 66) {
+        own->books.append(QJsonArray());
+    }
+    own->valid = true;
+    return own;
 }
 
 QString labels(const QList<Suggestion> &suggestions)
@@ -111,8 +135,8 @@ private Q_SLOTS:
                 { "jesus wept", "en", "Juan 11:35" } }) {
             const QList<FoundVerse> found = find(search, QString::fromUtf8(words));
             QVERIFY2(!found.isEmpty(), words);
-            QCOMPARE(found.first().lang + u' ' + label(found.first().verse, u"es"_s),
-                QLatin1String(lang) + u' ' + QString::fromUtf8(first));
+            QCOMPARE(found.first().bible + u' ' + label(found.first().verse, u"es"_s),
+                idOf(QLatin1String(lang)) + u' ' + QString::fromUtf8(first));
         }
         QVERIFY(find(search, u"xyzzy qwertz"_s).isEmpty());
         QVERIFY(find(search, u" ,.! "_s).isEmpty());
@@ -124,7 +148,7 @@ private Q_SLOTS:
         for (int query = 0; query < queries; ++query) {
             const KnownVerse &verse = verses.at(query % verses.size());
             const QString words = queryOf(verse.words, random);
-            if (!find(search, words).contains(FoundVerse { verse.lang, verse.verse })) {
+            if (!find(search, words).contains(FoundVerse { verse.bible, verse.verse })) {
                 ++missed;
             }
         }
@@ -154,6 +178,37 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(path()).size(), size);
         VerseSearch nowhere(u"/proc/nowhere"_s); // cannot be written
         QVERIFY(!find(nowhere, u"lord is my shepherd"_s).isEmpty());
+    }
+
+    void whatACrashHasLeftIsRemoved()
+    {
+        const QTemporaryDir folder;
+        const QString index = folder.filePath(u"verses.sqlite"_s);
+        QFile unfinished(index + u".99999999"_s); // of a process that there is not
+        const auto never = [] { return false; };
+        for (const bool isBeingMade : { true, false }) {
+            QVERIFY(unfinished.open(QIODevice::WriteOnly));
+            unfinished.close();
+            QLockFile lock(index + u".lock"_s); // of another instance that is at it
+            QVERIFY(!isBeingMade || lock.tryLock());
+            VerseIndex::make(index, never, { shortBible() });
+            QCOMPARE(unfinished.exists(), isBeingMade);
+        }
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList(u"verses.sqlite"_s));
+    }
+
+    void importedVersesAreFound()
+    {
+        const BiblePtr own = shortBible();
+        const QString index = m_folder.filePath(u"own.sqlite"_s);
+        VerseIndex::make(index, [] { return false; }, { own });
+        QVERIFY_THROWS_EXCEPTION(SqliteError, VerseIndex(index, {})); // of other Bibles
+        const QList<FoundVerse> found = VerseIndex(index, { own }).find(u"XILOFONO"_s, 5);
+        QVERIFY((found == QList<FoundVerse> { { u"LP"_s, { 0, 1, 1, 1 } } }));
+        setImportedBibles({ own });
+        QCOMPARE(suggestionOf(found.first(), firstBible(u"es"_s)).reference, u"Génesis 1:1 LP"_s);
+        setImportedBibles({});
+        QVERIFY(suggestionOf(found.first(), nullptr).reference.isEmpty()); // it has gone
     }
 
     void onlyTheNewestSearchAnswers()

@@ -97,6 +97,12 @@ private Q_SLOTS:
             qPrintable(on.status));
         on.show(u"Ester 8:9"_s, u"es"_s);
         QCOMPARE(on.told(u"Ester 8:9"_s), 0); // made smaller
+        const Box low { 0.08, 0.62, 0.84, 0.03 }; // not one line high
+        on.stage.document.apply(SetField { on.place, LayerField::Box, low });
+        on.show(u"Salmos 119"_s, u"es"_s);
+        QVERIFY2(on.status.contains(u" · El texto no cabe en su recuadro: "_s)
+                && on.status.contains(u" · página 1 de "_s),
+            qPrintable(on.status));
     }
 };
 

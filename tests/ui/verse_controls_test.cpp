@@ -192,6 +192,46 @@ private Q_SLOTS:
         QCOMPARE(desk.find<QComboBox>("secondBible")->currentIndex(), 2);
     }
 
+    /// Wherever Bibles are chosen, until it is removed.
+    void anImportedBibleIsChosen()
+    {
+        const QTemporaryDir data;
+        QFile file(data.filePath(u"juan.usfm"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("\\id JHN La Palabra\n\\rem Licencia libre\n\\c 3\n\\v 16 Tanto\n\\v 17 No\n");
+        file.close();
+        StudioServices services = servicesAt(m_peer.endpoint());
+        services.dataFolder = data.path();
+        Desk desk(std::move(services));
+        auto *choice = desk.find<QComboBox>("bibleChoice");
+        auto *second = desk.find<QComboBox>("secondBible");
+        desk.dialogs->files = { u"/nowhere/a.xml"_s, file.fileName() };
+        desk.press("importBible");
+        QTRY_COMPARE(desk.status(), u"No se pudo leer a.xml"_s);
+        desk.press("importBible");
+        QTRY_COMPARE(desk.status(), u"Biblia importada: La Palabra"_s);
+        QVERIFY(!desk.find<QPushButton>("removeBible")->isEnabled());
+        choice->setCurrentIndex(choice->findText(u"La Palabra (importada)"_s));
+        QVERIFY(desk.find<QLabel>("bibleDetails")->text().endsWith(u"Licencia libre"));
+        desk.enter("quickVerse", u"Juan 3:16"_s);
+        desk.press("showVerse");
+        QCOMPARE(desk.layers().back().text, u"Tanto"_s);
+        QCOMPARE(desk.layers().back().reference, u"Juan 3:16 · La Palabra"_s);
+        desk.enter("quickVerse", u"Juan 3:16 KJV"_s);
+        desk.press("showVerse");
+        second->setCurrentIndex(second->findText(u"La Palabra"_s));
+        Q_EMIT second->activated(second->currentIndex());
+        QCOMPARE(desk.layers().back().secondText, u"Tanto"_s);
+
+        desk.dialogs->answers = { true };
+        desk.press("removeBible");
+        QTRY_COMPARE(desk.status(), u"Biblia quitada."_s);
+        QCOMPARE(choice->count(), 4);
+        QCOMPARE(choice->currentIndex(), 0);
+        QCOMPARE(second->currentText(), u"LP (no está en este equipo)"_s);
+        QCOMPARE(desk.layers().back().secondText, u"Tanto"_s); // what is there stays
+    }
+
     /// By the keyboard alone: opened, a passage added, cued, put in order.
     void passagesOfTheServiceAreCued()
     {

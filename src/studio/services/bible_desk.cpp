@@ -37,8 +37,29 @@ void BibleDesk::choose(int choice)
         QLatin1String(words.at(static_cast<std::size_t>(choice))));
 }
 
+QString BibleDesk::imported() const
+{
+    const QString stored = m_surroundings.settings.value(choiceSetting).toString();
+    return bible::importedChoice(stored).value_or(QString());
+}
+
+void BibleDesk::chooseImported(const QString &id)
+{
+    m_surroundings.settings.setValue(choiceSetting, bible::choiceOfImported(id));
+}
+
+bible::BiblePtr BibleDesk::firstFor(const QString &named) const
+{
+    const bible::BiblePtr imported = named.isEmpty() ? nullptr : bible::importedNamed(named);
+    const bible::BiblePtr builtIn = bible::bibleWithId(named);
+    return imported != nullptr ? imported : builtIn != nullptr ? builtIn : first();
+}
+
 QString BibleDesk::resolvedChoice() const
 {
+    if (const QString id = imported(); !id.isEmpty()) {
+        return bible::choiceOfImported(id);
+    }
     return bible::bibleChoice(QLatin1String(words.at(static_cast<std::size_t>(choice()))),
         m_surroundings.translation.target());
 }

@@ -31,12 +31,21 @@ public:
     /// Of the service that online Bibles come from.
     [[nodiscard]] ServiceKey &key() { return m_key; }
 
-    /// 0: by the language of the captions, 1: Spanish, 2: English, 3: online.
+    /// 0: by the language of the captions, 1: Spanish, 2: English, 3: online; 0 for an imported
+    /// one.
     [[nodiscard]] int choice() const;
     void choose(int choice);
+    /// The identifier of the imported Bible that is chosen, whether it is there or not; or empty.
+    [[nodiscard]] QString imported() const;
+    void chooseImported(const QString &id);
 
-    /// The language of the built-in Bible that a lookup shows first: "es" or "en".
+    /// The language that a lookup labels references in at first: "es" or "en".
     [[nodiscard]] QString language() const { return bible::builtInLanguage(resolvedChoice()); }
+    /// The Bible that a lookup shows first; none when it is an imported one that is not there. The
+    /// built-in ones must be loaded.
+    [[nodiscard]] bible::BiblePtr first() const { return bible::firstBible(resolvedChoice()); }
+    /// The same where `named` stands behind the reference; that of `first` when it is not here.
+    [[nodiscard]] bible::BiblePtr firstFor(const QString &named) const;
     /// The text of a lookup comes from the network, behind a built-in one.
     [[nodiscard]] bool isOnline() const;
 

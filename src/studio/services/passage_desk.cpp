@@ -1,6 +1,6 @@
 #include "studio/services/passage_desk.h"
 
-#include "bible/builtin.h"
+#include "base/error.h"
 #include "bible/verse_flow.h"
 #include "studio/services/second_verse.h"
 
@@ -40,9 +40,12 @@ PassageDesk::PassageDesk(const Surroundings &surroundings)
 void PassageDesk::add(const QString &typed)
 {
     const QString lang = m_surroundings.bibles.language();
-    const bible::Bible &bible = lang == QLatin1String("en") ? bible::english() : bible::spanish();
     const bible::Asked asked = bible::requireReference(typed, lang);
-    const bible::VerseUpdate verse = bible::builtInVerse(bible, asked.passage, lang);
+    const bible::BiblePtr bible = m_surroundings.bibles.firstFor(asked.bible);
+    if (bible == nullptr) {
+        throw Error("La Biblia elegida no está en este equipo: impórtala o elige otra.");
+    }
+    const bible::VerseUpdate verse = bible::builtInVerse(*bible, asked.passage, lang);
     const QString named = asked.bible.isEmpty() ? QString() : QLatin1Char(' ') + asked.bible;
     std::vector<KeptPassage> passages = kept();
     passages.push_back({ *verse.name + named, firstWords(verse.text) });

@@ -17,22 +17,9 @@ std::optional<bible::Passage> passageOf(const QString &reference)
                                                            : std::nullopt;
 }
 
-const bible::Bible *bibleWithId(const QString &id)
-{
-    if (id.isEmpty()) {
-        return nullptr;
-    }
-    for (const bible::Bible *each : { &bible::spanish(), &bible::english() }) {
-        if (each->valid && each->id == id) {
-            return each;
-        }
-    }
-    return nullptr;
-}
-
 SecondText secondOf(const Layer &layer, const bible::Passage &passage)
 {
-    const bible::Bible *bible = bibleWithId(layer.second);
+    const bible::BiblePtr bible = bible::bibleWithId(layer.second);
     if (bible == nullptr) {
         return {};
     }
@@ -55,9 +42,12 @@ Message missingSecond(const Layer &layer)
     if (layer.second.isEmpty() || !layer.secondText.isEmpty() || layer.reference.isEmpty()) {
         return {};
     }
-    const bible::Bible *bible = bibleWithId(layer.second);
-    const QString name = bible != nullptr ? bible->name : layer.second;
-    return { "No está en %1: se muestra sola la primera Biblia.", { Message::verbatim(name) } };
+    const bible::BiblePtr bible = bible::bibleWithId(layer.second);
+    return bible != nullptr ? Message("No está en %1: se muestra sola la primera Biblia.",
+               { Message::verbatim(bible->name) })
+                            : Message("La Biblia %1 no está en este equipo: se muestra sola la "
+                                      "primera.",
+                                { Message::verbatim(layer.second) });
 }
 
 } // namespace nimbara

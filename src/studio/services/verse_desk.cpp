@@ -28,12 +28,24 @@ Message pageText(const QString &label, std::size_t page, std::size_t pages)
     return label.isEmpty() ? text : Message::verbatim(label + QStringLiteral(" · ")) + text;
 }
 
-VerseDesk::VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &stage, Report status)
+Message hiddenText(const Layer &layer, const VersePages &pages, FrameSize frame)
+{
+    const VersePage &page = pages.pages[pages.shown(layer)];
+    const std::int32_t hidden = hiddenLines(pageShown(layer, pages), frame, page.numbers);
+    return hidden == 0 ? Message() : hiddenLinesText(hidden);
+}
+
+VerseDesk::VerseDesk(const Endpoint &openAi,
+    const Endpoint &apiBible,
+    Stage &stage,
+    Report status,
+    const QFuture<void> &ready)
     : m_stage(stage)
     , m_status(std::move(status))
     , m_api(apiBible)
     , m_translator(openAi)
-    , m_lookup(m_api, m_translator)
+    , m_ready(ready)
+    , m_lookup(m_api, m_translator, ready)
 {
     m_lookup.statusChanged
         = [this](auto id, const Message &message) { tell(LayerId::of(id), message); };
@@ -103,11 +115,10 @@ void VerseDesk::useWaiting(LayerId layer)
 
 void VerseDesk::setSecond(LayerId layer, const QString &bible)
 {
-    QFuture<void> ready = bible::prepare();
-    if (ready.isFinished()) {
+    if (m_ready.isFinished()) {
         showSecond(layer, bible);
     } else { // for tens of milliseconds after the start
-        ready.then(this, [this, layer, bible] { showSecond(layer, bible); });
+        m_ready.then(this, [this, layer, bible] { showSecond(layer, bible); });
     }
 }
 
@@ -220,12 +231,11 @@ void VerseDesk::tell(LayerId id, const Message &said)
     const Message text = missing.isEmpty() ? said : said + dot + missing;
     const FrameSize frame = m_stage.previewFrame();
     const VersePages &pages = m_stage.pager->pages(*layer, frame);
-    if (pages.pages.size() > 1) {
-        m_status(text + dot + pageText({}, pages.shown(*layer), pages.pages.size()));
-        return;
-    }
-    const int hidden = hiddenLines(pageShown(*layer, pages), frame, pages.pages.front().numbers);
-    m_status(hidden == 0 ? text : text + dot + hiddenLinesText(hidden));
+    const Message told = pages.pages.size() > 1
+        ? text + dot + pageText({}, pages.shown(*layer), pages.pages.size())
+        : text;
+    const Message hidden = hiddenText(*layer, pages, frame);
+    m_status(hidden.isEmpty() ? told : told + dot + hidden);
 }
 
 } // namespace nimbara

@@ -18,14 +18,21 @@ namespace nimbara {
 /// "Salmos 119:1-4 · página 1 de 40". `page`: from 0.
 Message pageText(const QString &label, std::size_t page, std::size_t pages);
 
+/// How many lines of the page that the layer shows are hidden; empty when none is.
+Message hiddenText(const Layer &layer, const VersePages &pages, FrameSize frame);
+
 /// Looks verses up for verse layers. An answer that comes later finds its layer wherever it is
 /// then, or finds it gone. Where the operator has written over the text meanwhile, that stays and
 /// the answer waits until it is asked for. Interface thread only.
 class VerseDesk : public QObject {
     Q_OBJECT
 public:
-    /// `stage` must outlive the desk. Begins to load the built-in Bibles in the background.
-    VerseDesk(const Endpoint &openAi, const Endpoint &apiBible, Stage &stage, Report status);
+    /// `stage` must outlive the desk. `ready`: the Bibles of this computer are loaded.
+    VerseDesk(const Endpoint &openAi,
+        const Endpoint &apiBible,
+        Stage &stage,
+        Report status,
+        const QFuture<void> &ready = bible::prepare());
 
     /// Shows the verse in the layer; does nothing without such a layer. One of `quickVerseLayer` is
     /// put into its scene with its verse, in one step. Throws as `bible::VerseLookup::lookupVerse`
@@ -43,7 +50,7 @@ public:
     /// Shows the answer that waits for the layer.
     void useWaiting(LayerId layer);
 
-    /// Takes the built-in Bible with the identifier for the layer's second one, none for an empty
+    /// Takes the Bible with the identifier for the layer's second one, none for an empty
     /// text, and shows the layer's passage in it; see `secondOf`. What is missing is told.
     void setSecond(LayerId layer, const QString &bible);
 
@@ -83,6 +90,7 @@ private:
     Report m_status;
     bible::Api m_api;
     bible::VerseTranslator m_translator;
+    QFuture<void> m_ready;
     bible::VerseLookup m_lookup;
     std::map<LayerId, QString> m_written; ///< the text that a lookup last found or left in a layer
     std::map<LayerId, SceneId> m_planned; ///< layers to come, at most one for each scene

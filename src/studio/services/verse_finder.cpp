@@ -1,14 +1,15 @@
 #include "studio/services/verse_finder.h"
 
-#include "bible/builtin.h"
-
 namespace nimbara {
 
-VerseFinder::VerseFinder(const BibleDesk &bibles, const QString &cacheFolder)
+VerseFinder::VerseFinder(const BibleDesk &bibles,
+    const BibleLibrary &library,
+    const QString &cacheFolder)
     : m_bibles(bibles)
-    , m_ready(bible::prepare())
-    , m_search(cacheFolder)
+    , m_ready(library.ready())
+    , m_search(cacheFolder, library.ready())
 {
+    connect(&library, &BibleLibrary::changed, this, [this] { m_search.renew(); });
 }
 
 void VerseFinder::suggest(const QString &typed)
@@ -16,9 +17,9 @@ void VerseFinder::suggest(const QString &typed)
     if (!m_ready.isFinished()) {
         return; // for tens of milliseconds after the start
     }
-    const bool spanish = m_bibles.language() == QLatin1String("es");
+    const bible::BiblePtr first = m_bibles.first();
     const QList<bible::Suggestion> references
-        = bible::completions(typed, spanish ? bible::spanish() : bible::english(), most);
+        = first != nullptr ? bible::completions(typed, *first, most) : QList<bible::Suggestion>();
     Q_EMIT suggested(typed, references);
     const bool words = bible::mayBeWords(typed);
     m_search.find(words ? typed : QString(),
@@ -29,8 +30,9 @@ void VerseFinder::suggest(const QString &typed)
             }
             QList<bible::Suggestion> all = references;
             for (const bible::FoundVerse &verse : found) {
-                if (all.size() < most) {
-                    all << bible::suggestionOf(verse, m_bibles.language());
+                const bible::Suggestion suggestion = bible::suggestionOf(verse, m_bibles.first());
+                if (all.size() < most && !suggestion.reference.isEmpty()) {
+                    all << suggestion;
                 }
             }
             Q_EMIT suggested(typed, all);

@@ -3,6 +3,7 @@
 #include "bible/suggestions.h"
 #include "bible/verse_search.h"
 #include "studio/services/bible_desk.h"
+#include "studio/services/bible_library.h"
 
 #include <QFuture>
 #include <QList>
@@ -18,8 +19,8 @@ class VerseFinder : public QObject {
 public:
     static constexpr qsizetype most = 8; ///< suggestions
 
-    /// `bibles` must outlive this. `cacheFolder`: see `bible::VerseSearch`.
-    VerseFinder(const BibleDesk &bibles, const QString &cacheFolder);
+    /// `bibles` and `library` must outlive this. `cacheFolder`: see `bible::VerseSearch`.
+    VerseFinder(const BibleDesk &bibles, const BibleLibrary &library, const QString &cacheFolder);
 
     /// Suggests at once what references the text may become, and later, where it may be words of a
     /// verse, those verses behind them. A later text takes the place of an earlier one.
@@ -31,7 +32,7 @@ Q_SIGNALS:
 
 private:
     const BibleDesk &m_bibles;
-    QFuture<void> m_ready; ///< the built-in Bibles are loaded
+    QFuture<void> m_ready; ///< the Bibles are loaded
     bible::VerseSearch m_search;
 };
 

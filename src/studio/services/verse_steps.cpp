@@ -42,16 +42,10 @@ QString sourceOf(const Layer &layer)
     return layer.reference.section(dot, 1);
 }
 
-/// The built-in Bible that the layer's text is from; none for an online text.
-const bible::Bible *bibleOf(const Layer &layer)
+/// The Bible of this computer that the layer's text is from; none for an online text.
+bible::BiblePtr bibleOf(const Layer &layer)
 {
-    const QString source = sourceOf(layer);
-    for (const bible::Bible *each : { &bible::spanish(), &bible::english() }) {
-        if (each->valid && each->name == source) {
-            return each;
-        }
-    }
-    return nullptr;
+    return bible::bibleWithName(sourceOf(layer));
 }
 
 SetVerse verseFrom(const bible::Bible &bible, const bible::Passage &passage, LayerId layer)
@@ -92,10 +86,11 @@ std::int32_t matchingPage(const VersePages &pace, std::size_t page, const VerseP
 }
 
 /// Where an online text cannot be had: the built-in Bible of the language that its label is in.
-const bible::Bible &standIn(const Layer &layer, const bible::Passage &shown)
+bible::BiblePtr standIn(const Layer &layer, const bible::Passage &shown)
 {
-    const bool isEnglish = bible::label(shown, bible::english().lang) == labelOf(layer.reference);
-    return isEnglish && bible::english().valid ? bible::english() : bible::spanish();
+    const QString english = QStringLiteral("en");
+    const bool isEnglish = bible::label(shown, english) == labelOf(layer.reference);
+    return bible::firstBible(isEnglish ? english : QStringLiteral("es"));
 }
 
 } // namespace
@@ -238,7 +233,7 @@ void VerseSteps::leave(const Spot &lead, Direction direction)
         Q_EMIT said("El texto no tiene más páginas.");
         return;
     }
-    const bible::Bible *bible = bibleOf(lead.layer);
+    const bible::BiblePtr bible = bibleOf(lead.layer);
     const bible::Bible &counted = bible != nullptr ? *bible : bible::spanish();
     const auto next = direction == Direction::On ? bible::verseAfter(counted, *passage)
                                                  : bible::verseBefore(counted, *passage);
@@ -303,10 +298,10 @@ void VerseSteps::show(const Spot &lead,
 {
     std::vector<SetVerse> followers;
     for (const Spot &spot : following(lead)) {
-        const bible::Bible *bible = bibleOf(spot.layer);
+        bible::BiblePtr bible = bibleOf(spot.layer);
         const bool isOther = sourceOf(spot.layer) != sourceOf(lead.layer);
         if (bible == nullptr && isOther) { // another online Bible than the leading one
-            bible = &standIn(spot.layer, *passageOf(lead.layer.reference));
+            bible = standIn(spot.layer, *passageOf(lead.layer.reference));
         }
         SetVerse own = verse;
         own.layer = spot.layer.id;
@@ -366,8 +361,11 @@ void VerseSteps::tell(const Spot &spot, const SetVerse &verse)
     const QString label = labelOf(pages.pages[page].reference);
     const Message shown = pages.pages.size() == 1 ? bible::readyStatus(label)
                                                   : pageText(label, page, pages.pages.size());
-    const Message missing = missingSecond(layer);
-    Q_EMIT said(missing.isEmpty() ? shown : shown + Message::verbatim(dot) + missing);
+    Message told = shown;
+    for (const Message &more : { missingSecond(layer), hiddenText(layer, pages, spot.frame) }) {
+        told = more.isEmpty() ? told : told + Message::verbatim(dot) + more;
+    }
+    Q_EMIT said(told);
 }
 
 } // namespace nimbara

@@ -1,5 +1,6 @@
 #include "ui/captions/verse_controls.h"
 
+#include "base/i18n.h"
 #include "ui/kit/key_field.h"
 
 #include <QApplication>
@@ -10,7 +11,9 @@
 namespace nimbara {
 
 VerseControls::VerseControls(Studio &studio, const ErrorGuard &guard, Views views)
-    : m_desk(studio.bibles())
+    : m_studio(studio)
+    , m_desk(studio.bibles())
+    , m_library(studio.bibleLibrary())
     , m_verses(studio.verses())
     , m_steps(studio.verseSteps())
     , m_finder(studio.verseFinder())
@@ -24,6 +27,7 @@ VerseControls::VerseControls(Studio &studio, const ErrorGuard &guard, Views view
     connectViews();
     connectTyping();
     connectPassages();
+    connectLibrary();
     const auto tell = [this](const Message &reason) { m_guard.tell(reason); };
     connect(&m_verses, &VerseDesk::failed, this, tell);
     connect(&m_verses, &VerseDesk::quickVerseAdded, &m_views.editor, &SceneEditor::offer);
@@ -35,6 +39,7 @@ VerseControls::VerseControls(Studio &studio, const ErrorGuard &guard, Views view
 void VerseControls::showChoice()
 {
     m_views.bible.showChoice(m_desk.choice());
+    m_views.bible.showImported(bible::importedBibles(), m_desk.imported());
     bindKeyField(*m_views.bible.key(), m_desk.key());
     if (const bible::ListedBible listed = m_desk.online(); !listed.id.isEmpty()) {
         m_views.bible.showBibles({ { listed.id, listed.text.isEmpty() ? listed.id : listed.text } },
@@ -69,6 +74,74 @@ void VerseControls::connectViews()
             m_desk.chooseOnline({ id, name });
         });
     connect(bible, &BibleGroup::findPressed, &m_desk, &BibleDesk::findBibles);
+}
+
+void VerseControls::connectLibrary()
+{
+    const BibleGroup *bible = &m_views.bible;
+    connect(bible, &BibleGroup::importedChosen, &m_desk, &BibleDesk::chooseImported);
+    connect(bible, &BibleGroup::importPressed, &m_library, &BibleLibrary::findModules);
+    connect(&m_library, &BibleLibrary::modulesFound, this, &VerseControls::offerModules);
+    connect(bible, &BibleGroup::removePressed, this, &VerseControls::removeBible);
+    connect(&m_library, &BibleLibrary::failed, this, [this](const Message &reason) {
+        m_guard.tell(reason);
+    });
+    connect(&m_library, &BibleLibrary::changed, this, [this] {
+        m_views.bible.showChoice(m_desk.choice());
+        m_views.bible.showImported(bible::importedBibles(), m_desk.imported());
+        if (const Layer *layer
+            = findLayer(m_studio.document().scenes(), m_views.editor.selected())) {
+            m_views.tab.properties()->refresh(*layer); // lists them, too
+        }
+    });
+}
+
+/// A file or a module, below the button; where no module is installed, a file.
+void VerseControls::offerModules(const QList<bible::SwordModule> &modules)
+{
+    if (modules.isEmpty()) {
+        importFiles();
+        return;
+    }
+    auto *menu = new QMenu(&m_views.bible);
+    menu->setObjectName(QLatin1String("bibleSources"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    connect(menu->addAction(nimbara_i18n::tr("De un archivo…")),
+        &QAction::triggered,
+        this,
+        &VerseControls::importFiles);
+    menu->addSeparator();
+    for (const bible::SwordModule &module : modules) {
+        QString text = nimbara_i18n::tr("De SWORD: %1").arg(module.name);
+        text.replace(QLatin1Char('&'), QStringLiteral("&&")); // no shortcut
+        connect(menu->addAction(text), &QAction::triggered, this, [this, module] {
+            m_library.importModule(module);
+        });
+    }
+    const auto *button = m_views.bible.findChild<QPushButton *>(QStringLiteral("importBible"));
+    menu->popup(button->mapToGlobal(QPoint(0, button->height())));
+}
+
+void VerseControls::importFiles()
+{
+    m_library.importFiles(m_guard.dialogs().openFiles(nimbara_i18n::tr("Importar Biblia"),
+        {},
+        nimbara_i18n::tr("Biblias OSIS, Zefania o USFM (*.xml *.osis *.usfm *.sfm *.txt)")
+            + QStringLiteral(";;") + nimbara_i18n::tr("Todos los archivos (*)")));
+}
+
+void VerseControls::removeBible(const QString &id)
+{
+    const bible::BiblePtr bible = bible::bibleWithId(id);
+    if (bible == nullptr
+        || !m_guard.dialogs().question(nimbara_i18n::tr("Quitar Biblia"),
+            nimbara_i18n::tr("¿Quitar “%1” de este equipo?").arg(bible->name))) {
+        return;
+    }
+    if (m_desk.imported() == id) {
+        m_desk.choose(0);
+    }
+    m_library.remove(id);
 }
 
 /// Suggestions go to the field that was typed into, wherever it is by then.

@@ -39,13 +39,19 @@ private:
     void showChoice();
     void connectViews();
     void connectTyping();
+    void connectLibrary();
+    void offerModules(const QList<bible::SwordModule> &modules);
+    void importFiles();
+    void removeBible(const QString &id);
     void connectPassages();
     void suggest(VerseField *field, const QString &typed);
     void showVerse(LayerId layer, const QString &typed);
     void showQuickVerse(const QString &typed);
     void offer(LayerId layer, const QStringList &offers);
 
+    Studio &m_studio;
     BibleDesk &m_desk;
+    BibleLibrary &m_library;
     VerseDesk &m_verses;
     VerseSteps &m_steps;
     VerseFinder &m_finder;

@@ -1,6 +1,7 @@
 #include "ui/editor/verse_rows.h"
 
 #include "base/i18n.h"
+#include "bible/shelf.h"
 #include "ui/kit/controls.h"
 
 #include <QComboBox>
@@ -9,6 +10,7 @@
 #include <QSignalBlocker>
 
 #include <algorithm>
+#include <utility>
 
 namespace nimbara {
 
@@ -52,16 +54,43 @@ VerseRows::VerseRows(QFormLayout &form, QObject *parent)
 
 void VerseRows::addSecond(QFormLayout &form)
 {
-    // The built-in ones, by their own names.
-    m_second->addItem(nimbara_i18n::tr("Ninguna"), QString());
-    m_second->addItem(QStringLiteral("Reina-Valera 1909"), QStringLiteral("RV1909"));
-    m_second->addItem(QStringLiteral("King James Version"), QStringLiteral("KJV"));
+    listBibles({});
     connect(m_second, &QComboBox::activated, this, [this](int entry) {
         Q_EMIT secondWanted(m_second->itemData(entry).toString());
     });
     form.addRow(nimbara_i18n::tr("Segunda Biblia"), m_second);
     form.addRow(nimbara_i18n::tr("Disposición"), m_arrangement);
     form.addRow(nimbara_i18n::tr("Biblias que se muestran"), m_shows);
+}
+
+/// `shown`: the identifier of one that is listed even where it is not here.
+void VerseRows::listBibles(const QString &shown)
+{
+    // The built-in ones, by their own names.
+    QList<std::pair<QString, QString>> entries { { nimbara_i18n::tr("Ninguna"), QString() },
+        { QStringLiteral("Reina-Valera 1909"), QStringLiteral("RV1909") },
+        { QStringLiteral("King James Version"), QStringLiteral("KJV") } };
+    for (const bible::BiblePtr &each : bible::importedBibles()) {
+        entries.append({ each->name, each->id });
+    }
+    const bool isHere = std::any_of(entries.begin(), entries.end(), [&shown](const auto &entry) {
+        return entry.second == shown;
+    });
+    if (!isHere) {
+        entries.append({ nimbara_i18n::tr("%1 (no está en este equipo)").arg(shown), shown });
+    }
+    QList<std::pair<QString, QString>> listed;
+    for (int entry = 0; entry < m_second->count(); ++entry) {
+        listed.append({ m_second->itemText(entry), m_second->itemData(entry).toString() });
+    }
+    if (listed == entries) {
+        return;
+    }
+    const QSignalBlocker blocker(m_second);
+    m_second->clear();
+    for (const auto &[name, id] : entries) {
+        m_second->addItem(name, id);
+    }
 }
 
 QComboBox *VerseRows::makeChoice(std::initializer_list<const char *> entries,
@@ -78,6 +107,7 @@ QComboBox *VerseRows::makeChoice(std::initializer_list<const char *> entries,
 
 void VerseRows::refresh(const Layer &layer)
 {
+    listBibles(layer.second);
     show(m_second, std::max(m_second->findData(layer.second), 0));
     show(m_arrangement, layer.arrangement);
     show(m_shows, layer.shows);

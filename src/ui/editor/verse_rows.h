@@ -31,6 +31,7 @@ Q_SIGNALS:
 
 private:
     void addSecond(QFormLayout &form);
+    void listBibles(const QString &shown);
     QComboBox *makeChoice(std::initializer_list<const char *> entries,
         const char *name,
         const char *spanish,

@@ -62,7 +62,7 @@ void widen(QFileDialog &dialog)
     dialog.resize(QSize(900, 560).boundedTo(dialog.screen()->availableSize()));
 }
 
-QString askForFile(QFileDialog &dialog, const QString &startPath)
+QStringList askForFiles(QFileDialog &dialog, const QString &startPath)
 {
     if (!startPath.isEmpty() && !QFileInfo(startPath).isDir()) {
         dialog.selectFile(startPath);
@@ -70,7 +70,12 @@ QString askForFile(QFileDialog &dialog, const QString &startPath)
     static FileKinds kinds; // the dialog's threads read it until they end
     dialog.setIconProvider(&kinds);
     widen(dialog);
-    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
+}
+
+QString askForFile(QFileDialog &dialog, const QString &startPath)
+{
+    return askForFiles(dialog, startPath).value(0);
 }
 
 } // namespace
@@ -80,6 +85,14 @@ QString QtDialogs::openFile(const QString &title, const QString &startPath, cons
     QFileDialog dialog(m_parent, title, startPath, filter);
     dialog.setFileMode(QFileDialog::ExistingFile);
     return askForFile(dialog, startPath);
+}
+
+QStringList
+QtDialogs::openFiles(const QString &title, const QString &startPath, const QString &filter)
+{
+    QFileDialog dialog(m_parent, title, startPath, filter);
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    return askForFiles(dialog, startPath);
 }
 
 QString QtDialogs::saveFile(const QString &title, const QString &startPath, const QString &filter)

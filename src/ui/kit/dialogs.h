@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -30,6 +31,13 @@ public:
     /// An existing file; empty when cancelled.
     virtual QString openFile(const QString &title, const QString &startPath, const QString &filter)
         = 0;
+    /// Existing files, one or several; empty when cancelled.
+    virtual QStringList
+    openFiles(const QString &title, const QString &startPath, const QString &filter)
+    {
+        const QString file = openFile(title, startPath, filter);
+        return file.isEmpty() ? QStringList() : QStringList(file);
+    }
     /// A file to write; empty when cancelled. The dialog asks before an existing one is replaced.
     virtual QString saveFile(const QString &title, const QString &startPath, const QString &filter)
         = 0;
@@ -68,6 +76,8 @@ public:
     }
     QString
     openFile(const QString &title, const QString &startPath, const QString &filter) override;
+    QStringList
+    openFiles(const QString &title, const QString &startPath, const QString &filter) override;
     QString
     saveFile(const QString &title, const QString &startPath, const QString &filter) override;
     QString folder(const QString &title, const QString &startPath) override;

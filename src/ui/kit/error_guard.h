@@ -36,6 +36,8 @@ public:
         }
     }
 
+    [[nodiscard]] Dialogs &dialogs() const { return m_dialogs; }
+
     /// From now on the status line alone: a box would hold up a window that closes.
     void withoutBoxes() { m_hasBoxes = false; }
 

@@ -249,7 +249,9 @@ private Q_SLOTS:
     void keysNudgeAndADoubleClickShowsTheTab()
     {
         SceneDesk desk;
+        QVERIFY(desk.isActive());
         desk.only(LayerKind::Color);
+        desk.canvas()->setFocus();
         QTest::keyClick(desk.canvas(), Qt::Key_Right);
         QTest::keyClick(desk.canvas(), Qt::Key_Up, Qt::ShiftModifier);
         QVERIFY(qAbs(desk.first().x - 0.2 - 1.0 / 1920) < 1e-9);

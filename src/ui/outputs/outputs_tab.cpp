@@ -37,8 +37,8 @@ OutputsTab::OutputsTab(std::span<const QString, slots> names, QWidget *parent)
         addRow(grid, slot);
     }
     addButtons(grid);
-    addLineRow(grid);
     addRecordingRow(grid);
+    addTexts(grid);
     grid->setColumnStretch(1, 3);
     grid->setColumnStretch(2, 2);
     grid->setColumnStretch(5, 3);
@@ -78,7 +78,7 @@ void OutputsTab::addRow(QGridLayout *grid, std::size_t slot)
 void OutputsTab::addButtons(QGridLayout *grid)
 {
     auto *buttons = new QHBoxLayout;
-    for (QPushButton *button : { m_startSelected, m_stopStreams, m_saveKeys }) {
+    for (QPushButton *button : { m_startSelected, m_stopStreams, m_saveKeys, m_testLine }) {
         buttons->addWidget(button);
     }
     buttons->addWidget(m_reconnects);
@@ -87,23 +87,18 @@ void OutputsTab::addButtons(QGridLayout *grid)
     connect(m_startSelected, &QPushButton::clicked, this, &OutputsTab::startSelectedPressed);
     connect(m_stopStreams, &QPushButton::clicked, this, &OutputsTab::stopStreamsPressed);
     connect(m_saveKeys, &QPushButton::clicked, this, &OutputsTab::saveKeysPressed);
+    connect(m_testLine, &QPushButton::clicked, this, &OutputsTab::lineTestPressed);
     m_reconnects->setObjectName(QStringLiteral("reconnects"));
     connect(m_reconnects, &QCheckBox::toggled, this, &OutputsTab::reconnectsChanged);
 }
 
-void OutputsTab::addLineRow(QGridLayout *grid)
+/// Below all that is pressed: it may be out of sight on a low screen.
+void OutputsTab::addTexts(QGridLayout *grid)
 {
     auto *row = new QHBoxLayout;
-    row->addWidget(m_testLine);
     row->addWidget(m_lineText, 3);
-    row->addWidget(new QLabel(nimbara_i18n::tr("Codificador")));
-    row->addWidget(m_encoder);
     row->addWidget(m_encoderText, 2);
-    grid->addLayout(row, static_cast<int>(slots) + 1, 0, 1, grid->columnCount());
-    connect(m_testLine, &QPushButton::clicked, this, &OutputsTab::lineTestPressed);
-    connect(m_encoder, &QComboBox::activated, this, [this](int entry) {
-        Q_EMIT hardwareEncodingChanged(entry == 0);
-    });
+    grid->addLayout(row, static_cast<int>(slots) + 2, 0, 1, grid->columnCount());
 }
 
 void OutputsTab::addRecordingRow(QGridLayout *grid)
@@ -128,8 +123,13 @@ void OutputsTab::addRecordingRow(QGridLayout *grid)
     row->addWidget(m_pause);
     row->addWidget(m_partMinutes);
     row->addWidget(m_videoRate);
+    row->addWidget(new QLabel(nimbara_i18n::tr("Codificador")));
+    row->addWidget(m_encoder);
     row->addStretch();
-    grid->addLayout(row, static_cast<int>(slots) + 2, 0, 1, grid->columnCount());
+    grid->addLayout(row, static_cast<int>(slots) + 1, 0, 1, grid->columnCount());
+    connect(m_encoder, &QComboBox::activated, this, [this](int entry) {
+        Q_EMIT hardwareEncodingChanged(entry == 0);
+    });
     connect(m_record, &QPushButton::clicked, this, &OutputsTab::recordPressed);
     connect(m_pause, &QPushButton::clicked, this, &OutputsTab::pausePressed);
     connect(m_partMinutes, &QSpinBox::valueChanged, this, &OutputsTab::partMinutesChanged);

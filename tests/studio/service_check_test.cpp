@@ -112,7 +112,7 @@ private Q_SLOTS:
                     file.write(each.section(u' ', field, field).toUtf8() + '\n');
                 }
             }
-            const MachineFacts facts = askMachine(folder.path(), folder.path());
+            const MachineFacts facts = askMachine(folder.filePath(u"not/yet"_s), folder.path());
             QCOMPARE(facts.onBattery, onBattery);
             QVERIFY(facts.freeBytes && *facts.freeBytes > 0);
         }

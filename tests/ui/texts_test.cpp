@@ -42,13 +42,28 @@ QStringList textsOf(const QWidget &widget)
     return texts;
 }
 
-/// The keys, whole words, that stand in the text though their twins read otherwise.
+/// The keys whose twins read otherwise.
+const QStringList &spanishKeys()
+{
+    static const QStringList all = [] {
+        QStringList keys;
+        for (const auto &pair : nimbara_i18n::textPairs()) {
+            const QString key = QString::fromUtf8(pair.spanish).trimmed();
+            if (key != QString::fromUtf8(pair.english).trimmed()) {
+                keys << key;
+            }
+        }
+        return keys;
+    }();
+    return all;
+}
+
+/// The keys, whole words, that stand in the text.
 QStringList spanishIn(const QString &text)
 {
     QStringList found;
-    for (const auto &pair : nimbara_i18n::textPairs()) {
-        const QString key = QString::fromUtf8(pair.spanish).trimmed();
-        if (key != QString::fromUtf8(pair.english).trimmed() && text.contains(key)
+    for (const QString &key : spanishKeys()) {
+        if (text.contains(key)
             && text.contains(
                 QRegularExpression(u"(?<!\\pL)%1(?!\\pL)"_s.arg(QRegularExpression::escape(key)),
                     QRegularExpression::UseUnicodePropertiesOption))) {
@@ -61,11 +76,15 @@ QStringList spanishIn(const QString &text)
 /// One line each; empty when there is none.
 QString spanishShown()
 {
-    QStringList found;
+    QSet<QString> texts; // most stand in many places
     for (const QWidget *widget : QApplication::allWidgets()) {
         for (const QString &text : textsOf(*widget)) {
-            found << spanishIn(text);
+            texts << text;
         }
+    }
+    QStringList found;
+    for (const QString &text : texts) {
+        found << spanishIn(text);
     }
     return found.join(QLatin1Char('\n'));
 }

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QStorageInfo>
 
 #if defined(Q_OS_LINUX)
@@ -19,6 +20,16 @@ QString textOf(const QString &path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? QString::fromLatin1(file.readAll()).trimmed()
                                           : QString();
+}
+
+/// The folder, or the nearest one above it that is there already.
+QString existing(const QString &folder)
+{
+    QString path = QDir::cleanPath(folder);
+    while (!QFileInfo::exists(path) && path != QFileInfo(path).path()) {
+        path = QFileInfo(path).path();
+    }
+    return path;
 }
 
 /// By its mains supplies: a computer without one tells nothing.
@@ -86,7 +97,7 @@ std::optional<bool> clockState()
 MachineFacts askMachine(const QString &folder, const QString &powerFolder)
 {
     MachineFacts facts { clockState(), isOnBattery(powerFolder), std::nullopt };
-    if (const QStorageInfo disk(folder); disk.isValid()) {
+    if (const QStorageInfo disk(existing(folder)); disk.isValid()) {
         facts.freeBytes = disk.bytesAvailable();
     }
     return facts;

@@ -38,7 +38,8 @@ OutputsTab::OutputsTab(std::span<const QString, slots> names, QWidget *parent)
     }
     addButtons(grid);
     addRecordingRow(grid);
-    addTexts(grid);
+    // Below all that is pressed: it may be out of sight on a low screen.
+    grid->addWidget(m_lineText, static_cast<int>(slots) + 2, 0, 1, grid->columnCount());
     grid->setColumnStretch(1, 3);
     grid->setColumnStretch(2, 2);
     grid->setColumnStretch(5, 3);
@@ -92,15 +93,6 @@ void OutputsTab::addButtons(QGridLayout *grid)
     connect(m_reconnects, &QCheckBox::toggled, this, &OutputsTab::reconnectsChanged);
 }
 
-/// Below all that is pressed: it may be out of sight on a low screen.
-void OutputsTab::addTexts(QGridLayout *grid)
-{
-    auto *row = new QHBoxLayout;
-    row->addWidget(m_lineText, 3);
-    row->addWidget(m_encoderText, 2);
-    grid->addLayout(row, static_cast<int>(slots) + 2, 0, 1, grid->columnCount());
-}
-
 void OutputsTab::addRecordingRow(QGridLayout *grid)
 {
     m_partMinutes->setRange(0, 240);
@@ -125,7 +117,7 @@ void OutputsTab::addRecordingRow(QGridLayout *grid)
     row->addWidget(m_videoRate);
     row->addWidget(new QLabel(nimbara_i18n::tr("Codificador")));
     row->addWidget(m_encoder);
-    row->addStretch();
+    row->addWidget(m_encoderText, 1);
     grid->addLayout(row, static_cast<int>(slots) + 1, 0, 1, grid->columnCount());
     connect(m_encoder, &QComboBox::activated, this, [this](int entry) {
         Q_EMIT hardwareEncodingChanged(entry == 0);

@@ -92,7 +92,6 @@ private:
     Row makeRow(const QString &title, std::size_t slot);
     void addRow(QGridLayout *grid, std::size_t slot);
     void addButtons(QGridLayout *grid);
-    void addTexts(QGridLayout *grid);
     void addRecordingRow(QGridLayout *grid);
 
     std::array<Row, slots> m_rows {};

@@ -15,8 +15,8 @@ constexpr std::int64_t soundBitsPerSecond = 160'000;
 
 Message megabits(std::int64_t bitsPerSecond)
 {
-    const double rounded = static_cast<double>(bitsPerSecond / 100'000) / 10;
-    return Message::verbatim(QString::number(rounded));
+    const std::int64_t tenths = bitsPerSecond / 100'000;
+    return Message::verbatim(QString::number(static_cast<double>(tenths) / 10));
 }
 
 Message number(std::ptrdiff_t value)

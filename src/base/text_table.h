@@ -14,7 +14,8 @@ struct TextPair {
 /// Every row, each Spanish text once.
 const std::vector<TextPair> &textPairs();
 
-/// Those among them that stand in files of their own.
+/// Those among them that stand in one file.
+std::span<const TextPair> generalTextPairs();
 std::span<const TextPair> serviceTextPairs();
 std::span<const TextPair> outputsTextPairs();
 std::span<const TextPair> sermonTextPairs();

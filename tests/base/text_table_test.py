@@ -112,7 +112,7 @@ class TextTableTest(unittest.TestCase):
                     used.add(text)
                 else:
                     missing.append(f"{name}: {text!r}")
-        self.assertEqual(missing, [], "add the English twins to base/text_table.cpp")
+        self.assertEqual(missing, [], "add the English twins to a file base/text_table_*.cpp")
         unused = [text for text in whole if text not in used]
         unused += [start for start in beginnings if not any(text.startswith(start) for text in used)]
         self.assertEqual(unused, [], "listed, but no longer in the sources or in the table")

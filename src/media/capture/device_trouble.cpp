@@ -3,6 +3,7 @@
 #include "media/gst/bus_error.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -11,7 +12,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <unistd.h>
 
 namespace nimbara {
 
@@ -47,7 +47,7 @@ QString programName(const QString &process)
 
 QString programUsing(const QString &file)
 {
-    const QString own = QString::number(::getpid());
+    const QString own = QString::number(QCoreApplication::applicationPid());
     const QDir processes(QStringLiteral("/proc"));
     for (const QString &entry : processes.entryList({ QStringLiteral("[0-9]*") }, QDir::Dirs)) {
         const QString process = processes.filePath(entry);
@@ -106,8 +106,10 @@ void DeviceTrouble::note(GstMessage *message)
         return;
     }
     const Message text = troubleOf(*error, QString::fromUtf8(debug.get()), m_file);
-    const std::lock_guard hold(m_mutex);
-    m_text = text;
+    if (!text.isEmpty()) { // what follows from it has no name
+        const std::lock_guard hold(m_mutex);
+        m_text = text;
+    }
 }
 
 Message DeviceTrouble::text() const

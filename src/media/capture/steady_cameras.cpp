@@ -1,6 +1,5 @@
 #include "media/capture/steady_cameras.h"
 
-#include <algorithm>
 #include <utility>
 
 #ifdef __linux__
@@ -53,7 +52,7 @@ void SteadyCameras::choose(const CaptureDevice &device, bool steady)
     if (steady) {
         m_steady.append(device.identity);
     }
-    set(device.file, steady, device.name);
+    set(device.file, steady, steady ? device.name : QString());
 }
 
 void SteadyCameras::prepare(const CaptureDevice &device)
@@ -65,27 +64,31 @@ void SteadyCameras::prepare(const CaptureDevice &device)
 
 void SteadyCameras::set(const QString &file, bool steady, const QString &chosenFor)
 {
-    if (file.isEmpty()) {
-        return;
+    if (!file.isEmpty()) {
+        m_wishes.push_back({ file, steady, chosenFor });
+        tellNext();
     }
-    Answer answer;
-    answer.name = chosenFor;
-    answer.done.start(
-        [set = m_set, file, steady] { return set(file, dynamicFrameRate, steady ? 0 : 1); });
-    m_answers.push_back(std::move(answer));
+}
+
+/// One after the other: the last wish for a camera is the one that stays.
+void SteadyCameras::tellNext()
+{
+    if (!m_wishes.empty() && !m_telling.isUnderWay()) {
+        m_telling.start([set = m_set, wish = m_wishes.front()] {
+            return set(wish.file, dynamicFrameRate, wish.steady ? 0 : 1);
+        });
+    }
 }
 
 QString SteadyCameras::takeRefused()
 {
-    const auto first = std::find_if(m_answers.begin(), m_answers.end(), [](const Answer &answer) {
-        return answer.done.isReady();
-    });
-    if (first == m_answers.end()) {
+    if (!m_telling.isReady()) {
         return {};
     }
-    const bool isSet = first->done.take();
-    const QString name = first->name;
-    m_answers.erase(first);
+    const bool isSet = m_telling.take();
+    const QString name = m_wishes.front().name;
+    m_wishes.pop_front();
+    tellNext();
     return isSet ? QString() : name;
 }
 

@@ -7,9 +7,8 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <deque>
 #include <functional>
-#include <memory>
-#include <vector>
 
 namespace nimbara {
 
@@ -45,14 +44,18 @@ public:
 private:
     void set(const QString &file, bool steady, const QString &chosenFor);
 
-    struct Answer {
-        QString name; ///< of the camera; empty: nobody has asked
-        BackgroundTask<bool> done;
+    /// What a camera is to be told.
+    struct Wish {
+        QString file;
+        bool steady;
+        QString name; ///< of the camera; empty: its refusal is not told
     };
+    void tellNext();
 
     CameraControl m_set;
     QStringList m_steady;
-    std::vector<Answer> m_answers;
+    std::deque<Wish> m_wishes; ///< in their order; the first is under way
+    BackgroundTask<bool> m_telling;
 };
 
 } // namespace nimbara

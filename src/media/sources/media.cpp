@@ -314,6 +314,7 @@ void Media::holdBack(std::int64_t now)
     const FramePtr shown = m_frame;
     takeFrame(std::exchange(m_sample, {}));
     m_waiting.push_back({ now + m_pictureDelay, std::exchange(m_frame, shown) });
+    showDue(); // nobody may look
 }
 
 void Media::showDue()

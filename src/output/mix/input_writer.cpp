@@ -10,10 +10,10 @@ constexpr std::uint64_t seamNs = 2'000'000; // blocks that are nearer than this 
 
 } // namespace
 
-void InputWriter::append(AudioFifo &fifo, const AudioBlock &block)
+std::span<float> InputWriter::faded(const AudioBlock &block)
 {
     if (block.samples.size() < audioChannels) {
-        return;
+        return {};
     }
     m_values = block.samples;
     const bool missing = m_nextPts != 0 && block.pts > m_nextPts + seamNs;
@@ -24,7 +24,7 @@ void InputWriter::append(AudioFifo &fifo, const AudioBlock &block)
     m_last = { m_values[m_values.size() - 2], m_values.back() };
     const std::uint64_t frames = m_values.size() / audioChannels;
     m_nextPts = block.pts == 0 ? 0 : block.pts + frames * 1'000'000'000 / audioRate;
-    fifo.push(m_values);
+    return m_values;
 }
 
 } // namespace nimbara

@@ -4,6 +4,7 @@
 #include "signal/step_fade.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace nimbara {
@@ -13,7 +14,9 @@ namespace nimbara {
 /// that it does not click later, when the FIFO is read. Interface thread only.
 class InputWriter {
 public:
-    void append(AudioFifo &fifo, const AudioBlock &block);
+    void append(AudioFifo &fifo, const AudioBlock &block) { fifo.push(faded(block)); }
+    /// The values that would be appended, to be changed before they are; valid until the next call.
+    std::span<float> faded(const AudioBlock &block);
 
     /// The next block has another gain than the last.
     void expectStep() { m_stepExpected = true; }

@@ -58,6 +58,7 @@ void AudioInput::install(std::unique_ptr<AudioCapture> capture, std::optional<Ca
 void AudioInput::emptyQueue()
 {
     m_fifo.clear();
+    m_offset.clear();
     m_writer = {};
 }
 
@@ -179,9 +180,9 @@ void AudioInput::lookForLost()
 
 void AudioInput::take(const AudioBlock &block)
 {
-    AudioBlock due = block;
-    m_offset.apply(due, m_gainState.muted);
-    m_writer.append(m_fifo, due);
+    const std::span<float> values = m_writer.faded(block);
+    m_offset.apply(values, m_gainState.muted);
+    m_fifo.push(values);
     noteClip();
     Q_EMIT blockArrived(block);
 }
@@ -227,7 +228,6 @@ void AudioInput::setOffset(int ms)
 void AudioInput::showOffset(int before)
 {
     if (m_offset.ms() != before) {
-        m_writer.expectStep();
         Q_EMIT offsetChanged(m_offset.ms());
     }
 }

@@ -3,6 +3,7 @@
 #include "base/error.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nimbara {
 
@@ -25,17 +26,30 @@ void SoundOffset::set(int ms)
 
 void SoundOffset::take(int ms)
 {
+    m_stepExpected = m_stepExpected || ms != m_ms;
     m_ms = ms;
     m_delay.setLength(static_cast<std::size_t>(std::max(ms, 0)) * audioRate / 1000);
 }
 
-void SoundOffset::apply(AudioBlock &block, bool muted)
+void SoundOffset::apply(std::span<float> values, bool muted)
 {
-    m_delay.apply(block.samples);
-    if (muted) {
-        m_delay.silence();
-        std::fill(block.samples.begin(), block.samples.end(), 0.0F);
+    const bool isCut = !std::exchange(m_isMuted, muted) && muted;
+    if (values.empty()) {
+        return;
     }
+    if (muted && m_delay.length() > 0) {
+        std::fill(values.begin(), values.end(), 0.0F);
+        if (isCut) {
+            m_delay.silence();
+            m_stepExpected = true;
+        }
+    }
+    m_delay.apply(values);
+    if (std::exchange(m_stepExpected, false)) {
+        m_fade.start(m_last, { values[0], values[1] });
+    }
+    m_fade.apply(values);
+    m_last = { values[values.size() - 2], values.back() };
 }
 
 } // namespace nimbara

@@ -1,12 +1,13 @@
 #pragma once
 
-#include "signal/audio_block.h"
 #include "signal/sound_delay.h"
+#include "signal/step_fade.h"
 
 #include <QString>
 #include <QVariantMap>
 
 #include <cstdint>
+#include <span>
 
 namespace nimbara {
 
@@ -30,8 +31,12 @@ public:
     /// How long the pictures of cameras wait, in µs.
     [[nodiscard]] std::int64_t pictureDelayUs() const { return m_ms < 0 ? -1000LL * m_ms : 0; }
 
-    /// Leaves what is due in the place of what has arrived. `muted`: nothing is heard, at once.
-    void apply(AudioBlock &block, bool muted);
+    /// Leaves what is due in the place of the interleaved values that have arrived. `muted`:
+    /// nothing is heard, at once. Where that or another offset makes a step, it is faded.
+    void apply(std::span<float> values, bool muted);
+
+    /// What has arrived and is not heard yet is heard no more.
+    void clear() { m_delay.silence(); }
 
 private:
     void take(int ms);
@@ -40,6 +45,10 @@ private:
     QString m_identity;
     int m_ms = 0;
     SoundDelay m_delay;
+    bool m_isMuted = false;
+    bool m_stepExpected = false;
+    StereoValue m_last {}; ///< heard
+    StepFade m_fade;
 };
 
 } // namespace nimbara

@@ -2,6 +2,7 @@
 
 #include "base/i18n.h"
 #include "base/message.h"
+#include "studio/sources/sound_offset.h"
 #include "ui/kit/controls.h"
 
 #include <QGridLayout>
@@ -94,8 +95,9 @@ void AudioTab::layOut()
 
 QWidget *AudioTab::makeOffsetRow()
 {
-    m_offset->setRange(-500, 2000);
+    m_offset->setRange(SoundOffset::least, SoundOffset::most);
     m_offset->setSingleStep(10);
+    m_offset->setKeyboardTracking(false); // a number that is half typed is none
     m_offset->setSuffix(QStringLiteral(" ms"));
     m_offset->setToolTip(nimbara_i18n::tr(
         "Por encima de 0 el sonido se oye después; por debajo, la imagen de las cámaras espera."));

@@ -38,7 +38,9 @@ BufferRef picture(const GstVideoInfo &info, int number)
 {
     auto made = BufferRef::adopt(gst_buffer_new_allocate(nullptr, info.size, nullptr));
     GstVideoFrame frame;
-    gst_video_frame_map(&frame, &info, made.get(), GST_MAP_WRITE);
+    if (!made || gst_video_frame_map(&frame, &info, made.get(), GST_MAP_WRITE) == FALSE) {
+        throw Error(QStringLiteral("No se pudo enviar video a salida"));
+    }
     for (guint component = 0; component < 3; ++component) {
         const int step = component == 0 ? block : block / 2;
         const int shift = static_cast<int>(component) * number; // no two move alike

@@ -33,7 +33,7 @@ void H264Encoders::tryOut()
             candidates.push_back(&choice);
         }
     }
-    if (candidates.empty() || m_hasTried) {
+    if (candidates.empty() || m_hasTried || !m_isAutomatic) {
         return;
     }
     m_hasTried = true;
@@ -55,6 +55,7 @@ void H264Encoders::setAutomatic(bool on)
 {
     m_isAutomatic = on;
     m_hasChanged = true;
+    tryOut();
 }
 
 void H264Encoders::distrust(const EncoderChoice &choice)

@@ -82,10 +82,9 @@ void ProgramEncoder::giveUp()
 {
     m_givenUp = std::exchange(m_choice, &videoEncoders(true).back());
     m_lostBefore = lost();
-    m_leaving = std::async(std::launch::async,
-        [left = std::make_unique<PictureBranch>(std::move(m_pictures))]() mutable {
-            left.reset();
-        });
+    m_leaving.start([left = std::make_unique<PictureBranch>(std::move(m_pictures))]() mutable {
+        left.reset();
+    });
     startPictures(*m_choice);
     if (m_ended) {
         m_pictures.finish();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/background_task.h"
 #include "base/message.h"
 #include "output/encode/encoded_tap.h"
 #include "output/encode/encoder_pipeline.h"
@@ -10,7 +11,6 @@
 #include "signal/frame.h"
 
 #include <cstdint>
-#include <future>
 #include <memory>
 #include <span>
 #include <vector>
@@ -121,7 +121,7 @@ private:
     const EncoderChoice *m_givenUp = nullptr;
     SoundEncoding m_sound;
     PictureBranch m_pictures;
-    std::future<void> m_leaving; ///< what was given up ends
+    BackgroundTask<void> m_leaving; ///< what was given up ends
 };
 
 } // namespace nimbara

@@ -51,7 +51,7 @@ void ServiceCheck::begin(int screens)
 {
     m_facts = {};
     m_facts.screens = screens;
-    m_looks = 0;
+    m_since.start();
     const MediaPtr &camera = m_studio.sources().camera();
     m_arrivedBefore = camera ? camera->arrivedCount() : 0;
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
@@ -74,12 +74,11 @@ void ServiceCheck::begin(int screens)
 
 void ServiceCheck::look()
 {
-    ++m_looks;
     if (const AudioCapture *capture = m_studio.audio().capture()) {
         const AudioLevels &levels = capture->inputLevels();
         m_facts.inputPeak = std::max({ m_facts.inputPeak, levels.peak[0], levels.peak[1] });
     }
-    const int passedMs = m_looks * stepMs;
+    const qint64 passedMs = m_since.elapsed();
     const bool isAnswered = m_machine.isReady() && m_texts.isReady();
     if (passedMs < lookMs || (!isAnswered && passedMs < patienceMs)) {
         return;
@@ -119,7 +118,8 @@ void ServiceCheck::readStudio()
         const std::uint64_t arrived = camera->arrivedCount();
         m_facts.cameraRate = arrived < m_arrivedBefore // it is another one
             ? 0
-            : static_cast<double>(arrived - m_arrivedBefore) * 1000.0 / (m_looks * stepMs);
+            : static_cast<double>(arrived - m_arrivedBefore) * 1000.0
+                / static_cast<double>(m_since.elapsed());
     }
 }
 

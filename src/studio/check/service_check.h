@@ -4,6 +4,7 @@
 #include "studio/check/machine_facts.h"
 #include "studio/check/service_facts.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -39,7 +40,7 @@ private:
 
     Studio &m_studio;
     QTimer m_timer;
-    int m_looks = 0;
+    QElapsedTimer m_since; ///< the beginning
     std::uint64_t m_arrivedBefore = 0;
     ServiceFacts m_facts;
     BackgroundTask<MachineFacts> m_machine;

@@ -1,5 +1,8 @@
 #include "studio/check/service_facts.h"
 
+#include "studio/outputs/recording_desk.h"
+
+#include <algorithm>
 #include <cmath>
 
 namespace nimbara {
@@ -77,7 +80,9 @@ void addDisk(std::vector<CheckLine> &lines, const ServiceFacts &facts)
         return;
     }
     const std::int64_t perMinute = (facts.kbits + soundKbits) * 1000 / 8 * 60;
-    const std::int64_t minutes = *facts.freeBytes / perMinute;
+    const std::int64_t free
+        = std::max<std::int64_t>(*facts.freeBytes - RecordingDesk::reserveBytes, 0);
+    const std::int64_t minutes = free / perMinute;
     const Message room = Message("Caben %1 minutos de grabación.", { number(minutes) });
     const Message what = "Disco";
     if (minutes >= cautionMinutes) {

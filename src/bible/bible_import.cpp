@@ -138,6 +138,14 @@ bool isTaken(const QString &id, const QList<BiblePtr> &others)
     });
 }
 
+/// That Bible is this one, imported before: of the same code and name.
+bool isSame(const Bible &other, const QString &id, const QString &name)
+{
+    const bool isNumbered = other.id.startsWith(id + QLatin1Char('-'));
+    return other.isImported && (other.id == id || isNumbered)
+        && (other.name == name || other.name == name + QStringLiteral(" (%1)").arg(other.id));
+}
+
 void identify(Bible &bible, const RawBible &raw, const QList<BiblePtr> &others)
 {
     bible.name = raw.name.simplified().left(longestName);
@@ -146,8 +154,9 @@ void identify(Bible &bible, const RawBible &raw, const QList<BiblePtr> &others)
     }
     const QString first = identifierOf(raw.code, bible.name);
     for (const BiblePtr &other : others) {
-        if (other->name == bible.name && other->isImported) {
-            bible.id = other->id; // the same one anew
+        if (isSame(*other, first, bible.name)) {
+            bible.id = other->id;
+            bible.name = other->name;
             return;
         }
     }

@@ -91,9 +91,10 @@ WithoutBible takeBible(const QString &normalized)
 bool isListedAs(const QString &bible, const QString &listed)
 {
     // "RVR1960" is listed by its year, or as "RVR60".
-    const QString year = bible.startsWith(QLatin1String("RVR")) ? bible.mid(3) : QString();
+    static const QRegularExpression form(QStringLiteral("^RVR((?:19)?\\d{2})$"));
+    const QString year = form.match(bible).captured(1);
     const QRegularExpression word(year.isEmpty()
-            ? QStringLiteral("\\b%1\\b").arg(bible)
+            ? QStringLiteral("\\b%1\\b").arg(QRegularExpression::escape(bible))
             : QStringLiteral("\\b(?:RVR?)?(?:19)?%1\\b").arg(year.last(2)));
     return !bible.isEmpty() && word.match(listed).hasMatch();
 }

@@ -12,7 +12,11 @@ namespace {
 constexpr std::int32_t nehemiah = 15;
 constexpr std::int32_t psalms = 18;
 constexpr std::int32_t isaiah = 22;
+constexpr std::int32_t joel = 28;
 constexpr std::int32_t firstOfNew = 39;
+constexpr std::int32_t secondCorinthians = 46;
+constexpr std::int32_t thirdJohn = 63;
+constexpr std::int32_t revelation = 65;
 constexpr std::int32_t psalmCount = 150;
 
 /// Chapters that are one verse shorter where they count otherwise from their beginning or middle
@@ -20,7 +24,15 @@ constexpr std::int32_t psalmCount = 150;
 struct Shorter {
     std::int32_t book, chapter, kept;
 };
-constexpr std::array<Shorter, 2> shorter { { { isaiah, 64, 0 }, { nehemiah, 7, 67 } } };
+constexpr std::array<Shorter, 3> shorter {
+    { { isaiah, 64, 0 }, { nehemiah, 7, 67 }, { secondCorinthians, 13, 11 } }
+};
+
+/// Its last verse is parted in two by many.
+bool isPartedAtItsEnd(std::int32_t book, std::int32_t chapter)
+{
+    return (book == thirdJohn && chapter == 1) || (book == revelation && chapter == 12);
+}
 
 } // namespace
 
@@ -31,7 +43,7 @@ Numbering::Numbering(std::int32_t book, const RawBible::Chapters &chapters)
     constexpr std::int32_t longNinth = 30; // verses; the two together have 38
     m_isGreek = book == psalms && last(9) > longNinth;
     const std::int32_t highest = chapters.empty() ? 0 : chapters.rbegin()->first;
-    if (book != psalms && highest > canonChapters(book)) {
+    if (book == joel && highest > canonChapters(book)) {
         m_parted = 1;
         while (m_parted < canonChapters(book) && excess(m_parted) == 0) {
             ++m_parted;
@@ -79,8 +91,7 @@ std::int32_t Numbering::kept(std::int32_t chapter) const
         return 0;
     }
     if (excess(chapter) > 0) {
-        // In the New Testament a last verse is parted in two: 3 John, Revelation 12.
-        const bool isSplit = m_book >= firstOfNew && excess(chapter) == 1;
+        const bool isSplit = isPartedAtItsEnd(m_book, chapter) && excess(chapter) == 1;
         return goesOnInNext(chapter) || isSplit ? count : 0;
     }
     for (const Shorter &each : shorter) {
@@ -88,7 +99,9 @@ std::int32_t Numbering::kept(std::int32_t chapter) const
             return each.kept;
         }
     }
-    return last(chapter);
+    // There two verses are one, and nobody tells from where on.
+    const bool isJoined = m_book >= firstOfNew && excess(chapter) == -1;
+    return isJoined ? 0 : last(chapter);
 }
 
 bool Numbering::differs(std::int32_t chapter) const

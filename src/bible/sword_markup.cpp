@@ -20,14 +20,15 @@ QRegularExpression form(const char *pattern)
 QString withoutMarkup(const QString &text)
 {
     static const auto notes
-        = form("<(note|title|scripref|figure)\\b[^>]*(?:/>|>.*?</\\1>)|<rf\\b[^>]*>.*?<rf>");
+        = form("<(note|title|scripref|figure)\\b[^>]*(?:(?<=/)>|>.*?</\\1>)|<rf\\b[^>]*>.*?<rf>");
     static const auto breaks = form("</?(?:l|lb|lg|p|br|div|milestone)\\b[^>]*>|<c[ml]>");
     static const auto lexicon = form(" ?<[gh]\\d+>(?!\\w)");
     static const auto marks = form("<[^>]*>|\\\\[a-z]+\\d*\\*? ?");
     static const auto code = form("&#(x?)([0-9a-f]{1,6});");
     QString plain = text;
     plain.remove(notes).replace(breaks, QStringLiteral(" ")).remove(lexicon).remove(marks);
-    for (auto match = code.match(plain); match.hasMatch(); match = code.match(plain)) {
+    for (auto match = code.match(plain); match.hasMatch();
+         match = code.match(plain, match.capturedStart() + 1)) {
         const uint sign = match.captured(2).toUInt(nullptr, match.capturedLength(1) > 0 ? 16 : 10);
         const bool isSign = sign > 31 && sign <= QChar::LastValidCodePoint;
         const auto letter = static_cast<char32_t>(isSign ? sign : ' ');

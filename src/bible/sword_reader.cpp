@@ -120,7 +120,10 @@ private:
         const qsizetype begin = number(m_blocks, at);
         const qsizetype size = number(m_blocks, at + 4);
         const std::uint32_t whole = number(m_blocks, at + 8);
-        if (begin + size > m_text.size() || whole > mostBytes) {
+        // A block holds a book at most. How far it unpacks is bounded by what is packed.
+        constexpr std::uint32_t mostOfBlock = 16'000'000;
+        constexpr std::uint32_t slack = 1024;
+        if (begin + size > m_text.size() || whole > mostOfBlock || size > whole + slack) {
             damaged();
         }
         QByteArray packed(4, '\0');

@@ -45,9 +45,7 @@ public:
 private:
     [[noreturn]] void fail(const Message &reason) const
     {
-        throw ImportError(m_file,
-            QStringView(m_source).left(m_at).count(QLatin1Char('\n')) + 1,
-            reason);
+        throw ImportError(m_file, lineNumber(), reason);
     }
     [[noreturn]] void failOpen() const
     {
@@ -109,9 +107,15 @@ private:
         }
     }
 
+    /// Counted on from where it was asked for last.
     [[nodiscard]] std::int64_t lineNumber() const
     {
-        return QStringView(m_source).left(m_at).count(QLatin1Char('\n')) + 1;
+        const auto lines = [this](qsizetype from, qsizetype to) {
+            return QStringView(m_source).sliced(from, to - from).count(QLatin1Char('\n'));
+        };
+        m_line += m_at >= m_countedTo ? lines(m_countedTo, m_at) : -lines(m_at, m_countedTo);
+        m_countedTo = m_at;
+        return m_line;
     }
 
     /// The rest of the line, which stays to be read.
@@ -124,10 +128,12 @@ private:
     /// The next word of the line, which is read then.
     QString word()
     {
-        const QString first = line().section(QLatin1Char(' '), 0, 0);
-        const qsizetype at = first.isEmpty() ? -1 : m_source.indexOf(first, m_at);
-        m_at = at < 0 ? m_at : at + first.size();
-        return first;
+        const auto isBlank = [](QChar sign) { return sign.isSpace(); };
+        const auto isGap = [](QChar sign) { return sign.isSpace() && sign != QLatin1Char('\n'); };
+        const auto first = std::find_if_not(m_source.cbegin() + m_at, m_source.cend(), isGap);
+        const auto last = std::find_if(first, m_source.cend(), isBlank);
+        m_at = first == last ? m_at : last - m_source.cbegin();
+        return QString(first, last - first);
     }
 
     void beginBook()
@@ -208,6 +214,8 @@ private:
     QString m_source;
     QString m_file;
     qsizetype m_at = 0;
+    mutable qsizetype m_countedTo = 0;
+    mutable std::int64_t m_line = 1; ///< there
     QString m_text; ///< of the verse
     QString m_note; ///< the one that is open
     bool m_isAttribute = false;

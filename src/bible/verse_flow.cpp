@@ -120,7 +120,7 @@ BiblePtr firstBible(const QString &choice)
 QString builtInLanguage(const QString &choice)
 {
     if (const auto id = importedChoice(choice)) {
-        const BiblePtr bible = importedNamed(*id);
+        const BiblePtr bible = bibleWithId(*id);
         return bible == nullptr || bible->lang == spanishCode() ? spanishCode() : englishCode();
     }
     return choice == englishCode() ? englishCode() : spanishCode();

@@ -110,7 +110,8 @@ private Q_SLOTS:
     {
         const QString folder = m_folder.filePath(u"sword"_s);
         QVERIFY(QDir().mkpath(folder + u"/mods.d"_s) && QDir().mkpath(folder + u"/m"_s));
-        const QByteArray verse = "De <w>tal</w> manera<note n='1'>nota</note> am&#243; <H157>";
+        const QByteArray verse
+            = "De <w>tal</w> <note n='0'/>manera<note n='1'>nota</note> am&#243; <H157>";
         const QByteArray begin = "Nada. ";
         const auto record = [](std::initializer_list<quint32> numbers, quint16 size) {
             QByteArray bytes;
@@ -242,6 +243,8 @@ private Q_SLOTS:
             greek << canonVerses(psalms, psalm >= 10 && psalm < 147 ? psalm + 1 : psalm);
         }
         greek[8] = 39;
+        const QList<int> corinthians { 24, 17, 18, 18, 21, 18, 16, 24, 15, 18, 33, 21, 13 };
+        const QList<int> daniel { 21, 49, 100, 37, 31, 28, 28, 27, 27, 21, 45, 13, 64, 42 };
         struct Row {
             std::int32_t book;
             QList<int> counts;
@@ -265,6 +268,10 @@ private Q_SLOTS:
             { 0, { 31, 25, 24 }, "Génesis 4:1", "", "Génesis 4:1." },
             { 0, { 31, 25 }, "Génesis 1:31", "1:31", "" },
             { 63, { 15 }, "3 Juan 14", "1:14", "" },
+            { 42, { 51, 25, 36, 54, 47, 72 }, "Juan 6:60", "", "Juan 6:60.+" }, // parted before
+            { 46, corinthians, "2 Corintios 13:11", "13:11", "" },
+            { 46, corinthians, "2 Corintios 13:13", "", "2 Corintios 13:13.+" }, // two are one
+            { 26, daniel, "Daniel 4:1", "4:1", "" }, // with what others append
         };
         for (const Row &row : rows) {
             RawBible raw = withChapters(row.book, row.counts);

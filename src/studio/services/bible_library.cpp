@@ -76,15 +76,13 @@ BibleLibrary::BibleLibrary(QString folder)
 void BibleLibrary::importFiles(const QStringList &paths)
 {
     if (!paths.isEmpty()) {
-        import([paths] { return bible::readBibleFiles(paths);
-    });
+        begin([paths] { return bible::readBibleFiles(paths); });
+    }
 }
-} // namespace nimbara
 
 void BibleLibrary::importModule(const bible::SwordModule &module)
 {
-    import([module] { return bible::readSword(module);
-});
+    begin([module] { return bible::readSword(module); });
 }
 
 void BibleLibrary::findModules()
@@ -95,7 +93,7 @@ void BibleLibrary::findModules()
         [this](const QList<bible::SwordModule> &modules) { Q_EMIT modulesFound(modules); });
 }
 
-void BibleLibrary::import(const std::function<bible::RawBible()> &read)
+void BibleLibrary::begin(const std::function<bible::RawBible()> &read)
 {
     if (m_isImporting) {
         Q_EMIT said("Ya se está importando una Biblia.");
@@ -118,14 +116,19 @@ void BibleLibrary::import(const std::function<bible::RawBible()> &read)
             return Import { nullptr, errorMessage(error) };
         }
     };
-    runBehind<Import>(this, work, [this](const Import &done) {
-        m_isImporting = false;
-        if (done.bible == nullptr) {
-            Q_EMIT failed(done.error);
-            return;
-        }
-        take(done.bible);
-    });
+    const auto take = [this](const Import &done) { finish(done.bible, done.error); };
+    // Its identifier must be none of those that are still being read.
+    m_ready.then(this, [this, work, take] { runBehind<Import>(this, work, take); });
+}
+
+void BibleLibrary::finish(const bible::BiblePtr &bible, const Message &error)
+{
+    m_isImporting = false;
+    if (bible == nullptr) {
+        Q_EMIT failed(error);
+    } else {
+        take(bible);
+    }
 }
 
 void BibleLibrary::take(const bible::BiblePtr &bible)
@@ -138,6 +141,10 @@ void BibleLibrary::take(const bible::BiblePtr &bible)
 
 void BibleLibrary::remove(const QString &id)
 {
+    if (m_isImporting) {
+        Q_EMIT said("Ya se está importando una Biblia.");
+        return;
+    }
     const auto work = [id, folder = m_folder] { return bible::removeImported(folder, id); };
     runBehind<bool>(this, work, [this, id](bool isRemoved) {
         if (!isRemoved) {
@@ -145,6 +152,7 @@ void BibleLibrary::remove(const QString &id)
             return;
         }
         bible::setImportedBibles(without(id));
+        Q_EMIT removed(id);
         Q_EMIT changed();
         Q_EMIT said("Biblia quitada.");
     });

@@ -35,7 +35,8 @@ public:
     void importModule(const bible::SwordModule &module);
     /// Looks for modules of SWORD that are installed; `modulesFound` tells of them.
     void findModules();
-    /// Deletes the Bible's file. Projects that name it tell so from then on.
+    /// Deletes the Bible's file; not while one is imported. Projects that name it tell so from then
+    /// on.
     void remove(const QString &id);
 
 Q_SIGNALS:
@@ -43,13 +44,16 @@ Q_SIGNALS:
     void changed();
     /// A Bible was imported; it is on the shelf.
     void imported(const QString &id);
+    /// A Bible's file is deleted; it is on the shelf no more.
+    void removed(const QString &id);
     void modulesFound(const QList<bible::SwordModule> &modules);
     void failed(const nimbara::Message &reason);
     /// One line for the operator.
     void said(const nimbara::Message &text);
 
 private:
-    void import(const std::function<bible::RawBible()> &read);
+    void begin(const std::function<bible::RawBible()> &read);
+    void finish(const bible::BiblePtr &bible, const Message &error);
     void take(const bible::BiblePtr &bible);
 
     QString m_folder;

@@ -86,6 +86,11 @@ void VerseControls::connectLibrary()
     connect(&m_library, &BibleLibrary::failed, this, [this](const Message &reason) {
         m_guard.tell(reason);
     });
+    connect(&m_library, &BibleLibrary::removed, this, [this](const QString &id) {
+        if (m_desk.imported() == id) {
+            m_desk.choose(0);
+        }
+    });
     connect(&m_library, &BibleLibrary::changed, this, [this] {
         m_views.bible.showChoice(m_desk.choice());
         m_views.bible.showImported(bible::importedBibles(), m_desk.imported());
@@ -137,9 +142,6 @@ void VerseControls::removeBible(const QString &id)
         || !m_guard.dialogs().question(nimbara_i18n::tr("Quitar Biblia"),
             nimbara_i18n::tr("¿Quitar “%1” de este equipo?").arg(bible->name))) {
         return;
-    }
-    if (m_desk.imported() == id) {
-        m_desk.choose(0);
     }
     m_library.remove(id);
 }

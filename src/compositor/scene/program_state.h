@@ -26,6 +26,8 @@ public:
 
     /// A transition runs.
     [[nodiscard]] bool isChanging(SceneSet set) const { return changeOf(set).isRunning(); }
+    /// What the transition comes from is still seen.
+    [[nodiscard]] bool showsOrigin(SceneSet set) const { return changeOf(set).showsOrigin(); }
     /// What went with the stream scene that a transition comes from.
     [[nodiscard]] const QString &leftTitle() const { return m_leftTitle; }
     [[nodiscard]] bool leftBand() const { return m_leftBand; }

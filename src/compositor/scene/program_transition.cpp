@@ -24,6 +24,7 @@ void ProgramTransition::start(const Transition &transition, std::int64_t nowUs, 
     m_clip = transition.kind == TransitionKind::Clip ? std::move(clip) : PlayingClip {};
     m_startUs = nowUs;
     m_isRunning = transition.kind != TransitionKind::Cut;
+    m_isPastCut = false;
     m_from = m_isRunning ? m_shown : QImage();
 }
 
@@ -63,7 +64,8 @@ QImage ProgramTransition::between(const QImage &picture, std::int64_t elapsedUs)
 {
     m_from = alike(m_from, picture);
     const bool isClip = m_transition.kind == TransitionKind::Clip;
-    const QImage &below = isClip && elapsedUs < m_clip.cutUs ? m_from : picture;
+    m_isPastCut = isClip && elapsedUs >= m_clip.cutUs;
+    const QImage &below = isClip && !m_isPastCut ? m_from : picture;
     const FramePtr over = isClip && !m_clip.isOver() ? m_clip.picture() : nullptr;
     if (isClip && !over) {
         return below;

@@ -32,6 +32,8 @@ public:
     void reset();
 
     [[nodiscard]] bool isRunning() const { return m_isRunning; }
+    /// What it comes from is still seen: behind the cut of a clip it is not.
+    [[nodiscard]] bool showsOrigin() const { return m_isRunning && !m_isPastCut; }
     /// What the running one comes from looks like this now; until this is told it stands still.
     void comeFrom(const QImage &picture);
 
@@ -49,6 +51,7 @@ private:
     PlayingClip m_clip;
     std::int64_t m_startUs = 0;
     bool m_isRunning = false;
+    bool m_isPastCut = false; ///< of the clip
     QImage m_from;
     QImage m_shown; ///< last
     CanvasPool m_canvases;

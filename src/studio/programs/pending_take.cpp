@@ -94,6 +94,9 @@ MediaPtr PendingTake::playClip()
         m_transition = plainCut;
         m_isWithoutClip = true;
     }
+    if (m_clipMedia) {
+        m_clipMedia->setShown(true); // a file that was waited for in vain held it
+    }
     return m_clipMedia;
 }
 

@@ -235,7 +235,12 @@ void Canvas::stretchBand(QPointF pointer)
     }
     m_band = QRectF(m_press, pointer).normalized();
     m_band.setSize(m_band.size().expandedTo({ 1, 1 })); // what has no area touches nothing
-    setSelection(m_bandBase.with(layersTouching(*scene(), frameArea(), m_band)));
+    const LayerSelection touched = m_bandBase.with(layersTouching(*scene(), frameArea(), m_band));
+    if (touched == m_selection) {
+        update();
+    } else {
+        setSelection(touched);
+    }
 }
 
 void Canvas::mouseMoveEvent(QMouseEvent *event)

@@ -30,9 +30,9 @@ QRectF CanvasView::frameIn(QSizeF widget) const
 void CanvasView::zoomAt(QPointF pointer, double factor, QSizeF widget)
 {
     const QRectF before = frameIn(widget);
-    const double wanted = std::clamp(m_zoom * factor, least, most);
+    m_wanted = std::clamp(m_wanted * factor, least, most);
     // Near enough to the whole frame is the whole frame.
-    const double zoom = std::abs(wanted - 1) < 0.04 ? 1 : wanted;
+    const double zoom = std::abs(m_wanted - 1) < 0.04 ? 1 : m_wanted;
     const double by = zoom / m_zoom;
     m_zoom = zoom;
     const QPointF centre = pointer + (before.center() - pointer) * by;
@@ -56,7 +56,7 @@ void CanvasView::pan(QPointF by, QSizeF widget)
 
 void CanvasView::fit()
 {
-    m_zoom = 1;
+    m_wanted = m_zoom = 1;
     m_shift = {};
 }
 

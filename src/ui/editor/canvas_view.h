@@ -31,6 +31,7 @@ private:
     void settle(QSizeF widget);
 
     double m_aspect = 16.0 / 9.0;
+    double m_wanted = 1; ///< zoom, by small steps
     double m_zoom = 1;
     QPointF m_shift; ///< of the frame's centre, in shares of the frame that fits
 };

@@ -8,6 +8,7 @@
 #include "ui/editor/verse_field.h"
 #include "ui/editor/verse_rows.h"
 #include "ui/kit/controls.h"
+#include "ui/kit/typing.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -57,10 +58,7 @@ void PropertiesPanel::showCameras(const DeviceLists &devices)
 bool PropertiesPanel::isTyping() const
 {
     const QWidget *focused = QApplication::focusWidget();
-    return focused != nullptr && isAncestorOf(focused)
-        && (qobject_cast<const QLineEdit *>(focused) != nullptr
-            || qobject_cast<const QPlainTextEdit *>(focused) != nullptr
-            || qobject_cast<const QAbstractSpinBox *>(focused) != nullptr);
+    return focused != nullptr && isAncestorOf(focused) && isTypedInto(focused);
 }
 
 void PropertiesPanel::showMany(int count)

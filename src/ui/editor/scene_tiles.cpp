@@ -194,9 +194,10 @@ QSize SceneTiles::tileSize() const
 
 void SceneTiles::setLow(bool low)
 {
-    m_isLow = low;
-    for (Picture &picture : m_pictures) {
-        picture.shown = scaled(picture.given);
+    if (low != std::exchange(m_isLow, low)) {
+        for (Picture &picture : m_pictures) {
+            picture.shown = scaled(picture.given);
+        }
     }
     setFixedHeight(tileSize().height() + barHeight);
     scheduleDelayedItemsLayout();

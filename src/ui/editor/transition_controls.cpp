@@ -67,7 +67,7 @@ void TransitionControls::show()
 {
     const Project &project = m_document.project();
     const Scene &scene = *m_document.currentScene();
-    m_row.showTransition(transitionText(scene.transition.value_or(project.transition)));
+    m_row.showTransition(transitionText(transitionTo(project, m_document.editing(), scene)));
     m_box->showChoice({ project.transition,
         project.transitionClip,
         project.hallTransitions,

@@ -1,6 +1,7 @@
 #include "ui/kit/key_map.h"
 
 #include <QAction>
+#include <QKeyEvent>
 #include <QSettings>
 #include <QWidget>
 
@@ -23,6 +24,17 @@ QString portable(const QList<QKeySequence> &keys)
 }
 
 } // namespace
+
+QKeySequence sequenceOf(const QKeyEvent &event)
+{
+    Qt::KeyboardModifiers held = event.modifiers() & ~Qt::KeypadModifier;
+    const QString typed = event.text();
+    if (typed.size() == 1 && typed.front().isPrint() && !typed.front().isLetter()
+        && typed.front() != QLatin1Char(' ')) {
+        held &= ~Qt::ShiftModifier;
+    }
+    return QKeySequence(QKeyCombination(held, static_cast<Qt::Key>(event.key())));
+}
 
 KeyMap::KeyMap(QObject *parent)
     : QObject(parent)

@@ -9,9 +9,14 @@
 
 class QAction;
 class QSettings;
+class QKeyEvent;
 class QWidget;
 
 namespace nimbara {
+
+/// What was pressed. A sign that takes Shift to be typed is that sign; the keypad is like the
+/// others.
+QKeySequence sequenceOf(const QKeyEvent &event);
 
 /// The keys of the actions as the operator has them. What shows or listens to keys is bound to it
 /// and follows every change. Interface thread only.

@@ -64,8 +64,7 @@ bool ClickerKeys::take(const QWidget &widget, const QKeyEvent &key)
         || (isArrow(key.key()) && usesArrows(widget))) {
         return false;
     }
-    const QKeySequence pressed(
-        QKeyCombination(key.modifiers() & ~Qt::KeypadModifier, static_cast<Qt::Key>(key.key())));
+    const QKeySequence pressed = sequenceOf(key);
     for (const KeyAction action :
         std::array { KeyAction::ClickerOn, KeyAction::ClickerBack, KeyAction::ClickerBlack }) {
         if (m_keys.has(action, pressed)) {

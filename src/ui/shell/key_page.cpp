@@ -33,18 +33,6 @@ bool isReserved(int key)
         || key == Qt::Key_Enter;
 }
 
-/// A sign that takes Shift to be typed is that sign.
-QKeySequence sequenceOf(const QKeyEvent &event)
-{
-    Qt::KeyboardModifiers held = event.modifiers() & ~Qt::KeypadModifier;
-    const QString typed = event.text();
-    if (typed.size() == 1 && typed.front().isPrint() && !typed.front().isLetter()
-        && typed.front() != QLatin1Char(' ')) {
-        held &= ~Qt::ShiftModifier;
-    }
-    return QKeySequence(QKeyCombination(held, static_cast<Qt::Key>(event.key())));
-}
-
 } // namespace
 
 KeyPage::KeyPage(KeyMap &keys, bool clicker, QWidget *parent)

@@ -146,7 +146,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     connectTabs();
     connectDevices();
     m_sceneTab->properties()->isUndo = [this](const QKeyEvent &key) {
-        const QKeySequence pressed(key.keyCombination());
+        const QKeySequence pressed = sequenceOf(key);
         return m_keys.has(KeyAction::Undo, pressed) || m_keys.has(KeyAction::Redo, pressed);
     };
     m_windowKeys = std::make_unique<WindowKeys>(*this,

@@ -1,9 +1,9 @@
 #include "bible/quotation.h"
 
 #include "bible/next_verse.h"
-#include "bible/reference.h"
+#include "bible/verse_index.h"
+#include "bible/word_alignment.h"
 
-#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -20,13 +20,6 @@ constexpr qsizetype versesBehind = 10;
 constexpr qsizetype mostVerses = 60;
 constexpr std::ptrdiff_t fewestWords = 4;
 constexpr std::ptrdiff_t wordsOfVerse = 3;
-
-QStringList wordsOf(const QString &text)
-{
-    static const QRegularExpression others(QStringLiteral("[^\\p{L}\\p{N}]+"),
-        QRegularExpression::UseUnicodePropertiesOption);
-    return normalize(text).split(others, Qt::SkipEmptyParts);
-}
 
 Passage verseOf(std::int32_t book, std::int32_t chapter, std::int32_t verse)
 {
@@ -61,79 +54,11 @@ QList<Passage> versesFrom(const Bible &bible, const Passage &passage)
     return verses;
 }
 
-/// The best way to lay two rows of words beside each other, of some words of each: a same word is
-/// worth as much as another one, left out or put in, costs.
-class Alignment {
-public:
-    Alignment(const QStringList &one, const QStringList &other)
-        : m_one(one)
-        , m_other(other)
-        , m_width(static_cast<std::size_t>(other.size()) + 1)
-        , m_worth(m_width * (static_cast<std::size_t>(one.size()) + 1))
-    {
-        fill();
-    }
-
-    /// Places in the other row of the words that are the same, backwards.
-    [[nodiscard]] std::vector<qsizetype> same() const
-    {
-        std::vector<qsizetype> places;
-        qsizetype i = m_bestOne;
-        qsizetype j = m_bestOther;
-        while (i > 0 && j > 0 && at(i, j) > 0) {
-            const bool isSame = m_one.at(i - 1) == m_other.at(j - 1);
-            if (at(i, j) == at(i - 1, j - 1) + (isSame ? 1 : -1)) {
-                if (isSame) {
-                    places.push_back(j - 1);
-                }
-                --i;
-                --j;
-            } else if (at(i, j) == at(i - 1, j) - 1) {
-                --i;
-            } else {
-                --j;
-            }
-        }
-        return places;
-    }
-
-private:
-    [[nodiscard]] int at(qsizetype i, qsizetype j) const
-    {
-        return m_worth[static_cast<std::size_t>(i) * m_width + static_cast<std::size_t>(j)];
-    }
-    void fill()
-    {
-        int best = 0;
-        for (qsizetype i = 1; i <= m_one.size(); ++i) {
-            for (qsizetype j = 1; j <= m_other.size(); ++j) {
-                const int beside
-                    = at(i - 1, j - 1) + (m_one.at(i - 1) == m_other.at(j - 1) ? 1 : -1);
-                const int worth = std::max({ 0, beside, at(i - 1, j) - 1, at(i, j - 1) - 1 });
-                m_worth[static_cast<std::size_t>(i) * m_width + static_cast<std::size_t>(j)]
-                    = worth;
-                if (worth > best) {
-                    best = worth;
-                    m_bestOne = i;
-                    m_bestOther = j;
-                }
-            }
-        }
-    }
-
-    const QStringList &m_one;
-    const QStringList &m_other;
-    std::size_t m_width;
-    std::vector<int> m_worth;
-    qsizetype m_bestOne = 0;
-    qsizetype m_bestOther = 0;
-};
-
 } // namespace
 
 QList<Passage> versesRead(const QString &said, const Bible &bible, const Passage &announced)
 {
-    const QStringList spoken = wordsOf(said);
+    const QStringList spoken = searchWords(said);
     if (spoken.size() < fewestWords) {
         return {};
     }
@@ -141,19 +66,19 @@ QList<Passage> versesRead(const QString &said, const Bible &bible, const Passage
     QStringList written;
     QList<qsizetype> verseOfWord;
     for (qsizetype verse = 0; verse < verses.size(); ++verse) {
-        const QStringList words = wordsOf(passageText(bible, verses.at(verse)));
+        const QStringList words = searchWords(passageText(bible, verses.at(verse)));
         written += words;
         verseOfWord.insert(verseOfWord.size(), words.size(), verse);
     }
-    const std::vector<qsizetype> same = Alignment(spoken, written).same();
+    const std::vector<SameWord> same = sameWords(spoken, written);
     const auto count = static_cast<qsizetype>(same.size());
     // Six words in ten: before the reading there may be the reference.
     if (count < fewestWords || count * 10 < spoken.size() * 6) {
         return {};
     }
     std::map<qsizetype, qsizetype> words; // of each verse
-    for (const qsizetype place : same) {
-        ++words[verseOfWord.at(place)];
+    for (const SameWord &word : same) {
+        ++words[verseOfWord.at(word.inOther)];
     }
     QList<Passage> read;
     for (const auto &[verse, number] : words) {

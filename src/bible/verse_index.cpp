@@ -92,11 +92,30 @@ double worthOf(const QString &word, const QString &wanted)
     return word == wanted ? 1 : 0.9;
 }
 
+/// The length of the shortest stretch of a verse with all words in their order; 0: there is none.
+qsizetype shortestStretch(const QStringList &verse, const QStringList &wanted, bool mayGoOn)
+{
+    const qsizetype count = wanted.size();
+    qsizetype shortest = 0;
+    for (qsizetype begin = 0; begin < verse.size(); ++begin) {
+        qsizetype place = 0;
+        qsizetype at = begin;
+        for (; at < verse.size() && place < count; ++at) {
+            place += isWord(verse.at(at), wanted.at(place), mayGoOn && place + 1 == count) ? 1 : 0;
+        }
+        if (place == count) {
+            shortest = shortest == 0 ? at - begin : std::min(shortest, at - begin);
+        }
+    }
+    return shortest;
+}
+
 Fit fitOf(const QStringList &verse, const QStringList &wanted, bool mayGoOn)
 {
     const qsizetype count = wanted.size();
     Fit fit;
     double found = 0;
+    bool isWhole = true; // each word is there
     qsizetype neighbours = 0;
     for (qsizetype place = 0; place < count; ++place) {
         const bool open = mayGoOn && place + 1 == count;
@@ -109,23 +128,13 @@ Fit fitOf(const QStringList &verse, const QStringList &wanted, bool mayGoOn)
                 = next || (same && place > 0 && at > 0 && verse.at(at - 1) == wanted.at(place - 1));
         }
         found += here;
+        isWhole = isWhole && here > 0;
         neighbours += next ? 1 : 0;
     }
     fit.found = found / static_cast<double>(count);
     fit.run = count > 1 ? static_cast<double>(neighbours) / static_cast<double>(count - 1) : 0;
-    // The shortest stretch with all words in their order.
-    qsizetype shortest = verse.size() + 1;
-    for (qsizetype begin = 0; begin < verse.size(); ++begin) {
-        qsizetype place = 0;
-        qsizetype at = begin;
-        for (; at < verse.size() && place < count; ++at) {
-            place += isWord(verse.at(at), wanted.at(place), mayGoOn && place + 1 == count) ? 1 : 0;
-        }
-        if (place == count) {
-            shortest = std::min(shortest, at - begin);
-        }
-    }
-    if (shortest <= verse.size()) {
+    const qsizetype shortest = isWhole ? shortestStretch(verse, wanted, mayGoOn) : 0;
+    if (shortest > 0) {
         fit.order = 1;
         fit.close = static_cast<double>(count) / static_cast<double>(shortest);
     }

@@ -84,7 +84,9 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_verseSteps({ m_stage, m_program, m_verses, m_bibles })
     , m_passages({ m_stage.document, m_verses, m_bibles, m_settings })
     , m_verseFinder(m_bibles, m_bibleLibrary, peers.cacheFolder)
-    , m_spokenVerses(clock, { m_stage, m_program, m_verses, m_bibles, m_translation, m_settings })
+    , m_quotations(m_bibleLibrary, peers.cacheFolder)
+    , m_spokenVerses(clock,
+          { m_stage, m_program, m_verses, m_bibles, m_translation, m_quotations, m_settings })
     , m_captionFiles(clock, peers.captionFolder)
     , m_costs(m_settings, m_notices)
     , m_schedule(clock.monotonicUs())
@@ -298,7 +300,7 @@ void Studio::composeLeft(const CameraPicture &camera)
         if (!left.scene) {
             continue;
         }
-        if (m_stage.program.isChanging(set)) {
+        if (m_stage.program.showsOrigin(set)) {
             m_stage.program.comeFrom(set, m_pictures.left(m_stage, set, left, camera));
         } else {
             left = {};

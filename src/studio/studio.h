@@ -26,6 +26,7 @@
 #include "studio/services/caption_files.h"
 #include "studio/services/cost_desk.h"
 #include "studio/services/passage_desk.h"
+#include "studio/services/quotation_finder.h"
 #include "studio/services/spoken_verses.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
@@ -186,6 +187,7 @@ private:
     VerseSteps m_verseSteps;
     PassageDesk m_passages;
     VerseFinder m_verseFinder;
+    QuotationFinder m_quotations;
     SpokenVerses m_spokenVerses;
     CaptionFiles m_captionFiles;
     Notices m_notices;

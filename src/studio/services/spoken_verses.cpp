@@ -33,6 +33,10 @@ SpokenVerses::SpokenVerses(const Clock &clock, const Surroundings &surroundings)
     , m_goesOnAir(surroundings.settings.value(onAirSetting, false).toBool())
 {
     connect(&m_surroundings.translation, &TranslationDesk::understood, this, &SpokenVerses::hear);
+    connect(&m_surroundings.quotations,
+        &QuotationFinder::found,
+        this,
+        &SpokenVerses::takeQuotation);
     connect(&m_surroundings.translation, &TranslationDesk::began, this, [this] {
         m_before.clear();
         m_announced.clear();
@@ -68,6 +72,7 @@ void SpokenVerses::hear(const QString &text, bool isGrowing)
             offer(each.passage, isGrowing);
         }
     }
+    m_surroundings.quotations.hear(text, isGrowing);
     if (!isGrowing) {
         m_before = text.right(keptLetters);
         m_beforeMs = nowMs();
@@ -104,6 +109,23 @@ void SpokenVerses::offer(const bible::Passage &passage, bool isGrowing)
             Q_EMIT said(errorMessage(error));
         }
     }
+}
+
+void SpokenVerses::takeQuotation(const bible::Passage &verse, const QString &text, bool isGrowing)
+{
+    if (!isReading(text)) {
+        offer(verse, isGrowing);
+    }
+}
+
+bool SpokenVerses::isReading(const QString &said) const
+{
+    const bible::Bible *source = bibleOf(m_surroundings.translation.source());
+    return source != nullptr
+        && std::any_of(m_announced.begin(), m_announced.end(), [&](const Announced &each) {
+               return nowMs() - each.ms <= announcedMs
+                   && !bible::versesRead(said, *source, each.passage).isEmpty();
+           });
 }
 
 void SpokenVerses::announce(const bible::Passage &passage)

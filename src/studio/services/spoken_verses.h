@@ -6,6 +6,7 @@
 #include "studio/edit/stage.h"
 #include "studio/programs/program_control.h"
 #include "studio/services/bible_desk.h"
+#include "studio/services/quotation_finder.h"
 #include "studio/services/translation_desk.h"
 #include "studio/services/verse_desk.h"
 
@@ -21,11 +22,11 @@
 
 namespace nimbara {
 
-/// The references that the preacher says. The newest is offered to the operator, who puts it on
-/// PREVIEW and then on air; it goes there by itself only when that is wanted. Where an announced
-/// passage is being read, the caption carries the verse of the built-in Bible in the language of
-/// the screens, with its reference, in place of a translation. Interface thread only, which never
-/// waits.
+/// The references that the preacher says, and the verses that are quoted without one. The newest is
+/// offered to the operator, who puts it on PREVIEW and then on air; it goes there by itself only
+/// when that is wanted. Where an announced passage is being read, the caption carries the verse of
+/// the built-in Bible in the language of the screens, with its reference, in place of a
+/// translation. Interface thread only, which never waits.
 class SpokenVerses : public QObject {
     Q_OBJECT
 public:
@@ -36,6 +37,7 @@ public:
         VerseDesk &verses;
         BibleDesk &bibles;
         TranslationDesk &translation;
+        QuotationFinder &quotations;
         QSettings &settings;
     };
     /// A reference that was cut by the end of a phrase goes on within this.
@@ -83,6 +85,9 @@ private:
     };
     void hear(const QString &text, bool isGrowing);
     void offer(const bible::Passage &passage, bool isGrowing);
+    void takeQuotation(const bible::Passage &verse, const QString &text, bool isGrowing);
+    /// A passage that was announced is being read in what was said.
+    [[nodiscard]] bool isReading(const QString &said) const;
     void announce(const bible::Passage &passage);
     [[nodiscard]] QString verseCaption(const QList<bible::Passage> &verses);
     [[nodiscard]] const bible::Bible *bibleOf(const QString &code) const;

@@ -83,7 +83,8 @@ int main(int argc, char **argv)
         settleLanguage();
         application->translateToolkit(nimbara_i18n::language());
         startGstreamer();
-        application->setStyleSheet(nimbara::applicationStyleSheet());
+        application->setStyleSheet(
+            nimbara::applicationStyleSheet(nimbara::textPixels(QApplication::font())));
         exitCode = runStudio(*application, guard);
     } catch (const std::exception &error) {
         guard.callOff();

@@ -1,9 +1,9 @@
 #include "base/i18n.h"
 #include "support/test_registry.h"
 #include "support/text_geometry.h"
-#include "ui/desk.h"
 #include "ui/kit/share_splitter.h"
 #include "ui/kit/style.h"
+#include "ui/room_desk.h"
 #include "ui/shell/monitor_frame.h"
 #include "ui/shell/monitor_plan.h"
 #include "ui/shell/window_room.h"
@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int bars = 62; ///< pixels of a screen that its panel and the window's title take
+constexpr int bars = RoomDesk::bars;
 
 StudioServices remembering()
 {
@@ -27,43 +27,6 @@ StudioServices remembering()
     services.remembersDesk = true;
     return services;
 }
-
-/// On a screen of this size.
-struct RoomDesk : Desk {
-    explicit RoomDesk(QSize screen)
-    {
-        window.resize(screen - QSize(0, bars));
-        static_cast<void>(QTest::qWaitForWindowExposed(&window));
-    }
-    /// For each tab, laid out.
-    void walkTabs(const std::function<void()> &look)
-    {
-        auto *tabs = find<QTabWidget>("tabs");
-        for (int tab = 0; tab < tabs->count(); ++tab) {
-            const RowName named(qPrintable(tabs->tabText(tab)));
-            showTab(tab);
-            settle();
-            look();
-        }
-        showTab(0);
-    }
-    /// For a layer of each kind, selected.
-    void walkKinds(const std::function<void()> &look)
-    {
-        for (int kind = 0; kind < 8; ++kind) {
-            setLayers({ newLayer(static_cast<LayerKind>(kind)) });
-            select(0);
-            settle();
-            look();
-        }
-    }
-    static void settle()
-    {
-        for (int i = 0; i < 3; ++i) {
-            QCoreApplication::processEvents();
-        }
-    }
-};
 
 } // namespace
 

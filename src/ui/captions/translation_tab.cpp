@@ -95,6 +95,7 @@ TranslationTab::TranslationTab(QWidget *parent)
     m_columns->addWidget(m_bible, 0, Qt::AlignTop);
     setWidget(content);
     setWidgetResizable(true);
+    setFocusPolicy(Qt::NoFocus); // it scrolls to what has the keyboard
     setFrameShape(QFrame::NoFrame);
     setAccessibleName(nimbara_i18n::tr("Traducción IA y Biblia"));
     // Both words of the button fit, so that nothing moves when it changes.

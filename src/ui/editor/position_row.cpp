@@ -1,13 +1,17 @@
 #include "ui/editor/position_row.h"
 
 #include "base/i18n.h"
+#include "ui/kit/style.h"
 
-#include <QHBoxLayout>
+#include <QGridLayout>
 #include <QSignalBlocker>
 
 namespace nimbara {
 
 namespace {
+
+constexpr int gap = 4; ///< pixels
+constexpr int fieldWidth = 78; ///< pixels, with texts of the usual height
 
 QDoubleSpinBox *makeField(const QString &letter, PercentRange range)
 {
@@ -18,7 +22,6 @@ QDoubleSpinBox *makeField(const QString &letter, PercentRange range)
     field->setSuffix(QStringLiteral("%"));
     field->setDecimals(1);
     field->setRange(range.lowest, range.highest);
-    field->setMinimumWidth(78);
     field->setKeyboardTracking(false);
     return field;
 }
@@ -31,14 +34,41 @@ PositionRow::PositionRow(QWidget *parent)
         makeField(QStringLiteral("Y"), placePercent),
         makeField(QStringLiteral("W"), sizePercent),
         makeField(QStringLiteral("H"), sizePercent) }
+    , m_grid(new QGridLayout(this))
 {
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(4);
+    m_grid->setContentsMargins(0, 0, 0, 0);
+    m_grid->setSpacing(gap);
     for (QDoubleSpinBox *field : m_fields) {
-        row->addWidget(field);
         connect(field, &QDoubleSpinBox::valueChanged, this, &PositionRow::edited);
     }
+    arrange();
+}
+
+void PositionRow::arrange()
+{
+    const int field = fieldWidth * fontInfo().pixelSize() / usualTextPixels;
+    const int columns = width() >= 4 * field + 3 * gap ? 4 : 2;
+    for (int i = 0; i < 4; ++i) {
+        m_fields.at(static_cast<std::size_t>(i))->setMinimumWidth(field);
+    }
+    if (columns == m_columns) {
+        return;
+    }
+    m_columns = columns;
+    for (int i = 0; i < 4; ++i) {
+        m_grid->addWidget(m_fields.at(static_cast<std::size_t>(i)), i / columns, i % columns);
+    }
+}
+
+QSize PositionRow::minimumSizeHint() const
+{
+    return { 2 * m_fields[0]->minimumWidth() + gap, QWidget::minimumSizeHint().height() };
+}
+
+void PositionRow::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    arrange();
 }
 
 void PositionRow::showBox(const Box &box)

@@ -45,6 +45,7 @@ PropertiesPanel::PropertiesPanel(QWidget *parent)
     m_cameras->hide(); // until a camera layer is shown
     named(this, "properties", label("Propiedades"));
     setWidgetResizable(true);
+    setFocusPolicy(Qt::NoFocus); // it scrolls to what has the keyboard
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setMinimumWidth(346);

@@ -58,6 +58,10 @@ public:
         }
         paintPicture(*painter, tile, m_tiles.pictureAt(index.row()));
         paintTexts(*painter, textsIn(option.rect), index, isOnAir);
+        if (option.state.testFlag(QStyle::State_HasFocus)) {
+            painter->setPen(QPen(dropColor, 1, Qt::DashLine));
+            painter->drawRect(tile.adjusted(border, border, -border - 1, -border - 1));
+        }
         painter->restore();
     }
 

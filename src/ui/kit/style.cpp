@@ -1,15 +1,27 @@
 #include "ui/kit/style.h"
 
+#include <QFont>
+#include <QFontInfo>
+
+#include <algorithm>
+
 namespace nimbara {
 
-QString applicationStyleSheet()
+int textPixels(const QFont &desktop)
+{
+    constexpr double usual = 14.7; // 11 points at 96 per inch
+    const double share = QFontInfo(desktop).pixelSize() / usual;
+    return std::clamp(qRound(usualTextPixels * share), usualTextPixels, 2 * usualTextPixels);
+}
+
+QString applicationStyleSheet(int pixels)
 {
     return QStringLiteral(
         "QMainWindow, QWidget { background: #0e1724; color: #eaf2fa; font-family: 'Arial';"
-        " font-size: 13px; }"
+        " font-size: %1px; }"
         "QGroupBox, QTabWidget::pane { border: 1px solid #31465f; border-radius: 10px; }"
         "QLineEdit, QComboBox, QPlainTextEdit { background: #1a2a3d; border: 1px solid #476789;"
-        " border-radius: 6px; padding: 8px; selection-background-color: #1e72b8; }"
+        " border-radius: 6px; padding: 8px; selection-background-color: #1b69aa; }"
         "QPushButton { background: #234363; border: 1px solid #426c95; border-radius: 7px;"
         " padding: 7px 13px; font-weight: 600; }"
         "QPushButton:hover { background: #30618b; }"
@@ -29,9 +41,11 @@ QString applicationStyleSheet()
         "QSlider::handle:horizontal { width: 16px; background: #65b0ed; margin: -5px 0;"
         " border-radius: 8px; }"
         // Beyond the palette above: states that would otherwise be invisible on the dark ground.
-        "QPushButton:checked { background: #1e72b8; border-color: #65b0ed; }"
+        "QPushButton:checked { background: #1b69aa; border-color: #65b0ed; }"
         "QPushButton:focus, QLineEdit:focus, QComboBox:focus, QPlainTextEdit:focus"
         " { border-color: #65b0ed; }"
+        "QListView:focus, QAbstractSpinBox:focus { border: 1px solid #65b0ed; }"
+        "QSlider::handle:horizontal:focus { background: #eaf2fa; }"
         "QCheckBox:focus { color: #9fd0fa; }"
         "QCheckBox::indicator, QListView::indicator { width: 15px; height: 15px;"
         " border: 1px solid #6f93b8; border-radius: 4px; background: #1a2a3d; }"
@@ -57,7 +71,8 @@ QString applicationStyleSheet()
         "QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }"
         "QLabel#lostAudio { background: #8c1d32; color: white; font-weight: 700; padding: 6px;"
         " border-radius: 6px; }"
-        "QToolTip { background: #1a2a3d; color: #eaf2fa; border: 1px solid #476789; }");
+        "QToolTip { background: #1a2a3d; color: #eaf2fa; border: 1px solid #476789; }")
+        .arg(pixels);
 }
 
 } // namespace nimbara

@@ -22,7 +22,7 @@ ServiceFacts allWell()
     facts.cameraRate = 29.8;
     facts.freeBytes = 60'000'000'000;
     facts.destinations = QStringList { u"YouTube"_s };
-    facts.hasServiceKey = true;
+    facts.hasServiceKey = facts.serviceAnswers = facts.lineHadRoom = true;
     facts.clockIsSet = true;
     facts.onBattery = false;
     return facts;
@@ -65,6 +65,10 @@ private Q_SLOTS:
             { u"Destinos"_s, State::Caution, [](auto &facts) { facts.destinations.clear(); } },
             { u"Destinos"_s, State::Bad, [](auto &facts) { facts.withoutServer << u"X"_s; } },
             { u"Traducción"_s, State::Caution, [](auto &facts) { facts.hasServiceKey = false; } },
+            { u"Traducción"_s, State::Bad, [](auto &facts) { facts.serviceAnswers = false; } },
+            { u"Traducción"_s, State::Bad, [](auto &facts) { facts.serviceAnswers.reset(); } },
+            { u"Conexión"_s, State::Bad, [](auto &facts) { facts.lineHadRoom = false; } },
+            { u"Conexión"_s, State::Caution, [](auto &facts) { facts.lineHadRoom.reset(); } },
             { u"Textos y versículos"_s,
                 State::Caution,
                 [](auto &facts) { facts.hidden << u"E"_s; } },
@@ -118,10 +122,13 @@ private Q_SLOTS:
         }
     }
 
-    /// Of a studio as it starts, with a text that is too long.
+    /// Of a studio as it starts, with a text that is too long and nobody at the service's address.
     void looksAtTheStudio()
     {
-        StudioFixture desk;
+        StudioPeers peers;
+        peers.openAi = { u"http"_s, u"127.0.0.1"_s, 1, {}, u"/v1/"_s };
+        StudioFixture desk(std::move(peers));
+        desk.studio.translation().key().setText(u"sk-halvenmoor"_s);
         Layer text = newLayer(LayerKind::Text);
         text.text = QString(u"palabra "_s).repeated(4000);
         desk.setLayers({ text });
@@ -138,6 +145,8 @@ private Q_SLOTS:
         QCOMPARE(lineOf(lines, u"Cámara"_s)->state, State::Caution);
         QCOMPARE(lineOf(lines, u"Destinos"_s)->state, State::Good);
         QCOMPARE(lineOf(lines, u"Textos y versículos"_s)->state, State::Caution);
+        QCOMPARE(lineOf(lines, u"Traducción"_s)->state, State::Bad);
+        QVERIFY(lineOf(lines, u"Traducción"_s)->found.spanish().startsWith(u"API con error"_s));
         QVERIFY(!check.isUnderWay());
     }
 };

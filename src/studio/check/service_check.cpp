@@ -45,6 +45,13 @@ ServiceCheck::ServiceCheck(Studio &studio, QObject *parent)
 {
     m_timer.setInterval(stepMs);
     connect(&m_timer, &QTimer::timeout, this, &ServiceCheck::look);
+    connect(&m_studio.translation(),
+        &TranslationDesk::keyTested,
+        this,
+        [this](bool works, const Message &outcome) {
+            m_facts.serviceAnswers = works;
+            m_facts.serviceAnswer = outcome;
+        });
 }
 
 void ServiceCheck::begin(int screens)
@@ -67,6 +74,9 @@ void ServiceCheck::begin(int screens)
     m_studio.translation().key().withKey([this, guard = QPointer(this)](const QString &key) {
         if (guard) {
             m_facts.hasServiceKey = !key.isEmpty();
+            if (!key.isEmpty()) {
+                m_studio.translation().testKey();
+            }
         }
     });
     m_timer.start();
@@ -79,7 +89,9 @@ void ServiceCheck::look()
         m_facts.inputPeak = std::max({ m_facts.inputPeak, levels.peak[0], levels.peak[1] });
     }
     const qint64 passedMs = m_since.elapsed();
-    const bool isAnswered = m_machine.isReady() && m_texts.isReady();
+    const bool isServiceKnown
+        = m_facts.hasServiceKey && (!*m_facts.hasServiceKey || m_facts.serviceAnswers);
+    const bool isAnswered = m_machine.isReady() && m_texts.isReady() && isServiceKnown;
     if (passedMs < lookMs || (!isAnswered && passedMs < patienceMs)) {
         return;
     }
@@ -125,6 +137,8 @@ void ServiceCheck::readStudio()
 
 void ServiceCheck::readOutputs()
 {
+    m_facts.lineHadRoom = m_studio.lineTest().hadRoom();
+    m_facts.lineVerdict = m_studio.lineTest().text();
     m_facts.kbits = m_studio.document().project().videoKbits;
     const StreamDesk &streams = m_studio.streams();
     for (std::size_t slot = 0; slot < destinationCount; ++slot) {

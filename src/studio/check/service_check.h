@@ -14,8 +14,9 @@ namespace nimbara {
 
 class Studio;
 
-/// Looks at everything that a service needs, for `lookMs`, and says what to do. Changes nothing.
-/// Interface thread only, which never waits.
+/// Looks at everything that a service needs, for `lookMs`, and says what to do. Changes nothing,
+/// but sends one small request to the translation's service. Interface thread only, which never
+/// waits.
 class ServiceCheck : public QObject {
     Q_OBJECT
 public:

@@ -109,12 +109,32 @@ CheckLine destinationLine(const ServiceFacts &facts)
     return { State::Good, what, Message::verbatim(facts.destinations.join(QStringLiteral(", "))) };
 }
 
-void addKey(std::vector<CheckLine> &lines, const ServiceFacts &facts)
+void addLine(std::vector<CheckLine> &lines, const ServiceFacts &facts)
 {
-    if (facts.hasServiceKey && *facts.hasServiceKey) {
-        lines.push_back({ State::Good, "Traducción", "Hay API key." });
-    } else if (facts.hasServiceKey) {
-        lines.push_back({ State::Caution, "Traducción", "No hay API key: no habrá traducción." });
+    if (facts.lineHadRoom) {
+        lines.push_back(
+            { *facts.lineHadRoom ? State::Good : State::Bad, "Conexión", facts.lineVerdict });
+    } else if (!facts.destinations.isEmpty()) {
+        lines.push_back({ State::Caution,
+            "Conexión",
+            "No se ha probado: pulsa “Probar la conexión” en “Transmitir y grabar”." });
+    }
+}
+
+void addService(std::vector<CheckLine> &lines, const ServiceFacts &facts)
+{
+    const Message what = "Traducción";
+    if (!facts.hasServiceKey) {
+        return;
+    }
+    if (!*facts.hasServiceKey) {
+        lines.push_back({ State::Caution, what, "No hay API key: no habrá traducción." });
+    } else if (facts.serviceAnswers) {
+        lines.push_back(
+            { *facts.serviceAnswers ? State::Good : State::Bad, what, facts.serviceAnswer });
+    } else {
+        lines.push_back(
+            { State::Bad, what, "El servicio no responde. Revisa la conexión a internet." });
     }
 }
 
@@ -151,7 +171,8 @@ std::vector<CheckLine> judge(const ServiceFacts &facts)
     std::vector<CheckLine> lines { screenLine(facts), soundLine(facts), cameraLine(facts) };
     addDisk(lines, facts);
     lines.push_back(destinationLine(facts));
-    addKey(lines, facts);
+    addLine(lines, facts);
+    addService(lines, facts);
     lines.push_back(textLine(facts));
     addMachine(lines, facts);
     return lines;

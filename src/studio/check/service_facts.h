@@ -30,7 +30,11 @@ struct ServiceFacts {
 
     QStringList destinations; ///< names of the ticked ones
     QStringList withoutServer; ///< of those
+    std::optional<bool> lineHadRoom; ///< for all of them; none: it was not tested
+    Message lineVerdict; ///< of that test
     std::optional<bool> hasServiceKey; ///< for the translation; none: the store has not answered
+    std::optional<bool> serviceAnswers; ///< to that key; none: it was not asked, or is silent
+    Message serviceAnswer;
     QStringList hidden; ///< scenes with a verse or text that does not fit its box
 
     std::optional<bool> clockIsSet; ///< by a time server

@@ -279,6 +279,7 @@ void LineTest::conclude()
         }
         readings.push_back(std::move(reading));
     }
+    m_hadRoom = roomFor(readings, m_kbits) == static_cast<int>(readings.size());
     end(lineVerdict(readings, m_kbits));
     logLine(m_text.spanish());
 }

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace nimbara {
@@ -53,6 +54,9 @@ public:
     [[nodiscard]] bool isRunning() const { return m_phase != Phase::Idle; }
     /// What it does, or found; stays until the next test. Empty before the first.
     [[nodiscard]] const Message &text() const { return m_text; }
+    /// Whether the line had room for all destinations in the last test that came to its end; none
+    /// before one has.
+    [[nodiscard]] std::optional<bool> hadRoom() const { return m_hadRoom; }
 
     /// Call on every frame, with its scheduled time in ns from any fixed origin.
     void push(std::int64_t tNs);
@@ -101,6 +105,7 @@ private:
     bool m_measures = false;
     std::int64_t m_measuredUs = 0; ///< when that began
     Message m_text;
+    std::optional<bool> m_hadRoom;
 };
 
 } // namespace nimbara

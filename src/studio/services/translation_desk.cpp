@@ -73,6 +73,8 @@ void TranslationDesk::connectEngine(AudioInput &input)
     m_engine.roadChanged = [this] { Q_EMIT changed(); };
     m_engine.heldChanged = [this] { Q_EMIT heldChanged(); };
     m_engine.ended = [this] { pause(); };
+    m_keyTest.answered
+        = [this](bool works, const Message &outcome) { Q_EMIT keyTested(works, outcome); };
     m_keyTest.status = [this](const Message &message) {
         Q_EMIT reported(message);
         Q_EMIT said(message);

@@ -118,6 +118,8 @@ Q_SIGNALS:
     void changed();
     /// What engine or key test have to say, for the panel.
     void reported(const nimbara::Message &text);
+    /// The service has answered to `testKey`; `works`: it took the key.
+    void keyTested(bool works, const nimbara::Message &outcome);
     /// A caption has come, and how long it took, or it is read at another pace; empty after a run.
     void captionNoted(const nimbara::Message &text);
     /// What is held has changed.

@@ -50,7 +50,9 @@ void KeyTest::run(const QString &key)
     const std::int64_t sentMs = m_clock.wallMs();
     client->send(std::move(request), [this, client, sentMs, key](const HttpReply &reply) {
         client->deleteLater();
-        status(outcome(reply, m_clock.wallMs() - sentMs, key));
+        const Message told = outcome(reply, m_clock.wallMs() - sentMs, key);
+        answered(reply.isOk(), told);
+        status(told);
     });
 }
 

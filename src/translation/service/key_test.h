@@ -23,6 +23,8 @@ public:
 
     /// Gets the progress and the outcome.
     std::function<void(const Message &message)> status = [](const Message &) {};
+    /// Gets the outcome, too, before `status` does; `works`: the service took the key.
+    std::function<void(bool works, const Message &outcome)> answered = [](bool, const Message &) {};
 
 private:
     const Clock &m_clock;

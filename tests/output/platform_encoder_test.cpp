@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// What the "platform's encoder" of this program does, when it is made.
-enum class Manner { Works, IsSlow, IsWrong, FailsAtOnce, FailsLate, FallsSilent };
+enum class Manner { Works, IsSlow, IsWrong, FailsAtOnce, FailsLate, FallsSilent, NeverOpens };
 std::atomic<Manner> manner = Manner::Works;
 constexpr int late = 40; ///< pictures
 
@@ -33,7 +33,7 @@ GstPadProbeReturn misbehave(GstPad * /*pad*/, GstPadProbeInfo *info, gpointer da
         GST_PAD_PROBE_INFO_FLOW_RETURN(info) = GST_FLOW_ERROR;
         return GST_PAD_PROBE_HANDLED;
     }
-    if (own.manner == Manner::FallsSilent && isLate) {
+    if (own.manner == Manner::NeverOpens || (own.manner == Manner::FallsSilent && isLate)) {
         return GST_PAD_PROBE_DROP;
     }
     if (own.manner == Manner::IsSlow) {
@@ -142,8 +142,9 @@ private Q_SLOTS:
         constexpr FrameSize small { 160, 90 };
         const RtmpPeer peer;
         const QTemporaryDir dir;
-        for (const auto &[name, course] :
-            { std::pair { "fails", Manner::FailsLate }, { "falls silent", Manner::FallsSilent } }) {
+        for (const auto &[name, course] : { std::pair { "fails", Manner::FailsLate },
+                 { "falls silent", Manner::FallsSilent },
+                 { "never opens", Manner::NeverOpens } }) {
             const RowName named(name);
             manner = course;
             const QString key = QString::number(static_cast<int>(course));
@@ -155,7 +156,6 @@ private Q_SLOTS:
             QTRY_VERIFY((encoders.poll(), &encoders.choice() == &platformEncoder()));
             outputs.destination(0).start(peer.rtmp(u"live"_s), key, small);
             outputs.recording().start(file, small);
-            QTRY_VERIFY(outputs.destination(0).ready() && outputs.recording().ready());
             ProgramFeed feed(small);
             const auto push = [&] {
                 const Tick tick = feed.next();
@@ -163,11 +163,16 @@ private Q_SLOTS:
                 QThread::msleep(3);
                 return stopped.destinations.empty() && !stopped.recording;
             };
+            const auto ready
+                = [&] { return outputs.destination(0).ready() && outputs.recording().ready(); };
+            const bool opens = course != Manner::NeverOpens;
+            QTRY_VERIFY(!opens || ready());
             while (!encoders.hasFailed() && feed.count() < 1000) {
                 QVERIFY(push());
             }
             QCOMPARE(nameOf(encoders.choice()), u"openh264enc"_s);
-            const int failedAt = feed.count();
+            QTRY_VERIFY((push(), ready()));
+            const int failedAt = opens ? feed.count() : 0; // then their time begins after it
             const auto received = [&] { return probe(peer.recordedFile(key)).videoTimes; };
             for (int i = 0; i < 150; ++i) {
                 QVERIFY(push() && feed.wait());

@@ -97,9 +97,9 @@ bool PictureBranch::hasStalled(std::uint64_t out)
 {
     if (out != m_outSeen) {
         m_outSeen = out;
-        m_pushedThen = m_pushed;
+        m_pushedThen = m_waits + m_pushed;
     }
-    return m_pushed - m_pushedThen > mostUnseen;
+    return m_waits + m_pushed - m_pushedThen > mostUnseen;
 }
 
 } // namespace nimbara

@@ -33,7 +33,10 @@ public:
     [[nodiscard]] GstBus *bus() const { return m_parts.pipeline.bus(); }
     /// Pictures pushed that were let go of because the encoder did not keep up.
     [[nodiscard]] std::uint64_t lost() const;
-    /// Much was pushed since a picture last came out. Call now and then; `out`: those that came.
+    /// A picture could not be pushed because the encoder is not ready.
+    void noteWait() { ++m_waits; }
+    /// Much was pushed since a picture last came out, or could not be. Call now and then; `out`:
+    /// those that came.
     [[nodiscard]] bool hasStalled(std::uint64_t out);
 
 private:
@@ -41,6 +44,7 @@ private:
     std::shared_ptr<const std::atomic<bool>> m_ready;
     std::shared_ptr<std::atomic<std::uint64_t>> m_taken; ///< pictures that left the input
     std::uint64_t m_pushed = 0;
+    std::uint64_t m_waits = 0;
     std::uint64_t m_outSeen = 0;
     std::uint64_t m_pushedThen = 0;
 };

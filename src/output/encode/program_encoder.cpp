@@ -110,7 +110,13 @@ void ProgramEncoder::askForKey()
 
 void ProgramEncoder::stamp(std::int64_t tNs)
 {
-    if (tNs == m_tick || m_ended || (m_base == -1 && !ready())) {
+    if (tNs == m_tick || m_ended) {
+        return;
+    }
+    if (m_base == -1 && !ready()) {
+        if (std::exchange(m_waitedAt, tNs) != tNs) {
+            m_pictures.noteWait();
+        }
         return;
     }
     if (m_base == -1) {

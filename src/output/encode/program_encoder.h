@@ -103,6 +103,7 @@ private:
     std::shared_ptr<TapList> m_taps = std::make_shared<TapList>();
     std::int64_t m_base = -1; ///< ns, of the first stamp; −1: none yet
     std::int64_t m_tick = -1; ///< ns, the last stamp
+    std::int64_t m_waitedAt = -1; ///< ns, the last one that came before the encoder was ready
     std::int64_t m_keyAsked = -keySpacingNs; ///< ns, tick at which one was last asked for
     bool m_pictureTaken = false; ///< of this tick
     bool m_soundTaken = false;

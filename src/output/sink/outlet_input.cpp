@@ -73,8 +73,7 @@ void OutletInput::takePicture(const EncodedUnit &unit)
             takeSound(sound);
         }
     }
-    m_behind = gst_app_src_get_current_level_time(appSource(m_video.source)) > m_patienceNs
-        || (m_behind && !unit.isKey);
+    m_behind = waitingNs() > m_patienceNs || (m_behind && !unit.isKey);
     if (m_behind) {
         ++m_given.dropped;
         return;
@@ -240,16 +239,27 @@ void OutletInput::measureAt(GstElement *sink)
         [](gpointer data) { delete static_cast<Shared *>(data); });
 }
 
+std::uint64_t OutletInput::waitingNs() const
+{
+    if (m_sent) {
+        // What is ahead of the other track waits for that one, not for the outlet.
+        const std::uint64_t base = m_base.value_or(0);
+        const std::uint64_t sound = std::max(m_lastSound.value_or(base), base) - base;
+        const std::uint64_t last = std::min(m_lastPicture, sound);
+        return last - std::min<std::uint64_t>(m_sent->time, last);
+    }
+    return gst_app_src_get_current_level_time(appSource(m_video.source));
+}
+
 OutletFigures OutletInput::figures() const
 {
     const std::lock_guard lock(m_mutex);
     OutletFigures figures = m_given;
+    figures.waitingNs = waitingNs();
     if (m_sent) {
         figures.bytes = m_sent->bytes;
-        figures.waitingNs = m_lastPicture - std::min<std::uint64_t>(m_sent->time, m_lastPicture);
         return figures;
     }
-    figures.waitingNs = gst_app_src_get_current_level_time(appSource(m_video.source));
     const std::uint64_t waiting = gst_app_src_get_current_level_bytes(appSource(m_video.source))
         + gst_app_src_get_current_level_bytes(appSource(m_audio.source));
     figures.bytes -= std::min(waiting, figures.bytes);

@@ -82,6 +82,8 @@ private:
         std::atomic<std::uint64_t> bytes = 0;
         std::atomic<std::uint64_t> time = 0; ///< ns for the outlet
     };
+    /// ns of pictures that wait to be sent.
+    [[nodiscard]] std::uint64_t waitingNs() const;
     void handOver(const EncodedUnit &key);
     void forwardHeld();
     void beginAlone();

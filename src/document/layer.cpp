@@ -2,6 +2,8 @@
 
 #include "base/i18n.h"
 
+#include <QStringList>
+
 #include <array>
 
 namespace nimbara {
@@ -73,6 +75,14 @@ bool isPicture(LayerKind kind)
 bool hasSource(LayerKind kind)
 {
     return kind == LayerKind::Video || kind == LayerKind::Screen;
+}
+
+bool hasLatency(const Layer &layer)
+{
+    static const QStringList schemes { QStringLiteral("rtsp"),
+        QStringLiteral("rtsps"),
+        QStringLiteral("srt") };
+    return layer.kind == LayerKind::Video && schemes.contains(layer.uri.section(u':', 0, 0));
 }
 
 bool isText(LayerKind kind)

@@ -85,12 +85,20 @@ std::int32_t withHorizontalAlign(std::int32_t bits, HorizontalAlign choice);
 /// Kinds that play something opened for them: video, screen.
 bool hasSource(LayerKind kind);
 
+struct Layer;
+/// It plays a network camera (RTSP or SRT), whose picture waits `latency` for what the network
+/// delivers late.
+bool hasLatency(const Layer &layer);
+
 /// One picture source or text in a box of the output frame. A plain value without anything live:
 /// the decoded picture stands on a shelf by its path, the open source in a pool by `source`.
 struct Layer {
     static constexpr std::int32_t minSize = 8;
     static constexpr std::int32_t maxSize = 400;
     static constexpr std::int32_t minSmallest = 20;
+    static constexpr std::int32_t minLatency = 100;
+    static constexpr std::int32_t maxLatency = 2000;
+    static constexpr std::int32_t usualLatency = 200;
 
     LayerId id = LayerId::make(); ///< a copy keeps it; a second layer like this one needs another
     SourceId source = SourceId::make(); ///< what it plays; layers that share it play the same
@@ -115,6 +123,7 @@ struct Layer {
     bool shadow = true;
     QString uri; ///< media location, as the operator gave it; camera: its device, a JSON object
     bool sound = true; ///< video: its sound is heard on the stream program
+    std::int32_t latency = usualLatency; ///< video, see `hasLatency`: ms, 100..2000
     bool cover = false; ///< fill the box and crop, instead of fitting the picture whole
     QColor fill = QColor(12, 48, 88); ///< colour layers
     bool paged = true; ///< verse: what is too long for the box is made smaller, then split

@@ -38,6 +38,7 @@ enum class LayerField : std::int32_t {
     Shows,
     Device,
     Locked,
+    Latency,
 };
 
 /// What such a field holds.

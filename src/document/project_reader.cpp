@@ -138,6 +138,7 @@ Layer layerFrom(const QJsonValue &value, const QString &folder)
     layer.align = alignFrom(members);
     layer.shadow = members.flag("shadow", layer.shadow);
     layer.sound = members.flag("sound", layer.sound);
+    layer.latency = members.integer("latency", layer.latency, Layer::minLatency, Layer::maxLatency);
     layer.cover = members.flag("cover", layer.cover);
     layer.fill = members.color("fill", layer.fill);
     layer.paged = members.flag("paged", layer.paged);

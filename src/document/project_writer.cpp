@@ -85,6 +85,9 @@ QJsonObject layerObject(const Layer &layer, const QString &folder)
             addRelative(object, "relativeUri", relativeUri(folder, layer.uri));
         }
         object[QLatin1String("sound")] = layer.sound;
+        if (layer.latency != Layer::usualLatency) {
+            object[QLatin1String("latency")] = layer.latency;
+        }
     } else if (layer.kind == LayerKind::Camera && !layer.uri.isEmpty()) {
         object[QLatin1String("device")] = QJsonDocument::fromJson(layer.uri.toUtf8()).object();
     } else if (layer.kind == LayerKind::Color) {

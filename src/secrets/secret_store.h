@@ -19,6 +19,11 @@ inline QString stream(const QString &destination)
 {
     return QStringLiteral("stream-") + destination;
 }
+/// The login of a source on the network, by its place or host.
+inline QString source(const QString &place)
+{
+    return QStringLiteral("source-") + place;
+}
 inline QString openAi()
 {
     return QStringLiteral("openai");

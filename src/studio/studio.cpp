@@ -38,6 +38,8 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_sources(
           clock,
           m_factory,
+          m_secrets,
+          m_settings,
           [this] { return m_stage.streamFrame(); },
           [this](const Message &text) { status(text); })
     , m_scenePictures(m_stage, m_sources)
@@ -54,7 +56,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
           m_stage,
           m_onAir,
           [this](const Message &text) { status(text); })
-    , m_layers(m_factory, m_stage, m_sources.pool(), [this](const Message &text) { status(text); })
+    , m_layers(m_factory, m_stage, m_sources, [this](const Message &text) { status(text); })
     , m_images(m_stage, m_sources.shelf())
     , m_outputs(m_retirement)
     , m_streams(clock, m_outputs, m_stage, m_secrets)
@@ -98,6 +100,8 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_audio, &AudioInput::offsetChanged, this, [this] {
         m_sources.delayCameras(m_audio.offset().pictureDelayUs());
     });
+    connect(&m_sources.logins(), &LoginDesk::said, this, &Studio::status);
+    connect(&m_sources.screen(), &ScreenPortal::said, this, &Studio::status);
     m_verses.setKeys([this](const auto &receiver) { m_bibles.key().withKey(receiver); },
         [this](const auto &receiver) { m_translation.key().withKey(receiver); });
     const auto callOffTakes = [this] {

@@ -173,7 +173,10 @@ private Q_SLOTS:
         Project paged = newProject();
         Layer camera = newLayer(LayerKind::Camera);
         camera.uri = uR"({"name":"Coro","twin":true})"_s;
-        paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse, camera }) };
+        Layer network = newLayer(LayerKind::Video);
+        network.uri = u"srt://encoder:9000"_s;
+        network.latency = 900;
+        paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse, camera, network }) };
         paged.verseStyle = verseStyleOf(verse);
         paged.passages = { { u"Juan 3:16"_s, u"Porque de tal manera"_s }, { u"Salmos 23"_s, {} } };
         const Project read = fromJson(toJson(paged));
@@ -270,6 +273,8 @@ private Q_SLOTS:
             { R"({"path":"/a.png"})", [](auto &layer) { layer.path = u"/a.png"_s; } },
             { R"({"kind":"video","uri":"file:b"})",
                 [](auto &layer) { layer.kind = LayerKind::Video, layer.uri = u"file:b"_s; } },
+            { R"({"latency":900})", [](auto &layer) { layer.latency = 900; } },
+            { R"({"latency":50})", [](auto &layer) { layer.latency = 100; } },
             { R"({"device":{"path":"1","name":"A"}})",
                 [](auto &layer) { layer.uri = uR"({"name":"A","path":"1"})"_s; } },
             { R"({"device":"A","uri":"file:b"})", nothing },

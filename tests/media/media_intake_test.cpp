@@ -296,6 +296,7 @@ private Q_SLOTS:
                  "https://host/a.m3u8",
                  "http://host:8080/a.webm?x=1",
                  "rtsps://camera/stream",
+                 "srt://encoder:9000?mode=caller",
                  "rtmps://host/live/one" }) {
             const QString location = QString::fromUtf8(good);
             QCOMPARE(checkedMediaLocation(location), location);
@@ -310,7 +311,7 @@ private Q_SLOTS:
         QCOMPARE(withoutSecrets(u"rtsp://pastor:1@camera/x?token=t0ken, k3y-one, live, stream"_s),
             u"rtsp://***camera/x?***, ***, live, stream"_s);
         for (const QByteArray &bad :
-            QByteArray("ftp://host/a.mp4 srt://host:9000 /srv/a.mp4 a.mp4 file "
+            QByteArray("ftp://host/a.mp4 rist://host:9000 /srv/a.mp4 a.mp4 file "
                        "http://host:port/a http://[::1/a ")
                 .split(' ')) {
             QCOMPARE(errorOf([&] { return m_factory.media(size, QString::fromUtf8(bad)); }),

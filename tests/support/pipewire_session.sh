@@ -20,7 +20,7 @@ if [ "${NIMBARA_PIPEWIRE_SESSION:-}" = "" ]; then
     XDG_RUNTIME_DIR="$NIMBARA_PIPEWIRE_SESSION/run" \
         XDG_STATE_HOME="$NIMBARA_PIPEWIRE_SESSION/home" \
         PIPEWIRE_REMOTE=pipewire-0 \
-        dbus-run-session -- "$0" "$@" || status=$?
+        dbus-run-session --config-file="$(dirname "$0")/private_bus.conf" -- "$0" "$@" || status=$?
     exit "$status"
 fi
 

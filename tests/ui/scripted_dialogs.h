@@ -17,6 +17,7 @@ public:
     std::deque<QString> texts;
     std::deque<bool> answers;
     std::deque<QColor> colors;
+    std::deque<std::optional<Login>> logins; ///< none left: the box stays open
     std::deque<SaveChoice> choices; ///< about unsaved work; none left: discarded
     QStringList asked; ///< titles and texts of every box, "title: text"
 
@@ -58,6 +59,18 @@ public:
         ask(title, text + u'|' + action);
         if (take(answers).value_or(false)) {
             taken();
+        }
+    }
+    void login(const QString &title,
+        const QString &text,
+        const std::optional<QString> &user,
+        const std::function<void(const std::optional<Login> &)> &done) override
+    {
+        ask(title, text + u'|' + user.value_or(QStringLiteral("-")));
+        if (!logins.empty()) {
+            const std::optional<Login> given = logins.front();
+            logins.pop_front();
+            done(given);
         }
     }
 

@@ -87,12 +87,15 @@ Media::Media(const Clock &clock,
     const SourceRequest &request,
     const ScreenElements &screens,
     std::shared_ptr<OpeningSlots> holding)
-    : m_clock(clock)
+    : m_stream(request.stream)
+    , m_clock(clock)
     , m_isDevice(request.device != nullptr)
     , m_isTestBars(request.isTestBars())
     , m_isFile(request.uri.startsWith(QLatin1String("file:")))
     , m_isNetwork(!request.uri.isEmpty() && !m_isFile)
     , m_hasKnownEnd(m_isFile)
+    , m_location(request.uri)
+    , m_login(request.network.login)
     , m_lastFrameTime(clock.monotonicUs())
     , m_wantedMode(request.mode)
     , m_parts(buildSourcePipeline(request, screens))
@@ -240,8 +243,17 @@ void Media::pollStreams(PipelineStart::Outcome start)
 /// True when the source is over.
 bool Media::takeBusMessage()
 {
-    const auto message = MessageRef::adopt(gst_bus_pop_filtered(m_parts.pipeline.bus(),
-        static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS)));
+    constexpr auto kinds
+        = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS | GST_MESSAGE_LATENCY);
+    bool isDelayed = false;
+    auto message = MessageRef::adopt(gst_bus_pop_filtered(m_parts.pipeline.bus(), kinds));
+    while (message && GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_LATENCY) {
+        isDelayed = true;
+        message = MessageRef::adopt(gst_bus_pop_filtered(m_parts.pipeline.bus(), kinds));
+    }
+    if (isDelayed && m_isNetwork) {
+        followLatency();
+    }
     if (!message) {
         return false;
     }
@@ -253,12 +265,26 @@ bool Media::takeBusMessage()
     return true;
 }
 
+/// The sinks learn how long a live stream's pictures may be on their way; shown as they come, they
+/// would stutter with the network. On a thread of the library, since it asks every element.
+void Media::followLatency()
+{
+    gst_element_call_async(
+        m_parts.pipeline.element(),
+        [](GstElement *pipeline, gpointer) { gst_bin_recalculate_latency(GST_BIN_CAST(pipeline)); },
+        nullptr,
+        nullptr);
+}
+
 /// What the operator can do something about is told by its name.
 void Media::failWith(GstMessage *error)
 {
     // A library repeats the location, which may hold a password.
     const QString described = withoutSecrets(errorDescription(error));
-    const Message trouble = m_trouble ? m_trouble->text() : Message();
+    m_wantsLogin = m_isNetwork && asksForLogin(error);
+    const Message trouble = m_trouble ? m_trouble->text()
+        : m_wantsLogin                ? Message("pide usuario y contraseña.")
+                                      : Message();
     if (!trouble.isEmpty()) {
         logLine(QStringLiteral("Fuente sin señal: ") + described);
     }

@@ -83,6 +83,12 @@ public:
     [[nodiscard]] bool isReady();
     /// Built from a capture device.
     [[nodiscard]] bool isDevice() const { return m_isDevice; }
+    /// Where it comes from, without a login; empty for what is no media.
+    [[nodiscard]] const QString &location() const { return m_location; }
+    /// The login that it was opened with, possibly none.
+    [[nodiscard]] const Login &login() const { return m_login; }
+    /// It was refused for want of another login.
+    [[nodiscard]] bool wantsLogin() const { return m_wantsLogin; }
     /// Diagnostic description for the log.
     [[nodiscard]] const QString &label() const { return m_label; }
     /// How the start has come along: opening a file or a device may take its time.
@@ -127,6 +133,7 @@ private:
     static void padAdded(GstElement *element, GstPad *pad, gpointer source);
     void linkDecodedPads();
     bool takeBusMessage();
+    void followLatency();
     void takeSound();
     void takePicture(SampleRef sample, std::int64_t now);
     void holdBack(std::int64_t now);
@@ -141,6 +148,7 @@ private:
     void deactivate();
 
     std::shared_ptr<const void> m_presence = std::make_shared<char>(); ///< first: goes last
+    std::optional<ScreenStream> m_stream; ///< that the pipeline reads
     const Clock &m_clock;
     bool m_active = true;
     bool m_ended = false;
@@ -151,6 +159,9 @@ private:
     bool m_isNetwork = false;
     bool m_hasKnownEnd = false;
     bool m_isAnswered = false; ///< a device has taken what was asked of it
+    bool m_wantsLogin = false;
+    QString m_location;
+    Login m_login;
     std::int64_t m_lastFrameTime = 0;
     std::uint64_t m_frameCount = 0;
     Message m_message;

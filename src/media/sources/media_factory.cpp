@@ -53,7 +53,7 @@ void hideSecretsOf(const QUrl &url)
 QString checkedMediaLocation(const QString &typed)
 {
     static constexpr std::array
-        schemes { "file", "https", "http", "rtsp", "rtsps", "rtmp", "rtmps" };
+        schemes { "file", "https", "http", "rtsp", "rtsps", "rtmp", "rtmps", "srt" };
     QString location = typed.trimmed();
     const QUrl url(location, QUrl::TolerantMode);
     const QString scheme = url.scheme();
@@ -92,17 +92,29 @@ MediaPtr MediaFactory::testBars(FrameSize size) const
 
 MediaPtr MediaFactory::screen(FrameSize size) const
 {
-    return make({ .size = size, .screen = true });
+    if (m_needsGrant && !*m_grantedScreen) {
+        return nullptr;
+    }
+    return make({ .size = size, .screen = true, .stream = *m_grantedScreen });
 }
 
-MediaPtr MediaFactory::media(FrameSize size, const QString &location) const
+MediaPtr MediaFactory::media(FrameSize size, const QString &location, std::int32_t latencyMs) const
 {
-    return make({ .size = size, .uri = checkedMediaLocation(location) });
+    return make(requestFor(size, location, latencyMs));
 }
 
-MediaPtr MediaFactory::heldMedia(FrameSize size, const QString &location) const
+MediaPtr
+MediaFactory::heldMedia(FrameSize size, const QString &location, std::int32_t latencyMs) const
 {
-    return make({ .size = size, .uri = checkedMediaLocation(location) }, m_slots);
+    return make(requestFor(size, location, latencyMs), m_slots);
+}
+
+SourceRequest
+MediaFactory::requestFor(FrameSize size, const QString &location, std::int32_t latencyMs) const
+{
+    const auto [bare, typed] = splitLogin(checkedMediaLocation(location));
+    const Login login = typed.isEmpty() ? m_logins->find(bare) : typed;
+    return { .size = size, .uri = bare, .network = { latencyMs, login } };
 }
 
 MediaPtr MediaFactory::make(const SourceRequest &request,

@@ -1,11 +1,18 @@
 #include "media/sources/platform_elements.h"
 
+#include "media/capture/device_pin.h"
 #include "media/gst/gst_build.h"
 #include "media/x11/x11_screen_source.h"
 
 #include <QtGlobal>
 
 namespace nimbara {
+
+namespace {
+
+constexpr int repeatMs = 1000;
+
+} // namespace
 
 DesktopSession currentSession()
 {
@@ -14,12 +21,16 @@ DesktopSession currentSession()
         qgetenv("XDG_SESSION_TYPE").toStdString() };
 }
 
+bool isWayland(const DesktopSession &session)
+{
+    return !session.waylandDisplay.empty() || session.type == "wayland";
+}
+
 ScreenElements screenElements(const DesktopSession &session)
 {
     ScreenElements elements { { "avfvideosrc", { { "capture-screen", true } } } };
 #ifdef NIMBARA_X11
-    const bool wayland = !session.waylandDisplay.empty() || session.type == "wayland";
-    if (!wayland && !session.xDisplay.empty()) {
+    if (!isWayland(session) && !session.xDisplay.empty()) {
         registerX11ScreenSource();
         elements.push_back({ x11ScreenSource, {} });
     }
@@ -40,6 +51,23 @@ ElementRef makeScreenSource(const ScreenElements &elements)
         }
     }
     return {};
+}
+
+ElementRef makeStreamSource(const ScreenStream &stream)
+{
+    auto element = gst_build::make("pipewiresrc", "source");
+    if (element) {
+        g_object_set(element.get(),
+            "fd",
+            stream.remote(),
+            "path",
+            std::to_string(stream.node()).c_str(),
+            "keepalive-time",
+            repeatMs,
+            nullptr);
+        pinToDevice(element.get());
+    }
+    return element;
 }
 
 } // namespace nimbara

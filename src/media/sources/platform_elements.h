@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/gst/gst_handles.h"
+#include "media/sources/screen_stream.h"
 
 #include <string>
 #include <utility>
@@ -27,6 +28,9 @@ struct DesktopSession {
 /// The session from WAYLAND_DISPLAY, DISPLAY and XDG_SESSION_TYPE.
 DesktopSession currentSession();
 
+/// No program sees the whole screen of such a session, unless the desktop grants it.
+bool isWayland(const DesktopSession &session);
+
 /// The ways that can see the whole screen of such a session.
 ///
 /// The macOS element comes first; where it does not exist it is simply not made. X11's is offered
@@ -36,5 +40,9 @@ ScreenElements screenElements(const DesktopSession &session = currentSession());
 
 /// The first of the elements that this installation has, named "source"; none without one.
 ElementRef makeScreenSource(const ScreenElements &elements);
+
+/// An element for what the desktop grants, named "source"; none on an installation without it. The
+/// desktop sends pictures when something changes; this repeats the last one.
+ElementRef makeStreamSource(const ScreenStream &stream);
 
 } // namespace nimbara

@@ -28,7 +28,8 @@ struct PictureChain {
 ElementRef makeSource(const SourceRequest &request, const ScreenElements &screens)
 {
     if (request.screen) {
-        auto element = makeScreenSource(screens);
+        auto element
+            = request.stream ? makeStreamSource(*request.stream) : makeScreenSource(screens);
         if (!element) {
             throw Error(QStringLiteral("Captura de pantalla no disponible en este sistema"));
         }
@@ -272,6 +273,9 @@ SourcePipeline buildSourcePipeline(const SourceRequest &request, const ScreenEle
     if (request.uri.isEmpty()) {
         linkCapture(built, chain, request);
     } else {
+        if (!request.uri.startsWith(QLatin1String("file:"))) {
+            prepareNetworkSource(built.source, request.network);
+        }
         g_object_set(built.source.get(), "uri", request.uri.toUtf8().constData(), nullptr);
     }
     return built;

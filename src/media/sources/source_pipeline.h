@@ -3,7 +3,9 @@
 #include "media/capture/device_mode.h"
 #include "media/gst/gst_handles.h"
 #include "media/sources/natural_picture.h"
+#include "media/sources/network_source.h"
 #include "media/sources/platform_elements.h"
+#include "media/sources/screen_stream.h"
 #include "signal/frame.h"
 
 #include <QString>
@@ -11,6 +13,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace nimbara {
 
@@ -20,8 +23,10 @@ struct SourceRequest {
     FrameSize size; ///< of the output profile
     GstDevice *device = nullptr;
     std::optional<DeviceMode> mode {}; ///< of the device; none: whatever raw picture it delivers
-    QString uri {}; ///< UTF-8 text
+    QString uri {}; ///< UTF-8 text, without a login
+    NetworkAccess network {}; ///< of a location that is not a file
     bool screen = false;
+    std::optional<ScreenStream> stream {}; ///< of the screen, where the desktop grants it
 
     [[nodiscard]] bool isTestBars() const { return device == nullptr && uri.isEmpty() && !screen; }
 };

@@ -3,7 +3,7 @@
 #include "base/report.h"
 #include "media/sources/media_factory.h"
 #include "studio/edit/stage.h"
-#include "studio/sources/source_pool.h"
+#include "studio/sources/sources.h"
 
 namespace nimbara {
 
@@ -12,11 +12,12 @@ namespace nimbara {
 /// with nothing added, when the thing cannot be opened.
 class LayerMaker {
 public:
-    LayerMaker(const MediaFactory &factory, Stage &stage, SourcePool &pool, Report status);
+    LayerMaker(const MediaFactory &factory, Stage &stage, Sources &sources, Report status);
 
     /// A file on this computer; its "file:" URL becomes the location.
     LayerId addVideoFile(const QString &path);
-    /// A location as the operator typed it, a network stream or a "file:" URL.
+    /// A location as the operator typed it, a network stream or a "file:" URL. A login in it is
+    /// kept in the secure store (`LoginDesk`), and no part of the layer.
     LayerId addMedia(const QString &location);
     LayerId addScreenCapture();
     /// Opens the layer's location anew, from its start; a program goes on with what it shows.
@@ -27,7 +28,7 @@ private:
 
     const MediaFactory &m_factory;
     Stage &m_stage;
-    SourcePool &m_pool;
+    Sources &m_sources;
     Report m_status;
 };
 

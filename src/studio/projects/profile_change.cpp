@@ -17,10 +17,7 @@ void changeProfile(StreamProfile profile,
     onAir.streams = {};
     status("Formato cambiado. Reconecta las fuentes para el perfil elegido.");
     sources.pool().reopen(stage.document.scenes().of(SceneSet::Streams),
-        [&factory, size](const Layer &layer) {
-            return layer.kind == LayerKind::Screen ? factory.screen(size)
-                                                   : factory.heldMedia(size, layer.uri);
-        });
+        [&factory, size](const Layer &layer) { return openSource(factory, size, layer); });
 }
 
 } // namespace nimbara

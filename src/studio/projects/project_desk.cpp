@@ -21,7 +21,7 @@ ProjectDesk::ProjectDesk(const MediaFactory &factory,
     , m_status(std::move(status))
     , m_backupFolder(backupFolder)
     , m_saves(backupFolder)
-    , m_opening(factory)
+    , m_opening(factory, sources.logins())
     , m_mediaSearch(stage.document)
 {
 }
@@ -173,6 +173,9 @@ void ProjectDesk::takeOver(const ProjectOpening::Opened &opened)
         m_status("Trabajo recuperado. Guárdalo cuando quieras.");
     } else {
         succeeded(opened.path);
+        if (opened.hadLogins) { // the file has them until it is saved
+            m_stage.document.markUnsaved();
+        }
     }
     m_mediaSearch.setMissing(opened.missing);
     Q_EMIT this->opened(opened.warnings);

@@ -3,6 +3,7 @@
 #include "base/error.h"
 #include "compositor/scene/load_image.h"
 #include "document/local_files.h"
+#include "studio/sources/source_pool.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -92,6 +93,7 @@ void ProjectOpening::beginAttaching(Read read)
         {},
         read.missing };
     m_failures = std::move(read.failures);
+    takeOutLogins();
     m_waiting.clear();
     for (const SceneSet set : bothSets) {
         for (const ScenePtr &scene : m_opened->project.scenes.of(set)) {
@@ -101,6 +103,24 @@ void ProjectOpening::beginAttaching(Read read)
         }
     }
     std::reverse(m_waiting.begin(), m_waiting.end());
+}
+
+void ProjectOpening::takeOutLogins()
+{
+    for (const SceneSet set : bothSets) {
+        for (ScenePtr &scene : m_opened->project.scenes.of(set)) {
+            Scene bare = *scene;
+            for (Layer &layer : bare.layers) {
+                if (layer.kind == LayerKind::Video) {
+                    layer.uri = m_logins.takeOut(layer.uri);
+                }
+            }
+            if (bare != *scene) {
+                scene = std::make_shared<const Scene>(std::move(bare));
+                m_opened->hadLogins = true;
+            }
+        }
+    }
 }
 
 /// Starts what the layer plays, or warns of what it lacks.
@@ -119,8 +139,7 @@ void ProjectOpening::attach(const Layer &layer)
     MediaPtr source;
     try {
         const FrameSize size = streamSize(m_opened->project.profile);
-        source = layer.kind == LayerKind::Screen ? m_factory.screen(size)
-                                                 : m_factory.heldMedia(size, layer.uri);
+        source = openSource(m_factory, size, layer);
     } catch (const std::exception &error) {
         warn(layer, errorMessage(error));
     }

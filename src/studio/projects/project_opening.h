@@ -3,6 +3,7 @@
 #include "base/background_task.h"
 #include "document/project_file.h"
 #include "media/sources/media_factory.h"
+#include "studio/sources/login_desk.h"
 
 #include <QDeadlineTimer>
 #include <QHash>
@@ -29,11 +30,14 @@ public:
         std::vector<std::pair<Layer, MediaPtr>> sources; ///< and the layer that asked for each
         QList<Message> warnings; ///< of what could not be decoded or opened
         QStringList missing; ///< files that are not there, each once
+        bool hadLogins = false; ///< in its locations, which are without them now
     };
     using FileReader = std::function<QByteArray(const QString &path)>;
 
-    explicit ProjectOpening(const MediaFactory &factory)
+    /// `logins`: keeps the logins that a project of earlier days has in its locations.
+    ProjectOpening(const MediaFactory &factory, LoginDesk &logins)
         : m_factory(factory)
+        , m_logins(logins)
     {
     }
     ProjectOpening(const ProjectOpening &) = delete;
@@ -67,11 +71,13 @@ private:
     static Read
     readAll(const QString &path, const FileReader &read, const std::atomic<bool> &calledOff);
     void beginAttaching(Read read);
+    void takeOutLogins();
     void attach(const Layer &layer);
     void warn(const Layer &layer, const Message &reason);
     [[nodiscard]] int sourcesUnderway();
 
     const MediaFactory &m_factory;
+    LoginDesk &m_logins;
     QString m_path;
     BackgroundTask<Read> m_reading;
     std::shared_ptr<std::atomic<bool>> m_calledOff;

@@ -7,6 +7,12 @@
 
 namespace nimbara {
 
+MediaPtr openSource(const MediaFactory &factory, FrameSize size, const Layer &layer)
+{
+    return layer.kind == LayerKind::Screen ? factory.screen(size)
+                                           : factory.heldMedia(size, layer.uri, layer.latency);
+}
+
 SourcePool::SourcePool(const Clock &clock, SourceOpener open, Report status)
     : m_clock(clock)
     , m_open(std::move(open))

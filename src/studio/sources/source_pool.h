@@ -14,8 +14,12 @@
 
 namespace nimbara {
 
-/// Who opens what a layer with a source shows. Throws `Error`.
+/// Who opens what a layer with a source shows; possibly none yet. Throws `Error`.
 using SourceOpener = std::function<MediaPtr(const Layer &layer)>;
+
+/// Opens what such a layer shows, the screen or its location; none while the desktop has not
+/// granted the screen. Throws `Error`.
+MediaPtr openSource(const MediaFactory &factory, FrameSize size, const Layer &layer);
 
 /// The open sources beside the project, by the id that its layers name. A source lives while a
 /// layer names it and a while longer, so that undo finds it; a program on air holds those that it

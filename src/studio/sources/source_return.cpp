@@ -18,6 +18,7 @@ constexpr std::array<std::int64_t, 5> delaysUs { 1'000'000,
     4'000'000,
     8'000'000,
     10'000'000 };
+constexpr std::int64_t cameraDelayUs = 3'000'000; ///< at most; what hangs takes 10 s more
 
 bool isOpenedAgain(const Layer &layer)
 {
@@ -130,7 +131,7 @@ void SourceReturn::advance(Lost &lost, SourcePool &pool, OnAir &onAir)
         watch(lost, pool, onAir);
     } else if (lost.next) {
         follow(lost, pool, onAir);
-    } else if (m_clock.monotonicUs() >= lost.nextUs) {
+    } else if (m_clock.monotonicUs() >= lost.nextUs && mayOpen(lost.layer)) {
         open(lost, pool);
     }
 }
@@ -148,6 +149,9 @@ void SourceReturn::open(Lost &lost, const SourcePool &pool)
 {
     try {
         lost.next = pool.open(lost.layer);
+        if (!lost.next) { // the desktop has not granted it
+            wait(lost);
+        }
     } catch (const Error &error) {
         tellRefusal(lost, error.message());
         wait(lost);
@@ -163,6 +167,7 @@ void SourceReturn::follow(Lost &lost, SourcePool &pool, OnAir &onAir)
         m_status(Message("Fuente recuperada: %1",
             { Message::verbatim(withoutSecrets(lost.layer.name)) }));
     } else if (!lost.next->active()) {
+        refused(*lost.next);
         logLine(
             QStringLiteral("Fuente: no se pudo reabrir: ") + lost.next->takeMessage().spanish());
         lost.next.reset();
@@ -182,7 +187,9 @@ void SourceReturn::wait(Lost &lost)
 {
     const auto step
         = std::min<std::size_t>(static_cast<std::size_t>(lost.attempts++), delaysUs.size() - 1);
-    lost.nextUs = m_clock.monotonicUs() + delaysUs.at(step);
+    const std::int64_t delay = delaysUs.at(step);
+    lost.nextUs = m_clock.monotonicUs()
+        + (isLiveCamera(lost.layer.uri) ? std::min(delay, cameraDelayUs) : delay);
 }
 
 } // namespace nimbara

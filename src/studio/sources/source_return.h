@@ -6,20 +6,28 @@
 #include "studio/sources/source_pool.h"
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace nimbara {
 
 /// Opens network and screen sources again that have stopped: after 1, 2, 4, 8, then every 10 s for
-/// ever. The old one lets go of its connection at once, since a camera may serve one client only;
-/// the new one takes its place with its first picture, in the project as in the programs on air.
-/// Interface thread only; nothing in it waits.
+/// ever, live cameras every 3 s, so that they are back within 10 s of their network's return. The
+/// old one lets go of its connection at once, since a camera may serve one client only; the new one
+/// takes its place with its first picture, in the project as in the programs on air. Interface
+/// thread only; nothing in it waits.
 class SourceReturn {
 public:
     /// µs; a source that stops again before goes on with the delay it had.
     static constexpr std::int64_t steadyUs = 10'000'000;
 
     SourceReturn(const Clock &clock, Report status);
+
+    /// Whether trying is of use, asked before each attempt: a camera may wait for its password.
+    /// Never empty.
+    std::function<bool(const Layer &)> mayOpen = [](const Layer &) { return true; };
+    /// Told of each source that was opened in vain. Never empty.
+    std::function<void(const Media &)> refused = [](const Media &) {};
 
     /// Call on every run of the frame clock. Every source of `scenes` in the pool and of the
     /// programs is looked after; those of no layer are forgotten.

@@ -30,6 +30,8 @@ void addNamed(std::vector<QString> &named, const ScenePtr &scene)
 
 Sources::Sources(const Clock &clock,
     const MediaFactory &factory,
+    SecretStore &secrets,
+    QSettings &settings,
     std::function<FrameSize()> frame,
     Report status)
     : m_clock(clock)
@@ -44,16 +46,19 @@ Sources::Sources(const Clock &clock,
           m_steady,
           [this](const CaptureDevice &device) { return hasDevice(device); },
           status)
+    , m_logins(m_factory.logins(), secrets)
+    , m_screen(settings, m_factory.grantedScreen(), m_factory.needsGrant())
     , m_pool(
           clock,
-          [this](const Layer &layer) {
-              return layer.kind == LayerKind::Screen ? m_factory.screen(m_frame())
-                                                     : m_factory.heldMedia(m_frame(), layer.uri);
-          },
+          [this](const Layer &layer) { return openSource(m_factory, m_frame(), layer); },
           status)
     , m_sourceReturn(clock, std::move(status))
     , m_shelf(clock)
 {
+    m_sourceReturn.mayOpen = [this](const Layer &layer) {
+        return layer.kind == LayerKind::Screen ? m_screen.mayOpen() : m_logins.mayOpen(layer.uri);
+    };
+    m_sourceReturn.refused = [this](const Media &source) { tellRefusal(source); };
 }
 
 LiveScene Sources::live(const ScenePtr &scene) const
@@ -299,6 +304,13 @@ void Sources::poll(const Project &project, OnAir &onAir)
     tellUnsteady();
 }
 
+void Sources::tellRefusal(const Media &source)
+{
+    if (source.wantsLogin()) {
+        m_logins.refused(source.location(), source.login());
+    }
+}
+
 void Sources::tellUnsteady()
 {
     if (const QString name = m_steady.takeRefused(); !name.isEmpty()) {
@@ -354,6 +366,7 @@ void Sources::pollOnce(Media *source, bool shown)
     source->setShown(shown);
     source->pollSource();
     if (const Message message = source->takeMessage(); !message.isEmpty()) {
+        tellRefusal(*source);
         m_status(message);
     }
 }

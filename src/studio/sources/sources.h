@@ -8,9 +8,11 @@
 #include "studio/sources/device_return.h"
 #include "studio/sources/layer_cameras.h"
 #include "studio/sources/leaving_devices.h"
+#include "studio/sources/login_desk.h"
 #include "studio/sources/on_air.h"
 #include "studio/sources/opening.h"
 #include "studio/sources/picture_shelf.h"
+#include "studio/sources/screen_portal.h"
 #include "studio/sources/shown_boxes.h"
 #include "studio/sources/source_pool.h"
 #include "studio/sources/source_return.h"
@@ -29,12 +31,17 @@ namespace nimbara {
 class Sources {
 public:
     /// `frame`: the size of the stream program, asked anew at each use.
+    /// `secrets`, `settings`: where logins, and the choice of a screen, are kept.
     Sources(const Clock &clock,
         const MediaFactory &factory,
+        SecretStore &secrets,
+        QSettings &settings,
         std::function<FrameSize()> frame,
         Report status);
 
     [[nodiscard]] SourcePool &pool() { return m_pool; }
+    [[nodiscard]] LoginDesk &logins() { return m_logins; }
+    [[nodiscard]] ScreenPortal &screen() { return m_screen; }
     [[nodiscard]] PictureShelf &shelf() { return m_shelf; }
     /// The scene with what its layers show now, to be held.
     [[nodiscard]] LiveScene live(const ScenePtr &scene) const;
@@ -147,6 +154,7 @@ private:
     void pollCamera();
     void reopen(const CaptureDevice &found);
     void tellUnsteady();
+    void tellRefusal(const Media &source);
     void pollOnce(Media *source, bool shown);
     void sweep(const SceneSets &scenes);
 
@@ -168,6 +176,8 @@ private:
     DeviceReturn m_return;
     SteadyCameras m_steady;
     LayerCameras m_layerCameras;
+    LoginDesk m_logins;
+    ScreenPortal m_screen;
     SourcePool m_pool;
     SourceReturn m_sourceReturn;
     PictureShelf m_shelf;

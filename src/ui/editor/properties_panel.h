@@ -68,6 +68,7 @@ Q_SIGNALS:
     void fitPressed(nimbara::LayerId layer);
     void changeImagePressed(nimbara::LayerId layer);
     void restartVideoPressed(nimbara::LayerId layer);
+    void chooseScreenPressed(nimbara::LayerId layer);
     void verseRequested(nimbara::LayerId layer, const QString &reference);
     /// The operator typed into a field that takes a reference.
     void verseTyped(nimbara::VerseField *field, const QString &text);
@@ -106,6 +107,7 @@ private:
     void addTroubleNote();
     void showInPlace(QWidget *note, bool shown);
     void addPictureRows();
+    void addLatency();
     VerseField *makeReference();
     QWidget *makeHeading();
     QWidget *makePosition();

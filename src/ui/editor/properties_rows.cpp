@@ -1,5 +1,6 @@
 #include "base/i18n.h"
 #include "document/layer_geometry.h"
+#include "media/sources/platform_elements.h"
 #include "ui/editor/camera_row.h"
 #include "ui/editor/color_button.h"
 #include "ui/editor/position_row.h"
@@ -358,6 +359,7 @@ void PropertiesPanel::addPictureRows()
     addButton(image, "Cambiar imagen...", "changeImage", &PropertiesPanel::changeImagePressed);
     addRow(video, makeCheck("Audio del video cuando esté en Programa", "sound", LayerField::Sound));
     addRow(video, "Origen", makeLiveNote([](const Layer &layer) { return layer.uri; }));
+    addLatency();
     addButton(video, "Reiniciar video", "restartVideo", &PropertiesPanel::restartVideoPressed);
     constexpr Kinds camera = isOneOf<LayerKind::Camera>;
     connect(m_cameras, &CameraRow::chosen, this, [this](const QString &device) {
@@ -371,8 +373,37 @@ void PropertiesPanel::addPictureRows()
             ? label("Muestra la cámara conectada en \"Fuentes y pantallas\".")
             : label("Muestra su propia cámara, esté o no conectada en \"Fuentes y pantallas\".");
     }));
-    addRow(isOneOf<LayerKind::Screen>,
-        makeNote(label("Captura la pantalla principal de este equipo.")));
+    constexpr Kinds capture = isOneOf<LayerKind::Screen>;
+    if (isWayland(currentSession())) {
+        addRow(capture,
+            makeNote(label("Captura lo que elijas compartir en el cuadro del escritorio.")));
+        addButton(capture,
+            "Elegir pantalla...",
+            "chooseScreen",
+            &PropertiesPanel::chooseScreenPressed);
+    } else {
+        addRow(capture, makeNote(label("Captura la pantalla principal de este equipo.")));
+    }
+}
+
+/// Of network cameras alone.
+void PropertiesPanel::addLatency()
+{
+    auto *owner = named(new QWidget, "networkLatency");
+    auto *rows = new QFormLayout(owner);
+    rows->setContentsMargins(0, 0, 0, 0);
+    auto *number = static_cast<QSpinBox *>(makeNumber("Latencia de la red",
+        "latency",
+        LayerField::Latency,
+        { Layer::minLatency, Layer::maxLatency }));
+    number->setSuffix(QStringLiteral(" ms"));
+    number->setSingleStep(50);
+    number->setKeyboardTracking(false);
+    rows->addRow(label("Latencia de la red"), number);
+    rows->addRow(makeNote(label(
+        "Súbela si la imagen se traba. Vale desde que la fuente se abre: \"Reiniciar video\".")));
+    addRow(isOneOf<LayerKind::Video>, owner);
+    onRefresh([this, owner](const Layer &layer) { showInPlace(owner, hasLatency(layer)); });
 }
 
 QWidget *PropertiesPanel::makeLiveNote(std::function<QString(const Layer &)> text)

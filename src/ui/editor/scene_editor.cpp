@@ -35,6 +35,8 @@ SceneEditor::SceneEditor(Studio &studio, Dialogs &dialogs, const ErrorGuard &gua
     connectTiles();
     connectPanel();
     connectPanelQuestions();
+    connectLogins();
+    connectScreen();
     connectImages();
     connect(&document(), &Document::changed, this, &SceneEditor::follow);
 }
@@ -131,6 +133,41 @@ void SceneEditor::connectPanel()
     connect(&verses, &VerseDesk::waitingChanged, panel, [&verses, panel](LayerId layer) {
         panel->showWaiting(layer, verses.hasWaiting(layer));
     });
+}
+
+/// Not from the frame clock's own run, which comes upon the refusal.
+void SceneEditor::connectLogins()
+{
+    LoginDesk &logins = m_studio.sources().logins();
+    const auto ask = [this, &logins](const LoginQuestion &question) {
+        const QString text = label(question.isRepeated ? "No se aceptó la contraseña para %1."
+                                                       : "%1 pide usuario y contraseña.")
+                                 .arg(question.place);
+        m_dialogs.login(label("Fuente de red"),
+            text,
+            question.hasUser ? std::optional(question.user) : std::nullopt,
+            [&logins, location = question.location](const std::optional<Login> &login) {
+                if (login) {
+                    logins.answer(location, *login);
+                } else {
+                    logins.decline(location);
+                }
+            });
+    };
+    connect(&logins, &LoginDesk::wanted, this, ask, Qt::QueuedConnection);
+}
+
+void SceneEditor::connectScreen()
+{
+    ScreenPortal &screen = m_studio.sources().screen();
+    connect(m_views.tab.properties(),
+        &PropertiesPanel::chooseScreenPressed,
+        &screen,
+        &ScreenPortal::choose);
+    const auto tell
+        = [this, &screen] { m_views.tab.showScreenTrouble(nimbara_i18n::tr(screen.trouble())); };
+    connect(&screen, &ScreenPortal::troubleChanged, this, tell);
+    tell();
 }
 
 /// What asks the operator waits until the control's own signal is over: a box runs the event loop,

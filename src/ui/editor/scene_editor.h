@@ -57,6 +57,8 @@ private:
     void connectTiles();
     void connectPanel();
     void connectPanelQuestions();
+    void connectLogins();
+    void connectScreen();
     void connectImages();
 
     void follow(const Change &change);

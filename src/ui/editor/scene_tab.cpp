@@ -122,11 +122,21 @@ QMenu *SceneTab::makeSourceMenu()
         "Versículo bíblico" };
     auto *menu = new QMenu(this);
     for (std::size_t place = 0; place < entries.size(); ++place) {
-        menu->addAction(nimbara_i18n::tr(entries.at(place)), this, [this, place] {
+        QAction *entry = menu->addAction(nimbara_i18n::tr(entries.at(place)), this, [this, place] {
             Q_EMIT addSourceChosen(static_cast<SourceEntry>(place));
         });
+        if (static_cast<SourceEntry>(place) == SourceEntry::Screen) {
+            m_screenEntry = entry;
+        }
     }
     return menu;
+}
+
+void SceneTab::showScreenTrouble(const QString &reason)
+{
+    const QString name = nimbara_i18n::tr("Captura de pantalla");
+    m_screenEntry->setText(reason.isEmpty() ? name : name + QStringLiteral(": ") + reason);
+    m_screenEntry->setEnabled(reason.isEmpty());
 }
 
 void SceneTab::connectList()

@@ -13,6 +13,7 @@
 #include <map>
 #include <vector>
 
+class QAction;
 class QMenu;
 class QPushButton;
 
@@ -53,6 +54,9 @@ public:
     /// Between the list and the properties.
     [[nodiscard]] ShareSplitter *splitter() const { return m_splitter; }
 
+    /// Why the screen cannot be captured; the menu says so. Empty: it can.
+    void showScreenTrouble(const QString &reason);
+
 Q_SIGNALS:
     void newScenePressed();
     void renameScenePressed();
@@ -81,6 +85,7 @@ private:
     std::map<LayerId, QString> m_troubles;
     VerseField *m_verse;
     QPushButton *m_passages = nullptr;
+    QAction *m_screenEntry = nullptr; ///< of the menu of sources
     PropertiesPanel *m_properties;
     ShareSplitter *m_splitter;
 };

@@ -1,6 +1,7 @@
 #include "ui/kit/dialogs.h"
 
 #include "base/i18n.h"
+#include "ui/kit/login_box.h"
 
 #include <QAbstractButton>
 #include <QColorDialog>
@@ -197,6 +198,19 @@ void QtDialogs::offer(const QString &title,
     // Not from the button's own signal: what is taken may open a box of its own.
     QObject::connect(button, &QPushButton::clicked, m_parent, taken, Qt::QueuedConnection);
     box->open();
+}
+
+void QtDialogs::login(const QString &title,
+    const QString &text,
+    const std::optional<QString> &user,
+    const std::function<void(const std::optional<Login> &)> &done)
+{
+    auto *box = new LoginBox(title, text, user, m_parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(box, &QDialog::finished, m_parent, [box, done](int result) {
+        done(result == QDialog::Accepted ? std::optional(box->login()) : std::nullopt);
+    });
+    box->show();
 }
 
 } // namespace nimbara

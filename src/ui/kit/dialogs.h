@@ -1,5 +1,7 @@
 #pragma once
 
+#include "media/sources/source_login.h"
+
 #include <QColor>
 #include <QString>
 #include <QStringList>
@@ -63,6 +65,14 @@ public:
         const QString &action,
         const std::function<void()> &taken)
         = 0;
+    /// A box for user and password that keeps nobody from going on with other work: this does not
+    /// wait for it. `user`: the proposed one; none: a password alone. `done` runs once, with none
+    /// when the box is cancelled or closed.
+    virtual void login(const QString &title,
+        const QString &text,
+        const std::optional<QString> &user,
+        const std::function<void(const std::optional<Login> &)> &done)
+        = 0;
 };
 
 /// The toolkit's dialogs, on top of `parent`, which must outlive them.
@@ -92,6 +102,10 @@ public:
         const QString &text,
         const QString &action,
         const std::function<void()> &taken) override;
+    void login(const QString &title,
+        const QString &text,
+        const std::optional<QString> &user,
+        const std::function<void(const std::optional<Login> &)> &done) override;
 
 private:
     [[nodiscard]] QMessageBox *makeWarning(const QString &title, const QString &text) const;

@@ -1,0 +1,181 @@
+#include "document/project_file.h"
+#include "studio/studio_fixture.h"
+#include "support/log_text.h"
+#include "support/network_camera.h"
+#include "support/scripted_key_store.h"
+#include "support/test_registry.h"
+
+#include <QTemporaryDir>
+
+using namespace nimbara;
+using namespace nimbara::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const Login right { u"coro"_s, u"jardín-de-los-olivos"_s };
+const Login wrong { u"coro"_s, u"getsemaní-cerrado"_s };
+
+/// A studio whose operator answers questions from a script, in real time.
+struct Desk : StudioFixture {
+    std::deque<std::optional<Login>> answers; ///< none left: the question stays open
+    QList<LoginQuestion> questions;
+
+    Desk()
+        : StudioFixture({ .permission = nullptr, .keychain = std::make_unique<ScriptedKeyStore>() })
+    {
+        LoginDesk &logins = studio.sources().logins();
+        QObject::connect(&logins, &LoginDesk::wanted, &studio, [this, &logins](const auto &asked) {
+            questions << asked;
+            if (answers.empty()) {
+                return;
+            }
+            const std::optional<Login> given = answers.front();
+            answers.pop_front();
+            if (given) {
+                logins.answer(asked.location, *given);
+            } else {
+                logins.decline(asked.location);
+            }
+        });
+        setLayers({});
+    }
+    template <typename Condition> bool runs(Condition condition, int ms = 60'000)
+    {
+        QElapsedTimer passed;
+        passed.start();
+        return QTest::qWaitFor(
+            [&] { return frame(std::max<qint64>(passed.restart(), 1) * 1000), condition(); },
+            ms);
+    }
+    bool shows(const QColor &colour)
+    {
+        return runs([&] {
+            const MediaPtr media = source(0);
+            return media && media->frame() && isNear(centre(pictures.preview), colour, 60);
+        });
+    }
+    /// Everything that is kept or told, but for the secure store.
+    QString texts()
+    {
+        return statuses.join(u'\n') + logText()
+            + QString::fromUtf8(toJson(studio.document().project(), {}));
+    }
+};
+
+} // namespace
+
+class NetworkCameraTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { QFile::remove(SecretFile::defaultPath()); }
+
+    /// Tried without an answer a camera locks its users out; a right answer is asked for once.
+    void asksUntilTheLoginIsRight()
+    {
+        NetworkCamera camera(NetworkCamera::Kind::Rtsp,
+            { u"digest"_s, right.user, right.password });
+        camera.start();
+        {
+            Desk desk;
+            desk.studio.layers().addMedia(camera.location());
+            QVERIFY(desk.runs([&] { return desk.questions.size() == 1; }));
+            QVERIFY(desk.told("Fuente sin señal: pide usuario y contraseña."));
+            QVERIFY(!desk.questions[0].isRepeated);
+            const qsizetype tries = camera.asked().size();
+            QVERIFY(desk.runs([&] { return desk.frames > 400; }));
+            QCOMPARE(camera.asked().size(), tries);
+            desk.answers = { right };
+            desk.studio.sources().logins().answer(camera.location(), wrong);
+            QVERIFY(desk.shows(Qt::red));
+            QCOMPARE(desk.questions.size(), 2);
+            QVERIFY(desk.questions[1].isRepeated);
+            QCOMPARE(desk.questions[1].user, wrong.user);
+            for (const QString &secret : { right.password, wrong.password }) {
+                QVERIFY(!desk.texts().contains(secret));
+            }
+        }
+        Desk tomorrow;
+        tomorrow.studio.layers().addMedia(camera.location(u"/other"_s)); // of the same host
+        QVERIFY(tomorrow.shows(Qt::red));
+        QCOMPARE(tomorrow.questions.size(), 0);
+    }
+
+    /// What the operator declines is left alone until the source is wanted anew.
+    void declinedIsNotAskedAgain()
+    {
+        NetworkCamera camera(NetworkCamera::Kind::Rtsp, { u"basic"_s, right.user, right.password });
+        camera.start();
+        Desk desk;
+        desk.answers = { std::nullopt, right };
+        const LayerId layer = desk.studio.layers().addMedia(camera.location());
+        QVERIFY(desk.runs([&] { return desk.questions.size() == 1; }));
+        const qsizetype tries = camera.asked().size();
+        QVERIFY(desk.runs([&] { return desk.frames > 400; }));
+        QCOMPARE(camera.asked().size(), tries);
+        desk.studio.layers().restart(layer);
+        QVERIFY(desk.shows(Qt::red));
+        QCOMPARE(desk.questions.size(), 2);
+    }
+
+    /// Typed in the location, or there in a project of earlier days.
+    void loginsInLocationsLeaveTheProject()
+    {
+        NetworkCamera camera(NetworkCamera::Kind::Rtsp,
+            { u"digest"_s, right.user, right.password });
+        camera.start();
+        const QString bare = camera.location();
+        QString typed = bare;
+        typed.replace(u"://"_s, u"://%1:%2@"_s.arg(right.user, right.password));
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"old.nimbara"_s);
+        for (const bool opened : { false, true }) {
+            init();
+            Desk desk;
+            if (opened) {
+                Project old = desk.studio.document().project();
+                Layer layer = videoLayer(bare);
+                layer.uri = typed;
+                old.scenes.of(SceneSet::Streams) = { makeScene(u"1"_s, { layer }) };
+                writeProjectFile(path, toJson(old, folder.path()));
+                desk.studio.projects().openProject(path);
+                QVERIFY(desk.runs([&] { return desk.told("Proyecto guardado/abierto."); }));
+                QVERIFY(desk.studio.document().hasUnsavedWork());
+            } else {
+                desk.studio.layers().addMedia(typed);
+            }
+            QVERIFY(desk.shows(Qt::red));
+            QCOMPARE(desk.layer(0).uri, bare);
+            QCOMPARE(desk.questions.size(), 0);
+            QVERIFY(!desk.texts().contains(right.password));
+            const QString account = secret_account::source(loginPlace(bare));
+            QTRY_VERIFY(desk.studio.secrets().readSecretFile(account).endsWith(right.password));
+        }
+    }
+
+    void comesBackWhenTheLinkDoes_data()
+    {
+        QTest::addColumn<NetworkCamera::Kind>("kind");
+        QTest::newRow("RTSP") << NetworkCamera::Kind::Rtsp;
+        QTest::newRow("SRT") << NetworkCamera::Kind::Srt;
+    }
+    /// With the picture that it has then, not with one that waited.
+    void comesBackWhenTheLinkDoes()
+    {
+        QFETCH(NetworkCamera::Kind, kind);
+        NetworkCamera camera(kind);
+        camera.start();
+        Desk desk;
+        desk.studio.layers().addMedia(camera.location());
+        QVERIFY(desk.shows(Qt::red));
+        camera.stop();
+        QVERIFY(desk.runs(
+            [&] { return desk.told("Fuente sin señal") || desk.told("se vuelve a abrir"); }));
+        camera.start(u"0xff0000ff"_s);
+        QVERIFY(desk.shows(Qt::blue));
+        QVERIFY(desk.told("Fuente recuperada: "));
+    }
+};
+
+NIMBARA_TEST(NetworkCameraTest)
+#include "network_camera_test.moc"

@@ -41,13 +41,14 @@ function(nimbara_room name)
 endfunction()
 
 # nimbara_test(<name> [APP core|gui|widgets] SOURCES <file>... LINKS <target>... [TIMEOUT <s>]
-#   [LAUNCHER <command>...] [ENVIRONMENT <NAME=value>...] [NO_LEAK_CHECK])
+#   [LAUNCHER <command>...] [ENVIRONMENT <NAME=value>...] [NO_LEAK_CHECK] [PURE])
 #
 # One test executable per room. It runs with the offscreen platform, in a private home and with the
 # settings, data and cache folders below it, so that no test touches the developer's own files.
+# PURE: no device, no server and no deadline is in it, so that another one may run beside it.
 # LAUNCHER runs the executable given as its last argument; ENVIRONMENT adds to the variables.
 function(nimbara_test name)
-  cmake_parse_arguments(TEST "NO_LEAK_CHECK" "APP;TIMEOUT" "SOURCES;LINKS;LABELS;LAUNCHER;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(TEST "NO_LEAK_CHECK;PURE" "APP;TIMEOUT" "SOURCES;LINKS;LABELS;LAUNCHER;ENVIRONMENT" ${ARGN})
   if(NOT TEST_APP)
     set(TEST_APP core)
   endif()
@@ -81,6 +82,9 @@ function(nimbara_test name)
   set(home ${CMAKE_BINARY_DIR}/test-home/${name})
   file(MAKE_DIRECTORY ${home})
   add_test(NAME ${name} COMMAND ${TEST_LAUNCHER} $<TARGET_FILE:${target}>)
+  if(NOT TEST_PURE)
+    set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
+  endif()
   set_tests_properties(${name} PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}" ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;XDG_CACHE_HOME=${home}/cache;LANG=C.UTF-8;QTEST_DISABLE_STACK_DUMP=1;ASAN_OPTIONS=${leaks}:abort_on_error=0;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1;${TEST_ENVIRONMENT}")
 endfunction()

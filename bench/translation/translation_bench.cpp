@@ -128,6 +128,59 @@ double liveMs(const std::vector<AudioBlock> &blocks)
     });
 }
 
+/// A hundred phrases of a live session, from their transcripts to their captions, one at a time.
+double phraseMs(const QString &second)
+{
+    constexpr int phrases = 100;
+    testing::ApiPeer peer;
+    QList<QPair<QString, QString>> script;
+    for (int i = 0; i < phrases; ++i) {
+        script.append({ QStringLiteral("frase %1 de la prédica").arg(i),
+            QStringLiteral("phrase %1 of the sermon").arg(i) });
+    }
+    peer.serve(script);
+    const SystemClock clock;
+    Translation engine(clock, peer.endpoint());
+    bool live = false;
+    engine.statusChanged = [&live](const Message &text) {
+        live = live || text.spanish().startsWith(QStringLiteral("Modo en vivo activo"));
+    };
+    int captions = 0;
+    engine.caption = [&captions](const Caption &) { ++captions; };
+    engine.start(QStringLiteral("sk-bench"),
+        QStringLiteral("English"),
+        false,
+        QStringLiteral("es"),
+        second);
+    await([&] { return live; });
+    return cpuOf([&] {
+        for (int i = 1; i <= phrases; ++i) {
+            peer.sendTranscript(script.at(i - 1).first.toUtf8());
+            await([&] { return captions >= (second.isEmpty() ? i : 2 * i); });
+        }
+        if (captions < phrases) {
+            qFatal("a caption got lost");
+        }
+    }) / phrases;
+}
+
+std::string tellSecondLanguage()
+{
+    constexpr double perMinute = 15;
+    const double one = phraseMs({});
+    const double two = phraseMs(QStringLiteral("Portuguese"));
+    std::array<char, 160> text {};
+    std::snprintf(text.data(),
+        text.size(),
+        "a phrase in one language %.2f ms, in two %.2f ms\tof a core at 15 phrases a minute %.3f "
+        "%% "
+        "more",
+        one,
+        two,
+        (two - one) * perMinute / minuteMs * 100);
+    return text.data();
+}
+
 std::string tellVoiceCpu()
 {
     const auto blocks = second();
@@ -148,3 +201,4 @@ std::string tellVoiceCpu()
 } // namespace
 
 NIMBARA_BENCH_CASE("voice-cpu", tellVoiceCpu)
+NIMBARA_BENCH_CASE("second-language", tellSecondLanguage)

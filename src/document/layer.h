@@ -74,6 +74,13 @@ constexpr std::int32_t hidden = 2;
 constexpr std::int32_t last = hidden;
 } // namespace reference_place
 
+/// Which language of the translation a subtitle layer shows, as project files hold it.
+namespace caption_language {
+constexpr std::int32_t first = 0;
+constexpr std::int32_t second = 1; ///< where the translation has one; else the first
+constexpr std::int32_t last = second;
+} // namespace caption_language
+
 /// The operator's choice of alignment, numbered as the list shows it.
 enum class HorizontalAlign : std::int32_t { Left = 0, Centre = 1, Right = 2 };
 
@@ -136,6 +143,7 @@ struct Layer {
     QString secondReference;
     std::int32_t arrangement = arrange::above; ///< of the two Bibles
     std::int32_t shows = shown_bibles::both; ///< of the two; nothing blank: see `shownVerse`
+    std::int32_t language = caption_language::first; ///< subtitle
 
     bool operator==(const Layer &) const = default;
 };

@@ -22,7 +22,7 @@ struct FieldRow {
 
 const FieldRow &rowOf(LayerField field)
 {
-    static const std::array<FieldRow, 26> rows { {
+    static const std::array<FieldRow, 27> rows { {
         { LayerField::Name, "Cambiar nombre", &Layer::name },
         { LayerField::Visible, "Mostrar u ocultar", &Layer::visible },
         { LayerField::Opacity, "Opacidad", &Layer::opacity },
@@ -49,6 +49,7 @@ const FieldRow &rowOf(LayerField field)
         { LayerField::Device, "Cambiar de cámara", &Layer::uri },
         { LayerField::Locked, "Bloquear o desbloquear", &Layer::locked },
         { LayerField::Latency, "Latencia de la red", &Layer::latency },
+        { LayerField::Language, "Idioma de los subtítulos", &Layer::language },
     } };
     return rows.at(static_cast<std::size_t>(field));
 }

@@ -39,6 +39,7 @@ enum class LayerField : std::int32_t {
     Device,
     Locked,
     Latency,
+    Language,
 };
 
 /// What such a field holds.

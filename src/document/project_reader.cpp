@@ -145,6 +145,7 @@ Layer layerFrom(const QJsonValue &value, const QString &folder)
     layer.smallest = members.integer("smallest", layer.smallest, Layer::minSmallest, 100);
     layer.page = members.integer("page", layer.page, 0, maxPage);
     readVerse(layer, members);
+    layer.language = members.integer("language", layer.language, 0, caption_language::last);
     return layer;
 }
 

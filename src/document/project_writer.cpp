@@ -73,6 +73,8 @@ QJsonObject layerObject(const Layer &layer, const QString &folder)
         addTextStyle(object, layer);
         if (layer.kind == LayerKind::Verse) {
             addVerse(object, layer);
+        } else if (layer.kind == LayerKind::Subtitle && layer.language != caption_language::first) {
+            object[QLatin1String("language")] = layer.language;
         }
     } else if (layer.kind == LayerKind::Image) {
         object[QLatin1String("path")] = layer.path;

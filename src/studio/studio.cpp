@@ -154,26 +154,29 @@ void Studio::connectCaptions()
     const TranslationDesk *desk = &m_translation;
     connect(desk, &TranslationDesk::began, this, [this] {
         const QString target = m_translation.targetName();
+        const QString second = m_translation.secondName();
         const QString source = m_translation.source();
         const auto original = QStringLiteral("original");
         m_captionFiles.begin({ source.isEmpty() ? original : source,
                                  source == QLatin1String("es")       ? QStringLiteral("Spanish")
                                      : source == QLatin1String("en") ? QStringLiteral("English")
                                                                      : original },
-            { languages::codeOf(target), target });
+            { languages::codeOf(target), target },
+            { languages::codeOf(second), second });
     });
     connect(desk, &TranslationDesk::captionShown, this, [this](const Caption &caption) {
         const bool isBlock = m_translation.separator() != CaptionSeparator::Reading;
-        m_captionFiles.addPhrase(caption.original, caption.text, isBlock);
+        m_captionFiles.addPhrase(caption.original, caption.text, isBlock, caption.target);
     });
-    connect(desk, &TranslationDesk::blockShown, this, [this](const QString &block) {
+    connect(desk, &TranslationDesk::blockShown, this, [this](const QString &block, Target target) {
         if (block.isEmpty()) {
-            m_captionFiles.end();
+            m_captionFiles.end(target);
         } else {
-            m_captionFiles.showBlock(block);
+            m_captionFiles.showBlock(block, target);
         }
     });
     connect(&m_captionFiles, &CaptionFiles::failed, this, &Studio::alarm);
+    connect(&m_voiceFile, &VoiceFile::failed, this, &Studio::alarm);
     const auto count = [this] { m_costs.follow(m_translation.usage()); };
     connect(desk, &TranslationDesk::delayed, this, count);
     connect(desk, &TranslationDesk::changed, this, count);
@@ -190,6 +193,14 @@ void Studio::advanceCaptions()
         position ? std::optional(*position / 1'000'000) : std::nullopt);
     m_translation.advanceCaptions();
     m_captionFiles.poll();
+}
+
+/// What of the synthetic voice is in the block of this frame goes beside the captions' files.
+void Studio::keepVoice(std::int64_t frameTime)
+{
+    m_voiceFile.follow(m_captionFiles.stemOf(Target::First));
+    m_voiceFile.push(m_captionFiles.sinceZero(frameTime / 1000), m_programAudio.spoken());
+    m_voiceFile.poll();
 }
 
 Studio::~Studio() = default;
@@ -264,6 +275,7 @@ std::optional<Message> Studio::shutDown()
     m_lineTest.cancel();
     m_translation.shutDown();
     m_captionFiles.finish(captionPatience);
+    m_voiceFile.finish(captionPatience);
     auto told = finishOutputs(m_outputs.recording(), m_streams);
     m_recordings.ended(!told && !m_outputs.recording().exists());
     return told;
@@ -316,6 +328,7 @@ void Studio::composeLeft(const CameraPicture &camera)
 void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
 {
     const ProgramBlock block = m_programAudio.next(m_onAir.streams, m_audio);
+    keepVoice(frameTime);
     if (m_claps.isUnderWay()) { // a picture is made of what nobody else may look at
         m_claps.look(frameTime, m_sources.cameraFrame(), block);
     }

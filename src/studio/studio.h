@@ -32,6 +32,7 @@
 #include "studio/services/verse_desk.h"
 #include "studio/services/verse_finder.h"
 #include "studio/services/verse_steps.h"
+#include "studio/services/voice_file.h"
 #include "studio/sources/audio_input.h"
 #include "studio/sources/clap_meter.h"
 #include "studio/sources/device_connection.h"
@@ -146,6 +147,7 @@ private:
     void connectCaptions();
     void tellAbsentBibles();
     void advanceCaptions();
+    void keepVoice(std::int64_t frameTime);
     [[nodiscard]] Pictures composePictures(std::int64_t now);
     void composeLeft(const CameraPicture &camera);
     void feedOutputs(const QImage &streams, std::int64_t frameTime);
@@ -190,6 +192,7 @@ private:
     QuotationFinder m_quotations;
     SpokenVerses m_spokenVerses;
     CaptionFiles m_captionFiles;
+    VoiceFile m_voiceFile;
     Notices m_notices;
     CostDesk m_costs;
     WakeLock m_wakeLock;

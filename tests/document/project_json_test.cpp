@@ -176,7 +176,9 @@ private Q_SLOTS:
         Layer network = newLayer(LayerKind::Video);
         network.uri = u"srt://encoder:9000"_s;
         network.latency = 900;
-        paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse, camera, network }) };
+        Layer subtitle = newLayer(LayerKind::Subtitle);
+        subtitle.language = caption_language::second;
+        paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse, camera, network, subtitle }) };
         paged.verseStyle = verseStyleOf(verse);
         paged.passages = { { u"Juan 3:16"_s, u"Porque de tal manera"_s }, { u"Salmos 23"_s, {} } };
         const Project read = fromJson(toJson(paged));

@@ -1,6 +1,8 @@
 #include "studio/services/caption_files.h"
 #include "studio/studio_fixture.h"
+#include "support/decoded_sound.h"
 #include "support/test_registry.h"
+#include "translation/pipeline/voice.h"
 
 #include <QDir>
 #include <QFile>
@@ -30,6 +32,16 @@ double firstLight(const QString &path)
     ffmpeg.waitForFinished();
     static const QRegularExpression end(u"black_end:([0-9.]+)"_s);
     return end.match(QString::fromUtf8(ffmpeg.readAllStandardError())).captured(1).toDouble();
+}
+
+/// When a sound file is no longer silent, in seconds.
+double firstSound(const QString &path)
+{
+    const std::vector<std::int16_t> values = decodedSound(path);
+    const auto first = std::find_if(values.begin(), values.end(), [](std::int16_t value) {
+        return std::abs(value) > 1000;
+    });
+    return static_cast<double>(first - values.begin()) / audioRate;
 }
 
 /// A translation from Spanish into English, without a recording.
@@ -79,6 +91,30 @@ private Q_SLOTS:
         QVERIFY(service.text("html").contains(u"<td>0:00:03</td><td>Paz.</td><td>Peace.</td>"_s));
     }
 
+    /// Of the second language a set of its own, also where its code is the original's.
+    void writesASetForEachLanguage()
+    {
+        Service service;
+        service.files.begin({ u"es"_s, u"Spanish"_s },
+            { u"en"_s, u"English"_s },
+            { u"es"_s, u"Spanish"_s });
+        service.files.addPhrase(u"Gracia."_s, u"Grace."_s, true);
+        service.files.showBlock(u"La gracia"_s, Target::Second);
+        service.wait(1000);
+        service.files.end(Target::First);
+        service.wait(1000);
+        service.files.addPhrase(u"Gracia."_s, u"La gracia"_s, false, Target::Second);
+        service.files.end(Target::Second);
+        QVERIFY(service.files.finish(10s));
+        QCOMPARE(service.text("es.srt"), u"1\n00:00:00,000 --> 00:00:01,000\nGracia.\n\n"_s);
+        QCOMPARE(service.text("en.srt"), u"1\n00:00:00,000 --> 00:00:01,000\nGrace.\n\n"_s);
+        QCOMPARE(service.text("es-2.srt"), u"1\n00:00:00,000 --> 00:00:02,000\nLa gracia\n\n"_s);
+        QCOMPARE(service.text("es.txt") + service.text("es-2.txt"), u"Gracia.\nLa gracia\n"_s);
+        QVERIFY(service.text("es-2.html").contains(u"<td>Gracia.</td><td>La gracia</td>"_s));
+        const QString page = contents(service.all("es-2.html").remove(u".es-2"_s));
+        QVERIFY(page.contains(u"<td>Gracia.</td><td>Grace.</td>"_s) && !page.contains(u"gracia"_s));
+    }
+
     /// What is on the screens when the program dies is all that is missing, and not for long.
     void losesOneCaptionAtMost()
     {
@@ -125,6 +161,9 @@ private Q_SLOTS:
         Layer light = newLayer(LayerKind::Color);
         light.fill = Qt::white;
         desk.take({ light });
+        const QByteArray tone = QByteArray("\x00\x20", 2).repeated(8) // 1500 Hz
+            + QByteArray("\x00\xe0", 2).repeated(8);
+        queueVoice(desk.studio.programAudio().voice(), tone.repeated(375)); // 250 ms
         Q_EMIT desk.studio.translation().captionShown({ u"Light"_s, u"Luz"_s, {} });
         run(20);
         desk.studio.recordings().finish();
@@ -140,6 +179,9 @@ private Q_SLOTS:
         const double seen = firstLight(path);
         QVERIFY2(seen > 0.5 && std::abs(from - seen) < 0.1,
             qPrintable(u"%1 against %2"_s.arg(from).arg(seen)));
+        const double spoken = firstSound(folder.filePath(u"Culto.en.opus"_s));
+        QVERIFY2(std::abs(spoken - seen) < 0.1,
+            qPrintable(u"%1 against %2"_s.arg(spoken).arg(seen)));
         QCOMPARE(contents(other.fileName()), u"kept"_s);
         QVERIFY(contents(folder.filePath(u"Culto.en 2.srt"_s)).contains(u"Light"_s));
     }

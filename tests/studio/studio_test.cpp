@@ -41,6 +41,36 @@ private Q_SLOTS:
         QCOMPARE(desk.pictures.hall.cacheKey(), before.hall.cacheKey());
     }
 
+    /// Each program has the language that its own layer has chosen, in the same place; without a
+    /// second one, or of a scene without such a layer, that is the first.
+    void programsShowTheirLanguages()
+    {
+        StudioFixture desk;
+        desk.studio.stage().program.setFadeEnabled(false);
+        Captions &captions = desk.studio.stage().captions;
+        const auto shown = [&](const QString &first, const std::optional<QStringList> &second) {
+            captions.phrases = { first };
+            captions.second = second;
+            desk.frame();
+            return desk.pictures;
+        };
+        Layer layer = newLayer(LayerKind::Subtitle);
+        desk.take({ layer });
+        const QImage automatic = shown(u"Grace"_s, std::nullopt).hall;
+        QVERIFY(shown(u"Grace"_s, QStringList { u"Graça"_s }).hall == automatic);
+        desk.studio.document().setEditing(SceneSet::Hall);
+        layer.language = caption_language::second;
+        desk.take({ layer });
+        const Pictures both = shown(u"Grace"_s, QStringList { u"Graça"_s });
+        const Pictures first = shown(u"Grace"_s, std::nullopt);
+        const Pictures second = shown(u"Graça"_s, std::nullopt);
+        QVERIFY(first.hall != second.hall);
+        QVERIFY(both.streams == first.streams);
+        QVERIFY(both.hall == second.hall && both.preview == second.preview);
+        desk.set(0, LayerField::Language, caption_language::first); // not on air yet
+        QVERIFY(shown(u"Grace"_s, QStringList { u"Graça"_s }).hall == second.hall);
+    }
+
     void failedMediaIsToldOnceAndShowsNothingStale()
     {
         StudioFixture desk;

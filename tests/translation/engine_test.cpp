@@ -82,6 +82,7 @@ private Q_SLOTS:
     void holdsCaptionsBack()
     {
         QList<std::int64_t> held;
+        CaptionLane &lane = m_engine->lane(Target::First);
         m_engine->caption = [&](const Caption &caption) {
             m_captions.append(caption.text);
             held.append(caption.times.passed - caption.times.translated);
@@ -92,14 +93,14 @@ private Q_SLOTS:
                  { u"dos"_s, u"tow"_s },
                  { u"tres"_s, u"three"_s } }) {
             interpret(heard, translated);
-            const auto &waiting = m_engine->held().waiting();
+            const auto &waiting = lane.held().waiting();
             QTRY_VERIFY(!waiting.empty() && waiting.back().caption.text == translated);
         }
         m_clock.advanceUs(2'999'000);
         m_engine->releaseHeld();
         QVERIFY(m_captions.isEmpty());
-        m_engine->dropHeld(m_engine->held().waiting().at(0).id);
-        m_engine->changeHeld(m_engine->held().waiting().at(0).id, u" two "_s);
+        lane.dropHeld(lane.held().waiting().at(0).id);
+        lane.changeHeld(lane.held().waiting().at(0).id, u" two "_s);
         m_clock.advanceUs(1'000);
         QTRY_COMPARE(m_captions, (QStringList { u"two"_s, u"three"_s })); // by its own timer
         QCOMPARE(held, (QList<std::int64_t> { 3000, 3000 }));
@@ -107,9 +108,9 @@ private Q_SLOTS:
         QVERIFY(inputOf(m_peer.of("request", speeches).at(0)).contains(u"two"));
 
         interpret(u"cuatro"_s, u"four"_s);
-        QTRY_COMPARE(m_engine->held().waiting().size(), 1U);
+        QTRY_COMPARE(lane.held().waiting().size(), 1U);
         m_engine->stopEngine();
-        QCOMPARE(m_engine->takeHeld().at(0).text, u"four"_s);
+        QCOMPARE(lane.takeHeld().at(0).text, u"four"_s);
         QCOMPARE(m_captions.size(), 2);
     }
 

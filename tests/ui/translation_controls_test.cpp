@@ -156,6 +156,53 @@ private Q_SLOTS:
         m_peer.serve({});
     }
 
+    /// Held, mended and shown by itself, and corrected in its own language.
+    void aSecondLanguageIsShownBesideTheFirst()
+    {
+        Desk desk(servicesAt(m_peer.endpoint()));
+        m_peer.onEvent = [this](const QJsonObject &event) {
+            if (field(event, "path").endsWith(u"transcriptions")) {
+                m_peer.answer(event, R"({"text":"uno"})");
+            } else if (field(event, "path").endsWith(u"responses")) {
+                const bool isSecond = field(event, "body").contains(u"fluent Portuguese");
+                m_peer.answer(event,
+                    "{\"output\":[{\"content\":[{\"type\":\"output_text\",\"text\":\""
+                        + QByteArray(isSecond ? "Hum" : "One") + "\"}]}]}");
+            }
+        };
+        Studio &studio = desk.window.studio();
+        const Captions &shown = studio.stage().captions;
+        auto *start = desk.find<QPushButton>("startTranslation");
+        auto *next = desk.find<QLineEdit>("secondNextCaption");
+        connectVoice(studio);
+        desk.enter("apiKey", QLatin1String(key));
+        desk.find<QCheckBox>("liveMode")->setChecked(false);
+        desk.find<QSpinBox>("holdSeconds")->setValue(10);
+        QVERIFY(next->parentWidget()->isHidden());
+        desk.find<QComboBox>("secondTarget")->setCurrentText(u"Portuguese"_s);
+        QVERIFY(!next->parentWidget()->isHidden());
+        QVERIFY(!shown.second);
+        QMetaObject::invokeMethod(start, "click");
+        Q_EMIT studio.audio().blockArrived(signal({ { 1200, 0.2 }, { 700, 0 } }));
+        QTRY_COMPARE(next->text(), u"Hum"_s);
+        QTRY_COMPARE(desk.find<QLineEdit>("nextCaption")->text(), u"One"_s);
+        desk.showTab(4);
+        QTest::mouseClick(next, Qt::LeftButton);
+        next->selectAll();
+        QTest::keyClicks(next, u"Um"_s);
+        QTest::keyClick(next, Qt::Key_Return);
+        desk.find<QSpinBox>("holdSeconds")->setValue(0);
+        QCOMPARE(shown.second, QStringList { u"Um"_s });
+        QCOMPARE(shown.phrases, QStringList { u"One"_s });
+        QTRY_VERIFY(desk.find<QLabel>("captionDelay")->text().contains(u"\nPortuguese: Retraso "));
+        desk.find<QPushButton>("secondCorrectionToGlossary")->click();
+        const auto *table = desk.find<QTableWidget>("glossary");
+        QCOMPARE(table->item(0, 1)->text() + table->item(0, 2)->text(), u"UmPortuguese"_s);
+        QMetaObject::invokeMethod(start, "click");
+        QVERIFY(shown.second && shown.second->isEmpty());
+        QVERIFY(desk.find<QLabel>("captionNotice")->text().contains(u" Portuguese: Retraso de "));
+    }
+
     /// Counted as it is asked for; near its limit a mark stands and nothing is stopped.
     void whatItCostsIsTold()
     {
@@ -315,6 +362,15 @@ private Q_SLOTS:
             QCOMPARE(stored(u"source_language"_s), u"en"_s);
             desk.find<QComboBox>("target")->setCurrentText(u" Tagalog "_s);
             QCOMPARE(stored(u"source_language"_s), QString());
+            auto *second = desk.find<QComboBox>("secondTarget");
+            for (const auto &[typed, name] : { std::pair(u"Portuguese"_s, u"Portuguese"_s),
+                     { u""_s, {} }, // while it is typed over
+                     { u"Ninguno"_s, {} },
+                     { u" French "_s, u"French"_s } }) {
+                second->setCurrentText(typed);
+                QCOMPARE(second->currentText(), typed);
+                QCOMPARE(stored(u"translation_second_target"_s), name);
+            }
             desk.find<QCheckBox>("liveMode")->setChecked(false);
             desk.find<QComboBox>("separator")->setCurrentIndex(2);
             QCOMPARE(desk.window.studio().stage().captions.separator, u"\n\n"_s);
@@ -323,6 +379,7 @@ private Q_SLOTS:
         }
         Desk again(servicesAt(m_peer.endpoint()));
         QCOMPARE(again.find<QComboBox>("target")->currentText(), u"Tagalog"_s);
+        QCOMPARE(again.find<QComboBox>("secondTarget")->currentText(), u"French"_s);
         QVERIFY(!again.find<QCheckBox>("liveMode")->isChecked());
         QCOMPARE(again.window.studio().stage().captions.separator, u"\n\n"_s);
     }

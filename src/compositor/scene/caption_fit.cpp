@@ -35,7 +35,7 @@ qsizetype countOf(const Captions &captions, const CaptionFit::Draw &draw, qsizet
 
 } // namespace
 
-Captions CaptionFit::cut(const Captions &captions, const Draw &draw)
+Captions CaptionFit::cut(const Captions &captions, const Draw &draw, std::int32_t language)
 {
     if (!captions.shown || captions.phrases.size() < 2) {
         return captions;
@@ -45,7 +45,7 @@ Captions CaptionFit::cut(const Captions &captions, const Draw &draw)
         return captions;
     }
     block->draws.front().text.clear();
-    Place &place = placeOf(*block);
+    Place &place = placeOf(*block, language);
     if (place.captions != captions) {
         place.count = countOf(captions, draw, place.count);
         place.captions = captions;
@@ -53,10 +53,10 @@ Captions CaptionFit::cut(const Captions &captions, const Draw &draw)
     return captions.newest(place.count);
 }
 
-CaptionFit::Place &CaptionFit::placeOf(const TextBlock &block)
+CaptionFit::Place &CaptionFit::placeOf(const TextBlock &block, std::int32_t language)
 {
     const auto found = std::find_if(m_places.begin(), m_places.end(), [&](const Place &place) {
-        return place.block == block;
+        return place.language == language && place.block == block;
     });
     if (found != m_places.end()) {
         return *found;
@@ -66,7 +66,7 @@ CaptionFit::Place &CaptionFit::placeOf(const TextBlock &block)
     if (m_places.size() == maxPlaces) {
         m_places.erase(m_places.begin());
     }
-    return m_places.emplace_back(Place { block, {}, likely });
+    return m_places.emplace_back(Place { block, language, {}, likely });
 }
 
 } // namespace nimbara

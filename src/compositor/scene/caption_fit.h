@@ -17,17 +17,21 @@ public:
     /// How a place draws captions; none when they are too long for it.
     using Draw = std::function<std::optional<TextBlock>(const Captions &captions)>;
 
-    [[nodiscard]] Captions cut(const Captions &captions, const Draw &draw);
+    /// `captions` are in one language (`caption_language`), by which places are told apart, too.
+    [[nodiscard]] Captions cut(const Captions &captions,
+        const Draw &draw,
+        std::int32_t language = caption_language::first);
 
 private:
     static constexpr std::size_t maxPlaces = 16;
     struct Place {
         TextBlock block; ///< without a text
+        std::int32_t language;
         Captions captions; ///< that were measured
         qsizetype count = 1; ///< so many phrases of them fit
     };
 
-    Place &placeOf(const TextBlock &block);
+    Place &placeOf(const TextBlock &block, std::int32_t language);
 
     std::vector<Place> m_places;
 };

@@ -2,6 +2,8 @@
 
 #include "compositor/scene/native_pixels.h"
 
+#include <utility>
+
 namespace nimbara {
 
 namespace {
@@ -50,12 +52,14 @@ void fillSubtitle(Layer &layer, const Composition &composition, CaptionFit &fit)
             size.height,
             QRect(0, 0, size.width, size.height));
     };
-    fillSubtitle(layer, fit.cut(composition.captions, draw), composition.isPreview);
+    const std::int32_t language = std::exchange(layer.language, caption_language::first);
+    const Captions captions = composition.captions.in(language);
+    fillSubtitle(layer, fit.cut(captions, draw, language), composition.isPreview);
 }
 
 std::optional<TextBlock> overlay(const Composition &composition, CaptionFit &fit)
 {
-    const Captions &captions = composition.captions;
+    const Captions captions = composition.captions.in(caption_language::first);
     if (!composition.isHall) {
         return composition.band || !composition.title.isEmpty()
             ? std::optional(titleBand(composition.title, composition.size))

@@ -3,6 +3,8 @@
 #include "base/log.h"
 #include "translation/pipeline/voice.h"
 
+#include <algorithm>
+
 namespace nimbara {
 
 namespace {
@@ -31,6 +33,10 @@ ProgramBlock ProgramAudioDesk::next(const LiveScene &program, AudioInput &input)
         m_heard ? &m_heard->audioFifo() : nullptr,
         m_heard && m_heard->soundIsOver() };
     logCorrections();
+    m_spoken.resize(std::min(m_voice.size(), programBlockValues));
+    for (std::size_t i = 0; i < m_spoken.size(); ++i) {
+        m_spoken[i] = m_voice.at(i);
+    }
     return m_audio.next(sources, input.gainState(), m_voice, m_levels);
 }
 

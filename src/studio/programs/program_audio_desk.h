@@ -5,6 +5,8 @@
 #include "studio/sources/on_air.h"
 
 #include <cstdint>
+#include <span>
+#include <vector>
 
 namespace nimbara {
 
@@ -28,6 +30,8 @@ public:
     [[nodiscard]] MixLevels &levels() { return m_levels; }
     /// The synthetic voice, as 48 kHz stereo; one clip at a time.
     [[nodiscard]] AudioFifo &voice() { return m_voice; }
+    /// What of it is in the last block, whatever its level; empty where nothing was spoken.
+    [[nodiscard]] std::span<const float> spoken() const { return m_spoken; }
 
 private:
     [[nodiscard]] MediaPtr delivering(const LiveScene &program) const;
@@ -38,6 +42,7 @@ private:
     ProgramAudio m_audio;
     MixLevels m_levels;
     AudioFifo m_voice;
+    std::vector<float> m_spoken;
     MediaPtr m_heard;
     bool m_awaited = false; ///< the heard media had nothing for the last block
     std::int64_t m_lastLog;

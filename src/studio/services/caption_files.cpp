@@ -62,13 +62,17 @@ CaptionFiles::CaptionFiles(const Clock &clock, QString folder)
 {
 }
 
-void CaptionFiles::begin(const Language &original, const Language &translation)
+void CaptionFiles::begin(const Language &original,
+    const Language &translation,
+    const Language &second)
 {
-    end();
-    m_originalLanguage = original;
-    m_translationLanguage = translation;
-    m_original.code = original.code;
-    m_translation.code = translation.code;
+    endAll();
+    m_original.language = original;
+    track(Target::First).language = translation;
+    track(Target::Second).language = second;
+    if (second.code == original.code || second.code == translation.code) {
+        track(Target::Second).language.code += QStringLiteral("-2"); // in files of its own
+    }
     m_sessionMs = nowMs();
     m_sessionStem = m_folder.isEmpty()
         ? QString()
@@ -101,10 +105,15 @@ void CaptionFiles::moveTo(const QString &stem, std::int64_t zeroMs)
     if (stem == m_stem) {
         return;
     }
-    close(m_original);
-    close(m_translation);
+    endAll();
     m_stem = stem;
     m_zeroMs = zeroMs;
+}
+
+QString CaptionFiles::stemOf(Target target) const
+{
+    const QString &code = m_translations.at(static_cast<std::size_t>(target)).language.code;
+    return m_stem.isEmpty() || code.isEmpty() ? QString() : m_stem + QLatin1Char('.') + code;
 }
 
 std::int64_t CaptionFiles::sinceZero(std::int64_t ms) const
@@ -112,31 +121,50 @@ std::int64_t CaptionFiles::sinceZero(std::int64_t ms) const
     return std::max<std::int64_t>(ms - m_zeroMs, 0);
 }
 
-void CaptionFiles::addPhrase(const QString &original, const QString &translation, bool isBlock)
+void CaptionFiles::addPhrase(const QString &original,
+    const QString &translation,
+    bool isBlock,
+    Target target)
 {
-    show(m_original, original);
-    if (isBlock) {
-        show(m_translation, translation);
-    }
+    Track &shown = track(target);
+    const QString &code = shown.language.code;
+    const bool isFirst = target == Target::First;
     const auto line = [](const QString &text) { return text.simplified() + QLatin1Char('\n'); };
-    write(m_original.code + QStringLiteral(".txt"), line(original));
-    write(m_translation.code + QStringLiteral(".txt"), line(translation));
-    write(QStringLiteral("html"),
+    if (isFirst) {
+        show(m_original, original);
+    }
+    if (isBlock) {
+        show(shown, translation);
+    }
+    if (isFirst) {
+        write(m_original.language.code + QStringLiteral(".txt"), line(original));
+    }
+    write(code + QStringLiteral(".txt"), line(translation));
+    write(isFirst ? QStringLiteral("html") : code + QStringLiteral(".html"),
         cues::pageRow(sinceZero(nowMs()), original, translation),
         cues::pageHead(QFileInfo(m_stem).fileName(),
-            m_originalLanguage.name,
-            m_translationLanguage.name));
+            m_original.language.name,
+            shown.language.name));
 }
 
-void CaptionFiles::showBlock(const QString &text)
+void CaptionFiles::showBlock(const QString &text, Target target)
 {
-    show(m_translation, text);
+    show(track(target), text);
 }
 
-void CaptionFiles::end()
+void CaptionFiles::end(Target target)
 {
-    close(m_original);
-    close(m_translation);
+    if (target == Target::First) {
+        close(m_original);
+    }
+    close(track(target));
+}
+
+void CaptionFiles::endAll()
+{
+    for (const Target target : bothTargets) {
+        end(target);
+    }
 }
 
 void CaptionFiles::show(Track &track, const QString &text)
@@ -153,8 +181,9 @@ void CaptionFiles::close(Track &track)
         return;
     }
     const cues::Cue cue { sinceZero(track.sinceMs), sinceZero(nowMs()), text };
-    write(track.code + QStringLiteral(".srt"), cues::srt(cue, ++m_numbers[m_stem + track.code]));
-    write(track.code + QStringLiteral(".vtt"), cues::vtt(cue), cues::vttHead());
+    const QString &code = track.language.code;
+    write(code + QStringLiteral(".srt"), cues::srt(cue, ++m_numbers[m_stem + code]));
+    write(code + QStringLiteral(".vtt"), cues::vtt(cue), cues::vttHead());
 }
 
 void CaptionFiles::closeLong(Track &track)
@@ -175,7 +204,9 @@ void CaptionFiles::write(const QString &end, const QString &text, const QString 
 void CaptionFiles::poll()
 {
     closeLong(m_original);
-    closeLong(m_translation);
+    for (Track &each : m_translations) {
+        closeLong(each);
+    }
     startWriting();
 }
 
@@ -198,7 +229,7 @@ void CaptionFiles::startWriting()
 
 bool CaptionFiles::finish(std::chrono::milliseconds patience)
 {
-    end();
+    endAll();
     const auto until = std::chrono::steady_clock::now() + patience;
     while (m_writing.isUnderWay() || !m_waiting.empty()) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(

@@ -3,11 +3,13 @@
 #include "base/background_task.h"
 #include "base/clock.h"
 #include "base/message.h"
+#include "translation/pipeline/caption.h"
 #include "translation/pipeline/caption_cues.h"
 
 #include <QObject>
 #include <QString>
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -17,11 +19,12 @@
 
 namespace nimbara {
 
-/// The captions of a service on file: for each of the two languages SubRip, WebVTT and plain text,
-/// and a page of both side by side. They lie beside the recording that runs, on its clock; without
-/// one in a folder of their own, since the start of the translation. Each caption is written when
-/// its end is known, on a background task, so that a crash loses one at most. Nothing that exists
-/// is overwritten. Interface thread only, which never waits.
+/// The captions of a service on file: of the original and of each translation SubRip, WebVTT and
+/// plain text, and for each translation a page of it beside the original. They lie beside the
+/// recording that runs, on its clock; without one in a folder of their own, since the start of the
+/// translation. Each caption is written when its end is known, on a background task, so that a
+/// crash loses one at most. Nothing that exists is overwritten. Interface thread only, which never
+/// waits.
 class CaptionFiles : public QObject {
     Q_OBJECT
 public:
@@ -32,24 +35,33 @@ public:
     /// `folder`: of services without a recording; empty: they have no files.
     CaptionFiles(const Clock &clock, QString folder);
 
-    /// A translation begins: codes and names of its two languages.
+    /// A translation begins: codes and names of its languages. `second`: of another translation of
+    /// the same original; without a code there is none.
     struct Language {
         QString code; ///< part of the files' names, "es"
         QString name; ///< on the page
     };
-    void begin(const Language &original, const Language &translation);
+    void begin(const Language &original, const Language &translation, const Language &second = {});
 
     /// Where the recording is: its file, and the time on its clock of the picture that is made now;
     /// none while there is no such picture. Call on each frame, before the captions.
     void follow(const QString &recording, std::optional<std::int64_t> positionMs);
 
     /// The first word of a phrase is on the pictures that are made now. `isBlock`: the translation
-    /// is shown as it is, not in blocks.
-    void addPhrase(const QString &original, const QString &translation, bool isBlock);
+    /// is shown as it is, not in blocks. The original is kept as it comes with the first one.
+    void addPhrase(const QString &original,
+        const QString &translation,
+        bool isBlock,
+        Target target = Target::First);
     /// A block of the translation is on those pictures; empty: none is.
-    void showBlock(const QString &text);
-    /// Nothing follows for now.
-    void end();
+    void showBlock(const QString &text, Target target = Target::First);
+    /// Nothing follows of it for now.
+    void end(Target target);
+
+    /// Path of the present files in that language without their ends; empty where there are none.
+    [[nodiscard]] QString stemOf(Target target) const;
+    /// A monotonic time on their clock, both in milliseconds.
+    [[nodiscard]] std::int64_t sinceZero(std::int64_t ms) const;
 
     /// Writes what is due. Call on each frame.
     void poll();
@@ -69,11 +81,16 @@ private:
     };
     /// The captions of one language, of which the last may not have ended.
     struct Track {
-        QString code;
+        Language language;
         QString shown; ///< without an end yet
         std::int64_t sinceMs = 0; ///< monotonic
     };
 
+    void endAll();
+    [[nodiscard]] Track &track(Target target)
+    {
+        return m_translations.at(static_cast<std::size_t>(target));
+    }
     void show(Track &track, const QString &text);
     void close(Track &track);
     void closeLong(Track &track);
@@ -81,7 +98,6 @@ private:
     void write(const QString &end, const QString &text, const QString &head = {});
     void startWriting();
     [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
-    [[nodiscard]] std::int64_t sinceZero(std::int64_t ms) const;
 
     const Clock &m_clock;
     QString m_folder;
@@ -90,10 +106,8 @@ private:
     std::int64_t m_sessionMs = 0; ///< monotonic, when the translation began
     QString m_stem; ///< path of the present files, without their ends
     std::int64_t m_zeroMs = 0; ///< monotonic, of their clock
-    Language m_originalLanguage;
-    Language m_translationLanguage;
     Track m_original;
-    Track m_translation;
+    std::array<Track, bothTargets.size()> m_translations; ///< by `Target`
     std::map<QString, std::int64_t> m_numbers; ///< of the last cue, by file
     std::vector<Piece> m_waiting;
     std::shared_ptr<Disk> m_disk;

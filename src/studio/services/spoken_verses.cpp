@@ -43,8 +43,8 @@ SpokenVerses::SpokenVerses(const Clock &clock, const Surroundings &surroundings)
         m_shown.clear();
     });
     m_surroundings.translation.setFinalText(
-        [this](const QString &original, const QString &translation) {
-            return captionFor(original, translation);
+        [this](const QString &original, const QString &translation, const QString &language) {
+            return captionFor(original, translation, language);
         });
 }
 
@@ -187,14 +187,16 @@ const bible::Bible *SpokenVerses::bibleOf(const QString &code) const
     return found.valid ? &found : nullptr;
 }
 
-QString SpokenVerses::captionFor(const QString &original, const QString &translation)
+QString SpokenVerses::captionFor(const QString &original,
+    const QString &translation,
+    const QString &language)
 {
     if (m_announced.empty() || !m_ready.isFinished()) {
         return translation;
     }
     const bible::Bible *source = bibleOf(m_surroundings.translation.source());
-    const bible::Bible *target
-        = bibleOf(languages::codeOf(m_surroundings.translation.targetName()));
+    const QString code = languages::codeOf(language);
+    const bible::Bible *target = bibleOf(code);
     if (source == nullptr || target == nullptr) {
         return translation;
     }
@@ -208,21 +210,20 @@ QString SpokenVerses::captionFor(const QString &original, const QString &transla
             const bool isThere = std::none_of(verses.begin(), verses.end(), [&](const auto &verse) {
                 return bible::passageText(*target, verse).isEmpty();
             });
-            return isThere ? verseCaption(verses) : translation;
+            return isThere ? verseCaption(verses, code) : translation;
         }
     }
     return translation;
 }
 
-QString SpokenVerses::verseCaption(const QList<bible::Passage> &verses)
+QString SpokenVerses::verseCaption(const QList<bible::Passage> &verses, const QString &code)
 {
-    const QString code = languages::codeOf(m_surroundings.translation.targetName());
     QStringList captions;
     for (const bible::Passage &verse : verses) {
         const QString label = bible::label(verse, code);
-        const auto shown = m_shown.find(label);
+        const auto shown = m_shown.find({ code, label });
         const bool isOn = shown != m_shown.end() && nowMs() - shown->second < shownMs;
-        m_shown[label] = nowMs();
+        m_shown[{ code, label }] = nowMs();
         if (!isOn) {
             captions.append(bible::passageText(*bibleOf(code), verse) + QStringLiteral(" (") + label
                 + QLatin1Char(')'));

@@ -19,6 +19,7 @@
 #include <deque>
 #include <map>
 #include <optional>
+#include <utility>
 
 namespace nimbara {
 
@@ -68,9 +69,10 @@ public:
     [[nodiscard]] bool goesOnAir() const { return m_goesOnAir; }
     void setGoesOnAir(bool goes);
 
-    /// What the caption of a phrase says: its translation, or the verses that are being read. Empty
-    /// while a verse that is on the screens is read on.
-    [[nodiscard]] QString captionFor(const QString &original, const QString &translation);
+    /// What the caption of a phrase says in the language of that name: its translation, or the
+    /// verses that are being read. Empty while a verse that is on the screens is read on.
+    [[nodiscard]] QString
+    captionFor(const QString &original, const QString &translation, const QString &language);
 
 Q_SIGNALS:
     /// The offer, what became of it, or `goesOnAir`.
@@ -89,7 +91,7 @@ private:
     /// A passage that was announced is being read in what was said.
     [[nodiscard]] bool isReading(const QString &said) const;
     void announce(const bible::Passage &passage);
-    [[nodiscard]] QString verseCaption(const QList<bible::Passage> &verses);
+    [[nodiscard]] QString verseCaption(const QList<bible::Passage> &verses, const QString &code);
     [[nodiscard]] const bible::Bible *bibleOf(const QString &code) const;
     [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
 
@@ -105,7 +107,8 @@ private:
     bool m_goesOnAir = false;
     std::optional<LayerId> m_prepared; ///< shows the verse that was put on PREVIEW last
     std::deque<Announced> m_announced; ///< newest first
-    std::map<QString, std::int64_t> m_shown; ///< when each verse was in a caption, by its label
+    /// When each verse was in a caption, by the code of its language and its label.
+    std::map<std::pair<QString, QString>, std::int64_t> m_shown;
 };
 
 } // namespace nimbara

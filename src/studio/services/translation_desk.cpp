@@ -9,13 +9,12 @@
 
 #include <QPointer>
 
-#include <algorithm>
-
 namespace nimbara {
 
 namespace {
 
 const QString targetSetting = QStringLiteral("translation_target");
+const QString secondSetting = QStringLiteral("translation_second_target");
 const QString sourceSetting = QStringLiteral("source_language");
 const QString liveSetting = QStringLiteral("live_mode");
 const QString separatorSetting = QStringLiteral("caption_separator");
@@ -33,20 +32,25 @@ TranslationDesk::TranslationDesk(const Clock &clock,
     , m_settings(surroundings.settings)
     , m_key(surroundings.secrets, secret_account::openAi())
     , m_keepsKey(!m_key.text().isEmpty())
+    , m_screens { CaptionScreen(clock), CaptionScreen(clock) }
     , m_keyTest(clock, openAi)
     , m_engine(clock, openAi)
 {
     readSettings();
     connectEngine(surroundings.input);
+    connectScreens();
     showCaptions();
 }
 
 void TranslationDesk::readSettings()
 {
     m_target = m_settings.value(targetSetting, languages::defaultTarget()).toString();
+    m_second = m_settings.value(secondSetting).toString();
     m_source = m_settings.value(sourceSetting, languages::sourceFor(m_target)).toString();
     m_engine.setLiveDisabled(!m_settings.value(liveSetting, true).toBool());
-    m_captions.setSeparator(captionSeparator(m_settings.value(separatorSetting, 1).toInt()));
+    for (CaptionScreen &each : m_screens) {
+        each.setSeparator(captionSeparator(m_settings.value(separatorSetting, 1).toInt()));
+    }
     m_engine.setHold(m_settings.value(holdSetting, 0).toInt() * 1000LL);
 }
 
@@ -55,7 +59,7 @@ void TranslationDesk::connectEngine(AudioInput &input)
     connect(&input, &AudioInput::blockArrived, this, [this](const AudioBlock &block) {
         m_engine.processAudio(block);
     });
-    m_engine.caption = [this](const Caption &caption) { addCaption(caption); };
+    m_engine.caption = [this](const Caption &caption) { screen(caption.target).add(caption); };
     m_engine.understood
         = [this](const QString &text, bool isGrowing) { Q_EMIT understood(text, isGrowing); };
     connect(&m_stage.document, &Document::changed, this, [this](const Change &change) {
@@ -79,6 +83,18 @@ void TranslationDesk::connectEngine(AudioInput &input)
         Q_EMIT reported(message);
         Q_EMIT said(message);
     };
+}
+
+void TranslationDesk::connectScreens()
+{
+    for (const Target target : bothTargets) {
+        CaptionScreen &each = screen(target);
+        each.changed = [this] { showCaptions(); };
+        each.captionShown = [this](const Caption &caption) { Q_EMIT captionShown(caption); };
+        each.blockShown
+            = [this, target](const QString &block) { Q_EMIT blockShown(block, target); };
+        each.paceChanged = [this, target](bool isHurried) { tellPace(target, isHurried); };
+    }
 }
 
 /// Runs what the operator or the store started; a failure is told.
@@ -144,11 +160,13 @@ void TranslationDesk::begin(const QString &key)
 {
     setWaiting(false);
     run([&] {
-        m_delays.clear();
-        m_engine.start(key, targetName(), m_voice, m_source);
-        fileUnshown(); // of the run before, in its own files
-        m_reading.clear();
-        forgetUnshown();
+        m_engine.start(key, targetName(), m_voice, m_source, secondName());
+        for (CaptionScreen &each : m_screens) {
+            each.delays().clear();
+            each.begin(); // what is left of the run before goes into its own files
+        }
+        m_languages = { targetName(), secondName() };
+        showCaptions();
         Q_EMIT began();
         Q_EMIT changed();
     });
@@ -157,6 +175,12 @@ void TranslationDesk::begin(const QString &key)
 QString TranslationDesk::targetName() const
 {
     return m_target.isEmpty() ? languages::defaultTarget() : m_target;
+}
+
+QString TranslationDesk::secondName() const
+{
+    const QString name = m_second.trimmed();
+    return name.compare(targetName().trimmed(), Qt::CaseInsensitive) == 0 ? QString() : name;
 }
 
 void TranslationDesk::setWaiting(bool waiting)
@@ -176,38 +200,56 @@ void TranslationDesk::pause()
     Q_EMIT changed();
 }
 
+Message TranslationDesk::labelled(Target target, const Message &text) const
+{
+    return languageOf(Target::Second).isEmpty()
+        ? text
+        : Message::verbatim(languageOf(target) + QStringLiteral(": ")) + text;
+}
+
 /// At the end of a run.
 void TranslationDesk::reportDelays()
 {
-    const DelayMeter::Figures whole = m_delays.whole();
-    if (whole.phrases == 0) {
-        return;
+    Message reports;
+    for (const Target target : bothTargets) {
+        DelayMeter &delays = screen(target).delays();
+        const DelayMeter::Figures whole = delays.whole();
+        delays.clear();
+        if (whole.phrases == 0) {
+            continue;
+        }
+        const Message report = labelled(target,
+            Message("Retraso de la traducción: mediana %1 s, 9 de cada 10 en %2 s, %3 frases.",
+                { delay_text::seconds(whole.medianMs),
+                    delay_text::seconds(whole.p90Ms),
+                    Message::verbatim(QString::number(whole.phrases)) }));
+        logLine(QStringLiteral("IA: ") + (report + delay_text::stages(whole)).spanish());
+        reports = reports.isEmpty() ? report
+                                    : reports + Message::verbatim(QStringLiteral(" ")) + report;
     }
-    const Message report("Retraso de la traducción: mediana %1 s, 9 de cada 10 en %2 s, %3 frases.",
-        { delay_text::seconds(whole.medianMs),
-            delay_text::seconds(whole.p90Ms),
-            Message::verbatim(QString::number(whole.phrases)) });
-    logLine(QStringLiteral("IA: ") + (report + delay_text::stages(whole)).spanish());
-    Q_EMIT captionNoted(report);
-    m_delays.clear();
-    Q_EMIT delayed();
+    if (!reports.isEmpty()) {
+        Q_EMIT captionNoted(reports);
+        Q_EMIT delayed();
+    }
 }
 
-DelayMeter::Figures TranslationDesk::delayFigures() const
+DelayMeter::Figures TranslationDesk::delayFigures(Target target) const
 {
-    return m_delays.figures(m_clock.wallMs());
+    return screen(target).delays().figures(m_clock.wallMs());
 }
 
 QList<std::int64_t> TranslationDesk::delayCurve() const
 {
-    return m_delays.curve(m_clock.wallMs());
+    return screen(Target::First).delays().curve(m_clock.wallMs());
 }
 
 void TranslationDesk::shutDown()
 {
     m_isShutDown = true;
     pause();
-    fileUnshown();
+    for (CaptionScreen &each : m_screens) {
+        each.tellUnshown();
+    }
 }
 
 void TranslationDesk::testKey()
@@ -237,6 +279,13 @@ void TranslationDesk::chooseTarget(const QString &language)
     m_target = language.trimmed();
     m_settings.setValue(targetSetting, m_target);
     setSource(languages::sourceFor(m_target));
+    Q_EMIT changed();
+}
+
+void TranslationDesk::chooseSecondTarget(const QString &language)
+{
+    m_second = language.trimmed();
+    m_settings.setValue(secondSetting, m_second);
     Q_EMIT changed();
 }
 
@@ -271,11 +320,10 @@ void TranslationDesk::setVoice(bool voice)
 
 void TranslationDesk::setSeparator(CaptionSeparator separator)
 {
-    m_captions.setSeparator(separator);
-    m_reading.clear();
-    forgetUnshown();
+    for (CaptionScreen &each : m_screens) {
+        each.setSeparator(separator);
+    }
     m_settings.setValue(separatorSetting, static_cast<int>(separator));
-    showCaptions();
     Q_EMIT changed();
 }
 
@@ -287,15 +335,14 @@ void TranslationDesk::setCaptionsShown(bool shown)
 
 void TranslationDesk::clearCaptions()
 {
-    m_captions.clear();
-    m_reading.clear();
-    forgetUnshown();
-    showCaptions();
+    for (CaptionScreen &each : m_screens) {
+        each.clear();
+    }
 }
 
 int TranslationDesk::holdSeconds() const
 {
-    return static_cast<int>(m_engine.held().delayMs() / 1000);
+    return static_cast<int>(m_engine.lane(Target::First).held().delayMs() / 1000);
 }
 
 void TranslationDesk::setHoldSeconds(int seconds)
@@ -308,31 +355,18 @@ void TranslationDesk::setHoldSeconds(int seconds)
 /// At the end of a run.
 void TranslationDesk::letHeldGo()
 {
-    for (const Caption &caption : m_engine.takeHeld()) {
-        addCaption(caption);
-    }
-}
-
-/// No picture will show what waits, but it was let go: it is on file all the same.
-void TranslationDesk::fileUnshown()
-{
-    showBegun(static_cast<qsizetype>(m_unshown.size()));
-    std::int64_t ms = m_clock.monotonicUs() / 1000;
-    while (m_reading.backlogMs() > 0) {
-        ms += Reading::lifetimeMs; // every block is read by then
-        m_reading.advance(ms);
-        Q_EMIT blockShown(m_reading.block());
+    for (const Target target : bothTargets) {
+        for (const Caption &caption : m_engine.lane(target).takeHeld()) {
+            screen(target).add(caption);
+        }
     }
 }
 
 void TranslationDesk::advanceCaptions()
 {
     m_engine.releaseHeld();
-    if (m_captions.clearOld(m_clock.wallMs())) {
-        showCaptions();
-    }
-    if (isReading()) {
-        advanceReading();
+    for (CaptionScreen &each : m_screens) {
+        each.advance();
     }
     measureShown();
 }
@@ -340,18 +374,9 @@ void TranslationDesk::advanceCaptions()
 /// The pictures that are made now show what has been added since the last ones.
 void TranslationDesk::measureShown()
 {
-    const auto waiting = static_cast<qsizetype>(m_unshown.size());
-    const Reading::Shown read = m_reading.takeShown();
-    showBegun(isReading() ? read.begun : waiting - m_begun);
-    const qsizetype shown = isReading() ? std::min(read.ended, waiting) : waiting;
-    for (qsizetype i = 0; i < shown; ++i) {
-        PhraseTimes &times = m_unshown.front().times;
-        times.shown = m_clock.wallMs();
-        if (captionsShown()) {
-            m_delays.add(times);
-        }
-        m_unshown.pop_front();
-        m_begun = std::max<qsizetype>(m_begun - 1, 0);
+    qsizetype shown = 0;
+    for (CaptionScreen &each : m_screens) {
+        shown += each.measureShown(captionsShown());
     }
     const std::int64_t now = m_clock.monotonicUs() / 1000;
     if (running() && (shown > 0 || now - m_delayedMs >= 1000)) {
@@ -360,59 +385,23 @@ void TranslationDesk::measureShown()
     }
 }
 
-/// Some of so many more captions is shown.
-void TranslationDesk::showBegun(qsizetype count)
+/// Beside the delay of the captions: the status keeps what is told of the run.
+void TranslationDesk::tellPace(Target target, bool isHurried)
 {
-    const auto waiting = static_cast<qsizetype>(m_unshown.size());
-    for (; count > 0 && m_begun < waiting; --count) {
-        Q_EMIT captionShown(m_unshown.at(static_cast<std::size_t>(m_begun++)));
-    }
-}
-
-void TranslationDesk::forgetUnshown()
-{
-    m_unshown.clear();
-    m_begun = 0;
-    Q_EMIT blockShown({});
-}
-
-void TranslationDesk::advanceReading()
-{
-    const bool wasHurried = m_reading.isHurried();
-    if (m_reading.advance(m_clock.monotonicUs() / 1000)) {
-        showCaptions();
-        Q_EMIT blockShown(m_reading.block());
-    }
-    if (m_reading.isHurried() != wasHurried) {
-        // Beside the delay of the captions: the status keeps what is told of the run.
-        const Message pace = wasHurried ? "Lectura al día: vuelve a 15 caracteres por segundo."
-                                        : "Lectura con retraso: sube a 20 caracteres por segundo.";
-        Q_EMIT captionNoted(pace);
-        logLine(QStringLiteral("IA: ") + pace.spanish());
-    }
-}
-
-void TranslationDesk::addCaption(const Caption &caption)
-{
-    m_captions.addCaption(caption.text, m_clock.wallMs());
-    if (!isReading()) {
-        m_unshown.push_back(caption);
-        showCaptions();
-        return;
-    }
-    if (m_reading.add(caption.text)) {
-        m_unshown.push_back(caption);
-    }
-    advanceReading();
+    const Message pace = labelled(target,
+        isHurried ? "Lectura con retraso: sube a 20 caracteres por segundo."
+                  : "Lectura al día: vuelve a 15 caracteres por segundo.");
+    Q_EMIT captionNoted(pace);
+    logLine(QStringLiteral("IA: ") + pace.spanish());
 }
 
 void TranslationDesk::showCaptions()
 {
-    const QString &block = m_reading.block();
-    m_stage.captions.phrases = !isReading() ? m_captions.captionPhrases()
-        : block.isEmpty()                   ? QStringList()
-                                            : QStringList(block);
-    m_stage.captions.separator = separatorText(m_captions.separator());
+    m_stage.captions.phrases = screen(Target::First).phrases();
+    m_stage.captions.second = languageOf(Target::Second).isEmpty()
+        ? std::nullopt
+        : std::optional(screen(Target::Second).phrases());
+    m_stage.captions.separator = separatorText(separator());
 }
 
 void TranslationDesk::tell(const Message &message)

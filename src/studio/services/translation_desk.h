@@ -4,21 +4,18 @@
 #include "net/endpoints.h"
 #include "studio/edit/stage.h"
 #include "studio/programs/program_audio_desk.h"
+#include "studio/services/caption_screen.h"
 #include "studio/services/service_key.h"
 #include "studio/sources/audio_input.h"
-#include "translation/pipeline/caption_text.h"
 #include "translation/pipeline/engine.h"
-#include "translation/pipeline/phrase_delay.h"
-#include "translation/pipeline/reading.h"
 #include "translation/service/key_test.h"
 
 #include <QObject>
 #include <QSettings>
 #include <QString>
 
+#include <array>
 #include <cstdint>
-#include <deque>
-#include <functional>
 #include <utility>
 
 namespace nimbara {
@@ -37,7 +34,7 @@ public:
         AudioInput &input;
         ProgramAudioDesk &sound;
         SecretStore &secrets;
-        QSettings &settings; ///< keeps target, source, live mode, separator and hold
+        QSettings &settings; ///< keeps targets, source, live mode, separator and hold
     };
 
     TranslationDesk(const Clock &clock, const Endpoint &openAi, const Surroundings &surroundings);
@@ -47,6 +44,9 @@ public:
     [[nodiscard]] bool keepsKey() const { return m_keepsKey; }
     void setKeepsKey(bool keeps);
 
+    /// What is told of one of the languages of the run, with its name where there are two.
+    [[nodiscard]] Message labelled(Target target, const Message &text) const;
+
     /// What is preached: "es", "en" or empty for any other.
     [[nodiscard]] const QString &source() const { return m_source; }
     /// The language of the screens, by its name; empty for the default one.
@@ -55,6 +55,17 @@ public:
     [[nodiscard]] QString targetName() const;
     /// From the next start on. What is preached follows from it.
     void chooseTarget(const QString &language);
+    /// Another language of the screens at the same time, by its name; empty: none.
+    [[nodiscard]] const QString &secondTarget() const { return m_second; }
+    /// The same, and none where it is that of the screens.
+    [[nodiscard]] QString secondName() const;
+    /// From the next start on.
+    void chooseSecondTarget(const QString &language);
+    /// The languages of the run that is on, or of the last one; empty for a second that it had not.
+    [[nodiscard]] const QString &languageOf(Target target) const
+    {
+        return m_languages.at(static_cast<std::size_t>(target));
+    }
     /// Shows the screens in "Spanish" or "English"; a run that is on begins again.
     void switchTarget(const QString &language);
 
@@ -65,12 +76,12 @@ public:
     [[nodiscard]] bool voice() const { return m_voice; }
     void setVoice(bool voice);
 
-    [[nodiscard]] CaptionSeparator separator() const { return m_captions.separator(); }
+    [[nodiscard]] CaptionSeparator separator() const { return screen(Target::First).separator(); }
     void setSeparator(CaptionSeparator separator);
     [[nodiscard]] bool captionsShown() const { return m_stage.captions.shown; }
     void setCaptionsShown(bool shown);
     /// What is shown in place of a translation, see `Translation::finalText`.
-    void setFinalText(std::function<QString(const QString &, const QString &)> finalText)
+    void setFinalText(Translation::FinalText finalText)
     {
         m_engine.finalText = std::move(finalText);
     }
@@ -79,13 +90,19 @@ public:
     /// The operator sees each caption so many seconds before the screens do: 0 to 10.
     [[nodiscard]] int holdSeconds() const;
     void setHoldSeconds(int seconds);
-    [[nodiscard]] const CaptionHold &held() const { return m_engine.held(); }
+    [[nodiscard]] const CaptionHold &held(Target target) const
+    {
+        return m_engine.lane(target).held();
+    }
     /// The operator begins to edit a caption that is held, leaves it as it was, has changed it or
     /// drops it. Nothing happens when it is not held any more.
-    void editHeld(std::int64_t id) { m_engine.editHeld(id); }
-    void leaveHeld(std::int64_t id) { m_engine.leaveHeld(id); }
-    void changeHeld(std::int64_t id, const QString &text) { m_engine.changeHeld(id, text); }
-    void dropHeld(std::int64_t id) { m_engine.dropHeld(id); }
+    void editHeld(Target target, std::int64_t id) { m_engine.lane(target).editHeld(id); }
+    void leaveHeld(Target target, std::int64_t id) { m_engine.lane(target).leaveHeld(id); }
+    void changeHeld(Target target, std::int64_t id, const QString &text)
+    {
+        m_engine.lane(target).changeHeld(id, text);
+    }
+    void dropHeld(Target target, std::int64_t id) { m_engine.lane(target).dropHeld(id); }
 
     /// Takes captions away that are too old, and shows the next block to be read. Call on each
     /// frame, before its pictures.
@@ -102,8 +119,8 @@ public:
     [[nodiscard]] bool running() const { return m_engine.running(); }
     [[nodiscard]] bool isWaiting() const { return m_isWaiting; }
     /// How late the captions of the last five minutes came.
-    [[nodiscard]] DelayMeter::Figures delayFigures() const;
-    [[nodiscard]] QList<std::int64_t> delayCurve() const;
+    [[nodiscard]] DelayMeter::Figures delayFigures(Target target = Target::First) const;
+    [[nodiscard]] QList<std::int64_t> delayCurve() const; ///< of the first language
     /// The way that the voice takes now.
     [[nodiscard]] VoiceRoad road() const { return m_engine.road(); }
 
@@ -134,9 +151,9 @@ Q_SIGNALS:
     void began();
     /// The pictures that are made now are the first with the caption, or with its first word.
     void captionShown(const nimbara::Caption &caption);
-    /// In easy reading: the pictures that are made now are the first with the block; empty: without
-    /// any.
-    void blockShown(const QString &block);
+    /// In easy reading: the pictures that are made now are the first with the block in that
+    /// language; empty: without any.
+    void blockShown(const QString &block, nimbara::Target target);
     /// An operation failed.
     void failed(const nimbara::Message &reason);
     /// One line for the operator.
@@ -151,16 +168,20 @@ private:
     void begin(const QString &key);
     void setWaiting(bool waiting);
     void setSource(const QString &source);
-    void addCaption(const Caption &caption);
-    void showBegun(qsizetype count);
-    void advanceReading();
+    void connectScreens();
     void measureShown();
     void reportDelays();
     void showCaptions();
-    void forgetUnshown();
     void letHeldGo();
-    void fileUnshown();
-    [[nodiscard]] bool isReading() const { return separator() == CaptionSeparator::Reading; }
+    void tellPace(Target target, bool isHurried);
+    [[nodiscard]] CaptionScreen &screen(Target target)
+    {
+        return m_screens.at(static_cast<std::size_t>(target));
+    }
+    [[nodiscard]] const CaptionScreen &screen(Target target) const
+    {
+        return m_screens.at(static_cast<std::size_t>(target));
+    }
     void tell(const Message &message);
     void tellHeard(const Message &text);
 
@@ -172,15 +193,13 @@ private:
     ServiceKey m_key;
     bool m_keepsKey;
     QString m_target;
+    QString m_second; ///< the second target; empty: none
+    std::array<QString, bothTargets.size()> m_languages; ///< of the run, by `Target`
     QString m_source; ///< preached: "es", "en" or empty for any other
     bool m_voice = false;
     bool m_isWaiting = false;
     bool m_isShutDown = false;
-    CaptionText m_captions;
-    Reading m_reading;
-    std::deque<Caption> m_unshown; ///< those that no picture has shown to the end
-    qsizetype m_begun = 0; ///< of them, those of which some is shown
-    DelayMeter m_delays;
+    std::array<CaptionScreen, bothTargets.size()> m_screens; ///< by `Target`
     std::int64_t m_delayedMs = 0; ///< when `delayed` was told last, monotonic
     KeyTest m_keyTest;
     Translation m_engine;

@@ -1,7 +1,6 @@
 #include "translation/pipeline/engine.h"
 
 #include "base/error.h"
-#include "net/openai.h"
 #include "signal/mono.h"
 #include "translation/pipeline/voice.h"
 #include "translation/pipeline/wav.h"
@@ -16,7 +15,7 @@ namespace nimbara {
 namespace {
 
 constexpr std::int64_t maxRunMs = 10800000; ///< three hours
-constexpr std::chrono::milliseconds textTimeout { 12000 };
+constexpr std::chrono::milliseconds uploadTimeout { 12000 };
 constexpr std::chrono::milliseconds voiceTimeout { 30000 };
 constexpr std::chrono::milliseconds probeTimeout { 8000 };
 
@@ -26,11 +25,13 @@ Translation::Translation(const Clock &clock, const Endpoint &endpoint)
     : m_clock(clock)
     , m_api(endpoint)
     , m_live(clock, endpoint)
-    , m_target(languages::defaultTarget())
+    , m_first(clock, m_api, Target::First)
+    , m_second(clock, endpoint)
 {
     m_api.statusChanged = [this](const Message &message) { statusChanged(message); };
     m_api.ended = [this] { end(); };
     connectLive();
+    connectLanes();
     m_releaseTimer.setInterval(500);
     QObject::connect(&m_releaseTimer, &QTimer::timeout, &m_releaseTimer, [this] { tick(); });
     m_releaseTimer.start();
@@ -51,9 +52,10 @@ void Translation::connectLive()
     m_live.turn = [this](const QString &text, const PhraseEnd &end, bool atSeam) {
         if (running()) {
             ++m_inFlight;
-            const std::int32_t sequence = m_order.take(end.phraseTimeMs);
+            const std::int32_t sequence = take(end.phraseTimeMs);
             if (atSeam) {
-                m_order.waitFrom(sequence, m_clock.wallMs());
+                m_first.waitFrom(sequence);
+                m_second.waitFrom(sequence);
             }
             translate({ sequence, { end.spokenMs, end.heardMs }, {}, text, {} });
         }
@@ -71,23 +73,59 @@ void Translation::connectLive()
         = [this] { statusChanged("Modo en vivo no disponible; se usa modo por trozos."); };
 }
 
+void Translation::connectLanes()
+{
+    for (const Target target : bothTargets) {
+        CaptionLane &lane = this->lane(target);
+        lane.heldChanged = [this] { heldChanged(); };
+        lane.finalText = [this, &lane](const QString &original, const QString &translation) {
+            return finalText(original, translation, lane.language());
+        };
+    }
+    m_first.statusChanged = [this](const Message &message) { statusChanged(message); };
+    m_first.passed = [this](const Caption &shown, std::int64_t phraseTimeMs) {
+        tellCaption(shown, phraseTimeMs);
+    };
+    m_first.answered = [this](std::int32_t sequence, const QString &text) {
+        --m_inFlight;
+        m_line.setReached();
+        finish(sequence, text);
+    };
+    m_first.failed
+        = [this](const PhraseRequest &request, int status) { handleFailure(request, status); };
+    m_second.statusChanged = [this](const Message &message) { statusChanged(message); };
+    m_second.asked = [this] { count(cost::Service::Translation, 1, 0); };
+    m_second.isOwed = [this](std::int32_t sequence) { return m_line.owesTranscript(sequence); };
+    m_second.lane().passed = [this](const Caption &shown, std::int64_t) { caption(shown); };
+    m_second.ended = [this] {
+        for (const Caption &held : m_second.lane().takeHeld()) {
+            caption(held);
+        }
+    };
+}
+
 void Translation::start(const QString &key,
     const QString &target,
     bool voice,
-    const QString &source)
+    const QString &source,
+    const QString &second)
 {
     const QString trimmed = key.trimmed();
     if (trimmed.isEmpty()) {
         throw Error(QStringLiteral("Ingresa tu API key"));
     }
     stopEngine();
-    m_hold.clear();
-    m_target = target;
     m_source = source;
-    useTerms();
     m_voice = voice;
     m_startTime = m_clock.wallMs();
     m_api.open(trimmed);
+    m_first.open(target);
+    if (second.isEmpty()) {
+        m_second.lane().clearHeld();
+    } else {
+        m_second.start(trimmed, second);
+    }
+    useTerms();
     const std::int32_t generation = requestGeneration();
     statusChanged("IA activa; conectando modo en vivo...");
     if (!isCurrent(generation)) {
@@ -110,7 +148,13 @@ void Translation::setTerms(const Terms &terms)
 
 void Translation::useTerms()
 {
-    m_glossary = Glossary(m_terms, m_source, m_target);
+    m_glossary = Glossary(m_terms, m_source, m_first.language());
+    m_first.setGlossary(m_glossary);
+    if (m_second.isOn()) {
+        const Glossary second(m_terms, m_source, m_second.lane().language());
+        m_second.lane().setGlossary(second);
+        m_glossary.add(second);
+    }
     m_live.setPrompt(languages::withTerms(languages::livePrompt(m_source), m_glossary.prompt()));
 }
 
@@ -121,8 +165,8 @@ void Translation::stopEngine()
     m_tail.clear();
     m_line.clear();
     m_inFlight = 0;
-    m_order.clear();
-    m_translated.clear();
+    m_first.close();
+    m_second.stop();
     m_memory.clear();
     m_api.close();
     m_toldRoad = VoiceRoad::Stopped;
@@ -222,9 +266,15 @@ void Translation::takePhrase(const PhraseSamples &samples)
         statusChanged("IA con retraso; se omite un segmento.");
         return;
     }
-    const std::int32_t sequence = m_order.take(m_clock.wallMs());
+    const std::int32_t sequence = take(m_clock.wallMs());
     m_line.add({ sequence, timesOf(samples), wavFile(samples), {}, {} });
     startRequests();
+}
+
+std::int32_t Translation::take(std::int64_t phraseTimeMs)
+{
+    m_second.take(phraseTimeMs);
+    return m_first.take(phraseTimeMs);
 }
 
 /// The phrase was cut just now; behind its last word are its own silence, what the segmenter has
@@ -246,11 +296,28 @@ PhraseTimes Translation::timesOf(const PhraseSamples &samples) const
 /// What the line gives up was a phrase that gave nothing.
 void Translation::giveUpUseless()
 {
+    const std::int32_t generation = requestGeneration();
     for (const PhraseRequest &request : m_line.takeUseless(m_clock.wallMs())) {
-        if (!request.text.isEmpty()) {
-            m_memory.forget(request.text);
+        if (!isCurrent(generation)) {
+            return;
         }
-        m_order.store(request.sequence, {});
+        m_first.store(request.sequence, {});
+        if (request.text.isEmpty()) {
+            m_second.giveNothing(request.sequence);
+        } else {
+            m_memory.forget(request.text);
+            m_first.forget(request.text);
+        }
+    }
+}
+
+/// What keeps the request waiting is none of its phrase's own time; a phrase that is not heard yet
+/// keeps both languages waiting.
+void Translation::waitFrom(const PhraseRequest &request)
+{
+    m_first.waitFrom(request.sequence);
+    if (request.text.isEmpty()) {
+        m_second.waitFrom(request.sequence);
     }
 }
 
@@ -264,7 +331,7 @@ void Translation::startRequests()
         }
         ++m_inFlight;
         if (m_line.isPatient()) {
-            m_order.waitFrom(request->sequence, m_clock.wallMs());
+            waitFrom(*request);
         }
         if (request->text.isEmpty()) {
             upload(*request);
@@ -294,7 +361,7 @@ void Translation::upload(const PhraseRequest &request)
     m_api.postForm(
         QStringLiteral("audio/transcriptions"),
         api::transcriptionForm(m_source, request.wav, m_glossary.prompt()),
-        textTimeout,
+        uploadTimeout,
         QStringLiteral("Transcripcion"),
         [this, request](const QByteArray &body) {
             m_line.setReached();
@@ -323,11 +390,12 @@ void Translation::translate(PhraseRequest request)
         return;
     }
     if (repeated || blank) {
-        finish(request.sequence, {});
+        --m_inFlight;
+        giveNothing(request.sequence);
         return;
     }
-    request.context = m_memory.context();
-    m_memory.addOriginal(request.text);
+    m_second.translate(request);
+    m_first.remember(request);
     if (m_line.isAway()) { // a live session may hear all the same
         --m_inFlight;
         m_line.add(request);
@@ -336,61 +404,54 @@ void Translation::translate(PhraseRequest request)
     askTranslation(request);
 }
 
-void Translation::askTranslation(PhraseRequest request)
+void Translation::askTranslation(const PhraseRequest &request)
 {
-    request.times.asked = m_clock.wallMs();
     count(cost::Service::Translation, 1, 0);
-    m_api.postJson(
-        QStringLiteral("responses"),
-        api::translationBody(m_target,
-            request.context,
-            request.text,
-            m_glossary.toldFor(request.text)),
-        textTimeout,
-        QStringLiteral("Traduccion"),
-        [this, request](const QByteArray &body) {
-            m_line.setReached();
-            const QString translated = m_glossary.held(request.text, openai::outputText(body));
-            m_memory.addTranslation(translated);
-            if (m_order.isAwaited(request.sequence)) {
-                Caption &done = m_translated[request.sequence];
-                done = { {}, request.text, request.times };
-                done.times.translated = m_clock.wallMs();
-            }
-            finish(request.sequence, translated);
-        },
-        [this, request](int status) { handleFailure(request, status); });
+    m_first.ask(request);
 }
 
 /// What the service refuses is given up. What the network lost is sent again, while it is of use.
 void Translation::handleFailure(const PhraseRequest &request, int status)
 {
-    const std::int64_t now = m_clock.wallMs();
-    if (status == 0 && m_order.isAwaited(request.sequence)
-        && m_line.putBack(request, m_clock.monotonicUs() / 1000, now)) {
-        --m_inFlight;
-        m_order.waitFrom(request.sequence, now);
+    --m_inFlight;
+    const bool isOfUse = m_first.isAwaited(request.sequence)
+        || (request.text.isEmpty() && m_second.isAwaited(request.sequence));
+    if (status == 0 && isOfUse
+        && m_line.putBack(request, m_clock.monotonicUs() / 1000, m_clock.wallMs())) {
+        waitFrom(request);
         tellRoad();
         return;
     }
     if (status != 0) {
         m_line.setReached();
     }
-    if (!request.text.isEmpty()) {
-        m_memory.forget(request.text);
+    if (request.text.isEmpty()) {
+        giveNothing(request.sequence);
+        return;
     }
+    m_memory.forget(request.text);
+    m_first.forget(request.text);
     finish(request.sequence, {});
 }
 
 void Translation::finish(std::int32_t sequence, const QString &text)
 {
-    --m_inFlight;
-    m_order.store(sequence, text);
+    m_first.store(sequence, text);
     const std::int32_t generation = requestGeneration();
     releaseResults();
     if (isCurrent(generation)) {
         startRequests();
         tellRoad();
+    }
+}
+
+/// Neither language has anything of the phrase.
+void Translation::giveNothing(std::int32_t sequence)
+{
+    const std::int32_t generation = requestGeneration();
+    finish(sequence, {});
+    if (isCurrent(generation)) {
+        m_second.giveNothing(sequence);
     }
 }
 
@@ -406,6 +467,7 @@ void Translation::tick()
     if (isCurrent(generation)) {
         startRequests();
         tellRoad();
+        m_second.tick();
     }
 }
 
@@ -430,54 +492,33 @@ void Translation::tellRoad()
 
 void Translation::releaseResults()
 {
-    if (!running()) {
-        return;
-    }
-    const std::int32_t generation = requestGeneration();
-    if (!m_line.holds(m_order.awaited()) && m_order.skipLate(m_clock.wallMs())) {
-        statusChanged("Se omitió un segmento lento para no detener la pantalla.");
-    }
-    while (isCurrent(generation)) {
-        const std::int32_t sequence = m_order.awaited();
-        const auto phrase = m_order.next();
-        if (!phrase) {
-            return;
-        }
-        const auto translated = m_translated.extract(sequence);
-        if (!phrase->text.isEmpty() && translated) {
-            show(*phrase, translated.mapped());
-        }
+    m_first.release(!m_line.holds(m_first.awaited()));
+}
+
+void Translation::setHold(std::int64_t ms)
+{
+    for (const Target target : bothTargets) {
+        lane(target).setHold(ms);
     }
 }
 
-void Translation::show(const PhraseOrder::Released &phrase, Caption shown)
+void Translation::releaseHeld()
 {
-    const std::int32_t generation = requestGeneration();
-    shown.text = finalText(shown.original, phrase.text).trimmed();
-    if (shown.text.isEmpty() || !isCurrent(generation)) {
-        return;
+    for (const Target target : bothTargets) {
+        lane(target).releaseHeld();
     }
-    const std::int64_t now = m_clock.monotonicUs() / 1000;
-    if (m_hold.delayMs() == 0 && m_hold.waiting().empty()) {
-        letPass({ 0, shown, phrase.phraseTimeMs, now });
-        return;
-    }
-    m_hold.add(shown, phrase.phraseTimeMs, now);
-    heldChanged();
 }
 
-void Translation::letPass(const CaptionHold::Held &held)
+/// A caption of the first language, which alone is told of and spoken.
+void Translation::tellCaption(const Caption &shown, std::int64_t phraseTimeMs)
 {
     const std::int32_t generation = requestGeneration();
-    Caption shown = held.caption;
-    shown.times.passed = m_clock.wallMs();
     caption(shown);
     if (!isCurrent(generation)) {
         return;
     }
-    const double delay = held.phraseTimeMs == 0
-        ? 0.0
-        : static_cast<double>(m_clock.wallMs() - held.phraseTimeMs) / 1000.0;
+    const double delay
+        = phraseTimeMs == 0 ? 0.0 : static_cast<double>(m_clock.wallMs() - phraseTimeMs) / 1000.0;
     captionNotice("Subtítulo actualizado · " + Message::verbatim(QString::number(delay, 'f', 1))
         + " s después de la frase");
     if (m_voice && isCurrent(generation)) {

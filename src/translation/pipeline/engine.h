@@ -7,12 +7,12 @@
 #include "signal/audio_block.h"
 #include "translation/pipeline/audio_tail.h"
 #include "translation/pipeline/caption.h"
-#include "translation/pipeline/caption_hold.h"
+#include "translation/pipeline/caption_lane.h"
 #include "translation/pipeline/cost.h"
 #include "translation/pipeline/glossary.h"
 #include "translation/pipeline/live_road.h"
-#include "translation/pipeline/phrase_order.h"
 #include "translation/pipeline/request_line.h"
+#include "translation/pipeline/second_language.h"
 #include "translation/pipeline/segmenter.h"
 #include "translation/pipeline/transcript_memory.h"
 #include "translation/service/api_client.h"
@@ -24,8 +24,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
-#include <vector>
 
 namespace nimbara {
 
@@ -40,7 +38,8 @@ enum class VoiceRoad {
 /// The live translation. A block of voice goes to the live road while that is open, else to the
 /// segmenter, whose phrases are uploaded; either way each transcript is translated, and the
 /// translations are released strictly in the order of their phrases. The voice changes from one
-/// road to the other where no word is cut, and what the network loses is sent again.
+/// road to the other where no word is cut, and what the network loses is sent again. A second
+/// language is translated from the same transcripts, see `SecondLanguage`.
 ///
 /// Interface thread only. A callback may call `stopEngine` or `start`, which take effect at once:
 /// nothing of an earlier run is ever reported. Needs a running event loop.
@@ -50,12 +49,27 @@ public:
 
     /// Stops any run and begins one: sends audio to the API from now on. `target` is the language
     /// name for the model, `source` the code of the spoken language ("es", "en" or empty), `voice`
-    /// speaks every caption. Throws `Error` "Ingresa tu API key" for a blank key.
-    void start(const QString &key, const QString &target, bool voice, const QString &source);
+    /// speaks every caption of that target. `second`: the name of another target; empty: none.
+    /// Throws `Error` "Ingresa tu API key" for a blank key.
+    void start(const QString &key,
+        const QString &target,
+        bool voice,
+        const QString &source,
+        const QString &second = {});
 
     /// Ends the run: nothing is sent or reported after this. Reports no status. What is held by
-    /// then is had from `takeHeld`, until the next start.
+    /// then is had from the lanes (`CaptionLane::takeHeld`), until the next start.
     void stopEngine();
+
+    /// The captions of one of the languages, for what the operator does with those that are held.
+    [[nodiscard]] CaptionLane &lane(Target target)
+    {
+        return target == Target::First ? m_first : m_second.lane();
+    }
+    [[nodiscard]] const CaptionLane &lane(Target target) const
+    {
+        return target == Target::First ? m_first : m_second.lane();
+    }
 
     /// Takes one block of the voice input, after gain and mute. Ignored unless running.
     void processAudio(const AudioBlock &block);
@@ -66,16 +80,8 @@ public:
 
     /// Every caption is held for so long before it is handed out: 0 to `CaptionHold::longestMs`.
     void setHold(std::int64_t ms);
-    [[nodiscard]] const CaptionHold &held() const { return m_hold; }
-    /// What the operator does with a caption that is held, see `CaptionHold`.
-    void editHeld(std::int64_t id);
-    void leaveHeld(std::int64_t id);
-    void changeHeld(std::int64_t id, const QString &text);
-    void dropHeld(std::int64_t id);
     /// Hands out the captions that were held long enough; the engine does so every 500 ms.
     void releaseHeld();
-    /// All that are held, in their order. They are not spoken.
-    [[nodiscard]] std::vector<Caption> takeHeld();
 
     /// Without live mode no session is opened. Takes effect at the next start.
     void setLiveDisabled(bool disabled) { m_liveDisabled = disabled; }
@@ -100,28 +106,32 @@ public:
     std::function<void()> roadChanged = [] {};
     /// Progress and failures.
     std::function<void(const Message &message)> statusChanged = [](const Message &) {};
-    /// A caption has come, and how long it took.
+    /// A caption of the first language has come, and how long it took.
     std::function<void(const Message &message)> captionNotice = [](const Message &) {};
     /// The run has ended by itself, after its message.
     std::function<void()> ended = [] {};
     /// The captions that are held, or the text of one, have changed.
     std::function<void()> heldChanged = [] {};
-    /// The next translated phrase.
+    /// The next translated phrase of its language.
     std::function<void(const Caption &caption)> caption = [](const Caption &) {};
-    /// What is shown in place of the translation; asked in the order of the phrases. Empty: the
-    /// phrase is not shown.
-    std::function<QString(const QString &original, const QString &translation)> finalText
-        = [](const QString &, const QString &translation) { return translation; };
+    /// What is shown in place of the translation into the language of that name; asked in the order
+    /// of its phrases. Empty: the phrase is not shown.
+    using FinalText = std::function<
+        QString(const QString &original, const QString &translation, const QString &language)>;
+    FinalText finalText
+        = [](const QString &, const QString &translation, const QString &) { return translation; };
     /// What was said, as far as it is understood; `isGrowing`: it is still being spoken.
     std::function<void(const QString &text, bool isGrowing)> understood
         = [](const QString &, bool) {};
     /// What was understood; begins with "… " while it is still being spoken.
     std::function<void(const Message &text)> heard = [](const Message &) {};
-    /// A spoken caption: 16-bit little-endian mono PCM at 24000 Hz, at most 30 s.
+    /// A spoken caption of the first language: 16-bit little-endian mono PCM at 24000 Hz, at most
+    /// 30 s.
     std::function<void(const QByteArray &pcm)> voiceAudio = [](const QByteArray &) {};
 
 private:
     void connectLive();
+    void connectLanes();
     void end();
     void tick();
     bool segment(const AudioBlock &block);
@@ -132,15 +142,17 @@ private:
     void startRequests();
     void giveUpUseless();
     void upload(const PhraseRequest &request);
+    std::int32_t take(std::int64_t phraseTimeMs);
+    void waitFrom(const PhraseRequest &request);
     void translate(PhraseRequest request);
-    void askTranslation(PhraseRequest request);
+    void askTranslation(const PhraseRequest &request);
     void handleFailure(const PhraseRequest &request, int status);
     void finish(std::int32_t sequence, const QString &text);
+    void giveNothing(std::int32_t sequence);
     void tellRoad();
-    void show(const PhraseOrder::Released &phrase, Caption shown);
+    void tellCaption(const Caption &shown, std::int64_t phraseTimeMs);
     void pushLive(const AudioBlock &block);
     void count(cost::Service service, std::int64_t requests, std::int64_t us);
-    void letPass(const CaptionHold::Held &held);
     void useTerms();
     void speak(const QString &text);
     [[nodiscard]] bool isCurrent(std::int32_t generation) const
@@ -153,17 +165,15 @@ private:
     LiveRoad m_live;
     Segmenter m_segmenter;
     AudioTail m_tail; ///< what the segmenter was given
-    PhraseOrder m_order;
-    CaptionHold m_hold;
-    TranscriptMemory m_memory;
-    RequestLine m_line; ///< what waits to be sent
-    std::int32_t m_inFlight = 0; ///< transcriptions and translations under way
-    std::map<std::int32_t, Caption> m_translated; ///< without their text
+    CaptionLane m_first;
+    SecondLanguage m_second;
+    TranscriptMemory m_memory; ///< of what was said twice
+    RequestLine m_line; ///< what waits to be sent, for transcripts and the first language
+    std::int32_t m_inFlight = 0; ///< transcriptions and translations of it under way
     Terms m_terms;
-    Glossary m_glossary; ///< the terms between the languages of the run
+    Glossary m_glossary; ///< what may be said: the terms of both languages of the run
     std::size_t m_owedFrames = 0; ///< of 48000 Hz, that are older than what is heard now
     VoiceRoad m_toldRoad = VoiceRoad::Stopped;
-    QString m_target;
     QString m_source;
     bool m_voice = false;
     std::int64_t m_spoken = 0; ///< phrases that were to be spoken

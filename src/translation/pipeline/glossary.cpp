@@ -163,6 +163,13 @@ QString codeOf(const QString &language)
     return name == QLatin1String("english") ? QStringLiteral("en") : QString();
 }
 
+/// Terms that are given without the language they are said in are of the other of these two.
+bool isOther(const QString &target, const QString &source)
+{
+    const QString code = codeOf(target);
+    return !code.isEmpty() && code != source;
+}
+
 } // namespace
 
 Glossary::Glossary(const Terms &terms, const QString &source, const QString &target)
@@ -177,7 +184,7 @@ Glossary::Glossary(const Terms &terms, const QString &source, const QString &tar
         }
         if (language.isEmpty() || language == wanted) {
             m_pairs.push_back({ said, shown });
-        } else if (!source.isEmpty() && codeOf(language) == source) {
+        } else if (!source.isEmpty() && codeOf(language) == source && isOther(target, source)) {
             m_pairs.push_back({ shown, said });
         }
     }
@@ -185,7 +192,26 @@ Glossary::Glossary(const Terms &terms, const QString &source, const QString &tar
         m_known.insert(lettersOf(pair.from));
         m_known.insert(lettersOf(pair.to));
     }
-    // A term within another one must not be taken for it.
+    sort();
+}
+
+void Glossary::add(const Glossary &other)
+{
+    for (const Pair &pair : other.m_pairs) {
+        const bool isKnown = std::any_of(m_pairs.begin(), m_pairs.end(), [&](const Pair &own) {
+            return own.from == pair.from;
+        });
+        if (!isKnown) {
+            m_pairs.push_back(pair);
+        }
+    }
+    m_known.unite(other.m_known);
+    sort();
+}
+
+/// A term within another one must not be taken for it.
+void Glossary::sort()
+{
     std::stable_sort(m_pairs.begin(), m_pairs.end(), [](const Pair &a, const Pair &b) {
         return a.from.size() > b.from.size();
     });

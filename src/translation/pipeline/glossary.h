@@ -24,6 +24,9 @@ public:
     /// `source`: code of the spoken language ("es", "en" or empty); `target`: name of the other.
     Glossary(const Terms &terms, const QString &source, const QString &target);
 
+    /// Adds what else may be said in a run into another language, too: for its transcripts.
+    void add(const Glossary &other);
+
     /// The terms for the prompt of a transcription, as many as fit; empty without any.
     [[nodiscard]] QString prompt() const;
 
@@ -44,6 +47,8 @@ private:
         QString from;
         QString to;
     };
+    void sort();
+
     std::vector<Pair> m_pairs; ///< the longest first
     QSet<QString> m_known; ///< the letters of all terms
 };

@@ -22,6 +22,12 @@ void RequestLine::add(const PhraseRequest &request)
     m_requests[request.sequence] = request;
 }
 
+bool RequestLine::owesTranscript(std::int32_t sequence) const
+{
+    const auto request = m_requests.find(sequence);
+    return request != m_requests.end() && request->second.text.isEmpty();
+}
+
 bool RequestLine::putBack(const PhraseRequest &request, std::int64_t nowMs, std::int64_t wallMs)
 {
     // Requests that were under way together fail together: that is one failure.

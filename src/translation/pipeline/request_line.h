@@ -55,6 +55,9 @@ public:
     /// The request of this phrase waits here.
     [[nodiscard]] bool holds(std::int32_t sequence) const { return m_requests.contains(sequence); }
 
+    /// The phrase waits here to be transcribed.
+    [[nodiscard]] bool owesTranscript(std::int32_t sequence) const;
+
     /// The network is away.
     [[nodiscard]] bool isAway() const { return m_failures > 0; }
 

@@ -126,13 +126,13 @@ void GlossaryDialog::takeEdit(int row)
     m_document.setTerms(terms());
 }
 
-void GlossaryDialog::propose(const QString &shown)
+void GlossaryDialog::propose(const QString &shown, const QString &language)
 {
     const int row = m_table->rowCount() - 1;
     {
         const QSignalBlocker blocker(m_table); // no term yet
         m_table->item(row, Shown)->setText(shown);
-        m_table->item(row, Language)->setText(m_language());
+        m_table->item(row, Language)->setText(language);
     }
     m_table->setCurrentCell(row, Said);
     m_table->editItem(m_table->item(row, Said));

@@ -23,7 +23,7 @@ public:
         QWidget *parent);
 
     /// Writes down how a term is translated; the operator is asked how it is said.
-    void propose(const QString &shown);
+    void propose(const QString &shown, const QString &language);
 
 private:
     void showTerms();

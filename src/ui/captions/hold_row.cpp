@@ -12,15 +12,15 @@
 
 namespace nimbara {
 
-HoldRow::HoldRow(QWidget *parent)
+HoldRow::HoldRow(const QString &prefix, QWidget *parent)
     : QWidget(parent)
-    , m_text(named(new QLineEdit, "nextCaption", nimbara_i18n::tr("Siguiente subtítulo")))
+    , m_text(named(new QLineEdit, "nextCaption"))
     , m_others(named(new QLabel, "heldBehind"))
     , m_drop(makeButton("Descartar", "dropCaption"))
     , m_toGlossary(makeButton("Al glosario…", "correctionToGlossary"))
 {
     setObjectName(QStringLiteral("holdRow"));
-    m_text->setPlaceholderText(nimbara_i18n::tr("Siguiente subtítulo"));
+    showLanguage({});
     m_text->installEventFilter(this);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
@@ -41,6 +41,12 @@ HoldRow::HoldRow(QWidget *parent)
         showCorrection({});
         Q_EMIT glossaryPressed(words);
     });
+    if (!prefix.isEmpty()) {
+        for (QWidget *each : QList<QWidget *> { this, m_text, m_others, m_drop, m_toGlossary }) {
+            const QString name = each->objectName();
+            each->setObjectName(prefix + name.left(1).toUpper() + name.mid(1));
+        }
+    }
     showNext({});
     showCorrection({});
 }
@@ -62,6 +68,14 @@ void HoldRow::showNext(const Next &next)
     m_others->setText(next.others == 0
             ? QString()
             : nimbara_i18n::tr("y %1 más").arg(static_cast<qulonglong>(next.others)));
+}
+
+void HoldRow::showLanguage(const QString &language)
+{
+    const QString next = nimbara_i18n::tr("Siguiente subtítulo");
+    const QString name = language.isEmpty() ? next : next + QStringLiteral(" · ") + language;
+    m_text->setPlaceholderText(name);
+    m_text->setAccessibleName(name);
 }
 
 void HoldRow::showCorrection(const QString &words)

@@ -14,7 +14,10 @@ namespace nimbara {
 class HoldRow : public QWidget {
     Q_OBJECT
 public:
-    explicit HoldRow(QWidget *parent = nullptr);
+    /// `prefix`: of the object names, where there is another row beside it.
+    explicit HoldRow(const QString &prefix = {}, QWidget *parent = nullptr);
+    /// Names the language of the captions, where there is more than one.
+    void showLanguage(const QString &language);
 
     struct Next {
         std::int64_t id = 0; ///< 0: none is held

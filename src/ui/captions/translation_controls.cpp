@@ -24,6 +24,11 @@ Message nameOf(VoiceRoad road)
     return {};
 }
 
+HoldRow *rowOf(const TranslationTab &tab, Target target)
+{
+    return target == Target::First ? tab.holdRow() : tab.secondHoldRow();
+}
+
 } // namespace
 
 TranslationControls::TranslationControls(Studio &studio,
@@ -58,6 +63,7 @@ void TranslationControls::connectTab()
         desk->switchTarget(QStringLiteral("English"));
     });
     connect(tab, &TranslationTab::targetEdited, desk, &TranslationDesk::chooseTarget);
+    connect(tab, &TranslationTab::secondEdited, desk, &TranslationDesk::chooseSecondTarget);
     connect(tab, &TranslationTab::voiceChanged, desk, &TranslationDesk::setVoice);
     connect(tab, &TranslationTab::liveModeChanged, desk, &TranslationDesk::setLiveMode);
     connect(tab, &TranslationTab::separatorChosen, desk, [desk](int entry) {
@@ -73,33 +79,56 @@ void TranslationControls::connectTab()
 
 void TranslationControls::connectHold()
 {
-    const HoldRow *row = m_tab.holdRow();
-    TranslationDesk *desk = &m_desk;
-    connect(&m_tab, &TranslationTab::holdChosen, desk, &TranslationDesk::setHoldSeconds);
-    connect(row, &HoldRow::editBegun, desk, &TranslationDesk::editHeld);
-    connect(row, &HoldRow::editLeft, desk, &TranslationDesk::leaveHeld);
-    connect(row, &HoldRow::changed, desk, &TranslationDesk::changeHeld);
-    connect(row, &HoldRow::dropped, desk, &TranslationDesk::dropHeld);
-    connect(row, &HoldRow::glossaryPressed, this, [this](const QString &words) {
-        openGlossary();
-        m_glossary->propose(words);
-    });
-    connect(desk, &TranslationDesk::heldChanged, this, &TranslationControls::showHeld);
+    connect(&m_tab, &TranslationTab::holdChosen, &m_desk, &TranslationDesk::setHoldSeconds);
+    connect(&m_desk, &TranslationDesk::heldChanged, this, &TranslationControls::showHeld);
+    for (const Target target : bothTargets) {
+        const HoldRow *row = rowOf(m_tab, target);
+        TranslationDesk *desk = &m_desk;
+        connect(row, &HoldRow::editBegun, desk, [desk, target](std::int64_t id) {
+            desk->editHeld(target, id);
+        });
+        connect(row, &HoldRow::editLeft, desk, [desk, target](std::int64_t id) {
+            desk->leaveHeld(target, id);
+        });
+        connect(row, &HoldRow::changed, desk, [desk, target](std::int64_t id, const QString &text) {
+            desk->changeHeld(target, id, text);
+        });
+        connect(row, &HoldRow::dropped, desk, [desk, target](std::int64_t id) {
+            desk->dropHeld(target, id);
+        });
+        connect(row, &HoldRow::glossaryPressed, this, [this, target](const QString &words) {
+            openGlossary();
+            m_glossary->propose(words,
+                target == Target::First ? m_desk.target() : m_desk.languageOf(Target::Second));
+        });
+    }
     showHeld();
 }
 
-/// The row has its place while there is anything to hold.
 void TranslationControls::showHeld()
 {
-    const auto &waiting = m_desk.held().waiting();
-    m_tab.holdRow()->setVisible(m_desk.holdSeconds() > 0 || !waiting.empty());
+    for (const Target target : bothTargets) {
+        showNext(*rowOf(m_tab, target), target);
+    }
+}
+
+/// The row has its place while there is anything to hold.
+void TranslationControls::showNext(HoldRow &row, Target target)
+{
+    const auto &waiting = m_desk.held(target).waiting();
+    const bool isOn = m_desk.running();
+    const QString second = isOn ? m_desk.languageOf(Target::Second) : m_desk.secondName();
+    const QString first = isOn ? m_desk.languageOf(Target::First) : m_desk.targetName();
+    const bool isFirst = target == Target::First;
+    const bool isWanted = isFirst || !second.isEmpty();
+    row.setVisible((m_desk.holdSeconds() > 0 && isWanted) || !waiting.empty());
+    row.showLanguage(second.isEmpty() ? QString() : isFirst ? first : second);
     if (waiting.empty()) {
-        m_tab.holdRow()->showNext({});
+        row.showNext({});
         return;
     }
     const CaptionHold::Held &next = waiting.front();
-    m_tab.holdRow()->showNext(
-        { next.id, next.caption.text, next.caption.original, waiting.size() - 1 });
+    row.showNext({ next.id, next.caption.text, next.caption.original, waiting.size() - 1 });
 }
 
 void TranslationControls::connectDesk(const ErrorGuard &guard)
@@ -153,12 +182,25 @@ void TranslationControls::showCost()
     m_tab.showCost(nimbara_i18n::tr(m_costs.summary()), m_costs.isAnyNearLimit());
 }
 
+/// A line for each language that has captions; the curve is the first one's.
 void TranslationControls::showDelay()
 {
-    const DelayMeter::Figures figures = m_desk.delayFigures();
-    m_tab.showDelay(nimbara_i18n::tr(delay_text::summary(figures)),
-        nimbara_i18n::tr(delay_text::stages(figures)),
-        figures.grows);
+    QStringList summaries;
+    QStringList stages;
+    bool grows = false;
+    for (const Target target : bothTargets) {
+        const DelayMeter::Figures figures = m_desk.delayFigures(target);
+        if (figures.phrases > 0) {
+            const auto line = [&](const Message &text) {
+                return nimbara_i18n::tr(m_desk.labelled(target, text));
+            };
+            summaries.append(line(delay_text::summary(figures)));
+            stages.append(line(delay_text::stages(figures)));
+            grows = grows || figures.grows;
+        }
+    }
+    const QLatin1Char lineBreak('\n');
+    m_tab.showDelay(summaries.join(lineBreak), stages.join(lineBreak), grows);
     m_tab.delayCurve()->setPoints(m_desk.delayCurve());
 }
 
@@ -171,7 +213,8 @@ void TranslationControls::show()
         m_desk.captionsShown(),
         static_cast<int>(m_desk.separator()),
         m_spoken.goesOnAir(),
-        m_desk.holdSeconds() });
+        m_desk.holdSeconds(),
+        m_desk.secondTarget() });
     showHeld();
     m_tab.showRunning(m_desk.running());
     m_tab.showRoad(nimbara_i18n::tr(nameOf(m_desk.road())));

@@ -30,6 +30,7 @@ private:
     void showDelay();
     void connectHold();
     void showHeld();
+    void showNext(HoldRow &row, Target target);
     void openGlossary();
     void openPrices();
     void showCost();

@@ -17,18 +17,30 @@ namespace nimbara {
 
 namespace {
 
+constexpr int tickedMore = 6; ///< pixels
+
 QCheckBox *makeCheck(const char *spanish, const char *name)
 {
     return named(new QCheckBox(nimbara_i18n::tr(spanish)), name);
 }
 
-QComboBox *makeTargetList()
+QComboBox *makeTargetList(const char *name, const char *spanish)
 {
-    auto *list = named(new QComboBox, "target", nimbara_i18n::tr("Idioma de la traducción"));
+    auto *list = named(new QComboBox, name, nimbara_i18n::tr(spanish));
     list->setEditable(true);
     list->setInsertPolicy(QComboBox::NoInsert);
     list->addItems(languages::targets());
     list->lineEdit()->setPlaceholderText(nimbara_i18n::tr("Escribe cualquier idioma..."));
+    return list;
+}
+
+QComboBox *makeSecondList()
+{
+    QComboBox *list = makeTargetList("secondTarget", "Segundo idioma");
+    list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    list->setMinimumContentsLength(9); // its row is full
+    list->insertItem(0, nimbara_i18n::tr("Ninguno"));
+    list->setCurrentIndex(0);
     return list;
 }
 
@@ -56,7 +68,8 @@ TranslationTab::TranslationTab(QWidget *parent)
           "API key de OpenAI · se lee del almacén seguro al iniciar traducción"))
     , m_saveKey(makeCheck("Guardar en almacén seguro de este equipo", "saveApiKey"))
     , m_testKey(makeButton("Probar API key ahora", "testApiKey"))
-    , m_target(makeTargetList())
+    , m_target(makeTargetList("target", "Idioma de la traducción"))
+    , m_second(makeSecondList())
     , m_toSpanish(makeButton("Predica en INGLÉS → pantallas en español", "toSpanish"))
     , m_toEnglish(makeButton("Predica en ESPAÑOL → pantallas en inglés", "toEnglish"))
     , m_start(makeButton("Iniciar traducción", "startTranslation"))
@@ -76,6 +89,7 @@ TranslationTab::TranslationTab(QWidget *parent)
     , m_hold(makeHold())
     , m_clearNow(makeButton("Borrar ya", "clearNow"))
     , m_holdRow(new HoldRow)
+    , m_secondHoldRow(new HoldRow(QStringLiteral("second")))
     , m_status(named(makeNote("IA pausada · frases de 1,5 a 5 s + tiempo de API"), "aiStatus"))
     , m_road(named(new QLabel, "voiceRoad"))
     , m_delay(named(new QLabel, "captionDelay"))
@@ -103,6 +117,9 @@ TranslationTab::TranslationTab(QWidget *parent)
     showRunning(true);
     m_start->setMinimumWidth(std::max(narrow, m_start->sizeHint().width()));
     showRunning(false);
+    // The mark of a ticked box is wider than that of an empty one, which is reckoned with.
+    m_showSubtitles->ensurePolished();
+    m_showSubtitles->setMinimumWidth(m_showSubtitles->sizeHint().width() + tickedMore);
     showDelay({}, {}, false);
     connectControls();
 }
@@ -112,6 +129,7 @@ void TranslationTab::addRows(QGridLayout &grid)
     // Each row shares its width in its own way: in columns of the grid the longest caption of every
     // row would add up to more than a small screen has.
     QLabel *label = makeNote("Idioma de la traducción");
+    auto *secondLabel = new QLabel(nimbara_i18n::tr("Segundo idioma"));
     QLabel *holdLabel = makeNote("Retener subtítulos");
     auto *separatorNote
         = makeNote("Cómo se separan las frases en pantalla (cada pausa es una frase)");
@@ -119,10 +137,18 @@ void TranslationTab::addRows(QGridLayout &grid)
     for (const std::initializer_list<QWidget *> widgets :
         { std::initializer_list<QWidget *> { m_apiKey, m_saveKey, m_testKey },
             { label, m_target, m_toSpanish, m_toEnglish },
-            { m_voice, m_live, m_showSubtitles },
+            { m_voice, m_live, m_spokenOnAir },
             { separatorNote, m_separator, m_start, m_clear },
-            { m_glossary, m_prices, m_spokenOnAir, holdLabel, m_hold, m_clearNow },
-            { m_holdRow } }) {
+            { secondLabel,
+                m_second,
+                m_glossary,
+                m_prices,
+                holdLabel,
+                m_hold,
+                m_showSubtitles,
+                m_clearNow },
+            { m_holdRow },
+            { m_secondHoldRow } }) {
         auto *line = new QHBoxLayout;
         for (QWidget *widget : widgets) {
             line->addWidget(widget);
@@ -191,6 +217,9 @@ void TranslationTab::connectControls()
     connect(m_toEnglish, &QPushButton::clicked, this, &TranslationTab::englishPressed);
     connect(m_clear, &QPushButton::clicked, this, &TranslationTab::clearPressed);
     connect(m_target, &QComboBox::currentTextChanged, this, &TranslationTab::targetEdited);
+    connect(m_second, &QComboBox::currentTextChanged, this, [this] {
+        Q_EMIT secondEdited(chosenSecond());
+    });
     connect(m_saveKey, &QCheckBox::toggled, this, &TranslationTab::saveKeyChanged);
     connect(m_voice, &QCheckBox::toggled, this, &TranslationTab::voiceChanged);
     connect(m_live, &QCheckBox::toggled, this, &TranslationTab::liveModeChanged);
@@ -201,6 +230,13 @@ void TranslationTab::connectControls()
     connect(m_hold, &QSpinBox::valueChanged, this, &TranslationTab::holdChosen);
     connect(m_clearNow, &QPushButton::clicked, this, &TranslationTab::clearPressed);
     connect(m_separator, &QComboBox::currentIndexChanged, this, &TranslationTab::separatorChosen);
+}
+
+/// Without a text there is none, either.
+QString TranslationTab::chosenSecond() const
+{
+    const QString text = m_second->currentText().trimmed();
+    return text == m_second->itemText(0) ? QString() : text;
 }
 
 void TranslationTab::showSettings(const Settings &settings)
@@ -215,10 +251,15 @@ void TranslationTab::showSettings(const Settings &settings)
     check(m_showSubtitles, settings.subtitles);
     check(m_spokenOnAir, settings.spokenOnAir);
     const QSignalBlocker target(m_target);
+    const QSignalBlocker second(m_second);
     const QSignalBlocker separator(m_separator);
     const QSignalBlocker hold(m_hold);
     if (m_target->currentText().trimmed() != settings.target) { // blanks are typed on the way
         m_target->setCurrentText(settings.target);
+    }
+    if (chosenSecond() != settings.second) {
+        m_second->setCurrentText(
+            settings.second.isEmpty() ? m_second->itemText(0) : settings.second);
     }
     m_separator->setCurrentIndex(settings.separator);
     m_hold->setValue(settings.holdSeconds);

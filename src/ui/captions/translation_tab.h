@@ -34,6 +34,7 @@ public:
         int separator = 1;
         bool spokenOnAir = false;
         int holdSeconds = 0;
+        QString second; ///< another target; empty: none
     };
     /// Shows the settings without the signals of their controls.
     void showSettings(const Settings &settings);
@@ -53,6 +54,8 @@ public:
     void showHeard(const QString &text) { m_heard->setText(text); }
 
     [[nodiscard]] HoldRow *holdRow() const { return m_holdRow; }
+    /// That of the second language.
+    [[nodiscard]] HoldRow *secondHoldRow() const { return m_secondHoldRow; }
     [[nodiscard]] BibleGroup *bible() const { return m_bible; }
     /// The height at which nothing has to be scrolled.
     [[nodiscard]] int heightForWidth(int width) const override;
@@ -64,6 +67,7 @@ Q_SIGNALS:
     void spanishPressed(); ///< preached in English, shown in Spanish
     void englishPressed(); ///< preached in Spanish, shown in English
     void targetEdited(const QString &language);
+    void secondEdited(const QString &language); ///< empty: none
     void voiceChanged(bool on);
     void liveModeChanged(bool on);
     void separatorChosen(int entry);
@@ -81,11 +85,13 @@ private:
     [[nodiscard]] bool isWide(int width) const;
     void addRows(QGridLayout &grid);
     void connectControls();
+    [[nodiscard]] QString chosenSecond() const;
 
     QLineEdit *m_apiKey;
     QCheckBox *m_saveKey;
     QPushButton *m_testKey;
     QComboBox *m_target;
+    QComboBox *m_second;
     QPushButton *m_toSpanish;
     QPushButton *m_toEnglish;
     QPushButton *m_start;
@@ -100,6 +106,7 @@ private:
     QSpinBox *m_hold;
     QPushButton *m_clearNow;
     HoldRow *m_holdRow; ///< while anything is held, or may be
+    HoldRow *m_secondHoldRow;
     QLabel *m_status;
     QLabel *m_road; ///< the way that the voice takes; empty when it takes none
     QLabel *m_delay;

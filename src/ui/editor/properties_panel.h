@@ -117,6 +117,7 @@ private:
     QWidget *
     makeNumber(const char *spanish, const char *name, LayerField field, std::pair<int, int> range);
     QWidget *makeAlignment();
+    QWidget *makeCaptionLanguage();
     QWidget *makeColorButton(const char *spanish, const char *name, LayerField field, bool alpha);
     QWidget *makeCheck(const char *spanish, const char *name, LayerField field);
     /// A note that follows the layer.

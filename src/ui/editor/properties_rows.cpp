@@ -271,6 +271,7 @@ void PropertiesPanel::addStyleRows()
             true));
     addRow(isText, makeCheck("Sombra / contorno oscuro", "shadow", LayerField::Shadow));
     addRow(isText, "Alineación", makeAlignment());
+    addRow(isOneOf<LayerKind::Subtitle>, "Idioma de los subtítulos", makeCaptionLanguage());
     addVerseLook();
 }
 
@@ -340,6 +341,21 @@ QWidget *PropertiesPanel::makeAlignment()
         alignment->setCurrentIndex(static_cast<int>(horizontalAlign(layer.align)));
     });
     return alignment;
+}
+
+QWidget *PropertiesPanel::makeCaptionLanguage()
+{
+    auto *language = makeList({ "Primer idioma", "Segundo idioma (si lo hay)" },
+        "captionLanguage",
+        "Idioma de los subtítulos");
+    connect(language, &QComboBox::currentIndexChanged, this, [this](int index) {
+        Q_EMIT edited(m_shown, LayerField::Language, std::int32_t { index });
+    });
+    onRefresh([language](const Layer &layer) {
+        const QSignalBlocker blocker(language);
+        language->setCurrentIndex(layer.language);
+    });
+    return language;
 }
 
 void PropertiesPanel::addPictureRows()

@@ -1,0 +1,119 @@
+#include "studio/services/caption_screen.h"
+
+#include <algorithm>
+
+namespace nimbara {
+
+void CaptionScreen::setSeparator(CaptionSeparator separator)
+{
+    m_captions.setSeparator(separator);
+    m_reading.clear();
+    forgetUnshown();
+    changed();
+}
+
+QStringList CaptionScreen::phrases() const
+{
+    if (!isReading()) {
+        return m_captions.captionPhrases();
+    }
+    return m_reading.block().isEmpty() ? QStringList() : QStringList(m_reading.block());
+}
+
+void CaptionScreen::add(const Caption &caption)
+{
+    m_captions.addCaption(caption.text, m_clock.wallMs());
+    if (!isReading()) {
+        m_unshown.push_back(caption);
+        changed();
+        return;
+    }
+    if (m_reading.add(caption.text)) {
+        m_unshown.push_back(caption);
+    }
+    advanceReading();
+}
+
+void CaptionScreen::advance()
+{
+    if (m_captions.clearOld(m_clock.wallMs())) {
+        changed();
+    }
+    if (isReading()) {
+        advanceReading();
+    }
+}
+
+void CaptionScreen::advanceReading()
+{
+    const bool wasHurried = m_reading.isHurried();
+    if (m_reading.advance(nowMs())) {
+        changed();
+        blockShown(m_reading.block());
+    }
+    if (m_reading.isHurried() != wasHurried) {
+        paceChanged(!wasHurried);
+    }
+}
+
+qsizetype CaptionScreen::measureShown(bool isSeen)
+{
+    const auto waiting = static_cast<qsizetype>(m_unshown.size());
+    const Reading::Shown read = m_reading.takeShown();
+    tellBegun(isReading() ? read.begun : waiting - m_begun);
+    const qsizetype shown = isReading() ? std::min(read.ended, waiting) : waiting;
+    for (qsizetype i = 0; i < shown; ++i) {
+        PhraseTimes &times = m_unshown.front().times;
+        times.shown = m_clock.wallMs();
+        if (isSeen) {
+            m_delays.add(times);
+        }
+        m_unshown.pop_front();
+        m_begun = std::max<qsizetype>(m_begun - 1, 0);
+    }
+    return shown;
+}
+
+/// Some of so many more captions is shown.
+void CaptionScreen::tellBegun(qsizetype count)
+{
+    const auto waiting = static_cast<qsizetype>(m_unshown.size());
+    for (; count > 0 && m_begun < waiting; --count) {
+        captionShown(m_unshown.at(static_cast<std::size_t>(m_begun++)));
+    }
+}
+
+void CaptionScreen::forgetUnshown()
+{
+    m_unshown.clear();
+    m_begun = 0;
+    blockShown({});
+}
+
+void CaptionScreen::clear()
+{
+    m_captions.clear();
+    m_reading.clear();
+    forgetUnshown();
+    changed();
+}
+
+void CaptionScreen::begin()
+{
+    tellUnshown();
+    m_reading.clear();
+    forgetUnshown();
+}
+
+void CaptionScreen::tellUnshown()
+{
+    tellBegun(static_cast<qsizetype>(m_unshown.size()));
+    std::int64_t ms = nowMs();
+    while (m_reading.backlogMs() > 0) {
+        ms += Reading::lifetimeMs; // every block is read by then
+        m_reading.advance(ms);
+        blockShown(m_reading.block());
+    }
+}
+
+} // namespace nimbara

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "base/clock.h"
+#include "translation/pipeline/caption.h"
+#include "translation/pipeline/caption_text.h"
+#include "translation/pipeline/phrase_delay.h"
+#include "translation/pipeline/reading.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+
+namespace nimbara {
+
+/// The captions of one language on their way into the pictures: what is on screen, what waits to be
+/// read, and how late each comes. Interface thread only.
+class CaptionScreen {
+public:
+    explicit CaptionScreen(const Clock &clock)
+        : m_clock(clock)
+    {
+    }
+
+    /// What waits to be read is forgotten.
+    void setSeparator(CaptionSeparator separator);
+    [[nodiscard]] CaptionSeparator separator() const { return m_captions.separator(); }
+
+    void add(const Caption &caption);
+    /// Takes captions away that are too old, and shows the next block to be read. Call on each
+    /// frame, before its pictures.
+    void advance();
+    /// The pictures that are made now show what has been added since the last ones. Returns how
+    /// many captions are shown to their end by them; `isSeen`: their delay counts.
+    qsizetype measureShown(bool isSeen);
+
+    /// On screen now, oldest first; in easy reading its block alone.
+    [[nodiscard]] QStringList phrases() const;
+
+    void clear();
+    /// A run begins: what no picture will show of the one before was let go, and is told all the
+    /// same.
+    void begin();
+    void tellUnshown();
+
+    [[nodiscard]] DelayMeter &delays() { return m_delays; }
+    [[nodiscard]] const DelayMeter &delays() const { return m_delays; }
+
+    /// `phrases` has changed.
+    std::function<void()> changed = [] {};
+    /// The pictures that are made now are the first with the caption, or with its first word.
+    std::function<void(const Caption &caption)> captionShown = [](const Caption &) {};
+    /// In easy reading: they are the first with the block; empty: without any.
+    std::function<void(const QString &block)> blockShown = [](const QString &) {};
+    /// The pace of reading is raised, or is the usual one again.
+    std::function<void(bool isHurried)> paceChanged = [](bool) {};
+
+private:
+    void advanceReading();
+    void tellBegun(qsizetype count);
+    void forgetUnshown();
+    [[nodiscard]] bool isReading() const { return separator() == CaptionSeparator::Reading; }
+    [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
+
+    const Clock &m_clock;
+    CaptionText m_captions;
+    Reading m_reading;
+    std::deque<Caption> m_unshown; ///< those that no picture has shown to the end
+    qsizetype m_begun = 0; ///< of them, those of which some is shown
+    DelayMeter m_delays;
+};
+
+} // namespace nimbara

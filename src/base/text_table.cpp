@@ -15,7 +15,8 @@ const std::vector<TextPair> &textPairs()
                  verseTextPairs(),
                  deskTextPairs(),
                  transitionTextPairs(),
-                 bibleTextPairs() }) {
+                 bibleTextPairs(),
+                 startTextPairs() }) {
             joined.insert(joined.end(), more.begin(), more.end());
         }
         return joined;

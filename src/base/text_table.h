@@ -25,5 +25,6 @@ std::span<const TextPair> verseTextPairs();
 std::span<const TextPair> deskTextPairs();
 std::span<const TextPair> transitionTextPairs();
 std::span<const TextPair> bibleTextPairs();
+std::span<const TextPair> startTextPairs();
 
 } // namespace nimbara_i18n

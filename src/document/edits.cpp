@@ -5,6 +5,7 @@
 #include "base/secret_texts.h"
 #include "document/layer_geometry.h"
 #include "document/local_files.h"
+#include "document/text_styles.h"
 
 #include <QFileInfo>
 #include <QUrl>
@@ -161,7 +162,7 @@ struct Application {
             return scenes;
         }
         Scene scene = *scenes.of(place->set)[place->scene];
-        addTo(scene, edit.layer);
+        addTo(scene, withKnownStyle(scenes, edit.layer));
         return with(scenes, *place, std::move(scene));
     }
     SceneSets operator()(const DeleteLayer &edit) const
@@ -192,9 +193,11 @@ struct Application {
     }
     SceneSets operator()(const SetField &edit) const
     {
-        return changedLayer(scenes, edit.layer, [&edit](Scene &scene, std::size_t layer) {
-            setField(scene.layers[layer], edit.field, edit.value);
-        });
+        const SceneSets changed
+            = changedLayer(scenes, edit.layer, [&edit](Scene &scene, std::size_t layer) {
+                  setField(scene.layers[layer], edit.field, edit.value);
+              });
+        return isLook(edit.field) ? lookSpread(changed, edit.layer) : changed;
     }
     SceneSets operator()(const SetImage &edit) const
     {
@@ -231,6 +234,15 @@ struct Application {
         }
         return result;
     }
+    SceneSets operator()(const KeepStyle &edit) const
+    {
+        return styleKept(scenes, edit.layer, edit.name);
+    }
+    SceneSets operator()(const FollowStyle &edit) const
+    {
+        return styleFollowed(scenes, edit.layer, edit.name);
+    }
+    SceneSets operator()(const RemoveStyle &edit) const { return styleRemoved(scenes, edit.name); }
 };
 
 struct StepName {
@@ -248,6 +260,9 @@ struct StepName {
     const char *operator()(const SetImage &) const { return "Cambiar imagen"; }
     const char *operator()(const SetVerse &) const { return "Versículo"; }
     const char *operator()(const ReplaceFiles &) const { return "Buscar archivos"; }
+    const char *operator()(const KeepStyle &) const { return "Guardar estilo"; }
+    const char *operator()(const FollowStyle &) const { return "Estilo"; }
+    const char *operator()(const RemoveStyle &) const { return "Eliminar estilo"; }
 };
 
 struct Subject {
@@ -274,6 +289,9 @@ struct Subject {
     EditSubject operator()(const SetImage &edit) const { return { {}, { edit.layer }, {} }; }
     EditSubject operator()(const SetVerse &edit) const { return { {}, { edit.layer }, {} }; }
     EditSubject operator()(const ReplaceFiles &) const { return {}; }
+    EditSubject operator()(const KeepStyle &edit) const { return { {}, { edit.layer }, {} }; }
+    EditSubject operator()(const FollowStyle &edit) const { return { {}, { edit.layer }, {} }; }
+    EditSubject operator()(const RemoveStyle &) const { return {}; }
 };
 
 } // namespace

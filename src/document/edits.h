@@ -65,6 +65,8 @@ struct PlaceLayers {
     std::vector<LayerId> layers;
     std::int32_t place = 0;
 };
+/// A layer that follows a named style takes it and its other followers along, where the field
+/// belongs to the look.
 struct SetField {
     LayerId layer;
     LayerField field = LayerField::Name;
@@ -100,6 +102,19 @@ struct ReplaceFiles {
     QHash<QString, QString> files;
 };
 
+/// Named looks of text layers: see `styleKept`, `styleFollowed` and `styleRemoved`.
+struct KeepStyle {
+    LayerId layer;
+    QString name;
+};
+struct FollowStyle {
+    LayerId layer;
+    QString name; ///< empty: none
+};
+struct RemoveStyle {
+    QString name;
+};
+
 using Edit = std::variant<AddScene,
     RenameScene,
     DuplicateScene,
@@ -113,7 +128,10 @@ using Edit = std::variant<AddScene,
     SetField,
     SetImage,
     SetVerse,
-    ReplaceFiles>;
+    ReplaceFiles,
+    KeepStyle,
+    FollowStyle,
+    RemoveStyle>;
 
 /// The scenes after the edit; the very same ones when it changes nothing. Throws `Error` as above.
 SceneSets applied(const SceneSets &scenes, const Edit &edit);

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <array>
+#include <utility>
 
 namespace nimbara {
 
@@ -16,7 +17,7 @@ struct KindRow {
     const char *word;
     const char *name;
 };
-constexpr std::array<KindRow, 8> kindRows { {
+constexpr std::array<KindRow, 9> kindRows { {
     { "camera", "Cámara" },
     { "image", "Imagen" },
     { "text", "Texto" },
@@ -25,6 +26,7 @@ constexpr std::array<KindRow, 8> kindRows { {
     { "color", "Color" },
     { "verse", "Versículo" },
     { "subtitle", "Subtítulos (IA)" },
+    { "clock", "Reloj" },
 } };
 
 const KindRow *rowOf(LayerKind kind)
@@ -87,7 +89,8 @@ bool hasLatency(const Layer &layer)
 
 bool isText(LayerKind kind)
 {
-    return kind == LayerKind::Text || kind == LayerKind::Verse || kind == LayerKind::Subtitle;
+    return kind == LayerKind::Text || kind == LayerKind::Verse || kind == LayerKind::Subtitle
+        || kind == LayerKind::Clock;
 }
 
 HorizontalAlign horizontalAlign(std::int32_t bits)
@@ -140,15 +143,23 @@ Layer verseStyleOf(const Layer &layer)
     return styledAs(bare, layer);
 }
 
+Layer lookingAs(Layer layer, const Layer &look)
+{
+    layer.font = look.font;
+    layer.size = look.size;
+    layer.bold = look.bold;
+    layer.color = look.color;
+    layer.background = look.background;
+    layer.align = look.align;
+    layer.shadow = look.shadow;
+    layer.spacing = look.spacing;
+    layer.upperCase = look.upperCase;
+    return layer;
+}
+
 Layer styledAs(Layer layer, const Layer &style)
 {
-    layer.font = style.font;
-    layer.size = style.size;
-    layer.bold = style.bold;
-    layer.color = style.color;
-    layer.background = style.background;
-    layer.align = style.align;
-    layer.shadow = style.shadow;
+    layer = lookingAs(std::move(layer), style);
     layer.paged = style.paged;
     layer.smallest = style.smallest;
     layer.numbers = style.numbers;
@@ -181,6 +192,10 @@ Layer newLayer(LayerKind kind)
         layer.name = tr("Subtítulos (IA)");
         layer.size = 44;
         layer.background = QColor(0, 0, 0, 190);
+        break;
+    case LayerKind::Clock:
+        setBox(layer, 0.7, 0.05, 0.25, 0.14);
+        layer.size = 96;
         break;
     default:
         break;

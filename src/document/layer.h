@@ -20,18 +20,19 @@ enum class LayerKind : std::int32_t {
     Color = 5,
     Verse = 6,
     Subtitle = 7,
+    Clock = 8,
 };
 
 /// The kind of a project file's word; an unknown word is a camera.
 LayerKind kindFromWord(const QString &word);
-/// The word of a kind; a value outside 1..7 is "camera".
+/// The word of a kind; a value outside 1..8 is "camera".
 QString wordOfKind(LayerKind kind);
 /// The kind's name for the operator, translated; empty for an unknown value.
 QString displayName(LayerKind kind);
 
 /// Kinds whose box keeps its aspect and that may cover it: camera, image, video, screen.
 bool isPicture(LayerKind kind);
-/// Kinds with a text style: text, verse, subtitle.
+/// Kinds with a text style: text, verse, subtitle, clock.
 bool isText(LayerKind kind);
 
 /// Alignment bits of a layer, as project files hold them.
@@ -81,6 +82,15 @@ constexpr std::int32_t second = 1; ///< where the translation has one; else the 
 constexpr std::int32_t last = second;
 } // namespace caption_language
 
+/// What a clock layer tells, as project files hold it.
+namespace clock_shows {
+constexpr std::int32_t time = 0; ///< the time of day
+constexpr std::int32_t timeInSeconds = 1; ///< the same, with its seconds
+constexpr std::int32_t untilTime = 2; ///< what is left until a time of this day
+constexpr std::int32_t duration = 3; ///< what is left of a length that the operator starts
+constexpr std::int32_t last = duration;
+} // namespace clock_shows
+
 /// The operator's choice of alignment, numbered as the list shows it.
 enum class HorizontalAlign : std::int32_t { Left = 0, Centre = 1, Right = 2 };
 
@@ -106,6 +116,10 @@ struct Layer {
     static constexpr std::int32_t minLatency = 100;
     static constexpr std::int32_t maxLatency = 2000;
     static constexpr std::int32_t usualLatency = 200;
+    static constexpr std::int32_t minSpacing = 50;
+    static constexpr std::int32_t maxSpacing = 300;
+    static constexpr std::int32_t lastMinute = 24 * 60 - 1;
+    static constexpr std::int32_t longestSeconds = 24 * 60 * 60 - 1;
 
     LayerId id = LayerId::make(); ///< a copy keeps it; a second layer like this one needs another
     SourceId source = SourceId::make(); ///< what it plays; layers that share it play the same
@@ -119,7 +133,7 @@ struct Layer {
     double w = 1;
     double h = 1;
     QString path; ///< image file
-    QString text; ///< body text; of a subtitle layer, written for each frame
+    QString text; ///< body text; of a subtitle layer, written for each frame; clock: at its zero
     QString reference; ///< verse: the reference line; subtitle: the highlighted newest phrase
     QString font = QStringLiteral("Arial");
     std::int32_t size = 56; ///< pixels per 1080 lines of frame height, 8..400
@@ -128,6 +142,9 @@ struct Layer {
     QColor background = QColor(0, 0, 0, 150); ///< box behind the text; alpha 0: none
     std::int32_t align = align::horizontalCentre | align::verticalCentre;
     bool shadow = true;
+    std::int32_t spacing = 100; ///< of lines, in percent of the font's, 50..300
+    bool upperCase = false; ///< shown in capitals, whatever the text is written in
+    QString style; ///< the named style that it follows (`SceneSets::styles`); empty: none
     QString uri; ///< media location, as the operator gave it; camera: its device, a JSON object
     bool sound = true; ///< video: its sound is heard on the stream program
     std::int32_t latency = usualLatency; ///< video, see `hasLatency`: ms, 100..2000
@@ -144,6 +161,9 @@ struct Layer {
     std::int32_t arrangement = arrange::above; ///< of the two Bibles
     std::int32_t shows = shown_bibles::both; ///< of the two; nothing blank: see `shownVerse`
     std::int32_t language = caption_language::first; ///< subtitle
+    std::int32_t clockShows = clock_shows::time;
+    std::int32_t untilMinute = 10 * 60 + 30; ///< clock: of this day, 0..1439
+    std::int32_t duration = 5 * 60; ///< clock: in seconds, 1..86,399; `source` names what runs
 
     bool operator==(const Layer &) const = default;
 };
@@ -151,6 +171,9 @@ struct Layer {
 /// The verse layer with the texts that it shows, and all of them: what it does not show is emptied.
 /// One that would be blank gives way to the other.
 Layer shownVerse(Layer layer);
+
+/// The layer with the named style's look: letters, colours, box, alignment.
+Layer lookingAs(Layer layer, const Layer &look);
 
 /// The look of a verse layer, to be kept: without its texts, name and place.
 Layer verseStyleOf(const Layer &layer);

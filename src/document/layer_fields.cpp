@@ -22,7 +22,7 @@ struct FieldRow {
 
 const FieldRow &rowOf(LayerField field)
 {
-    static const std::array<FieldRow, 27> rows { {
+    static const std::array<FieldRow, 32> rows { {
         { LayerField::Name, "Cambiar nombre", &Layer::name },
         { LayerField::Visible, "Mostrar u ocultar", &Layer::visible },
         { LayerField::Opacity, "Opacidad", &Layer::opacity },
@@ -50,6 +50,11 @@ const FieldRow &rowOf(LayerField field)
         { LayerField::Locked, "Bloquear o desbloquear", &Layer::locked },
         { LayerField::Latency, "Latencia de la red", &Layer::latency },
         { LayerField::Language, "Idioma de los subtítulos", &Layer::language },
+        { LayerField::Spacing, "Interlineado", &Layer::spacing },
+        { LayerField::UpperCase, "Mayúsculas", &Layer::upperCase },
+        { LayerField::ClockShows, "Lo que muestra el reloj", &Layer::clockShows },
+        { LayerField::UntilMinute, "Hora final", &Layer::untilMinute },
+        { LayerField::Duration, "Duración", &Layer::duration },
     } };
     return rows.at(static_cast<std::size_t>(field));
 }
@@ -81,6 +86,24 @@ void setField(Layer &layer, LayerField field, const FieldValue &value)
             }
         },
         rowOf(field).member);
+}
+
+bool isLook(LayerField field)
+{
+    switch (field) {
+    case LayerField::Font:
+    case LayerField::Size:
+    case LayerField::Bold:
+    case LayerField::Color:
+    case LayerField::Background:
+    case LayerField::Align:
+    case LayerField::Shadow:
+    case LayerField::Spacing:
+    case LayerField::UpperCase:
+        return true;
+    default:
+        return false;
+    }
 }
 
 const char *stepName(LayerField field)

@@ -40,6 +40,11 @@ enum class LayerField : std::int32_t {
     Locked,
     Latency,
     Language,
+    Spacing,
+    UpperCase,
+    ClockShows,
+    UntilMinute,
+    Duration,
 };
 
 /// What such a field holds.
@@ -49,6 +54,9 @@ FieldValue fieldOf(const Layer &layer, LayerField field);
 
 /// Sets the field. A value of another type than the field's changes nothing.
 void setField(Layer &layer, LayerField field, const FieldValue &value);
+
+/// Whether the field belongs to what a named style sets (`lookingAs`).
+bool isLook(LayerField field);
 
 /// The field's name in the steps of undo: a key of the text table.
 const char *stepName(LayerField field);

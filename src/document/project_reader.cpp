@@ -3,6 +3,7 @@
 #include "document/layer_geometry.h"
 #include "document/media_paths.h"
 #include "document/project_file.h"
+#include "document/text_styles.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -11,6 +12,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <map>
 #include <optional>
 
 namespace nimbara {
@@ -22,7 +25,8 @@ namespace {
 /// No chapter has that many pages, whatever its box.
 constexpr std::int32_t maxPage = 9999;
 /// Objects and arrays of one file: the items, each scene's list, and room for what is unknown.
-constexpr std::size_t maxProjectContainers = 3 * maxProjectItems + 2 * Project::maxPassages;
+constexpr std::size_t maxProjectContainers
+    = 3 * maxProjectItems + 2 * Project::maxPassages + SceneSets::mostStyles;
 
 /// Reads the members of one object. What is missing or of another type takes the default.
 class Members {
@@ -111,6 +115,13 @@ void readVerse(Layer &layer, const Members &members)
     layer.shows = members.integer("shows", layer.shows, 0, shown_bibles::last);
 }
 
+void readClock(Layer &layer, const Members &members)
+{
+    layer.clockShows = members.integer("clock", layer.clockShows, 0, clock_shows::last);
+    layer.untilMinute = members.integer("untilMinute", layer.untilMinute, 0, Layer::lastMinute);
+    layer.duration = members.integer("duration", layer.duration, 1, Layer::longestSeconds);
+}
+
 Layer layerFrom(const QJsonValue &value, const QString &folder)
 {
     const Members members(value);
@@ -146,6 +157,10 @@ Layer layerFrom(const QJsonValue &value, const QString &folder)
     layer.page = members.integer("page", layer.page, 0, maxPage);
     readVerse(layer, members);
     layer.language = members.integer("language", layer.language, 0, caption_language::last);
+    layer.spacing = members.integer("spacing", layer.spacing, Layer::minSpacing, Layer::maxSpacing);
+    layer.upperCase = members.flag("upperCase", layer.upperCase);
+    layer.style = members.text("style");
+    readClock(layer, members);
     return layer;
 }
 
@@ -177,6 +192,19 @@ TransitionClip transitionClipFrom(const QJsonValue &value, const QString &folder
         members.integer("cutMs", TransitionClip::usualCutMs, 0, TransitionClip::latestCutMs) };
 }
 
+std::vector<TextStyle> stylesFrom(const QJsonArray &array)
+{
+    SceneSets known;
+    for (const auto &entry : array) {
+        const QString name = Members(entry).text("name").trimmed();
+        if (!name.isEmpty() && findStyle(known, name) == nullptr
+            && known.styles.size() < SceneSets::mostStyles) {
+            known.styles.push_back({ name, lookOf(layerFrom(entry, {})) });
+        }
+    }
+    return known.styles;
+}
+
 std::vector<KeptPassage> passagesFrom(const QJsonValue &value)
 {
     std::vector<KeptPassage> passages;
@@ -198,7 +226,22 @@ void claim(std::size_t &room, qsizetype items)
     room -= static_cast<std::size_t>(items);
 }
 
-Scenes scenesFrom(const QJsonValue &value, const QString &folder, std::size_t &room)
+/// What the layers of a file have in common.
+struct Common {
+    const SceneSets &styles;
+    std::map<std::int32_t, SourceId> countdowns {}; ///< by what the file calls them
+};
+
+/// Layers that shared a countdown share one again.
+void joinCountdown(Layer &layer, const Members &members, Common &common)
+{
+    const auto name = members.exact("countdown", 1, std::numeric_limits<std::int32_t>::max());
+    if (layer.kind == LayerKind::Clock && name) {
+        layer.source = common.countdowns.try_emplace(*name, layer.source).first->second;
+    }
+}
+
+Scenes scenesFrom(const QJsonValue &value, const QString &folder, Common &common, std::size_t &room)
 {
     const QJsonArray array = value.toArray();
     claim(room, array.size());
@@ -213,7 +256,8 @@ Scenes scenesFrom(const QJsonValue &value, const QString &folder, std::size_t &r
         scene.transition = transitionFrom(members.value("transition"));
         scene.layers.reserve(static_cast<std::size_t>(layers.size()));
         for (const auto &layer : layers) {
-            scene.layers.push_back(layerFrom(layer, folder));
+            scene.layers.push_back(withKnownStyle(common.styles, layerFrom(layer, folder)));
+            joinCountdown(scene.layers.back(), Members(layer), common);
         }
         scenes.push_back(std::make_shared<const Scene>(std::move(scene)));
     }
@@ -249,13 +293,14 @@ ScenePtr legacyScene(const Members &members)
 void readSets(Project &project, const Members &members, std::int32_t version, const QString &folder)
 {
     std::size_t room = maxProjectItems;
+    Common common { project.scenes };
     Scenes &streams = project.scenes.of(SceneSet::Streams);
     Scenes &hall = project.scenes.of(SceneSet::Hall);
     if (version == 1) {
         streams = { legacyScene(members) };
     } else {
-        streams = scenesFrom(members.value("scenes"), folder, room);
-        hall = scenesFrom(members.value("hall"), folder, room);
+        streams = scenesFrom(members.value("scenes"), folder, common, room);
+        hall = scenesFrom(members.value("hall"), folder, common, room);
     }
     for (const SceneSet set : bothSets) {
         if (project.scenes.of(set).empty()) {
@@ -333,6 +378,7 @@ Project fromJson(const QByteArray &json, const QString &folder)
     Project project;
     project.profile
         = members.flag("vertical", false) ? StreamProfile::Portrait : StreamProfile::Landscape;
+    project.scenes.styles = stylesFrom(members.value("styles").toArray());
     readSets(project, members, *version, folder);
     project.band = members.flag("band", false);
     project.title = cutText(members.text("title"), Project::maxTitle);

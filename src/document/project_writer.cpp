@@ -6,10 +6,32 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <map>
 
 namespace nimbara {
 
 namespace {
+
+/// Adds what is not as it is in a new layer.
+class Added {
+public:
+    Added(QJsonObject &object, const Layer &layer)
+        : m_object(object)
+        , m_layer(layer)
+    {
+    }
+    template <typename Value> void operator()(const char *key, Value Layer::*member) const
+    {
+        static const Layer plain;
+        if (m_layer.*member != plain.*member) {
+            m_object[QLatin1String(key)] = m_layer.*member;
+        }
+    }
+
+private:
+    QJsonObject &m_object;
+    const Layer &m_layer;
+};
 
 void addTextStyle(QJsonObject &object, const Layer &layer)
 {
@@ -22,17 +44,15 @@ void addTextStyle(QJsonObject &object, const Layer &layer)
     object[QLatin1String("background")] = layer.background.name(QColor::HexArgb);
     object[QLatin1String("align")] = layer.align;
     object[QLatin1String("shadow")] = layer.shadow;
+    const Added add(object, layer);
+    add("spacing", &Layer::spacing);
+    add("upperCase", &Layer::upperCase);
+    add("style", &Layer::style);
 }
 
-/// Adds what is not as it is in a new layer.
 void addVerse(QJsonObject &object, const Layer &layer)
 {
-    static const Layer plain;
-    const auto add = [&](const char *key, auto member) {
-        if (layer.*member != plain.*member) {
-            object[QLatin1String(key)] = layer.*member;
-        }
-    };
+    const Added add(object, layer);
     add("paged", &Layer::paged);
     add("smallest", &Layer::smallest);
     add("page", &Layer::page);
@@ -45,6 +65,37 @@ void addVerse(QJsonObject &object, const Layer &layer)
     add("shows", &Layer::shows);
 }
 
+/// The countdowns that several clock layers share, by what a file calls them.
+using SharedCountdowns = std::map<SourceId, int>;
+
+SharedCountdowns sharedCountdowns(const SceneSets &scenes)
+{
+    std::map<SourceId, int> users;
+    SharedCountdowns shared;
+    for (const SceneSet set : bothSets) {
+        for (const ScenePtr &scene : scenes.of(set)) {
+            for (const Layer &layer : scene->layers) {
+                if (layer.kind == LayerKind::Clock && ++users[layer.source] == 2) {
+                    shared.emplace(layer.source, static_cast<int>(shared.size()) + 1);
+                }
+            }
+        }
+    }
+    return shared;
+}
+
+void addClock(QJsonObject &object, const Layer &layer, const SharedCountdowns &shared)
+{
+    if (const auto found = shared.find(layer.source); found != shared.end()) {
+        object[QLatin1String("countdown")] = found->second;
+    }
+
+    const Added add(object, layer);
+    add("clock", &Layer::clockShows);
+    add("untilMinute", &Layer::untilMinute);
+    add("duration", &Layer::duration);
+}
+
 /// Adds the relative form of a local file, where there is one.
 void addRelative(QJsonObject &object, const char *key, const QString &relative)
 {
@@ -53,7 +104,7 @@ void addRelative(QJsonObject &object, const char *key, const QString &relative)
     }
 }
 
-QJsonObject layerObject(const Layer &layer, const QString &folder)
+QJsonObject layerObject(const Layer &layer, const QString &folder, const SharedCountdowns &shared)
 {
     QJsonObject object {
         { QStringLiteral("kind"), wordOfKind(layer.kind) },
@@ -73,6 +124,8 @@ QJsonObject layerObject(const Layer &layer, const QString &folder)
         addTextStyle(object, layer);
         if (layer.kind == LayerKind::Verse) {
             addVerse(object, layer);
+        } else if (layer.kind == LayerKind::Clock) {
+            addClock(object, layer, shared);
         } else if (layer.kind == LayerKind::Subtitle && layer.language != caption_language::first) {
             object[QLatin1String("language")] = layer.language;
         }
@@ -123,13 +176,13 @@ void addTransitions(QJsonObject &object, const Project &project, const QString &
     }
 }
 
-QJsonArray sceneArray(const Scenes &scenes, const QString &folder)
+QJsonArray sceneArray(const Scenes &scenes, const QString &folder, const SharedCountdowns &shared)
 {
     QJsonArray array;
     for (const ScenePtr &scene : scenes) {
         QJsonArray layers;
         for (const Layer &layer : scene->layers) {
-            layers.append(layerObject(layer, folder));
+            layers.append(layerObject(layer, folder, shared));
         }
         QJsonObject object { { QStringLiteral("name"), scene->name },
             { QStringLiteral("layers"), layers } };
@@ -174,19 +227,33 @@ void addVerses(QJsonObject &object, const Project &project)
     }
 }
 
+void addStyles(QJsonObject &object, const std::vector<TextStyle> &styles)
+{
+    QJsonArray array;
+    for (const TextStyle &style : styles) {
+        QJsonObject written { { QStringLiteral("name"), style.name } };
+        addTextStyle(written, style.look);
+        array.append(written);
+    }
+    if (!array.isEmpty()) {
+        object.insert(QStringLiteral("styles"), array);
+    }
+}
+
 } // namespace
 
 QByteArray toJson(const Project &project, const QString &folder)
 {
     const auto place
         = [&project](SceneSet set) { return static_cast<qint64>(project.currentPlace(set)); };
+    const SharedCountdowns shared = sharedCountdowns(project.scenes);
     QJsonObject object {
         { QStringLiteral("version"), 3 },
         { QStringLiteral("vertical"), project.profile == StreamProfile::Portrait },
         { QStringLiteral("current"), place(SceneSet::Streams) },
         { QStringLiteral("currentHall"), place(SceneSet::Hall) },
-        { QStringLiteral("scenes"), sceneArray(project.streams(), folder) },
-        { QStringLiteral("hall"), sceneArray(project.hall(), folder) },
+        { QStringLiteral("scenes"), sceneArray(project.streams(), folder, shared) },
+        { QStringLiteral("hall"), sceneArray(project.hall(), folder, shared) },
         { QStringLiteral("band"), project.band },
         { QStringLiteral("title"), project.title },
         { QStringLiteral("gain"), std::clamp(project.gain, 0, Project::maxGain) },
@@ -199,6 +266,7 @@ QByteArray toJson(const Project &project, const QString &folder)
     }
     addVerses(object, project);
     addTransitions(object, project, folder);
+    addStyles(object, project.scenes.styles);
     return QJsonDocument(object).toJson(QJsonDocument::Indented);
 }
 

@@ -88,6 +88,14 @@ const Layer *findLayer(const SceneSets &scenes, LayerId id)
     return place ? &scenes.of(place->set)[place->scene]->layers[place->layer] : nullptr;
 }
 
+const TextStyle *findStyle(const SceneSets &scenes, const QString &name)
+{
+    const auto found = std::find_if(scenes.styles.begin(),
+        scenes.styles.end(),
+        [&name](const TextStyle &style) { return style.name == name; });
+    return found == scenes.styles.end() ? nullptr : &*found;
+}
+
 Scene defaultScene(bool isHall)
 {
     if (isHall) {

@@ -40,9 +40,21 @@ enum class SceneSet : std::int32_t {
 };
 inline constexpr std::array bothSets { SceneSet::Streams, SceneSet::Hall };
 
-/// Both collections, as a value that shares its scenes. Equal when they hold the very same scenes.
+/// A look that several text layers of the project share.
+struct TextStyle {
+    QString name; ///< unique in its project
+    Layer look; ///< what `lookingAs` takes of it; without ids
+
+    bool operator==(const TextStyle &) const = default;
+};
+
+/// Both collections and the styles of their texts, as a value that shares its scenes. Equal when
+/// they hold the very same scenes.
 struct SceneSets {
+    static constexpr std::size_t mostStyles = 100;
+
     std::array<Scenes, 2> sets;
+    std::vector<TextStyle> styles; ///< by the time that they were made
 
     [[nodiscard]] Scenes &of(SceneSet set) { return sets.at(static_cast<std::size_t>(set)); }
     [[nodiscard]] const Scenes &of(SceneSet set) const
@@ -69,6 +81,9 @@ std::optional<ScenePlace> placeOf(const SceneSets &scenes, SceneId id);
 std::optional<LayerPlace> placeOf(const SceneSets &scenes, LayerId id);
 const Layer *findLayer(const Scene &scene, LayerId id);
 const Layer *findLayer(const SceneSets &scenes, LayerId id);
+
+/// The style of that name; none when there is none.
+const TextStyle *findStyle(const SceneSets &scenes, const QString &name);
 
 /// The scene that an empty set gets: a camera (streams), or background and subtitles (hall).
 Scene defaultScene(bool isHall);

@@ -104,13 +104,14 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_sources.screen(), &ScreenPortal::said, this, &Studio::status);
     m_verses.setKeys([this](const auto &receiver) { m_bibles.key().withKey(receiver); },
         [this](const auto &receiver) { m_translation.key().withKey(receiver); });
-    const auto callOffTakes = [this] {
+    const auto leaveProject = [this] {
+        m_stage.countdowns.clear();
         for (const SceneSet set : bothSets) {
             m_program.callOff(set); // it was of the project before
         }
     };
-    connect(&m_projects, &ProjectDesk::opened, this, callOffTakes);
-    connect(&m_projects, &ProjectDesk::recovered, this, callOffTakes);
+    connect(&m_projects, &ProjectDesk::opened, this, leaveProject);
+    connect(&m_projects, &ProjectDesk::recovered, this, leaveProject);
     connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
     connect(&m_streams, &StreamDesk::said, this, &Studio::status);
     connect(&m_streams, &StreamDesk::returned, &m_notices, &Notices::withdraw);
@@ -283,6 +284,7 @@ std::optional<Message> Studio::shutDown()
 
 Pictures Studio::composePictures(std::int64_t now)
 {
+    m_stage.clocks = m_stage.countdowns.reading();
     const CameraPicture camera = m_sources.cameraPicture();
     const LiveScene prepared = m_sources.live(m_stage.document.currentScene());
     m_sources.showOn({ { prepared, m_stage.previewFrame() },
@@ -300,7 +302,8 @@ Pictures Studio::composePictures(std::int64_t now)
         .size = m_stage.previewFrame(),
         .isHall = m_stage.document.editingHall(),
         .isPreview = true,
-        .captions = m_stage.captions };
+        .captions = m_stage.captions,
+        .clocks = m_stage.clocks };
     m_legibility.look(now, shown, pictures.preview, *m_stage.pager);
     composeLeft(camera);
     pictures.streams = m_stage.program.showStreams(pictures.streams, now);

@@ -126,6 +126,7 @@ public:
     }
     /// The congregation sees the hall program: the desktop must not sleep.
     void setHallShown(bool shown);
+    [[nodiscard]] bool isHallShown() const { return m_hallShown; }
     /// Before the program ends, after the last tick: calls off what waits for a key, ends the
     /// translation and finishes the recording; gives what the operator must know (`finishOutputs`).
     std::optional<Message> shutDown();

@@ -49,17 +49,19 @@ class EditsTest : public QObject {
 private Q_SLOTS:
     void kindsGoThroughTheirWords()
     {
-        const auto words = u"camera image text video screen color verse subtitle"_s.split(u' ');
+        const auto words
+            = u"camera image text video screen color verse subtitle clock"_s.split(u' ');
         const auto names
-            = u"Cámara,Imagen,Texto,Video,Pantalla,Color,Versículo,Subtítulos (IA)"_s.split(u',');
-        for (int i = 0; i < 8; ++i) {
+            = u"Cámara,Imagen,Texto,Video,Pantalla,Color,Versículo,Subtítulos (IA),Reloj"_s.split(
+                u',');
+        for (int i = 0; i < 9; ++i) {
             const auto kind = static_cast<LayerKind>(i);
             QCOMPARE(wordOfKind(kind), words[i]);
             QCOMPARE(kindFromWord(words[i]), kind);
             QCOMPARE(displayName(kind), names[i]);
         }
         QCOMPARE(kindFromWord(u"Camera "_s), LayerKind::Camera);
-        QCOMPARE(wordOfKind(static_cast<LayerKind>(8)), u"camera"_s);
+        QCOMPARE(wordOfKind(static_cast<LayerKind>(9)), u"camera"_s);
         QVERIFY(displayName(static_cast<LayerKind>(-1)).isEmpty());
     }
 
@@ -252,6 +254,61 @@ private Q_SLOTS:
         QVERIFY(applied(sets, SetVerse { id, u"v"_s, u"r"_s, {} }) == sets); // no verse layer
         QCOMPARE(with(LayerField::Smallest, std::int32_t { 70 }).smallest, 70);
         QCOMPARE(with(LayerField::Page, std::int32_t { 2 }).page, 2);
+    }
+
+    /// One that is changed, kept anew or removed reaches every layer that follows it, and no other.
+    void stylesReachWhatFollowsThem()
+    {
+        SceneSets sets = scenesOf(u"a,b,c"_s);
+        const Layer hall = newLayer(LayerKind::Clock);
+        sets.of(SceneSet::Hall) = { makeScene({}, { newLayer(LayerKind::Color), hall }) };
+        const auto id
+            = [&](std::size_t scene) { return sets.of(SceneSet::Streams)[scene]->layers[0].id; };
+        const auto apply = [&](const Edit &edit) { sets = applied(sets, edit); };
+        const auto sizes = [&] {
+            return std::tuple { findLayer(sets, id(0))->size,
+                findLayer(sets, id(1))->size,
+                findLayer(sets, hall.id)->size };
+        };
+        const auto look = [&](std::int32_t size) {
+            return SetField { id(0), LayerField::Size, size };
+        };
+        apply(look(80));
+        apply(KeepStyle { id(0), u"  Título "_s });
+        apply(FollowStyle { hall.id, u"Título"_s });
+        QCOMPARE(sizes(), std::tuple(80, 56, 80));
+        apply(look(90));
+        QCOMPARE(sizes(), std::tuple(90, 56, 90));
+        const ScenePtr other = sets.of(SceneSet::Streams)[2];
+        apply(SetField { hall.id, LayerField::Text, u"¡Ya!"_s }); // not its look
+        apply(FollowStyle { hall.id, {} });
+        apply(look(70));
+        QCOMPARE(sizes(), std::tuple(70, 56, 90));
+        apply(FollowStyle { id(1), u"Nada"_s });
+        apply(FollowStyle { sets.of(SceneSet::Hall)[0]->layers[0].id, u"Título"_s }); // a colour
+        QVERIFY(findLayer(sets, id(1))->style.isEmpty());
+        apply(FollowStyle { hall.id, u"Título"_s });
+        apply(KeepStyle { hall.id, u"Título"_s });
+        QCOMPARE(sets.styles.size(), 1U);
+        QVERIFY(sets.of(SceneSet::Streams)[2] == other); // the very same
+
+        Layer copy = *findLayer(sets, hall.id); // pasted later, into this project or another
+        copy.size = 33;
+        const auto pasted = [&copy](const SceneSets &into) {
+            copy.id = LayerId::make();
+            const SceneId scene = into.of(SceneSet::Streams)[0]->id;
+            return *findLayer(applied(into, AddLayer { scene, copy }), copy.id);
+        };
+        QCOMPARE(pasted(sets).size, 70);
+        QCOMPARE(pasted(scenesOf(u"x"_s)).size, 33);
+        QVERIFY(pasted(scenesOf(u"x"_s)).style.isEmpty());
+
+        apply(RemoveStyle { u"Título"_s });
+        QVERIFY(sets.styles.empty() && findLayer(sets, hall.id)->style.isEmpty());
+        QCOMPARE(sizes(), std::tuple(70, 56, 70));
+        sets.styles.resize(SceneSets::mostStyles);
+        QCOMPARE(refusal(sets, KeepStyle { hall.id, u"Otro"_s }),
+            u"El proyecto ya tiene demasiados estilos."_s);
     }
 
     void changedImageKeepsTheBox()

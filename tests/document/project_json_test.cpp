@@ -1,5 +1,6 @@
 #include "document/layer_geometry.h"
 #include "document/project_file.h"
+#include "document/text_styles.h"
 #include "support/contents.h"
 #include "support/error_of.h"
 #include "support/test_registry.h"
@@ -25,8 +26,8 @@ Project fullProject()
     project.videoKbits = 4500;
     project.terms = { { u"Halvenmoor"_s, {}, {} },
         { u"Santa Cena"_s, u"the Lord's Supper"_s, u"English"_s } };
-    std::array<Layer, 8> layers;
-    for (int kind = 0; kind < 8; ++kind) {
+    std::array<Layer, 9> layers;
+    for (int kind = 0; kind < 9; ++kind) {
         Layer &layer = layers.at(static_cast<std::size_t>(kind))
             = newLayer(static_cast<LayerKind>(kind));
         layer.name = u"capa %1"_s.arg(kind);
@@ -148,10 +149,17 @@ private Q_SLOTS:
     void writesTheKeysOfEachKind()
     {
         const auto style = u" align background bold color font reference shadow size text"_s;
-        const QStringList
-            extra { {}, u" path"_s, style, u" sound uri"_s, {}, u" fill"_s, style, style };
+        const QStringList extra { {},
+            u" path"_s,
+            style,
+            u" sound uri"_s,
+            {},
+            u" fill"_s,
+            style,
+            style,
+            u" countdown"_s + style };
         const QJsonObject json = QJsonDocument::fromJson(toJson(fullProject())).object();
-        for (int kind = 0; kind < 8; ++kind) {
+        for (int kind = 0; kind < 9; ++kind) {
             const auto layer = json["scenes"_L1][kind]["layers"_L1][0].toObject();
             auto keys = (u"cover h kind name opacity visible w x y"_s + extra[kind]).split(u' ');
             keys.sort();
@@ -170,7 +178,16 @@ private Q_SLOTS:
         verse.secondReference = u"John 3:16 · King James Version"_s;
         verse.arrangement = arrange::beside;
         verse.shows = shown_bibles::second;
+        verse.spacing = 130;
+        Layer clock = newLayer(LayerKind::Clock);
+        clock.clockShows = clock_shows::duration;
+        clock.upperCase = true;
+        clock.untilMinute = 0;
+        clock.duration = 3661;
+        clock.text = u"¡Ya!"_s;
+        clock.style = u"Reloj"_s;
         Project paged = newProject();
+        paged.scenes.styles = { { u"Reloj"_s, lookOf(clock) }, { u"Otro"_s, lookOf(verse) } };
         Layer camera = newLayer(LayerKind::Camera);
         camera.uri = uR"({"name":"Coro","twin":true})"_s;
         Layer network = newLayer(LayerKind::Video);
@@ -178,12 +195,14 @@ private Q_SLOTS:
         network.latency = 900;
         Layer subtitle = newLayer(LayerKind::Subtitle);
         subtitle.language = caption_language::second;
-        paged.scenes.of(SceneSet::Hall) = { makeScene({}, { verse, camera, network, subtitle }) };
+        paged.scenes.of(SceneSet::Hall)
+            = { makeScene({}, { verse, camera, network, subtitle, clock }) };
         paged.verseStyle = verseStyleOf(verse);
         paged.passages = { { u"Juan 3:16"_s, u"Porque de tal manera"_s }, { u"Salmos 23"_s, {} } };
         const Project read = fromJson(toJson(paged));
         QVERIFY(contents(read.hall()) == contents(paged.hall()));
         QVERIFY(read.verseStyle == paged.verseStyle);
+        QVERIFY(read.scenes.styles == paged.scenes.styles);
         QVERIFY(read.passages == paged.passages);
         QVERIFY(!QJsonDocument::fromJson(toJson(newProject())).object().contains(u"passages"));
     }
@@ -202,6 +221,39 @@ private Q_SLOTS:
         QVERIFY(contents(*odd.streams()[2])[0].layers
             == contents(*makeScene({}, { Layer() }))[0].layers);
         QVERIFY(contents(odd.hall()) == contents(project.hall()));
+    }
+
+    /// A style that is named twice, or not at all, and a layer that looks otherwise than its style.
+    void stylesAreReadAsOneEach()
+    {
+        const Project read = fromJson(R"({"version":3,"gain":1,
+            "styles":[{"name":" A ","size":70,"style":"B"},{"name":"A","size":71},{"name":""},7],
+            "scenes":[{"layers":[{"kind":"text","style":"A","size":9},
+                                 {"kind":"text","style":"B","size":9}]}]})");
+        QCOMPARE(read.scenes.styles.size(), 1U);
+        QCOMPARE(read.scenes.styles[0].name, u"A"_s);
+        QCOMPARE(read.scenes.styles[0].look.size, 70);
+        const std::vector<Layer> &layers = read.streams()[0]->layers;
+        QCOMPARE(layers[0].size, 70);
+        QCOMPARE(layers[1].size, 9);
+        QVERIFY(layers[1].style.isEmpty());
+    }
+
+    /// A countdown that was copied into the hall is started for both, also after the file is
+    /// opened.
+    void sharedCountdownsStayShared()
+    {
+        Layer shared = newLayer(LayerKind::Clock);
+        const Layer alone = newLayer(LayerKind::Clock);
+        Project project = newProject();
+        project.scenes.of(SceneSet::Streams) = { makeScene({}, { alone, shared }) };
+        shared.id = LayerId::make();
+        project.scenes.of(SceneSet::Hall) = { makeScene({}, { shared }) };
+        QCOMPARE(toJson(project).count("countdown"), 2);
+        const Project read = fromJson(toJson(project));
+        const std::vector<Layer> &streams = read.streams()[0]->layers;
+        QVERIFY(streams[1].source == read.hall()[0]->layers[0].source);
+        QVERIFY(streams[0].source != streams[1].source && streams[1].source != shared.source);
     }
 
     void transitionsAreWrittenWhereTheyAreChosen()
@@ -280,6 +332,15 @@ private Q_SLOTS:
             { R"({"device":{"path":"1","name":"A"}})",
                 [](auto &layer) { layer.uri = uR"({"name":"A","path":"1"})"_s; } },
             { R"({"device":"A","uri":"file:b"})", nothing },
+            { R"({"spacing":4,"upperCase":1,"style":"x","clock":9,"untilMinute":-3,"duration":0})",
+                [](auto &layer) {
+                    layer.spacing = 50, layer.clockShows = 3, layer.untilMinute = 0;
+                    layer.duration = 1;
+                } },
+            { R"({"spacing":1e9,"untilMinute":1440,"duration":1e12})",
+                [](auto &layer) {
+                    layer.spacing = 300, layer.untilMinute = 1439, layer.duration = 86'399;
+                } },
             { R"({"text":"t"})", [](auto &layer) { layer.text = u"t"_s; } },
         };
         const QByteArray start(R"({"version":3,"gain":100,"scenes":[{"layers":[)");

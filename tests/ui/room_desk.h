@@ -31,7 +31,7 @@ struct RoomDesk : Desk {
     /// For a layer of each kind, selected.
     void walkKinds(const std::function<void()> &look)
     {
-        for (int kind = 0; kind < 8; ++kind) {
+        for (int kind = 0; kind < 9; ++kind) {
             setLayers({ newLayer(static_cast<LayerKind>(kind)) });
             select(0);
             settle();

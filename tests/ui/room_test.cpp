@@ -82,6 +82,20 @@ private Q_SLOTS:
         }
     }
 
+    /// Rows that fold away leave their room to those that stay, also when the first steps close.
+    void aWindowThatGetsLowerKeepsItsButtons()
+    {
+        RoomDesk desk({ 1366, 900 });
+        RoomDesk::settle();
+        QVERIFY(desk.find<QWidget>("sceneTiles")->isVisible());
+        desk.window.resize(QSize(1366, 768) - QSize(0, bars));
+        QTRY_COMPARE(buttonsOutOfSight(desk.window), QString());
+        QVERIFY(!desk.find<QWidget>("sceneTiles")->isVisible());
+        desk.press("closeFirstSteps");
+        QTRY_VERIFY(desk.find<QWidget>("sceneTiles")->isVisible());
+        QTRY_COMPARE(buttonsOutOfSight(desk.window), QString());
+    }
+
     void monitorsTakeTheShapeOfTheirFrames()
     {
         RoomDesk desk({ 1366, 768 });
@@ -118,7 +132,7 @@ private Q_SLOTS:
             auto *splitter = desk.find<ShareSplitter>("deskSplitter");
             RoomDesk::settle();
             Q_EMIT splitter->splitterMoved(0, 1);
-            splitter->setSizes({ 300, 200 });
+            splitter->setSizes({ 340, 160 });
             shares = splitter->sizes();
             size = desk.window.size();
             desk.window.close();

@@ -15,6 +15,7 @@ namespace {
 struct TileDesk : Desk {
     TileDesk()
     {
+        find<QPushButton>("closeFirstSteps")->click(); // tiles give way to them
         window.resize(1366, 706);
         const SceneId first = document().currentScene()->id;
         document().apply(RenameScene { first, u"a"_s });

@@ -103,12 +103,14 @@ private Q_SLOTS:
 
     void panelHasTheRowsOfItsKind()
     {
-        const QString style = u" font textSize bold textColor backgroundColor shadow textAlign"_s;
+        const QString style
+            = u" font textSize lineSpacing bold upperCase textColor backgroundColor shadow textAlign "_s
+              u"textStyle"_s;
         const QString always
             = u" layerName positionX positionY positionW positionH align00 align22 "
               "opacity fitToFrame"_s;
         const QStringList all = (always + style
-            + u" verseReference findVerse layerText cover fillColor changeImage sound restartVideo layerCamera"_s)
+            + u" verseReference findVerse layerText cover fillColor changeImage sound restartVideo layerCamera clockShows"_s)
                                     .split(u' ', Qt::SkipEmptyParts);
         SceneDesk desk;
         const auto *panel = desk.find<QWidget>("properties");
@@ -119,7 +121,8 @@ private Q_SLOTS:
                  { LayerKind::Screen, u" cover"_s },
                  { LayerKind::Color, u" fillColor"_s },
                  { LayerKind::Verse, u" verseReference findVerse layerText"_s + style },
-                 { LayerKind::Subtitle, style } }) {
+                 { LayerKind::Subtitle, style },
+                 { LayerKind::Clock, u" clockShows"_s + style } }) {
             desk.only(kind);
             const QStringList expected = (always + own).split(u' ', Qt::SkipEmptyParts);
             for (const QString &name : all) {
@@ -176,6 +179,8 @@ private Q_SLOTS:
         wanted.size = 33;
         wanted.bold = !wanted.bold;
         wanted.shadow = !wanted.shadow;
+        wanted.upperCase = !wanted.upperCase;
+        wanted.spacing = 140;
         wanted.align = withHorizontalAlign(wanted.align, HorizontalAlign::Right);
         wanted.color = QColor(10, 200, 30);
         wanted.background = QColor(90, 0, 0, 77);
@@ -186,6 +191,8 @@ private Q_SLOTS:
         desk.find<QSpinBox>("textSize")->setValue(33);
         desk.find<QCheckBox>("bold")->click();
         desk.find<QCheckBox>("shadow")->click();
+        desk.find<QCheckBox>("upperCase")->click();
+        desk.find<QSpinBox>("lineSpacing")->setValue(140);
         desk.find<QComboBox>("textAlign")->setCurrentIndex(2);
         desk.dialogs->colors = { wanted.color, wanted.background };
         desk.press("textColor");

@@ -92,7 +92,7 @@ QString spanishShown()
 /// A layer of each kind in the scene, as an opened project would bring them.
 void addEveryKind(Desk &desk)
 {
-    for (int kind = 0; kind < 8; ++kind) {
+    for (int kind = 0; kind < 9; ++kind) {
         addLayer(desk.document(), newLayer(static_cast<LayerKind>(kind)));
     }
     desk.press("editHall"); // and back, which lists them

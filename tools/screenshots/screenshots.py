@@ -33,7 +33,7 @@ TABS = {
     "translation": ("Traducción IA y Biblia", "AI translation and Bible"),
 }
 # In the order of the menu.
-KINDS = ["camera", "image", "text", "video", "network", "screen", "color", "subtitles", "verse-source"]
+KINDS = ["camera", "image", "text", "video", "network", "screen", "color", "subtitles", "verse-source", "clock"]
 WINDOW = r"(^|— )Vesperline · Ardenvale\*?$"  # after what it streams and records, before unsaved changes
 
 

@@ -33,11 +33,14 @@ QImage Composer::compose(const Composition &composition)
     return canvas;
 }
 
-QImage
-renderScene(const Scene &scene, const LayerPictures &pictures, FrameSize size, PaintCache &cache)
+QImage renderScene(const Scene &scene,
+    const LayerPictures &pictures,
+    FrameSize size,
+    PaintCache &cache,
+    const ClockReading &clocks)
 {
     QImage canvas(size.width, size.height, QImage::Format_RGBX8888);
-    paint(canvas, describe(scene, pictures, size, cache.versePager()), cache);
+    paint(canvas, describe(scene, pictures, size, cache.versePager(), clocks), cache);
     return canvas;
 }
 

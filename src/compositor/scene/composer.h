@@ -1,6 +1,7 @@
 #pragma once
 
 #include "compositor/scene/captions.h"
+#include "compositor/scene/clock_text.h"
 #include "compositor/scene/draw_layer.h"
 #include "compositor/scene/paint_cache.h"
 #include "document/scene.h"
@@ -27,6 +28,7 @@ struct Composition {
     bool isHall = false; ///< hall target: automatic caption instead of the title band
     bool isPreview = false; ///< empty subtitle layers show a placeholder
     Captions captions;
+    ClockReading clocks {};
 };
 
 /// Composes one picture per frame: the scene's layers back to front, then the title band (streams)
@@ -47,7 +49,10 @@ private:
 };
 
 /// The scene's layers alone on opaque black, subtitle layers as they stand.
-QImage
-renderScene(const Scene &scene, const LayerPictures &pictures, FrameSize size, PaintCache &cache);
+QImage renderScene(const Scene &scene,
+    const LayerPictures &pictures,
+    FrameSize size,
+    PaintCache &cache,
+    const ClockReading &clocks = {});
 
 } // namespace nimbara

@@ -13,13 +13,29 @@ QRectF boxOf(const Layer &layer, FrameSize size)
     return pixelBox(QRectF(layer.x, layer.y, layer.w, layer.h), size);
 }
 
-DrawnLayer drawnFields(Layer layer, FramePtr picture, FrameSize size, VersePager &pager)
+/// Its picture stays the same one until it reads otherwise.
+void fillClock(Layer &layer, const ClockReading &clocks)
+{
+    static const Layer plain;
+    layer.text = clockText(layer, clocks);
+    layer.clockShows = plain.clockShows;
+    layer.untilMinute = plain.untilMinute;
+    layer.duration = plain.duration;
+}
+
+DrawnLayer drawnFields(Layer layer,
+    FramePtr picture,
+    FrameSize size,
+    VersePager &pager,
+    const ClockReading &clocks)
 {
     RaisedNumbers numbers;
     if (layer.kind == LayerKind::Verse) {
         const VersePages &pages = pager.pages(layer, size);
         numbers = pages.pages[pages.shown(layer)].numbers;
         layer = pageShown(layer, pages);
+    } else if (layer.kind == LayerKind::Clock) {
+        fillClock(layer, clocks);
     }
     layer.paged = false;
     layer.page = 0;
@@ -28,6 +44,7 @@ DrawnLayer drawnFields(Layer layer, FramePtr picture, FrameSize size, VersePager
     layer.source = {};
     layer.name.clear();
     layer.locked = false;
+    layer.style.clear();
     layer.path.clear();
     layer.uri.clear();
     layer.sound = true;
@@ -92,14 +109,18 @@ std::size_t lowestSeen(const Drawing &drawing, bool &covered)
 
 } // namespace
 
-Drawing
-describe(const Scene &scene, const LayerPictures &pictures, FrameSize size, VersePager &pager)
+Drawing describe(const Scene &scene,
+    const LayerPictures &pictures,
+    FrameSize size,
+    VersePager &pager,
+    const ClockReading &clocks)
 {
     Drawing drawing { size, {}, std::nullopt };
     for (std::size_t index = 0; index < scene.layers.size(); ++index) {
         const Layer &layer = scene.layers[index];
         if (layer.visible && layer.opacity > 0) {
-            drawing.layers.push_back(drawnFields(layer, pictureAt(pictures, index), size, pager));
+            drawing.layers.push_back(
+                drawnFields(layer, pictureAt(pictures, index), size, pager, clocks));
         }
     }
     return drawing;
@@ -109,7 +130,11 @@ Drawing describe(const Composition &composition, CaptionFit &fit, VersePager &pa
 {
     Drawing drawing { composition.size, {}, std::nullopt };
     if (composition.scene) {
-        drawing = describe(*composition.scene, composition.pictures, composition.size, pager);
+        drawing = describe(*composition.scene,
+            composition.pictures,
+            composition.size,
+            pager,
+            composition.clocks);
     }
     for (DrawnLayer &drawn : drawing.layers) {
         if (drawn.layer.kind == LayerKind::Subtitle) {

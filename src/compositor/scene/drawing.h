@@ -30,9 +30,13 @@ struct Composed {
     std::vector<SpritePtr> sprites;
 };
 
-/// The visible layers of the scene with their pictures of this moment, verses by their page.
-Drawing
-describe(const Scene &scene, const LayerPictures &pictures, FrameSize size, VersePager &pager);
+/// The visible layers of the scene with their pictures of this moment, verses by their page, clocks
+/// with what they read.
+Drawing describe(const Scene &scene,
+    const LayerPictures &pictures,
+    FrameSize size,
+    VersePager &pager,
+    const ClockReading &clocks);
 
 /// The whole composition, each place for captions filled with what it has room for. `fit` remembers
 /// what fits where.

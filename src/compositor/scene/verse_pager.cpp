@@ -36,6 +36,8 @@ Layer pagedFields(const Layer &layer)
     kept.font = layer.font;
     kept.size = layer.size;
     kept.bold = layer.bold;
+    kept.spacing = layer.spacing;
+    kept.upperCase = layer.upperCase;
     kept.paged = layer.paged;
     kept.smallest = layer.smallest;
     kept.numbers = layer.numbers;

@@ -116,7 +116,7 @@ VersePaging::Room VersePaging::room(std::int32_t size) const
 {
     const TextBlock places = block(size);
     const QRectF area = places.draws.front().area;
-    const std::int32_t all = linesIn(area.height(), places.font);
+    const std::int32_t all = linesIn(area.height(), places.font, m_layer.spacing);
     Room room;
     room.place = m_layer.referencePlace;
     std::int32_t left = all;

@@ -89,13 +89,14 @@ std::int32_t PageRuler::lines(std::int32_t most) const
     return std::min(lines, most + 1);
 }
 
-std::int32_t linesIn(double height, const QFont &font)
+std::int32_t linesIn(double height, const QFont &font, std::int32_t spacing)
 {
     const QFontMetricsF metrics(font);
     std::int32_t lines = 0;
-    double used = -metrics.leading();
+    const double leading = metrics.leading() + metrics.lineSpacing() * (spacing - 100) / 100;
+    double used = -leading;
     for (;;) {
-        used = std::ceil(used + metrics.leading()) + metrics.ascent() + metrics.descent();
+        used = std::ceil(used + leading) + metrics.ascent() + metrics.descent();
         if (used > height || metrics.height() <= 0) {
             return lines;
         }

@@ -65,7 +65,8 @@ private:
     double m_room;
 };
 
-/// How many whole lines fit one below the other in a height in pixels.
-std::int32_t linesIn(double height, const QFont &font);
+/// How many whole lines fit one below the other in a height in pixels. `spacing`: of lines, in
+/// percent of the font's.
+std::int32_t linesIn(double height, const QFont &font, std::int32_t spacing = 100);
 
 } // namespace nimbara

@@ -17,7 +17,13 @@ std::vector<TextInk> inkOf(const TextBlock &block, GlyphInk &glyphs)
     for (const TextDraw &draw : block.draws) {
         QRectF area = draw.area;
         if (draw.below && before != nullptr) {
-            area.setTop(area.top() + wrappedHeight(before->text, block.font, before->area.width()));
+            area.setTop(area.top()
+                + wrappedHeight(before->text,
+                    block.font,
+                    before->area.width(),
+                    before->raised,
+                    before->spacing)
+                + extraLeading(block.font, draw.spacing));
         }
         inks.emplace_back(draw, block.font, area, block.canvas, glyphs);
         before = &draw;

@@ -21,6 +21,7 @@ QFont layerFont(const Layer &layer, std::int32_t frameHeight)
     QFont font(layer.font);
     font.setPixelSize(std::max(frameHeight * layer.size / 1080, 4));
     font.setWeight(layer.bold ? QFont::Bold : QFont::Normal);
+    font.setCapitalization(layer.upperCase ? QFont::AllUppercase : QFont::MixedCase);
     return font;
 }
 
@@ -147,13 +148,17 @@ std::optional<TextBlock> layerText(const Layer &layer,
         return std::nullopt;
     }
     const QRectF area = textArea(box, 12, 8);
-    return TextBlock { canvas,
+    TextBlock block { canvas,
         layer.opacity,
         box,
         layer.background,
         layerFont(layer, frameHeight),
         layer.kind == LayerKind::Verse ? verseDraws(layer, area, frameHeight, numbers)
                                        : layerDraws(layer, area, frameHeight) };
+    for (TextDraw &draw : block.draws) {
+        draw.spacing = layer.spacing;
+    }
+    return block;
 }
 
 TextBlock titleBand(const QString &title, FrameSize canvas)

@@ -35,6 +35,7 @@ struct TextDraw {
     bool below = false; ///< the area starts below the wrapped text before it
     std::vector<RaisedSpan> raised {};
     TextPart part = TextPart::Whole; ///< what the passes draw
+    std::int32_t spacing = 100; ///< of lines, in percent of the font's
     bool operator==(const TextDraw &) const = default;
 };
 
@@ -57,9 +58,9 @@ struct RaisedNumbers {
     bool operator==(const RaisedNumbers &) const = default;
 };
 
-/// The text of a text, verse or subtitle layer; none when nothing of it is drawn. `box` in canvas
-/// pixels; `frameHeight`: the lines of the output frame, which scale the text. A verse layer's
-/// second text stands beside the first.
+/// The text of a text, verse, subtitle or clock layer; none when nothing of it is drawn. `box` in
+/// canvas pixels; `frameHeight`: the lines of the output frame, which scale the text. A verse
+/// layer's second text stands beside the first.
 std::optional<TextBlock> layerText(const Layer &layer,
     const QRectF &box,
     std::int32_t frameHeight,

@@ -35,7 +35,8 @@ TextInk::TextInk(const TextDraw &draw,
     GlyphInk &glyphs)
     : m_draw(&draw)
     , m_area(area)
-    , m_laid(layText(draw.text, font, area, { draw.alignment, draw.raised, draw.part }))
+    , m_laid(
+          layText(draw.text, font, area, { draw.alignment, draw.raised, draw.part, draw.spacing }))
 {
     for (const QGlyphRun &run : m_laid.runs) {
         (glyphs.isColoured(run.rawFont()) ? m_coloured : m_plain).push_back(run);

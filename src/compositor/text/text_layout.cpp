@@ -168,7 +168,10 @@ LaidText layText(const QString &text, const QFont &font, const QRectF &area, con
     setOptions(layout, alignment);
     setRaised(layout, form.raised);
     const QFontMetricsF metrics(painted);
-    const Extent extent = breakLines(layout, metrics.leading(), area.width(), area.height());
+    const Extent extent = breakLines(layout,
+        metrics.leading() + extraLeading(painted, form.spacing),
+        area.width(),
+        area.height());
     const double top = topOf(area, extent.height, alignment);
     for (int index = 0; index < layout.lineCount(); ++index) {
         QTextLine line = layout.lineAt(index);
@@ -191,7 +194,8 @@ LaidText layText(const QString &text, const QFont &font, const QRectF &area, con
 double wrappedHeight(const QString &text,
     const QFont &font,
     double width,
-    const std::vector<RaisedSpan> &raised)
+    const std::vector<RaisedSpan> &raised,
+    std::int32_t spacing)
 {
     if (text.isEmpty()) {
         return 0;
@@ -200,8 +204,13 @@ double wrappedHeight(const QString &text,
     QTextLayout layout(paintable(text), painted);
     setOptions(layout, align::left);
     setRaised(layout, raised);
-    return breakLines(layout, QFontMetricsF(painted).leading(), std::max(width, 0.0), endless)
-        .height;
+    const double leading = QFontMetricsF(painted).leading() + extraLeading(painted, spacing);
+    return breakLines(layout, leading, std::max(width, 0.0), endless).height;
+}
+
+double extraLeading(const QFont &font, std::int32_t spacing)
+{
+    return QFontMetricsF(canvasFont(font)).lineSpacing() * (spacing - 100) / 100;
 }
 
 } // namespace nimbara

@@ -26,6 +26,7 @@ struct TextForm {
     std::int32_t alignment = 0; ///< alignment bits of a layer
     std::vector<RaisedSpan> raised; ///< in order, none within another
     TextPart part = TextPart::Whole;
+    std::int32_t spacing = 100; ///< of lines, in percent of the font's
 };
 
 /// A word-wrapped text laid out in an area of the canvas, line by line and pixel by pixel where the
@@ -47,6 +48,11 @@ LaidText layText(const QString &text, const QFont &font, const QRectF &area, con
 double wrappedHeight(const QString &text,
     const QFont &font,
     double width,
-    const std::vector<RaisedSpan> &raised = {});
+    const std::vector<RaisedSpan> &raised = {},
+    std::int32_t spacing = 100);
+
+/// The pixels that such a spacing puts between two lines, beyond the font's own; below 0: they
+/// close up.
+double extraLeading(const QFont &font, std::int32_t spacing);
 
 } // namespace nimbara

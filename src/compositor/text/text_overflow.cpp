@@ -13,7 +13,7 @@ namespace {
 
 double heightOf(const TextDraw &draw, const QFont &font)
 {
-    return wrappedHeight(draw.text, font, draw.area.width(), draw.raised);
+    return wrappedHeight(draw.text, font, draw.area.width(), draw.raised, draw.spacing);
 }
 
 } // namespace
@@ -46,8 +46,9 @@ std::int32_t hiddenLines(const Layer &layer, FrameSize frame, const RaisedNumber
         missing = textHeight(*block) - room;
     }
     const double line = QFontMetricsF(block->font).lineSpacing();
+    const double pitch = line * layer.spacing / 100;
     // A few pixels of the last line's descent may reach below the box unseen.
-    return missing <= line / 4 ? 0 : static_cast<std::int32_t>(std::ceil(missing / line));
+    return missing <= line / 4 ? 0 : static_cast<std::int32_t>(std::ceil(missing / pitch));
 }
 
 double textHeight(const TextBlock &block)
@@ -55,6 +56,7 @@ double textHeight(const TextBlock &block)
     double used = 0;
     for (const TextDraw &draw : block.draws) {
         used += heightOf(draw, block.font);
+        used += draw.below ? extraLeading(block.font, draw.spacing) : 0;
     }
     return used;
 }

@@ -4,6 +4,7 @@
 #include "compositor/scene/program_state.h"
 #include "compositor/scene/verse_pager.h"
 #include "document/profile.h"
+#include "studio/edit/countdowns.h"
 #include "studio/edit/document.h"
 
 #include <cstdint>
@@ -12,17 +13,20 @@
 namespace nimbara {
 
 /// What stands on the operator's desk: the project being prepared, what is on air, and the captions
-/// that both show. Interface thread only.
+/// that both show, and how far the countdowns are. Interface thread only.
 struct Stage {
     Document document;
     ProgramState program;
     Captions captions;
     /// How verses are split, worked out once for the pictures and whoever steps through them.
     std::shared_ptr<VersePager> pager = std::make_shared<VersePager>();
+    Countdowns countdowns;
+    ClockReading clocks; ///< of the frame being made
     std::uint64_t sent = 0; ///< how often the operator sent a scene, or black, to a program
 
     explicit Stage(const Clock &clock)
         : document(clock)
+        , countdowns(clock)
     {
     }
     [[nodiscard]] FrameSize streamFrame() const { return streamSize(document.project().profile); }

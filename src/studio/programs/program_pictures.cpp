@@ -17,7 +17,8 @@ Composition streamComposition(const Stage &stage,
         stage.streamFrame(),
         false,
         false,
-        stage.captions };
+        stage.captions,
+        stage.clocks };
 }
 
 Composition hallComposition(const Stage &stage, const LiveScene &scene, const CameraPicture &camera)
@@ -29,7 +30,8 @@ Composition hallComposition(const Stage &stage, const LiveScene &scene, const Ca
         hallSize,
         true,
         false,
-        stage.captions };
+        stage.captions,
+        stage.clocks };
 }
 
 } // namespace
@@ -53,7 +55,8 @@ ProgramPictures::preview(const Stage &stage, const LiveScene &scene, const Camer
         stage.previewFrame(),
         stage.document.editingHall(),
         true,
-        stage.captions });
+        stage.captions,
+        stage.clocks });
 }
 
 QImage

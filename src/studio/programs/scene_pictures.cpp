@@ -9,6 +9,18 @@ namespace {
 
 using Weak = std::weak_ptr<const Frame>;
 
+/// Of the layers in sight.
+QStringList clocksOf(const Scene &scene, const ClockReading &reading)
+{
+    QStringList texts;
+    for (const Layer &layer : scene.layers) {
+        if (layer.kind == LayerKind::Clock && layer.visible) {
+            texts << clockText(layer, reading);
+        }
+    }
+    return texts;
+}
+
 bool isOnePicture(const Weak &a, const Weak &b)
 {
     return !a.owner_before(b) && !b.owner_before(a);
@@ -76,17 +88,18 @@ void ScenePictures::look(const ScenePtr &scene, FrameSize size, std::int64_t now
 {
     const LayerPictures pictures = m_sources.live(scene).pictures(m_sources.cameraPicture());
     std::vector<Weak> held(pictures.begin(), pictures.end());
+    QStringList clocks = clocksOf(*scene, m_stage.clocks);
     Made &last = m_made[scene->id];
-    const bool stands = last.scene == scene && last.size == size
+    const bool stands = last.scene == scene && last.size == size && last.clocks == clocks
         && std::equal(held.begin(),
             held.end(),
             last.pictures.begin(),
             last.pictures.end(),
             isOnePicture);
-    last = { scene, size, std::move(held), nowUs };
+    last = { scene, size, std::move(held), std::move(clocks), nowUs };
     if (!stands) {
         m_cache.age();
-        Q_EMIT made(scene->id, renderScene(*scene, pictures, size, m_cache));
+        Q_EMIT made(scene->id, renderScene(*scene, pictures, size, m_cache, m_stage.clocks));
     }
     const SceneSets &scenes = m_stage.document.scenes();
     std::erase_if(m_made, [&scenes](const auto &each) { return !placeOf(scenes, each.first); });

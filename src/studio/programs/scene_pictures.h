@@ -6,6 +6,7 @@
 
 #include <QImage>
 #include <QObject>
+#include <QStringList>
 
 #include <cstdint>
 #include <map>
@@ -49,6 +50,7 @@ private:
         ScenePtr scene;
         FrameSize size;
         std::vector<std::weak_ptr<const Frame>> pictures; ///< weak: a frame is large
+        QStringList clocks; ///< what its clock layers read
         std::int64_t lookedUs = 0;
     };
 

@@ -34,7 +34,7 @@ QString label(const char *spanish)
     return nimbara_i18n::tr(spanish);
 }
 
-constexpr int columnWidth = 350; ///< pixels that a column of rows needs
+constexpr int columnWidth = 370; ///< pixels that a column of rows needs
 
 } // namespace
 
@@ -48,7 +48,7 @@ PropertiesPanel::PropertiesPanel(QWidget *parent)
     setFocusPolicy(Qt::NoFocus); // it scrolls to what has the keyboard
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setMinimumWidth(346);
+    setMinimumWidth(386);
 }
 
 void PropertiesPanel::showCameras(const DeviceLists &devices)
@@ -177,7 +177,7 @@ bool PropertiesPanel::eventFilter(QObject *watched, QEvent *event)
 void PropertiesPanel::build()
 {
     auto *content = new QWidget;
-    content->setMinimumWidth(330);
+    content->setMinimumWidth(370);
     auto *column = new QVBoxLayout(content);
     column->setContentsMargins(0, 0, 8, 0);
     m_empty = makeNote(label("Selecciona una fuente en la lista o en Preparación."));
@@ -198,6 +198,7 @@ void PropertiesPanel::buildRows()
     addVerseRows();
     addTroubleNote();
     addTextRows();
+    addClockRows();
     addStyleRows();
     addPictureRows();
     for (QWidget *field : owner->findChildren<QWidget *>()) {

@@ -16,6 +16,8 @@ class QFormLayout;
 class QKeyEvent;
 class QLabel;
 class QLineEdit;
+class QPushButton;
+class QSpinBox;
 
 namespace nimbara {
 
@@ -35,6 +37,10 @@ public:
     /// outline or box would mend it. Never empty.
     std::function<QString(LayerId)> troubleOf = [](LayerId) { return QString(); };
     std::function<bool(LayerId)> canMend = [](LayerId) { return false; };
+    /// Whether the layer's countdown moves now, and the names of the project's text styles, asked
+    /// at each `refresh`. Never empty.
+    std::function<bool(const Layer &)> isRunning = [](const Layer &) { return false; };
+    std::function<QStringList()> styleNames = [] { return QStringList(); };
 
     /// Shows the layer, or that none is selected.
     void showLayer(const Layer *layer);
@@ -79,6 +85,14 @@ Q_SIGNALS:
     void secondBibleWanted(nimbara::LayerId layer, const QString &bible);
     /// New verses shall look as this one.
     void verseStyleKept(nimbara::LayerId layer);
+    /// The text shall follow a style of the project, or none; its look shall be kept as one; the
+    /// style shall go.
+    void styleChosen(nimbara::LayerId layer, const QString &name);
+    void styleKeepWanted(nimbara::LayerId layer);
+    void styleRemoved(const QString &name);
+    /// Start or pause the layer's countdown, or put it back.
+    void countdownToggled(nimbara::LayerId layer);
+    void countdownReset(nimbara::LayerId layer);
 
 private:
     using Refresher = std::function<void(const Layer &)>;
@@ -104,6 +118,7 @@ private:
     void addStyleRows();
     void addVerseRows();
     void addVerseLook();
+    void addClockRows();
     void addTroubleNote();
     void showInPlace(QWidget *note, bool shown);
     void addPictureRows();
@@ -114,7 +129,10 @@ private:
     QWidget *makeOpacity();
     QWidget *makeAlignmentGrid();
     QWidget *makeFontList();
-    QWidget *
+    QPushButton *makeStyle();
+    QWidget *makeSizes();
+    QWidget *makeLetters();
+    QSpinBox *
     makeNumber(const char *spanish, const char *name, LayerField field, std::pair<int, int> range);
     QWidget *makeAlignment();
     QWidget *makeCaptionLanguage();

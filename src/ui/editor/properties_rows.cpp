@@ -2,9 +2,11 @@
 #include "document/layer_geometry.h"
 #include "media/sources/platform_elements.h"
 #include "ui/editor/camera_row.h"
+#include "ui/editor/clock_rows.h"
 #include "ui/editor/color_button.h"
 #include "ui/editor/position_row.h"
 #include "ui/editor/properties_panel.h"
+#include "ui/editor/style_button.h"
 #include "ui/editor/verse_field.h"
 #include "ui/editor/verse_rows.h"
 #include "ui/kit/controls.h"
@@ -76,11 +78,28 @@ QWidget *PropertiesPanel::makeHeading()
     onRefresh([title](const Layer &layer) {
         title->setText(QStringLiteral("<b>") + displayName(layer.kind) + QStringLiteral("</b>"));
     });
+    QPushButton *style = makeStyle();
     auto *fit = makeButton("Ajustar a pantalla completa", "fitToFrame");
     connect(fit, &QPushButton::clicked, this, [this] { Q_EMIT fitPressed(m_shown); });
     row->addWidget(title, 1);
+    row->addWidget(style);
     row->addWidget(fit);
     return heading;
+}
+
+QPushButton *PropertiesPanel::makeStyle()
+{
+    auto *style = new StyleButton;
+    connect(style, &StyleButton::chosen, this, [this](const QString &name) {
+        Q_EMIT styleChosen(m_shown, name);
+    });
+    connect(style, &StyleButton::keepPressed, this, [this] { Q_EMIT styleKeepWanted(m_shown); });
+    connect(style, &StyleButton::removePressed, this, &PropertiesPanel::styleRemoved);
+    onRefresh([this, style](const Layer &layer) {
+        style->setVisible(isText(layer.kind));
+        style->showStyles(styleNames(), layer.style);
+    });
+    return style;
 }
 
 QWidget *PropertiesPanel::makePosition()
@@ -248,9 +267,7 @@ void PropertiesPanel::addStyleRows()
 {
     constexpr Kinds verse = isOneOf<LayerKind::Verse>;
     addRow(isText, "Tipo de letra", makeFontList());
-    addRow(isText,
-        "Tamaño",
-        makeNumber("Tamaño", "textSize", LayerField::Size, { Layer::minSize, Layer::maxSize }));
+    addRow(isText, "Tamaño", makeSizes());
     addRow(verse,
         makeCheck("Achicar y dividir en páginas lo que no cabe", "paged", LayerField::Paged));
     addRow(verse,
@@ -259,7 +276,7 @@ void PropertiesPanel::addStyleRows()
             "smallestSize",
             LayerField::Smallest,
             { Layer::minSmallest, 100 }));
-    addRow(isText, makeCheck("Negrita", "bold", LayerField::Bold));
+    addRow(isText, makeLetters());
     addRow(isText,
         "Color del texto",
         makeColorButton("Color del texto", "textColor", LayerField::Color, false));
@@ -273,6 +290,48 @@ void PropertiesPanel::addStyleRows()
     addRow(isText, "Alineación", makeAlignment());
     addRow(isOneOf<LayerKind::Subtitle>, "Idioma de los subtítulos", makeCaptionLanguage());
     addVerseLook();
+}
+
+/// What the second number is stands in it: there is no room for another label.
+QWidget *PropertiesPanel::makeSizes()
+{
+    auto *owner = new QWidget;
+    auto *row = new QHBoxLayout(owner);
+    row->setContentsMargins(0, 0, 0, 0);
+    QSpinBox *spacing = makeNumber("Interlineado (%)",
+        "lineSpacing",
+        LayerField::Spacing,
+        { Layer::minSpacing, Layer::maxSpacing });
+    spacing->setPrefix(label("Líneas") + QLatin1Char(' '));
+    spacing->setSuffix(QStringLiteral(" %"));
+    spacing->setSingleStep(5);
+    spacing->setToolTip(label("Interlineado (%)"));
+    row->addWidget(
+        makeNumber("Tamaño", "textSize", LayerField::Size, { Layer::minSize, Layer::maxSize }),
+        1);
+    row->addWidget(spacing, 1);
+    return owner;
+}
+
+QWidget *PropertiesPanel::makeLetters()
+{
+    auto *owner = new QWidget;
+    auto *row = new QHBoxLayout(owner);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(makeCheck("Negrita", "bold", LayerField::Bold), 2);
+    row->addWidget(makeCheck("Todo en mayúsculas", "upperCase", LayerField::UpperCase), 3);
+    return owner;
+}
+
+void PropertiesPanel::addClockRows()
+{
+    auto *rows = new ClockRows(*formOf(isOneOf<LayerKind::Clock>), this);
+    connect(rows, &ClockRows::edited, this, [this](LayerField field, const FieldValue &value) {
+        Q_EMIT edited(m_shown, field, value);
+    });
+    connect(rows, &ClockRows::togglePressed, this, [this] { Q_EMIT countdownToggled(m_shown); });
+    connect(rows, &ClockRows::resetPressed, this, [this] { Q_EMIT countdownReset(m_shown); });
+    onRefresh([this, rows](const Layer &layer) { rows->refresh(layer, isRunning(layer)); });
 }
 
 void PropertiesPanel::addVerseLook()
@@ -305,7 +364,7 @@ QWidget *PropertiesPanel::makeFontList()
     return font;
 }
 
-QWidget *PropertiesPanel::makeNumber(const char *spanish,
+QSpinBox *PropertiesPanel::makeNumber(const char *spanish,
     const char *name,
     LayerField field,
     std::pair<int, int> range)

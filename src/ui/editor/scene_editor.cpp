@@ -37,6 +37,8 @@ SceneEditor::SceneEditor(Studio &studio, Dialogs &dialogs, const ErrorGuard &gua
     connectPanelQuestions();
     connectLogins();
     connectScreen();
+    connectStyles();
+    connectCountdowns();
     connectImages();
     connect(&document(), &Document::changed, this, &SceneEditor::follow);
 }
@@ -69,6 +71,7 @@ void SceneEditor::connectTab()
     connect(tab, &SceneTab::newScenePressed, this, guarded(&SceneEditor::askNewScene));
     connect(tab, &SceneTab::renameScenePressed, this, guarded(&SceneEditor::askRenameScene));
     connect(tab, &SceneTab::deleteScenePressed, this, guarded(&SceneEditor::askDeleteScene));
+    connect(tab, &SceneTab::templateChosen, this, &SceneEditor::addTemplate);
     connect(tab, &SceneTab::duplicateScenePressed, this, [this] {
         document().apply(DuplicateScene { scene().id });
     });
@@ -186,6 +189,56 @@ void SceneEditor::connectPanelQuestions()
         this,
         [this](LayerId layer) { m_guard.run([&] { askImage(layer); }); },
         Qt::QueuedConnection);
+}
+
+void SceneEditor::connectStyles()
+{
+    PropertiesPanel *panel = m_views.tab.properties();
+    panel->styleNames = [this] {
+        QStringList names;
+        for (const TextStyle &style : document().scenes().styles) {
+            names << style.name;
+        }
+        return names;
+    };
+    connect(panel, &PropertiesPanel::styleChosen, this, [this](LayerId layer, const QString &name) {
+        document().apply(FollowStyle { layer, name });
+    });
+    connect(
+        panel,
+        &PropertiesPanel::styleKeepWanted,
+        this,
+        [this](LayerId layer) { m_guard.run([&] { askStyle(layer); }); },
+        Qt::QueuedConnection);
+    connect(panel, &PropertiesPanel::styleRemoved, this, [this](const QString &name) {
+        document().apply(RemoveStyle { name });
+        showProperties();
+    });
+}
+
+void SceneEditor::connectCountdowns()
+{
+    PropertiesPanel *panel = m_views.tab.properties();
+    Countdowns &countdowns = m_studio.stage().countdowns;
+    panel->isRunning = [&countdowns](const Layer &layer) { return countdowns.isRunning(layer); };
+    const auto change = [this, panel](LayerId id, auto step) {
+        if (const Layer *layer = findLayer(document().scenes(), id)) {
+            step(*layer);
+            panel->refresh(*layer);
+        }
+    };
+    connect(panel, &PropertiesPanel::countdownToggled, this, [change, &countdowns](LayerId id) {
+        change(id, [&countdowns](const Layer &layer) { countdowns.toggle(layer); });
+    });
+    connect(panel, &PropertiesPanel::countdownReset, this, [change, &countdowns](LayerId id) {
+        change(id, [&countdowns](const Layer &layer) { countdowns.reset(layer.source); });
+    });
+    connect(&m_studio, &Studio::healthMeasured, this, [this, panel] { // it may have run out
+        const Layer *layer = findLayer(scene(), selected());
+        if (layer != nullptr && layer->kind == LayerKind::Clock) {
+            panel->refresh(*layer);
+        }
+    });
 }
 
 void SceneEditor::connectImages()
@@ -333,6 +386,17 @@ void SceneEditor::askNewScene()
     document().apply(AddScene { set, std::move(made) });
 }
 
+void SceneEditor::addTemplate(SceneTemplate which)
+{
+    const SceneSet set = document().editing();
+    document().apply(AddScene { set,
+        templateScene(which,
+            document().scenes(),
+            set,
+            m_studio.stage().previewFrame(),
+            document().project().verseStyle) });
+}
+
 void SceneEditor::askRenameScene()
 {
     const SceneId asked = scene().id;
@@ -373,6 +437,8 @@ void SceneEditor::addSource(SourceEntry entry)
         return addLayer(LayerKind::Color);
     case SourceEntry::Verse:
         return addLayer(LayerKind::Verse);
+    case SourceEntry::Clock:
+        return addLayer(LayerKind::Clock);
     }
 }
 
@@ -440,6 +506,19 @@ void SceneEditor::askColor(LayerId id, LayerField field, bool withAlpha)
     const auto current = std::get<QColor>(fieldOf(*layer, field));
     if (const auto chosen = m_dialogs.color(current, withAlpha)) {
         document().apply(SetField { id, field, *chosen });
+    }
+}
+
+void SceneEditor::askStyle(LayerId id)
+{
+    const Layer *layer = findLayer(document().scenes(), id);
+    if (layer == nullptr) {
+        return;
+    }
+    const QString proposed = layer->style.isEmpty() ? layer->name : layer->style;
+    if (const auto name
+        = m_dialogs.text(label("Guardar como estilo..."), label("Nombre"), proposed)) {
+        document().apply(KeepStyle { id, *name });
     }
 }
 

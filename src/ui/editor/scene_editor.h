@@ -59,6 +59,8 @@ private:
     void connectPanelQuestions();
     void connectLogins();
     void connectScreen();
+    void connectStyles();
+    void connectCountdowns();
     void connectImages();
 
     void follow(const Change &change);
@@ -73,10 +75,12 @@ private:
     void addLayer(LayerKind kind);
     void addSubtitles();
     void askNewScene();
+    void addTemplate(SceneTemplate which);
     void askRenameScene();
     void askDeleteScene();
     void fitToFrame(LayerId layer);
     void askColor(LayerId layer, LayerField field, bool withAlpha);
+    void askStyle(LayerId layer);
     void askImage(LayerId layer);
 
     [[nodiscard]] Document &document() const { return m_studio.document(); }

@@ -62,7 +62,7 @@ QWidget *SceneTab::makeSceneColumn()
               return button;
           };
 
-    column->addWidget(new QLabel(nimbara_i18n::tr("Escenas")));
+    column->addLayout(makeHeading());
     auto *scenes = new QHBoxLayout;
     addButton(scenes, "+ Escena", "newScene", &SceneTab::newScenePressed);
     addButton(scenes, "Renombrar", "renameScene", &SceneTab::renameScenePressed);
@@ -109,6 +109,21 @@ QWidget *SceneTab::makeSceneColumn()
     return owner;
 }
 
+/// Beside the heading, where no other button needs the width.
+QHBoxLayout *SceneTab::makeHeading()
+{
+    m_templates = new QPushButton(nimbara_i18n::tr("Escenas para empezar"));
+    m_templates->setObjectName(QStringLiteral("sceneTemplates"));
+    m_templates->setStyleSheet(QStringLiteral("padding: 3px 10px;"));
+    m_templates->setMinimumHeight(26);
+    m_templates->setMenu(makeTemplateMenu());
+    auto *row = new QHBoxLayout;
+    row->addWidget(new QLabel(nimbara_i18n::tr("Escenas")));
+    row->addStretch();
+    row->addWidget(m_templates);
+    return row;
+}
+
 QMenu *SceneTab::makeSourceMenu()
 {
     static constexpr std::array entries { "Cámara / capturadora",
@@ -119,7 +134,8 @@ QMenu *SceneTab::makeSourceMenu()
         "Captura de pantalla",
         "Color sólido",
         "Subtítulos (IA): posición y estilo",
-        "Versículo bíblico" };
+        "Versículo bíblico",
+        "Reloj o cuenta atrás" };
     auto *menu = new QMenu(this);
     for (std::size_t place = 0; place < entries.size(); ++place) {
         QAction *entry = menu->addAction(nimbara_i18n::tr(entries.at(place)), this, [this, place] {
@@ -137,6 +153,17 @@ void SceneTab::showScreenTrouble(const QString &reason)
     const QString name = nimbara_i18n::tr("Captura de pantalla");
     m_screenEntry->setText(reason.isEmpty() ? name : name + QStringLiteral(": ") + reason);
     m_screenEntry->setEnabled(reason.isEmpty());
+}
+
+QMenu *SceneTab::makeTemplateMenu()
+{
+    auto *menu = new QMenu(this);
+    for (const SceneTemplate which : sceneTemplates) {
+        menu->addAction(nimbara_i18n::tr(nameOf(which)), this, [this, which] {
+            Q_EMIT templateChosen(which);
+        });
+    }
+    return menu;
 }
 
 void SceneTab::connectList()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/scene.h"
+#include "document/scene_templates.h"
 #include "ui/editor/layer_list.h"
 #include "ui/editor/properties_panel.h"
 #include "ui/editor/verse_field.h"
@@ -14,6 +15,7 @@
 #include <vector>
 
 class QAction;
+class QHBoxLayout;
 class QMenu;
 class QPushButton;
 
@@ -30,6 +32,7 @@ enum class SourceEntry : std::int32_t {
     Color,
     Subtitle,
     Verse,
+    Clock,
 };
 
 /// "Escena y fuentes": the scenes of the edited set, the layers of the scene in PREVIEW and the
@@ -49,6 +52,8 @@ public:
     void showTroubles(std::map<LayerId, QString> troubles, const Scene &scene);
     [[nodiscard]] LayerList *layerList() const { return m_layers; }
     [[nodiscard]] VerseField *verseField() const { return m_verse; }
+    /// Opens the menu of scenes to start from.
+    [[nodiscard]] QPushButton *templatesButton() const { return m_templates; }
     [[nodiscard]] QPushButton *passagesButton() const { return m_passages; }
     [[nodiscard]] PropertiesPanel *properties() const { return m_properties; }
     /// Between the list and the properties.
@@ -59,6 +64,8 @@ public:
 
 Q_SIGNALS:
     void newScenePressed();
+    /// A scene is wanted that starts from the template.
+    void templateChosen(nimbara::SceneTemplate which);
     void renameScenePressed();
     void duplicateScenePressed();
     void deleteScenePressed();
@@ -75,7 +82,9 @@ Q_SIGNALS:
 
 private:
     QWidget *makeSceneColumn();
+    QHBoxLayout *makeHeading();
     QMenu *makeSourceMenu();
+    QMenu *makeTemplateMenu();
     void connectList();
 
     void write(QListWidgetItem &item, const Layer &layer) const;
@@ -86,6 +95,7 @@ private:
     VerseField *m_verse;
     QPushButton *m_passages = nullptr;
     QAction *m_screenEntry = nullptr; ///< of the menu of sources
+    QPushButton *m_templates = nullptr;
     PropertiesPanel *m_properties;
     ShareSplitter *m_splitter;
 };

@@ -5,6 +5,7 @@
 
 #include <QCheckBox>
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QSignalBlocker>
 
@@ -34,6 +35,7 @@ SourcesTab::SourcesTab(QWidget *parent)
           named(new QComboBox, "microphones", nimbara_i18n::tr("Audio de consola / capturadora")))
     , m_screens(named(new QComboBox, "screens", nimbara_i18n::tr("Pantallas de sala")))
     , m_check(makeButton("Revisar antes del servicio…", "checkService"))
+    , m_firstSteps(makeButton("Primeros pasos", "showFirstSteps"))
     , m_refresh(makeButton("Actualizar dispositivos", "refreshDevices"))
     , m_connect(makeButton("Conectar fuentes", "connectSources"))
     , m_loadImage(makeButton("Cargar imagen", "loadImage"))
@@ -64,7 +66,10 @@ void SourcesTab::layOut()
     grid->addWidget(m_loadImage, 4, 0);
     grid->addWidget(m_loadVideo, 4, 1);
     grid->addWidget(m_networkSource, 4, 2);
-    grid->addWidget(m_onlyShown, 5, 0, 1, 2);
+    auto *wishes = new QHBoxLayout;
+    wishes->addWidget(m_onlyShown, 1);
+    wishes->addWidget(m_firstSteps);
+    grid->addLayout(wishes, 5, 0, 1, 2);
     grid->addWidget(m_check, 5, 2);
     grid->addWidget(m_screens, 6, 0, 1, 2);
     grid->addWidget(m_hallScreen, 6, 2);
@@ -81,6 +86,7 @@ void SourcesTab::connectButtons()
     connect(m_modes, &QComboBox::activated, this, &SourcesTab::keepMode);
     connect(m_onlyShown, &QCheckBox::toggled, this, &SourcesTab::camerasOnlyShownChosen);
     connect(m_check, &QPushButton::clicked, this, &SourcesTab::checkPressed);
+    connect(m_firstSteps, &QPushButton::clicked, this, &SourcesTab::firstStepsPressed);
     connect(m_refresh, &QPushButton::clicked, this, &SourcesTab::refreshPressed);
     connect(m_connect, &QPushButton::clicked, this, &SourcesTab::connectPressed);
     connect(m_loadImage, &QPushButton::clicked, this, &SourcesTab::loadImagePressed);

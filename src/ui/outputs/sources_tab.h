@@ -54,6 +54,8 @@ Q_SIGNALS:
     void steadyChosen(const CaptureDevice &camera, bool steady);
     /// Look at all that the service needs.
     void checkPressed();
+    /// The list of first steps is wanted back.
+    void firstStepsPressed();
     void refreshPressed();
     void connectPressed();
     void loadImagePressed();
@@ -87,6 +89,7 @@ private:
     QComboBox *m_microphones;
     QComboBox *m_screens;
     QPushButton *m_check;
+    QPushButton *m_firstSteps;
     QPushButton *m_refresh;
     QPushButton *m_connect;
     QPushButton *m_loadImage;

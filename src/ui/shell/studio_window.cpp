@@ -30,6 +30,8 @@
 #include "ui/outputs/sources_tab.h"
 #include "ui/shell/check_dialog.h"
 #include "ui/shell/credits.h"
+#include "ui/shell/first_steps_bar.h"
+#include "ui/shell/first_steps_guide.h"
 #include "ui/shell/header_row.h"
 #include "ui/shell/health_line.h"
 #include "ui/shell/monitors.h"
@@ -89,6 +91,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_guard(*m_dialogs, [this](const Message &text) { showStatus(text); })
     , m_header(new HeaderRow)
     , m_project(new ProjectRow)
+    , m_firstSteps(new FirstStepsBar)
     , m_monitors(new Monitors)
     , m_tiles(new SceneTiles(m_keys))
     , m_controls(new ControlRow)
@@ -153,6 +156,13 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         m_studio,
         m_keys,
         WindowKeys::Views { *m_project, *m_monitors, *m_sceneTab, *m_editor, *m_verses });
+    m_guide = std::make_unique<FirstStepsGuide>(m_studio,
+        FirstStepsGuide::Views { *m_firstSteps,
+            *m_tabs,
+            *m_sceneTab,
+            *m_sourcesTab,
+            *m_outputsTab,
+            *m_room });
     m_editor->showAll();
     if (services.remembersDesk) {
         m_room->remember(m_settings);
@@ -208,6 +218,7 @@ void StudioWindow::layOut()
     m_room = std::make_unique<WindowRoom>(*this,
         WindowRoom::Rows { m_header,
             m_project,
+            m_firstSteps,
             { m_monitors, m_health, m_tiles, m_controls },
             m_tiles,
             m_tabs,

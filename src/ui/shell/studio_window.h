@@ -25,6 +25,8 @@ class ControlRow;
 class DestinationControls;
 class CheckDialog;
 class DeviceSettings;
+class FirstStepsBar;
+class FirstStepsGuide;
 class HallControls;
 class HeaderRow;
 class HealthLine;
@@ -115,6 +117,7 @@ private:
 
     HeaderRow *m_header;
     ProjectRow *m_project;
+    FirstStepsBar *m_firstSteps;
     Monitors *m_monitors;
     SceneTiles *m_tiles;
     ControlRow *m_controls;
@@ -128,6 +131,7 @@ private:
     QLabel *m_lostAudio;
     QLabel *m_status;
     std::unique_ptr<WindowRoom> m_room;
+    std::unique_ptr<FirstStepsGuide> m_guide;
     std::unique_ptr<OnAirView> m_onAir;
     std::unique_ptr<HallControls> m_hall;
     std::unique_ptr<DeviceSettings> m_deviceSettings;

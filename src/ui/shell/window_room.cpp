@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace nimbara {
 
@@ -28,7 +29,8 @@ constexpr int leastDesk = 232; ///< pixels; monitors that can be judged, and the
 constexpr int paneBorder = 6; ///< pixels around a tab's page
 constexpr double tabsShare = 0.42; ///< of a large window
 constexpr int heightForHeader = 860; ///< pixels; a lower window folds it away
-constexpr int heightForTiles = 690; ///< pixels, beside the header
+constexpr int heightForTiles = 690; ///< pixels, beside the header and the guide
+constexpr int heightForGuide = 640; ///< pixels, of the window
 constexpr QSize leastSize(480, 320);
 constexpr auto keepDelay = 2s;
 
@@ -85,6 +87,7 @@ WindowRoom::WindowRoom(QMainWindow &window, const Rows &rows)
     : m_window(window)
     , m_header(rows.header)
     , m_project(rows.project)
+    , m_guide(rows.guide)
     , m_tiles(rows.tiles)
     , m_tabs(rows.tabs)
     , m_splitters(rows.splitters)
@@ -112,8 +115,9 @@ QWidget *WindowRoom::makeDesk(const Rows &rows)
 {
     auto *upper = new QWidget;
     auto *column = bareRows(upper);
+    column->addWidget(m_guide);
     for (QWidget *row : rows.desk) {
-        column->addWidget(row, column->isEmpty() ? 1 : 0);
+        column->addWidget(row, row == *rows.desk.begin() ? 1 : 0);
     }
     auto *splitter = new ShareSplitter(Qt::Vertical, "deskSplitter");
     splitter->addWidget(upper);
@@ -121,10 +125,12 @@ QWidget *WindowRoom::makeDesk(const Rows &rows)
     splitter->shares = [this](int room) {
         const int wanted = std::max(tabsNeed(), static_cast<int>(room * tabsShare));
         const int tiles = m_tiles->isHidden() ? 0 : m_tiles->minimumHeight() + spacing;
-        const int tabs = std::min(wanted, std::max(room - leastDesk - tiles, room / 3));
+        const int guide = m_guide->isHidden() ? 0 : m_guide->sizeHint().height() + spacing;
+        const int tabs = std::min(wanted, std::max(room - leastDesk - tiles - guide, room / 3));
         return QList<int> { room - tabs, tabs };
     };
     m_splitters.push_back(splitter);
+    m_desk = splitter;
     return splitter;
 }
 
@@ -151,16 +157,28 @@ void WindowRoom::showHeader()
     const bool folded = m_isFolded.value_or(m_window.height() < heightForHeader);
     m_header->setVisible(!folded);
     m_project->showHeaderFolded(folded);
+    m_guide->setVisible(m_wantsGuide && (m_asksForGuide || m_window.height() >= heightForGuide));
     showTiles();
+}
+
+void WindowRoom::showGuide(bool wanted, bool asked)
+{
+    m_wantsGuide = wanted;
+    m_asksForGuide = asked;
+    showHeader();
 }
 
 /// Low in a window where every row counts, and none where the monitors need all there is.
 void WindowRoom::showTiles()
 {
     const int header = m_header->isHidden() ? 0 : m_header->sizeHint().height() + spacing;
-    const int room = m_window.height() - header;
+    const int guide = m_guide->isHidden() ? 0 : m_guide->sizeHint().height() + spacing;
+    const int room = m_window.height() - header - guide;
     m_tiles->setLow(room < heightForHeader);
     m_tiles->setVisible(room >= heightForTiles);
+    if (std::exchange(m_roomForDesk, room) != room) { // once the rows have taken their places
+        QTimer::singleShot(0, m_desk, &ShareSplitter::share);
+    }
 }
 
 bool WindowRoom::eventFilter(QObject *watched, QEvent *event)

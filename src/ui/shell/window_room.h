@@ -29,6 +29,7 @@ public:
     struct Rows {
         HeaderRow *header;
         ProjectRow *project;
+        QWidget *guide; ///< above the desk, while it is wanted and the window has the height
         std::initializer_list<QWidget *> desk; ///< monitors, with the most room, and rows below
         SceneTiles *tiles; ///< one of the rows below; folds away in a low window
         QTabWidget *tabs;
@@ -41,6 +42,9 @@ public:
 
     /// Brings back what was chosen on these screens, and keeps it from now on.
     void remember(QSettings &settings);
+    /// Whether the guide is to be seen: where there is room for it, or at any height once it was
+    /// asked for.
+    void showGuide(bool wanted, bool asked);
     /// Writes what is to be remembered.
     void keep();
 
@@ -60,9 +64,14 @@ private:
     QMainWindow &m_window;
     QWidget *m_header;
     ProjectRow *m_project;
+    QWidget *m_guide;
     SceneTiles *m_tiles;
     QTabWidget *m_tabs;
     std::vector<ShareSplitter *> m_splitters;
+    ShareSplitter *m_desk = nullptr; ///< between monitors and tabs
+    int m_roomForDesk = 0; ///< pixels, besides header and guide
+    bool m_wantsGuide = false;
+    bool m_asksForGuide = false;
     std::optional<bool> m_isFolded; ///< as the operator chose
     QSettings *m_settings = nullptr; ///< none: nothing is remembered
     QString m_layout; ///< of the screens, as the settings name it

@@ -125,10 +125,11 @@ private Q_SLOTS:
             = u"porque de tal manera amó Dios al mundo que ha dado a su Hijo unigénito"_s;
         desk.hear(u"y eso me recuerda que de tal manera amó Dios al mundo que ha dado"_s, true);
         QTRY_COMPARE(desk.verses.offered(), u"Juan 3:16"_s);
-        QCOMPARE(desk.verses.captionFor(quote, u"x"_s), u"x"_s); // more words may come
+        QCOMPARE(desk.verses.captionFor(quote, u"x"_s, u"English"_s),
+            u"x"_s); // more words may come
         desk.verses.dismiss();
         desk.hear(quote + u"."_s);
-        QTRY_VERIFY(desk.verses.captionFor(quote, u"x"_s) != u"x"_s);
+        QTRY_VERIFY(desk.verses.captionFor(quote, u"x"_s, u"English"_s) != u"x"_s);
         QCOMPARE(desk.verses.offered(), QString()); // it was dismissed
         QVERIFY(desk.onPreview().isEmpty() && desk.onAir().isEmpty());
     }

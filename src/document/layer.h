@@ -86,7 +86,7 @@ constexpr std::int32_t last = second;
 namespace clock_shows {
 constexpr std::int32_t time = 0; ///< the time of day
 constexpr std::int32_t timeInSeconds = 1; ///< the same, with its seconds
-constexpr std::int32_t untilTime = 2; ///< what is left until a time of this day
+constexpr std::int32_t untilTime = 2; ///< what is left until a time of the day
 constexpr std::int32_t duration = 3; ///< what is left of a length that the operator starts
 constexpr std::int32_t last = duration;
 } // namespace clock_shows
@@ -162,7 +162,7 @@ struct Layer {
     std::int32_t shows = shown_bibles::both; ///< of the two; nothing blank: see `shownVerse`
     std::int32_t language = caption_language::first; ///< subtitle
     std::int32_t clockShows = clock_shows::time;
-    std::int32_t untilMinute = 10 * 60 + 30; ///< clock: of this day, 0..1439
+    std::int32_t untilMinute = 10 * 60 + 30; ///< clock: of the day, 0..1439; the nearest is meant
     std::int32_t duration = 5 * 60; ///< clock: in seconds, 1..86,399; `source` names what runs
 
     bool operator==(const Layer &) const = default;

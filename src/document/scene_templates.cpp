@@ -229,6 +229,38 @@ QString freeName(const Scenes &scenes, const QString &name)
     return free;
 }
 
+bool isCountdown(const Layer &layer)
+{
+    return layer.kind == LayerKind::Clock && layer.clockShows == clock_shows::duration;
+}
+
+/// The first countdown of a length that the project has; none without.
+const Layer *firstCountdown(const SceneSets &scenes)
+{
+    for (const SceneSet set : bothSets) {
+        for (const ScenePtr &scene : scenes.of(set)) {
+            const auto found
+                = std::find_if(scene->layers.begin(), scene->layers.end(), isCountdown);
+            if (found != scene->layers.end()) {
+                return &*found;
+            }
+        }
+    }
+    return nullptr;
+}
+
+/// Hall and streams count down together: one start serves both.
+void shareCountdown(std::vector<Layer> &layers, const SceneSets &scenes)
+{
+    const Layer *other = firstCountdown(scenes);
+    for (Layer &layer : layers) {
+        if (other != nullptr && isCountdown(layer)) {
+            layer.source = other->source;
+            layer.duration = other->duration;
+        }
+    }
+}
+
 } // namespace
 
 const char *nameOf(SceneTemplate which)
@@ -247,6 +279,7 @@ Scene templateScene(SceneTemplate which,
     Scene scene;
     scene.name = freeName(scenes.of(set), tr(rowOf(which).scene));
     scene.layers = drawing.take();
+    shareCountdown(scene.layers, scenes);
     return scene;
 }
 

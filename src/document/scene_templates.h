@@ -34,8 +34,8 @@ const char *nameOf(SceneTemplate which);
 
 /// A scene made from the template, with a short name, and a number where that is taken. Its
 /// contents are in the operator's language. What is a camera on the streams is a plain ground in
-/// the hall. `frame`: of the set's program, whose shape decides the places. `verseStyle`: the look
-/// that the project keeps for new verses.
+/// the hall. A countdown counts with the one that the project has. `frame`: of the set's program,
+/// whose shape decides the places. `verseStyle`: the look that the project keeps for new verses.
 Scene templateScene(SceneTemplate which,
     const SceneSets &scenes,
     SceneSet set,

@@ -106,6 +106,7 @@ public:
     [[nodiscard]] PassageDesk &passages() { return m_passages; }
     [[nodiscard]] VerseFinder &verseFinder() { return m_verseFinder; }
     [[nodiscard]] VerseSteps &verseSteps() { return m_verseSteps; }
+    [[nodiscard]] QuotationFinder &quotations() { return m_quotations; }
     [[nodiscard]] SpokenVerses &spokenVerses() { return m_spokenVerses; }
     [[nodiscard]] WorkSafety &safety() { return m_safety; }
     [[nodiscard]] ProjectDesk &projects() { return m_projects; }

@@ -91,7 +91,8 @@ private Q_SLOTS:
                 { clock_shows::untilTime, wallAt(9, 30, 1), 0, 1, "", "59:59" },
                 { clock_shows::untilTime, wallAt(10, 30, 0), 0, 1, "", "00:00" },
                 { clock_shows::untilTime, wallAt(10, 30, 0), 0, 1, "Ya", "Ya" },
-                { clock_shows::untilTime, wallAt(23, 59, 0), 0, 1, "Ya", "Ya" },
+                { clock_shows::untilTime, wallAt(22, 30, 0), 0, 1, "Ya", "Ya" },
+                { clock_shows::untilTime, wallAt(22, 31, 0), 0, 1, "", "11:59:00" }, // tomorrow
                 { clock_shows::duration, wallAt(0, 0, 0), 0, 300, "Ya", "05:00" },
                 { clock_shows::duration, wallAt(0, 0, 0), 1, 300, "Ya", "05:00" },
                 { clock_shows::duration, wallAt(0, 0, 0), 1000, 300, "Ya", "04:59" },

@@ -192,6 +192,24 @@ private Q_SLOTS:
         QVERIFY(!document.currentScene()->transition);
     }
 
+    /// A style changes scenes of both sets: what is looked at stays in sight.
+    void undoOfAStyleStaysWhereTheOperatorIs()
+    {
+        Document document(m_clock);
+        const LayerId stream = addLayer(document, newLayer(LayerKind::Text));
+        document.setEditing(SceneSet::Hall);
+        const LayerId hall = addLayer(document, newLayer(LayerKind::Text));
+        document.apply(KeepStyle { hall, u"Título"_s });
+        document.apply(FollowStyle { stream, u"Título"_s });
+        document.setEditing(SceneSet::Hall);
+        document.apply(SetField { hall, LayerField::Size, 99 });
+        QCOMPARE(findLayer(*document.project().scenes.of(SceneSet::Streams)[0], stream)->size, 99);
+        document.undo();
+        QVERIFY(document.editingHall());
+        document.redo();
+        QVERIFY(document.editingHall());
+    }
+
     void theGlossaryIsAStepOfUndo()
     {
         Document document(m_clock);

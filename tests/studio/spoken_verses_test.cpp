@@ -2,6 +2,8 @@
 #include "studio/studio_fixture.h"
 #include "support/test_registry.h"
 
+#include <QSignalSpy>
+
 using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
@@ -132,6 +134,18 @@ private Q_SLOTS:
         QTRY_VERIFY(desk.verses.captionFor(quote, u"x"_s, u"English"_s) != u"x"_s);
         QCOMPARE(desk.verses.offered(), QString()); // it was dismissed
         QVERIFY(desk.onPreview().isEmpty() && desk.onAir().isEmpty());
+    }
+
+    /// The card would go from one to the other with each word.
+    void whatIsReadDoesNotReplaceWhatWasNamed()
+    {
+        SermonDesk desk;
+        QSignalSpy found(&desk.studio.quotations(), &QuotationFinder::found);
+        desk.hear(u"Juan tres dieciséis al dieciocho: porque de tal manera amó Dios al mundo que ha "
+                  u"dado a su Hijo unigénito"_s,
+            true);
+        QTRY_VERIFY(!found.isEmpty());
+        QCOMPARE(desk.verses.offered(), u"Juan 3:16-18"_s);
     }
 
     /// Each verse once, in the Bible of the screens; all else as it is translated.

@@ -9,6 +9,7 @@ namespace nimbara {
 namespace {
 
 constexpr std::int64_t secondMs = 1000;
+constexpr std::int64_t halfDayMs = 12 * 3600 * secondMs;
 
 QDateTime localTime(const ClockReading &reading)
 {
@@ -22,11 +23,14 @@ std::int64_t leftOfDuration(const Layer &layer, const ClockReading &reading)
     return layer.duration * secondMs - elapsed;
 }
 
-/// Also right on a day on which the clocks are put forward or back.
+/// The nearest one: what is long past is meant for tomorrow, as midnight is in the evening. Also
+/// right on a day on which the clocks are put forward or back.
 std::int64_t leftUntil(std::int32_t minute, const ClockReading &reading)
 {
     const QDateTime now = localTime(reading);
-    return now.msecsTo(QDateTime(now.date(), QTime(minute / 60, minute % 60)));
+    const QTime time(minute / 60, minute % 60);
+    const std::int64_t left = now.msecsTo(QDateTime(now.date(), time));
+    return left < -halfDayMs ? now.msecsTo(QDateTime(now.date().addDays(1), time)) : left;
 }
 
 QString leftText(std::int64_t leftMs)

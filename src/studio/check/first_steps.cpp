@@ -17,6 +17,13 @@ std::uint32_t bitOf(FirstStep step)
     return 1U << static_cast<std::uint32_t>(step);
 }
 
+/// More than the noise of a line that nobody speaks into.
+bool isHeard(const AudioLevels &levels)
+{
+    constexpr double quiet = 0.01; // −40 dBFS
+    return std::max(levels.peak[0], levels.peak[1]) >= quiet;
+}
+
 bool shows(const MediaPtr &camera)
 {
     return camera && camera->frameCount() > 0;
@@ -72,7 +79,8 @@ bool FirstSteps::holds(FirstStep step) const
         return hasCamera();
     case FirstStep::Sound: {
         const AudioInput &audio = m_studio.audio();
-        return audio.capture() != nullptr && audio.device() && audio.lostDevice().isEmpty();
+        return audio.capture() != nullptr && audio.device() && audio.lostDevice().isEmpty()
+            && isHeard(audio.capture()->inputLevels());
     }
     case FirstStep::HallScreen:
         return m_studio.isHallShown();

@@ -329,7 +329,7 @@ void Document::exchange(std::deque<Step> &from, std::deque<Step> &to)
     std::swap(m_project.terms, step.terms);
     m_runBroken = true;
     settleCurrent(before);
-    showWhere(before, step.subject.scene);
+    showWhere(before, step.subject);
     Change change;
     change.scenes = !sameList(scenes(), before);
     change.current = true;
@@ -342,10 +342,17 @@ void Document::exchange(std::deque<Step> &from, std::deque<Step> &to)
     tell(change);
 }
 
-void Document::showWhere(const SceneSets &before, SceneId subject)
+void Document::showWhere(const SceneSets &before, const EditSubject &subject)
 {
-    auto place = placeOf(scenes(), subject); // it may only have changed places
+    auto place = placeOf(scenes(), subject.scene); // it may only have changed places
+    if (const auto layer = placeOf(scenes(), subject.lastLayer()); !place && layer) {
+        place = ScenePlace { layer->set, layer->scene };
+    }
     if (!place || scenes().of(place->set) == before.of(place->set)) {
+        const auto shown = placeOf(before, currentScene()->id);
+        if (shown && before.of(shown->set)[shown->scene] != currentScene()) {
+            return; // a style has changed in several scenes, this one among them
+        }
         place = firstDifference(scenes(), before);
     }
     if (place) {

@@ -126,7 +126,7 @@ private:
     {
         return m_project.current.at(static_cast<std::size_t>(set));
     }
-    void showWhere(const SceneSets &before, SceneId subject);
+    void showWhere(const SceneSets &before, const EditSubject &subject);
 
     const Clock &m_clock;
     Project m_project;

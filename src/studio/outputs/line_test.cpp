@@ -77,6 +77,13 @@ QList<std::size_t> LineTest::selected() const
     return slots;
 }
 
+std::optional<bool> LineTest::hadRoom() const
+{
+    const bool isStill
+        = m_tested == selected() && m_kbits == m_stage.document.project().videoKbits;
+    return isStill ? m_hadRoom : std::nullopt;
+}
+
 QStringList LineTest::publicNames() const
 {
     QStringList names;
@@ -115,10 +122,12 @@ void LineTest::start()
         return;
     }
     ++m_run;
+    m_hadRoom.reset();
+    m_tested = selected();
     m_kbits = m_stage.document.project().videoKbits;
     m_phase = Phase::Keys;
     m_subjects.clear();
-    for (const std::size_t slot : selected()) {
+    for (const std::size_t slot : m_tested) {
         Subject subject;
         subject.slot = slot;
         subject.key = m_streams.key(slot);

@@ -54,9 +54,9 @@ public:
     [[nodiscard]] bool isRunning() const { return m_phase != Phase::Idle; }
     /// What it does, or found; stays until the next test. Empty before the first.
     [[nodiscard]] const Message &text() const { return m_text; }
-    /// Whether the line had room for all destinations in the last test that came to its end; none
-    /// before one has.
-    [[nodiscard]] std::optional<bool> hadRoom() const { return m_hadRoom; }
+    /// Whether the line had room for all destinations in the last test; none when it did not come
+    /// to its end, and when other destinations or another bit rate are chosen by now.
+    [[nodiscard]] std::optional<bool> hadRoom() const;
 
     /// Call on every frame, with its scheduled time in ns from any fixed origin.
     void push(std::int64_t tNs);
@@ -106,6 +106,7 @@ private:
     std::int64_t m_measuredUs = 0; ///< when that began
     Message m_text;
     std::optional<bool> m_hadRoom;
+    QList<std::size_t> m_tested; ///< slots of the run
 };
 
 } // namespace nimbara

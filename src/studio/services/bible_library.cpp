@@ -1,6 +1,7 @@
 #include "studio/services/bible_library.h"
 
 #include "base/error.h"
+#include "base/when_finished.h"
 #include "bible/bible_folder.h"
 #include "bible/sword_reader.h"
 
@@ -118,7 +119,7 @@ void BibleLibrary::begin(const std::function<bible::RawBible()> &read)
     };
     const auto take = [this](const Import &done) { finish(done.bible, done.error); };
     // Its identifier must be none of those that are still being read.
-    m_ready.then(this, [this, work, take] { runBehind<Import>(this, work, take); });
+    whenFinished(m_ready, this, [this, work, take] { runBehind<Import>(this, work, take); });
 }
 
 void BibleLibrary::finish(const bible::BiblePtr &bible, const Message &error)
@@ -145,8 +146,10 @@ void BibleLibrary::remove(const QString &id)
         Q_EMIT said("Ya se está importando una Biblia.");
         return;
     }
+    m_isImporting = true; // the file of one that is imported meanwhile would go, too
     const auto work = [id, folder = m_folder] { return bible::removeImported(folder, id); };
     runBehind<bool>(this, work, [this, id](bool isRemoved) {
+        m_isImporting = false;
         if (!isRemoved) {
             Q_EMIT failed("No se pudo borrar el archivo de la Biblia.");
             return;

@@ -69,6 +69,7 @@ void SpokenVerses::hear(const QString &text, bool isGrowing)
         isGrowing);
     for (const bible::SpokenReference &each : references) {
         if (each.to > before.size()) {
+            m_namedMs = nowMs();
             offer(each.passage, isGrowing);
         }
     }
@@ -113,7 +114,10 @@ void SpokenVerses::offer(const bible::Passage &passage, bool isGrowing)
 
 void SpokenVerses::takeQuotation(const bible::Passage &verse, const QString &text, bool isGrowing)
 {
-    if (!isReading(text)) {
+    // What was named goes before what is read of it, and before what was quoted earlier.
+    const bool isNamed = m_namedMs && nowMs() - *m_namedMs < cutMs;
+    const bool isReadOn = verse != m_lastOffer && isReading(text);
+    if (!isNamed && !isReadOn) {
         offer(verse, isGrowing);
     }
 }
@@ -121,10 +125,15 @@ void SpokenVerses::takeQuotation(const bible::Passage &verse, const QString &tex
 bool SpokenVerses::isReading(const QString &said) const
 {
     const bible::Bible *source = bibleOf(m_surroundings.translation.source());
-    return source != nullptr
-        && std::any_of(m_announced.begin(), m_announced.end(), [&](const Announced &each) {
-               return nowMs() - each.ms <= announcedMs
-                   && !bible::versesRead(said, *source, each.passage).isEmpty();
+    if (source == nullptr) {
+        return false;
+    }
+    const auto isRead = [&](const bible::Passage &passage, std::int64_t ms, std::int64_t lastsMs) {
+        return nowMs() - ms <= lastsMs && !bible::versesRead(said, *source, passage).isEmpty();
+    };
+    return isRead(m_lastOffer, m_lastOfferMs, againMs)
+        || std::any_of(m_announced.begin(), m_announced.end(), [&](const Announced &each) {
+               return isRead(each.passage, each.ms, announcedMs);
            });
 }
 

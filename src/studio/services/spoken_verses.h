@@ -88,7 +88,7 @@ private:
     void hear(const QString &text, bool isGrowing);
     void offer(const bible::Passage &passage, bool isGrowing);
     void takeQuotation(const bible::Passage &verse, const QString &text, bool isGrowing);
-    /// A passage that was announced is being read in what was said.
+    /// A passage that was announced, or offered a short while ago, is being read in what was said.
     [[nodiscard]] bool isReading(const QString &said) const;
     void announce(const bible::Passage &passage);
     [[nodiscard]] QString verseCaption(const QList<bible::Passage> &verses, const QString &code);
@@ -100,6 +100,7 @@ private:
     QFuture<void> m_ready; ///< the built-in Bibles are loaded
     QString m_before; ///< the end of the last phrase
     std::int64_t m_beforeMs = 0;
+    std::optional<std::int64_t> m_namedMs; ///< when a reference was said last
     bible::Passage m_lastOffer;
     std::int64_t m_lastOfferMs = 0;
     QString m_offered;

@@ -1,5 +1,6 @@
 #include "studio/services/verse_desk.h"
 
+#include "base/when_finished.h"
 #include "bible/builtin.h"
 #include "compositor/text/text_overflow.h"
 #include "studio/services/second_verse.h"
@@ -115,11 +116,8 @@ void VerseDesk::useWaiting(LayerId layer)
 
 void VerseDesk::setSecond(LayerId layer, const QString &bible)
 {
-    if (m_ready.isFinished()) {
-        showSecond(layer, bible);
-    } else { // for tens of milliseconds after the start
-        m_ready.then(this, [this, layer, bible] { showSecond(layer, bible); });
-    }
+    // They are read for tens of milliseconds after the start.
+    whenFinished(m_ready, this, [this, layer, bible] { showSecond(layer, bible); });
 }
 
 void VerseDesk::showSecond(LayerId id, const QString &bible)

@@ -33,10 +33,10 @@ void SoundOffset::take(int ms)
 
 void SoundOffset::apply(std::span<float> values, bool muted)
 {
-    const bool isCut = !std::exchange(m_isMuted, muted) && muted;
     if (values.empty()) {
         return;
     }
+    const bool isCut = !std::exchange(m_isMuted, muted) && muted;
     if (muted && m_delay.length() > 0) {
         std::fill(values.begin(), values.end(), 0.0F);
         if (isCut) {

@@ -1,5 +1,6 @@
 #include "base/secret_texts.h"
 #include "media/sources/media_factory.h"
+#include "media/sources/network_source.h"
 #include "poll.h"
 #include "support/log_text.h"
 #include "support/manual_clock.h"
@@ -44,7 +45,7 @@ private Q_SLOTS:
                      "srt://enc:9?mode=caller&latency=9",
                      { {}, u"a b"_s } },
                  Row { "srt://enc:9?passphrase=abc", "srt://enc:9", { {}, u"abc"_s } },
-                 Row { "rtmp://ana:1@host/live", "rtmp://ana:1@host/live", {} },
+                 Row { "rtmp://ana:1@host/live", "rtmp://host/live", { u"ana"_s, u"1"_s } },
                  Row { "file:///srv/a@b.mp4", "file:///srv/a@b.mp4", {} },
              }) {
             const RowName named(typed);
@@ -120,6 +121,23 @@ private Q_SLOTS:
                 QVERIFY(!logText().contains(secret));
             }
             QCOMPARE(withoutSecrets(tried.password), tried.isEmpty() ? QString() : u"***"_s);
+        }
+    }
+
+    /// One that is shut out, or has to pay, gets no further with a password, and would wait for it.
+    void ofHttpOnlyUnauthorizedAsks()
+    {
+        const auto source = ElementRef::sink(gst_element_factory_make("souphttpsrc", nullptr));
+        for (const guint status : { 401U, 402U, 403U, 407U }) {
+            const GErrorPtr error(g_error_new_literal(GST_RESOURCE_ERROR,
+                GST_RESOURCE_ERROR_NOT_AUTHORIZED,
+                "refused"));
+            const auto message = MessageRef::adopt(gst_message_new_error_with_details(
+                GST_OBJECT(source.get()),
+                error.get(),
+                nullptr,
+                gst_structure_new("details", "http-status-code", G_TYPE_UINT, status, nullptr)));
+            QCOMPARE(asksForLogin(message.get()), status == 401);
         }
     }
 

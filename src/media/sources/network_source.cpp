@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace nimbara {
@@ -11,6 +12,7 @@ namespace nimbara {
 namespace {
 
 constexpr guint64 connectPatienceUs = 8'000'000;
+constexpr guint unauthorized = 401; ///< of HTTP (RFC 9110)
 constexpr int demuxLatencyMs = 100; ///< of a transport stream, beyond what its time stamps ask for
 
 bool isMadeBy(GstElement *element, const char *factory)
@@ -24,21 +26,55 @@ bool has(GstElement *element, const char *property)
     return g_object_class_find_property(G_OBJECT_GET_CLASS(element), property) != nullptr;
 }
 
+/// The properties that take user and password, if any.
+std::optional<std::pair<const char *, const char *>> loginProperties(GstElement *source)
+{
+    for (const auto &names :
+        { std::pair { "user-id", "user-pw" }, std::pair { "username", "password" } }) {
+        if (has(source, names.first) && has(source, names.second)) {
+            return names;
+        }
+    }
+    return std::nullopt;
+}
+
 void giveLogin(GstElement *source, const Login &login)
 {
     if (login.isEmpty()) {
         return;
     }
-    if (has(source, "user-id") && has(source, "user-pw")) {
+    if (const auto names = loginProperties(source)) {
         g_object_set(source,
-            "user-id",
+            names->first,
             login.user.toUtf8().constData(),
-            "user-pw",
+            names->second,
             login.password.toUtf8().constData(),
             nullptr);
     } else if (isMadeBy(source, "srtsrc")) {
         g_object_set(source, "passphrase", login.password.toUtf8().constData(), nullptr);
     }
+}
+
+/// Whoever tells of the error can be given a login.
+bool isFromLoginTaker(GstMessage *message)
+{
+    if (!GST_IS_ELEMENT(GST_MESSAGE_SRC(message))) {
+        return false;
+    }
+    GstElement *teller = GST_ELEMENT_CAST(GST_MESSAGE_SRC(message));
+    return loginProperties(teller).has_value() || isMadeBy(teller, "srtsrc");
+}
+
+/// What an HTTP server answered; 0 for an error of anything else.
+guint httpStatus(GstMessage *message)
+{
+    const GstStructure *details = nullptr;
+    gst_message_parse_error_details(message, &details);
+    guint status = 0;
+    if (details != nullptr) {
+        gst_structure_get_uint(details, "http-status-code", &status);
+    }
+    return status;
 }
 
 /// Cameras offer descriptions of what they see beside picture and sound, which nothing decodes. On
@@ -107,8 +143,12 @@ void prepareNetworkSource(const ElementRef &decoder, NetworkAccess access)
 bool asksForLogin(GstMessage *message)
 {
     const auto [error, debug] = busError(message);
-    if (!error || error->domain != GST_RESOURCE_ERROR) {
+    if (!error || error->domain != GST_RESOURCE_ERROR || !isFromLoginTaker(message)) {
         return false;
+    }
+    // A payment or a proxy's login that is wanted, or a door that is shut, has the same code.
+    if (const guint status = httpStatus(message); status != 0) {
+        return status == unauthorized;
     }
     // The SRT source tells of it in words alone.
     return error->code == GST_RESOURCE_ERROR_NOT_AUTHORIZED

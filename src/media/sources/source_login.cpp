@@ -68,9 +68,13 @@ SplitLocation splitLogin(const QString &location)
         return splitPassphrase(location);
     }
     const QString scheme = location.section(u':', 0, 0).toLower();
-    const bool takesUser = scheme == QLatin1String("rtsp") || scheme == QLatin1String("rtsps")
-        || scheme == QLatin1String("http") || scheme == QLatin1String("https");
-    return takesUser ? splitUserInfo(location) : SplitLocation { location };
+    static const QStringList takeUser { QStringLiteral("http"),
+        QStringLiteral("https"),
+        QStringLiteral("rtmp"),
+        QStringLiteral("rtmps"),
+        QStringLiteral("rtsp"),
+        QStringLiteral("rtsps") };
+    return takeUser.contains(scheme) ? splitUserInfo(location) : SplitLocation { location };
 }
 
 QString loginPlace(const QString &location)
@@ -104,12 +108,27 @@ Login KnownLogins::find(const QString &location) const
     return exact != m_logins.cend() ? *exact : m_logins.value(loginHost(location));
 }
 
+Login KnownLogins::own(const QString &location) const
+{
+    return m_logins.value(loginPlace(location));
+}
+
 void KnownLogins::remember(const QString &location, const Login &login)
 {
     for (const QString &key : { loginPlace(location), loginHost(location) }) {
         if (login.isEmpty() || key.isEmpty()) {
             m_logins.remove(key);
         } else {
+            m_logins.insert(key, login);
+        }
+    }
+    hideLogin(login);
+}
+
+void KnownLogins::fill(const QString &location, const Login &login)
+{
+    for (const QString &key : { loginPlace(location), loginHost(location) }) {
+        if (!key.isEmpty() && !m_logins.contains(key)) {
             m_logins.insert(key, login);
         }
     }

@@ -21,8 +21,8 @@ struct SplitLocation {
     Login login {};
 };
 
-/// Takes user and password out of a location of HTTP or RTSP (RFC 3986, section 3.2.1), and the
-/// passphrase out of one of SRT. Others stay as they are.
+/// Takes user and password out of a location of HTTP, RTSP or RTMP (RFC 3986, section 3.2.1), and
+/// the passphrase out of one of SRT. Others stay as they are.
 SplitLocation splitLogin(const QString &location);
 
 /// Names whose login a location uses: host, port and path, without anything secret.
@@ -39,8 +39,12 @@ public:
     /// The one for the location, else the last one for its host, but for SRT; empty when there is
     /// none.
     [[nodiscard]] Login find(const QString &location) const;
+    /// The one of this very place; empty when there is none.
+    [[nodiscard]] Login own(const QString &location) const;
     /// An empty one is forgotten.
     void remember(const QString &location, const Login &login);
+    /// Where none is known yet, for the place and for its host.
+    void fill(const QString &location, const Login &login);
 
 private:
     QHash<QString, Login> m_logins; ///< by place and by host

@@ -2,11 +2,15 @@
 
 #include "base/error.h"
 #include "document/project_file.h"
+#include "media/sources/source_login.h"
 
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 #include <QSaveFile>
 
@@ -80,11 +84,42 @@ bool holds(const QString &path, const QByteArray &bytes)
     return file.open(QIODevice::ReadOnly) && file.size() == bytes.size() && file.readAll() == bytes;
 }
 
-/// What the project file holds now.
+/// The value without the logins in its locations, wherever they are.
+QJsonValue bare(const QJsonValue &value)
+{
+    if (value.isArray()) {
+        QJsonArray all;
+        for (const QJsonValue &each : value.toArray()) {
+            all.append(bare(each));
+        }
+        return all;
+    }
+    QJsonObject members = value.toObject();
+    for (auto member = members.begin(); member != members.end(); ++member) {
+        const bool isLocation
+            = member.key() == QLatin1String("uri") || member.key() == QLatin1String("media");
+        if (member->isString() && isLocation) {
+            *member = splitLogin(member->toString()).location;
+        } else if (member->isArray() || member->isObject()) {
+            *member = bare(*member);
+        }
+    }
+    return value.isObject() ? members : value;
+}
+
+/// A project of earlier days may have logins in its locations. Others stay byte for byte.
+QByteArray withoutLogins(const QByteArray &json)
+{
+    const QJsonObject project = QJsonDocument::fromJson(json).object();
+    const QJsonObject safe = bare(project).toObject();
+    return safe == project ? json : QJsonDocument(safe).toJson();
+}
+
+/// What the project file holds now, but for logins.
 QByteArray presentContents(const QString &path)
 {
     try {
-        return readProjectFile(path);
+        return withoutLogins(readProjectFile(path));
     } catch (const Error &) {
         throw Error(QStringLiteral("Proyecto guardado, pero sin copia de la versión anterior."));
     }

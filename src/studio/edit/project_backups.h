@@ -18,10 +18,10 @@ struct ProjectBackup {
     QDateTime time; ///< when these contents were saved
 };
 
-/// Keeps what the project file holds before it is replaced; the oldest backup goes when there are
-/// more than ten. Nothing is to be kept when there is no such file, when the newest backup holds
-/// the same, or when `replacement` does. Throws `Error` when it cannot be kept; the project file
-/// itself is never touched.
+/// Keeps what the project file holds, but for logins in locations, before it is replaced; the
+/// oldest backup goes when there are more than ten. Nothing is to be kept when there is no such
+/// file, when the newest backup holds the same, or when `replacement` does. Throws `Error` when it
+/// cannot be kept; the project file itself is never touched.
 void backUpProject(const QString &folder,
     const QString &projectPath,
     const QByteArray &replacement);

@@ -30,6 +30,7 @@ LayerId LayerMaker::addVideoFile(const QString &path)
 LayerId LayerMaker::addMedia(const QString &location)
 {
     const QString checked = m_sources.logins().takeOut(checkedMediaLocation(location));
+    m_sources.logins().askAnew(checked);
     const LayerId id = add(videoLayer(checked), m_factory.media(m_stage.streamFrame(), checked));
     m_status(
         "Video/red preparado en Preparación; pulsa AL AIRE para enviarlo. El audio sale solo en "

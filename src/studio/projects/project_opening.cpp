@@ -94,6 +94,7 @@ void ProjectOpening::beginAttaching(Read read)
         read.missing };
     m_failures = std::move(read.failures);
     takeOutLogins();
+    m_patience.setRemainingTime(startPatience);
     m_waiting.clear();
     for (const SceneSet set : bothSets) {
         for (const ScenePtr &scene : m_opened->project.scenes.of(set)) {
@@ -112,7 +113,7 @@ void ProjectOpening::takeOutLogins()
             Scene bare = *scene;
             for (Layer &layer : bare.layers) {
                 if (layer.kind == LayerKind::Video) {
-                    layer.uri = m_logins.takeOut(layer.uri);
+                    layer.uri = m_logins.takeOutOld(layer.uri);
                 }
             }
             if (bare != *scene) {
@@ -173,6 +174,9 @@ std::optional<ProjectOpening::Opened> ProjectOpening::poll()
     }
     if (!m_opened) {
         return std::nullopt;
+    }
+    if (m_logins.isFilling() && !m_patience.hasExpired()) {
+        return std::nullopt; // what is opened without its login is refused
     }
     QElapsedTimer spent;
     spent.start();

@@ -5,6 +5,7 @@
 #include "secrets/secret_store.h"
 
 #include <QHash>
+#include <QList>
 #include <QObject>
 #include <QString>
 
@@ -37,8 +38,15 @@ public:
     /// The location without the login that is written in it, which is kept from now on.
     QString takeOut(const QString &location);
 
-    /// A source of the location was refused with this login, possibly none: looks in the store,
-    /// then asks (`wanted`). Once, however many sources tell.
+    /// The same for a project of earlier days, whose login may be an old one: it is kept only where
+    /// neither memory nor store has one.
+    QString takeOutOld(const QString &location);
+    /// The store is asked what it has for such a project; it may take its time.
+    [[nodiscard]] bool isFilling() const { return m_filling > 0; }
+
+    /// A source of the location was refused with this login, possibly none: looks in the store for
+    /// one that was not refused, then asks (`wanted`). Once, however many sources tell, and one
+    /// question at a time for each host.
     void refused(const QString &location, const Login &used);
     /// Opening it may come to something: no login is awaited for it.
     [[nodiscard]] bool mayOpen(const QString &location) const
@@ -46,9 +54,11 @@ public:
         return !m_open.contains(loginPlace(location));
     }
 
-    /// The operator's answer, which is kept; an empty one opens the source without a login.
+    /// The operator's answer, which is kept, and tried with all that waits for the same host; an
+    /// empty one opens the source without a login, and the store keeps what it has.
     void answer(const QString &location, const Login &login);
-    /// The source stays closed until it is asked for anew.
+    /// The source stays closed until it is asked for anew, and with it what waits for the same
+    /// host.
     void decline(const QString &location);
     /// The operator wants the source opened anew: one that was declined is asked for again.
     void askAnew(const QString &location);
@@ -58,15 +68,33 @@ Q_SIGNALS:
     void said(const nimbara::Message &text);
 
 private:
-    enum class Step { Reading, Asked, Declined };
+    enum class Step {
+        Reading, ///< from the store
+        Asked,
+        Waiting, ///< for the answer to the question about another place of its host
+        Declined
+    };
+    struct Open {
+        QString location;
+        Step step;
+    };
 
+    [[nodiscard]] bool isAt(const QString &location, Step step) const;
+    [[nodiscard]] bool wasRefused(const QString &location, const Login &login) const;
+    [[nodiscard]] bool hasUntried(const QString &location) const;
+    [[nodiscard]] QStringList openAtHostOf(const QString &location) const;
     void read(const QString &location, const Login &used, const QStringList &accounts);
     void ask(const QString &location, const Login &used);
     void keep(const QString &location, const Login &login);
+    void release(const QString &location, const Login &login);
+    void fill(const QString &location, const Login &login);
+    void write(const QString &account, const Login &login);
 
     KnownLogins &m_known;
     SecretStore &m_secrets;
-    QHash<QString, Step> m_open; ///< by place: what no login is known for yet
+    QHash<QString, Open> m_open; ///< by place: what no login is known for yet
+    QHash<QString, QList<Login>> m_tried; ///< by place: what was refused since the last answer
+    int m_filling = 0; ///< questions to the store under way
 };
 
 } // namespace nimbara

@@ -152,7 +152,6 @@ void SceneTab::showScreenTrouble(const QString &reason)
 {
     const QString name = nimbara_i18n::tr("Captura de pantalla");
     m_screenEntry->setText(reason.isEmpty() ? name : name + QStringLiteral(": ") + reason);
-    m_screenEntry->setEnabled(reason.isEmpty());
 }
 
 QMenu *SceneTab::makeTemplateMenu()

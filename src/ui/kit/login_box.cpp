@@ -5,6 +5,7 @@
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QPushButton>
 
 namespace nimbara {
 
@@ -18,6 +19,7 @@ LoginBox::LoginBox(const QString &title,
     using nimbara_i18n::tr;
     setWindowTitle(title);
     setMinimumWidth(420);
+    setAttribute(Qt::WA_ShowWithoutActivating);
     auto *form = new QFormLayout(this);
     form->addRow(makeNote(text));
     if (user) {
@@ -26,7 +28,14 @@ LoginBox::LoginBox(const QString &title,
     }
     form->addRow(tr("Contraseña"), m_password);
     auto *buttons = new QDialogButtonBox;
-    buttons->addButton(makeButton("Conectar", "loginAccept"), QDialogButtonBox::AcceptRole);
+    QPushButton *accept = makeButton("Conectar", "loginAccept");
+    if (user) {
+        const auto follow
+            = [accept](const QString &typed) { accept->setEnabled(!typed.isEmpty()); };
+        connect(m_password, &QLineEdit::textChanged, accept, follow);
+        follow({});
+    }
+    buttons->addButton(accept, QDialogButtonBox::AcceptRole);
     buttons->addButton(makeButton("Cancelar", "loginCancel"), QDialogButtonBox::RejectRole);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

@@ -11,7 +11,8 @@ class QLineEdit;
 
 namespace nimbara {
 
-/// Asks for user and password, beside the window, which goes on meanwhile. All texts are already
+/// Asks for user and password, beside the window, which goes on meanwhile and keeps the keyboard. A
+/// user needs a password; a password alone may be empty, which means none. All texts are already
 /// translated.
 class LoginBox : public QDialog {
     Q_OBJECT

@@ -35,6 +35,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Versículos dichos, al aire por sí solos", "Spoken verses go on air by themselves" },
     TextPair { "Ningún versículo dicho está en PREVIEW: prepáralo primero.",
         "No spoken verse is on PREVIEW: prepare it first." },
+    TextPair { "La traducción a %1 terminó sola: sus capas muestran %2 hasta el próximo inicio.",
+        "The translation into %1 ended by itself: its layers show %2 until the next start." },
     TextPair { "No se pueden escribir los archivos de la traducción en %1",
         "The files of the translation cannot be written in %1" },
     TextPair { "Lectura", "Easy reading" },

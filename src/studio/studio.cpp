@@ -176,6 +176,7 @@ void Studio::connectCaptions()
             m_captionFiles.showBlock(block, target);
         }
     });
+    connect(desk, &TranslationDesk::alarmed, this, &Studio::alarm);
     connect(&m_captionFiles, &CaptionFiles::failed, this, &Studio::alarm);
     connect(&m_voiceFile, &VoiceFile::failed, this, &Studio::alarm);
     const auto count = [this] { m_costs.follow(m_translation.usage()); };
@@ -200,7 +201,12 @@ void Studio::advanceCaptions()
 void Studio::keepVoice(std::int64_t frameTime)
 {
     m_voiceFile.follow(m_captionFiles.stemOf(Target::First));
-    m_voiceFile.push(m_captionFiles.sinceZero(frameTime / 1000), m_programAudio.spoken());
+    const std::int64_t atMs = m_captionFiles.sinceZero(frameTime / 1000);
+    if (const std::span<const float> spoken = m_programAudio.spoken(); !spoken.empty()) {
+        m_voiceFile.push(atMs, spoken);
+    } else {
+        m_voiceFile.pass(atMs, m_translation.running() && m_translation.voice());
+    }
     m_voiceFile.poll();
 }
 

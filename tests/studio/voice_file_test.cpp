@@ -1,8 +1,12 @@
+#include "output/sink/voice_track.h"
+#include "signal/audio_block.h"
 #include "studio/services/voice_file.h"
 #include "support/decoded_sound.h"
 #include "support/test_registry.h"
 
+#include <QDir>
 #include <QFile>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -88,6 +92,59 @@ private Q_SLOTS:
         QVERIFY(file.finish(30s));
     }
 
+    /// Nothing is left to be made when a clip comes late; a track without any does not stay.
+    void growsWithTheTime()
+    {
+        QTemporaryDir folder;
+        VoiceFile file;
+        const auto pass = [&file](int seconds, bool isWanted) {
+            for (int second = 0; second <= seconds; ++second) {
+                file.pass(second * 1000, isWanted);
+                file.poll();
+            }
+        };
+        const QString path = folder.filePath(u"a.en.opus"_s);
+        file.follow(folder.filePath(u"a.en"_s));
+        pass(300, true);
+        QTRY_VERIFY((file.poll(), decodedSound(path).size() > std::size_t { 250 } * audioRate));
+        speak(file, 301'000, 30);
+        file.follow(folder.filePath(u"b.en"_s));
+        pass(10, true);
+        file.follow(folder.filePath(u"c.en"_s));
+        pass(10, false);
+        QVERIFY(file.finish(30s));
+        const auto heard = decodedSound(path);
+        QVERIFY(loudest(heard, 300'950) < 500 && loudest(heard, 301'030) > 8000);
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList { u"a.en.opus"_s });
+    }
+
+    /// The patience is for a disk that hangs, not for much that is to be written.
+    void theEndIsWaitedForWhileItGrows()
+    {
+        QTemporaryDir folder;
+        VoiceTrack track(folder.filePath(u"a.opus"_s));
+        track.push(15 * 60'000, std::vector<std::int16_t>(audioRate, 9000));
+        QVERIFY(track.finish(2s));
+    }
+
+    /// A full disk: the track is let go with its empty file, and comes back with the room.
+    void comesBackWithTheDisk()
+    {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(u"a.en.opus"_s);
+        QVERIFY(QFile::link(u"/dev/full"_s, path));
+        VoiceFile file(0ms);
+        QSignalSpy told(&file, &VoiceFile::failed);
+        file.follow(folder.filePath(u"a.en"_s));
+        QTRY_VERIFY((speak(file, 0, 15), !told.isEmpty()));
+        QVERIFY(!QFileInfo(path).isSymLink());
+        speak(file, 60'000, 30);
+        QVERIFY(file.finish(30s));
+        QVERIFY(loudest(decodedSound(path), 60'030) > 8000);
+        QCOMPARE(told.size(), 1);
+    }
+
+    /// It is not asked again for each piece, but for another track.
     void tellsOfADiskThatTakesNothing()
     {
         QTemporaryDir folder;
@@ -100,9 +157,15 @@ private Q_SLOTS:
         });
         file.follow(wall.fileName() + u"/a.en"_s);
         QTRY_VERIFY((speak(file, 0, 15), !told.isEmpty()));
+        QVERIFY(wall.remove());
+        speak(file, 0, 15);
+        file.follow(folder.filePath(u"b.en"_s));
+        speak(file, 0, 15);
         file.finish(30s);
         QCOMPARE(told.size(), 1);
         QVERIFY(told.first().contains(wall.fileName()));
+        QCOMPARE(QDir(folder.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
+            QStringList { u"b.en.opus"_s });
     }
 };
 

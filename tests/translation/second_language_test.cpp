@@ -111,6 +111,41 @@ private Q_SLOTS:
         QVERIFY(shown(Target::First).isEmpty());
     }
 
+    /// Nor where the first is slow: no phrase of the second waits for it, or is left out.
+    void aSlowFirstHoldsNothingUp()
+    {
+        m_peer.onEvent = [this](const QJsonObject &event) {
+            if (field(event, "path") == QLatin1String(transcriptions)) {
+                transcribe(event, u"frase %1"_s.arg(m_peer.events.size()));
+            } else if (isInto(event, u"Portuguese"_s)) {
+                translate(event, u"pt"_s);
+            }
+        };
+        startBoth();
+        speak(8);
+        QTRY_COMPARE(shown(Target::Second).size(), 8);
+        QVERIFY(m_statuses.filter(u"omit"_s).isEmpty() && shown(Target::First).isEmpty());
+    }
+
+    /// Nobody would see it, and it is paid.
+    void whatIsSkippedIsNotTranslated()
+    {
+        startBoth();
+        speak();
+        const QJsonObject late = await(transcriptions, 1).at(0);
+        speak();
+        transcribe(await(transcriptions, 2).at(1), u"dos"_s);
+        translate(into(u"English"_s, 1).at(0), u"two"_s);
+        translate(into(u"Portuguese"_s, 1).at(0), u"dois"_s);
+        m_clock.advanceUs(7'001'000);
+        QTRY_COMPARE(shown(Target::First), QStringList { u"two"_s });
+        QTRY_COMPARE(shown(Target::Second), QStringList { u"dois"_s });
+        transcribe(late, u"uno"_s);
+        QTRY_VERIFY(m_heard.contains(u"uno"_s));
+        const auto &used = m_engine->usage();
+        QCOMPARE(used.at(static_cast<std::size_t>(cost::Service::Translation)).requests, 2);
+    }
+
     /// The services hear of the terms of both, and each translation keeps to its own.
     void keepsToItsOwnTerms()
     {

@@ -203,6 +203,51 @@ private Q_SLOTS:
         QVERIFY(desk.find<QLabel>("captionNotice")->text().contains(u" Portuguese: Retraso de "));
     }
 
+    /// Its layers are not blank to the end of the run, and the operator cannot miss it.
+    void aSecondLanguageThatEndsIsStoodInForByTheFirst()
+    {
+        Desk desk(servicesAt(m_peer.endpoint()));
+        m_peer.onEvent = [this, asked = std::make_shared<int>(0)](const QJsonObject &event) {
+            const auto text = [](const QByteArray &name) {
+                return "{\"output\":[{\"content\":[{\"type\":\"output_text\",\"text\":\"" + name
+                    + "\"}]}]}";
+            };
+            if (field(event, "path").endsWith(u"transcriptions")) {
+                const auto number = QByteArray::number(m_peer.events.size());
+                m_peer.answer(event, "{\"text\":\"frase " + number + "\"}");
+            } else if (!field(event, "path").endsWith(u"responses")) {
+                return;
+            } else if (!field(event, "body").contains(u"fluent Portuguese")) {
+                m_peer.answer(event, text("One"));
+            } else {
+                m_peer.answer(event, text("Hum"), ++*asked == 1 ? 200 : 403);
+            }
+        };
+        Studio &studio = desk.window.studio();
+        const Captions &shown = studio.stage().captions;
+        const auto speak = [&studio] {
+            Q_EMIT studio.audio().blockArrived(signal({ { 1200, 0.2 }, { 700, 0 } }));
+        };
+        connectVoice(studio);
+        desk.enter("apiKey", QLatin1String(key));
+        desk.find<QCheckBox>("liveMode")->setChecked(false);
+        desk.find<QComboBox>("secondTarget")->setCurrentText(u"Portuguese"_s);
+        QMetaObject::invokeMethod(desk.find<QPushButton>("startTranslation"), "click");
+        speak();
+        QTRY_COMPARE(shown.second, QStringList { u"Hum"_s });
+        speak();
+        const auto &notices = studio.notices().all();
+        QTRY_VERIFY(!notices.empty());
+        QVERIFY(notices.back().text.spanish().startsWith(
+            u"La traducción a Portuguese terminó sola: sus capas muestran English"));
+        QCOMPARE(shown.in(caption_language::second).phrases, QStringList { u"Hum"_s });
+        desk.find<QPushButton>("clearNow")->click();
+        speak();
+        QTRY_VERIFY(shown.in(caption_language::second).phrases.contains(u"One"_s));
+        QVERIFY(studio.translation().running());
+        QMetaObject::invokeMethod(desk.find<QPushButton>("startTranslation"), "click");
+    }
+
     /// Counted as it is asked for; near its limit a mark stands and nothing is stopped.
     void whatItCostsIsTold()
     {

@@ -5,6 +5,8 @@
 #include "output/encode/task_threads.h"
 #include "signal/audio_block.h"
 
+#include <QFileInfo>
+
 #include <gst/app/gstappsrc.h>
 
 #include <algorithm>
@@ -15,6 +17,8 @@ namespace nimbara {
 namespace {
 
 constexpr std::int32_t bitrate = 32000; ///< speech of one channel sounds well with it
+constexpr gint complexity = 3; ///< of 10: half the work, and speech sounds the same
+constexpr std::chrono::milliseconds lookAgain { 200 }; ///< whether the file has grown
 constexpr std::int64_t silencePiece = audioRate; ///< frames
 constexpr std::uint64_t pageNs = 500'000'000;
 
@@ -31,6 +35,7 @@ BufferRef newBuffer(std::int64_t frames)
 } // namespace
 
 VoiceTrack::VoiceTrack(const QString &path)
+    : m_path(path)
 {
     PipelineParts parts("nimbara-voice");
     GstElement *source = parts.makeInput();
@@ -45,7 +50,7 @@ VoiceTrack::VoiceTrack(const QString &path)
         nullptr);
     gst_util_set_object_arg(G_OBJECT(encoder), "audio-type", "voice");
     gst_util_set_object_arg(G_OBJECT(encoder), "bitrate-type", "vbr"); // silence costs nearly none
-    g_object_set(encoder, "bitrate", bitrate, nullptr);
+    g_object_set(encoder, "bitrate", bitrate, "complexity", complexity, nullptr);
     g_object_set(muxer, "max-page-delay", pageNs, "max-delay", pageNs, nullptr);
     g_object_set(sink,
         "location",
@@ -96,6 +101,9 @@ void VoiceTrack::push(std::int64_t atMs, const std::vector<std::int16_t> &values
     if (missing > slackMs * audioRate / 1000) {
         appendSilence(missing);
     }
+    if (values.empty()) {
+        return;
+    }
     const auto frames = static_cast<std::int64_t>(values.size());
     BufferRef buffer = newBuffer(frames);
     gst_buffer_fill(buffer.get(), 0, values.data(), bytesOf(frames));
@@ -110,13 +118,24 @@ bool VoiceTrack::isWell()
     return m_isWell;
 }
 
-bool VoiceTrack::finish(std::chrono::milliseconds patience)
+bool VoiceTrack::finish(std::chrono::milliseconds patience, const std::function<void()> &grown)
 {
     gst_app_src_end_of_stream(GST_APP_SRC(m_source.get()));
-    const auto message = MessageRef::adopt(gst_bus_timed_pop_filtered(m_pipeline.bus(),
-        static_cast<GstClockTime>(patience.count()) * GST_MSECOND,
-        static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS)));
-    return message && GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS;
+    qint64 known = -1;
+    for (std::chrono::milliseconds idle { 0 }; idle < patience; idle += lookAgain) {
+        const auto message = MessageRef::adopt(gst_bus_timed_pop_filtered(m_pipeline.bus(),
+            static_cast<GstClockTime>(std::min(lookAgain, patience - idle).count()) * GST_MSECOND,
+            static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS)));
+        if (message) {
+            return GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS;
+        }
+        if (const qint64 bytes = QFileInfo(m_path).size(); bytes != known) {
+            known = bytes;
+            idle = std::chrono::milliseconds(0);
+            grown();
+        }
+    }
+    return false;
 }
 
 } // namespace nimbara

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace nimbara {
@@ -22,21 +23,25 @@ public:
 
     /// Appends 16-bit values at 48000 Hz that are heard from `atMs` of the file on. Where that is
     /// more than `slackMs` behind the end of what came before, silence comes first; otherwise they
-    /// follow it end to end.
+    /// follow it end to end. Without values the silence alone.
     void push(std::int64_t atMs, const std::vector<std::int16_t> &values);
     static constexpr std::int64_t slackMs = 40;
 
     /// Nothing has failed so far.
     [[nodiscard]] bool isWell();
 
-    /// Ends the file; nothing is pushed afterwards. Returns whether all of it is written within the
-    /// patience.
-    bool finish(std::chrono::milliseconds patience);
+    /// Ends the file; nothing is pushed afterwards. Gives up when the file has not grown for as
+    /// long as the patience, and tells `grown` whenever it has. Returns whether all of it is
+    /// written.
+    bool finish(
+        std::chrono::milliseconds patience,
+        const std::function<void()> &grown = [] {});
 
 private:
     void append(BufferRef buffer, std::int64_t frames);
     void appendSilence(std::int64_t frames);
 
+    const QString m_path;
     bool m_isWell = true;
     std::int64_t m_frames = 0; ///< pushed so far
     Pipeline m_pipeline;

@@ -20,6 +20,11 @@ QStringList CaptionScreen::phrases() const
     return m_reading.block().isEmpty() ? QStringList() : QStringList(m_reading.block());
 }
 
+bool CaptionScreen::hasPhrases() const
+{
+    return !phrases().isEmpty() || (isReading() && m_reading.backlogMs() > 0);
+}
+
 void CaptionScreen::add(const Caption &caption)
 {
     m_captions.addCaption(caption.text, m_clock.wallMs());

@@ -38,6 +38,8 @@ public:
 
     /// On screen now, oldest first; in easy reading its block alone.
     [[nodiscard]] QStringList phrases() const;
+    /// Something is on screen now, or waits to be read.
+    [[nodiscard]] bool hasPhrases() const;
 
     void clear();
     /// A run begins: what no picture will show of the one before was let go, and is told all the

@@ -77,6 +77,7 @@ void TranslationDesk::connectEngine(AudioInput &input)
     m_engine.roadChanged = [this] { Q_EMIT changed(); };
     m_engine.heldChanged = [this] { Q_EMIT heldChanged(); };
     m_engine.ended = [this] { pause(); };
+    m_engine.secondEnded = [this] { endSecond(); };
     m_keyTest.answered
         = [this](bool works, const Message &outcome) { Q_EMIT keyTested(works, outcome); };
     m_keyTest.status = [this](const Message &message) {
@@ -166,6 +167,7 @@ void TranslationDesk::begin(const QString &key)
             each.begin(); // what is left of the run before goes into its own files
         }
         m_languages = { targetName(), secondName() };
+        m_hasSecondEnded = false;
         showCaptions();
         Q_EMIT began();
         Q_EMIT changed();
@@ -395,12 +397,24 @@ void TranslationDesk::tellPace(Target target, bool isHurried)
     logLine(QStringLiteral("IA: ") + pace.spanish());
 }
 
+/// Its layers show the first language from now on, once what they still had is gone.
+void TranslationDesk::endSecond()
+{
+    m_hasSecondEnded = true;
+    showCaptions();
+    Q_EMIT alarmed(
+        Message("La traducción a %1 terminó sola: sus capas muestran %2 hasta el próximo inicio.",
+            { Message::verbatim(languageOf(Target::Second)),
+                Message::verbatim(languageOf(Target::First)) }));
+}
+
 void TranslationDesk::showCaptions()
 {
     m_stage.captions.phrases = screen(Target::First).phrases();
-    m_stage.captions.second = languageOf(Target::Second).isEmpty()
-        ? std::nullopt
-        : std::optional(screen(Target::Second).phrases());
+    const bool hasSecond = !languageOf(Target::Second).isEmpty()
+        && (!m_hasSecondEnded || screen(Target::Second).hasPhrases());
+    m_stage.captions.second
+        = hasSecond ? std::optional(screen(Target::Second).phrases()) : std::nullopt;
     m_stage.captions.separator = separatorText(separator());
 }
 

@@ -156,6 +156,8 @@ Q_SIGNALS:
     void blockShown(const QString &block, nimbara::Target target);
     /// An operation failed.
     void failed(const nimbara::Message &reason);
+    /// The operator must know, and may look elsewhere now.
+    void alarmed(const nimbara::Message &text);
     /// One line for the operator.
     void said(const nimbara::Message &text);
 
@@ -173,6 +175,7 @@ private:
     void reportDelays();
     void showCaptions();
     void letHeldGo();
+    void endSecond();
     void tellPace(Target target, bool isHurried);
     [[nodiscard]] CaptionScreen &screen(Target target)
     {
@@ -199,6 +202,7 @@ private:
     bool m_voice = false;
     bool m_isWaiting = false;
     bool m_isShutDown = false;
+    bool m_hasSecondEnded = false; ///< by itself, in the run that is on or the last one
     std::array<CaptionScreen, bothTargets.size()> m_screens; ///< by `Target`
     std::int64_t m_delayedMs = 0; ///< when `delayed` was told last, monotonic
     KeyTest m_keyTest;

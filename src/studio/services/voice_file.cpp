@@ -6,9 +6,11 @@
 #include "studio/outputs/recording_desk.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <optional>
 #include <system_error>
@@ -20,14 +22,20 @@ namespace {
 
 constexpr int duePolls = 15; ///< half a second of frames is written at once
 constexpr std::size_t maxValues = std::size_t { 60 } * audioRate; ///< that a slow disk may owe
-constexpr std::chrono::milliseconds endPatience { 5000 }; ///< for the last page
+constexpr std::chrono::milliseconds endPatience { 5000 }; ///< with a file that does not grow
+constexpr std::chrono::milliseconds lookAgain { 20 }; ///< whether the end is written
 
 } // namespace
 
 /// What the background task knows. One task at a time.
 class VoiceFile::Disk {
 public:
-    /// Returns whether all was written.
+    explicit Disk(std::chrono::milliseconds retry)
+        : m_retry(retry)
+    {
+    }
+
+    /// Returns whether nothing has failed anew.
     bool write(const std::deque<Piece> &pieces)
     {
         bool all = true;
@@ -35,40 +43,94 @@ public:
             try {
                 all = take(piece) && all;
             } catch (const std::exception &) {
+                letGo();
                 all = false;
             }
         }
-        if (m_track) {
+        if (m_track && m_track->isWell()) {
             bringToDisk(m_path);
         }
         return all;
     }
 
+    /// Raised while the end of a track is written. From any thread.
+    [[nodiscard]] int steps() const { return m_steps; }
+
 private:
+    using SteadyClock = std::chrono::steady_clock;
+
     bool take(const Piece &piece)
     {
-        if (piece.stem.isEmpty()) {
-            const bool ended = !m_track || m_track->finish(endPatience);
-            m_track.reset();
-            bringToDisk(m_path);
-            return ended;
+        bool all = true;
+        if (piece.stem != m_stem) { // what tells the end may be lost
+            all = end();
+            m_stem = piece.stem;
+            m_retryAt = {};
+        }
+        if (m_stem.isEmpty()) {
+            return all;
+        }
+        if (!m_track && SteadyClock::now() < m_retryAt) {
+            return all; // of that failure is told
         }
         if (!m_track) {
-            const QString wanted = piece.stem + QStringLiteral(".opus");
+            const QString wanted = m_stem + QStringLiteral(".opus");
             QDir().mkpath(QFileInfo(wanted).path());
             m_path = RecordingDesk::freePath(wanted);
             m_track.emplace(m_path);
         }
         m_track->push(piece.atMs, piece.values);
-        return m_track->isWell();
+        m_hasClip = m_hasClip || !piece.values.empty();
+        if (!m_track->isWell()) {
+            letGo();
+            return false;
+        }
+        return all;
     }
 
-    QString m_path;
+    bool end()
+    {
+        if (!m_track) {
+            return true;
+        }
+        const bool ended = m_track->isWell() && m_track->finish(endPatience, [this] { ++m_steps; });
+        m_track.reset();
+        if (ended) {
+            bringToDisk(m_path);
+        }
+        removeIdle();
+        return ended;
+    }
+
+    /// After a failure, without waiting for a disk that takes nothing.
+    void letGo()
+    {
+        m_track.reset();
+        m_retryAt = SteadyClock::now() + m_retry;
+        removeIdle();
+    }
+
+    /// A file of no use does not stay.
+    void removeIdle()
+    {
+        const QString path = std::exchange(m_path, {});
+        const bool hadClip = std::exchange(m_hasClip, false);
+        if (!path.isEmpty() && (!hadClip || QFileInfo(path).size() == 0)) {
+            QFile::remove(path);
+        }
+    }
+
+    const std::chrono::milliseconds m_retry;
+    QString m_stem; ///< of the last piece
+    QString m_path; ///< of the track
     std::optional<VoiceTrack> m_track;
+    bool m_hasClip = false;
+    SteadyClock::time_point m_retryAt; ///< not before then
+    std::atomic<int> m_steps { 0 };
 };
 
-VoiceFile::VoiceFile()
-    : m_disk(std::make_shared<Disk>())
+VoiceFile::VoiceFile(std::chrono::milliseconds retry)
+    : m_disk(std::make_shared<Disk>(retry))
 {
 }
 
@@ -105,27 +167,40 @@ void VoiceFile::push(std::int64_t atMs, std::span<const float> block)
     m_waiting.push_back(std::move(piece));
 }
 
+void VoiceFile::pass(std::int64_t atMs, bool isWanted)
+{
+    if (m_stem.isEmpty() || (!m_hasTrack && !isWanted)) {
+        return;
+    }
+    m_hasTrack = true;
+    if (!m_waiting.empty() && m_waiting.back().stem == m_stem && m_waiting.back().values.empty()) {
+        m_waiting.back().atMs = atMs;
+    } else {
+        m_waiting.push_back({ m_stem, atMs, {} });
+    }
+}
+
 void VoiceFile::poll()
 {
+    takeResult();
     m_waitingPolls += m_waiting.empty() ? 0 : 1;
-    if (m_writing.isUnderWay() || m_waitingPolls >= duePolls) {
+    if (m_waitingPolls >= duePolls) {
         startWriting();
+    }
+}
+
+void VoiceFile::takeResult()
+{
+    if (m_writing.isReady() && !m_writing.take() && !std::exchange(m_hasFailed, true)) {
+        Q_EMIT failed(Message("No se pueden escribir los archivos de la traducción en %1",
+            { Message::verbatim(m_folder) }));
     }
 }
 
 void VoiceFile::startWriting()
 {
-    if (m_writing.isUnderWay()) {
-        if (!m_writing.isReady()) {
-            return; // a disk that hangs holds up what follows, and nothing else
-        }
-        if (!m_writing.take() && !std::exchange(m_hasFailed, true)) {
-            Q_EMIT failed(Message("No se pueden escribir los archivos de la traducción en %1",
-                { Message::verbatim(m_folder) }));
-        }
-    }
-    if (m_waiting.empty()) {
-        return;
+    if (m_writing.isUnderWay() || m_waiting.empty()) {
+        return; // a disk that hangs holds up what follows, and nothing else
     }
     m_waitingValues = 0;
     m_waitingPolls = 0;
@@ -140,14 +215,17 @@ void VoiceFile::startWriting()
 bool VoiceFile::finish(std::chrono::milliseconds patience)
 {
     follow({});
-    const auto until = std::chrono::steady_clock::now() + patience;
-    while (m_writing.isUnderWay() || !m_waiting.empty()) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            until - std::chrono::steady_clock::now());
-        if (m_writing.isUnderWay() && (left.count() <= 0 || !m_writing.isReady(left))) {
+    int known = m_disk->steps();
+    auto until = std::chrono::steady_clock::now() + patience;
+    for (startWriting(); m_writing.isUnderWay(); startWriting()) {
+        if (!m_writing.isReady(lookAgain) && std::chrono::steady_clock::now() >= until) {
             return false;
         }
-        startWriting();
+        if (const int steps = m_disk->steps(); steps != known) {
+            known = steps;
+            until = std::chrono::steady_clock::now() + patience;
+        }
+        takeResult();
     }
     return true;
 }

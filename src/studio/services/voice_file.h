@@ -16,13 +16,17 @@
 namespace nimbara {
 
 /// The synthetic voice of a service on file: an audio track of its own (Opus) beside the captions,
-/// on their clock, with silence where nothing is spoken. It begins with the first clip; what has
-/// been heard for two seconds is on the disk, by a background task. Nothing that exists is
+/// on their clock, with silence where nothing is spoken. One is left only where there is a clip;
+/// what has been heard for two seconds is on the disk, by a background task. A track that fails is
+/// let go, and another one begins beside it when the disk takes it. Nothing that exists is
 /// overwritten. Interface thread only, which never waits.
 class VoiceFile : public QObject {
     Q_OBJECT
 public:
-    VoiceFile();
+    /// A disk that failed is tried again after so long.
+    static constexpr std::chrono::milliseconds retryAfter { 30'000 };
+
+    explicit VoiceFile(std::chrono::milliseconds retry = retryAfter);
 
     /// Where the next blocks belong: a path without its end; empty: nowhere. Another one ends the
     /// track before.
@@ -30,11 +34,14 @@ public:
     /// A block of the voice, interleaved stereo at 48000 Hz, that is heard at `atMs` of the track.
     /// Its left channel is kept; an empty one is none.
     void push(std::int64_t atMs, std::span<const float> block);
+    /// It is silent up to there. A track that there is, or where one is wanted, grows with the
+    /// time: hours of silence are no work when a clip comes.
+    void pass(std::int64_t atMs, bool isWanted);
 
-    /// Writes what is due. Call on each frame.
+    /// Writes what is due, twice a second. Call on each frame.
     void poll();
-    /// Writes the rest and ends the track, before the program ends; returns whether that is done by
-    /// then.
+    /// Writes the rest and ends the track, before the program ends. Gives up when nothing has been
+    /// written for as long as the patience; returns whether all was.
     bool finish(std::chrono::milliseconds patience);
 
 Q_SIGNALS:
@@ -47,8 +54,9 @@ private:
     struct Piece {
         QString stem; ///< empty: the track ends
         std::int64_t atMs = 0;
-        std::vector<std::int16_t> values;
+        std::vector<std::int16_t> values; ///< none: silence up to there
     };
+    void takeResult();
     void startWriting();
 
     QString m_stem;

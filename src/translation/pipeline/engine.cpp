@@ -97,9 +97,14 @@ void Translation::connectLanes()
     m_second.asked = [this] { count(cost::Service::Translation, 1, 0); };
     m_second.isOwed = [this](std::int32_t sequence) { return m_line.owesTranscript(sequence); };
     m_second.lane().passed = [this](const Caption &shown, std::int64_t) { caption(shown); };
+    m_second.reached = [this] { m_line.setReached(); };
     m_second.ended = [this] {
+        const std::int32_t generation = requestGeneration();
         for (const Caption &held : m_second.lane().takeHeld()) {
             caption(held);
+        }
+        if (isCurrent(generation)) {
+            secondEnded();
         }
     };
 }
@@ -165,6 +170,7 @@ void Translation::stopEngine()
     m_tail.clear();
     m_line.clear();
     m_inFlight = 0;
+    m_uploading = 0;
     m_first.close();
     m_second.stop();
     m_memory.clear();
@@ -321,11 +327,22 @@ void Translation::waitFrom(const PhraseRequest &request)
     }
 }
 
+/// What the first language is slow with, or waits for, holds up no phrase of the second.
+std::optional<PhraseRequest> Translation::nextRequest()
+{
+    const std::int64_t now = m_clock.monotonicUs() / 1000;
+    auto request = m_line.take(now, m_inFlight);
+    if (!request && m_second.isOn()) {
+        request = m_line.takeUpload(now, m_uploading);
+    }
+    return request;
+}
+
 void Translation::startRequests()
 {
     giveUpUseless();
     while (running()) {
-        const auto request = m_line.take(m_clock.monotonicUs() / 1000, m_inFlight);
+        const auto request = nextRequest();
         if (!request) {
             return;
         }
@@ -358,14 +375,19 @@ void Translation::pushLive(const AudioBlock &block)
 void Translation::upload(const PhraseRequest &request)
 {
     count(cost::Service::Phrases, 1, wavUs(request.wav));
+    ++m_uploading;
     m_api.postForm(
         QStringLiteral("audio/transcriptions"),
         api::transcriptionForm(m_source, request.wav, m_glossary.prompt()),
         uploadTimeout,
         QStringLiteral("Transcripcion"),
         [this, request](const QByteArray &body) {
+            --m_uploading;
             m_line.setReached();
             translate({ request.sequence, request.times, {}, api::transcript(body), {} });
+            if (m_second.isOn()) { // else the translation takes its place
+                startRequests();
+            }
         },
         [this, request](int status) { handleFailure(request, status); });
 }
@@ -395,6 +417,11 @@ void Translation::translate(PhraseRequest request)
         return;
     }
     m_second.translate(request);
+    if (!m_first.isAwaited(request.sequence)) { // skipped: nobody would see it
+        --m_inFlight;
+        finish(request.sequence, {});
+        return;
+    }
     m_first.remember(request);
     if (m_line.isAway()) { // a live session may hear all the same
         --m_inFlight;
@@ -414,6 +441,7 @@ void Translation::askTranslation(const PhraseRequest &request)
 void Translation::handleFailure(const PhraseRequest &request, int status)
 {
     --m_inFlight;
+    m_uploading -= request.text.isEmpty() ? 1 : 0;
     const bool isOfUse = m_first.isAwaited(request.sequence)
         || (request.text.isEmpty() && m_second.isAwaited(request.sequence));
     if (status == 0 && isOfUse

@@ -24,6 +24,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <optional>
 
 namespace nimbara {
 
@@ -110,6 +111,9 @@ public:
     std::function<void(const Message &message)> captionNotice = [](const Message &) {};
     /// The run has ended by itself, after its message.
     std::function<void()> ended = [] {};
+    /// The second language has ended by itself, after its message and the captions it had held; the
+    /// first goes on.
+    std::function<void()> secondEnded = [] {};
     /// The captions that are held, or the text of one, have changed.
     std::function<void()> heldChanged = [] {};
     /// The next translated phrase of its language.
@@ -140,6 +144,7 @@ private:
     void takePhrase(const PhraseSamples &samples);
     [[nodiscard]] PhraseTimes timesOf(const PhraseSamples &samples) const;
     void startRequests();
+    [[nodiscard]] std::optional<PhraseRequest> nextRequest();
     void giveUpUseless();
     void upload(const PhraseRequest &request);
     std::int32_t take(std::int64_t phraseTimeMs);
@@ -170,6 +175,7 @@ private:
     TranscriptMemory m_memory; ///< of what was said twice
     RequestLine m_line; ///< what waits to be sent, for transcripts and the first language
     std::int32_t m_inFlight = 0; ///< transcriptions and translations of it under way
+    std::int32_t m_uploading = 0; ///< of them, the transcriptions by upload
     Terms m_terms;
     Glossary m_glossary; ///< what may be said: the terms of both languages of the run
     std::size_t m_owedFrames = 0; ///< of 48000 Hz, that are older than what is heard now

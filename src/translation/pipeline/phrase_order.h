@@ -31,7 +31,13 @@ public:
     bool skipLate(std::int64_t nowMs);
 
     /// The phrase is late for no fault of its own: it may take as long again from now on.
-    void waitFrom(std::int32_t sequence, std::int64_t nowMs) { m_waitFrom[sequence] = nowMs; }
+    /// Nothing happens when it was skipped.
+    void waitFrom(std::int32_t sequence, std::int64_t nowMs)
+    {
+        if (isAwaited(sequence)) {
+            m_waitFrom[sequence] = nowMs;
+        }
+    }
 
     /// The phrase whose turn it is.
     [[nodiscard]] std::int32_t awaited() const { return m_nextRelease; }

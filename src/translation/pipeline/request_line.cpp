@@ -63,10 +63,15 @@ std::vector<PhraseRequest> RequestLine::takeUseless(std::int64_t wallMs)
     return useless;
 }
 
-std::optional<PhraseRequest> RequestLine::take(std::int64_t nowMs, std::int32_t inFlight)
+bool RequestLine::maySend(std::int64_t nowMs, std::int32_t inFlight) const
 {
     const std::int32_t most = isAway() ? 1 : maxInFlight;
-    if (inFlight >= most || (isAway() && nowMs < m_retryAtMs)) {
+    return inFlight < most && (!isAway() || nowMs >= m_retryAtMs);
+}
+
+std::optional<PhraseRequest> RequestLine::take(std::int64_t nowMs, std::int32_t inFlight)
+{
+    if (!maySend(nowMs, inFlight)) {
         return std::nullopt;
     }
     if (m_requests.empty()) {
@@ -74,6 +79,17 @@ std::optional<PhraseRequest> RequestLine::take(std::int64_t nowMs, std::int32_t 
         return std::nullopt;
     }
     return m_requests.extract(m_requests.begin()).mapped();
+}
+
+std::optional<PhraseRequest> RequestLine::takeUpload(std::int64_t nowMs, std::int32_t uploading)
+{
+    const auto upload = std::find_if(m_requests.begin(), m_requests.end(), [](const auto &each) {
+        return each.second.text.isEmpty();
+    });
+    if (upload == m_requests.end() || !maySend(nowMs, uploading)) {
+        return std::nullopt;
+    }
+    return m_requests.extract(upload).mapped();
 }
 
 } // namespace nimbara

@@ -67,9 +67,13 @@ public:
     /// The next request that may be sent beside so many others; none when it has to wait.
     std::optional<PhraseRequest> take(std::int64_t nowMs, std::int32_t inFlight);
 
+    /// The same for the next phrase that is still to be transcribed, whatever waits before it.
+    std::optional<PhraseRequest> takeUpload(std::int64_t nowMs, std::int32_t uploading);
+
     void clear() { *this = {}; }
 
 private:
+    [[nodiscard]] bool maySend(std::int64_t nowMs, std::int32_t inFlight) const;
     static bool isTooOld(const PhraseRequest &request, std::int64_t wallMs);
 
     std::map<std::int32_t, PhraseRequest> m_requests;

@@ -23,6 +23,7 @@ SecondLanguage::SecondLanguage(const Clock &clock, const Endpoint &endpoint)
     };
     m_lane.answered = [this](std::int32_t sequence, const QString &text) {
         m_line.setReached();
+        reached();
         finish(sequence, text);
     };
     m_lane.failed
@@ -67,7 +68,7 @@ void SecondLanguage::waitFrom(std::int32_t sequence)
 
 void SecondLanguage::translate(PhraseRequest request)
 {
-    if (!isOn()) {
+    if (!isAwaited(request.sequence)) {
         return;
     }
     m_lane.remember(request);

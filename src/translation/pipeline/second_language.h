@@ -41,7 +41,7 @@ public:
     {
         return isOn() && m_lane.isAwaited(sequence);
     }
-    /// Its transcript: `request` has number, times and text.
+    /// Its transcript: `request` has number, times and text. What was skipped is not asked for.
     void translate(PhraseRequest request);
     /// There is none.
     void giveNothing(std::int32_t sequence);
@@ -51,6 +51,8 @@ public:
 
     /// The transcript of this phrase is still to come, and must be waited for.
     std::function<bool(std::int32_t sequence)> isOwed = [](std::int32_t) { return false; };
+    /// An answer has come: the network is there.
+    std::function<void()> reached = [] {};
     /// A translation is asked for.
     std::function<void()> asked = [] {};
     /// Gets what goes wrong, and in which language.

@@ -39,7 +39,7 @@ private Q_SLOTS:
     /// A question that nobody sees leaves the camera dark for the whole service.
     void asksForTheLogin()
     {
-        Desk desk;
+        Desk desk(withKeychain(new ScriptedKeyStore)); // no login of a run before
         LoginDesk &logins = desk.window.studio().sources().logins();
         const auto location = u"rtsp://127.0.0.1:9/1"_s;
         desk.dialogs->logins = { Login { u"coro"_s, u"primera"_s }, std::nullopt };

@@ -141,8 +141,9 @@ private Q_SLOTS:
     {
         SermonDesk desk;
         QSignalSpy found(&desk.studio.quotations(), &QuotationFinder::found);
-        desk.hear(u"Juan tres dieciséis al dieciocho: porque de tal manera amó Dios al mundo que ha "
-                  u"dado a su Hijo unigénito"_s,
+        desk.hear(
+            u"Juan tres dieciséis al dieciocho: porque de tal manera amó Dios al mundo que ha "
+            u"dado a su Hijo unigénito"_s,
             true);
         QTRY_VERIFY(!found.isEmpty());
         QCOMPARE(desk.verses.offered(), u"Juan 3:16-18"_s);

@@ -79,8 +79,7 @@ QList<std::size_t> LineTest::selected() const
 
 std::optional<bool> LineTest::hadRoom() const
 {
-    const bool isStill
-        = m_tested == selected() && m_kbits == m_stage.document.project().videoKbits;
+    const bool isStill = m_tested == selected() && m_kbits == m_stage.document.project().videoKbits;
     return isStill ? m_hadRoom : std::nullopt;
 }
 

@@ -30,6 +30,13 @@ public:
     offer(const QString &, const QString &, const QString &, const std::function<void()> &) override
     {
     }
+    void login(const QString &,
+        const QString &,
+        const std::optional<QString> &,
+        const std::function<void(const std::optional<Login> &)> &done) override
+    {
+        done(std::nullopt);
+    }
 
 private:
     QString next();

@@ -2,7 +2,7 @@
 """A service in a storm: the shipped program is on air, in the hall, on a stream and in a recording, while
 every five seconds something around it breaks or comes back, or the operator does something.
 
-usage: api_host.sh PEERS pipewire_session.sh storm_test.py PROGRAM PEERS MAKE_CLIP
+usage: api_host.sh PEERS pipewire_session.sh --with-services storm_test.py PROGRAM PEERS MAKE_CLIP
 
 NIMBARA_STORM_SEED chooses the storm, NIMBARA_STORM_MINUTES its length (30).
 """

@@ -3,7 +3,7 @@
 synthetic voice in the sound. The program takes a server of
 this machine for the API's host, and nothing reaches that before the start or after the pause.
 
-usage: api_host.sh PEERS pipewire_session.sh translation_test.py PROGRAM PEERS [unittest arguments]
+usage: api_host.sh PEERS pipewire_session.sh --with-services translation_test.py PROGRAM PEERS [unittest arguments]
 """
 
 import array

@@ -2,7 +2,9 @@
 # Runs a command with a media service of its own: a private session bus, runtime folder, PipeWire and
 # WirePlumber, so that virtual cameras and microphones can come and go without touching the desktop.
 #
-#   pipewire_session.sh COMMAND [ARGUMENT...]
+#   pipewire_session.sh [--with-services] COMMAND [ARGUMENT...]
+#     --with-services   the desktop's services start on the bus when they are asked for, such as the one
+#                       that tells what is in a window; without it nothing does
 #
 # The command starts when the service answers and its session manager is in charge. Everything is gone
 # when the command ends; its exit status is the script's.
@@ -15,12 +17,17 @@ if [ "${NIMBARA_PIPEWIRE_SESSION:-}" = "" ]; then
     NIMBARA_PIPEWIRE_SESSION=$(mktemp -d)
     export NIMBARA_PIPEWIRE_SESSION
     trap 'rm -rf "$NIMBARA_PIPEWIRE_SESSION"' EXIT
+    bus=--config-file=$(dirname "$0")/private_bus.conf
+    if [ "${1:-}" = --with-services ]; then
+        shift
+        bus=
+    fi
     mkdir -m 700 "$NIMBARA_PIPEWIRE_SESSION/run" "$NIMBARA_PIPEWIRE_SESSION/home"
     status=0
     XDG_RUNTIME_DIR="$NIMBARA_PIPEWIRE_SESSION/run" \
         XDG_STATE_HOME="$NIMBARA_PIPEWIRE_SESSION/home" \
         PIPEWIRE_REMOTE=pipewire-0 \
-        dbus-run-session --config-file="$(dirname "$0")/private_bus.conf" -- "$0" "$@" || status=$?
+        dbus-run-session ${bus:+"$bus"} -- "$0" "$@" || status=$?
     exit "$status"
 fi
 

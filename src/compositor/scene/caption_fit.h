@@ -26,7 +26,7 @@ private:
     static constexpr std::size_t maxPlaces = 16;
     struct Place {
         TextBlock block; ///< without a text
-        std::int32_t language;
+        std::int32_t language = caption_language::first;
         Captions captions; ///< that were measured
         qsizetype count = 1; ///< so many phrases of them fit
     };

@@ -89,7 +89,8 @@ QJsonValue bare(const QJsonValue &value)
 {
     if (value.isArray()) {
         QJsonArray all;
-        for (const QJsonValue &each : value.toArray()) {
+        const QJsonArray values = value.toArray();
+        for (const auto &each : values) {
             all.append(bare(each));
         }
         return all;

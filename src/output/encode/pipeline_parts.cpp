@@ -41,6 +41,21 @@ GstElement *PipelineParts::makeInput(const char *name) const
     return source;
 }
 
+GstElement *PipelineParts::makeFileSink(const QString &path) const
+{
+    constexpr int unbuffered = 2;
+    GstElement *sink = make("filesink");
+    g_object_set(sink,
+        "location",
+        path.toUtf8().constData(),
+        "sync",
+        FALSE,
+        "buffer-mode",
+        unbuffered,
+        nullptr);
+    return sink;
+}
+
 void PipelineParts::link(std::initializer_list<GstElement *> chain)
 {
     for (const auto *next = chain.begin() + 1; next != chain.end(); ++next) {

@@ -24,6 +24,9 @@ public:
     [[nodiscard]] GstElement *makeFilter(const QString &caps) const;
     /// An input that the program's ticks fill ("appsrc"); time stamps are those of its buffers.
     [[nodiscard]] GstElement *makeInput(const char *name = nullptr) const;
+    /// An output into a file, over one that exists. What has come to it survives the end of the
+    /// process.
+    [[nodiscard]] GstElement *makeFileSink(const QString &path) const;
     static void link(std::initializer_list<GstElement *> chain);
     /// An input that has no caps yet with the muxer's pad for its kind.
     static void link(GstElement *input, GstElement *muxer, const char *pad);

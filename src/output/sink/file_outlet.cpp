@@ -14,15 +14,7 @@ Outlet buildFileOutlet(const QString &path)
     GstElement *video = parts.makeInput();
     GstElement *audio = parts.makeInput();
     GstElement *muxer = parts.make(isMatroska ? "matroskamux" : "webmmux");
-    GstElement *sink = parts.make("filesink");
-    g_object_set(sink,
-        "location",
-        path.toUtf8().constData(),
-        "sync",
-        FALSE,
-        "buffer-mode",
-        2, // unbuffered: what is recorded survives the end of the process
-        nullptr);
+    GstElement *sink = parts.makeFileSink(path);
     PipelineParts::link(video, muxer, "video_%u");
     PipelineParts::link(audio, muxer, "audio_%u");
     PipelineParts::link({ muxer, sink });

@@ -41,7 +41,7 @@ VoiceTrack::VoiceTrack(const QString &path)
     GstElement *source = parts.makeInput();
     GstElement *encoder = parts.make("opusenc");
     GstElement *muxer = parts.make("oggmux");
-    GstElement *sink = parts.make("filesink");
+    GstElement *sink = parts.makeFileSink(path);
     g_object_set(source,
         "caps",
         capsOf(QStringLiteral("audio/x-raw,format=S16LE,layout=interleaved,channels=1,rate=%1")
@@ -52,14 +52,6 @@ VoiceTrack::VoiceTrack(const QString &path)
     gst_util_set_object_arg(G_OBJECT(encoder), "bitrate-type", "vbr"); // silence costs nearly none
     g_object_set(encoder, "bitrate", bitrate, "complexity", complexity, nullptr);
     g_object_set(muxer, "max-page-delay", pageNs, "max-delay", pageNs, nullptr);
-    g_object_set(sink,
-        "location",
-        path.toUtf8().constData(),
-        "sync",
-        FALSE,
-        "buffer-mode",
-        2, // unbuffered: what is written survives the end of the process
-        nullptr);
     PipelineParts::link({ source, encoder, muxer, sink });
     m_source = ElementRef::retain(source);
     m_pipeline = parts.take();
@@ -84,8 +76,9 @@ void VoiceTrack::append(BufferRef buffer, std::int64_t frames)
 
 void VoiceTrack::appendSilence(std::int64_t frames)
 {
-    const BufferRef silence = newBuffer(std::min(frames, silencePiece));
-    gst_buffer_memset(silence.get(), 0, 0, bytesOf(silencePiece));
+    const std::int64_t longest = std::min(frames, silencePiece);
+    const BufferRef silence = newBuffer(longest);
+    gst_buffer_memset(silence.get(), 0, 0, bytesOf(longest));
     for (; frames > 0; frames -= silencePiece) {
         const std::int64_t piece = std::min(frames, silencePiece);
         append(

@@ -116,10 +116,10 @@ void SpokenVerses::takeQuotation(const bible::Passage &verse, const QString &tex
 {
     // What was named goes before what is read of it, and before what was quoted earlier.
     const bool isNamed = m_namedMs && nowMs() - *m_namedMs < cutMs;
-    const bool isReadOn = verse != m_lastOffer && isReading(text);
-    if (!isNamed && !isReadOn) {
-        offer(verse, isGrowing);
+    if (isNamed || (verse != m_lastOffer && isReading(text))) {
+        return;
     }
+    offer(verse, isGrowing);
 }
 
 bool SpokenVerses::isReading(const QString &said) const

@@ -94,7 +94,8 @@ private Q_SLOTS:
             tries.push_back(clock.monotonicUs() / 1'000'000);
             throw Error("no server");
         };
-        SourceReturn sources(clock, [](const Message &) {});
+        const auto always = [](const Layer &) { return true; };
+        SourceReturn sources(clock, always, [](const Message &) {});
         SourcePool pool(clock, refuse, [](const Message &) {});
         OnAir onAir;
         Document document(clock);

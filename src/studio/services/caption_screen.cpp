@@ -9,7 +9,7 @@ void CaptionScreen::setSeparator(CaptionSeparator separator)
     m_captions.setSeparator(separator);
     m_reading.clear();
     forgetUnshown();
-    changed();
+    Q_EMIT changed();
 }
 
 QStringList CaptionScreen::phrases() const
@@ -30,7 +30,7 @@ void CaptionScreen::add(const Caption &caption)
     m_captions.addCaption(caption.text, m_clock.wallMs());
     if (!isReading()) {
         m_unshown.push_back(caption);
-        changed();
+        Q_EMIT changed();
         return;
     }
     if (m_reading.add(caption.text)) {
@@ -42,7 +42,7 @@ void CaptionScreen::add(const Caption &caption)
 void CaptionScreen::advance()
 {
     if (m_captions.clearOld(m_clock.wallMs())) {
-        changed();
+        Q_EMIT changed();
     }
     if (isReading()) {
         advanceReading();
@@ -53,11 +53,11 @@ void CaptionScreen::advanceReading()
 {
     const bool wasHurried = m_reading.isHurried();
     if (m_reading.advance(nowMs())) {
-        changed();
-        blockShown(m_reading.block());
+        Q_EMIT changed();
+        Q_EMIT blockShown(m_reading.block());
     }
     if (m_reading.isHurried() != wasHurried) {
-        paceChanged(!wasHurried);
+        Q_EMIT paceChanged(!wasHurried);
     }
 }
 
@@ -84,7 +84,7 @@ void CaptionScreen::tellBegun(qsizetype count)
 {
     const auto waiting = static_cast<qsizetype>(m_unshown.size());
     for (; count > 0 && m_begun < waiting; --count) {
-        captionShown(m_unshown.at(static_cast<std::size_t>(m_begun++)));
+        Q_EMIT captionShown(m_unshown.at(static_cast<std::size_t>(m_begun++)));
     }
 }
 
@@ -92,7 +92,7 @@ void CaptionScreen::forgetUnshown()
 {
     m_unshown.clear();
     m_begun = 0;
-    blockShown({});
+    Q_EMIT blockShown({});
 }
 
 void CaptionScreen::clear()
@@ -100,7 +100,7 @@ void CaptionScreen::clear()
     m_captions.clear();
     m_reading.clear();
     forgetUnshown();
-    changed();
+    Q_EMIT changed();
 }
 
 void CaptionScreen::begin()
@@ -117,7 +117,7 @@ void CaptionScreen::tellUnshown()
     while (m_reading.backlogMs() > 0) {
         ms += Reading::lifetimeMs; // every block is read by then
         m_reading.advance(ms);
-        blockShown(m_reading.block());
+        Q_EMIT blockShown(m_reading.block());
     }
 }
 

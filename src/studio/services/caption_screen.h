@@ -6,18 +6,19 @@
 #include "translation/pipeline/phrase_delay.h"
 #include "translation/pipeline/reading.h"
 
+#include <QObject>
 #include <QString>
 #include <QStringList>
 
 #include <cstdint>
 #include <deque>
-#include <functional>
 
 namespace nimbara {
 
 /// The captions of one language on their way into the pictures: what is on screen, what waits to be
 /// read, and how late each comes. Interface thread only.
-class CaptionScreen {
+class CaptionScreen : public QObject {
+    Q_OBJECT
 public:
     explicit CaptionScreen(const Clock &clock)
         : m_clock(clock)
@@ -50,14 +51,15 @@ public:
     [[nodiscard]] DelayMeter &delays() { return m_delays; }
     [[nodiscard]] const DelayMeter &delays() const { return m_delays; }
 
+Q_SIGNALS:
     /// `phrases` has changed.
-    std::function<void()> changed = [] {};
+    void changed();
     /// The pictures that are made now are the first with the caption, or with its first word.
-    std::function<void(const Caption &caption)> captionShown = [](const Caption &) {};
+    void captionShown(const nimbara::Caption &caption);
     /// In easy reading: they are the first with the block; empty: without any.
-    std::function<void(const QString &block)> blockShown = [](const QString &) {};
+    void blockShown(const QString &block);
     /// The pace of reading is raised, or is the usual one again.
-    std::function<void(bool isHurried)> paceChanged = [](bool) {};
+    void paceChanged(bool isHurried);
 
 private:
     void advanceReading();

@@ -90,11 +90,14 @@ void TranslationDesk::connectScreens()
 {
     for (const Target target : bothTargets) {
         CaptionScreen &each = screen(target);
-        each.changed = [this] { showCaptions(); };
-        each.captionShown = [this](const Caption &caption) { Q_EMIT captionShown(caption); };
-        each.blockShown
-            = [this, target](const QString &block) { Q_EMIT blockShown(block, target); };
-        each.paceChanged = [this, target](bool isHurried) { tellPace(target, isHurried); };
+        connect(&each, &CaptionScreen::changed, this, &TranslationDesk::showCaptions);
+        connect(&each, &CaptionScreen::captionShown, this, &TranslationDesk::captionShown);
+        connect(&each, &CaptionScreen::blockShown, this, [this, target](const QString &block) {
+            Q_EMIT blockShown(block, target);
+        });
+        connect(&each, &CaptionScreen::paceChanged, this, [this, target](bool isHurried) {
+            tellPace(target, isHurried);
+        });
     }
 }
 

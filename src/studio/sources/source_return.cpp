@@ -45,8 +45,9 @@ void exchangeIn(LiveScene &live, const Layer &layer, const MediaPtr &from, const
 
 } // namespace
 
-SourceReturn::SourceReturn(const Clock &clock, Report status)
+SourceReturn::SourceReturn(const Clock &clock, MayOpen mayOpen, Report status)
     : m_clock(clock)
+    , m_mayOpen(std::move(mayOpen))
     , m_status(std::move(status))
 {
 }
@@ -131,7 +132,7 @@ void SourceReturn::advance(Lost &lost, SourcePool &pool, OnAir &onAir)
         watch(lost, pool, onAir);
     } else if (lost.next) {
         follow(lost, pool, onAir);
-    } else if (m_clock.monotonicUs() >= lost.nextUs && mayOpen(lost.layer)) {
+    } else if (m_clock.monotonicUs() >= lost.nextUs && m_mayOpen(lost.layer)) {
         open(lost, pool);
     }
 }
@@ -167,7 +168,7 @@ void SourceReturn::follow(Lost &lost, SourcePool &pool, OnAir &onAir)
         m_status(Message("Fuente recuperada: %1",
             { Message::verbatim(withoutSecrets(lost.layer.name)) }));
     } else if (!lost.next->active()) {
-        refused(*lost.next);
+        Q_EMIT refused(*lost.next);
         logLine(
             QStringLiteral("Fuente: no se pudo reabrir: ") + lost.next->takeMessage().spanish());
         lost.next.reset();

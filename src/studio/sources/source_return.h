@@ -5,6 +5,8 @@
 #include "studio/sources/on_air.h"
 #include "studio/sources/source_pool.h"
 
+#include <QObject>
+
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -16,18 +18,17 @@ namespace nimbara {
 /// old one lets go of its connection at once, since a camera may serve one client only; the new one
 /// takes its place with its first picture, in the project as in the programs on air. Interface
 /// thread only; nothing in it waits.
-class SourceReturn {
+class SourceReturn : public QObject {
+    Q_OBJECT
 public:
+    /// Whether trying is of use, asked before each attempt: a camera may wait for its password.
+    using MayOpen = std::function<bool(const Layer &layer)>;
+
     /// µs; a source that stops again before goes on with the delay it had.
     static constexpr std::int64_t steadyUs = 10'000'000;
 
-    SourceReturn(const Clock &clock, Report status);
-
-    /// Whether trying is of use, asked before each attempt: a camera may wait for its password.
-    /// Never empty.
-    std::function<bool(const Layer &)> mayOpen = [](const Layer &) { return true; };
-    /// Told of each source that was opened in vain. Never empty.
-    std::function<void(const Media &)> refused = [](const Media &) {};
+    /// `mayOpen`: never empty.
+    SourceReturn(const Clock &clock, MayOpen mayOpen, Report status);
 
     /// Call on every run of the frame clock. Every source of `scenes` in the pool and of the
     /// programs is looked after; those of no layer are forgotten.
@@ -35,6 +36,10 @@ public:
 
     /// The one that is being opened for the layer and has no picture yet, or none.
     [[nodiscard]] Media *coming(const Layer &layer) const;
+
+Q_SIGNALS:
+    /// A source was opened in vain.
+    void refused(const nimbara::Media &source);
 
 private:
     struct Lost {
@@ -59,6 +64,7 @@ private:
     void wait(Lost &lost);
 
     const Clock &m_clock;
+    MayOpen m_mayOpen;
     Report m_status;
     std::int64_t m_searchedUs = 0;
     std::vector<Lost> m_lost;

@@ -52,13 +52,21 @@ Sources::Sources(const Clock &clock,
           clock,
           [this](const Layer &layer) { return openSource(m_factory, m_frame(), layer); },
           status)
-    , m_sourceReturn(clock, std::move(status))
+    , m_sourceReturn(
+          clock,
+          [this](const Layer &layer) { return mayOpen(layer); },
+          std::move(status))
     , m_shelf(clock)
 {
-    m_sourceReturn.mayOpen = [this](const Layer &layer) {
-        return layer.kind == LayerKind::Screen ? m_screen.mayOpen() : m_logins.mayOpen(layer.uri);
-    };
-    m_sourceReturn.refused = [this](const Media &source) { tellRefusal(source); };
+    QObject::connect(&m_sourceReturn,
+        &SourceReturn::refused,
+        &m_sourceReturn,
+        [this](const Media &source) { tellRefusal(source); });
+}
+
+bool Sources::mayOpen(const Layer &layer)
+{
+    return layer.kind == LayerKind::Screen ? m_screen.mayOpen() : m_logins.mayOpen(layer.uri);
 }
 
 LiveScene Sources::live(const ScenePtr &scene) const

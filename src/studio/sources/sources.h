@@ -154,6 +154,7 @@ private:
     void pollCamera();
     void reopen(const CaptureDevice &found);
     void tellUnsteady();
+    [[nodiscard]] bool mayOpen(const Layer &layer);
     void tellRefusal(const Media &source);
     void pollOnce(Media *source, bool shown);
     void sweep(const SceneSets &scenes);

@@ -136,7 +136,7 @@ public:
             format,
             m_sink.get() });
         m_pipeline = parts.take();
-        giveWayToOthers(m_pipeline.bus());
+        setThreadTurn(m_pipeline.bus(), ThreadTurn::AfterOthers);
     }
     Bench(const Bench &) = delete;
     Bench &operator=(const Bench &) = delete;

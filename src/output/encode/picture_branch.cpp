@@ -51,7 +51,7 @@ PictureBranch::PictureBranch(const EncoderProfile &profile,
 {
     feedTaps(m_parts.sink.get(), Track::Picture, taps, lead);
     count(m_parts.source.get(), m_taken);
-    giveWayToOthers(bus());
+    setThreadTurn(bus(), ThreadTurn::Encoder);
     if (!m_parts.pipeline.play()) {
         throw Error(QStringLiteral("No se pudo iniciar salida"));
     }

@@ -59,7 +59,7 @@ void ProgramEncoder::startSound()
 {
     m_sound = buildSoundEncoding(m_profile);
     feedTaps(m_sound.sink.get(), Track::Sound, m_taps, m_sound.lead);
-    giveWayToOthers(m_sound.pipeline.bus());
+    setThreadTurn(m_sound.pipeline.bus(), ThreadTurn::Encoder);
     if (!m_sound.pipeline.play()) {
         throw Error(QStringLiteral("No se pudo iniciar salida"));
     }

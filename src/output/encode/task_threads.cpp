@@ -1,7 +1,9 @@
 #include "output/encode/task_threads.h"
 
+#include "base/thread_priority.h"
 #include "media/gst/gst_handles.h"
 
+#include <atomic>
 #include <memory>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -10,26 +12,41 @@ namespace nimbara {
 
 namespace {
 
+constexpr int givingNiceness = 4;
+constexpr int keepingNiceness = -5;
+
+std::atomic<bool> encodersKeep { false };
+
 struct Work {
     GstTaskPoolFunction function;
     gpointer data;
+    ThreadTurn turn;
 };
 
-gpointer runNicely(gpointer given)
+gpointer runInTurn(gpointer given)
 {
     const std::unique_ptr<Work> work(static_cast<Work *>(given));
+    if (work->turn == ThreadTurn::Encoder && encodersKeep) {
+        askForPriority(keepingNiceness, [](const QString & /*error*/) {});
+    } else {
 #ifdef __linux__
-    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), encoderNiceness); // the thread alone
+        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), givingNiceness); // the thread alone
 #endif
+    }
     work->function(work->data);
     return nullptr;
 }
 
-gpointer
-pushTask(GstTaskPool * /*pool*/, GstTaskPoolFunction function, gpointer data, GError **error)
+struct TurnPool {
+    GstTaskPool pool;
+    ThreadTurn turn;
+};
+
+gpointer pushTask(GstTaskPool *pool, GstTaskPoolFunction function, gpointer data, GError **error)
 {
-    auto work = std::make_unique<Work>(Work { function, data });
-    GThread *thread = g_thread_try_new("encoder", runNicely, work.get(), error);
+    const ThreadTurn turn = reinterpret_cast<TurnPool *>(pool)->turn;
+    auto work = std::make_unique<Work>(Work { function, data, turn });
+    GThread *thread = g_thread_try_new("encoder", runInTurn, work.get(), error);
     if (thread != nullptr) {
         static_cast<void>(work.release());
     }
@@ -56,22 +73,24 @@ void initPoolClass(gpointer poolClass, gpointer /*data*/)
     pool->dispose_handle = disposeTask;
 }
 
-GstTaskPool *nicePool()
+GstRef<GstTaskPool> makePool(ThreadTurn turn)
 {
     static const GType type = g_type_register_static_simple(GST_TYPE_TASK_POOL,
         "NimbaraTaskThreads",
         sizeof(GstTaskPoolClass),
         initPoolClass,
-        sizeof(GstTaskPool),
+        sizeof(TurnPool),
         nullptr,
         GTypeFlags {});
-    static const auto pool
-        = GstRef<GstTaskPool>::sink(GST_TASK_POOL_CAST(g_object_new(type, nullptr)));
-    return pool.get();
+    auto *pool = static_cast<TurnPool *>(g_object_new(type, nullptr));
+    pool->turn = turn;
+    return GstRef<GstTaskPool>::sink(&pool->pool);
 }
 
+template <ThreadTurn turn>
 GstBusSyncReply onMessage(GstBus * /*bus*/, GstMessage *message, gpointer /*data*/)
 {
+    static const GstRef<GstTaskPool> pool = makePool(turn);
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_STREAM_STATUS) {
         GstStreamStatusType kind = GST_STREAM_STATUS_TYPE_CREATE;
         GstElement *owner = nullptr;
@@ -79,7 +98,7 @@ GstBusSyncReply onMessage(GstBus * /*bus*/, GstMessage *message, gpointer /*data
         const GValue *task = gst_message_get_stream_status_object(message);
         if (kind == GST_STREAM_STATUS_TYPE_CREATE && task != nullptr
             && G_VALUE_HOLDS(task, GST_TYPE_TASK)) {
-            gst_task_set_pool(GST_TASK(g_value_get_object(task)), nicePool());
+            gst_task_set_pool(GST_TASK(g_value_get_object(task)), pool.get());
         }
     }
     return GST_BUS_PASS;
@@ -87,9 +106,18 @@ GstBusSyncReply onMessage(GstBus * /*bus*/, GstMessage *message, gpointer /*data
 
 } // namespace
 
-void giveWayToOthers(GstBus *bus)
+void setThreadTurn(GstBus *bus, ThreadTurn turn)
 {
-    gst_bus_set_sync_handler(bus, onMessage, nullptr, nullptr);
+    gst_bus_set_sync_handler(bus,
+        turn == ThreadTurn::Encoder ? onMessage<ThreadTurn::Encoder>
+                                    : onMessage<ThreadTurn::AfterOthers>,
+        nullptr,
+        nullptr);
+}
+
+void letEncodersKeepTheirTurn()
+{
+    encodersKeep = true;
 }
 
 } // namespace nimbara

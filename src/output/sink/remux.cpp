@@ -78,7 +78,7 @@ void remux(const QString &source, const QString &target)
     PipelineParts::link({ muxer, fileElement(parts, "filesink", target) });
     g_signal_connect(demuxer, "pad-added", G_CALLBACK(connectTrack), muxer);
     const Pipeline pipeline = parts.take();
-    giveWayToOthers(pipeline.bus());
+    setThreadTurn(pipeline.bus(), ThreadTurn::AfterOthers);
     if (!pipeline.play()) {
         throw Error(failureText(GST_RESOURCE_ERROR_OPEN_READ));
     }

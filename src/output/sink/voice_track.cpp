@@ -55,7 +55,7 @@ VoiceTrack::VoiceTrack(const QString &path)
     PipelineParts::link({ source, encoder, muxer, sink });
     m_source = ElementRef::retain(source);
     m_pipeline = parts.take();
-    giveWayToOthers(m_pipeline.bus());
+    setThreadTurn(m_pipeline.bus(), ThreadTurn::AfterOthers);
     if (!m_pipeline.play()) {
         throw Error(QStringLiteral("No se pudo iniciar salida"));
     }

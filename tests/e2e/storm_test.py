@@ -112,7 +112,7 @@ class StormTest(StudioTest):
         studio.wait_status("IA: Modo en vivo activo")
         studio.click(AIR_TAB, role="page tab")
         self.stream()
-        self.path = self.folder / "storm.webm"
+        self.path = self.folder / "storm.mkv"  # beside the stream, and with all that makes the storm on the same cores
         studio.start_recording(self.path)
 
     def stream(self):
@@ -220,7 +220,7 @@ class StormTest(StudioTest):
 
     def check_sound(self):
         """Of the last seconds, in which the clip is on air."""
-        tail = self.folder / "tail.webm"
+        tail = self.folder / "tail.mkv"
         words = ["ffmpeg", "-v", "error", "-sseof", "-15", "-i", self.path, "-c", "copy", tail]
         subprocess.run(words, check=True)
         offsets = beep_offsets(tail, read_clip(tail))

@@ -3,9 +3,11 @@
 #include "support/error_of.h"
 #include "support/test_registry.h"
 
+#include <QSignalSpy>
 #include <QUrl>
 
 #include <chrono>
+#include <functional>
 #include <future>
 
 using namespace nimbara;
@@ -69,6 +71,58 @@ private Q_SLOTS:
         }
         QVERIFY(desk.runUntil([&] { return desk.projects().lastPath() == desk.path; }));
         QCOMPARE(fromJson(readProjectFile(desk.path)).title, u"tres"_s);
+    }
+
+    /// A disk that gives the file late, and what the operator does until then: what would be lost
+    /// is lost on demand alone.
+    void aSlowOpeningTakesNothingAway_data()
+    {
+        using Deed = std::function<void(ProjectFixture &)>;
+        QTest::addColumn<Deed>("meanwhile");
+        QTest::addColumn<bool>("isAsked");
+        QTest::newRow("nothing") << Deed([](ProjectFixture &) {}) << false;
+        const Deed edit = [](ProjectFixture &desk) { desk.take({ colorLayer(Qt::red) }); };
+        QTest::newRow("an edit that is taken") << edit << true;
+        QTest::newRow("a TAKE") << Deed([](auto &desk) { desk.studio.program().take(); }) << true;
+        QTest::newRow("black") << Deed([](auto &desk) { desk.studio.program().offAir(); }) << true;
+        QTest::newRow("an edit that is undone") << Deed([edit](auto &desk) {
+            desk.setLayers({ colorLayer(Qt::red) });
+            desk.studio.document().undo();
+        }) << false;
+    }
+    void aSlowOpeningTakesNothingAway()
+    {
+        QFETCH(std::function<void(ProjectFixture &)>, meanwhile);
+        QFETCH(bool, isAsked);
+        ProjectFixture desk;
+        desk.saveAs("del archivo");
+        QVERIFY(desk.runUntil([&] { return desk.projects().lastPath() == desk.path; }));
+        desk.studio.document().setTitle(u"en la mesa"_s);
+        const auto title = [&] { return desk.studio.document().project().title; };
+        std::promise<void> disk;
+        desk.projects().readFile = [gate = disk.get_future().share()](const QString &path) {
+            gate.wait();
+            return readProjectFile(path);
+        };
+        const QSignalSpy ready(&desk.projects(), &ProjectDesk::ready);
+        for (int turn = 0; turn < 2; ++turn) { // the first one is let go of
+            desk.projects().openProject(desk.path);
+            QVERIFY(desk.projects().isOpening());
+            if (turn == 0) {
+                desk.projects().cancelOpening();
+                QVERIFY(!desk.projects().isOpening());
+            }
+        }
+        desk.frame();
+        meanwhile(desk);
+        disk.set_value();
+        QVERIFY(desk.runUntil([&] { return ready.count() + desk.opened == 1; }));
+        QCOMPARE(ready.count(), isAsked ? 1 : 0);
+        QCOMPARE(title(), isAsked ? u"en la mesa"_s : u"del archivo"_s);
+        QCOMPARE(desk.projects().isOpening(), isAsked);
+        desk.projects().takeOverOpened();
+        QCOMPARE(title(), u"del archivo"_s);
+        QCOMPARE(desk.opened, 1);
     }
 
     void theLastSaveIsWrittenBeforeTheEnd()

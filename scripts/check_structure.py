@@ -31,6 +31,8 @@ ROOMS = {
     "studio": ["edit", "sources", "programs", "outputs", "services", "projects"],
     "ui": ["kit", "editor", "outputs", "captions", "shell"],
 }
+# What stands behind an interface: only whoever chooses among such folders includes their files.
+PROVIDER = re.compile(r"translation/service/\w+/")
 WIDGETS = re.compile(
     r"#include <(QApplication|QWidget|QMainWindow|QDialog|QLabel|QPushButton|QtWidgets.*|QMessageBox|Q(H|V)?BoxLayout|QGridLayout|QFormLayout)>"
 )
@@ -46,7 +48,7 @@ INCLUDE = re.compile(r'#include "([a-z_]+)/([^"]+)"')
 
 def room_of(name: str):
     parts = name.split("/")
-    return parts[1] if len(parts) == 3 else None
+    return parts[1] if len(parts) >= 3 else None
 
 
 def runs_up(name: str, included: str) -> bool:
@@ -56,6 +58,12 @@ def runs_up(name: str, included: str) -> bool:
     if here not in order:
         return False
     return there not in order or order.index(there) > order.index(here)
+
+
+def reaches_behind(name: str, included: str) -> bool:
+    """Whether a file of the translation knows whose services it uses."""
+    provider = PROVIDER.match(included)
+    return bool(provider) and name.startswith("translation/") and not name.startswith(provider[0])
 
 
 def faults(path: pathlib.Path, root: pathlib.Path):
@@ -70,6 +78,8 @@ def faults(path: pathlib.Path, root: pathlib.Path):
                 yield f"{name}:{number}: {folder} may not include {include[1]}"
             if include[1] == folder and runs_up(name, target):
                 yield f"{name}:{number}: an arrow up to {target}"
+            if reaches_behind(name, target):
+                yield f"{name}:{number}: knows what stands behind {target}"
             if target.endswith("/studio_window.h") and folder != "app" and "/studio_window" not in name:
                 yield f"{name}:{number}: only the window's own files include studio_window.h"
         if WIDGETS.match(line) and folder not in {"ui", "app"}:

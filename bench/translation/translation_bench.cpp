@@ -3,6 +3,7 @@
 #include "translation/pipeline/engine.h"
 #include "translation/pipeline/segmenter.h"
 #include "translation/pipeline/wav.h"
+#include "translation/service/openai/openai_service.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -107,7 +108,7 @@ double liveMs(const std::vector<AudioBlock> &blocks)
     peer.serve({ { QStringLiteral("a"), QStringLiteral("b") },
         { QStringLiteral("c"), QStringLiteral("d") } });
     const SystemClock clock;
-    Translation engine(clock, peer.endpoint());
+    Translation engine(clock, std::make_unique<OpenAiProvider>(clock, peer.endpoint()));
     bool live = false;
     engine.statusChanged = [&live](const Message &text) {
         live = live || text.spanish().startsWith(QStringLiteral("Modo en vivo activo"));
@@ -140,7 +141,7 @@ double phraseMs(const QString &second)
     }
     peer.serve(script);
     const SystemClock clock;
-    Translation engine(clock, peer.endpoint());
+    Translation engine(clock, std::make_unique<OpenAiProvider>(clock, peer.endpoint()));
     bool live = false;
     engine.statusChanged = [&live](const Message &text) {
         live = live || text.spanish().startsWith(QStringLiteral("Modo en vivo activo"));

@@ -3,9 +3,9 @@
 #include "support/api_peer.h"
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
-#include "translation/service/api_client.h"
-#include "translation/service/api_failure.h"
-#include "translation/service/key_test.h"
+#include "translation/service/openai/api_client.h"
+#include "translation/service/openai/api_failure.h"
+#include "translation/service/openai/key_test.h"
 
 using namespace nimbara;
 using namespace nimbara::testing;

@@ -4,6 +4,7 @@
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
 #include "translation/pipeline/engine.h"
+#include "translation/service/openai/openai_service.h"
 #include "translation/signal.h"
 
 #include <QJsonArray>
@@ -58,7 +59,8 @@ protected:
         m_peer.live("accept");
         m_peer.events.clear();
         m_peer.onEvent = {};
-        m_engine = std::make_unique<Translation>(m_clock, m_peer.endpoint());
+        m_engine = std::make_unique<Translation>(m_clock,
+            std::make_unique<OpenAiProvider>(m_clock, m_peer.endpoint()));
         m_engine->statusChanged
             = [this](const Message &text) { m_statuses.append(text.spanish()); };
         m_engine->caption = [this](const Caption &caption) { m_captions.append(caption.text); };

@@ -2,6 +2,8 @@
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
 #include "translation/pipeline/live_road.h"
+#include "translation/service/openai/live_transcriber.h"
+#include "translation/service/openai/openai_service.h"
 #include "translation/signal.h"
 
 #include <QJsonDocument>
@@ -160,7 +162,7 @@ private Q_SLOTS:
 private:
     void restart(const char *mode)
     {
-        m_road = std::make_unique<LiveRoad>(m_clock, m_peer.endpoint());
+        m_road = std::make_unique<LiveRoad>(m_clock, m_provider);
         m_peer.live(mode);
         m_peer.command(R"({"do":"forget"})");
         m_peer.live(mode);
@@ -259,6 +261,7 @@ private:
 
     ApiPeer m_peer;
     ManualClock m_clock;
+    OpenAiProvider m_provider { m_clock, m_peer.endpoint() };
     std::unique_ptr<LiveRoad> m_road;
     QStringList m_log; ///< every callback, in order
 };

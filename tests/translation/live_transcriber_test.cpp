@@ -1,7 +1,7 @@
 #include "support/api_peer.h"
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
-#include "translation/service/live_transcriber.h"
+#include "translation/service/openai/live_transcriber.h"
 #include "translation/signal.h"
 
 #include <QJsonDocument>

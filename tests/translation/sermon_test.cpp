@@ -2,6 +2,7 @@
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
 #include "translation/pipeline/engine.h"
+#include "translation/service/openai/openai_service.h"
 #include "translation/signal.h"
 #include "translation/spoken_words.h"
 
@@ -125,7 +126,7 @@ private:
 
     ApiPeer m_peer;
     ManualClock m_clock;
-    Translation m_engine { m_clock, m_peer.endpoint() };
+    Translation m_engine { m_clock, std::make_unique<OpenAiProvider>(m_clock, m_peer.endpoint()) };
     std::mt19937 m_random { 20 };
     std::int64_t m_ms = 0; ///< of the sermon
     int m_word = 0;

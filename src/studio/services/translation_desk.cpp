@@ -6,6 +6,7 @@
 #include "translation/pipeline/heard_line.h"
 #include "translation/pipeline/voice.h"
 #include "translation/service/languages.h"
+#include "translation/service/openai/openai_service.h"
 
 #include <QPointer>
 
@@ -34,7 +35,7 @@ TranslationDesk::TranslationDesk(const Clock &clock,
     , m_keepsKey(!m_key.text().isEmpty())
     , m_screens { CaptionScreen(clock), CaptionScreen(clock) }
     , m_keyTest(clock, openAi)
-    , m_engine(clock, openAi)
+    , m_engine(clock, std::make_unique<OpenAiProvider>(clock, openAi))
 {
     readSettings();
     connectEngine(surroundings.input);

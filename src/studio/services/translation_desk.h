@@ -8,7 +8,7 @@
 #include "studio/services/service_key.h"
 #include "studio/sources/audio_input.h"
 #include "translation/pipeline/engine.h"
-#include "translation/service/key_test.h"
+#include "translation/service/openai/key_test.h"
 
 #include <QObject>
 #include <QSettings>

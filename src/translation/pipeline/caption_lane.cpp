@@ -1,22 +1,12 @@
 #include "translation/pipeline/caption_lane.h"
 
-#include "net/openai.h"
-#include "translation/service/api_messages.h"
-
-#include <chrono>
 #include <utility>
 
 namespace nimbara {
 
-namespace {
-
-constexpr std::chrono::milliseconds textTimeout { 12000 };
-
-} // namespace
-
-CaptionLane::CaptionLane(const Clock &clock, ApiClient &api, Target target)
+CaptionLane::CaptionLane(const Clock &clock, LanguageService &service, Target target)
     : m_clock(clock)
-    , m_api(api)
+    , m_service(service)
     , m_target(target)
 {
 }
@@ -47,16 +37,10 @@ void CaptionLane::remember(PhraseRequest &request)
 void CaptionLane::ask(PhraseRequest request)
 {
     request.times.asked = m_clock.wallMs();
-    m_api.postJson(
-        QStringLiteral("responses"),
-        api::translationBody(m_language,
-            request.context,
-            request.text,
-            m_glossary.toldFor(request.text)),
-        textTimeout,
-        QStringLiteral("Traduccion"),
-        [this, request](const QByteArray &body) {
-            const QString translated = m_glossary.held(request.text, openai::outputText(body));
+    m_service.translate(
+        { m_language, request.context, request.text, m_glossary.toldFor(request.text) },
+        [this, request](const QString &text) {
+            const QString translated = m_glossary.held(request.text, text);
             m_memory.addTranslation(translated);
             if (m_order.isAwaited(request.sequence)) {
                 Caption &done = m_translated[request.sequence];

@@ -8,7 +8,7 @@
 #include "translation/pipeline/phrase_order.h"
 #include "translation/pipeline/request_line.h"
 #include "translation/pipeline/transcript_memory.h"
-#include "translation/service/api_client.h"
+#include "translation/service/language_service.h"
 
 #include <QString>
 
@@ -28,7 +28,7 @@ namespace nimbara {
 class CaptionLane {
 public:
     /// Both must outlive the lane. `target`: of its captions.
-    CaptionLane(const Clock &clock, ApiClient &api, Target target);
+    CaptionLane(const Clock &clock, LanguageService &service, Target target);
 
     /// Begins a run into the language, by its name for the model. What is still held is dropped.
     void open(const QString &language);
@@ -83,7 +83,7 @@ public:
     /// The translation of a phrase has come, and is to be stored.
     std::function<void(std::int32_t sequence, const QString &text)> answered
         = [](std::int32_t, const QString &) {};
-    /// There is none, see `ApiClient::HttpError`.
+    /// There is none, see `LanguageService::Failed`.
     std::function<void(const PhraseRequest &request, int status)> failed
         = [](const PhraseRequest &, int) {};
     /// What is shown in place of a translation; asked in the order of the phrases. Empty: the
@@ -103,7 +103,7 @@ private:
     [[nodiscard]] bool isCurrent(std::int32_t run) const { return m_isOpen && m_run == run; }
 
     const Clock &m_clock;
-    ApiClient &m_api;
+    LanguageService &m_service;
     const Target m_target;
     QString m_language;
     Glossary m_glossary;

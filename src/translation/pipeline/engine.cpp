@@ -4,7 +4,6 @@
 #include "signal/mono.h"
 #include "translation/pipeline/voice.h"
 #include "translation/pipeline/wav.h"
-#include "translation/service/api_messages.h"
 #include "translation/service/languages.h"
 
 #include <algorithm>
@@ -15,21 +14,19 @@ namespace nimbara {
 namespace {
 
 constexpr std::int64_t maxRunMs = 10800000; ///< three hours
-constexpr std::chrono::milliseconds uploadTimeout { 12000 };
-constexpr std::chrono::milliseconds voiceTimeout { 30000 };
-constexpr std::chrono::milliseconds probeTimeout { 8000 };
 
 } // namespace
 
-Translation::Translation(const Clock &clock, const Endpoint &endpoint)
+Translation::Translation(const Clock &clock, std::unique_ptr<ServiceProvider> provider)
     : m_clock(clock)
-    , m_api(endpoint)
-    , m_live(clock, endpoint)
-    , m_first(clock, m_api, Target::First)
-    , m_second(clock, endpoint)
+    , m_provider(std::move(provider))
+    , m_service(m_provider->makeService())
+    , m_live(clock, *m_provider)
+    , m_first(clock, *m_service, Target::First)
+    , m_second(clock, *m_provider)
 {
-    m_api.statusChanged = [this](const Message &message) { statusChanged(message); };
-    m_api.ended = [this] { end(); };
+    m_service->statusChanged = [this](const Message &message) { statusChanged(message); };
+    m_service->ended = [this] { end(); };
     connectLive();
     connectLanes();
     m_releaseTimer.setInterval(500);
@@ -123,7 +120,7 @@ void Translation::start(const QString &key,
     m_source = source;
     m_voice = voice;
     m_startTime = m_clock.wallMs();
-    m_api.open(trimmed);
+    m_service->open(trimmed);
     m_first.open(target);
     if (second.isEmpty()) {
         m_second.lane().clearHeld();
@@ -136,7 +133,7 @@ void Translation::start(const QString &key,
     if (!isCurrent(generation)) {
         return;
     }
-    m_api.probe(QStringLiteral("models/gpt-4.1-mini"), probeTimeout);
+    m_service->warmUp();
     if (!m_liveDisabled) {
         m_live.start(trimmed,
             source,
@@ -174,7 +171,7 @@ void Translation::stopEngine()
     m_first.close();
     m_second.stop();
     m_memory.clear();
-    m_api.close();
+    m_service->close();
     m_toldRoad = VoiceRoad::Stopped;
 }
 
@@ -376,15 +373,12 @@ void Translation::upload(const PhraseRequest &request)
 {
     count(cost::Service::Phrases, 1, wavUs(request.wav));
     ++m_uploading;
-    m_api.postForm(
-        QStringLiteral("audio/transcriptions"),
-        api::transcriptionForm(m_source, request.wav, m_glossary.prompt()),
-        uploadTimeout,
-        QStringLiteral("Transcripcion"),
-        [this, request](const QByteArray &body) {
+    m_service->transcribe(
+        { m_source, request.wav, m_glossary.prompt() },
+        [this, request](const QString &transcript) {
             --m_uploading;
             m_line.setReached();
-            translate({ request.sequence, request.times, {}, api::transcript(body), {} });
+            translate({ request.sequence, request.times, {}, transcript, {} });
             if (m_second.isOn()) { // else the translation takes its place
                 startRequests();
             }
@@ -557,18 +551,14 @@ void Translation::tellCaption(const Caption &shown, std::int64_t phraseTimeMs)
 void Translation::speak(const QString &text)
 {
     count(cost::Service::Voice, 1, 0);
-    m_api.postJson(QStringLiteral("audio/speech"),
-        api::speechBody(text),
-        voiceTimeout,
-        QStringLiteral("Voz"),
-        [this, number = ++m_spoken](const QByteArray &pcm) {
-            count(cost::Service::Voice, 0, voiceUs(pcm));
-            // A clip that comes after that of a later phrase is out of date.
-            if (pcm.size() <= maxVoiceBytes && number > m_heardVoice) {
-                m_heardVoice = number;
-                voiceAudio(pcm);
-            }
-        });
+    m_service->speak(text, [this, number = ++m_spoken](const QByteArray &pcm) {
+        count(cost::Service::Voice, 0, voiceUs(pcm));
+        // A clip that comes after that of a later phrase is out of date.
+        if (pcm.size() <= maxVoiceBytes && number > m_heardVoice) {
+            m_heardVoice = number;
+            voiceAudio(pcm);
+        }
+    });
 }
 
 } // namespace nimbara

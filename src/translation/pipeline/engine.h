@@ -3,7 +3,6 @@
 #include "base/clock.h"
 #include "base/message.h"
 #include "base/term.h"
-#include "net/endpoints.h"
 #include "signal/audio_block.h"
 #include "translation/pipeline/audio_tail.h"
 #include "translation/pipeline/caption.h"
@@ -15,7 +14,7 @@
 #include "translation/pipeline/second_language.h"
 #include "translation/pipeline/segmenter.h"
 #include "translation/pipeline/transcript_memory.h"
-#include "translation/service/api_client.h"
+#include "translation/service/language_service.h"
 
 #include <QByteArray>
 #include <QString>
@@ -24,6 +23,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace nimbara {
@@ -46,7 +46,8 @@ enum class VoiceRoad {
 /// nothing of an earlier run is ever reported. Needs a running event loop.
 class Translation {
 public:
-    Translation(const Clock &clock, const Endpoint &endpoint);
+    /// `provider`: not empty.
+    Translation(const Clock &clock, std::unique_ptr<ServiceProvider> provider);
 
     /// Stops any run and begins one: sends audio to the API from now on. `target` is the language
     /// name for the model, `source` the code of the spoken language ("es", "en" or empty), `voice`
@@ -89,10 +90,10 @@ public:
     [[nodiscard]] bool liveDisabled() const { return m_liveDisabled; }
 
     /// False after a stop, a fatal API failure or three hours.
-    [[nodiscard]] bool running() const { return m_api.isOpen(); }
+    [[nodiscard]] bool running() const { return m_service->isOpen(); }
 
     /// Raised by every stop.
-    [[nodiscard]] std::int32_t requestGeneration() const { return m_api.generation(); }
+    [[nodiscard]] std::int32_t requestGeneration() const { return m_service->generation(); }
 
     [[nodiscard]] VoiceRoad road() const;
 
@@ -166,7 +167,8 @@ private:
     }
 
     const Clock &m_clock;
-    ApiClient m_api;
+    std::unique_ptr<ServiceProvider> m_provider;
+    std::unique_ptr<LanguageService> m_service;
     LiveRoad m_live;
     Segmenter m_segmenter;
     AudioTail m_tail; ///< what the segmenter was given

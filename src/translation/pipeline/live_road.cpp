@@ -11,9 +11,9 @@ constexpr std::array<std::int64_t, 5> retryMs { 2000, 4000, 8000, 16000, 30000 }
 
 } // namespace
 
-LiveRoad::LiveRoad(const Clock &clock, Endpoint endpoint)
+LiveRoad::LiveRoad(const Clock &clock, const ServiceProvider &provider)
     : m_clock(clock)
-    , m_endpoint(std::move(endpoint))
+    , m_provider(provider)
 {
 }
 
@@ -41,42 +41,42 @@ void LiveRoad::stop()
 void LiveRoad::retire(Owner &session)
 {
     if (session) {
-        session->transcriber.stop();
+        session->live->stop();
         m_retired.push_back(std::move(session));
     }
 }
 
 void LiveRoad::open()
 {
-    m_next = std::make_unique<Session>(m_clock, m_endpoint);
+    m_next = std::make_unique<Session>();
+    m_next->live = m_provider.makeLiveSession();
     m_next->openedMs = nowMs();
     connectSession(*m_next);
-    m_next->transcriber.start(m_apiKey, m_language, m_prompt);
+    m_next->live->start(m_apiKey, m_language, m_prompt);
 }
 
 void LiveRoad::connectSession(Session &session)
 {
     Session *s = &session;
-    LiveTranscriber &transcriber = s->transcriber;
-    transcriber.status = [this, s](const Message &message) { tell(*s, message); };
-    transcriber.partial = [this, s](const QString &text) {
+    LiveSession &live = *s->live;
+    live.status = [this, s](const Message &message) { tell(*s, message); };
+    live.partial = [this, s](const QString &text) {
         if (s == m_current.get()) {
             partial(text);
         }
     };
-    transcriber.turn
-        = [this, s](const QString &text, const PhraseEnd &end) { takeTurn(*s, text, end); };
-    transcriber.phraseEnded = [this, s] {
+    live.turn = [this, s](const QString &text, const PhraseEnd &end) { takeTurn(*s, text, end); };
+    live.phraseEnded = [this, s] {
         s->owed.endPhrase();
         m_phraseEnded = m_phraseEnded || s == m_current.get();
     };
-    transcriber.phraseDone = [s] { s->owed.phraseDone(); };
-    transcriber.confirmed = [this, s] {
+    live.phraseDone = [s] { s->owed.phraseDone(); };
+    live.confirmed = [this, s] {
         s->confirmedMs = nowMs();
         ready();
     };
-    transcriber.unavailable = [this, s](bool wasConnected) { handleFailure(*s, wasConnected); };
-    transcriber.refused = [this, s] {
+    live.unavailable = [this, s](bool wasConnected) { handleFailure(*s, wasConnected); };
+    live.refused = [this, s] {
         const std::uint32_t run = m_run;
         if (!s->untold.isEmpty()) {
             status(s->untold);
@@ -93,7 +93,7 @@ void LiveRoad::connectSession(Session &session)
 void LiveRoad::tell(Session &session, const Message &message)
 {
     const bool isFirst = m_failures == 0 && m_current == nullptr;
-    const bool isBack = m_current == nullptr && session.transcriber.isActive();
+    const bool isBack = m_current == nullptr && session.live->isActive();
     if (&session == m_current.get() || (&session == m_next.get() && (isFirst || isBack))) {
         session.untold = {};
         status(message);
@@ -127,7 +127,7 @@ void LiveRoad::releaseHeld()
 
 bool LiveRoad::isReady() const
 {
-    return !m_current && m_next && m_next->transcriber.isActive();
+    return !m_current && m_next && m_next->live->isActive();
 }
 
 void LiveRoad::takeOver()
@@ -140,7 +140,7 @@ void LiveRoad::push(const AudioBlock &block)
     const Session *session = m_current.get();
     m_phraseEnded = false;
     m_current->owed.add(block);
-    m_current->transcriber.pushAudio(block);
+    m_current->live->pushAudio(block);
     if (session == m_current.get()) {
         relieveIfDue(m_phraseEnded);
     }
@@ -149,17 +149,17 @@ void LiveRoad::push(const AudioBlock &block)
 /// Lets the next session take the voice from the current one, between two words.
 void LiveRoad::relieveIfDue(bool phraseEnded)
 {
-    if (!m_next || !m_next->transcriber.isActive() || m_leaving) {
+    if (!m_next || !m_next->live->isActive() || m_leaving) {
         return;
     }
     const bool waitedLong = nowMs() - m_next->confirmedMs > pausePatienceMs;
-    if (m_current->transcriber.pauseMs() < pauseMs && !(phraseEnded && waitedLong)) {
+    if (m_current->live->pauseMs() < pauseMs && !(phraseEnded && waitedLong)) {
         return;
     }
     m_leaving = std::move(m_current);
     m_current = std::move(m_next);
     m_failures = 0;
-    m_leaving->transcriber.finish();
+    m_leaving->live->finish();
 }
 
 void LiveRoad::tick()
@@ -168,7 +168,7 @@ void LiveRoad::tick()
     // Each may find that its session is lost, and that changes all three.
     for (const Owner *owner : { &m_leaving, &m_current, &m_next }) {
         if (*owner) {
-            (*owner)->transcriber.checkAnswer();
+            (*owner)->live->checkAnswer();
         }
     }
     letLeavingGo();
@@ -177,7 +177,7 @@ void LiveRoad::tick()
 
 void LiveRoad::letLeavingGo()
 {
-    if (m_leaving && m_leaving->transcriber.isSettled()) {
+    if (m_leaving && m_leaving->live->isSettled()) {
         retire(m_leaving);
         releaseHeld();
     }
@@ -200,7 +200,7 @@ void LiveRoad::waitForRetry()
 void LiveRoad::handleFailure(const Session &session, bool wasConnected)
 {
     const std::uint32_t run = m_run;
-    if (session.transcriber.isKeyRejected()) {
+    if (session.live->isKeyRejected()) {
         m_apiKey.clear();
         // No session follows: that is news, whichever was refused.
         if (!session.untold.isEmpty()) {

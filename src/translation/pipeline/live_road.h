@@ -2,10 +2,9 @@
 
 #include "base/clock.h"
 #include "base/message.h"
-#include "net/endpoints.h"
 #include "signal/audio_block.h"
 #include "translation/pipeline/seam_buffer.h"
-#include "translation/service/live_transcriber.h"
+#include "translation/service/language_service.h"
 
 #include <QString>
 
@@ -36,9 +35,10 @@ public:
     /// A session that stood so long was a good one: the next loss begins with a short wait again.
     static constexpr std::int64_t goodAfterMs = 30LL * 1000;
 
-    LiveRoad(const Clock &clock, Endpoint endpoint);
+    /// Both must outlive the road.
+    LiveRoad(const Clock &clock, const ServiceProvider &provider);
 
-    /// Ends every session and opens one. See `LiveTranscriber::start`.
+    /// Ends every session and opens one. See `LiveSession::start`.
     void start(const QString &apiKey, const QString &language, const QString &prompt);
 
     /// For the sessions that are opened from now on.
@@ -57,7 +57,7 @@ public:
     [[nodiscard]] bool isReady() const;
 
     /// A session is being opened and not confirmed yet.
-    [[nodiscard]] bool isOpening() const { return m_next && !m_next->transcriber.isActive(); }
+    [[nodiscard]] bool isOpening() const { return m_next && !m_next->live->isActive(); }
 
     /// From now on the voice goes to the session that is ready.
     void takeOver();
@@ -78,15 +78,11 @@ public:
     std::function<void(const std::deque<AudioBlock> &owed)> lost
         = [](const std::deque<AudioBlock> &) {};
     std::function<void()> unavailable = [] {}; ///< the live road is closed for now
-    std::function<void()> refused = [] {}; ///< see `LiveTranscriber::refused`
+    std::function<void()> refused = [] {}; ///< see `LiveSession::refused`
 
 private:
     struct Session {
-        Session(const Clock &clock, const Endpoint &endpoint)
-            : transcriber(clock, endpoint)
-        {
-        }
-        LiveTranscriber transcriber;
+        std::unique_ptr<LiveSession> live;
         SeamBuffer owed; ///< what it was given and has not transcribed
         std::int64_t openedMs = 0;
         std::int64_t confirmedMs = 0;
@@ -111,7 +107,7 @@ private:
     [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
 
     const Clock &m_clock;
-    Endpoint m_endpoint;
+    const ServiceProvider &m_provider;
     QString m_apiKey; ///< empty: stopped, or the key is refused
     QString m_language;
     QString m_prompt;

@@ -1,23 +1,16 @@
 #include "translation/pipeline/second_language.h"
 
-#include <chrono>
 #include <utility>
 
 namespace nimbara {
 
-namespace {
-
-constexpr std::chrono::milliseconds probeTimeout { 8000 };
-
-} // namespace
-
-SecondLanguage::SecondLanguage(const Clock &clock, const Endpoint &endpoint)
+SecondLanguage::SecondLanguage(const Clock &clock, const ServiceProvider &provider)
     : m_clock(clock)
-    , m_api(endpoint)
-    , m_lane(clock, m_api, Target::Second)
+    , m_service(provider.makeService())
+    , m_lane(clock, *m_service, Target::Second)
 {
-    m_api.statusChanged = [this](const Message &message) { tell(message); };
-    m_api.ended = [this] {
+    m_service->statusChanged = [this](const Message &message) { tell(message); };
+    m_service->ended = [this] {
         stop();
         ended();
     };
@@ -39,9 +32,9 @@ void SecondLanguage::tell(const Message &message)
 void SecondLanguage::start(const QString &key, const QString &language)
 {
     stop();
-    m_api.open(key);
+    m_service->open(key);
     m_lane.open(language);
-    m_api.probe(QStringLiteral("models/gpt-4.1-mini"), probeTimeout);
+    m_service->warmUp();
 }
 
 void SecondLanguage::stop()
@@ -49,7 +42,7 @@ void SecondLanguage::stop()
     m_line.clear();
     m_inFlight = 0;
     m_lane.close();
-    m_api.close();
+    m_service->close();
 }
 
 void SecondLanguage::take(std::int64_t phraseTimeMs)

@@ -2,15 +2,15 @@
 
 #include "base/clock.h"
 #include "base/message.h"
-#include "net/endpoints.h"
 #include "translation/pipeline/caption_lane.h"
 #include "translation/pipeline/request_line.h"
-#include "translation/service/api_client.h"
+#include "translation/service/language_service.h"
 
 #include <QString>
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 
 namespace nimbara {
 
@@ -21,13 +21,13 @@ namespace nimbara {
 /// Interface thread only; a callback may call `stop`. While it is off every call does nothing.
 class SecondLanguage {
 public:
-    SecondLanguage(const Clock &clock, const Endpoint &endpoint);
+    SecondLanguage(const Clock &clock, const ServiceProvider &provider);
 
     /// Begins a run into the language, by its name for the model. The key is trimmed.
     void start(const QString &key, const QString &language);
     /// Ends it. See `CaptionLane::close` for what is held.
     void stop();
-    [[nodiscard]] bool isOn() const { return m_api.isOpen(); }
+    [[nodiscard]] bool isOn() const { return m_service->isOpen(); }
 
     [[nodiscard]] CaptionLane &lane() { return m_lane; }
     [[nodiscard]] const CaptionLane &lane() const { return m_lane; }
@@ -70,7 +70,7 @@ private:
     void sendWaiting();
 
     const Clock &m_clock;
-    ApiClient m_api;
+    std::unique_ptr<LanguageService> m_service;
     CaptionLane m_lane;
     RequestLine m_line; ///< while the network is away
     std::int32_t m_inFlight = 0;

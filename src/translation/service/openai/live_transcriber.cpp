@@ -1,7 +1,7 @@
-#include "translation/service/live_transcriber.h"
+#include "translation/service/openai/live_transcriber.h"
 
 #include "net/openai.h"
-#include "translation/service/api_failure.h"
+#include "translation/service/openai/api_failure.h"
 
 #include <QJsonDocument>
 

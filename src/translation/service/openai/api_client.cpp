@@ -1,7 +1,7 @@
-#include "translation/service/api_client.h"
+#include "translation/service/openai/api_client.h"
 
 #include "net/openai.h"
-#include "translation/service/api_failure.h"
+#include "translation/service/openai/api_failure.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "translation/service/api_failure.h"
+#include "translation/service/openai/api_failure.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -1,4 +1,4 @@
-#include "translation/service/live_messages.h"
+#include "translation/service/openai/live_messages.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,4 +1,4 @@
-#include "translation/service/api_messages.h"
+#include "translation/service/openai/api_messages.h"
 
 #include "net/openai.h"
 #include "translation/service/languages.h"

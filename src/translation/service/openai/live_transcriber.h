@@ -6,87 +6,47 @@
 #include "net/websocket_client.h"
 #include "signal/audio_block.h"
 #include "translation/service/live_audio.h"
-#include "translation/service/live_messages.h"
+#include "translation/service/live_session.h"
+#include "translation/service/openai/live_messages.h"
 
 #include <QJsonObject>
 #include <QString>
 
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <optional>
 
 namespace nimbara {
-
-/// The end of a phrase, in milliseconds since the epoch.
-struct PhraseEnd {
-    std::int64_t spokenMs = 0; ///< its last voiced sample
-    std::int64_t heardMs = 0; ///< when it was found
-    std::int64_t phraseTimeMs = 0; ///< `spokenMs`, or when the server told of the end
-};
 
 /// The live transcription session: streams the voice to the OpenAI realtime endpoint and reports
 /// the text while it is spoken.
 ///
 /// Idle → connecting (`start`) → handshaken → active (the server confirmed the configuration). Any
-/// failure leads back to idle with `unavailable`; there is no reconnection: `LiveRoad` opens the
-/// next session. Interface thread only; a callback may call `stop` or `start`.
-class LiveTranscriber {
+/// failure leads back to idle with `unavailable`.
+class LiveTranscriber final : public LiveSession {
 public:
     LiveTranscriber(const Clock &clock, Endpoint endpoint);
 
-    /// Ends any session and begins one. `language` is the source language code or empty.
-    void start(const QString &apiKey, const QString &language, const QString &prompt);
-
-    /// Ends the session without a callback and forgets the key.
-    void stop();
-
-    /// Streams one block; ignored unless active.
-    void pushAudio(const AudioBlock &block);
+    void start(const QString &apiKey, const QString &language, const QString &prompt) override;
+    void stop() override;
+    void pushAudio(const AudioBlock &block) override;
 
     /// Ends the phrase on the server when at least 0.5 s were sent since the last one.
     void commit();
 
-    /// No audio follows: what was said and has not ended a phrase is one, too, however short.
-    void finish();
-
-    /// After `finish`: every phrase is transcribed.
-    [[nodiscard]] bool isSettled() const;
+    void finish() override;
+    [[nodiscard]] bool isSettled() const override;
 
     /// Fails a session whose server does not answer: not to the connection for `connectPatienceMs`,
     /// or with no word at all for `answerPatienceMs` when a phrase has ended, even one whose end it
-    /// has to hear itself. Call it now and then.
-    void checkAnswer();
+    /// has to hear itself.
+    void checkAnswer() override;
     static constexpr std::int64_t connectPatienceMs = 10000;
     static constexpr std::int64_t answerPatienceMs = 6000;
 
-    /// How long the audio that it was given has been silent.
-    [[nodiscard]] std::int32_t pauseMs() const { return m_audio.pauseMs(); }
-
-    /// The server has refused the key of the last session: the next one would be refused, too.
-    [[nodiscard]] bool isKeyRejected() const { return m_keyRejected; }
-
-    /// The session takes audio.
-    [[nodiscard]] bool isActive() const { return m_active; }
-
-    std::function<void(const Message &message)> status = [](const Message &) {};
-    /// Gets the text of the phrase being spoken so far.
-    std::function<void(const QString &text)> partial = [](const QString &) {};
-    /// Gets the text of a finished phrase.
-    std::function<void(const QString &text, const PhraseEnd &end)> turn
-        = [](const QString &, const PhraseEnd &) {};
-    /// The audio given so far ends a phrase.
-    std::function<void()> phraseEnded = [] {};
-    /// The earliest phrase that ended is transcribed, perhaps as nothing, or answered with an
-    /// error. Comes before its `turn`.
-    std::function<void()> phraseDone = [] {};
-    /// The session could not be made or was lost. Whether there ever was a connection: without one
-    /// nothing was promised yet.
-    std::function<void(bool wasConnected)> unavailable = [](bool) {};
-    /// The server has confirmed the session.
-    std::function<void()> confirmed = [] {};
-    /// After its message: no call with this key can succeed. The session is still there.
-    std::function<void()> refused = [] {};
+    [[nodiscard]] std::int32_t pauseMs() const override { return m_audio.pauseMs(); }
+    [[nodiscard]] bool isKeyRejected() const override { return m_keyRejected; }
+    [[nodiscard]] bool isActive() const override { return m_active; }
 
 private:
     void connectSocket();

@@ -1,9 +1,9 @@
-#include "translation/service/key_test.h"
+#include "translation/service/openai/key_test.h"
 
 #include "base/error.h"
 #include "net/openai.h"
-#include "translation/service/api_failure.h"
-#include "translation/service/api_messages.h"
+#include "translation/service/openai/api_failure.h"
+#include "translation/service/openai/api_messages.h"
 
 #include <utility>
 

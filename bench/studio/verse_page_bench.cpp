@@ -4,12 +4,16 @@
 #include "compositor/scene/verse_pager.h"
 #include "studio/studio_run.h"
 #include "support/manual_clock.h"
+#include "ui/watched_window.h"
 
+#include <QCoreApplication>
 #include <QString>
 
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -75,7 +79,80 @@ std::string tellPaging()
     return text.data();
 }
 
+/// What a key costs the interface thread, in its processor time, ten times a second and with two
+/// Bibles on air in both programs: the step alone, and the frame that shows it.
+class KeySteps {
+public:
+    KeySteps()
+    {
+        prepareVerses(m_studio);
+        for (const int set : { 1, 0 }) {
+            m_studio.program().setEditSet(set);
+            m_studio.verses().setSecond(m_studio.verses().quickVerseLayer(), QStringLiteral("KJV"));
+            m_studio.program().take();
+        }
+    }
+
+    /// `typed`: where they begin.
+    std::string tell(const char *name, const QString &typed, int steps)
+    {
+        for (const int set : { 1, 0 }) {
+            m_studio.program().setEditSet(set);
+            m_studio.verses().lookupVerse(m_studio.verses().quickVerseLayer(),
+                typed,
+                { QStringLiteral("es"), {}, {} });
+            m_studio.program().take();
+        }
+        std::vector<double> keys;
+        std::vector<double> frames;
+        for (int step = 0; step < steps; ++step) {
+            rest();
+            keys.push_back(
+                threadMs([&] { m_studio.verseSteps().step({}, VerseSteps::Direction::On); }));
+            m_clock.advanceUs(FrameSchedule::periodUs);
+            frames.push_back(threadMs([&] { m_studio.tick(); }));
+        }
+        std::array<char, 160> text {};
+        std::snprintf(text.data(),
+            text.size(),
+            "\t%s: step p50 %.1f ms, p99 %.1f ms, its frame p50 %.1f ms, p99 %.1f ms",
+            name,
+            percentile(keys, 0.5),
+            percentile(keys, 0.99),
+            percentile(frames, 0.5),
+            percentile(frames, 0.99));
+        return text.data();
+    }
+
+private:
+    /// A tenth of a second of frames.
+    void rest()
+    {
+        for (int frame = 0; frame < 3; ++frame) {
+            m_clock.advanceUs(FrameSchedule::periodUs);
+            m_studio.tick();
+            QCoreApplication::processEvents();
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        }
+    }
+
+    testing::ManualClock m_clock;
+    Studio m_studio { m_clock };
+};
+
+std::string tellSteps()
+{
+    KeySteps steps;
+    return steps.tell("pages", QStringLiteral("Salmos 119"), 60)
+        + steps.tell("verses", QStringLiteral("Ester 8:1"), 100);
+}
+
+std::string tellAllPaging()
+{
+    return tellPaging() + tellSteps();
+}
+
 } // namespace
 
 NIMBARA_BENCH_CASE("verse-page", versePageMs)
-NIMBARA_BENCH_CASE("paging", tellPaging)
+NIMBARA_BENCH_CASE("paging", tellAllPaging)

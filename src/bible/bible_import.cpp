@@ -172,13 +172,16 @@ void identify(Bible &bible, const RawBible &raw, const QList<BiblePtr> &others)
     }
 }
 
+/// A chapter's title stands before its first verse.
 QJsonArray versesOf(const RawBible::Chapters &chapters, std::int32_t chapter, std::int32_t kept)
 {
     QJsonArray verses;
     for (std::int32_t verse = 1; verse <= kept; ++verse) {
         const RawBible::Verses &all = chapters.at(chapter);
         const auto text = all.find(verse);
-        verses.append(text == all.end() ? QString() : text->second);
+        const auto title = verse == 1 ? all.find(0) : all.end();
+        const QString before = title == all.end() ? QString() : title->second + QLatin1Char(' ');
+        verses.append(text == all.end() ? QString() : before + text->second);
     }
     return verses;
 }

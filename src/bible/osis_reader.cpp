@@ -130,21 +130,29 @@ private:
         }
     }
 
-    /// "KJV:Gen.1.1!a Gen.1.2": the text of several verses is the first one's.
+    /// "KJV:Gen.1.1!a Gen.1.2": the text of several verses is the first one's, but no title's.
     void open(const QString &ids)
     {
-        const QString id = ids.simplified()
-                               .section(QLatin1Char(' '), 0, 0)
-                               .section(QLatin1Char(':'), -1)
-                               .section(QLatin1Char('!'), 0, 0);
-        const QStringList parts = id.split(QLatin1Char('.'));
+        m_verse = 0;
+        for (const QString &id : ids.simplified().split(QLatin1Char(' '))) {
+            if (m_verse == 0) {
+                readId(id);
+            }
+        }
+        m_isOpen = true;
+    }
+
+    void readId(const QString &id)
+    {
+        const QStringList parts = id.section(QLatin1Char(':'), -1)
+                                      .section(QLatin1Char('!'), 0, 0)
+                                      .split(QLatin1Char('.'));
         if (parts.size() < 3) {
-            fail(Message("versículo mal nombrado: “%1”", { Message::verbatim(ids.left(40)) }));
+            fail(Message("versículo mal nombrado: “%1”", { Message::verbatim(id.left(40)) }));
         }
         m_book = osisBook(parts.at(0));
         m_chapter = requireNumber(parts.at(1), m_file, m_xml.lineNumber());
         m_verse = requireNumber(parts.at(2), m_file, m_xml.lineNumber());
-        m_isOpen = true;
     }
 
     void close()

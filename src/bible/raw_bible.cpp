@@ -9,7 +9,7 @@ void RawBible::add(std::int32_t book, std::int32_t chapter, std::int32_t verse, 
     static const QChar pilcrow(0xb6);
     QString plain = text;
     plain = plain.remove(pilcrow).simplified();
-    if (plain.isEmpty()) {
+    if (plain.isEmpty() || chapter == 0) {
         return;
     }
     QString &whole = books[book][chapter][verse];
@@ -22,11 +22,13 @@ ImportError::ImportError(const QString &file, std::int64_t line, const Message &
 {
 }
 
-std::int32_t requireNumber(const QString &text, const QString &file, std::int64_t line)
+std::int32_t
+requireNumber(const QString &text, const QString &file, std::int64_t line, std::int32_t least)
 {
     constexpr std::int32_t most = 999;
-    const std::int32_t number = text.trimmed().toInt();
-    if (number < 1 || number > most) {
+    bool isNumber = false;
+    const std::int32_t number = text.trimmed().toInt(&isNumber);
+    if (!isNumber || number < least || number > most) {
         throw ImportError(file,
             line,
             Message("“%1” no es un número de capítulo o versículo",

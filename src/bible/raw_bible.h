@@ -20,7 +20,8 @@ struct RawBible {
     QString license;
     std::map<std::int32_t, Chapters> books; ///< by their place in `bible::books`
 
-    /// Appends to a verse: a file may give it in parts.
+    /// Appends to a verse: a file may give it in parts. Verse 0 is the title of its chapter; what
+    /// stands in chapter 0 introduces the book and is left out, as all introductions are.
     void add(std::int32_t book, std::int32_t chapter, std::int32_t verse, const QString &text);
 };
 
@@ -30,7 +31,9 @@ public:
     ImportError(const QString &file, std::int64_t line, const nimbara::Message &reason);
 };
 
-/// A chapter or verse as a file numbers it, from 1; throws ImportError for anything else.
-std::int32_t requireNumber(const QString &text, const QString &file, std::int64_t line);
+/// A book, chapter or verse as a file numbers it, from `least` on; throws ImportError for anything
+/// else.
+std::int32_t
+requireNumber(const QString &text, const QString &file, std::int64_t line, std::int32_t least = 0);
 
 } // namespace bible

@@ -15,6 +15,7 @@ using nimbara::Message;
 
 constexpr std::int32_t noBook = -1; ///< none has begun
 constexpr std::int32_t otherBook = -2; ///< one outside the canon
+constexpr std::int32_t none = -1; ///< of chapters and verses, which begin at 0
 
 class UsfmReader {
 public:
@@ -91,7 +92,6 @@ private:
             flush();
             m_isHeading = true; // up to the paragraph of the first verse
             m_chapter = requireNumber(word(), m_file, lineNumber());
-            m_verse = 0;
         } else if (name == QLatin1String("v")) {
             beginVerse();
         } else if (usfm::isNote(name)) {
@@ -140,8 +140,7 @@ private:
     {
         flush();
         m_isHeading = true;
-        m_chapter = 0;
-        m_verse = 0;
+        m_chapter = none;
         const QString code = line().left(3).toUpper();
         static const QRegularExpression form(QStringLiteral("^[A-Z0-9]{3}$"));
         if (!form.match(code).hasMatch()) {
@@ -164,11 +163,12 @@ private:
     void beginVerse()
     {
         flush();
-        if (m_book == noBook || m_chapter == 0) {
+        if (m_book == noBook || m_chapter == none) {
             fail(m_book == noBook ? Message("un versículo sin libro (\\id)")
                                   : Message("un versículo sin capítulo"));
         }
-        static const QRegularExpression form(QStringLiteral("^(\\d+)[a-z]?(?:[-–,]\\d+[a-z]?)?$"));
+        static const QRegularExpression form(
+            QStringLiteral("^(?:0[-–,])?(\\d+)[a-z]?(?:[-–,]\\d+[a-z]?)?$"));
         const qsizetype before = m_at;
         const QString numbers = word();
         const auto match = form.match(numbers);
@@ -191,7 +191,7 @@ private:
 
     void take(QStringView text)
     {
-        if (m_isHeading || m_isAttribute || !m_note.isEmpty() || m_verse == 0) {
+        if (m_isHeading || m_isAttribute || !m_note.isEmpty() || m_verse == none) {
             return;
         }
         const qsizetype bar = text.indexOf(QLatin1Char('|')); // word|its attributes
@@ -203,11 +203,11 @@ private:
 
     void flush()
     {
-        if (m_verse > 0 && m_book >= 0) {
+        if (m_verse != none && m_book >= 0) {
             m_raw.add(m_book, m_chapter, m_verse, m_text);
         }
         m_text.clear();
-        m_verse = 0;
+        m_verse = none;
     }
 
     RawBible &m_raw;
@@ -221,8 +221,8 @@ private:
     bool m_isAttribute = false;
     bool m_isHeading = true;
     std::int32_t m_book = noBook;
-    std::int32_t m_chapter = 0;
-    std::int32_t m_verse = 0; ///< 0: none is open
+    std::int32_t m_chapter = none;
+    std::int32_t m_verse = none; ///< that is open
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "bible/verse_order.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -20,7 +21,7 @@ namespace bible {
 namespace {
 
 /// Counts up when anything in the file means another thing.
-constexpr std::int64_t version = 3;
+constexpr std::int64_t version = 4;
 /// Rows of the second Bible begin here, those of the third at twice as many.
 constexpr std::int64_t bibleStride = 100'000;
 
@@ -30,19 +31,29 @@ QString textOf(const QList<BiblePtr> &bibles, std::int64_t row)
     return verseText(bible, verseAt(static_cast<std::int32_t>(row % bibleStride)));
 }
 
-/// Of the Bibles that the index is made of.
-std::int64_t fingerprint(const QList<BiblePtr> &bibles)
+/// Of the Bibles that the index is made of, with every letter: one that is imported anew under its
+/// name may have the same number of verses, as long as they were.
+QByteArray fingerprint(const QList<BiblePtr> &bibles)
 {
-    std::int64_t sum = version;
+    QCryptographicHash sum(QCryptographicHash::Sha1);
+    const auto add = [&sum](const QString &text) {
+        sum.addData(text.toUtf8());
+        sum.addData(QByteArrayView("\0", 1)); // so that no word moves on unseen
+    };
+    add(QString::number(version));
     for (const BiblePtr &bible : bibles) {
-        for (const QChar sign : bible->id) {
-            sum = (sum * 31 + sign.unicode()) % 1'000'000'007;
-        }
-        for (std::int32_t number = 0; number < verseTotal(); number += 977) {
-            sum = (sum * 31 + verseText(*bible, verseAt(number)).size()) % 1'000'000'007;
+        add(bible->id);
+        for (const QJsonValue &book : bible->books) {
+            for (const QJsonValue &chapter : book.toArray()) {
+                for (const QJsonValue &verse : chapter.toArray()) {
+                    add(verse.toString());
+                }
+                add({});
+            }
+            add({});
         }
     }
-    return sum;
+    return sum.result().toHex();
 }
 
 constexpr const char *knownQuery
@@ -61,7 +72,7 @@ SqliteDatabase opened(const QString &path, const QList<BiblePtr> &bibles)
         throw SqliteError("the index of verses is damaged");
     }
     SqliteStatement mark = database.query("SELECT fingerprint FROM made");
-    if (!mark.step() || mark.integer(0) != fingerprint(bibles)) {
+    if (!mark.step() || mark.text(0) != fingerprint(bibles)) {
         throw SqliteError("the index of verses was made of others");
     }
     return database;
@@ -238,7 +249,7 @@ void VerseIndex::make(const QString &path,
                      "CREATE VIRTUAL TABLE verses USING fts5(text, content='', prefix='2 3');"
                      "CREATE VIRTUAL TABLE known USING fts5(text, content='', prefix='2 3');"
                      "CREATE VIRTUAL TABLE words USING fts5vocab(verses, 'row');"
-                     "CREATE TABLE made(fingerprint INTEGER)");
+                     "CREATE TABLE made(fingerprint TEXT)");
         fill(database, bibles, stopped);
         SqliteStatement mark = database.query("INSERT INTO made VALUES(?1)");
         mark.bind(1, fingerprint(bibles));

@@ -13,6 +13,8 @@ namespace {
 
 using nimbara::Message;
 
+constexpr std::int32_t none = -1; ///< of chapters and verses, which begin at 0
+
 /// Names are written in capitals, by some programs not.
 bool isOneOf(QStringView name, std::initializer_list<const char *> names)
 {
@@ -37,7 +39,7 @@ public:
                 begin(m_xml.name());
             } else if (token == QXmlStreamReader::EndElement) {
                 end(m_xml.name());
-            } else if (token == QXmlStreamReader::Characters && m_verse > 0 && m_skipped == 0) {
+            } else if (token == QXmlStreamReader::Characters && m_verse != none && m_skipped == 0) {
                 m_text += m_xml.text();
             }
         }
@@ -50,11 +52,12 @@ public:
     }
 
 private:
-    [[nodiscard]] std::int32_t number(const char *attribute) const
+    [[nodiscard]] std::int32_t number(const char *attribute, std::int32_t least = 0) const
     {
         return requireNumber(m_xml.attributes().value(QLatin1String(attribute)).toString(),
             m_file,
-            m_xml.lineNumber());
+            m_xml.lineNumber(),
+            least);
     }
 
     void begin(QStringView name)
@@ -69,14 +72,14 @@ private:
         } else if (m_isInformation) {
             readInformation(name);
         } else if (isOneOf(name, { "BIBLEBOOK" })) {
-            m_book = number("bnumber") - 1;
-            m_chapter = 0;
+            m_book = number("bnumber", 1) - 1;
+            m_chapter = none;
         } else if (isOneOf(name, { "CHAPTER" })) {
             m_chapter = number("cnumber");
         } else if (isOneOf(name, { "VERS" })) {
             m_verse = number("vnumber");
             m_text.clear();
-            if (m_chapter == 0) {
+            if (m_chapter == none) {
                 throw ImportError(m_file, m_xml.lineNumber(), "un versículo sin capítulo");
             }
         } else if (isOneOf(name, { "BR" })) {
@@ -94,7 +97,7 @@ private:
             if (static_cast<std::size_t>(m_book) < books.size()) {
                 m_raw.add(m_book, m_chapter, m_verse, m_text);
             }
-            m_verse = 0;
+            m_verse = none;
         }
     }
 
@@ -120,8 +123,8 @@ private:
     bool m_isInformation = false;
     int m_skipped = 0; ///< elements around that are left out
     std::int32_t m_book = -1;
-    std::int32_t m_chapter = 0;
-    std::int32_t m_verse = 0; ///< 0: none is open
+    std::int32_t m_chapter = none;
+    std::int32_t m_verse = none; ///< that is open
 };
 
 } // namespace

@@ -106,6 +106,30 @@ private Q_SLOTS:
         QCOMPARE(both.books.size(), std::size_t { 2 });
     }
 
+    /// A title that is numbered 0 made the whole file be refused.
+    void titlesStandBeforeTheFirstVerse()
+    {
+        constexpr int psalms = 18;
+        for (const char *contents :
+            { "<osis><osisText><verse osisID='Ps.0.0'>Intro</verse><verse osisID='Ps.3.0'>De David."
+              "</verse><verse osisID='Ps.3.1'>Jehová</verse><verse osisID='Ps.4.0 Ps.4.1'>Al músico"
+              "</verse><verse osisID='Ps.5.0'>Otro</verse></osisText></osis>",
+                "<XMLBIBLE><BIBLEBOOK bnumber='19'><CHAPTER cnumber='0'><VERS "
+                "vnumber='1'>Intro</VERS>"
+                "</CHAPTER><CHAPTER cnumber='3'><VERS vnumber='0'>De David.</VERS>"
+                "<VERS vnumber='1'>Jehová</VERS></CHAPTER><CHAPTER cnumber='4'>"
+                "<VERS vnumber='1'>Al músico</VERS></CHAPTER></BIBLEBOOK></XMLBIBLE>",
+                "\\id PSA\n\\c 0\n\\v 1 Intro\n\\c 3\n\\v 0 De David.\n\\v 1 Jehová\n"
+                "\\c 4\n\\v 0-1 Al músico\n\\c 5\n\\v 0 Otro" }) {
+            const Bible bible = inCanon(readBibleFiles({ written(contents) }), {});
+            QCOMPARE(verseText(bible, { psalms, 3, 1, 1 }), u"De David. Jehová"_s);
+            QCOMPARE(verseText(bible, { psalms, 3, 0, 0 }), u"De David. Jehová"_s);
+            QCOMPARE(verseText(bible, { psalms, 4, 1, 1 }), u"Al músico"_s);
+            QCOMPARE(verseText(bible, { psalms, 1, 0, 0 }) + verseText(bible, { psalms, 5, 0, 0 }),
+                QString());
+        }
+    }
+
     void readsInstalledModules()
     {
         const QString folder = m_folder.filePath(u"sword"_s);

@@ -68,12 +68,12 @@ QString queryOf(const QStringList &all, std::mt19937 &random)
 }
 
 /// With one verse, so that its index is soon made.
-BiblePtr shortBible()
+BiblePtr shortBible(const QString &text = u"Un xilófono"_s)
 {
     auto own = std::make_shared<Bible>();
     own->id = u"LP"_s;
     own->lang = u"es"_s;
-    own->books = QJsonArray { QJsonArray { QJsonArray { u"Un xilófono"_s } } };
+    own->books = QJsonArray { QJsonArray { QJsonArray { text } } };
     while (own->books.size() < 66) {
         own->books.append(QJsonArray());
     }
@@ -203,6 +203,9 @@ private Q_SLOTS:
         const QString index = m_folder.filePath(u"own.sqlite"_s);
         VerseIndex::make(index, [] { return false; }, { own });
         QVERIFY_THROWS_EXCEPTION(SqliteError, VerseIndex(index, {})); // of other Bibles
+        // Imported anew under its name, with another word of the same length.
+        const BiblePtr anew = shortBible(u"Un monóculo"_s);
+        QVERIFY_THROWS_EXCEPTION(SqliteError, VerseIndex(index, { anew }));
         const QList<FoundVerse> found = VerseIndex(index, { own }).find(u"XILOFONO"_s, 5);
         QVERIFY((found == QList<FoundVerse> { { u"LP"_s, { 0, 1, 1, 1 } } }));
         setImportedBibles({ own });

@@ -67,7 +67,7 @@ class Program:
 
     def __init__(self, executable, language="es", home=None, onboarded=True, debug=None, runtime=None):
         self.home = pathlib.Path(home or tempfile.mkdtemp(prefix="studio-home-"))
-        self.settings_path = self.home / ".config" / "Halvenmoor" / "NimbaraStudio.conf"
+        self.settings_path = self.settings_of(self.home)
         if language and not self.settings_path.exists():
             self.settings_path.parent.mkdir(parents=True, exist_ok=True)
             self.settings_path.write_text(
@@ -94,6 +94,10 @@ class Program:
         if debug:
             os.close(errors)
         wait_for("the main window", lambda: self.find("AL AIRE  →", "ON AIR  →"))
+
+    @staticmethod
+    def settings_of(home):
+        return home / ".config" / "Halvenmoor" / "NimbaraStudio.conf"
 
     # What the program says.
 
@@ -151,6 +155,9 @@ class Program:
             pass
         return None
 
+    def all_named(self, name):
+        return [node for node in self.walk(self.application()) if node.get_name() == name]
+
     def windows(self):
         """Its windows on the screen, menus among them, which are not told on the accessibility bus."""
         words = ["xdotool", "search", "--onlyvisible", "--pid", str(self.pid), ".*"]
@@ -174,21 +181,21 @@ class Program:
         found = (self.focused(child, inside, within) for child in children if child is not None)
         return next((child for child in found if child), None)
 
+    def has_keyboard(self, name=None, role="", ready=lambda node: True):
+        """Whether what has the keyboard is, or is inside, a control of the name, and is ready."""
+        try:
+            node = self.focused(inside=name is None, within=[name])
+            return node is not None and role in node.get_role_name() and ready(node)
+        except (AttributeError, gi.repository.GLib.Error):  # the tree changed under the walk
+            return False
+
     def type_in_focus(self, name, text):
         """In the place of what stands there; returns when it is all there."""
-
-        def told(ready):
-            try:
-                node = self.focused(within=[name])
-                return node is not None and ready(node)
-            except (AttributeError, gi.repository.GLib.Error):  # the tree changed under the walk
-                return False
-
-        wait_for(f"the keyboard at {name}", lambda: told(lambda node: "text" in node.get_role_name()))
+        wait_for(f"the keyboard at {name}", lambda: self.has_keyboard(name, "text"))
         x("key", "ctrl+a")
         x("type", "--delay", "5", text)
-        count = lambda node: Atspi.Text.get_character_count(node)
-        wait_for(f"{len(text)} characters in {name}", lambda: told(lambda node: count(node) == len(text)))
+        is_there = lambda node: Atspi.Text.get_character_count(node) == len(text)
+        wait_for(f"{len(text)} characters in {name}", lambda: self.has_keyboard(name, "text", is_there))
 
     def type_into(self, name, text, role="text"):
         self.click(name, role=role)

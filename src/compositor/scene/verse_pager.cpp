@@ -3,10 +3,14 @@
 #include "compositor/scene/verse_paging.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nimbara {
 
 namespace {
+
+constexpr std::size_t mostRemembered = 32;
+constexpr std::size_t mostAhead = 8;
 
 /// The largest size from `smallest` on that shows everything on one page; `smallest` does.
 std::int32_t largestFitting(const VersePaging &paging, std::int32_t smallest, std::int32_t size)
@@ -46,6 +50,11 @@ Layer pagedFields(const Layer &layer)
     kept.secondReference = layer.secondReference;
     kept.arrangement = layer.arrangement;
     return kept;
+}
+
+PagedLayer pagedFields(const Layer &layer, FrameSize frame)
+{
+    return { pagedFields(layer.kind == LayerKind::Verse ? shownVerse(layer) : layer), frame };
 }
 
 } // namespace
@@ -94,21 +103,89 @@ Layer pageShown(const Layer &layer, const VersePages &pages)
     return shown;
 }
 
+VersePager::VersePager()
+{
+    m_thread.setMaxThreadCount(1);
+    m_thread.setExpiryTimeout(-1); // with the fonts that it has measured
+}
+
+VersePager::~VersePager()
+{
+    m_thread.clear();
+    m_thread.waitForDone();
+}
+
 const VersePages &VersePager::pages(const Layer &layer, FrameSize frame)
 {
-    const Layer asked = pagedFields(layer.kind == LayerKind::Verse ? shownVerse(layer) : layer);
-    const auto found = std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry &entry) {
-        return entry.layer == asked && entry.frame == frame;
-    });
+    const PagedLayer asked = pagedFields(layer, frame);
+    auto found = find(asked);
+    if (found == m_entries.end()) {
+        Entries made;
+        {
+            const std::lock_guard lock(m_mutex);
+            made.swap(m_made);
+        }
+        remember(std::move(made));
+        found = find(asked);
+    }
     if (found != m_entries.end()) {
         m_entries.splice(m_entries.begin(), m_entries, found);
     } else {
-        m_entries.push_front({ asked, frame, pagesOf(layer, frame) });
-        if (m_entries.size() > most) {
-            m_entries.pop_back();
-        }
+        Entries entry;
+        entry.push_back({ asked, pagesOf(layer, frame) });
+        remember(std::move(entry));
     }
     return m_entries.front().pages;
+}
+
+void VersePager::makeAhead(const std::vector<PagedLayer> &wanted)
+{
+    m_thread.clear();
+    std::vector<PagedLayer> begun;
+    for (const PagedLayer &each : wanted) {
+        const PagedLayer of = pagedFields(each.layer, each.frame);
+        if (find(of) == m_entries.end() && std::count(begun.begin(), begun.end(), of) == 0) {
+            begun.push_back(of);
+            m_thread.start([this, of, layer = each.layer] { make(of, layer); });
+        }
+    }
+}
+
+/// On the thread.
+void VersePager::make(const PagedLayer &of, const Layer &layer)
+{
+    const auto isMade = [this, &of] {
+        const std::lock_guard lock(m_mutex);
+        return std::any_of(m_made.begin(), m_made.end(), [&of](const Entry &entry) {
+            return entry.of == of;
+        });
+    };
+    if (isMade()) {
+        return;
+    }
+    Entries entry;
+    entry.push_back({ of, pagesOf(layer, of.frame) });
+    const std::lock_guard lock(m_mutex);
+    m_made.splice(m_made.begin(), std::move(entry));
+    if (m_made.size() > mostAhead) {
+        m_made.pop_back();
+    }
+}
+
+VersePager::Entries::iterator VersePager::find(const PagedLayer &asked)
+{
+    return std::find_if(m_entries.begin(), m_entries.end(), [&asked](const Entry &entry) {
+        return entry.of == asked;
+    });
+}
+
+/// In front of the others.
+void VersePager::remember(Entries &&made)
+{
+    m_entries.splice(m_entries.begin(), std::move(made));
+    while (m_entries.size() > mostRemembered) {
+        m_entries.pop_back();
+    }
 }
 
 } // namespace nimbara

@@ -5,9 +5,11 @@
 #include "signal/frame.h"
 
 #include <QString>
+#include <QThreadPool>
 
 #include <cstdint>
 #include <list>
+#include <mutex>
 #include <vector>
 
 namespace nimbara {
@@ -35,26 +37,54 @@ struct VersePages {
 /// Makes the text smaller until its box shows all of it, down to the layer's smallest size, and
 /// splits what is still too long into pages (`splitPages`); two Bibles are split in step, so that a
 /// page says the same in both. A layer that is not paged has one page of its own size. `frame`: of
-/// the program. Needs the application's fonts.
+/// the program. Needs the application's fonts. Callable from any thread.
 VersePages pagesOf(const Layer &layer, FrameSize frame);
 
 /// The layer with what its page shows, and no pages any more.
 Layer pageShown(const Layer &layer, const VersePages &pages);
 
-/// Remembers the pages of the layers that were last asked for. Interface thread only.
+/// A layer in a program's frame: what pages are of.
+struct PagedLayer {
+    Layer layer;
+    FrameSize frame;
+    bool operator==(const PagedLayer &) const = default;
+};
+
+/// Remembers the pages of the layers that were last asked for, and makes some before they are.
+/// Interface thread only.
 class VersePager {
 public:
-    /// As `pagesOf`. The answer lives until so many others were asked for.
+    VersePager();
+    /// Waits for what is being made ahead, one layer at most.
+    ~VersePager();
+    VersePager(const VersePager &) = delete;
+    VersePager &operator=(const VersePager &) = delete;
+    VersePager(VersePager &&) = delete;
+    VersePager &operator=(VersePager &&) = delete;
+
+    /// As `pagesOf`, at once where they are remembered or were made ahead. The answer lives until
+    /// so many others were asked for.
     const VersePages &pages(const Layer &layer, FrameSize frame);
 
+    /// Makes pages that are likely to be asked for next on a thread of its own, in their order.
+    /// What an earlier call wanted and is not begun is left out.
+    void makeAhead(const std::vector<PagedLayer> &wanted);
+
 private:
-    static constexpr std::size_t most = 16;
     struct Entry {
-        Layer layer; ///< as far as its pages depend on it
-        FrameSize frame;
+        PagedLayer of; ///< as far as its pages depend on it
         VersePages pages;
     };
-    std::list<Entry> m_entries; ///< the last asked for first
+    using Entries = std::list<Entry>;
+
+    [[nodiscard]] Entries::iterator find(const PagedLayer &asked);
+    void remember(Entries &&made);
+    void make(const PagedLayer &of, const Layer &layer);
+
+    Entries m_entries; ///< the last asked for first
+    std::mutex m_mutex;
+    Entries m_made; ///< ahead, and not asked for yet; under the mutex
+    QThreadPool m_thread;
 };
 
 } // namespace nimbara

@@ -22,6 +22,12 @@ Layer withPage(Layer layer, const VersePage &page)
     return layer;
 }
 
+/// The verses alone.
+QString withoutBible(const QString &reference)
+{
+    return reference.section(QStringLiteral(" · "), 0, 0);
+}
+
 /// Appends a text on lines of its own.
 void append(PlacedText &all, PlacedText more)
 {
@@ -84,7 +90,7 @@ bool VersePaging::fits(std::int32_t size) const
 
 VersePage VersePaging::whole() const
 {
-    return page({ 0, m_units.size() }, m_layer.referencePlace);
+    return page({ 0, m_units.size() }, { m_layer.referencePlace });
 }
 
 std::vector<VersePage> VersePaging::split(std::int32_t size) const
@@ -93,7 +99,7 @@ std::vector<VersePage> VersePaging::split(std::int32_t size) const
     std::vector<VersePage> pages;
     for (const PageRange &range :
         splitPages(m_units, [&](std::size_t first) { return reach(measured, first); })) {
-        pages.push_back(page(range, measured.place));
+        pages.push_back(page(range, measured.reference));
     }
     return pages;
 }
@@ -118,36 +124,52 @@ VersePaging::Room VersePaging::room(std::int32_t size) const
     const QRectF area = places.draws.front().area;
     const std::int32_t all = linesIn(area.height(), places.font, m_layer.spacing);
     Room room;
-    room.place = m_layer.referencePlace;
-    std::int32_t left = all;
     for (const VerseVoice &voice : m_voices) {
         room.rulers.emplace_back(voice.text(), voice.words(), places.font, area.width());
-        room.lines.push_back(all - referenceLines(voice, places.font, area.width(), all));
-        left -= all - room.lines.back();
     }
-    if (!isBeside()) {
-        room.lines = { left };
+    const auto fewest = [&room] { return *std::min_element(room.lines.begin(), room.lines.end()); };
+    room.reference.place = m_layer.referencePlace;
+    room.lines = linesLeft(places, all, true);
+    if (2 * fewest() < all) {
+        room.reference.isNamed = false;
+        room.lines = linesLeft(places, all, false);
     }
     const std::int32_t least = isBeside() ? 1 : static_cast<std::int32_t>(m_voices.size());
-    if (*std::min_element(room.lines.begin(), room.lines.end()) < least) {
-        room.place = reference_place::hidden;
+    if (fewest() < least) {
+        room.reference.place = reference_place::hidden;
         room.lines.assign(room.lines.size(), std::max(all, 1));
     }
     return room;
 }
 
+/// Of `all` lines, those that the references leave to each text, or to all together.
+std::vector<std::int32_t>
+VersePaging::linesLeft(const TextBlock &places, std::int32_t all, bool isNamed) const
+{
+    std::vector<std::int32_t> lines;
+    std::int32_t left = all;
+    for (const VerseVoice &voice : m_voices) {
+        const std::int32_t taken = referenceLines(voice, places, all, isNamed);
+        lines.push_back(all - taken);
+        left -= taken;
+    }
+    return isBeside() ? lines : std::vector<std::int32_t> { left };
+}
+
 std::int32_t VersePaging::referenceLines(const VerseVoice &voice,
-    const QFont &font,
-    double width,
-    std::int32_t most) const
+    const TextBlock &places,
+    std::int32_t most,
+    bool isNamed) const
 {
     std::int32_t lines = 0;
     if (m_layer.referencePlace == reference_place::hidden) {
         return lines;
     }
-    for (const QString &reference : { voice.reference(), voice.widestReference() }) {
+    const double width = places.draws.front().area.width();
+    for (const QString &whole : { voice.reference(), voice.widestReference() }) {
+        const QString reference = isNamed ? whole : withoutBible(whole);
         const std::vector<PageWord> words = pageWords(reference, {});
-        lines = std::max(lines, PageRuler(reference, words, font, width).lines(most));
+        lines = std::max(lines, PageRuler(reference, words, places.font, width).lines(most));
     }
     return lines;
 }
@@ -189,41 +211,47 @@ PageRange VersePaging::wordsOf(std::size_t voice, PageRange units) const
     return { range(m_pairs[units.first]).first, range(m_pairs[units.end - 1]).end };
 }
 
-VersePage VersePaging::page(PageRange units, std::int32_t place) const
+QString VersePaging::referenceOf(std::size_t voice, PageRange words, bool isNamed) const
+{
+    const QString reference = m_voices[voice].referenceOf(words);
+    return isNamed ? reference : withoutBible(reference);
+}
+
+VersePage VersePaging::page(PageRange units, ReferenceForm form) const
 {
     VersePage page;
     const PageRange first = wordsOf(0, units);
     PlacedText shown = m_voices[0].shown(first);
-    page.reference = m_voices[0].referenceOf(first);
+    page.reference = referenceOf(0, first, form.isNamed);
     page.place = m_voices[0].versesBefore(first.first);
     if (m_voices.size() == 1) {
         page.text = std::move(shown.text);
         page.numbers.first = std::move(shown.raised);
-        page.namesItself = place == reference_place::hidden;
+        page.namesItself = form.place == reference_place::hidden;
         return page;
     }
     const PageRange second = wordsOf(1, units);
     PlacedText other = m_voices[1].shown(second);
-    const QString otherReference = m_voices[1].referenceOf(second);
+    const QString otherReference = referenceOf(1, second, form.isNamed);
     if (isBeside() && !shown.text.isEmpty() && !other.text.isEmpty()) {
         page.text = std::move(shown.text);
         page.second = std::move(other.text);
-        page.namesItself = place == reference_place::hidden;
+        page.namesItself = form.place == reference_place::hidden;
         page.secondReference = page.namesItself ? QString() : otherReference;
         page.numbers = { std::move(shown.raised), std::move(other.raised) };
         return page;
     }
     page.namesItself = true;
     if (isAlternating()) {
-        alternate(page, units, place);
+        alternate(page, units, form);
         return page;
     }
     PlacedText all;
     if (!shown.text.isEmpty()) {
-        append(all, placed(std::move(shown), page.reference, place));
+        append(all, placed(std::move(shown), page.reference, form.place));
     }
     if (!other.text.isEmpty()) {
-        append(all, placed(std::move(other), otherReference, place));
+        append(all, placed(std::move(other), otherReference, form.place));
     }
     page.text = std::move(all.text);
     page.numbers.first = std::move(all.raised);
@@ -231,7 +259,7 @@ VersePage VersePaging::page(PageRange units, std::int32_t place) const
 }
 
 /// Verse by verse, and both references where the one would be.
-void VersePaging::alternate(VersePage &page, PageRange units, std::int32_t place) const
+void VersePaging::alternate(VersePage &page, PageRange units, ReferenceForm form) const
 {
     PlacedText all;
     for (std::size_t from = units.first; from < units.end;) {
@@ -247,10 +275,10 @@ void VersePaging::alternate(VersePage &page, PageRange units, std::int32_t place
     for (const std::size_t voice : { std::size_t { 0 }, std::size_t { 1 } }) {
         const PageRange words = wordsOf(voice, units);
         if (words.first != words.end) {
-            references << m_voices[voice].referenceOf(words);
+            references << referenceOf(voice, words, form.isNamed);
         }
     }
-    all = placed(std::move(all), references.join(QLatin1Char('\n')), place);
+    all = placed(std::move(all), references.join(QLatin1Char('\n')), form.place);
     page.text = std::move(all.text);
     page.numbers.first = std::move(all.raised);
 }

@@ -26,24 +26,32 @@ public:
     [[nodiscard]] std::vector<VersePage> split(std::int32_t size) const;
 
 private:
+    /// How the reference stands on the pages.
+    struct ReferenceForm {
+        std::int32_t place = 0; ///< hidden where it would leave no room
+        bool isNamed = true; ///< it names its Bible: not where it would take most of the room
+    };
     /// What letters of a size leave room for.
     struct Room {
         std::vector<PageRuler> rulers; ///< of each voice
         std::vector<std::int32_t> lines; ///< of each voice, or of all together
-        std::int32_t place = 0; ///< of the reference: hidden where it would leave no room
+        ReferenceForm reference;
     };
     [[nodiscard]] bool isBeside() const;
     [[nodiscard]] bool isAlternating() const;
     [[nodiscard]] TextBlock block(std::int32_t size) const;
     [[nodiscard]] Room room(std::int32_t size) const;
+    [[nodiscard]] std::vector<std::int32_t>
+    linesLeft(const TextBlock &places, std::int32_t all, bool isNamed) const;
     [[nodiscard]] std::int32_t referenceLines(const VerseVoice &voice,
-        const QFont &font,
-        double width,
-        std::int32_t most) const;
+        const TextBlock &places,
+        std::int32_t most,
+        bool isNamed) const;
     [[nodiscard]] std::size_t reach(const Room &room, std::size_t first) const;
     [[nodiscard]] PageRange wordsOf(std::size_t voice, PageRange units) const;
-    [[nodiscard]] VersePage page(PageRange units, std::int32_t place) const;
-    void alternate(VersePage &page, PageRange units, std::int32_t place) const;
+    [[nodiscard]] QString referenceOf(std::size_t voice, PageRange words, bool isNamed) const;
+    [[nodiscard]] VersePage page(PageRange units, ReferenceForm form) const;
+    void alternate(VersePage &page, PageRange units, ReferenceForm form) const;
 
     const Layer &m_layer;
     FrameSize m_frame;

@@ -10,7 +10,7 @@ namespace nimbara {
 namespace {
 
 /// How far from its place in the one text the same pause may be in the other, as a share of what
-/// is divided; blanks are wherever one is nearest.
+/// is divided.
 constexpr double tolerance = 0.25;
 
 /// The words of a verse in one text.
@@ -62,9 +62,9 @@ public:
     {
         m_cuts[firstWords.first] = { secondWords.first, PageEnd::Verse };
         m_cuts[firstWords.end] = { secondWords.end, PageEnd::Verse };
-        for (const PageEnd worst : { PageEnd::Sentence, PageEnd::Comma, PageEnd::Blank }) {
-            divide(worst);
-        }
+        divide(PageEnd::Sentence);
+        divide(PageEnd::Comma);
+        divideAtBlanks();
     }
 
     void appendTo(std::vector<PagePair> &pairs) const
@@ -101,10 +101,7 @@ private:
     {
         for (auto from = m_cuts.begin(); std::next(from) != m_cuts.end(); ++from) {
             const auto to = std::next(from);
-            for (std::size_t word = from->first + 1; word < to->first; ++word) {
-                if (m_first[word].before > worst) {
-                    continue;
-                }
+            for (const std::size_t word : places(m_first, { from->first, to->first }, worst)) {
                 const auto second = match(word, *from, *to, worst);
                 if (second) {
                     m_cuts[word] = { *second, worst };
@@ -122,15 +119,81 @@ private:
         const double wanted = share(m_first, { from.first, to.first }, word);
         const PageRange range { from.second.second, to.second.second };
         std::optional<std::size_t> found;
-        double nearest = worst == PageEnd::Blank ? 1 : tolerance;
-        for (std::size_t other = range.first + 1; other < range.end; ++other) {
+        double nearest = tolerance;
+        for (const std::size_t other : places(m_second, range, worst)) {
             const double off = std::abs(share(m_second, range, other) - wanted);
-            if (m_second[other].before <= worst && off < nearest) {
+            if (off < nearest) {
                 nearest = off;
                 found = other;
             }
         }
         return found;
+    }
+
+    /// Between the cuts that are there, at each blank of the text that has fewer of them. The other
+    /// one is divided beside it, by how far both have come, so that no page has much of the one and
+    /// little of the other.
+    void divideAtBlanks()
+    {
+        std::map<std::size_t, Cut> cuts;
+        for (auto from = m_cuts.begin(); std::next(from) != m_cuts.end(); ++from) {
+            const auto to = std::next(from);
+            const PageRange one { from->first, to->first };
+            const PageRange other { from->second.second, to->second.second };
+            const auto ones = places(m_first, one, PageEnd::Blank);
+            const auto others = places(m_second, other, PageEnd::Blank);
+            const bool isFewer = ones.size() <= others.size();
+            const std::vector<std::size_t> beside = isFewer
+                ? placesBeside(shares(m_first, one, ones), shares(m_second, other, others))
+                : placesBeside(shares(m_second, other, others), shares(m_first, one, ones));
+            for (std::size_t each = 0; each < beside.size(); ++each) {
+                const std::size_t word = ones[isFewer ? each : beside[each]];
+                cuts[word] = { others[isFewer ? beside[each] : each], PageEnd::Blank };
+            }
+        }
+        m_cuts.merge(cuts);
+    }
+
+    /// For each of the fewer shares, in order, the nearest one of the others; none twice.
+    static std::vector<std::size_t> placesBeside(const std::vector<double> &fewer,
+        const std::vector<double> &others)
+    {
+        std::vector<std::size_t> beside;
+        std::size_t next = 0;
+        for (std::size_t each = 0; each < fewer.size(); ++each) {
+            const std::size_t last = others.size() - (fewer.size() - each); // room for the rest
+            while (next < last
+                && std::abs(others[next + 1] - fewer[each])
+                    < std::abs(others[next] - fewer[each])) {
+                ++next;
+            }
+            beside.push_back(next++);
+        }
+        return beside;
+    }
+
+    /// Within the range, where a text pauses so or better.
+    static std::vector<std::size_t>
+    places(const std::vector<PageWord> &words, PageRange range, PageEnd worst)
+    {
+        std::vector<std::size_t> found;
+        for (std::size_t word = range.first + 1; word < range.end; ++word) {
+            if (words[word].before <= worst) {
+                found.push_back(word);
+            }
+        }
+        return found;
+    }
+
+    static std::vector<double> shares(const std::vector<PageWord> &words,
+        PageRange range,
+        const std::vector<std::size_t> &places)
+    {
+        std::vector<double> shares;
+        for (const std::size_t word : places) {
+            shares.push_back(share(words, range, word));
+        }
+        return shares;
     }
 
     /// How much of the range stands before the word.

@@ -108,6 +108,44 @@ public:
         return steps.back().cost < 0 ? std::nullopt : std::optional(read(steps, cuts));
     }
 
+    /// No page is longer.
+    double longest()
+    {
+        double most = 0;
+        for (const std::size_t cut : cutsAt(PageEnd::Blank)) {
+            most = cut < m_words.size() ? std::max(most, length(cut, endOf(cut))) : most;
+        }
+        return most;
+    }
+
+    /// The lengths of the shortest and the longest page of a split.
+    struct Lengths {
+        double least = 0;
+        double most = 0;
+    };
+
+    /// Of the splits at any blank into pages of at most `most` characters, the one whose shortest
+    /// page is the longest; none when there is no such split.
+    std::optional<Lengths> evenest(double most)
+    {
+        const std::vector<std::size_t> &cuts = cutsAt(PageEnd::Blank);
+        std::vector<Lengths> ways(cuts.size()); // the best one to each place; 0: none
+        ways[0].least = std::numeric_limits<double>::max();
+        for (std::size_t to = 1; to < cuts.size(); ++to) {
+            for (std::size_t from = to; from-- > 0;) {
+                const double page = length(cuts[from], cuts[to]);
+                if (page > most) {
+                    break;
+                }
+                const double least = std::min(ways[from].least, page);
+                if (least > ways[to].least && cuts[to] <= endOf(cuts[from])) {
+                    ways[to] = { least, std::max(ways[from].most, page) };
+                }
+            }
+        }
+        return ways.back().least > 0 ? std::optional(ways.back()) : std::nullopt;
+    }
+
     [[nodiscard]] double length(std::size_t first, std::size_t end) const
     {
         return static_cast<double>(m_words[end - 1].end - m_words[first].begin);
@@ -192,26 +230,26 @@ public:
     {
     }
 
-    /// Tries bands of that many pages, more or less, none of them shorter than its share of the
-    /// longest.
-    void tryPages(std::size_t pages, double share)
+    /// Tries bands of that many pages, more or less, none of them much shorter than the longest.
+    void tryPages(std::size_t pages)
     {
         const double mean = m_total / static_cast<double>(pages);
         // From pages of one length to the widest band whose middle is still the mean.
-        for (double above = 1.04; above <= 1 / share + 0.001 && above < 2; above += 0.04) {
+        for (double above = 1.04; above <= 1 / balance + 0.001; above += 0.04) {
             const double most = mean * above;
             if (isTried(most)) {
                 continue;
             }
             m_tried.push_back(most);
-            auto split = m_splitter.within(m_worst, share * most, most);
-            if (split && (!m_best || split->betterThan(*m_best))) {
-                m_best = std::move(split);
+            auto split = m_splitter.within(m_worst, balance * most, most);
+            if (split && (m_best.pages.empty() || split->betterThan(m_best))) {
+                m_best = std::move(*split);
             }
         }
     }
 
-    [[nodiscard]] std::optional<Splitter::Split> &best() { return m_best; }
+    /// Without pages when there is none.
+    [[nodiscard]] Splitter::Split &best() { return m_best; }
 
 private:
     /// Hundreds of pages have means beside each other.
@@ -226,36 +264,51 @@ private:
     PageEnd m_worst;
     double m_total;
     std::vector<double> m_tried;
-    std::optional<Splitter::Split> m_best;
+    Splitter::Split m_best;
 };
 
-std::optional<std::vector<PageRange>>
-balanced(Splitter &splitter, PageEnd worst, double total, std::size_t fewest)
+/// More pages than that are not made for the sake of balance.
+std::size_t mostPages(std::size_t fewest)
 {
-    const std::size_t most = fewest + fewest / 2 + 2;
+    return fewest + fewest / 2 + 2;
+}
+
+/// None when no band has a split.
+std::vector<PageRange> balanced(Splitter &splitter, PageEnd worst, double total, std::size_t fewest)
+{
     BandSearch search(splitter, worst, total);
-    for (std::size_t pages = fewest; pages <= most; ++pages) {
-        search.tryPages(pages, balance);
-        if (search.best() && search.best()->cuts == 0) {
+    for (std::size_t pages = fewest; pages <= mostPages(fewest); ++pages) {
+        search.tryPages(pages);
+        if (!search.best().pages.empty() && search.best().cuts == 0) {
             break;
         }
     }
-    return search.best() ? std::optional(std::move(search.best()->pages)) : std::nullopt;
+    return std::move(search.best().pages);
 }
 
-/// Whatever is left of the balance.
-std::vector<PageRange> nearlyBalanced(Splitter &splitter, double total, std::size_t fewest)
+/// The bands leave out what is only just balanced, and where nothing is, the most even split is
+/// wanted. So every length that the longest page may have is tried, from above; down to the longest
+/// page of what was found last, that would be found again.
+std::vector<PageRange> evenest(Splitter &splitter, double total, std::size_t fewest)
 {
-    for (double share = 0.7; share > 0.05; share -= 0.05) {
-        BandSearch search(splitter, PageEnd::Blank, total);
-        for (std::size_t pages = fewest; pages <= fewest + 2; ++pages) {
-            search.tryPages(pages, share);
-            if (search.best()) {
-                return std::move(search.best()->pages);
-            }
+    constexpr double manyCharacters = 1500; // beyond them, not every length: it would take long
+    const double step = total > manyCharacters ? 0.02 : 0;
+    Splitter::Lengths best;
+    double share = 0;
+    double most = splitter.longest();
+    const double shortest = total / static_cast<double>(mostPages(fewest)) - 1;
+    while (most > shortest && share < balance) {
+        const auto found = splitter.evenest(most);
+        if (!found) {
+            break;
         }
+        if (found->least > share * found->most) {
+            best = *found;
+            share = best.least / best.most;
+        }
+        most = std::min(found->most - 1, found->most * (1 - step));
     }
-    auto split = splitter.within(PageEnd::Blank, 0, std::numeric_limits<double>::max());
+    auto split = splitter.within(PageEnd::Blank, best.least, best.most);
     if (!split) { // not even a number fits beside its word
         split = splitter.within(PageEnd::Never, 0, std::numeric_limits<double>::max());
     }
@@ -313,11 +366,12 @@ std::vector<PageRange> splitPages(const std::vector<PageWord> &words, const Page
     const double total = splitter.length(0, words.size());
     for (const PageEnd worst :
         { PageEnd::Verse, PageEnd::Sentence, PageEnd::Comma, PageEnd::Blank }) {
-        if (auto pages = balanced(splitter, worst, total, fewest)) {
-            return std::move(*pages);
+        auto pages = balanced(splitter, worst, total, fewest);
+        if (!pages.empty()) {
+            return pages;
         }
     }
-    return nearlyBalanced(splitter, total, fewest);
+    return evenest(splitter, total, fewest);
 }
 
 } // namespace nimbara

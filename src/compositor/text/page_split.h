@@ -38,8 +38,9 @@ using PageReach = std::function<std::size_t(std::size_t first)>;
 
 /// Splits words into pages within reach: at verses, else at sentences too, then commas, then
 /// blanks, whatever first gives pages of which none has under 75 % of the longest one's characters;
-/// of those splits the one that cuts the least, and then has the fewest pages. Where no split is
-/// that balanced, the most balanced one. Every word is on one page; none for no words.
+/// of those splits the one that cuts the least, and then has the fewest pages. Where no split of
+/// half as many pages again as there must be (and two) is that balanced, the most balanced one.
+/// Every word is on one page; none for no words.
 std::vector<PageRange> splitPages(const std::vector<PageWord> &words, const PageReach &reach);
 
 } // namespace nimbara

@@ -85,6 +85,14 @@ std::int32_t matchingPage(const VersePages &pace, std::size_t page, const VerseP
     return static_cast<std::int32_t>(found);
 }
 
+/// The verse behind or before a passage.
+std::optional<bible::Passage>
+neighbour(const bible::Bible &bible, const bible::Passage &passage, VerseSteps::Direction direction)
+{
+    return direction == VerseSteps::Direction::On ? bible::verseAfter(bible, passage)
+                                                  : bible::verseBefore(bible, passage);
+}
+
 /// Where an online text cannot be had: the built-in Bible of the language that its label is in.
 bible::BiblePtr standIn(const Layer &layer, const bible::Passage &shown)
 {
@@ -100,6 +108,13 @@ VerseSteps::VerseSteps(const Surroundings &surroundings)
     , m_ready(bible::prepare())
 {
     connect(&surroundings.verses, &VerseDesk::written, this, &VerseSteps::receive);
+    const auto prepare = [this](LayerId layer) {
+        if (const auto lead = spotOf(layer)) {
+            makeAhead(*lead);
+        }
+    };
+    connect(&surroundings.verses, &VerseDesk::written, this, prepare);
+    connect(&surroundings.verses, &VerseDesk::quickVerseAdded, this, prepare);
     connect(&surroundings.verses, &VerseDesk::lookupEnded, this, &VerseSteps::showAwaited);
 }
 
@@ -235,8 +250,7 @@ void VerseSteps::leave(const Spot &lead, Direction direction)
     }
     const bible::BiblePtr bible = bibleOf(lead.layer);
     const bible::Bible &counted = bible != nullptr ? *bible : bible::spanish();
-    const auto next = direction == Direction::On ? bible::verseAfter(counted, *passage)
-                                                 : bible::verseBefore(counted, *passage);
+    const auto next = neighbour(counted, *passage, direction);
     if (!next) {
         Q_EMIT said(direction == Direction::On ? "Es el último versículo de la Biblia."
                                                : "Es el primer versículo de la Biblia.");
@@ -298,26 +312,64 @@ void VerseSteps::show(const Spot &lead,
 {
     std::vector<SetVerse> followers;
     for (const Spot &spot : following(lead)) {
-        bible::BiblePtr bible = bibleOf(spot.layer);
-        const bool isOther = sourceOf(spot.layer) != sourceOf(lead.layer);
-        if (bible == nullptr && isOther) { // another online Bible than the leading one
-            bible = standIn(spot.layer, *passageOf(lead.layer.reference));
+        if (auto own = followed(spot, lead, passage, verse)) {
+            followers.push_back(placed(spot, std::move(*own), direction));
         }
-        SetVerse own = verse;
-        own.layer = spot.layer.id;
-        if (bible != nullptr
-            && bible::passageText(*bible, passage).isEmpty()) { // nothing blank goes on air
-            continue;
-        }
-        if (bible != nullptr) {
-            own = verseFrom(*bible, passage, spot.layer.id);
-        }
-        own.second = secondOf(spot.layer, passage);
-        followers.push_back(placed(spot, std::move(own), direction));
     }
     SetVerse leading = verse;
     leading.second = secondOf(lead.layer, passage);
     apply(lead, placed(lead, std::move(leading), direction), followers);
+}
+
+/// What a layer that steps along shows of the passage; none where its Bible has nothing of it.
+std::optional<SetVerse> VerseSteps::followed(const Spot &spot,
+    const Spot &lead,
+    const bible::Passage &passage,
+    const SetVerse &verse)
+{
+    bible::BiblePtr bible = bibleOf(spot.layer);
+    const bool isOther = sourceOf(spot.layer) != sourceOf(lead.layer);
+    if (bible == nullptr && isOther) { // another online Bible than the leading one
+        bible = standIn(spot.layer, *passageOf(lead.layer.reference));
+    }
+    SetVerse own = verse;
+    own.layer = spot.layer.id;
+    if (bible != nullptr
+        && bible::passageText(*bible, passage).isEmpty()) { // nothing blank goes on air
+        return std::nullopt;
+    }
+    if (bible != nullptr) {
+        own = verseFrom(*bible, passage, spot.layer.id);
+    }
+    own.second = secondOf(spot.layer, passage);
+    return own;
+}
+
+/// The pages of both neighbours, so that no step has to measure a text. What comes from the network
+/// is measured when it is there.
+void VerseSteps::makeAhead(const Spot &lead)
+{
+    const auto passage = passageOf(lead.layer.reference);
+    const bible::BiblePtr bible = m_ready.isFinished() ? bibleOf(lead.layer) : nullptr;
+    if (!passage || bible == nullptr) {
+        return;
+    }
+    std::vector<PagedLayer> wanted;
+    for (const Direction direction : { Direction::On, Direction::Back }) {
+        const auto next = neighbour(*bible, *passage, direction);
+        if (!next) {
+            continue;
+        }
+        SetVerse verse = verseFrom(*bible, *next, lead.layer.id);
+        for (const Spot &spot : following(lead)) {
+            if (const auto own = followed(spot, lead, *next, verse)) {
+                wanted.push_back({ withVerse(spot.layer, *own), spot.frame });
+            }
+        }
+        verse.second = secondOf(lead.layer, *next);
+        wanted.push_back({ withVerse(lead.layer, verse), lead.frame });
+    }
+    m_surroundings.stage.pager->makeAhead(wanted);
 }
 
 /// The verse at its first page, or at its last where the operator comes from behind.
@@ -358,6 +410,9 @@ void VerseSteps::tell(const Spot &spot, const SetVerse &verse)
     const Layer layer = withVerse(spot.layer, verse);
     const VersePages &pages = m_surroundings.stage.pager->pages(layer, spot.frame);
     const std::size_t page = pages.shown(layer);
+    if (page == 0 || page + 1 == pages.pages.size()) {
+        makeAhead({ layer, spot.frame });
+    }
     const QString label = labelOf(pages.pages[page].reference);
     const Message shown = pages.pages.size() == 1 ? bible::readyStatus(label)
                                                   : pageText(label, page, pages.pages.size());

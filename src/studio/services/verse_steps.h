@@ -70,6 +70,11 @@ private:
         const bible::Passage &passage,
         Direction direction,
         const SetVerse &verse);
+    [[nodiscard]] static std::optional<SetVerse> followed(const Spot &spot,
+        const Spot &lead,
+        const bible::Passage &passage,
+        const SetVerse &verse);
+    void makeAhead(const Spot &lead);
     void apply(const Spot &lead, const SetVerse &verse, const std::vector<SetVerse> &followers);
     [[nodiscard]] SetVerse placed(const Spot &spot, SetVerse verse, Direction direction);
     void tell(const Spot &spot, const SetVerse &verse);

@@ -97,17 +97,25 @@ def answers(port):
 
 
 class Platform:
-    """tests/support/rtmp_server.sh on free ports."""
+    """tests/support/rtmp_server.sh, on free ports unless named; `more` are further words for it."""
 
-    def __init__(self):
+    def __init__(self, port=None, secure_port=None, more=()):
         self.folder = tempfile.TemporaryDirectory(prefix="studio-rtmp-")
-        self.port, self.secure_port = free_port(), free_port()
-        words = [SUPPORT / "rtmp_server.sh", self.folder.name, str(self.port), str(self.secure_port)]
-        self.server = subprocess.Popen(words, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_for("the RTMP server", lambda: answers(self.port) and answers(self.secure_port))
+        self.port, self.secure_port = port or free_port(), secure_port or free_port()
+        self.more = more
+        self.run()
         self.rtmp = f"rtmp://127.0.0.1:{self.port}/live"
         self.rtmps = f"rtmps://localhost:{self.secure_port}/live"
         self.authority = os.path.join(self.folder.name, "ca.pem")
+
+    def run(self):
+        words = [SUPPORT / "rtmp_server.sh", self.folder.name, str(self.port), str(self.secure_port), *self.more]
+        self.server = subprocess.Popen(words, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        wait_for("the RTMP server", lambda: answers(self.port) and answers(self.secure_port))
+
+    def signal(self, number):
+        """To the server itself."""
+        os.kill(int(pathlib.Path(self.folder.name, "nginx.pid").read_text()), number)
 
     def received(self, key):
         return os.path.join(self.folder.name, "rec", f"{key}.flv")

@@ -100,7 +100,14 @@ private Q_SLOTS:
                                                  "destino, permisos y codecs\\.$"_s);
             QVERIFY2(text.match(status).hasMatch(), qPrintable(status));
             QCOMPARE(m_outputs->destination(2).buttonText(), u"Iniciar"_s);
+            QCOMPARE(m_outputs->destination(2).failure(),
+                server.startsWith(u"rtmps"_s) ? OutputFailure::Certificate : OutputFailure::Other);
         }
+        ProgramFeed feed(small);
+        QTRY_VERIFY((push(feed), m_outputs->destination(0).accepted()));
+        start(2, m_peer->rtmp(live), key + u"-good"_s);
+        QCOMPARE(firstStopped(feed), std::vector<std::size_t> { 2 });
+        QCOMPARE(m_outputs->destination(2).failure(), OutputFailure::NameInUse);
     }
 
     void reachesTheServer()

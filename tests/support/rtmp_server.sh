@@ -1,15 +1,18 @@
 #!/bin/sh
 # A real RTMP server for tests: nginx with its RTMP module, and stunnel in front of it for RTMPS.
 #
-# usage: rtmp_server.sh DIR RTMP_PORT RTMPS_PORT
+# usage: rtmp_server.sh DIR RTMP_PORT RTMPS_PORT [ADDRESS [HOLD]]
 #
 # Everything lives below DIR. Application "live" records what is published to DIR/rec/KEY.flv;
-# application "closed" refuses every publisher. DIR/ca.pem is the authority of the RTMPS
+# application "closed" refuses every publisher. "holds" records as well, and lets go of a silent publisher
+# after HOLD (90s); until then nobody else may have its name. DIR/ca.pem is the authority of the RTMPS
 # certificate, which is made for "localhost" and 127.0.0.1. Runs until it is told to stop (TERM).
 set -eu
 dir=$1
 rtmp_port=$2
 rtmps_port=$3
+address=${4:-127.0.0.1}
+hold=${5:-90s}
 PATH=$PATH:/usr/sbin
 mkdir -p "$dir/rec" "$dir/logs"
 
@@ -31,11 +34,17 @@ events { worker_connections 64; }
 rtmp {
   access_log off;
   server {
-    listen 127.0.0.1:$rtmp_port;
+    listen $address:$rtmp_port;
     application live {
       live on;
       record all;
       record_path $dir/rec;
+    }
+    application holds {
+      live on;
+      record all;
+      record_path $dir/rec;
+      drop_idle_publisher $hold;
     }
     application closed {
       live on;
@@ -51,7 +60,7 @@ foreground = yes
 pid =
 debug = warning
 [rtmps]
-accept = 127.0.0.1:$rtmps_port
+accept = $address:$rtmps_port
 connect = 127.0.0.1:$rtmp_port
 cert = $dir/server.pem
 key = $dir/server.key

@@ -18,12 +18,17 @@ constexpr auto endPatience = std::chrono::seconds(4);
 /// For the key frame with which another output goes on.
 constexpr auto keyPatience = std::chrono::seconds(5);
 
-/// The sink tells a bad certificate by the domain of the error that its debug text names.
+/// The sink tells a bad certificate (G_TLS_ERROR_BAD_CERTIFICATE) and a name that is taken
+/// (G_IO_ERROR_EXISTS) only by the error that ends its debug text.
 OutputFailure failureOf(GstMessage *message)
 {
     const auto [error, debug] = busError(message);
-    if (debug && QLatin1String(debug.get()).contains(QLatin1String("g-tls-error-quark, code 2"))) {
+    const QLatin1String cause(debug ? debug.get() : "");
+    if (cause.endsWith(QLatin1String("g-tls-error-quark, code 2"))) {
         return OutputFailure::Certificate;
+    }
+    if (cause.endsWith(QLatin1String("g-io-error-quark, code 2"))) {
+        return OutputFailure::NameInUse;
     }
     if (!error || error->domain != GST_RESOURCE_ERROR) {
         return OutputFailure::Other;

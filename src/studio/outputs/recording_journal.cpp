@@ -124,6 +124,12 @@ std::unique_ptr<RecordingJournal::Entry> RecordingJournal::begin(const QString &
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
         return nullptr;
     }
+    file.close();
+    BackgroundTask<bool>().start([name = file.fileName(), folder = m_folder] {
+        bringToDisk(name); // a power cut must not take what tells of the recording
+        bringToDisk(folder);
+        return true;
+    });
     return entry;
 }
 

@@ -148,6 +148,7 @@ Message StreamDesk::lost(std::size_t slot)
     Reconnection &reconnection = m_slots.at(slot).reconnection;
     const bool again
         = m_reconnects && reconnection.lost(destination.failure(), m_clock.monotonicUs());
+    m_slots.at(slot).line.forget();
     Q_EMIT changed(slot);
     if (std::exchange(m_slots.at(slot).isLost, again) && again) {
         return {}; // an attempt that failed
@@ -188,13 +189,17 @@ void StreamDesk::setHardwareEncoding(bool on)
 void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
 {
     Slot &each = m_slots.at(slot);
-    if (each.reconnection.isDue(nowUs)) {
+    if (each.isLost && each.line.poll(each.startedServer, nowUs)) {
+        each.reconnection.hurry(nowUs);
+    }
+    if (each.reconnection.isDue(nowUs) && !each.line.isLooking(nowUs)) {
         retry(slot, nowUs);
     } else if (isReconnecting(slot) && each.shown != statusText(slot)) {
         each.shown = statusText(slot); // the seconds count down
         Q_EMIT changed(slot);
     } else if (!each.reconnection.isAccepted() && m_outputs.destination(slot).accepted()) {
         each.reconnection.accepted(nowUs);
+        each.line.forget();
         if (std::exchange(each.isLost, false)) {
             ++each.returns;
             Q_EMIT returned(each.loss);
@@ -204,13 +209,18 @@ void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
     }
 }
 
-/// No attempt opens a box in mid-service: one that cannot even begin is one that failed.
+/// No attempt opens a box in mid-service: one that cannot even begin is one that failed. So is one
+/// whose server cannot be reached: it would still hang when the line is back.
 void StreamDesk::retry(std::size_t slot, std::int64_t nowUs)
 {
     Slot &each = m_slots.at(slot);
     each.reconnection.started(nowUs);
     try {
-        startDestination(slot);
+        if (each.line.isAway()) {
+            each.reconnection.lost(OutputFailure::Other, nowUs);
+        } else {
+            startDestination(slot);
+        }
     } catch (const std::exception &error) {
         each.reconnection.lost(OutputFailure::Other, nowUs);
         logLine(m_outputs.destination(slot).name() + QStringLiteral(": ")
@@ -223,6 +233,7 @@ void StreamDesk::forget(std::size_t slot)
 {
     m_slots.at(slot).reconnection.forget();
     m_slots.at(slot).isLost = false;
+    m_slots.at(slot).line.forget();
     m_slots.at(slot).shown = {};
 }
 

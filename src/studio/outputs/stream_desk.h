@@ -4,6 +4,7 @@
 #include "output/sink/outputs.h"
 #include "secrets/secret_store.h"
 #include "studio/edit/stage.h"
+#include "studio/outputs/line_watch.h"
 #include "studio/outputs/reconnection.h"
 
 #include <QObject>
@@ -125,6 +126,7 @@ private:
         FrameSize startedSize {};
         std::int32_t startedBitrate = outputBitrate;
         Reconnection reconnection;
+        LineWatch line; ///< while it is lost
         int returns = 0;
         Message loss; ///< as `lost` told it
         bool isLost = false; ///< told, and being tried again

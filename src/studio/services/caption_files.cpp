@@ -81,7 +81,7 @@ void CaptionFiles::begin(const Language &original,
     if (m_recording.isEmpty()) {
         moveTo(m_sessionStem, m_sessionMs);
     }
-    m_hasFailed = false;
+    tellAnew();
 }
 
 void CaptionFiles::follow(const QString &recording, std::optional<std::int64_t> positionMs)
@@ -207,39 +207,27 @@ void CaptionFiles::poll()
     for (Track &each : m_translations) {
         closeLong(each);
     }
-    startWriting();
+    takeResult();
+    writeWaiting();
 }
 
-void CaptionFiles::startWriting()
+ServiceFile::Writing CaptionFiles::takeWaiting()
 {
-    if (m_writing.isUnderWay()) {
-        if (!m_writing.isReady()) {
-            return; // a disk that hangs holds up what follows, and nothing else
-        }
-        if (!m_writing.take() && !std::exchange(m_hasFailed, true)) {
-            Q_EMIT failed(Message("No se pueden escribir los archivos de la traducción en %1",
-                { Message::verbatim(QFileInfo(m_stem).path()) }));
-        }
+    if (m_waiting.empty()) {
+        return {};
     }
-    if (!m_waiting.empty()) {
-        m_writing.start(
-            [disk = m_disk, pieces = std::exchange(m_waiting, {})] { return disk->write(pieces); });
-    }
+    return [disk = m_disk, pieces = std::exchange(m_waiting, {})] { return disk->write(pieces); };
+}
+
+QString CaptionFiles::folder() const
+{
+    return QFileInfo(m_stem).path();
 }
 
 bool CaptionFiles::finish(std::chrono::milliseconds patience)
 {
     endAll();
-    const auto until = std::chrono::steady_clock::now() + patience;
-    while (m_writing.isUnderWay() || !m_waiting.empty()) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            until - std::chrono::steady_clock::now());
-        if (m_writing.isUnderWay() && (left.count() <= 0 || !m_writing.isReady(left))) {
-            return false;
-        }
-        startWriting();
-    }
-    return true;
+    return writeRest(patience, [] { return 0; });
 }
 
 } // namespace nimbara

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "base/background_task.h"
 #include "base/clock.h"
-#include "base/message.h"
+#include "studio/services/service_file.h"
 #include "translation/pipeline/caption.h"
 #include "translation/pipeline/caption_cues.h"
 
-#include <QObject>
 #include <QString>
 
 #include <array>
@@ -25,7 +23,7 @@ namespace nimbara {
 /// translation. Each caption is written when its end is known, on a background task, so that a
 /// crash loses one at most. Nothing that exists is overwritten. Interface thread only, which never
 /// waits.
-class CaptionFiles : public QObject {
+class CaptionFiles final : public ServiceFile {
     Q_OBJECT
 public:
     /// A caption that nothing follows ends after so long, or when it can be read.
@@ -68,10 +66,6 @@ public:
     /// Writes the rest, before the program ends; returns whether it is written by then.
     bool finish(std::chrono::milliseconds patience);
 
-Q_SIGNALS:
-    /// The files cannot be written; told once for a service.
-    void failed(const nimbara::Message &reason);
-
 private:
     class Disk;
     struct Piece {
@@ -96,7 +90,8 @@ private:
     void closeLong(Track &track);
     void moveTo(const QString &stem, std::int64_t zeroMs);
     void write(const QString &end, const QString &text, const QString &head = {});
-    void startWriting();
+    Writing takeWaiting() override;
+    [[nodiscard]] QString folder() const override;
     [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
 
     const Clock &m_clock;
@@ -111,8 +106,6 @@ private:
     std::map<QString, std::int64_t> m_numbers; ///< of the last cue, by file
     std::vector<Piece> m_waiting;
     std::shared_ptr<Disk> m_disk;
-    BackgroundTask<bool> m_writing;
-    bool m_hasFailed = false;
 };
 
 } // namespace nimbara

@@ -13,7 +13,6 @@
 #include <atomic>
 #include <cmath>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 namespace nimbara {
@@ -23,7 +22,6 @@ namespace {
 constexpr int duePolls = 15; ///< half a second of frames is written at once
 constexpr std::size_t maxValues = std::size_t { 60 } * audioRate; ///< that a slow disk may owe
 constexpr std::chrono::milliseconds endPatience { 5000 }; ///< with a file that does not grow
-constexpr std::chrono::milliseconds lookAgain { 20 }; ///< whether the end is written
 
 } // namespace
 
@@ -145,7 +143,7 @@ void VoiceFile::follow(const QString &stem)
     m_stem = stem;
     if (!stem.isEmpty()) {
         m_folder = QFileInfo(stem).path();
-        m_hasFailed = false;
+        tellAnew();
     }
 }
 
@@ -185,49 +183,24 @@ void VoiceFile::poll()
     takeResult();
     m_waitingPolls += m_waiting.empty() ? 0 : 1;
     if (m_waitingPolls >= duePolls) {
-        startWriting();
+        writeWaiting();
     }
 }
 
-void VoiceFile::takeResult()
+ServiceFile::Writing VoiceFile::takeWaiting()
 {
-    if (m_writing.isReady() && !m_writing.take() && !std::exchange(m_hasFailed, true)) {
-        Q_EMIT failed(Message("No se pueden escribir los archivos de la traducción en %1",
-            { Message::verbatim(m_folder) }));
-    }
-}
-
-void VoiceFile::startWriting()
-{
-    if (m_writing.isUnderWay() || m_waiting.empty()) {
-        return; // a disk that hangs holds up what follows, and nothing else
+    if (m_waiting.empty()) {
+        return {};
     }
     m_waitingValues = 0;
     m_waitingPolls = 0;
-    try {
-        m_writing.start(
-            [disk = m_disk, pieces = std::exchange(m_waiting, {})] { return disk->write(pieces); });
-    } catch (const std::system_error &) {
-        m_waiting.clear(); // no thread left: silence stands for it
-    }
+    return [disk = m_disk, pieces = std::exchange(m_waiting, {})] { return disk->write(pieces); };
 }
 
 bool VoiceFile::finish(std::chrono::milliseconds patience)
 {
     follow({});
-    int known = m_disk->steps();
-    auto until = std::chrono::steady_clock::now() + patience;
-    for (startWriting(); m_writing.isUnderWay(); startWriting()) {
-        if (!m_writing.isReady(lookAgain) && std::chrono::steady_clock::now() >= until) {
-            return false;
-        }
-        if (const int steps = m_disk->steps(); steps != known) {
-            known = steps;
-            until = std::chrono::steady_clock::now() + patience;
-        }
-        takeResult();
-    }
-    return true;
+    return writeRest(patience, [this] { return m_disk->steps(); });
 }
 
 } // namespace nimbara

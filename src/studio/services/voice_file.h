@@ -1,9 +1,7 @@
 #pragma once
 
-#include "base/background_task.h"
-#include "base/message.h"
+#include "studio/services/service_file.h"
 
-#include <QObject>
 #include <QString>
 
 #include <chrono>
@@ -20,7 +18,7 @@ namespace nimbara {
 /// what has been heard for two seconds is on the disk, by a background task. A track that fails is
 /// let go, and another one begins beside it when the disk takes it. Nothing that exists is
 /// overwritten. Interface thread only, which never waits.
-class VoiceFile : public QObject {
+class VoiceFile final : public ServiceFile {
     Q_OBJECT
 public:
     /// A disk that failed is tried again after so long.
@@ -44,10 +42,6 @@ public:
     /// written for as long as the patience; returns whether all was.
     bool finish(std::chrono::milliseconds patience);
 
-Q_SIGNALS:
-    /// The track cannot be written; told once for each.
-    void failed(const nimbara::Message &reason);
-
 private:
     class Disk;
     /// Sound that is whole and belongs together.
@@ -56,18 +50,16 @@ private:
         std::int64_t atMs = 0;
         std::vector<std::int16_t> values; ///< none: silence up to there
     };
-    void takeResult();
-    void startWriting();
+    Writing takeWaiting() override;
+    [[nodiscard]] QString folder() const override { return m_folder; }
 
     QString m_stem;
     QString m_folder; ///< of the last one
     bool m_hasTrack = false; ///< of this stem
-    bool m_hasFailed = false;
     std::deque<Piece> m_waiting;
     std::size_t m_waitingValues = 0;
     int m_waitingPolls = 0; ///< since anything waits
     std::shared_ptr<Disk> m_disk;
-    BackgroundTask<bool> m_writing;
 };
 
 } // namespace nimbara

@@ -1,0 +1,198 @@
+#include "compositor/scene/frame_schedule.h"
+#include "studio/outputs/recording_desk.h"
+#include "studio/outputs/stream_desk.h"
+#include "support/scripted_key_store.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QPainter>
+#include <QRandomGenerator>
+#include <QSocketNotifier>
+
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <numbers>
+#include <unistd.h>
+#include <vector>
+
+// The engine's outputs in real time, without sources and a window, as a child of a test. Lines on
+// the input drive them; a line of JSON tells how they are, ten times a second.
+// usage: outputs_run JOURNAL_FOLDER
+
+using namespace nimbara;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The program: what a test clip shows and sounds like (clips.h), with noise that fills a bit rate.
+class Clip {
+public:
+    Clip()
+    {
+        QRandomGenerator(1).fillRange(reinterpret_cast<quint32 *>(m_noise.bits()), 1920 * 1000 / 4);
+    }
+    [[nodiscard]] FramePtr picture(std::int64_t number) const
+    {
+        auto frame = std::make_shared<Frame>(landscapeSize.width, landscapeSize.height);
+        QImage view(frame->pixels.data(), frame->width, frame->height, QImage::Format_RGBX8888);
+        QPainter painter(&view);
+        for (int bit = 0; bit < 16; ++bit) {
+            const bool isSet = (number >> bit & 1) != 0;
+            painter.fillRect(bit * 120, 0, 120, 135, isSet ? Qt::white : Qt::black);
+        }
+        painter.fillRect(0, 945, 1920, 135, flashes(number) ? Qt::white : Qt::black);
+        painter.drawImage(0, 540, m_noise, 0, static_cast<int>(number * 37 % 984), 1920, 16);
+        return frame;
+    }
+    [[nodiscard]] static std::vector<float> sound(std::int64_t number)
+    {
+        std::vector<float> block(3200);
+        for (std::size_t i = 0; flashes(number) && i < block.size(); ++i) { // 30 whole periods
+            const auto turns = static_cast<double>(i / 2) * 900 / 48000;
+            block[i] = static_cast<float>(0.5 * std::sin(2 * std::numbers::pi * turns));
+        }
+        return block;
+    }
+
+private:
+    static bool flashes(std::int64_t number) { return number % 30 < 3; }
+    QImage m_noise { 1920, 1000, QImage::Format_Grayscale8 };
+};
+
+class Run : public QObject {
+public:
+    explicit Run(const QString &journal)
+        : m_stage(m_clock)
+        , m_secrets(m_store, journal + u"/secrets.json"_s)
+        , m_outputs(m_retirement)
+        , m_streams(m_clock, m_outputs, m_stage, m_secrets)
+        , m_recordings(m_clock, m_outputs, m_stage, journal)
+        , m_schedule(m_clock.monotonicUs())
+    {
+        m_stage.document.setVideoKbits(2000);
+        const auto tell = [this](const Message &text) { m_told.append(text.spanish()); };
+        connect(&m_streams, &StreamDesk::failed, this, tell);
+        connect(&m_recordings, &RecordingDesk::said, this, tell);
+        connect(&m_recordings, &RecordingDesk::alarmed, this, tell);
+        connect(&m_input, &QSocketNotifier::activated, this, [this] { readLines(); });
+        startTimer(5, Qt::PreciseTimer);
+    }
+
+private:
+    void timerEvent(QTimerEvent * /*event*/) override // as the studio's tick
+    {
+        m_retirement->reap();
+        const std::int64_t now = m_clock.monotonicUs();
+        m_streams.poll();
+        m_recordings.poll();
+        if (const auto due = m_schedule.due(now)) {
+            const std::int64_t time = *due - m_schedule.origin();
+            const std::int64_t number
+                = (time + FrameSchedule::periodUs / 2) / FrameSchedule::periodUs;
+            const FramePtr picture = m_clip.picture(number);
+            QElapsedTimer timer;
+            timer.start();
+            tellStopped(m_outputs.push(picture, Clip::sound(number), time * 1000));
+            m_ticks.append(static_cast<double>(timer.nsecsElapsed()) * 1e-6);
+            m_halved += m_outputs.encoders().effort() == Effort::HalfRate ? 1 : 0;
+        }
+        if (now - m_reportedUs >= 100'000) {
+            m_reportedUs = now;
+            report();
+        }
+    }
+    void tellStopped(const Outputs::Stopped &stopped)
+    {
+        if (stopped.recording) {
+            m_told.append(stopped.recording->spanish());
+            m_recordings.ended(*stopped.recording == Recording::savedText());
+        }
+        for (const std::size_t slot : stopped.destinations) {
+            m_told.append(m_streams.lost(slot).spanish());
+        }
+    }
+    void report()
+    {
+        QJsonArray slots;
+        for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+            const Destination &destination = m_outputs.destination(slot);
+            const auto dropped = destination.figures().value_or(OutletFigures {}).dropped;
+            slots.append(QJsonObject { { u"text"_s, m_streams.statusText(slot).spanish() },
+                { u"onAir"_s, m_streams.isOnAir(slot) },
+                { u"sends"_s, destination.accepted() && destination.ready() },
+                { u"dropped"_s, static_cast<qint64>(dropped) },
+                { u"returns"_s, m_streams.reconnections(slot) } });
+        }
+        const std::uint64_t lost
+            = m_outputs.encoders().lost() + m_schedule.skipped() + (m_halved + 1) / 2;
+        const QJsonObject all { { u"slots"_s, slots },
+            { u"began"_s, static_cast<double>(m_schedule.origin()) * 1e-6 },
+            { u"recording"_s, m_outputs.recording().exists() },
+            { u"recorded"_s, m_outputs.recording().ready() },
+            { u"lost"_s, static_cast<qint64>(lost) }, // by the machine
+            { u"leaving"_s, static_cast<qint64>(m_retirement->pending()) },
+            { u"ticks"_s, std::exchange(m_ticks, {}) },
+            { u"told"_s, std::exchange(m_told, {}) } };
+        std::puts(QJsonDocument(all).toJson(QJsonDocument::Compact).constData());
+        std::fflush(stdout);
+    }
+    void readLines()
+    {
+        std::array<char, 4096> part {};
+        const auto size = ::read(STDIN_FILENO, part.data(), part.size());
+        m_lines.append(part.data(), std::max<qsizetype>(size, 0));
+        for (auto end = m_lines.indexOf('\n'); end >= 0; end = m_lines.indexOf('\n')) {
+            obey(QString::fromUtf8(m_lines.first(end)));
+            m_lines.remove(0, end + 1);
+        }
+        if (size <= 0) {
+            QCoreApplication::quit();
+        }
+    }
+    void obey(const QString &line)
+    {
+        const QString rest = line.section(u' ', 1);
+        const auto slot = static_cast<std::size_t>(rest.section(u' ', 0, 0).toInt());
+        const std::map<QString, std::function<void()>> words {
+            { u"server"_s, [&] { m_streams.setServer(slot, rest.section(u' ', 1)); } },
+            { u"key"_s, [&] { m_streams.setKey(slot, rest.section(u' ', 1)); } },
+            { u"toggle"_s, [&] { m_streams.toggle(slot); } },
+            { u"parts"_s, [&] { m_recordings.setPartMinutes(rest.toInt()); } },
+            { u"record"_s, [&] { m_recordings.start(rest); } },
+            { u"finish"_s, [&] { m_recordings.finish(); } },
+        };
+        words.at(line.section(u' ', 0, 0))();
+    }
+
+    SystemClock m_clock;
+    Stage m_stage;
+    testing::ScriptedKeyStore m_store;
+    SecretStore m_secrets;
+    std::shared_ptr<Retirement> m_retirement = std::make_shared<Retirement>();
+    Outputs m_outputs;
+    StreamDesk m_streams;
+    RecordingDesk m_recordings;
+    FrameSchedule m_schedule;
+    Clip m_clip;
+    QSocketNotifier m_input { STDIN_FILENO, QSocketNotifier::Read };
+    QByteArray m_lines; ///< of the input, the last one not whole yet
+    std::int64_t m_reportedUs = 0;
+    std::uint64_t m_halved = 0; ///< ticks with every second picture alone
+    QJsonArray m_ticks; ///< ms that the outputs took of each
+    QJsonArray m_told;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    gst_init(nullptr, nullptr);
+    const Run run(QCoreApplication::arguments().value(1));
+    return QCoreApplication::exec();
+}

@@ -71,6 +71,11 @@ void SecretStore::readSecret(const QString &account,
         });
 }
 
+void SecretStore::findInFile(const QString &account, std::function<void(bool found)> done)
+{
+    onFile([this, account] { return !m_file.readSecretFile(account).isEmpty(); }, std::move(done));
+}
+
 void SecretStore::writeSecret(const QString &account,
     const QString &value,
     std::function<void(bool written)> done)

@@ -63,6 +63,10 @@ public:
     /// The file's secret, or the system's when the file has none; empty when neither has.
     void readSecret(const QString &account, std::function<void(const QString &secret)> done);
 
+    /// Whether the file has a secret, which stays there; the system's store is not asked, since it
+    /// might have to be unlocked.
+    void findInFile(const QString &account, std::function<void(bool found)> done);
+
     /// Writes the file and then the system's store, always both. True when at least one was
     /// written: answered as soon as that is certain, so that a store which waits for the operator
     /// does not hold up a secret that the file has. An empty value removes the file's entry and

@@ -292,7 +292,7 @@ Pictures Studio::composePictures(std::int64_t now)
 {
     m_stage.clocks = m_stage.countdowns.reading();
     const CameraPicture camera = m_sources.cameraPicture();
-    const LiveScene prepared = m_sources.live(m_stage.document.currentScene());
+    const LiveScene prepared = m_sources.live(m_stage.previewed());
     m_sources.showOn({ { prepared, m_stage.previewFrame() },
         { m_onAir.streams, m_stage.streamFrame() },
         { m_onAir.hall, hallSize },
@@ -336,7 +336,8 @@ void Studio::composeLeft(const CameraPicture &camera)
 
 void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
 {
-    const ProgramBlock block = m_programAudio.next(m_onAir.streams, m_audio);
+    const ProgramBlock block
+        = m_programAudio.next(m_onAir.streams, m_program.clip(SceneSet::Streams), m_audio);
     keepVoice(frameTime);
     if (m_claps.isUnderWay()) { // a picture is made of what nobody else may look at
         m_claps.look(frameTime, m_sources.cameraFrame(), block);

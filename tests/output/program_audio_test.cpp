@@ -101,6 +101,39 @@ private Q_SLOTS:
             }
         }
     }
+
+    /// Neither its beginning nor its end costs the rest a value, and no level but its own counts.
+    void aClipIsHeardOverTheRest()
+    {
+        constexpr MixLevels quiet { 50, 100 };
+        ProgramAudio audio;
+        AudioFifo input;
+        AudioFifo clip;
+        AudioFifo voice;
+        const auto next = [&](AudioFifo *over, const GainState &gain) {
+            input.push(std::vector<float>(programBlockValues, 0.5F));
+            clip.push(std::vector<float>(programBlockValues, 0.6F));
+            return audio.next({ &input, nullptr, false, over }, gain, voice, quiet);
+        };
+        const auto all = [](const ProgramBlock &block, float value) {
+            return std::all_of(block.begin(), block.end(), [value](float each) {
+                return std::abs(each - value) < 1e-6F;
+            });
+        };
+        next(nullptr, {});
+        QVERIFY(all(next(nullptr, {}), 0.25F));
+        const ProgramBlock begins = next(&clip, {});
+        QVERIFY(std::abs(begins[0] - 0.25F) < 0.01F); // no click
+        QCOMPARE(begins.back(), 0.85F);
+        QVERIFY(all(next(&clip, { false, 2.0 }), 0.85F)); // the gain is in the input already
+        QCOMPARE(next(&clip, { true, 1.0 }).back(), 0.25F); // muted
+        QCOMPARE(next(&clip, {}).back(), 0.85F);
+        const ProgramBlock ends = next(nullptr, {}); // in the middle of its sound
+        QVERIFY(std::abs(ends[0] - 0.85F) < 0.01F);
+        QCOMPARE(ends.back(), 0.25F);
+        QVERIFY(all(next(nullptr, {}), 0.25F));
+        QVERIFY(input.empty());
+    }
 };
 
 NIMBARA_TEST(ProgramAudioTest)

@@ -120,6 +120,33 @@ private Q_SLOTS:
         QVERIFY(!desk.told("El clip"));
     }
 
+    void theSoundOfAClipIsHeardAsLongAsItPlays()
+    {
+        for (const bool sounds : { true, false }) {
+            StudioFixture desk;
+            Document &document = desk.studio.document();
+            document.setTransition({ TransitionKind::Clip });
+            document.setTransitionClip(
+                { clip({ .audioCodec = sounds ? u"aac"_s : QString() }), 400 });
+            desk.setLayers({ colorLayer(Qt::red) });
+            QVERIFY(desk.takePrepared());
+            ProgramAudioDesk audio(desk.clock); // the studio's own makes no block: its clock stands
+            const auto playing = [&] { return desk.studio.program().clip(SceneSet::Streams); };
+            bool isHeard = false;
+            const auto isOver = [&] {
+                desk.studio.program().poll();
+                const auto block
+                    = audio.next(desk.studio.onAir().streams, playing(), desk.studio.audio());
+                isHeard = isHeard || *std::max_element(block.begin(), block.end()) > 0.1F;
+                return !playing()->active();
+            };
+            QVERIFY(QTest::qWaitFor(isOver, 60'000));
+            QCOMPARE(isHeard, sounds);
+            desk.frame(3'000'000);
+            QVERIFY(!playing());
+        }
+    }
+
     void theHallPassesWhereTheProjectWantsIt()
     {
         StudioFixture desk;

@@ -123,7 +123,7 @@ private Q_SLOTS:
         for (int frame = 0; frame < 150 * 30; ++frame) { // two and a half minutes
             desk.clock.advanceUs(FrameSchedule::periodUs);
             input.fifo().push(std::vector<float>(programBlockValues + 200, 0.1F));
-            audio.next(desk.studio.onAir().streams, input);
+            audio.next(desk.studio.onAir().streams, nullptr, input);
         }
         static const QRegularExpression line(u"Audio: (\\d+) ms recortados, 0 ms "_s);
         auto found = line.globalMatch(logText());

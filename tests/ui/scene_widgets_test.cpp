@@ -1,7 +1,9 @@
 #include "support/test_registry.h"
 #include "ui/desk.h"
 #include "ui/editor/canvas.h"
+#include "ui/editor/font_list.h"
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -204,6 +206,52 @@ private Q_SLOTS:
         desk.dialogs->colors = { QColor(1, 99, 150) };
         desk.press("fillColor");
         QTRY_COMPARE(desk.first().fill, QColor(1, 99, 150));
+    }
+
+    /// What is only looked at in the open list must reach neither the project nor a program.
+    void aFontOfTheOpenListIsSeenInPreviewAlone()
+    {
+        SceneDesk desk;
+        QVERIFY(desk.isActive());
+        desk.only(LayerKind::Text);
+        Document &document = desk.document();
+        document.apply(KeepStyle { desk.first().id, u"Grande"_s });
+        document.apply(AddLayer { document.currentScene()->id, newLayer(LayerKind::Clock) });
+        document.apply(FollowStyle { desk.layers()[1].id, u"Grande"_s });
+        desk.select(0);
+        desk.window.studio().program().take();
+        const Project before = document.project();
+        const QString step = document.undoName();
+        auto *list = desk.find<FontList>("font");
+        QVERIFY(list->count() > 3);
+        const auto previewed
+            = [&](std::size_t layer) { return desk.stage().previewed()->layers[layer].font; };
+        const auto highlight = [&] {
+            list->showPopup();
+            list->view()->setCurrentIndex(list->model()->index(0, 0));
+            QTest::keyClick(list->view(), Qt::Key_Down);
+            QTest::keyClick(list->view(), Qt::Key_Down);
+            return list->itemText(2);
+        };
+        const QString third = highlight();
+        QCOMPARE(previewed(0), third);
+        QCOMPARE(previewed(1), third); // it follows the same style
+        desk.window.studio().program().take();
+        QCOMPARE(desk.stage().program.streams()->layers[0].font, desk.first().font);
+        QTest::keyClick(list->view(), Qt::Key_Escape);
+        QCOMPARE(desk.stage().previewed(), document.currentScene());
+        QVERIFY(!differ(document.project(), before));
+
+        highlight();
+        const QRect row = list->view()->visualRect(list->model()->index(1, 0));
+        QTest::mouseMove(list->view()->viewport(), row.center());
+        QTRY_COMPARE(previewed(0), list->itemText(1));
+        QCOMPARE(document.undoName(), step);
+        QTest::keyClick(list->view(), Qt::Key_Return);
+        QCOMPARE(desk.first().font, list->itemText(1));
+        QCOMPARE(desk.stage().previewed(), document.currentScene());
+        document.undo();
+        QVERIFY(!differ(document.project(), before)); // one step
     }
 
     void fieldsKeepToTheirRanges()

@@ -24,6 +24,7 @@ SIZES = {
     "laptop": ("1366x768x24", (1366, 768), "1", BUILD / "laptop"),
     "full": ("1920x1080x24", (1920, 1080), "1", BUILD / "full"),
     "double": ("2720x2000x24", (2640, 1840), "2", BUILD / "double"),
+    "dense": ("3840x2160x24", (3840, 2160), "2", BUILD / "dense"),
 }
 TABS = {
     "scene": ("Escena y fuentes", "Scene and sources"),
@@ -79,7 +80,7 @@ class Photographer:
         self.program, self.language = program, language
         self.screen, self.window, self.scale, folder = SIZES[size]
         self.for_guide, self.is_small = size == "guide", size == "small"
-        self.fills = size in ("netbook", "laptop", "full")  # the screen, below the window's title
+        self.fills = size in ("netbook", "laptop", "full", "dense")  # the screen, below the window's title
         self.folder = folder / language
         self.folder.mkdir(parents=True, exist_ok=True)
         self.spanish = language == "es"

@@ -39,7 +39,17 @@ ProgramBlock ProgramAudio::next(const Sources &sources,
     ProgramBlock block = mixProgramBlock(sound, spoken, levels);
     fadeInto({ gain, levels }, std::span(block).first(media));
     fadeInto({ std::nullopt, levels }, std::span(block).subspan(media));
+    addClip(gain.muted ? nullptr : sources.clip, block);
     return block;
+}
+
+void ProgramAudio::addClip(AudioFifo *clip, ProgramBlock &block)
+{
+    ProgramBlock own;
+    m_clip.take(clip, own);
+    for (std::size_t i = 0; i < block.size(); ++i) {
+        block[i] = std::clamp(block[i] + own[i], -1.0F, 1.0F);
+    }
 }
 
 /// Puts the media's sound over the input's, from the front, and returns how many values it has.
@@ -66,10 +76,12 @@ ProgramAudio::takeMedia(const Sources &sources, const GainState &gain, ProgramBl
 LagGuard::Report ProgramAudio::takeReport()
 {
     LagGuard::Report report = m_input.takeReport();
-    const LagGuard::Report media = m_media.takeReport();
-    report.dropped += media.dropped;
-    report.stretched += media.stretched;
-    report.silent += media.silent;
+    for (LagGuard *guard : { &m_media, &m_clip }) {
+        const LagGuard::Report own = guard->takeReport();
+        report.dropped += own.dropped;
+        report.stretched += own.stretched;
+        report.silent += own.silent;
+    }
     return report;
 }
 

@@ -37,12 +37,13 @@ public:
         AudioFifo *input = nullptr; ///< gain and mute are in it; none: silence
         AudioFifo *media = nullptr; ///< is heard in its place, with gain and mute; none: the input
         bool mediaIsOver = false; ///< no more comes: behind its last value the input is heard again
+        AudioFifo *clip = nullptr; ///< is heard over all else, at its own level, unless muted
     };
 
     /// Drains one block of the sources and of the synthetic voice and mixes what is heard. The
     /// input is drained also while media is heard, so that it is there, without a gap and in step
     /// with the picture, when the media ends. Where source, gain or levels change, the step is
-    /// faded in 10 ms.
+    /// faded in 10 ms; a clip that begins or ends changes nothing in the rest.
     ProgramBlock
     next(const Sources &sources, const GainState &gain, AudioFifo &voice, const MixLevels &levels);
 
@@ -59,9 +60,11 @@ private:
     };
     std::size_t takeMedia(const Sources &sources, const GainState &gain, ProgramBlock &sound);
     void fadeInto(const Mix &mix, std::span<float> values);
+    void addClip(AudioFifo *clip, ProgramBlock &block);
 
     LagGuard m_input;
     LagGuard m_media;
+    LagGuard m_clip;
     Mix m_mix;
     StereoValue m_last {}; ///< last values given out
     StepFade m_fade { 480 };

@@ -1,6 +1,9 @@
 #include "studio/check/first_steps.h"
 
+#include "output/sink/destination.h"
 #include "studio/studio.h"
+
+#include <QPointer>
 
 #include <algorithm>
 
@@ -72,7 +75,7 @@ void FirstSteps::look()
     }
 }
 
-bool FirstSteps::holds(FirstStep step) const
+bool FirstSteps::holds(FirstStep step)
 {
     switch (step) {
     case FirstStep::Camera:
@@ -119,17 +122,31 @@ bool FirstSteps::hasScene() const
 }
 
 /// Ready to be started, or started.
-bool FirstSteps::hasDestination() const
+bool FirstSteps::hasDestination()
 {
     const StreamDesk &streams = m_studio.streams();
     for (std::size_t slot = 0; slot < destinationCount; ++slot) {
         const bool isReady = streams.isSelected(slot) && !streams.server(slot).trimmed().isEmpty()
-            && !streams.key(slot).isEmpty();
+            && (!streams.key(slot).isEmpty() || isKeyStored(slot));
         if (isReady || streams.isOnAir(slot)) {
             return true;
         }
     }
     return false;
+}
+
+/// Asks the store, which answers later: a key that it has is read when the destination starts.
+bool FirstSteps::isKeyStored(std::size_t slot)
+{
+    const std::uint32_t bit = 1U << slot;
+    const QString account
+        = secret_account::stream(QString::fromUtf8(destinationPresets().at(slot).name));
+    m_studio.secrets().findInFile(account, [self = QPointer(this), bit](bool found) {
+        if (self) {
+            self->m_stored = found ? self->m_stored | bit : self->m_stored & ~bit;
+        }
+    });
+    return (m_stored & bit) != 0;
 }
 
 } // namespace nimbara

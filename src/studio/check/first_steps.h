@@ -4,6 +4,7 @@
 #include <QSettings>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace nimbara {
@@ -43,14 +44,16 @@ Q_SIGNALS:
     void changed();
 
 private:
-    [[nodiscard]] bool holds(FirstStep step) const;
+    [[nodiscard]] bool holds(FirstStep step);
     [[nodiscard]] bool hasCamera() const;
     [[nodiscard]] bool hasScene() const;
-    [[nodiscard]] bool hasDestination() const;
+    [[nodiscard]] bool hasDestination();
+    [[nodiscard]] bool isKeyStored(std::size_t slot);
 
     Studio &m_studio;
     QSettings &m_settings;
     std::uint32_t m_done = 0; ///< a bit for each step
+    std::uint32_t m_stored = 0; ///< destinations whose keys the store has; a bit for each
 };
 
 } // namespace nimbara

@@ -6,6 +6,7 @@
 #include "document/profile.h"
 #include "studio/edit/countdowns.h"
 #include "studio/edit/document.h"
+#include "studio/edit/field_trial.h"
 
 #include <cstdint>
 #include <memory>
@@ -16,6 +17,7 @@ namespace nimbara {
 /// that both show, and how far the countdowns are. Interface thread only.
 struct Stage {
     Document document;
+    FieldTrial trial;
     ProgramState program;
     Captions captions;
     /// How verses are split, worked out once for the pictures and whoever steps through them.
@@ -34,6 +36,11 @@ struct Stage {
     [[nodiscard]] FrameSize frameOf(SceneSet set) const
     {
         return set == SceneSet::Hall ? hallSize : streamFrame();
+    }
+    /// The scene in PREVIEW, with what is only tried there.
+    [[nodiscard]] const ScenePtr &previewed()
+    {
+        return trial.on(document.scenes(), document.currentScene());
     }
     /// The size of the set that PREVIEW edits.
     [[nodiscard]] FrameSize previewFrame() const { return frameOf(document.editing()); }

@@ -25,13 +25,15 @@ ProgramAudioDesk::ProgramAudioDesk(const Clock &clock)
 {
 }
 
-ProgramBlock ProgramAudioDesk::next(const LiveScene &program, AudioInput &input)
+ProgramBlock
+ProgramAudioDesk::next(const LiveScene &program, const MediaPtr &clip, AudioInput &input)
 {
     m_heard = delivering(program);
     m_awaited = m_heard && m_heard->audioFifo().empty();
     const ProgramAudio::Sources sources { &input.fifo(),
         m_heard ? &m_heard->audioFifo() : nullptr,
-        m_heard && m_heard->soundIsOver() };
+        m_heard && m_heard->soundIsOver(),
+        soundOf(clip) };
     logCorrections();
     m_spoken.resize(std::min(m_voice.size(), programBlockValues));
     for (std::size_t i = 0; i < m_spoken.size(); ++i) {
@@ -62,6 +64,17 @@ bool ProgramAudioDesk::delivers(const MediaPtr &media) const
         return ready > 0;
     }
     return media == m_heard ? ready > 0 || !m_awaited : ready >= programBlockValues;
+}
+
+/// It begins with a whole block as well, and is followed from then on.
+AudioFifo *ProgramAudioDesk::soundOf(const MediaPtr &clip)
+{
+    if (!clip) {
+        m_clip = nullptr;
+    } else if (clip->audioFifo().size() >= (clip->soundIsOver() ? 1 : programBlockValues)) {
+        m_clip = clip.get();
+    }
+    return clip && clip.get() == m_clip ? &clip->audioFifo() : nullptr;
 }
 
 void ProgramAudioDesk::logCorrections()

@@ -19,9 +19,9 @@ class ProgramAudioDesk {
 public:
     explicit ProgramAudioDesk(const Clock &clock);
 
-    /// The block of this frame. `program`: the stream program. Drains the queues whether or not an
-    /// output runs.
-    ProgramBlock next(const LiveScene &program, AudioInput &input);
+    /// The block of this frame. `program`: the stream program; `clip`: of a transition that runs
+    /// there, or none. Drains the queues whether or not an output runs.
+    ProgramBlock next(const LiveScene &program, const MediaPtr &clip, AudioInput &input);
 
     /// The media that was heard in the last block, or none: the input was. Of the visible video
     /// layers with their sound switched on it is the first, back to front, that delivers sound.
@@ -36,6 +36,7 @@ public:
 private:
     [[nodiscard]] MediaPtr delivering(const LiveScene &program) const;
     [[nodiscard]] bool delivers(const MediaPtr &media) const;
+    AudioFifo *soundOf(const MediaPtr &clip);
     void logCorrections();
 
     const Clock &m_clock;
@@ -45,6 +46,7 @@ private:
     std::vector<float> m_spoken;
     MediaPtr m_heard;
     bool m_awaited = false; ///< the heard media had nothing for the last block
+    const Media *m_clip = nullptr; ///< whose sound has begun; for comparison alone
     std::int64_t m_lastLog;
 };
 

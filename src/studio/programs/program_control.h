@@ -43,6 +43,12 @@ public:
     /// What waits to go on air does not.
     void callOff(SceneSet set) { pending(set).reset(); }
 
+    /// The clip of a transition that runs in the set's program; none at other times.
+    [[nodiscard]] MediaPtr clip(SceneSet set) const
+    {
+        return m_clips.at(static_cast<std::size_t>(set)).lock();
+    }
+
     /// Lets what is ready go on air. Call on every run of the frame clock.
     void poll();
 

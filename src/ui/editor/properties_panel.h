@@ -66,6 +66,9 @@ protected:
 Q_SIGNALS:
     void
     edited(nimbara::LayerId layer, nimbara::LayerField field, const nimbara::FieldValue &value);
+    /// A value of the field is only looked at, and no longer.
+    void tried(nimbara::LayerId layer, nimbara::LayerField field, const nimbara::FieldValue &value);
+    void trialEnded();
     /// Enclose a slider's ride.
     void rideBegan();
     void rideEnded();

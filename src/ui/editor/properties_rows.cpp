@@ -4,6 +4,7 @@
 #include "ui/editor/camera_row.h"
 #include "ui/editor/clock_rows.h"
 #include "ui/editor/color_button.h"
+#include "ui/editor/font_list.h"
 #include "ui/editor/position_row.h"
 #include "ui/editor/properties_panel.h"
 #include "ui/editor/style_button.h"
@@ -14,7 +15,6 @@
 #include <QBoxLayout>
 #include <QCheckBox>
 #include <QFileInfo>
-#include <QFontComboBox>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QLabel>
@@ -349,16 +349,23 @@ void PropertiesPanel::addVerseLook()
 
 QWidget *PropertiesPanel::makeFontList()
 {
-    auto *font = named(new QFontComboBox, "font", label("Tipo de letra"));
+    auto *font = named(new FontList, "font", label("Tipo de letra"));
     connect(font, &QFontComboBox::currentFontChanged, this, [this](const QFont &chosen) {
         Q_EMIT edited(m_shown, LayerField::Font, chosen.family());
     });
+    connect(font, &FontList::tried, this, [this](const QString &family) {
+        Q_EMIT tried(m_shown, LayerField::Font, family);
+    });
+    connect(font, &FontList::trialEnded, this, &PropertiesPanel::trialEnded);
     onRefresh([this, font, last = QString()](const Layer &layer) mutable {
         const QSignalBlocker blocker(font);
         if (std::exchange(last, layer.font) != layer.font) {
             font->setCurrentFont(QFont(layer.font));
         } else if (m_anew) {
             font->setEditText(layer.font); // in place of what was typed for another layer
+        }
+        if (m_anew) {
+            font->hidePopup(); // it was opened over another layer
         }
     });
     return font;

@@ -125,6 +125,14 @@ void SceneEditor::connectPanel()
             ++m_turns;
             document().apply(SetField { layer, field, value });
         });
+    FieldTrial &trial = m_studio.stage().trial;
+    connect(panel,
+        &PropertiesPanel::tried,
+        this,
+        [&trial](LayerId layer, LayerField field, const FieldValue &value) {
+            trial.show({ layer, field, value });
+        });
+    connect(panel, &PropertiesPanel::trialEnded, this, [&trial] { trial.end(); });
     connect(panel, &PropertiesPanel::rideBegan, this, [this] { document().beginGesture(); });
     connect(panel, &PropertiesPanel::rideEnded, this, [this] { document().endGesture(); });
     connect(panel, &PropertiesPanel::fitPressed, this, &SceneEditor::fitToFrame);

@@ -78,7 +78,10 @@ QWidget *SceneTab::makeSceneColumn()
     m_verse->setPlaceholderText(
         nimbara_i18n::tr("Cita bíblica rápida: Juan 3:16, Salmos 23, 1 Co 13:4-7  ⏎"));
     verseRow->addWidget(m_verse, 1);
-    const auto requestVerse = [this] { Q_EMIT verseRequested(m_verse->text()); };
+    const auto requestVerse = [this] {
+        m_verse->setModified(false); // no more is offered
+        Q_EMIT verseRequested(m_verse->text());
+    };
     connect(m_verse, &QLineEdit::returnPressed, this, requestVerse);
     connect(m_verse, &VerseField::chosen, this, requestVerse);
     addButton(verseRow, "Mostrar versículo", "showVerse", requestVerse);

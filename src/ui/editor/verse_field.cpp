@@ -86,6 +86,7 @@ void VerseField::keyPressEvent(QKeyEvent *event)
     }
     if (isReturn) {
         list->hide();
+        setModified(false); // what is found only now comes too late to be offered
     }
     QLineEdit::keyPressEvent(event);
 }

@@ -49,8 +49,9 @@ QString applicationStyleSheet(int pixels)
         "QCheckBox:focus { color: #9fd0fa; }"
         "QCheckBox::indicator, QListView::indicator { width: 15px; height: 15px;"
         " border: 1px solid #6f93b8; border-radius: 4px; background: #1a2a3d; }"
+        // As large as before, or the text beside it would have to give way.
         "QCheckBox::indicator:checked, QListView::indicator:checked { background: #65b0ed;"
-        " border: 4px solid #1a2a3d; outline: 1px solid #6f93b8; }"
+        " width: 9px; height: 9px; border: 4px solid #1a2a3d; outline: 1px solid #6f93b8; }"
         "QCheckBox::indicator:disabled { border-color: #3a4c60; }"
         "QCheckBox:disabled, QLabel:disabled, QComboBox:disabled, QLineEdit:disabled"
         " { color: #708196; }"

@@ -29,6 +29,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Mantener el ritmo con poca luz", "Keep the rate in poor light" },
     TextPair { "%1 no deja mantener el ritmo con poca luz.",
         "%1 does not let its rate be kept in poor light." },
+    TextPair { "El servicio de medios no entrega imágenes de %1; se abre directamente (V4L2).",
+        "The media service hands over no pictures from %1; it is opened directly (V4L2)." },
     TextPair { "otro programa usa la cámara; ciérralo.",
         "another program is using the camera; close it." },
     TextPair { "%1 usa la cámara; ciérralo.", "%1 is using the camera; close it." },

@@ -56,6 +56,23 @@ private Q_SLOTS:
         }
     }
 
+    /// A camera of Video4Linux itself has no other road.
+    void tellsTheRoadPastTheMediaService()
+    {
+        const std::tuple<const char *, QString, QString> rows[] {
+            { "p,api.v4l2.path=(string)/dev/video1", u"/dev/video1"_s, u"/dev/video1"_s },
+            { "p,object.path=(string)v4l2:/dev/video2", u"/dev/video2"_s, u"/dev/video2"_s },
+            { "p,object.path=(string)libcamera:cam", {}, {} },
+            { "p,device.path=(string)/dev/video3", u"/dev/video3"_s, {} },
+        };
+        for (const auto &[properties, file, direct] : rows) {
+            const RowName named(properties);
+            const DeviceRef device = fakeDevice({ .properties = properties });
+            QCOMPARE(deviceFile(device.get()), file);
+            QCOMPARE(directFile(device.get()), direct);
+        }
+    }
+
     void grantsWithoutASystemPermission()
     {
         int answered = 0;

@@ -143,7 +143,9 @@ private Q_SLOTS:
             const ScreenElements screens { { "appsrc", { { "is-live", true } } } };
             const auto quiet
                 = device ? fakeDevice({ .opens = "appsrc is-live=true" }) : DeviceRef();
-            Media media(m_clock, { size, quiet.get(), {}, {}, !device }, screens);
+            Media media(m_clock,
+                { .size = size, .device = quiet.get(), .screen = !device },
+                screens);
             QTRY_COMPARE(media.startOutcome(), PipelineStart::Outcome::Accepted);
             m_clock.advanceUs(device ? 3'900'000 : 0); // its answer took so long
             media.pollSource();

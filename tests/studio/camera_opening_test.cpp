@@ -74,7 +74,7 @@ private Q_SLOTS:
             auto opening = open("videotestsrc is-live=true ! " + refusal, { mode(640), mode(64) });
             QVERIFY(run(*opening, State::Delivers));
             QCOMPARE(m_asked, asked);
-            QVERIFY(opening->mode() == mode(64) && opening->mayDoBetter());
+            QVERIFY(opening->attempt().mode == mode(64) && opening->mayDoBetter());
             QVERIFY(opening->camera()->frame());
         }
     }
@@ -86,7 +86,7 @@ private Q_SLOTS:
         auto opening = open("videotestsrc is-live=true", { mode(640), mode(64) });
         QVERIFY(run(*opening, State::Delivers));
         QCOMPARE(m_asked, (std::vector<std::int32_t> { 640, 640 }));
-        QVERIFY(opening->mode() == mode(640) && !opening->mayDoBetter());
+        QVERIFY(opening->attempt().mode == mode(640) && !opening->mayDoBetter());
     }
 
     void aSilentModeGivesWayAfterThreeSeconds()
@@ -116,6 +116,49 @@ private Q_SLOTS:
         QVERIFY(run(*opening, State::Failed));
         QVERIFY(opening->starved());
         QCOMPARE(m_asked.size(), 3U);
+    }
+
+    /// A service that opens the camera and hands nothing over is left for the camera's own file,
+    /// which it holds for a while; what may only have been slow gets another chance behind it.
+    void aSilentServiceIsLeftAfterTwoSeconds()
+    {
+        const std::tuple<const char *, int, std::int64_t, DeviceRoad, int> rows[] {
+            { "let go of at once", 0, 0, DeviceRoad::Video4Linux, 1 },
+            { "held for a while", 3, 0, DeviceRoad::Video4Linux, 4 },
+            { "held for good", 1000, CameraOpening::releaseUs, DeviceRoad::System, 2 },
+        };
+        for (const auto &[name, refusals, passedUs, road, asked] : rows) {
+            const RowName named(name);
+            const FakeVideo4Linux system(u"/dev/video7"_s, refusals);
+            m_asked.clear();
+            auto opening = open("appsrc is-live=true", { mode(640) }, DirectRoad::WhenSilent);
+            QTRY_VERIFY(opening->camera()->startOutcome() == PipelineStart::Outcome::Accepted);
+            for (const std::int64_t us : { 3'900'000, 2'000'000 }) { // its answer took time, too
+                m_clock.advanceUs(us);
+                QCOMPARE(opening->poll(), State::Underway);
+                QVERIFY(opening->camera());
+            }
+            m_clock.advanceUs(1);
+            QCOMPARE(opening->poll(), State::Underway);
+            QVERIFY(!opening->camera());
+            setOpened(m_device, "videotestsrc is-live=true");
+            m_clock.advanceUs(passedUs);
+            QVERIFY(run(*opening, State::Delivers));
+            QCOMPARE(opening->attempt().road, road);
+            QVERIFY(opening->attempt().mode == mode(640));
+            QCOMPARE(FakeVideo4Linux::asked(), asked);
+        }
+    }
+
+    /// It has said why: the other road leads to the same bus.
+    void aServiceThatRefusesIsNotPassedBy()
+    {
+        const FakeVideo4Linux system(u"/dev/video7"_s);
+        auto opening = open("videotestsrc is-live=true ! identity error-after=1",
+            { mode(640), mode(64) },
+            DirectRoad::WhenSilent);
+        QVERIFY(run(*opening, State::Failed));
+        QCOMPARE(FakeVideo4Linux::asked(), 0);
     }
 
     /// A device that is still being let go of is not opened, on whatever way it was given up.
@@ -261,20 +304,25 @@ private Q_SLOTS:
     }
 
 private:
-    std::unique_ptr<CameraOpening> open(const std::string &opens, std::vector<DeviceMode> modes)
+    std::unique_ptr<CameraOpening> open(const std::string &opens,
+        const std::vector<DeviceMode> &modes,
+        DirectRoad direct = DirectRoad::None)
     {
-        const DeviceRef device = fakeDevice({ .opens = opens });
+        m_device
+            = fakeDevice({ .properties = "p,api.v4l2.path=(string)/dev/video7", .opens = opens });
         return std::make_unique<CameraOpening>(
             m_clock,
-            [this, device](const std::optional<DeviceMode> &asked) {
+            [this](const CameraAttempt &asked) {
                 if (m_refuses && !m_asked.empty()) {
                     throw Error(Message("Falta"));
                 }
-                m_asked.push_back(asked->size.width);
-                const DeviceRef opened = m_first ? std::exchange(m_first, {}) : device;
-                return m_factory.camera({ 64, 36 }, opened.get(), asked);
+                m_asked.push_back(asked.mode->size.width);
+                const DeviceRef opened = m_first ? std::exchange(m_first, {}) : m_device;
+                return m_factory.camera({ 64, 36 }, opened.get(), asked.mode, asked.road);
             },
-            std::move(modes));
+            modes,
+            DeviceHolders {},
+            direct);
     }
     /// The clock runs between two attempts alone.
     bool run(CameraOpening &opening, State wanted)
@@ -292,6 +340,7 @@ private:
     MediaFactory m_factory { m_clock, m_retirement };
     std::vector<std::int32_t> m_asked;
     bool m_refuses = false;
+    DeviceRef m_device; ///< of the last opening
     DeviceRef m_first; ///< what the first attempt opens instead, or none
 };
 

@@ -1,6 +1,7 @@
 #include "studio/projects/profile_change.h"
 #include "studio/studio_fixture.h"
 #include "support/clips.h"
+#include "support/fake_device.h"
 #include "support/fake_permission.h"
 #include "support/test_registry.h"
 #include "support/virtual_device.h"
@@ -38,6 +39,15 @@ struct RealDevices : DeviceFixture {
     DeviceChoice choose(const QString &video, const QString &audio) const
     {
         return testing::choose(devices, video, audio);
+    }
+    /// The clock goes as the world's.
+    template <typename Condition> bool livesUntil(Condition condition)
+    {
+        QElapsedTimer passed;
+        passed.start();
+        return QTest::qWaitFor(
+            [&] { return frame(std::max<qint64>(passed.restart(), 1) * 1000), condition(); },
+            60'000);
     }
     /// Connects and waits for what the studio says to it.
     QString connected(const DeviceChoice &choice)
@@ -147,6 +157,36 @@ private Q_SLOTS:
                 QStringLiteral("Audio: el dispositivo no está conectado"));
             QCOMPARE(desk.studio.audio().capture(), heard); // no test tone
         }
+    }
+
+    /// A camera that the media service hands nothing over from is read by its file, and the next
+    /// time at once; when other cameras are there, the service gets another chance.
+    void aSilentServiceIsPassedBy()
+    {
+        const FakeVideo4Linux system(u"/dev/video77"_s);
+        const auto altar = VirtualDevice::muteCamera(u"Altar"_s, u"Altar"_s, u"/dev/video77"_s);
+        RealDevices desk;
+        QVERIFY(desk.findDevices(1, 0));
+        const char *passedBy = "El servicio de medios no entrega imágenes de Altar";
+        const auto isShown = [&] {
+            if (desk.connected({ 0, 0 }) != QString::fromUtf8(opened)) {
+                return false;
+            }
+            desk.statuses.clear();
+            desk.studio.devices().connectSources({ 1, 0 });
+            const bool isOpen = desk.livesUntil([&] { return desk.told(opened); });
+            const FramePtr frame = desk.studio.sources().cameraFrame();
+            return isOpen && frame && isNear(centre(imageView(*frame)), Qt::green, 20);
+        };
+        for (const bool isTold : { true, false }) {
+            QVERIFY(isShown());
+            QCOMPARE(desk.told(passedBy), isTold);
+        }
+        const auto choir = camera(u"Coro"_s);
+        QVERIFY(desk.findDevices(2, 0));
+        QCOMPARE(desk.devices.video[0].name, u"Altar"_s);
+        QVERIFY(isShown());
+        QVERIFY(desk.told(passedBy));
     }
 
     void permissionIsAskedAndAnswered()

@@ -34,12 +34,15 @@ struct Cameras {
     std::optional<CaptureDevice> principal;
     QStringList told;
     SteadyCameras steady;
-    LayerCameras cameras { clock,
+    CameraOpenings openings { clock,
         factory,
         [] {
             return FrameSize { 640, 480 };
         },
         steady,
+        [](const Message &) {} };
+    LayerCameras cameras { clock,
+        openings,
         [this](const CaptureDevice &device) { return principal && isSame(*principal, device); },
         [this](const Message &text) { told << text.spanish(); } };
     std::vector<QString> named { textOf(0), textOf(1) };

@@ -128,6 +128,22 @@ private Q_SLOTS:
         QCOMPARE(tomorrow.questions.size(), 0);
     }
 
+    /// As it comes from the factory. Kept too, it is no login that is missing.
+    void aUserMayHaveNoPassword()
+    {
+        const Login bare { u"admin"_s, {} };
+        NetworkCamera camera(NetworkCamera::Kind::Rtsp, { u"digest"_s, bare.user, bare.password });
+        camera.start();
+        for (const bool isKept : { false, true }) {
+            const RowName row(isKept ? "kept" : "typed");
+            Desk desk;
+            desk.answers = { bare };
+            desk.studio.layers().addMedia(camera.location());
+            QVERIFY(desk.shows(Qt::red));
+            QCOMPARE(desk.questions.size(), isKept ? 0 : 1);
+        }
+    }
+
     /// What the operator declines is left alone until the source is wanted anew.
     void declinedIsNotAskedAgain()
     {
@@ -220,6 +236,24 @@ private Q_SLOTS:
         QTest::newRow("RTSP") << NetworkCamera::Kind::Rtsp;
         QTest::newRow("SRT") << NetworkCamera::Kind::Srt;
     }
+    /// Nobody says that it is gone: nothing comes any more, neither here nor to an attempt to open
+    /// it again.
+    void comesBackFromSilence_data() { comesBackWhenTheLinkDoes_data(); }
+    void comesBackFromSilence()
+    {
+        QFETCH(NetworkCamera::Kind, kind);
+        NetworkCamera camera(kind);
+        camera.start();
+        Desk desk;
+        desk.studio.layers().addMedia(camera.location());
+        QVERIFY(desk.shows(Qt::red));
+        camera.freeze(true);
+        QVERIFY(desk.runs([&] { return desk.source(0) == nullptr; }));
+        camera.freeze(false);
+        QVERIFY(desk.runs([&] { return desk.told("Fuente recuperada: "); }));
+        QVERIFY(desk.shows(Qt::red));
+    }
+
     /// With the picture that it has then, not with one that waited.
     void comesBackWhenTheLinkDoes()
     {

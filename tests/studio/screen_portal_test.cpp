@@ -137,6 +137,31 @@ private Q_SLOTS:
         QCOMPARE(m_portal->calls.count(u"Start"_s), 2);
     }
 
+    /// A portal that dies sends no end of what it shares, nor the answer that is waited for.
+    void endsWithThePortal()
+    {
+        std::optional<Screen> first(u"red"_s);
+        const Screen second(u"blue"_s);
+        m_portal->node = first->node;
+        Desk desk;
+        desk.studio.layers().addScreenCapture();
+        QVERIFY(desk.shows(Qt::red));
+        m_portal.reset();
+        QVERIFY(
+            desk.runs([&] { return desk.told("El escritorio dejó de compartir la pantalla."); }));
+        first.reset();
+        init();
+        m_portal->answers = false; // the operator thinks
+        desk.studio.sources().screen().choose();
+        QVERIFY(desk.runs([&] { return m_portal->calls.contains(u"Start"_s); }));
+        m_portal.reset();
+        QVERIFY(desk.runs([&] { return desk.told("No se comparte ninguna pantalla."); }));
+        init();
+        m_portal->node = second.node;
+        desk.studio.sources().screen().choose();
+        QVERIFY(desk.shows(Qt::blue));
+    }
+
     /// The screen that is shared stays until there is another, and is given back then.
     void anotherScreenTakesItsPlace()
     {

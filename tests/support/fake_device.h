@@ -2,6 +2,8 @@
 
 #include "media/gst/gst_handles.h"
 
+#include <QString>
+
 #include <string>
 
 namespace nimbara::testing {
@@ -33,6 +35,22 @@ public:
 
 private:
     GstPluginFeature *m_feature;
+};
+
+/// Video4Linux with one camera, at `file`, while it lives: the element that reads such files shows
+/// a green picture of it, and breaks off for any other file. One at a time.
+class FakeVideo4Linux {
+public:
+    /// `refusals`: so many times the camera is refused first, as when it is still in other hands.
+    explicit FakeVideo4Linux(const QString &file, int refusals = 0);
+    Q_DISABLE_COPY_MOVE(FakeVideo4Linux)
+    ~FakeVideo4Linux();
+
+    /// How often the camera was asked for.
+    [[nodiscard]] static int asked();
+
+private:
+    HiddenElement m_real { "v4l2src" };
 };
 
 } // namespace nimbara::testing

@@ -3,7 +3,9 @@
 #include <QFile>
 #include <QTcpServer>
 
+#include <csignal>
 #include <stdexcept>
+#include <sys/types.h>
 #include <utility>
 
 namespace nimbara::testing {
@@ -82,6 +84,11 @@ void NetworkCamera::stop()
 {
     m_process.kill();
     m_process.waitForFinished();
+}
+
+void NetworkCamera::freeze(bool frozen)
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), frozen ? SIGSTOP : SIGCONT);
 }
 
 QString NetworkCamera::location(const QString &path) const

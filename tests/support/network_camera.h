@@ -26,6 +26,9 @@ public:
     /// Gone at once, as when its plug is pulled.
     void stop();
 
+    /// It stands still, and goes on: nobody is told, as when its link is cut.
+    void freeze(bool frozen);
+
     /// Without a login.
     [[nodiscard]] QString location(const QString &path = QStringLiteral("/live")) const;
     /// What an RTSP camera was asked since it started: a line "client" for each connection, one

@@ -94,6 +94,7 @@ public:
     uint types = 3; ///< monitors and windows
     uint node = 0; ///< that the operator chooses
     uint code = 0; ///< of the operator's answer: 1 declines
+    bool answers = true; ///< the operator does
     QStringList calls; ///< methods, in order
     QVariantMap options; ///< of the last request
     QStringList tokens; ///< of earlier choices, as they came with each selection
@@ -122,7 +123,11 @@ private:
             results.insert(QStringLiteral("restore_token"), QStringLiteral("choice-%1").arg(node));
         }
         m_bus.send(call.createReply(QVariant::fromValue(QDBusObjectPath(request))));
-        const uint outcome = call.member() == QLatin1String("Start") ? code : 0;
+        const bool isAsked = call.member() == QLatin1String("Start");
+        if (isAsked && !answers) {
+            return;
+        }
+        const uint outcome = isAsked ? code : 0;
         QTimer::singleShot(50, this, [this, request, outcome, results] {
             QDBusMessage signal = QDBusMessage::createTargetedSignal(m_client,
                 request,

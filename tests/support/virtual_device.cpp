@@ -20,6 +20,18 @@ VirtualDevice::VirtualDevice(const QString &program, const QStringList &argument
     }
 }
 
+namespace {
+
+constexpr const char *cameraNode = "stream-properties=p,media.class=Video/Source,node.name=%1,"
+                                   "node.description=%2,node.autoconnect=false";
+
+QStringList words(const QString &pipeline)
+{
+    return QStringList { QStringLiteral("-q") } + pipeline.split(QLatin1Char(' '));
+}
+
+} // namespace
+
 /// In its default mode the sink is a follower of the graph, which outlives a reader that is late;
 /// as a driver ("provide") it stalls for good.
 VirtualDevice VirtualDevice::camera(const QString &node,
@@ -30,14 +42,33 @@ VirtualDevice VirtualDevice::camera(const QString &node,
     const QString pipeline
         = QStringLiteral("videotestsrc is-live=true pattern=%1 ! "
                          "video/x-raw,format=YUY2,width=%2,height=%3,framerate=30/1 ! "
-                         "pipewiresink stream-properties=p,media.class=Video/Source,"
-                         "node.name=%4,node.description=%5,node.autoconnect=false")
+                         "pipewiresink ")
               .arg(colour)
               .arg(size.width)
               .arg(size.height)
-              .arg(node, name);
-    return VirtualDevice(QStringLiteral("gst-launch-1.0"),
-        QStringList { QStringLiteral("-q") } + pipeline.split(QLatin1Char(' ')));
+        + QString::fromLatin1(cameraNode).arg(node, name);
+    return VirtualDevice(QStringLiteral("gst-launch-1.0"), words(pipeline));
+}
+
+VirtualDevice
+VirtualDevice::muteCamera(const QString &node, const QString &name, const QString &file)
+{
+    const QString pipeline
+        = QStringLiteral("videotestsrc is-live=true ! "
+                         "video/x-raw,format=YUY2,width=640,height=480,framerate=30/1 ! "
+                         "identity drop-probability=1 ! pipewiresink ")
+        + QString::fromLatin1(cameraNode).arg(node, name) + QStringLiteral(",api.v4l2.path=")
+        + file;
+    return VirtualDevice(QStringLiteral("gst-launch-1.0"), words(pipeline));
+}
+
+VirtualDevice VirtualDevice::countingCamera(const QString &port, const QString &colour, int life)
+{
+    return VirtualDevice(QStringLiteral("/usr/bin/python3"),
+        { QStringLiteral(NIMBARA_SUPPORT_FOLDER "/counting_camera.py"),
+            port,
+            colour,
+            QString::number(life) });
 }
 
 /// The service fetches the sound when it wants it. A GStreamer sink that hands it over stops for

@@ -18,6 +18,12 @@ public:
         const QString &name,
         const QString &colour,
         FrameSize size = { 640, 480 });
+    /// One that the service opens without ever handing over a picture. `file`: what it tells of its
+    /// own ("/dev/video9").
+    static VirtualDevice muteCamera(const QString &node, const QString &name, const QString &file);
+    /// Of one product and name with all of its kind: the port alone tells it. Its pictures tell its
+    /// colour, "red" or "blue", its life and their number (counting_camera.py).
+    static VirtualDevice countingCamera(const QString &port, const QString &colour, int life);
     /// A steady tone, 0.8 of full scale. `rate` and `tone` in hertz.
     static VirtualDevice microphone(const QString &node,
         const QString &name,

@@ -81,7 +81,6 @@ private Q_SLOTS:
         const QPointer<LoginBox> box = window.findChild<LoginBox *>();
         QVERIFY(box && box->isVisible() && !box->isModal());
         QVERIFY(box->testAttribute(Qt::WA_ShowWithoutActivating));
-        QVERIFY(!box->findChild<QPushButton *>(u"loginAccept"_s)->isEnabled());
         auto *password = box->findChild<QLineEdit *>(u"loginPassword"_s);
         QCOMPARE(password->echoMode(), QLineEdit::Password);
         password->setText(u" olivos "_s);
@@ -94,6 +93,27 @@ private Q_SLOTS:
         QCOMPARE(told, 1);
         QCOMPARE(given, answers ? std::optional(Login { u"ana"_s, u" olivos "_s }) : std::nullopt);
         QTRY_VERIFY(!box);
+    }
+
+    /// Cameras have users without a password, and some a password alone.
+    void takesWhatTheCameraHas()
+    {
+        const std::tuple<const char *, QString, QString, bool> rows[] {
+            { "both", u"ana"_s, u"olivos"_s, true },
+            { "no password", u"ana"_s, {}, true },
+            { "no user", {}, u"olivos"_s, true },
+            { "nothing", u" "_s, {}, false },
+        };
+        for (const auto &[name, user, password, isTaken] : rows) {
+            const RowName named(name);
+            LoginBox box({}, {}, QString(), nullptr);
+            const auto *accept = box.findChild<QPushButton *>(u"loginAccept"_s);
+            QVERIFY(!accept->isEnabled());
+            box.findChild<QLineEdit *>(u"loginUser"_s)->setText(user);
+            box.findChild<QLineEdit *>(u"loginPassword"_s)->setText(password);
+            QCOMPARE(accept->isEnabled(), isTaken);
+            QCOMPARE(box.login(), (Login { user.trimmed(), password }));
+        }
     }
 
     void theMenuSaysWhyTheScreenCannotBeCaptured()

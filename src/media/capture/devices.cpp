@@ -102,9 +102,18 @@ const CaptureDevice *findElsewhere(const std::vector<CaptureDevice> &devices,
 
 QString deviceFile(GstDevice *device)
 {
+    const QString file = directFile(device);
+    const StructurePtr properties(gst_device_get_properties(device));
+    return file.isEmpty() ? deviceText(device, properties.get(), "device.path") : file;
+}
+
+QString directFile(GstDevice *device)
+{
     const StructurePtr properties(gst_device_get_properties(device));
     const QString file = deviceText(device, properties.get(), "api.v4l2.path");
-    return file.isEmpty() ? deviceText(device, properties.get(), "device.path") : file;
+    const QString object = deviceText(device, properties.get(), "object.path");
+    const auto prefix = QLatin1String("v4l2:/");
+    return file.isEmpty() && object.startsWith(prefix) ? object.mid(prefix.size() - 1) : file;
 }
 
 CaptureDevice describeDevice(GstDevice *device)
@@ -164,6 +173,7 @@ namespace {
 constexpr std::chrono::seconds farewell { 3 };
 /// Nobody waits for a service behind which another search has hung already.
 std::atomic<bool> answers { true };
+std::atomic<std::uint64_t> listChanges { 0 };
 
 /// The providers of a device monitor with the filters "Video/Source" and "Audio/Source". One for
 /// the process, and never stopped: stopping it makes a media service's library release devices that
@@ -198,6 +208,7 @@ public:
             }
         }
         markTwins(lists.video);
+        countChange(lists.video);
         return lists;
     }
 
@@ -273,8 +284,21 @@ private:
         }
     }
 
+    void countChange(const std::vector<CaptureDevice> &cameras)
+    {
+        QStringList found;
+        for (const CaptureDevice &camera : cameras) {
+            found << camera.identity << camera.place;
+        }
+        if (m_found != found) {
+            m_found = found;
+            ++listChanges;
+        }
+    }
+
     std::mutex m_mutex;
     std::vector<Provider> m_providers;
+    QStringList m_found; ///< cameras, by identity and place
 };
 
 } // namespace
@@ -311,6 +335,11 @@ std::optional<DeviceLists> DeviceDiscovery::poll()
         return std::nullopt;
     }
     return lists;
+}
+
+std::uint64_t DeviceDiscovery::changes()
+{
+    return listChanges;
 }
 
 } // namespace nimbara

@@ -7,6 +7,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -35,6 +36,11 @@ struct DeviceLists {
 
 /// The system's file of a camera ("/dev/video0"), as PipeWire or Video4Linux name it; empty: none.
 QString deviceFile(GstDevice *device);
+
+/// The same of a camera of the media service alone (PipeWire's keys "api.v4l2.path",
+/// "object.path"): by it the camera can be read without the service. Empty: there is no other road
+/// to it.
+QString directFile(GstDevice *device);
 
 /// What the studio keeps of a device. Anything whose class does not begin with "Video/Source" is an
 /// audio device.
@@ -81,6 +87,9 @@ public:
     /// way follows it, so that a device plugged in just now is not missed, and the result is its
     /// own.
     std::optional<DeviceLists> poll();
+
+    /// How often a search of this program has found other cameras than the one before it.
+    static std::uint64_t changes();
 
 private:
     BackgroundTask<DeviceLists> m_search;

@@ -79,10 +79,12 @@ MediaFactory::MediaFactory(const Clock &clock,
 {
 }
 
-MediaPtr
-MediaFactory::camera(FrameSize size, GstDevice *device, const std::optional<DeviceMode> &mode) const
+MediaPtr MediaFactory::camera(FrameSize size,
+    GstDevice *device,
+    const std::optional<DeviceMode> &mode,
+    DeviceRoad road) const
 {
-    return make({ .size = size, .device = device, .mode = mode });
+    return make({ .size = size, .device = device, .mode = mode, .road = road });
 }
 
 MediaPtr MediaFactory::testBars(FrameSize size) const

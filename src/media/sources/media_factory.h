@@ -24,8 +24,10 @@ public:
 
     /// All throw `Error` with the operator's text when the source cannot be built. A camera without
     /// a mode delivers whatever raw picture it likes.
-    [[nodiscard]] MediaPtr
-    camera(FrameSize size, GstDevice *device, const std::optional<DeviceMode> &mode) const;
+    [[nodiscard]] MediaPtr camera(FrameSize size,
+        GstDevice *device,
+        const std::optional<DeviceMode> &mode,
+        DeviceRoad road = DeviceRoad::System) const;
     [[nodiscard]] MediaPtr testBars(FrameSize size) const;
     /// In a Wayland session what the desktop granted (`grantedScreen`); none until it has.
     [[nodiscard]] MediaPtr screen(FrameSize size) const;

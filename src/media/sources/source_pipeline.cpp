@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "media/capture/device_pin.h"
+#include "media/capture/devices.h"
 #include "media/capture/picture_decoders.h"
 #include "media/gst/gst_build.h"
 #include "media/sources/frame_maker.h"
@@ -25,6 +26,23 @@ struct PictureChain {
     ElementRef outputFilter = make("capsfilter");
 };
 
+ElementRef makeDeviceSource(GstDevice *device, DeviceRoad road)
+{
+    if (road == DeviceRoad::System) {
+        auto element = ElementRef::sink(gst_device_create_element(device, "source"));
+        pinToDevice(element.get());
+        return element;
+    }
+    auto element = make("v4l2src", "source");
+    if (element) {
+        g_object_set(element.get(),
+            "device",
+            directFile(device).toLocal8Bit().constData(),
+            nullptr);
+    }
+    return element;
+}
+
 ElementRef makeSource(const SourceRequest &request, const ScreenElements &screens)
 {
     if (request.screen) {
@@ -36,9 +54,7 @@ ElementRef makeSource(const SourceRequest &request, const ScreenElements &screen
         return element;
     }
     if (request.device != nullptr) {
-        auto element = ElementRef::sink(gst_device_create_element(request.device, "source"));
-        pinToDevice(element.get());
-        return element;
+        return makeDeviceSource(request.device, request.road);
     }
     return make(request.isTestBars() ? "videotestsrc" : "uridecodebin", "source");
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/capture/device_mode.h"
+#include "media/capture/device_road.h"
 #include "media/gst/gst_handles.h"
 #include "media/sources/natural_picture.h"
 #include "media/sources/network_source.h"
@@ -23,6 +24,7 @@ struct SourceRequest {
     FrameSize size; ///< of the output profile
     GstDevice *device = nullptr;
     std::optional<DeviceMode> mode {}; ///< of the device; none: whatever raw picture it delivers
+    DeviceRoad road = DeviceRoad::System; ///< to the device
     QString uri {}; ///< UTF-8 text, without a login
     NetworkAccess network {}; ///< of a location that is not a file
     bool screen = false;

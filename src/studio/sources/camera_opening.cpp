@@ -7,27 +7,50 @@
 
 namespace nimbara {
 
+namespace {
+
+/// The service, left a moment ago, may not have let go of the device yet.
+bool isHeld(DeviceRoad road, const std::optional<std::int64_t> &leftUs, std::int64_t nowUs)
+{
+    return road == DeviceRoad::Video4Linux && leftUs && nowUs - *leftUs < CameraOpening::releaseUs;
+}
+
+} // namespace
+
 CameraOpening::CameraOpening(const Clock &clock,
     CameraOpener open,
     const std::vector<DeviceMode> &modes,
-    DeviceHolders before)
+    DeviceHolders before,
+    DirectRoad direct)
     : m_clock(clock)
     , m_open(std::move(open))
     , m_modes(modes.begin(), modes.end())
+    , m_mayTurn(direct == DirectRoad::WhenSilent)
     , m_before(std::move(before))
     , m_begunUs(clock.monotonicUs())
 {
     if (m_modes.empty()) {
         m_modes.emplace_back();
     }
+    if (direct == DirectRoad::First) {
+        append(m_attempts, DeviceRoad::Video4Linux);
+    }
+    append(m_attempts, DeviceRoad::System);
     if (areGone(m_before) && openNext() == State::Failed) {
         throw Error(m_reason);
     }
 }
 
-std::optional<DeviceMode> CameraOpening::mode() const
+void CameraOpening::append(std::vector<CameraAttempt> &attempts, DeviceRoad road) const
 {
-    return m_next > 0 ? m_modes[m_next - 1] : std::nullopt;
+    for (const std::optional<DeviceMode> &mode : m_modes) {
+        attempts.push_back({ mode, road });
+    }
+}
+
+CameraAttempt CameraOpening::attempt() const
+{
+    return m_next > 0 ? m_attempts[m_next - 1] : CameraAttempt {};
 }
 
 DeviceHolders CameraOpening::holders() const
@@ -67,22 +90,43 @@ CameraOpening::State CameraOpening::follow()
     if (isAnswered && !std::exchange(m_isAnswered, true)) {
         m_begunUs = m_clock.monotonicUs(); // the time for a picture is the mode's own
     }
-    const bool isSilent = isAnswered && m_clock.monotonicUs() - m_begunUs > patienceUs;
+    const std::int64_t silenceUs = isAnswered ? m_clock.monotonicUs() - m_begunUs : 0;
     if (!m_camera->active()) {
         m_starved = m_camera->starved();
         m_reason = m_camera->takeMessage();
         if (!m_starved) {
             return retry(); // what breaks off has answered
         }
+        if (m_mayTurn) {
+            return turn();
+        }
         return isAnswered ? giveUp() : State::Failed;
     }
-    return isSilent && hasNext() ? giveUp() : State::Underway;
+    if (m_mayTurn && silenceUs > servicePatienceUs) {
+        return turn();
+    }
+    return silenceUs > patienceUs && hasNext() ? giveUp() : State::Underway;
+}
+
+/// The media service hands over nothing. It gets another chance behind the direct road, since the
+/// first picture may only have been slow.
+CameraOpening::State CameraOpening::turn()
+{
+    m_mayTurn = false;
+    m_turnedUs = m_clock.monotonicUs();
+    std::vector<CameraAttempt> direct;
+    append(direct, DeviceRoad::Video4Linux);
+    direct.push_back(attempt());
+    m_attempts.insert(m_attempts.begin() + static_cast<std::ptrdiff_t>(m_next),
+        direct.begin(),
+        direct.end());
+    return giveUp();
 }
 
 /// The present mode broke off.
 CameraOpening::State CameraOpening::retry()
 {
-    if (m_isRetried) {
+    if (m_isRetried && !isHeld(attempt().road, m_turnedUs, m_clock.monotonicUs())) {
         m_mayDoBetter = true;
         return giveUp();
     }
@@ -116,7 +160,7 @@ CameraOpening::State CameraOpening::openNext()
 {
     while (hasNext()) {
         try {
-            m_camera = m_open(m_modes[m_next++]);
+            m_camera = m_open(m_attempts[m_next++]);
             m_begunUs = m_clock.monotonicUs();
             m_isAnswered = false;
             return State::Underway;
@@ -124,6 +168,9 @@ CameraOpening::State CameraOpening::openNext()
             m_starved = false;
             m_mayDoBetter = true;
             m_reason = error.message();
+            if (isHeld(attempt().road, m_turnedUs, m_clock.monotonicUs())) {
+                return retry();
+            }
         }
     }
     return State::Failed;

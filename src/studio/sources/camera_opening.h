@@ -13,18 +13,38 @@
 
 namespace nimbara {
 
-/// Opens a camera in a mode; none: as it likes. Throws `Error`.
-using CameraOpener = std::function<MediaPtr(const std::optional<DeviceMode> &mode)>;
+/// One attempt at a camera.
+struct CameraAttempt {
+    std::optional<DeviceMode> mode; ///< none: as it likes
+    DeviceRoad road = DeviceRoad::System;
+};
+
+/// Opens a camera. Throws `Error`.
+using CameraOpener = std::function<MediaPtr(const CameraAttempt &attempt)>;
+
+/// Whether a camera is read past the media service.
+enum class DirectRoad {
+    None, ///< never
+    WhenSilent, ///< once the service opens it and no picture comes
+    First, ///< the service only when that does not work
+};
 
 /// A camera on its way to its first picture. What a device offers it may yet fail to deliver, on a
 /// bus that is full or behind a bad cable: a mode without a picture for 3 s gives way to the next
 /// one. One that breaks off is asked for once more after a moment, since a device that has just
 /// been plugged in may refuse at first what it can do well. An attempt begins when the one before
-/// has let go of the device. Interface thread only; never waits.
+/// has let go of the device.
+///
+/// A media service may open a camera and hand over nothing. After 2 s every mode is tried directly,
+/// and the service again after those. Interface thread only; never waits.
 class CameraOpening {
 public:
     static constexpr std::int64_t patienceUs = 3'000'000; ///< with a mode, and with one that leaves
     static constexpr std::int64_t restUs = 500'000; ///< before a mode is asked for once more
+    static constexpr std::int64_t servicePatienceUs = 2'000'000; ///< where there is a direct road
+    /// A service keeps a device for a while after its last reader has gone; so long what is refused
+    /// directly is asked for again.
+    static constexpr std::int64_t releaseUs = 8'000'000;
 
     enum class State {
         Underway,
@@ -37,7 +57,8 @@ public:
     CameraOpening(const Clock &clock,
         CameraOpener open,
         const std::vector<DeviceMode> &modes,
-        DeviceHolders before = {});
+        DeviceHolders before = {},
+        DirectRoad direct = DirectRoad::None);
 
     /// Takes the next step. Call on every run of the frame clock.
     State poll();
@@ -46,8 +67,8 @@ public:
     [[nodiscard]] const MediaPtr &camera() const { return m_camera; }
     /// What holds the device once this is given up.
     [[nodiscard]] DeviceHolders holders() const;
-    /// What it was asked for last.
-    [[nodiscard]] std::optional<DeviceMode> mode() const;
+    /// What it was asked for last, and by which road.
+    [[nodiscard]] CameraAttempt attempt() const;
     /// A mode before it failed, other than by its silence: at another time it may work.
     [[nodiscard]] bool mayDoBetter() const { return m_mayDoBetter; }
     /// Why the last attempt failed.
@@ -56,8 +77,10 @@ public:
     [[nodiscard]] bool starved() const { return m_starved; }
 
 private:
-    [[nodiscard]] bool hasNext() const { return m_next < m_modes.size(); }
+    [[nodiscard]] bool hasNext() const { return m_next < m_attempts.size(); }
+    void append(std::vector<CameraAttempt> &attempts, DeviceRoad road) const;
     State follow();
+    State turn();
     State retry();
     State giveUp();
     void leave(std::int64_t restUs);
@@ -66,7 +89,10 @@ private:
     const Clock &m_clock;
     CameraOpener m_open;
     std::vector<std::optional<DeviceMode>> m_modes; ///< one at least
+    std::vector<CameraAttempt> m_attempts; ///< in their order
     std::size_t m_next = 0;
+    bool m_mayTurn = false; ///< the direct road is still to be tried
+    std::optional<std::int64_t> m_turnedUs; ///< when the service was left
     MediaPtr m_camera;
     DeviceHolders m_before; ///< what still holds the device
     std::int64_t m_begunUs = 0; ///< the present step

@@ -27,15 +27,11 @@ struct LayerCameras::Entry {
 };
 
 LayerCameras::LayerCameras(const Clock &clock,
-    const MediaFactory &factory,
-    std::function<FrameSize()> frame,
-    SteadyCameras &steady,
+    CameraOpenings &openings,
     IsHeld isHeld,
     Report status)
     : m_clock(clock)
-    , m_factory(factory)
-    , m_frame(std::move(frame))
-    , m_steady(steady)
+    , m_openings(openings)
     , m_isHeld(std::move(isHeld))
     , m_status(std::move(status))
 {
@@ -216,15 +212,8 @@ void LayerCameras::open(Entry &entry)
 {
     entry.nextUs = m_clock.monotonicUs() + spacingUs;
     try {
-        const FrameSize size = m_frame();
-        entry.opening = std::make_unique<CameraOpening>(
-            m_clock,
-            [this, size, device = *entry.device](const auto &mode) {
-                m_steady.prepare(device);
-                return m_factory.camera(size, device.device.get(), mode);
-            },
-            modesToTry(entry.device->device.get(), size, std::nullopt),
-            m_leaving.holders(*entry.device));
+        entry.opening
+            = m_openings.begin(*entry.device, std::nullopt, m_leaving.holders(*entry.device));
     } catch (const Error &error) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
         entry.device.reset();
@@ -240,6 +229,7 @@ void LayerCameras::follow(Entry &entry)
         drop(entry);
     } else if (state == CameraOpening::State::Delivers) {
         entry.camera = entry.opening->camera();
+        m_openings.note(*entry.device, *entry.opening);
         entry.opening.reset();
     }
 }

@@ -3,9 +3,8 @@
 #include "base/clock.h"
 #include "base/report.h"
 #include "media/capture/devices.h"
-#include "media/capture/steady_cameras.h"
-#include "media/sources/media_factory.h"
 #include "studio/sources/camera_opening.h"
+#include "studio/sources/camera_openings.h"
 
 #include <QString>
 
@@ -29,13 +28,8 @@ public:
     /// Who else has that device: it is not opened until nobody has.
     using IsHeld = std::function<bool(const CaptureDevice &device)>;
 
-    /// `frame`: the size of the stream program, asked anew at each use. `steady` outlives this.
-    LayerCameras(const Clock &clock,
-        const MediaFactory &factory,
-        std::function<FrameSize()> frame,
-        SteadyCameras &steady,
-        IsHeld isHeld,
-        Report status);
+    /// `openings` outlives this.
+    LayerCameras(const Clock &clock, CameraOpenings &openings, IsHeld isHeld, Report status);
     LayerCameras(const LayerCameras &) = delete;
     LayerCameras &operator=(const LayerCameras &) = delete;
     LayerCameras(LayerCameras &&) = delete;
@@ -82,9 +76,7 @@ private:
     void drop(Entry &entry);
 
     const Clock &m_clock;
-    const MediaFactory &m_factory;
-    std::function<FrameSize()> m_frame;
-    SteadyCameras &m_steady;
+    CameraOpenings &m_openings;
     IsHeld m_isHeld;
     Report m_status;
     std::vector<std::unique_ptr<Entry>> m_entries;

@@ -2,6 +2,7 @@
 
 #include "base/message.h"
 #include "media/sources/screen_stream.h"
+#include "studio/sources/portal_talk.h"
 
 #include <QObject>
 #include <QSettings>
@@ -18,16 +19,13 @@ namespace nimbara {
 ///
 /// Interface thread only, which never waits: the desktop and the operator answer when they like.
 /// Where the screen is captured without it (X11, other systems), it does nothing.
-class ScreenPortal : public QObject {
+class ScreenPortal : public QObject, private PortalAnswers {
     Q_OBJECT
 public:
     /// `granted`: what screen layers are opened with; outlives it, as does `settings`. `isNeeded`:
     /// the session is Wayland's; then it looks at once whether the desktop offers the portal.
     ScreenPortal(QSettings &settings, std::optional<ScreenStream> &granted, bool isNeeded);
-    ScreenPortal(const ScreenPortal &) = delete;
-    ScreenPortal &operator=(const ScreenPortal &) = delete;
-    ScreenPortal(ScreenPortal &&) = delete;
-    ScreenPortal &operator=(ScreenPortal &&) = delete;
+    Q_DISABLE_COPY_MOVE(ScreenPortal)
     /// Ends what is shared.
     ~ScreenPortal() override;
 
@@ -49,19 +47,20 @@ Q_SIGNALS:
     void said(const nimbara::Message &text);
 
 private:
-    class Talk;
     void begin(const QString &token, bool looksOnly);
-    void tellTrouble(const Message &trouble);
-    void grant(const std::shared_ptr<Talk> &talk, const ScreenStream &stream, const QString &token);
-    void end(const std::shared_ptr<Talk> &talk, const Message &why);
+    void tellTrouble(const Message &trouble) override;
+    void grant(const std::shared_ptr<PortalTalk> &talk,
+        const ScreenStream &stream,
+        const QString &token) override;
+    void end(const std::shared_ptr<PortalTalk> &talk, const Message &why) override;
 
     QSettings &m_settings;
     std::optional<ScreenStream> &m_granted;
     const bool m_isNeeded;
     bool m_wasAsked = false;
     Message m_trouble;
-    std::shared_ptr<Talk> m_asking; ///< no answer yet
-    std::shared_ptr<Talk> m_sharing;
+    std::shared_ptr<PortalTalk> m_asking; ///< no answer yet
+    std::shared_ptr<PortalTalk> m_sharing;
 };
 
 } // namespace nimbara

@@ -39,11 +39,10 @@ Sources::Sources(const Clock &clock,
     , m_frame(std::move(frame))
     , m_status(status)
     , m_return(clock, status)
+    , m_openings(clock, factory, m_frame, m_steady, status)
     , m_layerCameras(
           clock,
-          m_factory,
-          m_frame,
-          m_steady,
+          m_openings,
           [this](const CaptureDevice &device) { return hasDevice(device); },
           status)
     , m_logins(m_factory.logins(), secrets)
@@ -119,21 +118,13 @@ std::unique_ptr<CameraOpening> Sources::open(const CaptureDevice &device,
     const std::optional<DeviceMode> &first)
 {
     m_leaving.note(device, m_layerCameras.release(device));
-    const FrameSize size = m_frame();
-    const auto camera = [this, size, device](const auto &mode) {
-        m_steady.prepare(device);
-        return m_factory.camera(size, device.device.get(), mode);
-    };
-    return std::make_unique<CameraOpening>(m_clock,
-        camera,
-        modesToTry(device.device.get(), size, first),
-        m_leaving.holders(device));
+    return m_openings.begin(device, first, m_leaving.holders(device));
 }
 
 std::unique_ptr<CameraOpening> Sources::openBars() const
 {
     const auto bars
-        = [this, size = m_frame()](const auto & /*mode*/) { return m_factory.testBars(size); };
+        = [this, size = m_frame()](const auto & /*any*/) { return m_factory.testBars(size); };
     return std::make_unique<CameraOpening>(m_clock, bars, std::vector<DeviceMode> {});
 }
 
@@ -203,6 +194,9 @@ void Sources::pollOffer()
     } else if (state == CameraOpening::State::Delivers) {
         const Offer accepted = std::exchange(m_offer, {});
         const MediaPtr camera = accepted.opening->camera();
+        if (accepted.device) {
+            m_openings.note(*accepted.device, *accepted.opening);
+        }
         if (accepted.returning) {
             logLine(QStringLiteral("Cámara reabierta: ") + camera->label());
         }

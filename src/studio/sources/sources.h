@@ -5,6 +5,7 @@
 #include "media/capture/steady_cameras.h"
 #include "media/sources/media_factory.h"
 #include "studio/sources/camera_opening.h"
+#include "studio/sources/camera_openings.h"
 #include "studio/sources/device_return.h"
 #include "studio/sources/layer_cameras.h"
 #include "studio/sources/leaving_devices.h"
@@ -176,6 +177,7 @@ private:
     LeavingDevices m_leaving;
     DeviceReturn m_return;
     SteadyCameras m_steady;
+    CameraOpenings m_openings;
     LayerCameras m_layerCameras;
     LoginDesk m_logins;
     ScreenPortal m_screen;

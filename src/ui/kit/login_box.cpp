@@ -30,10 +30,11 @@ LoginBox::LoginBox(const QString &title,
     auto *buttons = new QDialogButtonBox;
     QPushButton *accept = makeButton("Conectar", "loginAccept");
     if (user) {
-        const auto follow
-            = [accept](const QString &typed) { accept->setEnabled(!typed.isEmpty()); };
-        connect(m_password, &QLineEdit::textChanged, accept, follow);
-        follow({});
+        const auto follow = [this, accept] { accept->setEnabled(!login().isEmpty()); };
+        for (const QLineEdit *field : { m_user, m_password }) {
+            connect(field, &QLineEdit::textChanged, accept, follow);
+        }
+        follow();
     }
     buttons->addButton(accept, QDialogButtonBox::AcceptRole);
     buttons->addButton(makeButton("Cancelar", "loginCancel"), QDialogButtonBox::RejectRole);

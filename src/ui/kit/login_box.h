@@ -11,9 +11,9 @@ class QLineEdit;
 
 namespace nimbara {
 
-/// Asks for user and password, beside the window, which goes on meanwhile and keeps the keyboard. A
-/// user needs a password; a password alone may be empty, which means none. All texts are already
-/// translated.
+/// Asks for user and password, beside the window, which goes on meanwhile and keeps the keyboard.
+/// Either may be empty, since cameras have users without a password, but not both; a password alone
+/// may be empty, which means none. All texts are already translated.
 class LoginBox : public QDialog {
     Q_OBJECT
 public:

@@ -383,8 +383,7 @@ private Q_SLOTS:
         m_peer.events.clear();
         speak(3);
         // Its request comes after any of the stopped one.
-        Translation later(m_clock,
-            std::make_unique<OpenAiProvider>(m_clock, m_peer.endpoint()));
+        Translation later(m_clock, std::make_unique<OpenAiProvider>(m_clock, m_peer.endpoint()));
         later.setLiveDisabled(true);
         later.start(u"k"_s, {}, false, {});
         await("/v1/models/gpt-4.1-mini", 1);

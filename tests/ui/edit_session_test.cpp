@@ -47,21 +47,6 @@ auto coloured(const char *button, QColor color)
     };
 }
 
-/// On the canvas, from and to parts of its width and height.
-auto dragged(QPointF from, QPointF to)
-{
-    return [=](SessionDesk &desk) {
-        auto *canvas = desk.find<Canvas>("canvas");
-        const auto at = [canvas](QPointF part) {
-            return QPointF(part.x() * canvas->width(), part.y() * canvas->height()).toPoint();
-        };
-        QTest::mousePress(canvas, Qt::LeftButton, {}, at(from));
-        QTest::mouseMove(canvas, at((from + to) / 2));
-        QTest::mouseMove(canvas, at(to));
-        QTest::mouseRelease(canvas, Qt::LeftButton, {}, at(to));
-    };
-}
-
 auto struck(const char *place, Qt::Key key, Qt::KeyboardModifiers held = {})
 {
     return [=](SessionDesk &desk) {
@@ -90,7 +75,7 @@ std::vector<Deed> deeds()
             },
             Seen::No },
         { "its place", turned<QDoubleSpinBox>("positionX", Qt::Key_Up, 3) },
-        { "its width", turned<QDoubleSpinBox>("positionW", Qt::Key_Up, 3), Seen::No },
+        { "its width", turned<QDoubleSpinBox>("positionW", Qt::Key_Up, 3) },
         { "its opacity", turned<QSlider>("opacity", Qt::Key_Left, 30) },
         { "its letters", turned<QSpinBox>("textSize", Qt::Key_Up, 9) },
         { "bold", [](SessionDesk &desk) { desk.turnSwitch("bold"); } },
@@ -98,7 +83,6 @@ std::vector<Deed> deeds()
         { "to the right", [](SessionDesk &desk) { desk.choose("textAlign", 2); } },
         { "its colour", coloured("textColor", QColor(250, 200, 0)) },
         { "what is behind it", coloured("backgroundColor", QColor(90, 0, 0, 200)) },
-        { "dragged", dragged({ 0.5, 0.5 }, { 0.6, 0.3 }) },
         { "moved by a key", struck("canvas", Qt::Key_Left, Qt::ShiftModifier) },
         { "a surface", added(6) },
         { "its fill", coloured("fillColor", QColor(0, 90, 160)) },

@@ -39,7 +39,7 @@ private:
     /// A camera that is opened directly.
     struct Direct {
         CaptureDevice device;
-        std::uint64_t changes; ///< of the list, when it was found out
+        std::uint64_t changes = 0; ///< of the list, when it was found out
     };
     [[nodiscard]] bool isDirect(const CaptureDevice &device) const;
     [[nodiscard]] CameraOpener opener(const CaptureDevice &device, FrameSize size);

@@ -34,6 +34,7 @@ Span alongY(const Box &box)
 std::vector<Span> spans(const std::vector<Box> &boxes, Span (*along)(const Box &))
 {
     std::vector<Span> found;
+    found.reserve(boxes.size());
     for (const Box &box : boxes) {
         found.push_back(along(box));
     }
@@ -62,6 +63,7 @@ std::vector<Line> linesOf(const std::vector<Span> &others)
         safeMargin,
         1 - safeMargin }; // the more usual ones first
     std::vector<Line> lines;
+    lines.reserve(frame.size() + 3 * others.size());
     for (const double at : frame) {
         lines.push_back({ at, 0, 1 });
     }

@@ -12,7 +12,7 @@ namespace {
 void appendOutputText(const QJsonValue &item, QString &into)
 {
     const QJsonArray contents = item.toObject().value(QLatin1String("content")).toArray();
-    for (const QJsonValue &content : contents) {
+    for (const auto &content : contents) {
         const QJsonObject piece = content.toObject();
         if (piece.value(QLatin1String("type")).toString() == QLatin1String("output_text")) {
             into += piece.value(QLatin1String("text")).toString();
@@ -77,7 +77,7 @@ QString outputText(const QByteArray &body)
     QString text;
     const QJsonArray output
         = QJsonDocument::fromJson(body).object().value(QLatin1String("output")).toArray();
-    for (const QJsonValue &item : output) {
+    for (const auto &item : output) {
         appendOutputText(item, text);
     }
     return text;

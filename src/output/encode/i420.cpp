@@ -120,9 +120,9 @@ NIMBARA_INLINE void chromaRow(const std::uint32_t *__restrict redBlue,
     const Weights forU = matrix.blueDifference;
     const Weights forV = matrix.redDifference;
     for (std::int32_t x = 0; x < width; ++x) {
-        const std::uint32_t sum = redBlue[2 * x] + 2 * redBlue[2 * x + 1] + redBlue[2 * x + 2];
-        const auto g
-            = static_cast<std::int32_t>(green[2 * x] + 2 * green[2 * x + 1] + green[2 * x + 2]);
+        const std::ptrdiff_t at = std::ptrdiff_t { 2 } * x;
+        const std::uint32_t sum = redBlue[at] + 2 * redBlue[at + 1] + redBlue[at + 2];
+        const auto g = static_cast<std::int32_t>(green[at] + 2 * green[at + 1] + green[at + 2]);
         const auto r = static_cast<std::int32_t>(sum & 0xFFFFU);
         const auto b = static_cast<std::int32_t>(sum >> 16U);
         u[x] = chromaOf(forU, r, g, b);
@@ -131,17 +131,17 @@ NIMBARA_INLINE void chromaRow(const std::uint32_t *__restrict redBlue,
 }
 
 struct Plane {
-    std::uint8_t *data;
-    std::ptrdiff_t stride;
+    std::uint8_t *data = nullptr;
+    std::ptrdiff_t stride = 0;
     [[nodiscard]] std::uint8_t *row(std::int32_t y) const { return data + y * stride; }
 };
 
 struct Job {
     const Frame &frame;
     Matrix matrix;
-    Plane y;
-    Plane u;
-    Plane v;
+    Plane y {};
+    Plane u {};
+    Plane v {};
 };
 
 NIMBARA_INLINE void convertAll(const Job &job)

@@ -30,7 +30,7 @@ MessageRef errorOn(GstBus *bus)
 } // namespace
 
 ProgramEncoder::ProgramEncoder(const EncoderProfile &profile,
-    const std::shared_ptr<PictureConverter> &converter,
+    const std::shared_ptr<PictureConverter> &converter, // NOLINT(modernize-pass-by-value): shared
     const EncoderChoice *h264)
     : m_profile(profile)
     , m_converter(converter)

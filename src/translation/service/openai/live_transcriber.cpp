@@ -289,7 +289,7 @@ void LiveTranscriber::finish()
     sendAudio();
     if (m_settings.turnMode) {
         // The server hears the end of a turn by its silence.
-        m_socket.sendText(live::audioAppend(QByteArray(600 * 24 * 2, '\0')));
+        m_socket.sendText(live::audioAppend(QByteArray(qsizetype { 600 } * 24 * 2, '\0')));
     } else if (m_audio.takeRest()) {
         sendCommit();
     }

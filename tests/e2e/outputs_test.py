@@ -440,6 +440,6 @@ if __name__ == "__main__":
     print(f"seed {SEED}", flush=True)
     try:
         enter_own_world()
-    except OSError as error:
+    except (OSError, subprocess.CalledProcessError) as error:
         LinesTest = unittest.skip(f"no network of one's own on this machine: {error}")(LinesTest)
     unittest.main(argv=[sys.argv[0], *sys.argv[2:]], verbosity=2, warnings="ignore")

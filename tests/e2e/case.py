@@ -17,6 +17,7 @@ from desktop import Desktop, Program, wait_for
 from recording import video_times
 
 FRAME = 1 / 30
+HALL = ("--setmonitor", "Sala", "1920/508x1080/286+1280+0", "none")  # right of the studio's own screen
 SUPPORT = pathlib.Path(__file__).resolve().parent.parent / "support"
 TIMING = "NIMBARA_TIMING" in os.environ
 timing = unittest.skipUnless(TIMING, "on a machine with nothing else to do")
@@ -34,6 +35,15 @@ class StudioTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory(prefix="studio-e2e-")
         cls.addClassCleanup(folder.cleanup)
         cls.folder = pathlib.Path(folder.name)
+
+    @classmethod
+    def open_hall(cls):
+        """A wider desktop, with a second monitor for the hall."""
+        cls.desktop.close()
+        cls.desktop = Desktop("3200x1080x24")
+        cls.addClassCleanup(cls.desktop.close)
+        subprocess.run(["xrandr", "--setmonitor", "Control", "1280/338x1080/286+0+0", "screen"], check=True)
+        subprocess.run(["xrandr", *HALL], check=True)
 
     def setUp(self):
         started = time.monotonic()
@@ -82,6 +92,11 @@ class StudioTest(unittest.TestCase):
         uneven = [round(1000 * (b - a)) for a, b in zip(times, times[1:]) if abs(b - a - FRAME) > 0.0014]
         even = len(times) >= 0.99 * due and len(uneven) <= due - len(times)
         self.expect(even, f"{path}: {len(times)} of {due} pictures, other steps {uneven} ms")
+
+
+def share_media_service():
+    """With the program, whose runtime folder is another one."""
+    os.environ["PIPEWIRE_REMOTE"] = os.path.join(os.environ["XDG_RUNTIME_DIR"], "pipewire-0")
 
 
 def free_port():

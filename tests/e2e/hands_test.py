@@ -8,16 +8,15 @@ usage: pipewire_session.sh --with-services hands_test.py PROGRAM PRIMARY_TEXT [u
 
 import itertools
 import json
-import os
 import pathlib
 import subprocess
 import tempfile
 import time
 
-from case import Platform, StudioTest, main
-from desktop import Atspi, Desktop, Program, wait_for
+from case import Platform, StudioTest, main, share_media_service
+from desktop import Atspi, Program, wait_for
 from hands import Keyboard, Mouse
-from storm_test import HALL, SENDING, Camera
+from storm_test import SENDING, Camera
 from translation_test import Microphone
 
 PLATFORM, KEY = "Otro RTMP", "k3y-hands"
@@ -76,12 +75,8 @@ class HandsTest(StudioTest):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
-        cls.desktop.close()
-        cls.desktop = Desktop("3200x1080x24")
-        cls.addClassCleanup(cls.desktop.close)
-        subprocess.run(["xrandr", "--setmonitor", "Control", "1280/338x1080/286+0+0", "screen"], check=True)
-        subprocess.run(["xrandr", *HALL], check=True)
-        os.environ["PIPEWIRE_REMOTE"] = os.path.join(os.environ["XDG_RUNTIME_DIR"], "pipewire-0")
+        cls.open_hall()
+        share_media_service()
 
     def setUp(self):
         super().setUp()

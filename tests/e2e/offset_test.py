@@ -5,11 +5,10 @@ measuring help proposes an offset, and a recording with it is read back.
 usage: pipewire_session.sh --with-services offset_test.py PROGRAM MAKE_CLIP [unittest arguments]
 """
 
-import os
 import statistics
 import subprocess
 
-from case import SUPPORT, StudioTest, main
+from case import SUPPORT, StudioTest, main, share_media_service
 from desktop import wait_for, x
 from recording import HEIGHT, WIDTH, beep_offsets, level, pictures, video_times
 
@@ -21,7 +20,7 @@ class OffsetTest(StudioTest):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
-        os.environ["PIPEWIRE_REMOTE"] = os.path.join(os.environ["XDG_RUNTIME_DIR"], "pipewire-0")
+        share_media_service()
 
     def setUp(self):
         super().setUp()

@@ -17,15 +17,14 @@ import sys
 import time
 import unittest
 
-from case import FRAME, Platform, StudioTest, free_port
-from desktop import Desktop, wait_for, x
+from case import FRAME, HALL, Platform, StudioTest, free_port, share_media_service
+from desktop import wait_for, x
 from recording import beep_offsets, read_clip, video_times
 from translation_test import KEY, Api, Microphone
 
 SEED = int(os.environ.get("NIMBARA_STORM_SEED", random.randrange(10_000)))
 MINUTES = float(os.environ.get("NIMBARA_STORM_MINUTES", "30"))
 STEP = 5  # seconds between two events
-HALL = ("--setmonitor", "Sala", "1920/508x1080/286+1280+0", "none")
 SENDING = "Enviando · confirma recepción en la plataforma"
 FILE_TAB, WORK_TAB, AIR_TAB = "Fuentes y pantallas", "Escena y fuentes", "Transmitir y grabar"
 
@@ -63,12 +62,8 @@ class StormTest(StudioTest):
     def setUpClass(cls):
         print(f"storm {SEED}: {MINUTES} minutes", flush=True)
         super().setUpClass()
-        cls.desktop.close()
-        cls.desktop = Desktop("3200x1080x24")
-        cls.addClassCleanup(cls.desktop.close)
-        subprocess.run(["xrandr", "--setmonitor", "Control", "1280/338x1080/286+0+0", "screen"], check=True)
-        subprocess.run(["xrandr", *HALL], check=True)
-        os.environ["PIPEWIRE_REMOTE"] = os.path.join(os.environ["XDG_RUNTIME_DIR"], "pipewire-0")
+        cls.open_hall()
+        share_media_service()
 
     def setUp(self):
         super().setUp()

@@ -16,7 +16,7 @@ import subprocess
 import threading
 import time
 
-from case import FRAME, SUPPORT, StudioTest, main
+from case import FRAME, SUPPORT, StudioTest, main, share_media_service
 from desktop import wait_for, x
 from recording import RATE, video_times
 
@@ -139,7 +139,7 @@ class TranslationTest(StudioTest):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
-        os.environ["PIPEWIRE_REMOTE"] = os.path.join(os.environ["XDG_RUNTIME_DIR"], "pipewire-0")
+        share_media_service()
 
     def setUp(self):
         super().setUp()

@@ -1,5 +1,7 @@
 #include "base/memory_policy.h"
+#include "base/picture_memory.h"
 #include "bench.h"
+#include "media/gst/picture_allocator.h"
 
 #include <QApplication>
 #include <QSettings>
@@ -65,6 +67,7 @@ void report(const Case &item)
 int main(int argc, char **argv)
 {
     nimbara::keepFreedPictures();
+    nimbara::startPictureMemory();
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
@@ -74,6 +77,7 @@ int main(int argc, char **argv)
     const QTemporaryDir settings; // the operator's own stay as they are
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
     gst_init(nullptr, nullptr);
+    nimbara::useMemoryForPictures();
 
     QStringList keys = QCoreApplication::arguments().mid(1);
     const bool all = keys.isEmpty();

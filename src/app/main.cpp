@@ -6,6 +6,8 @@
 #include "base/i18n.h"
 #include "base/log.h"
 #include "base/memory_policy.h"
+#include "base/picture_memory.h"
+#include "media/gst/picture_allocator.h"
 #include "studio/programs/tick_priority.h"
 #include "ui/kit/style.h"
 #include "ui/shell/studio_window.h"
@@ -30,6 +32,7 @@ void startGstreamer()
 {
     nimbara::pointGstreamerAtBundle(QCoreApplication::applicationDirPath());
     gst_init(nullptr, nullptr);
+    nimbara::useMemoryForPictures();
     nimbara::installGstLogHook();
     nimbara::logLine(QStringLiteral("=== Inicio Vesperline " NIMBARA_VERSION " ==="));
 }
@@ -71,6 +74,7 @@ int runStudio(nimbara::StudioApplication &application, nimbara::EndGuard &guard)
 int main(int argc, char **argv)
 {
     nimbara::keepFreedPictures();
+    nimbara::startPictureMemory();
     nimbara::forbidCoreDumps();
     const auto application = nimbara::StudioApplication::create(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("NimbaraStudio"));

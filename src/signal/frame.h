@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/picture_block.h"
+
 #include <QImage>
 
 #include <cstdint>
@@ -35,7 +37,8 @@ struct Frame {
 
     std::int32_t width = 0;
     std::int32_t height = 0;
-    std::vector<std::uint8_t> pixels; ///< width × height × 4 bytes: R, G, B, A
+    std::vector<std::uint8_t, PictureAllocator<std::uint8_t>>
+        pixels; ///< width × height × 4 bytes: R, G, B, A
     bool opaque = true; ///< every alpha byte is known to be 255
 
     [[nodiscard]] FrameSize size() const { return { width, height }; }

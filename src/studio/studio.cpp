@@ -1,5 +1,7 @@
 #include "studio/studio.h"
 
+#include "base/log.h"
+#include "base/picture_memory.h"
 #include "compositor/scene/load_image.h"
 #include "secrets/keychain_store.h"
 #include "studio/outputs/closing.h"
@@ -233,6 +235,7 @@ void Studio::tick()
     const bool hasSkipped = std::exchange(m_knownSkipped, skipped) != skipped;
     m_scenePictures.frameMade(now, isLate || hasSkipped);
     measureHealth(now);
+    tidyPictureMemory();
 }
 
 void Studio::measureHealth(std::int64_t now)
@@ -278,6 +281,10 @@ void Studio::changeProfile(StreamProfile profile)
 
 std::optional<Message> Studio::shutDown()
 {
+    logLine(QStringLiteral("Programas: %1 imágenes, %2 tarde, %3 sin hacer")
+                .arg(m_composed)
+                .arg(m_late)
+                .arg(missedSlots()));
     m_streams.callOffStarts();
     m_lineTest.cancel();
     m_translation.shutDown();

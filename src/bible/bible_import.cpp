@@ -23,7 +23,7 @@ namespace {
 
 using nimbara::Message;
 
-constexpr qsizetype mostBytes = 128 * 1024 * 1024;
+constexpr qsizetype mostBytes = qsizetype { 128 } * 1024 * 1024;
 constexpr qsizetype longestName = 60;
 constexpr qsizetype longestLicense = 2000;
 constexpr qsizetype longestId = 24;

@@ -196,7 +196,7 @@ private:
     }
 
     /// The longest run of words from here that is a name.
-    BookRead named() const
+    [[nodiscard]] BookRead named() const
     {
         BookRead best;
         QString name;
@@ -233,7 +233,7 @@ private:
         return isChapterWord(word) || isVerseWord(word) || isFiller(word);
     }
 
-    BookRead beginning() const
+    [[nodiscard]] BookRead beginning() const
     {
         if (!isWordAt(m_at) || !endsName(isSignAt(m_at + 1, '.') ? m_at + 2 : m_at + 1)) {
             return {};

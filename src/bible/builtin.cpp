@@ -74,7 +74,7 @@ Bible load(const QString &path)
     bible.lang = record.value(QLatin1String("lang")).toString();
     bible.books = record.value(QLatin1String("books")).toArray();
     bible.license = record.value(QLatin1String("license")).toString();
-    for (const QJsonValue &key : record.value(QLatin1String("renumbered")).toArray()) {
+    for (const auto &key : record.value(QLatin1String("renumbered")).toArray()) {
         bible.renumbered.insert(key.toInt());
     }
     bible.valid = static_cast<std::size_t>(bible.books.size()) == books.size();

@@ -75,7 +75,7 @@ WithoutBible takeImported(const QString &normalized)
 
 WithoutBible takeBible(const QString &normalized)
 {
-    if (const WithoutBible imported = takeImported(normalized); !imported.bible.isEmpty()) {
+    if (WithoutBible imported = takeImported(normalized); !imported.bible.isEmpty()) {
         return imported;
     }
     for (const Name &name : names()) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <utility>
 
 namespace bible {
 
@@ -23,9 +24,9 @@ bool isOneOf(QStringView name, std::initializer_list<const char *> names)
 
 class OsisReader {
 public:
-    OsisReader(const QByteArray &data, const QString &file)
+    OsisReader(const QByteArray &data, QString file)
         : m_xml(data)
-        , m_file(file)
+        , m_file(std::move(file))
     {
     }
 

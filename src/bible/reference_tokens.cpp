@@ -21,10 +21,10 @@ QString plainSign(QChar sign)
 {
     const char16_t code = sign.unicode();
     if (code >= 0xff01 && code <= 0xff5e) { // the full-width twins of ASCII
-        return QString(QChar(static_cast<char16_t>(code - 0xfee0)));
+        return QChar(static_cast<char16_t>(code - 0xfee0));
     }
     if (code >= 0x2160 && code <= 0x2162) { // Roman numerals of one sign
-        return QString(code - 0x215f, QLatin1Char('i'));
+        return { code - 0x215f, QLatin1Char('i') };
     }
     if (isIn(sign, u"‐‑‒–—―−﹘﹣")) {
         return QStringLiteral("-");

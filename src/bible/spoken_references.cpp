@@ -143,7 +143,7 @@ private:
     {
         Result none { std::nullopt, book.end };
         for (const Numbers &numbers : readings) {
-            const Result each = result(book, numbers);
+            Result each = result(book, numbers);
             if (each.passage) {
                 return each;
             }

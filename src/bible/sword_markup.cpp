@@ -20,10 +20,10 @@ QRegularExpression form(const char *pattern)
 QString withoutMarkup(const QString &text)
 {
     static const auto notes
-        = form("<(note|title|scripref|figure)\\b[^>]*(?:(?<=/)>|>.*?</\\1>)|<rf\\b[^>]*>.*?<rf>");
+        = form(R"(<(note|title|scripref|figure)\b[^>]*(?:(?<=/)>|>.*?</\1>)|<rf\b[^>]*>.*?<rf>)");
     static const auto breaks = form("</?(?:l|lb|lg|p|br|div|milestone)\\b[^>]*>|<c[ml]>");
     static const auto lexicon = form(" ?<[gh]\\d+>(?!\\w)");
-    static const auto marks = form("<[^>]*>|\\\\[a-z]+\\d*\\*? ?");
+    static const auto marks = form(R"(<[^>]*>|\\[a-z]+\d*\*? ?)");
     static const auto code = form("&#(x?)([0-9a-f]{1,6});");
     QString plain = text;
     plain.remove(notes).replace(breaks, QStringLiteral(" ")).remove(lexicon).remove(marks);

@@ -10,7 +10,7 @@ namespace bible {
 
 namespace {
 
-constexpr qint64 mostBytes = 1024 * 1024; ///< of a file of settings
+constexpr qint64 mostBytes = qint64 { 1024 } * 1024; ///< of a file of settings
 
 /// The settings of the one module in a file: keys in lower case; a value goes on behind a backslash
 /// at the end of its line, and the first of several stands.

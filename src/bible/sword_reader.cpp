@@ -16,7 +16,8 @@ using nimbara::Message;
 
 constexpr std::int32_t firstOfNew = 39;
 constexpr std::int32_t bookCount = 66;
-constexpr qsizetype mostBytes = 64 * 1024 * 1024; ///< of a file, and of a block of verses
+constexpr qsizetype mostBytes
+    = qsizetype { 64 } * 1024 * 1024; ///< of a file, and of a block of verses
 
 [[noreturn]] void fail(const SwordModule &module, const Message &reason)
 {

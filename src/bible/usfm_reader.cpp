@@ -6,6 +6,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <utility>
 
 namespace bible {
 
@@ -19,10 +20,10 @@ constexpr std::int32_t none = -1; ///< of chapters and verses, which begin at 0
 
 class UsfmReader {
 public:
-    UsfmReader(RawBible &raw, const QString &text, const QString &file)
+    UsfmReader(RawBible &raw, QString text, QString file)
         : m_raw(raw)
-        , m_source(text)
-        , m_file(file)
+        , m_source(std::move(text))
+        , m_file(std::move(file))
     {
     }
 

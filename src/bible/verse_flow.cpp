@@ -198,7 +198,7 @@ Message missingText(const Bible &bible, const Passage &passage)
     if (missing.spans.isEmpty()) {
         return {};
     }
-    const Message text("No está en %1: %2.",
+    Message text("No está en %1: %2.",
         { Message::verbatim(bible.name), Message::verbatim(label(missing, bible.lang)) });
     for (const Span &span : missing.spans) {
         for (std::int32_t chapter = span.chapterFrom; chapter <= span.chapterTo; ++chapter) {

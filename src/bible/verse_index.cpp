@@ -43,9 +43,9 @@ QByteArray fingerprint(const QList<BiblePtr> &bibles)
     add(QString::number(version));
     for (const BiblePtr &bible : bibles) {
         add(bible->id);
-        for (const QJsonValue &book : bible->books) {
-            for (const QJsonValue &chapter : book.toArray()) {
-                for (const QJsonValue &verse : chapter.toArray()) {
+        for (const auto &book : bible->books) {
+            for (const auto &chapter : book.toArray()) {
+                for (const auto &verse : chapter.toArray()) {
                     add(verse.toString());
                 }
                 add({});

@@ -394,7 +394,7 @@ ListRead readList(const QList<Token> &tokens, qsizetype begin, std::int32_t book
     if (!list) {
         return {};
     }
-    const ListRead usual = readInSense(*list, book, Sense::Usual);
+    ListRead usual = readInSense(*list, book, Sense::Usual);
     if (!usual.doubtful) {
         return usual;
     }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <utility>
 
 namespace bible {
 
@@ -25,9 +26,9 @@ bool isOneOf(QStringView name, std::initializer_list<const char *> names)
 
 class ZefaniaReader {
 public:
-    ZefaniaReader(const QByteArray &data, const QString &file)
+    ZefaniaReader(const QByteArray &data, QString file)
         : m_xml(data)
-        , m_file(file)
+        , m_file(std::move(file))
     {
     }
 

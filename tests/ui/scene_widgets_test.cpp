@@ -301,6 +301,21 @@ private Q_SLOTS:
         QCOMPARE(desk.layers()[1].x, 0.55);
     }
 
+    /// Any layer that came or went dropped the one that was being dragged.
+    void aDragGoesOnWhileOthersComeAndGo()
+    {
+        SceneDesk desk;
+        desk.canvas()->setSnapping(false);
+        desk.only(LayerKind::Text);
+        QTest::mousePress(desk.canvas(), Qt::LeftButton, {}, desk.at(0.4, 0.4));
+        const LayerId other = addLayer(desk.document(), newLayer(LayerKind::Image));
+        QTest::mouseMove(desk.canvas(), desk.at(0.5, 0.4));
+        QVERIFY(isClose(desk.first().x, 0.3));
+        desk.document().apply(DeleteLayer { other });
+        QTest::mouseMove(desk.canvas(), desk.at(0.4, 0.3));
+        QVERIFY(isClose(desk.first().x, 0.2) && isClose(desk.first().y, 0.1));
+    }
+
     void keysNudgeAndADoubleClickShowsTheTab()
     {
         SceneDesk desk;

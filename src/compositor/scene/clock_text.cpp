@@ -9,7 +9,7 @@ namespace nimbara {
 namespace {
 
 constexpr std::int64_t secondMs = 1000;
-constexpr std::int64_t halfDayMs = 12 * 3600 * secondMs;
+constexpr std::int64_t halfDayMs = 12LL * 3600 * secondMs;
 
 QDateTime localTime(const ClockReading &reading)
 {

@@ -190,6 +190,7 @@ private:
         const std::vector<std::size_t> &places)
     {
         std::vector<double> shares;
+        shares.reserve(places.size());
         for (const std::size_t word : places) {
             shares.push_back(share(words, range, word));
         }

@@ -2,15 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace nimbara {
 
-PageRuler::PageRuler(const QString &text,
+PageRuler::PageRuler(QString text,
     const std::vector<PageWord> &words,
     const QFont &font,
     double width)
     : m_words(words)
-    , m_text(text)
+    , m_text(std::move(text))
     , m_metrics(font)
     , m_font(WordWidths::of(font))
     , m_widths(words.size(), -1)

@@ -20,10 +20,7 @@ namespace nimbara {
 class PageRuler {
 public:
     /// `width`: of the area, in pixels. `words`, of the text, must outlive the ruler.
-    PageRuler(const QString &text,
-        const std::vector<PageWord> &words,
-        const QFont &font,
-        double width);
+    PageRuler(QString text, const std::vector<PageWord> &words, const QFont &font, double width);
 
     /// The end of what begins with the word and takes at most so many lines, one word at least.
     [[nodiscard]] std::size_t reach(std::size_t first, std::int32_t lines) const;

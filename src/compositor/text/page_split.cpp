@@ -235,7 +235,11 @@ public:
     {
         const double mean = m_total / static_cast<double>(pages);
         // From pages of one length to the widest band whose middle is still the mean.
-        for (double above = 1.04; above <= 1 / balance + 0.001; above += 0.04) {
+        constexpr double step = 0.04;
+        constexpr auto bands = static_cast<std::int32_t>((1 / balance - 1) / step);
+        double above = 1;
+        for (std::int32_t band = 0; band < bands; ++band) {
+            above += step;
             const double most = mean * above;
             if (isTried(most)) {
                 continue;

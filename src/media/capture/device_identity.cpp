@@ -56,12 +56,12 @@ Places certain(const DeviceIdentity &wanted,
     const std::vector<DeviceIdentity> &present,
     const Places &from)
 {
-    const Places serial = those(from,
+    Places serial = those(from,
         [&](std::size_t place) { return isCertain(wanted.serial, present[place].serial); });
     if (serial.size() == 1 && !wanted.hasTwin) {
         return serial;
     }
-    const Places port = those(from,
+    Places port = those(from,
         [&](std::size_t place) { return isCertain(wanted.path, present[place].path); });
     if (port.size() == 1) {
         return port;

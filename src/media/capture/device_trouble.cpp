@@ -54,7 +54,7 @@ QString programUsing(const QString &file)
         if (entry == own || !hasOpen(process, file)) {
             continue;
         }
-        const QString name = programName(process);
+        QString name = programName(process);
         const auto isIt = [&](const char *service) { return name == QLatin1String(service); };
         if (std::none_of(mediaServices.begin(), mediaServices.end(), isIt)) {
             return name;

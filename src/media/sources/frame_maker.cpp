@@ -31,7 +31,7 @@ bool needsNoScaling(const FrameWork &work)
     return info.par_n == info.par_d && work.picture->shownSize(stored) == stored;
 }
 
-void setCaps(FrameWork &work, GstCaps *caps)
+void readCaps(FrameWork &work, GstCaps *caps)
 {
     GstVideoInfo info;
     work.caps = CapsRef::retain(caps);
@@ -140,7 +140,7 @@ gboolean takeEvent(GstPad *pad, GstObject *parent, GstEvent *event)
     }
     GstCaps *caps = nullptr;
     gst_event_parse_caps(event, &caps);
-    setCaps(*maker.work, caps);
+    readCaps(*maker.work, caps);
     gst_event_unref(event);
     follow(*maker.work);
     return gst_pad_push_event(maker.src, capsEvent(*maker.work));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -103,7 +104,7 @@ NIMBARA_INLINE void readPacked(Bytes packed,
     MadeSamples v,
     std::int32_t half)
 {
-    for (std::int32_t x = 0; x < half; ++x) {
+    for (std::ptrdiff_t x = 0; x < half; ++x) {
         luma[2 * x] = packed[4 * x];
         u[x] = sampleOf(packed[4 * x + 1]);
         luma[2 * x + 1] = packed[4 * x + 2];
@@ -113,14 +114,14 @@ NIMBARA_INLINE void readPacked(Bytes packed,
 
 NIMBARA_INLINE void readRow(Bytes row, MadeSamples read, std::int32_t half)
 {
-    for (std::int32_t x = 0; x < half; ++x) {
+    for (std::ptrdiff_t x = 0; x < half; ++x) {
         read[x] = sampleOf(row[x]);
     }
 }
 
 NIMBARA_INLINE void readRows(Bytes near, Bytes far, MadeSamples read, std::int32_t half)
 {
-    for (std::int32_t x = 0; x < half; ++x) {
+    for (std::ptrdiff_t x = 0; x < half; ++x) {
         read[x] = sampleOf(near[x], far[x]);
     }
 }
@@ -128,7 +129,7 @@ NIMBARA_INLINE void readRows(Bytes near, Bytes far, MadeSamples read, std::int32
 NIMBARA_INLINE void
 readPairs(Bytes near, Bytes far, MadeSamples u, MadeSamples v, std::int32_t half)
 {
-    for (std::int32_t x = 0; x < half; ++x) {
+    for (std::ptrdiff_t x = 0; x < half; ++x) {
         u[x] = sampleOf(near[2 * x], far[2 * x]);
         v[x] = sampleOf(near[2 * x + 1], far[2 * x + 1]);
     }
@@ -147,12 +148,12 @@ spreadRow(std::int16_t *samples, MadeSamples spread, std::int32_t half, bool cos
     samples[half + 1] = samples[half];
     Samples from = samples + 1;
     if (cosited) {
-        for (std::int32_t x = 0; x < half; ++x) {
+        for (std::ptrdiff_t x = 0; x < half; ++x) {
             spread[2 * x] = from[x];
             spread[2 * x + 1] = between(from[x], from[x + 1], 1);
         }
     } else {
-        for (std::int32_t x = 0; x < half; ++x) {
+        for (std::ptrdiff_t x = 0; x < half; ++x) {
             spread[2 * x] = between(from[x], from[x - 1], 2);
             spread[2 * x + 1] = between(from[x], from[x + 1], 2);
         }
@@ -181,7 +182,7 @@ NIMBARA_INLINE void rgbaRow(Bytes luma,
     const Weights &of)
 {
     const Weights w = of;
-    for (std::int32_t x = 0; x < width; ++x) {
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
         const auto above = static_cast<std::int16_t>((luma[x] - w.base) * (1 << sampleShift));
         const std::int16_t bright = times(above, w.luma);
         const auto red = static_cast<std::int16_t>(bright + times(v[x], w.redOfV));
@@ -200,8 +201,8 @@ struct Plane {
 };
 
 struct Job {
-    GstVideoFormat format;
-    bool cosited;
+    GstVideoFormat format = GST_VIDEO_FORMAT_UNKNOWN;
+    bool cosited = false;
     Weights weights;
     Plane luma; ///< the first plane
     Plane u; ///< with NV12 both

@@ -9,6 +9,7 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include <functional>
 #include <set>
 
 namespace nimbara {
@@ -140,14 +141,14 @@ void GlossaryDialog::propose(const QString &shown, const QString &language)
 
 void GlossaryDialog::removeSelected()
 {
-    std::set<int> rows;
+    std::set<int, std::greater<>> rows; // from below: none moves before it is removed
     for (const QTableWidgetItem *item : m_table->selectedItems()) {
         rows.insert(item->row());
     }
     {
         const QSignalBlocker blocker(m_table);
-        for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
-            m_table->removeRow(*row);
+        for (const int row : rows) {
+            m_table->removeRow(row);
         }
         if (m_table->rowCount() == 0 || !textAt(m_table->rowCount() - 1, Said).isEmpty()) {
             appendRow({});

@@ -63,7 +63,8 @@ void Canvas::setSelection(const LayerSelection &selection)
 {
     const ScenePtr current = scene();
     LayerSelection found = current ? selection.in(*current) : LayerSelection();
-    const bool isOther = found != std::exchange(m_selection, std::move(found));
+    const bool isOther = found != m_selection;
+    m_selection = std::move(found);
     if (isOther && (m_mode == Mode::Moving || m_mode == Mode::Resizing)) {
         endDrag(); // a drag goes on with no other layers than it began with
     }

@@ -304,7 +304,7 @@ void SceneEditor::keepSelection(const Change &change)
 /// in their place now. Another scene begins without a selection.
 LayerSelection SceneEditor::selectionAfter(const Change &change) const
 {
-    const LayerSelection about = LayerSelection(change.all).in(scene());
+    LayerSelection about = LayerSelection(change.all).in(scene());
     if (change.undone && about.size() > 0) {
         return about;
     }

@@ -43,7 +43,7 @@ QString shortened(const QStringList &lines)
 /// Names folders in the interface's language, for which the toolkit has no Spanish word.
 class FileKinds final : public QFileIconProvider {
 public:
-    QString type(const QFileInfo &info) const override
+    [[nodiscard]] QString type(const QFileInfo &info) const override
     {
         return info.isDir() ? nimbara_i18n::tr("Carpeta") : QFileIconProvider::type(info);
     }

@@ -33,7 +33,7 @@ QKeySequence sequenceOf(const QKeyEvent &event)
         && typed.front() != QLatin1Char(' ')) {
         held &= ~Qt::ShiftModifier;
     }
-    return QKeySequence(QKeyCombination(held, static_cast<Qt::Key>(event.key())));
+    return QKeyCombination(held, static_cast<Qt::Key>(event.key()));
 }
 
 KeyMap::KeyMap(QObject *parent)

@@ -72,9 +72,9 @@ enum class KeyPlace : std::int32_t {
 /// One row of the table: the only place where keys are written.
 struct KeyRow {
     KeyAction action;
+    KeyPlace place;
     const char *id; ///< in the settings
     const char *spanish; ///< what it does; %1 is the number of a scene
-    KeyPlace place;
     const char *keys; ///< from the start, as the toolkit writes them; empty: none
 };
 

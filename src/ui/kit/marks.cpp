@@ -19,7 +19,7 @@ QIcon alarmMark()
     QPainter painter(&mark);
     painter.setPen(Qt::white);
     painter.drawText(mark.rect(), Qt::AlignCenter, QStringLiteral("!"));
-    return QIcon(mark);
+    return mark;
 }
 
 QIcon onAirMark()
@@ -31,7 +31,7 @@ QIcon onAirMark()
     painter.setPen(QPen(Qt::white, 1.5));
     painter.setBrush(red);
     painter.drawEllipse(QRectF(1, 1, side - 2, side - 2));
-    return QIcon(mark);
+    return mark;
 }
 
 QIcon lockMark(bool locked)
@@ -45,7 +45,7 @@ QIcon lockMark(bool locked)
     painter.drawArc(QRectF(locked ? 4 : 7.5, 1.5, 6, 9), 0, 180 * 16);
     painter.setBrush(locked ? QBrush(color) : QBrush(Qt::NoBrush));
     painter.drawRect(QRectF(2.5, 6.5, 8.5, 6));
-    return QIcon(mark);
+    return mark;
 }
 
 QIcon programIcon(bool streaming, bool recording)
@@ -66,7 +66,7 @@ QIcon programIcon(bool streaming, bool recording)
     if (recording) {
         painter.drawRect(QRectF(0, top, size, size).adjusted(2, 2, -2, -2));
     }
-    return QIcon(icon);
+    return icon;
 }
 
 } // namespace nimbara

@@ -10,9 +10,9 @@ namespace nimbara {
 
 namespace {
 
-class Handle : public QSplitterHandle {
+class ShareHandle : public QSplitterHandle {
 public:
-    Handle(QSplitter *splitter, std::function<void()> doubleClicked)
+    ShareHandle(QSplitter *splitter, std::function<void()> doubleClicked)
         : QSplitterHandle(splitter->orientation(), splitter)
         , m_doubleClicked(std::move(doubleClicked))
     {
@@ -65,7 +65,7 @@ void ShareSplitter::restoreChoice(const QByteArray &choice)
 
 QSplitterHandle *ShareSplitter::createHandle()
 {
-    return new Handle(this, [this] { giveBack(); });
+    return new ShareHandle(this, [this] { giveBack(); });
 }
 
 void ShareSplitter::giveBack()

@@ -11,7 +11,7 @@ namespace {
 
 QString shown(const HealthPart &part)
 {
-    const QString text = nimbara_i18n::tr(part.text).toHtmlEscaped();
+    QString text = nimbara_i18n::tr(part.text).toHtmlEscaped();
     switch (part.level) {
     case HealthLevel::Warning:
         return QStringLiteral("<span style='color:#ffc857'>▲ %1</span>").arg(text);

@@ -10,6 +10,8 @@ import signal
 import subprocess
 import time
 
+from gi.repository import Atspi
+
 from case import StudioTest, main, timing
 from desktop import Program, wait_for, x
 from recording import beep_offsets, probe, read_clip, video_times
@@ -66,6 +68,22 @@ class ServiceTest(StudioTest):
         self.studio.click("Sí", "&Sí")
         self.studio.wait_status("Trabajo recuperado")
         wait_for("the scene", lambda: self.studio.find("Escena 1 copia"))
+
+    def test_a_screen_reader_is_told_of_every_control(self):
+        """Over the bus, as a reader hears it: what the toolkit knows may not be what it tells."""
+        self.start()
+        tabs = [node for node in self.studio.walk(self.studio.application()) if node.get_role_name() == "page tab"]
+        self.assertGreaterEqual(len(tabs), 4)
+        for tab in [node.get_name() for node in tabs]:
+            self.studio.click(tab, role="page tab")
+            wait_for(f"the tab {tab}", lambda: self.studio.find(tab, role="page tab").get_state_set().contains(Atspi.StateType.SELECTED))
+            nameless = []
+            for node in self.studio.walk(self.studio.application()):
+                states = node.get_state_set()
+                reached = states.contains(Atspi.StateType.FOCUSABLE) and states.contains(Atspi.StateType.SHOWING)
+                if reached and not node.get_name().strip():
+                    nameless.append(f"{node.get_role_name()} in {node.get_parent().get_name()}")
+            self.assertEqual(nameless, [], tab)
 
     def test_another_language_restarts_the_program(self):
         self.start()

@@ -1,6 +1,7 @@
 #include "bible/builtin.h"
 #include "bible/canon.h"
 #include "bible/passage.h"
+#include "compositor/page_columns.h"
 #include "compositor/page_evenness.h"
 #include "compositor/scene/verse_pager.h"
 #include "compositor/text/page_pairs.h"
@@ -150,6 +151,7 @@ public:
             layer.page = static_cast<std::int32_t>(each);
             const VersePage &page = pages.pages[each];
             m_hidden += hiddenLines(pageShown(layer, pages), frame, page.numbers) > 0 ? 1 : 0;
+            m_wide += isWithinColumns(drawn(layer, pages, frame)) ? 0 : 1;
             const qsizetype length = page.text.size() + page.second.size();
             least = std::min(least, length);
             most = std::max(most, length);
@@ -169,18 +171,19 @@ public:
     [[nodiscard]] QByteArray faults(int mostUneven) const
     {
         const QByteArray figures
-            = QStringLiteral("%1 layouts, %2 pages, %3 split: %4 pages with hidden lines, %5 texts "
-                             "broken, %6 too small, %7 uneven")
+            = QStringLiteral("%1 layouts, %2 pages, %3 split: %4 pages with hidden lines, %5 too "
+                             "wide, %6 texts broken, %7 too small, %8 uneven")
                   .arg(m_looked)
                   .arg(m_pages)
                   .arg(m_split)
                   .arg(m_hidden)
+                  .arg(m_wide)
                   .arg(m_broken)
                   .arg(m_small)
                   .arg(m_uneven)
                   .toUtf8();
         qInfo("%s", figures.constData());
-        const bool isWell = m_hidden == 0 && m_broken == 0 && m_small == 0
+        const bool isWell = m_hidden == 0 && m_wide == 0 && m_broken == 0 && m_small == 0
             && m_uneven * 1000 <= mostUneven * m_split && m_split > 0;
         return isWell ? QByteArray() : figures;
     }
@@ -190,6 +193,7 @@ private:
     int m_pages = 0;
     int m_split = 0;
     int m_hidden = 0;
+    int m_wide = 0;
     int m_broken = 0;
     int m_small = 0;
     int m_uneven = 0;

@@ -74,17 +74,15 @@ VersePages pagesOf(const Layer &layer, FrameSize frame)
     }
     const Layer shown = shownVerse(layer);
     const VersePaging paging(shown, frame);
-    VersePages whole { layer.size, { paging.whole() } };
     if (!layer.paged || paging.isEmpty() || paging.fits(layer.size)) {
-        return whole;
+        return { layer.size, { paging.whole(layer.size) } };
     }
-    const std::int32_t smallest
-        = std::clamp(layer.size * layer.smallest / 100, Layer::minSize, layer.size);
+    const std::int32_t smallest = paging.smallest();
     if (paging.fits(smallest)) {
-        whole.size = largestFitting(paging, smallest, layer.size);
-        return whole;
+        const std::int32_t size = largestFitting(paging, smallest, layer.size);
+        return { size, { paging.whole(size) } };
     }
-    return { smallest, paging.split(smallest) };
+    return paging.split();
 }
 
 Layer pageShown(const Layer &layer, const VersePages &pages)

@@ -34,10 +34,10 @@ struct VersePages {
     [[nodiscard]] std::size_t shown(const Layer &layer) const;
 };
 
-/// Makes the text smaller until its box shows all of it, down to the layer's smallest size, and
-/// splits what is still too long into pages (`splitPages`); two Bibles are split in step, so that a
-/// page says the same in both. A layer that is not paged has one page of its own size. `frame`: of
-/// the program. Needs the application's fonts. Callable from any thread.
+/// Makes the text smaller until its box shows all of it and its lines every word, down to the
+/// layer's smallest size; then splits what is too long (`splitPages`) or too wide (`WordBreaks`),
+/// two Bibles in step, so that a page says the same in both. A layer that is not paged has one page
+/// of its own size. `frame`: of the program. Needs the application's fonts. From any thread.
 VersePages pagesOf(const Layer &layer, FrameSize frame);
 
 /// The layer with what its page shows, and no pages any more.

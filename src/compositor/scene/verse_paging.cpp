@@ -50,6 +50,7 @@ VersePaging::VersePaging(const Layer &layer, FrameSize frame)
     : m_layer(layer)
     , m_frame(frame)
     , m_box(pixelBox(QRectF(layer.x, layer.y, layer.w, layer.h), frame))
+    , m_arrangement(layer.arrangement)
 {
     m_voices.emplace_back(layer.text, layer.reference, layer.numbers);
     if (!layer.secondText.isEmpty()) {
@@ -58,6 +59,9 @@ VersePaging::VersePaging(const Layer &layer, FrameSize frame)
         m_units = nimbara::wordsOf(m_pairs, m_voices[0].paired(), m_voices[1].paired());
     } else {
         m_units = m_voices[0].words();
+    }
+    if (isBeside() && !hasRoomBeside()) {
+        m_arrangement = arrange::above;
     }
 }
 
@@ -68,40 +72,105 @@ bool VersePaging::isEmpty() const
 
 bool VersePaging::isBeside() const
 {
-    return m_voices.size() > 1 && m_layer.arrangement == arrange::beside;
+    return m_voices.size() > 1 && m_arrangement == arrange::beside;
 }
 
 bool VersePaging::isAlternating() const
 {
-    return m_voices.size() > 1 && m_layer.arrangement == arrange::alternating;
+    return m_voices.size() > 1 && m_arrangement == arrange::alternating;
+}
+
+/// Each word in its column, without the names of the Bibles, which may be left out.
+bool VersePaging::hasRoomBeside() const
+{
+    const WordBreaks column = breaks(smallest());
+    return !hasWideReference(column, false)
+        && std::none_of(m_voices.begin(), m_voices.end(), [&column](const VerseVoice &voice) {
+               return column.hasWide(voice.text());
+           });
+}
+
+bool VersePaging::hasWideReference(const WordBreaks &breaks, bool isNamed) const
+{
+    return m_layer.referencePlace != reference_place::hidden
+        && std::any_of(m_voices.begin(), m_voices.end(), [&](const VerseVoice &voice) {
+               return breaks.hasWide(isNamed ? voice.reference() : withoutBible(voice.reference()));
+           });
+}
+
+bool VersePaging::hasWideWord(std::int32_t size) const
+{
+    const WordBreaks line = breaks(size);
+    return hasWideReference(line, true)
+        || std::any_of(m_voices.begin(), m_voices.end(), [&line](const VerseVoice &voice) {
+               return line.hasWide(voice.text());
+           });
+}
+
+WordBreaks VersePaging::breaks(std::int32_t size) const
+{
+    const TextBlock places = block(size);
+    return { places.font, places.draws.front().area.width() };
+}
+
+std::int32_t VersePaging::smallest() const
+{
+    return m_layer.paged
+        ? std::clamp(m_layer.size * m_layer.smallest / 100, Layer::minSize, m_layer.size)
+        : m_layer.size;
 }
 
 bool VersePaging::fits(std::int32_t size) const
 {
     if (m_layer.text.size() + m_layer.secondText.size() > maxLaidOut) {
-        return reach(room(size), 0) == m_units.size();
+        return reach(room(size), 0) == m_units.size() && !hasWideWord(size);
     }
-    const VersePage all = whole();
+    if (hasWideWord(size)) {
+        return false;
+    }
+    const VersePage all = whole(size);
     Layer sized = withPage(m_layer, all);
     sized.size = size;
     const QRect canvas(0, 0, m_frame.width, m_frame.height);
     return fitsItsAreas(*layerText(sized, m_box, m_frame.height, canvas, all.numbers));
 }
 
-VersePage VersePaging::whole() const
+VersePage VersePaging::whole(std::int32_t size) const
 {
-    return page({ 0, m_units.size() }, { m_layer.referencePlace });
+    const WordBreaks line = breaks(size);
+    const bool isNamed = !isBeside() || !hasWideReference(line, true);
+    return page({ 0, m_units.size() }, { m_layer.referencePlace, isNamed }, line);
 }
 
-std::vector<VersePage> VersePaging::split(std::int32_t size) const
+VersePages VersePaging::split() const
 {
-    const Room measured = room(size);
-    std::vector<VersePage> pages;
+    std::int32_t size = smallest();
+    Room measured = room(size);
+    while (!holdsWords(measured) && size > Layer::minSize) {
+        size = std::max(size * 9 / 10, Layer::minSize);
+        measured = room(size);
+    }
+    VersePages split { size, {} };
+    const WordBreaks line = breaks(size);
     for (const PageRange &range :
         splitPages(m_units, [&](std::size_t first) { return reach(measured, first); })) {
-        pages.push_back(page(range, measured.reference));
+        split.pages.push_back(page(range, measured.reference, line));
     }
-    return pages;
+    return split;
+}
+
+/// A page has the lines for every part of its longest word.
+bool VersePaging::holdsWords(const Room &room) const
+{
+    for (std::size_t voice = 0; voice < m_voices.size(); ++voice) {
+        const std::int32_t lines = isBeside()
+            ? room.lines[voice]
+            : room.lines[0] / static_cast<std::int32_t>(m_voices.size());
+        if (!room.rulers[voice].holdsWords(lines)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 /// Where the texts go, and their font.
@@ -130,7 +199,8 @@ VersePaging::Room VersePaging::room(std::int32_t size) const
     const auto fewest = [&room] { return *std::min_element(room.lines.begin(), room.lines.end()); };
     room.reference.place = m_layer.referencePlace;
     room.lines = linesLeft(places, all, true);
-    if (2 * fewest() < all) {
+    const bool isWide = isBeside() && hasWideReference({ places.font, area.width() }, true);
+    if (isWide || 2 * fewest() < all) {
         room.reference.isNamed = false;
         room.lines = linesLeft(places, all, false);
     }
@@ -217,22 +287,19 @@ QString VersePaging::referenceOf(std::size_t voice, PageRange words, bool isName
     return isNamed ? reference : withoutBible(reference);
 }
 
-VersePage VersePaging::page(PageRange units, ReferenceForm form) const
+VersePage VersePaging::page(PageRange units, ReferenceForm form, const WordBreaks &breaks) const
 {
+    if (m_voices.size() == 1) {
+        return pageOfOne(units, form, breaks);
+    }
     VersePage page;
     const PageRange first = wordsOf(0, units);
-    PlacedText shown = m_voices[0].shown(first);
-    page.reference = referenceOf(0, first, form.isNamed);
-    page.place = m_voices[0].versesBefore(first.first);
-    if (m_voices.size() == 1) {
-        page.text = std::move(shown.text);
-        page.numbers.first = std::move(shown.raised);
-        page.namesItself = form.place == reference_place::hidden;
-        return page;
-    }
     const PageRange second = wordsOf(1, units);
+    PlacedText shown = m_voices[0].shown(first);
     PlacedText other = m_voices[1].shown(second);
     const QString otherReference = referenceOf(1, second, form.isNamed);
+    page.reference = referenceOf(0, first, form.isNamed);
+    page.place = m_voices[0].versesBefore(first.first);
     if (isBeside() && !shown.text.isEmpty() && !other.text.isEmpty()) {
         page.text = std::move(shown.text);
         page.second = std::move(other.text);
@@ -241,25 +308,45 @@ VersePage VersePaging::page(PageRange units, ReferenceForm form) const
         page.numbers = { std::move(shown.raised), std::move(other.raised) };
         return page;
     }
-    page.namesItself = true;
-    if (isAlternating()) {
-        alternate(page, units, form);
-        return page;
-    }
     PlacedText all;
-    if (!shown.text.isEmpty()) {
-        append(all, placed(std::move(shown), page.reference, form.place));
+    if (isAlternating()) {
+        all = alternating(units, form);
+    } else {
+        if (!shown.text.isEmpty()) {
+            append(all, placed(std::move(shown), page.reference, form.place));
+        }
+        if (!other.text.isEmpty()) {
+            append(all, placed(std::move(other), otherReference, form.place));
+        }
     }
-    if (!other.text.isEmpty()) {
-        append(all, placed(std::move(other), otherReference, form.place));
-    }
+    all = breaks.divided(all);
+    page.namesItself = true;
     page.text = std::move(all.text);
     page.numbers.first = std::move(all.raised);
     return page;
 }
 
+/// Of one voice alone.
+VersePage
+VersePaging::pageOfOne(PageRange units, ReferenceForm form, const WordBreaks &breaks) const
+{
+    VersePage page;
+    PlacedText shown = m_voices[0].shown(units);
+    page.reference = referenceOf(0, units, form.isNamed);
+    page.place = m_voices[0].versesBefore(units.first);
+    page.namesItself = form.place == reference_place::hidden;
+    PlacedText all = placed(shown, page.reference, form.place);
+    if (breaks.hasWide(all.text)) {
+        page.namesItself = true;
+        shown = breaks.divided(all);
+    }
+    page.text = std::move(shown.text);
+    page.numbers.first = std::move(shown.raised);
+    return page;
+}
+
 /// Verse by verse, and both references where the one would be.
-void VersePaging::alternate(VersePage &page, PageRange units, ReferenceForm form) const
+PlacedText VersePaging::alternating(PageRange units, ReferenceForm form) const
 {
     PlacedText all;
     for (std::size_t from = units.first; from < units.end;) {
@@ -278,9 +365,7 @@ void VersePaging::alternate(VersePage &page, PageRange units, ReferenceForm form
             references << referenceOf(voice, words, form.isNamed);
         }
     }
-    all = placed(std::move(all), references.join(QLatin1Char('\n')), form.place);
-    page.text = std::move(all.text);
-    page.numbers.first = std::move(all.raised);
+    return placed(std::move(all), references.join(QLatin1Char('\n')), form.place);
 }
 
 } // namespace nimbara

@@ -3,6 +3,7 @@
 #include "compositor/scene/verse_pager.h"
 #include "compositor/scene/verse_voice.h"
 #include "compositor/text/page_ruler.h"
+#include "compositor/text/word_breaks.h"
 
 #include <QRectF>
 
@@ -12,6 +13,9 @@
 namespace nimbara {
 
 /// The lines and words of one verse layer, with one Bible or two, at any size of its letters.
+/// Letters become smaller for a word that its line does not hold. Where even the smallest are too
+/// large, two Bibles stand one above the other instead of side by side, and then the word is
+/// divided.
 class VersePaging {
 public:
     /// `layer`: with what it shows alone (`shownVerse`); must outlive the paging.
@@ -19,11 +23,15 @@ public:
 
     /// There is nothing to split, or no room for it.
     [[nodiscard]] bool isEmpty() const;
-    /// The whole text fits on one page with letters of the size.
+    /// The smallest size that the layer wants.
+    [[nodiscard]] std::int32_t smallest() const;
+    /// The whole text fits on one page with letters of the size, and each word on a line.
     [[nodiscard]] bool fits(std::int32_t size) const;
-    /// The whole passage as a page.
-    [[nodiscard]] VersePage whole() const;
-    [[nodiscard]] std::vector<VersePage> split(std::int32_t size) const;
+    /// The whole passage as a page with letters of the size.
+    [[nodiscard]] VersePage whole(std::int32_t size) const;
+    /// Pages with letters of the smallest size; smaller ones where a page could not hold a divided
+    /// word.
+    [[nodiscard]] VersePages split() const;
 
 private:
     /// How the reference stands on the pages.
@@ -38,6 +46,11 @@ private:
         ReferenceForm reference;
     };
     [[nodiscard]] bool isBeside() const;
+    [[nodiscard]] bool hasRoomBeside() const;
+    [[nodiscard]] bool hasWideReference(const WordBreaks &breaks, bool isNamed) const;
+    [[nodiscard]] bool hasWideWord(std::int32_t size) const;
+    [[nodiscard]] WordBreaks breaks(std::int32_t size) const;
+    [[nodiscard]] bool holdsWords(const Room &room) const;
     [[nodiscard]] bool isAlternating() const;
     [[nodiscard]] TextBlock block(std::int32_t size) const;
     [[nodiscard]] Room room(std::int32_t size) const;
@@ -50,12 +63,16 @@ private:
     [[nodiscard]] std::size_t reach(const Room &room, std::size_t first) const;
     [[nodiscard]] PageRange wordsOf(std::size_t voice, PageRange units) const;
     [[nodiscard]] QString referenceOf(std::size_t voice, PageRange words, bool isNamed) const;
-    [[nodiscard]] VersePage page(PageRange units, ReferenceForm form) const;
-    void alternate(VersePage &page, PageRange units, ReferenceForm form) const;
+    [[nodiscard]] VersePage
+    page(PageRange units, ReferenceForm form, const WordBreaks &breaks) const;
+    [[nodiscard]] VersePage
+    pageOfOne(PageRange units, ReferenceForm form, const WordBreaks &breaks) const;
+    [[nodiscard]] PlacedText alternating(PageRange units, ReferenceForm form) const;
 
     const Layer &m_layer;
     FrameSize m_frame;
     QRectF m_box;
+    std::int32_t m_arrangement; ///< of two voices
     std::vector<VerseVoice> m_voices; ///< one or two
     std::vector<PagePair> m_pairs; ///< of two voices
     std::vector<PageWord> m_units; ///< what is split: the one's words, or the pairs

@@ -12,27 +12,31 @@ PageRuler::PageRuler(QString text,
     double width)
     : m_words(words)
     , m_text(std::move(text))
-    , m_metrics(font)
-    , m_font(WordWidths::of(font))
-    , m_widths(words.size(), -1)
-    , m_blank(m_metrics.horizontalAdvance(QLatin1Char(' ')))
-    // Letters reach beyond their advance, and the layout leaves room for that.
-    , m_room(width - m_metrics.height() / 8)
+    , m_breaks(font, width)
+    , m_measures(words.size())
+    , m_blank(QFontMetricsF(font).horizontalAdvance(QLatin1Char(' ')))
 {
 }
 
-double PageRuler::width(std::size_t word) const
+const PageRuler::Measure &PageRuler::measure(std::size_t word) const
 {
-    double &known = m_widths[word];
-    if (known < 0) {
+    Measure &known = m_measures[word];
+    if (known.width < 0) {
         const PageWord &place = m_words[word];
         const QStringView letters = QStringView(m_text).mid(place.begin, place.end - place.begin);
         const auto found = m_known.constFind(letters);
-        known = found != m_known.cend()
-            ? *found
-            : *m_known.insert(letters, m_font->width(letters, m_metrics));
+        known = found != m_known.cend() ? *found : *m_known.insert(letters, measured(letters));
     }
     return known;
+}
+
+PageRuler::Measure PageRuler::measured(QStringView word) const
+{
+    if (!m_breaks.isWide(word)) {
+        return { m_breaks.width(word), 0 };
+    }
+    const std::vector<WordBreaks::Part> parts = m_breaks.parts(word);
+    return { m_breaks.width(parts.back().letters), static_cast<std::int32_t>(parts.size()) - 1 };
 }
 
 double PageRuler::blanksBefore(std::size_t word) const
@@ -43,12 +47,13 @@ double PageRuler::blanksBefore(std::size_t word) const
 void PageRuler::Lines::add(PageRange words)
 {
     for (std::size_t word = words.first; word < words.end; ++word) {
-        const double width = m_ruler.width(word);
+        const Measure &measure = m_ruler.measure(word);
         const std::int32_t breaks = m_ended ? 0 : m_ruler.m_words[word].lines;
-        const double next = m_ended ? width : m_used + m_ruler.blanksBefore(word) + width;
-        if (m_ended || breaks > 0 || next > m_ruler.m_room) {
-            m_count += std::max(breaks, 1);
-            m_used = width;
+        const double next
+            = m_ended ? measure.width : m_used + m_ruler.blanksBefore(word) + measure.width;
+        if (m_ended || breaks > 0 || measure.more > 0 || next > m_ruler.m_breaks.room()) {
+            m_count += std::max(breaks, 1) + measure.more;
+            m_used = measure.width;
         } else {
             m_used = next;
         }
@@ -58,13 +63,14 @@ void PageRuler::Lines::add(PageRange words)
 
 std::size_t PageRuler::count(std::size_t first, std::int32_t most, std::int32_t &lines) const
 {
-    lines = 1;
-    double used = width(first);
+    lines = 1 + measure(first).more;
+    double used = measure(first).width;
     for (std::size_t word = first + 1; word < m_words.size(); ++word) {
-        const double next = used + blanksBefore(word) + width(word);
-        if (m_words[word].lines > 0 || next > m_room) {
-            lines += std::max(m_words[word].lines, 1);
-            used = width(word);
+        const Measure &added = measure(word);
+        const double next = used + blanksBefore(word) + added.width;
+        if (m_words[word].lines > 0 || added.more > 0 || next > m_breaks.room()) {
+            lines += std::max(m_words[word].lines, 1) + added.more;
+            used = added.width;
         } else {
             used = next;
         }
@@ -88,6 +94,16 @@ std::int32_t PageRuler::lines(std::int32_t most) const
         static_cast<void>(count(0, most, lines));
     }
     return std::min(lines, most + 1);
+}
+
+bool PageRuler::holdsWords(std::int32_t lines) const
+{
+    for (std::size_t word = 0; word < m_words.size(); ++word) {
+        if (measure(word).more >= std::max(lines, 1)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 std::int32_t linesIn(double height, const QFont &font, std::int32_t spacing)

@@ -1,22 +1,20 @@
 #pragma once
 
 #include "compositor/text/page_split.h"
-#include "compositor/text/word_widths.h"
+#include "compositor/text/word_breaks.h"
 
 #include <QFont>
-#include <QFontMetricsF>
 #include <QHash>
 #include <QString>
 #include <QStringView>
 
-#include <memory>
 #include <vector>
 
 namespace nimbara {
 
 /// Counts the lines of a word-wrapped text by the widths of its words: never fewer than the text
-/// takes when it is laid out, whatever part of it stands alone. A word is measured when it is first
-/// asked for. Needs the application's fonts.
+/// takes when it is laid out, whatever part of it stands alone. Words wider than a line are divided
+/// (`WordBreaks`). A word is measured when it is first asked for. Needs the application's fonts.
 class PageRuler {
 public:
     /// `width`: of the area, in pixels. `words`, of the text, must outlive the ruler.
@@ -46,20 +44,26 @@ public:
         bool m_ended = true;
     };
 
+    /// No part of the text needs more lines for one word than so many.
+    [[nodiscard]] bool holdsWords(std::int32_t lines) const;
+
 private:
-    [[nodiscard]] double width(std::size_t word) const;
+    struct Measure {
+        double width = -1; ///< below 0: not measured yet; of a divided word, its last part's
+        std::int32_t more = 0; ///< lines behind the first one of a divided word
+    };
+    [[nodiscard]] const Measure &measure(std::size_t word) const;
+    [[nodiscard]] Measure measured(QStringView word) const;
     [[nodiscard]] double blanksBefore(std::size_t word) const;
     [[nodiscard]] std::size_t
     count(std::size_t first, std::int32_t most, std::int32_t &lines) const;
 
     const std::vector<PageWord> &m_words;
     QString m_text;
-    QFontMetricsF m_metrics;
-    std::shared_ptr<WordWidths> m_font;
-    mutable std::vector<double> m_widths; ///< below 0: not measured yet
-    mutable QHash<QStringView, double> m_known; ///< by the words' letters, in `m_text`
+    WordBreaks m_breaks;
+    mutable std::vector<Measure> m_measures;
+    mutable QHash<QStringView, Measure> m_known; ///< by the words' letters, in `m_text`
     double m_blank;
-    double m_room;
 };
 
 /// How many whole lines fit one below the other in a height in pixels. `spacing`: of lines, in

@@ -8,13 +8,12 @@ usage: pipewire_session.sh --with-services hands_test.py PROGRAM PRIMARY_TEXT [u
 
 import itertools
 import json
-import pathlib
 import subprocess
-import tempfile
 import time
 
 from case import Platform, StudioTest, main, share_media_service
 from desktop import Atspi, Program, wait_for
+from editing import make_home
 from hands import Keyboard, Mouse
 from storm_test import SENDING, Camera
 from translation_test import Microphone
@@ -83,20 +82,12 @@ class HandsTest(StudioTest):
         for make in (Camera, lambda: Microphone("Pulpit-microphone"), Platform):
             self.platform = make()
             self.addCleanup(self.platform.close)
-        home = pathlib.Path(tempfile.mkdtemp(prefix="studio-hands-"))
+        home = make_home(secrets={f"stream-{PLATFORM}": KEY})
         self.file = home / "domingo.nimbara"
         self.file.write_text(project())
-        self.keep(home / ".local/share/Halvenmoor/NimbaraStudio/secrets.json", json.dumps({f"stream-{PLATFORM}": KEY}))
-        settings = "[General]\nlanguage=es\nonboarding_complete=true\n[first_steps]\nclosed=true\n"
-        self.keep(home / ".config/Halvenmoor/NimbaraStudio.conf", settings)
         self.studio = Program(self.program, home=home)
         self.addCleanup(lambda: self.studio.close())
         wait_for("the devices", lambda: {"Pulpit-microphone", "Altar"} <= set(self.studio.names()))
-
-    def keep(self, path, text):
-        path.parent.mkdir(parents=True)
-        path.write_text(text)
-        path.chmod(0o600)
 
     # What is seen of a step.
 

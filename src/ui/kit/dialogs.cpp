@@ -11,6 +11,7 @@
 #include <QHeaderView>
 #include <QInputDialog>
 #include <QMessageBox>
+#include <QMimeDatabase>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScreen>
@@ -40,12 +41,26 @@ QString shortened(const QStringList &lines)
         + nimbara_i18n::tr("… y %1 más").arg(lines.size() - first.size());
 }
 
-/// Names folders in the interface's language, for which the toolkit has no Spanish word.
+/// Tells what a file is by its name alone: the toolkit would read those whose name tells nothing,
+/// on the interface thread, and wait for the disk. Names folders in the interface's language, for
+/// which it has no Spanish word.
 class FileKinds final : public QFileIconProvider {
 public:
+    using QFileIconProvider::icon;
+    [[nodiscard]] QIcon icon(const QFileInfo &info) const override
+    {
+        return info.isDir() ? QFileIconProvider::icon(info)
+                            : QIcon::fromTheme(kindOf(info).iconName(), icon(File));
+    }
     [[nodiscard]] QString type(const QFileInfo &info) const override
     {
-        return info.isDir() ? nimbara_i18n::tr("Carpeta") : QFileIconProvider::type(info);
+        return info.isDir() ? nimbara_i18n::tr("Carpeta") : kindOf(info).comment();
+    }
+
+private:
+    static QMimeType kindOf(const QFileInfo &info)
+    {
+        return QMimeDatabase().mimeTypeForFile(info, QMimeDatabase::MatchExtension);
     }
 };
 

@@ -6,48 +6,42 @@
 
 #include <algorithm>
 
-namespace nimbara {
+using namespace nimbara;
 
-class PictureMemoryTest final : public QObject {
+class PictureMemoryTest : public QObject {
     Q_OBJECT
+private Q_SLOTS:
+    /// Against blocks that are kept for ever, go with each picture of a video, or serve a picture
+    /// that is larger.
+    void servesTheNextPictureAndThenTheSystem()
+    {
+        constexpr std::size_t small = 1280 * 720 * 3 / 2;
+        constexpr std::size_t large = 1920 * 1080 * 4;
+        testing::ManualClock clock;
+        PictureMemory memory(clock);
+        void *first = memory.take(large);
+        void *second = memory.take(large);
+        std::fill_n(static_cast<char *>(first), large, '\1');
+        memory.give(first, large);
+        memory.give(second, large);
+        void *other = memory.take(small);
+        QVERIFY(other != first && other != second);
+        QCOMPARE(memory.take(large), second); // the warm one
+        memory.give(second, large);
 
-private slots:
-    void servesTheNextPictureAndThenTheSystem();
+        clock.advanceUs(PictureMemory::keptForUs - 1);
+        memory.tidy();
+        QVERIFY(memory.idleBytes() >= 2 * large);
+        memory.give(memory.take(large), large); // in use: young again
+        clock.advanceUs(1);
+        memory.tidy();
+        memory.tidy();
+        QCOMPARE(memory.take(large), second);
+        QCOMPARE(memory.idleBytes(), std::size_t { 0 });
+        memory.give(second, large);
+        memory.give(other, small);
+    }
 };
 
-/// Against blocks that are kept for ever, are given to a picture that is larger, or go one by one
-/// with each picture of a video.
-void PictureMemoryTest::servesTheNextPictureAndThenTheSystem()
-{
-    constexpr std::size_t small = 1280 * 720 * 3 / 2;
-    constexpr std::size_t large = 1920 * 1080 * 4;
-    testing::ManualClock clock;
-    PictureMemory memory(clock);
-    void *first = memory.take(large);
-    void *second = memory.take(large);
-    std::fill_n(static_cast<char *>(first), large, 1);
-    memory.give(first, large);
-    memory.give(second, large);
-    void *other = memory.take(small);
-    QVERIFY(other != first && other != second);
-    QCOMPARE(memory.take(large), second); // the warm one
-    memory.give(second, large);
-
-    clock.advanceUs(PictureMemory::keptForUs - 1);
-    memory.tidy();
-    QVERIFY(memory.idleBytes() >= 2 * large);
-    memory.give(memory.take(large), large); // in use: young again
-    clock.advanceUs(1);
-    memory.tidy();
-    memory.tidy();
-    QCOMPARE(memory.take(large), second);
-    QCOMPARE(memory.idleBytes(), std::size_t { 0 });
-    memory.give(second, large);
-    memory.give(other, small);
-}
-
-} // namespace nimbara
-
-NIMBARA_TEST(nimbara::PictureMemoryTest)
-
+NIMBARA_TEST(PictureMemoryTest)
 #include "picture_memory_test.moc"

@@ -142,7 +142,7 @@ private Q_SLOTS:
             desk.studio.secrets().writeSecret(secret_account::stream(u"YouTube"_s),
                 key,
                 [&written](bool) { written = true; });
-            return QTest::qWaitFor([&written] { return written; });
+            return QTest::qWaitFor([&written] { return written; }, 60'000);
         };
         QVERIFY(keepKey(u"k3y"_s)); // in the store, from where a start would take it
         QTRY_VERIFY((steps.look(), steps.isDone(FirstStep::Destination)));

@@ -22,13 +22,15 @@ BELOW = {
 BELOW["studio"] = set(BELOW)
 BELOW["ui"] = set(BELOW)
 BELOW["app"] = set(BELOW)
-# Rooms in a folder, lowest first; a room uses those before it. Files beside the rooms may use all.
+BESIDE = None
+# Rooms in a folder, lowest first; a room uses those before it. Files beside the rooms may use all,
+# and are used by what comes after `BESIDE`.
 ROOMS = {
     "media": ["gst", "x11", "capture", "sources"],
     "compositor": ["text", "scene"],
     "output": ["mix", "encode", "sink"],
     "translation": ["service", "pipeline"],
-    "studio": ["edit", "sources", "programs", "outputs", "services", "projects"],
+    "studio": ["edit", "sources", "programs", "outputs", "services", "projects", BESIDE, "check"],
     "ui": ["kit", "editor", "outputs", "captions", "shell"],
 }
 # What stands behind an interface: only whoever chooses among such folders includes their files.
@@ -52,12 +54,12 @@ def room_of(name: str):
 
 
 def runs_up(name: str, included: str) -> bool:
-    """Whether an include within one folder goes to a higher room."""
-    order = ROOMS.get(name.split("/")[0], [])
+    """Whether an include within one folder goes to a higher room; all are above an unknown one."""
+    order = ROOMS.get(name.split("/")[0])
     here, there = room_of(name), room_of(included)
-    if here not in order:
+    if order is None or here is None:
         return False
-    return there not in order or order.index(there) > order.index(here)
+    return not {here, there} <= set(order) or order.index(there) > order.index(here)
 
 
 def reaches_behind(name: str, included: str) -> bool:

@@ -1,5 +1,6 @@
 #include "app/end_guard.h"
 
+#include "base/background_task.h"
 #include "base/log.h"
 
 #include <cstdlib>
@@ -7,12 +8,20 @@
 
 namespace nimbara {
 
+namespace {
+
+constexpr std::chrono::milliseconds logPatience { 200 };
+
+} // namespace
+
 void EndGuard::start(std::chrono::milliseconds patience, int exitCode)
 {
     std::thread([calledOff = m_calledOff, patience, exitCode] {
         std::this_thread::sleep_for(patience);
         if (!calledOff->load()) {
-            logLine(QStringLiteral("Fin sin esperar a lo que no responde."));
+            BackgroundTask<void> log; // its disk may be what hangs
+            log.tryStart([] { logLine(QStringLiteral("Fin sin esperar a lo que no responde.")); });
+            static_cast<void>(log.isReady(logPatience));
             std::_Exit(exitCode);
         }
     }).detach();

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds wayOut { 4000 }; ///< after the loop; the outputs had 5 s
+constexpr std::chrono::milliseconds wayOut { 3500 }; ///< after the loop; the outputs had 6 s
 
 void settleLanguage()
 {

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <future>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -22,6 +23,17 @@ public:
         std::future<Result> result = task.get_future();
         std::thread(std::move(task)).detach();
         m_result = std::move(result);
+    }
+
+    /// The same for what can wait or be left out: false when the system has no thread left.
+    template <typename Function> bool tryStart(Function function)
+    {
+        try {
+            start(std::move(function));
+        } catch (const std::system_error &) {
+            m_result = {};
+        }
+        return m_result.valid();
     }
 
     /// Begun, and its result not yet taken.

@@ -23,6 +23,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Reconectando en %1 s · intento %2", "Reconnecting in %1 s · attempt %2" },
     TextPair { "Se vuelve a conectar sola.", "It reconnects by itself." },
     TextPair { "%1: la transmisión ha vuelto.", "%1: the stream is back." },
+    TextPair { "%1: la transmisión se perdió y no se reconecta.",
+        "%1: the stream was lost and is not tried again." },
     TextPair { "Volver a conectar solo", "Reconnect by itself" },
     TextPair { "Ahora", "Now" },
     TextPair { "Servicio", "Service" },
@@ -47,6 +49,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Grabando en %1", "Recording into %1" },
     TextPair { "Grabación terminada.", "Recording ended." },
     TextPair { "Grabación en pausa.", "Recording paused." },
+    TextPair { "La grabación sigue en cuanto se guarde la parte anterior.",
+        "The recording goes on as soon as the part before is saved." },
     TextPair { "La grabación sigue en el mismo archivo: ",
         "The recording goes on in the same file: " },
     TextPair {

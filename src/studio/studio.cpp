@@ -1,5 +1,6 @@
 #include "studio/studio.h"
 
+#include "base/error.h"
 #include "base/log.h"
 #include "base/picture_memory.h"
 #include "compositor/scene/load_image.h"
@@ -8,6 +9,7 @@
 #include "studio/projects/profile_change.h"
 #include "translation/service/languages.h"
 
+#include <QDeadlineTimer>
 #include <QFutureWatcher>
 
 #include <chrono>
@@ -17,7 +19,8 @@ namespace nimbara {
 
 namespace {
 
-constexpr std::chrono::milliseconds captionPatience { 2000 }; ///< for the last captions
+constexpr std::chrono::milliseconds closingPatience { 6000 }; ///< with all that is finished
+constexpr std::chrono::milliseconds captionPatience { 2000 }; ///< of that, with the last captions
 const auto reconnectSetting = QStringLiteral("reconnect_streams");
 const auto hardwareSetting = QStringLiteral("hardware_encoding");
 
@@ -116,7 +119,8 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_projects, &ProjectDesk::recovered, this, leaveProject);
     connect(&m_translation, &TranslationDesk::said, this, &Studio::status);
     connect(&m_streams, &StreamDesk::said, this, &Studio::status);
-    connect(&m_streams, &StreamDesk::returned, &m_notices, &Notices::withdraw);
+    connect(&m_streams, &StreamDesk::settled, &m_notices, &Notices::withdraw);
+    connect(&m_streams, &StreamDesk::alarmed, this, &Studio::alarm);
     m_streams.setReconnecting(m_settings.value(reconnectSetting, true).toBool());
     connect(&m_streams, &StreamDesk::reconnectsChanged, this, [this](bool on) {
         m_settings.setValue(reconnectSetting, on);
@@ -216,6 +220,26 @@ Studio::~Studio() = default;
 
 void Studio::tick()
 {
+    try {
+        step();
+    } catch (const std::exception &error) {
+        tellFault(errorMessage(error));
+    } catch (...) { // of a library that throws something else
+        tellFault(Message::verbatim(QStringLiteral("?")));
+    }
+}
+
+/// One that comes back with each run is told once.
+void Studio::tellFault(const Message &fault)
+{
+    if (std::exchange(m_fault, fault) != fault) {
+        logLine(QStringLiteral("Error inesperado: ") + fault.spanish());
+        alarm("Error inesperado" + Message::verbatim(QStringLiteral(": ")) + fault);
+    }
+}
+
+void Studio::step()
+{
     readInputs();
     const std::int64_t now = m_clock.monotonicUs();
     const std::optional<std::int64_t> frameTime = m_schedule.due(now);
@@ -281,16 +305,19 @@ void Studio::changeProfile(StreamProfile profile)
 
 std::optional<Message> Studio::shutDown()
 {
+    const QDeadlineTimer deadline(closingPatience);
     logLine(QStringLiteral("Programas: %1 imágenes, %2 tarde, %3 sin hacer")
                 .arg(m_composed)
                 .arg(m_late)
                 .arg(missedSlots()));
     m_streams.callOffStarts();
     m_lineTest.cancel();
+    m_recordings.finish();
     m_translation.shutDown();
+    const QDeadlineTimer captions(captionPatience);
     m_captionFiles.finish(captionPatience);
-    m_voiceFile.finish(captionPatience);
-    auto told = finishOutputs(m_outputs.recording(), m_streams);
+    m_voiceFile.finish(std::chrono::milliseconds(captions.remainingTime()));
+    auto told = finishOutputs(m_outputs.recording(), m_streams, deadline);
     m_recordings.ended(!told && !m_outputs.recording().exists());
     return told;
 }

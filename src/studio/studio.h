@@ -61,7 +61,7 @@ struct StudioPeers {
 };
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick
-/// that drives them. Interface thread only; nothing in it waits.
+/// that drives them. Interface thread only; nothing in it waits but `shutDown`.
 class Studio : public QObject {
     Q_OBJECT
 public:
@@ -74,7 +74,8 @@ public:
     Studio &operator=(Studio &&) = delete;
     ~Studio() override;
 
-    /// One run of the frame clock; call about every 5 ms. Makes a frame when one is due.
+    /// One run of the frame clock; call about every 5 ms. Makes a frame when one is due. An
+    /// exception ends this run alone: it is logged and told, and the next one goes on.
     void tick();
 
     [[nodiscard]] Stage &stage() { return m_stage; }
@@ -129,7 +130,8 @@ public:
     void setHallShown(bool shown);
     [[nodiscard]] bool isHallShown() const { return m_hallShown; }
     /// Before the program ends, after the last tick: calls off what waits for a key, ends the
-    /// translation and finishes the recording; gives what the operator must know (`finishOutputs`).
+    /// translation and finishes the recording, all within 6 s; gives what the operator must know
+    /// (`finishOutputs`).
     std::optional<Message> shutDown();
     /// Frame slots that a stall skipped since the start.
     [[nodiscard]] std::uint64_t missedSlots() const { return m_schedule.skipped(); }
@@ -145,7 +147,9 @@ Q_SIGNALS:
     void healthMeasured();
 
 private:
+    void step();
     void readInputs();
+    void tellFault(const Message &fault);
     void connectCaptions();
     void tellAbsentBibles();
     void advanceCaptions();
@@ -205,6 +209,7 @@ private:
     FrameSchedule m_schedule;
     std::uint64_t m_composed = 0; ///< pictures since the start
     std::int64_t m_knownSkipped = 0; ///< slots, when the last frame was made
+    Message m_fault; ///< that a run ended with last
     std::uint64_t m_late = 0; ///< of those, later than a period after their slot
 };
 

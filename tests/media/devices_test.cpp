@@ -31,6 +31,9 @@ private Q_SLOTS:
             const auto [place, number]
                 = std::pair { text.section(u' ', 0, 0), text.section(u' ', 1) };
             const QString properties = text.isEmpty() ? QString()
+                : place.startsWith(u"product")
+                ? u"p,node.name=node%2,device.vendor.id=v,device.product.id=%1,device.bus-path=(string)%2"_s
+                      .arg(place, number)
                 : place.startsWith(u"usb")
                 ? u"p,v4l2.device.bus_info=(string)%1,device.path=(string)/dev/video%2"_s.arg(place,
                     number)
@@ -43,6 +46,8 @@ private Q_SLOTS:
                  { "a 7", u"b 7"_s, -1 }, // only another of the same name
                  { "usb-1 0", u"usb-2 0|usb-1 3"_s, 1 }, // at the same place of the bus
                  { "usb-1 1", u"usb-1 0|usb-1 1"_s, 1 }, // twins, one at the old place
+                 { "product-1 2", u"product-2 4|product-1 3"_s, 1 }, // in another port
+                 { "product-1 2", u"product-1 3|product-1 4"_s, -1 }, // either may be it
                  { "usb-1 9", u"usb-1 0|usb-1 1"_s, -1 }, // twins, none there
                  { "", u"|"_s, 0 } }) { // nothing but a name
             const RowName named(lost + (" in " + present.toUtf8()));

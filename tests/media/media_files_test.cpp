@@ -5,7 +5,13 @@
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
 
+#include <QScopeGuard>
+#include <QTemporaryDir>
 #include <QTransform>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -209,6 +215,19 @@ private Q_SLOTS:
         (void)factory.heldMedia({ 320, 180 }, path);
         const MediaPtr media = factory.heldMedia({ 320, 180 }, path);
         QTRY_COMPARE(media->startOutcome(), PipelineStart::Outcome::Accepted);
+        // One whose share has gone away keeps it for a while only.
+        const QTemporaryDir folder;
+        const QByteArray pipe = QFile::encodeName(folder.filePath(u"gone.mp4"_s));
+        QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
+        const auto free
+            = qScopeGuard([&] { ::close(::open(pipe.constData(), O_RDWR | O_NONBLOCK)); });
+        const MediaFactory others(clock, m_retirement);
+        const MediaPtr gone = others.heldMedia({ 320, 180 }, fileLocation(QFile::decodeName(pipe)));
+        const MediaPtr next = others.heldMedia({ 320, 180 }, path);
+        QVERIFY(pollUntil(*next, [&] {
+            gone->pollSource();
+            return next->startOutcome() == PipelineStart::Outcome::Accepted;
+        }));
         const auto beside = [&] { return playToEnd(*open(recipe)).lastNumber; };
 
         QCOMPARE(beside(), 23);

@@ -4,10 +4,12 @@
 #include "output/sink/outputs.h"
 #include "support/error_of.h"
 #include "support/fake_device.h"
+#include "support/hung_file.h"
 #include "support/test_registry.h"
 
 #include <QDeadlineTimer>
 #include <QRegularExpression>
+#include <QScopeGuard>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -20,8 +22,15 @@ constexpr FrameSize small { 160, 90 };
 /// The text of the error that building such an output throws; empty when it starts.
 QString startError(FrameSize size, bool isStream, const QString &location, std::int32_t bitrate)
 {
-    return errorOf(
-        [&] { return Output(size.width, size.height, isStream, location, bitrate).running(); });
+    QString late; // a slow disk refuses after a while
+    const QString atOnce = errorOf([&] {
+        Output output(size.width, size.height, isStream, location, bitrate);
+        const auto isSettled
+            = [&] { return output.pollOutput(), output.isOpen() || !output.running(); };
+        late = QTest::qWaitFor(isSettled) ? output.error().spanish() : u"not settled"_s;
+        return 0;
+    });
+    return atOnce.isEmpty() ? late : atOnce;
 }
 
 void push(Output &output, const Tick &tick)
@@ -95,7 +104,7 @@ private Q_SLOTS:
             const RowName named(name);
             const QString path = m_dir.filePath(u"grabación 1.webm"_s);
             Output output(width, height, false, path, outputBitrate);
-            QTRY_VERIFY(output.ready());
+            QTRY_VERIFY((output.pollOutput(), output.ready()));
             ProgramFeed feed({ width, height });
             for (int i = 0; i < 75; ++i) {
                 push(output, feed.next());
@@ -153,7 +162,7 @@ private Q_SLOTS:
             }
         };
         record("first.mkv");
-        QTRY_VERIFY(outputs[0]->ready());
+        QTRY_VERIFY((outputs[0]->pollOutput(), outputs[0]->ready()));
         run(30);
         record("second.mkv");
         QVERIFY(!outputs[1]->ready()); // no key frame yet
@@ -170,7 +179,7 @@ private Q_SLOTS:
         run(30);
         outputs[0]->finish();
         record("third.mkv"); // while the other is being completed
-        QTRY_VERIFY(outputs[1]->ready());
+        QTRY_VERIFY((outputs[1]->pollOutput(), outputs[1]->ready()));
         run(30);
         outputs[1]->finish();
         QVERIFY(completed(0) && completed(1));
@@ -187,6 +196,38 @@ private Q_SLOTS:
             QVERIFY(std::abs(found.audioTimes.back() - found.videoTimes.back()) < 0.1);
             QCOMPARE(decodeErrors(m_dir.filePath(QLatin1String(name))), QByteArray());
         }
+    }
+
+    /// An output beside it, which nobody pushes to any more, must not keep the encoder going.
+    void theLastPushEndsAllOfAnEncoder()
+    {
+        EncoderPool pool;
+        const QString paths[] { m_dir.filePath(u"ends.mkv"_s), m_dir.filePath(u"beside.mkv"_s) };
+        Output ends(small.width, small.height, false, paths[0], outputBitrate, &pool);
+        Output beside(small.width, small.height, false, paths[1], outputBitrate, &pool);
+        const auto isReady = [](Output &output) { return output.pollOutput(), output.ready(); };
+        QTRY_VERIFY(isReady(ends) && isReady(beside));
+        ProgramFeed feed(small);
+        for (int i = 0; i < 10; ++i) {
+            const Tick tick = feed.next();
+            push(ends, tick);
+            push(beside, tick);
+        }
+        ends.finish();
+        ends.endEncoder();
+        for (Output *each : { &ends, &beside }) {
+            QTRY_VERIFY((each->pollOutput(), each->finished()));
+        }
+        QCOMPARE(probe(paths[0]).videoTimes.size(), 10U);
+    }
+
+    /// To let go of the last reference takes as long as the encoder's pipelines need to stop.
+    void anEncoderEndsBehind()
+    {
+        const auto retirement = std::make_shared<Retirement>();
+        EncoderPool pool(retirement);
+        pool.take({ small.width, small.height, Codecs::H264Aac, outputBitrate }).reset();
+        QCOMPARE(retirement->pending(), 1U);
     }
 
     void aFullDiskStopsIt()
@@ -221,7 +262,7 @@ private Q_SLOTS:
         QVERIFY(!outputs.any());
         recording.start(m_dir.filePath(u"states.webm"_s), small);
         QVERIFY(outputs.any());
-        QTRY_VERIFY(recording.ready());
+        QTRY_VERIFY((recording.poll(), recording.ready()));
         ProgramFeed feed(small);
         for (int i = 0; i < 10; ++i) {
             const Tick tick = feed.next();
@@ -257,7 +298,7 @@ private Q_SLOTS:
             const auto file
                 = [&](int part) { return m_dir.filePath(u"part %1."_s.arg(part) + suffix); };
             recording.start(file(1), small);
-            QTRY_VERIFY(recording.ready());
+            QTRY_VERIFY((recording.poll(), recording.ready()));
             for (int part = 2; part <= 3; ++part) {
                 run(40);
                 QVERIFY(push() && push() && push()); // pictures wait, their sound has gone on
@@ -290,6 +331,36 @@ private Q_SLOTS:
             }
             QCOMPARE(pictures, static_cast<std::size_t>(feed.count()));
         }
+    }
+
+    /// Neither the tick nor what is being recorded waits for a disk that opens nothing.
+    void aDiskThatHangsHoldsNothingUp()
+    {
+        HungFile first(m_dir.filePath(u"hung.mkv"_s));
+        HungFile second(m_dir.filePath(u"hung 2.mkv"_s));
+        Outputs outputs(std::make_shared<Retirement>());
+        const auto free = qScopeGuard([&] { first.drain(), second.drain(); });
+        Recording &recording = outputs.recording();
+        ProgramFeed feed(small);
+        const auto push = [&] {
+            const Tick tick = feed.next();
+            return !outputs.push(tick.frame, tick.block, tick.tNs).recording;
+        };
+        const auto run = [&] { return push() && feed.wait(); };
+        recording.start(m_dir.filePath(u"hung.mkv"_s), small);
+        QVERIFY(run() && recording.isOpening() && !recording.ready());
+        first.drain();
+        QTRY_VERIFY((recording.poll(), recording.ready()));
+        recording.startPart(m_dir.filePath(u"hung 2.mkv"_s));
+        const auto pictures = [&] { return recording.figures()->pictures; };
+        QTRY_VERIFY(run() && pictures() > 10);
+        QVERIFY(!recording.takePartStart() && !recording.canStartPart());
+        second.drain();
+        std::optional<bool> goesOn; // once
+        QTRY_VERIFY(run() && (goesOn || (goesOn = recording.takePartStart())));
+        QVERIFY(*goesOn);
+        recording.finish();
+        QTRY_VERIFY((recording.poll(), !recording.exists()));
     }
 
     void tellsWhyItStopped()

@@ -163,8 +163,10 @@ private Q_SLOTS:
                 QThread::msleep(3);
                 return stopped.destinations.empty() && !stopped.recording;
             };
-            const auto ready
-                = [&] { return outputs.destination(0).ready() && outputs.recording().ready(); };
+            const auto ready = [&] {
+                return outputs.recording().poll(),
+                       outputs.destination(0).ready() && outputs.recording().ready();
+            };
             const bool opens = course != Manner::NeverOpens;
             QTRY_VERIFY(!opens || ready());
             while (!encoders.hasFailed() && feed.count() < 1000) {

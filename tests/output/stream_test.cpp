@@ -122,7 +122,8 @@ private Q_SLOTS:
             const QTemporaryDir dir;
             const QString file = dir.filePath(u"same.webm"_s);
             m_outputs->recording().start(file, small); // both get every picture
-            QTRY_VERIFY(m_outputs->destination(3).ready() && m_outputs->recording().ready());
+            QTRY_VERIFY((m_outputs->recording().poll(),
+                m_outputs->destination(3).ready() && m_outputs->recording().ready()));
             ProgramFeed feed(small);
             for (int i = 0; i < 150; ++i) {
                 QVERIFY(push(feed).destinations.empty());

@@ -83,6 +83,13 @@ private Q_SLOTS:
             busy.started(now);
         }
         QCOMPARE(now, 100 * second + Reconnection::busyUs);
+        Reconnection patchy = wellOne(now); // the line goes while the server holds the name
+        for (const OutputFailure failure :
+            { OutputFailure::NameInUse, OutputFailure::Other, OutputFailure::NameInUse }) {
+            QVERIFY(patchy.lost(failure, now));
+            now += Reconnection::busyUs / 2;
+            patchy.started(now);
+        }
         Reconnection closing = wellOne(now);
         int closings = 0;
         do {
@@ -133,12 +140,24 @@ private Q_SLOTS:
         QCOMPARE(streams.reconnections(0), 1);
         QVERIFY(desk.studio.notices().all().empty()); // what it told of is over
 
+        streams.setServer(1, peer.rtmp(u"live"_s));
+        streams.setKey(1, u"beside"_s);
+        streams.toggle(1);
+        QVERIFY(inTime([&] { return desk.studio.outputs().destination(1).accepted(); }));
         peer.stop();
-        QVERIFY(inTime([&] { return streams.isReconnecting(0); }));
+        QVERIFY(inTime([&] { return streams.isReconnecting(0) && streams.isReconnecting(1); }));
+        const auto &notices = desk.studio.notices().all();
+        QCOMPARE(notices.size(), 2U);
         streams.toggle(0);
         QVERIFY(!streams.isReconnecting(0));
         QCOMPARE(streams.statusText(0), u"Detenido"_s);
+        QCOMPARE(notices.size(), 1U); // and promises nothing that is not done
+        streams.setReconnecting(false);
+        QCOMPARE(notices.size(), 1U);
+        QCOMPARE(notices.front().text.spanish(),
+            u"Facebook: la transmisión se perdió y no se reconecta."_s);
         QVERIFY(!desk.studio.hasOutputs());
+        streams.setReconnecting(true);
     }
 };
 

@@ -1,10 +1,12 @@
 #include "output/probe.h"
 #include "studio/outputs/recording_journal.h"
 #include "studio/studio_fixture.h"
+#include "support/hung_file.h"
 #include "support/test_registry.h"
 
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <atomic>
@@ -54,10 +56,11 @@ struct RecordingFixture {
             return recordings.path() == file(name) && figures && figures->pictures > 5;
         });
     }
-    /// A minute at whose every second the disk has answered: a leap would look like one that hangs.
-    bool passMinute()
+    /// At whose every second the disk has answered: a leap would look like one that hangs.
+    bool pass(int seconds = 61)
     {
-        for (int second = 0; second <= 60; ++second) {
+        const std::int64_t until = desk.clock.monotonicUs() + seconds * 1'000'000LL;
+        while (desk.clock.monotonicUs() < until) {
             const int looks = disk->looks;
             desk.clock.advanceUs(1'000'000);
             if (!desk.runUntil([&] { return disk->looks > looks; })) {
@@ -134,12 +137,12 @@ private Q_SLOTS:
         QVERIFY(f.recordings.isActive()); // until the operator goes on or ends it
         f.recordings.resume();
         QVERIFY(f.records(u"b 2.webm"_s));
-        QVERIFY(f.passMinute());
+        QVERIFY(f.pass());
         QVERIFY(f.desk.runUntil([&] { return f.recordings.path() == f.file(u"b 3.webm"_s); }));
         f.recordings.setPartMinutes(0);
         QVERIFY(f.records(u"b 3.webm"_s));
         f.recordings.setPartMinutes(1);
-        QVERIFY(f.passMinute());
+        QVERIFY(f.pass());
         QVERIFY(f.desk.runUntil([&] { return f.recordings.path() == f.file(u"b 4.webm"_s); }));
         f.recordings.finish(); // mostly before the key frame with which that part begins
         QVERIFY(f.ends());
@@ -149,6 +152,73 @@ private Q_SLOTS:
         for (const auto &name : { u"b.webm"_s, u"b 2.webm"_s, u"b 3.webm"_s }) {
             QVERIFY2(probe(f.file(name)).duration > 0, qPrintable(name));
         }
+    }
+
+    /// The programs go on, and the operator is told, whatever it is that the disk does not do.
+    void aDiskThatHangsIsGivenUp()
+    {
+        const QTemporaryDir folder;
+        HungFile file(folder.filePath(u"hung.mkv"_s)); // must not be opened, then not be finished
+        RecordingFixture f;
+        const auto free = qScopeGuard([&] { file.drain(); });
+        const auto givesUp = [&] {
+            return f.desk.runUntil([&] { return f.noticed("no responde"); })
+                && !f.recordings.isActive() && !f.desk.studio.hasOutputs();
+        };
+        const auto start = [&] {
+            Notices &notices = f.desk.studio.notices();
+            while (!notices.all().empty()) {
+                notices.settle(notices.all().front().id);
+            }
+            f.disk->grows = true;
+            f.recordings.start(folder.filePath(u"hung.mkv"_s));
+        };
+        start();
+        QVERIFY(f.recordings.isActive());
+        QVERIFY(givesUp());
+
+        start();
+        file.answer();
+        const auto figures = [&] { return f.desk.studio.outputs().recording().figures(); };
+        QVERIFY(f.desk.runUntil([&] { return figures() && figures()->pictures > 30; }));
+        f.recordings.finish();
+        f.disk->grows = false;
+        QVERIFY(f.desk.studio.hasOutputs());
+        QVERIFY(givesUp());
+    }
+
+    /// No part is opened on a disk that may have hung: it is given up in its time.
+    void aPartThatIsDueWaitsForTheDisk()
+    {
+        RecordingFixture f;
+        f.recordings.start(f.file(u"c.webm"_s));
+        QVERIFY(f.records(u"c.webm"_s));
+        f.recordings.setPartMinutes(1);
+        QVERIFY(f.pass(52));
+        f.disk->hangs = true;
+        QVERIFY(f.desk.runUntil([&] { return f.noticed("no responde"); }));
+        QCOMPARE(f.recordings.path(), f.file(u"c.webm"_s));
+        QVERIFY(!QFile::exists(f.file(u"c 2.webm"_s)));
+        f.disk->hangs = false;
+        f.disk->hangs.notify_all();
+    }
+
+    /// Before the file is finished, and closing before a part's first key frame.
+    void whatTheOperatorWantsNextIsNotLost()
+    {
+        RecordingFixture f;
+        f.recordings.start(f.file(u"d.webm"_s));
+        QVERIFY(f.records(u"d.webm"_s));
+        f.recordings.pause();
+        f.recordings.resume();
+        QVERIFY(f.records(u"d 2.webm"_s));
+        QVERIFY(!f.recordings.isPaused());
+        f.recordings.setPartMinutes(1);
+        QVERIFY(f.pass());
+        QVERIFY(f.desk.runUntil([&] { return f.recordings.path() == f.file(u"d 3.webm"_s); }));
+        QVERIFY(!f.desk.studio.shutDown());
+        QCOMPARE(f.unfinished(), 0);
+        QVERIFY(probe(f.file(u"d 2.webm"_s)).duration > 0);
     }
 
     void whatAKillLeftIsMendedAtTheNextStart()
@@ -165,6 +235,7 @@ private Q_SLOTS:
         const QString folder = f.file(u"journal"_s);
         RecordingJournal running(folder);
         const auto written = running.begin(f.file(u"whole.webm"_s)); // by one that still runs
+        QVERIFY(!running.begin(f.file(u"whole.webm"_s))); // nor taken over
         const QByteArray whole = probe(f.file(u"whole.webm"_s)).video.toUtf8();
         running.begin(f.file(u"cut.webm"_s)).reset();
         RecordingJournal next(folder);

@@ -166,6 +166,22 @@ private Q_SLOTS:
         QCOMPARE(desk.frames, before + 1);
     }
 
+    void aFaultInOneRunEndsNeitherTheNextNorTheService()
+    {
+        StudioFixture desk;
+        const auto fault = QObject::connect(&desk.studio, &Studio::picturesMade, [] {
+            throw std::runtime_error("broken");
+        });
+        desk.frame();
+        desk.frame();
+        QCOMPARE(desk.statuses.filter(u"Error inesperado: broken"_s).size(), 1);
+        QCOMPARE(desk.studio.notices().all().size(), 1U);
+        QObject::disconnect(fault);
+        const int before = desk.frames;
+        desk.frame();
+        QCOMPARE(desk.frames, before + 1);
+    }
+
     void diagnosticsTellWhetherTheCameraIsAlive()
     {
         QFile::remove(logFilePath());

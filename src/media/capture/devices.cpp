@@ -7,7 +7,6 @@
 #include <atomic>
 #include <chrono>
 #include <mutex>
-#include <system_error>
 
 namespace nimbara {
 
@@ -87,15 +86,21 @@ std::vector<DeviceMode> modesOf(GstDevice *device)
     return modesToChoose(expandModes(offered.get(), landscape), landscape);
 }
 
-/// By a serial number of its own, since anything less may be another device.
+/// By a serial number of its own, or as the only one of its product and name. Where its maker gave
+/// no number, another device may have its name.
 const CaptureDevice *findElsewhere(const std::vector<CaptureDevice> &devices,
     const CaptureDevice &lost)
 {
     const auto found = matchDevices({ lost.marks }, marksOf(devices)).front();
-    const bool isKnown = found.size() == 1 && !lost.marks.serial.isEmpty()
-        && devices[found.front()].marks.serial == lost.marks.serial
-        && devices[found.front()].kind == lost.kind;
-    return isKnown ? &devices[found.front()] : nullptr;
+    if (found.size() != 1 || devices[found.front()].kind != lost.kind) {
+        return nullptr;
+    }
+    const CaptureDevice &device = devices[found.front()];
+    const bool hasItsSerial
+        = !lost.marks.serial.isEmpty() && device.marks.serial == lost.marks.serial;
+    const bool isItsProduct = !lost.marks.hasTwin && !lost.marks.product.isEmpty()
+        && device.marks.product == lost.marks.product && device.name == lost.name;
+    return hasItsSerial || isItsProduct ? &device : nullptr;
 }
 
 } // namespace
@@ -316,11 +321,8 @@ void DeviceDiscovery::start()
         m_again = true;
         return;
     }
-    try {
-        m_search.start([] { return SystemMonitor::instance().search(); });
-    } catch (const std::system_error &) {
-        // No thread to be had; the operator may ask again.
-    }
+    m_search.tryStart(
+        [] { return SystemMonitor::instance().search(); }); // else it is asked for again
 }
 
 std::optional<DeviceLists> DeviceDiscovery::poll()

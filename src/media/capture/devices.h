@@ -57,8 +57,8 @@ inline bool isSame(const CaptureDevice &one, const CaptureDevice &other)
 
 /// The device that was lost, among those that are there now; null when it is not there. Never
 /// another device in its place: of several that look the same, only the one at the old place is
-/// taken. One that is plugged in elsewhere is known by its marks (`matchDevices`). The result
-/// points into `devices`.
+/// taken. One that is plugged in elsewhere is known by its serial number, else as the only one of
+/// its product (`matchDevices`). The result points into `devices`.
 const CaptureDevice *findAgain(const std::vector<CaptureDevice> &devices,
     const CaptureDevice &lost);
 

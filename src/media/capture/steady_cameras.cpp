@@ -74,7 +74,7 @@ void SteadyCameras::set(const QString &file, bool steady, const QString &chosenF
 void SteadyCameras::tellNext()
 {
     if (!m_wishes.empty() && !m_telling.isUnderWay()) {
-        m_telling.start([set = m_set, wish = m_wishes.front()] {
+        m_telling.tryStart([set = m_set, wish = m_wishes.front()] {
             return set(wish.file, dynamicFrameRate, wish.steady ? 0 : 1);
         });
     }
@@ -83,6 +83,7 @@ void SteadyCameras::tellNext()
 QString SteadyCameras::takeRefused()
 {
     if (!m_telling.isReady()) {
+        tellNext(); // no thread may have been to be had
         return {};
     }
     const bool isSet = m_telling.take();

@@ -4,6 +4,8 @@ namespace nimbara {
 
 namespace {
 
+constexpr auto slotPatience = std::chrono::seconds(5);
+
 bool isChanging(const Pipeline &pipeline)
 {
     return gst_element_get_state(pipeline.element(), nullptr, nullptr, 0) == GST_STATE_CHANGE_ASYNC;
@@ -36,6 +38,9 @@ PipelineStart::Outcome Playback::poll(const Pipeline &pipeline)
         && (outcome == PipelineStart::Outcome::Refused || !isChanging(pipeline))) {
         freeSlot();
     }
+    if (m_hasSlot && std::chrono::steady_clock::now() - m_slotSince > slotPatience) {
+        freeSlot();
+    }
     if (m_wanted == m_asked || outcome != PipelineStart::Outcome::Accepted) {
         return outcome;
     }
@@ -50,6 +55,7 @@ bool Playback::mayChange()
 {
     if (m_asked == GST_STATE_NULL && m_wanted == GST_STATE_PAUSED) {
         m_hasSlot = m_slots->try_acquire();
+        m_slotSince = std::chrono::steady_clock::now();
         return m_hasSlot;
     }
     return true;

@@ -3,6 +3,7 @@
 #include "media/gst/gst_handles.h"
 #include "media/gst/pipeline_start.h"
 
+#include <chrono>
 #include <memory>
 #include <semaphore>
 
@@ -10,7 +11,7 @@ namespace nimbara {
 
 /// How many held pipelines may be on their way to their first picture at the same time: one.
 /// Decoders that start by the dozen keep every core busy for so long that the interface stands
-/// still.
+/// still. One that takes longer than 5 s, on a share that has gone away, keeps the others no more.
 using OpeningSlots = std::counting_semaphore<1>;
 
 /// Whether a media pipeline plays or is held. Held, it is open, with its first or newest picture
@@ -49,6 +50,7 @@ private:
     GstState m_asked = GST_STATE_NULL;
     std::shared_ptr<OpeningSlots> m_slots;
     bool m_hasSlot = false;
+    std::chrono::steady_clock::time_point m_slotSince;
     PipelineStart m_change;
 };
 

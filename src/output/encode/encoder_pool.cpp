@@ -11,16 +11,34 @@ std::shared_ptr<ProgramEncoder> EncoderPool::take(const EncoderProfile &profile)
     std::erase_if(m_entries, [](const Entry &entry) { return entry.encoder.expired(); });
     for (const Entry &entry : m_entries) {
         if (entry.profile != profile) {
-            continue; // the last reference is never one of this thread
+            continue;
         }
         auto encoder = entry.encoder.lock();
         if (encoder && !encoder->hasEnded() && encoder->poll().isEmpty()) {
             return encoder;
         }
     }
-    auto encoder = std::make_shared<ProgramEncoder>(profile, m_converter, &m_h264.choice());
+    auto encoder = make(profile);
     m_entries.push_back({ profile, encoder });
     return encoder;
+}
+
+/// Its end may block, and a look at it may be the last that holds it. Whoever lets go of it
+/// elsewhere is on a background task already.
+std::shared_ptr<ProgramEncoder> EncoderPool::make(const EncoderProfile &profile) const
+{
+    auto encoder = std::make_unique<ProgramEncoder>(profile, m_converter, &m_h264.choice());
+    const auto leave
+        = [weak = m_retirement, home = std::this_thread::get_id()](ProgramEncoder *dropped) {
+              std::unique_ptr<ProgramEncoder> last(dropped);
+              if (std::this_thread::get_id() != home) {
+                  return;
+              }
+              if (const auto retirement = weak.lock()) {
+                  retirement->retire(std::move(last));
+              }
+          };
+    return { encoder.release(), leave };
 }
 
 void EncoderPool::poll(std::int64_t tNs)
@@ -51,7 +69,8 @@ void EncoderPool::count(Entry &entry, const ProgramEncoder &encoder)
 /// Two encoders have no core to spare for each other on the smallest machines.
 Effort EncoderPool::effortNow() const
 {
-    const bool isTight = m_entries.size() > 1 && std::thread::hardware_concurrency() <= 2;
+    static const bool isSmall = std::thread::hardware_concurrency() <= 2;
+    const bool isTight = isSmall && m_entries.size() > 1;
     return std::max(m_pressure.effort(), isTight ? Effort::Cheaper : Effort::Full);
 }
 

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "media/sources/retirement.h"
 #include "output/encode/h264_encoders.h"
 #include "output/encode/pressure.h"
 #include "output/encode/program_encoder.h"
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace nimbara {
@@ -13,6 +15,12 @@ namespace nimbara {
 /// The encoders that outputs share. Interface thread only.
 class EncoderPool {
 public:
+    /// What the interface thread lets go of last ends by `retirement`; none: right there.
+    explicit EncoderPool(std::weak_ptr<Retirement> retirement = {})
+        : m_retirement(std::move(retirement))
+    {
+    }
+
     /// The one of this profile that works, or a new one. Throws as `ProgramEncoder`.
     std::shared_ptr<ProgramEncoder> take(const EncoderProfile &profile);
 
@@ -36,8 +44,10 @@ private:
         std::uint64_t pushed = 0; ///< when last seen
         std::uint64_t lost = 0;
     };
+    [[nodiscard]] std::shared_ptr<ProgramEncoder> make(const EncoderProfile &profile) const;
     [[nodiscard]] Effort effortNow() const;
     void count(Entry &entry, const ProgramEncoder &encoder);
+    std::weak_ptr<Retirement> m_retirement;
     std::vector<Entry> m_entries;
     std::shared_ptr<PictureConverter> m_converter = std::make_shared<PictureConverter>();
     H264Encoders m_h264;

@@ -49,6 +49,9 @@ GstPadProbeReturn convertOne(GstPad * /*pad*/, GstPadProbeInfo *info, gpointer d
         gst_mini_object_get_qdata(GST_MINI_OBJECT_CAST(given), frameQuark()));
     if (frame != nullptr) {
         const BufferRef shared = conversion.converter->convert(*frame, conversion.format);
+        if (!shared) {
+            return GST_PAD_PROBE_DROP;
+        }
         GstBuffer *picture = gst_buffer_copy(shared.get());
         gst_buffer_copy_into(picture,
             given,
@@ -75,18 +78,24 @@ BufferRef PictureConverter::convert(const FramePtr &frame, GstVideoFormat format
     const GstVideoInfo to = pictureInfo(frame->size(), format);
     auto picture = BufferRef::adopt(gst_buffer_new_allocate(nullptr, to.size, nullptr));
     GstVideoFrame mapped;
-    gst_video_frame_map(&mapped, &to, picture.get(), GST_MAP_WRITE);
+    if (!picture || gst_video_frame_map(&mapped, &to, picture.get(), GST_MAP_WRITE) == FALSE) {
+        return {};
+    }
+    bool isDone = true;
     if (format == GST_VIDEO_FORMAT_I420) {
         convertToI420(*frame, mapped);
     } else {
-        convertOther(*frame, mapped);
+        isDone = convertOther(*frame, mapped);
     }
     gst_video_frame_unmap(&mapped);
+    if (!isDone) {
+        return {};
+    }
     m_made.push_back({ frame, format, picture });
     return picture;
 }
 
-void PictureConverter::convertOther(const Frame &frame, GstVideoFrame &to)
+bool PictureConverter::convertOther(const Frame &frame, GstVideoFrame &to)
 {
     const GstVideoInfo from = pictureInfo(frame.size(), GST_VIDEO_FORMAT_RGBA);
     if (!m_converter || gst_video_info_is_equal(&to.info, &m_to) == FALSE) {
@@ -95,9 +104,12 @@ void PictureConverter::convertOther(const Frame &frame, GstVideoFrame &to)
     }
     const BufferRef pixels = pixelsOf(frame);
     GstVideoFrame mapped;
-    gst_video_frame_map(&mapped, &from, pixels.get(), GST_MAP_READ);
+    if (gst_video_frame_map(&mapped, &from, pixels.get(), GST_MAP_READ) == FALSE) {
+        return false;
+    }
     gst_video_converter_frame(m_converter.get(), &mapped, &to);
     gst_video_frame_unmap(&mapped);
+    return true;
 }
 
 BufferRef frameBuffer(const FramePtr &frame)

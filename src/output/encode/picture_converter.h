@@ -17,7 +17,8 @@ class PictureConverter {
 public:
     /// The frame's picture in `format`, in the standard layout and colours of its size
     /// (`gst_video_info_set_format`). The memory is shared with the other callers: never written
-    /// to. Whoever asks while the same frame is being converted waits for it, some milliseconds.
+    /// to; empty when there is none to be had. Whoever asks while the same frame is being converted
+    /// waits for it, some milliseconds.
     BufferRef convert(const FramePtr &frame, GstVideoFormat format);
 
 private:
@@ -29,7 +30,7 @@ private:
     struct Free {
         void operator()(GstVideoConverter *converter) const { gst_video_converter_free(converter); }
     };
-    void convertOther(const Frame &frame, GstVideoFrame &to);
+    bool convertOther(const Frame &frame, GstVideoFrame &to);
 
     std::mutex m_mutex;
     std::deque<Converted> m_made; ///< of frames that somebody still holds

@@ -19,9 +19,10 @@ struct OutletFigures {
     std::uint64_t waitingNs = 0; ///< of pictures
 };
 
-/// The way from an encoder into one outlet's muxer. It begins with a key frame, whose time is 0 for
-/// the outlet. When more than `patienceNs` of pictures wait to be sent, pictures are dropped up to
-/// the next key frame, never sound, so that a slow outlet holds up no other.
+/// The way from an encoder into one outlet's muxer. It begins with a key frame, which comes after 0
+/// by the lead of the sound's encoder (`EncodedUnit`); the sound begins at 0. When more than
+/// `patienceNs` of pictures wait to be sent, pictures are dropped up to the next key frame, never
+/// sound, so that a slow outlet holds up no other.
 ///
 /// `take` and `end` on the encoder's threads, the rest on any.
 class OutletInput : public EncodedTap {

@@ -17,6 +17,7 @@ constexpr std::uint64_t filePatience = 20'000'000'000;
 constexpr auto endPatience = std::chrono::seconds(4);
 /// For the key frame with which another output goes on.
 constexpr auto keyPatience = std::chrono::seconds(5);
+constexpr const char *notStarted = "No se pudo iniciar salida";
 
 /// The sink tells a bad certificate (G_TLS_ERROR_BAD_CERTIFICATE) and a name that is taken
 /// (G_IO_ERROR_EXISTS) only by the error that ends its debug text.
@@ -51,9 +52,10 @@ Output::Output(std::int32_t width,
     const QString &location,
     std::int32_t bitrate,
     EncoderPool *pool,
-    Output *before)
+    Begin begin)
     : m_width(width)
     , m_height(height)
+    , m_begin(begin)
 {
     Outlet outlet = isStream ? buildRtmpOutlet(location) : buildFileOutlet(location);
     m_input = std::make_shared<OutletInput>(std::move(outlet.videoSrc),
@@ -67,20 +69,20 @@ Output::Output(std::int32_t width,
     }
     const EncoderProfile profile { width, height, outlet.codecs, bitrate };
     checkProfile(profile);
-    m_pipeline = std::move(outlet.pipeline);
-    if (!m_pipeline.play()) {
-        throw Error(QStringLiteral("No se pudo iniciar salida"));
-    }
     m_encoder = pool != nullptr ? pool->take(profile) : std::make_shared<ProgramEncoder>(profile);
-    const bool goesOn = before != nullptr && before->takes() && before->m_encoder == m_encoder;
-    if (goesOn) {
-        m_input->waitForOther();
-    }
-    m_queue = m_encoder->join(m_input);
-    if (goesOn) {
-        before->handOverTo(*this);
-    }
+    m_pipeline = std::move(outlet.pipeline);
     m_running = true;
+    if (isStream && !m_pipeline.play()) {
+        fail(notStarted);
+    } else if (!isStream) {
+        m_start.begin(m_pipeline, GST_STATE_PLAYING, PipelineStart::deviceMoment);
+    }
+    if (m_running) {
+        followStart();
+    }
+    if (!m_running) {
+        throw Error(m_error);
+    }
 }
 
 Output::~Output()
@@ -88,9 +90,49 @@ Output::~Output()
     m_streamEnd.end(m_pipeline.bus());
 }
 
+/// A disk that hangs opens no file, and gives no error.
+void Output::followStart()
+{
+    const PipelineStart::Outcome outcome = m_start.poll();
+    if (outcome == PipelineStart::Outcome::Refused) {
+        fail(notStarted);
+    } else if (outcome == PipelineStart::Outcome::Accepted) {
+        m_isOpen = true;
+        if (m_begin == Begin::AtOnce) {
+            join();
+        }
+    }
+}
+
+void Output::join()
+{
+    m_queue = m_encoder->join(m_input);
+    m_hasJoined = true;
+    if (m_encoder->hasEnded()) {
+        m_input->finish(); // its end may have gone by
+    } else if (m_stopping) {
+        m_input->finishAt(m_encoder->nextTime());
+        pollEnd();
+    }
+}
+
+void Output::goOnFrom(Output &before)
+{
+    const bool goesOn = before.takes() && before.m_encoder == m_encoder;
+    if (goesOn) {
+        m_input->waitForOther();
+    }
+    join();
+    if (goesOn) {
+        before.handOverTo(*this);
+    }
+}
+
 void Output::stamp(std::int64_t tNs)
 {
-    m_encoder->stamp(tNs);
+    if (m_hasJoined) {
+        m_encoder->stamp(tNs);
+    }
 }
 
 std::optional<std::int64_t> Output::position() const
@@ -103,7 +145,7 @@ std::optional<std::int64_t> Output::position() const
 
 void Output::pushVideo(const FramePtr &frame)
 {
-    if (takes() && frame->size() != size()) {
+    if (m_running && !m_stopping && frame->size() != size()) {
         fail("El formato cambio durante salida");
     }
     if (takes()) {
@@ -120,6 +162,12 @@ void Output::pushAudio(std::span<const float> block)
 
 void Output::pollOutput()
 {
+    if (m_running && !m_isOpen) {
+        followStart();
+    }
+    if (!m_isOpen) {
+        return;
+    }
     const auto wanted = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS);
     const auto message = MessageRef::adopt(gst_bus_pop_filtered(m_pipeline.bus(), wanted));
     if (m_stopping && m_running) {
@@ -151,12 +199,20 @@ void Output::tellQueue()
 
 void Output::finish()
 {
-    if (takes()) {
-        m_stopping = true;
-        m_stoppedAt = std::chrono::steady_clock::now();
+    if (!m_running || m_stopping) {
+        return;
+    }
+    m_stopping = true;
+    m_stoppedAt = std::chrono::steady_clock::now();
+    if (m_hasJoined) {
         m_input->finishAt(m_encoder->nextTime());
         pollEnd();
     }
+}
+
+void Output::endEncoder()
+{
+    m_encoder->finish();
 }
 
 void Output::takeBack()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/message.h"
+#include "media/gst/pipeline_start.h"
 #include "output/encode/encoder_pool.h"
 #include "output/sink/outlet_input.h"
 #include "output/sink/stall_watch.h"
@@ -39,32 +40,45 @@ constexpr std::int32_t outputBitrate = 6'000'000;
 /// server that has long stopped reading (`StallWatch`) is one.
 ///
 /// An encoder needs some tenths of a second to get ready, in which those queues would let go of the
-/// first pictures. So the time line begins when it is `ready`; until then pushing does nothing.
+/// first pictures. So the time line begins when it is `ready`; until then pushing does nothing. The
+/// same holds for a file that its disk has not opened yet, which may take as long as the disk
+/// likes.
 ///
 /// Interface thread only, except for destruction, which may block and belongs on a background task
 /// (`Retirement`). No text of this class holds `location`, which ends in the stream key.
 class Output {
 public:
+    /// What one that shares an encoder begins with.
+    enum class Begin {
+        AtOnce, ///< its next key frame
+        WhereAnotherEnds, ///< `goOnFrom`
+    };
+
     /// Builds the pipeline and asks for PLAYING.
     ///
     /// `width`, `height`: of every frame to come, 1..4096. `location`: the full URL of a stream,
     /// the file path of a recording. `bitrate`: video, 500,000..20,000,000 bit/s. `pool`: where an
-    /// encoder of this profile may be shared; none: one of its own. `before`: an output of the same
-    /// profile and pool that goes on in this one from the next key frame on: nothing is missing or
-    /// doubled between the two. Nothing more is pushed to that one, which finishes by itself.
-    /// Throws `Error` with the operator's text; `before` goes on as it is then.
+    /// encoder of this profile may be shared; none: one of its own. Throws `Error` with the
+    /// operator's text; a file that is refused late ends the output.
     Output(std::int32_t width,
         std::int32_t height,
         bool isStream,
         const QString &location,
         std::int32_t bitrate,
         EncoderPool *pool = nullptr,
-        Output *before = nullptr);
+        Begin begin = Begin::AtOnce);
     Output(const Output &) = delete;
     Output &operator=(const Output &) = delete;
     Output(Output &&) = delete;
     Output &operator=(Output &&) = delete;
     ~Output();
+
+    /// The outlet is there: the file is open.
+    [[nodiscard]] bool isOpen() const { return m_isOpen; }
+    /// `before`, of the same profile and pool, goes on in this one from the next key frame on:
+    /// nothing is missing or doubled between the two. Nothing more is pushed to that one, which
+    /// finishes by itself. Call it once, when open.
+    void goOnFrom(Output &before);
 
     /// Sets the presentation time of the next picture and block. `tNs` is the tick's scheduled time
     /// from any fixed origin; the time line starts at 0 with the first stamp and never below.
@@ -85,6 +99,8 @@ public:
     /// Ends the stream on both inputs, once; nothing more is pushed. The file is complete when
     /// `finished` turns true, which `pollOutput` finds.
     void finish();
+    /// Nothing more is pushed to any output of this encoder: it ends with what it was given.
+    void endEncoder();
 
     /// Time in the stream or file of the picture that is pushed next, in ns; none before the first
     /// one is in it.
@@ -101,7 +117,7 @@ public:
     /// key frame first, two seconds of pictures at most.
     [[nodiscard]] bool ready() const
     {
-        return m_encoder->ready() && (!m_encoder->hasBegun() || m_input->hasBegun());
+        return m_hasJoined && m_encoder->ready() && (!m_encoder->hasBegun() || m_input->hasBegun());
     }
     /// Live; false after any failure and after end of stream.
     [[nodiscard]] bool running() const { return m_running; }
@@ -117,14 +133,19 @@ public:
     [[nodiscard]] FrameSize size() const { return { m_width, m_height }; }
 
 private:
+    void followStart();
+    void join();
     void handOverTo(Output &next);
     void fail(const Message &reason);
     void pollEnd();
     void tellQueue();
-    [[nodiscard]] bool takes() const { return m_running && !m_stopping; }
+    [[nodiscard]] bool takes() const { return m_running && m_hasJoined && !m_stopping; }
 
     std::int32_t m_width;
     std::int32_t m_height;
+    Begin m_begin;
+    bool m_isOpen = false;
+    bool m_hasJoined = false; ///< gets what the encoder makes
     bool m_stopping = false;
     bool m_handsOver = false;
     std::chrono::steady_clock::time_point m_stoppedAt;
@@ -137,7 +158,8 @@ private:
     std::uint64_t m_queue = 0; ///< its number for the encoder
     StreamEnd m_streamEnd;
     StallWatch m_stallWatch;
-    Pipeline m_pipeline; ///< last: goes to NULL before anything else is released
+    Pipeline m_pipeline; ///< goes to NULL before anything above is released
+    PipelineStart m_start; ///< of a file; last: comes back before the pipeline is stopped
 };
 
 } // namespace nimbara

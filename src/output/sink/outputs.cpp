@@ -5,7 +5,8 @@
 namespace nimbara {
 
 Outputs::Outputs(const std::shared_ptr<Retirement> &retirement)
-    : m_recording(retirement, m_encoders)
+    : m_encoders(retirement)
+    , m_recording(retirement, m_encoders)
 {
     std::transform(destinationPresets().begin(),
         destinationPresets().end(),

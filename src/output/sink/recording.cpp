@@ -38,7 +38,8 @@ Recording::~Recording()
     abandon();
 }
 
-std::unique_ptr<Output> Recording::makeOutput(const QString &path, FrameSize size, Output *before)
+std::unique_ptr<Output>
+Recording::makeOutput(const QString &path, FrameSize size, Output::Begin begin)
 {
     return std::make_unique<Output>(size.width,
         size.height,
@@ -46,24 +47,54 @@ std::unique_ptr<Output> Recording::makeOutput(const QString &path, FrameSize siz
         path,
         m_bitrate,
         &m_encoders,
-        before);
+        begin);
 }
 
 void Recording::start(const QString &path, FrameSize size, std::int32_t bitrate)
 {
     m_bitrate = bitrate;
-    m_output = makeOutput(path, size);
+    m_output = makeOutput(path, size, Output::Begin::AtOnce);
 }
 
 void Recording::startPart(const QString &path)
 {
-    auto next = makeOutput(path, m_output->size(), m_output.get());
-    m_retirement->retire(std::move(m_lastPart));
-    m_lastPart = std::exchange(m_output, std::move(next));
+    m_nextPart = makeOutput(path, m_output->size(), Output::Begin::WhereAnotherEnds);
+    pollNextPart();
+}
+
+/// Until its file is open all goes on in the present one.
+void Recording::pollNextPart()
+{
+    if (!m_nextPart) {
+        return;
+    }
+    m_nextPart->pollOutput();
+    if (!m_nextPart->running()) {
+        m_partStart = false;
+        callOffPart();
+    } else if (m_nextPart->isOpen()) {
+        m_partStart = true;
+        m_nextPart->goOnFrom(*m_output);
+        m_retirement->retire(std::move(m_lastPart));
+        m_lastPart = std::exchange(m_output, std::move(m_nextPart));
+    }
+}
+
+void Recording::callOffPart()
+{
+    m_retirement->retire(std::move(m_nextPart));
+}
+
+void Recording::endEncoder()
+{
+    if (m_output) {
+        m_output->endEncoder();
+    }
 }
 
 void Recording::abandon()
 {
+    callOffPart();
     m_retirement->retire(std::move(m_lastPart));
     m_retirement->retire(std::move(m_output));
 }
@@ -75,6 +106,7 @@ std::optional<OutletFigures> Recording::figures() const
 
 bool Recording::finish()
 {
+    callOffPart();
     const bool givesUp = m_lastPart && m_lastPart->running() && m_output && !m_output->ready()
         && !m_output->stopping();
     if (givesUp) {
@@ -116,6 +148,7 @@ void Recording::pollLastPart()
 
 std::optional<Message> Recording::poll()
 {
+    pollNextPart();
     pollLastPart();
     if (!m_output) {
         return std::nullopt;
@@ -130,6 +163,7 @@ std::optional<Message> Recording::completionCheck()
         return std::nullopt;
     }
     const Message status = m_output->finished() ? savedText() : m_output->error();
+    callOffPart();
     m_retirement->retire(std::move(m_output));
     return status;
 }

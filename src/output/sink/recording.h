@@ -46,14 +46,18 @@ public:
     /// to show afterwards: `startedText()`.
     void start(const QString &path, FrameSize size, std::int32_t bitrate = outputBitrate);
 
-    /// Goes on in another file with the next key frame; the present one is finished meanwhile. No
-    /// picture and no sound is missing or doubled between the two. Throws as `start`; the present
-    /// one goes on then. Call it only when it can.
+    /// Goes on in another file with the next key frame after its disk has opened it; the present
+    /// one is finished meanwhile. No picture and no sound is missing or doubled between the two.
+    /// Throws as `start`; the present one goes on then. Call it only when it can.
     void startPart(const QString &path);
+    /// How that came out, once: true when it goes on there, false when the file was refused.
+    std::optional<bool> takePartStart() { return std::exchange(m_partStart, std::nullopt); }
+    /// Lets go of a next part that is not open yet.
+    void callOffPart();
     /// Recording, and the part before is finished.
     [[nodiscard]] bool canStartPart() const
     {
-        return state() == RecordingState::recording && ready() && !m_lastPart;
+        return state() == RecordingState::recording && ready() && !m_lastPart && !m_nextPart;
     }
 
     /// Lets go of what is there without waiting for its end.
@@ -63,6 +67,10 @@ public:
     /// already finishing. Returns whether a part that had not begun yet was given up: the one
     /// before is the last then, and the other's file is empty.
     bool finish();
+
+    /// Nothing is pushed any more, to no output: what waits is encoded at once, also where another
+    /// output shares the encoder. After `finish`.
+    void endEncoder();
 
     /// How the part before the present one ended, once: whether its file is complete.
     std::optional<bool> takePartEnd() { return std::exchange(m_partEnd, std::nullopt); }
@@ -77,6 +85,9 @@ public:
 
     /// The first pictures go into the file: a recording whose encoder is ready.
     [[nodiscard]] bool ready() const { return m_output != nullptr && m_output->ready(); }
+
+    /// The disk has not opened the file yet.
+    [[nodiscard]] bool isOpening() const { return m_output != nullptr && !m_output->isOpen(); }
 
     [[nodiscard]] RecordingState state() const;
     /// An output exists: recording or finishing.
@@ -94,7 +105,8 @@ public:
 
 private:
     [[nodiscard]] std::unique_ptr<Output>
-    makeOutput(const QString &path, FrameSize size, Output *before = nullptr);
+    makeOutput(const QString &path, FrameSize size, Output::Begin begin);
+    void pollNextPart();
     void pollLastPart();
     std::optional<Message> completionCheck();
 
@@ -102,6 +114,8 @@ private:
     EncoderPool &m_encoders;
     std::int32_t m_bitrate = outputBitrate;
     std::unique_ptr<Output> m_output;
+    std::unique_ptr<Output> m_nextPart; ///< not open yet
+    std::optional<bool> m_partStart;
     std::optional<bool> m_partEnd;
     std::unique_ptr<Output> m_lastPart; ///< being finished, while the next one is written
 };

@@ -1,7 +1,6 @@
 #include "studio/outputs/closing.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QTimer>
 
 #include <chrono>
@@ -12,16 +11,16 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto patience = 5000ms;
 constexpr auto pollSpacing = 10ms;
 
 } // namespace
 
-std::optional<Message> finishOutputs(Recording &recording, const StreamDesk &streams)
+std::optional<Message>
+finishOutputs(Recording &recording, const StreamDesk &streams, QDeadlineTimer deadline)
 {
     std::optional<Message> told;
     recording.finish();
-    const QDeadlineTimer deadline(patience);
+    recording.endEncoder(); // no stream's ticks push out what waits there
     QTimer wake; // the encoder's end is no event of this thread
     wake.start(pollSpacing);
     while ((recording.exists() || streams.isSaving()) && !deadline.hasExpired()) {

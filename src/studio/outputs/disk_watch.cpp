@@ -34,7 +34,7 @@ std::optional<DiskWatch::Sample> DiskWatch::poll(std::int64_t nowUs)
     }
     if (!m_path.isEmpty() && !m_look.isUnderWay() && nowUs - m_lookedAtUs >= spacingUs) {
         m_lookedAtUs = nowUs;
-        m_look.start([look = m_lookAt, path = m_path] { return look(path); });
+        m_look.tryStart([look = m_lookAt, path = m_path] { return look(path); });
     }
     return sample;
 }

@@ -12,7 +12,7 @@
 namespace nimbara {
 
 /// What the disk says of a file that is being written. Looked at on a background task, since a disk
-/// may hang; at the same time what was written is made to reach the disk (fdatasync(2)), so that a
+/// may hang; at the same time what was written is made to reach the disk (fsync(2)), so that a
 /// power cut takes little with it. Interface thread only; nothing waits.
 class DiskWatch {
 public:

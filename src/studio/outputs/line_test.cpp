@@ -55,6 +55,7 @@ LineTest::LineTest(const Clock &clock,
     , m_streams(streams)
     , m_secrets(secrets)
     , m_retirement(std::move(retirement))
+    , m_encoders(m_retirement)
 {
     connect(&streams, &StreamDesk::changed, this, &LineTest::streamChanged);
 }

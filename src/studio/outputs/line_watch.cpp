@@ -15,7 +15,7 @@ bool LineWatch::poll(const QString &server, std::int64_t nowUs)
     }
     if (m_state != State::Reached && !m_look.isUnderWay() && nowUs - m_lookedUs >= spacingUs) {
         m_lookedUs = nowUs;
-        m_look.start([server] { return isReachable(server); });
+        m_look.tryStart([server] { return isReachable(server); });
     }
     return isBack;
 }

@@ -76,6 +76,7 @@ bool Reconnection::lost(OutputFailure failure, std::int64_t nowUs)
             ? waitFor(busyDelayUs, nowUs)
             : giveUp("El servidor sigue con la transmisión anterior; no se reconecta.");
     case OutputFailure::Other:
+        m_busySinceUs.reset(); // whatever held the name
         break;
     }
     const bool closedQuickly = m_acceptedUs && nowUs - m_startedUs < quickUs;

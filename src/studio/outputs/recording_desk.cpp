@@ -12,7 +12,20 @@ namespace nimbara {
 namespace {
 
 constexpr std::int64_t minuteUs = 60'000'000;
+constexpr std::int64_t freshUs = 2'000'000; // an answer of the disk: it opens the next part, too
+constexpr std::chrono::milliseconds moment { 5 }; // in which a disk that is well names a file
 constexpr int healthyGrowths = 5; // of a file; its header alone is no sign of a disk that works
+
+Message silentDisk()
+{
+    return "el disco no responde.";
+}
+
+/// What was opened and never written to.
+void removeBehind(const QString &path)
+{
+    BackgroundTask<bool>().tryStart([path] { return QFile::remove(path); });
+}
 
 Message nameOf(const QString &path)
 {
@@ -49,16 +62,123 @@ QString RecordingDesk::freePath(const QString &path)
 
 bool RecordingDesk::isActive() const
 {
-    return m_isPaused || m_outputs.recording().state() == RecordingState::recording;
+    return isPaused() || m_outputs.recording().state() == RecordingState::recording;
 }
 
 void RecordingDesk::start(const QString &path)
 {
-    const QString free = path.isEmpty() ? path : freePath(path);
-    open(free);
     m_firstPath = path;
     m_stuckFiles = 0;
+    begin(Step::Start);
     Q_EMIT changed();
+}
+
+/// Throws `Error` when the disk opens nothing within the moment.
+void RecordingDesk::begin(Step step)
+{
+    m_step = step;
+    m_askedUs = m_clock.monotonicUs();
+    look();
+    if (m_naming.isReady(moment)) {
+        goOnIn(m_naming.take());
+    }
+}
+
+void RecordingDesk::look()
+{
+    m_naming.tryStart([path = m_firstPath] { return path.isEmpty() ? path : freePath(path); });
+}
+
+void RecordingDesk::goOnIn(const QString &path)
+{
+    const Step step = std::exchange(m_step, Step::None);
+    if (step == Step::Part) {
+        openPart(path);
+        return;
+    }
+    open(path);
+    m_isPaused = false;
+    if (step == Step::Resume) {
+        Q_EMIT said(Message("Grabando en %1", { nameOf(path) }));
+    } else if (step == Step::Beside) {
+        Q_EMIT alarmed(
+            Message("El archivo de la grabación no crecía; sigue en %1", { nameOf(path) }));
+    }
+    Q_EMIT changed();
+}
+
+void RecordingDesk::openPart(const QString &path)
+{
+    if (m_outputs.recording().canStartPart()) {
+        m_outputs.recording().startPart(path);
+        m_nextPath = path;
+        followPart();
+    }
+}
+
+/// What a disk that takes its time has come to.
+void RecordingDesk::pollStep()
+{
+    if (m_step == Step::None) {
+        return;
+    }
+    if (m_clock.monotonicUs() - m_askedUs >= answerUs) {
+        refuse(silentDisk());
+    } else if (!m_naming.isUnderWay()) {
+        look(); // no thread was to be had
+    } else if (m_naming.isReady()) {
+        const Step step = m_step;
+        try {
+            goOnIn(m_naming.take());
+        } catch (const std::exception &error) {
+            m_step = step;
+            refuse(errorMessage(error));
+        }
+    }
+}
+
+void RecordingDesk::refuse(const Message &reason)
+{
+    m_naming.abandon();
+    const Step step = std::exchange(m_step, Step::None);
+    if (step == Step::Part) {
+        refusePart(reason);
+        return;
+    }
+    if (step == Step::Beside) {
+        ended(false);
+    }
+    Q_EMIT alarmed("La grabación se detuvo: " + reason);
+    Q_EMIT changed();
+}
+
+/// The next file is not wanted any more.
+void RecordingDesk::callOff()
+{
+    m_naming.abandon();
+    m_step = Step::None;
+    m_wantsMore = false;
+    callOffPart();
+}
+
+/// One that has begun meanwhile is the present one.
+void RecordingDesk::callOffPart()
+{
+    if (m_step == Step::Part) {
+        m_naming.abandon();
+        m_step = Step::None;
+    }
+    if (m_nextPath.isEmpty()) {
+        return;
+    }
+    const QString next = std::exchange(m_nextPath, {});
+    const std::optional<bool> hasBegun = m_outputs.recording().takePartStart();
+    if (hasBegun == true) {
+        follow(next);
+    } else if (!hasBegun) {
+        m_outputs.recording().callOffPart();
+        removeBehind(next);
+    }
 }
 
 void RecordingDesk::open(const QString &path)
@@ -76,6 +196,7 @@ void RecordingDesk::follow(const QString &path)
     m_disk.watch(path);
     m_partStartedUs = m_clock.monotonicUs();
     m_grownUs = m_partStartedUs;
+    m_answeredUs = m_partStartedUs;
     m_fileBytes = -1;
     m_growths = 0;
 }
@@ -83,20 +204,23 @@ void RecordingDesk::follow(const QString &path)
 /// A part that had not begun leaves nothing but an empty file behind.
 void RecordingDesk::finishFile()
 {
+    callOff();
+    m_grownUs = m_clock.monotonicUs();
     if (m_outputs.recording().finish()) {
         if (m_entry) {
             m_entry->finished();
         }
         m_entry = std::move(m_lastEntry);
-        BackgroundTask<bool>().start(
-            [empty = std::exchange(m_path, m_lastPath)] { return QFile::remove(empty); });
+        removeBehind(std::exchange(m_path, m_lastPath));
     }
 }
 
 void RecordingDesk::finish()
 {
+    const bool wasPaused = isPaused();
     finishFile();
-    if (std::exchange(m_isPaused, false)) {
+    m_isPaused = false;
+    if (wasPaused) {
         Q_EMIT said("Grabación terminada.");
     }
     Q_EMIT changed();
@@ -105,8 +229,8 @@ void RecordingDesk::finish()
 void RecordingDesk::pause()
 {
     if (m_outputs.recording().state() == RecordingState::recording) {
-        m_isPaused = true;
         finishFile();
+        m_isPaused = true;
         Q_EMIT said("Grabación en pausa.");
         Q_EMIT changed();
     }
@@ -114,16 +238,21 @@ void RecordingDesk::pause()
 
 void RecordingDesk::resume()
 {
-    if (m_isPaused && !m_outputs.recording().exists()) {
-        open(freePath(m_firstPath));
-        m_isPaused = false;
-        Q_EMIT said(Message("Grabando en %1", { nameOf(m_path) }));
-        Q_EMIT changed();
+    if (!m_isPaused || m_step != Step::None) {
+        return;
+    }
+    if (m_outputs.recording().exists()) {
+        m_wantsMore = true;
+        Q_EMIT said("La grabación sigue en cuanto se guarde la parte anterior.");
+    } else {
+        begin(Step::Resume);
     }
 }
 
 void RecordingDesk::ended(bool cleanly)
 {
+    callOffPart();
+    m_grownUs = m_clock.monotonicUs(); // the part before may still be on its way
     m_disk.watch({});
     m_freeBytes.reset();
     if (m_entry && cleanly) {
@@ -159,6 +288,7 @@ void RecordingDesk::settleLastPart()
 
 void RecordingDesk::fail(const Message &reason)
 {
+    callOff();
     m_outputs.recording().abandon();
     ended(false);
     Q_EMIT alarmed("La grabación se detuvo: " + reason);
@@ -170,33 +300,90 @@ void RecordingDesk::poll()
     for (const Message &text : m_journal.poll()) {
         Q_EMIT said(text);
     }
-    if (m_outputs.recording().state() != RecordingState::recording) {
+    pollStep();
+    if (m_path.isEmpty()) {
         return;
     }
-    if (m_partMinutes > 0 && m_outputs.recording().canStartPart()
-        && m_clock.monotonicUs() - m_partStartedUs >= m_partMinutes * minuteUs) {
-        nextPart();
+    if (m_outputs.recording().state() != RecordingState::recording) {
+        pollEnd();
+        return;
     }
+    followPart();
     if (const auto sample = m_disk.poll(m_clock.monotonicUs())) {
+        m_answeredUs = m_clock.monotonicUs();
         judge(*sample);
-    } else if (m_disk.isLooking() && m_outputs.recording().ready()
-        && m_clock.monotonicUs() - m_grownUs >= answerUs) {
-        fail("el disco no responde."); // nothing more is opened there
+    } else if (isHung()) {
+        fail(silentDisk()); // nothing more is opened there
+    } else if (isPartDue()) {
+        try {
+            begin(Step::Part);
+        } catch (const std::exception &error) {
+            refusePart(errorMessage(error));
+        }
     }
 }
 
-/// A part that cannot be opened is tried again when the next one is due.
-void RecordingDesk::nextPart()
+/// A file that is being finished may hang as well.
+void RecordingDesk::pollEnd()
 {
-    const QString path = freePath(m_firstPath);
-    try {
-        m_outputs.recording().startPart(path);
-        follow(path);
-        Q_EMIT said(Message("Grabando en %1", { nameOf(path) }));
-    } catch (const std::exception &error) {
-        m_partStartedUs = m_clock.monotonicUs();
-        Q_EMIT alarmed("La grabación sigue en el mismo archivo: " + errorMessage(error));
+    const std::int64_t now = m_clock.monotonicUs();
+    if (m_outputs.recording().exists()) {
+        const auto sample = m_disk.poll(now);
+        if (sample && std::exchange(m_fileBytes, sample->fileBytes) != sample->fileBytes) {
+            m_grownUs = now;
+        }
+        if (now - m_grownUs >= answerUs) {
+            fail(silentDisk());
+        }
+    } else if (std::exchange(m_wantsMore, false)) {
+        try {
+            begin(Step::Resume);
+        } catch (const std::exception &error) {
+            refuse(errorMessage(error));
+        }
     }
+}
+
+/// The first answers come before the file is open.
+bool RecordingDesk::isHung() const
+{
+    const Recording &recording = m_outputs.recording();
+    const std::int64_t now = m_clock.monotonicUs();
+    return recording.isOpening()
+        ? now - m_partStartedUs >= answerUs
+        : m_disk.isLooking() && recording.ready() && now - m_grownUs >= answerUs;
+}
+
+bool RecordingDesk::isPartDue() const
+{
+    const std::int64_t now = m_clock.monotonicUs();
+    return m_partMinutes > 0 && m_step == Step::None && m_outputs.recording().canStartPart()
+        && now - m_partStartedUs >= m_partMinutes * minuteUs && now - m_answeredUs < freshUs;
+}
+
+void RecordingDesk::followPart()
+{
+    if (m_nextPath.isEmpty()) {
+        return;
+    }
+    const std::optional<bool> hasBegun = m_outputs.recording().takePartStart();
+    if (hasBegun == true) {
+        follow(std::exchange(m_nextPath, {}));
+        Q_EMIT said(Message("Grabando en %1", { nameOf(m_path) }));
+    } else if (hasBegun == false) {
+        m_nextPath.clear();
+        refusePart("No se pudo iniciar salida");
+    } else if (m_clock.monotonicUs() - m_askedUs >= answerUs) {
+        callOffPart();
+        refusePart(silentDisk());
+    }
+}
+
+/// It is tried again when the next one is due.
+void RecordingDesk::refusePart(const Message &reason)
+{
+    m_partStartedUs = m_clock.monotonicUs();
+    Q_EMIT alarmed("La grabación sigue en el mismo archivo: " + reason);
 }
 
 void RecordingDesk::judge(const DiskWatch::Sample &sample)
@@ -239,12 +426,11 @@ void RecordingDesk::judgeGrowth(std::int64_t fileBytes)
 /// The one that is left is mended at the next start.
 void RecordingDesk::goOnInAnotherFile()
 {
+    callOff();
     m_outputs.recording().abandon();
     m_entry.reset();
     try {
-        open(freePath(m_firstPath));
-        Q_EMIT alarmed(
-            Message("El archivo de la grabación no crecía; sigue en %1", { nameOf(m_path) }));
+        begin(Step::Beside);
     } catch (const std::exception &error) {
         fail(errorMessage(error));
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/background_task.h"
 #include "base/clock.h"
 #include "base/message.h"
 #include "output/sink/outputs.h"
@@ -18,7 +19,8 @@ namespace nimbara {
 
 /// What is wanted of the recording: its file and parts, the pause, and what is done when its disk
 /// fills up or takes nothing more. Nothing that exists is ever overwritten. Interface thread only,
-/// which never waits.
+/// which never waits: a disk that is well opens its file within the call, and one that takes longer
+/// opens it behind the programs, until it is given up after `answerUs`.
 class RecordingDesk : public QObject {
     Q_OBJECT
 public:
@@ -34,15 +36,20 @@ public:
         DiskWatch::Look disk = DiskWatch::lookAtDisk);
 
     /// Records into the file, or beside it under another number when there is one already. Throws
-    /// `Error`. Call it only when neither recording nor paused.
+    /// `Error`, or tells by `alarmed` what comes late. Call it only when neither recording nor
+    /// paused.
     void start(const QString &path);
     /// Ends the recording, also one that is paused.
     void finish();
-    /// Finishes the file; `resume` goes on in the next part. Throws `Error` when that cannot be
-    /// opened; it stays paused.
+    /// Finishes the file; `resume` goes on in the next part, as soon as that is done. Throws as
+    /// `start` when it cannot be opened; it stays paused.
     void pause();
     void resume();
-    [[nodiscard]] bool isPaused() const { return m_isPaused; }
+    /// Wanted, and not written: paused, or on its way to its file.
+    [[nodiscard]] bool isPaused() const
+    {
+        return m_isPaused || m_step == Step::Start || m_step == Step::Beside;
+    }
     /// Recording or paused: `finish` has something to end.
     [[nodiscard]] bool isActive() const;
 
@@ -76,9 +83,29 @@ Q_SIGNALS:
     void alarmed(const nimbara::Message &text);
 
 private:
+    /// What the next file is for.
+    enum class Step {
+        None, ///< none is looked for
+        Start,
+        Resume,
+        Part, ///< the present one goes on until it is there
+        Beside, ///< of one that did not grow
+    };
+    void begin(Step step);
+    void look();
+    void pollStep();
+    void goOnIn(const QString &path);
+    void openPart(const QString &path);
+    void callOff();
+    void callOffPart();
+    void refuse(const Message &reason);
     void open(const QString &path);
     void follow(const QString &path);
-    void nextPart();
+    void pollEnd();
+    [[nodiscard]] bool isPartDue() const;
+    void followPart();
+    void refusePart(const Message &reason);
+    [[nodiscard]] bool isHung() const;
     void judge(const DiskWatch::Sample &sample);
     void judgeGrowth(std::int64_t fileBytes);
     void goOnInAnotherFile();
@@ -97,12 +124,18 @@ private:
     QString m_path;
     int m_partMinutes = 0;
     bool m_isPaused = false;
+    bool m_wantsMore = false; ///< to go on once the file before is finished
+    BackgroundTask<QString> m_naming; ///< finds the free name for the step
+    Step m_step = Step::None;
+    std::int64_t m_askedUs = 0; ///< for that name, or for the next part
+    QString m_nextPath; ///< of the part that is being opened
     std::int64_t m_partStartedUs = 0;
     QString m_lastPath; ///< of the part before it
     int m_stuckFiles = 0; ///< in a row that did not grow
     int m_growths = 0; ///< times that the present file was seen to have grown
     std::int64_t m_fileBytes = -1;
     std::int64_t m_grownUs = 0;
+    std::int64_t m_answeredUs = 0; ///< the disk, last
     std::optional<std::int64_t> m_freeBytes;
 };
 

@@ -103,7 +103,7 @@ RecordingJournal::Entry::Entry(const QString &stem)
     , m_lock(stem + lockSuffix)
 {
     m_lock.setStaleLockTime(0);
-    m_lock.tryLock();
+    m_isLocked = m_lock.tryLock();
 }
 
 void RecordingJournal::Entry::finished()
@@ -121,11 +121,14 @@ std::unique_ptr<RecordingJournal::Entry> RecordingJournal::begin(const QString &
     const QString stem = m_folder + QLatin1Char('/') + QString::fromLatin1(digest);
     auto entry = std::make_unique<Entry>(stem);
     QFile file(stem + recordingSuffix);
+    if (!entry->isLocked()) { // another start would take the file for one that was left
+        return nullptr;
+    }
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
         return nullptr;
     }
     file.close();
-    BackgroundTask<bool>().start([name = file.fileName(), folder = m_folder] {
+    BackgroundTask<bool>().tryStart([name = file.fileName(), folder = m_folder] {
         bringToDisk(name); // a power cut must not take what tells of the recording
         bringToDisk(folder);
         return true;
@@ -136,7 +139,7 @@ std::unique_ptr<RecordingJournal::Entry> RecordingJournal::begin(const QString &
 void RecordingJournal::mendUnfinished()
 {
     if (!m_folder.isEmpty()) {
-        m_mending.start([folder = m_folder] { return mendAll(folder); });
+        m_mending.tryStart([folder = m_folder] { return mendAll(folder); });
     }
 }
 

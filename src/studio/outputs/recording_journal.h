@@ -25,12 +25,15 @@ public:
     public:
         explicit Entry(const QString &stem);
         void finished();
+        [[nodiscard]] bool isLocked() const { return m_isLocked; }
 
     private:
         QString m_file;
         QLockFile m_lock;
+        bool m_isLocked = false;
     };
-    /// None when the folder cannot be written to; the recording goes on.
+    /// None when the folder cannot be written to or the path is another writer's; the recording
+    /// goes on.
     [[nodiscard]] std::unique_ptr<Entry> begin(const QString &path) const;
 
     /// Mends what other runs left behind, on a background task: each is written anew beside itself,

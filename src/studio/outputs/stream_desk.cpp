@@ -150,8 +150,12 @@ Message StreamDesk::lost(std::size_t slot)
         = m_reconnects && reconnection.lost(destination.failure(), m_clock.monotonicUs());
     m_slots.at(slot).line.forget();
     Q_EMIT changed(slot);
-    if (std::exchange(m_slots.at(slot).isLost, again) && again) {
+    const bool wasLost = std::exchange(m_slots.at(slot).isLost, again);
+    if (wasLost && again) {
         return {}; // an attempt that failed
+    }
+    if (wasLost) {
+        Q_EMIT settled(m_slots.at(slot).loss);
     }
     const Message more = again ? Message("Se vuelve a conectar sola.") : reconnection.reason();
     m_slots.at(slot).loss
@@ -202,7 +206,7 @@ void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
         each.line.forget();
         if (std::exchange(each.isLost, false)) {
             ++each.returns;
-            Q_EMIT returned(each.loss);
+            Q_EMIT settled(each.loss);
             Q_EMIT said(Message("%1: la transmisión ha vuelto.",
                 { Message::verbatim(m_outputs.destination(slot).name()) }));
         }
@@ -232,7 +236,9 @@ void StreamDesk::retry(std::size_t slot, std::int64_t nowUs)
 void StreamDesk::forget(std::size_t slot)
 {
     m_slots.at(slot).reconnection.forget();
-    m_slots.at(slot).isLost = false;
+    if (std::exchange(m_slots.at(slot).isLost, false)) {
+        Q_EMIT settled(m_slots.at(slot).loss);
+    }
     m_slots.at(slot).line.forget();
     m_slots.at(slot).shown = {};
 }
@@ -255,6 +261,10 @@ void StreamDesk::setReconnecting(bool on)
         Q_EMIT reconnectsChanged(on);
     }
     for (std::size_t slot = 0; slot < destinationCount && !on; ++slot) {
+        if (m_slots.at(slot).isLost && !m_outputs.destination(slot).running()) {
+            Q_EMIT alarmed(Message("%1: la transmisión se perdió y no se reconecta.",
+                { Message::verbatim(m_outputs.destination(slot).name()) }));
+        }
         forget(slot);
         Q_EMIT changed(slot);
     }

@@ -95,8 +95,10 @@ Q_SIGNALS:
     void savingChanged(bool saving);
     /// An operation failed.
     void failed(const nimbara::Message &reason);
-    /// A lost destination is back; what `lost` told of it is over.
-    void returned(const nimbara::Message &loss);
+    /// What `lost` told of a destination holds no more: it is back, or not tried any more.
+    void settled(const nimbara::Message &loss);
+    /// The operator must not miss it.
+    void alarmed(const nimbara::Message &text);
     void reconnectsChanged(bool on);
     void hardwareEncodingChanged(bool on);
     /// `encoderText` says something else.

@@ -38,15 +38,22 @@ void PictureShelf::decodeMissing(const Scene &scene)
             continue;
         }
         put(layer.path, nullptr); // asked for once, whatever comes of it
-        Decoding decoding { layer.path, {} };
-        decoding.task.start([path = layer.path] { return loadImage(path); });
-        m_decoding.push_back(std::move(decoding));
+        m_decoding.push_back({ layer.path, {} });
+        decode(m_decoding.back());
     }
+}
+
+void PictureShelf::decode(Decoding &decoding)
+{
+    decoding.task.tryStart([path = decoding.path] { return loadImage(path); });
 }
 
 void PictureShelf::poll()
 {
     std::erase_if(m_decoding, [this](Decoding &decoding) {
+        if (!decoding.task.isUnderWay()) {
+            decode(decoding); // no thread was to be had
+        }
         if (!decoding.task.isReady()) {
             return false;
         }

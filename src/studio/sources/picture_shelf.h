@@ -48,6 +48,7 @@ private:
         BackgroundTask<FramePtr> task;
     };
     void decodeMissing(const Scene &scene);
+    static void decode(Decoding &decoding);
 
     const Clock &m_clock;
     QHash<QString, Entry> m_entries;

@@ -78,7 +78,7 @@ class ServiceTest(StudioTest):
             if node.get_state_set().contains(Atspi.StateType.FOCUSABLE):
                 reached += 1
                 owner = node.get_parent()
-                if not node.get_name().strip() and owner.get_role_name() != "combo box":  # its list has its name
+                if not node.get_name().strip() and owner.get_role_name() != "combo box":  # which its list is part of
                     nameless.append(f"{node.get_role_name()} in {owner.get_name()!r}")
         self.assertGreater(reached, 100)
         self.assertEqual(nameless, [], "controls without a name")

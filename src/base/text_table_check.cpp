@@ -45,6 +45,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Destinos", "Destinations" },
     TextPair { "Ninguno está marcado: no se transmite.", "None is ticked: nothing is streamed." },
     TextPair { "Falta el servidor de %1.", "The server of %1 is missing." },
+    TextPair { "Falta la clave de %1.", "The key of %1 is missing." },
     TextPair { "Traducción", "Translation" },
     TextPair { "El servicio no responde. Revisa la conexión a internet.",
         "The service does not answer. Check the connection to the internet." },

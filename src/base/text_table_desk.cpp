@@ -80,6 +80,7 @@ constexpr TextPair pairs[] = {
         "Choose an action and press Enter or Change." },
     TextPair { "Pulsa las teclas para “%1”. Esc: dejarlo.",
         "Press the keys for “%1”. Esc: leave it." },
+    TextPair { "%1 es también de “%2” (%3).", "%1 is also for “%2” (%3)." },
     TextPair { "%1 ya es de “%2”. Pulsa otras teclas, o Esc.",
         "%1 belongs to “%2”. Press other keys, or Esc." },
     TextPair { "Espacio", "Space" },

@@ -8,6 +8,8 @@ namespace {
 constexpr TextPair pairs[] = {
     TextPair { "El versículo espera: en PREVIEW no está la escena que está al aire.",
         "The verse waits: PREVIEW does not have the scene that is on air." },
+    TextPair { "El versículo espera: en PREVIEW hay cambios que no están al aire.",
+        "The verse waits: PREVIEW has changes that are not on air." },
     TextPair { "En vivo", "Live" },
     TextPair { "Por frases", "Phrase by phrase" },
     TextPair { "En espera de la red", "Waiting for the network" },

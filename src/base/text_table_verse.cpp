@@ -18,6 +18,8 @@ constexpr TextPair pairs[] = {
     TextPair { "No hay ningún versículo en la escena ni en Programa.",
         "There is no verse in the scene or on Program." },
     TextPair { "El texto no tiene más páginas.", "The text has no more pages." },
+    TextPair { "El texto es de %1, que no es la Biblia elegida: elígela para seguir.",
+        "The text is from %1, which is not the chosen Bible: choose it to go on." },
     TextPair { "Es el último versículo de la Biblia.", "That is the last verse of the Bible." },
     TextPair { "Segunda Biblia", "Second Bible" },
     TextPair { "Ninguna", "None" },

@@ -33,13 +33,6 @@ QString dot()
     return QStringLiteral(" · ");
 }
 
-/// "Reina Valera 1960 (RVR60)" → "Reina Valera 1960".
-QString sourceName(const QString &listed)
-{
-    return listed.isEmpty() ? QStringLiteral("API.Bible")
-                            : listed.left(listed.indexOf(QLatin1String(" (")));
-}
-
 VerseOutcome shown(const QString &text, const QString &label, const QString &source)
 {
     return { VerseUpdate { std::nullopt, text, label + dot() + source }, readyStatus(label) };
@@ -215,6 +208,17 @@ QString referenceLine(const Bible &bible, const Passage &passage)
     return label(passage, bible.lang) + dot() + bible.name;
 }
 
+QString sourceName(const QString &listed)
+{
+    return listed.isEmpty() ? QStringLiteral("API.Bible")
+                            : listed.left(listed.indexOf(QLatin1String(" (")));
+}
+
+QString translationName()
+{
+    return nimbara_i18n::tr("traducción automática");
+}
+
 VerseOutcome passageOutcome(const Passage &passage,
     const QString &listed,
     const QString &text,
@@ -231,7 +235,7 @@ VerseOutcome translationOutcome(const Passage &passage, const QString &text, con
     if (!error.isEmpty()) {
         return { std::nullopt, error };
     }
-    return shown(text, label(passage, englishCode()), nimbara_i18n::tr("traducción automática"));
+    return shown(text, label(passage, englishCode()), translationName());
 }
 
 Message readyStatus(const QString &label)

@@ -98,6 +98,11 @@ VerseOutcome passageOutcome(const Passage &passage,
     const QString &text,
     const nimbara::Message &error);
 
+/// What a reference line names as the source of such a text: "Reina Valera 1960".
+QString sourceName(const QString &listed);
+/// The same for a text that was translated, in the operator's language.
+QString translationName();
+
 VerseOutcome
 translationOutcome(const Passage &passage, const QString &text, const nimbara::Message &error);
 

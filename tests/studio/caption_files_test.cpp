@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 
 using namespace nimbara;
@@ -185,6 +186,58 @@ private Q_SLOTS:
             qPrintable(u"%1 against %2"_s.arg(spoken).arg(seen)));
         QCOMPARE(contents(other.fileName()), u"kept"_s);
         QVERIFY(contents(folder.filePath(u"Culto.en 2.srt"_s)).contains(u"Light"_s));
+    }
+
+    /// In easy reading most of what was said may still wait when the operator, or the end of the
+    /// run, takes it away.
+    void keepsWhatIsTakenAwayUnread()
+    {
+        for (const bool cleared : { true, false }) {
+            Service service;
+            CaptionScreen screen(service.clock);
+            connect(&screen, &CaptionScreen::captionShown, this, [&](const Caption &caption) {
+                service.files.addPhrase(caption.original, caption.text, false);
+            });
+            connect(&screen, &CaptionScreen::blockShown, this, [&](const QString &block) {
+                block.isEmpty() ? service.files.end(Target::First) : service.files.showBlock(block);
+            });
+            screen.setSeparator(CaptionSeparator::Reading);
+            const QString words = u"And the last word of the sermon is the one to take home."_s;
+            screen.add({ u"Grace and peace. "_s.repeated(30), u"Tema. "_s.repeated(30), {} });
+            screen.add({ words, u"La última palabra."_s, {} });
+            screen.measureShown(true);
+            cleared ? screen.clear() : screen.setSeparator(CaptionSeparator::Line);
+            QVERIFY(!screen.hasPhrases() || !cleared);
+            QVERIFY(service.files.finish(10s));
+            const QString shown = service.text("en.srt").simplified();
+            QVERIFY2(shown.endsWith(u"take home."_s), qPrintable(shown));
+            QCOMPARE(service.text("es.txt").count(u'\n'), 2);
+        }
+    }
+
+    /// What a full disk refuses is written when there is room again, in its order.
+    void nothingIsLostWhileADiskIsFull()
+    {
+        QTemporaryDir folder;
+        const QString place = folder.filePath(u"wall"_s);
+        QFile wall(place);
+        QVERIFY(wall.open(QIODevice::WriteOnly));
+        ManualClock clock;
+        CaptionFiles files(clock, place);
+        files.begin({ u"es"_s, u"Spanish"_s }, { u"en"_s, u"English"_s });
+        QSignalSpy told(&files, &CaptionFiles::failed);
+        for (const char *word : { "one", "two" }) {
+            files.addPhrase(QLatin1String(word), QLatin1String(word), true);
+            files.finish(10s);
+        }
+        QCOMPARE(told.size(), 1);
+        QVERIFY(wall.remove());
+        const auto text = [&place] {
+            const QDir dir(place);
+            return contents(dir.filePath(dir.entryList({ u"*.en.txt"_s }).value(0)));
+        };
+        clock.advanceUs(60'000'000); // nobody says anything
+        QVERIFY(QTest::qWaitFor([&] { return files.poll(), text() == u"one\ntwo\n"_s; }));
     }
 
     void tellsOfADiskThatTakesNothing()

@@ -192,6 +192,30 @@ private Q_SLOTS:
         QVERIFY(!document.currentScene()->transition);
     }
 
+    /// Whoever steps through a psalm finds the edits before it.
+    void aRunOfVersesIsOneStep()
+    {
+        Document document(m_clock);
+        const LayerId one = addLayer(document, newLayer(LayerKind::Verse));
+        const LayerId other = addLayer(document, newLayer(LayerKind::Verse));
+        const SceneSets before = document.scenes();
+        const auto show = [&](const char *text, std::int64_t afterUs) {
+            m_clock.advanceUs(afterUs);
+            document.apply({ SetVerse { one, QLatin1String(text), u"a"_s, {} },
+                SetVerse { other, QLatin1String(text), u"a"_s, {} } });
+        };
+        show("uno", 2'000'000);
+        show("dos", 900'000);
+        show("tres", 1'100'000); // a step of its own
+        document.apply(SetVerse { one, u"cuatro"_s, u"a"_s, {} }); // of one of them
+        for (const char *left : { "tres", "dos" }) {
+            document.undo();
+            QCOMPARE(document.currentScene()->layers[1].text, QLatin1String(left));
+        }
+        document.undo();
+        QVERIFY(document.scenes() == before);
+    }
+
     /// A style changes scenes of both sets: what is looked at stays in sight.
     void undoOfAStyleStaysWhereTheOperatorIs()
     {

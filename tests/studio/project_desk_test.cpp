@@ -24,7 +24,8 @@ struct ProjectFixture : StudioFixture {
     QString failure;
     int opened = 0;
 
-    ProjectFixture()
+    explicit ProjectFixture(StudioPeers peers = {})
+        : StudioFixture(std::move(peers))
     {
         QObject::connect(&projects(), &ProjectDesk::opened, [this](const QList<Message> &told) {
             for (const Message &each : told) {
@@ -138,7 +139,8 @@ private Q_SLOTS:
         QCOMPARE(fromJson(readProjectFile(path)).title, u"dos"_s);
     }
 
-    /// The same file in two layers, a clip with a blank in its name, and one that is nowhere.
+    /// The same file in two layers, a clip with a blank in its name, the one of the transition, and
+    /// one that is nowhere.
     void missingFilesAreListedOnceAndFoundInOneStep()
     {
         ProjectFixture desk;
@@ -151,16 +153,21 @@ private Q_SLOTS:
         layers[3].path = u"/antes/fotos/nada.png"_s;
         Project project = newProject();
         project.scenes.of(SceneSet::Hall) = { makeScene(u"Sala"_s, layers) };
+        project.transitionClip = { u"/antes/clips/paso.webm"_s, 300 };
         writeProjectFile(desk.path, toJson(project));
         QVERIFY(desk.open());
         MediaSearch &search = desk.projects().mediaSearch();
         QCOMPARE(search.missing(),
-            QStringList({ layers[0].path, u"/antes/clips/culto 1.mp4"_s, layers[3].path }));
+            QStringList({ layers[0].path,
+                u"/antes/clips/culto 1.mp4"_s,
+                layers[3].path,
+                project.transitionClip.path }));
 
         const QDir now(desk.folder.path() + u"/ahora"_s);
         QVERIFY(now.mkpath(u"fotos"_s));
         QImage(8, 8, QImage::Format_RGB32).save(now.filePath(u"fotos/logo.png"_s));
         QVERIFY(QFile::copy(clip({}), now.filePath(u"culto 1.mp4"_s)));
+        QVERIFY(QFile::copy(clip({}), now.filePath(u"paso.webm"_s)));
         QList<int> told;
         QObject::connect(&search, &MediaSearch::finished, [&](int found, int missing) {
             told = { found, missing };
@@ -168,7 +175,9 @@ private Q_SLOTS:
         const SceneSets before = desk.studio.document().scenes();
         search.search(now.path());
         QVERIFY(desk.runUntil([&] { return !told.isEmpty(); }));
-        QCOMPARE(told, QList<int>({ 2, 1 }));
+        QCOMPARE(told, QList<int>({ 3, 1 }));
+        const TransitionClip passed { now.filePath(u"paso.webm"_s), 300 };
+        QCOMPARE(desk.studio.document().project().transitionClip, passed);
         const std::vector<Layer> &mended
             = desk.studio.document().scenes().of(SceneSet::Hall)[0]->layers;
         QCOMPARE(mended[0].path, now.filePath(u"fotos/logo.png"_s));
@@ -266,6 +275,36 @@ private Q_SLOTS:
         const auto text = u"Detén salidas antes de abrir/guardar proyecto"_s;
         QCOMPARE(errorOf([&] { desk.projects().saveProject(desk.path); }), text);
         QCOMPARE(errorOf([&] { desk.projects().openProject(desk.path); }), text);
+    }
+
+    /// Of two instances that died, the one work is not wanted and the other not at once.
+    void workThatACrashLeftGoesOnlyWhenItIsRefused()
+    {
+        const QTemporaryDir data;
+        const QDir copies(data.filePath(u"recovery"_s));
+        for (const std::int64_t time : { 1, 2 }) {
+            RecoveryPlace(copies.path()).write({ toJson(newProject(), {}), {}, time }, false);
+        }
+        ProjectFixture desk({ .permission = nullptr, .dataFolder = data.path() });
+        WorkSafety &safety = desk.studio.safety();
+        std::vector<qint64> offered;
+        QObject::connect(&safety, &WorkSafety::found, [&](const QString &, qint64 timeMs) {
+            offered.push_back(timeMs);
+        });
+        safety.lookForWork();
+        QVERIFY(desk.runUntil([&] { return !offered.empty(); }));
+        safety.discard();
+        QCOMPARE(offered, (std::vector<qint64> { 2, 1 }));
+        const auto left = [&copies] { return copies.entryList({ u"*.recovery"_s }).size(); };
+        QCOMPARE(left(), 1);
+
+        desk.saveAs("guardado");
+        QVERIFY(desk.runUntil([&] { return !desk.projects().lastPath().isEmpty(); }));
+        safety.recover();
+        desk.projects().cancelOpening();
+        desk.projects().openBackup(desk.path); // a recovery of something else
+        QVERIFY(desk.runUntil([&] { return desk.opened == 1; }));
+        QVERIFY(desk.runUntil([&] { return left() == 2; })); // with the own one of this work
     }
 
     void aFailedSaveIsTold()

@@ -64,6 +64,7 @@ private Q_SLOTS:
                 [](auto &facts) { facts.freeBytes = 900'000'000; } }, // 19 min
             { u"Destinos"_s, State::Caution, [](auto &facts) { facts.destinations.clear(); } },
             { u"Destinos"_s, State::Bad, [](auto &facts) { facts.withoutServer << u"X"_s; } },
+            { u"Destinos"_s, State::Caution, [](auto &facts) { facts.withoutKey << u"X"_s; } },
             { u"Traducción"_s, State::Caution, [](auto &facts) { facts.hasServiceKey = false; } },
             { u"Traducción"_s, State::Bad, [](auto &facts) { facts.serviceAnswers = false; } },
             { u"Traducción"_s, State::Bad, [](auto &facts) { facts.serviceAnswers.reset(); } },
@@ -143,7 +144,7 @@ private Q_SLOTS:
         QCOMPARE(lineOf(lines, u"Pantallas"_s)->state, State::Good);
         QCOMPARE(lineOf(lines, u"Sonido"_s)->state, State::Caution);
         QCOMPARE(lineOf(lines, u"Cámara"_s)->state, State::Caution);
-        QCOMPARE(lineOf(lines, u"Destinos"_s)->state, State::Good);
+        QVERIFY(lineOf(lines, u"Destinos"_s)->found.spanish().startsWith(u"Falta la clave de "_s));
         QCOMPARE(lineOf(lines, u"Textos y versículos"_s)->state, State::Caution);
         QCOMPARE(lineOf(lines, u"Traducción"_s)->state, State::Bad);
         QVERIFY(lineOf(lines, u"Traducción"_s)->found.spanish().startsWith(u"API con error"_s));

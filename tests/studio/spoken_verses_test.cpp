@@ -20,6 +20,7 @@ struct SermonDesk : StudioFixture {
         bible::prepare().waitForFinished();
         studio.settings().setValue(u"bible_choice"_s, u"es"_s);
         studio.translation().chooseTarget(u"English"_s);
+        Q_EMIT studio.translation().began();
         studio.stage().program.setFadeEnabled(false);
         verses.setGoesOnAir(false);
     }
@@ -100,6 +101,35 @@ private Q_SLOTS:
         QVERIFY(desk.onPreview().isEmpty());
         desk.hear(u"leamos Romanos ocho uno"_s);
         QVERIFY(desk.runUntil([&] { return desk.onAir() == u"Romanos 8:1"_s; }));
+        desk.hear(u"y ahora Juan tres dieciséis"_s); // another verse in the same layer
+        QVERIFY(desk.runUntil([&] { return desk.onAir() == u"Juan 3:16"_s; }));
+        // Half an edit does not go with it, and a layer that nobody sees takes no verse.
+        const std::size_t verse = desk.scene().layers.size() - 1;
+        const auto waits = [&desk](const QString &said) {
+            desk.statuses.clear();
+            desk.hear(said);
+            return desk.told("El versículo espera: en PREVIEW hay cambios")
+                && desk.onAir() == u"Juan 3:16"_s;
+        };
+        desk.studio.document().setTitle(u"Pastor Al"_s);
+        QVERIFY(waits(u"y en Romanos ocho dos"_s));
+        desk.studio.document().setTitle({});
+        desk.set(verse, LayerField::Visible, false);
+        QVERIFY(waits(u"y en Salmos veintitrés uno"_s));
+        addLayer(desk.studio.document(), newLayer(LayerKind::Verse));
+        desk.set(verse, LayerField::Visible, true);
+        desk.set(verse + 1, LayerField::Visible, false);
+        desk.verses.prepare();
+        QCOMPARE(desk.layer(verse).name, u"Salmos 23:1"_s);
+    }
+
+    /// What is chosen meanwhile is for the next run.
+    void hearsTheLanguageOfTheRun()
+    {
+        SermonDesk desk;
+        desk.studio.translation().chooseTarget(u"Spanish"_s);
+        desk.hear(u"leamos Juan tres dieciséis"_s);
+        QCOMPARE(desk.verses.offered(), u"Juan 3:16"_s);
     }
 
     /// The key for the air sends what the card said and PREVIEW shows, or nothing.

@@ -150,6 +150,25 @@ private Q_SLOTS:
         }
     }
 
+    /// A text of a Bible that is not the chosen one, whether from the network or taken away since.
+    void noStepPutsAnotherBibleOnAir()
+    {
+        PagedDesk desk(u"Juan 3:16"_s);
+        const Layer built = *findLayer(desk.scene(), desk.streams);
+        desk.studio.document().apply(SetVerse { desk.streams,
+            built.text,
+            u"Juan 3:16 · Biblia de Vesperalda"_s,
+            built.name,
+            0,
+            {} });
+        desk.studio.program().take();
+        desk.step(Direction::On);
+        QCOMPARE(desk.statuses.last(),
+            u"El texto es de Biblia de Vesperalda, que no es la Biblia elegida: elígela para seguir."_s);
+        QCOMPARE(desk.label(desk.onAir(desk.streams)), u"Juan 3:16"_s);
+        QCOMPARE(desk.label(desk.prepared(desk.streams)), u"Juan 3:16"_s);
+    }
+
     void whatIsNotOnAirStepsInPreviewAlone()
     {
         PagedDesk desk(u"Salmos 119:1-40"_s);

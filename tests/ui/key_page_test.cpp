@@ -121,6 +121,24 @@ private Q_SLOTS:
         // A clicker's keys are apart from the window's.
         desk.change(KeyAction::ClickerBlack, "changeKeys", { Qt::Key_F3 });
         QCOMPARE(desk.shown(KeyAction::ClickerBlack), u"F3"_s);
+        QVERIFY2(
+            desk.note().endsWith(u" F3 es también de “Versículo dicho a PREVIEW” (Ventana)."_s),
+            qPrintable(desk.note()));
+    }
+
+    void aKeyThatIsNoTextWorksWhileSomebodyTypes()
+    {
+        KeyDesk desk;
+        QVERIFY(desk.isActive() && desk.open());
+        desk.change(KeyAction::Take, "addKeys", { Qt::Key_F9 });
+        desk.page->close();
+        QVERIFY(desk.isActive());
+        auto *title = desk.find<QLineEdit>("title");
+        title->setFocus();
+        QTest::keyClick(title, Qt::Key_Space);
+        QVERIFY(!desk.isOnAir());
+        QTest::keyClick(title, Qt::Key_F9);
+        QVERIFY(desk.isOnAir());
     }
 
     /// In the window itself, in a box in front of it, and never into what is typed.
@@ -140,7 +158,11 @@ private Q_SLOTS:
         QTest::keyClick(title, Qt::Key_Period);
         QVERIFY(desk.isOnAir());
         desk.table->setFocus();
-        QTest::keyClick(desk.table, Qt::Key_Period);
+        QTest::keyClick(desk.table, Qt::Key_B); // looks for a row
+        QVERIFY(desk.isOnAir());
+        auto *box = desk.find<QCheckBox>("listenToClicker");
+        box->setFocus();
+        QTest::keyClick(box, Qt::Key_Period);
         QTRY_VERIFY(!desk.isOnAir());
 
         // A verse of two pages.
@@ -153,7 +175,6 @@ private Q_SLOTS:
         QTest::keyClick(desk.table, Qt::Key_PageDown);
         QTRY_COMPARE(page(), 1);
         QTest::keyClick(desk.table, Qt::Key_Left); // the table's own
-        auto *box = desk.find<QCheckBox>("listenToClicker");
         box->setFocus();
         QTest::keyClick(box, Qt::Key_Up);
         QTRY_COMPARE(page(), 0);
@@ -161,6 +182,13 @@ private Q_SLOTS:
         opacity->setFocus();
         QTest::keyClick(opacity, Qt::Key_Right);
         QCOMPARE(page(), 0);
+
+        // The verse on air goes before what is prepared behind it.
+        desk.window.studio().program().take();
+        desk.setLayers({ colorLayer(Qt::black), desk.document().newVerseLayer() });
+        box->setFocus();
+        QTest::keyClick(box, Qt::Key_PageDown);
+        QTRY_COMPARE(desk.stage().program.streams()->layers[0].page, 1);
     }
 };
 

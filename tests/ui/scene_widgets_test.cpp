@@ -354,6 +354,9 @@ private Q_SLOTS:
         QCOMPARE(desk.find<QPlainTextEdit>("layerText"), text);
         QTest::keyClicks(QApplication::focusWidget(), u"todos"_s);
         QCOMPARE(desk.layers()[0].text, u"Hola todos"_s);
+        desk.setLayers({}); // what is typed on is for nobody, and no TAKE
+        QTest::keyClick(desk.window.windowHandle(), Qt::Key_Space);
+        QVERIFY(!desk.stage().program.streams());
     }
 
     /// One that took long to decode is selected, unless the operator has gone on to other work.

@@ -129,6 +129,30 @@ private Q_SLOTS:
         QVERIFY(!desk.window.studio().outputs().recording().exists()); // complete
     }
 
+    /// In the boxes that follow a save, too, the programs go on, and an edit that came while the
+    /// file was written is asked about.
+    void whatWaitsForASaveHoldsNothingUpAndLosesNothing()
+    {
+        const QTemporaryDir folder;
+        Desk desk;
+        desk.press("duplicateScene");
+        int frames = 0;
+        connect(&desk.window.studio(), &Studio::picturesMade, this, [&] { ++frames; });
+        int stoodStill = 0;
+        desk.dialogs->meanwhile = [&] {
+            const int before = frames;
+            stoodStill += QTest::qWaitFor([&] { return frames > before + 1; }) ? 0 : 1;
+        };
+        desk.dialogs->choices = { SaveChoice::Save, SaveChoice::Discard };
+        desk.dialogs->files = { folder.filePath(u"culto.nimbara"_s), {} };
+        desk.press("openProject");
+        desk.document().setTitle(u"Después"_s); // before the frame that learns of the save
+        QTRY_COMPARE(desk.dialogs->asked.size(), 4);
+        QTRY_VERIFY(desk.dialogs->files.empty());
+        QCOMPARE(desk.dialogs->asked.filter(u"Hay cambios sin guardar"_s).size(), 2);
+        QCOMPARE(stoodStill, 0);
+    }
+
     void languageIsStoredForTheNextStart()
     {
         Desk desk;

@@ -132,7 +132,10 @@ private Q_SLOTS:
         QTest::keyClick(next, Qt::Key_Return);
         desk.find<QSpinBox>("holdSeconds")->setValue(0); // all are let go
         QTRY_COMPARE(shown, (QStringList { u"Go to Halvenmoor"_s, u"Noise"_s, u"Amen"_s }));
+        auto *target = desk.find<QComboBox>("target");
+        target->setCurrentText(u"Spanish"_s); // for the next run
         desk.find<QPushButton>("correctionToGlossary")->click();
+        target->setCurrentText(u"English"_s);
         auto *table = desk.find<QTableWidget>("glossary");
         QCOMPARE(table->item(0, 1)->text(), u"Halvenmoor"_s);
         table->item(0, 0)->setText(u"Jalvenmur"_s);
@@ -150,8 +153,12 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.find<QLabel>("heldBehind")->text(), u"y 1 más"_s);
         desk.find<QPushButton>("dropCaption")->click();
         QCOMPARE(next->text(), u"Peace"_s);
+        QVERIFY(desk.isActive());
+        QTest::mouseClick(next, Qt::LeftButton);
         QMetaObject::invokeMethod(start, "click");
         QCOMPARE(shown, QStringList { u"Peace"_s });
+        QTest::keyClick(desk.window.windowHandle(), Qt::Key_Space); // typed on, for nobody
+        QVERIFY(!desk.stage().program.streams());
         QCOMPARE(next->text(), QString());
         m_peer.serve({});
     }

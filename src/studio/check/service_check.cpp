@@ -1,7 +1,6 @@
 #include "studio/check/service_check.h"
 
 #include "compositor/text/text_overflow.h"
-#include "output/sink/destination.h"
 #include "studio/studio.h"
 
 #include <QPointer>
@@ -79,7 +78,23 @@ void ServiceCheck::begin(int screens)
             }
         }
     });
+    askForKeys();
     m_timer.start();
+}
+
+/// The store answers later.
+void ServiceCheck::askForKeys()
+{
+    m_lacksKey = {};
+    for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        const QString name = QString::fromUtf8(destinationPresets().at(slot).name);
+        m_studio.secrets().findInFile(secret_account::stream(name),
+            [guard = QPointer(this), slot](bool found) {
+                if (guard) {
+                    guard->m_lacksKey.at(slot) = !found;
+                }
+            });
+    }
 }
 
 void ServiceCheck::look()
@@ -149,6 +164,9 @@ void ServiceCheck::readOutputs()
         m_facts.destinations << name;
         if (streams.server(slot).trimmed().isEmpty()) {
             m_facts.withoutServer << name;
+        }
+        if (streams.key(slot).trimmed().isEmpty() && m_lacksKey.at(slot)) {
+            m_facts.withoutKey << name;
         }
     }
 }

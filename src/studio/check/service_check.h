@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/background_task.h"
+#include "output/sink/destination.h"
 #include "studio/check/machine_facts.h"
 #include "studio/check/service_facts.h"
 
@@ -8,6 +9,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <array>
 #include <vector>
 
 namespace nimbara {
@@ -35,6 +37,7 @@ Q_SIGNALS:
 
 private:
     void look();
+    void askForKeys();
     void takeAnswers();
     void readStudio();
     void readOutputs();
@@ -44,6 +47,7 @@ private:
     QElapsedTimer m_since; ///< the beginning
     std::uint64_t m_arrivedBefore = 0;
     ServiceFacts m_facts;
+    std::array<bool, destinationCount> m_lacksKey {}; ///< by slot, in the store
     BackgroundTask<MachineFacts> m_machine;
     BackgroundTask<QStringList> m_texts;
 };

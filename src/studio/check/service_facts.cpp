@@ -106,6 +106,12 @@ CheckLine destinationLine(const ServiceFacts &facts)
             { "Falta el servidor de %1.",
                 { Message::verbatim(facts.withoutServer.join(QStringLiteral(", "))) } } };
     }
+    if (!facts.withoutKey.isEmpty()) {
+        return { State::Caution,
+            what,
+            { "Falta la clave de %1.",
+                { Message::verbatim(facts.withoutKey.join(QStringLiteral(", "))) } } };
+    }
     return { State::Good, what, Message::verbatim(facts.destinations.join(QStringLiteral(", "))) };
 }
 

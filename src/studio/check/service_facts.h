@@ -30,6 +30,7 @@ struct ServiceFacts {
 
     QStringList destinations; ///< names of the ticked ones
     QStringList withoutServer; ///< of those
+    QStringList withoutKey; ///< of those, neither typed nor stored
     std::optional<bool> lineHadRoom; ///< for all of them; none: it was not tested
     Message lineVerdict; ///< of that test
     std::optional<bool> hasServiceKey; ///< for the translation; none: the store has not answered

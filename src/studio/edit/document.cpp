@@ -101,19 +101,22 @@ void Document::apply(const std::vector<Edit> &edits, const char *name)
     follow(subject, before);
 }
 
-bool Document::continues(const EditSubject &subject) const
+/// Fields, a transition and verses are changed in runs.
+bool Document::continues(const EditSubject &subject, const char *name) const
 {
-    if (m_runBroken || m_undo.empty() || !(subject.field || subject.transition)) {
+    const bool isVerse = qstrcmp(name, stepName(SetVerse {})) == 0;
+    if (m_runBroken || m_undo.empty() || !(subject.field || subject.transition || isVerse)) {
         return false;
     }
-    const EditSubject &last = m_undo.back().subject;
+    const Step &last = m_undo.back();
     const bool recent = m_clock.monotonicUs() - m_lastEditUs < runUs;
-    return last == subject && (m_gesture || recent);
+    return last.subject == subject && (m_gesture || recent)
+        && (!isVerse || qstrcmp(last.name, name) == 0);
 }
 
 void Document::record(const SceneSets &before, const EditSubject &subject, const char *name)
 {
-    if (!continues(subject)) {
+    if (!continues(subject, name)) {
         push({ before, m_project.terms, name, subject });
     }
     m_redo.clear();

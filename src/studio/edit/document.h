@@ -54,10 +54,10 @@ public:
     /// Shows a scene of its set in PREVIEW; nothing happens when it is gone.
     void showScene(SceneId scene);
 
-    /// Applies an edit as a step of undo. A run of edits of one field of the same layers, or of one
-    /// scene's transition, is one step: while a gesture lasts, or with less than a second between
-    /// two of them. A new or copied scene becomes current, a deleted one hands on to the scene
-    /// before it. Throws what the edit is refused with.
+    /// Applies an edit as a step of undo. A run of edits of one field or of the verses of the same
+    /// layers, or of one scene's transition, is one step: while a gesture lasts, or with less than
+    /// a second between two of them. A new or copied scene becomes current, a deleted one hands on
+    /// to the scene before it. Throws what the edit is refused with.
     void apply(const Edit &edit);
     /// Several edits as one step. `name`: a key of the text table; none: that of the last edit.
     /// Throws with none applied.
@@ -117,7 +117,7 @@ private:
 
     void record(const SceneSets &before, const EditSubject &subject, const char *name);
     void push(Step step);
-    [[nodiscard]] bool continues(const EditSubject &subject) const;
+    [[nodiscard]] bool continues(const EditSubject &subject, const char *name) const;
     void follow(const EditSubject &subject, const SceneSets &before);
     void exchange(std::deque<Step> &from, std::deque<Step> &to);
     void settleCurrent(const SceneSets &before);

@@ -24,6 +24,8 @@ void MediaSearch::poll()
     const QHash<QString, QString> found = m_task.take();
     if (!found.isEmpty()) {
         m_document.apply(ReplaceFiles { found });
+        const TransitionClip clip = m_document.project().transitionClip;
+        m_document.setTransitionClip({ found.value(clip.path, clip.path), clip.cutMs });
     }
     m_missing.removeIf([&found](const QString &file) { return found.contains(file); });
     Q_EMIT finished(static_cast<int>(found.size()), static_cast<int>(m_missing.size()));

@@ -53,15 +53,19 @@ void ProjectDesk::openProject(const QString &path)
     m_ready.reset();
     m_before = now();
     m_isRecovery = false;
+    m_taken = nullptr;
     m_opening.start(path, readFile);
     tellOpening();
 }
 
-void ProjectDesk::recoverProject(const QString &path, const ProjectOpening::FileReader &read)
+void ProjectDesk::recoverProject(const QString &path,
+    const ProjectOpening::FileReader &read,
+    std::function<void()> taken)
 {
     m_ready.reset();
     m_before = now();
     m_isRecovery = true;
+    m_taken = std::move(taken);
     m_opening.start(path, read);
     tellOpening();
 }
@@ -87,6 +91,7 @@ void ProjectDesk::cancelOpening()
 {
     m_opening.cancel();
     m_ready.reset();
+    m_taken = nullptr;
     tellOpening();
 }
 
@@ -111,6 +116,7 @@ void ProjectDesk::poll()
     try {
         pollOpening();
     } catch (const std::exception &error) {
+        m_taken = nullptr;
         Q_EMIT failed(errorMessage(error));
     }
     tellOpening();
@@ -169,6 +175,9 @@ void ProjectDesk::takeOver(const ProjectOpening::Opened &opened)
     if (m_isRecovery) {
         m_lastPath = opened.path;
         m_stage.document.markUnsaved();
+        if (const auto taken = std::exchange(m_taken, nullptr)) {
+            taken();
+        }
         Q_EMIT recovered(opened.path);
         m_status("Trabajo recuperado. Guárdalo cuando quieras.");
     } else {

@@ -48,8 +48,11 @@ public:
     /// proyecto." while another project is being opened or this one is being saved.
     void openProject(const QString &path);
     /// Begins to open work that a crash left, which `read` gives; it will be unsaved work of the
-    /// file `path`, or of none.
-    void recoverProject(const QString &path, const ProjectOpening::FileReader &read);
+    /// file `path`, or of none. `taken`: called when it stands on the desk; never when it fails, is
+    /// called off, or another opening begins first.
+    void recoverProject(const QString &path,
+        const ProjectOpening::FileReader &read,
+        std::function<void()> taken = {});
     /// Looks in the background for what earlier saves of the last project replaced
     /// (`backupsFound`).
     void lookForBackups();
@@ -118,6 +121,7 @@ private:
     Before m_before;
     bool m_toldOpening = false;
     bool m_isRecovery = false; ///< what is being opened
+    std::function<void()> m_taken; ///< waits for it
 };
 
 } // namespace nimbara

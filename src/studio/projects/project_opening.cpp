@@ -50,6 +50,10 @@ ProjectOpening::Read ProjectOpening::readAll(const QString &path,
     Read all { fromJson(read(path), folder), {}, {}, {} };
     all.missing = missingFiles(all.project.scenes,
         [&calledOff](const QString &file) { return calledOff.load() || QFileInfo::exists(file); });
+    if (const QString &clip = all.project.transitionClip.path; !clip.isEmpty()
+        && !all.missing.contains(clip) && !calledOff.load() && !QFileInfo::exists(clip)) {
+        all.missing << clip;
+    }
     for (const SceneSet set : bothSets) {
         for (const ScenePtr &scene : all.project.scenes.of(set)) {
             for (const Layer &layer : scene->layers) {

@@ -22,7 +22,6 @@ WorkSafety::WorkSafety(const Clock &clock,
         return;
     }
     connect(&document, &Document::changed, this, &WorkSafety::follow);
-    connect(&desk, &ProjectDesk::recovered, this, &WorkSafety::takeOver);
 }
 
 void WorkSafety::follow()
@@ -56,28 +55,35 @@ void WorkSafety::recover()
     if (m_found.empty()) {
         return;
     }
-    m_recovering = std::move(m_found.front());
-    m_found.erase(m_found.begin());
-    m_desk.recoverProject(m_recovering->projectPath,
-        [work = *m_recovering](const QString &) { return takeRecoverable(work); });
-}
-
-void WorkSafety::takeOver(const QString & /*path*/)
-{
-    if (m_recovering) {
-        m_copy.adopt(*std::exchange(m_recovering, std::nullopt));
-        follow();
-    }
+    const RecoverableWork work = std::exchange(m_found, {}).front();
+    m_desk.recoverProject(
+        work.projectPath,
+        [work](const QString &) { return takeRecoverable(work); },
+        [this, work] {
+            m_copy.adopt(work);
+            follow();
+        });
 }
 
 void WorkSafety::discard()
 {
-    for (const RecoverableWork &work : std::exchange(m_found, {})) {
-        try {
-            discardRecoverable(work);
-        } catch (const std::exception &error) {
-            Q_EMIT failed(errorMessage(error));
-        }
+    if (m_found.empty()) {
+        return;
+    }
+    const RecoverableWork work = std::move(m_found.front());
+    m_found.erase(m_found.begin());
+    try {
+        discardRecoverable(work);
+    } catch (const std::exception &error) {
+        Q_EMIT failed(errorMessage(error));
+    }
+    offerNewest();
+}
+
+void WorkSafety::offerNewest()
+{
+    if (!m_found.empty()) {
+        Q_EMIT found(m_found.front().projectPath, m_found.front().timeMs);
     }
 }
 
@@ -94,9 +100,7 @@ void WorkSafety::poll()
     if (!search.damaged.isEmpty()) {
         Q_EMIT failed("No se pudo leer la copia de recuperación.");
     }
-    if (!m_found.empty()) {
-        Q_EMIT found(m_found.front().projectPath, m_found.front().timeMs);
-    }
+    offerNewest();
 }
 
 } // namespace nimbara

@@ -20,9 +20,10 @@ public:
 
     /// Begins to look for what a crash left; `found` tells.
     void lookForWork();
-    /// Brings the newest find onto the desk, as unsaved work.
+    /// Brings the newest find onto the desk, as unsaved work. The others stay for the next start:
+    /// each would take the place of the one before.
     void recover();
-    /// Removes all that was found.
+    /// Removes the newest find; `found` tells of the next one.
     void discard();
     /// The work is given up: no copy of it stays.
     void giveUp();
@@ -39,7 +40,7 @@ Q_SIGNALS:
 
 private:
     void follow();
-    void takeOver(const QString &path);
+    void offerNewest();
 
     Document &m_document;
     ProjectDesk &m_desk;
@@ -47,7 +48,6 @@ private:
     RecoveryCopy m_copy;
     BackgroundTask<RecoverySearch> m_search;
     std::vector<RecoverableWork> m_found; ///< newest first
-    std::optional<RecoverableWork> m_recovering; ///< being opened
     bool m_kept = false; ///< there may be a copy of this instance's
     bool m_quiet = false; ///< the work was given up
 };

@@ -39,6 +39,8 @@ public:
     [[nodiscard]] QString imported() const;
     void chooseImported(const QString &id);
 
+    /// What a lookup asks, see `bible::bibleChoice`.
+    [[nodiscard]] QString resolvedChoice() const;
     /// The language that a lookup labels references in at first: "es" or "en".
     [[nodiscard]] QString language() const { return bible::builtInLanguage(resolvedChoice()); }
     /// The Bible that a lookup shows first; none when it is an imported one that is not there. The
@@ -70,7 +72,6 @@ Q_SIGNALS:
     void said(const nimbara::Message &text);
 
 private:
-    [[nodiscard]] QString resolvedChoice() const;
     void listBibles(const QString &key);
 
     Surroundings m_surroundings;

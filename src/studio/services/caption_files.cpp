@@ -9,25 +9,41 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 #include <utility>
 
 namespace nimbara {
 
-/// What the background task knows. One task at a time.
+namespace {
+
+constexpr std::int64_t againMs = 2000; ///< from a failed write to the next
+constexpr std::size_t mostWaiting = 20'000; ///< of a few hundred bytes: a long service
+
+} // namespace
+
+/// What the background task knows. One task at a time, and nobody else meanwhile.
 class CaptionFiles::Disk {
 public:
     /// Returns whether all was written.
     bool write(const std::vector<Piece> &pieces)
     {
-        bool all = true;
+        std::set<QString> refused; // by one of its pieces, and all behind it wait as well
         for (const Piece &piece : pieces) {
-            all = append(piece) && all;
+            if (refused.contains(piece.path) || !append(piece)) {
+                refused.insert(piece.path);
+                m_failed.push_back(piece);
+            }
         }
         for (const Piece &piece : pieces) {
             bringToDisk(m_paths[piece.path]);
         }
-        return all;
+        return m_failed.empty();
     }
+
+    [[nodiscard]] bool hasFailed() const { return !m_failed.empty(); }
+    /// What was not written, in its order.
+    std::vector<Piece> takeFailed() { return std::exchange(m_failed, {}); }
 
 private:
     bool append(const Piece &piece)
@@ -53,6 +69,7 @@ private:
     }
 
     std::map<QString, QString> m_paths; ///< where what was wanted lies
+    std::vector<Piece> m_failed;
 };
 
 CaptionFiles::CaptionFiles(const Clock &clock, QString folder)
@@ -213,10 +230,17 @@ void CaptionFiles::poll()
 
 ServiceFile::Writing CaptionFiles::takeWaiting()
 {
-    if (m_waiting.empty()) {
+    if (m_waiting.empty() && (!m_disk->hasFailed() || nowMs() < m_againMs)) {
         return {};
     }
-    return [disk = m_disk, pieces = std::exchange(m_waiting, {})] { return disk->write(pieces); };
+    m_againMs = nowMs() + againMs;
+    std::vector<Piece> pieces = m_disk->takeFailed();
+    std::move(m_waiting.begin(), m_waiting.end(), std::back_inserter(pieces));
+    m_waiting.clear();
+    if (pieces.size() > mostWaiting) { // the oldest are given up
+        pieces.erase(pieces.begin(), pieces.end() - mostWaiting);
+    }
+    return [disk = m_disk, pieces = std::move(pieces)] { return disk->write(pieces); };
 }
 
 QString CaptionFiles::folder() const
@@ -227,6 +251,7 @@ QString CaptionFiles::folder() const
 bool CaptionFiles::finish(std::chrono::milliseconds patience)
 {
     endAll();
+    m_againMs = 0;
     return writeRest(patience, [] { return 0; });
 }
 

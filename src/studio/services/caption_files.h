@@ -21,8 +21,8 @@ namespace nimbara {
 /// plain text, and for each translation a page of it beside the original. They lie beside the
 /// recording that runs, on its clock; without one in a folder of their own, since the start of the
 /// translation. Each caption is written when its end is known, on a background task, so that a
-/// crash loses one at most. Nothing that exists is overwritten. Interface thread only, which never
-/// waits.
+/// crash loses one at most; what a full disk refuses is tried again. Nothing that exists is
+/// overwritten. Interface thread only, which never waits.
 class CaptionFiles final : public ServiceFile {
     Q_OBJECT
 public:
@@ -105,6 +105,7 @@ private:
     std::array<Track, bothTargets.size()> m_translations; ///< by `Target`
     std::map<QString, std::int64_t> m_numbers; ///< of the last cue, by file
     std::vector<Piece> m_waiting;
+    std::int64_t m_againMs = 0; ///< monotonic, when what failed is tried again by itself
     std::shared_ptr<Disk> m_disk;
 };
 

@@ -6,9 +6,8 @@ namespace nimbara {
 
 void CaptionScreen::setSeparator(CaptionSeparator separator)
 {
+    letGo(); // read as they came
     m_captions.setSeparator(separator);
-    m_reading.clear();
-    forgetUnshown();
     Q_EMIT changed();
 }
 
@@ -88,26 +87,20 @@ void CaptionScreen::tellBegun(qsizetype count)
     }
 }
 
-void CaptionScreen::forgetUnshown()
-{
-    m_unshown.clear();
-    m_begun = 0;
-    Q_EMIT blockShown({});
-}
-
 void CaptionScreen::clear()
 {
     m_captions.clear();
-    m_reading.clear();
-    forgetUnshown();
+    letGo();
     Q_EMIT changed();
 }
 
-void CaptionScreen::begin()
+void CaptionScreen::letGo()
 {
     tellUnshown();
     m_reading.clear();
-    forgetUnshown();
+    m_unshown.clear();
+    m_begun = 0;
+    Q_EMIT blockShown({});
 }
 
 void CaptionScreen::tellUnshown()

@@ -25,7 +25,7 @@ public:
     {
     }
 
-    /// What waits to be read is forgotten.
+    /// What waits to be read is let go.
     void setSeparator(CaptionSeparator separator);
     [[nodiscard]] CaptionSeparator separator() const { return m_captions.separator(); }
 
@@ -42,11 +42,10 @@ public:
     /// Something is on screen now, or waits to be read.
     [[nodiscard]] bool hasPhrases() const;
 
+    /// Takes away what is on screen, and lets go of what waits.
     void clear();
-    /// A run begins: what no picture will show of the one before was let go, and is told all the
-    /// same.
-    void begin();
-    void tellUnshown();
+    /// What no picture has shown by now none will show; it is told all the same, for the files.
+    void letGo();
 
     [[nodiscard]] DelayMeter &delays() { return m_delays; }
     [[nodiscard]] const DelayMeter &delays() const { return m_delays; }
@@ -64,7 +63,7 @@ Q_SIGNALS:
 private:
     void advanceReading();
     void tellBegun(qsizetype count);
-    void forgetUnshown();
+    void tellUnshown();
     [[nodiscard]] bool isReading() const { return separator() == CaptionSeparator::Reading; }
     [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
 

@@ -16,12 +16,28 @@ namespace {
 const QString onAirSetting = QStringLiteral("spoken_verse_on_air");
 constexpr qsizetype keptLetters = 120; ///< of a phrase; no reference is longer
 
-/// What the operator prepares in another scene goes nowhere by itself.
-bool isPreviewOnAir(const Stage &stage)
+/// Why PREVIEW waits for the operator: only the verse of what is on air may change by itself, and
+/// nothing that is being prepared goes with it. Empty: it need not.
+Message whatHolds(const Stage &stage, LayerId verse)
 {
     const ScenePtr &air
         = stage.document.editingHall() ? stage.program.hall() : stage.program.streams();
-    return air && air->id == stage.document.currentScene()->id;
+    Scene preview = *stage.document.currentScene();
+    if (!air || air->id != preview.id) {
+        return "El versículo espera: en PREVIEW no está la escena que está al aire.";
+    }
+    if (findLayer(*air, verse) == nullptr) { // put there for a verse, and not sent yet
+        std::erase_if(preview.layers, [verse](const Layer &each) { return each.id == verse; });
+    }
+    const std::vector<SetVerse> none { { verse, {}, {}, QString(), 0, {} } };
+    const Project &project = stage.document.project();
+    const bool isTitled = stage.document.editingHall() // where no title is shown
+        || (stage.program.title() == project.title && stage.program.band() == project.band);
+    const bool isSame
+        = *amended(std::make_shared<const Scene>(preview), none) == *amended(air, none);
+    return isTitled && isSame
+        ? Message()
+        : Message("El versículo espera: en PREVIEW hay cambios que no están al aire.");
 }
 
 } // namespace
@@ -30,6 +46,7 @@ SpokenVerses::SpokenVerses(const Clock &clock, const Surroundings &surroundings)
     : m_clock(clock)
     , m_surroundings(surroundings)
     , m_ready(bible::prepare())
+    , m_source(surroundings.translation.source())
     , m_goesOnAir(surroundings.settings.value(onAirSetting, false).toBool())
 {
     connect(&m_surroundings.translation, &TranslationDesk::understood, this, &SpokenVerses::hear);
@@ -38,6 +55,7 @@ SpokenVerses::SpokenVerses(const Clock &clock, const Surroundings &surroundings)
         this,
         &SpokenVerses::takeQuotation);
     connect(&m_surroundings.translation, &TranslationDesk::began, this, [this] {
+        m_source = m_surroundings.translation.source();
         m_before.clear();
         m_announced.clear();
         m_shown.clear();
@@ -57,15 +75,14 @@ void SpokenVerses::setGoesOnAir(bool goes)
 
 void SpokenVerses::hear(const QString &text, bool isGrowing)
 {
-    const QString source = m_surroundings.translation.source();
-    if (source.isEmpty()) {
+    if (m_source.isEmpty()) {
         return; // references are known in two languages
     }
     const QString before = nowMs() - m_beforeMs > cutMs ? QString() : m_before;
     const QString whole = before.isEmpty() ? text : before + QLatin1Char(' ') + text;
     const auto references = bible::findSpoken(whole,
-        source == QLatin1String("es") ? bible::spoken::Language::Spanish
-                                      : bible::spoken::Language::English,
+        m_source == QLatin1String("es") ? bible::spoken::Language::Spanish
+                                        : bible::spoken::Language::English,
         isGrowing);
     for (const bible::SpokenReference &each : references) {
         if (each.to > before.size()) {
@@ -99,17 +116,32 @@ void SpokenVerses::offer(const bible::Passage &passage, bool isGrowing)
         Q_EMIT changed();
     }
     if (m_goesOnAir && !isGrowing && !m_isPrepared && !m_offered.isEmpty()) {
-        if (!isPreviewOnAir(m_surroundings.stage)) {
-            Q_EMIT said("El versículo espera: en PREVIEW no está la escena que está al aire.");
-            return;
-        }
-        try {
-            prepare();
-            takeOnAir();
-        } catch (const std::exception &error) {
-            Q_EMIT said(errorMessage(error));
-        }
+        showByItself();
     }
+}
+
+void SpokenVerses::showByItself()
+{
+    if (const Message reason = whatHolds(m_surroundings.stage, verseLayer()); !reason.isEmpty()) {
+        Q_EMIT said(reason);
+        return;
+    }
+    try {
+        prepare();
+        takeOnAir();
+    } catch (const std::exception &error) {
+        Q_EMIT said(errorMessage(error));
+    }
+}
+
+/// One that is seen, where there is one.
+LayerId SpokenVerses::verseLayer() const
+{
+    const std::vector<Layer> &layers = m_surroundings.stage.document.currentScene()->layers;
+    const auto found = std::find_if(layers.rbegin(), layers.rend(), [](const Layer &each) {
+        return each.kind == LayerKind::Verse && each.visible;
+    });
+    return found != layers.rend() ? found->id : m_surroundings.verses.quickVerseLayer();
 }
 
 void SpokenVerses::takeQuotation(const bible::Passage &verse, const QString &text, bool isGrowing)
@@ -124,7 +156,7 @@ void SpokenVerses::takeQuotation(const bible::Passage &verse, const QString &tex
 
 bool SpokenVerses::isReading(const QString &said) const
 {
-    const bible::Bible *source = bibleOf(m_surroundings.translation.source());
+    const bible::Bible *source = bibleOf(m_source);
     if (source == nullptr) {
         return false;
     }
@@ -156,7 +188,7 @@ std::optional<LayerId> SpokenVerses::prepare()
     if (m_offered.isEmpty()) {
         return std::nullopt;
     }
-    const LayerId layer = m_surroundings.verses.quickVerseLayer();
+    const LayerId layer = verseLayer();
     m_surroundings.bibles.lookUp(layer, m_offered);
     m_prepared = layer;
     m_isPrepared = true;
@@ -203,7 +235,7 @@ QString SpokenVerses::captionFor(const QString &original,
     if (m_announced.empty() || !m_ready.isFinished()) {
         return translation;
     }
-    const bible::Bible *source = bibleOf(m_surroundings.translation.source());
+    const bible::Bible *source = bibleOf(m_source);
     const QString code = languages::codeOf(language);
     const bible::Bible *target = bibleOf(code);
     if (source == nullptr || target == nullptr) {

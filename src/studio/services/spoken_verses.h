@@ -87,6 +87,8 @@ private:
     };
     void hear(const QString &text, bool isGrowing);
     void offer(const bible::Passage &passage, bool isGrowing);
+    void showByItself();
+    [[nodiscard]] LayerId verseLayer() const;
     void takeQuotation(const bible::Passage &verse, const QString &text, bool isGrowing);
     /// A passage that was announced, or offered a short while ago, is being read in what was said.
     [[nodiscard]] bool isReading(const QString &said) const;
@@ -98,6 +100,7 @@ private:
     const Clock &m_clock;
     Surroundings m_surroundings;
     QFuture<void> m_ready; ///< the built-in Bibles are loaded
+    QString m_source; ///< code of what is heard in the run, whatever is chosen for the next one
     QString m_before; ///< the end of the last phrase
     std::int64_t m_beforeMs = 0;
     std::optional<std::int64_t> m_namedMs; ///< when a reference was said last

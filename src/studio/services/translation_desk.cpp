@@ -168,7 +168,7 @@ void TranslationDesk::begin(const QString &key)
         m_engine.start(key, targetName(), m_voice, m_source, secondName());
         for (CaptionScreen &each : m_screens) {
             each.delays().clear();
-            each.begin(); // what is left of the run before goes into its own files
+            each.letGo(); // what is left of the run before goes into its own files
         }
         m_languages = { targetName(), secondName() };
         m_hasSecondEnded = false;
@@ -254,7 +254,7 @@ void TranslationDesk::shutDown()
     m_isShutDown = true;
     pause();
     for (CaptionScreen &each : m_screens) {
-        each.tellUnshown();
+        each.letGo();
     }
 }
 
@@ -326,6 +326,9 @@ void TranslationDesk::setVoice(bool voice)
 
 void TranslationDesk::setSeparator(CaptionSeparator separator)
 {
+    for (CaptionScreen &each : m_screens) {
+        each.letGo(); // while the separator of both is the one before
+    }
     for (CaptionScreen &each : m_screens) {
         each.setSeparator(separator);
     }

@@ -48,6 +48,20 @@ bible::BiblePtr bibleOf(const Layer &layer)
     return bible::bibleWithName(sourceOf(layer));
 }
 
+/// What the reference of a verse that is looked up now would name.
+QString chosenSource(const BibleDesk &bibles)
+{
+    const QString choice = bibles.resolvedChoice();
+    if (choice == QLatin1String("api")) {
+        return bible::sourceName(bibles.online().text);
+    }
+    if (bible::translationTarget(choice)) {
+        return bible::translationName();
+    }
+    const bible::BiblePtr bible = bible::firstBible(choice);
+    return bible != nullptr ? bible->name : QString();
+}
+
 SetVerse verseFrom(const bible::Bible &bible, const bible::Passage &passage, LayerId layer)
 {
     const bible::VerseUpdate update = bible::builtInVerse(bible, passage, bible.lang);
@@ -120,7 +134,17 @@ VerseSteps::VerseSteps(const Surroundings &surroundings)
 
 void VerseSteps::step(LayerId layer, Direction direction)
 {
-    const std::optional<Spot> lead = spotOf(layer);
+    stepFrom(spotOf(layer), direction);
+}
+
+void VerseSteps::stepOnAir(LayerId layer, Direction direction)
+{
+    const std::optional<Spot> shown = spotOnAir();
+    stepFrom(shown ? shown : spotOf(layer), direction);
+}
+
+void VerseSteps::stepFrom(const std::optional<Spot> &lead, Direction direction)
+{
     if (!lead) {
         Q_EMIT said("No hay ningún versículo en la escena ni en Programa.");
         return;
@@ -163,13 +187,16 @@ std::optional<VerseSteps::Spot> VerseSteps::spotOf(LayerId layer) const
     if (found == nullptr || found->kind != LayerKind::Verse) {
         found = frontVerse(document.currentScene());
     }
-    if (found != nullptr) {
-        return Spot { *found, frame };
-    }
+    return found != nullptr ? Spot { *found, frame } : spotOnAir();
+}
+
+std::optional<VerseSteps::Spot> VerseSteps::spotOnAir() const
+{
+    const Document &document = m_surroundings.stage.document;
     const ProgramState &program = m_surroundings.stage.program;
     const SceneSet other = document.editingHall() ? SceneSet::Streams : SceneSet::Hall;
     for (const SceneSet set : { document.editing(), other }) {
-        found = frontVerse(set == SceneSet::Hall ? program.hall() : program.streams());
+        const Layer *found = frontVerse(set == SceneSet::Hall ? program.hall() : program.streams());
         if (found != nullptr) {
             return Spot { *found, m_surroundings.stage.frameOf(set) };
         }
@@ -269,6 +296,12 @@ void VerseSteps::askOnline(const Spot &lead, const bible::Passage &passage, Dire
 {
     if (!isPrepared(lead.layer, lead.layer.id)) {
         Q_EMIT said("El texto no tiene más páginas.");
+        return;
+    }
+    const QString source = sourceOf(lead.layer);
+    if (!source.isEmpty() && source != chosenSource(m_surroundings.bibles)) {
+        Q_EMIT said({ "El texto es de %1, que no es la Biblia elegida: elígela para seguir.",
+            { Message::verbatim(source) } });
         return;
     }
     m_awaited = Awaited { lead, passage, direction };

@@ -38,6 +38,9 @@ public:
     /// front-most verse layer of that scene, else that of the edited set's program, or of the
     /// other.
     void step(LayerId layer, Direction direction);
+    /// The same for who presses without a look at the desk: steps a verse that is on air where
+    /// there is one.
+    void stepOnAir(LayerId layer, Direction direction);
 
 Q_SIGNALS:
     /// One line for the operator.
@@ -56,7 +59,9 @@ private:
         Direction direction = Direction::On;
     };
 
+    void stepFrom(const std::optional<Spot> &lead, Direction direction);
     [[nodiscard]] std::optional<Spot> spotOf(LayerId layer) const;
+    [[nodiscard]] std::optional<Spot> spotOnAir() const;
     [[nodiscard]] std::vector<Spot> onAir() const;
     [[nodiscard]] std::vector<Spot> following(const Spot &lead) const;
     [[nodiscard]] bool isPrepared(const Layer &shown, LayerId layer) const;

@@ -64,34 +64,39 @@ bool contains(const QString &text, const QString &term)
     return findTerm(text, term).isFound();
 }
 
-/// Cheap, for glossaries of hundreds of terms: without its letters in a row a text has no term.
-/// `letters`: of the text.
-bool mayHave(const QString &letters, const QString &term)
-{
-    return letters.contains(lettersOf(term));
-}
-
 bool isCapital(const QString &text)
 {
     return !text.isEmpty() && text.front().isUpper();
 }
 
-/// A name with so few wrong letters that it can be no other word, and is no other term.
-Place findNear(const QString &text, const QString &term, const QSet<QString> &known)
+/// A name with so few wrong letters that it can be no other word, and is no other term. `words`: of
+/// the text; `letters`: of the term. Cheap where no word begins as the term does.
+Place findNear(const QString &text,
+    const QList<Word> &words,
+    const QString &term,
+    const QString &letters,
+    const QSet<QString> &known)
 {
-    const QString letters = lettersOf(term);
     const qsizetype allowed = letters.size() >= twoWrongFrom ? 2
         : letters.size() >= oneWrongFrom                     ? 1
                                                              : 0;
     if (allowed == 0 || !isCapital(term)) {
         return {};
     }
-    const QList<Word> words = term_words::wordsOf(text);
-    return findRun(words, term, 0, [&](const QString &run, const Place &place) {
-        return run.front() == letters.front() && !known.contains(run)
-            && isCapital(textAt(text, words, place))
-            && term_words::distance(run, letters, allowed) <= allowed;
-    });
+    const qsizetype most = term_words::wordsOf(term).size() + 1;
+    for (qsizetype first = 0; first < words.size(); ++first) {
+        const Word &word = words.at(first);
+        if (!word.folded.startsWith(letters.front()) || !text.at(word.from).isUpper()) {
+            continue;
+        }
+        for (qsizetype count = 1; count <= std::min(most, words.size() - first); ++count) {
+            const QString run = term_words::joined(words, first, count);
+            if (!known.contains(run) && term_words::distance(run, letters, allowed) <= allowed) {
+                return { first, count };
+            }
+        }
+    }
+    return {};
 }
 
 bool beginsSentence(const QString &text, qsizetype at)
@@ -183,13 +188,13 @@ Glossary::Glossary(const Terms &terms, const QString &source, const QString &tar
             continue;
         }
         if (language.isEmpty() || language == wanted) {
-            m_pairs.push_back({ said, shown });
+            m_pairs.push_back({ said, shown, lettersOf(said) });
         } else if (!source.isEmpty() && codeOf(language) == source && isOther(target, source)) {
-            m_pairs.push_back({ shown, said });
+            m_pairs.push_back({ shown, said, lettersOf(shown) });
         }
     }
     for (const Pair &pair : m_pairs) {
-        m_known.insert(lettersOf(pair.from));
+        m_known.insert(pair.letters);
         m_known.insert(lettersOf(pair.to));
     }
     sort();
@@ -235,7 +240,7 @@ QString Glossary::toldFor(const QString &text) const
     const QString letters = lettersOf(text);
     QStringList told;
     for (const Pair &pair : m_pairs) {
-        if (told.size() < maxTold && mayHave(letters, pair.from) && contains(text, pair.from)) {
+        if (told.size() < maxTold && letters.contains(pair.letters) && contains(text, pair.from)) {
             told.append(pair.from + QStringLiteral(" → ") + pair.to);
         }
     }
@@ -245,15 +250,22 @@ QString Glossary::toldFor(const QString &text) const
 QString Glossary::mended(const QString &transcript) const
 {
     QString text = transcript;
-    QString letters = lettersOf(text);
-    for (const Pair &pair : m_pairs) {
-        if (mayHave(letters, pair.from)) {
-            text = respelled(text, pair.from);
+    QList<Word> words = term_words::wordsOf(text);
+    QString letters = term_words::joined(words, 0, words.size());
+    const auto change = [&](const QString &changed) {
+        if (changed != text) {
+            text = changed;
+            words = term_words::wordsOf(text);
+            letters = term_words::joined(words, 0, words.size());
         }
-        if (const Place near = findNear(text, pair.from, m_known);
+    };
+    for (const Pair &pair : m_pairs) {
+        if (letters.contains(pair.letters)) {
+            change(respelled(text, pair.from));
+        }
+        if (const Place near = findNear(text, words, pair.from, pair.letters, m_known);
             near.isFound() && !contains(text, pair.from)) {
-            text = replaced(text, near, pair.from);
-            letters = lettersOf(text);
+            change(replaced(text, near, pair.from));
         }
     }
     return text;
@@ -264,7 +276,7 @@ QString Glossary::held(const QString &original, const QString &translation) cons
     const QString letters = lettersOf(original);
     QString text = translation;
     for (const Pair &pair : m_pairs) {
-        if (!mayHave(letters, pair.from) || !contains(original, pair.from)) {
+        if (!letters.contains(pair.letters) || !contains(original, pair.from)) {
             continue;
         }
         text = respelled(text, pair.to);
@@ -272,7 +284,9 @@ QString Glossary::held(const QString &original, const QString &translation) cons
             continue;
         }
         Place place = findTerm(text, pair.from);
-        place = place.isFound() ? place : findNear(text, pair.to, m_known);
+        if (!place.isFound()) {
+            place = findNear(text, term_words::wordsOf(text), pair.to, lettersOf(pair.to), m_known);
+        }
         if (place.isFound()) {
             text = replaced(text, place, pair.to);
         }

@@ -46,6 +46,7 @@ private:
     struct Pair {
         QString from;
         QString to;
+        QString letters; ///< of `from`: without them in a row a text does not have it
     };
     void sort();
 

@@ -56,14 +56,14 @@ void HoldRow::showNext(const Next &next)
     const bool isAnother = next.id != m_next.id;
     m_next = next;
     if (isAnother && std::exchange(m_isEdited, false)) {
-        m_text->clearFocus(); // what is still typed is not meant for this one
+        m_hasLeft = true; // what is still typed is not meant for this one, nor for the window
     }
     if (!m_isEdited && m_text->text() != next.text) {
         m_text->setText(next.text);
         m_text->setCursorPosition(0);
     }
     m_text->setToolTip(next.original);
-    m_text->setReadOnly(next.id == 0);
+    showWritable();
     m_drop->setEnabled(next.id != 0);
     m_others->setText(next.others == 0
             ? QString()
@@ -83,6 +83,19 @@ void HoldRow::showCorrection(const QString &words)
     m_correction = words;
     m_toGlossary->setEnabled(!words.isEmpty());
     m_toGlossary->setToolTip(words);
+}
+
+void HoldRow::showWritable()
+{
+    m_text->setReadOnly(m_next.id == 0 || m_hasLeft);
+}
+
+/// Who comes into the text anew means the caption that is there.
+void HoldRow::enter()
+{
+    m_hasLeft = false;
+    showWritable();
+    begin();
 }
 
 void HoldRow::begin()
@@ -122,10 +135,13 @@ bool HoldRow::eventFilter(QObject *watched, QEvent *event)
     if (event->type() == QEvent::FocusIn) {
         const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
         if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason) {
-            begin();
+            enter();
         }
+    } else if (event->type() == QEvent::FocusOut) {
+        m_hasLeft = false;
+        showWritable();
     } else if (event->type() == QEvent::MouseButtonPress) {
-        begin();
+        enter();
     } else if (event->type() == QEvent::KeyPress
         && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape && m_isEdited) {
         leave();

@@ -42,6 +42,8 @@ protected:
 
 private:
     void begin();
+    void enter();
+    void showWritable();
     void finish();
     void leave();
     void showCorrection(const QString &words);
@@ -52,6 +54,7 @@ private:
     QPushButton *m_toGlossary;
     Next m_next;
     bool m_isEdited = false;
+    bool m_hasLeft = false; ///< the caption under edit, and who typed into it has not seen that
     QString m_correction; ///< not in the glossary yet
 };
 

@@ -98,8 +98,7 @@ void TranslationControls::connectHold()
         });
         connect(row, &HoldRow::glossaryPressed, this, [this, target](const QString &words) {
             openGlossary();
-            m_glossary->propose(words,
-                target == Target::First ? m_desk.target() : m_desk.languageOf(Target::Second));
+            m_glossary->propose(words, m_desk.languageOf(target)); // of the run that was heard
         });
     }
     showHeld();
@@ -157,7 +156,9 @@ void TranslationControls::openGlossary()
         m_glossary = new GlossaryDialog(
             m_document,
             m_keys,
-            [this] { return m_desk.target(); },
+            [this] {
+                return m_desk.running() ? m_desk.languageOf(Target::First) : m_desk.targetName();
+            },
             m_tab.window());
         m_glossary->setAttribute(Qt::WA_DeleteOnClose);
     }

@@ -208,6 +208,11 @@ void VerseControls::stepPage(VerseSteps::Direction direction)
     m_guard.run([&] { m_steps.step(m_views.editor.selected(), direction); });
 }
 
+void VerseControls::stepOnAir(VerseSteps::Direction direction)
+{
+    m_guard.run([&] { m_steps.stepOnAir(m_views.editor.selected(), direction); });
+}
+
 void VerseControls::showVerse(LayerId layer, const QString &typed)
 {
     m_guard.run([&] { m_desk.lookUp(layer, typed); });

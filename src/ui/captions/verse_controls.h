@@ -28,6 +28,8 @@ public:
 
     /// A page on or back of the selected verse, see `VerseSteps::step`.
     void stepPage(VerseSteps::Direction direction);
+    /// The same of the verse on air, see `VerseSteps::stepOnAir`.
+    void stepOnAir(VerseSteps::Direction direction);
     /// Shows the passages of the service.
     void showPassages();
 

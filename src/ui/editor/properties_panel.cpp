@@ -104,6 +104,7 @@ void PropertiesPanel::turnTo(const Layer *layer)
     }
     m_columns->parentWidget()->setVisible(layer != nullptr);
     if (layer == nullptr) {
+        keepTyping(typedIn);
         return;
     }
     const bool otherRows = m_kind != layer->kind;
@@ -115,8 +116,16 @@ void PropertiesPanel::turnTo(const Layer *layer)
     if (otherRows) { // in their places before anything is measured or scrolled to
         QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     }
+    keepTyping(typedIn);
+}
+
+/// A space that is typed on is no TAKE.
+void PropertiesPanel::keepTyping(QWidget *typedIn)
+{
     if (typedIn != nullptr && typedIn->isVisibleTo(this)) {
-        typedIn->setFocus(); // a space that is typed on is no TAKE
+        typedIn->setFocus();
+    } else if (typedIn != nullptr) {
+        holdTyping(*this);
     }
 }
 

@@ -103,6 +103,7 @@ private:
     using Kinds = bool (*)(LayerKind); ///< the kinds that a row is shown for
 
     void turnTo(const Layer *layer);
+    void keepTyping(QWidget *typedIn);
     void showRowsOf(LayerKind kind);
     void build();
     void addColumn();

@@ -72,8 +72,9 @@ QWidget *TransitionBox::makeClipRows()
     auto *column = new QVBoxLayout(rows);
     column->setContentsMargins(0, 8, 0, 0);
     QPushButton *choose = makeButton("Elegir clip...", "chooseTransitionClip");
-    choose->setToolTip(nimbara_i18n::tr(
-        "Un video con transparencia (WebM, MOV) que tapa el corte. Su sonido no sale."));
+    choose->setToolTip(
+        nimbara_i18n::tr("Un video con transparencia (WebM, MOV) que tapa el corte. Se oye su "
+                         "sonido."));
     column->addWidget(choose);
     column->addWidget(m_clip);
     auto *line = new QHBoxLayout;

@@ -9,14 +9,27 @@
 
 namespace nimbara {
 
+namespace {
+
+constexpr const char *holdsTyping = "holdsTyping";
+
+} // namespace
+
 bool isTypedInto(const QWidget *widget)
 {
     const auto *list = qobject_cast<const QComboBox *>(widget);
-    return qobject_cast<const QLineEdit *>(widget) != nullptr
+    return (widget != nullptr && widget->property(holdsTyping).toBool())
+        || qobject_cast<const QLineEdit *>(widget) != nullptr
         || qobject_cast<const QPlainTextEdit *>(widget) != nullptr
         || qobject_cast<const QTextEdit *>(widget) != nullptr
         || qobject_cast<const QAbstractSpinBox *>(widget) != nullptr
         || (list != nullptr && list->isEditable());
+}
+
+void holdTyping(QWidget &widget)
+{
+    widget.setProperty(holdsTyping, true);
+    widget.setFocus();
 }
 
 bool isTyping()

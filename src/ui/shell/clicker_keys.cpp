@@ -7,6 +7,7 @@
 #include <QAbstractSlider>
 #include <QApplication>
 #include <QComboBox>
+#include <QDialog>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QTabBar>
@@ -32,6 +33,19 @@ bool usesArrows(const QWidget &widget)
         || (canvas != nullptr && canvas->canNudge());
 }
 
+/// A letter looks for an entry there. In the window's own lists a clicker goes first.
+bool usesLetters(const QWidget &widget)
+{
+    return qobject_cast<const QComboBox *>(&widget) != nullptr
+        || (qobject_cast<const QAbstractItemView *>(&widget) != nullptr
+            && qobject_cast<const QDialog *>(widget.window()) != nullptr);
+}
+
+bool isLetter(const QKeyEvent &key)
+{
+    return !key.text().isEmpty() && key.text().front().isPrint();
+}
+
 /// The key goes to this widget first.
 bool isReceiver(const QWidget &widget)
 {
@@ -50,25 +64,31 @@ ClickerKeys::ClickerKeys(const KeyMap &keys, QObject *parent)
 
 bool ClickerKeys::eventFilter(QObject *watched, QEvent *event)
 {
-    if (!m_isListening || event->type() != QEvent::KeyPress || !watched->isWidgetType()) {
+    const bool isKey
+        = event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride;
+    if (!m_isListening || !isKey || !watched->isWidgetType()) {
         return false;
     }
     const auto *widget = static_cast<QWidget *>(watched);
-    return isReceiver(*widget) && take(*widget, *static_cast<QKeyEvent *>(event));
+    const bool isTaken = isReceiver(*widget) && take(*widget, *static_cast<QKeyEvent *>(event));
+    if (isTaken) {
+        event->accept(); // no shortcut of the window then
+    }
+    return isTaken;
 }
 
-/// A key that is held down is one press.
+/// A key that is held down is one press. What only asks for the key is told that it is taken.
 bool ClickerKeys::take(const QWidget &widget, const QKeyEvent &key)
 {
     if (isTypedInto(&widget) || QApplication::activePopupWidget() != nullptr
-        || (isArrow(key.key()) && usesArrows(widget))) {
+        || (isArrow(key.key()) && usesArrows(widget)) || (isLetter(key) && usesLetters(widget))) {
         return false;
     }
     const QKeySequence pressed = sequenceOf(key);
     for (const KeyAction action :
         std::array { KeyAction::ClickerOn, KeyAction::ClickerBack, KeyAction::ClickerBlack }) {
         if (m_keys.has(action, pressed)) {
-            if (!key.isAutoRepeat()) {
+            if (key.type() == QEvent::KeyPress && !key.isAutoRepeat()) {
                 Q_EMIT this->pressed(action);
             }
             return true;

@@ -162,7 +162,21 @@ void KeyPage::take(const QKeySequence &key)
     keys.removeAll(key);
     m_keys.setKeys(action, keys << key);
     ask(Wanted::Nothing);
-    tell(QStringLiteral("“%1”: %2").arg(keyActionText(action), m_keys.text(action)));
+    tell(QStringLiteral("“%1”: %2").arg(keyActionText(action), m_keys.text(action))
+        + alsoDone(action, key));
+}
+
+/// What else the key does, where the two do not meet: what listens to a clicker goes first.
+QString KeyPage::alsoDone(KeyAction action, const QKeySequence &key) const
+{
+    for (const KeyRow &row : keyTable()) {
+        if (!placesMeet(row.place, keyRow(action).place) && m_keys.has(row.action, key)) {
+            return QLatin1Char(' ')
+                + words("%1 es también de “%2” (%3).")
+                      .arg(keyText(key), keyActionText(row.action), keyPlaceText(row.place));
+        }
+    }
+    return {};
 }
 
 /// The keys that are asked for mean nothing else, neither here nor in the window.

@@ -35,6 +35,7 @@ private:
     void ask(Wanted wanted);
     void tell(const QString &text);
     void take(const QKeySequence &key);
+    [[nodiscard]] QString alsoDone(KeyAction action, const QKeySequence &key) const;
     void removeKeys();
     [[nodiscard]] std::optional<KeyAction> chosen() const;
 

@@ -77,11 +77,7 @@ void ProjectControls::connectDesk()
                 Qt::QueuedConnection);
         }
     });
-    connect(desk, &ProjectDesk::saved, this, [this] {
-        if (m_next) {
-            std::exchange(m_next, nullptr)();
-        }
-    });
+    connect(desk, &ProjectDesk::saved, this, &ProjectControls::goOn, Qt::QueuedConnection);
     connect(desk, &ProjectDesk::failed, this, [this](const Message &text) {
         m_next = nullptr;
         m_guard.tell(text);
@@ -107,6 +103,14 @@ void ProjectControls::settleUnsaved(std::function<void()> next)
     if (const QString path = askSavePath(); !path.isEmpty()) {
         m_next = std::move(next);
         m_studio.projects().saveAtClosing(path);
+    }
+}
+
+/// What was edited while the file was written is asked about as well.
+void ProjectControls::goOn()
+{
+    if (m_next) {
+        settleUnsaved(std::exchange(m_next, nullptr));
     }
 }
 

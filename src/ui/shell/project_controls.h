@@ -40,6 +40,7 @@ public:
 
 private:
     void connectDesk();
+    void goOn();
     void open();
     void askAndOpen();
     void save();

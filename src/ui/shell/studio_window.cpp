@@ -473,8 +473,8 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     }
     if (!m_mayClose && m_studio.document().hasUnsavedWork()) {
         event->ignore();
-        const auto closeLater = [this, asked = m_studio.document().project()] {
-            m_mayClose = m_studio.document().project() == asked; // edited since: ask again
+        const auto closeLater = [this] {
+            m_mayClose = true;
             // Not within this event: the toolkit would take the window for closed already.
             QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
         };

@@ -10,8 +10,7 @@
 #include "ui/shell/project_row.h"
 
 #include <QAction>
-
-#include <algorithm>
+#include <QShortcutEvent>
 
 namespace nimbara {
 
@@ -27,13 +26,6 @@ bool mayBeTyped(const QKeySequence &key)
     const QKeyCombination pressed = key[0];
     return (pressed.keyboardModifiers() & ~Qt::ShiftModifier) == Qt::NoModifier
         && pressed.key() < Qt::Key_Escape;
-}
-
-bool mayBeTyped(const QList<QKeySequence> &keys)
-{
-    return std::any_of(keys.begin(), keys.end(), [](const QKeySequence &key) {
-        return mayBeTyped(key);
-    });
 }
 
 } // namespace
@@ -64,13 +56,18 @@ QAction *WindowKeys::add(KeyAction what, const std::function<void()> &step)
     action->setAutoRepeat(false);
     m_keys.bind(action, what);
     m_window.addAction(action);
-    connect(action, &QAction::triggered, this, [this, what, step] {
-        if (!(isTyping() && mayBeTyped(m_keys.keys(what)))) {
-            step();
-        }
-    });
+    action->installEventFilter(this);
+    connect(action, &QAction::triggered, this, step);
     m_actions.push_back({ what, action });
     return action;
+}
+
+/// A key that may be typed does nothing while somebody types; the action's others do.
+bool WindowKeys::eventFilter(QObject *watched, QEvent *event)
+{
+    return (event->type() == QEvent::Shortcut && isTyping()
+               && mayBeTyped(static_cast<QShortcutEvent *>(event)->key()))
+        || QObject::eventFilter(watched, event);
 }
 
 void WindowKeys::addProgram()
@@ -154,8 +151,8 @@ void WindowKeys::connectClicker()
         if (action == KeyAction::ClickerBlack) {
             m_studio.program().offAir();
         } else {
-            m_views.verses.stepPage(action == KeyAction::ClickerOn ? VerseSteps::Direction::On
-                                                                   : VerseSteps::Direction::Back);
+            m_views.verses.stepOnAir(action == KeyAction::ClickerOn ? VerseSteps::Direction::On
+                                                                    : VerseSteps::Direction::Back);
         }
     });
 }

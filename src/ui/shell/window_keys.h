@@ -38,6 +38,9 @@ public:
     /// Everything referred to must outlive this.
     WindowKeys(QWidget &window, Studio &studio, KeyMap &keys, Views views);
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     struct Bound {
         KeyAction what;

@@ -99,6 +99,7 @@ constexpr TextPair pairs[] = {
     TextPair { "GRABACIÓN EN PAUSA", "RECORDING PAUSED" },
     TextPair { "Servicio %1", "Service %1" },
     TextPair { "Hora y duración del servicio", "Time of day and length of the service" },
+    TextPair { "Pestañas de trabajo", "Work tabs" },
 };
 
 } // namespace

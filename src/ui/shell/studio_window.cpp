@@ -193,6 +193,7 @@ void StudioWindow::layOut()
     resize(QSize(1320, 920).boundedTo(screen()->availableSize()));
 
     m_tabs->setObjectName(QStringLiteral("tabs"));
+    m_tabs->setAccessibleName(nimbara_i18n::tr("Pestañas de trabajo"));
     m_tabs->setMinimumHeight(lowestTabs);
     m_tabs->addTab(new PageScroll(m_sceneTab), nimbara_i18n::tr("Escena y fuentes"));
     m_tabs->addTab(new PageScroll(m_sourcesTab), nimbara_i18n::tr("Fuentes y pantallas"));

@@ -27,7 +27,7 @@ def factory(colour, secured):
         " ! openh264enc gop-size=30 ! h264parse ! rtph264pay name=pay0 pt=96"
         " audiotestsrc is-live=true ! rtpgstpay name=pay1 pt=97 )"
     )
-    made.set_shared(True)
+    made.set_shared(False)  # one client that is cut off holds up no other
     if secured:
         permissions = GstRtspServer.RTSPPermissions()
         permissions.add_permission_for_role("viewer", "media.factory.access", True)

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <utility>
 
 namespace nimbara {
 
@@ -11,22 +14,53 @@ namespace nimbara {
 /// Gives back what `takePictureBlock(bytes)` gave.
 void givePictureBlock(void *block, std::size_t bytes) noexcept;
 
-/// Lets a container of the standard library keep its elements there.
-template <typename T> struct PictureAllocator {
-    using value_type = T;
-
-    PictureAllocator() = default;
-    template <typename U> explicit PictureAllocator(const PictureAllocator<U> & /*other*/) { }
-
-    [[nodiscard]] T *allocate(std::size_t count)
+/// The bytes of one picture, in such a block.
+class PictureBytes {
+public:
+    PictureBytes() = default;
+    /// With whatever was in them. Throws std::bad_alloc.
+    explicit PictureBytes(std::size_t size)
+        : m_bytes(static_cast<std::uint8_t *>(takePictureBlock(size)))
+        , m_size(size)
     {
-        return static_cast<T *>(takePictureBlock(count * sizeof(T)));
     }
-    void deallocate(T *first, std::size_t count) noexcept
+    PictureBytes(const PictureBytes &other)
+        : PictureBytes(other.m_size)
     {
-        givePictureBlock(first, count * sizeof(T));
+        std::copy_n(other.m_bytes, m_size, m_bytes);
     }
-    bool operator==(const PictureAllocator & /*other*/) const { return true; }
+    PictureBytes(PictureBytes &&other) noexcept
+        : m_bytes(std::exchange(other.m_bytes, nullptr))
+        , m_size(std::exchange(other.m_size, 0))
+    {
+    }
+    PictureBytes &operator=(PictureBytes other) noexcept
+    {
+        std::swap(m_bytes, other.m_bytes);
+        std::swap(m_size, other.m_size);
+        return *this;
+    }
+    ~PictureBytes()
+    {
+        if (m_bytes != nullptr) {
+            givePictureBlock(m_bytes, m_size);
+        }
+    }
+
+    [[nodiscard]] std::size_t size() const { return m_size; }
+    [[nodiscard]] bool empty() const { return m_size == 0; }
+    [[nodiscard]] std::uint8_t *data() { return m_bytes; }
+    [[nodiscard]] const std::uint8_t *data() const { return m_bytes; }
+    [[nodiscard]] std::uint8_t *begin() { return m_bytes; }
+    [[nodiscard]] std::uint8_t *end() { return m_bytes + m_size; }
+    [[nodiscard]] const std::uint8_t *begin() const { return m_bytes; }
+    [[nodiscard]] const std::uint8_t *end() const { return m_bytes + m_size; }
+    std::uint8_t &operator[](std::size_t place) { return m_bytes[place]; }
+    const std::uint8_t &operator[](std::size_t place) const { return m_bytes[place]; }
+
+private:
+    std::uint8_t *m_bytes = nullptr;
+    std::size_t m_size = 0;
 };
 
 } // namespace nimbara

@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace nimbara {
@@ -23,7 +24,8 @@ Frame::Frame(std::int32_t frameWidth, std::int32_t frameHeight)
     , height(frameHeight)
 {
     checkSize(width, height);
-    pixels.resize(static_cast<std::size_t>(width) * height * 4);
+    pixels = PictureBytes(static_cast<std::size_t>(width) * height * 4);
+    std::fill(pixels.begin(), pixels.end(), std::uint8_t { 0 });
     makeOpaque(*this);
 }
 
@@ -37,15 +39,14 @@ Frame::Frame(std::int32_t frameWidth,
     , opaque(isOpaque)
 {
     checkSize(width, height);
-    const std::ptrdiff_t packed = std::ptrdiff_t { width } * 4;
-    if (stride == packed) {
-        pixels.assign(rows, rows + packed * height);
+    const std::size_t packed = static_cast<std::size_t>(width) * 4;
+    pixels = PictureBytes(packed * height);
+    if (stride == static_cast<std::ptrdiff_t>(packed)) {
+        std::memcpy(pixels.data(), rows, pixels.size());
         return;
     }
-    pixels.reserve(static_cast<std::size_t>(packed) * height);
     for (std::int32_t y = 0; y < height; ++y) {
-        const std::uint8_t *row = rows + y * stride;
-        pixels.insert(pixels.end(), row, row + packed);
+        std::memcpy(pixels.data() + packed * y, rows + y * stride, packed);
     }
 }
 

@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 namespace nimbara {
 
@@ -37,8 +36,7 @@ struct Frame {
 
     std::int32_t width = 0;
     std::int32_t height = 0;
-    std::vector<std::uint8_t, PictureAllocator<std::uint8_t>>
-        pixels; ///< width × height × 4 bytes: R, G, B, A
+    PictureBytes pixels; ///< width × height × 4 bytes: R, G, B, A
     bool opaque = true; ///< every alpha byte is known to be 255
 
     [[nodiscard]] FrameSize size() const { return { width, height }; }

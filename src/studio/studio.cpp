@@ -260,6 +260,7 @@ void Studio::step()
     m_scenePictures.frameMade(now, isLate || hasSkipped);
     measureHealth(now);
     tidyPictureMemory();
+    m_fault = {}; // one that comes later is another
 }
 
 void Studio::measureHealth(std::int64_t now)

@@ -99,7 +99,7 @@ private Q_SLOTS:
             clip.opaque = false;
             for (std::int32_t pixel = 0; pixel < size.width * size.height; ++pixel) {
                 const int column = pixel % size.width - size.width / 2;
-                auto *bytes = &clip.pixels.at(static_cast<std::size_t>(pixel) * 4);
+                auto *bytes = &clip.pixels[static_cast<std::size_t>(pixel) * 4];
                 bytes[1] = 240;
                 bytes[3] = column < -size.width / 8 ? 0 : column < size.width / 8 ? 128 : 255;
             }

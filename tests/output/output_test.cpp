@@ -209,9 +209,12 @@ private Q_SLOTS:
         QTRY_VERIFY(isReady(ends) && isReady(beside));
         ProgramFeed feed(small);
         for (int i = 0; i < 10; ++i) {
-            const Tick tick = feed.next();
-            push(ends, tick);
-            push(beside, tick);
+            {
+                const Tick tick = feed.next();
+                push(ends, tick);
+                push(beside, tick);
+            }
+            QVERIFY(feed.wait());
         }
         ends.finish();
         ends.endEncoder();

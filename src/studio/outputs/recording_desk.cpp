@@ -98,13 +98,18 @@ void RecordingDesk::goOnIn(const QString &path)
     }
     open(path);
     m_isPaused = false;
+    tellOpened(step, path);
+    Q_EMIT changed();
+}
+
+void RecordingDesk::tellOpened(Step step, const QString &path)
+{
     if (step == Step::Resume) {
         Q_EMIT said(Message("Grabando en %1", { nameOf(path) }));
     } else if (step == Step::Beside) {
         Q_EMIT alarmed(
             Message("El archivo de la grabación no crecía; sigue en %1", { nameOf(path) }));
     }
-    Q_EMIT changed();
 }
 
 void RecordingDesk::openPart(const QString &path)
@@ -212,6 +217,8 @@ void RecordingDesk::finishFile()
         }
         m_entry = std::move(m_lastEntry);
         removeBehind(std::exchange(m_path, m_lastPath));
+        m_disk.watch(m_path);
+        m_fileBytes = -1;
     }
 }
 
@@ -252,8 +259,9 @@ void RecordingDesk::resume()
 void RecordingDesk::ended(bool cleanly)
 {
     callOffPart();
-    m_grownUs = m_clock.monotonicUs(); // the part before may still be on its way
-    m_disk.watch({});
+    m_grownUs = m_clock.monotonicUs();
+    // The part before may still be on its way.
+    m_disk.watch(m_outputs.recording().exists() ? m_lastPath : QString());
     m_freeBytes.reset();
     if (m_entry && cleanly) {
         m_entry->finished();
@@ -261,6 +269,7 @@ void RecordingDesk::ended(bool cleanly)
     m_entry.reset();
     settleLastPart();
     m_isPaused = m_isPaused && cleanly;
+    m_wantsMore = m_wantsMore && cleanly;
     Q_EMIT changed();
 }
 

@@ -95,6 +95,7 @@ private:
     void look();
     void pollStep();
     void goOnIn(const QString &path);
+    void tellOpened(Step step, const QString &path);
     void openPart(const QString &path);
     void callOff();
     void callOffPart();

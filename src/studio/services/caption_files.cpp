@@ -62,8 +62,12 @@ private:
             && file.write(bytes) == bytes.size();
         if (!written) { // no half of a cue stays, and no file without its head
             file.close();
-            QFile::resize(path, before);
-            path = before == 0 ? QString() : path;
+            if (before == 0) {
+                file.remove();
+                path.clear();
+            } else {
+                QFile::resize(path, before);
+            }
         }
         return written;
     }

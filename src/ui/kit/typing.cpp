@@ -11,14 +11,14 @@ namespace nimbara {
 
 namespace {
 
-constexpr const char *holdsTyping = "holdsTyping";
+constexpr const char *holds = "holdsTyping";
 
 } // namespace
 
 bool isTypedInto(const QWidget *widget)
 {
     const auto *list = qobject_cast<const QComboBox *>(widget);
-    return (widget != nullptr && widget->property(holdsTyping).toBool())
+    return (widget != nullptr && holdsTyping(*widget))
         || qobject_cast<const QLineEdit *>(widget) != nullptr
         || qobject_cast<const QPlainTextEdit *>(widget) != nullptr
         || qobject_cast<const QTextEdit *>(widget) != nullptr
@@ -28,8 +28,13 @@ bool isTypedInto(const QWidget *widget)
 
 void holdTyping(QWidget &widget)
 {
-    widget.setProperty(holdsTyping, true);
+    widget.setProperty(holds, true);
     widget.setFocus();
+}
+
+bool holdsTyping(const QWidget &widget)
+{
+    return widget.property(holds).toBool();
 }
 
 bool isTyping()

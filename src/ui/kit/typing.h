@@ -11,6 +11,9 @@ bool isTypedInto(const QWidget *widget);
 /// what is typed on is still text, and for nobody.
 void holdTyping(QWidget &widget);
 
+/// Whether the widget holds it.
+bool holdsTyping(const QWidget &widget);
+
 /// Whether it is the focused widget that is.
 bool isTyping();
 

@@ -80,7 +80,8 @@ bool ClickerKeys::eventFilter(QObject *watched, QEvent *event)
 /// A key that is held down is one press. What only asks for the key is told that it is taken.
 bool ClickerKeys::take(const QWidget &widget, const QKeyEvent &key)
 {
-    if (isTypedInto(&widget) || QApplication::activePopupWidget() != nullptr
+    const bool isText = holdsTyping(widget) ? isLetter(key) : isTypedInto(&widget);
+    if (isText || QApplication::activePopupWidget() != nullptr
         || (isArrow(key.key()) && usesArrows(widget)) || (isLetter(key) && usesLetters(widget))) {
         return false;
     }

@@ -161,23 +161,6 @@ private Q_SLOTS:
         QCOMPARE(FakeVideo4Linux::asked(), 0);
     }
 
-    /// Each attempt at a driver that hangs for good costs a thread.
-    void noThirdAttemptBeginsWhileTwoHang()
-    {
-        const std::shared_ptr<const void> hanging[] { std::make_shared<int>(),
-            std::make_shared<int>() };
-        for (const auto &[held, state] :
-            { std::pair { 1, State::Delivers }, { 2, State::Failed } }) {
-            m_asked.clear();
-            auto opening = open("videotestsrc is-live=true",
-                { mode(64) },
-                DirectRoad::None,
-                { hanging, hanging + held });
-            QVERIFY(run(*opening, state));
-            QCOMPARE(m_asked.empty(), state == State::Failed);
-        }
-    }
-
     /// A device that is still being let go of is not opened, on whatever way it was given up.
     void waitsUntilTheDeviceIsFree()
     {
@@ -323,8 +306,7 @@ private Q_SLOTS:
 private:
     std::unique_ptr<CameraOpening> open(const std::string &opens,
         const std::vector<DeviceMode> &modes,
-        DirectRoad direct = DirectRoad::None,
-        const DeviceHolders &before = {})
+        DirectRoad direct = DirectRoad::None)
     {
         m_device
             = fakeDevice({ .properties = "p,api.v4l2.path=(string)/dev/video7", .opens = opens });
@@ -339,7 +321,7 @@ private:
                 return m_factory.camera({ 64, 36 }, opened.get(), asked.mode, asked.road);
             },
             modes,
-            before,
+            DeviceHolders {},
             direct);
     }
     /// The clock runs between two attempts alone.

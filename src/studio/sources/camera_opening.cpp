@@ -3,21 +3,11 @@
 #include "base/error.h"
 #include "base/log.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace nimbara {
 
 namespace {
-
-/// Pipelines of one device that hang; each costs a thread. More are not begun meanwhile.
-constexpr std::ptrdiff_t mostHanging = 2;
-
-bool areTooMany(const DeviceHolders &holders)
-{
-    const auto hangs = [](const auto &holder) { return !holder.expired(); };
-    return std::count_if(holders.begin(), holders.end(), hangs) >= mostHanging;
-}
 
 /// The service, left a moment ago, may not have let go of the device yet.
 bool isHeld(DeviceRoad road, const std::optional<std::int64_t> &leftUs, std::int64_t nowUs)
@@ -78,10 +68,6 @@ CameraOpening::State CameraOpening::poll()
         return follow();
     }
     const std::int64_t waitedUs = m_clock.monotonicUs() - m_begunUs;
-    if (waitedUs > patienceUs && areTooMany(m_before)) {
-        m_starved = true;
-        return State::Failed;
-    }
     const bool isFree = areGone(m_before) || waitedUs > patienceUs;
     if (!isFree || waitedUs < m_restUs) {
         return State::Underway;

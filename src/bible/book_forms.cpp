@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 
 namespace bible {
 
@@ -31,27 +32,27 @@ constexpr auto moreForms = std::to_array<Forms>({
     { 7, "ru|rth" },
     { 8, "s|sm|sam|saml" },
     { 10, "r|re|rey|rs|k|ki|kgs|kin|king|rg|rgs" },
-    { 12, "cr|cro|cron|ch|chr|chro|chron|cro|par|paralipomenos" },
+    { 12, "cr|cro|crn|cron|ch|chr|chro|chron|cro|par|paralipomenos" },
     { 14, "esdr" },
-    { 15, "nehem" },
+    { 15, "nh|nehem" },
     { 16, "esth|estr" },
     { 17, "jb" },
-    { 18, "salm|slm|sl|psm|pss|pslm|psal|libro de los salmos" },
+    { 18, "salm|psalmo|pslam|palsm|slm|sl|psm|pss|pslm|psal|libro de los salmos" },
     { 19, "pro|prv|pv|proverbio|proverb|proverbios de salomon" },
     { 20, "ecc|eccl|eccles|qo|qoh|qohelet|predicador|eclesiastes o predicador" },
-    { 21, "ct|cnt|cantar|cantares de salomon|el cantar de los cantares|cantico de los canticos"
+    { 21, "ct|cnt|ss|cantar|cantar de cantares|cantar de salomon|cantar de los cantares de salomon|cantares de salomon|el cantar de los cantares|cantico de los canticos"
           "|song of songs|song of sol|songs|sng|sg|sos|canticles|canticle of canticles" },
-    { 22, "isai|isaia|ysaias" },
+    { 22, "isai|isaia|ysaias|isayas|isiah" },
     { 23, "jr|jerem|jere" },
     { 24, "lam|lament|lamentacion|lamentaciones de jeremias|lamentations of jeremiah" },
-    { 25, "ezek|ezk|ezeq|esequiel" },
+    { 25, "ezek|ezk|ezq|ezeq|esequiel" },
     { 26, "dnl|danl" },
     { 27, "ho" },
     { 28, "joe" },
-    { 30, "ab|ob|obad" },
+    { 30, "ab|ob|obd|obad" },
     { 31, "jnh|jns" },
     { 32, "mq|mch" },
-    { 33, "na" },
+    { 33, "na|naum" },
     { 34, "hb|haba|habacuq|habakuk|habacuk" },
     { 35, "sf|zp|zeph|sofo" },
     { 36, "hg|ag|ageo" },
@@ -59,24 +60,24 @@ constexpr auto moreForms = std::to_array<Forms>({
     { 38, "ml|mlq|malaq" },
     { 39, "matt|mateos|mattew|mathew|matheo" },
     { 40, "mrk|mrc|marc|marco" },
-    { 41, "luk|lucs" },
-    { 42, "jhn|joh|jn|jua" },
-    { 43, "hc|hechs|hechos de los apostoles|hechos apostoles|los hechos de los apostoles|ac|acts of the apostles"
+    { 41, "luk|lucs|lukas" },
+    { 42, "jhn|joh|jn|jua|jhon" },
+    { 43, "hc|hechs|echos|hechos de los apostoles|hechos de apostoles|hechos de los santos apostoles|hechos apostoles|los hechos de los apostoles|ac|acts of the apostles"
           "|acts of apostles" },
     { 44, "rm|rmns|roman|romano" },
-    { 45, "co|cor|corinthian|corint|corinto|corintio" },
+    { 45, "co|cor|corinthian|corint|corinto|corintio|corintos" },
     { 47, "gl|gala" },
     { 48, "efe|efes|ephes|efecios|ephesian" },
-    { 49, "phil|fp|filip|filp|filipences|phillipians|philipians|phillippians" },
+    { 49, "phil|fp|pp|filip|filp|filipences|phillipians|philipians|phillippians" },
     { 50, "cl|colos|coloss|colocenses|colossenses" },
     { 51, "t|ts|te|th|tes|tess|thes|thess|tesal|tesalonisenses|tesalonicences|thessalonian|thesalonians" },
     { 53, "t|tm|ti|tim|timo|timot" },
     { 55, "tt" },
-    { 56, "film|phlm|philem|phlmn" },
+    { 56, "fm|pm|film|phlm|philem|phlmn" },
     { 57, "hb|hbr|hebr|ebreos|hebreo|hebrew" },
-    { 58, "st|snt|sgo|sant|jm|jam|jms" },
+    { 58, "st|snt|sgo|stgo|sant|jm|jam|jms" },
     { 59, "p|pe|pt|ped|pdr|pet|ptr" },
-    { 61, "j|jn|jua|jo|joh|jhn" },
+    { 61, "j|jn|jua|jo|joh|jhn|jhon" },
     { 64, "jd|jds" },
     { 65, "apo|apc|apoca|apocal|rv|revelations|revelacion|apocalipcis|apocalypse|apocalipsis de juan"
           "|apocalipsis de san juan|revelation of john|revelation to john|revelation of st john"
@@ -170,6 +171,53 @@ QList<std::int32_t> booksBeginning(const QString &name, std::int32_t ordinal)
     }
     return booksWhere(ordinal, true, [&name](const QString &form) {
         return form.startsWith(name);
+    });
+}
+
+namespace {
+
+/// How many letters were put in, left out, changed or swapped with their neighbour between two
+/// words (the optimal string alignment distance of Damerau and Levenshtein).
+qsizetype slips(const QString &typed, const QString &meant)
+{
+    const qsizetype width = meant.size() + 1;
+    QList<qsizetype> all((typed.size() + 1) * width);
+    const auto at
+        = [&](qsizetype row, qsizetype column) -> qsizetype & { return all[row * width + column]; };
+    for (qsizetype row = 0; row <= typed.size(); ++row) {
+        for (qsizetype column = 0; column < width; ++column) {
+            if (row == 0 || column == 0) {
+                at(row, column) = row + column;
+                continue;
+            }
+            const bool same = typed.at(row - 1) == meant.at(column - 1);
+            qsizetype least = std::min({ at(row - 1, column) + 1,
+                at(row, column - 1) + 1,
+                at(row - 1, column - 1) + (same ? 0 : 1) });
+            if (row > 1 && column > 1 && typed.at(row - 1) == meant.at(column - 2)
+                && typed.at(row - 2) == meant.at(column - 1)) {
+                least = std::min(least, at(row - 2, column - 2) + 1);
+            }
+            at(row, column) = least;
+        }
+    }
+    return all.last();
+}
+
+} // namespace
+
+QList<std::int32_t> booksMisspelt(const QString &name, std::int32_t ordinal)
+{
+    // Shorter names are too near to other words: "jueves", "Judit".
+    constexpr qsizetype shortest = 7;
+    constexpr qsizetype longer = 9;
+    if (name.size() < shortest - 1) {
+        return {};
+    }
+    return booksWhere(ordinal, true, [&name](const QString &form) {
+        const qsizetype most = form.size() >= longer ? 2 : 1;
+        return form.size() >= shortest && std::abs(form.size() - name.size()) <= most
+            && slips(name, form) <= most;
     });
 }
 

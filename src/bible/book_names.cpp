@@ -47,16 +47,23 @@ bool isSaintless(std::int32_t book)
     return (book >= 43 && book <= lettersOfPaul.last) || book == newTestament.last;
 }
 
+/// A reading of the service, which may be the first or the second one: no ordinal of a book.
+bool isReading(const QString &word)
+{
+    static const Words all = words("lectura texto cita read reading text");
+    return all.contains(word);
+}
+
 /// Words that may stand before the name of a book, and what they say of it.
 std::optional<Range> leadIn(const QString &word)
 {
     static const Words plain
         = words("el la los las the de del of a to al segun according libro libros book books "
-                "universal general catolica cf cfr ver vease see leer lee lectura texto cita "
-                "read reading text");
+                "universal general catolica cf cfr ver vease see leer lee lease todo biblico "
+                "biblica jesucristo cristo");
     static const std::pair<Words, Range> kinds[] {
         { plain, {} },
-        { words("evangelio evangelios gospel"), gospels },
+        { words("evangelio evangelios evang ev gospel"), gospels },
         { words("carta cartas epistola epistolas letter epistle"), letters },
         { words("profeta prophet"), prophets },
         { words("apostol apostle"), newTestament },
@@ -66,6 +73,9 @@ std::optional<Range> leadIn(const QString &word)
             return range;
         }
     }
+    if (isReading(word)) {
+        return Range {};
+    }
     return isSaint(word) ? std::optional(newTestament) : std::nullopt;
 }
 
@@ -73,9 +83,9 @@ std::int32_t ordinalWord(const QString &word)
 {
     static const QHash<QString, std::int32_t> ordinals = [] {
         QHash<QString, std::int32_t> all;
-        const char *const lists[] { "primera primero primer first i",
-            "segunda segundo second ii",
-            "tercera tercero tercer third iii" };
+        const char *const lists[] { "primera primero primer first i ia",
+            "segunda segundo second ii iia",
+            "tercera tercero tercer third iii iiia" };
         for (std::int32_t number = 1; number <= 3; ++number) {
             for (const QString &each : words(lists[number - 1])) {
                 all.insert(each, number);
@@ -181,7 +191,7 @@ private:
         for (std::int32_t number = 3; number >= 1; --number) {
             const QString roman(number, QLatin1Char('i'));
             const QString rest = word.mid(number);
-            if (word.startsWith(roman) && rest.size() >= 3 && !booksNamed(rest, number).isEmpty()) {
+            if (word.startsWith(roman) && rest.size() >= 2 && !booksNamed(rest, number).isEmpty()) {
                 m_joined = rest;
                 m_ordinal = number;
                 return true;
@@ -216,12 +226,13 @@ private:
         return best;
     }
 
-    /// "San Juan Apóstol".
-    [[nodiscard]] bool isAuthor(qsizetype at) const
+    [[nodiscard]] bool isApostle(qsizetype at) const
     {
         static const Words authors = words("apostol evangelista apostle evangelist");
-        return m_person && isWordAt(at) && authors.contains(m_tokens.at(at).text);
+        return isWordAt(at) && authors.contains(m_tokens.at(at).text);
     }
+    /// "San Juan Apóstol".
+    [[nodiscard]] bool isAuthor(qsizetype at) const { return m_person && isApostle(at); }
 
     /// What may stand behind a name: the numbers, or the words before them.
     [[nodiscard]] bool endsName(qsizetype at) const
@@ -238,7 +249,9 @@ private:
         if (!isWordAt(m_at) || !endsName(isSignAt(m_at + 1, '.') ? m_at + 2 : m_at + 1)) {
             return {};
         }
-        return { allowed(booksBeginning(wordAt(m_at), m_ordinal)), m_at + 1 };
+        const QString word = wordAt(m_at);
+        const auto begun = allowed(booksBeginning(word, m_ordinal));
+        return { begun.isEmpty() ? allowed(booksMisspelt(word, m_ordinal)) : begun, m_at + 1 };
     }
 
     bool readLeadIn()
@@ -253,10 +266,16 @@ private:
         while (isSignAt(next, '.') || isSignAt(next, ':')) {
             ++next;
         }
-        const QString following = isWordAt(next) ? m_tokens.at(next).text : QString();
-        const bool toWhom = following == QLatin1String("a") || following == QLatin1String("to");
+        if (paul && isApostle(next)) {
+            ++next;
+        }
+        static const Words behindPaul = words("a to letter");
+        const bool toWhom = isWordAt(next) && behindPaul.contains(m_tokens.at(next).text);
         if (!range || (paul && !toWhom) || next >= m_tokens.size()) {
             return false;
+        }
+        if (isReading(word)) {
+            m_ordinal = 0; // "Primera lectura: Juan 3"
         }
         // "San Pablo a los Romanos": the saint wrote it, the book is not called after him.
         m_person = isSaint(word) || (m_person && !paul);
@@ -304,7 +323,7 @@ bool isVerseWord(const QString &word)
 
 bool isFiller(const QString &word)
 {
-    static const Words all = words("el la los las the de del desde from");
+    static const Words all = words("el la los las the de del desde from en");
     return all.contains(word);
 }
 

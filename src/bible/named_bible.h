@@ -12,9 +12,9 @@ struct WithoutBible {
     QString bible;
 };
 
-/// Takes the name of a Bible from the end of a normalised text, "juan 3:16 (kjv)": one that is
-/// known, or the name or identifier of an imported one. Only a name behind a number or a letter of
-/// a verse is one: "rv 3:20" begins with a book.
+/// Takes the name of a Bible from the end of a normalised text, "juan 3:16 kjv": one that is known,
+/// or the name or identifier of an imported one. Only a name behind a number or a letter of a verse
+/// is one, or a known one before the name of a book, "kjv juan 3:16": "rv 3:20" begins with a book.
 WithoutBible takeBible(const QString &normalized);
 
 /// Whether an entry of the online service's list, "Reina Valera 1960 (RVR60)", is the Bible.

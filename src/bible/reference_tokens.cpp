@@ -51,15 +51,17 @@ QString plainReference(const QString &typed)
             plain += plainSign(sign);
         }
     }
-    plain = normalize(plain);
+    static const QRegularExpression brackets(QStringLiteral("[\"“”«»‹›„()\\[\\]{}<>*_•]|[’']s\\b"));
+    plain = normalize(plain.replace(brackets, QStringLiteral(" ")));
     static const QRegularExpression around(
-        QStringLiteral("^[\\s\"'“”‘’«»‹›„‚`´()\\[\\]{}<>*_¿¡•·-]+"
-                       "|[\\s\"'“”‘’«»‹›„‚`´()\\[\\]{}<>*_.,;!?…·]+$"));
+        QStringLiteral("^[^a-z0-9]+|[\\s'‘’‚`´.,;!?…·\\p{So}\\x{fe0f}]+$"));
+    static const QRegularExpression dangling(
+        QStringLiteral("\\s-+$|(?:(?<=[:.,]\\d)|(?<=[:.,]\\d\\d)|(?<=[:.,]\\d\\d\\d))\\s*:$"));
     // "Salmo nº 23"
     static const QRegularExpression number(
-        QStringLiteral("(?<=[a-z.] )(?:nª|n[o.]\\.?|nro\\.?|numero|number) ?(?=\\d)"));
+        QStringLiteral("(?<=[a-z.] )(?:n\\.?ª|n[o.]\\.?|nro\\.?|numero|number) ?(?=\\d)"));
     plain.remove(number);
-    return plain.size() > longestText ? QString() : plain.remove(around);
+    return plain.size() > longestText ? QString() : plain.remove(around).remove(dangling);
 }
 
 std::optional<QList<Token>> tokens(const QString &plain)

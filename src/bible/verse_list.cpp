@@ -171,7 +171,8 @@ private:
 
     std::optional<Place> readPlace()
     {
-        if (take(Kind::Chapter)) {
+        if (is(Kind::Chapter)) {
+            m_chapters = m_symbols.at(m_at++).value > 1;
             const auto chapter = takeNumber();
             return chapter ? readVerse(*chapter) : std::nullopt;
         }
@@ -228,11 +229,11 @@ private:
         return isPlace(m_chapter, number);
     }
 
-    /// In "3,16-4,2" and "3,16; 4,2" the number before the comma is a chapter. In "26,14-27,66" it
-    /// may be a verse of the same chapter, too.
+    /// In "3,16-4,2", "3,16 y 4,2" and "3,16; 4,2" the number before the comma is a chapter. In
+    /// "26,14-27,66" it may be a verse of the same chapter, too.
     bool beginsAnotherChapter(std::int32_t number)
     {
-        if (m_separator != Kind::To) {
+        if (m_separator != Kind::To && m_separator != Kind::And) {
             return m_separator == Kind::Semicolon;
         }
         return number > m_chapter && (number <= m_rangeFrom || takesOther());
@@ -270,7 +271,7 @@ private:
             if (m_separator == Kind::Semicolon || m_separator == Kind::And) {
                 return std::nullopt;
             }
-            if (first && !(isListOfNumbers() && takesOther())) {
+            if (first && !m_chapters && !(isListOfNumbers() && takesOther())) {
                 ++m_at;
                 return takeVerse(chapter, Kind::Comma);
             }
@@ -310,6 +311,7 @@ private:
     std::int32_t m_chapter = 0; ///< of the verse before
     std::int32_t m_rangeFrom = 0; ///< the verse before "-"
     bool m_verses = false; ///< a verse stands before
+    bool m_chapters = false; ///< several were named so
     Kind m_separator = Kind::Number; ///< before this place; Number: it is the first
     Kind m_division = Kind::Number; ///< between the last chapter and its verse; Number: a blank
 };
@@ -398,10 +400,12 @@ ListRead readList(const QList<Token> &tokens, qsizetype begin, std::int32_t book
     if (!usual.doubtful) {
         return usual;
     }
-    // Where the other sense leads beyond the canon, only the usual one can be meant.
+    // Where one sense leads beyond the canon, only the other can be meant.
     const ListRead other = readInSense(*list, book, Sense::Other);
     const Limit limit = usual.limit.book >= 0 ? usual.limit : other.limit;
-    return { usual.passages + other.passages, !other.passages.isEmpty(), limit };
+    return { usual.passages + other.passages,
+        !usual.passages.isEmpty() && !other.passages.isEmpty(),
+        limit };
 }
 
 } // namespace bible

@@ -46,12 +46,16 @@ std::optional<Kind> plainKind(const QString &word)
         { "until", Kind::To },
         { "s", Kind::Next },
         { "f", Kind::Next },
+        { "sig", Kind::Next },
         { "siguiente", Kind::Next },
         { "ss", Kind::NextAll },
         { "ff", Kind::NextAll },
         { "sgs", Kind::NextAll },
         { "sigs", Kind::NextAll },
+        { "sgts", Kind::NextAll },
         { "sgtes", Kind::NextAll },
+        { "sigtes", Kind::NextAll },
+        { "sqq", Kind::NextAll },
         { "siguientes", Kind::NextAll },
         { "following", Kind::NextAll },
         { "onward", Kind::NextAll },
@@ -64,6 +68,38 @@ std::optional<Kind> plainKind(const QString &word)
         }
     }
     return std::nullopt;
+}
+
+bool isFollowing(const QString &word)
+{
+    const auto kind = plainKind(word);
+    return kind == Kind::Next || kind == Kind::NextAll;
+}
+
+/// "capítulos 1, 2" are two chapters, "capítulo 1, 2" is a verse.
+bool isChapters(const QString &word)
+{
+    return word == QLatin1String("capitulos") || word == QLatin1String("caps")
+        || word == QLatin1String("chapters") || word == QLatin1String("chaps");
+}
+
+/// The "a" of "16a", the "ab" of "16ab".
+bool isPart(const QString &word)
+{
+    for (qsizetype at = 0; at < word.size(); ++at) {
+        const QChar least = at == 0 ? QLatin1Char('a') : QChar(word.at(at - 1).unicode() + 1);
+        if (word.at(at) < least || word.at(at) > QLatin1Char('e')) {
+            return false;
+        }
+    }
+    return word.size() <= 3;
+}
+
+/// "Salmo 23 completo".
+bool isWhole(const QString &word)
+{
+    return word == QLatin1String("completo") || word == QLatin1String("entero")
+        || word == QLatin1String("complete") || word == QLatin1String("entire");
 }
 
 /// Turns tokens into symbols, one by one.
@@ -121,21 +157,27 @@ private:
     {
         const QString &word = token.text;
         const bool behindNumber = token.glued && isLast(Kind::Number);
-        if (behindNumber && word.size() == 1 && word >= QLatin1String("a")
-            && word <= QLatin1String("e") && !isNumberNext()) {
+        if (behindNumber && isPart(word) && !isNumberNext()) {
             return add(Kind::Part);
         }
         if (isChapterWord(word)) {
-            return add(Kind::Chapter);
+            m_symbols.append({ Kind::Chapter, isChapters(word) ? 2 : 1, token.glued });
+            return true;
         }
         if (isVerseWord(word)) {
-            return add(Kind::Verse);
+            return isLast(Kind::NextAll) || add(Kind::Verse); // "and following verses"
+        }
+        if (isWhole(word) && isLast(Kind::Number) && next() == nullptr) {
+            return true;
         }
         if (const auto kind = plainKind(word)) {
             return addPlain(*kind, word);
         }
-        return (word == QLatin1String("en") && next() != nullptr
-                   && next()->text == QLatin1String("adelante"))
+        const auto isBefore = [&](const char *first, const char *second) {
+            return word == QLatin1String(first) && next() != nullptr
+                && next()->text == QLatin1String(second);
+        };
+        return isBefore("en", "adelante") || isBefore("up", "to")
             || (isFiller(word) && addFiller(word));
     }
 
@@ -164,7 +206,16 @@ private:
             return false;
         }
         const bool beforeWord = next()->isWord()
-            && (isFiller(next()->text) || isChapterWord(next()->text) || isVerseWord(next()->text));
+            && (isFiller(next()->text) || isChapterWord(next()->text) || isVerseWord(next()->text)
+                || isFollowing(next()->text));
+        const bool beforeArticle = beforeWord && isFiller(next()->text)
+            && m_at + 2 < m_tokens.size() && m_tokens.at(m_at + 2).isNumber();
+        if (begins && beforeArticle && isLast(Kind::Number)) {
+            return add(Kind::Verse); // "3 desde el 16"
+        }
+        if (begins && isNumberNext() && m_symbols.isEmpty()) {
+            return true; // "Salmos del 120 al 134"
+        }
         if (beforeWord || (isNumberNext() && (isLast(Kind::Verse) || isLast(Kind::Chapter)))) {
             return true;
         }

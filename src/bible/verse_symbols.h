@@ -19,14 +19,14 @@ struct Symbol {
         Semicolon,
         And, ///< "y", "&"
         To, ///< "-", "al"
-        Chapter, ///< "capítulo", "cap."
+        Chapter, ///< "capítulo", "cap."; of several, "capítulos", the value is 2
         Verse, ///< "versículo", "v."
         Part, ///< the "a" of "16a"
         Next, ///< the "s" of "16s": and the following verse
         NextAll ///< the "ss" of "16ss": and the following verses
     };
     Kind kind = Kind::Number;
-    std::int32_t value = 0; ///< of a number
+    std::int32_t value = 0; ///< of a number; see Chapter
     bool glued = false; ///< no blank stands before it
 };
 

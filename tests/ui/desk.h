@@ -7,8 +7,10 @@
 #include "ui/scripted_dialogs.h"
 #include "ui/shell/studio_window.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QSettings>
 #include <QTabWidget>
@@ -75,6 +77,24 @@ struct Desk {
         document().apply(SetField { layers().at(place).id, field, value });
     }
     void select(std::size_t place) { find<Canvas>("canvas")->setSelected(layers().at(place).id); }
+    Canvas *canvas() { return find<Canvas>("canvas"); }
+    /// Where on the canvas a point of the frame lies, given in its widths and heights.
+    QPoint at(double x, double y)
+    {
+        const QRectF area = canvas()->frameArea();
+        return QPointF(area.x() + x * area.width(), area.y() + y * area.height()).toPoint();
+    }
+    /// On the canvas, by the left button.
+    void drag(QPoint from, QPoint to, Qt::KeyboardModifiers held = {})
+    {
+        QTest::mousePress(canvas(), Qt::LeftButton, held, from);
+        for (const QPoint place : { (from + to) / 2, to }) {
+            const QPoint there = canvas()->mapToGlobal(place);
+            QMouseEvent move(QEvent::MouseMove, place, there, Qt::NoButton, Qt::LeftButton, held);
+            QApplication::sendEvent(canvas(), &move);
+        }
+        QTest::mouseRelease(canvas(), Qt::LeftButton, held, to);
+    }
     /// The selected layer's place, −1 for none.
     int selected()
     {

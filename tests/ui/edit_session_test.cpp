@@ -56,6 +56,17 @@ auto struck(const char *place, Qt::Key key, Qt::KeyboardModifiers held = {})
     };
 }
 
+/// Of the selected layer, by its middle or by its right lower corner.
+auto dragged(bool byCorner)
+{
+    return [=](SessionDesk &desk) {
+        const Box box = boxOf(desk.layers().at(static_cast<std::size_t>(desk.selected())));
+        const double part = byCorner ? 1 : 0.5;
+        const QPoint from = desk.at(box.x + part * box.w, box.y + part * box.h);
+        desk.drag(from, from - QPoint(40, 20), Qt::AltModifier); // which snaps to nothing
+    };
+}
+
 /// One after the other, on a scene without layers.
 std::vector<Deed> deeds()
 {
@@ -84,6 +95,8 @@ std::vector<Deed> deeds()
         { "its colour", coloured("textColor", QColor(250, 200, 0)) },
         { "what is behind it", coloured("backgroundColor", QColor(90, 0, 0, 200)) },
         { "moved by a key", struck("canvas", Qt::Key_Left, Qt::ShiftModifier) },
+        { "dragged", dragged(false) },
+        { "scaled by its corner", dragged(true) },
         { "a surface", added(6) },
         { "its fill", coloured("fillColor", QColor(0, 90, 160)) },
         { "behind the text", pressed("layerDown") },

@@ -30,13 +30,7 @@ struct GroupDesk : Desk {
         setLayers(fourTexts());
         select(0);
     }
-    Canvas *canvas() { return find<Canvas>("canvas"); }
     LayerList *list() { return find<LayerList>("layers"); }
-    QPoint at(double x, double y)
-    {
-        const QRectF area = canvas()->frameArea();
-        return QPointF(area.x() + x * area.width(), area.y() + y * area.height()).toPoint();
-    }
     QPoint middleOf(std::size_t place)
     {
         const Box box = boxOf(layers().at(place));
@@ -50,20 +44,6 @@ struct GroupDesk : Desk {
     {
         const QRect entry = list()->visualItemRect(list()->item(row));
         QTest::mouseClick(list()->viewport(), Qt::LeftButton, held, entry.center());
-    }
-    void drag(QPoint from, QPoint to, Qt::KeyboardModifiers held = {})
-    {
-        QTest::mousePress(canvas(), Qt::LeftButton, held, from);
-        for (const QPoint place : { (from + to) / 2, to }) {
-            QMouseEvent move(QEvent::MouseMove,
-                place,
-                canvas()->mapToGlobal(place),
-                Qt::NoButton,
-                Qt::LeftButton,
-                held);
-            QApplication::sendEvent(canvas(), &move);
-        }
-        QTest::mouseRelease(canvas(), Qt::LeftButton, held, to);
     }
     void key(const char *widget, QKeyCombination keys)
     {

@@ -23,7 +23,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 struct SceneDesk : Desk {
-    Canvas *canvas() { return find<Canvas>("canvas"); }
     QListWidget *list() { return find<QListWidget>("layers"); }
 
     /// A layer that is 20 % to 60 % of the frame in both directions, selected. It is another value
@@ -37,18 +36,6 @@ struct SceneDesk : Desk {
         select(0);
     }
     const Layer &first() { return layers()[0]; }
-    QPoint at(double x, double y)
-    {
-        const QRectF area = frameRect(canvas()->size(), 16.0 / 9);
-        return QPointF(area.x() + x * area.width(), area.y() + y * area.height()).toPoint();
-    }
-    void drag(QPoint from, QPoint to)
-    {
-        QTest::mousePress(canvas(), Qt::LeftButton, {}, from);
-        QTest::mouseMove(canvas(), (from + to) / 2);
-        QTest::mouseMove(canvas(), to);
-        QTest::mouseRelease(canvas(), Qt::LeftButton, {}, to);
-    }
 };
 
 bool isClose(double a, double b)

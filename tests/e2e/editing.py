@@ -11,7 +11,7 @@ LAYERS = "Fuentes de la escena (arriba = encima)"
 CANVAS = "PREPARACIÓN"
 TEXT, LEFT, TOP = "Texto", "Posición X", "Posición Y"
 CHANGED = (AttributeError, IndexError, gi.repository.GLib.Error)  # the tree under the walk, or it is gone
-ENTRIES = {"text": 3, "color": 7, "verse": 9}  # of the menu "+ Fuente"
+ENTRIES = {"image": 2, "text": 3, "color": 7, "verse": 9}  # of the menu "+ Fuente"
 
 
 def make_home(secrets=None, **settings):
@@ -79,11 +79,15 @@ class Editor:
 
     # What is done.
 
-    def add(self, kind):
-        before, shown = len(self.listed()), self.studio.windows()
+    def choose_source(self, kind):
+        shown = self.studio.windows()
         self.click("+ Fuente")
         self.wait("the menu", lambda: self.studio.windows() != shown)
         x("key", *["Down"] * ENTRIES[kind], "Return")
+
+    def add(self, kind):
+        before = len(self.listed())
+        self.choose_source(kind)
         self.wait("a layer more", lambda: len(self.listed()) == before + 1)
 
     def write(self, name, text):

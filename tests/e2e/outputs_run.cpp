@@ -1,3 +1,4 @@
+#include "clip_program.h"
 #include "compositor/scene/frame_schedule.h"
 #include "studio/outputs/recording_desk.h"
 #include "studio/outputs/stream_desk.h"
@@ -8,17 +9,12 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QPainter>
-#include <QRandomGenerator>
 #include <QSocketNotifier>
 
-#include <cmath>
 #include <cstdio>
 #include <functional>
 #include <map>
-#include <numbers>
 #include <unistd.h>
-#include <vector>
 
 // The engine's outputs in real time, without sources and a window, as a child of a test. Lines on
 // the input drive them; a line of JSON tells how they are, ten times a second.
@@ -28,41 +24,6 @@ using namespace nimbara;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// The program: what a test clip shows and sounds like (clips.h), with noise that fills a bit rate.
-class Clip {
-public:
-    Clip()
-    {
-        QRandomGenerator(1).fillRange(reinterpret_cast<quint32 *>(m_noise.bits()), 1920 * 1000 / 4);
-    }
-    [[nodiscard]] FramePtr picture(std::int64_t number) const
-    {
-        auto frame = std::make_shared<Frame>(landscapeSize.width, landscapeSize.height);
-        QImage view(frame->pixels.data(), frame->width, frame->height, QImage::Format_RGBX8888);
-        QPainter painter(&view);
-        for (int bit = 0; bit < 16; ++bit) {
-            const bool isSet = (number >> bit & 1) != 0;
-            painter.fillRect(bit * 120, 0, 120, 135, isSet ? Qt::white : Qt::black);
-        }
-        painter.fillRect(0, 945, 1920, 135, flashes(number) ? Qt::white : Qt::black);
-        painter.drawImage(0, 540, m_noise, 0, static_cast<int>(number * 37 % 984), 1920, 16);
-        return frame;
-    }
-    [[nodiscard]] static std::vector<float> sound(std::int64_t number)
-    {
-        std::vector<float> block(3200);
-        for (std::size_t i = 0; flashes(number) && i < block.size(); ++i) { // 30 whole periods
-            const auto turns = static_cast<double>(i / 2) * 900 / 48000;
-            block[i] = static_cast<float>(0.5 * std::sin(2 * std::numbers::pi * turns));
-        }
-        return block;
-    }
-
-private:
-    static bool flashes(std::int64_t number) { return number % 30 < 3; }
-    QImage m_noise { 1920, 1000, QImage::Format_Grayscale8 };
-};
 
 class Run : public QObject {
 public:
@@ -97,7 +58,7 @@ private:
             const FramePtr picture = m_clip.picture(number);
             QElapsedTimer timer;
             timer.start();
-            tellStopped(m_outputs.push(picture, Clip::sound(number), time * 1000));
+            tellStopped(m_outputs.push(picture, testing::ClipProgram::sound(number), time * 1000));
             m_ticks.append(static_cast<double>(timer.nsecsElapsed()) * 1e-6);
             m_halved += m_outputs.encoders().effort() == Effort::HalfRate ? 1 : 0;
         }
@@ -178,7 +139,7 @@ private:
     StreamDesk m_streams;
     RecordingDesk m_recordings;
     FrameSchedule m_schedule;
-    Clip m_clip;
+    testing::ClipProgram m_clip { landscapeSize };
     QSocketNotifier m_input { STDIN_FILENO, QSocketNotifier::Read };
     QByteArray m_lines; ///< of the input, the last one not whole yet
     std::int64_t m_reportedUs = 0;

@@ -237,7 +237,7 @@ class StormTest(StudioTest):
         made, late, missed = map(int, re.search(r"Programas: (\d+) imágenes, (\d+) tarde, (\d+) sin hacer", log).groups())
         print(f"programs: {made} pictures, {late} later than their slot, {missed} not made")
         self.expect(missed <= 5, "at most five slots are missed in PROGRAM and hall")
-        strange = [line for line in log.splitlines() if " error: " in line and not re.search(EXPLAINED, line)]
+        strange = [line for line in log.splitlines() if re.search(" error: |Error inesperado", line) and not re.search(EXPLAINED, line)]
         self.assertEqual(strange, [], "errors that the storm does not explain")
 
     def check_resources(self, samples):

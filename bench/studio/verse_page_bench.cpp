@@ -35,7 +35,19 @@ void prepareVerses(Studio &studio)
     }
 }
 
-/// A step and the frame that shows it in all three pictures.
+/// A tenth of a second of the frame clock's runs.
+void rest(Studio &studio, testing::ManualClock &clock)
+{
+    constexpr std::chrono::microseconds pause { 5000 };
+    for (int run = 0; run < 20; ++run) {
+        clock.advanceUs(pause.count());
+        studio.tick();
+        QCoreApplication::processEvents();
+        std::this_thread::sleep_for(pause);
+    }
+}
+
+/// A step and the frame that shows it in all three pictures, ten times a second.
 double versePageMs()
 {
     testing::ManualClock clock;
@@ -43,6 +55,7 @@ double versePageMs()
     prepareVerses(studio);
     std::vector<double> times;
     for (int step = 0; step < 30; ++step) {
+        rest(studio, clock);
         clock.advanceUs(FrameSchedule::periodUs);
         times.push_back(timeMs([&] {
             studio.verseSteps().step({}, VerseSteps::Direction::On);
@@ -106,7 +119,7 @@ public:
         std::vector<double> keys;
         std::vector<double> frames;
         for (int step = 0; step < steps; ++step) {
-            rest();
+            rest(m_studio, m_clock);
             keys.push_back(
                 threadMs([&] { m_studio.verseSteps().step({}, VerseSteps::Direction::On); }));
             m_clock.advanceUs(FrameSchedule::periodUs);
@@ -135,7 +148,7 @@ public:
                 QStringLiteral("Juan 3:16"),
                 { QStringLiteral("es"), {}, {} });
             m_studio.stage().document.apply(SetField { layer, LayerField::Size, size });
-            rest();
+            rest(m_studio, m_clock);
             lookUps.push_back(threadMs([&] {
                 m_studio.verses().lookupVerse(layer,
                     QStringLiteral("Salmos 119"),
@@ -155,17 +168,6 @@ public:
     }
 
 private:
-    /// A tenth of a second of frames.
-    void rest()
-    {
-        for (int frame = 0; frame < 3; ++frame) {
-            m_clock.advanceUs(FrameSchedule::periodUs);
-            m_studio.tick();
-            QCoreApplication::processEvents();
-            std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        }
-    }
-
     testing::ManualClock m_clock;
     Studio m_studio { m_clock };
 };

@@ -16,6 +16,8 @@ namespace nimbara {
 
 namespace {
 
+constexpr int givingNiceness = 4;
+
 struct Unref {
     void operator()(GDBusConnection *bus) const { g_object_unref(bus); }
     void operator()(GVariant *value) const { g_variant_unref(value); }
@@ -81,9 +83,16 @@ void askForPriority(int niceness, std::function<void(const QString &error)> told
     g_bus_get(G_BUS_TYPE_SYSTEM, nullptr, onConnection, request.release());
 }
 
+void giveWayToOthers()
+{
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), givingNiceness); // the thread alone
+}
+
 #else
 
 void askForPriority(int /*niceness*/, std::function<void(const QString &error)> /*told*/) { }
+
+void giveWayToOthers() { }
 
 #endif
 

@@ -14,4 +14,9 @@ namespace nimbara {
 /// Where nothing can be had the thread stays as it is.
 void askForPriority(int niceness, std::function<void(const QString &error)> told);
 
+/// For work that can wait: from now on the calling thread has its turn after the rest of the
+/// studio, a niceness (nice(2)) of 4, which it cannot take back without privileges. Where threads
+/// have none of their own it stays as it is.
+void giveWayToOthers();
+
 } // namespace nimbara

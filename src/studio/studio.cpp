@@ -244,6 +244,7 @@ void Studio::step()
     const std::int64_t now = m_clock.monotonicUs();
     const std::optional<std::int64_t> frameTime = m_schedule.due(now);
     if (!frameTime) {
+        m_verseSteps.useTime(now);
         m_scenePictures.useTime(now, m_schedule.next());
         return;
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "compositor/scene/picture_fit.h"
 #include "compositor/scene/verse_pager.h"
 #include "compositor/text/text_block.h"
 #include "compositor/text/text_layout.h"
@@ -12,12 +11,7 @@ namespace nimbara::testing {
 /// The texts of the page that the layer shows.
 inline TextBlock drawn(const Layer &layer, const VersePages &pages, FrameSize frame)
 {
-    const QRectF box = pixelBox(QRectF(layer.x, layer.y, layer.w, layer.h), frame);
-    return *layerText(pageShown(layer, pages),
-        box,
-        frame.height,
-        QRect(0, 0, frame.width, frame.height),
-        pages.pages[pages.shown(layer)].numbers);
+    return *textOfPage(layer, pages, frame);
 }
 
 /// No text reaches out of its column.

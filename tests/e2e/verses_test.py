@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The shipped program and its verses by keys alone, in both languages: cued, taken, paged, the neighbours,
 another Bible, and what was shown before; and two Bibles side by side with their pages in the hall and in the
-streams, in both formats.
+streams, in both formats. Each format in one language, unless NIMBARA_VERSES asks for both.
 
 usage: verses_test.py PROGRAM MAKE_CLIP [unittest arguments]
 """
@@ -11,10 +11,13 @@ import os
 import pathlib
 import subprocess
 import tempfile
+import unittest
 
 from case import StudioTest, main
 from desktop import Atspi, Program, wait_for, x
 from hands import Keyboard
+
+both_languages = unittest.skipUnless("NIMBARA_VERSES" in os.environ, "takes minutes")
 
 WORDS = {
     "es": dict(
@@ -310,6 +313,16 @@ class HallVersesTest(StudioTest):
     def test_wide_in_english(self):
         self.open_project("en", False, ENGLISH, SPANISH)
         self.read_on("wide-en")
+
+    @both_languages
+    def test_upright_in_english(self):
+        self.open_project("en", True, ENGLISH, SPANISH)
+        self.read_on("upright-en")
+
+    @both_languages
+    def test_wide_in_spanish(self):
+        self.open_project("es", False, SPANISH, ENGLISH)
+        self.read_on("wide-es")
 
 
 if __name__ == "__main__":

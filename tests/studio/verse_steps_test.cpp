@@ -59,6 +59,35 @@ struct PagedDesk : StudioFixture {
         const Layer *layer = findLayer(studio.document().scenes(), id);
         return pageShown(*layer, pagesOf(*layer, landscapeSize));
     }
+    /// Runs of the frame clock in which nothing is done, and what is wanted then is made.
+    void rest(std::int64_t us)
+    {
+        for (std::int64_t passed = 0; passed < us; passed += 5'000) {
+            frame(5'000);
+        }
+        studio.stage().pager->finishAhead();
+    }
+    /// After what was no step.
+    void restLong() { rest(VerseSteps::stillUs + FrameSchedule::periodUs); }
+    /// How many verses in PREVIEW and on air there is no picture of yet.
+    int countUnpainted()
+    {
+        Stage &stage = studio.stage();
+        int missing = 0;
+        for (const auto &[shown, frame] :
+            { std::pair { stage.document.currentScene(), stage.previewFrame() },
+                { stage.program.streams(), stage.streamFrame() },
+                { stage.program.hall(), hallSize } }) {
+            for (const Layer &layer : shown->layers) {
+                const auto pages = pagesOf(layer, frame);
+                missing += layer.kind == LayerKind::Verse
+                        && !stage.pager->painted(*textOfPage(layer, pages, frame))
+                    ? 1
+                    : 0;
+            }
+        }
+        return missing;
+    }
     static QString label(const Layer &layer) { return layer.reference.section(u" · "_s, 0, 0); }
 };
 
@@ -260,6 +289,48 @@ private Q_SLOTS:
             QCOMPARE(onAir.secondText.isEmpty(), blank);
             QVERIFY(!desk.onAir(desk.streams).text.isEmpty());
             QCOMPARE(desk.statuses.last().contains(u"No está en Reina-Valera 1909"), blank);
+        }
+    }
+
+    /// A step painted the page in the frame that showed it.
+    void whatAStepShowsIsPaintedBefore()
+    {
+        for (const StreamProfile profile : { StreamProfile::Landscape, StreamProfile::Portrait }) {
+            PagedDesk desk(u"Salmos 119:1-40"_s);
+            desk.studio.changeProfile(profile);
+            desk.studio.program().take();
+            desk.studio.program().setEditSet(1);
+            desk.studio.verses().setSecond(desk.hall, u"KJV"_s);
+            desk.studio.program().take();
+            desk.studio.program().setEditSet(0);
+            desk.restLong();
+            for (const Direction direction : { Direction::On,
+                     Direction::On,
+                     Direction::Back,
+                     Direction::Back,
+                     Direction::Back, // to the verse before
+                     Direction::On }) {
+                desk.step(direction);
+                QCOMPARE(desk.countUnpainted(), 0);
+                desk.rest(FrameSchedule::periodUs);
+            }
+            desk.set(desk.placeOf(desk.streams), LayerField::Color, QColor(Qt::red));
+            desk.step(Direction::On); // at once: PREVIEW alone looks otherwise
+            QCOMPARE(desk.countUnpainted(), 1);
+            desk.restLong();
+            desk.step(Direction::On);
+            QCOMPARE(desk.countUnpainted(), 0);
+            desk.setLayers({}); // and nothing is kept of a verse that is gone
+            const Layer gone = *findLayer(*desk.studio.stage().program.streams(), desk.streams);
+            for (const int set : { 0, 1 }) {
+                desk.studio.program().setEditSet(set);
+                desk.setLayers({});
+                desk.studio.program().offAir();
+            }
+            desk.restLong();
+            const FrameSize frame = desk.studio.stage().streamFrame();
+            QVERIFY(!desk.studio.stage().pager->painted(
+                *textOfPage(gone, pagesOf(gone, frame), frame)));
         }
     }
 

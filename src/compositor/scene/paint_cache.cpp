@@ -52,7 +52,10 @@ SpritePtr PaintCache::text(const TextBlock &block)
         found->lastUse = m_now;
         return found->sprite;
     }
-    auto sprite = std::make_shared<const Sprite>(paintText(block, m_ink));
+    SpritePtr sprite = m_versePager->painted(block);
+    if (!sprite) {
+        sprite = std::make_shared<const Sprite>(paintText(block, m_ink));
+    }
     m_texts.push_back({ block, sprite, m_now });
     return sprite;
 }

@@ -15,10 +15,8 @@ namespace nimbara {
 
 struct Composed;
 
-using SpritePtr = std::shared_ptr<const Sprite>;
-
 /// What several composers have painted once and lay down again and again: texts, scaled pictures
-/// and whole compositions.
+/// and whole compositions. What the pager has painted ahead is not painted again.
 ///
 /// A sprite that nobody holds leaves when it was not asked for during `patience` compositions, when
 /// its picture is gone, or when the unheld ones take more than `maxIdleBytes`. Patience is short:

@@ -1,5 +1,7 @@
 #include "compositor/scene/verse_pager.h"
 
+#include "compositor/scene/pages_ahead.h"
+#include "compositor/scene/picture_fit.h"
 #include "compositor/scene/verse_paging.h"
 
 #include <algorithm>
@@ -10,7 +12,6 @@ namespace nimbara {
 namespace {
 
 constexpr std::size_t mostRemembered = 32;
-constexpr std::size_t mostAhead = 8;
 
 /// The largest size from `smallest` on that shows everything on one page; `smallest` does.
 std::int32_t largestFitting(const VersePaging &paging, std::int32_t smallest, std::int32_t size)
@@ -101,29 +102,28 @@ Layer pageShown(const Layer &layer, const VersePages &pages)
     return shown;
 }
 
-VersePager::VersePager()
+std::optional<TextBlock> textOfPage(const Layer &layer, const VersePages &pages, FrameSize frame)
 {
-    m_thread.setMaxThreadCount(1);
-    m_thread.setExpiryTimeout(-1); // with the fonts that it has measured
+    return layerText(pageShown(layer, pages),
+        pixelBox(QRectF(layer.x, layer.y, layer.w, layer.h), frame),
+        frame.height,
+        QRect(0, 0, frame.width, frame.height),
+        pages.pages[pages.shown(layer)].numbers);
 }
 
-VersePager::~VersePager()
+VersePager::VersePager()
+    : m_ahead(std::make_unique<PagesAhead>())
 {
-    m_thread.clear();
-    m_thread.waitForDone();
 }
+
+VersePager::~VersePager() = default;
 
 const VersePages &VersePager::pages(const Layer &layer, FrameSize frame)
 {
     const PagedLayer asked = pagedFields(layer, frame);
     auto found = find(asked);
     if (found == m_entries.end()) {
-        Entries made;
-        {
-            const std::lock_guard lock(m_mutex);
-            made.swap(m_made);
-        }
-        remember(std::move(made));
+        remember(m_ahead->takePages());
         found = find(asked);
     }
     if (found != m_entries.end()) {
@@ -138,41 +138,32 @@ const VersePages &VersePager::pages(const Layer &layer, FrameSize frame)
 
 void VersePager::makeAhead(const std::vector<PagedLayer> &wanted)
 {
-    m_thread.clear();
-    std::vector<PagedLayer> begun;
+    std::vector<PagesAhead::Wanted> all;
     for (const PagedLayer &each : wanted) {
-        const PagedLayer of = pagedFields(each.layer, each.frame);
-        if (find(of) == m_entries.end() && std::count(begun.begin(), begun.end(), of) == 0) {
-            begun.push_back(of);
-            m_thread.start([this, of, layer = each.layer] { make(of, layer); });
+        PagesAhead::Wanted one { pagedFields(each.layer, each.frame), each.layer, std::nullopt };
+        const auto found = find(one.of);
+        if (found != m_entries.end()) {
+            const VersePages &pages = found->pages;
+            one.shown = VersePages { pages.size, { pages.pages[pages.shown(each.layer)] } };
         }
+        all.push_back(std::move(one));
     }
+    m_ahead->want(std::move(all));
 }
 
-/// On the thread.
-void VersePager::make(const PagedLayer &of, const Layer &layer)
+SpritePtr VersePager::painted(const TextBlock &block)
 {
-    const auto isMade = [this, &of] {
-        const std::lock_guard lock(m_mutex);
-        return std::any_of(m_made.begin(), m_made.end(), [&of](const Entry &entry) {
-            return entry.of == of;
-        });
-    };
-    if (isMade()) {
-        return;
-    }
-    Entries entry;
-    entry.push_back({ of, pagesOf(layer, of.frame) });
-    const std::lock_guard lock(m_mutex);
-    m_made.splice(m_made.begin(), std::move(entry));
-    if (m_made.size() > mostAhead) {
-        m_made.pop_back();
-    }
+    return m_ahead->painted(block);
+}
+
+void VersePager::finishAhead()
+{
+    m_ahead->finish();
 }
 
 VersePager::Entries::iterator VersePager::find(const PagedLayer &asked)
 {
-    return std::find_if(m_entries.begin(), m_entries.end(), [&asked](const Entry &entry) {
+    return std::find_if(m_entries.begin(), m_entries.end(), [&asked](const LayerPages &entry) {
         return entry.of == asked;
     });
 }

@@ -1,18 +1,21 @@
 #pragma once
 
+#include "compositor/text/coverage.h"
 #include "compositor/text/text_block.h"
 #include "document/layer.h"
 #include "signal/frame.h"
 
 #include <QString>
-#include <QThreadPool>
 
 #include <cstdint>
 #include <list>
-#include <mutex>
+#include <memory>
+#include <optional>
 #include <vector>
 
 namespace nimbara {
+
+class PagesAhead;
 
 /// A part of a verse layer's passage that is shown at once: its texts as they are drawn.
 struct VersePage {
@@ -43,6 +46,9 @@ VersePages pagesOf(const Layer &layer, FrameSize frame);
 /// The layer with what its page shows, and no pages any more.
 Layer pageShown(const Layer &layer, const VersePages &pages);
 
+/// The text of the page that a verse layer shows, as it is drawn in a program's frame.
+std::optional<TextBlock> textOfPage(const Layer &layer, const VersePages &pages, FrameSize frame);
+
 /// A layer in a program's frame: what pages are of.
 struct PagedLayer {
     Layer layer;
@@ -50,12 +56,17 @@ struct PagedLayer {
     bool operator==(const PagedLayer &) const = default;
 };
 
-/// Remembers the pages of the layers that were last asked for, and makes some before they are.
-/// Interface thread only.
+struct LayerPages {
+    PagedLayer of; ///< as far as its pages depend on it
+    VersePages pages;
+};
+
+/// Remembers the pages of the layers that were last asked for, and has some made ready before they
+/// are. Interface thread only.
 class VersePager {
 public:
     VersePager();
-    /// Waits for what is being made ahead, one layer at most.
+    /// Waits for what is being made ready, one layer at most.
     ~VersePager();
     VersePager(const VersePager &) = delete;
     VersePager &operator=(const VersePager &) = delete;
@@ -66,25 +77,25 @@ public:
     /// so many others were asked for.
     const VersePages &pages(const Layer &layer, FrameSize frame);
 
-    /// Makes pages that are likely to be asked for next on a thread of its own, in their order.
-    /// What an earlier call wanted and is not begun is left out.
+    /// Makes ready what is likely to be shown next (`PagesAhead`), in this order: the pages of each
+    /// layer, and the picture of the one that it shows. What an earlier call wanted and is not
+    /// begun is left out; when nothing is wanted, all pictures go.
     void makeAhead(const std::vector<PagedLayer> &wanted);
 
+    /// The picture of a page that was made ready; none while it is not.
+    [[nodiscard]] SpritePtr painted(const TextBlock &block);
+
+    /// Waits until all that is wanted is ready; for tests.
+    void finishAhead();
+
 private:
-    struct Entry {
-        PagedLayer of; ///< as far as its pages depend on it
-        VersePages pages;
-    };
-    using Entries = std::list<Entry>;
+    using Entries = std::list<LayerPages>;
 
     [[nodiscard]] Entries::iterator find(const PagedLayer &asked);
     void remember(Entries &&made);
-    void make(const PagedLayer &of, const Layer &layer);
 
     Entries m_entries; ///< the last asked for first
-    std::mutex m_mutex;
-    Entries m_made; ///< ahead, and not asked for yet; under the mutex
-    QThreadPool m_thread;
+    std::unique_ptr<PagesAhead> m_ahead;
 };
 
 } // namespace nimbara

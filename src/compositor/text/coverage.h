@@ -5,6 +5,7 @@
 #include <QRect>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace nimbara {
@@ -59,6 +60,8 @@ struct Sprite {
 
     [[nodiscard]] QRect rect() const { return { place, image.size() }; }
 };
+
+using SpritePtr = std::shared_ptr<const Sprite>;
 
 /// Paints the stamps one over the other onto the sprite, all in one colour (whose alpha does not
 /// count). The sprite holds RGBA bytes in either format.

@@ -5,14 +5,11 @@
 
 #include <atomic>
 #include <memory>
-#include <sys/resource.h>
-#include <unistd.h>
 
 namespace nimbara {
 
 namespace {
 
-constexpr int givingNiceness = 4;
 constexpr int keepingNiceness = -5;
 
 std::atomic<bool> encodersKeep { false };
@@ -29,9 +26,7 @@ gpointer runInTurn(gpointer given)
     if (work->turn == ThreadTurn::Encoder && encodersKeep) {
         askForPriority(keepingNiceness, [](const QString & /*error*/) {});
     } else {
-#ifdef __linux__
-        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), givingNiceness); // the thread alone
-#endif
+        giveWayToOthers();
     }
     work->function(work->data);
     return nullptr;

@@ -8,6 +8,7 @@
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace nimbara {
@@ -15,6 +16,7 @@ namespace nimbara {
 namespace {
 
 const QString dot = QStringLiteral(" · ");
+constexpr std::int32_t lastPage = std::numeric_limits<std::int32_t>::max(); ///< however many
 
 const Layer *frontVerse(const ScenePtr &scene)
 {
@@ -84,21 +86,6 @@ Layer withVerse(Layer layer, const SetVerse &verse)
     return layer;
 }
 
-/// The page of other pages that shows what a page shows: of as many pages the same one, the last
-/// one for the last, else the one with its beginning.
-std::int32_t matchingPage(const VersePages &pace, std::size_t page, const VersePages &other)
-{
-    if (pace.pages.size() == other.pages.size()) {
-        return static_cast<std::int32_t>(page);
-    }
-    std::size_t found = page + 1 == pace.pages.size() ? other.pages.size() - 1 : 0;
-    while (
-        found + 1 < other.pages.size() && other.pages[found + 1].place <= pace.pages[page].place) {
-        ++found;
-    }
-    return static_cast<std::int32_t>(found);
-}
-
 /// The verse behind or before a passage.
 std::optional<bible::Passage>
 neighbour(const bible::Bible &bible, const bible::Passage &passage, VerseSteps::Direction direction)
@@ -123,9 +110,8 @@ VerseSteps::VerseSteps(const Surroundings &surroundings)
 {
     connect(&surroundings.verses, &VerseDesk::written, this, &VerseSteps::receive);
     const auto prepare = [this](LayerId layer) {
-        if (const auto lead = spotOf(layer)) {
-            makeAhead(*lead);
-        }
+        m_stepped = layer;
+        m_hasStepped = true;
     };
     connect(&surroundings.verses, &VerseDesk::written, this, prepare);
     connect(&surroundings.verses, &VerseDesk::quickVerseAdded, this, prepare);
@@ -134,13 +120,23 @@ VerseSteps::VerseSteps(const Surroundings &surroundings)
 
 void VerseSteps::step(LayerId layer, Direction direction)
 {
-    stepFrom(spotOf(layer), direction);
+    m_stepped = layer;
+    m_stepsOnAir = false;
+    stepFrom(leadNow(), direction);
 }
 
 void VerseSteps::stepOnAir(LayerId layer, Direction direction)
 {
-    const std::optional<Spot> shown = spotOnAir();
-    stepFrom(shown ? shown : spotOf(layer), direction);
+    m_stepped = layer;
+    m_stepsOnAir = true;
+    stepFrom(leadNow(), direction);
+}
+
+/// Where a step sets out from: the next one, where nothing is said otherwise.
+std::optional<VerseSteps::Spot> VerseSteps::leadNow() const
+{
+    const std::optional<Spot> shown = m_stepsOnAir ? spotOnAir() : std::nullopt;
+    return shown ? shown : spotOf(m_stepped);
 }
 
 void VerseSteps::stepFrom(const std::optional<Spot> &lead, Direction direction)
@@ -153,25 +149,33 @@ void VerseSteps::stepFrom(const std::optional<Spot> &lead, Direction direction)
         Q_EMIT said("El texto en línea está por llegar.");
         return;
     }
-    const Spot pace = paceOf(*lead);
-    const VersePages &pages = m_surroundings.stage.pager->pages(pace.layer, pace.frame);
-    const std::size_t shown = pages.shown(pace.layer);
-    const bool leaves = direction == Direction::On ? shown + 1 == pages.pages.size() : shown == 0;
-    if (leaves) {
-        leave(*lead, direction);
+    const Spot pace = paceOf(*lead, following(*lead));
+    if (const auto page = nextPage(pace, direction)) {
+        turn(*lead, pace, *page);
     } else {
-        turn(*lead, pace, direction == Direction::On ? shown + 1 : shown - 1);
+        leave(*lead, direction);
     }
 }
 
+/// None behind the last page and before the first.
+std::optional<std::size_t> VerseSteps::nextPage(const Spot &pace, Direction direction) const
+{
+    const VersePages &pages = m_surroundings.stage.pager->pages(pace.layer, pace.frame);
+    const std::size_t shown = pages.shown(pace.layer);
+    if (direction == Direction::On) {
+        return shown + 1 < pages.pages.size() ? std::optional(shown + 1) : std::nullopt;
+    }
+    return shown > 0 ? std::optional(shown - 1) : std::nullopt;
+}
+
 /// The one with the most pages, so that no box leaves a page out.
-VerseSteps::Spot VerseSteps::paceOf(const Spot &lead) const
+VerseSteps::Spot VerseSteps::paceOf(const Spot &lead, const std::vector<Spot> &followers) const
 {
     const auto count = [this](const Spot &spot) {
         return m_surroundings.stage.pager->pages(spot.layer, spot.frame).pages.size();
     };
     Spot pace = lead;
-    for (const Spot &spot : following(lead)) {
+    for (const Spot &spot : followers) {
         if (count(spot) > count(pace)) {
             pace = spot;
         }
@@ -237,12 +241,26 @@ bool VerseSteps::isPrepared(const Layer &shown, LayerId layer) const
     return prepared != nullptr && showsSame(*prepared, shown);
 }
 
+/// The page of a layer that shows what a page of the pace shows: of as many pages the same one, the
+/// last one for the last, else the one with its beginning.
+std::int32_t
+VerseSteps::matchingPage(const Spot &spot, const VersePages &pace, std::size_t page) const
+{
+    const VersePages &own = m_surroundings.stage.pager->pages(spot.layer, spot.frame);
+    if (pace.pages.size() == own.pages.size()) {
+        return static_cast<std::int32_t>(page);
+    }
+    std::size_t found = page + 1 == pace.pages.size() ? own.pages.size() - 1 : 0;
+    while (found + 1 < own.pages.size() && own.pages[found + 1].place <= pace.pages[page].place) {
+        ++found;
+    }
+    return static_cast<std::int32_t>(found);
+}
+
 void VerseSteps::turn(const Spot &lead, const Spot &pace, std::size_t page)
 {
     const VersePages pages = m_surroundings.stage.pager->pages(pace.layer, pace.frame);
-    const auto pageOf = [&](const Spot &spot) {
-        return matchingPage(pages, page, m_surroundings.stage.pager->pages(spot.layer, spot.frame));
-    };
+    const auto pageOf = [&](const Spot &spot) { return matchingPage(spot, pages, page); };
     std::vector<SetVerse> followers;
     std::vector<Edit> edits; // a run of pages is one step of undo
     const auto turnPrepared = [&](const Spot &spot) {
@@ -378,31 +396,86 @@ std::optional<SetVerse> VerseSteps::followed(const Spot &spot,
     return own;
 }
 
-/// The pages of both neighbours, so that no step has to measure a text. What comes from the network
-/// is measured when it is there.
-void VerseSteps::makeAhead(const Spot &lead)
+VerseSteps::Stand VerseSteps::standNow() const
 {
-    const auto passage = passageOf(lead.layer.reference);
-    const bible::BiblePtr bible = m_ready.isFinished() ? bibleOf(lead.layer) : nullptr;
-    if (!passage || bible == nullptr) {
+    const Stage &stage = m_surroundings.stage;
+    return { stage.document.currentScene(),
+        stage.program.streams(),
+        stage.program.hall(),
+        stage.previewFrame(),
+        stage.streamFrame() };
+}
+
+/// The frame of a step goes first. An edit, a TAKE or another scene may be one of many.
+void VerseSteps::useTime(std::int64_t nowUs)
+{
+    Stand stand = standNow();
+    if (stand != m_stand) {
+        m_stand = std::move(stand);
+        m_standsSinceUs = nowUs;
+        m_isReady = false;
+    }
+    const bool isStill = nowUs - m_standsSinceUs >= stillUs;
+    if (std::exchange(m_hasStepped, false) || (isStill && !m_isReady)) {
+        m_isReady = true;
+        makeReady(leadNow());
+    }
+}
+
+/// What a step on and one back would show, on air first, so that neither has to measure or to paint
+/// a text. What comes from the network is made when it is there.
+void VerseSteps::makeReady(const std::optional<Spot> &lead)
+{
+    if (!lead) {
+        m_surroundings.stage.pager->makeAhead({});
         return;
     }
+    const std::vector<Spot> followers = following(*lead);
+    std::vector<Spot> all = followers;
+    all.push_back(*lead);
+    const Spot pace = paceOf(*lead, followers);
+    const VersePages pages = m_surroundings.stage.pager->pages(pace.layer, pace.frame);
+    const bible::BiblePtr bible = m_ready.isFinished() ? bibleOf(lead->layer) : nullptr;
     std::vector<PagedLayer> wanted;
     for (const Direction direction : { Direction::On, Direction::Back }) {
-        const auto next = neighbour(*bible, *passage, direction);
-        if (!next) {
-            continue;
-        }
-        SetVerse verse = verseFrom(*bible, *next, lead.layer.id);
-        for (const Spot &spot : following(lead)) {
-            if (const auto own = followed(spot, lead, *next, verse)) {
-                wanted.push_back({ withVerse(spot.layer, *own), spot.frame });
+        if (const auto page = nextPage(pace, direction)) {
+            for (const Spot &spot : all) {
+                wanted.push_back({ spot.layer, spot.frame });
+                wanted.back().layer.page = matchingPage(spot, pages, *page);
             }
+        } else if (bible != nullptr) {
+            const auto next = neighboursOf(*lead, followers, *bible, direction);
+            wanted.insert(wanted.end(), next.begin(), next.end());
         }
-        verse.second = secondOf(lead.layer, *next);
-        wanted.push_back({ withVerse(lead.layer, verse), lead.frame });
     }
     m_surroundings.stage.pager->makeAhead(wanted);
+}
+
+/// The layers with the verse behind or before; from behind it is entered by its last page.
+std::vector<PagedLayer> VerseSteps::neighboursOf(const Spot &lead,
+    const std::vector<Spot> &followers,
+    const bible::Bible &bible,
+    Direction direction)
+{
+    const auto passage = passageOf(lead.layer.reference);
+    const auto next = passage ? neighbour(bible, *passage, direction) : std::nullopt;
+    std::vector<PagedLayer> layers;
+    if (!next) {
+        return layers;
+    }
+    const auto add = [&](const Spot &spot, SetVerse verse) {
+        verse.page = direction == Direction::Back ? lastPage : 0;
+        layers.push_back({ withVerse(spot.layer, verse), spot.frame });
+    };
+    SetVerse verse = verseFrom(bible, *next, lead.layer.id);
+    for (const Spot &spot : followers) {
+        if (auto own = followed(spot, lead, *next, verse)) {
+            add(spot, std::move(*own));
+        }
+    }
+    verse.second = secondOf(lead.layer, *next);
+    add(lead, std::move(verse));
+    return layers;
 }
 
 /// The verse at its first page, or at its last where the operator comes from behind.
@@ -443,9 +516,6 @@ void VerseSteps::tell(const Spot &spot, const SetVerse &verse)
     const Layer layer = withVerse(spot.layer, verse);
     const VersePages &pages = m_surroundings.stage.pager->pages(layer, spot.frame);
     const std::size_t page = pages.shown(layer);
-    if (page == 0 || page + 1 == pages.pages.size()) {
-        makeAhead({ layer, spot.frame });
-    }
     const QString label = labelOf(pages.pages[page].reference);
     const Message shown = pages.pages.size() == 1 ? bible::readyStatus(label)
                                                   : pageText(label, page, pages.pages.size());
@@ -453,6 +523,7 @@ void VerseSteps::tell(const Spot &spot, const SetVerse &verse)
     for (const Message &more : { missingSecond(layer), hiddenText(layer, pages, spot.frame) }) {
         told = more.isEmpty() ? told : told + Message::verbatim(dot) + more;
     }
+    m_hasStepped = true;
     Q_EMIT said(told);
 }
 

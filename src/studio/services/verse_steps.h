@@ -18,7 +18,8 @@ namespace nimbara {
 
 /// Steps through the pages of a verse layer, and past them through the Bible. What is stepped while
 /// it is on air steps on air at once: every verse layer of both programs that shows the same
-/// passage steps along, each by its own box. Interface thread only; nothing here waits.
+/// passage steps along, each by its own box. What the next step would show is made ready while the
+/// operator reads (`VersePager::makeAhead`). Interface thread only; nothing here waits.
 class VerseSteps : public QObject {
     Q_OBJECT
 public:
@@ -30,6 +31,9 @@ public:
         BibleDesk &bibles;
     };
     enum class Direction : std::int32_t { Back = -1, On = 1 };
+    /// How long the scenes stay as they are, when it was no step, before the next pages are made
+    /// ready.
+    static constexpr std::int64_t stillUs = 100'000;
 
     explicit VerseSteps(const Surroundings &surroundings);
 
@@ -41,6 +45,9 @@ public:
     /// The same for who presses without a look at the desk: steps a verse that is on air where
     /// there is one.
     void stepOnAir(LayerId layer, Direction direction);
+
+    /// There is time until the next frame is due.
+    void useTime(std::int64_t nowUs);
 
 Q_SIGNALS:
     /// One line for the operator.
@@ -59,13 +66,27 @@ private:
         Direction direction = Direction::On;
     };
 
+    /// What a step depends on, as far as it may change between two of them.
+    struct Stand {
+        ScenePtr prepared;
+        ScenePtr streams;
+        ScenePtr hall;
+        FrameSize previewFrame;
+        FrameSize streamFrame;
+        bool operator==(const Stand &) const = default;
+    };
+
     void stepFrom(const std::optional<Spot> &lead, Direction direction);
+    [[nodiscard]] std::optional<Spot> leadNow() const;
     [[nodiscard]] std::optional<Spot> spotOf(LayerId layer) const;
     [[nodiscard]] std::optional<Spot> spotOnAir() const;
     [[nodiscard]] std::vector<Spot> onAir() const;
     [[nodiscard]] std::vector<Spot> following(const Spot &lead) const;
     [[nodiscard]] bool isPrepared(const Layer &shown, LayerId layer) const;
-    [[nodiscard]] Spot paceOf(const Spot &lead) const;
+    [[nodiscard]] Spot paceOf(const Spot &lead, const std::vector<Spot> &followers) const;
+    [[nodiscard]] std::optional<std::size_t> nextPage(const Spot &pace, Direction direction) const;
+    [[nodiscard]] std::int32_t
+    matchingPage(const Spot &spot, const VersePages &pace, std::size_t page) const;
     void turn(const Spot &lead, const Spot &pace, std::size_t page);
     void leave(const Spot &lead, Direction direction);
     void askOnline(const Spot &lead, const bible::Passage &passage, Direction direction);
@@ -79,7 +100,12 @@ private:
         const Spot &lead,
         const bible::Passage &passage,
         const SetVerse &verse);
-    void makeAhead(const Spot &lead);
+    [[nodiscard]] Stand standNow() const;
+    void makeReady(const std::optional<Spot> &lead);
+    [[nodiscard]] static std::vector<PagedLayer> neighboursOf(const Spot &lead,
+        const std::vector<Spot> &followers,
+        const bible::Bible &bible,
+        Direction direction);
     void apply(const Spot &lead, const SetVerse &verse, const std::vector<SetVerse> &followers);
     [[nodiscard]] SetVerse placed(const Spot &spot, SetVerse verse, Direction direction);
     void tell(const Spot &spot, const SetVerse &verse);
@@ -88,6 +114,12 @@ private:
     QFuture<void> m_ready; ///< the built-in Bibles are loaded
     std::optional<Awaited> m_awaited;
     bool m_isAsking = false; ///< a lookup is being begun
+    LayerId m_stepped; ///< that was asked to step, or was written, last
+    bool m_stepsOnAir = false; ///< the last step set out from what is on air
+    Stand m_stand; ///< when it was looked at last
+    std::int64_t m_standsSinceUs = 0;
+    bool m_isReady = false; ///< what the next steps from there show has been asked for
+    bool m_hasStepped = false; ///< since then, or a verse was written
 };
 
 } // namespace nimbara

@@ -13,6 +13,10 @@
 #include <string>
 #include <thread>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 namespace {
 
 using namespace nimbara;
@@ -113,6 +117,20 @@ std::string tellStarts(Studio &studio, const QString &server)
     return line.data();
 }
 
+/// Resident memory after a rest in which what waits for a next picture is given back, and what of
+/// it is the heap's, in MiB.
+std::string restingMemory(Studio &studio)
+{
+    std::string line = std::to_string(static_cast<int>(runFor(studio, 15s).memoryAtEnd));
+#ifdef __GLIBC__
+    const auto heap = mallinfo2();
+    constexpr std::size_t mib = std::size_t { 1024 } * 1024;
+    line += " (heap " + std::to_string(heap.uordblks / mib) + " and "
+        + std::to_string(heap.fordblks / mib) + " free)";
+#endif
+    return line;
+}
+
 /// Resident memory over a thousand starts of one kind, 200 at a time.
 std::string tellMemory(Studio &studio, const char *name, const QString &server)
 {
@@ -126,8 +144,7 @@ std::string tellMemory(Studio &studio, const char *name, const QString &server)
         runFor(studio, 100ms);
         slot.stop();
         if (i % 200 == 199) {
-            line += ' ';
-            line += std::to_string(static_cast<int>(runFor(studio, 5s).memoryAtEnd));
+            line += ' ' + restingMemory(studio);
         }
     }
     return line + " MiB";
@@ -143,10 +160,10 @@ std::string tellStartsMemory()
     studio.outputs().destination(0).start(platform.rtmp(live), QStringLiteral("x"), landscapeSize);
     runFor(studio, 1s);
     studio.outputs().destination(0).stop();
-    const double before = runFor(studio, 5s).memoryAtEnd;
+    const std::string before = restingMemory(studio);
     const QString nobody = QStringLiteral("rtmp://127.0.0.1:%1/live").arg(testing::freePort());
-    return "\n  before: " + std::to_string(static_cast<int>(before)) + " MiB"
-        + tellMemory(studio, "failed", nobody) + tellMemory(studio, "good", platform.rtmp(live));
+    return "\n  before: " + before + " MiB" + tellMemory(studio, "failed", nobody)
+        + tellMemory(studio, "good", platform.rtmp(live));
 }
 
 /// The frame times of a studio that streams to one platform, beside a second one that is not well.

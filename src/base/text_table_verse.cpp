@@ -44,6 +44,7 @@ constexpr TextPair pairs[] = {
         "New verses of the project will have this style." },
     TextPair { "No está en %1: se muestra sola la primera Biblia.",
         "Not in %1: the first Bible is shown alone." },
+    TextPair { " Se muestra sola la primera Biblia.", " The first Bible is shown alone." },
     TextPair { "Lista", "List" },
     TextPair { "Pasajes de hoy", "Today's passages" },
     TextPair { "Mostrados últimamente", "Shown lately" },

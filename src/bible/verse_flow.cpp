@@ -4,6 +4,7 @@
 #include "bible/named_bible.h"
 #include "bible/reader.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace bible {
@@ -187,20 +188,27 @@ VerseUpdate builtInVerse(const Bible &bible, const Passage &passage, const QStri
 
 Message missingText(const Bible &bible, const Passage &passage)
 {
-    const Passage missing = bible.isImported ? missingFrom(bible, passage) : Passage {};
+    return bible.isImported ? missingVerses(bible, passage) : Message();
+}
+
+Message missingVerses(const Bible &bible, const Passage &passage)
+{
+    const Passage missing = missingFrom(bible, passage);
     if (missing.spans.isEmpty()) {
         return {};
     }
-    Message text("No está en %1: %2.",
+    const Message text("No está en %1: %2.",
         { Message::verbatim(bible.name), Message::verbatim(label(missing, bible.lang)) });
-    for (const Span &span : missing.spans) {
-        for (std::int32_t chapter = span.chapterFrom; chapter <= span.chapterTo; ++chapter) {
-            if (bible.renumbered.contains(chapterKey(missing.book, chapter))) {
-                return text + " Esa Biblia numera allí de otra forma.";
-            }
-        }
-    }
-    return text;
+    const bool renumbers
+        = std::any_of(missing.spans.begin(), missing.spans.end(), [&](const Span &span) {
+              for (auto chapter = span.chapterFrom; chapter <= span.chapterTo; ++chapter) {
+                  if (bible.renumbered.contains(chapterKey(missing.book, chapter))) {
+                      return true;
+                  }
+              }
+              return false;
+          });
+    return renumbers ? text + " Esa Biblia numera allí de otra forma." : text;
 }
 
 QString referenceLine(const Bible &bible, const Passage &passage)

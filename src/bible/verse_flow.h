@@ -79,6 +79,9 @@ VerseUpdate builtInVerse(const Bible &bible, const Passage &passage, const QStri
 /// Empty when it has all, and for a built-in one.
 nimbara::Message missingText(const Bible &bible, const Passage &passage);
 
+/// The same of any Bible.
+nimbara::Message missingVerses(const Bible &bible, const Passage &passage);
+
 /// "John 3:16 · King James Version", in the Bible's own language.
 QString referenceLine(const Bible &bible, const Passage &passage);
 

@@ -19,7 +19,7 @@ struct Place {
 /// A span of a label, "3:36-4:2".
 struct Span {
     Place start;
-    std::int32_t lastChapter = 0;
+    Place last; ///< verse 0: the end of the chapter
 };
 
 /// A label taken apart.
@@ -43,10 +43,10 @@ Label taken(const QString &label)
             chapter = first.section(QLatin1Char(':'), 0, 0).toInt();
         }
         Span read { { chapter, hasVerses ? first.section(QLatin1Char(':'), -1).toInt() : 1 },
-            chapter };
+            { chapter, hasVerses ? last.section(QLatin1Char(':'), -1).toInt() : 0 } };
         if (last.contains(QLatin1Char(':')) || !hasVerses) {
             chapter = last.section(QLatin1Char(':'), 0, 0).toInt();
-            read.lastChapter = chapter;
+            read.last.chapter = chapter;
         }
         parts.spans.push_back(read);
     }
@@ -66,6 +66,17 @@ bool means(Place read, Place place)
     return read.verse == place.verse && (read.chapter == 0 || read.chapter == place.chapter);
 }
 
+/// Whether the Bible has left out what lies between: many omit a verse that not all manuscripts
+/// have.
+bool isBehindGap(Place before, Place read, const Span &span)
+{
+    constexpr std::int32_t widest = 2; // where the label does not tell the last verse
+    const bool bounded = before.chapter == span.last.chapter && span.last.verse > 0;
+    const std::int32_t most = bounded ? span.last.verse : before.verse + widest;
+    return read.verse > before.verse + 1 && read.verse <= most
+        && (read.chapter == 0 || read.chapter == before.chapter);
+}
+
 /// What the number stands for behind the place before; chapter 0 when it is none of a verse.
 Place following(Place before, Place read, const std::vector<Span> &spans, std::size_t &span)
 {
@@ -73,7 +84,7 @@ Place following(Place before, Place read, const std::vector<Span> &spans, std::s
         return { before.chapter, before.verse + 1 };
     }
     const Place next { before.chapter + 1, 1 };
-    if (next.chapter <= spans[span].lastChapter && means(read, next)) {
+    if (next.chapter <= spans[span].last.chapter && means(read, next)) {
         return next; // also of a text that counts no chapters
     }
     for (std::size_t later = span + 1; later < spans.size(); ++later) {
@@ -114,24 +125,38 @@ std::vector<VerseMark> verseMarks(const QString &text, const QString &label)
         QStringLiteral("(?<!\\S)\\[?(\\d{1,3})(?::(\\d{1,3}))?\\]?(?!\\S)"));
     const Label parts = taken(label);
     std::vector<VerseMark> marks;
+    if (parts.spans.empty()) {
+        return marks;
+    }
+    std::vector<QRegularExpressionMatch> numbers;
+    for (auto each = number.globalMatch(text); each.hasNext();) {
+        numbers.push_back(each.next());
+    }
+    const Place start = parts.spans.front().start;
+    Place before { start.chapter, start.verse - 1 };
     std::size_t span = 0;
-    for (auto each = number.globalMatch(text); each.hasNext() && !parts.spans.empty();) {
-        const auto match = each.next();
-        Place place;
-        if (!marks.empty()) {
-            place = following({ marks.back().chapter, marks.back().verse },
-                numberIn(match),
-                parts.spans,
-                span);
-        } else if (QStringView(text).left(match.capturedStart()).trimmed().isEmpty()
-            && means(numberIn(match), parts.spans.front().start)) {
-            place = parts.spans.front().start;
-        } else {
-            break;
+    for (auto match = numbers.cbegin(); match != numbers.cend(); ++match) {
+        const Place read = numberIn(*match);
+        Place place = following(before, read, parts.spans, span);
+        const Place awaited { before.chapter, before.verse + 1 };
+        const auto comesLater = [&] {
+            return std::any_of(match, numbers.cend(), [awaited](const auto &later) {
+                return means(numberIn(later), awaited);
+            });
+        };
+        if (place.chapter == 0 && isBehindGap(before, read, parts.spans[span]) && !comesLater()) {
+            place = { before.chapter, read.verse };
+        }
+        const bool isFirst = marks.empty();
+        if (isFirst
+            && (place.chapter == 0
+                || !QStringView(text).left(match->capturedStart()).trimmed().isEmpty())) {
+            break; // a text without numbers
         }
         if (place.chapter > 0) {
             marks.push_back(
-                { match.capturedStart(), match.capturedEnd(), place.chapter, place.verse, span });
+                { match->capturedStart(), match->capturedEnd(), place.chapter, place.verse, span });
+            before = place;
         }
     }
     return marks;

@@ -39,15 +39,24 @@ SecondText secondOf(const Layer &layer, const QString &reference)
 
 Message missingSecond(const Layer &layer)
 {
-    if (layer.second.isEmpty() || !layer.secondText.isEmpty() || layer.reference.isEmpty()) {
+    if (layer.second.isEmpty() || layer.reference.isEmpty()) {
         return {};
     }
     const bible::BiblePtr bible = bible::bibleWithId(layer.second);
-    return bible != nullptr ? Message("No está en %1: se muestra sola la primera Biblia.",
+    if (bible == nullptr) {
+        return layer.secondText.isEmpty()
+            ? Message("La Biblia %1 no está en este equipo: se muestra sola la primera.",
+                { Message::verbatim(layer.second) })
+            : Message();
+    }
+    const auto passage = passageOf(layer.reference);
+    const Message missing = passage ? bible::missingVerses(*bible, *passage) : Message();
+    if (!missing.isEmpty()) {
+        return missing + " Se muestra sola la primera Biblia.";
+    }
+    return layer.secondText.isEmpty() ? Message("No está en %1: se muestra sola la primera Biblia.",
                { Message::verbatim(bible->name) })
-                            : Message("La Biblia %1 no está en este equipo: se muestra sola la "
-                                      "primera.",
-                                { Message::verbatim(layer.second) });
+                                      : Message();
 }
 
 } // namespace nimbara

@@ -60,7 +60,8 @@ private:
             timer.start();
             tellStopped(m_outputs.push(picture, testing::ClipProgram::sound(number), time * 1000));
             m_ticks.append(static_cast<double>(timer.nsecsElapsed()) * 1e-6);
-            m_halved += m_outputs.encoders().effort() == Effort::HalfRate ? 1 : 0;
+            const int every = leftOutEvery(m_outputs.encoders().effort());
+            m_leftOut += every == 0 ? 0 : 1.0 / every;
         }
         if (now - m_reportedUs >= 100'000) {
             m_reportedUs = now;
@@ -89,8 +90,8 @@ private:
                 { u"dropped"_s, static_cast<qint64>(dropped) },
                 { u"returns"_s, m_streams.reconnections(slot) } });
         }
-        const std::uint64_t lost
-            = m_outputs.encoders().lost() + m_schedule.skipped() + (m_halved + 1) / 2;
+        const std::uint64_t lost = m_outputs.encoders().lost() + m_schedule.skipped()
+            + static_cast<std::uint64_t>(std::ceil(m_leftOut));
         const QJsonObject all { { u"slots"_s, slots },
             { u"began"_s, static_cast<double>(m_schedule.origin()) * 1e-6 },
             { u"recording"_s, m_outputs.recording().exists() },
@@ -143,7 +144,7 @@ private:
     QSocketNotifier m_input { STDIN_FILENO, QSocketNotifier::Read };
     QByteArray m_lines; ///< of the input, the last one not whole yet
     std::int64_t m_reportedUs = 0;
-    std::uint64_t m_halved = 0; ///< ticks with every second picture alone
+    double m_leftOut = 0; ///< pictures, to spare the machine
     QJsonArray m_ticks; ///< ms that the outputs took of each
     QJsonArray m_told;
 };

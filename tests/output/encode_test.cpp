@@ -1,3 +1,4 @@
+#include "output/encode/encoder_pool.h"
 #include "output/encode/i420.h"
 #include "output/encode/picture_converter.h"
 #include "output/encode/pressure.h"
@@ -47,11 +48,13 @@ FramePtr noise(FrameSize size, unsigned seed)
 struct PictureCount final : EncodedTap {
     std::atomic<std::uint64_t> bytes = 0;
     std::atomic<int> pictures = 0;
+    std::atomic<int> keys = 0;
     void take(Track track, const EncodedUnit &unit) override
     {
         if (track == Track::Picture) {
             bytes += gst_buffer_get_size(unit.buffer.get());
             ++pictures;
+            keys += unit.isKey ? 1 : 0;
         }
     }
     void end(Track /*track*/) override { }
@@ -128,28 +131,118 @@ private Q_SLOTS:
     void pressureIsTakenInSteps()
     {
         Pressure pressure;
+        bool canSpare = true;
         std::int64_t now = 0;
         std::uint64_t pushed = 0;
         std::uint64_t lost = 0;
+        int due = 0; // hundredths of the next that is lost
         const auto run = [&](int seconds, int lostOfHundred) {
             for (int i = 0; i < seconds * 30; ++i) {
                 now += second / 30;
-                lost += ++pushed % 100 < static_cast<std::uint64_t>(lostOfHundred) ? 1 : 0;
-                pressure.observe(now, pushed, lost);
+                ++pushed;
+                due += lostOfHundred;
+                lost += due >= 100 ? 1 : 0;
+                due -= due >= 100 ? 100 : 0;
+                pressure.observe(now, pushed, lost, canSpare);
             }
             return pressure.effort();
         };
         QCOMPARE(run(60, 3), Effort::Full); // a few by chance
-        QCOMPARE(run(10, 15), Effort::Cheaper);
-        QCOMPARE(run(60, 15), Effort::Cheaper); // every second one would be more
+        QCOMPARE(run(3, 15), Effort::Cheaper);
+        QCOMPARE(run(60, 15), Effort::Thinned); // every second one would be more
         QCOMPARE(run(10, 60), Effort::HalfRate);
         QCOMPARE(run(19, 0), Effort::HalfRate);
-        QCOMPARE(run(5, 0), Effort::Cheaper);
+        QCOMPARE(run(5, 0), Effort::Thinned);
         QCOMPARE(run(5, 60), Effort::HalfRate); // too early: it waits for longer now
         QCOMPARE(run(30, 0), Effort::HalfRate);
-        QCOMPARE(run(20, 0), Effort::Cheaper);
+        QCOMPARE(run(20, 0), Effort::Thinned);
         pushed = lost = 0; // other encoders
-        QCOMPARE(run(4, 0), Effort::Cheaper);
+        QCOMPARE(run(4, 0), Effort::Thinned);
+        QCOMPARE(run(50, 0), Effort::Cheaper);
+        canSpare = false;
+        QCOMPARE(run(1, 0), Effort::Full); // nothing is said that is not done
+        QCOMPARE(run(60, 0), Effort::Full);
+        QCOMPARE(run(2, 15), Effort::Full); // a moment costs no picture
+        QCOMPARE(run(4, 15), Effort::Thinned);
+    }
+
+    void picturesAreLeftOutEvenly()
+    {
+        constexpr FrameSize size { 160, 90 };
+        ProgramEncoder encoder({ size.width, size.height, Codecs::H264Aac, 500'000 });
+        QTRY_VERIFY(encoder.ready());
+        const FramePtr frame = rainbow(size);
+        std::int64_t tick = 0;
+        for (const auto &[effort, pattern] : { std::pair { Effort::Cheaper, "++++++++++++" },
+                 { Effort::Thinned, "+++++-+++++-" },
+                 { Effort::HalfRate, "+-+-+-+-+-+-" } }) {
+            encoder.setEffort(effort);
+            QByteArray taken;
+            for (int i = 0; i < 12; ++i) {
+                const std::uint64_t before = encoder.pushed();
+                encoder.stamp(++tick * second / 30);
+                encoder.pushVideo(frame);
+                taken += encoder.pushed() > before ? '+' : '-';
+            }
+            QCOMPARE(taken, QByteArray(pattern));
+        }
+    }
+
+    /// Only VP8 has simpler coding to offer; H.264 has its simplest from the start.
+    void onlyWhatIsDoneUnderPressureIsSaid()
+    {
+        constexpr FrameSize size { 1280, 720 };
+        const std::array frames { noise(size, 1), noise(size, 2) };
+        for (const auto &[name, codecs, steps] :
+            { std::tuple { "H.264", Codecs::H264Aac, QList { Effort::Full, Effort::HalfRate } },
+                { "VP8",
+                    Codecs::Vp8Vorbis,
+                    { Effort::Full, Effort::Cheaper, Effort::HalfRate } } }) {
+            const RowName named(name);
+            EncoderPool pool;
+            const auto encoder = pool.take({ size.width, size.height, codecs, 20'000'000 });
+            QTRY_VERIFY(encoder->ready());
+            QList<Effort> taken;
+            for (int i = 0; i < 300; ++i) { // faster than any encoder
+                encoder->stamp(i * second / 30);
+                encoder->pushVideo(frames.at(static_cast<std::size_t>(i) % frames.size()));
+                pool.poll(i * second / 30);
+                if (taken.isEmpty() || taken.back() != pool.effort()) {
+                    taken << pool.effort();
+                }
+            }
+            QCOMPARE(taken, steps);
+        }
+    }
+
+    /// One that joins soon after another is not asked a key frame for at once.
+    void oneThatJoinsAtHalfRateWaitsNoLonger()
+    {
+        constexpr FrameSize size { 160, 90 };
+        ProgramEncoder encoder({ size.width, size.height, Codecs::H264Aac, 500'000 });
+        const std::array taps { std::make_shared<PictureCount>(),
+            std::make_shared<PictureCount>(),
+            std::make_shared<PictureCount>() };
+        encoder.join(taps[0]);
+        QTRY_VERIFY(encoder.ready());
+        const FramePtr frame = rainbow(size);
+        int tick = 0;
+        const auto run = [&](int ticks) {
+            for (const int end = tick + ticks; tick < end; ++tick) {
+                encoder.stamp(tick * second / 30);
+                encoder.pushVideo(frame);
+                const auto pushed = static_cast<int>(encoder.pushed());
+                QTRY_COMPARE(taps[0]->pictures.load(), pushed);
+            }
+        };
+        run(90);
+        encoder.setEffort(Effort::HalfRate);
+        encoder.join(taps[1]);
+        run(10);
+        QCOMPARE(taps[1]->keys.load(), 1);
+        encoder.join(taps[2]);
+        run(60);
+        QCOMPARE(taps[2]->keys.load(), 1); // and not one for each of them
     }
 
     void theRateFollowsMostDestinations()

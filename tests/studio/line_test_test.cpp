@@ -3,6 +3,8 @@
 #include "support/scripted_key_store.h"
 #include "support/test_registry.h"
 
+#include <functional>
+
 using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
@@ -81,19 +83,24 @@ private Q_SLOTS:
     void aLineIsMeasured()
     {
         const RtmpPeer first;
-        const RtmpPeer second;
-        for (const bool isNarrow : { false, true }) {
-            const RowName named(isNarrow ? "narrow" : "wide");
+        RtmpPeer second;
+        const auto freeze = [&] { second.freeze(true); };
+        for (const auto &[name, befall, verdict] :
+            { std::tuple { "wide", std::function<void()> { [] {} }, u"2 de 2"_s },
+                { "narrow", freeze, u"1 de 2"_s },
+                { "closed", [&] { second.stop(); }, u"1 de 1"_s } }) {
+            const RowName named(name);
             LineDesk desk(first.rtmp(u"live"_s), second.rtmp(u"live"_s));
             QCOMPARE(desk.test.publicNames(), (QStringList { u"YouTube"_s, u"Facebook"_s }));
             desk.test.start();
             QVERIFY(desk.sends());
-            second.freeze(isNarrow);
+            befall();
             QVERIFY(desk.until([&] { return !desk.test.isRunning(); }));
             second.freeze(false);
-            const QString verdict = u"Tu conexión alcanza para %1 de 2 destinos a 6 Mbit/s · "_s;
-            QVERIFY2(desk.text().startsWith(verdict.arg(isNarrow ? 1 : 2)),
+            QVERIFY2(desk.text().startsWith(
+                         u"Tu conexión alcanza para %1 destinos a 6 Mbit/s · "_s.arg(verdict)),
                 qPrintable(desk.text()));
+            QCOMPARE(desk.text().contains(u"Facebook: Fallo de salida"_s), verdict == u"1 de 1"_s);
             QVERIFY(!desk.studio.hasOutputs());
         }
     }

@@ -3,6 +3,10 @@
 #include "support/rtmp_peer.h"
 #include "support/test_registry.h"
 
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QUrl>
+
 using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
@@ -16,7 +20,8 @@ Reconnection wellOne(std::int64_t nowUs)
 {
     Reconnection reconnection([] { return 0.0; });
     reconnection.started(nowUs - 60 * second);
-    reconnection.accepted(nowUs - 50 * second);
+    reconnection.accepted();
+    reconnection.took(50 * second);
     return reconnection;
 }
 
@@ -45,16 +50,20 @@ private Q_SLOTS:
         const std::vector<std::int64_t> first(delays.begin(), delays.begin() + 7);
         QCOMPARE(first, (std::vector<std::int64_t> { 1, 2, 3, 5, 8, 10, 10 }));
         QCOMPARE(delays.back(), 30);
-        lost.accepted(now); // and well again
-        now += Reconnection::steadyUs;
-        delays.clear();
-        fail();
-        QCOMPARE(delays, std::vector<std::int64_t> { 1 });
+        for (const auto &[media, delay] : { std::pair { 3 * second, 30 }, // and then no more
+                 { Reconnection::steadyUs, 1 } }) {
+            lost.accepted();
+            lost.took(media);
+            now += 11 * second;
+            delays.clear();
+            fail();
+            QCOMPARE(delays, std::vector<std::int64_t> { delay });
+        }
         QCOMPARE(lost.attempt(), 1);
 
         Reconnection chance([] { return 1.0; });
         chance.started(0);
-        chance.accepted(0);
+        chance.accepted();
         QVERIFY(chance.lost(OutputFailure::Other, 20 * second));
         QVERIFY(!chance.isDue(21 * second) && chance.isDue(21 * second + second / 10));
         QCOMPARE(chance.text(20 * second).spanish(), u"Reconectando en 2 s · intento 1"_s);
@@ -94,12 +103,42 @@ private Q_SLOTS:
         int closings = 0;
         do {
             closing.started(now);
-            closing.accepted(now);
+            closing.accepted();
             now += 4 * second;
             ++closings;
         } while (closing.lost(OutputFailure::Other, now));
         QCOMPARE(closings, 3);
         QCOMPARE(closing.reason(), u"El servidor la cierra una y otra vez: revisa la clave."_s);
+    }
+
+    /// As a server does that knows no such key, and one that is only starting.
+    void aServerThatClosesWithoutAWordIsNamed()
+    {
+        enum End { Closed, Late, Away, Held };
+        for (const auto &[name, ends, doubts] :
+            { std::tuple { "closed", std::vector { Closed, Closed, Closed }, true },
+                { "not often", { Closed, Closed }, false },
+                { "not at once", { Closed, Closed, Late }, false },
+                { "not by the server", { Closed, Closed, Away, Closed }, false },
+                { "known by its name", { Closed, Closed, Held, Closed }, false } }) {
+            const RowName named(name);
+            std::int64_t now = 100 * second;
+            Reconnection lost = wellOne(now);
+            QVERIFY(lost.lost(OutputFailure::Other, now));
+            for (const End end : ends) {
+                now += 60 * second;
+                lost.started(now);
+                now += end == Late ? 6 * second : second;
+                QVERIFY(lost.lost(end == Held ? OutputFailure::NameInUse : OutputFailure::Other,
+                    now,
+                    end != Away));
+            }
+            QCOMPARE(lost.doubtsKey(), doubts);
+            QCOMPARE(lost.text(now).spanish().contains(u"revisa la clave"_s), doubts);
+            lost.started(now);
+            lost.accepted();
+            QVERIFY(!lost.doubtsKey());
+        }
     }
 
     void aServerThatComesBackIsSentToAgain()
@@ -139,6 +178,10 @@ private Q_SLOTS:
         QVERIFY(sends());
         QCOMPARE(streams.reconnections(0), 1);
         QVERIFY(desk.studio.notices().all().empty()); // what it told of is over
+        const Destination &slot = desk.studio.outputs().destination(0);
+        QVERIFY(inTime([&] { // five times as fast
+            return desk.frame(100'000), slot.figures()->takenNs > 10'500'000'000;
+        }));
 
         streams.setServer(1, peer.rtmp(u"live"_s));
         streams.setKey(1, u"beside"_s);
@@ -146,6 +189,7 @@ private Q_SLOTS:
         QVERIFY(inTime([&] { return desk.studio.outputs().destination(1).accepted(); }));
         peer.stop();
         QVERIFY(inTime([&] { return streams.isReconnecting(0) && streams.isReconnecting(1); }));
+        QVERIFY(streams.statusText(0).spanish().endsWith(u"intento 1"_s)); // it was well
         const auto &notices = desk.studio.notices().all();
         QCOMPARE(notices.size(), 2U);
         streams.toggle(0);
@@ -158,6 +202,33 @@ private Q_SLOTS:
             u"Facebook: la transmisión se perdió y no se reconecta."_s);
         QVERIFY(!desk.studio.hasOutputs());
         streams.setReconnecting(true);
+    }
+
+    void aKeyThatIsNoLongerTakenIsNamed()
+    {
+        RtmpPeer peer;
+        StudioFixture desk;
+        StreamDesk &streams = desk.studio.streams();
+        const QString server = peer.rtmp(u"live"_s);
+        streams.setServer(0, server);
+        streams.setKey(0, u"withdrawn"_s);
+        streams.toggle(0);
+        const auto inTime = [&](const auto &condition) {
+            return QTest::qWaitFor([&] { return desk.frame(20'000), condition(); }, 60'000);
+        };
+        QVERIFY(inTime([&] { return desk.studio.outputs().destination(0).accepted(); }));
+        peer.stop();
+        QTcpServer closing; // in its place
+        QObject::connect(&closing, &QTcpServer::newConnection, &closing, [&] {
+            delete closing.nextPendingConnection();
+        });
+        const auto port = static_cast<std::uint16_t>(QUrl(server).port());
+        QTRY_VERIFY(closing.isListening() || closing.listen(QHostAddress::LocalHost, port));
+        QVERIFY(inTime([&] { return desk.told("una y otra vez: revisa la clave."); }));
+        QVERIFY(streams.isReconnecting(0)); // it may be starting
+        QVERIFY(streams.statusText(0).spanish().startsWith(
+            u"El servidor la cierra: revisa la clave; reintento en "_s));
+        QCOMPARE(desk.studio.notices().all().size(), 1U);
     }
 };
 

@@ -45,18 +45,20 @@ void EncoderPool::poll(std::int64_t tNs)
 {
     std::erase_if(m_entries, [](const Entry &entry) { return entry.encoder.expired(); });
     m_rateShare = 1;
+    bool canSpare = false;
     for (Entry &entry : m_entries) {
         if (const auto encoder = entry.encoder.lock()) {
             count(entry, *encoder);
             encoder->setEffort(effortNow());
             encoder->fitRate();
+            canSpare = canSpare || (encoder->canSpare() && !isTight());
             m_rateShare = std::min(m_rateShare, encoder->rateShare());
             if (const EncoderChoice *failed = encoder->givenUp()) {
                 m_h264.distrust(*failed);
             }
         }
     }
-    m_pressure.observe(tNs, m_pushed, m_lost);
+    m_pressure.observe(tNs, m_pushed, m_lost, canSpare);
 }
 
 void EncoderPool::count(Entry &entry, const ProgramEncoder &encoder)
@@ -67,11 +69,15 @@ void EncoderPool::count(Entry &entry, const ProgramEncoder &encoder)
 }
 
 /// Two encoders have no core to spare for each other on the smallest machines.
-Effort EncoderPool::effortNow() const
+bool EncoderPool::isTight() const
 {
     static const bool isSmall = std::thread::hardware_concurrency() <= 2;
-    const bool isTight = isSmall && m_entries.size() > 1;
-    return std::max(m_pressure.effort(), isTight ? Effort::Cheaper : Effort::Full);
+    return isSmall && m_entries.size() > 1;
+}
+
+Effort EncoderPool::effortNow() const
+{
+    return std::max(m_pressure.effort(), isTight() ? Effort::Cheaper : Effort::Full);
 }
 
 } // namespace nimbara

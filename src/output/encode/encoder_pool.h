@@ -45,6 +45,7 @@ private:
         std::uint64_t lost = 0;
     };
     [[nodiscard]] std::shared_ptr<ProgramEncoder> make(const EncoderProfile &profile) const;
+    [[nodiscard]] bool isTight() const;
     [[nodiscard]] Effort effortNow() const;
     void count(Entry &entry, const ProgramEncoder &encoder);
     std::weak_ptr<Retirement> m_retirement;

@@ -10,6 +10,7 @@
 #include <gst/video/video.h>
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 #include <memory>
 #include <system_error>
@@ -23,6 +24,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int pictureCount = 30;
+constexpr int differentCount = 4; ///< pictures, which come again and again
 constexpr std::int32_t trialBitrate = 6'000'000;
 constexpr int block = 32; ///< pixels
 constexpr double mostDifference = 10; ///< of 255, on average over a plane
@@ -31,7 +33,7 @@ constexpr std::array decoders { "avdec_h264", "openh264dec" };
 /// A field of the picture of that number: neighbours in place and in time are far apart.
 std::uint8_t field(int row, int column, int number)
 {
-    return static_cast<std::uint8_t>(40 + (row + column + number) % 4 * 50);
+    return static_cast<std::uint8_t>(40 + (row + column + number) % differentCount * 50);
 }
 
 BufferRef picture(const GstVideoInfo &info, int number)
@@ -54,8 +56,6 @@ BufferRef picture(const GstVideoInfo &info, int number)
         }
     }
     gst_video_frame_unmap(&frame);
-    GST_BUFFER_PTS(made.get()) = gst_util_uint64_scale(GST_SECOND, number, pictureCount);
-    GST_BUFFER_DURATION(made.get()) = GST_SECOND / pictureCount;
     return made;
 }
 
@@ -96,6 +96,21 @@ bool alike(const GstVideoInfo &info, GstBuffer *wanted, GstBuffer *got)
     return same;
 }
 
+/// For all that the encoder makes.
+GstElement *makeRoom(const PipelineParts &parts)
+{
+    GstElement *queue = parts.make("queue");
+    g_object_set(queue,
+        "max-size-buffers",
+        0U,
+        "max-size-bytes",
+        0U,
+        "max-size-time",
+        guint64 { 0 },
+        nullptr);
+    return queue;
+}
+
 GstElement *makeDecoder(const PipelineParts &parts)
 {
     for (const char *factory : decoders) {
@@ -104,6 +119,37 @@ GstElement *makeDecoder(const PipelineParts &parts)
         }
     }
     throw Error("Componente no disponible: " + Message::verbatim(QLatin1String("avdec_h264")));
+}
+
+/// When the first picture came out of the encoder, and the last; on its thread.
+struct Pace {
+    std::atomic<Clock::rep> first = 0;
+    std::atomic<Clock::rep> last = 0;
+
+    void note()
+    {
+        const auto now = Clock::now().time_since_epoch().count();
+        Clock::rep none = 0;
+        first.compare_exchange_strong(none, now);
+        last = now;
+    }
+    [[nodiscard]] Clock::duration length() const { return Clock::duration(last - first); }
+};
+
+std::shared_ptr<const Pace> paceOf(GstElement *encoder)
+{
+    auto pace = std::make_shared<Pace>();
+    using Shared = std::shared_ptr<Pace>;
+    gst_pad_add_probe(
+        padOf(encoder, "src").get(),
+        GST_PAD_PROBE_TYPE_BUFFER,
+        [](GstPad *, GstPadProbeInfo *, gpointer own) {
+            (*static_cast<Shared *>(own))->note();
+            return GST_PAD_PROBE_OK;
+        },
+        new Shared(pace),
+        [](gpointer own) { delete static_cast<Shared *>(own); });
+    return pace;
 }
 
 /// From raw pictures over the encoder back to raw pictures of the same format.
@@ -123,6 +169,7 @@ public:
         g_object_set(m_source.get(), "caps", caps.get(), nullptr);
         GstElement *encoder = parts.make(choice.factory);
         choice.configure(G_OBJECT(encoder), trialBitrate);
+        m_pace = paceOf(encoder);
         GstElement *convert = parts.make("videoconvert");
         GstElement *format = parts.makeFilter(
             QStringLiteral("video/x-raw, format=") + QLatin1String(choice.inputFormat));
@@ -130,6 +177,7 @@ public:
         g_object_set(m_sink.get(), "sync", FALSE, nullptr);
         PipelineParts::link({ m_source.get(),
             encoder,
+            makeRoom(parts), // the encoder alone is timed
             parts.make("h264parse"),
             makeDecoder(parts),
             convert,
@@ -137,6 +185,9 @@ public:
             m_sink.get() });
         m_pipeline = parts.take();
         setThreadTurn(m_pipeline.bus(), ThreadTurn::AfterOthers);
+        for (int number = 0; number < differentCount; ++number) {
+            m_pictures.at(static_cast<std::size_t>(number)) = picture(m_info, number);
+        }
     }
     Bench(const Bench &) = delete;
     Bench &operator=(const Bench &) = delete;
@@ -154,29 +205,37 @@ public:
     }
 
     /// Each picture is held against its own as it comes.
-    bool run(Clock::time_point deadline)
+    bool run(Clock::time_point deadline, Clock::duration pace)
     {
         if (!m_pipeline.play()) {
             return false;
         }
         auto *source = GST_APP_SRC(m_source.get());
         for (int number = 0; number < pictureCount; ++number) {
-            gst_app_src_push_buffer(source, picture(m_info, number).release());
+            gst_app_src_push_buffer(source, timed(number).release());
         }
         gst_app_src_end_of_stream(source);
         for (int number = 0; number < pictureCount; ++number) {
             const SampleRef sample = pull(deadline);
-            if (!sample
-                || !alike(m_info,
-                    picture(m_info, number).get(),
-                    gst_sample_get_buffer(sample.get()))) {
+            if (!sample || !alike(m_info, wanted(number), gst_sample_get_buffer(sample.get()))) {
                 return false;
             }
         }
-        return true;
+        return m_pace->length() <= pace;
     }
 
 private:
+    [[nodiscard]] GstBuffer *wanted(int number) const
+    {
+        return m_pictures.at(static_cast<std::size_t>(number % differentCount)).get();
+    }
+    [[nodiscard]] BufferRef timed(int number) const
+    {
+        auto made = BufferRef::adopt(gst_buffer_copy(wanted(number))); // shares the pixels
+        GST_BUFFER_PTS(made.get()) = gst_util_uint64_scale(GST_SECOND, number, pictureCount);
+        GST_BUFFER_DURATION(made.get()) = GST_SECOND / pictureCount;
+        return made;
+    }
     /// An error ends the wait no earlier: the deadline is near enough.
     [[nodiscard]] SampleRef pull(Clock::time_point deadline) const
     {
@@ -187,6 +246,8 @@ private:
     }
 
     GstVideoInfo m_info {};
+    std::array<BufferRef, differentCount> m_pictures;
+    std::shared_ptr<const Pace> m_pace;
     ElementRef m_source;
     ElementRef m_sink;
     Pipeline m_pipeline;
@@ -199,7 +260,7 @@ bool passesTrial(const EncoderChoice &choice, const TrialTask &task)
     const auto deadline = Clock::now() + task.limit;
     try {
         Bench bench(choice, task.size);
-        return bench.run(deadline);
+        return bench.run(deadline, task.pace);
     } catch (const std::exception &error) {
         logLine(errorText(error));
         return false;

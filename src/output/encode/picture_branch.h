@@ -31,6 +31,7 @@ public:
     void finish() const;
     [[nodiscard]] const EncoderControl &control() const { return m_parts.control; }
     [[nodiscard]] GstBus *bus() const { return m_parts.pipeline.bus(); }
+    [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
     /// Pictures pushed that were let go of because the encoder did not keep up.
     [[nodiscard]] std::uint64_t lost() const;
     /// A picture could not be pushed because the encoder is not ready.

@@ -7,16 +7,25 @@ namespace nimbara {
 namespace {
 
 constexpr std::uint64_t lossyPart = 20; // one in so many pictures lost: too much
-constexpr std::uint64_t gravePart = 3; // every second picture would be more
+constexpr std::uint64_t gravePart = 3; // fewer than two of three come through
+constexpr std::uint64_t thinnedGravePart = 5; // the same, of five in six
 
 } // namespace
 
-bool Pressure::observe(std::int64_t nowNs, std::uint64_t pushed, std::uint64_t lost)
+bool Pressure::observe(std::int64_t nowNs, std::uint64_t pushed, std::uint64_t lost, bool canSpare)
+{
+    const Effort before = effort();
+    m_canSpare = canSpare;
+    look(nowNs, pushed, lost);
+    return effort() != before;
+}
+
+void Pressure::look(std::int64_t nowNs, std::uint64_t pushed, std::uint64_t lost)
 {
     if (m_windowStart == -1 || pushed < m_pushedAtStart || lost < m_lostAtStart) {
         m_calmSince = nowNs; // nothing to compare with: other encoders than before
     } else if (nowNs - m_windowStart < windowNs) {
-        return false;
+        return;
     }
     const std::uint64_t given
         = m_windowStart == -1 ? 0 : pushed - std::min(pushed, m_pushedAtStart);
@@ -28,32 +37,37 @@ bool Pressure::observe(std::int64_t nowNs, std::uint64_t pushed, std::uint64_t l
         m_calmSince = nowNs;
     }
     if (gone * lossyPart > given) {
-        return stepDown(nowNs, gone * gravePart > given);
+        stepDown(nowNs, given, gone);
+    } else if (nowNs - m_calmSince >= m_calmNeeded) {
+        stepUp(nowNs);
     }
-    return nowNs - m_calmSince >= m_calmNeeded && stepUp(nowNs);
 }
 
 /// One that follows a step up at once was no good: the next one waits for longer.
-bool Pressure::stepDown(std::int64_t nowNs, bool isGrave)
+void Pressure::stepDown(std::int64_t nowNs, std::uint64_t given, std::uint64_t gone)
 {
-    if (m_effort == Effort::HalfRate || (m_effort == Effort::Cheaper && !isGrave)) {
-        return false;
+    const bool isThinned = m_effort == Effort::Thinned;
+    const bool isGrave = gone * (isThinned ? thinnedGravePart : gravePart) > given;
+    if (m_effort == Effort::HalfRate || (isThinned && !isGrave)) {
+        return;
     }
     m_calmNeeded
         = nowNs - m_raisedAt < 2 * calmNs ? std::min(2 * m_calmNeeded, mostCalmNs) : calmNs;
-    m_effort = m_effort == Effort::Full ? Effort::Cheaper : Effort::HalfRate;
-    return true;
+    if (m_effort == Effort::Full) {
+        m_effort = Effort::Cheaper;
+    } else {
+        m_effort = isGrave ? Effort::HalfRate : Effort::Thinned;
+    }
 }
 
-bool Pressure::stepUp(std::int64_t nowNs)
+void Pressure::stepUp(std::int64_t nowNs)
 {
     if (m_effort == Effort::Full) {
-        return false;
+        return;
     }
-    m_effort = m_effort == Effort::HalfRate ? Effort::Cheaper : Effort::Full;
+    m_effort = static_cast<Effort>(static_cast<int>(m_effort) - 1);
     m_raisedAt = nowNs;
     m_calmSince = nowNs;
-    return true;
 }
 
 } // namespace nimbara

@@ -15,6 +15,8 @@ namespace nimbara {
 
 namespace {
 
+constexpr std::int64_t keyMarginNs = 100'000'000; ///< in which one that is due comes out
+
 BufferRef copiedBuffer(std::span<const float> block)
 {
     auto buffer = BufferRef::adopt(gst_buffer_new_allocate(nullptr, block.size_bytes(), nullptr));
@@ -95,16 +97,30 @@ std::uint64_t ProgramEncoder::join(const std::shared_ptr<EncodedTap> &tap)
 {
     m_taps->add(tap);
     if (m_base != -1) { // else the first one is
-        askForKey();
+        m_keysAtJoin = m_taps->keys();
+        if (m_tick - m_keyAsked >= keySpacingNs) {
+            askForKey();
+        }
     }
     return ++m_joined;
 }
 
 void ProgramEncoder::askForKey()
 {
-    if (m_tick - m_keyAsked >= keySpacingNs) {
-        m_keyAsked = m_tick;
-        m_pictures.askForKey();
+    m_keyAsked = m_tick;
+    m_pictures.askForKey();
+}
+
+/// At the full rate one comes by itself as late as that.
+void ProgramEncoder::serveJoiner()
+{
+    if (!m_keysAtJoin || m_tick - m_keyAsked < keySpacingNs + keyMarginNs) {
+        return;
+    }
+    if (m_taps->keys() == *m_keysAtJoin) {
+        askForKey();
+    } else {
+        m_keysAtJoin.reset();
     }
 }
 
@@ -129,6 +145,7 @@ void ProgramEncoder::stamp(std::int64_t tNs)
     m_asksForQueues = m_rate.isDue(tNs);
     m_queues.clear();
     m_time = static_cast<std::uint64_t>(std::max<std::int64_t>(tNs - m_base, 0));
+    serveJoiner();
 }
 
 std::uint64_t ProgramEncoder::nextTime() const
@@ -142,7 +159,9 @@ void ProgramEncoder::pushVideo(const FramePtr &frame)
     if (!takes() || std::exchange(m_pictureTaken, true) || !m_pictures.isReady()) {
         return;
     }
-    if (m_isHalfRate && std::exchange(m_skips, !m_skips)) {
+    const int every = leftOutEvery(m_effort);
+    if (every != 0 && ++m_inTurn >= every) {
+        m_inTurn = 0;
         return;
     }
     ++m_pushed;
@@ -170,7 +189,7 @@ void ProgramEncoder::pushAudio(std::span<const float> block)
 void ProgramEncoder::setEffort(Effort effort)
 {
     m_pictures.control().setCheaper(effort != Effort::Full);
-    m_isHalfRate = effort == Effort::HalfRate;
+    m_effort = effort;
 }
 
 std::uint64_t ProgramEncoder::lost() const
@@ -198,6 +217,12 @@ double ProgramEncoder::rateShare() const
     return static_cast<double>(m_rate.bitrate()) / m_profile.bitrate;
 }
 
+bool ProgramEncoder::isOfUse()
+{
+    return !m_pictures.hasStalled(m_taps->pictures())
+        && !m_slow.isSlow(m_tick, m_pictures.pushed(), m_pictures.lost(), m_effort);
+}
+
 const Message &ProgramEncoder::poll()
 {
     if (!m_error.isEmpty()) {
@@ -209,7 +234,7 @@ const Message &ProgramEncoder::poll()
         m_error = failureText(sound.get());
     } else if (picture && isPortable()) {
         m_error = failureText(picture.get());
-    } else if (!isPortable() && (picture || m_pictures.hasStalled(m_taps->pictures()))) {
+    } else if (!isPortable() && (picture || !isOfUse())) {
         try {
             giveUp();
         } catch (const std::exception &error) {

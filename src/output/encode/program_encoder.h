@@ -7,11 +7,13 @@
 #include "output/encode/picture_branch.h"
 #include "output/encode/pressure.h"
 #include "output/encode/rate_adaptation.h"
+#include "output/encode/slow_watch.h"
 #include "output/encode/tap_list.h"
 #include "signal/frame.h"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -24,8 +26,9 @@ namespace nimbara {
 /// needs some tenths of a second to get ready, in which those queues would let go of the first
 /// pictures. So the time line begins when it is `ready`; until then pushing does nothing.
 ///
-/// One of the platform's that fails gives way to the portable one, whose first picture is a key
-/// frame: the outputs lose what is pushed until that one is ready, some tenths of a second.
+/// One of the platform's that fails, or is too slow for long, gives way to the portable one, whose
+/// first picture is a key frame: the outputs lose what is pushed until that one is ready, some
+/// tenths of a second.
 ///
 /// Interface thread only, except for the last release, which may block and belongs on a background
 /// task.
@@ -45,8 +48,8 @@ public:
     ProgramEncoder &operator=(ProgramEncoder &&) = delete;
     ~ProgramEncoder();
 
-    /// From now on the tap takes part, for as long as it lives. It gets a key frame soon, when one
-    /// was not asked for in the last two seconds. Gives the number of its queue.
+    /// From now on the tap takes part, for as long as it lives. It gets a key frame soon, or two
+    /// seconds after one was last asked for. Gives the number of its queue.
     std::uint64_t join(const std::shared_ptr<EncodedTap> &tap);
 
     /// Sets the presentation time of the next picture and block, from any fixed origin in ns. The
@@ -61,6 +64,8 @@ public:
     void finish();
 
     void setEffort(Effort effort);
+    /// It has simpler coding to offer.
+    [[nodiscard]] bool canSpare() const { return m_choice->setCheaper != nullptr; }
     /// Pictures that were to be encoded since the start.
     [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
     /// Of those, the ones that were let go of because the encoder did not keep up.
@@ -74,7 +79,7 @@ public:
     /// Of the bit rate of its profile that is left, 0.5..1.
     [[nodiscard]] double rateShare() const;
 
-    /// What failed and gave way to the portable encoder; none: nothing did.
+    /// What failed or was too slow and gave way to the portable encoder; none: nothing did.
     [[nodiscard]] const EncoderChoice *givenUp() const { return m_givenUp; }
 
     /// Reads the buses and gives why encoding stopped; empty while it goes on.
@@ -95,6 +100,8 @@ private:
     void startSound();
     void giveUp();
     void askForKey();
+    void serveJoiner();
+    [[nodiscard]] bool isOfUse();
     [[nodiscard]] bool isPortable() const;
     [[nodiscard]] bool takes() const { return m_error.isEmpty() && !m_ended && m_base != -1; }
 
@@ -105,11 +112,13 @@ private:
     std::int64_t m_tick = -1; ///< ns, the last stamp
     std::int64_t m_waitedAt = -1; ///< ns, the last one that came before the encoder was ready
     std::int64_t m_keyAsked = -keySpacingNs; ///< ns, tick at which one was last asked for
+    std::optional<std::uint64_t>
+        m_keysAtJoin; ///< that had come; one that joined waits for the next
     bool m_pictureTaken = false; ///< of this tick
     bool m_soundTaken = false;
     bool m_ended = false;
-    bool m_isHalfRate = false;
-    bool m_skips = false; ///< the next picture, at half the rate
+    Effort m_effort = Effort::Full;
+    int m_inTurn = 0; ///< pictures since one was left out
     std::uint64_t m_pushed = 0;
     std::uint64_t m_lostBefore = 0; ///< by what was given up
     std::uint64_t m_time = 0; ///< ns, of this tick
@@ -122,6 +131,7 @@ private:
     const EncoderChoice *m_givenUp = nullptr;
     SoundEncoding m_sound;
     PictureBranch m_pictures;
+    SlowWatch m_slow; ///< of one of the platform's
     BackgroundTask<void> m_leaving; ///< what was given up ends
 };
 

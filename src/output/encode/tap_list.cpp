@@ -70,6 +70,7 @@ template <typename Give> void TapList::give(Track track, unsigned feed, Give giv
 void TapList::take(Track track, unsigned feed, const EncodedUnit &unit)
 {
     m_pictures += track == Track::Picture ? 1 : 0;
+    m_keys += track == Track::Picture && unit.isKey ? 1 : 0;
     give(track, feed, [&](EncodedTap &tap) { tap.take(track, unit); });
 }
 

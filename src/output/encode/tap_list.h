@@ -25,6 +25,8 @@ public:
 
     /// Pictures that came since the start.
     [[nodiscard]] std::uint64_t pictures() const { return m_pictures; }
+    /// Of those, key frames.
+    [[nodiscard]] std::uint64_t keys() const { return m_keys; }
 
 private:
     template <typename Give> void give(Track track, unsigned feed, Give give);
@@ -35,6 +37,7 @@ private:
     unsigned m_pictureFeed = 0;
     unsigned m_soundFeed = 0;
     std::atomic<std::uint64_t> m_pictures = 0;
+    std::atomic<std::uint64_t> m_keys = 0;
 };
 
 /// From now on the taps get what reaches `sink`, an app sink at the end of an encoder that was not

@@ -258,11 +258,13 @@ OutletFigures OutletInput::figures() const
     figures.waitingNs = waitingNs();
     if (m_sent) {
         figures.bytes = m_sent->bytes;
+        figures.takenNs = m_sent->time;
         return figures;
     }
     const std::uint64_t waiting = gst_app_src_get_current_level_bytes(appSource(m_video.source))
         + gst_app_src_get_current_level_bytes(appSource(m_audio.source));
     figures.bytes -= std::min(waiting, figures.bytes);
+    figures.takenNs = m_lastPicture - std::min(figures.waitingNs, m_lastPicture);
     return figures;
 }
 

@@ -17,6 +17,7 @@ struct OutletFigures {
     std::uint64_t pictures = 0; ///< handed over
     std::uint64_t dropped = 0; ///< pictures left out because too much waited
     std::uint64_t waitingNs = 0; ///< of pictures
+    std::uint64_t takenNs = 0; ///< of media, that the outlet has taken
 };
 
 /// The way from an encoder into one outlet's muxer. It begins with a key frame, which comes after 0

@@ -183,6 +183,7 @@ void Output::pollOutput()
     } else if (m_running && !m_encoder->poll().isEmpty()) {
         fail(m_encoder->poll());
     } else if (m_running && m_stallWatch.stalled(m_encoder->time())) {
+        m_failure = OutputFailure::Stalled;
         fail(failureText(GST_RESOURCE_ERROR_WRITE));
     }
     tellQueue();

@@ -225,9 +225,19 @@ void LineTest::pushTo(Subject &subject, std::int64_t tNs)
     subject.reading.tookAll = m_measures && figures.dropped == subject.droppedBefore
         && static_cast<double>(figures.waitingNs) < longWait;
     if (!subject.output->running()) {
-        subject.reading.failure = subject.output->error();
-        subject.reading.tookAll = false;
+        noteEnd(subject.reading, *subject.output);
         m_retirement->retire(std::move(subject.output));
+    }
+}
+
+/// One that took nothing more tells of the line; one that its server closed, of the key or the
+/// server.
+void LineTest::noteEnd(LineReading &reading, const Output &output)
+{
+    reading.tookAll = false;
+    if (!reading.wasReached || output.failure() != OutputFailure::Stalled) {
+        reading.wasReached = false;
+        reading.failure = output.error();
     }
 }
 

@@ -82,6 +82,7 @@ private:
     void connectAll();
     void connectTo(Subject &subject);
     void pushTo(Subject &subject, std::int64_t tNs);
+    static void noteEnd(LineReading &reading, const Output &output);
     void advance(std::int64_t nowUs);
     void beginMeasuring();
     void conclude();

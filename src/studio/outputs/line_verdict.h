@@ -13,10 +13,10 @@ namespace nimbara {
 /// What a test of the line measured of one destination.
 struct LineReading {
     QString name;
-    bool wasReached = false; ///< its server took the stream
+    bool wasReached = false; ///< its server took the stream, up to the end
     std::int64_t bitsPerSecond = 0; ///< that it took
     bool tookAll = false; ///< nothing was dropped for it or left waiting
-    Message failure; ///< that ended it; empty: none
+    Message failure; ///< why it was not; empty: it was
 };
 
 /// For how many of the destinations that were reached the line has room, when each gets

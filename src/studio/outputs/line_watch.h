@@ -23,6 +23,8 @@ public:
     bool poll(const QString &server, std::int64_t nowUs);
     /// It could not be reached when it was last looked.
     [[nodiscard]] bool isAway() const { return m_state == State::Away; }
+    /// It could.
+    [[nodiscard]] bool isReached() const { return m_state == State::Reached; }
     /// That will be known in a moment, for which an attempt that is due can wait.
     [[nodiscard]] bool isLooking(std::int64_t nowUs) const
     {

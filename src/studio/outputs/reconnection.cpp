@@ -21,7 +21,6 @@ constexpr std::int64_t eagerUs = 180 * second;
 constexpr std::int64_t patientDelayUs = 30 * second;
 constexpr std::int64_t busyDelayUs = 10 * second;
 constexpr std::int64_t quickUs = 5 * second;
-constexpr int mostQuickClosings = 3;
 constexpr double chanceShare = 0.1;
 
 } // namespace
@@ -44,47 +43,71 @@ void Reconnection::forget()
 void Reconnection::started(std::int64_t nowUs)
 {
     m_startedUs = nowUs;
-    m_acceptedUs.reset();
+    m_isAccepted = false;
+    m_isSteady = false;
     m_nextUs.reset();
 }
 
-void Reconnection::accepted(std::int64_t nowUs)
+void Reconnection::accepted()
 {
     m_everAccepted = true;
     m_busySinceUs.reset();
-    m_acceptedUs = nowUs;
+    m_earlyClosings = 0;
+    m_isAccepted = true;
 }
 
-bool Reconnection::lost(OutputFailure failure, std::int64_t nowUs)
+void Reconnection::took(std::int64_t mediaUs)
 {
-    if (!m_everAccepted) {
-        return giveUp({});
-    }
-    if (m_acceptedUs && nowUs - *m_acceptedUs >= steadyUs) { // it was well
+    if (m_isAccepted && mediaUs >= steadyUs) {
+        m_isSteady = true;
         m_attempt = 0;
         m_quickClosings = 0;
         m_firstLossUs.reset();
     }
+}
+
+bool Reconnection::lost(OutputFailure failure, std::int64_t nowUs, bool isReachable)
+{
+    if (!m_everAccepted) {
+        return giveUp({});
+    }
+    m_reason = {};
     switch (failure) {
     case OutputFailure::Refused:
         return giveUp("El servidor rechaza la clave; no se reconecta.");
     case OutputFailure::Certificate:
         return giveUp("El certificado del servidor no es válido; no se reconecta.");
     case OutputFailure::NameInUse:
+        m_earlyClosings = 0; // it knows the key
         m_busySinceUs = m_busySinceUs.value_or(nowUs);
         return nowUs - *m_busySinceUs < busyUs
             ? waitFor(busyDelayUs, nowUs)
             : giveUp("El servidor sigue con la transmisión anterior; no se reconecta.");
     case OutputFailure::Other:
+    case OutputFailure::Stalled:
         m_busySinceUs.reset(); // whatever held the name
         break;
     }
-    const bool closedQuickly = m_acceptedUs && nowUs - m_startedUs < quickUs;
-    m_quickClosings = closedQuickly ? m_quickClosings + 1 : 0;
-    if (m_quickClosings >= mostQuickClosings) {
-        return giveUp("El servidor la cierra una y otra vez: revisa la clave.");
+    countClosing(nowUs, isReachable);
+    const Message doubt = "El servidor la cierra una y otra vez: revisa la clave.";
+    if (m_quickClosings >= mostClosings) {
+        return giveUp(doubt);
+    }
+    if (doubtsKey()) {
+        m_reason = doubt;
     }
     return waitFor(nextDelayUs(nowUs), nowUs);
+}
+
+void Reconnection::countClosing(std::int64_t nowUs, bool isReachable)
+{
+    const bool isQuick = nowUs - m_startedUs < quickUs;
+    if (isQuick && !m_isAccepted && isReachable) {
+        ++m_earlyClosings;
+        return;
+    }
+    m_earlyClosings = 0;
+    m_quickClosings = isQuick && m_isAccepted ? m_quickClosings + 1 : 0;
 }
 
 std::int64_t Reconnection::nextDelayUs(std::int64_t nowUs) const
@@ -125,9 +148,12 @@ Message Reconnection::text(std::int64_t nowUs) const
         = [](std::int64_t value) { return Message::verbatim(QString::number(value)); };
     const std::int64_t left = std::max<std::int64_t>(m_nextUs.value_or(nowUs) - nowUs, 0);
     const QList<Message> values { number((left + second - 1) / second), number(m_attempt) };
-    return m_busySinceUs
-        ? Message("El servidor aún tiene la transmisión anterior; reintento en %1 s · intento %2",
-            values)
+    if (m_busySinceUs) {
+        return { "El servidor aún tiene la transmisión anterior; reintento en %1 s · intento %2",
+            values };
+    }
+    return doubtsKey()
+        ? Message("El servidor la cierra: revisa la clave; reintento en %1 s · intento %2", values)
         : Message("Reconectando en %1 s · intento %2", values);
 }
 

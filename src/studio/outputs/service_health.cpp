@@ -122,7 +122,7 @@ void ServiceHealth::measureTimes()
 void ServiceHealth::advise()
 {
     m_advice = {};
-    const bool isStarved = m_outputs.encoders().effort() == Effort::HalfRate
+    const bool isStarved = m_outputs.encoders().effort() >= Effort::Thinned
         || share(m_lost.gain(), m_due.gain()) > alarmLoss
         || share(m_late.gain(), m_due.gain()) > alarmLoss;
     m_starvedSeconds = isStarved ? m_starvedSeconds + 1 : 0;
@@ -148,6 +148,9 @@ void ServiceHealth::tellEffort()
         break;
     case Effort::Cheaper:
         m_news = "El equipo va justo: se codifica con menos detalle.";
+        break;
+    case Effort::Thinned:
+        m_news = "El equipo va justo: salen cinco imágenes de cada seis.";
         break;
     case Effort::HalfRate:
         m_news = "El equipo no da abasto: sale una imagen de cada dos.";

@@ -146,18 +146,23 @@ Message StreamDesk::lost(std::size_t slot)
     const Message text
         = Message::verbatim(destination.name() + QStringLiteral(": ")) + destination.statusText();
     Reconnection &reconnection = m_slots.at(slot).reconnection;
-    const bool again
-        = m_reconnects && reconnection.lost(destination.failure(), m_clock.monotonicUs());
+    const bool doubted = reconnection.doubtsKey();
+    const bool again = m_reconnects
+        && reconnection.lost(destination.failure(),
+            m_clock.monotonicUs(),
+            m_slots.at(slot).line.isReached());
+    const bool doubts = reconnection.doubtsKey() && !doubted;
     m_slots.at(slot).line.forget();
     Q_EMIT changed(slot);
     const bool wasLost = std::exchange(m_slots.at(slot).isLost, again);
-    if (wasLost && again) {
+    if (wasLost && again && !doubts) {
         return {}; // an attempt that failed
     }
     if (wasLost) {
         Q_EMIT settled(m_slots.at(slot).loss);
     }
-    const Message more = again ? Message("Se vuelve a conectar sola.") : reconnection.reason();
+    const Message more
+        = again && !doubts ? Message("Se vuelve a conectar sola.") : reconnection.reason();
     m_slots.at(slot).loss
         = more.isEmpty() ? text : text + Message::verbatim(QStringLiteral(" ")) + more;
     return m_slots.at(slot).loss;
@@ -202,7 +207,7 @@ void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
         each.shown = statusText(slot); // the seconds count down
         Q_EMIT changed(slot);
     } else if (!each.reconnection.isAccepted() && m_outputs.destination(slot).accepted()) {
-        each.reconnection.accepted(nowUs);
+        each.reconnection.accepted();
         each.line.forget();
         if (std::exchange(each.isLost, false)) {
             ++each.returns;
@@ -210,6 +215,9 @@ void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
             Q_EMIT said(Message("%1: la transmisión ha vuelto.",
                 { Message::verbatim(m_outputs.destination(slot).name()) }));
         }
+    } else if (each.reconnection.isAccepted() && !each.reconnection.isSteady()) {
+        const auto figures = m_outputs.destination(slot).figures().value_or(OutletFigures {});
+        each.reconnection.took(static_cast<std::int64_t>(figures.takenNs / 1000));
     }
 }
 

@@ -303,6 +303,37 @@ private Q_SLOTS:
                 none.arg(mode) + u" Llegan menos de las acordadas: suele faltar luz."_s }));
     }
 
+    /// The principal one first; another that comes or goes does not begin its count anew.
+    void tellsWhatComesInFromEachCamera()
+    {
+        const CaptureDevice altar = describeDevice(fakeDevice({ .name = "Altar" }).get());
+        const CaptureDevice coro = describeDevice(fakeDevice({ .name = "Coro" }).get());
+        const DeviceRef device = fakeDevice({ .opens = "videotestsrc num-buffers=9" });
+        const MediaPtr one = m_factory.camera({ 64, 48 }, device.get(), {});
+        const MediaPtr other = m_factory.camera({ 64, 48 }, device.get(), {});
+        const auto ended = [&] { return one->pollSource(), !one->active(); };
+        QVERIFY(QTest::qWaitFor(ended, 20'000));
+        CameraArrivals arrivals;
+        const auto told = [&](const std::vector<OpenCamera> &cameras, std::int64_t second) {
+            QStringList all;
+            for (const ArrivalText &each :
+                arrivals.poll(cameras, second * 1'000'000).value_or(std::vector<ArrivalText> {})) {
+                const QString name = each.device ? each.device->name : u"-"_s;
+                all << name + each.text.spanish().section(u':', 0, 0);
+            }
+            return all.join(u' ');
+        };
+        const OpenCamera bars;
+        const std::vector<OpenCamera> both { { &altar, other.get() }, { &coro, one.get() } };
+        QCOMPARE(told({ bars }, 0), u"-"_s);
+        QCOMPARE(told({ bars }, 1), u""_s);
+        QCOMPARE(told({ bars, { &coro, one.get() } }, 1), u"- CoroPedido"_s);
+        QVERIFY(arrivals.poll({ bars, { &coro, one.get() } }, 2'000'000)); // its rate is known
+        const auto now = arrivals.poll(both, 2'000'001);
+        QVERIFY(now && now->at(1).text.spanish().contains(u"0.0 imágenes"_s));
+        QCOMPARE(told({ both[0] }, 2), u"AltarPedido"_s);
+    }
+
 private:
     std::unique_ptr<CameraOpening> open(const std::string &opens,
         const std::vector<DeviceMode> &modes,

@@ -34,12 +34,14 @@ struct Cameras {
     std::optional<CaptureDevice> principal;
     QStringList told;
     SteadyCameras steady;
+    CameraModes modes;
     CameraOpenings openings { clock,
         factory,
         [] {
             return FrameSize { 640, 480 };
         },
         steady,
+        modes,
         [](const Message &) {} };
     LayerCameras cameras { clock,
         openings,
@@ -147,16 +149,45 @@ private Q_SLOTS:
         Cameras desk;
         QVERIFY(desk.pollUntil([&] { return desk.shows(0); }));
         desk.principal = *desk.cameras.device(textOf(0));
-        const MediaPtr handed = desk.cameras.handOver(*desk.principal);
+        const MediaPtr handed = desk.cameras.handOver(*desk.principal, std::nullopt);
         QVERIFY(handed && handed->active());
         const std::int64_t later = desk.clock.monotonicUs() + 2 * LayerCameras::spacingUs;
         QVERIFY(desk.pollUntil([&] { return desk.clock.monotonicUs() > later; }));
         QVERIFY(!desk.cameras.find(textOf(0))); // nor opened a second time
-        QVERIFY(desk.cameras.takeOver(*std::exchange(desk.principal, std::nullopt), handed));
+        const CaptureDevice device = *std::exchange(desk.principal, std::nullopt);
+        QVERIFY(desk.cameras.takeOver(device, std::nullopt, handed));
         QCOMPARE(desk.cameras.find(textOf(0)), handed);
         QVERIFY(desk.pollUntil([&] { return desk.shows(0); }));
         const auto leaving = desk.cameras.release(*desk.cameras.device(textOf(0)));
         QVERIFY(!desk.cameras.find(textOf(0)) && !areGone(leaving)); // held here
+    }
+
+    /// The operator's choice is asked for when it is applied, once, and shared in that mode alone.
+    void isOpenInTheModeThatWasChosen()
+    {
+        const VirtualDevice altar = camera(0);
+        Cameras desk;
+        desk.named.pop_back();
+        QVERIFY(desk.pollUntil([&] { return desk.shows(0); }));
+        const CaptureDevice device = *desk.cameras.device(textOf(0));
+        const DeviceMode mode = device.modes.at(0);
+        desk.modes.choose(device, mode);
+        std::vector<OpenCamera> open;
+        desk.cameras.addOpen(open);
+        QVERIFY(open.size() == 1 && open[0].media == desk.cameras.find(textOf(0)).get());
+        QVERIFY(!desk.cameras.handOver(device, mode));
+        desk.cameras.applyModes();
+        QVERIFY(!desk.cameras.find(textOf(0)));
+        QVERIFY(desk.pollUntil([&] { return desk.shows(0); }));
+        const MediaPtr anew = desk.cameras.find(textOf(0));
+        QVERIFY(anew->wantedMode() == mode);
+        desk.cameras.applyModes();
+        QCOMPARE(desk.cameras.find(textOf(0)), anew);
+        QVERIFY(!desk.cameras.handOver(device, std::nullopt));
+        QCOMPARE(desk.cameras.handOver(device, mode), anew);
+        QVERIFY(desk.cameras.takeOver(device, mode, anew));
+        desk.cameras.applyModes();
+        QCOMPARE(desk.cameras.find(textOf(0)), anew);
     }
 
     /// Of two alike the operator has to say which.

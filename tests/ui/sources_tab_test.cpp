@@ -1,5 +1,8 @@
+#include "base/i18n.h"
 #include "support/test_registry.h"
 #include "ui/outputs/sources_tab.h"
+
+#include <QLabel>
 
 using namespace nimbara;
 using namespace Qt::StringLiterals;
@@ -55,6 +58,93 @@ private Q_SLOTS:
         cameras->setCurrentIndex(0);
         cameras->setCurrentIndex(1);
         QVERIFY(!tab.cameraMode());
+    }
+
+    /// As the settings keep them; one that is not offered any more leaves the choice to the
+    /// program.
+    void takesUpTheModesOfTheLastRun()
+    {
+        const CaptureDevice altar = camera(u"Altar"_s, { full, slow });
+        CameraModes chosen;
+        for (const DeviceMode &mode : { full, slow }) {
+            chosen.choose(altar, mode);
+            QVERIFY(chosen.chosen(altar) == mode);
+        }
+        CameraModes kept;
+        kept.restore(chosen.kept());
+        SourcesTab tab;
+        tab.showModes(kept);
+        tab.showDevices({ { altar }, {} });
+        tab.findChild<QComboBox *>(u"cameras"_s)->setCurrentIndex(1);
+        QCOMPARE(tab.cameraMode(), slow);
+        tab.showDevices({ { camera(u"Altar"_s, { full }) }, {} });
+        QVERIFY(!tab.cameraMode());
+        QCOMPARE(tab.findChild<QComboBox *>(u"cameraModes"_s)->currentIndex(), 0);
+        for (const char *text : { "no caps", "video/x-raw", "audio/x-raw,rate=48000", "" }) {
+            kept.restore({ { altar.identity, QString::fromLatin1(text) } });
+            QVERIFY(!kept.chosen(altar));
+        }
+    }
+
+    /// A row for each; what is adjusted is the chosen one unless another open one is picked.
+    void adjustsEveryOpenCamera()
+    {
+        SourcesTab tab;
+        auto *which = tab.findChild<QComboBox *>(u"adjustedCamera"_s);
+        auto *modes = tab.findChild<QComboBox *>(u"cameraModes"_s);
+        const CaptureDevice altar = camera(u"Altar"_s, { full });
+        const CaptureDevice coro = camera(u"Coro"_s, { full, slow });
+        QStringList told;
+        connect(&tab,
+            &SourcesTab::modeChosen,
+            &tab,
+            [&](const CaptureDevice &device, const std::optional<DeviceMode> &mode) {
+                told << device.name + (mode ? modeText(*mode) : QString());
+            });
+        tab.showDevices({ { altar, coro }, {} });
+        tab.findChild<QComboBox *>(u"cameras"_s)->setCurrentIndex(1);
+        tab.showArrivals({ { altar, Message("Pedido: %1", { Message::verbatim(u"A"_s) }) } });
+        auto *rows = tab.findChild<QLabel *>(u"cameraArrival"_s);
+        QCOMPARE(rows->text(), nimbara_i18n::tr("Pedido: %1").arg(u"A"_s));
+        QVERIFY(which->isHidden());
+        const std::vector<ArrivalText> both { { std::nullopt, {} },
+            { coro, Message("Pedido: %1", { Message::verbatim(u"B"_s) }) } };
+        tab.showArrivals(both);
+        QCOMPARE(rows->text(), u"Coro: "_s + nimbara_i18n::tr("Pedido: %1").arg(u"B"_s));
+        QVERIFY(!which->isHidden() && which->count() == 2 && modes->count() == 2);
+        QTest::keyClick(which, Qt::Key_End);
+        QCOMPARE(modes->count(), 3);
+        QTest::keyClick(modes, Qt::Key_End);
+        QCOMPARE(told, QStringList { u"Coro"_s + modeText(slow) });
+        QVERIFY(!tab.cameraMode()); // the chosen camera's
+        tab.showArrivals({ { altar, {} } }); // unplugged
+        QVERIFY(which->isHidden() && modes->count() == 2);
+        tab.showArrivals(both);
+        QVERIFY(which->currentIndex() == 1 && modes->count() == 3);
+    }
+
+    /// Not taken by itself, and not offered any more once it is chosen.
+    void offersTheSoundOfACaptureCard()
+    {
+        CaptureDevice card = camera(u"HDMI"_s, { full });
+        CaptureDevice sound = camera(u"HDMI audio"_s, {});
+        sound.kind = DeviceKind::Audio;
+        card.usb = sound.usb = u"0000:00:14.0 2"_s;
+        SourcesTab tab;
+        auto *use = tab.findChild<QPushButton *>(u"useCameraSound"_s);
+        auto *cameras = tab.findChild<QComboBox *>(u"cameras"_s);
+        tab.showDevices({ { card }, { camera(u"Consola"_s, {}), sound } });
+        QVERIFY(use->isHidden());
+        cameras->setCurrentIndex(1);
+        QVERIFY(!use->isHidden() && tab.audioEntry() == 0);
+        const QString note = tab.findChild<QLabel *>(u"cameraSound"_s)->text();
+        QVERIFY(note.contains(u"\"HDMI\""_s) && note.contains(u"\"HDMI audio\""_s));
+        use->click();
+        QVERIFY(use->isHidden() && tab.audioEntry() == 3);
+        tab.findChild<QComboBox *>(u"microphones"_s)->setCurrentIndex(2);
+        QVERIFY(!use->isHidden());
+        cameras->setCurrentIndex(0);
+        QVERIFY(use->isHidden());
     }
 };
 

@@ -1,5 +1,7 @@
 #include "media/capture/devices.h"
 
+#include "media/capture/usb_place.h"
+
 #include <QStringList>
 
 #include <algorithm>
@@ -68,6 +70,25 @@ constexpr std::array nodeKeys { "node.name",
     "persistent-id",
     "device.strid",
     "internal-name" };
+
+/// What names a USB port among other things: of cameras, of sound cards, of both.
+constexpr std::array usbKeys { "v4l2.device.bus_info",
+    "api.v4l2.cap.bus_info",
+    "api.alsa.card.longname",
+    "alsa.long_card_name",
+    "device.bus-path",
+    "device.bus_path",
+    "sysfs.path" };
+
+QString usbPlaceOf(GstDevice *device, const GstStructure *properties)
+{
+    for (const char *key : usbKeys) {
+        if (QString place = usbPlace(deviceText(device, properties, key)); !place.isEmpty()) {
+            return place;
+        }
+    }
+    return {};
+}
 
 DeviceIdentity marksOf(GstDevice *device, const GstStructure *properties, const QString &name)
 {
@@ -139,6 +160,7 @@ CaptureDevice describeDevice(GstDevice *device)
                              .join(QLatin1Char('\n'));
     described.place = firstText(device, properties.get(), placeKeys);
     described.device = DeviceRef::retain(device);
+    described.usb = usbPlaceOf(device, properties.get());
     if (described.kind == DeviceKind::Video) {
         described.modes = modesOf(device);
         described.file = deviceFile(device);

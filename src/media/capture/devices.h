@@ -26,6 +26,7 @@ struct CaptureDevice {
     DeviceRef device; ///< opens it, as long as it is at that place
     std::vector<DeviceMode> modes {}; ///< of a camera, the best for 1920 × 1080 first
     QString file {}; ///< the system's, of a camera ("/dev/video0"); empty: none
+    QString usb {}; ///< where it is plugged in (`usbPlace`); empty: no USB device, or not told
 };
 
 /// The devices in the order in which the system names them.

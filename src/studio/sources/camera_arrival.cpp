@@ -89,4 +89,48 @@ Message CameraArrival::text(const Media &camera) const
     return text + Message(" Llegan menos de las acordadas: suele faltar luz.");
 }
 
+std::optional<std::vector<ArrivalText>> CameraArrivals::poll(const std::vector<OpenCamera> &cameras,
+    std::int64_t nowUs)
+{
+    bool isOther = follow(cameras);
+    for (Watched &each : m_watched) {
+        if (auto text = each.arrival.poll(each.media, nowUs)) {
+            each.text = std::move(*text);
+            isOther = true;
+        }
+    }
+    if (!isOther) {
+        return std::nullopt;
+    }
+    std::vector<ArrivalText> texts;
+    for (const Watched &each : m_watched) {
+        texts.push_back({ each.device, each.text });
+    }
+    return texts;
+}
+
+/// One that stays is counted on. True when they are others than before.
+bool CameraArrivals::follow(const std::vector<OpenCamera> &cameras)
+{
+    const auto isIt = [](const Watched &watched, const OpenCamera &camera) {
+        const bool isDevice = camera.device != nullptr;
+        return watched.media == camera.media && watched.device.has_value() == isDevice
+            && (!isDevice || isSame(*watched.device, *camera.device));
+    };
+    if (std::equal(m_watched.begin(), m_watched.end(), cameras.begin(), cameras.end(), isIt)) {
+        return false;
+    }
+    std::vector<Watched> before = std::exchange(m_watched, {});
+    for (const OpenCamera &camera : cameras) {
+        const auto found = std::find_if(before.begin(), before.end(), [&](const Watched &watched) {
+            return isIt(watched, camera);
+        });
+        m_watched.push_back(found != before.end() ? std::move(*found) : Watched {});
+        m_watched.back().media = camera.media;
+        m_watched.back().device
+            = camera.device != nullptr ? std::optional(*camera.device) : std::nullopt;
+    }
+    return true;
+}
+
 } // namespace nimbara

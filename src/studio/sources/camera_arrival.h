@@ -1,11 +1,13 @@
 #pragma once
 
 #include "base/message.h"
+#include "media/capture/devices.h"
 #include "media/sources/media.h"
 
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <vector>
 
 namespace nimbara {
 
@@ -49,6 +51,38 @@ private:
     const void *m_camera = nullptr;
     ArrivalRate m_rate;
     std::optional<Message> m_told;
+};
+
+/// A camera that is open.
+struct OpenCamera {
+    const CaptureDevice *device = nullptr; ///< none: bars
+    const Media *media = nullptr; ///< none: it is lost
+};
+
+/// What comes in from one of them.
+struct ArrivalText {
+    std::optional<CaptureDevice> device; ///< none: bars
+    Message text; ///< empty for what is no camera
+};
+
+/// What comes in from all cameras that are open. Interface thread only.
+class CameraArrivals {
+public:
+    /// Call on every run of the frame clock with the cameras. Returns a text for each, in their
+    /// order, when one of them, or which they are, is another one.
+    std::optional<std::vector<ArrivalText>> poll(const std::vector<OpenCamera> &cameras,
+        std::int64_t nowUs);
+
+private:
+    struct Watched {
+        const Media *media = nullptr;
+        std::optional<CaptureDevice> device;
+        CameraArrival arrival;
+        Message text;
+    };
+    bool follow(const std::vector<OpenCamera> &cameras);
+
+    std::vector<Watched> m_watched;
 };
 
 } // namespace nimbara

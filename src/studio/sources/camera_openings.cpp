@@ -9,11 +9,13 @@ CameraOpenings::CameraOpenings(const Clock &clock,
     const MediaFactory &factory,
     std::function<FrameSize()> frame,
     SteadyCameras &steady,
+    const CameraModes &modes,
     Report status)
     : m_clock(clock)
     , m_factory(factory)
     , m_frame(std::move(frame))
     , m_steady(steady)
+    , m_modes(modes)
     , m_status(std::move(status))
 {
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/report.h"
+#include "media/capture/camera_modes.h"
 #include "media/capture/devices.h"
 #include "media/capture/steady_cameras.h"
 #include "media/sources/media_factory.h"
@@ -19,12 +20,13 @@ namespace nimbara {
 /// directly from then on, until other cameras are listed. Interface thread only.
 class CameraOpenings {
 public:
-    /// `frame`: the size of the stream program, asked anew at each use. `factory`, `steady`:
-    /// outlive this, which outlives all that it begins.
+    /// `frame`: the size of the stream program, asked anew at each use. `factory`, `steady`,
+    /// `modes`: outlive this, which outlives all that it begins.
     CameraOpenings(const Clock &clock,
         const MediaFactory &factory,
         std::function<FrameSize()> frame,
         SteadyCameras &steady,
+        const CameraModes &modes,
         Report status);
 
     /// `chosen`: the mode to be tried first. `before`: what holds the device as yet. Throws `Error`
@@ -32,6 +34,11 @@ public:
     [[nodiscard]] std::unique_ptr<CameraOpening> begin(const CaptureDevice &device,
         const std::optional<DeviceMode> &chosen,
         DeviceHolders before);
+    /// The mode that the operator chose for the camera; none: the best.
+    [[nodiscard]] std::optional<DeviceMode> chosen(const CaptureDevice &device) const
+    {
+        return m_modes.chosen(device);
+    }
     /// The opening has come to a picture.
     void note(const CaptureDevice &device, const CameraOpening &opening);
 
@@ -48,6 +55,7 @@ private:
     const MediaFactory &m_factory;
     std::function<FrameSize()> m_frame;
     SteadyCameras &m_steady;
+    const CameraModes &m_modes;
     Report m_status;
     std::vector<Direct> m_direct;
 };

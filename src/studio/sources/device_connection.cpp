@@ -84,8 +84,9 @@ void DeviceConnection::poll()
     collectList();
     collectLookup();
     followOpening();
-    if (const auto text = m_arrival.poll(m_sources.camera().get(), m_clock.monotonicUs())) {
-        Q_EMIT arrivalChanged(*text);
+    const std::vector<OpenCamera> cameras = m_sources.openCameras();
+    if (const auto arrivals = m_arrivals.poll(cameras, m_clock.monotonicUs())) {
+        Q_EMIT arrivalsChanged(*arrivals);
     }
 }
 
@@ -186,6 +187,7 @@ bool DeviceConnection::mayUse(CaptureKind kind)
 void DeviceConnection::connectWanted(const Wanted &wanted, const DeviceLists &present)
 {
     const Outcome camera = connectCamera(wanted, present.video);
+    m_sources.applyModes();
     m_opening = camera != Outcome::Failed
         && connectAudio(wanted, present.audio) == Outcome::Connected
         && camera == Outcome::Connected;

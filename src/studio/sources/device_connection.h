@@ -11,6 +11,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace nimbara {
 
@@ -58,8 +59,9 @@ public:
 Q_SIGNALS:
     /// The cameras and audio inputs in the order of the choice.
     void devicesFound(const DeviceLists &devices);
-    /// What was asked of the camera, agreed upon and comes in; empty: it is no device.
-    void arrivalChanged(const nimbara::Message &text);
+    /// What was asked of each open camera, agreed upon and comes in: of the principal one, then of
+    /// those of layers.
+    void arrivalsChanged(const std::vector<nimbara::ArrivalText> &arrivals);
     /// The operator has answered a request for permission: whoever knows what is chosen by now
     /// calls `connectSources` again.
     void permissionAnswered();
@@ -93,7 +95,7 @@ private:
     Sources &m_sources;
     AudioInput &m_audio;
     Report m_status;
-    CameraArrival m_arrival;
+    CameraArrivals m_arrivals;
     DeviceDiscovery m_discovery;
     std::optional<std::int64_t> m_listAsked; ///< µs; a list is to come, and silence is not told yet
     DeviceLists m_devices; ///< as listed

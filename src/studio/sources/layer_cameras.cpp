@@ -19,6 +19,7 @@ struct LayerCameras::Entry {
     std::optional<CaptureDevice> last; ///< where it was; none: a search has not found it there
     std::unique_ptr<CameraOpening> opening; ///< on its way
     MediaPtr camera; ///< delivers
+    std::optional<DeviceMode> chosen; ///< what the operator wanted when it was opened
     std::int64_t nextUs = 0; ///< not opened before
     bool isAsked = false; ///< the operator was told that several fit
 
@@ -105,6 +106,7 @@ void LayerCameras::name(const std::vector<QString> &named)
         if (isLeft(left) && heir != m_entries.end()) { // it names the same device
             (*heir)->camera = std::move(left->camera);
             (*heir)->opening = std::move(left->opening);
+            (*heir)->chosen = left->chosen;
         } else if (isLeft(left)) {
             drop(*left);
         }
@@ -212,8 +214,9 @@ void LayerCameras::open(Entry &entry)
 {
     entry.nextUs = m_clock.monotonicUs() + spacingUs;
     try {
+        entry.chosen = m_openings.chosen(*entry.device);
         entry.opening
-            = m_openings.begin(*entry.device, std::nullopt, m_leaving.holders(*entry.device));
+            = m_openings.begin(*entry.device, entry.chosen, m_leaving.holders(*entry.device));
     } catch (const Error &error) {
         logLine(QStringLiteral("Cámara: no se pudo reabrir: ") + error.text());
         entry.device.reset();
@@ -261,23 +264,49 @@ void LayerCameras::drop(Entry &entry)
     entry.nextUs = m_clock.monotonicUs() + spacingUs;
 }
 
-MediaPtr LayerCameras::handOver(const CaptureDevice &device)
+void LayerCameras::addOpen(std::vector<OpenCamera> &cameras) const
 {
     for (const auto &entry : m_entries) {
-        if (entry->camera && entry->device && isSame(*entry->device, device)) {
+        if (entry->camera && entry->device) {
+            cameras.push_back({ &*entry->device, entry->camera.get() });
+        }
+    }
+}
+
+/// As when somebody else opens the device: it can be opened once only.
+void LayerCameras::applyModes()
+{
+    for (const auto &entry : m_entries) {
+        if (entry->isSettled() && entry->device
+            && entry->chosen != m_openings.chosen(*entry->device)) {
+            static_cast<void>(release(*entry->device));
+            entry->nextUs = m_clock.monotonicUs();
+        }
+    }
+}
+
+MediaPtr LayerCameras::handOver(const CaptureDevice &device,
+    const std::optional<DeviceMode> &chosen)
+{
+    for (const auto &entry : m_entries) {
+        if (entry->camera && entry->device && isSame(*entry->device, device)
+            && entry->chosen == chosen) {
             return std::exchange(entry->camera, nullptr);
         }
     }
     return nullptr;
 }
 
-bool LayerCameras::takeOver(const CaptureDevice &device, const MediaPtr &camera)
+bool LayerCameras::takeOver(const CaptureDevice &device,
+    const std::optional<DeviceMode> &chosen,
+    const MediaPtr &camera)
 {
     const auto found = std::find_if(m_entries.begin(), m_entries.end(), [&](const auto &entry) {
         return !entry->isSettled() && entry->device && isSame(*entry->device, device);
     });
     if (found != m_entries.end()) {
         (*found)->camera = camera;
+        (*found)->chosen = chosen;
     }
     return found != m_entries.end();
 }

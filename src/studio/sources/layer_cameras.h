@@ -3,6 +3,7 @@
 #include "base/clock.h"
 #include "base/report.h"
 #include "media/capture/devices.h"
+#include "studio/sources/camera_arrival.h"
 #include "studio/sources/camera_opening.h"
 #include "studio/sources/camera_openings.h"
 
@@ -52,10 +53,18 @@ public:
     /// Its name on a plain ground: what a layer shows of a camera that is not there.
     [[nodiscard]] FramePtr slate(const QString &named) const;
 
-    /// The device becomes the principal camera: hands the open one over, or none.
-    MediaPtr handOver(const CaptureDevice &device);
+    /// Adds those that deliver.
+    void addOpen(std::vector<OpenCamera> &cameras) const;
+    /// Those that were opened in another mode than the one chosen by now are opened anew.
+    void applyModes();
+
+    /// The device becomes the principal camera, in the mode that was chosen for it: hands the open
+    /// one over, or none when it is open in another.
+    MediaPtr handOver(const CaptureDevice &device, const std::optional<DeviceMode> &chosen);
     /// The device is the principal camera no more: takes it over; false when no layer names it.
-    bool takeOver(const CaptureDevice &device, const MediaPtr &camera);
+    bool takeOver(const CaptureDevice &device,
+        const std::optional<DeviceMode> &chosen,
+        const MediaPtr &camera);
     /// Somebody else opens the device: lets go of it. Returns what holds it still.
     DeviceHolders release(const CaptureDevice &device);
 

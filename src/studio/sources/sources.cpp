@@ -39,7 +39,7 @@ Sources::Sources(const Clock &clock,
     , m_frame(std::move(frame))
     , m_status(status)
     , m_return(clock, status)
-    , m_openings(clock, factory, m_frame, m_steady, status)
+    , m_openings(clock, factory, m_frame, m_steady, m_modes, status)
     , m_layerCameras(
           clock,
           m_openings,
@@ -103,7 +103,7 @@ void Sources::setBars(MediaPtr camera, std::int32_t index)
 
 void Sources::install(MediaPtr camera, const Offer &from)
 {
-    if (m_camera && m_device && !m_layerCameras.takeOver(*m_device, m_camera)) {
+    if (m_camera && m_device && !m_layerCameras.takeOver(*m_device, m_chosenMode, m_camera)) {
         letGo(m_camera);
     }
     m_camera = std::move(camera);
@@ -149,8 +149,8 @@ void Sources::offerCamera(std::int32_t index,
     const std::optional<CaptureDevice> &device,
     const std::optional<DeviceMode> &chosen)
 {
-    if (device && !chosen) {
-        if (MediaPtr open = m_layerCameras.handOver(*device)) {
+    if (device) {
+        if (MediaPtr open = m_layerCameras.handOver(*device, chosen)) {
             m_refused = false;
             takeOffer();
             install(std::move(open), { nullptr, index, device, chosen });
@@ -276,6 +276,13 @@ void Sources::pollLayerCameras(const Project &project, const OnAir &onAir)
         }
     }
     m_layerCameras.poll(named);
+}
+
+std::vector<OpenCamera> Sources::openCameras() const
+{
+    std::vector<OpenCamera> cameras { { m_device ? &*m_device : nullptr, m_camera.get() } };
+    m_layerCameras.addOpen(cameras);
+    return cameras;
 }
 
 FramePtr Sources::cameraFrame() const

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "base/report.h"
+#include "media/capture/camera_modes.h"
 #include "media/capture/devices.h"
 #include "media/capture/steady_cameras.h"
 #include "media/sources/media_factory.h"
+#include "studio/sources/camera_arrival.h"
 #include "studio/sources/camera_opening.h"
 #include "studio/sources/camera_openings.h"
 #include "studio/sources/device_return.h"
@@ -114,6 +116,13 @@ public:
     }
     /// Cameras that keep their rate in poor light; one that cannot is told of.
     [[nodiscard]] SteadyCameras &steadyCameras() { return m_steady; }
+    /// The modes that are tried first when cameras of layers are opened.
+    [[nodiscard]] CameraModes &cameraModes() { return m_modes; }
+    /// Cameras of layers that are open in another mode are opened anew.
+    void applyModes() { m_layerCameras.applyModes(); }
+    /// The principal camera, whatever it shows, then those of layers that deliver. Until the next
+    /// run.
+    [[nodiscard]] std::vector<OpenCamera> openCameras() const;
 
     /// Reads the camera and each source once, and shows what they have to say. Files that neither a
     /// program nor a current scene shows are held. Network and screen sources that stopped are
@@ -177,6 +186,7 @@ private:
     LeavingDevices m_leaving;
     DeviceReturn m_return;
     SteadyCameras m_steady;
+    CameraModes m_modes;
     CameraOpenings m_openings;
     LayerCameras m_layerCameras;
     LoginDesk m_logins;

@@ -8,6 +8,7 @@ namespace {
 
 const auto onlyShownKey = QStringLiteral("cameras_only_shown");
 const auto steadyKey = QStringLiteral("steady_cameras");
+const auto modesKey = QStringLiteral("camera_modes");
 const auto offsetsKey = QStringLiteral("sound_offsets");
 
 } // namespace
@@ -18,6 +19,7 @@ DeviceSettings::DeviceSettings(Studio &studio, SourcesTab &sources, AudioTab &au
     , m_audio(audio)
 {
     connectCameras();
+    connectModes();
     connectOffset();
     connectClaps();
 }
@@ -41,6 +43,19 @@ void DeviceSettings::connectCameras()
         m_sources.showSteady(cameras.identities());
     };
     connect(&m_sources, &SourcesTab::steadyChosen, this, choose);
+}
+
+void DeviceSettings::connectModes()
+{
+    CameraModes &modes = m_studio.sources().cameraModes();
+    modes.restore(m_studio.settings().value(modesKey).toMap());
+    m_sources.showModes(modes);
+    const auto choose
+        = [this, &modes](const CaptureDevice &camera, const std::optional<DeviceMode> &mode) {
+              modes.choose(camera, mode);
+              m_studio.settings().setValue(modesKey, modes.kept());
+          };
+    connect(&m_sources, &SourcesTab::modeChosen, this, choose);
 }
 
 void DeviceSettings::connectOffset()

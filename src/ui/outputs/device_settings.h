@@ -10,8 +10,8 @@ namespace nimbara {
 class Studio;
 
 /// What the operator sets for each device, kept from one run to the next: cameras that keep their
-/// rate in poor light, when the cameras of layers are open, the offset of each audio input and the
-/// help that measures it. Interface thread only.
+/// rate in poor light, their modes, when the cameras of layers are open, the offset of each audio
+/// input and the help that measures it. Interface thread only.
 class DeviceSettings : public QObject {
     Q_OBJECT
 public:
@@ -20,6 +20,7 @@ public:
 
 private:
     void connectCameras();
+    void connectModes();
     void connectOffset();
     void connectClaps();
     void setOffset(int ms);

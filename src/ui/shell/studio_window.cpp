@@ -329,7 +329,7 @@ void StudioWindow::connectDevices()
         &DeviceConnection::devicesFound,
         m_sceneTab->properties(),
         &PropertiesPanel::showCameras);
-    connect(devices, &DeviceConnection::arrivalChanged, m_sourcesTab, &SourcesTab::showArrival);
+    connect(devices, &DeviceConnection::arrivalsChanged, m_sourcesTab, &SourcesTab::showArrivals);
     connect(devices, &DeviceConnection::permissionAnswered, this, &StudioWindow::connectSources);
     connect(m_sourcesTab, &SourcesTab::checkPressed, this, &StudioWindow::checkService);
     connect(m_sourcesTab, &SourcesTab::refreshPressed, this, [this] {

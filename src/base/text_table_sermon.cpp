@@ -57,6 +57,7 @@ constexpr TextPair pairs[] = {
         "The subtitle left as it was: its correction took over 30 s." },
     TextPair { "Segundo idioma", "Second language" },
     TextPair { "Ninguno", "None" },
+    TextPair { "Idioma de la voz", "Language of the voice" },
     TextPair { "Idioma de los subtítulos", "Language of the subtitles" },
     TextPair { "Primer idioma", "First language" },
     TextPair { "Segundo idioma (si lo hay)", "Second language (if there is one)" },

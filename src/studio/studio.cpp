@@ -206,7 +206,7 @@ void Studio::advanceCaptions()
 /// What of the synthetic voice is in the block of this frame goes beside the captions' files.
 void Studio::keepVoice(std::int64_t frameTime)
 {
-    m_voiceFile.follow(m_captionFiles.stemOf(Target::First));
+    m_voiceFile.follow(m_captionFiles.stemOf(m_translation.spokenTarget()));
     const std::int64_t atMs = m_captionFiles.sinceZero(frameTime / 1000);
     if (const std::span<const float> spoken = m_programAudio.spoken(); !spoken.empty()) {
         m_voiceFile.push(atMs, spoken);

@@ -5,6 +5,7 @@
 #include "support/test_registry.h"
 
 #include <QFile>
+#include <QSet>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -180,6 +181,40 @@ private Q_SLOTS:
                 }
             }
             QVERIFY2(words.size() > 500 && wrong.isEmpty(), qPrintable(wrong.join(u'\n')));
+        }
+    }
+
+    /// Nor a sermon of twenty minutes, but for what it quotes, which nobody has to name.
+    void findsInASermonWhatItQuotes()
+    {
+        const std::pair<QString, QString> rows[] {
+            { u"es"_s,
+                u"Lucas 15:18|Lucas 15:19|Lucas 15:20|Lucas 15:21|Lucas 15:29|Efesios 2:8|Efesios "
+                u"2:9|"
+                u"Juan 3:16|1 Corintios 13:4|1 Corintios 13:5|1 Corintios 13:7|Isaías 40:31|"
+                u"Romanos 8:28|Mateo 11:28|Salmos 23:1|Salmos 23:4"_s },
+            { u"en"_s,
+                u"Psalms 23:1|Psalms 23:2|Psalms 23:3|Psalms 23:4|Isaiah 40:31|Matthew "
+                u"11:28|Romans 5:8|"
+                u"John 3:16|Romans 8:38|Romans 8:39|Psalms 119:105|Numbers 6:24"_s },
+        };
+        for (const auto &[code, quoted] : rows) {
+            const QStringList all = quoted.split(u'|');
+            const QStringList words = bible::searchWords(contentsOf(u"sermon_%1.txt"_s.arg(code)));
+            QSet<QString> found;
+            QStringList wrong;
+            for (qsizetype from = 0; from + 16 <= words.size(); from += 16) {
+                const QString said = words.mid(from, 16).join(u' ');
+                const auto verse = m_quotations->in(said);
+                const QString label = verse ? bible::label(*verse, code) : QString();
+                if (all.contains(label)) {
+                    found.insert(label);
+                } else if (verse) {
+                    wrong.append(label + u": "_s + said);
+                }
+            }
+            QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(u'\n')));
+            QVERIFY2(found.size() >= 4, qPrintable(found.values().join(u'|')));
         }
     }
 

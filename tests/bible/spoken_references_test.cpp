@@ -68,6 +68,23 @@ private Q_SLOTS:
         }
     }
 
+    /// Twenty minutes with names, dates and amounts among them: no card that nobody has named.
+    void findsInASermonWhatItNames()
+    {
+        const std::tuple<Language, QString, QString> rows[] {
+            { Language::Spanish,
+                u"es"_s,
+                u"Lucas 15:20|Lucas 15:20|Efesios 2:8-9|1 Corintios 13:4-7|Isaías 40:31|"
+                u"Romanos 8:28|Salmos 23"_s },
+            { Language::English, u"en"_s, u"Psalms 23|Isaiah 40:31|Romans 5:8|Romans 8:38-39"_s },
+        };
+        for (const auto &[language, code, references] : rows) {
+            const QString sermon = contents(u"sermon_%1.txt"_s.arg(code));
+            QVERIFY(sermon.size() > 14'000);
+            QCOMPARE(found(sermon, language), references);
+        }
+    }
+
     void offersOnlyWhatThereIs()
     {
         const std::tuple<Language, QString, QString> rows[] {

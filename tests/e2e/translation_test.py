@@ -81,6 +81,7 @@ class Microphone:
         words += ["--rate", str(RATE), "--channels", "1", "--format", "s16", "-"]
         self.process = subprocess.Popen(words, stdin=subprocess.PIPE)
         self.waiting = b""
+        self.latest = 0.0  # seconds behind the clock; what is late by more than a moment is heard with a gap
         self.writer = threading.Thread(target=self.write)
         self.writer.start()
 
@@ -89,6 +90,7 @@ class Microphone:
         while self.process.poll() is None:
             due += self.STEP / RATE
             time.sleep(max(0, due - time.monotonic()))
+            self.latest = max(self.latest, time.monotonic() - due)
             block, self.waiting = self.waiting[: 2 * self.STEP], self.waiting[2 * self.STEP :]
             try:
                 os.write(self.process.stdin.fileno(), block.ljust(2 * self.STEP, b"\0"))
@@ -135,7 +137,9 @@ def loudness(path, hertz):
         yield 2 * abs(sum(v * t for v, t in zip(part, turn))) / length, math.sqrt(sum(v * v for v in part) / length)
 
 
-class TranslationTest(StudioTest):
+class PulpitTest(StudioTest):
+    """The program with the API's server and a microphone."""
+
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
@@ -147,7 +151,10 @@ class TranslationTest(StudioTest):
         self.addCleanup(self.api.close)
         self.microphone = Microphone("Pulpit-microphone")
         self.addCleanup(self.microphone.close)
-        self.start()
+        self.start(home=self.home())
+
+    def home(self):
+        """The program's, when there is something in it already."""
 
     def connect_microphone(self):
         self.studio.click("Fuentes y pantallas", role="page tab")
@@ -170,6 +177,19 @@ class TranslationTest(StudioTest):
         wait_for("one layer", lambda: not self.studio.find(CAMERA))
         self.studio.click("AL AIRE  →")
 
+    def begin_translation(self, *wanted):
+        """With these boxes ticked."""
+        self.studio.click("Traducción IA y Biblia", role="page tab")
+        field = "API key de OpenAI · se lee del almacén seguro al iniciar traducción"
+        self.studio.type_into(field, KEY, "password text")
+        for box in wanted:
+            self.studio.click(box, role="check box")
+        self.assertEqual(self.api.received(), 0, "something was sent before the start")
+        self.studio.click("Iniciar traducción")
+        self.studio.wait_status("IA: Modo en vivo activo (texto mientras se habla).")
+
+
+class TranslationTest(PulpitTest):
     def say(self, phrase):
         """Says a phrase of the script and waits for its caption and its voice."""
         caption = "IA: Subtítulo actualizado · "
@@ -184,13 +204,7 @@ class TranslationTest(StudioTest):
         self.connect_microphone()
         self.prepare_scene()
         self.microphone.say(PHRASES[0][0])  # nobody has started
-        self.studio.click("Traducción IA y Biblia", role="page tab")
-        field = "API key de OpenAI · se lee del almacén seguro al iniciar traducción"
-        self.studio.type_into(field, KEY, "password text")
-        self.studio.click("Voz sintética en transmisión/grabación", role="check box")
-        self.assertEqual(self.api.received(), 0, "something was sent before the start")
-        self.studio.click("Iniciar traducción")
-        self.studio.wait_status("IA: Modo en vivo activo (texto mientras se habla).")
+        self.begin_translation("Voz sintética en transmisión/grabación")
         path = self.folder / "live.webm"
         self.studio.start_recording(path)
         self.say(0)

@@ -6,7 +6,7 @@
 //   {do:"answer", id, status, headers, base64}   {do:"drop", id, cut} (cut: behind the headers)
 //   and those of ws_peer.mjs;
 //   {do:"serve", …} answers by itself from then on: api_service.mjs; without phrases no more;
-//   {do:"listen"} hears the words that are said and reports no requests: word_ear.mjs.
+//   {do:"listen", …} hears the words that are said and reports no requests: word_ear.mjs.
 // Ends with its standard input.
 import { readFileSync } from 'node:fs';
 import { createServer } from 'node:https';
@@ -53,7 +53,7 @@ server.on('tlsClientError', () => {});
 const commands = {
   ...attachLive(server, report, (text, write, ws) => service?.answerLive(text, write, ws)),
   serve: (script) => { service = script.phrases ? makeService(script) : null; },
-  listen: () => { service = makeListener(); },
+  listen: (command) => { service = makeListener(command); },
   answer: ({ id, status, headers, base64 }) => {
     const response = open.get(id);
     open.delete(id);

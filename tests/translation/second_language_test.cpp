@@ -52,6 +52,36 @@ private Q_SLOTS:
         QCOMPARE(used.at(static_cast<std::size_t>(cost::Service::Phrases)).requests, 4);
     }
 
+    /// The operator chose it: what is heard is what its listeners read, also once it has ended.
+    void theVoiceMaySpeakTheSecond()
+    {
+        m_peer.onEvent = [this, asked = std::make_shared<int>(0)](const QJsonObject &event) {
+            if (field(event, "path") == QLatin1String(transcriptions)) {
+                transcribe(event, u"frase %1"_s.arg(m_peer.events.size()));
+            } else if (isInto(event, u"English"_s)) {
+                translate(event, u"en"_s);
+            } else if (isInto(event, u"Portuguese"_s) && ++*asked == 1) {
+                translate(event, u"pt"_s);
+            } else if (isInto(event, u"Portuguese"_s)) {
+                m_peer.answer(event, "{}", 403);
+            }
+        };
+        m_engine->setVoiceTarget(Target::Second);
+        bool ended = false;
+        m_engine->secondEnded = [&ended] { ended = true; };
+        startBoth(true);
+        speak();
+        QTRY_COMPARE(shown(Target::First).size(), 1);
+        QVERIFY(field(await(speeches, 1).at(0), "body").startsWith(u"{\"input\":\"pt\""));
+        speak();
+        QTRY_VERIFY(ended);
+        QTRY_COMPARE(shown(Target::First).size(), 2);
+        speak();
+        QVERIFY(field(await(speeches, 2).back(), "body").startsWith(u"{\"input\":\"en\""));
+        m_engine->start(u"sk-secret"_s, u"English"_s, true, u"es"_s); // without a second
+        QCOMPARE(m_engine->spokenTarget(), Target::First);
+    }
+
     /// Whatever becomes of the second language, the first has every caption and goes on.
     void aFailureHoldsNothingUp()
     {

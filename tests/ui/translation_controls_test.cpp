@@ -2,6 +2,7 @@
 #include "support/api_peer.h"
 #include "support/test_registry.h"
 #include "translation/signal.h"
+#include "ui/captions/translation_tab.h"
 #include "ui/captions/verse_card.h"
 #include "ui/desk.h"
 
@@ -45,8 +46,9 @@ private Q_SLOTS:
     }
     void cleanup()
     {
-        const bool isSilent // it has nothing to log
-            = qstrcmp(QTest::currentTestFunction(), "theGlossaryIsEditedInItsTable") == 0;
+        static const QByteArrayList silent { "theGlossaryIsEditedInItsTable",
+            "aDelayThatGrowsIsAmberInFiguresAndCurve" }; // they have nothing to log
+        const bool isSilent = silent.contains(QByteArray(QTest::currentTestFunction()));
         QVERIFY(isSilent || !logText().isEmpty());
         QVERIFY2(!logText().contains(QLatin1String(key)), "the key is in the log");
     }
@@ -255,6 +257,29 @@ private Q_SLOTS:
         QMetaObject::invokeMethod(desk.find<QPushButton>("startTranslation"), "click");
     }
 
+    /// Its curve would stay white beside amber figures.
+    void aDelayThatGrowsIsAmberInFiguresAndCurve()
+    {
+        TranslationTab tab;
+        tab.delayCurve()->setPoints({ 1000, 1000, 3000, 4000 });
+        const auto amberPixels = [&tab] {
+            const QImage picture = tab.delayCurve()->grab().toImage();
+            int amber = 0;
+            for (int y = 0; y < picture.height(); ++y) {
+                for (int x = 0; x < picture.width(); ++x) {
+                    const QColor colour = picture.pixelColor(x, y);
+                    amber += colour.red() > 200 && colour.blue() < 60 ? 1 : 0;
+                }
+            }
+            return amber;
+        };
+        for (const bool grows : { false, true, false }) {
+            tab.showDelay(u"Retraso"_s, {}, grows);
+            QCOMPARE(amberPixels() > 20, grows);
+            QCOMPARE(tab.findChild<QLabel *>(u"captionDelay"_s)->styleSheet().isEmpty(), !grows);
+        }
+    }
+
     /// Counted as it is asked for; near its limit a mark stands and nothing is stopped.
     void whatItCostsIsTold()
     {
@@ -423,6 +448,13 @@ private Q_SLOTS:
                 QCOMPARE(second->currentText(), typed);
                 QCOMPARE(stored(u"translation_second_target"_s), name);
             }
+            auto *spoken = desk.find<QComboBox>("voiceLanguage");
+            QCOMPARE(spoken->itemText(0) + spoken->itemText(1), u"TagalogFrench"_s);
+            QVERIFY(!spoken->isHidden());
+            spoken->setCurrentIndex(1);
+            second->setCurrentText(u"Ninguno"_s);
+            QVERIFY(spoken->isHidden()); // there is nothing to choose
+            second->setCurrentText(u"French"_s);
             desk.find<QCheckBox>("liveMode")->setChecked(false);
             desk.find<QComboBox>("separator")->setCurrentIndex(2);
             QCOMPARE(desk.window.studio().stage().captions.separator, u"\n\n"_s);
@@ -432,6 +464,7 @@ private Q_SLOTS:
         Desk again(servicesAt(m_peer.endpoint()));
         QCOMPARE(again.find<QComboBox>("target")->currentText(), u"Tagalog"_s);
         QCOMPARE(again.find<QComboBox>("secondTarget")->currentText(), u"French"_s);
+        QCOMPARE(again.find<QComboBox>("voiceLanguage")->currentText(), u"French"_s);
         QVERIFY(!again.find<QCheckBox>("liveMode")->isChecked());
         QCOMPARE(again.window.studio().stage().captions.separator, u"\n\n"_s);
     }

@@ -16,6 +16,7 @@ namespace {
 
 const QString targetSetting = QStringLiteral("translation_target");
 const QString secondSetting = QStringLiteral("translation_second_target");
+const QString voiceSetting = QStringLiteral("translation_voice_target"); ///< by `Target`
 const QString sourceSetting = QStringLiteral("source_language");
 const QString liveSetting = QStringLiteral("live_mode");
 const QString separatorSetting = QStringLiteral("caption_separator");
@@ -48,6 +49,8 @@ void TranslationDesk::readSettings()
     m_target = m_settings.value(targetSetting, languages::defaultTarget()).toString();
     m_second = m_settings.value(secondSetting).toString();
     m_source = m_settings.value(sourceSetting, languages::sourceFor(m_target)).toString();
+    m_engine.setVoiceTarget(
+        m_settings.value(voiceSetting, 0).toInt() == 1 ? Target::Second : Target::First);
     m_engine.setLiveDisabled(!m_settings.value(liveSetting, true).toBool());
     for (CaptionScreen &each : m_screens) {
         each.setSeparator(captionSeparator(m_settings.value(separatorSetting, 1).toInt()));
@@ -321,6 +324,13 @@ void TranslationDesk::setLiveMode(bool live)
 void TranslationDesk::setVoice(bool voice)
 {
     m_voice = voice;
+    Q_EMIT changed();
+}
+
+void TranslationDesk::setVoiceTarget(Target target)
+{
+    m_engine.setVoiceTarget(target);
+    m_settings.setValue(voiceSetting, static_cast<int>(target));
     Q_EMIT changed();
 }
 

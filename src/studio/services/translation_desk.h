@@ -34,7 +34,7 @@ public:
         AudioInput &input;
         ProgramAudioDesk &sound;
         SecretStore &secrets;
-        QSettings &settings; ///< keeps targets, source, live mode, separator and hold
+        QSettings &settings; ///< keeps targets, source, live mode, voice's target, separator, hold
     };
 
     TranslationDesk(const Clock &clock, const Endpoint &openAi, const Surroundings &surroundings);
@@ -75,6 +75,12 @@ public:
     /// Captions are spoken, too. Takes effect at the next start.
     [[nodiscard]] bool voice() const { return m_voice; }
     void setVoice(bool voice);
+    /// The language that is spoken; the first one while there is no second. Takes effect at the
+    /// next start.
+    [[nodiscard]] Target voiceTarget() const { return m_engine.voiceTarget(); }
+    void setVoiceTarget(Target target);
+    /// The one that is spoken in the run that is on, or was in the last one.
+    [[nodiscard]] Target spokenTarget() const { return m_engine.spokenTarget(); }
 
     [[nodiscard]] CaptionSeparator separator() const { return screen(Target::First).separator(); }
     void setSeparator(CaptionSeparator separator);

@@ -93,9 +93,16 @@ void Translation::connectLanes()
     m_second.statusChanged = [this](const Message &message) { statusChanged(message); };
     m_second.asked = [this] { count(cost::Service::Translation, 1, 0); };
     m_second.isOwed = [this](std::int32_t sequence) { return m_line.owesTranscript(sequence); };
-    m_second.lane().passed = [this](const Caption &shown, std::int64_t) { caption(shown); };
+    m_second.lane().passed = [this](const Caption &shown, std::int64_t) {
+        const std::int32_t generation = requestGeneration();
+        caption(shown);
+        if (isCurrent(generation)) {
+            speak(shown);
+        }
+    };
     m_second.reached = [this] { m_line.setReached(); };
     m_second.ended = [this] {
+        m_voiceTarget = Target::First; // as its layers do
         const std::int32_t generation = requestGeneration();
         for (const Caption &held : m_second.lane().takeHeld()) {
             caption(held);
@@ -119,6 +126,7 @@ void Translation::start(const QString &key,
     stopEngine();
     m_source = source;
     m_voice = voice;
+    m_voiceTarget = second.isEmpty() ? Target::First : m_wantedVoice;
     m_startTime = m_clock.wallMs();
     m_service->open(trimmed);
     m_first.open(target);
@@ -531,7 +539,7 @@ void Translation::releaseHeld()
     }
 }
 
-/// A caption of the first language, which alone is told of and spoken.
+/// A caption of the first language, which alone is told of.
 void Translation::tellCaption(const Caption &shown, std::int64_t phraseTimeMs)
 {
     const std::int32_t generation = requestGeneration();
@@ -543,15 +551,19 @@ void Translation::tellCaption(const Caption &shown, std::int64_t phraseTimeMs)
         = phraseTimeMs == 0 ? 0.0 : static_cast<double>(m_clock.wallMs() - phraseTimeMs) / 1000.0;
     captionNotice("Subtítulo actualizado · " + Message::verbatim(QString::number(delay, 'f', 1))
         + " s después de la frase");
-    if (m_voice && isCurrent(generation)) {
-        speak(shown.text);
+    if (isCurrent(generation)) {
+        speak(shown);
     }
 }
 
-void Translation::speak(const QString &text)
+/// When the voice is on, and speaks that language.
+void Translation::speak(const Caption &shown)
 {
+    if (!m_voice || shown.target != m_voiceTarget) {
+        return;
+    }
     count(cost::Service::Voice, 1, 0);
-    m_service->speak(text, [this, number = ++m_spoken](const QByteArray &pcm) {
+    m_service->speak(shown.text, [this, number = ++m_spoken](const QByteArray &pcm) {
         count(cost::Service::Voice, 0, voiceUs(pcm));
         // A clip that comes after that of a later phrase is out of date.
         if (pcm.size() <= maxVoiceBytes && number > m_heardVoice) {

@@ -51,7 +51,8 @@ public:
 
     /// Stops any run and begins one: sends audio to the API from now on. `target` is the language
     /// name for the model, `source` the code of the spoken language ("es", "en" or empty), `voice`
-    /// speaks every caption of that target. `second`: the name of another target; empty: none.
+    /// speaks every caption of one language, see `setVoiceTarget`. `second`: the name of another
+    /// target; empty: none.
     /// Throws `Error` "Ingresa tu API key" for a blank key.
     void start(const QString &key,
         const QString &target,
@@ -88,6 +89,13 @@ public:
     /// Without live mode no session is opened. Takes effect at the next start.
     void setLiveDisabled(bool disabled) { m_liveDisabled = disabled; }
     [[nodiscard]] bool liveDisabled() const { return m_liveDisabled; }
+
+    /// The language whose captions the voice speaks; the first one where the run has no second, or
+    /// once that has ended by itself. Takes effect at the next start.
+    void setVoiceTarget(Target target) { m_wantedVoice = target; }
+    [[nodiscard]] Target voiceTarget() const { return m_wantedVoice; }
+    /// The one of the run that is on, or of the last one.
+    [[nodiscard]] Target spokenTarget() const { return m_voiceTarget; }
 
     /// False after a stop, a fatal API failure or three hours.
     [[nodiscard]] bool running() const { return m_service->isOpen(); }
@@ -130,7 +138,7 @@ public:
         = [](const QString &, bool) {};
     /// What was understood; begins with "… " while it is still being spoken.
     std::function<void(const Message &text)> heard = [](const Message &) {};
-    /// A spoken caption of the first language: 16-bit little-endian mono PCM at 24000 Hz, at most
+    /// A spoken caption: 16-bit little-endian mono PCM at 24000 Hz, at most
     /// 30 s.
     std::function<void(const QByteArray &pcm)> voiceAudio = [](const QByteArray &) {};
 
@@ -160,7 +168,7 @@ private:
     void pushLive(const AudioBlock &block);
     void count(cost::Service service, std::int64_t requests, std::int64_t us);
     void useTerms();
-    void speak(const QString &text);
+    void speak(const Caption &shown);
     [[nodiscard]] bool isCurrent(std::int32_t generation) const
     {
         return running() && requestGeneration() == generation;
@@ -184,6 +192,8 @@ private:
     VoiceRoad m_toldRoad = VoiceRoad::Stopped;
     QString m_source;
     bool m_voice = false;
+    Target m_wantedVoice = Target::First;
+    Target m_voiceTarget = Target::First; ///< of the run
     std::int64_t m_spoken = 0; ///< phrases that were to be spoken
     std::int64_t m_heardVoice = 0; ///< the newest of them whose clip came
     bool m_liveDisabled = false;

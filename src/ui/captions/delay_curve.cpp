@@ -1,6 +1,7 @@
 #include "ui/captions/delay_curve.h"
 
 #include "base/i18n.h"
+#include "ui/kit/controls.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -31,6 +32,14 @@ void DelayCurve::setPoints(const QList<std::int64_t> &points)
     }
 }
 
+void DelayCurve::setAmber(bool amber)
+{
+    if (m_isAmber != amber) {
+        m_isAmber = amber;
+        update();
+    }
+}
+
 void DelayCurve::paintEvent(QPaintEvent * /*event*/)
 {
     if (m_points.size() < 2) {
@@ -53,7 +62,8 @@ void DelayCurve::paintEvent(QPaintEvent * /*event*/)
     }
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(palette().color(QPalette::WindowText), 1.5));
+    painter.setPen(
+        QPen(m_isAmber ? QColor(amberColour) : palette().color(QPalette::WindowText), 1.5));
     painter.drawPath(path);
 }
 

@@ -15,12 +15,15 @@ public:
 
     /// Milliseconds, oldest first; −1 where there is no point.
     void setPoints(const QList<std::int64_t> &points);
+    /// As the figures beside it do, when the delay grows.
+    void setAmber(bool amber);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
     QList<std::int64_t> m_points;
+    bool m_isAmber = false;
 };
 
 } // namespace nimbara

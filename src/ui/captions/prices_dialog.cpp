@@ -109,12 +109,7 @@ void PricesDialog::showUsage()
         row.minutes->setText(QString::number(static_cast<double>(use.us) / 60'000'000, 'f', 1));
         row.requests->setText(QString::number(use.requests));
         row.estimate->setText(money(cost::estimate(use, m_costs.prices().at(i))));
-        const QString style = m_costs.isNearLimit(static_cast<cost::Service>(i))
-            ? QStringLiteral("color: #ffb300; font-weight: bold")
-            : QString();
-        if (row.limit->styleSheet() != style) {
-            row.limit->setStyleSheet(style);
-        }
+        setAmber(*row.limit, m_costs.isNearLimit(static_cast<cost::Service>(i)));
     }
     m_total->setText(money(m_costs.total()));
 }

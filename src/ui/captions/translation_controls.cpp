@@ -65,6 +65,9 @@ void TranslationControls::connectTab()
     connect(tab, &TranslationTab::targetEdited, desk, &TranslationDesk::chooseTarget);
     connect(tab, &TranslationTab::secondEdited, desk, &TranslationDesk::chooseSecondTarget);
     connect(tab, &TranslationTab::voiceChanged, desk, &TranslationDesk::setVoice);
+    connect(tab, &TranslationTab::voiceLanguageChosen, desk, [desk](int entry) {
+        desk->setVoiceTarget(static_cast<Target>(entry));
+    });
     connect(tab, &TranslationTab::liveModeChanged, desk, &TranslationDesk::setLiveMode);
     connect(tab, &TranslationTab::separatorChosen, desk, [desk](int entry) {
         desk->setSeparator(captionSeparator(entry));
@@ -207,6 +210,7 @@ void TranslationControls::showDelay()
 
 void TranslationControls::show()
 {
+    const bool hasTwo = !m_desk.secondName().isEmpty();
     m_tab.showSettings({ m_desk.keepsKey(),
         m_desk.target(),
         m_desk.voice(),
@@ -215,7 +219,9 @@ void TranslationControls::show()
         static_cast<int>(m_desk.separator()),
         m_spoken.goesOnAir(),
         m_desk.holdSeconds(),
-        m_desk.secondTarget() });
+        m_desk.secondTarget(),
+        hasTwo ? QStringList { m_desk.targetName(), m_desk.secondName() } : QStringList(),
+        static_cast<int>(m_desk.voiceTarget()) });
     showHeld();
     m_tab.showRunning(m_desk.running());
     m_tab.showRoad(nimbara_i18n::tr(nameOf(m_desk.road())));

@@ -34,22 +34,30 @@ QComboBox *makeTargetList(const char *name, const char *spanish)
     return list;
 }
 
-QComboBox *makeSecondList()
+/// Its row is full.
+void makeShort(QComboBox &list)
 {
-    QComboBox *list = makeTargetList("secondTarget", "Segundo idioma");
-    list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    list->setMinimumContentsLength(9); // its row is full
-    list->insertItem(0, nimbara_i18n::tr("Ninguno"));
-    list->setCurrentIndex(0);
+    list.setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    list.setMinimumContentsLength(9);
+}
+
+QComboBox *makeVoiceLanguageList()
+{
+    const QString name = nimbara_i18n::tr("Idioma de la voz");
+    auto *list = named(new QComboBox, "voiceLanguage", name);
+    list->setToolTip(name);
+    makeShort(*list);
+    list->hide();
     return list;
 }
 
-void setAmber(QLabel &label, bool amber)
+QComboBox *makeSecondList()
 {
-    const QString style = amber ? QStringLiteral("color: #ffb300; font-weight: bold") : QString();
-    if (label.styleSheet() != style) {
-        label.setStyleSheet(style);
-    }
+    QComboBox *list = makeTargetList("secondTarget", "Segundo idioma");
+    makeShort(*list);
+    list->insertItem(0, nimbara_i18n::tr("Ninguno"));
+    list->setCurrentIndex(0);
+    return list;
 }
 
 QSpinBox *makeHold()
@@ -74,6 +82,7 @@ TranslationTab::TranslationTab(QWidget *parent)
     , m_toEnglish(makeButton("Predica en ESPAÑOL → pantallas en inglés", "toEnglish"))
     , m_start(makeButton("Iniciar traducción", "startTranslation"))
     , m_voice(makeCheck("Voz sintética en transmisión/grabación", "voice"))
+    , m_voiceLanguage(makeVoiceLanguageList())
     , m_live(makeCheck("Modo en vivo (texto mientras se habla)", "liveMode"))
     , m_showSubtitles(makeCheck("Mostrar subtítulos", "showSubtitles"))
     , m_clear(makeButton("Limpiar pantalla de subtítulos", "clearSubtitles"))
@@ -137,7 +146,7 @@ void TranslationTab::addRows(QGridLayout &grid)
     for (const std::initializer_list<QWidget *> widgets :
         { std::initializer_list<QWidget *> { m_apiKey, m_saveKey, m_testKey },
             { label, m_target, m_toSpanish, m_toEnglish },
-            { m_voice, m_live, m_spokenOnAir },
+            { m_voice, m_voiceLanguage, m_live, m_spokenOnAir },
             { separatorNote, m_separator, m_start, m_clear },
             { secondLabel,
                 m_second,
@@ -222,6 +231,10 @@ void TranslationTab::connectControls()
     });
     connect(m_saveKey, &QCheckBox::toggled, this, &TranslationTab::saveKeyChanged);
     connect(m_voice, &QCheckBox::toggled, this, &TranslationTab::voiceChanged);
+    connect(m_voiceLanguage,
+        &QComboBox::currentIndexChanged,
+        this,
+        &TranslationTab::voiceLanguageChosen);
     connect(m_live, &QCheckBox::toggled, this, &TranslationTab::liveModeChanged);
     connect(m_showSubtitles, &QCheckBox::toggled, this, &TranslationTab::showSubtitlesChanged);
     connect(m_glossary, &QPushButton::clicked, this, &TranslationTab::glossaryPressed);
@@ -261,8 +274,22 @@ void TranslationTab::showSettings(const Settings &settings)
         m_second->setCurrentText(
             settings.second.isEmpty() ? m_second->itemText(0) : settings.second);
     }
+    showVoiceLanguages(settings.voiceLanguages, settings.voiceLanguage);
     m_separator->setCurrentIndex(settings.separator);
     m_hold->setValue(settings.holdSeconds);
+}
+
+/// It may be open just now, and is filled anew only when it has other entries.
+void TranslationTab::showVoiceLanguages(const QStringList &languages, int chosen)
+{
+    QStringList listed;
+    for (int entry = 0; entry < m_voiceLanguage->count(); ++entry) {
+        listed.append(m_voiceLanguage->itemText(entry));
+    }
+    if (listed != languages || m_voiceLanguage->currentIndex() != chosen) {
+        refill(m_voiceLanguage, languages, chosen);
+    }
+    m_voiceLanguage->setVisible(!languages.isEmpty());
 }
 
 void TranslationTab::showDelay(const QString &summary, const QString &stages, bool grows)
@@ -271,6 +298,7 @@ void TranslationTab::showDelay(const QString &summary, const QString &stages, bo
     m_delay->setToolTip(stages);
     m_delayCurve->setVisible(!summary.isEmpty());
     setAmber(*m_delay, grows);
+    m_delayCurve->setAmber(grows);
 }
 
 void TranslationTab::showCost(const QString &summary, bool nearLimit)

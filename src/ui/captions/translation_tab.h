@@ -35,6 +35,10 @@ public:
         bool spokenOnAir = false;
         int holdSeconds = 0;
         QString second; ///< another target; empty: none
+        /// The languages that the voice may speak, of which one is chosen; none: there is no
+        /// choice.
+        QStringList voiceLanguages {};
+        int voiceLanguage = 0;
     };
     /// Shows the settings without the signals of their controls.
     void showSettings(const Settings &settings);
@@ -47,7 +51,8 @@ public:
     void showStatus(const QString &text) { m_status->setText(text); }
     void showCaptionNotice(const QString &text) { m_captionNotice->setText(text); }
     void showRoad(const QString &text) { m_road->setText(text); }
-    /// How late the captions are: empty when nothing is known; `grows` makes it amber.
+    /// How late the captions are: empty when nothing is known; `grows` makes it and its curve
+    /// amber.
     void showDelay(const QString &summary, const QString &stages, bool grows);
     void showCost(const QString &summary, bool nearLimit);
     [[nodiscard]] DelayCurve *delayCurve() const { return m_delayCurve; }
@@ -69,6 +74,7 @@ Q_SIGNALS:
     void targetEdited(const QString &language);
     void secondEdited(const QString &language); ///< empty: none
     void voiceChanged(bool on);
+    void voiceLanguageChosen(int entry);
     void liveModeChanged(bool on);
     void separatorChosen(int entry);
     void showSubtitlesChanged(bool on);
@@ -86,6 +92,7 @@ private:
     void addRows(QGridLayout &grid);
     void connectControls();
     [[nodiscard]] QString chosenSecond() const;
+    void showVoiceLanguages(const QStringList &languages, int chosen);
 
     QLineEdit *m_apiKey;
     QCheckBox *m_saveKey;
@@ -96,6 +103,7 @@ private:
     QPushButton *m_toEnglish;
     QPushButton *m_start;
     QCheckBox *m_voice;
+    QComboBox *m_voiceLanguage; ///< while there are two languages
     QCheckBox *m_live;
     QCheckBox *m_showSubtitles;
     QPushButton *m_clear;

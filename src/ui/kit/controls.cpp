@@ -54,6 +54,16 @@ makeList(std::initializer_list<const char *> entries, const char *name, const ch
     return list;
 }
 
+void setAmber(QWidget &widget, bool amber)
+{
+    const QString style = amber
+        ? QStringLiteral("color: %1; font-weight: bold").arg(QColor(amberColour).name())
+        : QString();
+    if (widget.styleSheet() != style) {
+        widget.setStyleSheet(style);
+    }
+}
+
 void refill(QComboBox *list, const QStringList &texts, int current)
 {
     const QSignalBlocker blocker(list);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -35,6 +36,11 @@ void showText(QLineEdit *field, const QString &text);
 /// A word-wrapped label: `text` as it stands, or `spanish` through the text table.
 QLabel *makeNote(const QString &text);
 QLabel *makeNote(const char *spanish);
+
+/// The colour of what the operator should look at (0xRRGGBB).
+constexpr QRgb amberColour = 0xffb300;
+/// Gives a text that colour, or takes it away again.
+void setAmber(QWidget &widget, bool amber);
 
 /// A list of entries, each through the text table; `spanish` is its accessible name.
 QComboBox *

@@ -107,11 +107,14 @@ QByteArray circle(QPoint from, int radius)
     return script + "mouseup 1\n";
 }
 
-/// Drags what lies at a place of the selected layer's box and tells the figures.
-std::string drag(WatchedWindow &window, const char *name, LayerId layer, double x, double y)
+/// Drags the selected layers by what lies at a place of the current one's box and tells the
+/// figures.
+std::string
+drag(WatchedWindow &window, const char *name, const LayerSelection &dragged, double x, double y)
 {
     auto *canvas = window.window().findChild<Canvas *>(QStringLiteral("canvas"));
-    canvas->setSelected(layer);
+    canvas->setSelection(dragged);
+    const LayerId layer = dragged.current();
     const Box before = boxOf(*findLayer(*canvas->scene(), layer));
     const QRectF area = frameRect(canvas->size(), 16.0 / 9);
     const QRectF shown = layerRect(before, area);
@@ -153,7 +156,8 @@ std::string select(WatchedWindow &window, const char *name, LayerId layer)
     return text.data();
 }
 
-/// A scene of twenty layers in the real window while the operator drags one of them.
+/// A scene of twenty layers in the real window while the operator drags one of them, and all at
+/// once.
 std::string tellDrag()
 {
     if (QGuiApplication::platformName() != QLatin1String("xcb")) {
@@ -173,9 +177,14 @@ std::string tellDrag()
     window.runFor(2s);
     told.append("still: ").append(window.runFor(5s).text()).append("\t");
     told += select(window, "photo", front) + select(window, "text", words);
-    told += drag(window, "text moved", words, 0.5, 0.5);
-    told += drag(window, "photo moved", front, 0.7, 0.7);
-    told += drag(window, "photo resized", front, 1, 1);
+    told += drag(window, "text moved", LayerSelection(words), 0.5, 0.5);
+    told += drag(window, "photo moved", LayerSelection(front), 0.7, 0.7);
+    told += drag(window, "photo resized", LayerSelection(front), 1, 1);
+    LayerIds all;
+    for (const Layer &layer : layers) {
+        all.push_back(layer.id);
+    }
+    told += drag(window, "all moved", LayerSelection(all), 0.5, 0.5);
     return told;
 }
 

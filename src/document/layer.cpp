@@ -152,6 +152,8 @@ Layer lookingAs(Layer layer, const Layer &look)
     layer.background = look.background;
     layer.align = look.align;
     layer.shadow = look.shadow;
+    layer.outlineWidth = look.outlineWidth;
+    layer.shadowStrength = look.shadowStrength;
     layer.spacing = look.spacing;
     layer.upperCase = look.upperCase;
     return layer;

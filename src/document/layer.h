@@ -118,6 +118,8 @@ struct Layer {
     static constexpr std::int32_t usualLatency = 200;
     static constexpr std::int32_t minSpacing = 50;
     static constexpr std::int32_t maxSpacing = 300;
+    static constexpr std::int32_t usualStrength = 100;
+    static constexpr std::int32_t maxStrength = 200;
     static constexpr std::int32_t lastMinute = 24 * 60 - 1;
     static constexpr std::int32_t longestSeconds = 24 * 60 * 60 - 1;
 
@@ -141,7 +143,9 @@ struct Layer {
     QColor color = Qt::white;
     QColor background = QColor(0, 0, 0, 150); ///< box behind the text; alpha 0: none
     std::int32_t align = align::horizontalCentre | align::verticalCentre;
-    bool shadow = true;
+    bool shadow = true; ///< a dark outline, and a shadow below the letters
+    std::int32_t outlineWidth = usualStrength; ///< in percent of the usual one, 0..200
+    std::int32_t shadowStrength = usualStrength; ///< paler below 100, further above; 0..200
     std::int32_t spacing = 100; ///< of lines, in percent of the font's, 50..300
     bool upperCase = false; ///< shown in capitals, whatever the text is written in
     QString style; ///< the named style that it follows (`SceneSets::styles`); empty: none

@@ -22,7 +22,7 @@ struct FieldRow {
 
 const FieldRow &rowOf(LayerField field)
 {
-    static const std::array<FieldRow, 32> rows { {
+    static const std::array<FieldRow, 34> rows { {
         { LayerField::Name, "Cambiar nombre", &Layer::name },
         { LayerField::Visible, "Mostrar u ocultar", &Layer::visible },
         { LayerField::Opacity, "Opacidad", &Layer::opacity },
@@ -55,6 +55,8 @@ const FieldRow &rowOf(LayerField field)
         { LayerField::ClockShows, "Lo que muestra el reloj", &Layer::clockShows },
         { LayerField::UntilMinute, "Hora final", &Layer::untilMinute },
         { LayerField::Duration, "Duración", &Layer::duration },
+        { LayerField::OutlineWidth, "Grosor del contorno", &Layer::outlineWidth },
+        { LayerField::ShadowStrength, "Fuerza de la sombra", &Layer::shadowStrength },
     } };
     return rows.at(static_cast<std::size_t>(field));
 }
@@ -100,6 +102,8 @@ bool isLook(LayerField field)
     case LayerField::Shadow:
     case LayerField::Spacing:
     case LayerField::UpperCase:
+    case LayerField::OutlineWidth:
+    case LayerField::ShadowStrength:
         return true;
     default:
         return false;

@@ -45,6 +45,8 @@ enum class LayerField : std::int32_t {
     ClockShows,
     UntilMinute,
     Duration,
+    OutlineWidth,
+    ShadowStrength,
 };
 
 /// What such a field holds.

@@ -159,6 +159,9 @@ Layer layerFrom(const QJsonValue &value, const QString &folder)
     layer.language = members.integer("language", layer.language, 0, caption_language::last);
     layer.spacing = members.integer("spacing", layer.spacing, Layer::minSpacing, Layer::maxSpacing);
     layer.upperCase = members.flag("upperCase", layer.upperCase);
+    layer.outlineWidth = members.integer("outlineWidth", layer.outlineWidth, 0, Layer::maxStrength);
+    layer.shadowStrength
+        = members.integer("shadowStrength", layer.shadowStrength, 0, Layer::maxStrength);
     layer.style = members.text("style");
     readClock(layer, members);
     return layer;

@@ -45,6 +45,8 @@ void addTextStyle(QJsonObject &object, const Layer &layer)
     object[QLatin1String("align")] = layer.align;
     object[QLatin1String("shadow")] = layer.shadow;
     const Added add(object, layer);
+    add("outlineWidth", &Layer::outlineWidth);
+    add("shadowStrength", &Layer::shadowStrength);
     add("spacing", &Layer::spacing);
     add("upperCase", &Layer::upperCase);
     add("style", &Layer::style);

@@ -162,13 +162,17 @@ private Q_SLOTS:
                  QColor(255, 0, 0),
                  QColor(0, 0, 255),
                  QColor(255, 220, 0) }) {
-            for (const bool outline : { false, true }) {
-                const Layer layer = madeLegible(text(color, outline, 0));
+            for (const auto &[outline, width] :
+                { std::pair(false, 100), { true, 100 }, { true, 0 }, { false, 50 } }) {
+                Layer pale = text(color, outline, 0);
+                pale.outlineWidth = width;
+                const Layer layer = madeLegible(pale);
                 for (int behind = 0; behind < 5; ++behind) {
                     const auto ratio = measured(layer, composed({ background(behind), layer }));
                     QVERIFY2(ratio && *ratio >= leastContrast,
-                        qPrintable(u"%1 outline %2 behind %3: %4"_s.arg(color.name())
+                        qPrintable(u"%1 outline %2 of %3 behind %4: %5"_s.arg(color.name())
                                        .arg(outline)
+                                       .arg(width)
                                        .arg(behind)
                                        .arg(ratio.value_or(0))));
                 }

@@ -15,15 +15,30 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void outlined(QPainter &painter, const QRectF &area, int flags, const QString &text, double d)
+/// The dark copies of a text: where, and their alpha.
+using Copies = QList<std::pair<QPointF, int>>;
+
+Copies usualCopies(const Layer &layer, int frameHeight)
+{
+    const double d = std::max(frameHeight * layer.size / 19440, 2);
+    return layer.shadow ? Copies { { { d, d }, 200 },
+        { { -d, d }, 200 },
+        { { d, -d }, 200 },
+        { { -d, -d }, 200 },
+        { { 0, 1.5 * d }, 200 } }
+                        : Copies {};
+}
+
+void outlined(QPainter &painter,
+    const QRectF &area,
+    int flags,
+    const QString &text,
+    const Copies &copies)
 {
     const QColor color = painter.pen().color();
-    if (d > 0) {
-        painter.setPen(QColor(0, 0, 0, 200));
-        for (const QPointF by :
-            { QPointF(d, d), { -d, d }, { d, -d }, { -d, -d }, { 0, 1.5 * d } }) {
-            painter.drawText(area.translated(by), flags, text);
-        }
+    for (const auto &[by, alpha] : copies) {
+        painter.setPen(QColor(0, 0, 0, alpha));
+        painter.drawText(area.translated(by), flags, text);
     }
     painter.setPen(color);
     painter.drawText(area, flags, text);
@@ -31,7 +46,7 @@ void outlined(QPainter &painter, const QRectF &area, int flags, const QString &t
 
 /// The plain road to the same pixels, slow and simple: the painter draws box and every pass of a
 /// text layer straight onto the canvas.
-void paintTextLayer(QImage &canvas, const Layer &layer, int frameHeight)
+void paintTextLayer(QImage &canvas, const Layer &layer, int frameHeight, const Copies &copies)
 {
     QPainter painter(&canvas);
     painter.setRenderHints(QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
@@ -47,7 +62,6 @@ void paintTextLayer(QImage &canvas, const Layer &layer, int frameHeight)
     font.setPixelSize(std::max(frameHeight * layer.size / 1080, 4));
     font.setWeight(layer.bold ? QFont::Bold : QFont::Normal);
     painter.setFont(font);
-    const double d = layer.shadow ? std::max(frameHeight * layer.size / 19440, 2) : 0;
     QRectF area = box.adjusted(12, 8, -12, -8);
     const bool subtitle = layer.kind == LayerKind::Subtitle;
     const int flags
@@ -57,15 +71,15 @@ void paintTextLayer(QImage &canvas, const Layer &layer, int frameHeight)
         QColor dim = layer.color;
         dim.setAlphaF(dim.alphaF() * 0.55F);
         painter.setPen(dim);
-        outlined(painter, area, flags, layer.text, d);
+        outlined(painter, area, flags, layer.text, copies);
         const QRectF room(0, 0, area.width(), 1e6);
         area.setTop(area.top() + painter.boundingRect(room, flags, layer.text).height());
         painter.setPen(layer.color);
-        outlined(painter, area, flags, layer.reference, d);
+        outlined(painter, area, flags, layer.reference, copies);
         return;
     }
     const QString below = layer.kind == LayerKind::Verse ? u'\n' + layer.reference : QString();
-    outlined(painter, area, flags, layer.text + below, d);
+    outlined(painter, area, flags, layer.text + below, copies);
 }
 
 /// The hall's automatic caption, or the title of the streams in its band.
@@ -243,7 +257,7 @@ private Q_SLOTS:
             const FrameSize frame = portrait ? portraitSize : landscapeSize;
             const QImage below = texturedCanvas(frame.width, frame.height);
             QImage expected = below;
-            paintTextLayer(expected, drawn, frame.height);
+            paintTextLayer(expected, drawn, frame.height, usualCopies(drawn, frame.height));
 
             const QImage actual = composed(drawn, below);
             const QRectF whole(0, 0, frame.width, frame.height);
@@ -254,6 +268,57 @@ private Q_SLOTS:
             // lies below.
             QVERIFY2(mean < 0.3, qPrintable(u"mean difference %1"_s.arg(mean)));
             QVERIFY2(unchangedAround(actual, below, box), "the layer reaches far beyond its box");
+        }
+    }
+
+    /// A wide outline leaves no gap, none is none, and a shadow is paler or further below.
+    void outlineAndShadowHaveTheirStrength()
+    {
+        struct Row {
+            std::int32_t outline;
+            std::int32_t shadow;
+            QList<double> corners; ///< of letters that have them at 3 pixels
+            double sides;
+            double below;
+            int alpha;
+        };
+        for (const auto &[outline, shadow, corners, sides, below, alpha] :
+            { Row { 100, 100, { 3 }, 0, 4.5, 200 },
+                { 200, 200, { 3, 6 }, 8, 9, 200 },
+                { 130, 0, { 3, 4 }, 6, 0, 0 },
+                { 40, 50, { 1 }, 0, 4.5, 100 },
+                { 1, 1, { 1 }, 0, 4.5, 2 },
+                { 0, 150, {}, 0, 6.75, 200 },
+                { 0, 0, {}, 0, 0, 0 } }) {
+            const RowName named(QByteArray::number(outline) + ' ' + QByteArray::number(shadow));
+            Copies copies;
+            for (const double d : corners) {
+                copies += { { { d, d }, 200 },
+                    { { -d, d }, 200 },
+                    { { d, -d }, 200 },
+                    { { -d, -d }, 200 } };
+            }
+            if (sides > 0) {
+                copies += { { { sides, 0 }, 200 },
+                    { { -sides, 0 }, 200 },
+                    { { 0, sides }, 200 },
+                    { { 0, -sides }, 200 } };
+            }
+            copies += { { 0, below }, alpha };
+            for (const Change &change :
+                { size(56), Change(verse), subtitle("La más nueva.", 56) }) {
+                Layer drawn = textLayer(spanish);
+                change(drawn);
+                drawn.background.setAlpha(0);
+                drawn.outlineWidth = outline;
+                drawn.shadowStrength = shadow;
+                const QImage ground = texturedCanvas(landscapeSize.width, landscapeSize.height);
+                QImage expected = ground;
+                paintTextLayer(expected, drawn, landscapeSize.height, copies);
+                const QImage actual = composed(drawn, ground);
+                const double mean = meanDifference(actual, expected, ground.rect());
+                QVERIFY2(mean < 0.05, qPrintable(u"mean difference %1"_s.arg(mean)));
+            }
         }
     }
 

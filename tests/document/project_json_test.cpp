@@ -179,6 +179,8 @@ private Q_SLOTS:
         verse.arrangement = arrange::beside;
         verse.shows = shown_bibles::second;
         verse.spacing = 130;
+        verse.outlineWidth = 0;
+        verse.shadowStrength = 200;
         Layer clock = newLayer(LayerKind::Clock);
         clock.clockShows = clock_shows::duration;
         clock.upperCase = true;
@@ -341,6 +343,9 @@ private Q_SLOTS:
                 [](auto &layer) {
                     layer.spacing = 300, layer.untilMinute = 1439, layer.duration = 86'399;
                 } },
+            { R"({"outlineWidth":-1,"shadowStrength":201})",
+                [](auto &layer) { layer.outlineWidth = 0, layer.shadowStrength = 200; } },
+            { R"({"outlineWidth":"9","shadowStrength":null})", nothing },
             { R"({"text":"t"})", [](auto &layer) { layer.text = u"t"_s; } },
         };
         const QByteArray start(R"({"version":3,"gain":100,"scenes":[{"layers":[)");

@@ -1,6 +1,9 @@
+#include "bible/longest_verse.h"
+#include "document/layer_geometry.h"
 #include "studio/check/service_check.h"
 #include "studio/studio_fixture.h"
 #include "support/test_registry.h"
+#include "translation/pipeline/reading_block.h"
 
 #include <QDir>
 #include <QFile>
@@ -22,6 +25,9 @@ ServiceFacts allWell()
     facts.cameraRate = 29.8;
     facts.freeBytes = 60'000'000'000;
     facts.destinations = QStringList { u"YouTube"_s };
+    facts.usesOnlineBible = true;
+    facts.onlineBible.emplace();
+    facts.texts = TextFit { {}, QStringList(), QStringList() };
     facts.hasServiceKey = facts.serviceAnswers = facts.lineHadRoom = true;
     facts.clockIsSet = true;
     facts.onBattery = false;
@@ -70,9 +76,20 @@ private Q_SLOTS:
             { u"Traducción"_s, State::Bad, [](auto &facts) { facts.serviceAnswers.reset(); } },
             { u"Conexión"_s, State::Bad, [](auto &facts) { facts.lineHadRoom = false; } },
             { u"Conexión"_s, State::Caution, [](auto &facts) { facts.lineHadRoom.reset(); } },
+            { u"Traducción"_s, State::Caution, [](auto &facts) { facts.hasServiceKey.reset(); } },
+            { u"Biblia en línea"_s,
+                State::Caution,
+                [](auto &facts) { facts.onlineBible.reset(); } },
+            { u"Biblia en línea"_s, State::Caution, [](auto &facts) { facts.onlineBible = "X"; } },
             { u"Textos y versículos"_s,
                 State::Caution,
-                [](auto &facts) { facts.hidden << u"E"_s; } },
+                [](auto &facts) { facts.texts->hidden << u"E"_s; } },
+            { u"Versículo más largo"_s,
+                State::Caution,
+                [](auto &facts) { *facts.texts->longVerse << u"E"_s; } },
+            { u"Subtítulos"_s,
+                State::Caution,
+                [](auto &facts) { *facts.texts->caption << u"E"_s; } },
             { u"Reloj"_s, State::Caution, [](auto &facts) { facts.clockIsSet = false; } },
             { u"Corriente"_s, State::Bad, [](auto &facts) { facts.onBattery = true; } },
         };
@@ -90,7 +107,68 @@ private Q_SLOTS:
         }
         ServiceFacts unknown = allWell();
         unknown.clockIsSet.reset();
+        unknown.texts.reset(); // no word of them, rather than a good one
         QVERIFY(!lineOf(judge(unknown), u"Reloj"_s));
+        QVERIFY(!lineOf(judge(unknown), u"Textos y versículos"_s));
+        ServiceFacts both = allWell();
+        both.withoutServer << u"Uno"_s;
+        both.withoutKey << u"Otro"_s;
+        const QString told = lineOf(judge(both), u"Destinos"_s)->found.spanish();
+        QVERIFY2(told.contains(u"Uno"_s) && told.contains(u"Otro"_s), qPrintable(told));
+    }
+
+    /// What a box may have to show, not only what stands in it now.
+    void triesTheLongestVerseAndAFullCaption()
+    {
+        QCOMPARE(bible::longestVerse(bible::english()), (bible::Ref { 16, 8, 9, 9 })); // Esther 8:9
+        QCOMPARE(bible::longestVerse({}), bible::Ref());
+        for (const QString &line : fullCaption().split(u'\n')) {
+            QCOMPARE(reading::columns(line), reading::lineColumns);
+        }
+        using Change = void (*)(Layer &);
+        struct Row {
+            const char *name;
+            LayerKind kind;
+            Change change;
+            bool isHidden;
+            FrameSize frame = landscapeSize;
+        };
+        for (const auto &[name, kind, change, isHidden, frame] :
+            { Row { "pages", LayerKind::Verse, [](auto &) {}, false },
+                { "no pages", LayerKind::Verse, [](auto &layer) { layer.paged = false; }, true },
+                { "no pages, whole frame",
+                    LayerKind::Verse,
+                    [](auto &layer) { layer.paged = false, setBox(layer, fullFrame); },
+                    false },
+                { "no pages, two Bibles",
+                    LayerKind::Verse,
+                    [](auto &layer) {
+                        layer.paged = false, layer.second = u"KJV"_s;
+                        setBox(layer, { 0, 0.2, 1, 0.6 });
+                    },
+                    true },
+                { "captions", LayerKind::Subtitle, [](auto &) {}, false },
+                { "upright captions", LayerKind::Subtitle, [](auto &) {}, true, portraitSize },
+                { "large captions",
+                    LayerKind::Subtitle,
+                    [](auto &layer) { layer.size = 100; },
+                    true } }) {
+            const RowName row(name);
+            Layer layer = newLayer(kind);
+            change(layer);
+            const bool isVerse = kind == LayerKind::Verse;
+            const TextFit fit = fitOfTexts({ { makeScene(u"E"_s, { layer }), frame } }, u"es"_s);
+            QCOMPARE(isVerse, fit.longVerse.has_value());
+            QCOMPARE(!isVerse, fit.caption.has_value());
+            QCOMPARE(isVerse ? *fit.longVerse : *fit.caption,
+                isHidden ? QStringList { u"E"_s } : QStringList());
+            QVERIFY(fit.hidden.isEmpty()); // now there is little to show
+        }
+        Layer one = newLayer(LayerKind::Verse);
+        one.paged = false;
+        setBox(one, { 0, 0.2, 1, 0.6 });
+        const TextFit fit = fitOfTexts({ { makeScene({}, { one }), landscapeSize } }, u"en"_s);
+        QVERIFY(fit.longVerse && fit.longVerse->isEmpty()); // the second Bible made the difference
     }
 
     void readsThePowerSupplies()
@@ -132,7 +210,10 @@ private Q_SLOTS:
         desk.studio.translation().key().setText(u"sk-halvenmoor"_s);
         Layer text = newLayer(LayerKind::Text);
         text.text = QString(u"palabra "_s).repeated(4000);
-        desk.setLayers({ text });
+        Layer verse = newLayer(LayerKind::Verse);
+        verse.paged = false;
+        desk.setLayers({ text, verse });
+        desk.studio.bibles().choose(3); // online, without a key
         desk.studio.streams().setSelected(0, true);
         ServiceCheck check(desk.studio);
         std::vector<CheckLine> lines;
@@ -141,11 +222,15 @@ private Q_SLOTS:
         });
         check.begin(2);
         QVERIFY(QTest::qWaitFor([&] { return !lines.empty(); }, 60'000));
+        desk.studio.bibles().choose(0); // for those that come after
         QCOMPARE(lineOf(lines, u"Pantallas"_s)->state, State::Good);
         QCOMPARE(lineOf(lines, u"Sonido"_s)->state, State::Caution);
         QCOMPARE(lineOf(lines, u"Cámara"_s)->state, State::Caution);
         QVERIFY(lineOf(lines, u"Destinos"_s)->found.spanish().startsWith(u"Falta la clave de "_s));
         QCOMPARE(lineOf(lines, u"Textos y versículos"_s)->state, State::Caution);
+        QCOMPARE(lineOf(lines, u"Versículo más largo"_s)->state, State::Caution);
+        QVERIFY(
+            lineOf(lines, u"Biblia en línea"_s)->found.spanish().startsWith(u"Falta la clave"_s));
         QCOMPARE(lineOf(lines, u"Traducción"_s)->state, State::Bad);
         QVERIFY(lineOf(lines, u"Traducción"_s)->found.spanish().startsWith(u"API con error"_s));
         QVERIFY(!check.isUnderWay());

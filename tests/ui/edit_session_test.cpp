@@ -94,6 +94,8 @@ std::vector<Deed> deeds()
         { "to the right", [](SessionDesk &desk) { desk.choose("textAlign", 2); } },
         { "its colour", coloured("textColor", QColor(250, 200, 0)) },
         { "what is behind it", coloured("backgroundColor", QColor(90, 0, 0, 200)) },
+        { "a long shadow", turned<QSpinBox>("shadowStrength", Qt::Key_Up, 10) },
+        { "a wide outline", turned<QSpinBox>("outlineWidth", Qt::Key_Up, 5) },
         { "moved by a key", struck("canvas", Qt::Key_Left, Qt::ShiftModifier) },
         { "dragged", dragged(false) },
         { "scaled by its corner", dragged(true) },

@@ -2,6 +2,9 @@
 #include "ui/desk.h"
 #include "ui/editor/layer_list.h"
 
+#include <QContextMenuEvent>
+#include <QMenu>
+
 using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
@@ -66,6 +69,49 @@ private Q_SLOTS:
         QVERIFY(!desk.layers()[0].visible);
         desk.key("layerName", Qt::Key_Delete); // a field's keys are its own
         QCOMPARE(desk.names(), u"abc"_s);
+    }
+
+    /// About the layer under the pointer, or all that are selected with it; what lies beside all
+    /// layers is about none.
+    void theCanvasHasTheMenuOfTheList()
+    {
+        struct Row {
+            std::vector<std::size_t> selected;
+            int layer; ///< under the pointer; -1: none
+            const char *action;
+            const char *after;
+        };
+        for (const auto &[chosen, layer, action, after] : { Row { { 0 }, 2, "Duplicar", "abcc" },
+                 { { 0, 2 }, 2, "Eliminar", "b" },
+                 { { 0, 1 }, 2, "Eliminar", "ab" },
+                 { { 0, 2 }, -1, "Eliminar", "abc" } }) {
+            const RowName named(after);
+            LayerDesk desk;
+            auto *canvas = desk.find<Canvas>("canvas");
+            LayerIds ids;
+            for (const std::size_t place : chosen) {
+                ids.push_back(desk.layers()[place].id);
+            }
+            canvas->setSelection(LayerSelection(ids));
+            const QRectF frame = frameRect(canvas->size(), 16.0 / 9);
+            const QPointF place = layer < 0
+                ? frame.topLeft() + QPointF(4, 4)
+                : layerRect(boxOf(desk.layers()[static_cast<std::size_t>(layer)]), frame).center();
+            QContextMenuEvent wanted(QContextMenuEvent::Mouse,
+                place.toPoint(),
+                canvas->mapToGlobal(place.toPoint()));
+            QApplication::sendEvent(canvas, &wanted);
+            auto *menu = canvas->findChild<QMenu *>(u"canvasMenu"_s);
+            QVERIFY(menu != nullptr && menu->isVisible());
+            QCOMPARE(menu->actions(), desk.list()->actions());
+            for (QAction *each : menu->actions()) {
+                if (each->text() == QLatin1String(action)) {
+                    each->trigger();
+                }
+            }
+            menu->close();
+            QCOMPARE(desk.names(), QLatin1String(after));
+        }
     }
 
     void aCopyGoesIntoTheOtherSet()

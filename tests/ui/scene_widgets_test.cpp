@@ -2,19 +2,24 @@
 #include "ui/desk.h"
 #include "ui/editor/canvas.h"
 #include "ui/editor/font_list.h"
+#include "ui/editor/verse_field.h"
 
 #include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCompleter>
 #include <QDoubleSpinBox>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSlider>
 #include <QSpinBox>
 #include <QTemporaryDir>
+#include <QVBoxLayout>
+#include <QWindow>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -90,11 +95,49 @@ private Q_SLOTS:
         QVERIFY(desk.find<QCheckBox>("fade")->isChecked());
     }
 
+    /// The click that closes the list of suggestions reaches what it was meant for.
+    void aClickBesideTheSuggestionsIsNotLost()
+    {
+        QWidget window;
+        auto *column = new QVBoxLayout(&window);
+        auto *field = new VerseField;
+        auto *button = new QPushButton;
+        column->addWidget(field);
+        column->addSpacing(300);
+        column->addWidget(button);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        field->setFocus();
+        int clicks = 0;
+        QObject::connect(button, &QPushButton::clicked, button, [&clicks] { ++clicks; });
+        QAbstractItemView *list = field->findChild<QCompleter *>()->popup();
+        for (const bool isBeside : { true, false, true }) {
+            const int before = clicks;
+            field->clear();
+            QTest::keyClicks(field, u"ju"_s);
+            field->offer(u"ju"_s, { { u"Juan 3:16"_s, {} } });
+            QTRY_VERIFY(list->isVisible());
+            const QPoint place = isBeside
+                ? button->mapToGlobal(button->rect().center())
+                : list->viewport()->mapToGlobal(
+                    list->visualRect(list->model()->index(0, 0)).center());
+            QWindow *grabber = list->windowHandle();
+            QTest::mousePress(grabber, Qt::LeftButton, {}, grabber->mapFromGlobal(place));
+            QTest::mouseRelease(grabber, Qt::LeftButton, {}, grabber->mapFromGlobal(place));
+            QVERIFY(!list->isVisible());
+            QCOMPARE(clicks, before + (isBeside ? 1 : 0));
+            QCOMPARE(field->text(), isBeside ? u"ju"_s : u"Juan 3:16"_s);
+            window.activateWindow(); // without a desktop a closed list leaves none active
+            QVERIFY(QTest::qWaitForWindowActive(&window));
+            field->setFocus();
+        }
+    }
+
     void panelHasTheRowsOfItsKind()
     {
         const QString style
-            = u" font textSize lineSpacing bold upperCase textColor backgroundColor shadow textAlign "_s
-              u"textStyle"_s;
+            = u" font textSize lineSpacing bold upperCase textColor backgroundColor shadow outlineWidth "_s
+              u"shadowStrength textAlign textStyle"_s;
         const QString always
             = u" layerName positionX positionY positionW positionH align00 align22 "
               "opacity fitToFrame"_s;
@@ -167,6 +210,8 @@ private Q_SLOTS:
         wanted.opacity = 0.4;
         wanted.size = 33;
         wanted.bold = !wanted.bold;
+        wanted.outlineWidth = 150;
+        wanted.shadowStrength = 40;
         wanted.shadow = !wanted.shadow;
         wanted.upperCase = !wanted.upperCase;
         wanted.spacing = 140;
@@ -179,7 +224,10 @@ private Q_SLOTS:
         desk.find<QSlider>("opacity")->setValue(40);
         desk.find<QSpinBox>("textSize")->setValue(33);
         desk.find<QCheckBox>("bold")->click();
+        desk.find<QSpinBox>("outlineWidth")->setValue(150);
+        desk.find<QSpinBox>("shadowStrength")->setValue(40);
         desk.find<QCheckBox>("shadow")->click();
+        QVERIFY(!desk.find<QSpinBox>("outlineWidth")->isEnabled());
         desk.find<QCheckBox>("upperCase")->click();
         desk.find<QSpinBox>("lineSpacing")->setValue(140);
         desk.find<QComboBox>("textAlign")->setCurrentIndex(2);

@@ -226,8 +226,10 @@ Layer madeLegible(Layer layer)
 {
     constexpr int white = 255;
     constexpr int black = 0;
-    if (!layer.shadow && suffices(layer.color, outlineColor, outlineColor.alpha(), white)) {
+    const bool isOutlined = layer.shadow && layer.outlineWidth >= Layer::usualStrength;
+    if (!isOutlined && suffices(layer.color, outlineColor, outlineColor.alpha(), white)) {
         layer.shadow = true;
+        layer.outlineWidth = std::max(layer.outlineWidth, Layer::usualStrength);
         return layer;
     }
     const bool isLight = contrastRatio(relativeLuminance(layer.color.rgb()), 0)

@@ -1,6 +1,8 @@
 #include "compositor/text/text_block.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
 
 namespace nimbara {
 
@@ -33,17 +35,50 @@ QFont overlayFont(std::int32_t points)
     return font;
 }
 
-/// The text in its colour, over a dark outline and drop shadow if the layer wants one.
+/// Copies of the text around it. Where they are further away than usual, more of them leave no gap.
+void addOutline(std::vector<TextPass> &list, double usual, std::int32_t percent)
+{
+    const auto add = [&list](double x, double y) { list.push_back({ { x, y }, outlineColor }); };
+    const auto addCorners = [&add](double d) {
+        add(d, d);
+        add(-d, d);
+        add(d, -d);
+        add(-d, -d);
+    };
+    if (percent == 0) {
+        return;
+    }
+    const double width = std::max(std::round(usual * percent / Layer::usualStrength), 1.0);
+    if (width > usual) {
+        const double side = std::round(std::numbers::sqrt2 * width); // as far away as the corners
+        add(side, 0);
+        add(-side, 0);
+        add(0, side);
+        add(0, -side);
+        addCorners(width);
+    }
+    addCorners(std::min(width, usual));
+}
+
+void addShadow(std::vector<TextPass> &list, double usual, std::int32_t percent)
+{
+    if (percent == 0) {
+        return;
+    }
+    QColor color = outlineColor;
+    color.setAlpha(color.alpha() * std::min(percent, Layer::usualStrength) / Layer::usualStrength);
+    const double reach = 1.5 * usual * std::max(percent, Layer::usualStrength);
+    list.push_back({ QPointF(0, reach / Layer::usualStrength), color });
+}
+
+/// The text in its colour, over a dark outline and drop shadow if the layer wants them.
 std::vector<TextPass> passes(const Layer &layer, std::int32_t frameHeight, const QColor &color)
 {
     std::vector<TextPass> list;
     if (layer.shadow) {
-        const double d = std::max(frameHeight * layer.size / 19440, 2);
-        for (const QPointF offset :
-            { QPointF(d, d), QPointF(-d, d), QPointF(d, -d), QPointF(-d, -d) }) {
-            list.push_back({ offset, outlineColor });
-        }
-        list.push_back({ QPointF(0, 1.5 * d), outlineColor });
+        const double usual = std::max(frameHeight * layer.size / 19440, 2);
+        addOutline(list, usual, layer.outlineWidth);
+        addShadow(list, usual, layer.shadowStrength);
     }
     list.push_back({ QPointF(), color });
     return list;

@@ -1,6 +1,5 @@
 #include "studio/check/service_check.h"
 
-#include "compositor/text/text_overflow.h"
 #include "studio/studio.h"
 
 #include <QPointer>
@@ -15,26 +14,6 @@ namespace {
 
 constexpr int stepMs = 100;
 constexpr int patienceMs = 6000; ///< for all
-
-bool doesNotFit(const Layer &layer, FrameSize frame)
-{
-    const bool isText = layer.kind == LayerKind::Text || layer.kind == LayerKind::Verse;
-    const bool isPaged = layer.kind == LayerKind::Verse && layer.paged;
-    return isText && !isPaged && hiddenLines(layer, frame) > 0;
-}
-
-/// The scenes with a text that does not fit, each with the frame that it is shown in.
-QStringList scenesThatHide(const std::vector<std::pair<ScenePtr, FrameSize>> &scenes)
-{
-    QStringList names;
-    for (const auto &[scene, frame] : scenes) {
-        const auto hides = [size = frame](const Layer &layer) { return doesNotFit(layer, size); };
-        if (std::any_of(scene->layers.begin(), scene->layers.end(), hides)) {
-            names << scene->name;
-        }
-    }
-    return names;
-}
 
 } // namespace
 
@@ -63,13 +42,15 @@ void ServiceCheck::begin(int screens)
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
     const QString home = QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
     m_machine.start([folder = folder.isEmpty() ? home : folder] { return askMachine(folder); });
-    std::vector<std::pair<ScenePtr, FrameSize>> scenes;
+    std::vector<FramedScene> scenes;
     for (const SceneSet set : bothSets) {
         for (const ScenePtr &scene : m_studio.document().project().scenes.of(set)) {
-            scenes.emplace_back(scene, m_studio.stage().frameOf(set));
+            scenes.push_back({ scene, m_studio.stage().frameOf(set) });
         }
     }
-    m_texts.start([scenes = std::move(scenes)] { return scenesThatHide(scenes); });
+    m_texts.start([scenes = std::move(scenes), choice = m_studio.bibles().resolvedChoice()] {
+        return fitOfTexts(scenes, choice);
+    });
     m_studio.translation().key().withKey([this, guard = QPointer(this)](const QString &key) {
         if (guard) {
             m_facts.hasServiceKey = !key.isEmpty();
@@ -79,7 +60,32 @@ void ServiceCheck::begin(int screens)
         }
     });
     askForKeys();
+    askOnlineBible();
     m_timer.start();
+}
+
+void ServiceCheck::askOnlineBible()
+{
+    BibleDesk &bibles = m_studio.bibles();
+    m_facts.usesOnlineBible = bibles.resolvedChoice() == QLatin1String("api");
+    if (!m_facts.usesOnlineBible) {
+        return;
+    }
+    bibles.key().withKey([this, guard = QPointer(this)](const QString &key) {
+        if (!guard) {
+            return;
+        }
+        if (key.isEmpty() || m_studio.bibles().online().id.isEmpty()) {
+            m_facts.onlineBible
+                = "Falta la clave o la Biblia de API.Bible: se mostrará la Reina-Valera 1909.";
+            return;
+        }
+        m_studio.verses().listBibles(key, [guard](const auto &, const Message &error) {
+            if (guard) {
+                guard->m_facts.onlineBible = error;
+            }
+        });
+    });
 }
 
 /// The store answers later.
@@ -106,7 +112,9 @@ void ServiceCheck::look()
     const qint64 passedMs = m_since.elapsed();
     const bool isServiceKnown
         = m_facts.hasServiceKey && (!*m_facts.hasServiceKey || m_facts.serviceAnswers);
-    const bool isAnswered = m_machine.isReady() && m_texts.isReady() && isServiceKnown;
+    const bool isBibleKnown = !m_facts.usesOnlineBible || m_facts.onlineBible;
+    const bool isAnswered
+        = m_machine.isReady() && m_texts.isReady() && isServiceKnown && isBibleKnown;
     if (passedMs < lookMs || (!isAnswered && passedMs < patienceMs)) {
         return;
     }
@@ -126,7 +134,7 @@ void ServiceCheck::takeAnswers()
         m_facts.freeBytes = machine.freeBytes;
     }
     if (m_texts.isReady()) {
-        m_facts.hidden = m_texts.take();
+        m_facts.texts = m_texts.take();
     }
     m_machine.abandon();
     m_texts.abandon();

@@ -17,8 +17,8 @@ namespace nimbara {
 class Studio;
 
 /// Looks at everything that a service needs, for `lookMs`, and says what to do. Changes nothing,
-/// but sends one small request to the translation's service. Interface thread only, which never
-/// waits.
+/// but sends one small request to the translation's service, and to that of online Bibles where
+/// verses come from there. Interface thread only, which never waits.
 class ServiceCheck : public QObject {
     Q_OBJECT
 public:
@@ -38,6 +38,7 @@ Q_SIGNALS:
 private:
     void look();
     void askForKeys();
+    void askOnlineBible();
     void takeAnswers();
     void readStudio();
     void readOutputs();
@@ -49,7 +50,7 @@ private:
     ServiceFacts m_facts;
     std::array<bool, destinationCount> m_lacksKey {}; ///< by slot, in the store
     BackgroundTask<MachineFacts> m_machine;
-    BackgroundTask<QStringList> m_texts;
+    BackgroundTask<TextFit> m_texts;
 };
 
 } // namespace nimbara

@@ -23,6 +23,11 @@ Message number(qint64 value)
     return Message::verbatim(QString::number(value));
 }
 
+Message listed(const QStringList &names)
+{
+    return Message::verbatim(names.join(QStringLiteral(", ")));
+}
+
 CheckLine screenLine(const ServiceFacts &facts)
 {
     if (facts.screens > 1) {
@@ -100,19 +105,16 @@ CheckLine destinationLine(const ServiceFacts &facts)
     if (facts.destinations.isEmpty()) {
         return { State::Caution, what, "Ninguno está marcado: no se transmite." };
     }
+    const Message server("Falta el servidor de %1.", { listed(facts.withoutServer) });
+    const Message key("Falta la clave de %1.", { listed(facts.withoutKey) });
     if (!facts.withoutServer.isEmpty()) {
-        return { State::Bad,
-            what,
-            { "Falta el servidor de %1.",
-                { Message::verbatim(facts.withoutServer.join(QStringLiteral(", "))) } } };
+        const Message both = server + Message::verbatim(QStringLiteral(" ")) + key;
+        return { State::Bad, what, facts.withoutKey.isEmpty() ? server : both };
     }
     if (!facts.withoutKey.isEmpty()) {
-        return { State::Caution,
-            what,
-            { "Falta la clave de %1.",
-                { Message::verbatim(facts.withoutKey.join(QStringLiteral(", "))) } } };
+        return { State::Caution, what, key };
     }
-    return { State::Good, what, Message::verbatim(facts.destinations.join(QStringLiteral(", "))) };
+    return { State::Good, what, listed(facts.destinations) };
 }
 
 void addLine(std::vector<CheckLine> &lines, const ServiceFacts &facts)
@@ -131,9 +133,10 @@ void addService(std::vector<CheckLine> &lines, const ServiceFacts &facts)
 {
     const Message what = "Traducción";
     if (!facts.hasServiceKey) {
-        return;
-    }
-    if (!*facts.hasServiceKey) {
+        lines.push_back({ State::Caution,
+            what,
+            "El almacén de claves no responde: no se sabe si hay API key." });
+    } else if (!*facts.hasServiceKey) {
         lines.push_back({ State::Caution, what, "No hay API key: no habrá traducción." });
     } else if (facts.serviceAnswers) {
         lines.push_back(
@@ -144,15 +147,61 @@ void addService(std::vector<CheckLine> &lines, const ServiceFacts &facts)
     }
 }
 
-CheckLine textLine(const ServiceFacts &facts)
+/// One that cannot be had is no end of the service: a built-in Bible stands in.
+void addOnlineBible(std::vector<CheckLine> &lines, const ServiceFacts &facts)
 {
-    if (facts.hidden.isEmpty()) {
-        return { State::Good, "Textos y versículos", "Caben en su recuadro." };
+    const Message what = "Biblia en línea";
+    if (!facts.usesOnlineBible) {
+        return;
     }
-    return { State::Caution,
+    if (!facts.onlineBible) {
+        lines.push_back(
+            { State::Caution, what, "El servicio no responde. Revisa la conexión a internet." });
+    } else if (facts.onlineBible->isEmpty()) {
+        lines.push_back({ State::Good, what, "API.Bible responde." });
+    } else {
+        lines.push_back({ State::Caution, what, *facts.onlineBible });
+    }
+}
+
+void addFit(std::vector<CheckLine> &lines,
+    const Message &what,
+    const QStringList &failing,
+    const Message &fits,
+    const char *hidden)
+{
+    if (failing.isEmpty()) {
+        lines.push_back({ State::Good, what, fits });
+    } else {
+        lines.push_back({ State::Caution, what, { hidden, { listed(failing) } } });
+    }
+}
+
+void addTexts(std::vector<CheckLine> &lines, const ServiceFacts &facts)
+{
+    if (!facts.texts) {
+        return;
+    }
+    addFit(lines,
         "Textos y versículos",
-        { "No caben en su recuadro: %1.",
-            { Message::verbatim(facts.hidden.join(QStringLiteral(", "))) } } };
+        facts.texts->hidden,
+        "Caben en su recuadro.",
+        "No caben en su recuadro: %1. Agranda el recuadro o reduce la letra.");
+    if (facts.texts->longVerse) {
+        addFit(lines,
+            "Versículo más largo",
+            *facts.texts->longVerse,
+            "Cabe en su recuadro o se divide en páginas.",
+            "No cabe en su recuadro: %1. Agranda el recuadro, reduce la letra o divide en "
+            "páginas.");
+    }
+    if (facts.texts->caption) {
+        addFit(lines,
+            "Subtítulos",
+            *facts.texts->caption,
+            "Caben dos líneas de 37 letras.",
+            "No caben dos líneas de 37 letras: %1. Agranda el recuadro o reduce la letra.");
+    }
 }
 
 void addMachine(std::vector<CheckLine> &lines, const ServiceFacts &facts)
@@ -179,7 +228,8 @@ std::vector<CheckLine> judge(const ServiceFacts &facts)
     lines.push_back(destinationLine(facts));
     addLine(lines, facts);
     addService(lines, facts);
-    lines.push_back(textLine(facts));
+    addOnlineBible(lines, facts);
+    addTexts(lines, facts);
     addMachine(lines, facts);
     return lines;
 }

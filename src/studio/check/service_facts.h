@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/message.h"
+#include "studio/check/text_fit.h"
 
 #include <QString>
 #include <QStringList>
@@ -36,7 +37,9 @@ struct ServiceFacts {
     std::optional<bool> hasServiceKey; ///< for the translation; none: the store has not answered
     std::optional<bool> serviceAnswers; ///< to that key; none: it was not asked, or is silent
     Message serviceAnswer;
-    QStringList hidden; ///< scenes with a verse or text that does not fit its box
+    bool usesOnlineBible = false; ///< verses come from the online Bibles' service
+    std::optional<Message> onlineBible; ///< what is amiss with it; none: it is silent
+    std::optional<TextFit> texts; ///< none: they are not all laid out yet
 
     std::optional<bool> clockIsSet; ///< by a time server
     std::optional<bool> onBattery;

@@ -3,6 +3,7 @@
 #include "ui/editor/canvas_marks.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QGestureEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -300,6 +301,23 @@ void Canvas::mouseDoubleClickEvent(QMouseEvent *event)
         setSelected(layer);
         Q_EMIT activated();
     }
+}
+
+/// By the mouse it is about the layer under the pointer, and about all that are selected where it
+/// is one of them.
+void Canvas::contextMenuEvent(QContextMenuEvent *event)
+{
+    const ScenePtr current = scene();
+    if (!current || QGuiApplication::mouseButtons().testFlag(Qt::LeftButton)) {
+        return; // something is being dragged
+    }
+    if (event->reason() == QContextMenuEvent::Mouse) {
+        const LayerId under = layerAt(*current, frameArea(), event->pos());
+        if (!m_selection.contains(under)) {
+            setSelected(under);
+        }
+    }
+    Q_EMIT menuWanted(event->globalPos());
 }
 
 bool Canvas::event(QEvent *event)

@@ -67,6 +67,8 @@ Q_SIGNALS:
     void dragEnded();
     /// A layer was double-clicked.
     void activated();
+    /// What is done with the selected layers is wanted as a menu at a point of the screen.
+    void menuWanted(QPoint place);
     /// The space bar was tapped, not held for a pan: what it means elsewhere is wanted.
     void spaceTapped();
 
@@ -77,6 +79,7 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;

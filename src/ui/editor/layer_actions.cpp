@@ -6,6 +6,7 @@
 #include "ui/editor/scene_tab.h"
 
 #include <QAction>
+#include <QMenu>
 
 #include <utility>
 
@@ -52,6 +53,17 @@ LayerActions::LayerActions(Studio &studio,
     addNudges();
     m_tab.layerList()->setContextMenuPolicy(Qt::ActionsContextMenu);
     connectList();
+    connect(&m_canvas, &Canvas::menuWanted, this, &LayerActions::showMenu);
+}
+
+/// The canvas has what the list has.
+void LayerActions::showMenu(QPoint place)
+{
+    auto *menu = new QMenu(&m_canvas);
+    menu->setObjectName(QStringLiteral("canvasMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addActions(m_tab.layerList()->actions());
+    menu->popup(place);
 }
 
 QAction *LayerActions::add(KeyAction what, const std::function<void()> &step)

@@ -19,10 +19,10 @@ class Canvas;
 class SceneEditor;
 class SceneTab;
 
-/// What an operator does with the selected layers by key or from the list's menu: copy, cut and
-/// paste, also into another scene or set, duplicate, show or hide, lock, order, rename, delete,
-/// nudge. Each is one step of undo, however many layers there are. The keys work where the list or
-/// the canvas has them. Interface thread only.
+/// What an operator does with the selected layers by key or from the menu of list and canvas: copy,
+/// cut and paste, also into another scene or set, duplicate, show or hide, lock, order, rename,
+/// delete, nudge. Each is one step of undo, however many layers there are. The keys work where the
+/// list or the canvas has them. Interface thread only.
 class LayerActions : public QObject {
     Q_OBJECT
 public:
@@ -37,6 +37,7 @@ private:
     QAction *add(KeyAction what, const std::function<void()> &step);
     void addNudges();
     void connectList();
+    void showMenu(QPoint place);
     [[nodiscard]] const Scene &scene() const { return *m_studio.document().currentScene(); }
     [[nodiscard]] const LayerIds &selected() const;
 

@@ -57,6 +57,7 @@ void LegibilityView::mend(LayerId id)
     }
     const Layer legible = madeLegible(*layer);
     m_studio.document().apply({ SetField { id, LayerField::Shadow, legible.shadow },
+        SetField { id, LayerField::OutlineWidth, legible.outlineWidth },
         SetField { id, LayerField::Background, legible.background } });
 }
 

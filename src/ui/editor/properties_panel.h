@@ -135,6 +135,7 @@ private:
     QWidget *makeFontList();
     QPushButton *makeStyle();
     QWidget *makeSizes();
+    QWidget *makeShadow();
     QWidget *makeLetters();
     QSpinBox *
     makeNumber(const char *spanish, const char *name, LayerField field, std::pair<int, int> range);

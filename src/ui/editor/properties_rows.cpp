@@ -28,6 +28,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 namespace nimbara {
@@ -41,6 +42,13 @@ QString label(const char *spanish)
 
 /// The verse layer's reference line: label, middle dot, name of the source.
 const QString referenceDot = QStringLiteral(" · ");
+
+void showPercent(QSpinBox &number, int step)
+{
+    number.setSuffix(QStringLiteral(" %"));
+    number.setSingleStep(step);
+    number.setToolTip(number.accessibleName());
+}
 
 template <LayerKind... kinds> bool isOneOf(LayerKind kind)
 {
@@ -286,7 +294,7 @@ void PropertiesPanel::addStyleRows()
             "backgroundColor",
             LayerField::Background,
             true));
-    addRow(isText, makeCheck("Sombra / contorno oscuro", "shadow", LayerField::Shadow));
+    addRow(isText, makeShadow());
     addRow(isText, "Alineación", makeAlignment());
     addRow(isOneOf<LayerKind::Subtitle>, "Idioma de los subtítulos", makeCaptionLanguage());
     addVerseLook();
@@ -303,13 +311,29 @@ QWidget *PropertiesPanel::makeSizes()
         LayerField::Spacing,
         { Layer::minSpacing, Layer::maxSpacing });
     spacing->setPrefix(label("Líneas") + QLatin1Char(' '));
-    spacing->setSuffix(QStringLiteral(" %"));
-    spacing->setSingleStep(5);
-    spacing->setToolTip(label("Interlineado (%)"));
+    showPercent(*spacing, 5);
     row->addWidget(
         makeNumber("Tamaño", "textSize", LayerField::Size, { Layer::minSize, Layer::maxSize }),
         1);
     row->addWidget(spacing, 1);
+    return owner;
+}
+
+/// The numbers stand in the order of the check's words: there is no room for labels.
+QWidget *PropertiesPanel::makeShadow()
+{
+    auto *owner = new QWidget;
+    auto *row = new QHBoxLayout(owner);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(makeCheck("Sombra / contorno oscuro", "shadow", LayerField::Shadow), 1);
+    for (const auto &[spanish, name, field] :
+        { std::tuple { "Fuerza de la sombra (%)", "shadowStrength", LayerField::ShadowStrength },
+            { "Grosor del contorno (%)", "outlineWidth", LayerField::OutlineWidth } }) {
+        QSpinBox *number = makeNumber(spanish, name, field, { 0, Layer::maxStrength });
+        showPercent(*number, 10);
+        row->addWidget(number);
+        onRefresh([number](const Layer &layer) { number->setEnabled(layer.shadow); });
+    }
     return owner;
 }
 

@@ -4,9 +4,12 @@
 #include "ui/kit/controls.h"
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QCompleter>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QStandardItemModel>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -36,6 +39,8 @@ VerseField::VerseField(QWidget *parent)
     m_completer->popup()->setObjectName(QStringLiteral("verseSuggestions"));
     m_completer->popup()->setAccessibleName(nimbara_i18n::tr("Citas y versículos encontrados"));
     m_completer->popup()->setTextElideMode(Qt::ElideRight);
+    m_completer->popup()->setAttribute(Qt::WA_NoMouseReplay); // see `passOn`
+    m_completer->popup()->installEventFilter(this);
     connect(this, &QLineEdit::textEdited, this, [this](const QString &text) {
         m_completer->popup()->setCurrentIndex({}); // what was chosen went with the text before
         Q_EMIT typed(text);
@@ -89,6 +94,36 @@ void VerseField::keyPressEvent(QKeyEvent *event)
         setModified(false); // what is found only now comes too late to be offered
     }
     QLineEdit::keyPressEvent(event);
+}
+
+bool VerseField::eventFilter(QObject *watched, QEvent *event)
+{
+    const QWidget *list = m_completer->popup();
+    if (watched == list && event->type() == QEvent::MouseButtonPress) {
+        const auto *press = static_cast<QMouseEvent *>(event);
+        if (!list->rect().contains(press->position().toPoint())) {
+            passOn(*press);
+            return true;
+        }
+    }
+    return QLineEdit::eventFilter(watched, event);
+}
+
+/// An open list gets the clicks of the whole desktop, and the completer would keep the one that
+/// closes it. Its window hears of the release, too, and hands that to what was pressed.
+void VerseField::passOn(const QMouseEvent &press)
+{
+    m_completer->popup()->hide();
+    const QWidget *under = QApplication::widgetAt(press.globalPosition().toPoint());
+    if (QWindow *window = under != nullptr ? under->window()->windowHandle() : nullptr) {
+        QMouseEvent passed(press.type(),
+            window->mapFromGlobal(press.globalPosition()),
+            press.globalPosition(),
+            press.button(),
+            press.buttons(),
+            press.modifiers());
+        QCoreApplication::sendEvent(window, &passed);
+    }
 }
 
 void VerseField::take(int row)

@@ -13,6 +13,7 @@ namespace nimbara {
 
 /// A field that takes a reference, with what it may become in a list below it. The arrows choose in
 /// the list, Return takes the choice, Escape closes it; without a choice Return is the field's own.
+/// A click elsewhere closes it, too, and does there what it does without a list.
 class VerseField : public QLineEdit {
     Q_OBJECT
 public:
@@ -22,6 +23,8 @@ public:
     void offer(const QString &typed, const QList<bible::Suggestion> &suggestions);
     /// Shows another text, and no longer what the one before may become.
     void replaceText(const QString &text);
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 Q_SIGNALS:
     /// The operator typed; suggestions are wanted.
@@ -34,6 +37,7 @@ protected:
 
 private:
     void take(int row);
+    void passOn(const QMouseEvent &press);
 
     QStandardItemModel *m_model;
     QCompleter *m_completer;

@@ -66,7 +66,12 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     , m_outputs(m_retirement)
     , m_streams(clock, m_outputs, m_stage, m_secrets)
     , m_lineTest(clock, m_stage, m_streams, m_secrets, m_retirement)
-    , m_recordings(clock, m_outputs, m_stage, below(peers.dataFolder, "recordings"), peers.disk)
+    , m_recordings(clock,
+          m_outputs,
+          m_stage,
+          below(peers.dataFolder, "recordings"),
+          peers.disk,
+          peers.diskSync)
     , m_health(m_outputs, m_streams, m_recordings)
     , m_projects(
           m_factory,

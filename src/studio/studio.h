@@ -58,6 +58,7 @@ struct StudioPeers {
     QString cacheFolder {}; ///< of what can be made anew; empty: it is, with each run
     DiskWatch::Look disk = DiskWatch::lookAtDisk; ///< of the recording
     QString captionFolder {}; ///< of captions without a recording; empty: none are kept
+    DiskSync diskSync = bringToDisk; ///< of the recording
 };
 
 /// The engine of the studio without a widget: scenes, sources, programs and outputs, and the tick

@@ -177,7 +177,12 @@ private Q_SLOTS:
         QVERIFY(inTime([&] { return desk.told("YouTube: la transmisión ha vuelto."); }));
         QVERIFY(sends());
         QCOMPARE(streams.reconnections(0), 1);
-        QVERIFY(desk.studio.notices().all().empty()); // what it told of is over
+        const auto &notices = desk.studio.notices().all();
+        QCOMPARE(notices.size(), 1U); // until it is read
+        const QString comeback = notices.front().text.spanish();
+        QVERIFY2(comeback.startsWith(u"YouTube: se perdió a las "_s), qPrintable(comeback));
+        QVERIFY2(comeback.endsWith(u" y ha vuelto."_s), qPrintable(comeback));
+        desk.studio.notices().settle(notices.front().id);
         const Destination &slot = desk.studio.outputs().destination(0);
         QVERIFY(inTime([&] { // five times as fast
             return desk.frame(100'000), slot.figures()->takenNs > 10'500'000'000;
@@ -190,7 +195,6 @@ private Q_SLOTS:
         peer.stop();
         QVERIFY(inTime([&] { return streams.isReconnecting(0) && streams.isReconnecting(1); }));
         QVERIFY(streams.statusText(0).spanish().endsWith(u"intento 1"_s)); // it was well
-        const auto &notices = desk.studio.notices().all();
         QCOMPARE(notices.size(), 2U);
         streams.toggle(0);
         QVERIFY(!streams.isReconnecting(0));
@@ -201,6 +205,10 @@ private Q_SLOTS:
         QCOMPARE(notices.front().text.spanish(),
             u"Facebook: la transmisión se perdió y no se reconecta."_s);
         QVERIFY(!desk.studio.hasOutputs());
+        QVERIFY(inTime([&] { return shows("0 de 1 destinos", HealthLevel::Alarm); })); // still
+        streams.setSelected(1, true);
+        streams.setSelected(1, false); // the operator does without it
+        QVERIFY(inTime([&] { return !shows("0 de 1 destinos", HealthLevel::Alarm); }));
         streams.setReconnecting(true);
     }
 

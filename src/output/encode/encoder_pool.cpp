@@ -66,6 +66,7 @@ void EncoderPool::count(Entry &entry, const ProgramEncoder &encoder)
     m_pushed += encoder.pushed() - std::exchange(entry.pushed, encoder.pushed());
     const std::uint64_t lost = std::max(encoder.lost(), entry.lost); // one may be on its way out
     m_lost += lost - std::exchange(entry.lost, lost);
+    m_leftOut += encoder.leftOut() - std::exchange(entry.leftOut, encoder.leftOut());
 }
 
 /// Two encoders have no core to spare for each other on the smallest machines.

@@ -31,6 +31,8 @@ public:
     /// Pictures of all encoders since the start: to be encoded, and let go of.
     [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
     [[nodiscard]] std::uint64_t lost() const { return m_lost; }
+    /// Beside them, the ones that were left out at half the rate.
+    [[nodiscard]] std::uint64_t leftOut() const { return m_leftOut; }
     /// What the encoder that gave up most has left of its bit rate, 0.5..1.
     [[nodiscard]] double rateShare() const { return m_rateShare; }
     /// Which one is taken for the next H.264.
@@ -43,6 +45,7 @@ private:
         std::weak_ptr<ProgramEncoder> encoder;
         std::uint64_t pushed = 0; ///< when last seen
         std::uint64_t lost = 0;
+        std::uint64_t leftOut = 0;
     };
     [[nodiscard]] std::shared_ptr<ProgramEncoder> make(const EncoderProfile &profile) const;
     [[nodiscard]] bool isTight() const;
@@ -55,6 +58,7 @@ private:
     Pressure m_pressure;
     std::uint64_t m_pushed = 0;
     std::uint64_t m_lost = 0;
+    std::uint64_t m_leftOut = 0;
     double m_rateShare = 1;
 };
 

@@ -162,6 +162,7 @@ void ProgramEncoder::pushVideo(const FramePtr &frame)
     const int every = leftOutEvery(m_effort);
     if (every != 0 && ++m_inTurn >= every) {
         m_inTurn = 0;
+        ++m_leftOut;
         return;
     }
     ++m_pushed;

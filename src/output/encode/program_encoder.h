@@ -70,6 +70,8 @@ public:
     [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
     /// Of those, the ones that were let go of because the encoder did not keep up.
     [[nodiscard]] std::uint64_t lost() const;
+    /// Beside them, the ones that were left out at half the rate.
+    [[nodiscard]] std::uint64_t leftOut() const { return m_leftOut; }
 
     /// The outputs that send are to tell in this tick what waits for them.
     [[nodiscard]] bool asksForQueues() const { return m_asksForQueues; }
@@ -120,6 +122,7 @@ private:
     Effort m_effort = Effort::Full;
     int m_inTurn = 0; ///< pictures since one was left out
     std::uint64_t m_pushed = 0;
+    std::uint64_t m_leftOut = 0;
     std::uint64_t m_lostBefore = 0; ///< by what was given up
     std::uint64_t m_time = 0; ///< ns, of this tick
     std::uint64_t m_joined = 0;

@@ -2,9 +2,12 @@
 
 #include "base/error.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
 
+#include <algorithm>
 #include <utility>
 
 namespace nimbara {
@@ -19,6 +22,13 @@ constexpr int healthyGrowths = 5; // of a file; its header alone is no sign of a
 Message silentDisk()
 {
     return "el disco no responde.";
+}
+
+/// Where recordings go until the operator chooses.
+QString usualFolder()
+{
+    const QString films = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    return QFileInfo::exists(films) ? films : QDir::homePath();
 }
 
 /// What was opened and never written to.
@@ -38,14 +48,21 @@ RecordingDesk::RecordingDesk(const Clock &clock,
     Outputs &outputs,
     const Stage &stage,
     const QString &journalFolder,
-    DiskWatch::Look disk)
+    DiskWatch::Look disk,
+    DiskSync sync)
     : m_clock(clock)
     , m_outputs(outputs)
     , m_stage(stage)
-    , m_journal(journalFolder)
-    , m_disk(std::move(disk))
+    , m_journal(journalFolder, sync)
+    , m_disk(std::move(disk), std::move(sync))
 {
+    m_disk.watch(usualFolder() + QLatin1Char('/'));
     m_journal.mendUnfinished();
+}
+
+std::optional<std::int64_t> RecordingDesk::freeBytes() const
+{
+    return m_clock.monotonicUs() - m_answeredUs < answerUs ? m_freeBytes : std::nullopt;
 }
 
 QString RecordingDesk::freePath(const QString &path)
@@ -204,6 +221,8 @@ void RecordingDesk::follow(const QString &path)
     m_answeredUs = m_partStartedUs;
     m_fileBytes = -1;
     m_growths = 0;
+    m_takenUs = m_partStartedUs;
+    m_toldLateDisk = false;
 }
 
 /// A part that had not begun leaves nothing but an empty file behind.
@@ -261,8 +280,9 @@ void RecordingDesk::ended(bool cleanly)
     callOffPart();
     m_grownUs = m_clock.monotonicUs();
     // The part before may still be on its way.
-    m_disk.watch(m_outputs.recording().exists() ? m_lastPath : QString());
-    m_freeBytes.reset();
+    if (m_outputs.recording().exists()) {
+        m_disk.watch(m_lastPath);
+    }
     if (m_entry && cleanly) {
         m_entry->finished();
     }
@@ -310,19 +330,20 @@ void RecordingDesk::poll()
         Q_EMIT said(text);
     }
     pollStep();
-    if (m_path.isEmpty()) {
-        return;
-    }
+    noteTaken();
     if (m_outputs.recording().state() != RecordingState::recording) {
         pollEnd();
         return;
     }
     followPart();
+    tellLateDisk();
     if (const auto sample = m_disk.poll(m_clock.monotonicUs())) {
         m_answeredUs = m_clock.monotonicUs();
         judge(*sample);
-    } else if (isHung()) {
+    } else if (isOpenedTooLate()) {
         fail(silentDisk()); // nothing more is opened there
+    } else if (isHung()) {
+        leaveStuckFile(silentDisk());
     } else if (isPartDue()) {
         try {
             begin(Step::Part);
@@ -341,7 +362,7 @@ void RecordingDesk::pollEnd()
         if (sample && std::exchange(m_fileBytes, sample->fileBytes) != sample->fileBytes) {
             m_grownUs = now;
         }
-        if (now - m_grownUs >= answerUs) {
+        if (now - std::max(m_grownUs, m_takenUs) >= answerUs) {
             fail(silentDisk());
         }
     } else if (std::exchange(m_wantsMore, false)) {
@@ -350,17 +371,53 @@ void RecordingDesk::pollEnd()
         } catch (const std::exception &error) {
             refuse(errorMessage(error));
         }
+    } else {
+        pollRoom();
+    }
+}
+
+/// For the next file; nothing is written meanwhile.
+void RecordingDesk::pollRoom()
+{
+    m_disk.rest();
+    if (const auto sample = m_disk.poll(m_clock.monotonicUs())) {
+        m_answeredUs = m_clock.monotonicUs();
+        noteRoom(*sample);
+    }
+}
+
+/// A disk that takes what is written is at work, however late it answers.
+void RecordingDesk::noteTaken()
+{
+    const Recording &recording = m_outputs.recording();
+    const std::uint64_t taken = recording.figures().value_or(OutletFigures {}).bytes;
+    const bool isEarly = recording.state() == RecordingState::recording && !recording.ready();
+    if (std::exchange(m_takenBytes, taken) != taken || isEarly) {
+        m_takenUs = m_clock.monotonicUs();
+    }
+}
+
+/// The recording is not lost, but not safe either.
+void RecordingDesk::tellLateDisk()
+{
+    const std::int64_t now = m_clock.monotonicUs();
+    const std::int64_t late = std::max(now - m_answeredUs, m_disk.syncingUs(now));
+    if (m_outputs.recording().ready() && late >= answerUs && !std::exchange(m_toldLateDisk, true)) {
+        Q_EMIT alarmed("El disco de la grabación responde muy tarde; la grabación sigue.");
     }
 }
 
 /// The first answers come before the file is open.
+bool RecordingDesk::isOpenedTooLate() const
+{
+    return m_outputs.recording().isOpening() && m_clock.monotonicUs() - m_partStartedUs >= answerUs;
+}
+
+/// It neither answers nor takes anything.
 bool RecordingDesk::isHung() const
 {
-    const Recording &recording = m_outputs.recording();
-    const std::int64_t now = m_clock.monotonicUs();
-    return recording.isOpening()
-        ? now - m_partStartedUs >= answerUs
-        : m_disk.isLooking() && recording.ready() && now - m_grownUs >= answerUs;
+    return m_disk.isLooking() && m_outputs.recording().ready()
+        && m_clock.monotonicUs() - std::max(m_answeredUs, m_takenUs) >= growthUs;
 }
 
 bool RecordingDesk::isPartDue() const
@@ -395,12 +452,17 @@ void RecordingDesk::refusePart(const Message &reason)
     Q_EMIT alarmed("La grabación sigue en el mismo archivo: " + reason);
 }
 
-void RecordingDesk::judge(const DiskWatch::Sample &sample)
+void RecordingDesk::noteRoom(const DiskWatch::Sample &sample)
 {
     m_freeBytes.reset();
     if (sample.freeBytes >= 0) {
         m_freeBytes = sample.freeBytes;
     }
+}
+
+void RecordingDesk::judge(const DiskWatch::Sample &sample)
+{
+    noteRoom(sample);
     if (m_freeBytes && *m_freeBytes < reserveBytes) {
         finishFile();
         Q_EMIT alarmed("Quedan menos de 500 MB en el disco: la grabación se cerró. Las "
@@ -422,11 +484,16 @@ void RecordingDesk::judgeGrowth(std::int64_t fileBytes)
     if (isNoFile || !m_outputs.recording().ready()) {
         m_grownUs = now;
     }
-    if (now - m_grownUs < growthUs) {
-        return;
+    if (now - m_grownUs >= growthUs) {
+        leaveStuckFile("el disco no recibe nada más.");
     }
+}
+
+/// One more that gets stuck ends the recording.
+void RecordingDesk::leaveStuckFile(const Message &reason)
+{
     if (++m_stuckFiles > 1) {
-        fail("el disco no recibe nada más.");
+        fail(reason);
     } else {
         goOnInAnotherFile();
     }
@@ -442,6 +509,11 @@ void RecordingDesk::goOnInAnotherFile()
         begin(Step::Beside);
     } catch (const std::exception &error) {
         fail(errorMessage(error));
+        return;
+    }
+    if (m_step == Step::Beside) {
+        Q_EMIT alarmed("El archivo de la grabación no crece; se busca otro a su lado.");
+        Q_EMIT changed();
     }
 }
 

@@ -28,12 +28,14 @@ public:
     static constexpr std::int64_t growthUs = 5'000'000; ///< in which a file has to grow
     static constexpr std::int64_t answerUs = 15'000'000; ///< in which a disk has to answer
 
-    /// All must outlive the desk. `journalFolder`: see `RecordingJournal`.
+    /// All must outlive the desk. `journalFolder`: see `RecordingJournal`. `sync`: on background
+    /// tasks.
     RecordingDesk(const Clock &clock,
         Outputs &outputs,
         const Stage &stage,
         const QString &journalFolder,
-        DiskWatch::Look disk = DiskWatch::lookAtDisk);
+        DiskWatch::Look disk = DiskWatch::lookAtDisk,
+        DiskSync sync = bringToDisk);
 
     /// Records into the file, or beside it under another number when there is one already. Throws
     /// `Error`, or tells by `alarmed` what comes late. Call it only when neither recording nor
@@ -69,8 +71,8 @@ public:
     }
     /// The file that is being written, or was last.
     [[nodiscard]] const QString &path() const { return m_path; }
-    /// Free on its disk; none while nothing is recorded, or unknown.
-    [[nodiscard]] std::optional<std::int64_t> freeBytes() const { return m_freeBytes; }
+    /// Free on its disk, or on that of the operator's videos before the first; none while unknown.
+    [[nodiscard]] std::optional<std::int64_t> freeBytes() const;
 
     /// `path`, or the first of "name 2", "name 3"… beside it that is free.
     [[nodiscard]] static QString freePath(const QString &path);
@@ -103,12 +105,18 @@ private:
     void open(const QString &path);
     void follow(const QString &path);
     void pollEnd();
+    void pollRoom();
     [[nodiscard]] bool isPartDue() const;
     void followPart();
     void refusePart(const Message &reason);
+    void noteTaken();
+    void tellLateDisk();
+    [[nodiscard]] bool isOpenedTooLate() const;
     [[nodiscard]] bool isHung() const;
+    void noteRoom(const DiskWatch::Sample &sample);
     void judge(const DiskWatch::Sample &sample);
     void judgeGrowth(std::int64_t fileBytes);
+    void leaveStuckFile(const Message &reason);
     void goOnInAnotherFile();
     void finishFile();
     void settleLastPart();
@@ -137,6 +145,9 @@ private:
     std::int64_t m_fileBytes = -1;
     std::int64_t m_grownUs = 0;
     std::int64_t m_answeredUs = 0; ///< the disk, last
+    std::uint64_t m_takenBytes = 0; ///< that the present file was given
+    std::int64_t m_takenUs = 0; ///< the last of them
+    bool m_toldLateDisk = false; ///< of the present file
     std::optional<std::int64_t> m_freeBytes;
 };
 

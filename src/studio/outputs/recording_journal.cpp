@@ -3,17 +3,21 @@
 #include "base/error.h"
 #include "base/log.h"
 #include "output/sink/remux.h"
-#include "studio/outputs/disk_sync.h"
 
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QStorageInfo>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <thread>
+#include <utility>
 
 namespace nimbara {
 
@@ -21,6 +25,8 @@ namespace {
 
 const auto recordingSuffix = QStringLiteral(".recording");
 const auto lockSuffix = QStringLiteral(".lock");
+constexpr std::chrono::milliseconds farewell { 2000 }; ///< with a disk that does not answer
+constexpr std::chrono::milliseconds glance { 5 };
 constexpr std::int64_t roomLeft = 1'000'000'000; ///< bytes that a new recording must still have
 
 std::filesystem::path nativePath(const QString &path)
@@ -93,22 +99,65 @@ std::vector<Message> mendAll(const QString &folder)
 
 } // namespace
 
-RecordingJournal::RecordingJournal(QString folder)
+/// One recording's file and its lock, which goes with it.
+class RecordingJournal::Page {
+public:
+    Page(const QString &stem, QString recording, DiskSync sync)
+        : m_file(stem + recordingSuffix)
+        , m_recording(std::move(recording))
+        , m_sync(std::move(sync))
+        , m_lock(stem + lockSuffix)
+    {
+        m_lock.setStaleLockTime(0);
+        m_lock.tryLock();
+    }
+    [[nodiscard]] bool isLocked() const { return m_lock.isLocked(); }
+
+    /// Waits for the recording's disk.
+    void forget() const
+    {
+        m_sync(m_recording);
+        m_sync(QFileInfo(m_recording).path());
+        QFile::remove(m_file);
+    }
+
+private:
+    QString m_file;
+    QString m_recording;
+    DiskSync m_sync;
+    QLockFile m_lock;
+};
+
+RecordingJournal::RecordingJournal(QString folder, DiskSync sync)
     : m_folder(std::move(folder))
+    , m_sync(std::move(sync))
+    , m_tasks(std::make_shared<std::atomic<int>>(0))
 {
 }
 
-RecordingJournal::Entry::Entry(const QString &stem)
-    : m_file(stem + recordingSuffix)
-    , m_lock(stem + lockSuffix)
+RecordingJournal::~RecordingJournal()
 {
-    m_lock.setStaleLockTime(0);
-    m_isLocked = m_lock.tryLock();
+    const QDeadlineTimer deadline(farewell);
+    while (*m_tasks > 0 && !deadline.hasExpired()) {
+        std::this_thread::sleep_for(glance);
+    }
 }
 
+RecordingJournal::Entry::Entry(std::shared_ptr<Page> page, std::shared_ptr<std::atomic<int>> tasks)
+    : m_page(std::move(page))
+    , m_tasks(std::move(tasks))
+{
+}
+
+/// Without a thread its file stays, and the next start looks at a recording that is whole.
 void RecordingJournal::Entry::finished()
 {
-    QFile::remove(m_file);
+    ++*m_tasks;
+    const bool isBegun = BackgroundTask<void>().tryStart([page = m_page, tasks = m_tasks] {
+        page->forget();
+        --*tasks;
+    });
+    *m_tasks -= isBegun ? 0 : 1;
 }
 
 std::unique_ptr<RecordingJournal::Entry> RecordingJournal::begin(const QString &path) const
@@ -119,9 +168,9 @@ std::unique_ptr<RecordingJournal::Entry> RecordingJournal::begin(const QString &
     const QByteArray text = QFileInfo(path).absoluteFilePath().toUtf8();
     const QByteArray digest = QCryptographicHash::hash(text, QCryptographicHash::Sha1).toHex();
     const QString stem = m_folder + QLatin1Char('/') + QString::fromLatin1(digest);
-    auto entry = std::make_unique<Entry>(stem);
+    auto page = std::make_shared<Page>(stem, QString::fromUtf8(text), m_sync);
     QFile file(stem + recordingSuffix);
-    if (!entry->isLocked()) { // another start would take the file for one that was left
+    if (!page->isLocked()) { // another start would take the file for one that was left
         return nullptr;
     }
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
@@ -133,7 +182,7 @@ std::unique_ptr<RecordingJournal::Entry> RecordingJournal::begin(const QString &
         bringToDisk(folder);
         return true;
     });
-    return entry;
+    return std::make_unique<Entry>(std::move(page), m_tasks);
 }
 
 void RecordingJournal::mendUnfinished()

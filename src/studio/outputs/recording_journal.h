@@ -2,11 +2,11 @@
 
 #include "base/background_task.h"
 #include "base/message.h"
+#include "studio/outputs/disk_sync.h"
 
-#include <QLockFile>
 #include <QString>
-#include <QStringList>
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -14,23 +14,31 @@ namespace nimbara {
 
 /// Which recordings are being written, so that the next start finds those that a crash or a power
 /// cut left unfinished. Each has a file "<digest of its path>.recording" in the folder, which holds
-/// the path, and beside it a lock for as long as this program writes it. Interface thread only.
+/// the path, and beside it a lock for as long as this program writes it. Interface thread only,
+/// which waits at the end alone.
 class RecordingJournal {
 public:
-    /// Empty: nothing is kept.
-    explicit RecordingJournal(QString folder);
+    /// `folder` empty: nothing is kept.
+    explicit RecordingJournal(QString folder, DiskSync sync = bringToDisk);
+    RecordingJournal(const RecordingJournal &) = delete;
+    RecordingJournal &operator=(const RecordingJournal &) = delete;
+    RecordingJournal(RecordingJournal &&) = delete;
+    RecordingJournal &operator=(RecordingJournal &&) = delete;
+    /// Waits for what is on its way to its disk, but no longer than a few seconds.
+    ~RecordingJournal();
 
+    class Page;
     /// A recording that is written into. Forgotten when it was finished, not when this goes.
     class Entry {
     public:
-        explicit Entry(const QString &stem);
+        Entry(std::shared_ptr<Page> page, std::shared_ptr<std::atomic<int>> tasks);
+        /// Its file is whole. Forgotten once that is on its disk, on a background task: what a
+        /// power cut takes until then is mended at the next start.
         void finished();
-        [[nodiscard]] bool isLocked() const { return m_isLocked; }
 
     private:
-        QString m_file;
-        QLockFile m_lock;
-        bool m_isLocked = false;
+        std::shared_ptr<Page> m_page;
+        std::shared_ptr<std::atomic<int>> m_tasks;
     };
     /// None when the folder cannot be written to or the path is another writer's; the recording
     /// goes on.
@@ -45,6 +53,8 @@ public:
 
 private:
     QString m_folder;
+    DiskSync m_sync;
+    std::shared_ptr<std::atomic<int>> m_tasks; ///< of all entries, that are not done
     BackgroundTask<std::vector<Message>> m_mending;
 };
 

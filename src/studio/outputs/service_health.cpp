@@ -8,12 +8,7 @@ namespace nimbara {
 
 namespace {
 
-constexpr double warningLoss = 0.01;
-constexpr double alarmLoss = 0.05;
-constexpr double warningWait = 1; // s of pictures that wait
-constexpr double busyCpu = 0.85;
-constexpr std::int64_t warningDiskMinutes = 60;
-constexpr std::int64_t alarmDiskMinutes = 20;
+constexpr double starvedShare = 0.05; // of pictures that are lost or late
 constexpr int starvedPatience = 10; // s
 constexpr std::int64_t soundBitsPerSecond = 160'000;
 
@@ -29,22 +24,6 @@ Message clockText(double exact)
                                  .arg(seconds / 3600)
                                  .arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'))
                                  .arg(seconds % 60, 2, 10, QLatin1Char('0')));
-}
-
-HealthLevel levelOfLoss(double share)
-{
-    if (share >= alarmLoss) {
-        return HealthLevel::Alarm;
-    }
-    return share >= warningLoss ? HealthLevel::Warning : HealthLevel::Good;
-}
-
-HealthLevel levelOfDisk(std::int64_t minutes)
-{
-    if (minutes < alarmDiskMinutes) {
-        return HealthLevel::Alarm;
-    }
-    return minutes < warningDiskMinutes ? HealthLevel::Warning : HealthLevel::Good;
 }
 
 double share(std::uint64_t part, std::uint64_t all)
@@ -73,7 +52,7 @@ bool ServiceHealth::measure(std::int64_t nowUs, Composition composition)
     m_cpuShare = m_cpu.share();
     m_due.add(composition.due);
     m_late.add(composition.late);
-    m_lost.add(m_outputs.encoders().lost());
+    m_lost.add(m_outputs.encoders().lost() + m_outputs.encoders().leftOut());
     m_recordedBytes.add(m_outputs.recording().figures().value_or(OutletFigures {}).bytes);
     measureSlots();
     measureTimes();
@@ -86,6 +65,7 @@ bool ServiceHealth::measure(std::int64_t nowUs, Composition composition)
 
 void ServiceHealth::measureSlots()
 {
+    m_onAir = 0;
     m_wanted = 0;
     m_up = 0;
     m_dropped = 0;
@@ -100,7 +80,8 @@ void ServiceHealth::measureSlots()
         health.dropped.add(figures.dropped);
         health.waitingSeconds = static_cast<double>(figures.waitingNs) * 1e-9;
         m_dropped = std::max(m_dropped, health.dropped.sum());
-        m_wanted += m_streams.isOnAir(slot) ? 1 : 0;
+        m_onAir += m_streams.isOnAir(slot) ? 1 : 0;
+        m_wanted += m_streams.isWanted(slot) ? 1 : 0;
         m_up += destination.accepted() ? 1 : 0;
     }
 }
@@ -108,7 +89,7 @@ void ServiceHealth::measureSlots()
 void ServiceHealth::measureTimes()
 {
     m_streamSeconds
-        = m_wanted == 0 ? 0 : m_streamSeconds + (m_up > 0 || m_streamSeconds > 0 ? m_seconds : 0);
+        = m_onAir == 0 ? 0 : m_streamSeconds + (m_up > 0 || m_streamSeconds > 0 ? m_seconds : 0);
     m_steadySeconds = m_recordings.isActive() && !m_recordings.isPaused() ? m_steadySeconds + 1 : 0;
     if (!m_recordings.isActive()) {
         m_recordingSeconds = 0;
@@ -123,8 +104,8 @@ void ServiceHealth::advise()
 {
     m_advice = {};
     const bool isStarved = m_outputs.encoders().effort() >= Effort::Thinned
-        || share(m_lost.gain(), m_due.gain()) > alarmLoss
-        || share(m_late.gain(), m_due.gain()) > alarmLoss;
+        || share(m_lost.gain(), m_due.gain()) > starvedShare
+        || share(m_late.gain(), m_due.gain()) > starvedShare;
     m_starvedSeconds = isStarved ? m_starvedSeconds + 1 : 0;
     const bool isWebM = m_recordings.isActive() && !m_recordings.isPaused()
         && !m_recordings.path().endsWith(QLatin1String(".mkv"), Qt::CaseInsensitive);
@@ -161,11 +142,11 @@ void ServiceHealth::tellEffort()
 /// Streams that the operator stopped tell nothing of the line; nor do those that are lost.
 void ServiceHealth::tellRate()
 {
-    if (m_wanted > 0 && m_up == 0) {
+    if (m_onAir > 0 && m_up == 0) {
         return;
     }
-    const bool isNarrow = m_wanted > 0 && m_outputs.encoders().rateShare() < 1;
-    if (std::exchange(m_isNarrow, isNarrow) != isNarrow && m_wanted > 0) {
+    const bool isNarrow = m_onAir > 0 && m_outputs.encoders().rateShare() < 1;
+    if (std::exchange(m_isNarrow, isNarrow) != isNarrow && m_onAir > 0) {
         m_news += Message::verbatim(QLatin1String(m_news.isEmpty() ? "" : " "))
             + (isNarrow ? "La conexión no da abasto en la mayoría de los destinos: se baja la "
                           "calidad de video."
@@ -181,14 +162,18 @@ void ServiceHealth::add(const Message &text, HealthLevel level)
 void ServiceHealth::makeLine()
 {
     m_line.clear();
+    if (m_onAir > 0) {
+        add({ "En directo %1", { clockText(m_streamSeconds) } });
+    }
     if (m_wanted > 0) {
+        add({ "%1 de %2 destinos", { number(m_up), number(m_wanted) } },
+            m_up < m_wanted ? HealthLevel::Alarm : HealthLevel::Good);
+    }
+    if (m_onAir > 0) {
         std::int64_t kbits = 0;
         for (const SlotHealth &slot : m_slots) {
             kbits += slot.kbits;
         }
-        add({ "En directo %1", { clockText(m_streamSeconds) } });
-        add({ "%1 de %2 destinos", { number(m_up), number(m_wanted) } },
-            m_up < m_wanted ? HealthLevel::Alarm : HealthLevel::Good);
         add({ "%1 kbit/s", { number(kbits) } });
     }
     if (m_isNarrow) {
@@ -209,19 +194,18 @@ void ServiceHealth::addLosses()
     if (m_outputs.any()) {
         const std::uint64_t lost = m_lost.sum() + m_dropped;
         HealthLevel level = levelOfLoss(share(lost, m_due.sum()));
-        const bool waits = std::any_of(m_slots.begin(), m_slots.end(), [](const auto &slot) {
-            return slot.waitingSeconds >= warningWait;
-        });
-        if (waits) {
-            level = std::max(level, HealthLevel::Warning);
+        for (const SlotHealth &slot : m_slots) {
+            level = std::max(level, levelOfWait(slot.waitingSeconds));
+        }
+        if (m_outputs.encoders().effort() == Effort::HalfRate) {
+            add("Una imagen de cada dos", HealthLevel::Alarm);
         }
         add({ "Imágenes perdidas: %1", { number(static_cast<std::int64_t>(lost)) } }, level);
     }
     add({ "Imágenes tarde: %1", { number(static_cast<std::int64_t>(m_late.sum())) } },
         levelOfLoss(share(m_late.sum(), m_due.sum())));
     if (m_cpuShare) {
-        add({ "CPU %1 %", { number(std::lround(*m_cpuShare * 100)) } },
-            *m_cpuShare >= busyCpu ? HealthLevel::Warning : HealthLevel::Good);
+        add({ "CPU %1 %", { number(std::lround(*m_cpuShare * 100)) } }, levelOfCpu(*m_cpuShare));
     }
 }
 

@@ -3,6 +3,7 @@
 #include "base/message.h"
 #include "output/sink/outputs.h"
 #include "studio/outputs/cpu_meter.h"
+#include "studio/outputs/health_levels.h"
 #include "studio/outputs/minute_sum.h"
 #include "studio/outputs/recording_desk.h"
 #include "studio/outputs/stream_desk.h"
@@ -13,8 +14,6 @@
 #include <vector>
 
 namespace nimbara {
-
-enum class HealthLevel { Good, Warning, Alarm };
 
 /// One figure of the line that the operator always sees.
 struct HealthPart {
@@ -75,7 +74,8 @@ private:
     std::optional<double> m_cpuShare;
     std::int64_t m_measuredUs = 0;
     std::array<SlotHealth, destinationCount> m_slots;
-    int m_wanted = 0;
+    int m_onAir = 0; ///< destinations that send or are tried again
+    int m_wanted = 0; ///< with those that were given up
     int m_up = 0;
     double m_seconds = 0; ///< since it was measured before
     double m_streamSeconds = 0;
@@ -83,7 +83,7 @@ private:
     int m_steadySeconds = 0; ///< of a recording without a pause
     MinuteSum m_due;
     MinuteSum m_late;
-    MinuteSum m_lost; ///< pictures that no encoder took
+    MinuteSum m_lost; ///< pictures that no encoder took, or that were left out at half the rate
     std::uint64_t m_dropped = 0; ///< of the last minute, the worst output's
     MinuteSum m_recordedBytes;
     int m_starvedSeconds = 0; ///< in a row

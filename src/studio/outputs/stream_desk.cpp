@@ -3,6 +3,7 @@
 #include "base/error.h"
 #include "base/log.h"
 
+#include <QDateTime>
 #include <QPointer>
 
 #include <algorithm>
@@ -54,6 +55,7 @@ void StreamDesk::setKey(std::size_t slot, const QString &key)
 void StreamDesk::setSelected(std::size_t slot, bool selected)
 {
     if (selected != std::exchange(m_slots.at(slot).isSelected, selected)) {
+        m_slots.at(slot).isWanted = isWanted(slot) && (selected || isOnAir(slot));
         Q_EMIT changed(slot);
     }
 }
@@ -91,6 +93,7 @@ void StreamDesk::toggle(std::size_t slot)
 {
     Destination &destination = m_outputs.destination(slot);
     if (destination.running() || isReconnecting(slot)) {
+        m_slots.at(slot).isWanted = false;
         forget(slot);
         destination.stop();
         Q_EMIT changed(slot);
@@ -161,6 +164,9 @@ Message StreamDesk::lost(std::size_t slot)
     if (wasLost) {
         Q_EMIT settled(m_slots.at(slot).loss);
     }
+    if (!wasLost) {
+        m_slots.at(slot).lostMs = m_clock.wallMs();
+    }
     const Message more
         = again && !doubts ? Message("Se vuelve a conectar sola.") : reconnection.reason();
     m_slots.at(slot).loss
@@ -211,14 +217,29 @@ void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
         each.line.forget();
         if (std::exchange(each.isLost, false)) {
             ++each.returns;
-            Q_EMIT settled(each.loss);
-            Q_EMIT said(Message("%1: la transmisión ha vuelto.",
-                { Message::verbatim(m_outputs.destination(slot).name()) }));
+            tellBack(slot);
         }
     } else if (each.reconnection.isAccepted() && !each.reconnection.isSteady()) {
         const auto figures = m_outputs.destination(slot).figures().value_or(OutletFigures {});
         each.reconnection.took(static_cast<std::int64_t>(figures.takenNs / 1000));
     }
+}
+
+/// That it was lost stands until it is read; of several times the last one.
+void StreamDesk::tellBack(std::size_t slot)
+{
+    Slot &each = m_slots.at(slot);
+    const Message name = Message::verbatim(m_outputs.destination(slot).name());
+    const Message time = Message::verbatim(
+        QDateTime::fromMSecsSinceEpoch(each.lostMs).toString(QStringLiteral("HH:mm")));
+    Q_EMIT settled(each.loss);
+    Q_EMIT settled(each.comeback);
+    each.comeback = each.returns == 1
+        ? Message("%1: se perdió a las %2 y ha vuelto.", { name, time })
+        : Message("%1: se perdió %3 veces, la última a las %2, y ha vuelto.",
+            { name, time, Message::verbatim(QString::number(each.returns)) });
+    Q_EMIT alarmed(each.comeback);
+    Q_EMIT said(Message("%1: la transmisión ha vuelto.", { name }));
 }
 
 /// No attempt opens a box in mid-service: one that cannot even begin is one that failed. So is one
@@ -290,6 +311,9 @@ void StreamDesk::stopStreams()
 {
     m_outputs.stopStreams();
     callOffStarts();
+    for (Slot &slot : m_slots) {
+        slot.isWanted = false;
+    }
 }
 
 void StreamDesk::start(std::size_t slot)
@@ -298,12 +322,14 @@ void StreamDesk::start(std::size_t slot)
     forget(slot);
     Slot &each = m_slots.at(slot);
     each.returns = 0;
+    each.comeback = {};
     each.startedServer = server(slot);
     each.startedKey = key(slot);
     each.startedSize = m_stage.streamFrame();
     each.startedBitrate = m_stage.document.project().videoKbits * 1000;
     each.reconnection.started(m_clock.monotonicUs());
     startDestination(slot);
+    each.isWanted = true;
     Q_EMIT changed(slot);
 }
 

@@ -77,6 +77,9 @@ public:
     }
     /// How often it came back since the operator started it.
     [[nodiscard]] int reconnections(std::size_t slot) const { return m_slots.at(slot).returns; }
+    /// The operator started it and has neither stopped it nor taken its tick away: also one that
+    /// was given up.
+    [[nodiscard]] bool isWanted(std::size_t slot) const { return m_slots.at(slot).isWanted; }
     /// It sends, or is being tried again.
     [[nodiscard]] bool isOnAir(std::size_t slot) const
     {
@@ -95,8 +98,8 @@ Q_SIGNALS:
     void savingChanged(bool saving);
     /// An operation failed.
     void failed(const nimbara::Message &reason);
-    /// What `lost` told of a destination holds no more: it is back, or not tried any more.
-    void settled(const nimbara::Message &loss);
+    /// What was told of a destination holds no more: it is back, or not tried any more.
+    void settled(const nimbara::Message &notice);
     /// The operator must not miss it.
     void alarmed(const nimbara::Message &text);
     void reconnectsChanged(bool on);
@@ -120,6 +123,7 @@ private:
         QString key;
         bool wasEmptied = false; ///< by the operator, since it was stored
         bool isSelected = false;
+        bool isWanted = false;
         std::uint64_t ticket = 0; ///< of the start that waits; 0: none. A key that comes for
                                   ///< another ticket comes too late.
         bool holdsOthers = false; ///< the selected slots after it wait for that start
@@ -131,6 +135,8 @@ private:
         LineWatch line; ///< while it is lost
         int returns = 0;
         Message loss; ///< as `lost` told it
+        qint64 lostMs = 0; ///< when: wall time since the epoch
+        Message comeback; ///< the newest that was told
         bool isLost = false; ///< told, and being tried again
         Message shown; ///< while it waits for an attempt
     };
@@ -139,6 +145,7 @@ private:
     void retry(std::size_t slot, std::int64_t nowUs);
     void startDestination(std::size_t slot);
     void forget(std::size_t slot);
+    void tellBack(std::size_t slot);
 
     template <typename Step> void run(Step step);
     void startSelectedFrom(std::size_t slot);

@@ -97,6 +97,7 @@ constexpr TextPair pairs[] = {
     TextPair { "EN VIVO (%1)", "LIVE (%1)" },
     TextPair { "GRABANDO", "RECORDING" },
     TextPair { "GRABACIÓN EN PAUSA", "RECORDING PAUSED" },
+    TextPair { "ABRIENDO LA GRABACIÓN", "OPENING THE RECORDING" },
     TextPair { "Servicio %1", "Service %1" },
     TextPair { "Hora y duración del servicio", "Time of day and length of the service" },
     TextPair { "Pestañas de trabajo", "Work tabs" },

@@ -35,6 +35,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Servicio", "Service" },
     TextPair { "MKV, lo mismo que las transmisiones (*.mkv)",
         "MKV, the same as the streams (*.mkv)" },
+    TextPair { "El equipo no puede empezar más tareas; se vuelve a intentar cada segundo.",
+        "The computer cannot begin any more tasks; it is tried again every second." },
     TextPair { "Fuente recuperada: %1", "Source is back: %1" },
     TextPair { "El video de red terminó.", "The network video has ended." },
     TextPair { "La fuente de red terminó; se vuelve a abrir.",
@@ -56,6 +58,11 @@ constexpr TextPair pairs[] = {
     TextPair { "Grabación en pausa.", "Recording paused." },
     TextPair { "La grabación sigue en cuanto se guarde la parte anterior.",
         "The recording goes on as soon as the part before is saved." },
+    TextPair {
+        "Los archivos de la traducción no terminaron de guardarse; pueden estar incompletos.",
+        "The files of the translation were not finished; they may be incomplete." },
+    TextPair { "La grabación sigue en pausa: ", "The recording stays paused: " },
+    TextPair { "No se pudo iniciar la grabación: ", "The recording could not be started: " },
     TextPair { "La grabación sigue en el mismo archivo: ",
         "The recording goes on in the same file: " },
     TextPair {
@@ -98,6 +105,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Grabando %1", "Recording %1" },
     TextPair { "En pausa %1", "Paused %1" },
     TextPair { "Una imagen de cada dos", "Every second picture" },
+    TextPair { "Abriendo archivo %1", "Opening the file %1" },
     TextPair { "Imágenes perdidas: %1", "Pictures lost: %1" },
     TextPair { "Imágenes tarde: %1", "Pictures late: %1" },
     TextPair { "CPU %1 %", "CPU %1 %" },

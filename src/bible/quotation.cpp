@@ -4,8 +4,6 @@
 #include "bible/verse_index.h"
 #include "bible/word_alignment.h"
 
-#include <QStringList>
-
 #include <algorithm>
 #include <map>
 #include <vector>
@@ -56,21 +54,24 @@ QList<Passage> versesFrom(const Bible &bible, const Passage &passage)
 
 } // namespace
 
-QList<Passage> versesRead(const QString &said, const Bible &bible, const Passage &announced)
+WrittenVerses writtenVerses(const Bible &bible, const Passage &announced)
+{
+    WrittenVerses written { versesFrom(bible, announced), {}, {} };
+    for (qsizetype verse = 0; verse < written.verses.size(); ++verse) {
+        const QStringList words = searchWords(passageText(bible, written.verses.at(verse)));
+        written.words += words;
+        written.verseOfWord.insert(written.verseOfWord.size(), words.size(), verse);
+    }
+    return written;
+}
+
+QList<Passage> versesRead(const QString &said, const WrittenVerses &announced)
 {
     const QStringList spoken = searchWords(said);
     if (spoken.size() < fewestWords) {
         return {};
     }
-    const QList<Passage> verses = versesFrom(bible, announced);
-    QStringList written;
-    QList<qsizetype> verseOfWord;
-    for (qsizetype verse = 0; verse < verses.size(); ++verse) {
-        const QStringList words = searchWords(passageText(bible, verses.at(verse)));
-        written += words;
-        verseOfWord.insert(verseOfWord.size(), words.size(), verse);
-    }
-    const std::vector<SameWord> same = sameWords(spoken, written);
+    const std::vector<SameWord> same = sameWords(spoken, announced.words);
     const auto count = static_cast<qsizetype>(same.size());
     // Six words in ten: before the reading there may be the reference.
     if (count < fewestWords || count * 10 < spoken.size() * 6) {
@@ -78,12 +79,12 @@ QList<Passage> versesRead(const QString &said, const Bible &bible, const Passage
     }
     std::map<qsizetype, qsizetype> words; // of each verse
     for (const SameWord &word : same) {
-        ++words[verseOfWord.at(word.inOther)];
+        ++words[announced.verseOfWord.at(word.inOther)];
     }
     QList<Passage> read;
     for (const auto &[verse, number] : words) {
         if (number >= wordsOfVerse) {
-            read.append(verses.at(verse));
+            read.append(announced.verses.at(verse));
         }
     }
     return read;

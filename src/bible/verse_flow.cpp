@@ -29,6 +29,10 @@ QString englishCode()
 {
     return QStringLiteral("en");
 }
+QString translationText()
+{
+    return QStringLiteral("traducción automática");
+}
 QString dot()
 {
     return QStringLiteral(" · ");
@@ -224,7 +228,13 @@ QString sourceName(const QString &listed)
 
 QString translationName()
 {
-    return nimbara_i18n::tr("traducción automática");
+    return nimbara_i18n::tr(translationText());
+}
+
+bool isTranslationName(const QString &source)
+{
+    return source == translationText()
+        || source == nimbara_i18n::english().value(translationText());
 }
 
 VerseOutcome passageOutcome(const Passage &passage,

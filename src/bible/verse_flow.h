@@ -105,6 +105,8 @@ VerseOutcome passageOutcome(const Passage &passage,
 QString sourceName(const QString &listed);
 /// The same for a text that was translated, in the operator's language.
 QString translationName();
+/// Whether a reference line names that source, in whatever language its window was.
+bool isTranslationName(const QString &source);
 
 VerseOutcome
 translationOutcome(const Passage &passage, const QString &text, const nimbara::Message &error);

@@ -321,12 +321,25 @@ std::optional<Message> Studio::shutDown()
     m_lineTest.cancel();
     m_recordings.finish();
     m_translation.shutDown();
-    const QDeadlineTimer captions(captionPatience);
-    m_captionFiles.finish(captionPatience);
-    m_voiceFile.finish(std::chrono::milliseconds(captions.remainingTime()));
+    const Message captions = finishCaptions();
     auto told = finishOutputs(m_outputs.recording(), m_streams, deadline);
     m_recordings.ended(!told && !m_outputs.recording().exists());
+    if (!captions.isEmpty()) {
+        told = told ? *told + Message::verbatim(QStringLiteral("\n")) + captions : captions;
+    }
     return told;
+}
+
+/// Gives what the operator must know: that they are not whole.
+Message Studio::finishCaptions()
+{
+    const QDeadlineTimer deadline(captionPatience);
+    const bool hasCaptions = m_captionFiles.finish(captionPatience);
+    const bool hasVoice = m_voiceFile.finish(std::chrono::milliseconds(deadline.remainingTime()));
+    return hasCaptions && hasVoice
+        ? Message()
+        : Message("Los archivos de la traducción no terminaron de guardarse; pueden estar "
+                  "incompletos.");
 }
 
 Pictures Studio::composePictures(std::int64_t now)
@@ -417,7 +430,7 @@ void Studio::tellStopped(const Outputs::Stopped &stopped)
         Q_EMIT status(*stopped.recording);
         m_recordings.ended(*stopped.recording == Recording::savedText());
         if (*stopped.recording != Recording::savedText()) {
-            m_notices.raise("La grabación se detuvo: " + *stopped.recording);
+            m_notices.raise(m_recordings.lossText(*stopped.recording));
         }
     }
     for (const std::size_t slot : stopped.destinations) {

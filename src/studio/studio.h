@@ -125,7 +125,7 @@ public:
     /// stay as they are.
     [[nodiscard]] bool hasOutputs() const
     {
-        return m_outputs.any() || m_streams.isAnyReconnecting() || m_recordings.isPaused();
+        return m_outputs.any() || m_streams.isAnyReconnecting() || m_recordings.isActive();
     }
     /// The congregation sees the hall program: the desktop must not sleep.
     void setHallShown(bool shown);
@@ -155,6 +155,7 @@ private:
     void tellAbsentBibles();
     void advanceCaptions();
     void keepVoice(std::int64_t frameTime);
+    [[nodiscard]] Message finishCaptions();
     [[nodiscard]] Pictures composePictures(std::int64_t now);
     void composeLeft(const CameraPicture &camera);
     void feedOutputs(const QImage &streams, std::int64_t frameTime);

@@ -21,10 +21,15 @@ bible::Passage passageOf(const QString &typed)
     return bible::read(typed).passages.first();
 }
 
+QList<bible::Passage> versesIn(const QString &said, const bible::Passage &announced)
+{
+    return bible::versesRead(said, bible::writtenVerses(bible::spanish(), announced));
+}
+
 QString readIn(const QString &said, const QString &announced)
 {
     QStringList labels;
-    for (const auto &verse : bible::versesRead(said, bible::spanish(), passageOf(announced))) {
+    for (const auto &verse : versesIn(said, passageOf(announced))) {
         labels.append(bible::label(verse, u"es"_s));
     }
     return labels.join(u'|');
@@ -124,7 +129,7 @@ private Q_SLOTS:
                 words[static_cast<qsizetype>(random()) % words.size()] = u"otra"_s;
             }
             ++tried;
-            const auto read = bible::versesRead(words.join(u' '), bible::spanish(), verse);
+            const auto read = versesIn(words.join(u' '), verse);
             found += read.contains(verse) ? 1 : 0;
         }
         QVERIFY(tried > 90);

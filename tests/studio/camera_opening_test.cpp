@@ -5,6 +5,7 @@
 #include "studio/studio_fixture.h"
 #include "support/error_of.h"
 #include "support/fake_device.h"
+#include "support/no_threads.h"
 #include "support/test_registry.h"
 
 #include <QFile>
@@ -12,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <atomic>
 #include <fcntl.h>
 #include <mutex>
 #include <sys/stat.h>
@@ -225,6 +227,30 @@ private Q_SLOTS:
         QVERIFY(desk.pollUntil([&] { return told->all() == twice + u" /dev/video7=1"_s; }));
         QVERIFY(!sources.steadyCameras().isSteady(camera));
         QVERIFY(!setCameraControl(u"/dev/null"_s, 0x009A0903, 0)); // no camera
+    }
+
+    void aCameraThatNoThreadCanTellIsToldLater()
+    {
+        std::atomic<int> calls { 0 };
+        SteadyCameras cameras([&calls](const QString &, std::uint32_t, std::int32_t) {
+            ++calls;
+            return false;
+        });
+        CaptureDevice camera;
+        camera.file = u"/dev/video7"_s;
+        camera.name = u"Altar"_s;
+        {
+            const NoThreads none;
+            cameras.choose(camera, true);
+            for (int tick = 0; tick < 90; ++tick) {
+                QVERIFY(cameras.takeRefused().isEmpty());
+            }
+        }
+        QVERIFY(cameras.takeNoThread() && !cameras.takeNoThread());
+        QString refused;
+        QTRY_VERIFY(!(refused = cameras.takeRefused()).isEmpty());
+        QCOMPARE(refused, u"Altar"_s);
+        QCOMPARE(calls, 1);
     }
 
     void tellsWhyTheLastModeFailed()

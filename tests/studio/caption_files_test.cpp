@@ -1,6 +1,7 @@
 #include "studio/services/caption_files.h"
 #include "studio/studio_fixture.h"
 #include "support/decoded_sound.h"
+#include "support/full_disk.h"
 #include "support/test_registry.h"
 #include "translation/pipeline/voice.h"
 
@@ -228,7 +229,7 @@ private Q_SLOTS:
         QSignalSpy told(&files, &CaptionFiles::failed);
         for (const char *word : { "one", "two" }) {
             files.addPhrase(QLatin1String(word), QLatin1String(word), true);
-            files.finish(10s);
+            QVERIFY(!files.finish(10s));
         }
         QCOMPARE(told.size(), 1);
         QVERIFY(wall.remove());
@@ -238,6 +239,39 @@ private Q_SLOTS:
         };
         clock.advanceUs(60'000'000); // nobody says anything
         QVERIFY(QTest::qWaitFor([&] { return files.poll(), text() == u"one\ntwo\n"_s; }));
+    }
+
+    /// No half of a caption stays, nor a file without its head, and what comes later is there.
+    void aFullDiskLeavesNoHalves()
+    {
+        Service service;
+        QSignalSpy told(&service.files, &CaptionFiles::failed);
+        const auto say = [&service](const char *word) {
+            service.files.addPhrase(QLatin1String(word), QLatin1String(word), true);
+            service.wait(1000);
+            service.files.end(Target::First);
+        };
+        {
+            const FullDisk disk(30); // a plain text goes in, and the beginning of a cue
+            say("one");
+            QVERIFY(!service.files.finish(10s));
+            QCOMPARE(service.text("en.txt"), u"one\n"_s);
+            QVERIFY(!QFileInfo(service.all("en.vtt")).isFile());
+        }
+        say("two");
+        QVERIFY(service.files.finish(10s));
+        const auto cue = u"00:00:0%1.000 --> 00:00:0%2.000\n%3\n\n"_s;
+        const QString both = u"WEBVTT\n\n"_s + cue.arg(0).arg(1).arg(u"one"_s);
+        QCOMPARE(service.text("en.vtt"), both + cue.arg(1).arg(2).arg(u"two"_s));
+        {
+            const FullDisk disk(static_cast<rlim_t>(service.text("en.vtt").size()) + 10);
+            say("three");
+            QVERIFY(!service.files.finish(10s));
+            QVERIFY(service.text("en.vtt").endsWith(u"two\n\n"_s));
+        }
+        QVERIFY(service.files.finish(10s));
+        QVERIFY(service.text("en.vtt").endsWith(cue.arg(2).arg(3).arg(u"three"_s)));
+        QCOMPARE(told.size(), 1);
     }
 
     void tellsOfADiskThatTakesNothing()
@@ -254,7 +288,7 @@ private Q_SLOTS:
         files.begin({ u"es"_s, u"Spanish"_s }, { u"en"_s, u"English"_s });
         for (int i = 0; i < 3; ++i) {
             files.addPhrase(u"uno"_s, u"one"_s, true);
-            files.finish(10s);
+            QVERIFY(!files.finish(10s));
         }
         QCOMPARE(told.size(), 1);
         QVERIFY(told.first().contains(file.fileName()));

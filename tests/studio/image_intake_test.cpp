@@ -1,4 +1,5 @@
 #include "studio/studio_fixture.h"
+#include "support/no_threads.h"
 #include "support/test_registry.h"
 
 #include <QImage>
@@ -100,6 +101,33 @@ private Q_SLOTS:
         desk.studio.document().undo();
         QVERIFY(!desk.studio.sources().shelf().find(desk.layer(1)));
         QVERIFY(desk.runUntil([&] { return prepared() == QColor(Qt::red); }));
+    }
+
+    /// A system without a thread is asked again after a pause, not with each tick, and told of
+    /// once.
+    void aPictureWaitsForAThread()
+    {
+        ManualClock clock;
+        PictureShelf shelf(clock);
+        SceneSets scenes;
+        const Layer image = imageLayerOf(picture("thread.png", Qt::red));
+        scenes.of(SceneSet::Streams) = { makeScene(u"A"_s, { image, imageLayerOf(u"no"_s) }) };
+        int told = 0;
+        const auto poll = [&] {
+            shelf.poll();
+            told += shelf.takeNoThread() ? 1 : 0;
+        };
+        {
+            const NoThreads none;
+            shelf.follow(scenes);
+            for (int tick = 0; tick < 90; ++tick) {
+                poll();
+                clock.advanceUs(FrameSchedule::periodUs);
+            }
+        }
+        QCOMPARE(told, 1);
+        QTRY_VERIFY((clock.advanceUs(FrameSchedule::periodUs), poll(), shelf.find(image)));
+        QCOMPARE(told, 1);
     }
 };
 

@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 
 #include <atomic>
+#include <filesystem>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -232,26 +233,32 @@ private Q_SLOTS:
     void aDiskThatHangsIsGivenUp()
     {
         const QTemporaryDir folder;
-        HungFile file(folder.filePath(u"hung.mkv"_s)); // must not be opened, then not be finished
+        HungFile unopened(folder.filePath(u"unopened.mkv"_s));
+        HungFile file(folder.filePath(u"hung.mkv"_s)); // must not be finished
         RecordingFixture f;
-        const auto free = qScopeGuard([&] { file.drain(); });
+        const auto free = qScopeGuard([&] {
+            unopened.drain();
+            file.drain();
+        });
         const auto givesUp = [&] {
             return f.desk.runUntil([&] { return f.noticed("no responde"); })
                 && !f.recordings.isActive() && !f.desk.studio.hasOutputs();
         };
-        const auto start = [&] {
+        const auto start = [&](const QString &name) {
             Notices &notices = f.desk.studio.notices();
             while (!notices.all().empty()) {
                 notices.settle(notices.all().front().id);
             }
             f.disk->grows = true;
-            f.recordings.start(folder.filePath(u"hung.mkv"_s));
+            f.recordings.start(folder.filePath(name));
         };
-        start();
-        QVERIFY(f.recordings.isActive());
+        start(u"unopened.mkv"_s);
+        QVERIFY(f.recordings.isActive() && f.recordings.isOpening());
+        QVERIFY(!f.recordings.isPaused() && !f.recordings.isWriting());
         QVERIFY(givesUp());
+        QVERIFY(f.noticed("No se pudo iniciar la grabación")); // nor did it stop
 
-        start();
+        start(u"hung.mkv"_s);
         file.answer();
         const auto figures = [&] { return f.desk.studio.outputs().recording().figures(); };
         QVERIFY(f.desk.runUntil([&] { return figures() && figures()->pictures > 30; }));
@@ -259,6 +266,86 @@ private Q_SLOTS:
         f.disk->grows = false;
         QVERIFY(f.desk.studio.hasOutputs());
         QVERIFY(givesUp());
+    }
+
+    /// The part, or the file, was given up; what its disk does at last must not reach another one.
+    void aNameThatWasGivenUpIsNotTakenAgain()
+    {
+        const QTemporaryDir folder;
+        const auto name = [&](const char *end) { return folder.filePath(QLatin1String(end)); };
+        HungFile first(name("e.mkv"));
+        HungFile part(name("pipe"));
+        std::filesystem::create_hard_link(folder.filePath(u"pipe"_s).toStdString(),
+            name("e 3.mkv").toStdString());
+        RecordingFixture f;
+        const auto free = qScopeGuard([&] {
+            first.drain();
+            part.drain();
+        });
+        f.recordings.start(name("e.mkv"));
+        QVERIFY(f.desk.runUntil([&] { return f.noticed("No se pudo iniciar"); }));
+        f.recordings.start(name("e.mkv"));
+        const auto isAt = [&](const char *end) {
+            return f.desk.runUntil([&] {
+                return f.recordings.path() == name(end) && f.recordings.isWriting()
+                    && f.desk.studio.outputs().recording().ready();
+            });
+        };
+        QVERIFY(isAt("e 2.mkv"));
+        f.recordings.setPartMinutes(1);
+        QVERIFY(f.pass());
+        QVERIFY(f.desk.runUntil([&] { return f.noticed("sigue en el mismo archivo"); }));
+        QTRY_VERIFY(!QFileInfo::exists(name("e 3.mkv"))); // deleted behind, whenever the disk likes
+        QVERIFY(f.pass());
+        QVERIFY(isAt("e 4.mkv"));
+        f.recordings.finish();
+        QVERIFY(f.ends());
+    }
+
+    /// Of a device nothing is known, and a file that is not open cannot grow.
+    void whatCannotGrowIsNotTakenForStuck()
+    {
+        const QTemporaryDir folder;
+        HungFile file(folder.filePath(u"late.mkv"_s));
+        RecordingFixture f;
+        const auto free = qScopeGuard([&] { file.drain(); });
+        const auto passes = [&f] { return f.pass(2 * int(RecordingDesk::growthUs / 1'000'000)); };
+        f.disk->grows = false;
+        f.recordings.start(folder.filePath(u"late.mkv"_s));
+        QVERIFY(passes());
+        QVERIFY(f.recordings.isOpening() && !f.noticed("no crecía"));
+        f.disk->grows = true;
+        file.drain();
+        QVERIFY(f.desk.runUntil([&] { return f.desk.studio.outputs().recording().ready(); }));
+        f.recordings.finish();
+        QVERIFY(f.ends());
+
+        f.disk->grows = false;
+        f.disk->fileBytes = -1;
+        f.recordings.start(f.file(u"device.mkv"_s));
+        QVERIFY(f.records(u"device.mkv"_s));
+        QVERIFY(passes());
+        QVERIFY(f.recordings.isWriting() && !f.noticed("no crecía"));
+        f.recordings.finish();
+        QVERIFY(f.ends());
+    }
+
+    /// It never ran, so that it did not stop, and the operator may try again.
+    void aPauseThatCannotEndStays()
+    {
+        RecordingFixture f;
+        const QDir root(f.folder.path());
+        QVERIFY(root.mkpath(u"usb"_s));
+        f.recordings.start(root.filePath(u"usb/f.webm"_s));
+        QVERIFY(f.records(u"usb/f.webm"_s));
+        f.recordings.pause();
+        f.recordings.resume(); // as soon as the file is whole
+        QVERIFY(QFile::rename(root.filePath(u"usb"_s), root.filePath(u"away"_s)));
+        QVERIFY(f.desk.runUntil([&] { return f.noticed("La grabación sigue en pausa: "); }));
+        QVERIFY(f.recordings.isPaused() && !f.noticed("se detuvo"));
+        QVERIFY(QFile::rename(root.filePath(u"away"_s), root.filePath(u"usb"_s)));
+        f.recordings.resume();
+        QVERIFY(f.records(u"usb/f 2.webm"_s));
     }
 
     /// None is opened on a disk that may have hung.
@@ -310,9 +397,18 @@ private Q_SLOTS:
         const QString folder = f.file(u"journal"_s);
         RecordingJournal running(folder);
         const auto written = running.begin(f.file(u"whole.webm"_s)); // by one that still runs
-        QVERIFY(!running.begin(f.file(u"whole.webm"_s))); // nor taken over
+        const auto kept = [&folder] { return QDir(folder).entryList({ u"*.recording"_s }); };
+        QTRY_COMPARE(kept().size(), 1);
+        {
+            const RecordingJournal other(folder);
+            other.begin(f.file(u"whole.webm"_s))->finished(); // nor taken over
+        }
+        QCOMPARE(kept().size(), 1);
         const QByteArray whole = probe(f.file(u"whole.webm"_s)).video.toUtf8();
-        running.begin(f.file(u"cut.webm"_s)).reset();
+        {
+            const RecordingJournal dead(folder);
+            dead.begin(f.file(u"cut.webm"_s)).reset();
+        }
         RecordingJournal next(folder);
         next.mendUnfinished();
         std::vector<Message> told;

@@ -180,6 +180,11 @@ private Q_SLOTS:
         const int before = desk.frames;
         desk.frame();
         QCOMPARE(desk.frames, before + 1);
+        QObject::connect(&desk.studio, &Studio::picturesMade, [] {
+            throw std::runtime_error("broken");
+        });
+        desk.frame(); // it went away, and came back
+        QCOMPARE(desk.statuses.filter(u"Error inesperado: broken"_s).size(), 2);
     }
 
     void diagnosticsTellWhetherTheCameraIsAlive()

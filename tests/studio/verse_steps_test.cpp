@@ -2,6 +2,8 @@
 #include "studio/studio_fixture.h"
 #include "support/test_registry.h"
 
+#include <QScopeGuard>
+
 using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
@@ -196,6 +198,29 @@ private Q_SLOTS:
             u"El texto es de Biblia de Vesperalda, que no es la Biblia elegida: elígela para seguir."_s);
         QCOMPARE(desk.label(desk.onAir(desk.streams)), u"Juan 3:16"_s);
         QCOMPARE(desk.label(desk.prepared(desk.streams)), u"Juan 3:16"_s);
+    }
+
+    /// A window in another language names a translation otherwise; it is the same one.
+    void aTranslationIsSteppedInEitherLanguage()
+    {
+        PagedDesk desk(u"Juan 3:16"_s);
+        const auto tidy = qScopeGuard([&desk] { desk.studio.settings().clear(); });
+        desk.studio.translation().chooseTarget(u"Portuguese"_s);
+        desk.studio.bibles().choose(0); // by that language
+        const Layer built = *findLayer(desk.scene(), desk.streams);
+        for (const char *name : { "traducción automática", "machine translation" }) {
+            desk.studio.document().apply(SetVerse { desk.streams,
+                built.text,
+                u"John 3:16 · "_s + QString::fromUtf8(name),
+                built.name,
+                0,
+                {} });
+            desk.studio.program().take();
+            desk.statuses.clear();
+            desk.step(Direction::On);
+            QTRY_COMPARE(desk.label(desk.onAir(desk.streams)), u"Juan 3:17"_s);
+            QVERIFY2(!desk.told("que no es la Biblia elegida"), name);
+        }
     }
 
     void whatIsNotOnAirStepsInPreviewAlone()

@@ -2,6 +2,7 @@
 #include "signal/audio_block.h"
 #include "studio/services/voice_file.h"
 #include "support/decoded_sound.h"
+#include "support/hung_file.h"
 #include "support/test_registry.h"
 
 #include <QDir>
@@ -141,6 +142,21 @@ private Q_SLOTS:
         speak(file, 60'000, 30);
         QVERIFY(file.finish(30s));
         QVERIFY(loudest(decodedSound(path), 60'030) > 8000);
+        QCOMPARE(told.size(), 1);
+    }
+
+    /// What does not fit into memory meanwhile is silent, and told; nor is the end said to be
+    /// there.
+    void aDiskThatHangsIsToldOnce()
+    {
+        QTemporaryDir folder;
+        HungFile disk(folder.filePath(u"a.en.opus"_s));
+        VoiceFile file;
+        QSignalSpy told(&file, &VoiceFile::failed);
+        file.follow(folder.filePath(u"a.en"_s));
+        speak(file, 0, 2 * 30 * 60);
+        speak(file, 120'000, 30);
+        QVERIFY(!file.finish(0ms));
         QCOMPARE(told.size(), 1);
     }
 

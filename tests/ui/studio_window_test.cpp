@@ -89,11 +89,12 @@ private Q_SLOTS:
         Desk desk;
         desk.showTab(3);
         desk.press("record"); // cancelled
+        QTRY_COMPARE(desk.dialogs->asked.size(), 1);
         QVERIFY(!desk.window.studio().outputs().any());
         desk.dialogs->files = { path };
         desk.press("record");
         auto *button = desk.find<QPushButton>("record");
-        QCOMPARE(button->text(), u"■ Detener grabación"_s);
+        QTRY_COMPARE(button->text(), u"■ Detener grabación"_s);
         QCOMPARE(desk.status(), u"Grabando Programa y audio seleccionado."_s);
         QTRY_VERIFY(!desk.find<QComboBox>("format")->isEnabled());
 
@@ -151,6 +152,30 @@ private Q_SLOTS:
         QTRY_VERIFY(desk.dialogs->files.empty());
         QCOMPARE(desk.dialogs->asked.filter(u"Hay cambios sin guardar"_s).size(), 2);
         QCOMPARE(stoodStill, 0);
+    }
+
+    /// Work that is on its way into its file is waited for, and an earlier save is not the later
+    /// one: nothing is asked twice.
+    void closingWaitsForTheSaveUnderWay()
+    {
+        const QTemporaryDir folder;
+        for (const bool isAsked : { false, true }) {
+            Desk desk;
+            desk.press("duplicateScene");
+            if (isAsked) {
+                desk.dialogs->choices = { SaveChoice::Save };
+            }
+            desk.dialogs->files = { folder.filePath(u"culto.nimbara"_s) };
+            if (!isAsked) {
+                desk.press("saveProject");
+            }
+            QVERIFY(!desk.window.close());
+            Q_EMIT desk.window.studio().projects().saved(folder.filePath(u"antes.nimbara"_s));
+            QTRY_VERIFY(!desk.window.isVisible());
+            QCOMPARE(desk.dialogs->asked.filter(u"Hay cambios sin guardar"_s).size(),
+                isAsked ? 1 : 0);
+            QCOMPARE(desk.dialogs->asked.size(), isAsked ? 2 : 1);
+        }
     }
 
     void languageIsStoredForTheNextStart()

@@ -1,5 +1,6 @@
 #include "media/capture/steady_cameras.h"
 
+#include <chrono>
 #include <utility>
 
 #ifdef __linux__
@@ -14,6 +15,12 @@ namespace nimbara {
 namespace {
 
 constexpr std::uint32_t dynamicFrameRate = 0x009A0903; ///< V4L2_CID_EXPOSURE_AUTO_PRIORITY
+
+std::int64_t monotonicUs()
+{
+    using namespace std::chrono;
+    return duration_cast<microseconds>(steady_clock::now().time_since_epoch()).count();
+}
 
 } // namespace
 
@@ -74,8 +81,10 @@ void SteadyCameras::set(const QString &file, bool steady, const QString &chosenF
 void SteadyCameras::tellNext()
 {
     if (!m_wishes.empty() && !m_telling.isUnderWay()) {
-        m_telling.tryStart([set = m_set, wish = m_wishes.front()] {
-            return set(wish.file, dynamicFrameRate, wish.steady ? 0 : 1);
+        m_wish.attempt(monotonicUs(), [this] {
+            return m_telling.tryStart([set = m_set, wish = m_wishes.front()] {
+                return set(wish.file, dynamicFrameRate, wish.steady ? 0 : 1);
+            });
         });
     }
 }

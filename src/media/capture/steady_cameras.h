@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/background_task.h"
+#include "base/thread_wish.h"
 #include "media/capture/devices.h"
 
 #include <QString>
@@ -40,6 +41,8 @@ public:
 
     /// The name of a camera that cannot be held, once, when it has answered a choice; else empty.
     QString takeRefused();
+    /// The system has no thread for it; once. The camera is told when it has.
+    bool takeNoThread() { return m_wish.takeRefusal(); }
 
 private:
     void set(const QString &file, bool steady, const QString &chosenFor);
@@ -56,6 +59,7 @@ private:
     QStringList m_steady;
     std::deque<Wish> m_wishes; ///< in their order; the first is under way
     BackgroundTask<bool> m_telling;
+    ThreadWish m_wish;
 };
 
 } // namespace nimbara

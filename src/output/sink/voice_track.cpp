@@ -111,7 +111,7 @@ bool VoiceTrack::isWell()
     return m_isWell;
 }
 
-bool VoiceTrack::finish(std::chrono::milliseconds patience, const std::function<void()> &grown)
+bool VoiceTrack::finish(std::chrono::milliseconds patience)
 {
     gst_app_src_end_of_stream(GST_APP_SRC(m_source.get()));
     qint64 known = -1;
@@ -125,7 +125,6 @@ bool VoiceTrack::finish(std::chrono::milliseconds patience, const std::function<
         if (const qint64 bytes = QFileInfo(m_path).size(); bytes != known) {
             known = bytes;
             idle = std::chrono::milliseconds(0);
-            grown();
         }
     }
     return false;

@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <vector>
 
 namespace nimbara {
@@ -31,11 +30,8 @@ public:
     [[nodiscard]] bool isWell();
 
     /// Ends the file; nothing is pushed afterwards. Gives up when the file has not grown for as
-    /// long as the patience, and tells `grown` whenever it has. Returns whether all of it is
-    /// written.
-    bool finish(
-        std::chrono::milliseconds patience,
-        const std::function<void()> &grown = [] {});
+    /// long as the patience. Returns whether all of it is written.
+    bool finish(std::chrono::milliseconds patience);
 
 private:
     void append(BufferRef buffer, std::int64_t frames);

@@ -79,6 +79,14 @@ bool ProjectSaves::isSaving(const QString &path) const
     });
 }
 
+QString ProjectSaves::placeOf(const Project &project) const
+{
+    const auto found = std::find_if(m_files.begin(), m_files.end(), [&project](const File &file) {
+        return !differ(file.next ? *file.next : file.project, project);
+    });
+    return found != m_files.end() ? found->path : QString();
+}
+
 /// The result of a file that is done with; none while it is written, for the first time or again.
 std::optional<ProjectSaves::Done> ProjectSaves::advance(File &file) const
 {

@@ -39,6 +39,8 @@ public:
 
     void save(const QString &path, Project project);
     [[nodiscard]] bool isSaving(const QString &path) const;
+    /// The file into which this project is on its way; empty: none.
+    [[nodiscard]] QString placeOf(const Project &project) const;
 
     /// The files that are done with since the last call. Never waits.
     std::vector<Done> poll();

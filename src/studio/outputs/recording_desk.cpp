@@ -31,12 +31,6 @@ QString usualFolder()
     return QFileInfo::exists(films) ? films : QDir::homePath();
 }
 
-/// What was opened and never written to.
-void removeBehind(const QString &path)
-{
-    BackgroundTask<bool>().tryStart([path] { return QFile::remove(path); });
-}
-
 Message nameOf(const QString &path)
 {
     return Message::verbatim(QFileInfo(path).fileName());
@@ -65,21 +59,43 @@ std::optional<std::int64_t> RecordingDesk::freeBytes() const
     return m_clock.monotonicUs() - m_answeredUs < answerUs ? m_freeBytes : std::nullopt;
 }
 
-QString RecordingDesk::freePath(const QString &path)
+QString RecordingDesk::freePath(const QString &path, const QStringList &left)
 {
     const QFileInfo file(path);
     const QString stem = file.path() + QLatin1Char('/') + file.completeBaseName();
     const QString end = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
     QString free = path;
-    for (int number = 2; QFileInfo(free).isFile(); ++number) {
+    for (int number = 2; left.contains(free) || QFileInfo(free).isFile(); ++number) {
         free = stem + QStringLiteral(" %1").arg(number) + end;
     }
     return free;
 }
 
+bool RecordingDesk::isOpening() const
+{
+    const bool isLooking
+        = m_step == Step::Start || m_step == Step::Resume || m_step == Step::Beside;
+    const Recording &recording = m_outputs.recording();
+    return isLooking || (recording.state() == RecordingState::recording && recording.isOpening());
+}
+
+bool RecordingDesk::isWriting() const
+{
+    return m_outputs.recording().state() == RecordingState::recording && !isOpening();
+}
+
 bool RecordingDesk::isActive() const
 {
-    return isPaused() || m_outputs.recording().state() == RecordingState::recording;
+    return m_isPaused || m_step == Step::Start || m_step == Step::Beside
+        || m_outputs.recording().state() == RecordingState::recording;
+}
+
+Message RecordingDesk::lossText(const Message &reason) const
+{
+    const char *begin = m_begun == Step::Start ? "No se pudo iniciar la grabación: "
+        : m_begun == Step::Resume              ? "La grabación sigue en pausa: "
+                                               : "La grabación se detuvo: ";
+    return begin + reason;
 }
 
 void RecordingDesk::start(const QString &path)
@@ -94,6 +110,7 @@ void RecordingDesk::start(const QString &path)
 void RecordingDesk::begin(Step step)
 {
     m_step = step;
+    m_begun = step == Step::Part ? m_begun : step;
     m_askedUs = m_clock.monotonicUs();
     look();
     if (m_naming.isReady(moment)) {
@@ -103,7 +120,9 @@ void RecordingDesk::begin(Step step)
 
 void RecordingDesk::look()
 {
-    m_naming.tryStart([path = m_firstPath] { return path.isEmpty() ? path : freePath(path); });
+    m_naming.tryStart([path = m_firstPath, left = m_left] {
+        return path.isEmpty() ? path : freePath(path, left);
+    });
 }
 
 void RecordingDesk::goOnIn(const QString &path)
@@ -170,7 +189,7 @@ void RecordingDesk::refuse(const Message &reason)
     if (step == Step::Beside) {
         ended(false);
     }
-    Q_EMIT alarmed("La grabación se detuvo: " + reason);
+    Q_EMIT alarmed(lossText(reason));
     Q_EMIT changed();
 }
 
@@ -199,8 +218,16 @@ void RecordingDesk::callOffPart()
         follow(next);
     } else if (!hasBegun) {
         m_outputs.recording().callOffPart();
-        removeBehind(next);
+        leaveBehind(next);
     }
+}
+
+/// What was never written to goes. A disk that answers late opens and deletes it whenever it likes:
+/// its name is not taken again.
+void RecordingDesk::leaveBehind(const QString &path)
+{
+    m_left.append(path);
+    BackgroundTask<bool>().tryStart([path] { return QFile::remove(path); });
 }
 
 void RecordingDesk::open(const QString &path)
@@ -229,13 +256,14 @@ void RecordingDesk::follow(const QString &path)
 void RecordingDesk::finishFile()
 {
     callOff();
+    m_begun = Step::None;
     m_grownUs = m_clock.monotonicUs();
     if (m_outputs.recording().finish()) {
         if (m_entry) {
             m_entry->finished();
         }
         m_entry = std::move(m_lastEntry);
-        removeBehind(std::exchange(m_path, m_lastPath));
+        leaveBehind(std::exchange(m_path, m_lastPath));
         m_disk.watch(m_path);
         m_fileBytes = -1;
     }
@@ -288,7 +316,7 @@ void RecordingDesk::ended(bool cleanly)
     }
     m_entry.reset();
     settleLastPart();
-    m_isPaused = m_isPaused && cleanly;
+    m_isPaused = (m_isPaused && cleanly) || m_begun == Step::Resume;
     m_wantsMore = m_wantsMore && cleanly;
     Q_EMIT changed();
 }
@@ -318,9 +346,12 @@ void RecordingDesk::settleLastPart()
 void RecordingDesk::fail(const Message &reason)
 {
     callOff();
+    if (m_outputs.recording().isOpening()) {
+        m_left.append(m_path);
+    }
     m_outputs.recording().abandon();
     ended(false);
-    Q_EMIT alarmed("La grabación se detuvo: " + reason);
+    Q_EMIT alarmed(lossText(reason));
 }
 
 void RecordingDesk::poll()
@@ -335,6 +366,7 @@ void RecordingDesk::poll()
         pollEnd();
         return;
     }
+    m_begun = isWriting() ? Step::None : m_begun;
     followPart();
     tellLateDisk();
     if (const auto sample = m_disk.poll(m_clock.monotonicUs())) {
@@ -369,6 +401,7 @@ void RecordingDesk::pollEnd()
         try {
             begin(Step::Resume);
         } catch (const std::exception &error) {
+            m_step = Step::Resume;
             refuse(errorMessage(error));
         }
     } else {

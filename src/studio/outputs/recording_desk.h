@@ -10,6 +10,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 #include <memory>
@@ -44,15 +45,16 @@ public:
     /// Ends the recording, also one that is paused.
     void finish();
     /// Finishes the file; `resume` goes on in the next part, as soon as that is done. Throws as
-    /// `start` when it cannot be opened; it stays paused.
+    /// `start` when it cannot be opened; it stays paused, also when its disk refuses it late.
     void pause();
     void resume();
-    /// Wanted, and not written: paused, or on its way to its file.
-    [[nodiscard]] bool isPaused() const
-    {
-        return m_isPaused || m_step == Step::Start || m_step == Step::Beside;
-    }
-    /// Recording or paused: `finish` has something to end.
+    /// Paused by the operator, also while it is on its way to the next file.
+    [[nodiscard]] bool isPaused() const { return m_isPaused; }
+    /// On its way to a file that its disk has not opened yet: no picture is written.
+    [[nodiscard]] bool isOpening() const;
+    /// Its pictures go into a file.
+    [[nodiscard]] bool isWriting() const;
+    /// Recording, paused or on its way to its file: `finish` has something to end.
     [[nodiscard]] bool isActive() const;
 
     /// The recording goes on in another part after so many minutes; 0: it does not.
@@ -63,6 +65,9 @@ public:
     void poll();
     /// The recording ended by itself, cleanly or not.
     void ended(bool cleanly);
+    /// What the operator reads of a file that was lost: that the recording stopped, never began or
+    /// stays paused.
+    [[nodiscard]] Message lossText(const Message &reason) const;
 
     /// Of the pictures, as the project wants them.
     [[nodiscard]] std::int64_t videoBitsPerSecond() const
@@ -74,8 +79,9 @@ public:
     /// Free on its disk, or on that of the operator's videos before the first; none while unknown.
     [[nodiscard]] std::optional<std::int64_t> freeBytes() const;
 
-    /// `path`, or the first of "name 2", "name 3"… beside it that is free.
-    [[nodiscard]] static QString freePath(const QString &path);
+    /// `path`, or the first of "name 2", "name 3"… beside it that is free and none of `left`. Asks
+    /// the disk: for a background task.
+    [[nodiscard]] static QString freePath(const QString &path, const QStringList &left = {});
 
 Q_SIGNALS:
     /// What its buttons do.
@@ -101,6 +107,7 @@ private:
     void openPart(const QString &path);
     void callOff();
     void callOffPart();
+    void leaveBehind(const QString &path);
     void refuse(const Message &reason);
     void open(const QString &path);
     void follow(const QString &path);
@@ -134,8 +141,10 @@ private:
     int m_partMinutes = 0;
     bool m_isPaused = false;
     bool m_wantsMore = false; ///< to go on once the file before is finished
+    QStringList m_left; ///< files that were given up, which a late disk may still open or delete
     BackgroundTask<QString> m_naming; ///< finds the free name for the step
     Step m_step = Step::None;
+    Step m_begun = Step::None; ///< what the present file is for, until its disk has opened it
     std::int64_t m_askedUs = 0; ///< for that name, or for the next part
     QString m_nextPath; ///< of the part that is being opened
     std::int64_t m_partStartedUs = 0;

@@ -99,34 +99,81 @@ std::vector<Message> mendAll(const QString &folder)
 
 } // namespace
 
-/// One recording's file and its lock, which goes with it.
+/// One recording's file and its lock, for background tasks: `write`, then `leave`.
 class RecordingJournal::Page {
 public:
-    Page(const QString &stem, QString recording, DiskSync sync)
-        : m_file(stem + recordingSuffix)
-        , m_recording(std::move(recording))
+    Page(const QString &folder, const QString &path, DiskSync sync)
+        : m_folder(folder)
         , m_sync(std::move(sync))
-        , m_lock(stem + lockSuffix)
+        , m_text(QFileInfo(path).absoluteFilePath().toUtf8())
+        , m_stem(folder + QLatin1Char('/')
+              + QString::fromLatin1(
+                  QCryptographicHash::hash(m_text, QCryptographicHash::Sha1).toHex()))
+        , m_lock(m_stem + lockSuffix)
     {
         m_lock.setStaleLockTime(0);
-        m_lock.tryLock();
     }
-    [[nodiscard]] bool isLocked() const { return m_lock.isLocked(); }
 
-    /// Waits for the recording's disk.
-    void forget() const
+    void write()
     {
-        m_sync(m_recording);
-        m_sync(QFileInfo(m_recording).path());
-        QFile::remove(m_file);
+        // Without the lock another start would take the file for one that was left.
+        if (QDir().mkpath(m_folder) && m_lock.tryLock()) {
+            QFile file(m_stem + recordingSuffix);
+            if (file.open(QIODevice::WriteOnly) && file.write(m_text) == m_text.size()) {
+                file.close();
+                bringToDisk(file.fileName()); // a power cut must not take what tells of it
+                bringToDisk(m_folder);
+            }
+        }
+        skip();
+    }
+
+    /// Nobody writes.
+    void skip()
+    {
+        m_isWritten = true;
+        m_isWritten.notify_all();
+    }
+
+    /// Waits for the writing, and for the disk of a recording that is finished.
+    void leave(bool isFinished)
+    {
+        m_isWritten.wait(false);
+        if (isFinished && m_lock.isLocked()) {
+            const QString recording = QString::fromUtf8(m_text);
+            m_sync(recording);
+            m_sync(QFileInfo(recording).path());
+            QFile::remove(m_stem + recordingSuffix);
+        }
+        m_lock.unlock();
     }
 
 private:
-    QString m_file;
-    QString m_recording;
+    QString m_folder;
     DiskSync m_sync;
+    QByteArray m_text;
+    QString m_stem;
     QLockFile m_lock;
+    std::atomic<bool> m_isWritten { false };
 };
+
+namespace {
+
+/// Runs the work behind, and counts it until it is done; false when the system has no thread left.
+template <typename Work>
+bool runBehind(const std::shared_ptr<std::atomic<int>> &tasks, const Work &work)
+{
+    ++*tasks;
+    const bool isBegun = BackgroundTask<bool>().tryStart([tasks, work] {
+        work();
+        --*tasks;
+        return true;
+    });
+    *tasks -= isBegun ? 0 : 1;
+    return isBegun;
+}
+
+} // namespace
 
 RecordingJournal::RecordingJournal(QString folder, DiskSync sync)
     : m_folder(std::move(folder))
@@ -147,42 +194,23 @@ RecordingJournal::Entry::Entry(std::shared_ptr<Page> page, std::shared_ptr<std::
     : m_page(std::move(page))
     , m_tasks(std::move(tasks))
 {
+    if (!runBehind(m_tasks, [page = m_page] { page->write(); })) {
+        m_page->skip();
+    }
 }
 
 /// Without a thread its file stays, and the next start looks at a recording that is whole.
-void RecordingJournal::Entry::finished()
+RecordingJournal::Entry::~Entry()
 {
-    ++*m_tasks;
-    const bool isBegun = BackgroundTask<void>().tryStart([page = m_page, tasks = m_tasks] {
-        page->forget();
-        --*tasks;
-    });
-    *m_tasks -= isBegun ? 0 : 1;
+    runBehind(m_tasks, [page = m_page, whole = m_isFinished] { page->leave(whole); });
 }
 
 std::unique_ptr<RecordingJournal::Entry> RecordingJournal::begin(const QString &path) const
 {
-    if (m_folder.isEmpty() || !QDir().mkpath(m_folder)) {
+    if (m_folder.isEmpty()) {
         return nullptr;
     }
-    const QByteArray text = QFileInfo(path).absoluteFilePath().toUtf8();
-    const QByteArray digest = QCryptographicHash::hash(text, QCryptographicHash::Sha1).toHex();
-    const QString stem = m_folder + QLatin1Char('/') + QString::fromLatin1(digest);
-    auto page = std::make_shared<Page>(stem, QString::fromUtf8(text), m_sync);
-    QFile file(stem + recordingSuffix);
-    if (!page->isLocked()) { // another start would take the file for one that was left
-        return nullptr;
-    }
-    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
-        return nullptr;
-    }
-    file.close();
-    BackgroundTask<bool>().tryStart([name = file.fileName(), folder = m_folder] {
-        bringToDisk(name); // a power cut must not take what tells of the recording
-        bringToDisk(folder);
-        return true;
-    });
-    return std::make_unique<Entry>(std::move(page), m_tasks);
+    return std::make_unique<Entry>(std::make_shared<Page>(m_folder, path, m_sync), m_tasks);
 }
 
 void RecordingJournal::mendUnfinished()

@@ -14,8 +14,8 @@ namespace nimbara {
 
 /// Which recordings are being written, so that the next start finds those that a crash or a power
 /// cut left unfinished. Each has a file "<digest of its path>.recording" in the folder, which holds
-/// the path, and beside it a lock for as long as this program writes it. Interface thread only,
-/// which waits at the end alone.
+/// the path, and beside it a lock for as long as this program writes it. Files are written on
+/// background tasks. Interface thread only, which waits at the end alone.
 class RecordingJournal {
 public:
     /// `folder` empty: nothing is kept.
@@ -24,7 +24,7 @@ public:
     RecordingJournal &operator=(const RecordingJournal &) = delete;
     RecordingJournal(RecordingJournal &&) = delete;
     RecordingJournal &operator=(RecordingJournal &&) = delete;
-    /// Waits for what is on its way to its disk, but no longer than a few seconds.
+    /// Waits for what is on its way to its disk, but no longer than a few seconds. After the entries.
     ~RecordingJournal();
 
     class Page;
@@ -32,16 +32,22 @@ public:
     class Entry {
     public:
         Entry(std::shared_ptr<Page> page, std::shared_ptr<std::atomic<int>> tasks);
-        /// Its file is whole. Forgotten once that is on its disk, on a background task: what a
-        /// power cut takes until then is mended at the next start.
-        void finished();
+        Entry(const Entry &) = delete;
+        Entry &operator=(const Entry &) = delete;
+        Entry(Entry &&) = delete;
+        Entry &operator=(Entry &&) = delete;
+        ~Entry();
+        /// Its file is whole. With the end of the entry it is forgotten once that is on its disk, on
+        /// a background task: what a power cut takes until then is mended at the next start.
+        void finished() { m_isFinished = true; }
 
     private:
         std::shared_ptr<Page> m_page;
         std::shared_ptr<std::atomic<int>> m_tasks;
+        bool m_isFinished = false;
     };
-    /// None when the folder cannot be written to or the path is another writer's; the recording
-    /// goes on.
+    /// Where the folder cannot be written to, or the path is another writer's, nothing is kept of
+    /// it; the recording goes on.
     [[nodiscard]] std::unique_ptr<Entry> begin(const QString &path) const;
 
     /// Mends what other runs left behind, on a background task: each is written anew beside itself,

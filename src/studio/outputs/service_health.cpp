@@ -90,11 +90,11 @@ void ServiceHealth::measureTimes()
 {
     m_streamSeconds
         = m_onAir == 0 ? 0 : m_streamSeconds + (m_up > 0 || m_streamSeconds > 0 ? m_seconds : 0);
-    m_steadySeconds = m_recordings.isActive() && !m_recordings.isPaused() ? m_steadySeconds + 1 : 0;
+    m_steadySeconds = m_recordings.isWriting() ? m_steadySeconds + 1 : 0;
     if (!m_recordings.isActive()) {
         m_recordingSeconds = 0;
         m_advised = false;
-    } else if (!m_recordings.isPaused()) {
+    } else if (m_recordings.isWriting()) {
         m_recordingSeconds += m_seconds;
     }
 }
@@ -107,7 +107,7 @@ void ServiceHealth::advise()
         || share(m_lost.gain(), m_due.gain()) > starvedShare
         || share(m_late.gain(), m_due.gain()) > starvedShare;
     m_starvedSeconds = isStarved ? m_starvedSeconds + 1 : 0;
-    const bool isWebM = m_recordings.isActive() && !m_recordings.isPaused()
+    const bool isWebM = m_recordings.isWriting()
         && !m_recordings.path().endsWith(QLatin1String(".mkv"), Qt::CaseInsensitive);
     if (isWebM && !m_advised && m_starvedSeconds >= starvedPatience) {
         m_advised = true;
@@ -181,9 +181,11 @@ void ServiceHealth::makeLine()
         add({ "Calidad al %1 %", { number(percent) } }, HealthLevel::Warning);
     }
     if (m_recordings.isActive()) {
-        add({ m_recordings.isPaused() ? "En pausa %1" : "Grabando %1",
-                { clockText(m_recordingSeconds) } },
-            m_recordings.isPaused() ? HealthLevel::Warning : HealthLevel::Good);
+        const char *doing = m_recordings.isWriting() ? "Grabando %1"
+            : m_recordings.isOpening()               ? "Abriendo archivo %1"
+                                                     : "En pausa %1";
+        add({ doing, { clockText(m_recordingSeconds) } },
+            m_recordings.isWriting() ? HealthLevel::Good : HealthLevel::Warning);
     }
     addLosses();
     addDisk();

@@ -44,6 +44,11 @@ public:
     /// The same before the program ends, whether or not an output runs.
     void saveAtClosing(const QString &path);
 
+    /// The file is being written, or will be.
+    [[nodiscard]] bool isSaving(const QString &path) const { return m_saves.isSaving(path); }
+    /// The file into which the project as it is now is on its way; empty: none.
+    [[nodiscard]] QString savingPath() const { return m_saves.placeOf(m_stage.document.project()); }
+
     /// Begins to open. Throws as above, and `Error` "Espera a que termine de abrirse o guardarse el
     /// proyecto." while another project is being opened or this one is being saved.
     void openProject(const QString &path);

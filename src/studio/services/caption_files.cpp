@@ -256,7 +256,7 @@ bool CaptionFiles::finish(std::chrono::milliseconds patience)
 {
     endAll();
     m_againMs = 0;
-    return writeRest(patience, [] { return 0; });
+    return writeRest(patience) && !m_disk->hasFailed();
 }
 
 } // namespace nimbara

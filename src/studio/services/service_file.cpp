@@ -1,5 +1,7 @@
 #include "studio/services/service_file.h"
 
+#include <QDeadlineTimer>
+
 #include <system_error>
 #include <utility>
 
@@ -13,7 +15,14 @@ constexpr std::chrono::milliseconds lookAgain { 20 }; ///< whether the rest is w
 
 void ServiceFile::takeResult()
 {
-    if (m_writing.isReady() && !m_writing.take() && !std::exchange(m_hasFailed, true)) {
+    if (m_writing.isReady() && !m_writing.take()) {
+        tellFailure();
+    }
+}
+
+void ServiceFile::tellFailure()
+{
+    if (!std::exchange(m_hasFailed, true)) {
         Q_EMIT failed(Message("No se pueden escribir los archivos de la traducción en %1",
             { Message::verbatim(folder()) }));
     }
@@ -37,18 +46,12 @@ void ServiceFile::writeWaiting()
     }
 }
 
-bool ServiceFile::writeRest(std::chrono::milliseconds patience, const std::function<int()> &steps)
+bool ServiceFile::writeRest(std::chrono::milliseconds patience)
 {
-    using SteadyClock = std::chrono::steady_clock;
-    int known = steps();
-    auto until = SteadyClock::now() + patience;
+    const QDeadlineTimer deadline(patience);
     for (writeWaiting(); m_writing.isUnderWay(); writeWaiting()) {
-        if (!m_writing.isReady(lookAgain) && SteadyClock::now() >= until) {
+        if (!m_writing.isReady(lookAgain) && deadline.hasExpired()) {
             return false;
-        }
-        if (const int now = steps(); now != known) {
-            known = now;
-            until = SteadyClock::now() + patience;
         }
         takeResult();
     }

@@ -30,13 +30,15 @@ protected:
     [[nodiscard]] virtual QString folder() const = 0;
 
     void tellAnew() { m_hasFailed = false; }
+    /// They cannot be written, and what comes now is lost.
+    void tellFailure();
     /// Tells of a write that is back.
     void takeResult();
     /// Begins to write what waits, unless something is being written.
     void writeWaiting();
-    /// Writes all that waits; gives up when `steps` has stayed the same for as long as `patience`.
-    /// Returns whether all was written.
-    bool writeRest(std::chrono::milliseconds patience, const std::function<int()> &steps);
+    /// Writes all that waits, within the patience. Returns whether nothing is being written or
+    /// waits for it any more, well or not.
+    bool writeRest(std::chrono::milliseconds patience);
 
 private:
     Writing m_next; ///< taken, and not begun

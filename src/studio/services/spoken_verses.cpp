@@ -1,7 +1,6 @@
 #include "studio/services/spoken_verses.h"
 
 #include "base/error.h"
-#include "bible/quotation.h"
 #include "bible/spoken_references.h"
 #include "studio/services/second_verse.h"
 #include "translation/service/languages.h"
@@ -58,6 +57,8 @@ SpokenVerses::SpokenVerses(const Clock &clock, const Surroundings &surroundings)
         m_source = m_surroundings.translation.source();
         m_before.clear();
         m_announced.clear();
+        m_last.written = {}; // of another Bible
+        m_last.written = writtenOf(m_last.passage);
         m_shown.clear();
     });
     m_surroundings.translation.setFinalText(
@@ -106,10 +107,9 @@ void SpokenVerses::offer(const bible::Passage &passage, bool isGrowing)
     if (!isGrowing) {
         announce(passage);
     }
-    const bool isKnown = passage == m_lastOffer && nowMs() - m_lastOfferMs < againMs;
+    const bool isKnown = passage == m_last.passage && nowMs() - m_last.ms < againMs;
     if (!isKnown) {
-        m_lastOffer = passage;
-        m_lastOfferMs = nowMs();
+        m_last = { passage, nowMs(), writtenOf(passage) };
         m_offered = bible::label(passage, m_surroundings.bibles.language());
         m_isPrepared = false;
         m_prepared.reset();
@@ -148,7 +148,7 @@ void SpokenVerses::takeQuotation(const bible::Passage &verse, const QString &tex
 {
     // What was named goes before what is read of it, and before what was quoted earlier.
     const bool isNamed = m_namedMs && nowMs() - *m_namedMs < cutMs;
-    if (isNamed || (verse != m_lastOffer && isReading(text))) {
+    if (isNamed || (verse != m_last.passage && isReading(text))) {
         return;
     }
     offer(verse, isGrowing);
@@ -156,17 +156,28 @@ void SpokenVerses::takeQuotation(const bible::Passage &verse, const QString &tex
 
 bool SpokenVerses::isReading(const QString &said) const
 {
-    const bible::Bible *source = bibleOf(m_source);
-    if (source == nullptr) {
-        return false;
-    }
-    const auto isRead = [&](const bible::Passage &passage, std::int64_t ms, std::int64_t lastsMs) {
-        return nowMs() - ms <= lastsMs && !bible::versesRead(said, *source, passage).isEmpty();
+    const auto isRead = [&](const Announced &each, std::int64_t lastsMs) {
+        return nowMs() - each.ms <= lastsMs && !bible::versesRead(said, each.written).isEmpty();
     };
-    return isRead(m_lastOffer, m_lastOfferMs, againMs)
+    return isRead(m_last, againMs)
         || std::any_of(m_announced.begin(), m_announced.end(), [&](const Announced &each) {
-               return isRead(each.passage, each.ms, announcedMs);
+               return isRead(each, announcedMs);
            });
+}
+
+/// Read once, however often it is held against what is said.
+bible::WrittenVerses SpokenVerses::writtenOf(const bible::Passage &passage) const
+{
+    if (passage == m_last.passage && !m_last.written.words.isEmpty()) {
+        return m_last.written;
+    }
+    for (const Announced &each : m_announced) {
+        if (passage == each.passage) {
+            return each.written;
+        }
+    }
+    const bible::Bible *source = m_ready.isFinished() ? bibleOf(m_source) : nullptr;
+    return source != nullptr ? bible::writtenVerses(*source, passage) : bible::WrittenVerses();
 }
 
 void SpokenVerses::announce(const bible::Passage &passage)
@@ -174,10 +185,11 @@ void SpokenVerses::announce(const bible::Passage &passage)
     const auto same = std::find_if(m_announced.begin(), m_announced.end(), [&](const auto &each) {
         return each.passage == passage;
     });
+    Announced announced { passage, nowMs(), writtenOf(passage) };
     if (same != m_announced.end()) {
         m_announced.erase(same);
     }
-    m_announced.push_front({ passage, nowMs() });
+    m_announced.push_front(std::move(announced));
     if (m_announced.size() > mostAnnounced) {
         m_announced.pop_back();
     }
@@ -200,7 +212,7 @@ void SpokenVerses::takeOnAir()
 {
     const Scene &preview = *m_surroundings.stage.document.currentScene();
     const Layer *layer = m_prepared ? findLayer(preview, *m_prepared) : nullptr;
-    if (layer == nullptr || passageOf(layer->reference) != m_lastOffer) {
+    if (layer == nullptr || passageOf(layer->reference) != m_last.passage) {
         Q_EMIT said("Ningún versículo dicho está en PREVIEW: prepáralo primero.");
         return;
     }
@@ -235,18 +247,16 @@ QString SpokenVerses::captionFor(const QString &original,
     if (m_announced.empty() || !m_ready.isFinished()) {
         return translation;
     }
-    const bible::Bible *source = bibleOf(m_source);
     const QString code = languages::codeOf(language);
     const bible::Bible *target = bibleOf(code);
-    if (source == nullptr || target == nullptr) {
+    if (target == nullptr) {
         return translation;
     }
     for (Announced &each : m_announced) {
         if (nowMs() - each.ms > announcedMs) {
             continue;
         }
-        if (const auto verses = bible::versesRead(original, *source, each.passage);
-            !verses.isEmpty()) {
+        if (const auto verses = bible::versesRead(original, each.written); !verses.isEmpty()) {
             each.ms = nowMs();
             const bool isThere = std::none_of(verses.begin(), verses.end(), [&](const auto &verse) {
                 return bible::passageText(*target, verse).isEmpty();

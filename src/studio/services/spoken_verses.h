@@ -3,6 +3,7 @@
 #include "base/clock.h"
 #include "base/message.h"
 #include "bible/passage.h"
+#include "bible/quotation.h"
 #include "studio/edit/stage.h"
 #include "studio/programs/program_control.h"
 #include "studio/services/bible_desk.h"
@@ -84,6 +85,7 @@ private:
     struct Announced {
         bible::Passage passage;
         std::int64_t ms = 0;
+        bible::WrittenVerses written; ///< in the Bible of what is heard
     };
     void hear(const QString &text, bool isGrowing);
     void offer(const bible::Passage &passage, bool isGrowing);
@@ -93,6 +95,7 @@ private:
     /// A passage that was announced, or offered a short while ago, is being read in what was said.
     [[nodiscard]] bool isReading(const QString &said) const;
     void announce(const bible::Passage &passage);
+    [[nodiscard]] bible::WrittenVerses writtenOf(const bible::Passage &passage) const;
     [[nodiscard]] QString verseCaption(const QList<bible::Passage> &verses, const QString &code);
     [[nodiscard]] const bible::Bible *bibleOf(const QString &code) const;
     [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
@@ -104,8 +107,7 @@ private:
     QString m_before; ///< the end of the last phrase
     std::int64_t m_beforeMs = 0;
     std::optional<std::int64_t> m_namedMs; ///< when a reference was said last
-    bible::Passage m_lastOffer;
-    std::int64_t m_lastOfferMs = 0;
+    Announced m_last; ///< what was offered last
     QString m_offered;
     bool m_isPrepared = false;
     bool m_goesOnAir = false;

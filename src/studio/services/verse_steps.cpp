@@ -38,10 +38,11 @@ bool showsSame(const Layer &one, const Layer &other)
     return passage && passage == passageOf(other.reference);
 }
 
-/// The name of the Bible behind the reference.
+/// The name of the Bible behind the reference; of a translation in the operator's language.
 QString sourceOf(const Layer &layer)
 {
-    return layer.reference.section(dot, 1);
+    const QString source = layer.reference.section(dot, 1);
+    return bible::isTranslationName(source) ? bible::translationName() : source;
 }
 
 /// The Bible of this computer that the layer's text is from; none for an online text.

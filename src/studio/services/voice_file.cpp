@@ -10,7 +10,6 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <optional>
 #include <utility>
@@ -37,6 +36,7 @@ public:
     bool write(const std::deque<Piece> &pieces)
     {
         bool all = true;
+        m_isWhole = true;
         for (const Piece &piece : pieces) {
             try {
                 all = take(piece) && all;
@@ -48,11 +48,12 @@ public:
         if (m_track && m_track->isWell()) {
             bringToDisk(m_path);
         }
+        m_isWhole = m_isWhole && all;
         return all;
     }
 
-    /// Raised while the end of a track is written. From any thread.
-    [[nodiscard]] int steps() const { return m_steps; }
+    /// Nothing of the last write was lost. While none is under way.
+    [[nodiscard]] bool isWhole() const { return m_isWhole; }
 
 private:
     using SteadyClock = std::chrono::steady_clock;
@@ -69,6 +70,7 @@ private:
             return all;
         }
         if (!m_track && SteadyClock::now() < m_retryAt) {
+            m_isWhole = m_isWhole && piece.values.empty();
             return all; // of that failure is told
         }
         if (!m_track) {
@@ -91,7 +93,7 @@ private:
         if (!m_track) {
             return true;
         }
-        const bool ended = m_track->isWell() && m_track->finish(endPatience, [this] { ++m_steps; });
+        const bool ended = m_track->isWell() && m_track->finish(endPatience);
         m_track.reset();
         if (ended) {
             bringToDisk(m_path);
@@ -124,7 +126,7 @@ private:
     std::optional<VoiceTrack> m_track;
     bool m_hasClip = false;
     SteadyClock::time_point m_retryAt; ///< not before then
-    std::atomic<int> m_steps { 0 };
+    bool m_isWhole = true;
 };
 
 VoiceFile::VoiceFile(std::chrono::milliseconds retry)
@@ -152,8 +154,9 @@ void VoiceFile::push(std::int64_t atMs, std::span<const float> block)
     if (m_stem.isEmpty() || block.empty()) {
         return;
     }
-    if (m_waitingValues > maxValues) {
-        return; // the disk hangs: silence will stand for it
+    if (m_waitingValues > maxValues) { // the disk hangs: silence will stand for it
+        tellFailure();
+        return;
     }
     m_hasTrack = true;
     Piece piece { m_stem, atMs, {} };
@@ -200,7 +203,7 @@ ServiceFile::Writing VoiceFile::takeWaiting()
 bool VoiceFile::finish(std::chrono::milliseconds patience)
 {
     follow({});
-    return writeRest(patience, [this] { return m_disk->steps(); });
+    return writeRest(patience) && m_disk->isWhole();
 }
 
 } // namespace nimbara

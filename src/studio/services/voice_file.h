@@ -16,8 +16,9 @@ namespace nimbara {
 /// The synthetic voice of a service on file: an audio track of its own (Opus) beside the captions,
 /// on their clock, with silence where nothing is spoken. One is left only where there is a clip;
 /// what has been heard for two seconds is on the disk, by a background task. A track that fails is
-/// let go, and another one begins beside it when the disk takes it. Nothing that exists is
-/// overwritten. Interface thread only, which never waits.
+/// let go, and another one begins beside it when the disk takes it, on the same clock; what a disk
+/// that hangs or is full has lost is told once, and silent there. Nothing that exists is
+/// overwritten. Interface thread only, which never waits but at the end.
 class VoiceFile final : public ServiceFile {
     Q_OBJECT
 public:
@@ -38,8 +39,8 @@ public:
 
     /// Writes what is due, twice a second. Call on each frame.
     void poll();
-    /// Writes the rest and ends the track, before the program ends. Gives up when nothing has been
-    /// written for as long as the patience; returns whether all was.
+    /// Writes the rest and ends the track within the patience, before the program ends; returns
+    /// whether all of it is written.
     bool finish(std::chrono::milliseconds patience);
 
 private:

@@ -45,7 +45,9 @@ void PictureShelf::decodeMissing(const Scene &scene)
 
 void PictureShelf::decode(Decoding &decoding)
 {
-    decoding.task.tryStart([path = decoding.path] { return loadImage(path); });
+    m_wish.attempt(m_clock.monotonicUs(), [&decoding] {
+        return decoding.task.tryStart([path = decoding.path] { return loadImage(path); });
+    });
 }
 
 void PictureShelf::poll()

@@ -2,6 +2,7 @@
 
 #include "base/background_task.h"
 #include "base/clock.h"
+#include "base/thread_wish.h"
 #include "document/scene.h"
 #include "signal/frame.h"
 
@@ -35,6 +36,8 @@ public:
     void follow(const SceneSets &scenes);
     /// Takes over what was decoded. Never waits.
     void poll();
+    /// The system has no thread for them; once. They are decoded when it has.
+    bool takeNoThread() { return m_wish.takeRefusal(); }
     /// Lets go of what has not been named for a while. Call now and then.
     void sweep(const SceneSets &scenes);
 
@@ -48,12 +51,13 @@ private:
         BackgroundTask<FramePtr> task;
     };
     void decodeMissing(const Scene &scene);
-    static void decode(Decoding &decoding);
+    void decode(Decoding &decoding);
 
     const Clock &m_clock;
     QHash<QString, Entry> m_entries;
     std::list<Decoding> m_decoding;
     SceneSets m_seen;
+    ThreadWish m_wish;
 };
 
 } // namespace nimbara

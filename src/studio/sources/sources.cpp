@@ -311,6 +311,16 @@ void Sources::poll(const Project &project, OnAir &onAir)
     m_shelf.poll();
     sweep(project.scenes);
     tellUnsteady();
+    tellNoThreads();
+}
+
+void Sources::tellNoThreads()
+{
+    const bool noPicture = m_shelf.takeNoThread();
+    const bool noCamera = m_steady.takeNoThread();
+    if (noPicture || noCamera) {
+        m_status("El equipo no puede empezar más tareas; se vuelve a intentar cada segundo.");
+    }
 }
 
 void Sources::tellRefusal(const Media &source)

@@ -164,6 +164,7 @@ private:
     void pollCamera();
     void reopen(const CaptureDevice &found);
     void tellUnsteady();
+    void tellNoThreads();
     [[nodiscard]] bool mayOpen(const Layer &layer);
     void tellRefusal(const Media &source);
     void pollOnce(Media *source, bool shown);

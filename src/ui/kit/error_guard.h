@@ -40,6 +40,7 @@ public:
 
     /// From now on the status line alone: a box would hold up a window that closes.
     void withoutBoxes() { m_hasBoxes = false; }
+    [[nodiscard]] bool hasBoxes() const { return m_hasBoxes; }
 
 private:
     Dialogs &m_dialogs;

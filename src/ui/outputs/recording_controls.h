@@ -1,15 +1,19 @@
 #pragma once
 
+#include "base/background_task.h"
 #include "studio/studio.h"
 #include "ui/kit/dialogs.h"
 #include "ui/kit/error_guard.h"
 #include "ui/outputs/outputs_tab.h"
 
+#include <QDeadlineTimer>
 #include <QObject>
+#include <QTimer>
 
 namespace nimbara {
 
-/// The recording as the operator drives it with its buttons. Interface thread only.
+/// The recording as the operator drives it with its buttons. Interface thread only, which never
+/// waits for a disk.
 class RecordingControls : public QObject {
     Q_OBJECT
 public:
@@ -26,12 +30,17 @@ Q_SIGNALS:
 private:
     void toggle();
     void pauseOrResume();
-    [[nodiscard]] QString offeredFile() const;
+    void pollName();
+    void ask(const QString &offered);
 
     Studio &m_studio;
     Dialogs &m_dialogs;
+    const ErrorGuard &m_guard;
     OutputsTab &m_tab;
     QString m_lastFolder; ///< of the recording before
+    BackgroundTask<QString> m_naming; ///< finds the name that is offered
+    QTimer m_look; ///< for it; the box opens then
+    QDeadlineTimer m_patience;
 };
 
 } // namespace nimbara

@@ -113,8 +113,10 @@ void OnAirView::followOutputs()
         parts << QStringLiteral("● ") + nimbara_i18n::tr("EN VIVO (%1)").arg(streaming);
     }
     if (recordings.isActive()) {
-        parts << QStringLiteral("■ ")
-                + nimbara_i18n::tr(recordings.isPaused() ? "GRABACIÓN EN PAUSA" : "GRABANDO");
+        const char *doing = recordings.isWriting() ? "GRABANDO"
+            : recordings.isOpening()               ? "ABRIENDO LA GRABACIÓN"
+                                                   : "GRABACIÓN EN PAUSA";
+        parts << QStringLiteral("■ ") + nimbara_i18n::tr(doing);
     }
     const QString outputs = parts.join(QStringLiteral(" · "));
     if (outputs == m_outputs && !m_window.windowTitle().isEmpty()) {

@@ -79,7 +79,9 @@ void ProjectControls::connectDesk()
     });
     connect(desk, &ProjectDesk::saved, this, &ProjectControls::goOn, Qt::QueuedConnection);
     connect(desk, &ProjectDesk::failed, this, [this](const Message &text) {
-        m_next = nullptr;
+        if (!awaitsSave()) { // of another file
+            m_next = nullptr;
+        }
         m_guard.tell(text);
     });
 }
@@ -88,6 +90,11 @@ void ProjectControls::settleUnsaved(std::function<void()> next)
 {
     if (!m_studio.document().hasUnsavedWork()) {
         next();
+        return;
+    }
+    const QString saving = m_studio.projects().savingPath();
+    if (!saving.isEmpty() && !isSettling()) {
+        waitFor(saving, std::move(next));
         return;
     }
     switch (m_dialogs.saveChoice(label("Proyecto sin guardar"),
@@ -101,15 +108,27 @@ void ProjectControls::settleUnsaved(std::function<void()> next)
         break;
     }
     if (const QString path = askSavePath(); !path.isEmpty()) {
-        m_next = std::move(next);
         m_studio.projects().saveAtClosing(path);
+        waitFor(path, std::move(next));
     }
+}
+
+void ProjectControls::waitFor(const QString &path, std::function<void()> next)
+{
+    m_awaited = path;
+    m_next = std::move(next);
+}
+
+/// The file that is waited for is not written yet.
+bool ProjectControls::awaitsSave() const
+{
+    return m_next && m_studio.projects().isSaving(m_awaited);
 }
 
 /// What was edited while the file was written is asked about as well.
 void ProjectControls::goOn()
 {
-    if (m_next) {
+    if (m_next && !awaitsSave()) { // an earlier save is not the one
         settleUnsaved(std::exchange(m_next, nullptr));
     }
 }

@@ -33,13 +33,16 @@ public:
     ProjectControls(Studio &studio, Dialogs &dialogs, const ErrorGuard &guard, Views views);
 
     /// Goes on with `next` when nothing would be lost: at once, when the operator discards the
-    /// work, or when it is saved. Cancelling or a failed save ends it.
+    /// work, or when it is saved. Work that is on its way into a file is waited for; who asks again
+    /// meanwhile is asked. Cancelling or a failed save ends it.
     void settleUnsaved(std::function<void()> next);
-    /// A save was asked for and is not done.
+    /// A save is waited for.
     [[nodiscard]] bool isSettling() const { return m_next != nullptr; }
 
 private:
     void connectDesk();
+    void waitFor(const QString &path, std::function<void()> next);
+    [[nodiscard]] bool awaitsSave() const;
     void goOn();
     void open();
     void askAndOpen();
@@ -58,6 +61,7 @@ private:
     const ErrorGuard &m_guard;
     Views m_views;
     std::function<void()> m_next; ///< waits for a save
+    QString m_awaited; ///< its file
 };
 
 } // namespace nimbara

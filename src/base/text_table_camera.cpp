@@ -8,6 +8,12 @@ namespace {
 constexpr TextPair pairs[] = {
     TextPair { "La cámara solo ofrece imagen infrarroja",
         "The camera offers an infrared picture alone" },
+    TextPair {
+        "El servicio de sonido y cámaras del equipo se reinició: lo que conectes ahora aparece "
+        "al abrir otra vez el programa.",
+        "The computer's sound and camera service was restarted: what you connect now appears when "
+        "you "
+        "open the program again." },
     TextPair { "Modo de la cámara", "Camera mode" },
     TextPair { "Modo de %1", "Mode of %1" },
     TextPair { "Cámara que se ajusta", "Camera that is adjusted" },

@@ -20,6 +20,10 @@ constexpr TextPair pairs[] = {
         "The server closes it again and again: check the key." },
     TextPair { "El servidor la cierra: revisa la clave; reintento en %1 s · intento %2",
         "The server closes it: check the key; trying again in %1 s · attempt %2" },
+    TextPair { "El campo de %1 quedó vacío sin haber mostrado su clave guardada. ¿Eliminar la "
+               "guardada?",
+        "The field of %1 is empty again without having shown its stored key. Remove the stored "
+        "one?" },
     TextPair { "Claves que el llavero del sistema puede conservar: ",
         "Keys that the system's key ring may still keep: " },
     TextPair { "Reconectando en %1 s · intento %2", "Reconnecting in %1 s · attempt %2" },

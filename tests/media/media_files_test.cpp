@@ -179,16 +179,36 @@ private Q_SLOTS:
         QCOMPARE(media->audioFifo().size(), AudioFifo::defaultLimit);
     }
 
-    void declaresSoundAloneSilent()
+    /// However long no picture comes: a song was cut off in its middle, a slide went black.
+    void outlivesALackOfPictures()
     {
-        const ClipRecipe recipe { .videoCodec = {} };
-        ManualClock clock;
-        const MediaFactory factory(clock, m_retirement);
-        const MediaPtr media = factory.media({ 320, 180 }, fileLocation(clip(recipe)));
-        QVERIFY(pollUntil(*media, [&] { return !media->audioFifo().empty(); }));
-        clock.advanceUs(10'000'001);
-        media->pollSource();
-        QCOMPARE(media->takeMessage(), u"Fuente sin frames durante 10 segundos"_s);
+        const auto slides = u"-vf select='not(n)+eq(n\\,23)' -vsync vfr"_s.split(u' ');
+        const std::tuple<const char *, ClipRecipe, int, bool> rows[] {
+            { "sound alone", { .seconds = 0.8, .videoCodec = {} }, -1, false },
+            { "sound beyond the picture", { .seconds = 0.4, .soundSeconds = 1.2 }, 11, false },
+            { "slides with sound", { .seconds = 0.8, .extra = slides }, 23, false },
+            { "slides", { .seconds = 0.8, .audioCodec = {}, .extra = slides }, 23, true },
+        };
+        for (const auto &[name, recipe, lastNumber, isTold] : rows) {
+            const RowName named(name);
+            ManualClock clock;
+            const MediaFactory factory(clock, m_retirement);
+            const MediaPtr media = factory.media({ 320, 180 }, fileLocation(clip(recipe)));
+            QStringList told;
+            QVERIFY(pollUntil(*media, [&] {
+                if (media->frameCount() > 0 || !media->audioFifo().empty()) {
+                    clock.advanceUs(10'000'001);
+                }
+                if (const QString text = media->takeMessage().spanish(); !text.isEmpty()) {
+                    told << text;
+                }
+                return !media->active();
+            }));
+            QVERIFY(media->ended());
+            QCOMPARE(media->frame() ? readClip(*media->frame()).number : -1, lastNumber);
+            const QStringList once { u"Fuente sin frames durante 10 segundos"_s };
+            QVERIFY2(told == once || (!isTold && told.isEmpty()), qPrintable(told.join(u'|')));
+        }
     }
 
     void opensNamesAsTheyAreWritten()

@@ -310,8 +310,11 @@ private Q_SLOTS:
         static_cast<void>(
             checkedMediaLocation(u"rtsp://pastor:1@camera/x?token=t0ken&action=stream"_s));
         static_cast<void>(checkedMediaLocation(u"rtmp://host/live/k3y-one"_s));
+        static_cast<void>(checkedMediaLocation(u"http://host/x?abcd1234efgh5678&s3cr3t&mute"_s));
         QCOMPARE(withoutSecrets(u"rtsp://pastor:1@camera/x?token=t0ken, k3y-one, live, stream"_s),
             u"rtsp://***camera/x?***, ***, live, stream"_s);
+        QCOMPARE(withoutSecrets(u"http://host/x?abcd1234efgh5678&s3cr3t: abcd1234efgh5678, mute"_s),
+            u"http://host/x******: ***, mute"_s);
         for (const QByteArray &bad :
             QByteArray("ftp://host/a.mp4 rist://host:9000 /srv/a.mp4 a.mp4 file "
                        "http://host:port/a http://[::1/a ")

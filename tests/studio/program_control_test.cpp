@@ -3,6 +3,9 @@
 #include "support/clips.h"
 #include "support/test_registry.h"
 
+#include <QImage>
+#include <QTemporaryDir>
+
 using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
@@ -309,6 +312,34 @@ private Q_SLOTS:
             QTest::qWait(1);
             QCOMPARE(onAir(), nullptr);
         }
+    }
+
+    /// No hole where a picture is still being decoded. One that comes after the wait is filled in.
+    void aTakeWaitsForItsImages()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(u"a.png"_s);
+        QImage blue(64, 36, QImage::Format_RGB32);
+        blue.fill(Qt::blue);
+        QVERIFY(blue.save(file));
+        StudioFixture desk;
+        desk.studio.stage().program.setFadeEnabled(false);
+        const auto &live = desk.studio.onAir().streams.layers;
+        Layer image = newLayer(LayerKind::Image);
+        std::tie(image.x, image.y, image.w, image.h) = std::tuple(0.0, 0.0, 1.0, 1.0);
+        image.path = file;
+        desk.take({ colorLayer(Qt::red), image });
+        QVERIFY(desk.pollUntil([&] { return !live.empty(); }));
+        QVERIFY(live[1].still);
+
+        image.path = folder.filePath(u"late.png"_s); // not there yet
+        desk.take({ image });
+        QVERIFY(desk.pollUntil([&] { return live.size() == 1; }));
+        QVERIFY(!live[0].still);
+        desk.studio.sources().shelf().put(image.path, loadImage(file));
+        desk.frame();
+        desk.frame();
+        QCOMPARE(centre(desk.pictures.streams), QColor(Qt::blue));
     }
 
     void failingTakeLeavesBothPrograms()

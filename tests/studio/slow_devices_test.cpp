@@ -162,8 +162,8 @@ private Q_SLOTS:
         QVERIFY(!desk.statuses.contains(QString::fromUtf8(opened)));
     }
 
-    /// Another mode of the camera that is shown, or a better one that failed before: it is opened
-    /// anew, and only then.
+    /// Another mode of the camera that is shown, or, off the air, a better one that failed before:
+    /// it is opened anew, and only then.
     void theOperatorChoosesTheMode()
     {
         const DeviceMode small { .format = u"YUY2"_s, .size = { 320, 240 }, .rate = { 15, 1 } };
@@ -200,6 +200,11 @@ private Q_SLOTS:
         setOpened(device, well + ill);
         const MediaPtr lesser = connected({});
         QVERIFY(lesser && lesser != chosen && !isWide(lesser));
+        desk.studio.program().take();
+        QCOMPARE(connected({}), lesser); // on air nothing better is worth a black picture
+        desk.studio.program().offAir();
+        QVERIFY(desk.pollUntil(
+            [&] { return slowly(), !desk.studio.stage().program.isChanging(SceneSet::Streams); }));
         setOpened(device, well + " num-buffers=9" + ill);
         QVERIFY(!isWide(connected({})));
         setOpened(device, well); // it is lost, and comes back as it was

@@ -86,13 +86,15 @@ private Q_SLOTS:
 
     void mediaSoundIsHeardOnProgramAlone()
     {
-        // The sound of the first ends before its picture; the second has none.
+        // The sound of the first ends before its picture; the second has none, the third silence.
         ClipRecipe brief;
         brief.seconds = 4;
         brief.soundSeconds = 1; // the demuxer takes less than a fifth for a preview
-        ClipRecipe silent;
+        ClipRecipe silent = brief;
         silent.audioCodec.clear();
-        for (const ClipRecipe &recipe : { brief, silent }) {
+        ClipRecipe hushed = brief;
+        hushed.extra = u"-af volume=0"_s.split(u' ');
+        for (const ClipRecipe &recipe : { brief, silent, hushed }) {
             StudioFixture desk;
             const auto isHeard = [&] { return desk.studio.programAudio().heard() != nullptr; };
             const auto pictures = [&] { return desk.source(1)->frameCount(); };
@@ -104,7 +106,8 @@ private Q_SLOTS:
                 desk.set(1, LayerField::Sound, sound);
                 desk.set(1, LayerField::Visible, visible);
                 QVERIFY(desk.takePrepared());
-                const bool expected = sound && visible && !recipe.audioCodec.isEmpty();
+                const bool isAudible = !recipe.audioCodec.isEmpty() && recipe.extra.isEmpty();
+                const bool expected = sound && visible && isAudible;
                 QVERIFY(desk.runUntil([&] { return isHeard() || pictures() > 20; }));
                 QCOMPARE(isHeard(), expected);
             }

@@ -60,6 +60,28 @@ private Q_SLOTS:
         portal.answer();
     }
 
+    /// A desktop's shell that starts anew in mid-service knows of no inhibition.
+    void aServiceThatStartsAnewIsAskedAgain()
+    {
+        WakeLock lock;
+        for (const uint cookie : { 7U, 8U }) {
+            BusService desktop(u"org.freedesktop.ScreenSaver"_s, u"/org/freedesktop/ScreenSaver"_s);
+            QVERIFY(desktop.ready);
+            lock.setHeld(true);
+            QTRY_COMPARE(desktop.waiting.size(), 1);
+            QVERIFY(desktop.calls.last().startsWith(u"Inhibit"_s));
+            desktop.answer({ cookie });
+            QTest::qWait(0);
+            QTRY_VERIFY(g_main_context_pending(nullptr) == FALSE);
+            if (cookie == 8) {
+                lock.setHeld(false);
+                QTRY_COMPARE(desktop.calls.last(), u"UnInhibit 8"_s);
+                desktop.answer();
+                QCOMPARE(desktop.calls.size(), 2);
+            }
+        }
+    }
+
     void withoutAServiceTheLogSaysSo()
     {
         WakeLock lock;

@@ -7,7 +7,7 @@
 #                       that tells what is in a window; without it nothing does
 #
 # The command starts when the service answers and its session manager is in charge. Everything is gone
-# when the command ends; its exit status is the script's.
+# when the command ends; its exit status is the script's. NIMBARA_PIPEWIRE_PID is the service's process.
 set -eu
 
 if [ "${NIMBARA_PIPEWIRE_SESSION:-}" = "" ]; then
@@ -33,6 +33,7 @@ fi
 
 pipewire >"$NIMBARA_PIPEWIRE_SESSION/pipewire.log" 2>&1 &
 service=$!
+export NIMBARA_PIPEWIRE_PID=$service
 # The session manager gives up at once when it finds no service.
 tries=0
 until [ -S "$XDG_RUNTIME_DIR/pipewire-0" ] || [ "$tries" -gt 150 ]; do

@@ -1,9 +1,11 @@
 #include "support/test_registry.h"
+#include "ui/captions/hold_row.h"
 #include "ui/desk.h"
 #include "ui/outputs/hall_screen.h"
 
 #include <QComboBox>
 #include <QGuiApplication>
+#include <QLineEdit>
 #include <QProcess>
 #include <QScreen>
 
@@ -116,6 +118,14 @@ private Q_SLOTS:
         QTRY_VERIFY(desk.window.studio().stage().program.streams()); // the last key was a TAKE
         QVERIFY(hall.isVisible());
         QVERIFY(!hall.isActiveWindow());
+        desk.window.studio().program().offAir();
+        for (const Qt::Key key : { Qt::Key_Escape, Qt::Key_F, Qt::Key_Space }) {
+            QTest::keyClick(&hall, key); // of a desktop that gives it the keyboard all the same
+        }
+        QVERIFY(desk.window.studio().stage().program.streams());
+        QVERIFY(hall.isVisible());
+        hall.activateWindow();
+        typeKey(desk.window, "Escape");
         QTest::mouseDClick(&hall, Qt::LeftButton);
         QVERIFY(!hall.isVisible());
 
@@ -124,6 +134,36 @@ private Q_SLOTS:
         typeKey(desk.window, "Escape");
         QTRY_VERIFY(!hall.isVisible());
         QCOMPARE(desk.buttonText(), QString::fromUtf8(showText));
+    }
+
+    /// Esc leaves a caption as it was, wherever the hall is, before it hides anything.
+    void anEditComesBeforeTheHall()
+    {
+        HallDesk desk;
+        HallScreen &hall = *HallDesk::hall();
+        auto *row = new HoldRow(u"test"_s, &desk.window);
+        row->showNext({ 1, u"De tal manera"_s, {}, 0 });
+        row->show();
+        auto *text = row->findChild<QLineEdit *>();
+        int left = 0;
+        connect(row, &HoldRow::editLeft, row, [&] { ++left; });
+        for (const int screen : { 1, 0 }) {
+            desk.window.activateWindow();
+            desk.showOn(screen);
+            QTRY_VERIFY(hall.isVisible());
+            text->setFocus(Qt::TabFocusReason);
+            text->insert(u"!"_s);
+            typeKey(desk.window, "Escape");
+            QTRY_COMPARE(left, screen == 1 ? 1 : 2);
+            QCOMPARE(text->text(), u"De tal manera"_s);
+            QVERIFY(hall.isVisible());
+            if (screen == 0) {
+                typeKey(desk.window, "Escape");
+                QTRY_VERIFY(!hall.isVisible());
+            } else {
+                desk.press("hallScreen");
+            }
+        }
     }
 
     void showsTheComposedPicturePixelForPixel()
@@ -194,6 +234,41 @@ private Q_SLOTS:
         screens->setCurrentIndex(1);
         Q_EMIT qGuiApp->screenAdded(QGuiApplication::screens().at(1)); // a third one
         QCOMPARE(screens->currentText(), u"Sala"_s);
+    }
+
+    /// It comes back with its screen and follows it; another one's end leaves it alone.
+    void itIsWhereItsScreenIs()
+    {
+        HallDesk desk;
+        desk.showOn(1);
+        HallScreen &hall = *HallDesk::hall();
+        const auto *screens = desk.find<QComboBox>("screens");
+        const auto covers = [&] {
+            const QScreen *own = QGuiApplication::screens().value(1);
+            return own != nullptr && hall.isVisible() && hall.geometry() == own->geometry();
+        };
+        QTRY_VERIFY(covers());
+        run("xrandr --delmonitor Sala");
+        QTRY_VERIFY(!hall.isVisible());
+        run("xrandr --setmonitor Sala 1920/508x1080/286+1280+0 none");
+        QTRY_VERIFY(covers());
+        QCOMPARE(desk.status(), u"La pantalla de sala ha vuelto."_s);
+        QCOMPARE(desk.buttonText(), QString::fromUtf8(hideText));
+
+        run("xrandr --setmonitor Otra 400/106x200/53+0+840 none");
+        QTRY_COMPARE(screens->count(), 3);
+        run("xrandr --delmonitor Otra");
+        QTRY_COMPARE(screens->count(), 2);
+        QCOMPARE(desk.status(), u"Pantalla desconectada; Programa y salidas continúan."_s);
+        QVERIFY(covers());
+
+        hall.setWindowState(Qt::WindowNoState);
+        hall.setGeometry(40, 40, 320, 180); // where a window manager may leave it
+        QTRY_VERIFY(!covers());
+        QScreen *own = QGuiApplication::screens().at(1);
+        Q_EMIT own->geometryChanged(own->geometry());
+        QTRY_VERIFY(covers());
+        QVERIFY(hall.isFullScreen());
     }
 };
 

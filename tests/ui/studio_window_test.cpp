@@ -1,12 +1,19 @@
 #include "base/i18n.h"
+#include "compositor/scene/load_image.h"
 #include "support/clips.h"
+#include "support/hung_file.h"
 #include "support/test_registry.h"
 #include "ui/desk.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QListWidget>
+#include <QScopeGuard>
 #include <QSlider>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -102,6 +109,10 @@ private Q_SLOTS:
         language->setCurrentIndex(1); // refused while an output runs
         QCOMPARE(language->currentIndex(), 0);
         QCOMPARE(desk.status(), u"Detén las salidas antes de cambiar el idioma."_s);
+        auto *format = desk.find<QComboBox>("format");
+        format->setCurrentIndex(1); // so is another shape, and the list does not claim it
+        QCOMPARE(format->currentIndex(), 0);
+        QCOMPARE(desk.document().project().profile, StreamProfile::Landscape);
 
         QTRY_VERIFY(QFile(path).size() > 1000); // something is recorded
         desk.press("record");
@@ -178,6 +189,26 @@ private Q_SLOTS:
         }
     }
 
+    /// A share that has gone away: the operator is asked without closing twice.
+    void aSaveThatHangsHoldsNoCloseUp()
+    {
+        const QTemporaryDir folder;
+        const QByteArray file = QFile::encodeName(folder.filePath(u"culto.nimbara"_s));
+        QCOMPARE(mkfifo(file.constData(), 0600), 0); // reading it waits for a writer
+        StudioServices services;
+        services.dataFolder = folder.path();
+        Desk desk(std::move(services));
+        const auto answered = qScopeGuard([&] { ::close(::open(file.constData(), O_RDWR)); });
+        desk.press("duplicateScene");
+        desk.dialogs->choices = { SaveChoice::Save };
+        desk.dialogs->files = { QFile::decodeName(file) };
+        desk.dialogs->answers = { true };
+        QVERIFY(!desk.window.close());
+        QTRY_VERIFY_WITH_TIMEOUT(!desk.window.isVisible(), 30'000);
+        QCOMPARE(desk.dialogs->asked.last(),
+            u"Cerrar: El proyecto todavía se está guardando. ¿Cerrar sin esperar?"_s);
+    }
+
     void languageIsStoredForTheNextStart()
     {
         Desk desk;
@@ -199,6 +230,15 @@ private Q_SLOTS:
             u"Formato cambiado. Reconecta las fuentes para el perfil elegido."_s);
         desk.press("editHall");
         QCOMPARE(desk.stage().previewFrame(), hallSize);
+        Layer image = newLayer(LayerKind::Image); // fits the frame that is edited, not the streams'
+        image.path = u"square.png"_s;
+        desk.window.studio().sources().shelf().put(image.path,
+            toFrame(QImage(90, 90, QImage::Format_RGB32)));
+        desk.setLayers({ image });
+        desk.select(0);
+        desk.press("fitToFrame");
+        QCOMPARE(desk.layers()[0].h, 1.0);
+        QCOMPARE(desk.layers()[0].w, 9.0 / 16);
         desk.press("editStreams");
         QCOMPARE(desk.stage().previewFrame(), portraitSize);
     }
@@ -229,23 +269,81 @@ private Q_SLOTS:
 
     void theWheelChangesOnlyWhatHasTheFocus()
     {
+        using Row = std::tuple<const char *, const char *, int>;
         Desk desk;
-        desk.showTab(2);
-        auto *gain = desk.find<QSlider>("gain");
-        const auto turn = [gain] {
-            const QPointF place = gain->rect().center();
-            const QPointF onScreen = gain->mapToGlobal(place);
-            const QPoint down(0, -120);
-            QWheelEvent
-                event(place, onScreen, {}, down, Qt::NoButton, {}, Qt::NoScrollPhase, false);
-            QApplication::sendEvent(gain, &event);
-            return gain->value();
-        };
-        QCOMPARE(turn(), 100);
-        QCOMPARE(gain->focusPolicy(), Qt::StrongFocus); // a turn does not give it the focus
         QVERIFY(desk.isActive());
-        gain->setFocus();
-        QVERIFY(turn() < 100);
+        for (const auto &[name, property, tab] : { Row("gain", "value", 2),
+                 Row("soundOffset", "value", 2),
+                 Row("videoRate", "value", 3),
+                 Row("format", "currentIndex", 3) }) {
+            desk.showTab(tab);
+            auto *control = desk.find<QWidget>(name);
+            const auto turn = [&, property = property] {
+                const QPointF place = control->rect().center();
+                const QPointF onScreen = control->mapToGlobal(place);
+                const QPoint down(0, -120);
+                QWheelEvent
+                    event(place, onScreen, {}, down, Qt::NoButton, {}, Qt::NoScrollPhase, false);
+                QApplication::sendEvent(control, &event);
+                return control->property(property);
+            };
+            const QVariant before = control->property(property);
+            QCOMPARE(turn(), before);
+            QCOMPARE(control->focusPolicy(), Qt::StrongFocus); // a turn does not give it the focus
+            control->setFocus();
+            QVERIFY2(turn() != before, name);
+        }
+        // Nor does the canvas take the keyboard from what is typed, but by a click.
+        QCOMPARE(desk.find<Canvas>("canvas")->focusPolicy(), Qt::ClickFocus);
+    }
+
+    /// Each repeat of a key that is held down would start the session anew.
+    void aKeyThatIsHeldDownActsOnce()
+    {
+        Desk desk;
+        QVERIFY(desk.isActive());
+        for (const auto &[key, text] : { std::pair(Qt::Key_F1, "Pantallas en español."),
+                 { Qt::Key_F2, "Pantallas en inglés." } }) {
+            for (const bool isRepeated : { false, true }) {
+                desk.window.showStatus("Otra cosa");
+                qt_handleKeyEvent(desk.window.windowHandle(),
+                    QEvent::KeyPress,
+                    key,
+                    Qt::NoModifier,
+                    {},
+                    isRepeated);
+                QCOMPARE(desk.status(), QString::fromUtf8(isRepeated ? "Otra cosa" : text));
+            }
+        }
+    }
+
+    /// A file on a share that is gone, a key store that does not answer, a disk that does not take
+    /// the recording: the window closes, and what is lost is told before the end.
+    void closingWaitsForNothingThatHangs()
+    {
+        const QTemporaryDir folder;
+        const QByteArray gone = QFile::encodeName(folder.filePath(u"gone.mp4"_s));
+        QCOMPARE(mkfifo(gone.constData(), 0600), 0); // opening it waits for a writer
+        HungFile disk(folder.filePath(u"hung.mkv"_s));
+        auto *keychain = new ScriptedKeyStore(ScriptedKeyStore::Manner::Waits);
+        Desk desk(withKeychain(keychain));
+        const auto freed = qScopeGuard([&] {
+            disk.drain();
+            ::close(::open(gone.constData(), O_RDWR | O_NONBLOCK));
+        });
+        desk.window.studio().layers().addVideoFile(QFile::decodeName(gone));
+        desk.window.studio().program().take();
+        desk.showTab(3);
+        desk.enter("key1", u"k3y-one"_s);
+        desk.press("saveKeys");
+        QTRY_COMPARE(keychain->waiting(), 1U);
+        desk.dialogs->files = { folder.filePath(u"hung.mkv"_s) };
+        desk.press("record");
+        QVERIFY(desk.window.studio().outputs().any());
+        desk.dialogs->answers = { true }; // about the outputs; the work is given up
+        desk.window.close();
+        QTRY_VERIFY_WITH_TIMEOUT(!desk.window.isVisible(), 60'000);
+        QVERIFY(desk.dialogs->asked.last().startsWith(u"Cerrar: La grabación "_s));
     }
 };
 

@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "media/capture/device_pin.h"
+#include "media/capture/media_service.h"
 #include "media/gst/bus_error.h"
 #include "media/gst/gst_build.h"
 #include "media/gst/gst_maps.h"
@@ -33,6 +34,7 @@ ElementRef makeInput(GstDevice *device)
     if (device != nullptr) {
         auto input = ElementRef::sink(gst_device_create_element(device, "audio-input"));
         pinToDevice(input.get());
+        reconnectToService(input.get(), device);
         return input;
     }
     auto tone = make("audiotestsrc", "audio-input");

@@ -1,5 +1,6 @@
 #include "media/capture/devices.h"
 
+#include "media/capture/media_service.h"
 #include "media/capture/usb_place.h"
 
 #include <QStringList>
@@ -224,6 +225,7 @@ public:
         if (m_providers.empty()) {
             findProviders();
         }
+        watchMediaService();
         for (Provider &provider : m_providers) {
             start(provider);
         }

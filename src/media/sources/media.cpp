@@ -170,7 +170,7 @@ bool Media::isReady()
 
 Message Media::takeMessage()
 {
-    if (!m_message.isEmpty() && !isOver()) {
+    if (!m_message.isEmpty() && !m_active && !isOver()) {
         m_frame.reset();
         m_waiting.clear();
         m_sample = {};
@@ -234,10 +234,26 @@ void Media::pollStreams(PipelineStart::Outcome start)
     } else if (start == PipelineStart::Outcome::Accepted && streamsEnded()) {
         end();
     } else if (now - m_lastFrameTime > (m_isDevice ? deviceTimeoutUs : sourceTimeoutUs)) {
-        m_starved = true;
-        fail(m_isDevice ? "Cámara sin cuadros; se vuelve a abrir"
-                        : "Fuente sin frames durante 10 segundos");
+        starve(now);
     }
+}
+
+/// A file that has begun to play goes on: a picture may stand in it for minutes, its sound may be
+/// longer or all that it has, and a share that has gone away may come back.
+void Media::starve(std::int64_t now)
+{
+    const Message text = m_isDevice ? "Cámara sin cuadros; se vuelve a abrir"
+                                    : "Fuente sin frames durante 10 segundos";
+    if (m_isFile && (m_frameCount > 0 || m_hasSounded)) {
+        const bool isPictureDue = isFed(m_parts.pictureHead) && !sinkEnded(m_parts.videoSink);
+        if (isPictureDue && !std::exchange(m_hasToldGap, true)) {
+            m_message = text;
+        }
+        m_lastFrameTime = now;
+        return;
+    }
+    m_starved = true;
+    fail(text);
 }
 
 /// True when the source is over.
@@ -316,6 +332,10 @@ void Media::takeSound()
         m_soundBuffer.resize(map.size() / sizeof(float));
         std::memcpy(m_soundBuffer.data(), map.data(), map.size());
         m_audioFifo.push(m_soundBuffer);
+        m_hasSounded = true;
+        if (m_isFile) {
+            m_lastFrameTime = m_clock.monotonicUs();
+        }
     }
 }
 

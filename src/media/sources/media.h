@@ -67,11 +67,12 @@ public:
     /// The picture's own size in square pixels; none before the first.
     [[nodiscard]] std::optional<FrameSize> naturalSize() const;
 
-    /// The pending message for the operator, empty when there is none. Taking it empties the
-    /// picture, so that the layer shows nothing stale; the last picture of a clip stays.
+    /// The pending message for the operator, empty when there is none. Taking that of a source that
+    /// stopped empties the picture, so that the layer shows nothing stale; a clip's last one stays.
     [[nodiscard]] Message takeMessage();
 
-    /// Still read; false after end of stream, an error or the watchdog.
+    /// Still read; false after end of stream, an error or the watchdog. A file that has begun to
+    /// play has no watchdog: that no picture came for 10 s is told once, and it goes on.
     [[nodiscard]] bool active() const { return m_active; }
     /// Given up because no picture came for too long.
     [[nodiscard]] bool starved() const { return m_starved; }
@@ -130,6 +131,7 @@ private:
 
     void play();
     void pollStreams(PipelineStart::Outcome start);
+    void starve(std::int64_t now);
     static void padAdded(GstElement *element, GstPad *pad, gpointer source);
     void linkDecodedPads();
     bool takeBusMessage();
@@ -177,6 +179,8 @@ private:
     std::optional<std::int64_t> m_boxesSince; ///< µs; they have not taken effect yet
     AudioFifo m_audioFifo;
     bool m_soundIsOver = false;
+    bool m_hasSounded = false;
+    bool m_hasToldGap = false; ///< in the pictures of a file
     std::vector<float> m_soundBuffer; ///< reused between polls
     CapsRef m_pictureCaps; ///< of the picture before conversion, which the next two were read from
     bool m_hasAlpha = false; ///< its pixels carry an alpha channel

@@ -30,9 +30,14 @@ void hideSecretsOf(const QUrl &url)
     }
     hide(url.password(QUrl::FullyEncoded));
     for (const auto &[name, value] : QUrlQuery(url).queryItems(QUrl::FullyEncoded)) {
-        hide(name + QLatin1Char('=') + value);
-        if (value.size() >= shortestToken) {
-            hide(value);
+        if (value.isEmpty()) { // a token alone
+            hide(QLatin1Char('?') + name);
+            hide(QLatin1Char('&') + name);
+        } else {
+            hide(name + QLatin1Char('=') + value);
+        }
+        if (const QString &token = value.isEmpty() ? name : value; token.size() >= shortestToken) {
+            hide(token);
         }
     }
     const QStringList segments = url.path(QUrl::FullyEncoded).split(QLatin1Char('/'));

@@ -3,6 +3,7 @@
 #include "base/error.h"
 #include "media/capture/device_pin.h"
 #include "media/capture/devices.h"
+#include "media/capture/media_service.h"
 #include "media/capture/picture_decoders.h"
 #include "media/gst/gst_build.h"
 #include "media/sources/frame_maker.h"
@@ -31,6 +32,7 @@ ElementRef makeDeviceSource(GstDevice *device, DeviceRoad road)
     if (road == DeviceRoad::System) {
         auto element = ElementRef::sink(gst_device_create_element(device, "source"));
         pinToDevice(element.get());
+        reconnectToService(element.get(), device);
         return element;
     }
     auto element = make("v4l2src", "source");

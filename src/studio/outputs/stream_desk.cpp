@@ -35,6 +35,17 @@ template <typename Step> void StreamDesk::run(Step step)
     }
 }
 
+/// What is wrong is told with the name of the destination.
+template <typename Step> void StreamDesk::runFor(std::size_t slot, Step step) const
+{
+    try {
+        step();
+    } catch (const Error &error) {
+        const QString name = m_outputs.destination(slot).name();
+        throw Error(Message::verbatim(name + QStringLiteral(": ")) + error.message());
+    }
+}
+
 void StreamDesk::setServer(std::size_t slot, const QString &server)
 {
     if (server != m_slots.at(slot).server) {
@@ -328,7 +339,7 @@ void StreamDesk::start(std::size_t slot)
     each.startedSize = m_stage.streamFrame();
     each.startedBitrate = m_stage.document.project().videoKbits * 1000;
     each.reconnection.started(m_clock.monotonicUs());
-    startDestination(slot);
+    runFor(slot, [&] { startDestination(slot); });
     each.isWanted = true;
     Q_EMIT changed(slot);
 }
@@ -346,7 +357,7 @@ void StreamDesk::startDestination(std::size_t slot)
 void StreamDesk::fetchKey(std::size_t slot, bool holdsOthers)
 {
     // No store is asked, and no operator to unlock it, for a start that fails anyway.
-    static_cast<void>(checkedServer(server(slot)));
+    runFor(slot, [&] { static_cast<void>(checkedServer(server(slot))); });
     m_slots.at(slot).ticket = ++m_lastTicket;
     m_slots.at(slot).holdsOthers = holdsOthers;
     Q_EMIT changed(slot);
@@ -367,6 +378,7 @@ void StreamDesk::keyArrived(std::size_t slot, std::uint64_t ticket, const QStrin
     callOff(slot);
     if (!hasKey(slot)) { // what the operator typed meanwhile goes first
         setKey(slot, key);
+        m_slots.at(slot).hasShownStored = hasKey(slot);
     }
     if (!holdsOthers) {
         start(slot);
@@ -389,6 +401,24 @@ void StreamDesk::setSaving(bool saving)
 {
     m_isSaving = saving;
     Q_EMIT savingChanged(saving);
+}
+
+QStringList StreamDesk::unseenRemovals() const
+{
+    QStringList names;
+    for (std::size_t slot = 0; slot < destinationCount; ++slot) {
+        if (m_slots.at(slot).wasEmptied && !m_slots.at(slot).hasShownStored) {
+            names << m_outputs.destination(slot).name();
+        }
+    }
+    return names;
+}
+
+void StreamDesk::keepUnseen()
+{
+    for (Slot &slot : m_slots) {
+        slot.wasEmptied = slot.wasEmptied && slot.hasShownStored;
+    }
 }
 
 void StreamDesk::saveKeys()
@@ -444,6 +474,7 @@ void StreamDesk::saved(Saving saving, bool written)
         saveFailed(saving);
         return;
     }
+    m_slots.at(saving.keys.front().first).hasShownStored = true;
     saving.written << m_outputs.destination(saving.keys.front().first).name();
     saving.keys.pop_front();
     saveNext(std::move(saving));

@@ -87,6 +87,11 @@ public:
     }
     /// Calls off the starts that wait for a key, and the attempts to come.
     void callOffStarts();
+    /// Destinations whose stored key `saveKeys` would remove unseen: their field was filled,
+    /// perhaps by mistake, and emptied again.
+    [[nodiscard]] QStringList unseenRemovals() const;
+    /// What is stored for those stays.
+    void keepUnseen();
     /// Stores the keys that are there and removes those that the operator emptied, in the order of
     /// the slots, up to the first that fails. A field that was never filled keeps what is stored.
     /// Does nothing while keys are being saved.
@@ -122,6 +127,7 @@ private:
         QString server;
         QString key;
         bool wasEmptied = false; ///< by the operator, since it was stored
+        bool hasShownStored = false; ///< the field held what is stored
         bool isSelected = false;
         bool isWanted = false;
         std::uint64_t ticket = 0; ///< of the start that waits; 0: none. A key that comes for
@@ -148,6 +154,7 @@ private:
     void tellBack(std::size_t slot);
 
     template <typename Step> void run(Step step);
+    template <typename Step> void runFor(std::size_t slot, Step step) const;
     void startSelectedFrom(std::size_t slot);
     void start(std::size_t slot);
     void fetchKey(std::size_t slot, bool holdsOthers);

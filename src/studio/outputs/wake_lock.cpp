@@ -5,6 +5,7 @@
 #if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN)
 #include <gio/gio.h>
 
+#include <algorithm>
 #include <array>
 #include <vector>
 #endif
@@ -68,6 +69,10 @@ public:
     void end()
     {
         m_wanted = false;
+        for (const guint watch : m_watches) {
+            g_bus_unwatch_name(watch);
+        }
+        m_watches.clear();
         for (const Grant &grant : m_grants) {
             giveBack(*grant.service, grant.answer.get());
         }
@@ -100,14 +105,62 @@ private:
             return;
         }
         g_dbus_connection_set_exit_on_close(m_connection.get(), FALSE);
+        if (!m_wanted) {
+            return;
+        }
+        watch(portal);
         for (const Service &service : services) {
+            watch(service);
             ask(service);
         }
     }
 
+    /// A service that starts anew, as with its desktop's shell, knows of no inhibition.
+    void watch(const Service &service)
+    {
+        m_watches.push_back(g_bus_watch_name_on_connection(m_connection.get(),
+            service.name,
+            G_BUS_NAME_WATCHER_FLAGS_NONE,
+            &Bus::onAppeared,
+            &Bus::onVanished,
+            new Call { shared_from_this(), &service },
+            [](gpointer data) { delete static_cast<Call *>(data); }));
+    }
+
+    static void onAppeared(GDBusConnection * /*connection*/,
+        const gchar * /*name*/,
+        const gchar * /*owner*/,
+        gpointer data)
+    {
+        const auto &[bus, service] = *static_cast<Call *>(data);
+        bus->appeared(*service);
+    }
+
+    static void onVanished(GDBusConnection * /*connection*/, const gchar * /*name*/, gpointer data)
+    {
+        const auto &[bus, service] = *static_cast<Call *>(data);
+        bus->vanished(*service);
+    }
+
+    void appeared(const Service &service)
+    {
+        const auto isIts = [&service](const Grant &grant) { return grant.service == &service; };
+        const bool isAsked = std::count(m_asked.begin(), m_asked.end(), &service) > 0;
+        const bool isHeld = std::any_of(m_grants.begin(), m_grants.end(), isIts);
+        const bool isSpare = &service == &portal && (!m_asked.empty() || !m_grants.empty());
+        if (m_wanted && !isAsked && !isHeld && !isSpare) {
+            ask(service);
+        }
+    }
+
+    void vanished(const Service &service)
+    {
+        std::erase_if(m_grants, [&](const Grant &grant) { return grant.service == &service; });
+    }
+
     void ask(const Service &service)
     {
-        ++m_due;
+        m_asked.push_back(&service);
         g_dbus_connection_call(m_connection.get(),
             service.name,
             service.path,
@@ -133,13 +186,13 @@ private:
 
     void answered(const Service &service, VariantRef answer)
     {
-        --m_due;
+        m_asked.erase(std::find(m_asked.begin(), m_asked.end(), &service));
         if (answer && !m_wanted) {
             giveBack(service, answer.get());
         } else if (answer) {
             m_grants.push_back({ &service, std::move(answer) });
         }
-        if (m_due > 0 || !m_wanted || !m_grants.empty()) {
+        if (!m_asked.empty() || !m_wanted || !m_grants.empty()) {
             return;
         }
         if (&service == &portal) {
@@ -181,7 +234,8 @@ private:
 
     ConnectionRef m_connection;
     std::vector<Grant> m_grants;
-    int m_due = 0; ///< answers
+    std::vector<const Service *> m_asked; ///< their answers are due
+    std::vector<guint> m_watches; ///< of the services' names
     bool m_wanted = true;
 };
 

@@ -108,9 +108,11 @@ PendingTake::File *PendingTake::fileOf(const Layer &layer)
     return playsFile(layer) && file != m_files.end() ? &*file : nullptr;
 }
 
-bool PendingTake::isReady(std::int64_t nowUs)
+bool PendingTake::isReady(std::int64_t nowUs, const PictureShelf &shelf)
 {
-    bool ready = true;
+    bool ready = std::none_of(m_scene->layers.begin(),
+        m_scene->layers.end(),
+        [&](const auto &layer) { return isSeen(layer) && shelf.isDecoding(layer); });
     for (const File &file : m_files) {
         file.media->pollSource();
         if (!file.isAwaited) {

@@ -11,7 +11,8 @@
 namespace nimbara {
 
 /// A scene on its way to a program, as it was when the operator sent it: its files are opened anew
-/// and play from their start, and it is ready once each visible one has its first picture.
+/// and play from their start, and it is ready once each visible one has its first picture, and the
+/// pictures of visible images are decoded.
 /// Interface thread only; nothing in it waits.
 class PendingTake {
 public:
@@ -30,8 +31,8 @@ public:
         std::int64_t nowUs);
 
     /// Reads the files; true once the scene may go on air. Throws `Error` with the operator's text
-    /// when one of them fails before.
-    bool isReady(std::int64_t nowUs);
+    /// when one of them fails before. An image that cannot be decoded keeps nothing waiting.
+    bool isReady(std::int64_t nowUs, const PictureShelf &shelf);
 
     /// The clip of its transition, which plays from now on; none without one, or where it fails:
     /// then `transition` is a cut.

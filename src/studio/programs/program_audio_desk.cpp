@@ -4,16 +4,32 @@
 #include "translation/pipeline/voice.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace nimbara {
 
 namespace {
 
 constexpr std::int64_t logSpacingUs = 60'000'000;
+constexpr float quietest = 0.001F; ///< −60 dBFS: below, a sound track is silent
+constexpr int longestPause = 150; ///< blocks: a pause of 5 s is still part of a song
 
 qint64 milliseconds(std::uint64_t frames)
 {
     return static_cast<qint64>(frames * 1000 / audioRate);
+}
+
+/// Nothing can be heard in the next block.
+bool isQuiet(const AudioFifo &fifo)
+{
+    const std::size_t count = std::min(fifo.size(), programBlockValues);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (std::abs(fifo.at(i)) >= quietest) {
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace
@@ -28,7 +44,11 @@ ProgramAudioDesk::ProgramAudioDesk(const Clock &clock)
 ProgramBlock
 ProgramAudioDesk::next(const LiveScene &program, const MediaPtr &clip, AudioInput &input)
 {
-    m_heard = delivering(program);
+    MediaPtr heard = delivering(program);
+    if (heard != m_heard) {
+        m_quietBlocks = 0;
+    }
+    m_heard = std::move(heard);
     m_awaited = m_heard && m_heard->audioFifo().empty();
     const ProgramAudio::Sources sources { &input.fifo(),
         m_heard ? &m_heard->audioFifo() : nullptr,
@@ -42,28 +62,51 @@ ProgramAudioDesk::next(const LiveScene &program, const MediaPtr &clip, AudioInpu
     return m_audio.next(sources, input.gainState(), m_voice, m_levels);
 }
 
-MediaPtr ProgramAudioDesk::delivering(const LiveScene &program) const
+MediaPtr ProgramAudioDesk::delivering(const LiveScene &program)
 {
+    std::vector<MediaPtr> passed;
     for (std::size_t index = 0; index < program.layers.size(); ++index) {
         const Layer &layer = program.scene->layers[index];
         const MediaPtr &source = program.layers[index].source;
-        if (layer.kind == LayerKind::Video && layer.visible && layer.sound && source
-            && delivers(source)) {
+        const bool mayBeHeard
+            = layer.kind == LayerKind::Video && layer.visible && layer.sound && source;
+        if (!mayBeHeard || std::find(passed.begin(), passed.end(), source) != passed.end()) {
+            continue;
+        }
+        if (source == m_heard ? goesOn(*source) : begins(*source)) {
             return source;
         }
+        passed.push_back(source);
     }
     return nullptr;
 }
 
-/// Media begins with a whole block, so that its start has no gap. From then on it may be late by
-/// one block: the input must not be heard through a stream that falters.
-bool ProgramAudioDesk::delivers(const MediaPtr &media) const
+/// Media begins with a whole block, so that its start has no gap, and with the first that is no
+/// silence: many a background has a sound track with nothing in it. What is not heard passes in
+/// step with the picture.
+bool ProgramAudioDesk::begins(Media &media)
 {
-    const std::size_t ready = media->audioFifo().size();
-    if (media->soundIsOver()) {
-        return ready > 0;
+    AudioFifo &fifo = media.audioFifo();
+    if (fifo.size() < (media.soundIsOver() ? 1 : programBlockValues)) {
+        return false;
     }
-    return media == m_heard ? ready > 0 || !m_awaited : ready >= programBlockValues;
+    if (!isQuiet(fifo)) {
+        return true;
+    }
+    fifo.drop(programBlockValues);
+    return false;
+}
+
+/// It may be late by one block: the input must not be heard through a stream that falters, nor in
+/// the pauses of a song.
+bool ProgramAudioDesk::goesOn(Media &media)
+{
+    const std::size_t ready = media.audioFifo().size();
+    m_quietBlocks = isQuiet(media.audioFifo()) ? m_quietBlocks + 1 : 0;
+    if (m_quietBlocks > longestPause) {
+        return false;
+    }
+    return ready > 0 || (!media.soundIsOver() && !m_awaited);
 }
 
 /// It begins with a whole block as well, and is followed from then on.

@@ -13,8 +13,9 @@ namespace nimbara {
 /// The sound of the stream program: picks what is heard, mixes one block for each frame and logs
 /// what keeping it with the picture has cost, at most once a minute. Interface thread only.
 ///
-/// Media replaces the input only while it delivers sound: a clip without a sound track, one that
-/// has ended or a network source that hangs leaves the input on the program.
+/// Media replaces the input only while it delivers sound: a clip without a sound track or with a
+/// silent one, one that has ended or a network source that hangs leaves the input on the program.
+/// Silence is what stays below −60 dBFS; media that is heard keeps the program for 5 s of it.
 class ProgramAudioDesk {
 public:
     explicit ProgramAudioDesk(const Clock &clock);
@@ -34,8 +35,9 @@ public:
     [[nodiscard]] std::span<const float> spoken() const { return m_spoken; }
 
 private:
-    [[nodiscard]] MediaPtr delivering(const LiveScene &program) const;
-    [[nodiscard]] bool delivers(const MediaPtr &media) const;
+    [[nodiscard]] MediaPtr delivering(const LiveScene &program);
+    static bool begins(Media &media);
+    bool goesOn(Media &media);
     AudioFifo *soundOf(const MediaPtr &clip);
     void logCorrections();
 
@@ -45,6 +47,7 @@ private:
     AudioFifo m_voice;
     std::vector<float> m_spoken;
     MediaPtr m_heard;
+    int m_quietBlocks = 0; ///< of the heard media, the newest without a break
     bool m_awaited = false; ///< the heard media had nothing for the last block
     const Media *m_clip = nullptr; ///< whose sound has begun; for comparison alone
     std::int64_t m_lastLog;

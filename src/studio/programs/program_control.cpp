@@ -68,7 +68,7 @@ void ProgramControl::poll()
 void ProgramControl::advance(std::optional<PendingTake> &take)
 {
     try {
-        if (take && take->isReady(m_clock.monotonicUs())) {
+        if (take && take->isReady(m_clock.monotonicUs(), m_sources.shelf())) {
             goOnAir(*take);
             take.reset();
         }

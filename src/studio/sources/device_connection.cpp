@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "base/log.h"
+#include "media/capture/media_service.h"
 
 #include <algorithm>
 #include <array>
@@ -101,6 +102,10 @@ void DeviceConnection::collectList()
         m_listAsked.reset();
         m_devices = std::move(*found);
         Q_EMIT devicesFound(m_devices);
+        if (hasMediaServiceEnded()) {
+            m_status("El servicio de sonido y cámaras del equipo se reinició: lo que conectes "
+                     "ahora aparece al abrir otra vez el programa.");
+        }
     } else if (m_listAsked && waitedLong(*m_listAsked)) {
         m_listAsked.reset();
         m_status("La búsqueda de dispositivos no responde; la lista queda como estaba.");

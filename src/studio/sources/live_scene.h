@@ -19,7 +19,7 @@ struct LiveLayer {
 using CameraPicture = std::function<FramePtr(const Layer &layer)>;
 
 /// A scene with what its layers show. A program on air holds one, taken at TAKE: another picture or
-/// source for the prepared layer does not reach it.
+/// source for the prepared layer does not reach it. Only a picture that was not there yet does.
 struct LiveScene {
     ScenePtr scene; ///< none: black
     std::vector<LiveLayer> layers; ///< of the scene's layers, in their order

@@ -11,6 +11,14 @@ FramePtr PictureShelf::find(const Layer &layer) const
     return layer.kind == LayerKind::Image ? m_entries.value(layer.path).picture : nullptr;
 }
 
+bool PictureShelf::isDecoding(const Layer &layer) const
+{
+    return layer.kind == LayerKind::Image
+        && std::any_of(m_decoding.begin(), m_decoding.end(), [&layer](const Decoding &decoding) {
+               return decoding.path == layer.path;
+           });
+}
+
 void PictureShelf::put(const QString &path, FramePtr picture)
 {
     m_entries.insert(path, { std::move(picture), m_clock.monotonicUs() });

@@ -28,6 +28,8 @@ public:
 
     /// The picture of an image layer, or none.
     [[nodiscard]] FramePtr find(const Layer &layer) const;
+    /// The picture of an image layer is still being decoded.
+    [[nodiscard]] bool isDecoding(const Layer &layer) const;
     /// The file's picture from now on; none when it cannot be decoded.
     void put(const QString &path, FramePtr picture);
 

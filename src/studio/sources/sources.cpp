@@ -232,6 +232,17 @@ void Sources::pollCamera()
     }
 }
 
+bool Sources::showsCamera(const LiveScene &program) const
+{
+    return program.scene && m_camera
+        && std::any_of(program.scene->layers.begin(),
+            program.scene->layers.end(),
+            [this](const Layer &layer) {
+                return layer.kind == LayerKind::Camera && layer.visible
+                    && cameraOf(layer) == m_camera;
+            });
+}
+
 bool Sources::hasDevice(const CaptureDevice &device) const
 {
     const auto is = [&](const std::optional<CaptureDevice> &other) {
@@ -296,7 +307,9 @@ void Sources::poll(const Project &project, OnAir &onAir)
     pollOffer();
     pollCamera();
     pollLayerCameras(project, onAir);
+    m_isCameraOnAir = false;
     for (const LiveScene *program : onAir.seen()) {
+        m_isCameraOnAir = m_isCameraOnAir || showsCamera(*program);
         for (const LiveLayer &layer : program->layers) {
             pollOnce(layer.source.get(), true);
         }
@@ -309,6 +322,9 @@ void Sources::poll(const Project &project, OnAir &onAir)
     m_pool.forEach([this](const MediaPtr &source) { pollOnce(source.get(), false); });
     m_sourceReturn.poll(project.scenes, m_pool, onAir);
     m_shelf.poll();
+    for (LiveScene *program : { &onAir.streams, &onAir.hall, &onAir.left[0], &onAir.left[1] }) {
+        fillIn(*program);
+    }
     sweep(project.scenes);
     tellUnsteady();
     tellNoThreads();
@@ -320,6 +336,16 @@ void Sources::tellNoThreads()
     const bool noCamera = m_steady.takeNoThread();
     if (noPicture || noCamera) {
         m_status("El equipo no puede empezar más tareas; se vuelve a intentar cada segundo.");
+    }
+}
+
+/// A picture that took longer than a TAKE waits is shown as soon as it is decoded.
+void Sources::fillIn(LiveScene &program) const
+{
+    for (std::size_t place = 0; place < program.layers.size(); ++place) {
+        if (LiveLayer &live = program.layers[place]; !live.still) {
+            live.still = m_shelf.find(program.scene->layers[place]);
+        }
     }
 }
 

@@ -93,8 +93,9 @@ public:
     /// The mode that the operator chose for it; none: the best.
     [[nodiscard]] const std::optional<DeviceMode> &chosenMode() const { return m_chosenMode; }
     /// It delivers in a lesser mode, since a better one failed when it was opened. That may
-    /// pass: the next time it is opened the better one is tried first again.
-    [[nodiscard]] bool mayDoBetter() const { return m_mayDoBetter; }
+    /// pass: the next time it is opened the better one is tried first again. Not while a program
+    /// shows it, since a device that is opened anew has no picture for seconds.
+    [[nodiscard]] bool mayDoBetter() const { return m_mayDoBetter && !m_isCameraOnAir; }
     /// The camera's newest picture, or none.
     [[nodiscard]] FramePtr cameraFrame() const;
     /// Tells what a camera layer shows: the camera above, unless it names a device; then that one's
@@ -162,6 +163,8 @@ private:
     void pollOffer();
     void refuseOffer();
     void pollCamera();
+    void fillIn(LiveScene &program) const;
+    [[nodiscard]] bool showsCamera(const LiveScene &program) const;
     void reopen(const CaptureDevice &found);
     void tellUnsteady();
     void tellNoThreads();
@@ -177,6 +180,7 @@ private:
     MediaPtr m_camera;
     std::int32_t m_cameraIndex = testBars;
     bool m_mayDoBetter = false;
+    bool m_isCameraOnAir = false; ///< a program shows it
     bool m_refused = false; ///< the operator's last offer
     bool m_firstFrameLogged = false;
     std::int64_t m_cameraDelayUs = 0;

@@ -12,6 +12,15 @@
 
 namespace nimbara {
 
+namespace {
+
+bool isEscape(const QEvent &event, QEvent::Type type)
+{
+    return event.type() == type && static_cast<const QKeyEvent &>(event).key() == Qt::Key_Escape;
+}
+
+} // namespace
+
 HoldRow::HoldRow(const QString &prefix, QWidget *parent)
     : QWidget(parent)
     , m_text(named(new QLineEdit, "nextCaption"))
@@ -142,8 +151,10 @@ bool HoldRow::eventFilter(QObject *watched, QEvent *event)
         showWritable();
     } else if (event->type() == QEvent::MouseButtonPress) {
         enter();
-    } else if (event->type() == QEvent::KeyPress
-        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape && m_isEdited) {
+    } else if (m_isEdited && isEscape(*event, QEvent::ShortcutOverride)) {
+        event->accept(); // it is this edit's before it hides anything
+        return true;
+    } else if (m_isEdited && isEscape(*event, QEvent::KeyPress)) {
         leave();
         return true;
     }

@@ -76,7 +76,21 @@ void DestinationControls::connectTab()
     connect(tab, &OutputsTab::hardwareEncodingChanged, &m_desk, &StreamDesk::setHardwareEncoding);
     connect(tab, &OutputsTab::startSelectedPressed, &m_desk, &StreamDesk::startSelected);
     connect(tab, &OutputsTab::stopStreamsPressed, &m_desk, &StreamDesk::stopStreams);
-    connect(tab, &OutputsTab::saveKeysPressed, &m_desk, &StreamDesk::saveKeys);
+    connect(tab, &OutputsTab::saveKeysPressed, this, &DestinationControls::saveKeys);
+}
+
+/// A key that is stored and was never shown is not removed by a field that was emptied again.
+void DestinationControls::saveKeys()
+{
+    const QStringList unseen = m_desk.unseenRemovals();
+    if (!unseen.isEmpty()
+        && !m_dialogs.question(nimbara_i18n::tr("Guardar claves en este equipo"),
+            nimbara_i18n::tr("El campo de %1 quedó vacío sin haber mostrado su clave guardada. "
+                             "¿Eliminar la guardada?")
+                .arg(unseen.join(QStringLiteral(", "))))) {
+        m_desk.keepUnseen();
+    }
+    m_desk.saveKeys();
 }
 
 void DestinationControls::showDestinations()

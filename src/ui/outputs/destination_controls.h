@@ -27,6 +27,7 @@ private:
     void connectTab();
     void connectLineTest(const ErrorGuard &guard);
     void toggleLineTest();
+    void saveKeys();
     void showDestination(std::size_t slot);
     void showCurve(std::size_t slot);
     [[nodiscard]] QString figuresText(std::size_t slot, const SlotHealth &health) const;

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -29,6 +30,8 @@ HallControls::HallControls(QWidget &window, SourcesTab &tab, const KeyMap &keys,
         }
         showState();
     };
+    connect(&m_screen, &HallScreen::activated, &m_window, &QWidget::activateWindow);
+    connect(&m_screen, &HallScreen::keyPressed, this, &HallControls::passOn);
     connect(&m_tab, &SourcesTab::hallScreenPressed, this, &HallControls::toggle);
     connect(qGuiApp, &QGuiApplication::screenRemoved, this, &HallControls::screenRemoved);
     connect(qGuiApp, &QGuiApplication::screenAdded, this, &HallControls::screenAdded);
@@ -91,8 +94,39 @@ void HallControls::showOn(QScreen &screen)
     m_waits = false;
     m_screen.showOn(screen);
     m_shownOn = Place { screen.name(), screen.geometry() };
+    connect(&screen,
+        &QScreen::geometryChanged,
+        this,
+        &HallControls::followPlace,
+        Qt::UniqueConnection);
+    if (const QWindow *own = m_window.windowHandle()) {
+        connect(own, &QWindow::screenChanged, this, &HallControls::showState, Qt::UniqueConnection);
+    }
     m_tab.chooseScreen(static_cast<int>(QGuiApplication::screens().indexOf(&screen)));
     showState();
+}
+
+void HallControls::passOn(const QKeySequence &key)
+{
+    if (!m_keys.has(KeyAction::HideHall, key)) {
+        Q_EMIT keyPressed(key);
+    } else if (coversStudio()) {
+        hide();
+    }
+}
+
+/// Another monitor's coming and going moves the hall's: it is covered where it is by now.
+void HallControls::followPlace()
+{
+    auto *screen = qobject_cast<QScreen *>(sender());
+    if (screen == nullptr || !m_screen.isVisible() || !m_shownOn
+        || screen->name() != m_shownOn->name) {
+        return;
+    }
+    m_shownOn->geometry = screen->geometry();
+    if (m_screen.geometry() != screen->geometry()) {
+        showOn(*screen);
+    }
 }
 
 bool HallControls::coversStudio() const
@@ -104,7 +138,7 @@ bool HallControls::coversStudio() const
 /// studio may blank what the congregation sees.
 void HallControls::showState()
 {
-    m_escape->setEnabled(m_screen.isVisible());
+    m_escape->setEnabled(coversStudio());
     m_tab.setHallShown(m_screen.isVisible(),
         coversStudio() ? m_keys.text(KeyAction::HideHall) : QString());
     Q_EMIT shownChanged(m_screen.isVisible());

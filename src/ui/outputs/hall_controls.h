@@ -34,6 +34,8 @@ public:
 
 Q_SIGNALS:
     void shownChanged(bool shown);
+    /// A key that the desktop sent to the congregation's window.
+    void keyPressed(const QKeySequence &key);
 
 private:
     /// A screen as it is known again.
@@ -45,6 +47,8 @@ private:
     void suggestScreen();
     void toggle();
     void showOn(QScreen &screen);
+    void followPlace();
+    void passOn(const QKeySequence &key);
     void screenAdded(QScreen *screen);
     void screenRemoved(const QScreen *screen);
     [[nodiscard]] bool coversStudio() const;
@@ -55,7 +59,7 @@ private:
     Report m_status;
     HallScreen m_screen;
     const KeyMap &m_keys;
-    QAction *m_escape; ///< of the operator's window, while the hall is shown
+    QAction *m_escape; ///< of the operator's window, while the hall covers it
     std::optional<Place> m_shownOn;
     bool m_waits = false; ///< for that screen to return
 };

@@ -1,7 +1,9 @@
 #include "ui/outputs/hall_screen.h"
 
 #include "base/i18n.h"
+#include "ui/kit/key_map.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScreen>
 
@@ -28,6 +30,21 @@ void HallScreen::showOn(QScreen &screen)
     setGeometry(screen.geometry());
     showFullScreen();
     raise();
+}
+
+void HallScreen::changeEvent(QEvent *event)
+{
+    Picture::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
+        Q_EMIT activated();
+    }
+}
+
+void HallScreen::keyPressEvent(QKeyEvent *event)
+{
+    if (!event->isAutoRepeat()) {
+        Q_EMIT keyPressed(sequenceOf(*event));
+    }
 }
 
 void HallScreen::mouseDoubleClickEvent(QMouseEvent *event)

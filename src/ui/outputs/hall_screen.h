@@ -2,6 +2,8 @@
 
 #include "ui/kit/picture.h"
 
+#include <QKeySequence>
+
 class QScreen;
 
 namespace nimbara {
@@ -16,7 +18,15 @@ public:
     /// Covers the screen with the window, which never takes the keyboard from the studio.
     void showOn(QScreen &screen);
 
+Q_SIGNALS:
+    /// A desktop that asks no window has given it the keyboard all the same.
+    void activated();
+    /// A key that arrived here was meant for the studio. One that is held down is one press.
+    void keyPressed(const QKeySequence &key);
+
 protected:
+    void changeEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     /// A double click hides it while it is full screen.
     void mouseDoubleClickEvent(QMouseEvent *event) override;
 };

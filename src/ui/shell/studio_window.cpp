@@ -64,6 +64,7 @@ namespace {
 constexpr const char *onboardingSetting = "onboarding_complete";
 constexpr int lowestTabs = 130; ///< pixels
 constexpr auto frameTimerInterval = 5ms;
+constexpr auto savePatience = 5s; ///< of a close that waits for a save
 
 std::array<QString, OutputsTab::slots> destinationNames()
 {
@@ -156,6 +157,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         m_studio,
         m_keys,
         WindowKeys::Views { *m_project, *m_monitors, *m_sceneTab, *m_editor, *m_verses });
+    connect(m_hall.get(), &HallControls::keyPressed, m_windowKeys.get(), &WindowKeys::press);
     m_guide = std::make_unique<FirstStepsGuide>(m_studio,
         FirstStepsGuide::Views { *m_firstSteps,
             *m_tabs,
@@ -464,6 +466,27 @@ void StudioWindow::restartInOtherLanguage()
     close();
 }
 
+/// Not within the event that asked for it: the toolkit would take the window for closed already.
+void StudioWindow::closeLater()
+{
+    m_mayClose = true;
+    if (QWidget *box = QApplication::activeModalWidget()) {
+        box->close(); // what it asks is settled
+    }
+    QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+}
+
+/// A share that has gone away holds nobody up. The save may be done before the answer.
+void StudioWindow::askNotToWait()
+{
+    if (m_projects->isSettling()
+        && m_dialogs->question(nimbara_i18n::tr("Cerrar"),
+            nimbara_i18n::tr("El proyecto todavía se está guardando. ¿Cerrar sin esperar?"))
+        && m_projects->isSettling()) {
+        closeLater();
+    }
+}
+
 void StudioWindow::closeEvent(QCloseEvent *event)
 {
     if (!m_mayClose && m_studio.hasOutputs()
@@ -474,17 +497,13 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     }
     if (!m_mayClose && m_studio.document().hasUnsavedWork()) {
         event->ignore();
-        const auto closeLater = [this] {
-            m_mayClose = true;
-            // Not within this event: the toolkit would take the window for closed already.
-            QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
-        };
-        if (!m_projects->isSettling()) {
-            m_projects->settleUnsaved(closeLater);
-        } else if (m_dialogs->question(nimbara_i18n::tr("Cerrar"),
-                       nimbara_i18n::tr("El proyecto todavía se está guardando. ¿Cerrar sin "
-                                        "esperar?"))) {
-            closeLater(); // a share that has gone away holds nobody up
+        if (m_projects->isSettling()) {
+            askNotToWait();
+            return;
+        }
+        m_projects->settleUnsaved([this] { closeLater(); });
+        if (m_projects->isSettling()) {
+            QTimer::singleShot(savePatience, this, &StudioWindow::askNotToWait);
         }
         return;
     }

@@ -105,6 +105,8 @@ private:
     void showPreviewShape();
     void setLanguage(int index);
     void restartInOtherLanguage();
+    void closeLater();
+    void askNotToWait();
 
     bool m_mayClose = false; ///< what would be lost was settled
     SystemClock m_clock;

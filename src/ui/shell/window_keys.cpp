@@ -133,7 +133,6 @@ void WindowKeys::addHints()
         KeyAction::Snapping);
 }
 
-/// As if the key had been pressed in the window.
 void WindowKeys::press(const QKeySequence &key)
 {
     for (const auto &[what, action] : m_actions) {

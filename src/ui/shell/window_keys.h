@@ -38,6 +38,9 @@ public:
     /// Everything referred to must outlive this.
     WindowKeys(QWidget &window, Studio &studio, KeyMap &keys, Views views);
 
+    /// Does what the key does, as if it had been pressed in the window.
+    void press(const QKeySequence &key);
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -53,7 +56,6 @@ private:
     void addServices();
     void addView();
     void addHints();
-    void press(const QKeySequence &key);
     void connectClicker();
     void listen(bool on);
     void snap(bool on);

@@ -15,7 +15,8 @@ QList<std::int32_t> booksNamed(const QString &name, std::int32_t ordinal);
 /// begins both letters.
 QList<std::int32_t> booksBeginning(const QString &name, std::int32_t ordinal);
 
-/// The books with a long name that was typed with one slip, or two in a very long one: "proberbios".
+/// The books with a long name that was typed with one slip, or two in a very long one:
+/// "proberbios".
 QList<std::int32_t> booksMisspelt(const QString &name, std::int32_t ordinal);
 
 } // namespace bible

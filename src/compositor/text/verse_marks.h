@@ -22,8 +22,8 @@ struct VerseMark {
 
 /// The verses in the text of the passage that `label` names: those of "16 Porque… 17 Porque…" of
 /// "Juan 3:16-17", with "[16]" for a number too. A number that is not the next verse is a word of
-/// the text, unless it is a later one of the passage and the next is nowhere: Bibles leave verses out.
-/// None in a text that does not begin with a number of it, such as a single verse.
+/// the text, unless it is a later one of the passage and the next is nowhere: Bibles leave verses
+/// out. None in a text that does not begin with a number of it, such as a single verse.
 std::vector<VerseMark> verseMarks(const QString &text, const QString &label);
 
 /// The label of the verses from `first` to `last` alone, in the form of the whole passage's: "Juan

@@ -24,7 +24,8 @@ public:
     RecordingJournal &operator=(const RecordingJournal &) = delete;
     RecordingJournal(RecordingJournal &&) = delete;
     RecordingJournal &operator=(RecordingJournal &&) = delete;
-    /// Waits for what is on its way to its disk, but no longer than a few seconds. After the entries.
+    /// Waits for what is on its way to its disk, but no longer than a few seconds. After the
+    /// entries.
     ~RecordingJournal();
 
     class Page;
@@ -37,8 +38,8 @@ public:
         Entry(Entry &&) = delete;
         Entry &operator=(Entry &&) = delete;
         ~Entry();
-        /// Its file is whole. With the end of the entry it is forgotten once that is on its disk, on
-        /// a background task: what a power cut takes until then is mended at the next start.
+        /// Its file is whole. With the end of the entry it is forgotten once that is on its disk,
+        /// on a background task: what a power cut takes until then is mended at the next start.
         void finished() { m_isFinished = true; }
 
     private:

@@ -45,6 +45,8 @@ constexpr TextPair pairs[] = {
     TextPair { "No está en %1: se muestra sola la primera Biblia.",
         "Not in %1: the first Bible is shown alone." },
     TextPair { " Se muestra sola la primera Biblia.", " The first Bible is shown alone." },
+    TextPair { " En esos versículos se muestra sola la primera Biblia.",
+        " In those verses the first Bible is shown alone." },
     TextPair { "Lista", "List" },
     TextPair { "Pasajes de hoy", "Today's passages" },
     TextPair { "Mostrados últimamente", "Shown lately" },

@@ -53,11 +53,11 @@ constexpr auto moreForms = std::to_array<Forms>({
     { 31, "jnh|jns" },
     { 32, "mq|mch" },
     { 33, "na|naum" },
-    { 34, "hb|haba|habacuq|habakuk|habacuk" },
+    { 34, "hb|haba|habbakuk|habacuq|habakuk|habacuk" },
     { 35, "sf|zp|zeph|sofo" },
     { 36, "hg|ag|ageo" },
     { 37, "za|zc|zech|zacharias|zacarias" },
-    { 38, "ml|mlq|malaq" },
+    { 38, "ml|mlq|malaq|malachias" },
     { 39, "matt|mateos|mattew|mathew|matheo" },
     { 40, "mrk|mrc|marc|marco" },
     { 41, "luk|lucs|lukas" },
@@ -68,8 +68,8 @@ constexpr auto moreForms = std::to_array<Forms>({
     { 45, "co|cor|corinthian|corint|corinto|corintio|corintos" },
     { 47, "gl|gala" },
     { 48, "efe|efes|ephes|efecios|ephesian" },
-    { 49, "phil|fp|pp|filip|filp|filipences|phillipians|philipians|phillippians" },
-    { 50, "cl|colos|coloss|colocenses|colossenses" },
+    { 49, "phil|fp|pp|filip|filp|filipences|philipenses|phillipians|philipians|phillippians" },
+    { 50, "cl|colos|coloss|colocenses|colossenses|collosians" },
     { 51, "t|ts|te|th|tes|tess|thes|thess|tesal|tesalonisenses|tesalonicences|thessalonian|thesalonians" },
     { 53, "t|tm|ti|tim|timo|timot" },
     { 55, "tt" },
@@ -91,6 +91,7 @@ struct Names {
     QString stem; ///< what is common to the numbered books of a name; else empty
     std::int32_t ordinal = 0;
     QStringList forms;
+    QStringList proper; ///< of them those that are spelt right
 };
 
 QString text(std::string_view utf8)
@@ -111,6 +112,7 @@ Names tableNames(const Book &book)
             form = form.mid(1).trimmed();
         }
     }
+    names.proper = names.forms;
     return names;
 }
 
@@ -141,7 +143,10 @@ const std::array<Names, books.size()> &allNames()
 }
 
 template <typename Matches>
-QList<std::int32_t> booksWhere(std::int32_t ordinal, bool numberless, Matches matches)
+QList<std::int32_t> booksWhere(std::int32_t ordinal,
+    bool numberless,
+    Matches matches,
+    QStringList Names::*list = &Names::forms)
 {
     // "Juan" alone is the gospel, never one of the letters.
     static const QString letters = allNames().at(61).stem;
@@ -150,7 +155,7 @@ QList<std::int32_t> booksWhere(std::int32_t ordinal, bool numberless, Matches ma
         const Names &names = allNames().at(i);
         const bool open = numberless && ordinal == 0 && names.stem != letters;
         if ((names.ordinal == ordinal || open)
-            && std::any_of(names.forms.begin(), names.forms.end(), matches)) {
+            && std::any_of((names.*list).begin(), (names.*list).end(), matches)) {
             found.append(static_cast<std::int32_t>(i));
         }
     }
@@ -210,15 +215,18 @@ QList<std::int32_t> booksMisspelt(const QString &name, std::int32_t ordinal)
 {
     // Shorter names are too near to other words: "jueves", "Judit".
     constexpr qsizetype shortest = 7;
-    constexpr qsizetype longer = 9;
+    constexpr qsizetype longer = 11;
     if (name.size() < shortest - 1) {
         return {};
     }
-    return booksWhere(ordinal, true, [&name](const QString &form) {
+    const auto isNear = [&name](const QString &form) {
         const qsizetype most = form.size() >= longer ? 2 : 1;
         return form.size() >= shortest && std::abs(form.size() - name.size()) <= most
             && slips(name, form) <= most;
-    });
+    };
+    // From what is spelt wrong already, as "corintos", another slip leads to "coritos", which are
+    // songs.
+    return booksWhere(ordinal, true, isNear, &Names::proper);
 }
 
 } // namespace bible

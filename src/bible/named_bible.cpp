@@ -1,5 +1,6 @@
 #include "bible/named_bible.h"
 
+#include "bible/book_names.h"
 #include "bible/reference_tokens.h"
 #include "bible/shelf.h"
 
@@ -123,7 +124,10 @@ WithoutBible takeBible(const QString &normalized)
         const WithoutBible again = takeKnown(behind.reference, ends);
         return again.bible == behind.bible ? again : behind;
     }
-    return takeKnown(normalized, begins);
+    // "rv cap. 3" begins with a book.
+    WithoutBible before = takeKnown(normalized, begins);
+    const auto pieces = tokens(before.reference);
+    return pieces && !readBook(*pieces).books.isEmpty() ? before : WithoutBible { normalized, {} };
 }
 
 bool isListedAs(const QString &bible, const QString &listed)

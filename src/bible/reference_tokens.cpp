@@ -4,6 +4,8 @@
 
 #include <QRegularExpression>
 
+#include <cstdlib>
+
 namespace bible {
 
 namespace {
@@ -41,6 +43,20 @@ QString plainSign(QChar sign)
     return sign == QLatin1Char('+') ? QStringLiteral("&") : QString(sign);
 }
 
+/// "Salmo 22 (21)" without what another Bible counts; nothing where a number in brackets means
+/// more.
+QString takeOtherCount(QString plain)
+{
+    static const QRegularExpression form(
+        QStringLiteral("(?<![:.,\\d])(\\d+)\\s*[(\\[{]\\s*(\\d+)\\s*[)\\]}]"));
+    static const QRegularExpression any(QStringLiteral("\\d\\s*[(\\[{]\\s*\\d+\\s*[)\\]}]"));
+    const auto match = form.match(plain);
+    if (std::abs(match.captured(1).toInt() - match.captured(2).toInt()) == 1) {
+        plain.remove(match.capturedEnd(1), match.capturedEnd() - match.capturedEnd(1));
+    }
+    return any.match(plain).hasMatch() ? QString() : plain;
+}
+
 } // namespace
 
 QString plainReference(const QString &typed)
@@ -51,6 +67,9 @@ QString plainReference(const QString &typed)
             plain += plainSign(sign);
         }
     }
+    // "1) Juan 3:16" in a list; the other count of "Salmo 22 (21)".
+    static const QRegularExpression listed(QStringLiteral("^\\s*[(\\[{]?\\s*\\d+\\s*[)\\]}]"));
+    plain = takeOtherCount(plain.remove(listed));
     static const QRegularExpression brackets(QStringLiteral("[\"“”«»‹›„()\\[\\]{}<>*_•]|[’']s\\b"));
     plain = normalize(plain.replace(brackets, QStringLiteral(" ")));
     static const QRegularExpression around(

@@ -366,6 +366,18 @@ void levelOut(Passage &passage)
     }
 }
 
+/// Within two chapters, or some whole ones in a row: what one types without a slip.
+bool isNear(const Passage &passage)
+{
+    std::int32_t before = passage.spans.first().chapterFrom;
+    return std::all_of(passage.spans.begin(), passage.spans.end(), [&](const Span &span) {
+        const bool follows
+            = span.chapterFrom - before <= 1 && span.chapterTo - span.chapterFrom <= 1;
+        before = span.chapterTo;
+        return follows && (span.isWhole() || passage.spans.size() == 1);
+    });
+}
+
 ListRead readInSense(const QList<Symbol> &symbols, std::int32_t book, Sense sense)
 {
     ListReader reader(symbols, book, sense);
@@ -400,11 +412,11 @@ ListRead readList(const QList<Token> &tokens, qsizetype begin, std::int32_t book
     if (!usual.doubtful) {
         return usual;
     }
-    // Where one sense leads beyond the canon, only the other can be meant.
+    // Where one sense leads beyond the canon, the other is meant, unless that takes far too much.
     const ListRead other = readInSense(*list, book, Sense::Other);
     const Limit limit = usual.limit.book >= 0 ? usual.limit : other.limit;
     return { usual.passages + other.passages,
-        !usual.passages.isEmpty() && !other.passages.isEmpty(),
+        !other.passages.isEmpty() && !(usual.passages.isEmpty() && isNear(other.passages.first())),
         limit };
 }
 

@@ -191,28 +191,6 @@ private Q_SLOTS:
         QTest::keyClick(box, Qt::Key_PageDown);
         QTRY_COMPARE(desk.stage().program.streams()->layers[0].page, 1);
     }
-
-    /// Letters that are typed on are for nobody; the keys of pages are no letters.
-    void aFieldThatWentAwayLeavesTheKeysOfPages()
-    {
-        KeyDesk desk;
-        QVERIFY(desk.isActive() && desk.open());
-        desk.find<QCheckBox>("listenToClicker")->click();
-        desk.page->close();
-        QVERIFY(desk.isActive());
-        Layer verse = desk.document().newVerseLayer();
-        verse.text = u"palabra "_s.repeated(400);
-        Layer text = newLayer(LayerKind::Text);
-        desk.setLayers({ verse, text });
-        desk.window.studio().program().take();
-        desk.select(1);
-        desk.find<QPlainTextEdit>("layerText")->setFocus();
-        desk.setLayers({ verse });
-        QTest::keyClick(desk.window.windowHandle(), Qt::Key_B);
-        QVERIFY(desk.isOnAir());
-        QTest::keyClick(desk.window.windowHandle(), Qt::Key_PageDown);
-        QTRY_COMPARE(desk.stage().program.streams()->layers[0].page, 1);
-    }
 };
 
 NIMBARA_TEST(KeyPageTest)

@@ -18,8 +18,8 @@ namespace nimbara {
 /// Makes pages of verse layers ready before they are shown: how the layer is split, and the picture
 /// of the page that it shows. All of it is done on one thread, whose turn comes after the others of
 /// the studio. The pictures that were wanted or shown last are kept, within both limits. What is
-/// public here is the interface thread's, and waits for nothing but a lock that is held for
-/// moments.
+/// public here is the interface thread's, `painted` any thread's, and waits for nothing but a lock
+/// that is held for moments.
 class PagesAhead {
 public:
     /// The page before, this one and the next, each in PREVIEW and in both programs, and some more.

@@ -52,7 +52,9 @@ Message missingSecond(const Layer &layer)
     const auto passage = passageOf(layer.reference);
     const Message missing = passage ? bible::missingVerses(*bible, *passage) : Message();
     if (!missing.isEmpty()) {
-        return missing + " Se muestra sola la primera Biblia.";
+        return layer.secondText.isEmpty()
+            ? missing + " Se muestra sola la primera Biblia."
+            : missing + " En esos versículos se muestra sola la primera Biblia.";
     }
     return layer.secondText.isEmpty() ? Message("No está en %1: se muestra sola la primera Biblia.",
                { Message::verbatim(bible->name) })

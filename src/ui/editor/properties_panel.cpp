@@ -239,7 +239,7 @@ QFormLayout *PropertiesPanel::formOf(Kinds kinds)
         auto *owner = new QWidget;
         auto *form = new QFormLayout(owner);
         form->setContentsMargins(0, 0, 0, 0);
-        form->setVerticalSpacing(6);
+        form->setVerticalSpacing(5);
         form->setRowWrapPolicy(QFormLayout::WrapLongRows); // on a small screen
         m_column->addWidget(owner);
         m_groups.push_back({ owner, form, kinds });

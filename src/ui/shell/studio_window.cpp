@@ -112,6 +112,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_returnKey(std::make_unique<ReturnKey>(*this))
 {
     m_keys.remember(m_settings);
+    qApp->installEventFilter(new WheelGuard(this)); // before a control is polished
     layOut();
     m_editor = std::make_unique<SceneEditor>(m_studio,
         *m_dialogs,
@@ -145,7 +146,6 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     m_verses = std::make_unique<VerseControls>(m_studio,
         m_guard,
         VerseControls::Views { *m_sceneTab, *m_editor, *m_translationTab->bible() });
-    qApp->installEventFilter(new WheelGuard(this));
     connectRows();
     connectTabs();
     connectDevices();

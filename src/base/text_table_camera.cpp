@@ -35,7 +35,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Abrir las cámaras de las capas solo mientras se ven",
         "Open the cameras of layers only while they are seen" },
     TextPair { "Mantener el ritmo con poca luz", "Keep the rate in poor light" },
-    TextPair { "\"%1\" trae también sonido: \"%2\"", "\"%1\" brings sound, too: \"%2\"" },
+    TextPair { "\"%1\" trae también sonido: \"%2\"", "\"%1\" brings sound, too: %2" },
     TextPair { "Usar su sonido", "Use its sound" },
     TextPair { "%1 no deja mantener el ritmo con poca luz.",
         "%1 does not let its rate be kept in poor light." },

@@ -16,31 +16,28 @@ namespace nimbara {
 /// nobody can tell is none.
 struct ServiceFacts {
     int screens = 1; ///< of the computer, the operator's among them
-
-    bool hasInput = false; ///< an audio device was chosen
-    bool inputIsLost = false;
-    bool isMuted = false;
-    double inputPeak = 0; ///< loudest value of the look, linear
-
-    bool hasCamera = false; ///< a camera was chosen
-    bool cameraIsLost = false;
-    double cameraRate = 0; ///< pictures per second that come in
-
-    std::optional<std::int64_t> freeBytes; ///< on the disk of the operator's videos
     int kbits = 6000; ///< of a recording, kbit/s
+    double inputPeak = 0; ///< loudest value of the look, linear
+    double cameraRate = 0; ///< pictures per second that come in
+    std::optional<std::int64_t> freeBytes; ///< on the disk of the operator's videos
 
     QStringList destinations; ///< names of the ticked ones
     QStringList withoutServer; ///< of those
     QStringList withoutKey; ///< of those, neither typed nor stored
-    std::optional<bool> lineHadRoom; ///< for all of them; none: it was not tested
-    Message lineVerdict; ///< of that test
-    std::optional<bool> hasServiceKey; ///< for the translation; none: the store has not answered
-    std::optional<bool> serviceAnswers; ///< to that key; none: it was not asked, or is silent
-    Message serviceAnswer;
-    bool usesOnlineBible = false; ///< verses come from the online Bibles' service
+    Message lineVerdict; ///< of the test of the line
+    Message serviceAnswer; ///< of the translation's
     std::optional<Message> onlineBible; ///< what is amiss with it; none: it is silent
     std::optional<TextFit> texts; ///< none: they are not all laid out yet
 
+    bool hasInput = false; ///< an audio device was chosen
+    bool inputIsLost = false;
+    bool isMuted = false;
+    bool hasCamera = false; ///< a camera was chosen
+    bool cameraIsLost = false;
+    bool usesOnlineBible = false; ///< verses come from the online Bibles' service
+    std::optional<bool> lineHadRoom; ///< for all destinations; none: it was not tested
+    std::optional<bool> hasServiceKey; ///< for the translation; none: the store has not answered
+    std::optional<bool> serviceAnswers; ///< to that key; none: it was not asked, or is silent
     std::optional<bool> clockIsSet; ///< by a time server
     std::optional<bool> onBattery;
 };

@@ -41,8 +41,8 @@ template <typename Step> void StreamDesk::runFor(std::size_t slot, Step step) co
     try {
         step();
     } catch (const Error &error) {
-        const QString name = m_outputs.destination(slot).name();
-        throw Error(Message::verbatim(name + QStringLiteral(": ")) + error.message());
+        throw Error(Message(destinationPresets().at(slot).name)
+            + Message::verbatim(QStringLiteral(": ")) + error.message());
     }
 }
 

@@ -316,7 +316,8 @@ private Q_SLOTS:
             QCOMPARE(desk.statuses.last().contains(u"No está en Reina-Valera 1909"), blank);
         }
         desk.show(u"Job 38:38-39"_s, u"en"_s); // a part of it
-        QVERIFY(desk.statuses.last().endsWith(u"Job 38:39. En esos versículos se muestra sola la primera Biblia."_s));
+        QVERIFY(desk.statuses.last().endsWith(
+            u"Job 38:39. En esos versículos se muestra sola la primera Biblia."_s));
     }
 
     /// A step painted the page in the frame that showed it.

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "base/memory_policy.h"
-
 #include <cstddef>
 #include <future>
 #include <list>
@@ -11,8 +9,7 @@
 
 namespace nimbara {
 
-/// Destroys pipelines on background tasks, because stopping one may block for seconds, and gives
-/// the system back what they held.
+/// Destroys pipelines on background tasks, because stopping one may block for seconds.
 ///
 /// Callable from any thread. The tasks touch nothing but the object they destroy. The destructor
 /// waits for the tasks that are still under way, so it must not run on one of them.
@@ -25,10 +22,8 @@ public:
             return;
         }
         try {
-            auto task = std::async(std::launch::async, [held = std::move(object)]() mutable {
-                held.reset();
-                giveBackFreedMemory();
-            });
+            auto task = std::async(std::launch::async,
+                [held = std::move(object)]() mutable { held.reset(); });
             const std::lock_guard lock(m_mutex);
             m_tasks.push_back(std::move(task));
         } catch (const std::system_error &) {

@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QStandardPaths>
 
 #include <algorithm>
 #include <utility>
@@ -22,13 +21,6 @@ constexpr int healthyGrowths = 5; // of a file; its header alone is no sign of a
 Message silentDisk()
 {
     return "el disco no responde.";
-}
-
-/// Where recordings go until the operator chooses.
-QString usualFolder()
-{
-    const QString films = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
-    return QFileInfo::exists(films) ? films : QDir::homePath();
 }
 
 Message nameOf(const QString &path)
@@ -50,7 +42,8 @@ RecordingDesk::RecordingDesk(const Clock &clock,
     , m_journal(journalFolder, sync)
     , m_disk(std::move(disk), std::move(sync))
 {
-    m_disk.watch(usualFolder() + QLatin1Char('/'));
+    // Most often the disk of the videos' folder, too, of which nobody is asked here.
+    m_disk.watch(QDir::homePath() + QLatin1Char('/'));
     m_journal.mendUnfinished();
 }
 

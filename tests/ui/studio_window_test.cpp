@@ -19,6 +19,46 @@ using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// A project file whose save waits, for what is kept of it on a share that has gone away.
+struct HungSave {
+    QTemporaryDir folder;
+    QString file = folder.filePath(u"culto.nimbara"_s);
+
+    HungSave()
+    {
+        if (!QFile(file).open(QIODevice::WriteOnly)) { // there is something to keep
+            qFatal("no file");
+        }
+        const QByteArray digest
+            = QCryptographicHash::hash(file.toUtf8(), QCryptographicHash::Sha256).toHex().left(32);
+        const QDir backups(folder.filePath(u"backups/"_s + QString::fromLatin1(digest)));
+        m_hung = QFile::encodeName(backups.filePath(u"path.txt"_s));
+        if (!backups.mkpath(u"."_s) || mkfifo(m_hung.constData(), 0600) != 0) {
+            qFatal("no pipe"); // reading it waits for a writer
+        }
+    }
+    ~HungSave() { answer(); }
+    HungSave(const HungSave &) = delete;
+    HungSave &operator=(const HungSave &) = delete;
+    HungSave(HungSave &&) = delete;
+    HungSave &operator=(HungSave &&) = delete;
+
+    void answer() const { ::close(::open(m_hung.constData(), O_RDWR)); }
+    [[nodiscard]] StudioServices services() const
+    {
+        StudioServices services;
+        services.dataFolder = folder.path();
+        return services;
+    }
+
+private:
+    QByteArray m_hung;
+};
+
+} // namespace
+
 class StudioWindowTest : public QObject {
     Q_OBJECT
 
@@ -192,27 +232,34 @@ private Q_SLOTS:
     /// A share that has gone away: the operator is asked without closing twice.
     void aSaveThatHangsHoldsNoCloseUp()
     {
-        const QTemporaryDir folder;
-        const QString file = folder.filePath(u"culto.nimbara"_s);
-        QVERIFY(QFile(file).open(QIODevice::WriteOnly)); // there is something to keep
-        const QByteArray digest
-            = QCryptographicHash::hash(file.toUtf8(), QCryptographicHash::Sha256).toHex().left(32);
-        const QDir backups(folder.filePath(u"backups/"_s + QString::fromLatin1(digest)));
-        QVERIFY(backups.mkpath(u"."_s));
-        const QByteArray hung = QFile::encodeName(backups.filePath(u"path.txt"_s));
-        QCOMPARE(mkfifo(hung.constData(), 0600), 0); // reading it waits for a writer
-        StudioServices services;
-        services.dataFolder = folder.path();
-        Desk desk(std::move(services));
-        const auto answered = qScopeGuard([&] { ::close(::open(hung.constData(), O_RDWR)); });
+        HungSave hung;
+        Desk desk(hung.services());
         desk.press("duplicateScene");
         desk.dialogs->choices = { SaveChoice::Save };
-        desk.dialogs->files = { file };
+        desk.dialogs->files = { hung.file };
         desk.dialogs->answers = { true };
         QVERIFY(!desk.window.close());
         QTRY_VERIFY_WITH_TIMEOUT(!desk.window.isVisible(), 30'000);
         QCOMPARE(desk.dialogs->asked.last(),
             u"Cerrar: El proyecto todavía se está guardando. ¿Cerrar sin esperar?"_s);
+    }
+
+    /// It was ended unasked when the save came back.
+    void whatBeganWhileASaveWasWaitedForIsAskedAbout()
+    {
+        HungSave hung;
+        Desk desk(hung.services());
+        desk.press("duplicateScene");
+        desk.dialogs->choices = { SaveChoice::Save };
+        desk.dialogs->files = { hung.file };
+        QVERIFY(!desk.window.close());
+        Studio &studio = desk.window.studio();
+        studio.recordings().start(hung.folder.filePath(u"culto.webm"_s));
+        QTRY_VERIFY(studio.recordings().isWriting());
+        hung.answer();
+        const QString question = u"Cerrar: Hay salidas activas. ¿Detenerlas y cerrar?"_s;
+        QTRY_COMPARE(desk.dialogs->asked.filter(question).size(), 1);
+        QVERIFY(desk.window.isVisible() && studio.recordings().isWriting());
     }
 
     void languageIsStoredForTheNextStart()

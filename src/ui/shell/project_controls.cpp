@@ -79,8 +79,9 @@ void ProjectControls::connectDesk()
     });
     connect(desk, &ProjectDesk::saved, this, &ProjectControls::goOn, Qt::QueuedConnection);
     connect(desk, &ProjectDesk::failed, this, [this](const Message &text) {
-        if (!awaitsSave()) { // of another file
+        if (m_next && !awaitsSave()) { // not of another file
             m_next = nullptr;
+            Q_EMIT waitEnded();
         }
         m_guard.tell(text);
     });

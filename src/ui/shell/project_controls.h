@@ -39,6 +39,10 @@ public:
     /// A save is waited for.
     [[nodiscard]] bool isSettling() const { return m_next != nullptr; }
 
+Q_SIGNALS:
+    /// The save that was waited for failed: nothing goes on.
+    void waitEnded();
+
 private:
     void connectDesk();
     void waitFor(const QString &path, std::function<void()> next);

@@ -49,6 +49,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QProcess>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QTabWidget>
 
@@ -112,6 +113,8 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     , m_returnKey(std::make_unique<ReturnKey>(*this))
 {
     m_keys.remember(m_settings);
+    m_savePatience.setSingleShot(true);
+    connect(&m_savePatience, &QTimer::timeout, this, &StudioWindow::askNotToWait);
     qApp->installEventFilter(new WheelGuard(this)); // before a control is polished
     layOut();
     m_editor = std::make_unique<SceneEditor>(m_studio,
@@ -141,6 +144,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *this,
         OnAirView::Views { *m_monitors, *m_sceneTab, *m_tiles, *m_controls, *m_project });
     connectStudio();
+    connect(m_projects.get(), &ProjectControls::waitEnded, &m_savePatience, &QTimer::stop);
     m_translation
         = std::make_unique<TranslationControls>(m_studio, m_guard, m_keys, *m_translationTab);
     m_verses = std::make_unique<VerseControls>(m_studio,
@@ -470,7 +474,8 @@ void StudioWindow::restartInOtherLanguage()
 void StudioWindow::closeLater()
 {
     m_mayClose = true;
-    if (QWidget *box = QApplication::activeModalWidget()) {
+    m_savePatience.stop();
+    if (QWidget *box = QApplication::activeModalWidget(); box != nullptr && m_asksNotToWait) {
         box->close(); // what it asks is settled
     }
     QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
@@ -479,8 +484,11 @@ void StudioWindow::closeLater()
 /// A share that has gone away holds nobody up. The save may be done before the answer.
 void StudioWindow::askNotToWait()
 {
-    if (m_projects->isSettling()
-        && m_dialogs->question(nimbara_i18n::tr("Cerrar"),
+    if (!m_projects->isSettling() || m_asksNotToWait) {
+        return;
+    }
+    const QScopedValueRollback asking(m_asksNotToWait, true);
+    if (m_dialogs->question(nimbara_i18n::tr("Cerrar"),
             nimbara_i18n::tr("El proyecto todavía se está guardando. ¿Cerrar sin esperar?"))
         && m_projects->isSettling()) {
         closeLater();
@@ -489,9 +497,13 @@ void StudioWindow::askNotToWait()
 
 void StudioWindow::closeEvent(QCloseEvent *event)
 {
-    if (!m_mayClose && m_studio.hasOutputs()
-        && !m_dialogs->question(nimbara_i18n::tr("Cerrar"),
-            nimbara_i18n::tr("Hay salidas activas. ¿Detenerlas y cerrar?"))) {
+    // Also those that began while a save was waited for.
+    m_mayEndOutputs = m_studio.hasOutputs()
+        && ((m_mayClose && m_mayEndOutputs)
+            || m_dialogs->question(nimbara_i18n::tr("Cerrar"),
+                nimbara_i18n::tr("Hay salidas activas. ¿Detenerlas y cerrar?")));
+    if (m_studio.hasOutputs() && !m_mayEndOutputs) {
+        m_mayClose = false;
         event->ignore();
         return;
     }
@@ -503,7 +515,7 @@ void StudioWindow::closeEvent(QCloseEvent *event)
         }
         m_projects->settleUnsaved([this] { closeLater(); });
         if (m_projects->isSettling()) {
-            QTimer::singleShot(savePatience, this, &StudioWindow::askNotToWait);
+            m_savePatience.start(savePatience);
         }
         return;
     }

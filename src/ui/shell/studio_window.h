@@ -109,12 +109,15 @@ private:
     void askNotToWait();
 
     bool m_mayClose = false; ///< what would be lost was settled
+    bool m_mayEndOutputs = false; ///< the operator said so when the close was asked for
+    bool m_asksNotToWait = false; ///< its box is open
     SystemClock m_clock;
     Studio m_studio;
     QSettings &m_settings; ///< the studio's
     std::unique_ptr<Dialogs> m_dialogs;
     ErrorGuard m_guard;
     QTimer m_frameTimer;
+    QTimer m_savePatience; ///< of a close that waits for a save
     KeyMap m_keys;
 
     HeaderRow *m_header;

@@ -146,6 +146,12 @@ private Q_SLOTS:
         RtmpPeer peer;
         StudioFixture desk;
         StreamDesk &streams = desk.studio.streams();
+        streams.setServer(2, u"rtmp://127.0.0.1:%1/live"_s.arg(freePort()));
+        streams.setKey(2, u"never"_s);
+        streams.toggle(2);
+        QVERIFY(desk.runUntil([&] { return !streams.isOnAir(2); }));
+        QVERIFY(!streams.isWanted(2)); // it never was on air, and has no tick to take away
+        desk.studio.notices().settle(desk.studio.notices().all().front().id);
         streams.setServer(0, peer.rtmp(u"live"_s));
         streams.setKey(0, u"reconnects"_s);
         streams.toggle(0);

@@ -66,7 +66,8 @@ void StreamDesk::setKey(std::size_t slot, const QString &key)
 void StreamDesk::setSelected(std::size_t slot, bool selected)
 {
     if (selected != std::exchange(m_slots.at(slot).isSelected, selected)) {
-        m_slots.at(slot).isWanted = isWanted(slot) && (selected || isOnAir(slot));
+        bool &isWanted = m_slots.at(slot).isWanted;
+        isWanted = isWanted && (selected || isOnAir(slot));
         Q_EMIT changed(slot);
     }
 }
@@ -225,6 +226,7 @@ void StreamDesk::advance(std::size_t slot, std::int64_t nowUs)
         Q_EMIT changed(slot);
     } else if (!each.reconnection.isAccepted() && m_outputs.destination(slot).accepted()) {
         each.reconnection.accepted();
+        each.isWanted = true;
         each.line.forget();
         if (std::exchange(each.isLost, false)) {
             ++each.returns;
@@ -339,8 +341,8 @@ void StreamDesk::start(std::size_t slot)
     each.startedSize = m_stage.streamFrame();
     each.startedBitrate = m_stage.document.project().videoKbits * 1000;
     each.reconnection.started(m_clock.monotonicUs());
+    each.isWanted = false;
     runFor(slot, [&] { startDestination(slot); });
-    each.isWanted = true;
     Q_EMIT changed(slot);
 }
 

@@ -77,9 +77,12 @@ public:
     }
     /// How often it came back since the operator started it.
     [[nodiscard]] int reconnections(std::size_t slot) const { return m_slots.at(slot).returns; }
-    /// The operator started it and has neither stopped it nor taken its tick away: also one that
-    /// was given up.
-    [[nodiscard]] bool isWanted(std::size_t slot) const { return m_slots.at(slot).isWanted; }
+    /// It is on air, or was, and the operator has neither stopped it nor taken its tick away: also
+    /// one that was given up.
+    [[nodiscard]] bool isWanted(std::size_t slot) const
+    {
+        return m_slots.at(slot).isWanted || isOnAir(slot);
+    }
     /// It sends, or is being tried again.
     [[nodiscard]] bool isOnAir(std::size_t slot) const
     {
@@ -129,7 +132,7 @@ private:
         bool wasEmptied = false; ///< by the operator, since it was stored
         bool hasShownStored = false; ///< the field held what is stored
         bool isSelected = false;
-        bool isWanted = false;
+        bool isWanted = false; ///< beyond the time in which it is on air
         std::uint64_t ticket = 0; ///< of the start that waits; 0: none. A key that comes for
                                   ///< another ticket comes too late.
         bool holdsOthers = false; ///< the selected slots after it wait for that start

@@ -46,19 +46,7 @@ makeLeakyInput(const PipelineParts &parts, const char *name, const CapsRef &caps
 
 /// Pictures in the encoder's format that may wait for it: when the machine is short of breath for a
 /// second, none is lost. In front of it, in four times the room, wait a few more.
-GstElement *makeBreath(const PipelineParts &parts, const char *name)
-{
-    GstElement *queue = parts.make("queue", name);
-    g_object_set(queue,
-        "max-size-buffers",
-        30U,
-        "max-size-bytes",
-        0U,
-        "max-size-time",
-        guint64 { 0 },
-        nullptr);
-    return queue;
-}
+constexpr guint breath = 30;
 
 /// Hands on what comes as soon as it comes.
 GstElement *makeEnd(const PipelineParts &parts)
@@ -102,11 +90,11 @@ PictureEncoding buildPictureEncoding(const EncoderProfile &profile,
     GstElement *source
         = makeLeakyInput(parts, "pictures", pictureCaps(profile, format), picturePatience);
     convertFrames(source, format, converter);
-    GstElement *breath = makeBreath(parts, isH264 ? "h264" : "vp8");
+    GstElement *waiting = parts.makeQueue(breath, isH264 ? "h264" : "vp8");
     GstElement *encoder = parts.make(choice.factory);
     choice.configure(G_OBJECT(encoder), profile.bitrate);
     GstElement *end = makeEnd(parts);
-    PipelineParts::link({ source, breath, encoder });
+    PipelineParts::link({ source, waiting, encoder });
     if (isH264) {
         GstElement *parse = parts.make("h264parse");
         g_object_set(parse, "config-interval", -1, nullptr); // each key frame has its headers
@@ -119,7 +107,7 @@ PictureEncoding buildPictureEncoding(const EncoderProfile &profile,
     return { ElementRef::retain(source),
         ElementRef::retain(encoder),
         ElementRef::retain(end),
-        EncoderControl(breath, encoder, choice, profile.bitrate),
+        EncoderControl(waiting, encoder, choice, profile.bitrate),
         parts.take() };
 }
 

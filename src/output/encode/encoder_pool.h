@@ -31,7 +31,7 @@ public:
     /// Pictures of all encoders since the start: to be encoded, and let go of.
     [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
     [[nodiscard]] std::uint64_t lost() const { return m_lost; }
-    /// Beside them, the ones that were left out at half the rate.
+    /// Beside them, the ones that were left out under pressure.
     [[nodiscard]] std::uint64_t leftOut() const { return m_leftOut; }
     /// What the encoder that gave up most has left of its bit rate, 0.5..1.
     [[nodiscard]] double rateShare() const { return m_rateShare; }

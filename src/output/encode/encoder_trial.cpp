@@ -96,21 +96,6 @@ bool alike(const GstVideoInfo &info, GstBuffer *wanted, GstBuffer *got)
     return same;
 }
 
-/// For all that the encoder makes.
-GstElement *makeRoom(const PipelineParts &parts)
-{
-    GstElement *queue = parts.make("queue");
-    g_object_set(queue,
-        "max-size-buffers",
-        0U,
-        "max-size-bytes",
-        0U,
-        "max-size-time",
-        guint64 { 0 },
-        nullptr);
-    return queue;
-}
-
 GstElement *makeDecoder(const PipelineParts &parts)
 {
     for (const char *factory : decoders) {
@@ -177,7 +162,7 @@ public:
         g_object_set(m_sink.get(), "sync", FALSE, nullptr);
         PipelineParts::link({ m_source.get(),
             encoder,
-            makeRoom(parts), // the encoder alone is timed
+            parts.makeQueue(0), // the encoder alone is timed
             parts.make("h264parse"),
             makeDecoder(parts),
             convert,

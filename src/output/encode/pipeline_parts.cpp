@@ -21,6 +21,20 @@ GstElement *PipelineParts::makeFilter(const QString &caps) const
     return filter;
 }
 
+GstElement *PipelineParts::makeQueue(guint most, const char *name) const
+{
+    GstElement *queue = make("queue", name);
+    g_object_set(queue,
+        "max-size-buffers",
+        most,
+        "max-size-bytes",
+        0U,
+        "max-size-time",
+        guint64 { 0 },
+        nullptr);
+    return queue;
+}
+
 GstElement *PipelineParts::makeInput(const char *name) const
 {
     GstElement *source = make("appsrc", name);

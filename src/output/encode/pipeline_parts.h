@@ -24,6 +24,8 @@ public:
     [[nodiscard]] GstElement *makeFilter(const QString &caps) const;
     /// An input that the program's ticks fill ("appsrc"); time stamps are those of its buffers.
     [[nodiscard]] GstElement *makeInput(const char *name = nullptr) const;
+    /// A queue without another limit than `most` buffers; 0: none at all.
+    [[nodiscard]] GstElement *makeQueue(guint most, const char *name = nullptr) const;
     /// An output into a file, over one that exists. What has come to it survives the end of the
     /// process.
     [[nodiscard]] GstElement *makeFileSink(const QString &path) const;

@@ -108,6 +108,9 @@ private Q_SLOTS:
             QVERIFY(isNear(canvas.pixelColor(9, 7), QColor(9, 7, oldBlue), 1));
             QVERIFY(isNear(canvas.pixelColor(32, 8), QColor(16, 124, 5), 2));
             QVERIFY(isNear(canvas.pixelColor(60, 7), QColor(0, 240, 0), 1));
+            QImage odd(frame.width() - 1, frame.height(), QImage::Format_RGBX8888);
+            paintClip(odd, m_from, clip);
+            QVERIFY(isNear(odd.pixelColor(odd.width() - 1, 7), QColor(0, 240, 0), 1));
         }
     }
 };

@@ -24,6 +24,13 @@ void keepFreedPictures()
 #endif
 }
 
+void giveBackFreedMemory()
+{
+#ifdef __GLIBC__
+    static_cast<void>(malloc_trim(0));
+#endif
+}
+
 void forbidCoreDumps()
 {
 #if defined(__unix__) || defined(__APPLE__)

@@ -9,6 +9,11 @@ namespace nimbara {
 /// it first in the process; does nothing where the library has no such settings.
 void keepFreedPictures();
 
+/// Gives the system what was freed and kept, whole pages wherever they lie (malloc_trim(3)): what
+/// encoders leave lies between what stays. Takes some milliseconds, in which others may wait for
+/// memory. Any thread; does nothing where the library has no such call.
+void giveBackFreedMemory();
+
 /// A crash leaves no image of the memory behind, in which keys lie (setrlimit(2)). Does nothing
 /// where the system has no such limit. Call it once, at start.
 void forbidCoreDumps();

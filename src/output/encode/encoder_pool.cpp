@@ -1,14 +1,22 @@
 #include "output/encode/encoder_pool.h"
 
+#include "base/memory_policy.h"
+
 #include <algorithm>
 #include <thread>
 #include <utility>
 
 namespace nimbara {
 
+namespace {
+
+constexpr std::int64_t restNs = 5'000'000'000; ///< after an encoder's end
+
+} // namespace
+
 std::shared_ptr<ProgramEncoder> EncoderPool::take(const EncoderProfile &profile)
 {
-    std::erase_if(m_entries, [](const Entry &entry) { return entry.encoder.expired(); });
+    forgetEnded();
     for (const Entry &entry : m_entries) {
         if (entry.profile != profile) {
             continue;
@@ -41,9 +49,28 @@ std::shared_ptr<ProgramEncoder> EncoderPool::make(const EncoderProfile &profile)
     return { encoder.release(), leave };
 }
 
+void EncoderPool::forgetEnded()
+{
+    m_hasEnded
+        |= std::erase_if(m_entries, [](const auto &each) { return each.encoder.expired(); }) > 0;
+}
+
+/// Starts and ends in a row leave their memory to one another.
+void EncoderPool::giveBackMemory(std::int64_t tNs)
+{
+    if (std::exchange(m_hasEnded, false)) {
+        m_endedNs = tNs;
+    }
+    if (m_endedNs && tNs - *m_endedNs >= restNs) {
+        m_endedNs.reset();
+        static_cast<void>(m_givesBack.tryStart(giveBackFreedMemory));
+    }
+}
+
 void EncoderPool::poll(std::int64_t tNs)
 {
-    std::erase_if(m_entries, [](const Entry &entry) { return entry.encoder.expired(); });
+    forgetEnded();
+    giveBackMemory(tNs);
     m_rateShare = 1;
     bool canSpare = false;
     for (Entry &entry : m_entries) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/background_task.h"
 #include "media/sources/retirement.h"
 #include "output/encode/h264_encoders.h"
 #include "output/encode/pressure.h"
@@ -7,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -51,6 +53,8 @@ private:
     [[nodiscard]] bool isTight() const;
     [[nodiscard]] Effort effortNow() const;
     void count(Entry &entry, const ProgramEncoder &encoder);
+    void forgetEnded();
+    void giveBackMemory(std::int64_t tNs);
     std::weak_ptr<Retirement> m_retirement;
     std::vector<Entry> m_entries;
     std::shared_ptr<PictureConverter> m_converter = std::make_shared<PictureConverter>();
@@ -60,6 +64,9 @@ private:
     std::uint64_t m_lost = 0;
     std::uint64_t m_leftOut = 0;
     double m_rateShare = 1;
+    bool m_hasEnded = false; ///< an encoder, since the last poll
+    std::optional<std::int64_t> m_endedNs; ///< what it left is not yet given back
+    BackgroundTask<void> m_givesBack;
 };
 
 } // namespace nimbara

@@ -49,6 +49,13 @@ class StreamTest : public QObject {
         const auto any = [&] { return !(stopped = push(feed).destinations).empty(); };
         return QTest::qWaitFor(any, 20000) ? stopped : std::vector<std::size_t> {};
     }
+    static qsizetype sockets()
+    {
+        const auto all = QDir(u"/proc/self/fd"_s).entryInfoList(QDir::System | QDir::Files);
+        return std::count_if(all.begin(), all.end(), [](const QFileInfo &each) {
+            return each.symLinkTarget().contains(u"socket:"_s);
+        });
+    }
     bool settled() { return (m_retirement->reap(), m_retirement->pending()) == 0; }
 
     std::unique_ptr<RtmpPeer> m_peer;
@@ -105,9 +112,11 @@ private Q_SLOTS:
         }
         ProgramFeed feed(small);
         QTRY_VERIFY((push(feed), m_outputs->destination(0).accepted()));
+        const qsizetype open = sockets();
         start(2, m_peer->rtmp(live), key + u"-good"_s);
         QCOMPARE(firstStopped(feed), std::vector<std::size_t> { 2 });
         QCOMPARE(m_outputs->destination(2).failure(), OutputFailure::NameInUse);
+        QTRY_VERIFY2(settled() && sockets() <= open, "the connection stays open");
     }
 
     void reachesTheServer()

@@ -4,6 +4,7 @@
 #include "media/gst/bus_error.h"
 #include "output/encode/failure_text.h"
 #include "output/sink/outlet.h"
+#include "output/sink/stream_sockets.h"
 
 namespace nimbara {
 
@@ -88,6 +89,8 @@ Output::Output(std::int32_t width,
 Output::~Output()
 {
     m_streamEnd.end(m_pipeline.bus());
+    m_pipeline.stop();
+    stream_sockets::closeAbandoned();
 }
 
 /// A disk that hangs opens no file, and gives no error.

@@ -2,6 +2,7 @@
 #include "output/encode/audio_timeline.h"
 #include "output/encode/pipeline_parts.h"
 #include "output/sink/outlet.h"
+#include "output/sink/stream_sockets.h"
 
 namespace nimbara {
 
@@ -36,6 +37,7 @@ void checkLocation(const QString &location)
 Outlet buildRtmpOutlet(const QString &location)
 {
     checkLocation(location);
+    stream_sockets::watch(location);
     PipelineParts parts("nimbara-output");
     GstElement *video = parts.makeInput();
     GstElement *audio = parts.makeInput();

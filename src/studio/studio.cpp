@@ -401,6 +401,7 @@ void Studio::feedOutputs(const QImage &streams, std::int64_t frameTime)
     m_lineTest.push(timeNs);
     if (!m_outputs.any()) {
         m_fed.reset();
+        m_outputs.rest(timeNs);
         return;
     }
     tellStopped(m_outputs.push(frameOf(streams), block, timeNs));

@@ -56,8 +56,9 @@ void EncoderPool::forgetEnded()
 }
 
 /// Starts and ends in a row leave their memory to one another.
-void EncoderPool::giveBackMemory(std::int64_t tNs)
+void EncoderPool::rest(std::int64_t tNs)
 {
+    forgetEnded();
     if (std::exchange(m_hasEnded, false)) {
         m_endedNs = tNs;
     }
@@ -69,8 +70,7 @@ void EncoderPool::giveBackMemory(std::int64_t tNs)
 
 void EncoderPool::poll(std::int64_t tNs)
 {
-    forgetEnded();
-    giveBackMemory(tNs);
+    rest(tNs);
     m_rateShare = 1;
     bool canSpare = false;
     for (Entry &entry : m_entries) {

@@ -29,6 +29,9 @@ public:
     /// Call on every tick, after the pictures were pushed: sees to it that the encoders ask of the
     /// machine and of the line what they have.
     void poll(std::int64_t tNs);
+    /// The same where no picture is pushed: some seconds after an encoder's end what it left is
+    /// given back to the system.
+    void rest(std::int64_t tNs);
     [[nodiscard]] Effort effort() const { return m_pressure.effort(); }
     /// Pictures of all encoders since the start: to be encoded, and let go of.
     [[nodiscard]] std::uint64_t pushed() const { return m_pushed; }
@@ -54,7 +57,6 @@ private:
     [[nodiscard]] Effort effortNow() const;
     void count(Entry &entry, const ProgramEncoder &encoder);
     void forgetEnded();
-    void giveBackMemory(std::int64_t tNs);
     std::weak_ptr<Retirement> m_retirement;
     std::vector<Entry> m_entries;
     std::shared_ptr<PictureConverter> m_converter = std::make_shared<PictureConverter>();

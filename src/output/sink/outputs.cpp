@@ -32,6 +32,11 @@ Outputs::push(const FramePtr &frame, std::span<const float> block, std::int64_t 
     return stopped;
 }
 
+void Outputs::rest(std::int64_t tNs)
+{
+    m_encoders.rest(tNs);
+}
+
 bool Outputs::any() const
 {
     return m_recording.exists()

@@ -26,6 +26,9 @@ public:
     /// `tNs`: the tick's scheduled frame time from the fixed clock origin.
     Stopped push(const FramePtr &frame, std::span<const float> block, std::int64_t tNs);
 
+    /// Instead, on a tick at which there is nothing to push to.
+    void rest(std::int64_t tNs);
+
     /// The recording or a destination exists: pushing is worth a picture, and the profile, the
     /// project and the language must stay as they are.
     [[nodiscard]] bool any() const;

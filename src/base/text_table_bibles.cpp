@@ -50,6 +50,7 @@ constexpr TextPair pairs[] = {
     TextPair { "Elige un solo archivo OSIS o Zefania, o varios USFM.",
         "Choose one OSIS or Zefania file only, or several of USFM." },
     TextPair { "No está en %1: %2.", "Not in %1: %2." },
+    TextPair { "En %1, %2 tiene %3 versículos.", "In %1, %2 has %3 verses." },
     TextPair { " Esa Biblia numera allí de otra forma.",
         " That Bible is numbered otherwise there." },
     TextPair { "La Biblia %1 no está en este equipo: impórtala o elige otra.",

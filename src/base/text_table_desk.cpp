@@ -12,6 +12,11 @@ constexpr TextPair pairs[] = {
         "The text does not fit its box: %1 lines hidden" },
     TextPair { "Arrastra para repartir el espacio; doble clic: automático",
         "Drag to share the room; double click: automatic" },
+    TextPair { "Ni un contorno ni un fondo bastan con esta opacidad: súbela al %1 %.",
+        "Neither an outline nor a background will do at this opacity: raise it to %1 %." },
+    TextPair {
+        "Ni un contorno ni un fondo bastan: el color de las letras es demasiado transparente.",
+        "Neither an outline nor a background will do: the letters' colour is too transparent." },
     TextPair { "Cuesta leerlo: contraste %1 : 1, hacen falta 4,5 : 1.",
         "Hard to read: contrast %1 : 1, it takes 4.5 : 1." },
     TextPair { "Letras pequeñas para la última fila: desde tamaño %1 se leen.",

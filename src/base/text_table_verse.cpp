@@ -44,6 +44,8 @@ constexpr TextPair pairs[] = {
         "New verses of the project will have this style." },
     TextPair { "No está en %1: se muestra sola la primera Biblia.",
         "Not in %1: the first Bible is shown alone." },
+    TextPair { "No está en %1: se muestra en su lugar %2.",
+        "Not in %1: %2 is shown in its place." },
     TextPair { " Se muestra sola la primera Biblia.", " The first Bible is shown alone." },
     TextPair { " En esos versículos se muestra sola la primera Biblia.",
         " In those verses the first Bible is shown alone." },
@@ -60,6 +62,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Intro prepara el pasaje elegido.", "Enter prepares the chosen passage." },
     TextPair { "Citas y versículos encontrados", "References and verses found" },
     TextPair { "Es el primer versículo de la Biblia.", "That is the first verse of the Bible." },
+    TextPair { "Es el último versículo de %1.", "That is the last verse of %1." },
+    TextPair { "Es el primer versículo de %1.", "That is the first verse of %1." },
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "bible/verse_flow.h"
 
 #include "base/i18n.h"
+#include "bible/canon.h"
 #include "bible/named_bible.h"
 #include "bible/reader.h"
 
@@ -61,6 +62,27 @@ Message describeAbsence(const Limit &limit, const QString &lang)
     return limit.book < 0
         ? absent
         : absent + Message::verbatim(QStringLiteral(". ")) + describeLimit(limit, lang);
+}
+
+/// Verses that the Bible leaves empty; where they are the last ones of their chapter, what it has.
+Message describeEmpty(const Bible &bible, const Passage &passage, const QString &lang)
+{
+    const Message absent = "Esa cita no existe en la Biblia";
+    const Span &first = passage.spans.first();
+    std::int32_t last = canonVerses(passage.book, first.chapterFrom);
+    while (
+        last > 0 && verseText(bible, { passage.book, first.chapterFrom, last, last }).isEmpty()) {
+        --last;
+    }
+    if (last == 0 || first.verseFrom <= last) {
+        return absent;
+    }
+    const Passage chapter { passage.book, { { first.chapterFrom, 0, first.chapterFrom, 0 } } };
+    return absent + Message::verbatim(QStringLiteral(". "))
+        + Message("En %1, %2 tiene %3 versículos.",
+            { Message::verbatim(bible.name),
+                Message::verbatim(label(chapter, lang)),
+                Message::verbatim(QString::number(last)) });
 }
 
 QStringList offersOf(const Reading &reading, const QString &lang)
@@ -183,8 +205,8 @@ VerseUpdate builtInVerse(const Bible &bible, const Passage &passage, const QStri
     const QString text
         = bible.isImported ? presentText(bible, passage) : passageText(bible, passage);
     if (text.isEmpty()) {
-        throw nimbara::Error(bible.isImported ? missingText(bible, passage)
-                                              : Message("Esa cita no existe en la Biblia"));
+        throw nimbara::Error(
+            bible.isImported ? missingText(bible, passage) : describeEmpty(bible, passage, lang));
     }
     const QString name = label(passage, lang);
     return { name, text, name + dot() + bible.name };

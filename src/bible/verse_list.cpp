@@ -23,6 +23,14 @@ struct Place {
     std::int32_t verse = 0; ///< 0: the whole chapter
 };
 
+/// The verses of a chapter; the chapters of its book where it has none of that number.
+Limit limitOf(std::int32_t book, std::int32_t chapter)
+{
+    const std::int32_t chapters = canonChapters(book);
+    return chapter > chapters ? Limit { book, 0, chapters }
+                              : Limit { book, chapter, canonVerses(book, chapter) };
+}
+
 /// Reads one list in one sense. Numbers are as typed, not held against the canon.
 class ListReader {
 public:
@@ -56,6 +64,8 @@ public:
     }
 
     [[nodiscard]] bool isDoubtful() const { return m_doubtful; }
+    /// What there is where a verse 0 was typed, and no list was read for it.
+    [[nodiscard]] const Limit &limit() const { return m_limit; }
 
 private:
     [[nodiscard]] bool is(Kind kind, qsizetype ahead = 0) const
@@ -188,8 +198,11 @@ private:
     }
 
     /// A number of 0 is no place.
-    static std::optional<Place> isPlace(std::int32_t chapter, std::int32_t verse)
+    std::optional<Place> isPlace(std::int32_t chapter, std::int32_t verse)
     {
+        if (chapter > 0 && verse == 0) {
+            m_limit = limitOf(m_book, chapter);
+        }
         return chapter > 0 && verse > 0 ? std::optional(Place { chapter, verse }) : std::nullopt;
     }
     static std::optional<Place> wholeChapter(std::int32_t chapter)
@@ -305,6 +318,7 @@ private:
     std::int32_t m_book;
     bool m_other;
     bool m_doubtful = false;
+    Limit m_limit;
     qsizetype m_at = 0;
     qsizetype m_begin = 0;
     QList<Span> m_spans;
@@ -338,15 +352,11 @@ bool isOrdered(const QList<Span> &spans)
 /// What a span asks for beyond the canon.
 std::optional<Limit> beyond(std::int32_t book, const Span &span)
 {
-    const std::int32_t chapters = canonChapters(book);
     const std::pair<std::int32_t, std::int32_t> ends[] { { span.chapterFrom, span.verseFrom },
         { span.chapterTo, span.verseTo } };
     for (const auto &[chapter, verse] : ends) {
-        if (chapter > chapters) {
-            return Limit { book, 0, chapters };
-        }
-        if (verse > canonVerses(book, chapter)) {
-            return Limit { book, chapter, canonVerses(book, chapter) };
+        if (chapter > canonChapters(book) || verse > canonVerses(book, chapter)) {
+            return limitOf(book, chapter);
         }
     }
     return std::nullopt;
@@ -384,6 +394,7 @@ ListRead readInSense(const QList<Symbol> &symbols, std::int32_t book, Sense sens
     const auto spans = reader.read();
     ListRead result { {}, reader.isDoubtful(), {} };
     if (!spans) {
+        result.limit = reader.limit();
         return result;
     }
     for (const Span &span : *spans) {

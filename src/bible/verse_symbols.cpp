@@ -2,6 +2,9 @@
 
 #include "bible/book_names.h"
 
+#include <QRegularExpression>
+#include <QStringList>
+
 #include <utility>
 
 namespace bible {
@@ -102,6 +105,14 @@ bool isWhole(const QString &word)
         || word == QLatin1String("complete") || word == QLatin1String("entire");
 }
 
+/// "16 al final", "16 hasta el fin del capítulo", "16 to the end".
+bool isToTheEnd(const QString &words)
+{
+    static const QRegularExpression form(QStringLiteral(
+        "^(?:(?:al|hasta el) fin(?:al)?(?: del capitulo)?|to the end(?: of the chapter)?)$"));
+    return form.match(words).hasMatch();
+}
+
 /// Turns tokens into symbols, one by one.
 class Converter {
 public:
@@ -134,6 +145,15 @@ private:
         return m_at + 1 < m_tokens.size() ? &m_tokens.at(m_at + 1) : nullptr;
     }
     [[nodiscard]] bool isNumberNext() const { return next() != nullptr && next()->isNumber(); }
+
+    [[nodiscard]] QString wordsFromHere() const
+    {
+        QStringList words;
+        for (const Token &token : m_tokens.sliced(m_at)) {
+            words << token.text;
+        }
+        return words.join(QLatin1Char(' '));
+    }
 
     bool add(Kind kind)
     {
@@ -169,6 +189,11 @@ private:
         }
         if (isWhole(word) && isLast(Kind::Number) && next() == nullptr) {
             return true;
+        }
+        if (isToTheEnd(wordsFromHere())) {
+            const bool added = addPlain(Kind::NextAll, word);
+            m_at = m_tokens.size() - 1;
+            return added;
         }
         if (const auto kind = plainKind(word)) {
             return addPlain(*kind, word);

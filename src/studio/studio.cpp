@@ -141,6 +141,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     connect(&m_projects, &ProjectDesk::opened, this, &Studio::tellAbsentBibles);
     connect(&m_projects, &ProjectDesk::recovered, this, &Studio::tellAbsentBibles);
     connect(&m_bibles, &BibleDesk::said, this, &Studio::status);
+    connect(&m_passages, &PassageDesk::said, this, &Studio::status);
     connect(&m_verseSteps, &VerseSteps::said, this, &Studio::status);
     connect(&m_spokenVerses, &SpokenVerses::said, this, &Studio::status);
     connectCaptions();

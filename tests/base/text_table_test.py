@@ -30,7 +30,8 @@ QUOTED = {
 WHOLE_FILES = {
     *["bible/books.cpp", "compositor/text/word_widths.cpp", "translation/pipeline/reading_block.cpp", "ui/kit/style.cpp"],
     *[f"bible/{file}.cpp" for file in ["book_forms", "book_names", "named_bible", "reference_tokens", "spoken_books",
-                                   "spoken_references", "spoken_words", "osis_books", "usfm_markers", "sqlite_handle", "verse_index"]],
+                                   "spoken_references", "spoken_words", "osis_books", "usfm_markers", "sqlite_handle", "verse_index",
+                                   "verse_symbols"]],
 }
 
 TOKEN = re.compile(

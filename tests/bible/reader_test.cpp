@@ -225,6 +225,10 @@ private Q_SLOTS:
                  { "Juan 3:16-22:1", Limit { 42, 0, 21 } },
                  { "Judas 2:1", Limit { 64, 0, 1 } },
                  { "Judas 26", Limit { 64, 1, 25 } },
+                 { "Juan 3:0", Limit { 42, 3, 36 } }, // was not recognised
+                 { "Juan 3:16-0", Limit { 42, 3, 36 } },
+                 { "Juan 22 0", Limit { 42, 0, 21 } },
+                 { "Judas 0", Limit { 64, 1, 25 } },
                  { "Corintios 99", Limit {} } }) {
             const Reading reading = bible::read(QString::fromUtf8(typed));
             QCOMPARE(reading.status, Status::Absent);

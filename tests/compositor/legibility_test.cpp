@@ -162,22 +162,33 @@ private Q_SLOTS:
                  QColor(255, 0, 0),
                  QColor(0, 0, 255),
                  QColor(255, 220, 0) }) {
-            for (const auto &[outline, width] :
-                { std::pair(false, 100), { true, 100 }, { true, 0 }, { false, 50 } }) {
+            for (const auto &[outline, width, opacity] : { std::tuple(false, 100, 1.0),
+                     { true, 100, 1.0 },
+                     { true, 0, 1.0 },
+                     { false, 50, 1.0 },
+                     { false, 100, 0.8 }, // it was as if nothing showed through
+                     { true, 50, 0.7 } }) {
                 Layer pale = text(color, outline, 0);
                 pale.outlineWidth = width;
-                const Layer layer = madeLegible(pale);
-                for (int behind = 0; behind < 5; ++behind) {
-                    const auto ratio = measured(layer, composed({ background(behind), layer }));
+                pale.opacity = opacity;
+                const auto layer = madeLegible(pale);
+                QCOMPARE(layer.has_value(), opacity * 100 >= *legibleFrom(pale));
+                for (int behind = 0; layer && behind < 5; ++behind) {
+                    const auto ratio = measured(*layer, composed({ background(behind), *layer }));
                     QVERIFY2(ratio && *ratio >= leastContrast,
-                        qPrintable(u"%1 outline %2 of %3 behind %4: %5"_s.arg(color.name())
+                        qPrintable(u"%1 outline %2 of %3 at %4 behind %5: %6"_s.arg(color.name())
                                        .arg(outline)
                                        .arg(width)
+                                       .arg(opacity)
                                        .arg(behind)
                                        .arg(ratio.value_or(0))));
                 }
             }
         }
+        Layer faint = text(Qt::white, false, 0);
+        QVERIFY(*legibleFrom(faint) <= 70); // and no more than it must be
+        faint.opacity = 0.3;
+        QVERIFY(!madeLegible(faint));
     }
 };
 

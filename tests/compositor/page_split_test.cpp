@@ -93,7 +93,7 @@ private Q_SLOTS:
             const auto pairs = isLonger ? pairWords(eight, four) : pairWords(four, eight);
             QStringList cuts;
             for (const PagePair &pair : pairs) {
-                if (pair.before != PageEnd::Never) {
+                if (pair.before <= PageEnd::Blank) {
                     cuts << u"%1:%2"_s.arg(pair.first.first).arg(pair.second.first);
                 }
             }

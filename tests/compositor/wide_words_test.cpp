@@ -5,6 +5,8 @@
 
 #include <QRegularExpression>
 
+#include <array>
+
 using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
@@ -169,6 +171,34 @@ private Q_SLOTS:
                 }
             }
         }
+    }
+
+    /// A page ended with the number of a verse where its first word had to be divided.
+    void aNumberStaysWithItsWord()
+    {
+        Layer layer = newLayer(LayerKind::Verse);
+        layer.text = u"3 BIENAVENTURADOS los pobres en espíritu, porque de ellos es el reino 4 "
+                     "Bienaventurados los que lloran"_s;
+        layer.reference = u"Mateo 5:3-4 · Reina-Valera 1909"_s;
+        layer.secondReference = u"Matthew 5:3-4 · King James Version"_s;
+        layer.referencePlace = reference_place::hidden;
+        layer.size = 60;
+        const QRegularExpression lone(u"(^|\\s)\\d+$"_s);
+        int divided = 0;
+        for (int turn = 0; turn < 4 * 3 * 12; ++turn) {
+            layer.arrangement = turn % 4 % 3;
+            layer.secondText = turn % 4 == 3 ? QString()
+                                             : u"3 BLESSEDLYANDEVERLASTINGLY are the poor in "
+                                               "spirit 4 Blessed are they that mourn"_s;
+            layer.w = std::array { 0.1, 0.15, 0.2 }.at(turn / 4 % 3);
+            layer.h = 0.08 + 0.02 * (turn / 12); // NOLINT: whole turns
+            for (const VersePage &page : pagesOf(layer, landscapeSize).pages) {
+                divided += page.text.contains(u"-\n"_s) ? 1 : 0;
+                QVERIFY2(!lone.match(page.text).hasMatch() && !lone.match(page.second).hasMatch(),
+                    qPrintable(u"%1 in turn %2"_s.arg(page.text).arg(turn)));
+            }
+        }
+        QVERIFY(divided > 0);
     }
 };
 

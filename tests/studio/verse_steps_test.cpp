@@ -1,4 +1,5 @@
 #include "bible/builtin.h"
+#include "bible/shelf.h"
 #include "studio/studio_fixture.h"
 #include "support/test_registry.h"
 
@@ -318,6 +319,61 @@ private Q_SLOTS:
         desk.show(u"Job 38:38-39"_s, u"en"_s); // a part of it
         QVERIFY(desk.statuses.last().endsWith(
             u"Job 38:39. En esos versículos se muestra sola la primera Biblia."_s));
+    }
+
+    /// The program whose Bible has not the next verse stayed behind, and for good.
+    void aBibleWithoutTheVerseLeavesNoProgramBehind()
+    {
+        PagedDesk desk(u"Jonás 1:16"_s);
+        desk.show(u"Jonah 1:16"_s, u"en"_s);
+        desk.studio.program().take();
+        const auto shown = [&](LayerId id) { return desk.onAir(id).reference; };
+        desk.step(Direction::On);
+        const QString english = u"Jonah 1:17 · King James Version"_s;
+        QCOMPARE(shown(desk.streams), english);
+        QCOMPARE(shown(desk.hall), english);
+        QCOMPARE(desk.onAir(desk.hall).text, desk.onAir(desk.streams).text);
+        QCOMPARE(desk.prepared(desk.hall).text, desk.onAir(desk.hall).text);
+        QVERIFY2(desk.statuses.last().endsWith(
+                     u"No está en Reina-Valera 1909: se muestra en su lugar King James Version."_s),
+            qPrintable(desk.statuses.last()));
+        desk.step(Direction::On);
+        QCOMPARE(shown(desk.hall), u"Jonás 2:1 · Reina-Valera 1909"_s); // its own again
+        QCOMPARE(desk.statuses.last(), u"Versículo listo: Jonah 2:1"_s);
+        desk.step(Direction::Back);
+        QCOMPARE(shown(desk.hall), english);
+
+        // Its own second Bible goes before that of the other program, and what only that one has is
+        // not left out.
+        desk.studio.program().setEditSet(1);
+        desk.show(u"Jonás 1:16"_s, u"es"_s);
+        desk.studio.verses().setSecond(desk.hall, u"KJV"_s);
+        desk.set(desk.placeOf(desk.hall), LayerField::Box, Box { 0.1, 0.1, 0.8, 0.8 });
+        desk.studio.program().take();
+        desk.studio.verseSteps().step(desk.hall, Direction::On);
+        QCOMPARE(shown(desk.hall), english);
+        desk.studio.verseSteps().step(desk.hall, Direction::Back);
+        desk.studio.program().setEditSet(0);
+        const auto part = std::make_shared<bible::Bible>(bible::english());
+        part->isImported = true;
+        part->name = u"Los profetas"_s;
+        part->id = u"LPR"_s;
+        const auto tidy = qScopeGuard([] { bible::setImportedBibles({}); });
+        for (qsizetype book = 32; book < part->books.size(); ++book) {
+            part->books[book] = QJsonArray();
+        }
+        bible::setImportedBibles({ part });
+        desk.show(u"Jonah 1:16"_s, u"bible:LPR"_s);
+        desk.studio.program().take();
+        desk.step(Direction::On);
+        QCOMPARE(shown(desk.streams), u"Jonah 1:17 · Los profetas"_s);
+        QCOMPARE(shown(desk.hall), english);
+        // Behind its last verse neither goes on.
+        desk.show(u"Jonah 4:11"_s, u"bible:LPR"_s);
+        desk.studio.program().take();
+        desk.step(Direction::On);
+        QCOMPARE(desk.statuses.last(), u"Es el último versículo de Los profetas."_s);
+        QCOMPARE(shown(desk.streams), u"Jonah 4:11 · Los profetas"_s);
     }
 
     /// A step painted the page in the frame that showed it.

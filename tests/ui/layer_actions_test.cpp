@@ -1,6 +1,7 @@
 #include "support/test_registry.h"
 #include "ui/desk.h"
 #include "ui/editor/layer_list.h"
+#include "ui/editor/properties_panel.h"
 
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -233,6 +234,13 @@ private Q_SLOTS:
         desk.press("undo");
         QVERIFY(!desk.layers()[1].shadow);
         QTRY_VERIFY(isMarked(1));
+        desk.select(1);
+        QTRY_VERIFY(mend->isVisibleTo(&desk.window));
+        desk.set(1, LayerField::Opacity, 0.3); // what shows through cannot be mended
+        QTRY_VERIFY(!mend->isVisibleTo(&desk.window));
+        Q_EMIT desk.find<PropertiesPanel>("properties")->legibleWanted(desk.layers()[1].id);
+        QVERIFY2(desk.status().contains(u"con esta opacidad: súbela al "_s),
+            qPrintable(desk.status()));
         Layer subtitle = newLayer(LayerKind::Subtitle); // with its placeholder
         subtitle.background = QColor(0, 0, 0, 0);
         subtitle.shadow = false;

@@ -268,6 +268,44 @@ private Q_SLOTS:
         QCOMPARE(next.find<QListWidget>("recentPassages")->count(), 50);
     }
 
+    /// A passage came back in whatever Bible was chosen by then.
+    void theHistoryKeepsTheBibles()
+    {
+        VerseDeskWindow desk(m_peer);
+        const auto recall = [](VerseDeskWindow &from, const char *line) {
+            auto *recent = from.find<QListWidget>("recentPassages");
+            const auto found = recent->findItems(QString::fromUtf8(line), Qt::MatchStartsWith);
+            QCOMPARE(found.size(), 1);
+            recent->setCurrentItem(found.first());
+            QTest::keyClick(recent, Qt::Key_Return);
+            QVERIFY(recent->currentItem()->text().startsWith(QString::fromUtf8(line)));
+        };
+        desk.choose(1);
+        for (const char *typed : { "Juan 3:16 KJV", "Juan 3:16" }) {
+            desk.type("quickVerse", QLatin1String(typed));
+        }
+        recall(desk, "John 3:16 · King James Version");
+        QCOMPARE(desk.layers().back().reference, u"John 3:16 · King James Version"_s);
+        desk.lookUpOnline(u"Juan 3:17"_s);
+        m_peer.answer(awaitRequest(), R"({"data":{"content":"En línea"}})");
+        QTRY_COMPARE(desk.layers().back().text, u"En línea"_s);
+        QCOMPARE(desk.find<QListWidget>("recentPassages")->count(), 3); // no stand-in
+        VerseDeskWindow next(m_peer); // another run
+        next.choose(2);
+        recall(next, "Juan 3:16 · Reina-Valera 1909");
+        QCOMPARE(next.layers().back().reference, u"Juan 3:16 · Reina-Valera 1909"_s);
+        next.enter("bibleKey", QLatin1String(key));
+        recall(next, "Juan 3:17 · ");
+        QVERIFY(field(awaitRequest(2), "path").contains(u"bibles/b2/passages/JHN.3.17"));
+
+        settings().clear(); // what was kept without its Bible is shown in the chosen one
+        settings().setValue(u"recent_passages"_s, QStringList { u"Rut 1:1"_s, u"Y aconteció"_s });
+        VerseDeskWindow old(m_peer);
+        old.choose(2);
+        recall(old, "Rut 1:1   ·   Y aconteció");
+        QCOMPARE(old.layers().back().reference, u"Ruth 1:1 · King James Version"_s);
+    }
+
     void whatMayBeMeantIsPicked()
     {
         VerseDeskWindow desk(m_peer);
@@ -286,6 +324,13 @@ private Q_SLOTS:
             QCOMPARE(desk.layers().back().name, QLatin1String(shown));
             offers->close();
         }
+        desk.type("passageReference", u"ju 3:16"_s); // was refused in a warning box
+        QCOMPARE(desk.status(), u"La cita puede ser: Jueces 3:16 · Juan 3:16"_s);
+        auto *offers = desk.window.findChildren<QMenu *>(u"verseOffers"_s).last();
+        offers->actions().at(1)->trigger();
+        offers->close();
+        QCOMPARE(desk.document().project().passages.back().reference, u"Juan 3:16"_s);
+        QVERIFY(desk.find<QLineEdit>("passageReference")->text().isEmpty());
         QVERIFY(desk.dialogs->asked.isEmpty());
     }
 

@@ -166,19 +166,67 @@ std::vector<Square> lookAt(Plane &ink, Plane &near, const QImage &composed, std:
     return squares;
 }
 
-/// A colour laid over another.
-QRgb over(const QColor &color, int alpha, int grey)
+/// A colour over another; `alpha`: 0..1.
+QRgb over(QRgb below, const QColor &color, double alpha)
 {
-    const auto mixed = [&](int value) { return (value * alpha + grey * (255 - alpha)) / 255; };
-    return qRgb(mixed(color.red()), mixed(color.green()), mixed(color.blue()));
+    const auto mixed = [alpha](int value, int under) {
+        return static_cast<int>(std::lround(value * alpha + under * (1 - alpha)));
+    };
+    return qRgb(mixed(color.red(), qRed(below)),
+        mixed(color.green(), qGreen(below)),
+        mixed(color.blue(), qBlue(below)));
 }
 
-/// In front of the worst that may be behind: white behind light letters, black behind dark ones.
-bool suffices(const QColor &text, const QColor &cover, int alpha, int behind)
+bool isOutlined(const Layer &layer)
 {
-    return contrastRatio(relativeLuminance(text.rgb()),
-               relativeLuminance(over(cover, alpha, behind)))
-        >= leastContrast;
+    return layer.shadow && layer.outlineWidth >= Layer::usualStrength;
+}
+
+/// The least contrast that the layer's words can have over a picture of one colour. Its opacity is
+/// that of each drawing: what is behind shows through box, outline and letters.
+double contrastOver(const Layer &layer, QRgb behind)
+{
+    constexpr int passes = 5; // of an outline and its shadow, where they all meet
+    constexpr double gaps = 0.05; // what a usual outline leaves free around the letters
+    const auto lay = [&layer](QRgb below, const QColor &color) {
+        return over(below, color, double { color.alphaF() } * layer.opacity);
+    };
+    const QRgb box = lay(behind, layer.background);
+    const double free = relativeLuminance(box);
+    const double outline = relativeLuminance(lay(box, outlineColor));
+    std::vector<double> around { isOutlined(layer) ? free * gaps + outline * (1 - gaps) : free };
+    std::vector<QRgb> below { box };
+    if (layer.shadow) {
+        QRgb dark = box;
+        for (int pass = 0; pass < passes; ++pass) {
+            dark = lay(dark, outlineColor);
+        }
+        below.push_back(dark);
+        around.push_back(outline);
+    }
+    double least = contrastRatio(0, 1);
+    for (const QRgb under : below) {
+        const double letters = relativeLuminance(lay(under, layer.color));
+        for (const double beside : around) {
+            least = std::min(least, contrastRatio(letters, beside));
+        }
+    }
+    return least;
+}
+
+/// Whatever is behind: white is the worst behind light letters, black behind dark ones.
+bool isSure(const Layer &layer)
+{
+    constexpr double roundings = 0.05;
+    return std::min(contrastOver(layer, qRgb(0, 0, 0)), contrastOver(layer, qRgb(255, 255, 255)))
+        >= leastContrast + roundings;
+}
+
+Layer outlined(Layer layer)
+{
+    layer.shadow = true;
+    layer.outlineWidth = std::max(layer.outlineWidth, Layer::usualStrength);
+    return layer;
 }
 
 } // namespace
@@ -222,27 +270,36 @@ std::optional<double> textContrast(const TextBlock &block, const QImage &compose
     return *tenth;
 }
 
-Layer madeLegible(Layer layer)
+std::optional<Layer> madeLegible(Layer layer)
 {
-    constexpr int white = 255;
-    constexpr int black = 0;
-    const bool isOutlined = layer.shadow && layer.outlineWidth >= Layer::usualStrength;
-    if (!isOutlined && suffices(layer.color, outlineColor, outlineColor.alpha(), white)) {
-        layer.shadow = true;
-        layer.outlineWidth = std::max(layer.outlineWidth, Layer::usualStrength);
-        return layer;
+    if (const Layer tried = outlined(layer); !isOutlined(layer) && isSure(tried)) {
+        return tried;
     }
-    const bool isLight = contrastRatio(relativeLuminance(layer.color.rgb()), 0)
-        >= contrastRatio(relativeLuminance(layer.color.rgb()), 1);
-    const QColor box = isLight ? Qt::black : Qt::white;
-    int alpha = boxAlpha;
-    while (alpha < 255 && !suffices(layer.color, box, alpha, isLight ? white : black)) {
-        alpha += alphaStep;
-    }
+    const double light = relativeLuminance(layer.color.rgb());
+    const bool isLight = contrastRatio(light, 0) >= contrastRatio(light, 1);
+    layer.background = isLight ? Qt::black : Qt::white;
     layer.shadow = layer.shadow && isLight; // it would be as dark as the letters
-    layer.background = box;
-    layer.background.setAlpha(alpha);
-    return layer;
+    for (const bool outlines : { false, true }) {
+        Layer tried = outlines ? outlined(layer) : layer;
+        for (int alpha = boxAlpha; alpha <= 255 && (isLight || !outlines); alpha += alphaStep) {
+            tried.background.setAlpha(alpha);
+            if (isSure(tried)) {
+                return tried;
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::int32_t> legibleFrom(Layer layer)
+{
+    for (std::int32_t percent = 1; percent <= 100; ++percent) {
+        layer.opacity = percent / 100.0;
+        if (madeLegible(layer)) {
+            return percent;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace nimbara

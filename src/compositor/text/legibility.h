@@ -6,6 +6,7 @@
 
 #include <QImage>
 
+#include <cstdint>
 #include <optional>
 
 namespace nimbara {
@@ -29,7 +30,12 @@ std::optional<double>
 textContrast(const TextBlock &block, const QImage &composed, GlyphInk &glyphs);
 
 /// The layer with a dark outline, or where that cannot do with a box, in front of which its text
-/// reaches `leastContrast` whatever is behind. Dark letters lose a dark outline.
-Layer madeLegible(Layer layer);
+/// reaches `leastContrast` whatever is behind. Dark letters lose a dark outline. None where too
+/// much of what is behind shows through the layer.
+std::optional<Layer> madeLegible(Layer layer);
+
+/// The least opacity, 1..100 %, with which `madeLegible` can do it; none where the letters' own
+/// colour is too transparent.
+std::optional<std::int32_t> legibleFrom(Layer layer);
 
 } // namespace nimbara

@@ -50,6 +50,16 @@ bool isBefore(const Verse &one, const Verse &other)
     return one.chapter != other.chapter ? one.chapter < other.chapter : one.verse < other.verse;
 }
 
+/// The word, and the one behind it where it is a number.
+PageRange wholeWord(const std::vector<PageWord> &words, std::size_t word, std::size_t most)
+{
+    std::size_t end = word + 1;
+    while (end < most && words[end].before == PageEnd::Never) {
+        ++end;
+    }
+    return { word, end };
+}
+
 /// Finds where both texts of a verse may be divided.
 class VersePairing {
 public:
@@ -71,20 +81,17 @@ public:
     {
         for (auto cut = m_cuts.begin(); std::next(cut) != m_cuts.end(); ++cut) {
             const auto next = std::next(cut);
-            const std::size_t first = cut->first;
-            const std::size_t second = cut->second.second;
-            pairs.push_back({ { first, first + 1 },
-                { second, second + 1 },
-                cut->second.before,
-                cut == m_cuts.begin() });
+            const PageRange first = wholeWord(m_first, cut->first, next->first);
+            const PageRange second = wholeWord(m_second, cut->second.second, next->second.second);
+            pairs.push_back({ first, second, cut->second.before, cut == m_cuts.begin() });
             // What has no partner is divided only where nothing else fits.
-            for (std::size_t word = first + 1; word < next->first; ++word) {
+            for (std::size_t word = first.end; word < next->first; ++word) {
                 pairs.push_back(
-                    { { word, word + 1 }, { second + 1, second + 1 }, PageEnd::Never, false });
+                    { { word, word + 1 }, { second.end, second.end }, PageEnd::Apart, false });
             }
-            for (std::size_t word = second + 1; word < next->second.second; ++word) {
+            for (std::size_t word = second.end; word < next->second.second; ++word) {
                 pairs.push_back(
-                    { { next->first, next->first }, { word, word + 1 }, PageEnd::Never, false });
+                    { { next->first, next->first }, { word, word + 1 }, PageEnd::Apart, false });
             }
         }
     }
@@ -219,18 +226,14 @@ void appendAlone(std::vector<PagePair> &pairs,
     bool isFirst)
 {
     for (std::size_t word = verse.first; word < verse.end;) {
-        std::size_t end = word + 1;
-        while (end < verse.end && words[end].before == PageEnd::Never) {
-            ++end;
-        }
-        const PageRange part { word, end };
+        const PageRange part = wholeWord(words, word, verse.end);
         const PageRange none { place, place };
         const bool begins = word == verse.first;
         pairs.push_back({ isFirst ? part : none,
             isFirst ? none : part,
             begins ? PageEnd::Verse : words[word].before,
             begins });
-        word = end;
+        word = part.end;
     }
 }
 

@@ -98,8 +98,14 @@ std::int32_t PageRuler::lines(std::int32_t most) const
 
 bool PageRuler::holdsWords(std::int32_t lines) const
 {
-    for (std::size_t word = 0; word < m_words.size(); ++word) {
-        if (measure(word).more >= std::max(lines, 1)) {
+    for (std::size_t word = 0; word < m_words.size();) {
+        const std::size_t first = word++;
+        while (word < m_words.size() && m_words[word].before == PageEnd::Never) {
+            ++word;
+        }
+        Lines together(*this);
+        together.add({ first, word });
+        if (together.count() > std::max(lines, 1)) {
             return false;
         }
     }

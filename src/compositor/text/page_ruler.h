@@ -44,7 +44,8 @@ public:
         bool m_ended = true;
     };
 
-    /// No part of the text needs more lines for one word than so many.
+    /// No part of the text needs more lines for one word than so many, a verse number before it
+    /// included.
     [[nodiscard]] bool holdsWords(std::int32_t lines) const;
 
 private:

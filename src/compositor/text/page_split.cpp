@@ -66,7 +66,7 @@ public:
         for (std::size_t first = 0; first < m_words.size(); ++pages) {
             std::size_t end = endOf(first);
             while (
-                end < m_words.size() && end > first + 1 && m_words[end].before == PageEnd::Never) {
+                end < m_words.size() && end > first + 1 && m_words[end].before > PageEnd::Blank) {
                 --end;
             }
             first = end;
@@ -199,7 +199,7 @@ private:
     /// One cut at a worse place costs more than a few at better ones.
     [[nodiscard]] std::int64_t price(std::size_t cut) const
     {
-        static constexpr std::array<std::int64_t, 5> prices { 0, 1, 4, 16, 10'000 };
+        static constexpr std::array<std::int64_t, 6> prices { 0, 1, 4, 16, 10'000, 100'000'000 };
         return cut == m_words.size() ? 0 : prices.at(static_cast<std::size_t>(m_words[cut].before));
     }
 
@@ -217,7 +217,7 @@ private:
     const std::vector<PageWord> &m_words;
     const PageReach &m_reach;
     std::vector<std::size_t> m_ends;
-    std::array<std::vector<std::size_t>, 5> m_cuts; ///< by the worst place
+    std::array<std::vector<std::size_t>, 6> m_cuts; ///< by the worst place
 };
 
 /// Looks for the best split in bands of page lengths, none of them twice.

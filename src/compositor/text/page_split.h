@@ -10,8 +10,9 @@
 /// The splitting of a text into pages, as pure functions on words.
 namespace nimbara {
 
-/// What a page may end at, the best first.
-enum class PageEnd : std::int32_t { Verse, Sentence, Comma, Blank, Never };
+/// What a page may end at, the best first. `Apart`: where two texts no longer say the same;
+/// `Never`: behind the number of a verse, but for a page that cannot hold its word, too.
+enum class PageEnd : std::int32_t { Verse, Sentence, Comma, Blank, Apart, Never };
 
 /// A word of the text, with the blanks and line breaks before it left out.
 struct PageWord {

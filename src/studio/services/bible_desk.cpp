@@ -82,10 +82,27 @@ void BibleDesk::chooseOnline(const bible::ListedBible &bible)
     m_surroundings.settings.setValue(nameSetting, bible.text);
 }
 
-void BibleDesk::lookUp(LayerId layer, const QString &typed)
+bible::VerseLookup::Source BibleDesk::chosen() const
 {
     const bible::ListedBible listed = online();
-    const bible::VerseLookup::Source source { resolvedChoice(), listed.id, listed.text };
+    return { resolvedChoice(), listed.id, listed.text };
+}
+
+bible::VerseLookup::Source BibleDesk::whereFrom(const QString &name) const
+{
+    bible::VerseLookup::Source source = chosen();
+    if (const bible::BiblePtr bible = bible::bibleWithName(name)) {
+        source.choice = bible->isImported ? bible::choiceOfImported(bible->id) : bible->lang;
+    } else if (!source.apiBibleId.isEmpty() && name == bible::sourceName(source.apiBibleName)) {
+        source.choice = QStringLiteral("api");
+    }
+    return source;
+}
+
+void BibleDesk::lookUp(LayerId layer,
+    const QString &typed,
+    const bible::VerseLookup::Source &source)
+{
     try {
         m_surroundings.verses.lookupVerse(layer, typed, source);
     } catch (const bible::DoubtfulReference &doubt) {

@@ -57,7 +57,12 @@ public:
 
     /// Shows the verse in the layer; see `VerseDesk::lookupVerse`. A reference that may mean
     /// several passages shows nothing: it is `doubtful`.
-    void lookUp(LayerId layer, const QString &typed);
+    void lookUp(LayerId layer, const QString &typed) { lookUp(layer, typed, chosen()); }
+    /// The same from where a text came before (`whereFrom`), whatever is chosen by now.
+    void lookUp(LayerId layer, const QString &typed, const bible::VerseLookup::Source &source);
+    /// Where a text came from whose reference line names this source, to be looked up there again.
+    /// What cannot be told is as chosen. The built-in Bibles must be loaded.
+    [[nodiscard]] bible::VerseLookup::Source whereFrom(const QString &name) const;
 
     /// Lists the Spanish Bibles that the key may read, and keeps the key.
     void findBibles();
@@ -72,6 +77,7 @@ Q_SIGNALS:
     void said(const nimbara::Message &text);
 
 private:
+    [[nodiscard]] bible::VerseLookup::Source chosen() const;
     void listBibles(const QString &key);
 
     Surroundings m_surroundings;

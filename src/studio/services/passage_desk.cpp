@@ -14,8 +14,18 @@ namespace nimbara {
 
 namespace {
 
-const QString recentSetting = QStringLiteral("recent_passages");
+const QString shownSetting = QStringLiteral("shown_passages");
+constexpr qsizetype shownFields = 6; ///< of each passage
+const QString recentSetting = QStringLiteral("recent_passages"); ///< without their Bibles
+constexpr qsizetype recentFields = 2;
 constexpr qsizetype mostWords = 60; ///< characters
+
+/// One that is kept from before Bibles were may be of any.
+bool isSame(const ShownPassage &one, const ShownPassage &other)
+{
+    return one.passage.reference == other.passage.reference
+        && (one.bible.isEmpty() || one.bible == other.bible);
+}
 
 } // namespace
 
@@ -29,18 +39,27 @@ PassageDesk::PassageDesk(const Surroundings &surroundings)
             Q_EMIT keptChanged();
         }
     });
-    connect(&surroundings.verses, &VerseDesk::written, this, [this](LayerId layer) {
-        remember(layer);
-    });
+    connect(&surroundings.verses, &VerseDesk::written, this, &PassageDesk::remember);
     connect(&surroundings.verses, &VerseDesk::quickVerseAdded, this, [this](LayerId layer) {
-        remember(layer);
+        remember(layer, false);
     });
 }
 
-void PassageDesk::add(const QString &typed)
+bool PassageDesk::add(const QString &typed)
+{
+    try {
+        keep(bible::requireReference(typed, m_surroundings.bibles.language()));
+        return true;
+    } catch (const bible::DoubtfulReference &doubt) {
+        Q_EMIT said(doubt.message());
+        Q_EMIT doubtful(doubt.offers());
+        return false;
+    }
+}
+
+void PassageDesk::keep(const bible::Asked &asked)
 {
     const QString lang = m_surroundings.bibles.language();
-    const bible::Asked asked = bible::requireReference(typed, lang);
     const bible::BiblePtr bible = m_surroundings.bibles.firstFor(asked.bible);
     if (bible == nullptr) {
         throw Error("La Biblia elegida no está en este equipo: impórtala o elige otra.");
@@ -72,37 +91,58 @@ void PassageDesk::move(std::size_t place, std::int32_t delta)
     }
 }
 
-void PassageDesk::remember(LayerId id)
+/// `isFinal`: the text is from the network, and the one before only stood in for it.
+void PassageDesk::remember(LayerId id, bool isFinal)
 {
     const Layer *layer = findLayer(m_surroundings.document.scenes(), id);
     if (layer == nullptr || layer->reference.isEmpty()) {
         return;
     }
-    const KeptPassage shown { labelOf(layer->reference), firstWords(layer->text) };
-    std::erase_if(m_recent,
-        [&shown](const KeptPassage &each) { return each.reference == shown.reference; });
+    const QString bible = sourceOf(layer->reference);
+    const ShownPassage shown { { labelOf(layer->reference), firstWords(layer->text) },
+        bible,
+        m_surroundings.bibles.whereFrom(bible),
+        id };
+    const auto passage = passageOf(layer->reference);
+    std::erase_if(m_recent, [&](const ShownPassage &each) {
+        const bool stoodIn
+            = isFinal && each.layer == id && passageOf(each.passage.reference) == passage;
+        return stoodIn || isSame(each, shown);
+    });
     m_recent.insert(m_recent.begin(), shown);
     m_recent.resize(std::min(m_recent.size(), mostRecent));
     store();
     Q_EMIT recentChanged();
 }
 
-/// References and words in turn.
+/// The fields of a passage one behind the other.
 void PassageDesk::load()
 {
-    const QStringList lines = m_surroundings.settings.value(recentSetting).toStringList();
-    for (qsizetype line = 0; line + 1 < lines.size() && m_recent.size() < mostRecent; line += 2) {
-        m_recent.push_back({ lines[line], lines[line + 1] });
+    const QSettings &settings = m_surroundings.settings;
+    const bool hasBibles = settings.contains(shownSetting);
+    const QStringList lines
+        = settings.value(hasBibles ? shownSetting : recentSetting).toStringList();
+    const qsizetype fields = hasBibles ? shownFields : recentFields;
+    for (qsizetype line = 0; line + fields <= lines.size() && m_recent.size() < mostRecent;
+         line += fields) {
+        ShownPassage shown { { lines[line], lines[line + 1] }, {} };
+        if (hasBibles) {
+            shown.bible = lines[line + 2];
+            shown.source = { lines[line + 3], lines[line + 4], lines[line + 5] };
+        }
+        m_recent.push_back(std::move(shown));
     }
 }
 
 void PassageDesk::store() const
 {
     QStringList lines;
-    for (const KeptPassage &passage : m_recent) {
-        lines << passage.reference << passage.words;
+    for (const ShownPassage &shown : m_recent) {
+        lines << shown.passage.reference << shown.passage.words << shown.bible
+              << shown.source.choice << shown.source.apiBibleId << shown.source.apiBibleName;
     }
-    m_surroundings.settings.setValue(recentSetting, lines);
+    m_surroundings.settings.setValue(shownSetting, lines);
+    m_surroundings.settings.remove(recentSetting);
 }
 
 QString firstWords(const QString &text)

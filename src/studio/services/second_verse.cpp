@@ -10,6 +10,11 @@ QString labelOf(const QString &reference)
     return reference.section(QStringLiteral(" · "), 0, 0);
 }
 
+QString sourceOf(const QString &reference)
+{
+    return reference.section(QStringLiteral(" · "), 1);
+}
+
 std::optional<bible::Passage> passageOf(const QString &reference)
 {
     const bible::Reading reading = bible::read(labelOf(reference));
@@ -59,6 +64,16 @@ Message missingSecond(const Layer &layer)
     return layer.secondText.isEmpty() ? Message("No está en %1: se muestra sola la primera Biblia.",
                { Message::verbatim(bible->name) })
                                       : Message();
+}
+
+Message missingText(const Layer &layer)
+{
+    if (!layer.text.isEmpty() || layer.secondText.isEmpty()) {
+        return missingSecond(layer);
+    }
+    return { "No está en %1: se muestra en su lugar %2.",
+        { Message::verbatim(sourceOf(layer.reference)),
+            Message::verbatim(sourceOf(layer.secondReference)) } };
 }
 
 } // namespace nimbara

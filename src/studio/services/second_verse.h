@@ -13,6 +13,8 @@ namespace nimbara {
 
 /// What stands before the dot of a verse layer's reference line.
 QString labelOf(const QString &reference);
+/// What stands behind it: the name of a Bible, or of what else the text is from.
+QString sourceOf(const QString &reference);
 
 /// The passage that a reference line names; none for anything else.
 std::optional<bible::Passage> passageOf(const QString &reference);
@@ -25,5 +27,9 @@ SecondText secondOf(const Layer &layer, const QString &reference);
 /// What the operator is told about a second Bible without the passage, or one that is not on this
 /// computer; empty when nothing is missing.
 Message missingSecond(const Layer &layer);
+
+/// The same of the layer's first Bible, where another text stands in for it (`shownVerse`), else of
+/// its second one.
+Message missingText(const Layer &layer);
 
 } // namespace nimbara

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <tuple>
 #include <utility>
 
 namespace nimbara {
@@ -41,7 +42,7 @@ bool showsSame(const Layer &one, const Layer &other)
 /// The name of the Bible behind the reference; of a translation in the operator's language.
 QString sourceOf(const Layer &layer)
 {
-    const QString source = layer.reference.section(dot, 1);
+    const QString source = nimbara::sourceOf(layer.reference);
     return bible::isTranslationName(source) ? bible::translationName() : source;
 }
 
@@ -65,8 +66,15 @@ QString chosenSource(const BibleDesk &bibles)
     return bible != nullptr ? bible->name : QString();
 }
 
+/// No text where the Bible has nothing of the passage.
 SetVerse verseFrom(const bible::Bible &bible, const bible::Passage &passage, LayerId layer)
 {
+    if (bible::passageText(bible, passage).isEmpty()) {
+        return { layer,
+            QString(),
+            bible::referenceLine(bible, passage),
+            bible::label(passage, bible.lang) };
+    }
     const bible::VerseUpdate update = bible::builtInVerse(bible, passage, bible.lang);
     return { layer, update.text, update.reference, update.name };
 }
@@ -93,6 +101,40 @@ neighbour(const bible::Bible &bible, const bible::Passage &passage, VerseSteps::
 {
     return direction == VerseSteps::Direction::On ? bible::verseAfter(bible, passage)
                                                   : bible::verseBefore(bible, passage);
+}
+
+/// The same of what the layer shows: where it shows its second Bible, too, nothing that one of the
+/// two has is left out. `first`: its first Bible.
+std::optional<bible::Passage> neighbourOf(const Layer &layer,
+    const bible::Bible &first,
+    const bible::Passage &passage,
+    VerseSteps::Direction direction)
+{
+    const bible::BiblePtr second
+        = layer.shows == shown_bibles::first ? nullptr : bible::bibleWithId(layer.second);
+    const auto next = neighbour(first, passage, direction);
+    const auto other = second != nullptr ? neighbour(*second, passage, direction) : std::nullopt;
+    if (!next || !other) {
+        return next ? next : other;
+    }
+    const auto place = [](const bible::Passage &verse) {
+        const bible::Span &span = verse.spans.first();
+        return std::tuple(verse.book, span.chapterFrom, span.verseFrom);
+    };
+    const bool isOn = direction == VerseSteps::Direction::On;
+    return (place(*other) < place(*next)) == isOn ? other : next;
+}
+
+/// There is no text behind or before what stands there.
+Message endOf(const bible::Bible &bible, VerseSteps::Direction direction)
+{
+    const bool isOn = direction == VerseSteps::Direction::On;
+    if (!bible.isImported) {
+        return isOn ? "Es el último versículo de la Biblia."
+                    : "Es el primer versículo de la Biblia.";
+    }
+    return { isOn ? "Es el último versículo de %1." : "Es el primer versículo de %1.",
+        { Message::verbatim(bible.name) } };
 }
 
 /// Where an online text cannot be had: the built-in Bible of the language that its label is in.
@@ -296,10 +338,9 @@ void VerseSteps::leave(const Spot &lead, Direction direction)
     }
     const bible::BiblePtr bible = bibleOf(lead.layer);
     const bible::Bible &counted = bible != nullptr ? *bible : bible::spanish();
-    const auto next = neighbour(counted, *passage, direction);
+    const auto next = neighbourOf(lead.layer, counted, *passage, direction);
     if (!next) {
-        Q_EMIT said(direction == Direction::On ? "Es el último versículo de la Biblia."
-                                               : "Es el primer versículo de la Biblia.");
+        Q_EMIT said(endOf(counted, direction));
         return;
     }
     if (bible != nullptr) {
@@ -362,19 +403,19 @@ void VerseSteps::show(const Spot &lead,
     Direction direction,
     const SetVerse &verse)
 {
-    std::vector<SetVerse> followers;
-    for (const Spot &spot : following(lead)) {
-        if (auto own = followed(spot, lead, passage, verse)) {
-            followers.push_back(placed(spot, std::move(*own), direction));
-        }
-    }
     SetVerse leading = verse;
     leading.second = secondOf(lead.layer, passage);
+    std::vector<SetVerse> followers;
+    for (const Spot &spot : following(lead)) {
+        followers.push_back(placed(spot, followed(spot, lead, passage, leading), direction));
+    }
     apply(lead, placed(lead, std::move(leading), direction), followers);
 }
 
-/// What a layer that steps along shows of the passage; none where its Bible has nothing of it.
-std::optional<SetVerse> VerseSteps::followed(const Spot &spot,
+/// What a layer that steps along shows of the passage. Where its Bible has nothing of it, its
+/// second one stands in, or else the text of the leading layer: no program stays behind, and
+/// nothing blank goes on air.
+SetVerse VerseSteps::followed(const Spot &spot,
     const Spot &lead,
     const bible::Passage &passage,
     const SetVerse &verse)
@@ -386,14 +427,14 @@ std::optional<SetVerse> VerseSteps::followed(const Spot &spot,
     }
     SetVerse own = verse;
     own.layer = spot.layer.id;
-    if (bible != nullptr
-        && bible::passageText(*bible, passage).isEmpty()) { // nothing blank goes on air
-        return std::nullopt;
-    }
     if (bible != nullptr) {
         own = verseFrom(*bible, passage, spot.layer.id);
     }
     own.second = secondOf(spot.layer, passage);
+    if (own.text.isEmpty() && own.second.text.isEmpty()) {
+        own.second
+            = verse.text.isEmpty() ? verse.second : SecondText { verse.text, verse.reference };
+    }
     return own;
 }
 
@@ -459,7 +500,7 @@ std::vector<PagedLayer> VerseSteps::neighboursOf(const Spot &lead,
     Direction direction)
 {
     const auto passage = passageOf(lead.layer.reference);
-    const auto next = passage ? neighbour(bible, *passage, direction) : std::nullopt;
+    const auto next = passage ? neighbourOf(lead.layer, bible, *passage, direction) : std::nullopt;
     std::vector<PagedLayer> layers;
     if (!next) {
         return layers;
@@ -469,12 +510,10 @@ std::vector<PagedLayer> VerseSteps::neighboursOf(const Spot &lead,
         layers.push_back({ withVerse(spot.layer, verse), spot.frame });
     };
     SetVerse verse = verseFrom(bible, *next, lead.layer.id);
-    for (const Spot &spot : followers) {
-        if (auto own = followed(spot, lead, *next, verse)) {
-            add(spot, std::move(*own));
-        }
-    }
     verse.second = secondOf(lead.layer, *next);
+    for (const Spot &spot : followers) {
+        add(spot, followed(spot, lead, *next, verse));
+    }
     add(lead, std::move(verse));
     return layers;
 }
@@ -520,8 +559,15 @@ void VerseSteps::tell(const Spot &spot, const SetVerse &verse)
     const QString label = labelOf(pages.pages[page].reference);
     const Message shown = pages.pages.size() == 1 ? bible::readyStatus(label)
                                                   : pageText(label, page, pages.pages.size());
+    QList<Message> remarks { missingText(layer) };
+    for (const Spot &each : following({ layer, spot.frame })) {
+        if (const Message missing = missingText(each.layer); !remarks.contains(missing)) {
+            remarks << missing;
+        }
+    }
+    remarks << hiddenText(layer, pages, spot.frame);
     Message told = shown;
-    for (const Message &more : { missingSecond(layer), hiddenText(layer, pages, spot.frame) }) {
+    for (const Message &more : remarks) {
         told = more.isEmpty() ? told : told + Message::verbatim(dot) + more;
     }
     m_hasStepped = true;

@@ -96,7 +96,7 @@ private:
         const bible::Passage &passage,
         Direction direction,
         const SetVerse &verse);
-    [[nodiscard]] static std::optional<SetVerse> followed(const Spot &spot,
+    [[nodiscard]] static SetVerse followed(const Spot &spot,
         const Spot &lead,
         const bible::Passage &passage,
         const SetVerse &verse);

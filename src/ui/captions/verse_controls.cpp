@@ -32,7 +32,9 @@ VerseControls::VerseControls(Studio &studio, const ErrorGuard &guard, Views view
     connect(&m_verses, &VerseDesk::failed, this, tell);
     connect(&m_verses, &VerseDesk::quickVerseAdded, &m_views.editor, &SceneEditor::offer);
     connect(&m_desk, &BibleDesk::failed, this, tell);
-    connect(&m_desk, &BibleDesk::doubtful, this, &VerseControls::offer);
+    connect(&m_desk, &BibleDesk::doubtful, this, [this](LayerId layer, const QStringList &offers) {
+        offer(offers, [this, layer](const QString &chosen) { showVerse(layer, chosen); });
+    });
     connect(&m_desk, &BibleDesk::biblesFound, &m_views.bible, &BibleGroup::showBibles);
 }
 
@@ -184,11 +186,37 @@ void VerseControls::connectPassages()
     connect(m_box, &PassageBox::movePressed, this, [this](int place, int delta) {
         m_passages.move(static_cast<std::size_t>(std::max(place, 0)), delta);
     });
-    connect(m_box, &PassageBox::addPressed, this, [this, field](const QString &typed) {
-        m_guard.run([&] {
-            m_passages.add(typed);
-            field->clear();
-        });
+    connect(m_box, &PassageBox::recalled, this, [this](int place) {
+        recall(static_cast<std::size_t>(std::max(place, 0)));
+    });
+    connect(m_box, &PassageBox::addPressed, this, &VerseControls::addPassage);
+    connect(&m_passages, &PassageDesk::doubtful, this, [this](const QStringList &offers) {
+        offer(offers, [this](const QString &chosen) { addPassage(chosen); });
+    });
+}
+
+void VerseControls::addPassage(const QString &typed)
+{
+    m_guard.run([&] {
+        if (m_passages.add(typed)) {
+            m_box->field()->clear();
+        }
+    });
+}
+
+/// In the Bible that it was shown in.
+void VerseControls::recall(std::size_t place)
+{
+    if (place >= m_passages.recent().size()) {
+        return;
+    }
+    const ShownPassage shown = m_passages.recent()[place]; // the list changes as it is shown
+    showQuick([&](LayerId layer) {
+        if (shown.source.choice.isEmpty()) {
+            m_desk.lookUp(layer, shown.passage.reference);
+        } else {
+            m_desk.lookUp(layer, shown.passage.reference, shown.source);
+        }
     });
 }
 
@@ -220,9 +248,14 @@ void VerseControls::showVerse(LayerId layer, const QString &typed)
 
 void VerseControls::showQuickVerse(const QString &typed)
 {
+    showQuick([&](LayerId layer) { m_desk.lookUp(layer, typed); });
+}
+
+void VerseControls::showQuick(const std::function<void(LayerId layer)> &lookUp)
+{
     const LayerId layer = m_verses.quickVerseLayer();
     m_views.editor.expectLayer();
-    showVerse(layer, typed);
+    m_guard.run([&] { lookUp(layer); });
     if (m_verses.hasLayer(layer)) {
         m_views.editor.select(layer);
     }
@@ -244,14 +277,15 @@ void VerseControls::takeSpokenOnAir()
 }
 
 /// Below what the operator pressed Return or the button in. Closing the menu chooses nothing.
-void VerseControls::offer(LayerId layer, const QStringList &offers)
+void VerseControls::offer(const QStringList &offers,
+    const std::function<void(const QString &)> &take)
 {
     auto *menu = new QMenu(&m_views.tab);
     menu->setObjectName(QLatin1String("verseOffers"));
     menu->setAttribute(Qt::WA_DeleteOnClose);
     for (const QString &reference : offers) {
-        connect(menu->addAction(reference), &QAction::triggered, this, [this, layer, reference] {
-            showVerse(layer, reference);
+        connect(menu->addAction(reference), &QAction::triggered, this, [take, reference] {
+            take(reference);
         });
     }
     const QWidget *pressed = QApplication::focusWidget();

@@ -10,6 +10,8 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
+
 namespace nimbara {
 
 /// Hands typed references and the operator's choice of a Bible to the desks, and shows what they
@@ -49,7 +51,10 @@ private:
     void suggest(VerseField *field, const QString &typed);
     void showVerse(LayerId layer, const QString &typed);
     void showQuickVerse(const QString &typed);
-    void offer(LayerId layer, const QStringList &offers);
+    void showQuick(const std::function<void(LayerId layer)> &lookUp);
+    void addPassage(const QString &typed);
+    void recall(std::size_t place);
+    void offer(const QStringList &offers, const std::function<void(const QString &)> &take);
 
     Studio &m_studio;
     BibleDesk &m_desk;

@@ -13,17 +13,17 @@ namespace nimbara {
 
 namespace {
 
-void fill(QListWidget *list, const std::vector<KeptPassage> &passages)
+void fill(QListWidget *list, const QStringList &lines)
 {
     const int row = std::max(list->currentRow(), 0);
     list->clear();
-    for (const KeptPassage &passage : passages) {
-        auto *item
-            = new QListWidgetItem(passage.reference + QStringLiteral("   ·   ") + passage.words);
-        item->setData(Qt::UserRole, passage.reference);
-        list->addItem(item);
-    }
+    list->addItems(lines);
     list->setCurrentRow(std::min(row, list->count() - 1));
+}
+
+QString lineOf(const QString &reference, const QString &words)
+{
+    return reference + QStringLiteral("   ·   ") + words;
 }
 
 QPushButton *makeTool(const char *spanish, const char *name, const char *tip)
@@ -35,13 +35,21 @@ QPushButton *makeTool(const char *spanish, const char *name, const char *tip)
     return button;
 }
 
+QListWidget *makePassages(const char *name, const char *spanish)
+{
+    auto *list = named(new QListWidget, name, nimbara_i18n::tr(spanish));
+    list->setTextElideMode(Qt::ElideRight);
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    return list;
+}
+
 } // namespace
 
 PassageBox::PassageBox(QWidget *parent)
     : QDialog(parent)
     , m_field(named(new VerseField, "passageReference", nimbara_i18n::tr("Cita")))
-    , m_kept(makeList("keptPassages", "Pasajes de hoy"))
-    , m_recent(makeList("recentPassages", "Mostrados últimamente"))
+    , m_kept(makePassages("keptPassages", "Pasajes de hoy"))
+    , m_recent(makePassages("recentPassages", "Mostrados últimamente"))
 {
     setObjectName(QStringLiteral("passages"));
     setWindowTitle(nimbara_i18n::tr("Pasajes de hoy"));
@@ -71,22 +79,17 @@ PassageBox::PassageBox(QWidget *parent)
     connect(add, &QPushButton::clicked, this, typed);
     connect(m_field, &QLineEdit::returnPressed, this, typed);
     connect(m_field, &VerseField::chosen, this, typed);
+    connect(m_kept, &QListWidget::itemActivated, this, [this] {
+        Q_EMIT cued(m_references.value(m_kept->currentRow()));
+    });
+    connect(m_recent, &QListWidget::itemActivated, this, [this] {
+        Q_EMIT recalled(m_recent->currentRow());
+    });
     connect(up, &QPushButton::clicked, this, [this] { move(-1); });
     connect(down, &QPushButton::clicked, this, [this] { move(1); });
     connect(remove, &QPushButton::clicked, this, [this] {
         Q_EMIT removePressed(m_kept->currentRow());
     });
-}
-
-QListWidget *PassageBox::makeList(const char *name, const char *spanish)
-{
-    auto *list = named(new QListWidget, name, nimbara_i18n::tr(spanish));
-    list->setTextElideMode(Qt::ElideRight);
-    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    connect(list, &QListWidget::itemActivated, this, [this](const QListWidgetItem *item) {
-        Q_EMIT cued(item->data(Qt::UserRole).toString());
-    });
-    return list;
 }
 
 void PassageBox::move(int delta)
@@ -98,12 +101,28 @@ void PassageBox::move(int delta)
 
 void PassageBox::showKept(const std::vector<KeptPassage> &passages)
 {
-    fill(m_kept, passages);
+    QStringList lines;
+    m_references.clear();
+    for (const KeptPassage &each : passages) {
+        m_references << each.reference;
+        lines << lineOf(each.reference, each.words);
+    }
+    fill(m_kept, lines);
 }
 
-void PassageBox::showRecent(const std::vector<KeptPassage> &passages)
+void PassageBox::showRecent(const std::vector<ShownPassage> &passages)
 {
-    fill(m_recent, passages);
+    QStringList lines;
+    for (const ShownPassage &each : passages) {
+        const QString bible = each.bible.isEmpty() ? QString() : QStringLiteral(" · ") + each.bible;
+        lines << lineOf(each.passage.reference + bible, each.passage.words);
+    }
+    const QListWidgetItem *chosen = m_recent->currentItem();
+    const auto place = chosen != nullptr ? lines.indexOf(chosen->text()) : qsizetype { -1 };
+    fill(m_recent, lines);
+    if (place >= 0) {
+        m_recent->setCurrentRow(static_cast<int>(place)); // a second Return asks for the same
+    }
 }
 
 void PassageBox::open()

@@ -127,7 +127,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
         *m_sceneTab,
         *m_monitors->canvas(),
         m_keys);
-    m_legibility = std::make_unique<LegibilityView>(m_studio, *m_sceneTab);
+    m_legibility = std::make_unique<LegibilityView>(m_studio, m_guard, *m_sceneTab);
     m_transitions = std::make_unique<TransitionControls>(m_studio.document(),
         *m_dialogs,
         *m_controls,

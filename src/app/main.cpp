@@ -1,5 +1,6 @@
 #include "app/end_guard.h"
 #include "app/studio_application.h"
+#include "app/studio_run.h"
 #include "base/error.h"
 #include "base/gst_environment.h"
 #include "base/gst_log_hook.h"
@@ -10,15 +11,12 @@
 #include "media/gst/picture_allocator.h"
 #include "studio/programs/tick_priority.h"
 #include "ui/kit/style.h"
-#include "ui/shell/studio_window.h"
 
 #include <QMessageBox>
 #include <QSettings>
 #include <QStandardPaths>
 
 namespace {
-
-constexpr std::chrono::milliseconds wayOut { 3500 }; ///< after the loop; the outputs had 6 s
 
 void settleLanguage()
 {
@@ -46,27 +44,15 @@ void showFailure(const nimbara::Message &failure)
         QMessageBox::Ok);
 }
 
-/// The window lives inside, so that every pipeline is gone when this returns.
-int runStudio(nimbara::StudioApplication &application, nimbara::EndGuard &guard)
+nimbara::StudioServices services()
 {
     nimbara::StudioServices services;
     services.dataFolder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
     services.cacheFolder = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
-    nimbara::askForTickPriority();
     services.remembersDesk = true;
     services.captionFolder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation)
         + QStringLiteral("/Vesperline");
-    nimbara::StudioWindow window(false, std::move(services));
-    window.show();
-    int exitCode = 1;
-    try {
-        exitCode = application.runLoop();
-    } catch (...) {
-        guard.start(wayOut, exitCode);
-        throw;
-    }
-    guard.start(wayOut, exitCode); // outputs are finished, and the operator has been told
-    return exitCode;
+    return services;
 }
 
 } // namespace
@@ -89,7 +75,8 @@ int main(int argc, char **argv)
         startGstreamer();
         application->setStyleSheet(
             nimbara::applicationStyleSheet(nimbara::textPixels(QApplication::font())));
-        exitCode = runStudio(*application, guard);
+        nimbara::askForTickPriority();
+        exitCode = nimbara::runStudio(*application, guard, services());
     } catch (const std::exception &error) {
         guard.callOff();
         showFailure(nimbara::errorMessage(error));

@@ -57,6 +57,18 @@ template <typename Work, typename Then> void SecretStore::onFile(Work work, Then
     });
 }
 
+/// From now on until it is answered it is on its way.
+template <typename Result>
+std::function<void(Result)> SecretStore::counted(std::function<void(Result)> done, Result failure)
+{
+    ++m_writing;
+    return [this, done = std::move(done), failure](Result result) {
+        --m_writing;
+        m_failures += result == failure ? 1 : 0;
+        done(result);
+    };
+}
+
 void SecretStore::readSecret(const QString &account,
     std::function<void(const QString &secret)> done)
 {
@@ -80,7 +92,8 @@ void SecretStore::writeSecret(const QString &account,
     const QString &value,
     std::function<void(bool written)> done)
 {
-    const auto answer = answerOnce<bool>(&m_context, m_patience, false, std::move(done));
+    const auto answer
+        = answerOnce<bool>(&m_context, m_patience, false, counted(std::move(done), false));
     onFile([this, account, value] { return m_file.writeSecretFile(account, value); },
         [this, account, value, answer](bool inFile) {
             m_keychain.writeKeychain(account, value, [answer, inFile](bool inKeychain) {
@@ -99,7 +112,7 @@ void SecretStore::removeSecret(const QString &account, std::function<void(Remova
             return m_file.writeSecretFile(account, QString())
                 || m_file.readSecretFile(account).isEmpty();
         },
-        [this, account, done = std::move(done)](bool outOfFile) {
+        [this, account, done = counted(std::move(done), Removal::Failed)](bool outOfFile) {
             const Removal atLeast = outOfFile ? Removal::SystemMayKeepIt : Removal::Failed;
             const auto answer = answerOnce<Removal>(&m_context, m_patience, atLeast, done);
             m_keychain.writeKeychain(account, QString(), [answer, atLeast](bool emptied) {

@@ -75,6 +75,11 @@ public:
         const QString &value,
         std::function<void(bool written)> done);
 
+    /// Secrets are on their way into the stores or out of them: not answered yet.
+    [[nodiscard]] bool isWriting() const { return m_writing > 0; }
+    /// How many of those failed since the start.
+    [[nodiscard]] int failures() const { return m_failures; }
+
     /// What became of a secret that was to be removed.
     enum class Removal {
         Failed, ///< the file still has it
@@ -89,10 +94,14 @@ public:
 private:
     /// Runs `work` on the background task, after all earlier work, and `then` here with its result.
     template <typename Work, typename Then> void onFile(Work work, Then then);
+    template <typename Result>
+    std::function<void(Result)> counted(std::function<void(Result)> done, Result failure);
 
     SystemKeyStore &m_keychain;
     SecretFile m_file;
     std::chrono::milliseconds m_patience;
+    int m_writing = 0;
+    int m_failures = 0;
     QObject m_context; ///< answers end with it
     QThreadPool m_tasks; ///< one thread; goes first, waiting for the writes
 };

@@ -10,6 +10,7 @@
 #include "translation/service/languages.h"
 
 #include <QDeadlineTimer>
+#include <QFileInfo>
 #include <QFutureWatcher>
 
 #include <chrono>
@@ -136,6 +137,7 @@ Studio::Studio(const Clock &clock, StudioPeers peers)
     });
     m_outputs.encoders().h264().tryOut();
     connect(&m_recordings, &RecordingDesk::said, this, &Studio::status);
+    connect(&m_recordings, &RecordingDesk::settled, &m_notices, &Notices::withdraw);
     connect(&m_recordings, &RecordingDesk::alarmed, this, &Studio::alarm);
     connect(&m_bibleLibrary, &BibleLibrary::said, this, &Studio::status);
     connect(&m_projects, &ProjectDesk::opened, this, &Studio::tellAbsentBibles);
@@ -311,7 +313,7 @@ void Studio::changeProfile(StreamProfile profile)
     }
 }
 
-std::optional<Message> Studio::shutDown()
+std::optional<Message> Studio::shutDown(bool awaitsProjects)
 {
     const QDeadlineTimer deadline(closingPatience);
     logLine(QStringLiteral("Programas: %1 imágenes, %2 tarde, %3 sin hacer")
@@ -323,10 +325,50 @@ std::optional<Message> Studio::shutDown()
     m_recordings.finish();
     m_translation.shutDown();
     const Message captions = finishCaptions();
-    auto told = finishOutputs(m_outputs.recording(), m_streams, deadline);
-    m_recordings.ended(!told && !m_outputs.recording().exists());
+    std::vector<Message> told = finishSaved(awaitsProjects, deadline);
     if (!captions.isEmpty()) {
-        told = told ? *told + Message::verbatim(QStringLiteral("\n")) + captions : captions;
+        told.push_back(captions);
+    }
+    std::optional<Message> all;
+    for (const Message &line : told) {
+        all = all ? *all + Message::verbatim(QStringLiteral("\n")) + line : line;
+    }
+    return all;
+}
+
+/// The recording, keys and projects.
+std::vector<Message> Studio::finishSaved(bool awaitsProjects, QDeadlineTimer deadline)
+{
+    std::vector<Message> told;
+    QObject closing;
+    connect(&m_projects,
+        &ProjectDesk::failed,
+        &closing,
+        [&told](const Message &reason, const QString &path) {
+            told.push_back(
+                Message::verbatim(QFileInfo(path).fileName() + QStringLiteral(": ")) + reason);
+        });
+    const auto tell = [&told](const Message &text) { told.push_back(text); };
+    connect(&m_recordings, &RecordingDesk::alarmed, &closing, tell); // of the part before the last
+    const int failures = m_secrets.failures();
+    const auto isSaving = [this, awaitsProjects] {
+        if (awaitsProjects) {
+            m_projects.pollSaves();
+        }
+        return m_secrets.isWriting() || (awaitsProjects && m_projects.isSaving());
+    };
+    const auto lost = finishOutputs(m_outputs.recording(), isSaving, deadline);
+    m_recordings.ended(!lost && !m_outputs.recording().exists());
+    if (lost) {
+        told.push_back(*lost);
+    }
+    if (m_secrets.isWriting()) {
+        told.push_back("Las claves no terminaron de guardarse; revísalas en el próximo inicio.");
+    } else if (m_secrets.failures() > failures) {
+        told.push_back("No se pudo guardar en el almacén seguro del sistema");
+    }
+    if (awaitsProjects && m_projects.isSaving()) {
+        told.push_back("El proyecto no terminó de guardarse; su archivo puede seguir como estaba.");
     }
     return told;
 }

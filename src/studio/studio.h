@@ -39,11 +39,13 @@
 #include "studio/sources/image_intake.h"
 #include "studio/sources/sources.h"
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QSettings>
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace nimbara {
 
@@ -131,9 +133,10 @@ public:
     void setHallShown(bool shown);
     [[nodiscard]] bool isHallShown() const { return m_hallShown; }
     /// Before the program ends, after the last tick: calls off what waits for a key, ends the
-    /// translation and finishes the recording, all within 6 s; gives what the operator must know
-    /// (`finishOutputs`).
-    std::optional<Message> shutDown();
+    /// translation, finishes the recording and waits for what is being saved, all within 6 s.
+    /// `awaitsProjects`: also for project files, unless the operator gave them up. Gives what the
+    /// operator must know, a line for each thing that is not whole.
+    std::optional<Message> shutDown(bool awaitsProjects = true);
     /// Frame slots that a stall skipped since the start.
     [[nodiscard]] std::uint64_t missedSlots() const { return m_schedule.skipped(); }
 
@@ -156,6 +159,7 @@ private:
     void advanceCaptions();
     void keepVoice(std::int64_t frameTime);
     [[nodiscard]] Message finishCaptions();
+    [[nodiscard]] std::vector<Message> finishSaved(bool awaitsProjects, QDeadlineTimer deadline);
     [[nodiscard]] Pictures composePictures(std::int64_t now);
     void composeLeft(const CameraPicture &camera);
     void feedOutputs(const QImage &streams, std::int64_t frameTime);

@@ -2,6 +2,7 @@
 #include "support/test_registry.h"
 
 #include <QProcess>
+#include <QTemporaryDir>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -29,6 +30,34 @@ private Q_SLOTS:
             QCOMPARE(probe.readAllStandardOutput(), QByteArray(told));
             QVERIFY2(logText().contains(trace), qPrintable(what));
         }
+    }
+
+    /// It was left without its index.
+    void aFaultLeavesNoRecordingWithoutItsEnd()
+    {
+        const QTemporaryDir folder;
+        QProcess probe;
+        probe.start(QStringLiteral(NIMBARA_CLOSING_PROBE), { folder.path(), u"fault"_s });
+        QVERIFY(probe.waitForFinished(180'000));
+        QCOMPARE(probe.readAllStandardOutput(), QByteArray("broken\nwhole\n"));
+        QCOMPARE(probe.exitCode(), 1);
+    }
+
+    /// A recording, a clip, a project and the key store at once, each of which alone is survived.
+    void allThatHangsHoldsNoEndUpAndIsTold()
+    {
+        const QTemporaryDir folder;
+        QProcess probe;
+        probe.start(QStringLiteral(NIMBARA_CLOSING_PROBE), { folder.path() });
+        QTRY_VERIFY_WITH_TIMEOUT(probe.canReadLine(), 180'000);
+        QCOMPARE(probe.readLine(), QByteArray("closes\n"));
+        QVERIFY(probe.waitForFinished(10'000)); // as promised
+        QCOMPARE(probe.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(probe.exitCode(), 0);
+        QCOMPARE(QString::fromUtf8(probe.readAllStandardOutput()),
+            u"Cerrar: La grabación no terminó de guardarse a tiempo; el archivo puede estar "
+            "incompleto.\nLas claves no terminaron de guardarse; revísalas en el próximo "
+            "inicio.\n"_s);
     }
 };
 

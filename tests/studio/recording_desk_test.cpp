@@ -2,6 +2,7 @@
 #include "studio/outputs/recording_journal.h"
 #include "studio/studio_fixture.h"
 #include "support/hung_file.h"
+#include "support/no_threads.h"
 #include "support/test_registry.h"
 
 #include <QDir>
@@ -138,7 +139,7 @@ private Q_SLOTS:
         QVERIFY(f.records(u"a 3.webm"_s));
         QVERIFY(f.noticed("no crecía"));
         f.disk->grows = true;
-        f.disk->freeBytes = RecordingDesk::reserveBytes - 1;
+        f.disk->freeBytes = RecordingDisk::reserveBytes - 1;
         QVERIFY(f.ends());
         QVERIFY(f.noticed("menos de 500 MB") && f.desk.told("Grabación guardada correctamente"));
         QVERIFY(probe(f.file(u"a 3.webm"_s)).duration > 0);
@@ -197,6 +198,84 @@ private Q_SLOTS:
         QVERIFY(f.ends());
         QVERIFY(probe(folder.filePath(u"g 2.mkv"_s)).duration > 0);
         QTRY_COMPARE(f.unfinished(), 1); // the one that is left
+    }
+
+    /// It is no recording before its disk has opened the file.
+    void whatIsNotRecordedYetIsToldSo()
+    {
+        const QTemporaryDir folder;
+        HungFile file(folder.filePath(u"late.mkv"_s));
+        RecordingFixture f;
+        const auto free = qScopeGuard([&] { file.drain(); });
+        {
+            const NoThreads none; // to find the name
+            f.recordings.start(f.file(u"a.webm"_s));
+            QVERIFY(f.recordings.isOpening() && f.desk.told("Preparando la grabación"));
+            f.recordings.finish();
+            QVERIFY(f.desk.told("Grabación detenida antes de empezar."));
+        }
+        QVERIFY(!f.recordings.isActive());
+        f.desk.statuses.clear();
+        f.recordings.start(folder.filePath(u"late.mkv"_s));
+        QVERIFY(f.desk.told("Preparando la grabación") && !f.desk.told("Grabando"));
+        file.drain();
+        QVERIFY(f.desk.runUntil([&] { return f.desk.told("Grabando Programa y audio"); }));
+        QVERIFY(f.recordings.isWriting());
+        f.recordings.finish();
+        QVERIFY(f.ends());
+    }
+
+    /// It is told until that is open, or the operator has ended it.
+    void anotherFileIsLookedForUntilItIsOpen()
+    {
+        for (const bool goesOn : { true, false }) {
+            const QTemporaryDir folder;
+            const QString name = folder.filePath(u"h.mkv"_s);
+            HungFile hung(name);
+            HungFile next(folder.filePath(u"h 2.mkv"_s));
+            RecordingFixture f;
+            const auto free = qScopeGuard([&] {
+                hung.drain();
+                next.drain();
+            });
+            f.recordings.start(name);
+            hung.answer();
+            QVERIFY(f.desk.runUntil([&] { return f.desk.told("Grabando Programa"); }));
+            QVERIFY(f.desk.runUntil([&] {
+                const auto figures = f.desk.studio.outputs().recording().figures();
+                return figures && figures->pictures > 5;
+            }));
+            QVERIFY(QFile::remove(name));
+            QFile taken(name);
+            QVERIFY(taken.open(QIODevice::WriteOnly));
+            f.disk->hangs = true;
+            QVERIFY(f.desk.runUntil([&] { return f.noticed("se busca otro a su lado"); }));
+            QVERIFY(f.recordings.isOpening() && !f.noticed("sigue en"));
+            f.disk->answer();
+            if (goesOn) {
+                next.drain();
+            } else {
+                f.recordings.finish();
+            }
+            QVERIFY(f.desk.runUntil([&] { return f.noticed("sigue en h 2.mkv") == goesOn; }));
+            QVERIFY(!f.noticed("se busca otro"));
+        }
+    }
+
+    /// It waited for as long as the operator turned.
+    void turningThePartsMovesNoLimit()
+    {
+        const QTemporaryDir folder;
+        HungFile unopened(folder.filePath(u"unopened.mkv"_s));
+        RecordingFixture f;
+        const auto free = qScopeGuard([&] { unopened.drain(); });
+        f.recordings.start(folder.filePath(u"unopened.mkv"_s));
+        for (int second = 0; second < 20 && f.recordings.isActive(); ++second) {
+            f.recordings.setPartMinutes(second);
+            QVERIFY(f.pass(1));
+            f.desk.frame(); // without an answer of the disk
+        }
+        QVERIFY(!f.recordings.isActive() && f.noticed("no responde"));
     }
 
     void pausesAndGoesOnInParts()
@@ -309,7 +388,7 @@ private Q_SLOTS:
         HungFile file(folder.filePath(u"late.mkv"_s));
         RecordingFixture f;
         const auto free = qScopeGuard([&] { file.drain(); });
-        const auto passes = [&f] { return f.pass(2 * int(RecordingDesk::growthUs / 1'000'000)); };
+        const auto passes = [&f] { return f.pass(2 * int(RecordingDisk::growthUs / 1'000'000)); };
         f.disk->grows = false;
         f.recordings.start(folder.filePath(u"late.mkv"_s));
         QVERIFY(passes());
@@ -405,9 +484,14 @@ private Q_SLOTS:
         }
         QCOMPARE(kept().size(), 1);
         const QByteArray whole = probe(f.file(u"whole.webm"_s)).video.toUtf8();
+        const QString closed = f.file(u"closed.webm"_s); // whose disk took longer than the program
+        QVERIFY(QFile::copy(f.file(u"whole.webm"_s), closed));
+        const std::filesystem::path closedFile(closed.toStdString());
+        const auto closedAt = std::filesystem::last_write_time(closedFile);
         {
             const RecordingJournal dead(folder);
             dead.begin(f.file(u"cut.webm"_s)).reset();
+            dead.begin(closed).reset();
         }
         RecordingJournal next(folder);
         next.mendUnfinished();
@@ -420,6 +504,8 @@ private Q_SLOTS:
         QCOMPARE(mended.video.toUtf8(), whole);
         QCOMPARE(decodeErrors(f.file(u"cut.webm"_s)), QByteArray());
         QVERIFY(!QFile::exists(f.file(u"cut.webm.mending"_s)));
+        QVERIFY(std::filesystem::last_write_time(closedFile) == closedAt);
+        QCOMPARE(kept().size(), 1); // of the one that runs
     }
 };
 

@@ -107,7 +107,7 @@ private Q_SLOTS:
         const RecordingDesk &recordings = f.desk.studio.recordings();
         constexpr std::int64_t perMinute = 6'160'000LL / 8 * 60;
         const auto shows = [&](const char *text, std::int64_t minutes, HealthLevel level) {
-            *f.freeBytes = RecordingDesk::reserveBytes + minutes * perMinute;
+            *f.freeBytes = RecordingDisk::reserveBytes + minutes * perMinute;
             const bool isSeen
                 = f.desk.runUntil([&] { return recordings.freeBytes() == *f.freeBytes; });
             f.measure();

@@ -1,19 +1,17 @@
 #include "base/i18n.h"
 #include "compositor/scene/load_image.h"
 #include "support/clips.h"
+#include "support/hung_save.h"
+#include "support/process.h"
 #include "support/test_registry.h"
 #include "ui/desk.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QCryptographicHash>
 #include <QListWidget>
 #include <QScopeGuard>
 #include <QSlider>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <QThread>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -21,41 +19,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A project file whose save waits, for what is kept of it on a share that has gone away.
-struct HungSave {
-    QTemporaryDir folder;
-    QString file = folder.filePath(u"culto.nimbara"_s);
-
-    HungSave()
-    {
-        if (!QFile(file).open(QIODevice::WriteOnly)) { // there is something to keep
-            qFatal("no file");
-        }
-        const QByteArray digest
-            = QCryptographicHash::hash(file.toUtf8(), QCryptographicHash::Sha256).toHex().left(32);
-        const QDir backups(folder.filePath(u"backups/"_s + QString::fromLatin1(digest)));
-        m_hung = QFile::encodeName(backups.filePath(u"path.txt"_s));
-        if (!backups.mkpath(u"."_s) || mkfifo(m_hung.constData(), 0600) != 0) {
-            qFatal("no pipe"); // reading it waits for a writer
-        }
-    }
-    ~HungSave() { answer(); }
-    HungSave(const HungSave &) = delete;
-    HungSave &operator=(const HungSave &) = delete;
-    HungSave(HungSave &&) = delete;
-    HungSave &operator=(HungSave &&) = delete;
-
-    void answer() const { ::close(::open(m_hung.constData(), O_RDWR)); }
-    [[nodiscard]] StudioServices services() const
-    {
-        StudioServices services;
-        services.dataFolder = folder.path();
-        return services;
-    }
-
-private:
-    QByteArray m_hung;
-};
+StudioServices savingIn(const QTemporaryDir &folder)
+{
+    StudioServices services;
+    services.dataFolder = folder.path();
+    return services;
+}
 
 } // namespace
 
@@ -142,7 +111,7 @@ private Q_SLOTS:
         desk.press("record");
         auto *button = desk.find<QPushButton>("record");
         QTRY_COMPARE(button->text(), u"■ Detener grabación"_s);
-        QCOMPARE(desk.status(), u"Grabando Programa y audio seleccionado."_s);
+        QTRY_COMPARE(desk.status(), u"Grabando Programa y audio seleccionado."_s);
         QTRY_VERIFY(!desk.find<QComboBox>("format")->isEnabled());
 
         auto *language = desk.find<QComboBox>("language");
@@ -232,8 +201,9 @@ private Q_SLOTS:
     /// A share that has gone away: the operator is asked without closing twice.
     void aSaveThatHangsHoldsNoCloseUp()
     {
-        HungSave hung;
-        Desk desk(hung.services());
+        const QTemporaryDir folder;
+        const HungSave hung(folder.path());
+        Desk desk(savingIn(folder));
         desk.press("duplicateScene");
         desk.dialogs->choices = { SaveChoice::Save };
         desk.dialogs->files = { hung.file };
@@ -244,17 +214,42 @@ private Q_SLOTS:
             u"Cerrar: El proyecto todavía se está guardando. ¿Cerrar sin esperar?"_s);
     }
 
+    /// Both are done within one frame: the close goes on with its own file.
+    void aSaveThatFailsBesideTheOneThatIsWaitedForEndsNoClose()
+    {
+        const QTemporaryDir folder;
+        const HungSave hung(folder.path());
+        Desk desk(savingIn(folder));
+        const qsizetype threads = held("task");
+        const QString saved = folder.filePath(u"otro.nimbara"_s);
+        desk.press("duplicateScene");
+        desk.dialogs->files = { hung.file, saved };
+        desk.press("saveProject");
+        desk.document().setTitle(u"Después"_s);
+        desk.dialogs->choices = { SaveChoice::Save };
+        QVERIFY(!desk.window.close());
+        QVERIFY(QFile::remove(hung.file) && QDir().mkdir(hung.file)); // nothing can be saved there
+        hung.answer();
+        for (int i = 0; i < 2000 && (!QFile::exists(saved) || held("task") > threads); ++i) {
+            QThread::msleep(2); // without a frame
+        }
+        QVERIFY(QFile::exists(saved));
+        QTRY_VERIFY(!desk.window.isVisible());
+        QCOMPARE(desk.dialogs->asked.filter(u"No se pudo guardar proyecto"_s).size(), 1);
+    }
+
     /// It was ended unasked when the save came back.
     void whatBeganWhileASaveWasWaitedForIsAskedAbout()
     {
-        HungSave hung;
-        Desk desk(hung.services());
+        const QTemporaryDir folder;
+        const HungSave hung(folder.path());
+        Desk desk(savingIn(folder));
         desk.press("duplicateScene");
         desk.dialogs->choices = { SaveChoice::Save };
         desk.dialogs->files = { hung.file };
         QVERIFY(!desk.window.close());
         Studio &studio = desk.window.studio();
-        studio.recordings().start(hung.folder.filePath(u"culto.webm"_s));
+        studio.recordings().start(folder.filePath(u"culto.webm"_s));
         QTRY_VERIFY(studio.recordings().isWriting());
         hung.answer();
         const QString question = u"Cerrar: Hay salidas activas. ¿Detenerlas y cerrar?"_s;

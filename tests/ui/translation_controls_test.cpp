@@ -165,6 +165,45 @@ private Q_SLOTS:
         m_peer.serve({});
     }
 
+    /// The line is one page: no verse steps under who mends it, by a foot switch either.
+    void pageKeysStayInTheHeldCaption()
+    {
+        settings().setValue(u"clicker_keys"_s, true);
+        Desk desk(servicesAt(m_peer.endpoint()));
+        m_peer.serve({ { u"uno"_s, u"Go to Halven more"_s } });
+        Layer verse = desk.document().newVerseLayer();
+        verse.text = u"palabra "_s.repeated(1200);
+        desk.setLayers({ verse });
+        desk.select(0);
+        const auto page = [&desk] { return desk.layers()[0].page; };
+        auto *start = desk.find<QPushButton>("startTranslation");
+        auto *next = desk.find<QLineEdit>("nextCaption");
+        desk.showTab(4);
+        QVERIFY(desk.isActive());
+        desk.find<QSpinBox>("holdSeconds")->setValue(10);
+        connectVoice(desk.window.studio());
+        desk.enter("apiKey", QLatin1String(key));
+        QMetaObject::invokeMethod(start, "click");
+        QTRY_VERIFY(desk.status().startsWith(u"IA: Modo en vivo activo"));
+        m_peer.sendTranscript("uno");
+        QTRY_COMPARE(next->text(), u"Go to Halven more"_s);
+        QTest::mouseClick(next, Qt::LeftButton);
+        next->end(false);
+        QTest::keyClick(next, Qt::Key_PageUp);
+        QCOMPARE(next->cursorPosition(), 0);
+        QTest::keyClick(next, Qt::Key_PageDown, Qt::ShiftModifier);
+        QCOMPARE(next->selectedText(), next->text());
+        QTest::keyClick(next, Qt::Key_PageDown);
+        QCOMPARE(next->cursorPosition(), next->text().size());
+        QCOMPARE(page(), 0);
+        auto *canvas = desk.find<Canvas>("canvas");
+        canvas->setFocus();
+        QTest::keyClick(canvas, Qt::Key_PageDown);
+        QTRY_COMPARE(page(), 1);
+        QMetaObject::invokeMethod(start, "click");
+        m_peer.serve({});
+    }
+
     /// Held, mended and shown by itself, and corrected in its own language.
     void aSecondLanguageIsShownBesideTheFirst()
     {

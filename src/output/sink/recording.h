@@ -43,7 +43,7 @@ public:
     /// Starts recording frames of `size` into the file at `path`, which is overwritten, with
     /// `bitrate` bit/s of video. Throws
     /// `Error` with the operator's text; the slot stays idle then. Call it only when idle. Status
-    /// to show afterwards: `startedText()`.
+    /// to show once the file is open: `startedText()`.
     void start(const QString &path, FrameSize size, std::int32_t bitrate = outputBitrate);
 
     /// Goes on in another file with the next key frame after its disk has opened it; the present

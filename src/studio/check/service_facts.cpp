@@ -86,7 +86,7 @@ void addDisk(std::vector<CheckLine> &lines, const ServiceFacts &facts)
     }
     const std::int64_t perMinute = (facts.kbits + soundKbits) * 1000 / 8 * 60;
     const std::int64_t free
-        = std::max<std::int64_t>(*facts.freeBytes - RecordingDesk::reserveBytes, 0);
+        = std::max<std::int64_t>(*facts.freeBytes - RecordingDisk::reserveBytes, 0);
     const std::int64_t minutes = free / perMinute;
     const Message room = Message("Caben %1 minutos de grabación.", { number(minutes) });
     const Message what = "Disco";

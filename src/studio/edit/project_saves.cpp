@@ -17,13 +17,6 @@ using namespace std::chrono_literals;
 constexpr auto farewell = 5s;
 constexpr auto glance = 20ms;
 
-bool isSameFile(const QString &one, const QString &other)
-{
-    const auto whole
-        = [](const QString &path) { return QDir::cleanPath(QFileInfo(path).absoluteFilePath()); };
-    return whole(one) == whole(other);
-}
-
 /// What the file holds becomes a backup. Why not, when it cannot: the save goes on.
 Message keepPresent(const QString &backups, const QString &path, const QByteArray &json)
 {
@@ -46,6 +39,13 @@ ProjectSaves::~ProjectSaves()
         static_cast<void>(m_files.front().writing.isReady(glance));
         poll();
     }
+}
+
+bool ProjectSaves::isSameFile(const QString &one, const QString &other)
+{
+    const auto whole
+        = [](const QString &path) { return QDir::cleanPath(QFileInfo(path).absoluteFilePath()); };
+    return whole(one) == whole(other);
 }
 
 void ProjectSaves::begin(File &file, Project project) const

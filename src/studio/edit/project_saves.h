@@ -37,8 +37,13 @@ public:
     /// Waits for the files, but no longer than a few seconds.
     ~ProjectSaves();
 
+    /// Whether both paths name one file. Asks no disk.
+    [[nodiscard]] static bool isSameFile(const QString &one, const QString &other);
+
     void save(const QString &path, Project project);
     [[nodiscard]] bool isSaving(const QString &path) const;
+    /// Any file.
+    [[nodiscard]] bool isSaving() const { return !m_files.empty(); }
     /// The file into which this project is on its way; empty: none.
     [[nodiscard]] QString placeOf(const Project &project) const;
 

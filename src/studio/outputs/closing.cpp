@@ -16,14 +16,14 @@ constexpr auto pollSpacing = 10ms;
 } // namespace
 
 std::optional<Message>
-finishOutputs(Recording &recording, const StreamDesk &streams, QDeadlineTimer deadline)
+finishOutputs(Recording &recording, const std::function<bool()> &isSaving, QDeadlineTimer deadline)
 {
     std::optional<Message> told;
     recording.finish();
     recording.endEncoder(); // no stream's ticks push out what waits there
     QTimer wake; // the encoder's end is no event of this thread
     wake.start(pollSpacing);
-    while ((recording.exists() || streams.isSaving()) && !deadline.hasExpired()) {
+    while ((recording.exists() || isSaving()) && !deadline.hasExpired()) {
         if (const auto ended = recording.poll(); ended && *ended != Recording::savedText()) {
             told = *ended;
         }

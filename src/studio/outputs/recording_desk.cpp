@@ -2,11 +2,9 @@
 
 #include "base/error.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <utility>
 
 namespace nimbara {
@@ -14,13 +12,17 @@ namespace nimbara {
 namespace {
 
 constexpr std::int64_t minuteUs = 60'000'000;
-constexpr std::int64_t freshUs = 2'000'000; // an answer of the disk: it opens the next part, too
 constexpr std::chrono::milliseconds moment { 5 }; // in which a disk that is well names a file
-constexpr int healthyGrowths = 5; // of a file; its header alone is no sign of a disk that works
 
 Message silentDisk()
 {
     return "el disco no responde.";
+}
+
+/// As long as it is so.
+Message anotherIsLookedFor()
+{
+    return "El archivo de la grabación no crece; se busca otro a su lado.";
 }
 
 Message nameOf(const QString &path)
@@ -40,16 +42,9 @@ RecordingDesk::RecordingDesk(const Clock &clock,
     , m_outputs(outputs)
     , m_stage(stage)
     , m_journal(journalFolder, sync)
-    , m_disk(std::move(disk), std::move(sync))
+    , m_disk(clock, outputs.recording(), std::move(disk), std::move(sync))
 {
-    // Most often the disk of the videos' folder, too, of which nobody is asked here.
-    m_disk.watch(QDir::homePath() + QLatin1Char('/'));
     m_journal.mendUnfinished();
-}
-
-std::optional<std::int64_t> RecordingDesk::freeBytes() const
-{
-    return m_clock.monotonicUs() - m_answeredUs < answerUs ? m_freeBytes : std::nullopt;
 }
 
 QString RecordingDesk::freePath(const QString &path, const QStringList &left)
@@ -109,6 +104,9 @@ void RecordingDesk::begin(Step step)
     if (m_naming.isReady(moment)) {
         goOnIn(m_naming.take());
     }
+    if ((step == Step::Start || step == Step::Resume) && isOpening()) {
+        Q_EMIT said("Preparando la grabación: empieza cuando el disco abra su archivo.");
+    }
 }
 
 void RecordingDesk::look()
@@ -127,17 +125,27 @@ void RecordingDesk::goOnIn(const QString &path)
     }
     open(path);
     m_isPaused = false;
-    tellOpened(step, path);
+    pollOpened();
     Q_EMIT changed();
 }
 
-void RecordingDesk::tellOpened(Step step, const QString &path)
+void RecordingDesk::pollOpened()
 {
-    if (step == Step::Resume) {
-        Q_EMIT said(Message("Grabando en %1", { nameOf(path) }));
+    if (m_begun != Step::None && isWriting()) {
+        tellOpened(std::exchange(m_begun, Step::None));
+    }
+}
+
+void RecordingDesk::tellOpened(Step step)
+{
+    if (step == Step::Start) {
+        Q_EMIT said(Recording::startedText());
+    } else if (step == Step::Resume) {
+        Q_EMIT said(Message("Grabando en %1", { nameOf(m_path) }));
     } else if (step == Step::Beside) {
+        Q_EMIT settled(anotherIsLookedFor());
         Q_EMIT alarmed(
-            Message("El archivo de la grabación no crecía; sigue en %1", { nameOf(path) }));
+            Message("El archivo de la grabación no crecía; sigue en %1", { nameOf(m_path) }));
     }
 }
 
@@ -156,7 +164,7 @@ void RecordingDesk::pollStep()
     if (m_step == Step::None) {
         return;
     }
-    if (m_clock.monotonicUs() - m_askedUs >= answerUs) {
+    if (m_clock.monotonicUs() - m_askedUs >= RecordingDisk::answerUs) {
         refuse(silentDisk());
     } else if (!m_naming.isUnderWay()) {
         look(); // no thread was to be had
@@ -192,6 +200,7 @@ void RecordingDesk::callOff()
     m_naming.abandon();
     m_step = Step::None;
     m_wantsMore = false;
+    Q_EMIT settled(anotherIsLookedFor());
     callOffPart();
 }
 
@@ -235,14 +244,8 @@ void RecordingDesk::follow(const QString &path)
 {
     m_lastPath = std::exchange(m_path, path);
     m_lastEntry = std::exchange(m_entry, m_journal.begin(path));
-    m_disk.watch(path);
+    m_disk.begin(path);
     m_partStartedUs = m_clock.monotonicUs();
-    m_grownUs = m_partStartedUs;
-    m_answeredUs = m_partStartedUs;
-    m_fileBytes = -1;
-    m_growths = 0;
-    m_takenUs = m_partStartedUs;
-    m_toldLateDisk = false;
 }
 
 /// A part that had not begun leaves nothing but an empty file behind.
@@ -250,25 +253,27 @@ void RecordingDesk::finishFile()
 {
     callOff();
     m_begun = Step::None;
-    m_grownUs = m_clock.monotonicUs();
+    m_disk.awaitEnd();
     if (m_outputs.recording().finish()) {
         if (m_entry) {
             m_entry->finished();
         }
         m_entry = std::move(m_lastEntry);
         leaveBehind(std::exchange(m_path, m_lastPath));
-        m_disk.watch(m_path);
-        m_fileBytes = -1;
+        m_disk.awaitEnd(m_path);
     }
 }
 
 void RecordingDesk::finish()
 {
-    const bool wasPaused = isPaused();
+    const bool hadFiles = m_isPaused || m_step == Step::Beside;
+    const bool hasBegun = m_step != Step::Start;
     finishFile();
     m_isPaused = false;
-    if (wasPaused) {
+    if (hadFiles) {
         Q_EMIT said("Grabación terminada.");
+    } else if (!hasBegun) {
+        Q_EMIT said("Grabación detenida antes de empezar.");
     }
     Q_EMIT changed();
 }
@@ -299,10 +304,10 @@ void RecordingDesk::resume()
 void RecordingDesk::ended(bool cleanly)
 {
     callOffPart();
-    m_grownUs = m_clock.monotonicUs();
+    Q_EMIT settled(anotherIsLookedFor());
     // The part before may still be on its way.
     if (m_outputs.recording().exists()) {
-        m_disk.watch(m_lastPath);
+        m_disk.awaitEnd(m_lastPath);
     }
     if (m_entry && cleanly) {
         m_entry->finished();
@@ -354,40 +359,47 @@ void RecordingDesk::poll()
         Q_EMIT said(text);
     }
     pollStep();
-    noteTaken();
+    m_disk.noteTaken();
     if (m_outputs.recording().state() != RecordingState::recording) {
         pollEnd();
         return;
     }
-    m_begun = isWriting() ? Step::None : m_begun;
+    pollOpened();
     followPart();
-    tellLateDisk();
-    if (const auto sample = m_disk.poll(m_clock.monotonicUs())) {
-        m_answeredUs = m_clock.monotonicUs();
-        judge(*sample);
-    } else if (isOpenedTooLate()) {
+    if (m_disk.turnsLate()) {
+        Q_EMIT alarmed("El disco de la grabación responde muy tarde; la grabación sigue.");
+    }
+    pollDisk();
+}
+
+void RecordingDesk::pollDisk()
+{
+    const RecordingDisk::Trouble trouble = m_disk.look();
+    m_stuckFiles = m_disk.hasGrown() ? 0 : m_stuckFiles;
+    switch (trouble) {
+    case RecordingDisk::Trouble::None:
+        startDuePart();
+        break;
+    case RecordingDisk::Trouble::Full:
+        closeOnFullDisk();
+        break;
+    case RecordingDisk::Trouble::Unopened:
         fail(silentDisk()); // nothing more is opened there
-    } else if (isHung()) {
+        break;
+    case RecordingDisk::Trouble::Hung:
         leaveStuckFile(silentDisk());
-    } else if (isPartDue()) {
-        try {
-            begin(Step::Part);
-        } catch (const std::exception &error) {
-            refusePart(errorMessage(error));
-        }
+        break;
+    case RecordingDisk::Trouble::Stuck:
+        leaveStuckFile("el disco no recibe nada más.");
+        break;
     }
 }
 
 /// A file that is being finished may hang as well.
 void RecordingDesk::pollEnd()
 {
-    const std::int64_t now = m_clock.monotonicUs();
     if (m_outputs.recording().exists()) {
-        const auto sample = m_disk.poll(now);
-        if (sample && std::exchange(m_fileBytes, sample->fileBytes) != sample->fileBytes) {
-            m_grownUs = now;
-        }
-        if (now - std::max(m_grownUs, m_takenUs) >= answerUs) {
+        if (m_disk.hangsAtEnd()) {
             fail(silentDisk());
         }
     } else if (std::exchange(m_wantsMore, false)) {
@@ -398,59 +410,26 @@ void RecordingDesk::pollEnd()
             refuse(errorMessage(error));
         }
     } else {
-        pollRoom();
+        m_disk.lookAtRoom(); // for the next file
     }
-}
-
-/// For the next file; nothing is written meanwhile.
-void RecordingDesk::pollRoom()
-{
-    m_disk.rest();
-    if (const auto sample = m_disk.poll(m_clock.monotonicUs())) {
-        m_answeredUs = m_clock.monotonicUs();
-        noteRoom(*sample);
-    }
-}
-
-/// A disk that takes what is written is at work, however late it answers.
-void RecordingDesk::noteTaken()
-{
-    const Recording &recording = m_outputs.recording();
-    const std::uint64_t taken = recording.figures().value_or(OutletFigures {}).bytes;
-    const bool isEarly = recording.state() == RecordingState::recording && !recording.ready();
-    if (std::exchange(m_takenBytes, taken) != taken || isEarly) {
-        m_takenUs = m_clock.monotonicUs();
-    }
-}
-
-/// The recording is not lost, but not safe either.
-void RecordingDesk::tellLateDisk()
-{
-    const std::int64_t now = m_clock.monotonicUs();
-    const std::int64_t late = std::max(now - m_answeredUs, m_disk.syncingUs(now));
-    if (m_outputs.recording().ready() && late >= answerUs && !std::exchange(m_toldLateDisk, true)) {
-        Q_EMIT alarmed("El disco de la grabación responde muy tarde; la grabación sigue.");
-    }
-}
-
-/// The first answers come before the file is open.
-bool RecordingDesk::isOpenedTooLate() const
-{
-    return m_outputs.recording().isOpening() && m_clock.monotonicUs() - m_partStartedUs >= answerUs;
-}
-
-/// It neither answers nor takes anything.
-bool RecordingDesk::isHung() const
-{
-    return m_disk.isLooking() && m_outputs.recording().ready()
-        && m_clock.monotonicUs() - std::max(m_answeredUs, m_takenUs) >= growthUs;
 }
 
 bool RecordingDesk::isPartDue() const
 {
-    const std::int64_t now = m_clock.monotonicUs();
     return m_partMinutes > 0 && m_step == Step::None && m_outputs.recording().canStartPart()
-        && now - m_partStartedUs >= m_partMinutes * minuteUs && now - m_answeredUs < freshUs;
+        && m_clock.monotonicUs() - m_partStartedUs >= m_partMinutes * minuteUs && m_disk.isAtHand();
+}
+
+void RecordingDesk::startDuePart()
+{
+    if (!isPartDue()) {
+        return;
+    }
+    try {
+        begin(Step::Part);
+    } catch (const std::exception &error) {
+        refusePart(errorMessage(error));
+    }
 }
 
 void RecordingDesk::followPart()
@@ -465,7 +444,7 @@ void RecordingDesk::followPart()
     } else if (hasBegun == false) {
         m_nextPath.clear();
         refusePart("No se pudo iniciar salida");
-    } else if (m_clock.monotonicUs() - m_askedUs >= answerUs) {
+    } else if (m_clock.monotonicUs() - m_askedUs >= RecordingDisk::answerUs) {
         callOffPart();
         refusePart(silentDisk());
     }
@@ -478,41 +457,12 @@ void RecordingDesk::refusePart(const Message &reason)
     Q_EMIT alarmed("La grabación sigue en el mismo archivo: " + reason);
 }
 
-void RecordingDesk::noteRoom(const DiskWatch::Sample &sample)
+void RecordingDesk::closeOnFullDisk()
 {
-    m_freeBytes.reset();
-    if (sample.freeBytes >= 0) {
-        m_freeBytes = sample.freeBytes;
-    }
-}
-
-void RecordingDesk::judge(const DiskWatch::Sample &sample)
-{
-    noteRoom(sample);
-    if (m_freeBytes && *m_freeBytes < reserveBytes) {
-        finishFile();
-        Q_EMIT alarmed("Quedan menos de 500 MB en el disco: la grabación se cerró. Las "
-                       "transmisiones siguen.");
-        Q_EMIT changed();
-        return;
-    }
-    judgeGrowth(sample.fileBytes);
-}
-
-void RecordingDesk::judgeGrowth(std::int64_t fileBytes)
-{
-    const std::int64_t now = m_clock.monotonicUs();
-    if (std::exchange(m_fileBytes, fileBytes) != fileBytes) {
-        m_stuckFiles = ++m_growths > healthyGrowths ? 0 : m_stuckFiles;
-        m_grownUs = now;
-    }
-    const bool isNoFile = fileBytes < 0 && m_growths == 0; // a device, of which nothing is known
-    if (isNoFile || !m_outputs.recording().ready()) {
-        m_grownUs = now;
-    }
-    if (now - m_grownUs >= growthUs) {
-        leaveStuckFile("el disco no recibe nada más.");
-    }
+    finishFile();
+    Q_EMIT alarmed("Quedan menos de 500 MB en el disco: la grabación se cerró. Las "
+                   "transmisiones siguen.");
+    Q_EMIT changed();
 }
 
 /// One more that gets stuck ends the recording.
@@ -537,8 +487,8 @@ void RecordingDesk::goOnInAnotherFile()
         fail(errorMessage(error));
         return;
     }
-    if (m_step == Step::Beside) {
-        Q_EMIT alarmed("El archivo de la grabación no crece; se busca otro a su lado.");
+    if (isOpening()) {
+        Q_EMIT alarmed(anotherIsLookedFor());
         Q_EMIT changed();
     }
 }

@@ -5,7 +5,7 @@
 #include "base/message.h"
 #include "output/sink/outputs.h"
 #include "studio/edit/stage.h"
-#include "studio/outputs/disk_watch.h"
+#include "studio/outputs/recording_disk.h"
 #include "studio/outputs/recording_journal.h"
 
 #include <QObject>
@@ -18,17 +18,14 @@
 
 namespace nimbara {
 
-/// What is wanted of the recording: its file and parts, the pause, and what is done when its disk
-/// fills up or takes nothing more. Nothing that exists is ever overwritten. Interface thread only,
-/// which never waits: a disk that is well opens its file within the call, and one that takes longer
-/// opens it behind the programs, until it is given up after `answerUs`.
+/// What is wanted of the recording: which file is written, its parts, the pause, and what is done
+/// when its disk is in trouble (`RecordingDisk`). Nothing that exists is ever overwritten.
+/// Interface thread only, which never waits: a disk that is well opens its file within the call,
+/// and one that takes longer opens it behind the programs, until it is given up after
+/// `RecordingDisk::answerUs`.
 class RecordingDesk : public QObject {
     Q_OBJECT
 public:
-    static constexpr std::int64_t reserveBytes = 500'000'000; ///< left free on the disk
-    static constexpr std::int64_t growthUs = 5'000'000; ///< in which a file has to grow
-    static constexpr std::int64_t answerUs = 15'000'000; ///< in which a disk has to answer
-
     /// All must outlive the desk. `journalFolder`: see `RecordingJournal`. `sync`: on background
     /// tasks.
     RecordingDesk(const Clock &clock,
@@ -77,7 +74,7 @@ public:
     /// The file that is being written, or was last.
     [[nodiscard]] const QString &path() const { return m_path; }
     /// Free on its disk, or on that of the operator's videos before the first; none while unknown.
-    [[nodiscard]] std::optional<std::int64_t> freeBytes() const;
+    [[nodiscard]] std::optional<std::int64_t> freeBytes() const { return m_disk.freeBytes(); }
 
     /// `path`, or the first of "name 2", "name 3"… beside it that is free and none of `left`. Asks
     /// the disk: for a background task.
@@ -89,6 +86,8 @@ Q_SIGNALS:
     void said(const nimbara::Message &text);
     /// The operator must not miss it.
     void alarmed(const nimbara::Message &text);
+    /// What was told so holds no more.
+    void settled(const nimbara::Message &text);
 
 private:
     /// What the next file is for.
@@ -103,7 +102,8 @@ private:
     void look();
     void pollStep();
     void goOnIn(const QString &path);
-    void tellOpened(Step step, const QString &path);
+    void pollOpened();
+    void tellOpened(Step step);
     void openPart(const QString &path);
     void callOff();
     void callOffPart();
@@ -111,18 +111,13 @@ private:
     void refuse(const Message &reason);
     void open(const QString &path);
     void follow(const QString &path);
+    void pollDisk();
     void pollEnd();
-    void pollRoom();
     [[nodiscard]] bool isPartDue() const;
+    void startDuePart();
     void followPart();
     void refusePart(const Message &reason);
-    void noteTaken();
-    void tellLateDisk();
-    [[nodiscard]] bool isOpenedTooLate() const;
-    [[nodiscard]] bool isHung() const;
-    void noteRoom(const DiskWatch::Sample &sample);
-    void judge(const DiskWatch::Sample &sample);
-    void judgeGrowth(std::int64_t fileBytes);
+    void closeOnFullDisk();
     void leaveStuckFile(const Message &reason);
     void goOnInAnotherFile();
     void finishFile();
@@ -135,7 +130,7 @@ private:
     RecordingJournal m_journal;
     std::unique_ptr<RecordingJournal::Entry> m_entry; ///< of the present file
     std::unique_ptr<RecordingJournal::Entry> m_lastEntry; ///< of the part before it
-    DiskWatch m_disk;
+    RecordingDisk m_disk; ///< of the present file
     QString m_firstPath; ///< whose name the parts take, with a number
     QString m_path;
     int m_partMinutes = 0;
@@ -150,14 +145,6 @@ private:
     std::int64_t m_partStartedUs = 0;
     QString m_lastPath; ///< of the part before it
     int m_stuckFiles = 0; ///< in a row that did not grow
-    int m_growths = 0; ///< times that the present file was seen to have grown
-    std::int64_t m_fileBytes = -1;
-    std::int64_t m_grownUs = 0;
-    std::int64_t m_answeredUs = 0; ///< the disk, last
-    std::uint64_t m_takenBytes = 0; ///< that the present file was given
-    std::int64_t m_takenUs = 0; ///< the last of them
-    bool m_toldLateDisk = false; ///< of the present file
-    std::optional<std::int64_t> m_freeBytes;
 };
 
 } // namespace nimbara

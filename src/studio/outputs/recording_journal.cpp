@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "base/log.h"
+#include "output/sink/finished_file.h"
 #include "output/sink/remux.h"
 
 #include <QCryptographicHash>
@@ -72,7 +73,8 @@ std::optional<Message> mendEntry(const QString &file)
         return std::nullopt; // its disk may be back another time
     }
     std::optional<Message> told;
-    if (recording.size() > 0) {
+    // The end of the program does not wait for a disk that takes long with a whole recording.
+    if (recording.size() > 0 && !isFinishedRecording(path)) {
         const QStorageInfo disk(recording.path());
         if (disk.isValid() && disk.bytesAvailable() < recording.size() + roomLeft) {
             return Message("No hay sitio en el disco para reparar la grabación interrumpida %1; se "

@@ -52,8 +52,9 @@ public:
     [[nodiscard]] std::unique_ptr<Entry> begin(const QString &path) const;
 
     /// Mends what other runs left behind, on a background task: each is written anew beside itself,
-    /// whole and with an index, and then takes its own place. What lies on a disk that is not there
-    /// now, or too full for it, waits for another start. Call once.
+    /// whole and with an index, and then takes its own place. What was finished all the same stays
+    /// as it is. What lies on a disk that is not there now, or too full for it, waits for another
+    /// start. Call once.
     void mendUnfinished();
     /// What came of it, once.
     std::vector<Message> poll();

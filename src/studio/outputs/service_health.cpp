@@ -223,7 +223,7 @@ void ServiceHealth::addDisk()
             : (m_recordings.videoBitsPerSecond() + soundBitsPerSecond) / 8 * 60,
         1);
     const std::int64_t minutes
-        = std::max<std::int64_t>(*free - RecordingDesk::reserveBytes, 0) / perMinute;
+        = std::max<std::int64_t>(*free - RecordingDisk::reserveBytes, 0) / perMinute;
     add({ "Disco: %1 min", { number(minutes) } }, levelOfDisk(minutes));
 }
 

@@ -112,21 +112,21 @@ ProjectDesk::Before ProjectDesk::now() const
 void ProjectDesk::poll()
 {
     pollSaves();
+    if (m_backups.isReady()) {
+        Q_EMIT backupsFound(m_backups.take());
+    }
     m_mediaSearch.poll();
     try {
         pollOpening();
     } catch (const std::exception &error) {
         m_taken = nullptr;
-        Q_EMIT failed(errorMessage(error));
+        Q_EMIT failed(errorMessage(error), {});
     }
     tellOpening();
 }
 
 void ProjectDesk::pollSaves()
 {
-    if (m_backups.isReady()) {
-        Q_EMIT backupsFound(m_backups.take());
-    }
     for (const ProjectSaves::Done &done : m_saves.poll()) {
         if (done.failure.isEmpty()) {
             m_stage.document.markSaved(done.project);
@@ -136,7 +136,7 @@ void ProjectDesk::pollSaves()
             }
             Q_EMIT saved(done.path);
         } else {
-            Q_EMIT failed(done.failure);
+            Q_EMIT failed(done.failure, done.path);
         }
     }
 }

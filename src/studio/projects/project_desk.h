@@ -46,6 +46,8 @@ public:
 
     /// The file is being written, or will be.
     [[nodiscard]] bool isSaving(const QString &path) const { return m_saves.isSaving(path); }
+    /// So is any file.
+    [[nodiscard]] bool isSaving() const { return m_saves.isSaving(); }
     /// The file into which the project as it is now is on its way; empty: none.
     [[nodiscard]] QString savingPath() const { return m_saves.placeOf(m_stage.document.project()); }
 
@@ -71,6 +73,8 @@ public:
 
     /// Takes over what a background task has finished. Call on every run of the frame clock.
     void poll();
+    /// The same for the saves alone: before the program ends.
+    void pollSaves();
 
     /// The file last saved or opened; empty before.
     [[nodiscard]] const QString &lastPath() const { return m_lastPath; }
@@ -93,8 +97,9 @@ Q_SIGNALS:
     void saved(const QString &path);
     /// Newest first; none when the project was never saved twice.
     void backupsFound(const std::vector<nimbara::ProjectBackup> &backups);
-    /// Saving or opening failed and nothing changed.
-    void failed(const nimbara::Message &reason);
+    /// Saving or opening failed and nothing changed. `path`: the file that is not saved; empty when
+    /// none was to be.
+    void failed(const nimbara::Message &reason, const QString &path);
 
 private:
     /// What the desk looked like when a project was asked for.
@@ -104,7 +109,6 @@ private:
         bool operator==(const Before &) const = default;
     };
     [[nodiscard]] Before now() const;
-    void pollSaves();
     void pollOpening();
     void takeOver(const ProjectOpening::Opened &opened);
     void tellOpening();

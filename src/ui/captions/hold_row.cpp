@@ -19,6 +19,16 @@ bool isEscape(const QEvent &event, QEvent::Type type)
     return event.type() == type && static_cast<const QKeyEvent &>(event).key() == Qt::Key_Escape;
 }
 
+bool isPage(const QEvent &event, QEvent::Type type)
+{
+    if (event.type() != type) {
+        return false;
+    }
+    const auto &key = static_cast<const QKeyEvent &>(event);
+    return (key.key() == Qt::Key_PageUp || key.key() == Qt::Key_PageDown)
+        && (key.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == Qt::NoModifier;
+}
+
 } // namespace
 
 HoldRow::HoldRow(const QString &prefix, QWidget *parent)
@@ -138,6 +148,17 @@ void HoldRow::leave()
     }
 }
 
+/// The line is one page. Who reads a caption here means it, and no verse that would step.
+void HoldRow::turnPage(const QKeyEvent &key)
+{
+    const bool marks = key.modifiers().testFlag(Qt::ShiftModifier);
+    if (key.key() == Qt::Key_PageUp) {
+        m_text->home(marks);
+    } else {
+        m_text->end(marks);
+    }
+}
+
 /// Who goes into the text means to change it: it must not leave meanwhile.
 bool HoldRow::eventFilter(QObject *watched, QEvent *event)
 {
@@ -156,6 +177,12 @@ bool HoldRow::eventFilter(QObject *watched, QEvent *event)
         return true;
     } else if (m_isEdited && isEscape(*event, QEvent::KeyPress)) {
         leave();
+        return true;
+    } else if (hasCaption() && isPage(*event, QEvent::ShortcutOverride)) {
+        event->accept();
+        return true;
+    } else if (hasCaption() && isPage(*event, QEvent::KeyPress)) {
+        turnPage(*static_cast<QKeyEvent *>(event));
         return true;
     }
     return QWidget::eventFilter(watched, event);

@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+class QKeyEvent;
+
 namespace nimbara {
 
 /// The caption that comes next, which the operator may change or drop while it is held. Shown while
@@ -46,6 +48,8 @@ private:
     void showWritable();
     void finish();
     void leave();
+    [[nodiscard]] bool hasCaption() const { return m_next.id != 0 || m_hasLeft; }
+    void turnPage(const QKeyEvent &key);
     void showCorrection(const QString &words);
 
     QLineEdit *m_text;

@@ -119,7 +119,6 @@ void RecordingControls::ask(const QString &offered)
     }
     m_lastFolder = QFileInfo(path).path();
     desk.start(path);
-    m_studio.status(Recording::startedText());
 }
 
 } // namespace nimbara

@@ -78,8 +78,8 @@ void ProjectControls::connectDesk()
         }
     });
     connect(desk, &ProjectDesk::saved, this, &ProjectControls::goOn, Qt::QueuedConnection);
-    connect(desk, &ProjectDesk::failed, this, [this](const Message &text) {
-        if (m_next && !awaitsSave()) { // not of another file
+    connect(desk, &ProjectDesk::failed, this, [this](const Message &text, const QString &path) {
+        if (m_next && ProjectSaves::isSameFile(path, m_awaited)) { // not of another file
             m_next = nullptr;
             Q_EMIT waitEnded();
         }

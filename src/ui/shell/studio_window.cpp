@@ -522,15 +522,21 @@ void StudioWindow::closeEvent(QCloseEvent *event)
     if (!m_projects->isSettling()) {
         m_studio.safety().giveUp(); // saved, or given up by the operator
     }
-    m_room->keep();
-    m_frameTimer.stop();
-    m_guard.withoutBoxes();
-    const std::optional<Message> lost = m_studio.shutDown();
-    m_hall->hide();
-    if (lost) {
+    const bool awaitsProjects = !m_projects->isSettling(); // else the operator does not wait
+    if (const auto lost = endWork(awaitsProjects)) {
         m_dialogs->tellAtEnd(nimbara_i18n::tr("Cerrar"), nimbara_i18n::tr(*lost));
     }
     event->accept();
+}
+
+std::optional<Message> StudioWindow::endWork(bool awaitsProjects)
+{
+    m_room->keep();
+    m_frameTimer.stop();
+    m_guard.withoutBoxes();
+    const std::optional<Message> lost = m_studio.shutDown(awaitsProjects);
+    m_hall->hide();
+    return lost;
 }
 
 } // namespace nimbara

@@ -14,6 +14,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 
 class QLabel;
 class QTabWidget;
@@ -83,6 +84,10 @@ public:
     /// Opens the first-run assistant on top of the window, which goes on under it. Finishing it is
     /// remembered; cancelling is not, so that it opens again at the next start.
     void onboarding();
+
+    /// Ends the outputs and all that is being saved, as a close does, without a question; gives
+    /// what the operator must know (`Studio::shutDown`). The programs stand still from then on.
+    std::optional<Message> endWork(bool awaitsProjects = true);
 
 protected:
     void closeEvent(QCloseEvent *event) override;

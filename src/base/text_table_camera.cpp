@@ -32,6 +32,7 @@ constexpr TextPair pairs[] = {
         "Shows a camera of its own, connected in \"Sources and screens\" or not." },
     TextPair { "Cámara principal", "Principal camera" },
     TextPair { "%1 (no conectada)", "%1 (not connected)" },
+    TextPair { "%1 (elige cuál)", "%1 (choose which one)" },
     TextPair { "Abrir las cámaras de las capas solo mientras se ven",
         "Open the cameras of layers only while they are seen" },
     TextPair { "Mantener el ritmo con poca luz", "Keep the rate in poor light" },

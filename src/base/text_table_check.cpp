@@ -64,6 +64,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Caben en su recuadro.", "They fit their boxes." },
     TextPair { "No caben en su recuadro: %1. Agranda el recuadro o reduce la letra.",
         "They do not fit their boxes: %1. Make the box larger or the letters smaller." },
+    TextPair { "No dio tiempo a medir si caben. Repite la revisión.",
+        "There was no time to measure whether they fit. Check again." },
     TextPair { "Versículo más largo", "Longest verse" },
     TextPair { "Cabe en su recuadro o se divide en páginas.",
         "It fits its box or is split into pages." },

@@ -2,6 +2,7 @@
 #include "media/sources/media_factory.h"
 #include "studio/sources/camera_arrival.h"
 #include "studio/sources/camera_opening.h"
+#include "studio/sources/camera_openings.h"
 #include "studio/studio_fixture.h"
 #include "support/error_of.h"
 #include "support/fake_device.h"
@@ -19,6 +20,11 @@
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
+
+/// Of the sanitizers' allocators; null in a build without.
+extern "C" __attribute__((weak)) int __sanitizer_install_malloc_and_free_hooks(
+    void (*allocated)(const volatile void *, std::size_t),
+    void (*released)(const volatile void *));
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -56,12 +62,58 @@ struct Told {
     }
 };
 
+thread_local int allocations = -1; ///< since it was set; negative: not counted
+
+void countAllocation(const volatile void * /*memory*/, std::size_t /*size*/)
+{
+    allocations += allocations >= 0 ? 1 : 0;
+}
+
+void ignoreRelease(const volatile void * /*memory*/) { }
+
 } // namespace
 
 class CameraOpeningTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void cleanup() { m_asked.clear(); }
+
+    /// A bus that is too full lets a few pictures through and then none, time and again.
+    void aModeThatKeepsStoppingIsTriedLast()
+    {
+        SteadyCameras steady;
+        const CameraModes modes;
+        CameraOpenings openings(
+            m_clock,
+            m_factory,
+            [] {
+                return FrameSize { 64, 48 };
+            },
+            steady,
+            modes,
+            [](const Message &) {});
+        const CaptureDevice camera = describeDevice(
+            fakeDevice({ .caps = "video/x-raw,format=YUY2,width=64,height=48,framerate=30/1;"
+                                 "video/x-raw,format=YUY2,width=32,height=24,framerate=30/1" })
+                .get());
+        constexpr std::int64_t soon = 5'000'000;
+        constexpr std::int64_t late = CameraOpenings::soonUs + 1;
+        for (const auto &[lastedUs, width] : { std::pair { soon, 64 },
+                 { late, 64 }, // not in a row
+                 { soon, 64 },
+                 { soon, 64 },
+                 { soon, 32 } }) {
+            const auto opening = openings.begin(camera, {}, {});
+            QVERIFY(run(*opening, State::Delivers));
+            QCOMPARE(opening->attempt().mode->size.width, width);
+            m_clock.advanceUs(lastedUs);
+            openings.noteHalt(camera, *opening->camera(), m_clock.monotonicUs() - lastedUs);
+        }
+        QVERIFY(openings.hasHalting(camera));
+        openings.forgetHalts(camera);
+        QVERIFY(run(*openings.begin(camera, {}, {}), State::Delivers));
+        QVERIFY(!openings.hasHalting(camera));
+    }
 
     /// The device refuses the first mode; the next is asked for when the first has let go of it.
     void theNextModeDelivers()
@@ -327,6 +379,37 @@ private Q_SLOTS:
             (std::vector { u"Pedido: "_s + mode,
                 none.arg(mode),
                 none.arg(mode) + u" Llegan menos de las acordadas: suele faltar luz."_s }));
+    }
+
+    /// The memory of one that went is the next one's: its count does not go on.
+    void anotherCameraInTheSamePlaceCountsAnew()
+    {
+        std::optional<Media> camera;
+        const auto run = [&](const char *opens) {
+            const DeviceRef device = fakeDevice({ .opens = opens });
+            camera.emplace(m_clock, SourceRequest { .size = { 64, 48 }, .device = device.get() });
+            return QTest::qWaitFor([&] { return camera->pollSource(), !camera->active(); }, 20'000);
+        };
+        CameraArrival arrival;
+        QVERIFY(run("videotestsrc num-buffers=9"));
+        QCOMPARE(arrival.poll(&*camera, 1)->spanish(), u"Pedido: lo que ofrezca"_s);
+        QVERIFY(run("videotestsrc num-buffers=1"));
+        QVERIFY(!arrival.poll(&*camera, 1'000'001)); // no rate yet
+    }
+
+    /// Cameras are looked at once a second; the 200 runs of the clock between two looks make no
+    /// list.
+    void aRunWithoutALookAllocatesNothing()
+    {
+        if (__sanitizer_install_malloc_and_free_hooks == nullptr) {
+            QSKIP("only sanitizers tell of allocations");
+        }
+        StudioFixture desk;
+        desk.studio.devices().poll();
+        QVERIFY(__sanitizer_install_malloc_and_free_hooks(&countAllocation, &ignoreRelease) != 0);
+        allocations = 0;
+        desk.studio.devices().poll();
+        QCOMPARE(std::exchange(allocations, -1), 0);
     }
 
     /// The principal one first; another that comes or goes does not begin its count anew.

@@ -82,6 +82,29 @@ private Q_SLOTS:
         }
     }
 
+    /// A screen saver that crashes takes its inhibition with it: another service may stand in.
+    void thePortalStandsInForAServiceThatLeaves()
+    {
+        const auto path = u"/org/freedesktop/portal/desktop"_s;
+        BusService portal(u"org.freedesktop.portal.Desktop"_s, path);
+        WakeLock lock;
+        {
+            BusService desktop(u"org.freedesktop.ScreenSaver"_s, u"/org/freedesktop/ScreenSaver"_s);
+            lock.setHeld(true);
+            QTRY_COMPARE(desktop.waiting.size(), 1);
+            desktop.answer({ 7U });
+            QTest::qWait(0);
+            QTRY_VERIFY(g_main_context_pending(nullptr) == FALSE);
+            QVERIFY(portal.calls.isEmpty());
+        }
+        QTRY_COMPARE(portal.waiting.size(), 1);
+        portal.answer({ QVariant::fromValue(QDBusObjectPath(path + u"/request/2"_s)) });
+        QTRY_VERIFY(g_main_context_pending(nullptr) == FALSE);
+        lock.setHeld(false);
+        QTRY_COMPARE(portal.calls.last(), u"Close"_s);
+        portal.answer();
+    }
+
     void withoutAServiceTheLogSaysSo()
     {
         WakeLock lock;

@@ -44,6 +44,7 @@ private Q_SLOTS:
             { identityText(camera(u"Altar"_s, u"4"_s).marks), u"Altar"_s }, // plugged in elsewhere
             { identityText(camera(u"Coro"_s, u"3"_s, true).marks), u"Coro · 3"_s },
             { identityText(camera(u"Coro"_s, u"4"_s, true).marks), u"Coro (no conectada)"_s },
+            { identityText(camera(u"Coro"_s, u"4"_s).marks), u"Coro (elige cuál)"_s }, // of two
             { identityText(camera(u"Sala"_s, u"5"_s).marks), u"Sala (no conectada)"_s },
         };
         for (const auto &[named, shown] : rows) {

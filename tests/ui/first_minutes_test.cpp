@@ -1,8 +1,11 @@
 #include "support/test_registry.h"
 #include "ui/desk.h"
+#include "ui/shell/check_dialog.h"
 
 #include <QComboBox>
 #include <QMenu>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QTimeEdit>
 
@@ -30,6 +33,26 @@ private Q_SLOTS:
             desk.document().undo();
             QVERIFY(desk.document().editedScenes() == before);
         }
+    }
+
+    /// Every line of the check with much to say: its buttons stay on a low screen.
+    void theCheckFitsALowScreen()
+    {
+        Desk desk;
+        ServiceCheck check(desk.window.studio());
+        CheckDialog dialog(check, *desk.dialogs, &desk.window);
+        dialog.show();
+        const Message found = Message::verbatim(u"palabra "_s.repeated(20));
+        Q_EMIT check.finished(
+            std::vector<CheckLine>(14, { CheckLine::State::Bad, "Reloj", found }));
+        dialog.resize(dialog.width(), 540);
+        QTRY_COMPARE(dialog.height(), 540);
+        for (const char *name : { "checkAgain", "saveCheck", "closeCheck" }) {
+            const auto *button = dialog.findChild<QPushButton *>(QLatin1String(name));
+            QVERIFY(dialog.rect().contains(button->geometry()));
+        }
+        const auto *page = dialog.findChild<QScrollArea *>();
+        QTRY_VERIFY(page->verticalScrollBar()->maximum() > 0);
     }
 
     void theCountdownIsDrivenFromThePanel()

@@ -52,16 +52,19 @@ void run(const char *command)
     QCOMPARE(QProcess::execute(program, words), 0);
 }
 
+/// Who has the keyboard, as the server says.
+WId focused()
+{
+    QProcess asking;
+    asking.start(u"xdotool"_s, { u"getwindowfocus"_s, u"-f"_s });
+    asking.waitForFinished();
+    return asking.readAllStandardOutput().trimmed().toULongLong();
+}
+
 /// A key of the keyboard: it goes where the window manager sends it.
 void typeKey(QWidget &window, const char *name)
 {
     QVERIFY(QTest::qWaitForWindowActive(&window, 30'000));
-    const auto focused = [] { // as the server has it
-        QProcess asking;
-        asking.start(u"xdotool"_s, { u"getwindowfocus"_s, u"-f"_s });
-        asking.waitForFinished();
-        return WId(asking.readAllStandardOutput().trimmed().toULongLong());
-    };
     QTRY_COMPARE(focused(), window.winId());
     run(QByteArray("xdotool key ") + name);
 }
@@ -134,6 +137,25 @@ private Q_SLOTS:
         typeKey(desk.window, "Escape");
         QTRY_VERIFY(!hall.isVisible());
         QCOMPARE(desk.buttonText(), QString::fromUtf8(showText));
+    }
+
+    /// Some desktops give any new window the keyboard. On the only monitor the studio must not take
+    /// it back, which would put it in front of the hall.
+    void overTheStudioItKeepsTheKeyboardThatItWasGiven()
+    {
+        for (const char *key : { "Escape", "f" }) {
+            HallDesk desk;
+            HallScreen &hall = *HallDesk::hall();
+            desk.showOn(0);
+            QVERIFY(QTest::qWaitForWindowExposed(&hall, 30'000));
+            run("xdotool windowfocus " + QByteArray::number(hall.winId()));
+            typeKey(hall, "space");
+            QTRY_VERIFY(desk.window.studio().stage().program.streams()); // a TAKE
+            QVERIFY(hall.isVisible());
+            typeKey(hall, key);
+            QTRY_VERIFY(!hall.isVisible());
+            QTRY_VERIFY(desk.window.isActiveWindow());
+        }
     }
 
     /// Esc leaves a caption as it was, wherever the hall is, before it hides anything.

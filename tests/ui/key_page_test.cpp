@@ -187,9 +187,16 @@ private Q_SLOTS:
         // The verse on air goes before what is prepared behind it.
         desk.window.studio().program().take();
         desk.setLayers({ colorLayer(Qt::black), desk.document().newVerseLayer() });
-        box->setFocus();
-        QTest::keyClick(box, Qt::Key_PageDown);
-        QTRY_COMPARE(desk.stage().program.streams()->layers[0].page, 1);
+        const auto pageOnAir = [&desk] { return desk.stage().program.streams()->layers[0].page; };
+        QDialog front(&desk.window); // one that has come by itself
+        auto *line = new QLineEdit(&front);
+        front.show();
+        for (QWidget *focused : std::initializer_list<QWidget *> { box, title, line }) {
+            focused->setFocus(); // the line of a text field has no page to turn
+            const int before = pageOnAir();
+            QTest::keyClick(focused, before == 0 ? Qt::Key_PageDown : Qt::Key_PageUp);
+            QTRY_COMPARE(pageOnAir(), 1 - before);
+        }
     }
 };
 

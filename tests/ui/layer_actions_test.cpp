@@ -72,6 +72,46 @@ private Q_SLOTS:
         QCOMPARE(desk.names(), u"abc"_s);
     }
 
+    /// Whoever copied goes to another scene or set, whose choice has the keyboard then.
+    void pastesWhereASceneOrASetIsChosen()
+    {
+        for (const char *chooser : { "sceneTiles", "scenes", "editHall" }) {
+            const RowName named(chooser);
+            LayerDesk desk;
+            QVERIFY(desk.isActive());
+            desk.key("layers", Qt::CTRL | Qt::Key_C);
+            desk.document().apply(AddScene { SceneSet::Streams, {} });
+            auto *button = qobject_cast<QPushButton *>(desk.find<QWidget>(chooser));
+            if (button != nullptr) {
+                button->click();
+                desk.setLayers({});
+            }
+            desk.key(chooser, Qt::CTRL | Qt::Key_V);
+            QCOMPARE(desk.names(), u"a"_s);
+        }
+    }
+
+    /// A picture that was being decoded comes in front while another layer is renamed: what is
+    /// typed on is no key of the window, and the name is the layer's where the edit began.
+    void aLayerThatComesLeavesTheRenamingAlone()
+    {
+        LayerDesk desk;
+        QVERIFY(desk.isActive());
+        desk.showTab(0);
+        QListWidgetItem *top = desk.list()->item(0);
+        desk.list()->setCurrentItem(top);
+        desk.list()->editItem(top);
+        auto *field = desk.list()->findChild<QLineEdit *>();
+        QVERIFY(field);
+        QTest::keyClicks(field, u"un"_s);
+        addLayer(desk.document(), newLayer(LayerKind::Text));
+        QTest::keyClicks(QApplication::focusWidget(), u" 2"_s);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QTRY_COMPARE(desk.layers()[2].name, u"un 2"_s);
+        QVERIFY(desk.layers()[3].name != u"un 2"_s);
+        QVERIFY(!desk.stage().program.streams()); // the space was no TAKE
+    }
+
     /// About the layer under the pointer, or all that are selected with it; what lies beside all
     /// layers is about none.
     void theCanvasHasTheMenuOfTheList()

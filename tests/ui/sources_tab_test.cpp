@@ -60,6 +60,23 @@ private Q_SLOTS:
         QVERIFY(!tab.cameraMode());
     }
 
+    /// Two of one product without a number: the port is all that tells which is which.
+    void twinsAreToldApart()
+    {
+        SourcesTab tab;
+        std::vector<CaptureDevice> twins { camera(u"Cam"_s, { full }), camera(u"Cam"_s, { full }) };
+        for (const int port : { 1, 2 }) {
+            DeviceIdentity &marks = twins.at(static_cast<std::size_t>(port) - 1).marks;
+            marks = { u"Cam"_s, {}, {}, {}, u"usb=%1"_s.arg(port), {}, true };
+        }
+        tab.showDevices({ twins, {} });
+        const auto *cameras = tab.findChild<QComboBox *>(u"cameras"_s);
+        QCOMPARE(cameras->itemText(1), u"Cam · 1"_s);
+        QCOMPARE(cameras->itemText(2), u"Cam · 2"_s);
+        tab.showArrivals({ { twins[0], "A" }, { twins[1], "B" } });
+        QCOMPARE(tab.findChild<QLabel *>(u"cameraArrival"_s)->text(), u"Cam · 1: A\nCam · 2: B"_s);
+    }
+
     /// As the settings keep them; one that is not offered any more leaves the choice to the
     /// program.
     void takesUpTheModesOfTheLastRun()

@@ -169,6 +169,13 @@ CaptureDevice describeDevice(GstDevice *device)
     return described;
 }
 
+QString nameAmongTwins(const CaptureDevice &device)
+{
+    const QString &port = device.marks.path.isEmpty() ? device.marks.node : device.marks.path;
+    return device.marks.hasTwin ? device.name + QStringLiteral(" · ") + port.section(u'=', -1)
+                                : device.name;
+}
+
 std::vector<DeviceIdentity> marksOf(const std::vector<CaptureDevice> &devices)
 {
     std::vector<DeviceIdentity> marks;

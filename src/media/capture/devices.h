@@ -47,6 +47,9 @@ QString directFile(GstDevice *device);
 /// audio device.
 CaptureDevice describeDevice(GstDevice *device);
 
+/// The name for the operator; of cameras that are just alike with the port that tells them apart.
+QString nameAmongTwins(const CaptureDevice &device);
+
 /// Of each device, in their order.
 std::vector<DeviceIdentity> marksOf(const std::vector<CaptureDevice> &devices);
 

@@ -23,17 +23,21 @@ ServiceCheck::ServiceCheck(Studio &studio, QObject *parent)
 {
     m_timer.setInterval(stepMs);
     connect(&m_timer, &QTimer::timeout, this, &ServiceCheck::look);
-    connect(&m_studio.translation(),
-        &TranslationDesk::keyTested,
-        this,
-        [this](bool works, const Message &outcome) {
-            m_facts.serviceAnswers = works;
-            m_facts.serviceAnswer = outcome;
-        });
+}
+
+/// What takes an answer, unless another run has begun by then.
+template <typename Take> auto ServiceCheck::ofThisRun(Take take)
+{
+    return [guard = QPointer(this), run = m_run, take](const auto &...answer) {
+        if (guard && guard->m_run == run) {
+            take(answer...);
+        }
+    };
 }
 
 void ServiceCheck::begin(int screens)
 {
+    ++m_run;
     m_facts = {};
     m_facts.screens = screens;
     m_since.start();
@@ -41,27 +45,45 @@ void ServiceCheck::begin(int screens)
     m_arrivedBefore = camera ? camera->arrivedCount() : 0;
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
     const QString home = QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
-    m_machine.start([folder = folder.isEmpty() ? home : folder] { return askMachine(folder); });
+    m_machine.tryStart([folder = folder.isEmpty() ? home : folder] { return askMachine(folder); });
+    measureTexts();
+    askService();
+    askForKeys();
+    askOnlineBible();
+    m_timer.start();
+}
+
+/// What takes longer than a run goes on for the next one, unless another project is to be measured.
+void ServiceCheck::measureTexts()
+{
     std::vector<FramedScene> scenes;
     for (const SceneSet set : bothSets) {
         for (const ScenePtr &scene : m_studio.document().project().scenes.of(set)) {
             scenes.push_back({ scene, m_studio.stage().frameOf(set) });
         }
     }
-    m_texts.start([scenes = std::move(scenes), choice = m_studio.bibles().resolvedChoice()] {
-        return fitOfTexts(scenes, choice);
-    });
-    m_studio.translation().key().withKey([this, guard = QPointer(this)](const QString &key) {
-        if (guard) {
-            m_facts.hasServiceKey = !key.isEmpty();
-            if (!key.isEmpty()) {
-                m_studio.translation().testKey();
-            }
+    const QString choice = m_studio.bibles().resolvedChoice();
+    if (m_texts.isUnderWay() && scenes == m_measured && choice == m_measuredChoice) {
+        return;
+    }
+    m_measured = scenes;
+    m_measuredChoice = choice;
+    m_texts.tryStart([scenes = std::move(scenes), choice] { return fitOfTexts(scenes, choice); });
+}
+
+void ServiceCheck::askService()
+{
+    TranslationDesk &translation = m_studio.translation();
+    translation.key().withKey(ofThisRun([this, &translation](const QString &key) {
+        m_facts.hasServiceKey = !key.isEmpty();
+        if (key.isEmpty()) {
+            return;
         }
-    });
-    askForKeys();
-    askOnlineBible();
-    m_timer.start();
+        translation.testKey(ofThisRun([this](bool works, const Message &outcome) {
+            m_facts.serviceAnswers = works;
+            m_facts.serviceAnswer = outcome;
+        }));
+    }));
 }
 
 void ServiceCheck::askOnlineBible()
@@ -71,21 +93,17 @@ void ServiceCheck::askOnlineBible()
     if (!m_facts.usesOnlineBible) {
         return;
     }
-    bibles.key().withKey([this, guard = QPointer(this)](const QString &key) {
-        if (!guard) {
-            return;
-        }
+    bibles.key().withKey(ofThisRun([this](const QString &key) {
         if (key.isEmpty() || m_studio.bibles().online().id.isEmpty()) {
             m_facts.onlineBible
                 = "Falta la clave o la Biblia de API.Bible: se mostrará la Reina-Valera 1909.";
             return;
         }
-        m_studio.verses().listBibles(key, [guard](const auto &, const Message &error) {
-            if (guard) {
-                guard->m_facts.onlineBible = error;
-            }
-        });
-    });
+        m_studio.verses().listBibles(key,
+            ofThisRun([this](const auto & /*bibles*/, const Message &error) {
+                m_facts.onlineBible = error;
+            }));
+    }));
 }
 
 /// The store answers later.
@@ -95,11 +113,7 @@ void ServiceCheck::askForKeys()
     for (std::size_t slot = 0; slot < destinationCount; ++slot) {
         const QString name = QString::fromUtf8(destinationPresets().at(slot).name);
         m_studio.secrets().findInFile(secret_account::stream(name),
-            [guard = QPointer(this), slot](bool found) {
-                if (guard) {
-                    guard->m_lacksKey.at(slot) = !found;
-                }
-            });
+            ofThisRun([this, slot](bool found) { m_lacksKey.at(slot) = !found; }));
     }
 }
 
@@ -137,13 +151,12 @@ void ServiceCheck::takeAnswers()
         m_facts.texts = m_texts.take();
     }
     m_machine.abandon();
-    m_texts.abandon();
 }
 
 void ServiceCheck::readStudio()
 {
     const AudioInput &audio = m_studio.audio();
-    m_facts.hasInput = audio.capture() != nullptr || audio.device().has_value();
+    m_facts.hasInput = audio.device().has_value(); // a test signal is none
     m_facts.inputIsLost = !audio.lostDevice().isEmpty();
     m_facts.isMuted = audio.gainState().muted;
     const Sources &sources = m_studio.sources();

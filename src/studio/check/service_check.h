@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include <array>
+#include <cstdint>
 #include <vector>
 
 namespace nimbara {
@@ -27,7 +28,8 @@ public:
     /// `studio` must outlive the check.
     explicit ServiceCheck(Studio &studio, QObject *parent = nullptr);
 
-    /// Begins, or begins anew. `screens`: how many the computer has.
+    /// Begins, or begins anew: what is still to be answered to the run before counts no more.
+    /// `screens`: how many the computer has, mirrored ones once.
     void begin(int screens);
     [[nodiscard]] bool isUnderWay() const { return m_timer.isActive(); }
 
@@ -36,7 +38,10 @@ Q_SIGNALS:
     void finished(const std::vector<nimbara::CheckLine> &lines);
 
 private:
+    template <typename Take> [[nodiscard]] auto ofThisRun(Take take);
     void look();
+    void measureTexts();
+    void askService();
     void askForKeys();
     void askOnlineBible();
     void takeAnswers();
@@ -48,9 +53,12 @@ private:
     QElapsedTimer m_since; ///< the beginning
     std::uint64_t m_arrivedBefore = 0;
     ServiceFacts m_facts;
+    std::uint64_t m_run = 0; ///< counts them
     std::array<bool, destinationCount> m_lacksKey {}; ///< by slot, in the store
     BackgroundTask<MachineFacts> m_machine;
-    BackgroundTask<TextFit> m_texts;
+    BackgroundTask<TextFit> m_texts; ///< may take longer than a run
+    std::vector<FramedScene> m_measured; ///< what that looks at
+    QString m_measuredChoice; ///< the same
 };
 
 } // namespace nimbara

@@ -179,11 +179,14 @@ void addFit(std::vector<CheckLine> &lines,
 
 void addTexts(std::vector<CheckLine> &lines, const ServiceFacts &facts)
 {
+    const Message what = "Textos y versículos";
     if (!facts.texts) {
+        lines.push_back(
+            { State::Caution, what, "No dio tiempo a medir si caben. Repite la revisión." });
         return;
     }
     addFit(lines,
-        "Textos y versículos",
+        what,
         facts.texts->hidden,
         "Caben en su recuadro.",
         "No caben en su recuadro: %1. Agranda el recuadro o reduce la letra.");

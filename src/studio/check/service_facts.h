@@ -15,7 +15,7 @@ namespace nimbara {
 /// What is known of the computer and the project shortly before a service. A plain value; what
 /// nobody can tell is none.
 struct ServiceFacts {
-    int screens = 1; ///< of the computer, the operator's among them
+    int screens = 1; ///< of the computer, the operator's among them; mirrored ones are one
     int kbits = 6000; ///< of a recording, kbit/s
     double inputPeak = 0; ///< loudest value of the look, linear
     double cameraRate = 0; ///< pictures per second that come in
@@ -27,7 +27,7 @@ struct ServiceFacts {
     Message lineVerdict; ///< of the test of the line
     Message serviceAnswer; ///< of the translation's
     std::optional<Message> onlineBible; ///< what is amiss with it; none: it is silent
-    std::optional<TextFit> texts; ///< none: they are not all laid out yet
+    std::optional<TextFit> texts; ///< none: there was no time to lay them all out
 
     bool hasInput = false; ///< an audio device was chosen
     bool inputIsLost = false;

@@ -15,6 +15,7 @@ namespace nimbara {
 struct FramedScene {
     ScenePtr scene;
     FrameSize frame;
+    bool operator==(const FramedScene &) const = default;
 };
 
 /// The scenes, by their names, with a text that is not wholly seen. A plain value.

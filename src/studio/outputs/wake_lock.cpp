@@ -153,9 +153,14 @@ private:
         }
     }
 
+    /// Nothing may be left that keeps the desktop awake then. The portal is started by the bus.
     void vanished(const Service &service)
     {
-        std::erase_if(m_grants, [&](const Grant &grant) { return grant.service == &service; });
+        const auto isIts = [&service](const Grant &grant) { return grant.service == &service; };
+        const bool wasHeld = std::erase_if(m_grants, isIts) > 0;
+        if (wasHeld && m_wanted && m_grants.empty() && m_asked.empty()) {
+            ask(portal);
+        }
     }
 
     void ask(const Service &service)

@@ -9,8 +9,9 @@ namespace nimbara {
 /// Keeps the desktop from sleeping, dimming and locking while it is held, by the desktop's own
 /// services on the session bus: `org.freedesktop.ScreenSaver` and
 /// `org.freedesktop.PowerManagement.Inhibit` (the freedesktop idle inhibition services), and the
-/// portal `org.freedesktop.portal.Inhibit` where neither answers. One that starts anew is asked
-/// again. Without any of them a line of the log says so, and nothing else happens.
+/// portal `org.freedesktop.portal.Inhibit` where neither answers, or the last that did has left the
+/// bus. One that starts anew is asked again. Without any of them a line of the log says so, and
+/// nothing else happens.
 ///
 /// Interface thread only, which never waits: the services answer when they like. On other systems
 /// nothing happens.

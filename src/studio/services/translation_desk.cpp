@@ -82,8 +82,6 @@ void TranslationDesk::connectEngine(AudioInput &input)
     m_engine.heldChanged = [this] { Q_EMIT heldChanged(); };
     m_engine.ended = [this] { pause(); };
     m_engine.secondEnded = [this] { endSecond(); };
-    m_keyTest.answered
-        = [this](bool works, const Message &outcome) { Q_EMIT keyTested(works, outcome); };
     m_keyTest.status = [this](const Message &message) {
         Q_EMIT reported(message);
         Q_EMIT said(message);
@@ -261,13 +259,13 @@ void TranslationDesk::shutDown()
     }
 }
 
-void TranslationDesk::testKey()
+void TranslationDesk::testKey(const KeyTest::Answered &answered)
 {
-    m_key.withKey([this](const QString &key) {
+    m_key.withKey([this, answered](const QString &key) {
         if (m_keepsKey && !key.isEmpty()) {
             m_key.save(key, [](bool) {});
         }
-        run([this, &key] { m_keyTest.run(key); });
+        run([&] { m_keyTest.run(key, answered); });
     });
 }
 

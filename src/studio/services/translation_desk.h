@@ -133,16 +133,15 @@ public:
     /// What the run has used of the services; another direction of it goes on counting.
     [[nodiscard]] const cost::Usage &usage() const { return m_engine.usage(); }
 
-    /// One small request with the operator's key, whether or not a run is on.
-    void testKey();
+    /// One small request with the operator's key, whether or not a run is on. `answered`, where
+    /// there is one, gets its outcome; nothing when there is no key.
+    void testKey(const KeyTest::Answered &answered = {});
 
 Q_SIGNALS:
     /// What is wanted, running, waiting or the voice's road has changed; the key tells by itself.
     void changed();
     /// What engine or key test have to say, for the panel.
     void reported(const nimbara::Message &text);
-    /// The service has answered to `testKey`; `works`: it took the key.
-    void keyTested(bool works, const nimbara::Message &outcome);
     /// A caption has come, and how long it took, or it is read at another pace; empty after a run.
     void captionNoted(const nimbara::Message &text);
     /// What is held has changed.

@@ -12,6 +12,19 @@ Message written(const std::optional<DeviceMode> &mode)
     return mode ? Message::verbatim(modeText(*mode)) : Message("lo que ofrezca");
 }
 
+using Presence = std::weak_ptr<const void>;
+
+Presence presenceOf(const Media *camera)
+{
+    return camera != nullptr ? camera->presence() : Presence();
+}
+
+/// True of two that are none, too.
+bool isSamePresence(const Presence &one, const Presence &other)
+{
+    return !one.owner_before(other) && !other.owner_before(one);
+}
+
 } // namespace
 
 void ArrivalRate::look(std::uint64_t arrived, std::int64_t nowUs)
@@ -53,12 +66,11 @@ bool ArrivalRate::isShortOf(double duePerSecond) const
 
 std::optional<Message> CameraArrival::poll(const Media *camera, std::int64_t nowUs)
 {
-    if (camera == m_camera && !m_rate.isDue(nowUs)) {
-        return std::nullopt;
-    }
-    if (camera != m_camera) {
-        m_camera = camera;
+    if (const Presence present = presenceOf(camera); !isSamePresence(present, m_camera)) {
+        m_camera = present;
         m_rate = {};
+    } else if (!m_rate.isDue(nowUs)) {
+        return std::nullopt;
     }
     m_rate.look(camera != nullptr ? camera->arrivedCount() : 0, nowUs);
     Message now = camera != nullptr && camera->isDevice() ? text(*camera) : Message();
@@ -89,13 +101,20 @@ Message CameraArrival::text(const Media &camera) const
     return text + Message(" Llegan menos de las acordadas: suele faltar luz.");
 }
 
+bool CameraArrivals::isDue(std::int64_t nowUs) const
+{
+    return !m_lookedUs || nowUs - *m_lookedUs >= ArrivalRate::spacingUs;
+}
+
 std::optional<std::vector<ArrivalText>> CameraArrivals::poll(const std::vector<OpenCamera> &cameras,
     std::int64_t nowUs)
 {
+    m_lookedUs = nowUs;
     bool isOther = follow(cameras);
-    for (Watched &each : m_watched) {
-        if (auto text = each.arrival.poll(each.media, nowUs)) {
-            each.text = std::move(*text);
+    for (std::size_t at = 0; at < cameras.size(); ++at) {
+        Watched &watched = m_watched[at];
+        if (auto text = watched.arrival.poll(cameras[at].media, nowUs)) {
+            watched.text = std::move(*text);
             isOther = true;
         }
     }
@@ -114,7 +133,8 @@ bool CameraArrivals::follow(const std::vector<OpenCamera> &cameras)
 {
     const auto isIt = [](const Watched &watched, const OpenCamera &camera) {
         const bool isDevice = camera.device != nullptr;
-        return watched.media == camera.media && watched.device.has_value() == isDevice
+        return isSamePresence(watched.presence, presenceOf(camera.media))
+            && watched.device.has_value() == isDevice
             && (!isDevice || isSame(*watched.device, *camera.device));
     };
     if (std::equal(m_watched.begin(), m_watched.end(), cameras.begin(), cameras.end(), isIt)) {
@@ -126,7 +146,7 @@ bool CameraArrivals::follow(const std::vector<OpenCamera> &cameras)
             return isIt(watched, camera);
         });
         m_watched.push_back(found != before.end() ? std::move(*found) : Watched {});
-        m_watched.back().media = camera.media;
+        m_watched.back().presence = presenceOf(camera.media);
         m_watched.back().device
             = camera.device != nullptr ? std::optional(*camera.device) : std::nullopt;
     }

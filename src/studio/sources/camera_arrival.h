@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -41,14 +42,14 @@ private:
 /// Interface thread only.
 class CameraArrival {
 public:
-    /// Call on every run of the frame clock with the camera, or null. Returns the text for the
+    /// Call at least once a second with the camera, or null. Returns the text for the
     /// operator when it is another one; an empty text for what is no camera.
     std::optional<Message> poll(const Media *camera, std::int64_t nowUs);
 
 private:
     [[nodiscard]] Message text(const Media &camera) const;
 
-    const void *m_camera = nullptr;
+    std::weak_ptr<const void> m_camera; ///< its `Media::presence`: an address may come again
     ArrivalRate m_rate;
     std::optional<Message> m_told;
 };
@@ -68,14 +69,17 @@ struct ArrivalText {
 /// What comes in from all cameras that are open. Interface thread only.
 class CameraArrivals {
 public:
-    /// Call on every run of the frame clock with the cameras. Returns a text for each, in their
-    /// order, when one of them, or which they are, is another one.
+    /// A look is due: a second has passed since the last one. Cheap, for every run of the frame
+    /// clock.
+    [[nodiscard]] bool isDue(std::int64_t nowUs) const;
+    /// Looks at the cameras. Returns a text for each, in their order, when one of them, or which
+    /// they are, is another one.
     std::optional<std::vector<ArrivalText>> poll(const std::vector<OpenCamera> &cameras,
         std::int64_t nowUs);
 
 private:
     struct Watched {
-        const Media *media = nullptr;
+        std::weak_ptr<const void> presence; ///< of the media
         std::optional<CaptureDevice> device;
         CameraArrival arrival;
         Message text;
@@ -83,6 +87,7 @@ private:
     bool follow(const std::vector<OpenCamera> &cameras);
 
     std::vector<Watched> m_watched;
+    std::optional<std::int64_t> m_lookedUs; ///< none: not yet
 };
 
 } // namespace nimbara

@@ -85,8 +85,16 @@ void DeviceConnection::poll()
     collectList();
     collectLookup();
     followOpening();
-    const std::vector<OpenCamera> cameras = m_sources.openCameras();
-    if (const auto arrivals = m_arrivals.poll(cameras, m_clock.monotonicUs())) {
+    lookAtArrivals();
+}
+
+void DeviceConnection::lookAtArrivals()
+{
+    const std::int64_t now = m_clock.monotonicUs();
+    if (!m_arrivals.isDue(now)) {
+        return;
+    }
+    if (const auto arrivals = m_arrivals.poll(m_sources.openCameras(), now)) {
         Q_EMIT arrivalsChanged(*arrivals);
     }
 }

@@ -84,6 +84,7 @@ private:
     void collectList();
     void collectLookup();
     void followOpening();
+    void lookAtArrivals();
     void connectWanted(const Wanted &wanted, const DeviceLists &present);
     Outcome connectCamera(const Wanted &wanted, const std::vector<CaptureDevice> &present);
     Outcome connectAudio(const Wanted &wanted, const std::vector<CaptureDevice> &present);

@@ -21,6 +21,7 @@ struct LayerCameras::Entry {
     MediaPtr camera; ///< delivers
     std::optional<DeviceMode> chosen; ///< what the operator wanted when it was opened
     std::int64_t nextUs = 0; ///< not opened before
+    std::int64_t sinceUs = 0; ///< the camera delivers
     bool isAsked = false; ///< the operator was told that several fit
 
     /// Other than by a search it is not known where it is.
@@ -107,6 +108,7 @@ void LayerCameras::name(const std::vector<QString> &named)
             (*heir)->camera = std::move(left->camera);
             (*heir)->opening = std::move(left->opening);
             (*heir)->chosen = left->chosen;
+            (*heir)->sinceUs = left->sinceUs;
         } else if (isLeft(left)) {
             drop(*left);
         }
@@ -232,6 +234,7 @@ void LayerCameras::follow(Entry &entry)
         drop(entry);
     } else if (state == CameraOpening::State::Delivers) {
         entry.camera = entry.opening->camera();
+        entry.sinceUs = m_clock.monotonicUs();
         m_openings.note(*entry.device, *entry.opening);
         entry.opening.reset();
     }
@@ -245,6 +248,9 @@ void LayerCameras::watch(Entry &entry)
         m_status(Message::verbatim(entry.identity.name + QStringLiteral(": ")) + text);
     }
     if (!entry.camera->active()) {
+        if (entry.camera->starved() && entry.device) {
+            m_openings.noteHalt(*entry.device, *entry.camera, entry.sinceUs);
+        }
         drop(entry);
     }
 }
@@ -306,6 +312,7 @@ bool LayerCameras::takeOver(const CaptureDevice &device,
     });
     if (found != m_entries.end()) {
         (*found)->camera = camera;
+        (*found)->sinceUs = m_clock.monotonicUs();
         (*found)->chosen = chosen;
     }
     return found != m_entries.end();

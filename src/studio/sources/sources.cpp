@@ -110,7 +110,9 @@ void Sources::install(MediaPtr camera, const Offer &from)
     m_cameraIndex = from.index;
     m_device = from.device;
     m_chosenMode = from.chosen;
-    m_mayDoBetter = from.opening && from.opening->mayDoBetter();
+    m_mayDoBetter = from.opening
+        && (from.opening->mayDoBetter() || (m_device && m_openings.hasHalting(*m_device)));
+    m_cameraSinceUs = m_clock.monotonicUs();
     m_firstFrameLogged = false;
 }
 
@@ -150,6 +152,7 @@ void Sources::offerCamera(std::int32_t index,
     const std::optional<DeviceMode> &chosen)
 {
     if (device) {
+        m_openings.forgetHalts(*device);
         if (MediaPtr open = m_layerCameras.handOver(*device, chosen)) {
             m_refused = false;
             takeOffer();
@@ -228,6 +231,9 @@ void Sources::pollCamera()
     }
     pollOnce(m_camera.get(), true);
     if (m_device && m_camera && !m_camera->active()) {
+        if (m_camera->starved()) {
+            m_openings.noteHalt(*m_device, *m_camera, m_cameraSinceUs);
+        }
         letGo(std::exchange(m_camera, nullptr));
     }
 }
@@ -272,21 +278,21 @@ CameraPicture Sources::cameraPicture() const
 
 void Sources::pollLayerCameras(const Project &project, const OnAir &onAir)
 {
-    std::vector<QString> named;
+    m_named.clear();
     for (const LiveScene *program : onAir.seen()) {
-        addNamed(named, program->scene);
+        addNamed(m_named, program->scene);
     }
     for (const SceneSet set : bothSets) {
         const Scenes &scenes = project.scenes.of(set);
         if (m_onlyShown) {
-            addNamed(named, scenes[project.currentPlace(set)]);
+            addNamed(m_named, scenes[project.currentPlace(set)]);
             continue;
         }
         for (const ScenePtr &scene : scenes) {
-            addNamed(named, scene);
+            addNamed(m_named, scene);
         }
     }
-    m_layerCameras.poll(named);
+    m_layerCameras.poll(m_named);
 }
 
 std::vector<OpenCamera> Sources::openCameras() const

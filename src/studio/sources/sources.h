@@ -92,9 +92,10 @@ public:
     [[nodiscard]] const std::optional<CaptureDevice> &cameraDevice() const { return m_device; }
     /// The mode that the operator chose for it; none: the best.
     [[nodiscard]] const std::optional<DeviceMode> &chosenMode() const { return m_chosenMode; }
-    /// It delivers in a lesser mode, since a better one failed when it was opened. That may
-    /// pass: the next time it is opened the better one is tried first again. Not while a program
-    /// shows it, since a device that is opened anew has no picture for seconds.
+    /// It delivers in a lesser mode, since a better one failed when it was opened, or soon after,
+    /// time and again. That may pass: the next time it is opened the better one is tried first
+    /// again. Not while a program shows it, since a device that is opened anew has no picture for
+    /// seconds.
     [[nodiscard]] bool mayDoBetter() const { return m_mayDoBetter && !m_isCameraOnAir; }
     /// The camera's newest picture, or none.
     [[nodiscard]] FramePtr cameraFrame() const;
@@ -122,7 +123,7 @@ public:
     /// Cameras of layers that are open in another mode are opened anew.
     void applyModes() { m_layerCameras.applyModes(); }
     /// The principal camera, whatever it shows, then those of layers that deliver. Until the next
-    /// run.
+    /// run; a new list, which is not for every run.
     [[nodiscard]] std::vector<OpenCamera> openCameras() const;
 
     /// Reads the camera and each source once, and shows what they have to say. Files that neither a
@@ -180,6 +181,7 @@ private:
     MediaPtr m_camera;
     std::int32_t m_cameraIndex = testBars;
     bool m_mayDoBetter = false;
+    std::int64_t m_cameraSinceUs = 0; ///< it is shown
     bool m_isCameraOnAir = false; ///< a program shows it
     bool m_refused = false; ///< the operator's last offer
     bool m_firstFrameLogged = false;
@@ -201,6 +203,7 @@ private:
     PictureShelf m_shelf;
     std::int64_t m_lastSweep = 0;
     std::vector<const Media *> m_polled; ///< of this run; kept to reuse its memory
+    std::vector<QString> m_named; ///< devices that layers name; the same
 };
 
 } // namespace nimbara

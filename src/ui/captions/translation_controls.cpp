@@ -54,7 +54,7 @@ void TranslationControls::connectTab()
     const TranslationTab *tab = &m_tab;
     TranslationDesk *desk = &m_desk;
     connect(tab, &TranslationTab::startPressed, desk, &TranslationDesk::toggle);
-    connect(tab, &TranslationTab::testKeyPressed, desk, &TranslationDesk::testKey);
+    connect(tab, &TranslationTab::testKeyPressed, desk, [desk] { desk->testKey(); });
     connect(tab, &TranslationTab::saveKeyChanged, desk, &TranslationDesk::setKeepsKey);
     connect(tab, &TranslationTab::spanishPressed, desk, [desk] {
         desk->switchTarget(QStringLiteral("Spanish"));

@@ -5,18 +5,6 @@
 
 namespace nimbara {
 
-namespace {
-
-/// Two alike are told apart by their ports.
-QString labelOf(const CaptureDevice &device)
-{
-    const QString &port = device.marks.path.isEmpty() ? device.marks.node : device.marks.path;
-    return device.marks.hasTwin ? device.name + QStringLiteral(" · ") + port.section(u'=', -1)
-                                : device.name;
-}
-
-} // namespace
-
 CameraRow::CameraRow(QWidget *parent)
     : QComboBox(parent)
 {
@@ -50,7 +38,7 @@ void CameraRow::fill()
     QStringList texts { nimbara_i18n::tr("Cámara principal") };
     m_entries = QStringList { QString() };
     for (const CaptureDevice &device : m_devices) {
-        texts << labelOf(device);
+        texts << nameAmongTwins(device);
         m_entries << identityText(device.marks);
     }
     int current = 0;
@@ -62,7 +50,8 @@ void CameraRow::fill()
         if (found.size() == 1) {
             m_entries[current] = m_named; // the same one, whatever it was plugged into
         } else {
-            texts << nimbara_i18n::tr("%1 (no conectada)").arg(wanted.name);
+            texts << nimbara_i18n::tr(found.empty() ? "%1 (no conectada)" : "%1 (elige cuál)")
+                         .arg(wanted.name);
             m_entries << m_named;
         }
     }

@@ -23,6 +23,7 @@ public:
     void showEditSet(bool hall);
     /// Names the transition of the scene in PREVIEW.
     void showTransition(const QString &text) { m_fade->setText(text); }
+    [[nodiscard]] QComboBox *scenes() const { return m_scenes; }
     /// Opens the choice of transitions.
     [[nodiscard]] QPushButton *transitionButton() const { return m_transition; }
     /// Sets the lower third and the band, as an opened project does.

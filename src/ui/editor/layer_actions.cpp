@@ -39,7 +39,7 @@ LayerActions::LayerActions(Studio &studio,
 {
     add(KeyAction::Copy, [this] { copy(); });
     add(KeyAction::Cut, [this] { cut(); });
-    add(KeyAction::Paste, [this] { paste(m_copied, "Pegar"); });
+    m_paste = add(KeyAction::Paste, [this] { paste(m_copied, "Pegar"); });
     add(KeyAction::Duplicate, [this] { paste(layersOf(scene(), selected()), "Duplicar"); });
     add(KeyAction::SelectAll, [this] { selectAll(); });
     add(KeyAction::ShowOrHide,
@@ -54,6 +54,11 @@ LayerActions::LayerActions(Studio &studio,
     m_tab.layerList()->setContextMenuPolicy(Qt::ActionsContextMenu);
     connectList();
     connect(&m_canvas, &Canvas::menuWanted, this, &LayerActions::showMenu);
+}
+
+void LayerActions::pasteAt(QWidget &widget) const
+{
+    widget.addAction(m_paste);
 }
 
 /// The canvas has what the list has.

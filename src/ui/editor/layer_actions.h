@@ -33,6 +33,10 @@ public:
         Canvas &canvas,
         const KeyMap &keys);
 
+    /// What was copied can be pasted there as well, by key: where a scene or a set is chosen the
+    /// operator has just gone to paste it.
+    void pasteAt(QWidget &widget) const;
+
 private:
     QAction *add(KeyAction what, const std::function<void()> &step);
     void addNudges();
@@ -57,6 +61,7 @@ private:
     Canvas &m_canvas;
     const KeyMap &m_keys;
     std::vector<Layer> m_copied; ///< rear layer first
+    QAction *m_paste;
     std::vector<QAction *> m_nudges;
 };
 

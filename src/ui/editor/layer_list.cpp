@@ -98,12 +98,9 @@ LayerList::LayerList(QWidget *parent)
     auto *delegate = new LayerDelegate(this);
     setItemDelegate(delegate);
     connect(this, &QListWidget::itemSelectionChanged, this, [this] { Q_EMIT chosen(selection()); });
-    connect(delegate,
-        &NameDelegate::named,
-        this,
-        [this](const QModelIndex &entry, const QString &name) {
-            Q_EMIT renamed(layerOf(*item(entry.row())), name);
-        });
+    connect(delegate, &NameDelegate::named, this, [this](quint64 owner, const QString &name) {
+        Q_EMIT renamed(LayerId::of(owner), name);
+    });
 }
 
 LayerId LayerList::layerOf(const QListWidgetItem &item)
@@ -148,7 +145,9 @@ void LayerList::mark(const LayerSelection &selection)
         item(row)->setSelected(selection.contains(layer));
         current = layer == selection.current() ? item(row) : current;
     }
-    setCurrentItem(current, QItemSelectionModel::NoUpdate);
+    if (state() != QAbstractItemView::EditingState) { // it would end what is being typed
+        setCurrentItem(current, QItemSelectionModel::NoUpdate);
+    }
 }
 
 void LayerList::dropSelected(QPoint place)

@@ -129,12 +129,9 @@ SceneTiles::SceneTiles(const KeyMap &keys, QWidget *parent)
     named(this, "sceneTiles", nimbara_i18n::tr("Escenas"));
     auto *delegate = new TileDelegate(this);
     setItemDelegate(delegate);
-    connect(delegate,
-        &NameDelegate::named,
-        this,
-        [this](const QModelIndex &tile, const QString &name) {
-            Q_EMIT renamed(sceneAt(tile.row()), name);
-        });
+    connect(delegate, &NameDelegate::named, this, [this](quint64 owner, const QString &name) {
+        Q_EMIT renamed(SceneId::of(owner), name);
+    });
     setFlow(QListView::LeftToRight);
     setWrapping(false);
     setUniformItemSizes(true);

@@ -4,21 +4,45 @@
 
 namespace nimbara {
 
-/// What is being typed stays when the entry is written meanwhile.
+namespace {
+
+constexpr const char *ownerProperty = "owner";
+
+quint64 ownerOf(const QModelIndex &entry)
+{
+    return entry.data(Qt::UserRole).toULongLong();
+}
+
+} // namespace
+
+QWidget *NameDelegate::createEditor(QWidget *parent,
+    const QStyleOptionViewItem &option,
+    const QModelIndex &entry) const
+{
+    QWidget *editor = QStyledItemDelegate::createEditor(parent, option, entry);
+    if (editor != nullptr) {
+        editor->setProperty(ownerProperty, ownerOf(entry));
+    }
+    return editor;
+}
+
+/// What is being typed stays when the entry is written meanwhile, and also the name that the edit
+/// began with when the entry is another's by now.
 void NameDelegate::setEditorData(QWidget *editor, const QModelIndex &entry) const
 {
     auto *field = qobject_cast<QLineEdit *>(editor);
-    if (field != nullptr && !field->isModified()) {
+    const bool isItsOwn = editor->property(ownerProperty).toULongLong() == ownerOf(entry);
+    if (field != nullptr && isItsOwn && !field->isModified()) {
         field->setText(nameOf(entry));
     }
 }
 
 void NameDelegate::setModelData(QWidget *editor,
     QAbstractItemModel * /*model*/,
-    const QModelIndex &entry) const
+    const QModelIndex & /*entry*/) const
 {
     if (const auto *field = qobject_cast<QLineEdit *>(editor)) {
-        Q_EMIT named(entry, field->text());
+        Q_EMIT named(field->property(ownerProperty).toULongLong(), field->text());
     }
 }
 

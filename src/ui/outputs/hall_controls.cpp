@@ -28,9 +28,12 @@ HallControls::HallControls(QWidget &window, SourcesTab &tab, const KeyMap &keys,
         if (!m_waits) { // hidden by the operator: it does not come back by itself
             m_shownOn.reset();
         }
+        if (!m_waits && sharesStudioScreen()) { // it may have had the keyboard
+            m_window.activateWindow();
+        }
         showState();
     };
-    connect(&m_screen, &HallScreen::activated, &m_window, &QWidget::activateWindow);
+    connect(&m_screen, &HallScreen::activated, this, &HallControls::giveKeyboardBack);
     connect(&m_screen, &HallScreen::keyPressed, this, &HallControls::passOn);
     connect(&m_tab, &SourcesTab::hallScreenPressed, this, &HallControls::toggle);
     connect(qGuiApp, &QGuiApplication::screenRemoved, this, &HallControls::screenRemoved);
@@ -58,12 +61,13 @@ void HallControls::listScreens()
 void HallControls::suggestScreen()
 {
     const QList<QScreen *> screens = QGuiApplication::screens();
-    if (m_screen.isVisible() || screens.value(m_tab.screenEntry()) != m_window.screen()) {
+    const auto coversStudio
+        = [this](const QScreen *screen) { return areMirrored(*screen, *m_window.screen()); };
+    const QScreen *chosen = screens.value(m_tab.screenEntry());
+    if (m_screen.isVisible() || chosen == nullptr || !coversStudio(chosen)) {
         return;
     }
-    const auto other = std::find_if(screens.begin(), screens.end(), [this](const QScreen *screen) {
-        return screen != m_window.screen();
-    });
+    const auto other = std::find_if_not(screens.begin(), screens.end(), coversStudio);
     if (other != screens.end()) {
         m_tab.chooseScreen(static_cast<int>(other - screens.begin()));
     }
@@ -106,9 +110,26 @@ void HallControls::showOn(QScreen &screen)
     showState();
 }
 
+/// Over the studio it keeps what a desktop gave it: the studio would come to the front with the
+/// keyboard, and hide what the congregation sees.
+void HallControls::giveKeyboardBack()
+{
+    if (m_screen.isActiveWindow() && !coversStudio()) {
+        m_window.activateWindow();
+    }
+}
+
+/// Over the studio F leaves it, too, unless the operator gave that key something else to do.
+bool HallControls::isLeaveKey(const QKeySequence &key) const
+{
+    const bool isFree = !m_keys.holder(key, KeyAction::HideHall);
+    return m_keys.has(KeyAction::HideHall, key)
+        || (coversStudio() && key == QKeySequence(Qt::Key_F) && isFree);
+}
+
 void HallControls::passOn(const QKeySequence &key)
 {
-    if (!m_keys.has(KeyAction::HideHall, key)) {
+    if (!isLeaveKey(key)) {
         Q_EMIT keyPressed(key);
     } else if (coversStudio()) {
         hide();
@@ -129,9 +150,15 @@ void HallControls::followPlace()
     }
 }
 
+/// Also on another screen that shows the same, as a mirrored projector does.
+bool HallControls::sharesStudioScreen() const
+{
+    return areMirrored(*m_screen.screen(), *m_window.screen());
+}
+
 bool HallControls::coversStudio() const
 {
-    return m_screen.isVisible() && m_screen.screen() == m_window.screen();
+    return m_screen.isVisible() && sharesStudioScreen();
 }
 
 /// A key hides a hall that covers the operator's window. On a screen of its own no key of the
@@ -139,6 +166,7 @@ bool HallControls::coversStudio() const
 void HallControls::showState()
 {
     m_escape->setEnabled(coversStudio());
+    giveKeyboardBack();
     m_tab.setHallShown(m_screen.isVisible(),
         coversStudio() ? m_keys.text(KeyAction::HideHall) : QString());
     Q_EMIT shownChanged(m_screen.isVisible());

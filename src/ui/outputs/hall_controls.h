@@ -48,9 +48,12 @@ private:
     void toggle();
     void showOn(QScreen &screen);
     void followPlace();
+    void giveKeyboardBack();
+    [[nodiscard]] bool isLeaveKey(const QKeySequence &key) const;
     void passOn(const QKeySequence &key);
     void screenAdded(QScreen *screen);
     void screenRemoved(const QScreen *screen);
+    [[nodiscard]] bool sharesStudioScreen() const;
     [[nodiscard]] bool coversStudio() const;
     void showState();
 

@@ -3,11 +3,32 @@
 #include "base/i18n.h"
 #include "ui/kit/key_map.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScreen>
 
+#include <algorithm>
+
 namespace nimbara {
+
+bool areMirrored(const QScreen &one, const QScreen &other)
+{
+    return one.geometry().intersects(other.geometry());
+}
+
+int separateScreens()
+{
+    QList<const QScreen *> separate;
+    for (const QScreen *screen : QGuiApplication::screens()) {
+        if (std::none_of(separate.begin(), separate.end(), [screen](const QScreen *other) {
+                return areMirrored(*screen, *other);
+            })) {
+            separate << screen;
+        }
+    }
+    return static_cast<int>(separate.size());
+}
 
 HallScreen::HallScreen()
 {

@@ -8,6 +8,11 @@ class QScreen;
 
 namespace nimbara {
 
+/// Both show the same place of the desktop, or a part of it, as a mirrored projector does.
+bool areMirrored(const QScreen &one, const QScreen &other);
+/// How many screens the desktop has that show something of their own.
+int separateScreens();
+
 /// The window that the congregation sees: the hall program, full screen on one monitor, without a
 /// pointer. It takes frames while hidden as well, so that it never opens on a stale one.
 class HallScreen : public Picture {

@@ -235,11 +235,11 @@ void SourcesTab::relist(QComboBox *list,
     if (listed.chosen) {
         const CaptureDevice *found = findAgain(devices, *listed.chosen);
         current = found == nullptr ? -1 : first + static_cast<int>(found - devices.data());
-        list->setPlaceholderText(listed.chosen->name);
+        list->setPlaceholderText(nameAmongTwins(*listed.chosen));
     }
     QStringList names = fixed;
     for (const CaptureDevice &device : devices) {
-        names << device.name;
+        names << nameAmongTwins(device);
     }
     listed.devices = devices;
     refill(list, names, listed.chosen ? current : std::max(current, 0));
@@ -252,7 +252,7 @@ void SourcesTab::showArrivals(const std::vector<ArrivalText> &arrivals)
         const QString text = nimbara_i18n::tr(each.text);
         if (!text.isEmpty()) {
             lines << (arrivals.size() > 1 && each.device
-                    ? QStringLiteral("%1: %2").arg(each.device->name, text)
+                    ? QStringLiteral("%1: %2").arg(nameAmongTwins(*each.device), text)
                     : text);
         }
     }
@@ -278,7 +278,8 @@ void SourcesTab::listOthers(const std::vector<ArrivalText> &arrivals)
         if (other.identity == m_adjusted) {
             current = static_cast<int>(texts.size());
         }
-        texts << nimbara_i18n::tr(Message("Modo de %1", { Message::verbatim(other.name) }));
+        texts << nimbara_i18n::tr(
+            Message("Modo de %1", { Message::verbatim(nameAmongTwins(other)) }));
     }
     refill(m_modeOf, texts, current);
     m_modeOf->setVisible(!m_others.empty());

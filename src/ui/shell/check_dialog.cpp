@@ -2,13 +2,15 @@
 
 #include "base/i18n.h"
 #include "ui/kit/controls.h"
+#include "ui/kit/page_scroll.h"
+#include "ui/outputs/hall_screen.h"
 
 #include <QDateTime>
 #include <QGridLayout>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLocale>
 #include <QSaveFile>
+#include <QScreen>
 #include <QStandardPaths>
 #include <QVBoxLayout>
 
@@ -34,6 +36,8 @@ const Look &lookOf(CheckLine::State state)
     return looks.at(static_cast<std::size_t>(state));
 }
 
+constexpr int ownRoom = 64; ///< pixels that a window's frame and a desktop's bars take
+
 QString markOf(const CheckLine &line)
 {
     const Look &look = lookOf(line.state);
@@ -53,6 +57,7 @@ CheckDialog::CheckDialog(ServiceCheck &check, Dialogs &dialogs, QWidget *parent)
     , m_check(check)
     , m_dialogs(dialogs)
     , m_grid(new QGridLayout)
+    , m_page(new PageScroll(new QWidget))
     , m_summary(named(new QLabel, "checkSummary"))
     , m_again(makeButton("Revisar otra vez", "checkAgain"))
     , m_save(makeButton("Guardar página…", "saveCheck"))
@@ -79,12 +84,26 @@ void CheckDialog::layOut()
     auto *all = new QVBoxLayout(this);
     m_summary->setWordWrap(true);
     all->addWidget(m_summary);
-    all->addLayout(m_grid);
-    all->addStretch(1);
+    all->addWidget(m_page, 1);
     all->addLayout(buttons);
+    m_page->setFocusPolicy(Qt::StrongFocus); // the arrow keys scroll it
+    m_page->setAccessibleName(windowTitle());
+    auto *page = new QVBoxLayout(m_page->widget());
+    page->setContentsMargins(0, 0, 0, 0);
+    page->addLayout(m_grid);
+    page->addStretch(1);
     m_grid->setColumnStretch(2, 1);
     m_grid->setHorizontalSpacing(14);
     resize(640, 420);
+}
+
+/// For all lines, as far as the screen has it.
+void CheckDialog::makeRoom()
+{
+    const int lines = m_page->heightForWidth(m_page->viewport()->width());
+    const int wanted = height() + std::max(lines - m_page->viewport()->height(), 0);
+    const int room = screen()->availableGeometry().height() - ownRoom;
+    resize(width(), std::max(std::min(wanted, room), minimumSizeHint().height()));
 }
 
 void CheckDialog::begin()
@@ -92,7 +111,7 @@ void CheckDialog::begin()
     m_summary->setText(nimbara_i18n::tr("Revisando… Habla al micrófono."));
     m_again->setEnabled(false);
     m_save->setEnabled(false);
-    m_check.begin(static_cast<int>(QGuiApplication::screens().size()));
+    m_check.begin(separateScreens());
 }
 
 void CheckDialog::showLines(const std::vector<CheckLine> &lines)
@@ -107,11 +126,10 @@ void CheckDialog::showLines(const std::vector<CheckLine> &lines)
         auto *mark = new QLabel(markOf(line));
         mark->setStyleSheet(QStringLiteral("color: %1; font-weight: 700")
                                 .arg(QLatin1String(lookOf(line.state).colour)));
-        auto *found = new QLabel(nimbara_i18n::tr(line.found));
-        found->setWordWrap(true);
-        m_grid->addWidget(mark, row, 0);
-        m_grid->addWidget(new QLabel(nimbara_i18n::tr(line.what)), row, 1);
-        m_grid->addWidget(found, row++, 2);
+        auto *found = makeNote(nimbara_i18n::tr(line.found));
+        m_grid->addWidget(mark, row, 0, Qt::AlignTop);
+        m_grid->addWidget(new QLabel(nimbara_i18n::tr(line.what)), row, 1, Qt::AlignTop);
+        m_grid->addWidget(found, row++, 2, Qt::AlignTop);
     }
     const auto open = std::count_if(lines.begin(), lines.end(), [](const CheckLine &line) {
         return line.state != CheckLine::State::Good;
@@ -121,6 +139,7 @@ void CheckDialog::showLines(const std::vector<CheckLine> &lines)
                                      { Message::verbatim(QString::number(open)) })));
     m_again->setEnabled(true);
     m_save->setEnabled(true);
+    makeRoom();
 }
 
 void CheckDialog::save()
@@ -136,9 +155,17 @@ void CheckDialog::save()
         return;
     }
     const QString page = checkPage(m_lines, QLocale().toString(now, QLocale::ShortFormat));
-    m_saving.start([path, text = page.toUtf8()] { return write(path, text); });
+    if (!m_saving.tryStart([path, text = page.toUtf8()] { return write(path, text); })) {
+        tellUnwritten();
+        return;
+    }
     m_save->setEnabled(false);
     m_poll.start();
+}
+
+void CheckDialog::tellUnwritten()
+{
+    m_dialogs.warning(windowTitle(), nimbara_i18n::tr("No se pudo escribir la página."));
 }
 
 void CheckDialog::followSave()
@@ -149,7 +176,7 @@ void CheckDialog::followSave()
     m_poll.stop();
     m_save->setEnabled(true);
     if (!m_saving.take()) {
-        m_dialogs.warning(windowTitle(), nimbara_i18n::tr("No se pudo escribir la página."));
+        tellUnwritten();
     }
 }
 

@@ -13,6 +13,8 @@ class QGridLayout;
 
 namespace nimbara {
 
+class PageScroll;
+
 /// What the check before the service has found, line by line, as a page that can be kept. Stays
 /// open beside the window. Interface thread only.
 class CheckDialog : public QDialog {
@@ -27,13 +29,16 @@ public:
 private:
     void layOut();
     void showLines(const std::vector<CheckLine> &lines);
+    void makeRoom();
     void save();
     void followSave();
+    void tellUnwritten();
 
     ServiceCheck &m_check;
     Dialogs &m_dialogs;
     std::vector<CheckLine> m_lines;
     QGridLayout *m_grid;
+    PageScroll *m_page; ///< with the lines
     QLabel *m_summary;
     QPushButton *m_again;
     QPushButton *m_save;

@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QTabBar>
 
@@ -46,6 +47,22 @@ bool isLetter(const QKeyEvent &key)
     return !key.text().isEmpty() && key.text().front().isPrint();
 }
 
+/// The line of a text field has no page to turn.
+bool turnsPages(int key)
+{
+    return key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+}
+
+/// The widget writes with the key, or moves in what is written.
+bool isTypedWith(const QWidget &widget, const QKeyEvent &key)
+{
+    if (holdsTyping(widget)) {
+        return isLetter(key);
+    }
+    const bool isLine = qobject_cast<const QLineEdit *>(&widget) != nullptr;
+    return isTypedInto(&widget) && !(isLine && turnsPages(key.key()));
+}
+
 /// The key goes to this widget first.
 bool isReceiver(const QWidget &widget)
 {
@@ -80,8 +97,7 @@ bool ClickerKeys::eventFilter(QObject *watched, QEvent *event)
 /// A key that is held down is one press. What only asks for the key is told that it is taken.
 bool ClickerKeys::take(const QWidget &widget, const QKeyEvent &key)
 {
-    const bool isText = holdsTyping(widget) ? isLetter(key) : isTypedInto(&widget);
-    if (isText || QApplication::activePopupWidget() != nullptr
+    if (isTypedWith(widget, key) || QApplication::activePopupWidget() != nullptr
         || (isArrow(key.key()) && usesArrows(widget)) || (isLetter(key) && usesLetters(widget))) {
         return false;
     }

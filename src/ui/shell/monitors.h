@@ -22,6 +22,9 @@ public:
     explicit Monitors(QWidget *parent = nullptr);
 
     [[nodiscard]] Canvas *canvas() const { return m_canvas; }
+    /// They choose the set that PREVIEW edits.
+    [[nodiscard]] QPushButton *streamsButton() const { return m_editStreams; }
+    [[nodiscard]] QPushButton *hallButton() const { return m_editHall; }
     /// Whether what is dragged comes to rest on things.
     [[nodiscard]] QPushButton *snapButton() const { return m_snap; }
     [[nodiscard]] Picture *streams() const { return m_streams; }

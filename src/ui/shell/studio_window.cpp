@@ -249,6 +249,12 @@ void StudioWindow::connectStudio()
 
 void StudioWindow::connectRows()
 {
+    for (QWidget *chooser : std::initializer_list<QWidget *> { m_tiles,
+             m_controls->scenes(),
+             m_monitors->streamsButton(),
+             m_monitors->hallButton() }) {
+        m_layerActions->pasteAt(*chooser);
+    }
     connect(m_header, &HeaderRow::languageChosen, this, &StudioWindow::setLanguage);
     connect(m_project->creditsButton(), &QPushButton::clicked, this, [this] { showCredits(this); });
     connect(m_monitors, &Monitors::editSetChosen, this, [this](int index) {

@@ -35,7 +35,7 @@ KeyTest::KeyTest(const Clock &clock, Endpoint endpoint)
 {
 }
 
-void KeyTest::run(const QString &key)
+void KeyTest::run(const QString &key, Answered answered)
 {
     if (key.isEmpty()) {
         throw Error(QStringLiteral("Ingresa tu API key"));
@@ -48,12 +48,16 @@ void KeyTest::run(const QString &key)
         api::keyTestBody(),
         keyTestTimeout);
     const std::int64_t sentMs = m_clock.wallMs();
-    client->send(std::move(request), [this, client, sentMs, key](const HttpReply &reply) {
-        client->deleteLater();
-        const Message told = outcome(reply, m_clock.wallMs() - sentMs, key);
-        answered(reply.isOk(), told);
-        status(told);
-    });
+    const auto finish
+        = [this, client, sentMs, key, answered = std::move(answered)](const HttpReply &reply) {
+              client->deleteLater();
+              const Message told = outcome(reply, m_clock.wallMs() - sentMs, key);
+              if (answered) {
+                  answered(reply.isOk(), told);
+              }
+              status(told);
+          };
+    client->send(std::move(request), finish);
 }
 
 } // namespace nimbara

@@ -17,14 +17,16 @@ class KeyTest {
 public:
     KeyTest(const Clock &clock, Endpoint endpoint);
 
+    /// Gets the outcome of one test; `works`: the service took the key.
+    using Answered = std::function<void(bool works, const Message &outcome)>;
+
     /// Sends the request with `key`: the field's text, trimmed, or the stored key. Throws `Error`
-    /// "Ingresa tu API key" when it is empty, and sends nothing.
-    void run(const QString &key);
+    /// "Ingresa tu API key" when it is empty, and sends nothing. `answered` may be empty; it is
+    /// called before `status`, and never once this has gone.
+    void run(const QString &key, Answered answered = {});
 
     /// Gets the progress and the outcome.
     std::function<void(const Message &message)> status = [](const Message &) {};
-    /// Gets the outcome, too, before `status` does; `works`: the service took the key.
-    std::function<void(bool works, const Message &outcome)> answered = [](bool, const Message &) {};
 
 private:
     const Clock &m_clock;

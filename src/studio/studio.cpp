@@ -211,12 +211,15 @@ void Studio::advanceCaptions()
     m_captionFiles.poll();
 }
 
-/// What of the synthetic voice is in the block of this frame goes beside the captions' files.
+/// What of the synthetic voice is in the block of this frame goes beside the captions' files of its
+/// own language, which may be another one than is spoken next.
 void Studio::keepVoice(std::int64_t frameTime)
 {
-    m_voiceFile.follow(m_captionFiles.stemOf(m_translation.spokenTarget()));
+    const std::span<const float> spoken = m_programAudio.spoken();
+    const std::optional<Target> clip = spoken.empty() ? std::nullopt : m_translation.clipTarget();
+    m_voiceFile.follow(m_captionFiles.stemOf(clip.value_or(m_translation.spokenTarget())));
     const std::int64_t atMs = m_captionFiles.sinceZero(frameTime / 1000);
-    if (const std::span<const float> spoken = m_programAudio.spoken(); !spoken.empty()) {
+    if (clip) {
         m_voiceFile.push(atMs, spoken);
     } else {
         m_voiceFile.pass(atMs, m_translation.running() && m_translation.voice());

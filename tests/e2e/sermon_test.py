@@ -10,6 +10,7 @@ NIMBARA_SERMON_MINUTES chooses its length (30).
 
 import array
 import difflib
+import json
 import math
 import os
 import pathlib
@@ -19,7 +20,7 @@ import subprocess
 import tempfile
 import time
 
-from case import FRAME, main
+from case import FRAME, SUPPORT, main
 from desktop import Program, wait_for
 from recording import RATE, video_times
 from translation_test import STREAM, PulpitTest, cropped
@@ -94,6 +95,34 @@ def words_in(path):
     return re.sub(r"(?<=\w-)\n", "", text).split()
 
 
+def changes(said, heard):
+    """Where they differ: (from, to) in what was said, and in what was heard."""
+    codes = difflib.SequenceMatcher(None, said, heard, autojunk=False).get_opcodes()
+    return [code[1:] for code in codes if code[0] != "equal"]
+
+
+class Line:
+    """A second listener at the microphone."""
+
+    def __init__(self, folder):
+        self.path = folder / "line.wav"
+        words = ["pw-record", "--target", "Pulpit-microphone", "--rate", str(RATE), "--channels", "1", "--format", "s16"]
+        self.process = subprocess.Popen([*words, str(self.path)])
+
+    def close(self):
+        self.process.terminate()
+        self.process.wait()
+
+    def words(self, script):
+        """What it has heard of the script."""
+        heard, told = self.path.with_suffix(".16.wav"), self.path.with_suffix(".json")
+        made = ["-bitexact", "-ar", "16000", "-ac", "1", str(heard)]
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-i", str(self.path), *made], check=True)
+        told.write_text(json.dumps(script))
+        ear = ["node", str(SUPPORT / "hear_line.mjs"), str(heard), str(told)]
+        return subprocess.run(ear, check=True, capture_output=True, text=True).stdout.split()
+
+
 class SermonTest(PulpitTest):
     def home(self):
         home = pathlib.Path(tempfile.mkdtemp(prefix="studio-home-"))
@@ -164,6 +193,8 @@ class SermonTest(PulpitTest):
         path = self.folder / "sermon.mkv"
         self.studio.start_recording(path)
         self.studio.click("Traducción IA y Biblia", role="page tab")
+        line = Line(self.folder)
+        self.addCleanup(line.close)
         said = self.preach()
         original, shown = (path.with_name(f"sermon.{code}.srt") for code in ("es", "pt"))
         # All is read, and the last caption is gone by itself.
@@ -172,10 +203,14 @@ class SermonTest(PulpitTest):
         self.studio.click("Traducción IA y Biblia", role="page tab")
         self.studio.click("Pausar traducción")
         self.tell_delays()
+        line.close()
+        heard = line.words(words)
+        stumbles = changes(said, heard)
         print(f"the microphone was at most {1000 * self.microphone.latest:.0f} ms late")
+        print(f"the line stumbled {len(stumbles)} times: {[(said[a:b], heard[c:d]) for a, b, c, d in stumbles]}")
         for file in original, shown:
             with self.subTest(file.name):
-                self.check_words(file, said)
+                self.check_words(file, said, stumbles)
         with self.subTest("reading"):
             self.check_reading(list(cues(shown)))
         with self.subTest("pictures"):
@@ -183,14 +218,14 @@ class SermonTest(PulpitTest):
 
     # What is left of it.
 
-    def check_words(self, file, said):
+    def check_words(self, file, said, stumbles):
         heard = words_in(file)
-        changes = [c for c in difflib.SequenceMatcher(None, said, heard, autojunk=False).get_opcodes() if c[0] != "equal"]
-        lost = sum(b - a for _, a, b, _, _ in changes)
-        more = sum(b - a for _, _, _, a, b in changes)
+        wrong = changes(said, heard)
+        lost, more = sum(b - a for a, b, _, _ in wrong), sum(d - c for _, _, c, d in wrong)
         print(f"{file.name}: {len(heard)} words of {len(said)}, {lost} lost, {more} too many")
-        wrong = [(said[max(0, a - 3) : b + 3], heard[max(0, c - 3) : d + 3]) for _, a, b, c, d in changes]
-        self.assertEqual(wrong, [])
+        own = [each for each in wrong if not any(a <= each[1] + 1 and each[0] <= b + 1 for a, b, _, _ in stumbles)]
+        around = [(said[max(0, a - 3) : b + 3], heard[max(0, c - 3) : d + 3]) for a, b, c, d in own]
+        self.assertEqual(around, [])
 
     def tell_delays(self):
         report = wait_for("the report", lambda: re.findall(r"IA: (Retraso de la traducción: .*)", self.studio.log()))

@@ -4,6 +4,8 @@
 #include "support/manual_clock.h"
 #include "support/test_registry.h"
 
+#include <QThread>
+
 #include <sys/stat.h>
 
 using namespace nimbara;
@@ -74,6 +76,26 @@ private Q_SLOTS:
             return most >= 8;
         }));
         QCOMPARE(most, 8);
+    }
+
+    /// Eight buffers of some devices are twenty milliseconds, and the interface is late by more now
+    /// and then: sound was lost in the middle of words.
+    void losesNoSoundWhileTheInterfaceIsBusy()
+    {
+        AudioCapture capture(m_clock,
+            microphone("audiotestsrc is-live=true samplesperbuffer=128").get());
+        std::vector<AudioBlock> blocks;
+        capture.listener = [&](const AudioBlock &block) { blocks.push_back(block); };
+        for (const std::size_t enough : { 20, 40 }) {
+            QVERIFY(pullUntil(capture, [&] { return blocks.size() >= enough; }));
+            QThread::msleep(300);
+        }
+        QVERIFY(pullUntil(capture, [&] { return blocks.size() >= 80; }));
+        for (std::size_t i = 1; i < blocks.size(); ++i) {
+            const auto frames = static_cast<std::int64_t>(blocks[i - 1].samples.size() / 2);
+            const auto ns = static_cast<std::int64_t>(blocks[i].pts - blocks[i - 1].pts);
+            QCOMPARE((ns * 48 + 500'000) / 1'000'000, frames);
+        }
     }
 
     void mutesBehindTheInputMeter()

@@ -12,6 +12,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <future>
+
 using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
@@ -272,6 +274,31 @@ private Q_SLOTS:
         QVERIFY(service.files.finish(10s));
         QVERIFY(service.text("en.vtt").endsWith(cue.arg(2).arg(3).arg(u"three"_s)));
         QCOMPARE(told.size(), 1);
+    }
+
+    /// Until a caption was on its disk those behind it were in memory alone: a crash lost them all.
+    void aSlowDiskHoldsNoCaptionUp()
+    {
+        QTemporaryDir folder;
+        ManualClock clock;
+        std::promise<void> arrives;
+        CaptionFiles files(clock,
+            folder.path(),
+            [arrived = arrives.get_future().share()](const QString &) { arrived.wait(); });
+        files.begin({ u"es"_s, u"Spanish"_s }, { u"en"_s, u"English"_s });
+        const auto text = [&folder] {
+            const QDir dir(folder.path());
+            return contents(dir.filePath(dir.entryList({ u"*.en.txt"_s }).value(0)));
+        };
+        QString expected;
+        for (const char *word : { "one", "two", "three" }) {
+            files.addPhrase(QLatin1String(word), QLatin1String(word), true);
+            expected += QLatin1String(word) + u'\n';
+            QVERIFY(QTest::qWaitFor([&] { return files.poll(), text() == expected; }));
+        }
+        QVERIFY(!files.finish(100ms));
+        arrives.set_value();
+        QVERIFY(files.finish(10s));
     }
 
     void tellsOfADiskThatTakesNothing()

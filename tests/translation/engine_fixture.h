@@ -66,7 +66,7 @@ protected:
         m_engine->caption = [this](const Caption &caption) { m_captions.append(caption.text); };
         m_engine->captionNotice = [this](const Message &text) { m_notices.append(text.spanish()); };
         m_engine->heard = [this](const Message &text) { m_heard.append(text.spanish()); };
-        m_engine->voiceAudio = [this](const QByteArray &pcm) { m_voices.append(pcm); };
+        m_engine->voiceAudio = [this](const QByteArray &pcm, Target) { m_voices.append(pcm); };
     }
 
     void start(bool live = false, bool voice = false, const QString &source = u"es"_s)

@@ -70,6 +70,10 @@ private Q_SLOTS:
             { u"Tomás vino"_s, u"Tomás came"_s, u"Thomas came"_s },
             { u"el culto joven"_s, u"THE CULTO JOVEN"_s, u"THE YOUTH NIGHT"_s },
             { u"hoy"_s, u"in Halven Moor"_s, u"in Halven Moor"_s }, // nobody said it
+            { u"Tomás y Tomás"_s, u"Thomas and Tomás"_s, u"Thomas and Thomas"_s }, // said twice
+            { u"En Halvenmoor, Halvenmoor"_s,
+                u"In Halvenmoor, Halvenmor"_s,
+                u"In Halvenmoor, Halvenmoor"_s },
         };
         for (const auto &[original, translation, held] : rows) {
             QCOMPARE(toEnglish().held(original, translation), held);

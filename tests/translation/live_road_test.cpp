@@ -105,6 +105,55 @@ private Q_SLOTS:
         }
     }
 
+    /// A speaker who makes no pause: the word that the voice changed sessions in was heard in half
+    /// by each.
+    void renewsBetweenWords()
+    {
+        open(0);
+        pass(LiveRoad::renewAfterMs);
+        confirm(1);
+        pass(LiveRoad::pausePatienceMs + 1);
+        say(words(24));
+        QTRY_COMPARE(committed(0), 1);
+        QCOMPARE(appendedMs(0), 290);
+        QTRY_COMPARE(committed(1), 0);
+    }
+
+    /// A phrase that ends by its length ends within a word. When the session was lost after its
+    /// transcript, the other road got half of that word.
+    void keepsTheWordThatAPhraseEndsIn()
+    {
+        open(0);
+        say(words(24)); // of which 7 s are a phrase
+        QTRY_COMPARE(committed(0), 1);
+        transcript(0, "veintitrés");
+        QTRY_COMPARE(m_log.last(), u"=veintitrés"_s);
+        m_peer.command(R"({"do":"terminate"})");
+        QTRY_VERIFY(m_log.contains(u"owed 300"_s));
+        // And of a long silence before a word there is no more than it takes to hear it.
+        restart("accept");
+        open(0);
+        say({ { 1900, 0 }, { 200, 0.1 } });
+        m_peer.command(R"({"do":"terminate"})");
+        QTRY_VERIFY(m_log.contains(u"owed 500"_s));
+    }
+
+    /// A term that is added in mid-service was heard with the renewal only, an hour later.
+    void tellsTheOpenSessionOfTerms()
+    {
+        open(0);
+        m_road->setPrompt(u"Halvenmoor"_s);
+        m_road->setPrompt(u"Halvenmoor"_s);
+        QTRY_COMPARE(messages(0, "session.update").size(), std::size_t { 2 });
+        QVERIFY(
+            QJsonDocument(messages(0, "session.update").back()).toJson().contains("Halvenmoor"));
+        m_log.clear();
+        tell(0, R"({"type":"session.updated"})");
+        transcript(0, "uno");
+        QTRY_COMPARE(m_log, QStringList { u"=uno"_s }); // it is live as before
+        QCOMPARE(messages(0, "session.update").size(), std::size_t { 2 });
+    }
+
     void givesUpASilentServer()
     {
         const QString silent = u"Conexión en vivo falló: el servidor no responde"_s;
@@ -216,6 +265,16 @@ private:
     void say(const Stretches &stretches)
     {
         inPieces(signal(stretches), 480, [this](const AudioBlock &piece) { m_road->push(piece); });
+    }
+
+    /// Of 240 ms each, and 60 ms between two.
+    static Stretches words(int count)
+    {
+        Stretches said;
+        for (int i = 0; i < count; ++i) {
+            said += Stretches { { 240, 0.1 }, { 60, 0 } };
+        }
+        return said;
     }
 
     void pass(std::int64_t ms)

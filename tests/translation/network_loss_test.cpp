@@ -74,6 +74,28 @@ private Q_SLOTS:
         QTRY_COMPARE(m_captions.size(), 4);
     }
 
+    /// A network that is away for some seconds takes the session and what was asked just before.
+    /// When it is back, later phrases come first: the one before them was left out for being late.
+    void keepsWhatWasUnderWayWhenTheSessionIsLost()
+    {
+        startLive();
+        turn(u"uno"_s);
+        const QJsonObject first = await(responses, 1).front();
+        m_clock.advanceUs(6'500'000);
+        hear(signal({ { 700, 0.2 } }));
+        m_peer.command(R"({"do":"terminate"})");
+        QTRY_COMPARE(m_engine->road(), VoiceRoad::Phrases);
+        hear(signal({ { 600, 0.2 }, { 700, 0 } }));
+        transcribe(await(transcriptions, 1).front(), u"dos"_s);
+        const QJsonObject second = await(responses, 2).back();
+        m_clock.advanceUs(2'000'000);
+        translate(second, u"two"_s);
+        interpret(u"tres"_s, u"three"_s); // by then the other is there
+        m_clock.advanceUs(2'000'000);
+        translate(first, u"one"_s);
+        QTRY_COMPARE(m_captions, (QStringList { u"one"_s, u"two"_s, u"three"_s }));
+    }
+
     /// Where one session follows another, transcripts wait for those before them, and that time is
     /// none of the translation's.
     void waitsForPhrasesOfASeam()

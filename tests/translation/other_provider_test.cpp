@@ -54,6 +54,7 @@ public:
             confirmed();
         });
     }
+    void setPrompt(const QString &) override { }
     void stop() override { m_active = false; }
     void pushAudio(const AudioBlock &) override
     {
@@ -102,7 +103,7 @@ private Q_SLOTS:
             QStringList captions;
             QList<QByteArray> voices;
             engine.caption = [&](const Caption &caption) { captions << caption.text; };
-            engine.voiceAudio = [&](const QByteArray &pcm) { voices << pcm; };
+            engine.voiceAudio = [&](const QByteArray &pcm, Target) { voices << pcm; };
             engine.setLiveDisabled(!isLive);
             engine.start(u"-"_s, u"English"_s, true, u"es"_s, u"Deutsch"_s);
             QTRY_COMPARE(engine.road(), isLive ? VoiceRoad::Live : VoiceRoad::Phrases);

@@ -1,7 +1,6 @@
 #include "support/test_registry.h"
 #include "translation/pipeline/reading.h"
-
-#include <QFile>
+#include "translation/sermon_text.h"
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -68,25 +67,6 @@ private:
     int m_blocks = 0;
     bool m_hasHurried = false;
 };
-
-/// What a preacher says in one breath: to the next mark behind four words, or fourteen words.
-QStringList phrasesOf(const QString &name)
-{
-    QFile file(QStringLiteral(NIMBARA_SERMONS) + u'/' + name);
-    const QString text
-        = file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    QStringList phrases;
-    QStringList phrase;
-    for (const QString &word : text.simplified().split(u' ')) {
-        phrase.append(word);
-        const bool ends = phrase.size() > 3 && u".,:;?!"_s.contains(word.back());
-        if (ends || phrase.size() == 14) {
-            phrases.append(phrase.join(u' '));
-            phrase.clear();
-        }
-    }
-    return phrases;
-}
 
 } // namespace
 

@@ -157,6 +157,16 @@ private Q_SLOTS:
         QVERIFY(m_statuses.filter(u"omit"_s).isEmpty() && shown(Target::First).isEmpty());
     }
 
+    /// With the other one late by two phrases a caption comes when it does alone, and in its order.
+    void eachComesWhenItDoesAlone()
+    {
+        for (const Target target : bothTargets) {
+            const QStringList alone = captionsOf(target, false);
+            QCOMPARE(alone.size(), 6);
+            QCOMPARE(captionsOf(target, true), alone);
+        }
+    }
+
     /// Nobody would see it, and it is paid.
     void whatIsSkippedIsNotTranslated()
     {
@@ -232,6 +242,44 @@ private:
         };
         m_engine->setLiveDisabled(true);
         m_engine->start(u"sk-secret"_s, u"English"_s, voice, u"es"_s, u"Portuguese"_s);
+    }
+
+    /// Six captions of one language, answered after a while, with how late each came. `both`: in a
+    /// run into both, of which the other has its answers later and in twos, the second one first.
+    QStringList captionsOf(Target target, bool both)
+    {
+        restart();
+        const QStringList names { u"English"_s, u"Portuguese"_s };
+        const QString &name = names.at(static_cast<int>(target));
+        const QString &other = names.at(1 - static_cast<int>(target));
+        QStringList captions;
+        m_engine->setLiveDisabled(true);
+        m_engine->caption = [&](const Caption &caption) {
+            if (!both || caption.target == target) {
+                const auto ms = caption.times.passed - caption.times.spoken;
+                captions.append(u"%1 %2"_s.arg(caption.text).arg(ms));
+            }
+        };
+        m_engine->start(u"sk-secret"_s,
+            both ? names.at(0) : name,
+            false,
+            u"es"_s,
+            both ? names.at(1) : QString());
+        for (std::size_t i = 0; i < 6; ++i) {
+            speak();
+            transcribe(await(transcriptions, i + 1).at(i), u"frase %1"_s.arg(i));
+            const QJsonObject request = into(name, i + 1).at(i);
+            m_clock.advanceUs(300'000 + static_cast<std::int64_t>(i) * 10'000);
+            translate(request, u"caption %1"_s.arg(i));
+            static_cast<void>(
+                QTest::qWaitFor([&] { return captions.size() > static_cast<qsizetype>(i); }));
+            if (both && i % 2 == 1) {
+                const auto late = into(other, i + 1);
+                translate(late.at(i), u"late"_s);
+                translate(late.at(i - 1), u"late"_s);
+            }
+        }
+        return captions;
     }
 
     [[nodiscard]] const QStringList &shown(Target target) const

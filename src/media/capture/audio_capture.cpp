@@ -95,10 +95,18 @@ void AudioCapture::build(GstDevice *device)
     }
     add(m_pipeline, { &input, &convert, &resample, &filter, &m_sink });
     setCaps(filter, audioBlockCaps());
-    g_object_set(m_sink.get(), "max-buffers", 8U, "drop", TRUE, "sync", FALSE, nullptr);
+    g_object_set(m_sink.get(),
+        "max-buffers",
+        static_cast<guint>(samplesPerPull),
+        "drop",
+        TRUE,
+        "sync",
+        FALSE,
+        nullptr);
     if (!link({ &input, &convert, &resample, &filter, &m_sink })) {
         throw Error(QStringLiteral("No se pudo enlazar el dispositivo de audio"));
     }
+    m_gather = BlockGather::atInputOf(m_sink, samplesPerPull);
 }
 
 void AudioCapture::play(bool isDevice)
@@ -131,6 +139,7 @@ void AudioCapture::pull(const GainState &gainState)
         if (!sample) {
             break;
         }
+        m_gather->taken();
         if (!takeSample(sample.get(), gainState)) {
             return;
         }

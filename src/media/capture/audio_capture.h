@@ -2,11 +2,13 @@
 
 #include "base/clock.h"
 #include "base/message.h"
+#include "media/capture/block_gather.h"
 #include "media/gst/pipeline_start.h"
 #include "signal/audio_levels.h"
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 
 namespace nimbara {
 
@@ -24,7 +26,8 @@ public:
     ~AudioCapture() = default;
 
     /// Drains what has arrived, at most 8 buffers, without waiting. Each block goes through
-    /// `processBlock` and to `listener`.
+    /// `processBlock` and to `listener`. A second that nobody pulls is not lost: the block that
+    /// follows is the longer.
     void pull(const GainState &gainState);
 
     /// Receiver of every processed block, called inside `pull`. Never empty.
@@ -54,6 +57,7 @@ private:
     AudioLevels m_inputLevels;
     AudioLevels m_outputLevels;
     ElementRef m_sink;
+    std::shared_ptr<BlockGather> m_gather; ///< before the sink
     Pipeline m_pipeline;
     /// Last, so that a device's start has come back before its pipeline stops.
     PipelineStart m_start;

@@ -1,9 +1,9 @@
 #include "studio/services/caption_files.h"
 
-#include "studio/outputs/disk_sync.h"
 #include "studio/outputs/recording_desk.h"
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::int64_t againMs = 2000; ///< from a failed write to the next
 constexpr std::size_t mostWaiting = 20'000; ///< of a few hundred bytes: a long service
+constexpr std::chrono::milliseconds lookAgain { 20 }; ///< whether the rest is on the disk
 
 } // namespace
 
@@ -35,11 +36,11 @@ public:
                 m_failed.push_back(piece);
             }
         }
-        for (const Piece &piece : pieces) {
-            bringToDisk(m_paths[piece.path]);
-        }
         return m_failed.empty();
     }
+
+    /// The files that have grown since it was asked last.
+    std::set<QString> takeGrown() { return std::exchange(m_grown, {}); }
 
     [[nodiscard]] bool hasFailed() const { return !m_failed.empty(); }
     /// What was not written, in its order.
@@ -68,18 +69,22 @@ private:
             } else {
                 QFile::resize(path, before);
             }
+            return false;
         }
-        return written;
+        m_grown.insert(path);
+        return true;
     }
 
     std::map<QString, QString> m_paths; ///< where what was wanted lies
     std::vector<Piece> m_failed;
+    std::set<QString> m_grown;
 };
 
-CaptionFiles::CaptionFiles(const Clock &clock, QString folder)
+CaptionFiles::CaptionFiles(const Clock &clock, QString folder, DiskSync sync)
     : m_clock(clock)
     , m_folder(std::move(folder))
     , m_disk(std::make_shared<Disk>())
+    , m_sync(std::move(sync))
 {
 }
 
@@ -229,7 +234,25 @@ void CaptionFiles::poll()
         closeLong(each);
     }
     takeResult();
+    bringWritten();
     writeWaiting();
+}
+
+/// A file that is being written is left for later.
+void CaptionFiles::bringWritten()
+{
+    if (m_syncing.isReady()) {
+        m_syncing.take();
+    }
+    if (m_syncing.isUnderWay() || isWriting()) {
+        return;
+    }
+    if (const std::set<QString> grown = m_disk->takeGrown(); !grown.empty()) {
+        m_syncing.tryStart([sync = m_sync, grown] {
+            std::for_each(grown.begin(), grown.end(), sync);
+            return true;
+        });
+    }
 }
 
 ServiceFile::Writing CaptionFiles::takeWaiting()
@@ -254,9 +277,18 @@ QString CaptionFiles::folder() const
 
 bool CaptionFiles::finish(std::chrono::milliseconds patience)
 {
+    const QDeadlineTimer deadline(patience);
     endAll();
     m_againMs = 0;
-    return writeRest(patience) && !m_disk->hasFailed();
+    if (!writeRest(patience)) {
+        return false;
+    }
+    for (bringWritten(); m_syncing.isUnderWay(); bringWritten()) {
+        if (!m_syncing.isReady(lookAgain) && deadline.hasExpired()) {
+            return false;
+        }
+    }
+    return !m_disk->hasFailed();
 }
 
 } // namespace nimbara

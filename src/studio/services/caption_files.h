@@ -1,6 +1,8 @@
 #pragma once
 
+#include "base/background_task.h"
 #include "base/clock.h"
+#include "studio/outputs/disk_sync.h"
 #include "studio/services/service_file.h"
 #include "translation/pipeline/caption.h"
 #include "translation/pipeline/caption_cues.h"
@@ -21,8 +23,9 @@ namespace nimbara {
 /// plain text, and for each translation a page of it beside the original. They lie beside the
 /// recording that runs, on its clock; without one in a folder of their own, since the start of the
 /// translation. Each caption is written when its end is known, on a background task, so that a
-/// crash loses one at most; what a full disk refuses is tried again. Nothing that exists is
-/// overwritten. Interface thread only, which never waits.
+/// crash loses one at most; what a full disk refuses is tried again. That it reaches the disk is
+/// the affair of another task, which a slow disk may keep. Nothing that exists is overwritten.
+/// Interface thread only, which never waits but at the end.
 class CaptionFiles final : public ServiceFile {
     Q_OBJECT
 public:
@@ -31,7 +34,7 @@ public:
     static constexpr std::int32_t pace = 15; ///< letters per second
 
     /// `folder`: of services without a recording; empty: they have no files.
-    CaptionFiles(const Clock &clock, QString folder);
+    CaptionFiles(const Clock &clock, QString folder, DiskSync sync = bringToDisk);
 
     /// A translation begins: codes and names of its languages. `second`: of another translation of
     /// the same original; without a code there is none.
@@ -90,6 +93,7 @@ private:
     void closeLong(Track &track);
     void moveTo(const QString &stem, std::int64_t zeroMs);
     void write(const QString &end, const QString &text, const QString &head = {});
+    void bringWritten();
     Writing takeWaiting() override;
     [[nodiscard]] QString folder() const override;
     [[nodiscard]] std::int64_t nowMs() const { return m_clock.monotonicUs() / 1000; }
@@ -107,6 +111,8 @@ private:
     std::vector<Piece> m_waiting;
     std::int64_t m_againMs = 0; ///< monotonic, when what failed is tried again by itself
     std::shared_ptr<Disk> m_disk;
+    const DiskSync m_sync;
+    BackgroundTask<bool> m_syncing;
 };
 
 } // namespace nimbara

@@ -34,6 +34,7 @@ protected:
     void tellFailure();
     /// Tells of a write that is back.
     void takeResult();
+    [[nodiscard]] bool isWriting() const { return m_writing.isUnderWay(); }
     /// Begins to write what waits, unless something is being written.
     void writeWaiting();
     /// Writes all that waits, within the patience. Returns whether nothing is being written or

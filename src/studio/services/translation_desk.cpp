@@ -72,7 +72,10 @@ void TranslationDesk::connectEngine(AudioInput &input)
         }
     });
     m_engine.heard = [this](const Message &text) { tellHeard(text); };
-    m_engine.voiceAudio = [this](const QByteArray &pcm) { queueVoice(m_sound.voice(), pcm); };
+    m_engine.voiceAudio = [this](const QByteArray &pcm, Target target) {
+        queueVoice(m_sound.voice(), pcm);
+        m_clipTarget = target;
+    };
     m_engine.statusChanged = [this](const Message &message) { tell(message); };
     m_engine.captionNotice = [this](const Message &message) {
         logLine(QStringLiteral("IA: ") + message.spanish());
@@ -173,6 +176,9 @@ void TranslationDesk::begin(const QString &key)
         }
         m_languages = { targetName(), secondName() };
         m_hasSecondEnded = false;
+        if (!m_sound.voice().empty()) { // it belongs to the languages before
+            m_clipTarget.reset();
+        }
         showCaptions();
         Q_EMIT began();
         Q_EMIT changed();

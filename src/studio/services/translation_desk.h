@@ -16,6 +16,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace nimbara {
@@ -81,6 +82,8 @@ public:
     void setVoiceTarget(Target target);
     /// The one that is spoken in the run that is on, or was in the last one.
     [[nodiscard]] Target spokenTarget() const { return m_engine.spokenTarget(); }
+    /// The language of the newest clip; none while one of a run before is still heard.
+    [[nodiscard]] std::optional<Target> clipTarget() const { return m_clipTarget; }
 
     [[nodiscard]] CaptionSeparator separator() const { return screen(Target::First).separator(); }
     void setSeparator(CaptionSeparator separator);
@@ -205,6 +208,7 @@ private:
     std::array<QString, bothTargets.size()> m_languages; ///< of the run, by `Target`
     QString m_source; ///< preached: "es", "en" or empty for any other
     bool m_voice = false;
+    std::optional<Target> m_clipTarget = Target::First;
     bool m_isWaiting = false;
     bool m_isShutDown = false;
     bool m_hasSecondEnded = false; ///< by itself, in the run that is on or the last one

@@ -45,6 +45,8 @@ public:
     std::int32_t take(std::int64_t phraseTimeMs) { return m_order.take(phraseTimeMs); }
     /// The phrase is late for no fault of its own: it may take as long again from now on.
     void waitFrom(std::int32_t sequence) { m_order.waitFrom(sequence, m_clock.wallMs()); }
+    /// The same for all that are under way.
+    void waitAll() { m_order.waitAllFrom(m_clock.wallMs()); }
     /// The phrase whose turn it is.
     [[nodiscard]] std::int32_t awaited() const { return m_order.awaited(); }
     /// The phrase has not been skipped.

@@ -251,6 +251,10 @@ void Translation::segmentOwed(const std::deque<AudioBlock> &owed)
 {
     const std::int32_t generation = requestGeneration();
     m_line.bePatient();
+    // Mostly it was the network, which holds up what is under way as well.
+    for (const Target target : bothTargets) {
+        lane(target).waitAll();
+    }
     m_owedFrames = 0;
     for (const AudioBlock &block : owed) {
         m_owedFrames += block.samples.size() / audioChannels;
@@ -563,14 +567,16 @@ void Translation::speak(const Caption &shown)
         return;
     }
     count(cost::Service::Voice, 1, 0);
-    m_service->speak(shown.text, [this, number = ++m_spoken](const QByteArray &pcm) {
+    const auto play = [this, number = ++m_spoken, target = shown.target](const QByteArray &pcm) {
         count(cost::Service::Voice, 0, voiceUs(pcm));
-        // A clip that comes after that of a later phrase is out of date.
-        if (pcm.size() <= maxVoiceBytes && number > m_heardVoice) {
+        // A clip that comes after that of a later phrase, or after its language, is out of date.
+        const bool isDue = number > m_heardVoice && target == m_voiceTarget;
+        if (pcm.size() <= maxVoiceBytes && isDue) {
             m_heardVoice = number;
-            voiceAudio(pcm);
+            voiceAudio(pcm, target);
         }
-    });
+    };
+    m_service->speak(shown.text, play);
 }
 
 } // namespace nimbara

@@ -138,9 +138,9 @@ public:
         = [](const QString &, bool) {};
     /// What was understood; begins with "… " while it is still being spoken.
     std::function<void(const Message &text)> heard = [](const Message &) {};
-    /// A spoken caption: 16-bit little-endian mono PCM at 24000 Hz, at most
-    /// 30 s.
-    std::function<void(const QByteArray &pcm)> voiceAudio = [](const QByteArray &) {};
+    /// A spoken caption of that language: 16-bit little-endian mono PCM at 24000 Hz, at most 30 s.
+    std::function<void(const QByteArray &pcm, Target target)> voiceAudio
+        = [](const QByteArray &, Target) {};
 
 private:
     void connectLive();

@@ -64,6 +64,18 @@ bool contains(const QString &text, const QString &term)
     return findTerm(text, term).isFound();
 }
 
+qsizetype countOf(const QString &text, const QString &term)
+{
+    const QList<Word> words = term_words::wordsOf(text);
+    const QString letters = lettersOf(term);
+    const auto isTerm = [&](const QString &run, const Place &) { return run == letters; };
+    qsizetype count = 0;
+    for (Place place = findRun(words, term, 0, isTerm); place.isFound(); ++count) {
+        place = findRun(words, term, place.first + place.count, isTerm);
+    }
+    return count;
+}
+
 bool isCapital(const QString &text)
 {
     return !text.isEmpty() && text.front().isUpper();
@@ -271,6 +283,18 @@ QString Glossary::mended(const QString &transcript) const
     return text;
 }
 
+/// Puts the term in one place where the translation has it otherwise.
+QString Glossary::withTerm(const QString &text, const Pair &pair) const
+{
+    // A name that is said as it is, and a part of the term, are not left untranslated.
+    const bool isPart = contains(pair.to, pair.from) && contains(text, pair.to);
+    Place place = isPart ? Place() : findTerm(text, pair.from);
+    if (!place.isFound()) {
+        place = findNear(text, term_words::wordsOf(text), pair.to, lettersOf(pair.to), m_known);
+    }
+    return place.isFound() ? replaced(text, place, pair.to) : text;
+}
+
 QString Glossary::held(const QString &original, const QString &translation) const
 {
     const QString letters = lettersOf(original);
@@ -280,15 +304,10 @@ QString Glossary::held(const QString &original, const QString &translation) cons
             continue;
         }
         text = respelled(text, pair.to);
-        if (contains(text, pair.to)) {
-            continue;
-        }
-        Place place = findTerm(text, pair.from);
-        if (!place.isFound()) {
-            place = findNear(text, term_words::wordsOf(text), pair.to, lettersOf(pair.to), m_known);
-        }
-        if (place.isFound()) {
-            text = replaced(text, place, pair.to);
+        // As often as it was said.
+        qsizetype missing = countOf(original, pair.from) - countOf(text, pair.to);
+        for (; missing > 0; --missing) {
+            text = withTerm(text, pair);
         }
     }
     return text;

@@ -49,6 +49,7 @@ private:
         QString letters; ///< of `from`: without them in a row a text does not have it
     };
     void sort();
+    [[nodiscard]] QString withTerm(const QString &text, const Pair &pair) const;
 
     std::vector<Pair> m_pairs; ///< the longest first
     QSet<QString> m_known; ///< the letters of all terms

@@ -26,6 +26,16 @@ void LiveRoad::start(const QString &apiKey, const QString &language, const QStri
     open();
 }
 
+void LiveRoad::setPrompt(const QString &prompt)
+{
+    m_prompt = prompt;
+    for (const Owner *session : { &m_current, &m_next }) {
+        if (*session) {
+            (*session)->live->setPrompt(prompt);
+        }
+    }
+}
+
 void LiveRoad::stop()
 {
     ++m_run;
@@ -152,8 +162,9 @@ void LiveRoad::relieveIfDue(bool phraseEnded)
     if (!m_next || !m_next->live->isActive() || m_leaving) {
         return;
     }
-    const bool waitedLong = nowMs() - m_next->confirmedMs > pausePatienceMs;
-    if (m_current->live->pauseMs() < pauseMs && !(phraseEnded && waitedLong)) {
+    const std::int64_t waitedMs = nowMs() - m_next->confirmedMs;
+    const std::int32_t enough = waitedMs > pausePatienceMs ? wordPauseMs : pauseMs;
+    if (m_current->live->pauseMs() < enough && !(phraseEnded && waitedMs > 2 * pausePatienceMs)) {
         return;
     }
     m_leaving = std::move(m_current);

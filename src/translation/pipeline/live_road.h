@@ -28,10 +28,12 @@ class LiveRoad {
 public:
     /// The age at which the next session is opened, in milliseconds: the service allows an hour.
     static constexpr std::int64_t renewAfterMs = 50LL * 60 * 1000;
-    /// A next session that has waited so long for a pause takes over where any phrase ends.
+    /// A next session that has waited so long for a pause takes over between any two words, and
+    /// after twice that where a phrase ends, be it within a word.
     static constexpr std::int64_t pausePatienceMs = 60LL * 1000;
-    /// What counts as a pause of the speaker.
+    /// What counts as a pause of the speaker, and as one between two words.
     static constexpr std::int32_t pauseMs = 300;
+    static constexpr std::int32_t wordPauseMs = 50;
     /// A session that stood so long was a good one: the next loss begins with a short wait again.
     static constexpr std::int64_t goodAfterMs = 30LL * 1000;
 
@@ -41,8 +43,8 @@ public:
     /// Ends every session and opens one. See `LiveSession::start`.
     void start(const QString &apiKey, const QString &language, const QString &prompt);
 
-    /// For the sessions that are opened from now on.
-    void setPrompt(const QString &prompt) { m_prompt = prompt; }
+    /// For the sessions that there are, and for those that are opened from now on.
+    void setPrompt(const QString &prompt);
 
     /// Ends every session without a callback and forgets the key.
     void stop();

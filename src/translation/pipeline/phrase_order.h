@@ -39,6 +39,14 @@ public:
         }
     }
 
+    /// The same for all that are under way.
+    void waitAllFrom(std::int64_t nowMs)
+    {
+        for (const auto &[sequence, ended] : m_phraseTimes) {
+            waitFrom(sequence, nowMs);
+        }
+    }
+
     /// The phrase whose turn it is.
     [[nodiscard]] std::int32_t awaited() const { return m_nextRelease; }
 

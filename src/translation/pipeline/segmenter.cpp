@@ -16,14 +16,22 @@ constexpr std::size_t window = 160; ///< 10 ms
 constexpr std::size_t quietWindows = 6; ///< length of the quiet place that is looked for
 constexpr std::size_t searchWindows = 150; ///< how far back it is looked for
 constexpr double minMeanEnergy = 0.00002;
-/// A flushed phrase is cut anywhere; the API takes nothing shorter than a tenth of a second and
-/// hears words in nothing shorter than this.
+/// No word has less voice; a cough of the line has.
+constexpr std::ptrdiff_t minWord = 60 * samplesPerMs;
+/// Of the silence around a word so much stays.
+constexpr std::ptrdiff_t around = 200 * samplesPerMs;
+/// The API hears words in nothing shorter.
 constexpr std::size_t minFlush = 300 * samplesPerMs;
 
 double energyOf(std::int16_t sample)
 {
     const double v = sample / 32767.0;
     return v * v;
+}
+
+bool isVoiced(std::int16_t sample)
+{
+    return energyOf(sample) > silenceEnergy;
 }
 
 } // namespace
@@ -145,11 +153,16 @@ void Segmenter::rebuild()
 
 PhraseSamples Segmenter::flush()
 {
-    PhraseSamples phrase = std::exchange(m_segment, {});
+    const PhraseSamples segment = std::exchange(m_segment, {});
     clear();
-    if (phrase.size() < minFlush || !isSpeech(phrase)) {
-        phrase.clear();
+    if (std::count_if(segment.begin(), segment.end(), isVoiced) < minWord) {
+        return {};
     }
+    const auto first = std::find_if(segment.begin(), segment.end(), isVoiced);
+    const auto last = std::find_if(segment.rbegin(), segment.rend(), isVoiced).base();
+    PhraseSamples phrase(first - std::min(around, first - segment.begin()),
+        last + std::min(around, segment.end() - last));
+    phrase.resize(std::max(phrase.size(), minFlush));
     return phrase;
 }
 

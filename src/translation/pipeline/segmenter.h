@@ -22,8 +22,8 @@ public:
     /// is mostly silence is no phrase and is dropped.
     std::vector<PhraseSamples> push(const AudioBlock &block);
 
-    /// Ends the phrase being collected, because the audio that follows goes elsewhere. Empty when
-    /// there is none worth sending.
+    /// Ends the phrase being collected, because the audio that follows goes elsewhere: with every
+    /// word, however short, and however long the silence around it. Empty when there is none.
     PhraseSamples flush();
 
     /// A phrase is being collected.

@@ -35,6 +35,9 @@ public:
     /// what helps to hear: terms and names.
     virtual void start(const QString &apiKey, const QString &language, const QString &prompt) = 0;
 
+    /// Other terms and names, from the next phrase on.
+    virtual void setPrompt(const QString &prompt) = 0;
+
     /// Ends the session without a callback and forgets the key.
     virtual void stop() = 0;
 

@@ -55,6 +55,20 @@ void LiveTranscriber::start(const QString &apiKey, const QString &language, cons
     m_socket.open(QStringLiteral("realtime?intent=transcription"), openai::bearer(apiKey));
 }
 
+void LiveTranscriber::setPrompt(const QString &prompt)
+{
+    m_settings.prompt = prompt;
+    tellPrompt();
+}
+
+/// Before the session is confirmed the rest of the configuration is still under way.
+void LiveTranscriber::tellPrompt()
+{
+    if (m_active && !m_settings.turnMode && m_settings.prompt != m_toldPrompt) {
+        configure();
+    }
+}
+
 void LiveTranscriber::stop()
 {
     ++m_session;
@@ -70,6 +84,7 @@ void LiveTranscriber::stop()
 
 void LiveTranscriber::configure()
 {
+    m_toldPrompt = m_settings.prompt;
     m_socket.sendText(live::sessionUpdate(m_settings));
 }
 
@@ -110,11 +125,17 @@ void LiveTranscriber::endTurn()
 
 void LiveTranscriber::confirm()
 {
+    if (m_active) {
+        return; // of another prompt
+    }
     const std::uint32_t session = m_session;
     m_active = true;
     status(m_settings.turnMode ? "Modo en vivo activo (por turnos)."
                                : "Modo en vivo activo (texto mientras se habla).");
     if (session == m_session) {
+        tellPrompt();
+    }
+    if (session == m_session && m_active) {
         confirmed();
     }
 }

@@ -28,6 +28,7 @@ public:
     LiveTranscriber(const Clock &clock, Endpoint endpoint);
 
     void start(const QString &apiKey, const QString &language, const QString &prompt) override;
+    void setPrompt(const QString &prompt) override;
     void stop() override;
     void pushAudio(const AudioBlock &block) override;
 
@@ -51,6 +52,7 @@ public:
 private:
     void connectSocket();
     void configure();
+    void tellPrompt();
     void handleEvent(const QByteArray &message);
     void handleError(const QByteArray &event);
     void handleActiveError(const QByteArray &event);
@@ -73,6 +75,7 @@ private:
     WebSocketClient m_socket;
     QString m_apiKey; ///< empty: no session is wanted
     live::SessionSettings m_settings;
+    QString m_toldPrompt; ///< what the server has been told of it
     bool m_active = false;
     std::uint32_t m_session = 0; ///< raised by every stop, and so by every start
     LiveAudio m_audio;

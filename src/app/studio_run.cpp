@@ -21,6 +21,8 @@ void endAfterFault(StudioWindow &window)
         }
     } catch (const std::exception &error) {
         logLine(errorMessage(error).spanish());
+    } catch (...) {
+        logLine(QStringLiteral("the work was not ended"));
     }
 }
 

@@ -88,6 +88,10 @@ void setField(Layer &layer, LayerField field, const FieldValue &value)
             }
         },
         rowOf(field).member);
+    if (field == LayerField::Text && layer.second.isEmpty()) {
+        layer.secondText.clear(); // another Bible's, which stood in for what was there
+        layer.secondReference.clear();
+    }
 }
 
 bool isLook(LayerField field)

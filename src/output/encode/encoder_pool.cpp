@@ -55,14 +55,15 @@ void EncoderPool::forgetEnded()
         |= std::erase_if(m_entries, [](const auto &each) { return each.encoder.expired(); }) > 0;
 }
 
-/// Starts and ends in a row leave their memory to one another.
+/// Starts and ends in a row leave their memory to one another, and an encoder at work is not held
+/// up.
 void EncoderPool::rest(std::int64_t tNs)
 {
     forgetEnded();
     if (std::exchange(m_hasEnded, false)) {
         m_endedNs = tNs;
     }
-    if (m_endedNs && tNs - *m_endedNs >= restNs) {
+    if (m_endedNs && m_entries.empty() && tNs - *m_endedNs >= restNs) {
         m_endedNs.reset();
         static_cast<void>(m_givesBack.tryStart(giveBackFreedMemory));
     }

@@ -29,8 +29,8 @@ public:
     /// Call on every tick, after the pictures were pushed: sees to it that the encoders ask of the
     /// machine and of the line what they have.
     void poll(std::int64_t tNs);
-    /// The same where no picture is pushed: some seconds after an encoder's end what it left is
-    /// given back to the system.
+    /// The same where no picture is pushed: some seconds after the last encoder's end what they
+    /// left is given back to the system.
     void rest(std::int64_t tNs);
     [[nodiscard]] Effort effort() const { return m_pressure.effort(); }
     /// Pictures of all encoders since the start: to be encoded, and let go of.

@@ -89,6 +89,7 @@ Output::Output(std::int32_t width,
 Output::~Output()
 {
     m_streamEnd.end(m_pipeline.bus());
+    m_start = {}; // it comes back first
     m_pipeline.stop();
     stream_sockets::closeAbandoned();
 }

@@ -160,7 +160,7 @@ private:
     StreamEnd m_streamEnd;
     StallWatch m_stallWatch;
     Pipeline m_pipeline; ///< goes to NULL before anything above is released
-    PipelineStart m_start; ///< of a file; last: comes back before the pipeline is stopped
+    PipelineStart m_start; ///< of a file; comes back before the pipeline is stopped
 };
 
 } // namespace nimbara

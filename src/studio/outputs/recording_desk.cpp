@@ -266,8 +266,9 @@ void RecordingDesk::finishFile()
 
 void RecordingDesk::finish()
 {
-    const bool hadFiles = m_isPaused || m_step == Step::Beside;
-    const bool hasBegun = m_step != Step::Start;
+    const auto wasAt = [this](Step step) { return m_step == step || m_begun == step; };
+    const bool hadFiles = m_isPaused || wasAt(Step::Beside);
+    const bool hasBegun = !wasAt(Step::Start); // a file of that name was not opened yet
     finishFile();
     m_isPaused = false;
     if (hadFiles) {

@@ -3,6 +3,7 @@
 #include "base/i18n.h"
 #include "translation/pipeline/corrected_words.h"
 #include "ui/kit/controls.h"
+#include "ui/kit/typing.h"
 
 #include <QFocusEvent>
 #include <QHBoxLayout>
@@ -107,6 +108,7 @@ void HoldRow::showCorrection(const QString &words)
 void HoldRow::showWritable()
 {
     m_text->setReadOnly(m_next.id == 0 || m_hasLeft);
+    keepPageKeys(*m_text, hasCaption());
 }
 
 /// Who comes into the text anew means the caption that is there.

@@ -12,6 +12,7 @@ namespace nimbara {
 namespace {
 
 constexpr const char *holds = "holdsTyping";
+constexpr const char *keepsPages = "keepsPageKeys";
 
 } // namespace
 
@@ -35,6 +36,16 @@ void holdTyping(QWidget &widget)
 bool holdsTyping(const QWidget &widget)
 {
     return widget.property(holds).toBool();
+}
+
+void keepPageKeys(QWidget &widget, bool on)
+{
+    widget.setProperty(keepsPages, on);
+}
+
+bool keepsPageKeys(const QWidget &widget)
+{
+    return widget.property(keepsPages).toBool();
 }
 
 bool isTyping()

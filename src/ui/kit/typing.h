@@ -14,6 +14,10 @@ void holdTyping(QWidget &widget);
 /// Whether the widget holds it.
 bool holdsTyping(const QWidget &widget);
 
+/// Page Up and Page Down move in the widget's text, or not: a clicker leaves them to it.
+void keepPageKeys(QWidget &widget, bool on);
+bool keepsPageKeys(const QWidget &widget);
+
 /// Whether it is the focused widget that is.
 bool isTyping();
 

@@ -59,7 +59,8 @@ bool isTypedWith(const QWidget &widget, const QKeyEvent &key)
     if (holdsTyping(widget)) {
         return isLetter(key);
     }
-    const bool isLine = qobject_cast<const QLineEdit *>(&widget) != nullptr;
+    const bool isLine
+        = qobject_cast<const QLineEdit *>(&widget) != nullptr && !keepsPageKeys(widget);
     return isTypedInto(&widget) && !(isLine && turnsPages(key.key()));
 }
 

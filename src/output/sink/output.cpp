@@ -20,8 +20,9 @@ constexpr auto endPatience = std::chrono::seconds(4);
 constexpr auto keyPatience = std::chrono::seconds(5);
 constexpr const char *notStarted = "No se pudo iniciar salida";
 
-/// The sink tells a bad certificate (G_TLS_ERROR_BAD_CERTIFICATE) and a name that is taken
-/// (G_IO_ERROR_EXISTS) only by the error that ends its debug text.
+/// The sink tells a bad certificate (G_TLS_ERROR_BAD_CERTIFICATE), a name that is taken
+/// (G_IO_ERROR_EXISTS) and a line that takes nothing (G_IO_ERROR_TIMED_OUT, before the watch on a
+/// slow machine) only by the error that ends its debug text.
 OutputFailure failureOf(GstMessage *message)
 {
     const auto [error, debug] = busError(message);
@@ -31,6 +32,9 @@ OutputFailure failureOf(GstMessage *message)
     }
     if (cause.endsWith(QLatin1String("g-io-error-quark, code 2"))) {
         return OutputFailure::NameInUse;
+    }
+    if (cause.endsWith(QLatin1String("g-io-error-quark, code 24"))) {
+        return OutputFailure::Stalled;
     }
     if (!error || error->domain != GST_RESOURCE_ERROR) {
         return OutputFailure::Other;

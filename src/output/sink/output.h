@@ -24,7 +24,7 @@ enum class OutputFailure {
     Refused, ///< the server does not let this key publish
     Certificate, ///< of the server
     NameInUse, ///< the server still has a publisher of this key
-    Stalled, ///< the server has long taken nothing (`StallWatch`)
+    Stalled, ///< the server has long taken nothing, or does not answer
 };
 
 /// The usual video bit rate of a stream or recording, in bit/s.

@@ -22,7 +22,7 @@ void endAfterFault(StudioWindow &window)
     } catch (const std::exception &error) {
         logLine(errorMessage(error).spanish());
     } catch (...) {
-        logLine(QStringLiteral("the work was not ended"));
+        logLine(QStringLiteral("Error inesperado"));
     }
 }
 

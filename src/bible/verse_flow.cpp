@@ -67,7 +67,7 @@ Message describeAbsence(const Limit &limit, const QString &lang)
 /// Verses that the Bible leaves empty; where they are the last ones of their chapter, what it has.
 Message describeEmpty(const Bible &bible, const Passage &passage, const QString &lang)
 {
-    const Message absent = "Esa cita no existe en la Biblia";
+    Message absent = "Esa cita no existe en la Biblia";
     const Span &first = passage.spans.first();
     std::int32_t last = canonVerses(passage.book, first.chapterFrom);
     while (

@@ -366,12 +366,13 @@ std::vector<Message> Studio::finishSaved(bool awaitsProjects, QDeadlineTimer dea
         told.push_back(*lost);
     }
     if (m_secrets.isWriting()) {
-        told.push_back("Las claves no terminaron de guardarse; revísalas en el próximo inicio.");
+        told.emplace_back("Las claves no terminaron de guardarse; revísalas en el próximo inicio.");
     } else if (m_secrets.failures() > failures) {
-        told.push_back("No se pudo guardar en el almacén seguro del sistema");
+        told.emplace_back("No se pudo guardar en el almacén seguro del sistema");
     }
     if (awaitsProjects && m_projects.isSaving()) {
-        told.push_back("El proyecto no terminó de guardarse; su archivo puede seguir como estaba.");
+        told.emplace_back(
+            "El proyecto no terminó de guardarse; su archivo puede seguir como estaba.");
     }
     return told;
 }

@@ -18,7 +18,7 @@ GstClockTime durationOf(std::size_t bytes)
 std::shared_ptr<BlockGather> BlockGather::atInputOf(const ElementRef &sink, int most)
 {
     using Held = std::shared_ptr<BlockGather>;
-    const Held gather(new BlockGather(most));
+    Held gather(new BlockGather(most));
     const auto pad = PadRef::adopt(gst_element_get_static_pad(sink.get(), "sink"));
     gst_pad_add_probe(pad.get(),
         GST_PAD_PROBE_TYPE_BUFFER,

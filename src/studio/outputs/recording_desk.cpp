@@ -267,14 +267,16 @@ void RecordingDesk::finishFile()
 void RecordingDesk::finish()
 {
     const auto wasAt = [this](Step step) { return m_step == step || m_begun == step; };
-    const bool hadFiles = m_isPaused || wasAt(Step::Beside);
-    const bool hasBegun = !wasAt(Step::Start); // a file of that name was not opened yet
+    std::optional<Message> told;
+    if (m_isPaused || wasAt(Step::Beside)) {
+        told = "Grabación terminada.";
+    } else if (wasAt(Step::Start)) { // a file of that name was not opened yet
+        told = "Grabación detenida antes de empezar.";
+    }
     finishFile();
     m_isPaused = false;
-    if (hadFiles) {
-        Q_EMIT said("Grabación terminada.");
-    } else if (!hasBegun) {
-        Q_EMIT said("Grabación detenida antes de empezar.");
+    if (told) {
+        Q_EMIT said(*told);
     }
     Q_EMIT changed();
 }

@@ -174,14 +174,12 @@ bool HoldRow::eventFilter(QObject *watched, QEvent *event)
         showWritable();
     } else if (event->type() == QEvent::MouseButtonPress) {
         enter();
-    } else if (m_isEdited && isEscape(*event, QEvent::ShortcutOverride)) {
-        event->accept(); // it is this edit's before it hides anything
+    } else if ((m_isEdited && isEscape(*event, QEvent::ShortcutOverride))
+        || (hasCaption() && isPage(*event, QEvent::ShortcutOverride))) {
+        event->accept(); // it is this edit's before it hides anything, or turns another page
         return true;
     } else if (m_isEdited && isEscape(*event, QEvent::KeyPress)) {
         leave();
-        return true;
-    } else if (hasCaption() && isPage(*event, QEvent::ShortcutOverride)) {
-        event->accept();
         return true;
     } else if (hasCaption() && isPage(*event, QEvent::KeyPress)) {
         turnPage(*static_cast<QKeyEvent *>(event));

@@ -540,7 +540,7 @@ std::optional<Message> StudioWindow::endWork(bool awaitsProjects)
     m_room->keep();
     m_frameTimer.stop();
     m_guard.withoutBoxes();
-    const std::optional<Message> lost = m_studio.shutDown(awaitsProjects);
+    std::optional<Message> lost = m_studio.shutDown(awaitsProjects);
     m_hall->hide();
     return lost;
 }

@@ -14,11 +14,10 @@ import os
 import pathlib
 import random
 import re
-import tempfile
 import time
 
 from case import main
-from desktop import Program, wait_for
+from desktop import wait_for
 from recording import RATE
 from sermon_test import cues
 from translation_test import PulpitTest
@@ -36,12 +35,7 @@ source_language=es
 
 
 class KilledCaptionsTest(PulpitTest):
-    def home(self):
-        home = pathlib.Path(tempfile.mkdtemp(prefix="studio-home-"))
-        settings = Program.settings_of(home)
-        settings.parent.mkdir(parents=True)
-        settings.write_text(SETTINGS)
-        return home
+    settings = SETTINGS
 
     def captions(self):
         return self.studio.log().count("IA: Subtítulo actualizado · ")

@@ -17,11 +17,10 @@ import pathlib
 import re
 import statistics
 import subprocess
-import tempfile
 import time
 
 from case import FRAME, SUPPORT, main
-from desktop import Program, wait_for
+from desktop import wait_for
 from recording import RATE, video_times
 from translation_test import STREAM, PulpitTest, cropped
 
@@ -124,12 +123,7 @@ class Line:
 
 
 class SermonTest(PulpitTest):
-    def home(self):
-        home = pathlib.Path(tempfile.mkdtemp(prefix="studio-home-"))
-        settings = Program.settings_of(home)
-        settings.parent.mkdir(parents=True)
-        settings.write_text(SETTINGS)
-        return home
+    settings = SETTINGS
 
     # What becomes of the session.
 

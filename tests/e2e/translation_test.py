@@ -13,11 +13,12 @@ import math
 import os
 import pathlib
 import subprocess
+import tempfile
 import threading
 import time
 
 from case import FRAME, SUPPORT, StudioTest, main, share_media_service
-from desktop import wait_for, x
+from desktop import Program, wait_for, x
 from recording import RATE, video_times
 
 KEY = "sk-e2e-9d8f7c6b5a"
@@ -138,7 +139,9 @@ def loudness(path, hertz):
 
 
 class PulpitTest(StudioTest):
-    """The program with the API's server and a microphone."""
+    """The program with the API's server and a microphone. `settings`: its file at the start; empty: none."""
+
+    settings = ""
 
     @classmethod
     def setUpClass(cls):
@@ -154,7 +157,13 @@ class PulpitTest(StudioTest):
         self.start(home=self.home())
 
     def home(self):
-        """The program's, when there is something in it already."""
+        if not self.settings:
+            return None
+        home = pathlib.Path(tempfile.mkdtemp(prefix="studio-home-"))
+        settings = Program.settings_of(home)
+        settings.parent.mkdir(parents=True)
+        settings.write_text(self.settings)
+        return home
 
     def connect_microphone(self):
         self.studio.click("Fuentes y pantallas", role="page tab")

@@ -45,8 +45,6 @@ public:
     /// What the slot does and what its button does now.
     [[nodiscard]] Message statusText(std::size_t slot) const;
     [[nodiscard]] Message buttonText(std::size_t slot) const;
-    /// Keys are on their way to the store.
-    [[nodiscard]] bool isSaving() const { return m_isSaving; }
 
     /// Stops a slot that runs, and starts one that neither runs nor waits for its key.
     void toggle(std::size_t slot);
@@ -179,7 +177,7 @@ private:
     SecretStore &m_secrets;
     std::array<Slot, destinationCount> m_slots;
     std::uint64_t m_lastTicket = 0;
-    bool m_isSaving = false;
+    bool m_isSaving = false; ///< keys are on their way to the store
     bool m_toldFailure = false; ///< of the platform's encoder
     bool m_reconnects = true;
 };

@@ -96,10 +96,14 @@ Shown streamComposition(const char *text)
     return composition;
 }
 
-Composition hallComposition(const QStringList &phrases)
+Composition hallComposition(const QStringList &phrases, std::int32_t outline = Layer::usualStrength)
 {
+    Scene scene = defaultScene(true);
+    for (Layer &layer : scene.layers) {
+        layer.outlineWidth = outline;
+    }
     Composition composition;
-    composition.scene = std::make_shared<const Scene>(defaultScene(true));
+    composition.scene = std::make_shared<const Scene>(std::move(scene));
     composition.size = hallSize;
     composition.isHall = true;
     composition.captions = { phrases, QStringLiteral("\n"), true };
@@ -146,7 +150,7 @@ double hallStillMs()
     return bench::medianMs(501, [&] { return composer.compose(composition); });
 }
 
-double hallNewCaptionMs()
+double newCaptionMs(std::int32_t outline)
 {
     Composer composer(std::make_shared<PaintCache>());
     int turn = 0;
@@ -154,9 +158,19 @@ double hallNewCaptionMs()
         const qsizetype first = turn++ % phrases().size();
         // The number keeps every caption new, so that no earlier one is found again.
         const QString newest = phrases().at((first + 1) % phrases().size());
-        return composer.compose(
-            hallComposition({ phrases().at(first), newest + QStringLiteral(" (%1)").arg(turn) }));
+        const QStringList shown { phrases().at(first), newest + QStringLiteral(" (%1)").arg(turn) };
+        return composer.compose(hallComposition(shown, outline));
     });
+}
+
+double hallNewCaptionMs()
+{
+    return newCaptionMs(Layer::usualStrength);
+}
+
+double hallWideOutlineMs()
+{
+    return newCaptionMs(2 * Layer::usualStrength);
 }
 
 double threePicturesMs()
@@ -230,6 +244,7 @@ NIMBARA_BENCH_CASE("stream-scene", streamSceneMs)
 NIMBARA_BENCH_CASE("covering-camera", coveringCameraMs)
 NIMBARA_BENCH_CASE("hall-still", hallStillMs)
 NIMBARA_BENCH_CASE("hall-new-caption", hallNewCaptionMs)
+NIMBARA_BENCH_CASE("hall-wide-outline", hallWideOutlineMs)
 NIMBARA_BENCH_CASE("three-pictures", threePicturesMs)
 NIMBARA_BENCH_CASE("fade", fadeMs)
 NIMBARA_BENCH_CASE("transition-slide", slideMs)

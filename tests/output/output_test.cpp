@@ -1,15 +1,21 @@
+#include "output/encode/pipeline_parts.h"
 #include "output/probe.h"
 #include "output/program_feed.h"
+#include "output/sink/finished_file.h"
+#include "output/sink/outlet.h"
 #include "output/sink/output.h"
 #include "output/sink/outputs.h"
 #include "support/error_of.h"
 #include "support/fake_device.h"
+#include "support/full_disk.h"
 #include "support/hung_file.h"
 #include "support/test_registry.h"
 
 #include <QDeadlineTimer>
 #include <QRegularExpression>
 #include <QScopeGuard>
+
+#include <gst/app/gstappsrc.h>
 
 using namespace nimbara;
 using namespace nimbara::testing;
@@ -247,6 +253,50 @@ private Q_SLOTS:
             u"^Fallo de salida \\(codigo \\d+\\)\\. Revisa destino, permisos y codecs\\.$"_s);
         const QString error = output.error().spanish();
         QVERIFY2(text.match(error).hasMatch(), qPrintable(error));
+    }
+
+    /// Sound or an index inside a block that was half written, where the disk has room again at
+    /// once.
+    void nothingFollowsAWriteThatFailed()
+    {
+        constexpr std::uint64_t room = 10'000;
+        const QString path = m_dir.filePath(u"full.webm"_s);
+        auto full = std::make_unique<FullDisk>(room);
+        const Outlet outlet = buildFileOutlet(path);
+        gst_bus_set_sync_handler(
+            outlet.pipeline.bus(),
+            [](GstBus *, GstMessage *message, gpointer disk) {
+                if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+                    static_cast<std::unique_ptr<FullDisk> *>(disk)->reset();
+                }
+                return GST_BUS_PASS;
+            },
+            &full,
+            nullptr);
+        QVERIFY(outlet.pipeline.play());
+        const std::pair<ElementRef, const char *> tracks[] {
+            { outlet.videoSrc, "video/x-vp8,width=64,height=36,framerate=30/1" },
+            { outlet.audioSrc, "audio/x-opus,channel-mapping-family=0,channels=2,rate=48000" },
+        };
+        for (const auto &[source, caps] : tracks) {
+            gst_app_src_set_caps(GST_APP_SRC_CAST(source.get()), capsOf(QLatin1String(caps)).get());
+        }
+        for (GstClockTime time = 0; time < GST_SECOND; time += GST_SECOND / 30) {
+            for (const auto &[source, caps] : tracks) {
+                GstBuffer *buffer = gst_buffer_new_allocate(nullptr, 700, nullptr);
+                GST_BUFFER_PTS(buffer) = time;
+                gst_app_src_push_buffer(GST_APP_SRC_CAST(source.get()), buffer);
+            }
+        }
+        for (const auto &[source, caps] : tracks) {
+            gst_app_src_end_of_stream(GST_APP_SRC_CAST(source.get()));
+        }
+        const auto end = MessageRef::adopt(
+            gst_bus_timed_pop_filtered(outlet.pipeline.bus(), 20 * GST_SECOND, GST_MESSAGE_EOS));
+        QVERIFY(end);
+        QVERIFY(!full);
+        QCOMPARE(QFileInfo(path).size(), qint64 { room });
+        QVERIFY(!isFinishedRecording(path));
     }
 };
 

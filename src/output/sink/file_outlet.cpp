@@ -4,6 +4,24 @@
 
 namespace nimbara {
 
+namespace {
+
+/// Nothing follows a write that failed, as on a full disk. It may have left a part of its block,
+/// and space may come free again: what came after it would stand inside that block, and no player
+/// nor mending could tell the two apart. A file that just ends is mended.
+GstPadProbeReturn endAtFailure(GstPad *source, GstPadProbeInfo *info, gpointer)
+{
+    if (gst_pad_get_last_flow_return(source) != GST_FLOW_ERROR) {
+        return GST_PAD_PROBE_OK;
+    }
+    gst_buffer_unref(GST_PAD_PROBE_INFO_BUFFER(info));
+    GST_PAD_PROBE_INFO_DATA(info) = nullptr;
+    GST_PAD_PROBE_INFO_FLOW_RETURN(info) = GST_FLOW_ERROR;
+    return GST_PAD_PROBE_HANDLED;
+}
+
+} // namespace
+
 Outlet buildFileOutlet(const QString &path)
 {
     if (path.isEmpty()) {
@@ -18,6 +36,11 @@ Outlet buildFileOutlet(const QString &path)
     PipelineParts::link(video, muxer, "video_%u");
     PipelineParts::link(audio, muxer, "audio_%u");
     PipelineParts::link({ muxer, sink });
+    gst_pad_add_probe(padOf(muxer, "src").get(),
+        GST_PAD_PROBE_TYPE_BUFFER,
+        endAtFailure,
+        nullptr,
+        nullptr);
     return { ElementRef::retain(video),
         ElementRef::retain(audio),
         ElementRef::retain(sink),

@@ -172,6 +172,7 @@ class Photographer:
         self.click(*TABS["scene"], role="page tab")
 
     def verse(self):
+        self.click(*TABS["scene"], role="page tab")
         self.click("Cita", "Reference", role="text")
         x("type", self.say("Juan 3:16", "John 3:16"))
         x("key", "Return")

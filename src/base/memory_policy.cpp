@@ -17,8 +17,9 @@ void keepFreedPictures()
     constexpr int mib = 1024 * 1024;
     // 32 MiB is the most that the library takes; a 1080p picture has 8.
     static_cast<void>(mallopt(M_MMAP_THRESHOLD, 32 * mib));
-    // Less would be given back and asked for again with each caption. What is free at the end of an
-    // arena that is not the main one goes back by this alone: malloc_trim leaves it.
+    // With a lower limit memory would go back and be asked for again with each caption. What is
+    // free at the end of an arena that is not the main one goes back by this alone: malloc_trim
+    // leaves it.
     static_cast<void>(mallopt(M_TRIM_THRESHOLD, 16 * mib));
     // Each arena keeps what its threads freed: a thousand starts of a stream, whose threads come
     // and go, filled 700 MiB of them with 100 in use.

@@ -393,7 +393,8 @@ class RecordingsTest(OutputsTest):
             space = os.statvfs(disk)
             size = space.f_bavail * space.f_bsize - self.random.randrange(200_000)
             end = engine.picture()
-            subprocess.run(["fallocate", "-l", str(size), filler], check=False)  # the recording may be ahead
+            filled = subprocess.run(["fallocate", "-l", str(size), filler], capture_output=True, text=True)
+            self.assertTrue(filled.returncode == 0 or "No space left" in filled.stderr, filled.stderr)
             wait_for("the end of the recording", lambda: not engine.now["recording"])
             time.sleep(1)
             state = engine.slot(0)

@@ -182,8 +182,8 @@ void Output::pollOutput()
         pollEnd();
     }
     if (message && GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS) {
+        m_finished = m_finished || m_running; // what has failed comes to its end, too
         m_running = false;
-        m_finished = true;
     } else if (message) {
         m_streamEnd.note(message.get());
         m_failure = failureOf(message.get());

@@ -2,7 +2,6 @@
 #include "output/encode/audio_timeline.h"
 #include "output/encode/pipeline_parts.h"
 #include "output/sink/outlet.h"
-#include "output/sink/stall_watch.h"
 #include "output/sink/stream_sockets.h"
 
 namespace nimbara {
@@ -52,8 +51,6 @@ Outlet buildRtmpOutlet(const QString &location)
         FALSE,
         "async-connect",
         FALSE,
-        "timeout",
-        static_cast<guint>(StallWatch::patience / GST_SECOND),
         nullptr);
     PipelineParts::link(video, muxer, "video");
     PipelineParts::link(audio, muxer, "audio");

@@ -39,7 +39,6 @@ class Keyboard(Hand):
         super().__init__(studio)
         self.name = self.role = ""  # of what has the keyboard
         self.moved = False
-        self.page_shown = 0
         self.listener = Atspi.EventListener.new(self.follow)
         self.listener.register("object:state-changed:focused")
 
@@ -109,10 +108,7 @@ class Keyboard(Hand):
         self.press(name, role="check box")
 
     def page(self, name):
-        self.reach(role="page tab list")
-        way = PAGES.index(name) - self.page_shown
-        self.key(*["Right" if way > 0 else "Left"] * abs(way))
-        self.page_shown += way
+        self.key(f"ctrl+{PAGES.index(name) + 1}")
 
     def choose(self, now, entry):
         self.reach(now, role="combo box")

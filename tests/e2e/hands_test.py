@@ -23,7 +23,7 @@ TITLE, TITLE_FIELD = "Domingo de Ramos", "Título, versículo o cinta inferior..
 MONITOR = "PROGRAMA REDES · lo que sale a YouTube/Facebook"
 WIDTH, HEIGHT = 48, 27  # of the pictures that are looked at
 CORNER, BAND = (0.16, 0.1), (0.9, 0.85)  # where scenes are told apart, and the title's band
-COLORS = {"black": (0, 0, 0), "red": (160, 0, 0), "camera": (191, 191, 191), "blue": (0, 0, 160)}
+COLORS = {"black": (0, 0, 0), "red": (160, 0, 0), "camera": (255, 255, 255), "blue": (0, 0, 160)}
 SERVICE = ["red", "camera", "blue", "red", "black"]
 
 

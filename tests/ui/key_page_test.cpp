@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QPlainTextEdit>
 #include <QSlider>
+#include <QTabWidget>
 #include <QTableWidget>
 
 using namespace nimbara;
@@ -140,6 +141,10 @@ private Q_SLOTS:
         QVERIFY(!desk.isOnAir());
         QTest::keyClick(title, Qt::Key_F9);
         QVERIFY(desk.isOnAir());
+        QTest::keyClick(title, Qt::Key_4, Qt::ControlModifier); // and goes on in that page
+        QTest::keyClick(desk.window.focusWidget(), Qt::Key_Tab);
+        QWidget *page = desk.find<QTabWidget>("tabs")->widget(3);
+        QVERIFY(page->isVisible() && page->isAncestorOf(desk.window.focusWidget()));
     }
 
     /// In the window itself, in a box in front of it, and never into what is typed.

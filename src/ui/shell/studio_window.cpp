@@ -160,7 +160,7 @@ StudioWindow::StudioWindow(bool quiet, StudioServices services)
     m_windowKeys = std::make_unique<WindowKeys>(*this,
         m_studio,
         m_keys,
-        WindowKeys::Views { *m_project, *m_monitors, *m_sceneTab, *m_editor, *m_verses });
+        WindowKeys::Views { *m_project, *m_monitors, *m_sceneTab, *m_editor, *m_verses, *m_tabs });
     connect(m_hall.get(), &HallControls::keyPressed, m_windowKeys.get(), &WindowKeys::press);
     m_guide = std::make_unique<FirstStepsGuide>(m_studio,
         FirstStepsGuide::Views { *m_firstSteps,

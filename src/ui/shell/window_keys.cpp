@@ -11,6 +11,8 @@
 
 #include <QAction>
 #include <QShortcutEvent>
+#include <QTabBar>
+#include <QTabWidget>
 
 namespace nimbara {
 
@@ -41,6 +43,7 @@ WindowKeys::WindowKeys(QWidget &window, Studio &studio, KeyMap &keys, Views view
     addVerses();
     addServices();
     addView();
+    addTabs();
     addHints();
     connectClicker();
     connect(views.project.keysButton(), &QPushButton::clicked, this, &WindowKeys::showPage);
@@ -121,6 +124,18 @@ void WindowKeys::snap(bool on)
 {
     m_views.monitors.canvas()->setSnapping(on);
     m_studio.settings().setValue(snapSetting, on);
+}
+
+/// The keyboard goes to the page's name: its first control is the next stop.
+void WindowKeys::addTabs()
+{
+    QTabWidget *tabs = &m_views.tabs;
+    for (int page = 0; page < 5; ++page) {
+        add(static_cast<KeyAction>(static_cast<int>(KeyAction::Tab1) + page), [tabs, page] {
+            tabs->setCurrentIndex(page);
+            tabs->tabBar()->setFocus(Qt::ShortcutFocusReason);
+        });
+    }
 }
 
 void WindowKeys::addHints()

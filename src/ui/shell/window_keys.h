@@ -12,6 +12,7 @@
 #include <vector>
 
 class QAction;
+class QTabWidget;
 class QWidget;
 
 namespace nimbara {
@@ -33,6 +34,7 @@ public:
         SceneTab &tab;
         SceneEditor &editor;
         VerseControls &verses;
+        QTabWidget &tabs;
     };
 
     /// Everything referred to must outlive this.
@@ -55,6 +57,7 @@ private:
     void addVerses();
     void addServices();
     void addView();
+    void addTabs();
     void addHints();
     void connectClicker();
     void listen(bool on);

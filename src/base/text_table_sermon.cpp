@@ -17,6 +17,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Retraso %1 s (9 de cada 10: %2 s)", "Delay %1 s (9 in 10: %2 s)" },
     TextPair { " Oír %1 · transcribir %2 · pedir %3 · traducir %4 · mostrar %5 s.",
         " Hear %1 · transcribe %2 · ask %3 · translate %4 · show %5 s." },
+    TextPair { "El micrófono llega muy bajo: sube la ganancia.",
+        "The microphone comes in very low: raise the gain." },
     TextPair { "Retraso de los últimos 5 minutos", "Delay of the last 5 minutes" },
     TextPair { "Retraso de la traducción: mediana %1 s, 9 de cada 10 en %2 s, %3 frases.",
         "Delay of the translation: median %1 s, 9 in 10 within %2 s, %3 phrases." },

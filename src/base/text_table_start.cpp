@@ -30,6 +30,8 @@ constexpr TextPair pairs[] = {
     TextPair { "Sin estilo", "No style" },
     TextPair { "Estilos del proyecto", "Styles of the project" },
     TextPair { "Guardar estilo", "Keep style" },
+    TextPair { "Ya hay un estilo “%1”. ¿Cambiarlo, con todos los textos que lo usan?",
+        "There is a style “%1” already. Change it, with every text that uses it?" },
     TextPair { "Guardar como estilo...", "Keep as a style..." },
     TextPair { "Eliminar estilo", "Delete style" },
     TextPair { "Lo que cambias en un texto con estilo cambia en todos los que lo usan.",

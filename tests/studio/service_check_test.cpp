@@ -10,6 +10,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <future>
+
 using namespace nimbara;
 using namespace nimbara::testing;
 using namespace Qt::StringLiterals;
@@ -24,6 +26,7 @@ ServiceFacts allWell()
     facts.hasInput = facts.hasCamera = true;
     facts.inputPeak = 0.5;
     facts.cameraRate = 29.8;
+    facts.sceneCameras = { { u"Altar"_s, 30 }, { u"Coro"_s, 25 } };
     facts.freeBytes = 60'000'000'000;
     facts.destinations = QStringList { u"YouTube"_s };
     facts.usesOnlineBible = true;
@@ -33,6 +36,16 @@ ServiceFacts allWell()
     facts.clockIsSet = true;
     facts.onBattery = false;
     return facts;
+}
+
+ServiceFacts::Camera &coro(ServiceFacts &facts)
+{
+    return facts.sceneCameras.back();
+}
+
+bool isCamera(const CheckLine &line)
+{
+    return line.what.spanish().startsWith(u"Cámara"_s);
 }
 
 const CheckLine *lineOf(const std::vector<CheckLine> &lines, const QString &what)
@@ -63,6 +76,12 @@ private Q_SLOTS:
             { u"Cámara"_s, State::Caution, [](auto &facts) { facts.hasCamera = false; } },
             { u"Cámara"_s, State::Bad, [](auto &facts) { facts.cameraIsLost = true; } },
             { u"Cámara"_s, State::Caution, [](auto &facts) { facts.cameraRate = 15; } },
+            { u"Cámara Coro"_s, State::Bad, [](auto &facts) { coro(facts).isLost = true; } },
+            { u"Cámara Coro"_s, State::Caution, [](auto &facts) { coro(facts).rate = 15; } },
+            { u"Cámara Coro"_s, State::Caution, [](auto &facts) { coro(facts).isClosed = true; } },
+            { u"Disco"_s,
+                State::Bad,
+                [](auto &facts) { facts.diskHangs = true, facts.freeBytes.reset(); } },
             { u"Disco"_s,
                 State::Caution,
                 [](auto &facts) { facts.freeBytes = 2'700'000'000; } }, // 58 min
@@ -197,14 +216,13 @@ private Q_SLOTS:
                     file.write(each.section(u' ', field, field).toUtf8() + '\n');
                 }
             }
-            const MachineFacts facts = askMachine(folder.filePath(u"not/yet"_s), folder.path());
-            QCOMPARE(facts.onBattery, onBattery);
-            QVERIFY(facts.freeBytes && *facts.freeBytes > 0);
+            QCOMPARE(askMachine(folder.path()).onBattery, onBattery);
+            QVERIFY(askDisk(folder.filePath(u"not/yet"_s)).value_or(0) > 0);
         }
     }
 
-    /// Of a studio as it starts, with the test signal for a microphone, a text that is too long and
-    /// nobody at the service's address.
+    /// Of a studio as it starts, with the test signal for a microphone, a text that is too long, a
+    /// camera that is away, a disk that hangs and nobody at the service's address.
     void looksAtTheStudio()
     {
         StudioPeers peers;
@@ -215,11 +233,22 @@ private Q_SLOTS:
         text.text = QString(u"palabra "_s).repeated(4000);
         Layer verse = newLayer(LayerKind::Verse);
         verse.paged = false;
-        desk.setLayers({ text, verse });
+        Layer camera = newLayer(LayerKind::Camera);
+        DeviceIdentity altar;
+        altar.name = u"Altar"_s;
+        camera.uri = identityText(altar);
+        desk.setLayers({ text, verse, newLayer(LayerKind::Camera) });
+        Scene other = defaultScene(true);
+        other.layers = { camera, camera };
+        desk.studio.document().apply(AddScene { SceneSet::Hall, other });
         desk.studio.bibles().choose(3); // online, without a key
         desk.studio.streams().setSelected(0, true);
         desk.studio.audio().setCapture(std::make_unique<AudioCapture>(desk.clock, nullptr));
-        ServiceCheck check(desk.studio);
+        const auto answer = std::make_shared<std::promise<void>>();
+        ServiceCheck check(desk.studio, nullptr, [answer](auto &) {
+            answer->get_future().wait();
+            return std::optional<std::int64_t>();
+        });
         std::vector<CheckLine> lines;
         QObject::connect(&check, &ServiceCheck::finished, &check, [&](const auto &found) {
             lines = found;
@@ -230,6 +259,11 @@ private Q_SLOTS:
         QCOMPARE(lineOf(lines, u"Pantallas"_s)->state, State::Good);
         QCOMPARE(lineOf(lines, u"Sonido"_s)->state, State::Caution);
         QCOMPARE(lineOf(lines, u"Cámara"_s)->state, State::Caution);
+        QVERIFY(lineOf(lines, u"Cámara Altar"_s));
+        QCOMPARE(lineOf(lines, u"Cámara Altar"_s)->state, State::Bad);
+        QCOMPARE(std::count_if(lines.begin(), lines.end(), isCamera), 2); // each once
+        QCOMPARE(lineOf(lines, u"Disco"_s)->state, State::Bad);
+        answer->set_value();
         QVERIFY(lineOf(lines, u"Destinos"_s)->found.spanish().startsWith(u"Falta la clave de "_s));
         QCOMPARE(lineOf(lines, u"Textos y versículos"_s)->state, State::Caution);
         QCOMPARE(lineOf(lines, u"Versículo más largo"_s)->state, State::Caution);

@@ -19,7 +19,14 @@ class SpokenTracksTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     /// The second language ended while it spoke, and its words went on in the first one's track.
-    void theRestOfAClipStaysInItsLanguage()
+    void theRestOfAClipStaysInItsLanguage() { tracksAfter(false); }
+
+    /// The screens are switched to another language while it speaks.
+    void aNewRunBeginsWithoutTheClipBefore() { tracksAfter(true); }
+
+private:
+    /// One track alone is left, of what was spoken in Portuguese.
+    void tracksAfter(bool isSwitched) const
     {
         ApiPeer peer;
         const QTemporaryDir folder;
@@ -32,9 +39,15 @@ private Q_SLOTS:
         begin(desk);
         speak(studio);
         QVERIFY(desk.runUntil([&] { return !studio.programAudio().spoken().empty(); }));
-        speak(studio); // and what comes of that is refused in Portuguese
-        QVERIFY(
-            desk.pollUntil([&] { return studio.translation().spokenTarget() == Target::First; }));
+        if (isSwitched) {
+            desk.frame(2'000'000); // the next run's files have a name of their own
+            studio.translation().switchTarget(u"Spanish"_s);
+            QVERIFY(desk.pollUntil([&] { return studio.translation().running(); }));
+        } else {
+            speak(studio); // and what comes of that is refused in Portuguese
+            const auto spoken = [&] { return studio.translation().spokenTarget(); };
+            QVERIFY(desk.pollUntil([&] { return spoken() == Target::First; }));
+        }
         QVERIFY(studio.programAudio().voice().size() > 96'000); // of 192,000 values
         QVERIFY(desk.runUntil([&] { return studio.programAudio().voice().empty(); }));
         desk.frame();
@@ -46,10 +59,9 @@ private Q_SLOTS:
         const auto heard = decodedSound(kept.filePath(tracks.front()));
         QVERIFY(std::count_if(heard.begin(), heard.end(), [](std::int16_t value) {
             return std::abs(value) > 2000;
-        }) > 80'000); // 2 s
+        }) > (isSwitched ? 0 : 80'000)); // 2 s
     }
 
-private:
     /// Two seconds of voice for the first phrase; the second is refused in Portuguese, and never
     /// answered in English.
     static void answer(ApiPeer &peer)

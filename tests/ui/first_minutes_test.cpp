@@ -117,6 +117,16 @@ private Q_SLOTS:
         QCOMPARE(desk.layers()[0].size, 77); // change once, changes everywhere
         desk.document().undo();
         QCOMPARE(desk.layers()[0].size, newLayer(LayerKind::Text).size);
+        entry(u"Sin estilo"_s)->trigger();
+        size->setValue(77);
+        desk.dialogs->answers = { false, true };
+        for (const int kept : { newLayer(LayerKind::Text).size, 77 }) { // it was not asked
+            desk.dialogs->texts = { u" Grande"_s };
+            entry(u"Guardar como estilo..."_s)->trigger();
+            QTRY_VERIFY(desk.dialogs->asked.join(u' ').contains(u"“Grande”"_s));
+            QTRY_COMPARE(desk.layers()[0].size, kept);
+            desk.dialogs->asked.clear();
+        }
         entry(u"Eliminar estilo"_s)->trigger();
         QVERIFY(desk.layers()[0].style.isEmpty() && desk.layers()[1].style.isEmpty());
     }

@@ -119,9 +119,15 @@ private Q_SLOTS:
         QVERIFY(field != nullptr && field->hasFocus());
         QTest::keyClicks(field, u"Culto 2"_s); // neither chooses a scene nor takes one
         desk.document().apply(RenameScene { desk.document().editedScenes()[0]->id, u"x"_s });
+        const SceneId last = desk.document().editedScenes()[2]->id;
+        desk.document().showScene(last); // which ended it
+        const QImage picture(320, 180, QImage::Format_RGBX8888);
+        Q_EMIT desk.window.studio().scenePictures().made(last, picture);
+        QVERIFY(field->hasFocus() && desk.tiles()->isInPreview(2));
         QTest::keyClick(field, Qt::Key_Return);
         QTRY_COMPARE(desk.names(), u"Culto 2bc"_s);
-        QCOMPARE(desk.current(), u"Culto 2"_s);
+        QCOMPARE(desk.current(), u"c"_s);
+        QCOMPARE(desk.tiles()->currentRow(), 2);
         QVERIFY(!desk.stage().program.streams());
         QCOMPARE(desk.tiles()->item(0)->text(), u"Culto 2"_s);
     }

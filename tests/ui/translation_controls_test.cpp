@@ -77,11 +77,25 @@ private Q_SLOTS:
         QMetaObject::invokeMethod(start, "click");
         QCOMPARE(start->text(), u"Pausar traducción"_s);
         QCOMPARE(desk.find<QLabel>("voiceRoad")->text(), u"Por frases"_s);
+        const auto *notice = desk.find<QLabel>("captionNotice");
+        const auto speakLow = [&studio] {
+            Stretches low;
+            for (int syllable = 0; syllable < 80; ++syllable) {
+                low.append({ { 150, 0.005 }, { 100, 0 } });
+            }
+            Q_EMIT studio.audio().blockArrived(signal(low));
+        };
+        speakLow();
+        QCOMPARE(notice->text(), u"El micrófono llega muy bajo: sube la ganancia."_s);
+        studio.audio().setMuted(false);
+        QCOMPARE(notice->text(), QString());
+        studio.audio().setMuted(true);
+        speakLow();
         speak();
+        QCOMPARE(notice->text(), QString());
         QTRY_COMPARE(shown,
             QStringList { u"Let us open the Bible,\nand let us hear what the Lord says"_s });
         QVERIFY(desk.find<QLabel>("heard")->text().endsWith(u"abramos la Biblia"));
-        const auto *notice = desk.find<QLabel>("captionNotice");
         QVERIFY(notice->text().startsWith(u"Subtítulo actualizado · "));
         QCOMPARE(desk.status(), u"IA: IA activa; conectando modo en vivo..."_s); // it stays
         QTRY_VERIFY(!studio.programAudio().voice().empty());

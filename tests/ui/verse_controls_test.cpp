@@ -290,13 +290,17 @@ private Q_SLOTS:
         m_peer.answer(awaitRequest(), R"({"data":{"content":"En línea"}})");
         QTRY_COMPARE(desk.layers().back().text, u"En línea"_s);
         QCOMPARE(desk.find<QListWidget>("recentPassages")->count(), 3); // no stand-in
+        desk.lookUpOnline(u"Juan 3:16"_s); // which was shown as its stand-in, and in another Bible
+        m_peer.answer(awaitRequest(2), R"({"data":{"content":"Otro"}})");
+        QTRY_COMPARE(desk.layers().back().text, u"Otro"_s);
+        QCOMPARE(desk.find<QListWidget>("recentPassages")->count(), 4); // both were lost
         VerseDeskWindow next(m_peer); // another run
         next.choose(2);
         recall(next, "Juan 3:16 · Reina-Valera 1909");
         QCOMPARE(next.layers().back().reference, u"Juan 3:16 · Reina-Valera 1909"_s);
         next.enter("bibleKey", QLatin1String(key));
         recall(next, "Juan 3:17 · ");
-        QVERIFY(field(awaitRequest(2), "path").contains(u"bibles/b2/passages/JHN.3.17"));
+        QVERIFY(field(awaitRequest(3), "path").contains(u"bibles/b2/passages/JHN.3.17"));
 
         settings().clear(); // what was kept without its Bible is shown in the chosen one
         settings().setValue(u"recent_passages"_s, QStringList { u"Rut 1:1"_s, u"Y aconteció"_s });

@@ -94,13 +94,15 @@ std::optional<bool> clockState()
 
 } // namespace
 
-MachineFacts askMachine(const QString &folder, const QString &powerFolder)
+MachineFacts askMachine(const QString &powerFolder)
 {
-    MachineFacts facts { clockState(), isOnBattery(powerFolder), std::nullopt };
-    if (const QStorageInfo disk(existing(folder)); disk.isValid()) {
-        facts.freeBytes = disk.bytesAvailable();
-    }
-    return facts;
+    return { clockState(), isOnBattery(powerFolder) };
+}
+
+std::optional<std::int64_t> askDisk(const QString &folder)
+{
+    const QStorageInfo disk(existing(folder));
+    return disk.isValid() ? std::optional<std::int64_t>(disk.bytesAvailable()) : std::nullopt;
 }
 
 } // namespace nimbara

@@ -11,13 +11,15 @@ namespace nimbara {
 struct MachineFacts {
     std::optional<bool> clockIsSet; ///< by a time server
     std::optional<bool> onBattery;
-    std::optional<std::int64_t> freeBytes;
 };
 
-/// Asks `org.freedesktop.timedate1` on the system bus, the power supplies below `powerFolder`
-/// (sysfs-class-power of the kernel) and the disk of `folder`. On a background task: takes up to
-/// 2 s. On other systems only the disk answers.
-MachineFacts askMachine(const QString &folder,
-    const QString &powerFolder = QStringLiteral("/sys/class/power_supply"));
+/// Asks `org.freedesktop.timedate1` on the system bus and the power supplies below `powerFolder`
+/// (sysfs-class-power of the kernel). On a background task: takes up to 2 s. On other systems
+/// nothing answers.
+MachineFacts askMachine(const QString &powerFolder = QStringLiteral("/sys/class/power_supply"));
+
+/// The room in bytes for this user on the disk of the folder, which may be still to come. On a
+/// background task of its own: a disk that hangs never answers.
+std::optional<std::int64_t> askDisk(const QString &folder);
 
 } // namespace nimbara

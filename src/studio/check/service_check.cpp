@@ -1,5 +1,6 @@
 #include "studio/check/service_check.h"
 
+#include "media/capture/device_identity.h"
 #include "studio/studio.h"
 
 #include <QPointer>
@@ -14,12 +15,14 @@ namespace {
 
 constexpr int stepMs = 100;
 constexpr int patienceMs = 6000; ///< for all
+constexpr int watchMs = 1000; ///< at a camera that has just come
 
 } // namespace
 
-ServiceCheck::ServiceCheck(Studio &studio, QObject *parent)
+ServiceCheck::ServiceCheck(Studio &studio, QObject *parent, AskDisk ask)
     : QObject(parent)
     , m_studio(studio)
+    , m_askDisk(std::move(ask))
 {
     m_timer.setInterval(stepMs);
     connect(&m_timer, &QTimer::timeout, this, &ServiceCheck::look);
@@ -41,16 +44,80 @@ void ServiceCheck::begin(int screens)
     m_facts = {};
     m_facts.screens = screens;
     m_since.start();
-    const MediaPtr &camera = m_studio.sources().camera();
-    m_arrivedBefore = camera ? camera->arrivedCount() : 0;
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
-    const QString home = QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
-    m_machine.tryStart([folder = folder.isEmpty() ? home : folder] { return askMachine(folder); });
+    noteCameras();
+    m_machine.tryStart([] { return askMachine(); });
+    askDiskRoom();
     measureTexts();
     askService();
     askForKeys();
     askOnlineBible();
     m_timer.start();
+}
+
+/// Cameras that layers name, each once; one that is the principal camera's device is that one, also
+/// where both are away.
+void ServiceCheck::noteCameras()
+{
+    m_principal = arrivalOf(newLayer(LayerKind::Camera));
+    m_sceneCameras.clear();
+    const std::optional<CaptureDevice> &device = m_studio.sources().cameraDevice();
+    const auto isNoted = [&](const Layer &layer) {
+        const MediaPtr camera = m_studio.sources().cameraOf(layer);
+        const bool isPrincipal = device
+            && !matchDevices({ identityFrom(layer.uri) }, { device->marks }).front().empty();
+        return isPrincipal || (camera && camera == m_studio.sources().camera())
+            || std::any_of(m_sceneCameras.begin(), m_sceneCameras.end(), [&](const Arrival &each) {
+                   return each.layer.uri == layer.uri || (camera && each.camera.lock() == camera);
+               });
+    };
+    for (const SceneSet set : bothSets) {
+        for (const ScenePtr &scene : m_studio.document().project().scenes.of(set)) {
+            for (const Layer &layer : scene->layers) {
+                if (layer.kind == LayerKind::Camera && !layer.uri.isEmpty() && !isNoted(layer)) {
+                    m_sceneCameras.push_back(arrivalOf(layer));
+                }
+            }
+        }
+    }
+}
+
+ServiceCheck::Arrival ServiceCheck::arrivalOf(const Layer &layer) const
+{
+    const MediaPtr camera = m_studio.sources().cameraOf(layer);
+    return { layer, camera, camera ? camera->arrivedCount() : 0, m_since.elapsed() };
+}
+
+/// Whether enough was seen of the camera, which may have come meanwhile, or nobody wants it open.
+bool ServiceCheck::isWatched(Arrival &each, bool isWanted)
+{
+    const MediaPtr camera = m_studio.sources().cameraOf(each.layer);
+    if (camera != each.camera.lock()) {
+        each = arrivalOf(each.layer);
+    }
+    return camera ? m_since.elapsed() - each.sinceMs >= watchMs : !isWanted;
+}
+
+bool ServiceCheck::areCamerasWatched()
+{
+    const Sources &sources = m_studio.sources();
+    bool areWatched = isWatched(m_principal, sources.cameraDevice().has_value());
+    for (Arrival &each : m_sceneCameras) {
+        const bool isWanted = sources.cameraPicture()(each.layer) != nullptr;
+        areWatched = isWatched(each, isWanted) && areWatched;
+    }
+    return areWatched;
+}
+
+/// What hangs is not asked again: it would only hang once more.
+void ServiceCheck::askDiskRoom()
+{
+    if (m_disk.isUnderWay() && !m_disk.isReady()) {
+        return;
+    }
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    const QString home = QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
+    m_disk.tryStart(
+        [ask = m_askDisk, folder = folder.isEmpty() ? home : folder] { return ask(folder); });
 }
 
 /// What takes longer than a run goes on for the next one, unless another project is to be measured.
@@ -127,8 +194,10 @@ void ServiceCheck::look()
     const bool isServiceKnown
         = m_facts.hasServiceKey && (!*m_facts.hasServiceKey || m_facts.serviceAnswers);
     const bool isBibleKnown = !m_facts.usesOnlineBible || m_facts.onlineBible;
-    const bool isAnswered
-        = m_machine.isReady() && m_texts.isReady() && isServiceKnown && isBibleKnown;
+    const bool isDiskKnown = m_disk.isReady() || passedMs >= diskMs;
+    const bool areCamerasKnown = areCamerasWatched();
+    const bool isAnswered = m_machine.isReady() && m_texts.isReady() && isDiskKnown
+        && isServiceKnown && isBibleKnown && areCamerasKnown;
     if (passedMs < lookMs || (!isAnswered && passedMs < patienceMs)) {
         return;
     }
@@ -145,7 +214,11 @@ void ServiceCheck::takeAnswers()
         const MachineFacts machine = m_machine.take();
         m_facts.clockIsSet = machine.clockIsSet;
         m_facts.onBattery = machine.onBattery;
-        m_facts.freeBytes = machine.freeBytes;
+    }
+    if (m_disk.isReady()) {
+        m_facts.freeBytes = m_disk.take();
+    } else {
+        m_facts.diskHangs = m_disk.isUnderWay();
     }
     if (m_texts.isReady()) {
         m_facts.texts = m_texts.take();
@@ -162,12 +235,32 @@ void ServiceCheck::readStudio()
     const Sources &sources = m_studio.sources();
     m_facts.hasCamera = sources.cameraDevice().has_value();
     m_facts.cameraIsLost = m_facts.hasCamera && !sources.camera();
-    if (const MediaPtr &camera = sources.camera()) {
-        const std::uint64_t arrived = camera->arrivedCount();
-        m_facts.cameraRate = arrived < m_arrivedBefore // it is another one
-            ? 0
-            : static_cast<double>(arrived - m_arrivedBefore) * 1000.0
-                / static_cast<double>(m_since.elapsed());
+    m_facts.cameraRate = rateSince(m_principal);
+    readSceneCameras();
+}
+
+/// 0 when it is away.
+double ServiceCheck::rateSince(const Arrival &before) const
+{
+    const MediaPtr camera = m_studio.sources().cameraOf(before.layer);
+    if (!camera || camera != before.camera.lock()) {
+        return 0;
+    }
+    return static_cast<double>(camera->arrivedCount() - before.pictures) * 1000.0
+        / static_cast<double>(std::max<qint64>(m_since.elapsed() - before.sinceMs, 1));
+}
+
+/// One that is looked for shows its name meanwhile; one that is not wanted open shows nothing.
+void ServiceCheck::readSceneCameras()
+{
+    const Sources &sources = m_studio.sources();
+    for (const Arrival &before : m_sceneCameras) {
+        const bool isAway = !sources.cameraOf(before.layer);
+        const bool isLookedFor = sources.cameraPicture()(before.layer) != nullptr;
+        m_facts.sceneCameras.push_back({ identityFrom(before.layer.uri).name,
+            rateSince(before),
+            isAway && isLookedFor,
+            isAway && !isLookedFor });
     }
 }
 

@@ -60,18 +60,18 @@ CheckLine soundLine(const ServiceFacts &facts)
     return { State::Good, what, { "Llega a %1 dB.", { number(level) } } };
 }
 
-CheckLine cameraLine(const ServiceFacts &facts)
+CheckLine pictureLine(const Message &what, const ServiceFacts::Camera &camera)
 {
-    const Message what = "Cámara";
-    if (!facts.hasCamera) {
-        return { State::Caution, what, "No hay cámara elegida: se ven las barras de prueba." };
-    }
-    if (facts.cameraIsLost) {
+    if (camera.isLost) {
         return { State::Bad, what, "No está. Revisa su cable." };
     }
-    const Message rate
-        = Message("%1 imágenes por segundo.", { number(std::lround(facts.cameraRate)) });
-    if (facts.cameraRate < enoughPictures) {
+    if (camera.isClosed) {
+        return { State::Caution,
+            what,
+            "No se abre hasta que se ve. Pon su escena en Preparación y repite la revisión." };
+    }
+    const Message rate = Message("%1 imágenes por segundo.", { number(std::lround(camera.rate)) });
+    if (camera.rate < enoughPictures) {
         return { State::Caution,
             what,
             rate + Message(" Son pocas: da más luz o elige otro modo.") };
@@ -79,8 +79,29 @@ CheckLine cameraLine(const ServiceFacts &facts)
     return { State::Good, what, rate };
 }
 
+void addCameras(std::vector<CheckLine> &lines, const ServiceFacts &facts)
+{
+    const Message what = "Cámara";
+    if (facts.hasCamera) {
+        lines.push_back(pictureLine(what, { {}, facts.cameraRate, facts.cameraIsLost }));
+    } else {
+        lines.push_back(
+            { State::Caution, what, "No hay cámara elegida: se ven las barras de prueba." });
+    }
+    for (const ServiceFacts::Camera &camera : facts.sceneCameras) {
+        lines.push_back(pictureLine({ "Cámara %1", { Message::verbatim(camera.name) } }, camera));
+    }
+}
+
 void addDisk(std::vector<CheckLine> &lines, const ServiceFacts &facts)
 {
+    const Message what = "Disco";
+    if (facts.diskHangs) {
+        lines.push_back({ State::Bad,
+            what,
+            "No responde. Revisa su cable o su conexión de red, o graba en otro disco." });
+        return;
+    }
     if (!facts.freeBytes) {
         return;
     }
@@ -89,7 +110,6 @@ void addDisk(std::vector<CheckLine> &lines, const ServiceFacts &facts)
         = std::max<std::int64_t>(*facts.freeBytes - RecordingDisk::reserveBytes, 0);
     const std::int64_t minutes = free / perMinute;
     const Message room = Message("Caben %1 minutos de grabación.", { number(minutes) });
-    const Message what = "Disco";
     if (minutes >= cautionMinutes) {
         lines.push_back({ State::Good, what, room });
     } else {
@@ -226,7 +246,8 @@ void addMachine(std::vector<CheckLine> &lines, const ServiceFacts &facts)
 
 std::vector<CheckLine> judge(const ServiceFacts &facts)
 {
-    std::vector<CheckLine> lines { screenLine(facts), soundLine(facts), cameraLine(facts) };
+    std::vector<CheckLine> lines { screenLine(facts), soundLine(facts) };
+    addCameras(lines, facts);
     addDisk(lines, facts);
     lines.push_back(destinationLine(facts));
     addLine(lines, facts);

@@ -15,11 +15,20 @@ namespace nimbara {
 /// What is known of the computer and the project shortly before a service. A plain value; what
 /// nobody can tell is none.
 struct ServiceFacts {
+    /// What comes in from a camera.
+    struct Camera {
+        QString name; ///< as its layers name it
+        double rate = 0; ///< pictures per second
+        bool isLost = false;
+        bool isClosed = false; ///< until a program or a current scene shows it
+    };
+
     int screens = 1; ///< of the computer, the operator's among them; mirrored ones are one
     int kbits = 6000; ///< of a recording, kbit/s
     double inputPeak = 0; ///< loudest value of the look, linear
     double cameraRate = 0; ///< pictures per second that come in
     std::optional<std::int64_t> freeBytes; ///< on the disk of the operator's videos
+    std::vector<Camera> sceneCameras; ///< that scenes name, but the principal one, each once
 
     QStringList destinations; ///< names of the ticked ones
     QStringList withoutServer; ///< of those
@@ -29,6 +38,7 @@ struct ServiceFacts {
     std::optional<Message> onlineBible; ///< what is amiss with it; none: it is silent
     std::optional<TextFit> texts; ///< none: there was no time to lay them all out
 
+    bool diskHangs = false; ///< it has not told its room
     bool hasInput = false; ///< an audio device was chosen
     bool inputIsLost = false;
     bool isMuted = false;

@@ -40,6 +40,7 @@ PassageDesk::PassageDesk(const Surroundings &surroundings)
         }
     });
     connect(&surroundings.verses, &VerseDesk::written, this, &PassageDesk::remember);
+    connect(&surroundings.verses, &VerseDesk::lookupEnded, this, &PassageDesk::settle);
     connect(&surroundings.verses, &VerseDesk::quickVerseAdded, this, [this](LayerId layer) {
         remember(layer, false);
     });
@@ -99,20 +100,35 @@ void PassageDesk::remember(LayerId id, bool isFinal)
         return;
     }
     const QString bible = sourceOf(layer->reference);
-    const ShownPassage shown { { labelOf(layer->reference), firstWords(layer->text) },
+    ShownPassage shown { { labelOf(layer->reference), firstWords(layer->text) },
         bible,
         m_surroundings.bibles.whereFrom(bible),
         id };
+    const bool isKnown = std::any_of(m_recent.begin(),
+        m_recent.end(),
+        [&shown](const ShownPassage &each) { return !each.standsIn && isSame(each, shown); });
+    shown.standsIn = !isFinal && !isKnown;
     const auto passage = passageOf(layer->reference);
     std::erase_if(m_recent, [&](const ShownPassage &each) {
-        const bool stoodIn
-            = isFinal && each.layer == id && passageOf(each.passage.reference) == passage;
+        const bool stoodIn = isFinal && each.standsIn && each.layer == id
+            && passageOf(each.passage.reference) == passage;
         return stoodIn || isSame(each, shown);
     });
     m_recent.insert(m_recent.begin(), shown);
     m_recent.resize(std::min(m_recent.size(), mostRecent));
     store();
     Q_EMIT recentChanged();
+}
+
+/// What the layer has shown last is no stand-in: nothing else came for it.
+void PassageDesk::settle(LayerId layer)
+{
+    const auto last = std::find_if(m_recent.begin(),
+        m_recent.end(),
+        [layer](const ShownPassage &each) { return each.layer == layer; });
+    if (last != m_recent.end()) {
+        last->standsIn = false;
+    }
 }
 
 /// The fields of a passage one behind the other.

@@ -21,6 +21,9 @@ struct ShownPassage {
     QString bible; ///< as its reference line named it; empty where that is not known
     bible::VerseLookup::Source source {}; ///< to look it up there again; no choice: as chosen
     LayerId layer {}; ///< that showed it; none: in another run
+    /// Its text may only stand in for one from the network, until its lookup has ended; not where
+    /// it was shown before, too.
+    bool standsIn = false;
 };
 
 /// The passages of a service, which the project keeps in their order, and those that were shown
@@ -65,6 +68,7 @@ Q_SIGNALS:
 private:
     void keep(const bible::Asked &asked);
     void remember(LayerId layer, bool isFinal);
+    void settle(LayerId layer);
     void load();
     void store() const;
 

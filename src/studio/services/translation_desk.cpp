@@ -62,7 +62,10 @@ void TranslationDesk::connectEngine(AudioInput &input)
 {
     connect(&input, &AudioInput::blockArrived, this, [this](const AudioBlock &block) {
         m_engine.processAudio(block);
+        watchLevel(block);
     });
+    connect(&input, &AudioInput::mutedChanged, this, &TranslationDesk::watchLevelAnew);
+    connect(&input, &AudioInput::lostChanged, this, &TranslationDesk::watchLevelAnew);
     m_engine.caption = [this](const Caption &caption) { screen(caption.target).add(caption); };
     m_engine.understood
         = [this](const QString &text, bool isGrowing) { Q_EMIT understood(text, isGrowing); };
@@ -78,6 +81,7 @@ void TranslationDesk::connectEngine(AudioInput &input)
     };
     m_engine.statusChanged = [this](const Message &message) { tell(message); };
     m_engine.captionNotice = [this](const Message &message) {
+        m_quietVoice.clear(); // a caption proves that the voice is heard
         logLine(QStringLiteral("IA: ") + message.spanish());
         Q_EMIT captionNoted(message);
     };
@@ -176,6 +180,7 @@ void TranslationDesk::begin(const QString &key)
         }
         m_languages = { targetName(), secondName() };
         m_hasSecondEnded = false;
+        m_quietVoice.clear();
         if (!m_sound.voice().empty()) { // it belongs to the languages before
             m_clipTarget.reset();
         }
@@ -208,6 +213,7 @@ void TranslationDesk::pause()
     m_sound.voice().clear();
     clearCaptions();
     letHeldGo();
+    m_quietVoice.clear();
     Q_EMIT captionNoted({});
     reportDelays();
     Q_EMIT changed();
@@ -309,6 +315,7 @@ void TranslationDesk::switchTarget(const QString &language)
         m_engine.stopEngine(); // a voice that speaks goes on
         clearCaptions();
         letHeldGo();
+        watchLevelAnew();
         reportDelays();
         setWaiting(true);
         start();
@@ -416,6 +423,30 @@ void TranslationDesk::tellPace(Target target, bool isHurried)
                   : "Lectura al día: vuelve a 15 caracteres por segundo.");
     Q_EMIT captionNoted(pace);
     logLine(QStringLiteral("IA: ") + pace.spanish());
+}
+
+/// Beside the delay of the captions, of which there are none then.
+void TranslationDesk::watchLevel(const AudioBlock &block)
+{
+    if (!running() || !m_quietVoice.push(block)) {
+        return;
+    }
+    const Message low = m_quietVoice.isQuiet()
+        ? Message("El micrófono llega muy bajo: sube la ganancia.")
+        : Message();
+    Q_EMIT captionNoted(low);
+    if (!low.isEmpty()) {
+        logLine(QStringLiteral("IA: ") + low.spanish());
+    }
+}
+
+/// What was heard so far is of another run, or nobody's.
+void TranslationDesk::watchLevelAnew()
+{
+    if (m_quietVoice.isQuiet()) {
+        Q_EMIT captionNoted({});
+    }
+    m_quietVoice.clear();
 }
 
 /// Its layers show the first language from now on, once what they still had is gone.

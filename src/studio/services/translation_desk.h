@@ -8,6 +8,7 @@
 #include "studio/services/service_key.h"
 #include "studio/sources/audio_input.h"
 #include "translation/pipeline/engine.h"
+#include "translation/pipeline/quiet_voice.h"
 #include "translation/service/openai/key_test.h"
 
 #include <QObject>
@@ -145,7 +146,8 @@ Q_SIGNALS:
     void changed();
     /// What engine or key test have to say, for the panel.
     void reported(const nimbara::Message &text);
-    /// A caption has come, and how long it took, or it is read at another pace; empty after a run.
+    /// A caption has come, and how long it took, or it is read at another pace, or the voice is too
+    /// low to be heard; empty once it is heard, and after a run.
     void captionNoted(const nimbara::Message &text);
     /// What is held has changed.
     void heldChanged();
@@ -185,6 +187,8 @@ private:
     void letHeldGo();
     void endSecond();
     void tellPace(Target target, bool isHurried);
+    void watchLevel(const AudioBlock &block);
+    void watchLevelAnew();
     [[nodiscard]] CaptionScreen &screen(Target target)
     {
         return m_screens.at(static_cast<std::size_t>(target));
@@ -215,6 +219,7 @@ private:
     std::array<CaptionScreen, bothTargets.size()> m_screens; ///< by `Target`
     std::int64_t m_delayedMs = 0; ///< when `delayed` was told last, monotonic
     KeyTest m_keyTest;
+    QuietVoice m_quietVoice; ///< of the run that is on
     Translation m_engine;
 };
 

@@ -524,10 +524,22 @@ void SceneEditor::askStyle(LayerId id)
         return;
     }
     const QString proposed = layer->style.isEmpty() ? layer->name : layer->style;
-    if (const auto name
-        = m_dialogs.text(label("Guardar como estilo..."), label("Nombre"), proposed)) {
+    const auto name = m_dialogs.text(label("Guardar como estilo..."), label("Nombre"), proposed);
+    if (name && mayKeepStyle(id, name->trimmed())) {
         document().apply(KeepStyle { id, *name });
     }
+}
+
+/// Another look under a name that there is already changes every text with that style.
+bool SceneEditor::mayKeepStyle(LayerId id, const QString &name)
+{
+    const Layer *layer = findLayer(document().scenes(), id);
+    const TextStyle *style = findStyle(document().scenes(), name);
+    if (layer == nullptr || style == nullptr || layer->style == name) {
+        return true;
+    }
+    return m_dialogs.question(label("Guardar estilo"),
+        label("Ya hay un estilo “%1”. ¿Cambiarlo, con todos los textos que lo usan?").arg(name));
 }
 
 void SceneEditor::askImage(LayerId layer)

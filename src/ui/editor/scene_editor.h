@@ -81,6 +81,7 @@ private:
     void fitToFrame(LayerId layer);
     void askColor(LayerId layer, LayerField field, bool withAlpha);
     void askStyle(LayerId layer);
+    bool mayKeepStyle(LayerId layer, const QString &name);
     void askImage(LayerId layer);
 
     [[nodiscard]] Document &document() const { return m_studio.document(); }

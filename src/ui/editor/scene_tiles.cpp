@@ -47,7 +47,7 @@ public:
         const QModelIndex &index) const override
     {
         const QRect tile = tileIn(option.rect);
-        const bool isCurrent = index.row() == m_tiles.currentRow();
+        const bool isCurrent = m_tiles.isInPreview(index.row());
         const bool isOnAir = m_tiles.isOnAir(index.row());
         painter->save();
         painter->setFont(option.font);
@@ -230,15 +230,37 @@ void SceneTiles::showScenes(const Scenes &scenes, SceneId current)
         item(row)->setData(Qt::UserRole, QVariant::fromValue(qulonglong { id }));
         describe(row);
         shown.insert(id);
-        if (scene.id == current && row != currentRow()) {
-            setCurrentRow(row);
-            scrollToItem(item(row));
-        }
+    }
+    m_current = current;
+    if (markCurrent()) {
+        scrollToItem(currentItem());
     }
     m_pictures.removeIf([&shown](const QHash<quint64, Picture>::iterator &each) {
         return !shown.contains(each.key());
     });
     viewport()->update();
+}
+
+/// Another current tile would end what is being typed. Returns whether it is another one now.
+bool SceneTiles::markCurrent()
+{
+    if (state() == QAbstractItemView::EditingState) {
+        return false;
+    }
+    const QSignalBlocker blocker(this);
+    const int before = currentRow();
+    for (int row = 0; row < count(); ++row) {
+        if (isInPreview(row)) {
+            setCurrentRow(row);
+        }
+    }
+    return currentRow() != before;
+}
+
+void SceneTiles::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint)
+{
+    QListWidget::closeEditor(editor, hint);
+    markCurrent();
 }
 
 /// What a screen reader says, and the name in full.

@@ -37,6 +37,7 @@ public:
 
     /// What the painter of the tiles needs.
     [[nodiscard]] bool isOnAir(int row) const { return sceneAt(row) == m_onAir; }
+    [[nodiscard]] bool isInPreview(int row) const { return sceneAt(row) == m_current; }
     [[nodiscard]] QPixmap pictureAt(int row) const
     {
         return m_pictures.value(sceneAt(row).value()).shown;
@@ -61,6 +62,7 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
+    void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
 
 private:
     struct Picture {
@@ -68,12 +70,14 @@ private:
         QPixmap shown; ///< at the size of tiles
     };
     void describe(int row);
+    bool markCurrent();
     void showKeys();
     [[nodiscard]] QPixmap scaled(const QImage &picture) const;
     void showGap(std::optional<int> gap);
 
     const KeyMap &m_keys;
     SceneId m_onAir;
+    SceneId m_current; ///< in PREVIEW; its tile is the current one once no name is edited
     QHash<quint64, Picture> m_pictures; ///< by scene
     std::optional<int> m_gap; ///< where a dragged tile would go
     bool m_isLow = false;
